@@ -1,0 +1,78 @@
+#!/usr/bin/env python3
+"""Runs the benchmark programs and prints each figure beside its peer of the same run, as a ratio.
+
+A benchmark is named "figure/ours" or "figure/peer:NAME"; all entries with the same figure form one row a peer:
+
+    packed ADD, 15 digits      ours 4.1 ns    decNumberAdd 22.9 ns    5.6 times as fast
+
+Each program runs its entries three times, interleaved; the medians are shown.
+"""
+
+import collections
+import json
+import pathlib
+import subprocess
+import sys
+
+REPETITIONS = 3
+
+
+def run(program):
+    command = [
+        program,
+        "--benchmark_format=json",
+        f"--benchmark_repetitions={REPETITIONS}",
+        "--benchmark_enable_random_interleaving=true",
+        "--benchmark_report_aggregates_only=true",
+        "--benchmark_min_time=0.1",
+    ]
+    text = subprocess.run(command, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout
+    return json.loads(text)["benchmarks"]
+
+
+def show(nanoseconds):
+    for unit, size in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
+        if nanoseconds >= size:
+            return f"{nanoseconds / size:.3g} {unit}"
+    return f"{nanoseconds:.3g} ns"
+
+
+UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def table(entries):
+    """The rows of one program: figure, our time, peer, its time, ratio."""
+    figures = collections.defaultdict(dict)
+    for entry in entries:
+        if entry.get("aggregate_name") != "median":
+            continue
+        name = entry["run_name"]
+        for suffix in ("/real_time", "/manual_time", "/process_time"):
+            name = name.removesuffix(suffix)
+        figure, _, who = name.rpartition("/")
+        time = entry["real_time"] if "real_time" in entry["run_name"] or "manual" in entry["run_name"] else entry["cpu_time"]
+        figures[figure][who] = time * UNITS[entry["time_unit"]]
+    for figure, times in figures.items():
+        ours = times.pop("ours", None)
+        if ours is None:
+            continue
+        for peer, time in times.items() or [(None, None)]:
+            if peer is None:
+                yield figure, show(ours), "", "", ""
+            else:
+                yield figure, show(ours), peer.removeprefix("peer:"), show(time), f"{time / ours:.2f}"
+
+
+def main():
+    build = pathlib.Path(__file__).resolve().parent.parent / "build" / "bin"
+    wanted = sys.argv[1:]
+    programs = sorted(build.glob("bench_*"))
+    if wanted:
+        programs = [build / f"bench_{name}" for name in wanted]
+    print("| Figure | ours | peer | peer's | times as fast |\n|---|---|---|---|---|")
+    for program in programs:
+        for row in table(run(program)):
+            print("| " + " | ".join(row) + " |", flush=True)
+
+
+main()
