@@ -42,8 +42,10 @@ void applyOptions(const ChildOptions &options)
             unsetenv(name.c_str());
     }
     if (!options.directory.empty() && chdir(options.directory.c_str()) != 0) abort();
-    rlimit noCore{0, 0};
-    setrlimit(RLIMIT_CORE, &noCore);
+    rlimit core{};
+    getrlimit(RLIMIT_CORE, &core);
+    core.rlim_cur = 0; // a test that wants a core file can raise it again
+    setrlimit(RLIMIT_CORE, &core);
 }
 
 // Moves bytes between the child's pipes and the strings until both of its outputs are closed or time is up.

@@ -1,5 +1,25 @@
-// The test programs' main: a named piece if the command line asks for one, else GoogleTest.
+// The test programs' main: a named piece if the command line asks for one, else GoogleTest. And what the sanitizers' run time is to know.
+//
+// The tests find the build through the environment variables KVR2_BUILD_DIR and KVR2_SOURCE_DIR.
 #include "support/child.h"
+
+extern "C" {
+// The library's own signal handlers are under test, and it keeps some memory on purpose; see leaks.supp for what the system keeps.
+const char *__asan_default_options()
+{
+    return "handle_segv=0:handle_sigfpe=0:handle_sigbus=0:handle_sigill=0:handle_abort=0:use_sigaltstack=0:allocator_may_return_null=1:"
+           "detect_stack_use_after_return=0";
+}
+const char *__lsan_default_options() { return "suppressions=" KVR2_SOURCE_DIR "/tests/support/leaks.supp:print_suppressions=0"; }
+const char *__ubsan_default_options() { return "print_stacktrace=1"; }
+const char *__tsan_default_options() { return "halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1"; }
+}
+
+__attribute__((constructor(101))) static void nameTheBuild()
+{
+    setenv("KVR2_BUILD_DIR", KVR2_BUILD_DIR, 0);
+    setenv("KVR2_SOURCE_DIR", KVR2_SOURCE_DIR, 0);
+}
 
 int main(int argc, char **argv)
 {
