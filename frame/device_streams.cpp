@@ -1,0 +1,99 @@
+// Binding of the device streams; see device_streams.h.
+#include "frame/device_streams.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <sys/ioctl.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include "frame/locks.h"
+#include "frame/run_unit.h"
+
+namespace {
+
+struct Device {
+    uint8_t letter;
+    FILE *Proccom::*stream;
+    ZvkWindowSize Proccom::*window; // null for a stream without a terminal size
+    const char *variables[3];       // the first that is set wins
+    const char *mode;
+    const char *defaultWord; // null: the value is the file's name as it stands
+    const char *title;       // of the notice that a file is being created
+};
+
+constexpr Device kDevices[] = {
+    {'A', &Proccom::conIn, &Proccom::winStdin, {"CONSOLE"}, "r", nullptr, nullptr},
+    {'D', &Proccom::conOut, &Proccom::winStdout, {"CONSOLE"}, "a", "tty", "CONSOLE"},
+    {'I', &Proccom::sysin, &Proccom::winStdin, {"SYSIN", "SYSIPT"}, "r", nullptr, nullptr},
+    {'M', &Proccom::msgs, &Proccom::winStderr, {"COBMSGS"}, "a", "stderr", "COBMSGS"},
+    {'O', &Proccom::sysout, &Proccom::winStdout, {"SYSOUT", "SYSLIST", "SYSLST"}, "a", "stdout", "SYSOUT"},
+    {'P', &Proccom::syspunch, nullptr, {"SYSPUNCH", "SYSPCH"}, "w", "syspunch", "SYSPUNCH"},
+};
+
+FILE *defaultStream(uint8_t letter)
+{
+    switch (letter) {
+    case 'A':
+    case 'I':
+        return stdin;
+    case 'M':
+        return stderr;
+    case 'P':
+        return nullptr;
+    default:
+        return stdout;
+    }
+}
+
+// The value of the first of a device's variables that is set; null if none is, or it is empty.
+const char *assignedName(const Device &device)
+{
+    for (const char *variable : device.variables) {
+        const char *value = variable ? getenv(variable) : nullptr;
+        if (value) return *value ? value : nullptr;
+    }
+    return nullptr;
+}
+
+FILE *openAssigned(const Device &device, const char *value)
+{
+    if (!device.defaultWord) return fopen(value, device.mode);
+    char name[4096];
+    snprintf(name, sizeof name, "%s", expandOutputName(value, 0, device.defaultWord));
+    FILE *stream = fopen(name, device.mode);
+    if (strcmp(name, value) != 0) printf("Creating %s file: %s\n", device.title, name);
+    return stream;
+}
+
+void recordWindow(const Device &device, FILE *stream)
+{
+    if (!device.window || !stream) return;
+    ZvkWindowSize &window = _zvkProccom->*device.window;
+    if (isatty(fileno(stream)) == 1)
+        ioctl(fileno(stream), TIOCGWINSZ, &window);
+    else
+        window = ZvkWindowSize{};
+}
+
+} // namespace
+
+void openDeviceStream(uint8_t letter)
+{
+    if (!_zvkProccom) return;
+    for (const Device &device : kDevices) {
+        if (device.letter != letter) continue;
+        FILE *&bound = _zvkProccom->*device.stream;
+        if (bound) return;
+        ZvkGuard guard(&streamMutex);
+        if (bound) return;
+        const char *value = assignedName(device);
+        FILE *stream = value ? openAssigned(device, value) : nullptr;
+        if (!stream) stream = defaultStream(letter);
+        recordWindow(device, stream);
+        bound = stream;
+        return;
+    }
+}
