@@ -40,3 +40,10 @@ inline PCB *const kHostMarker = reinterpret_cast<PCB *>(~uintptr_t{0});
 inline PCB *const kWrapperStub = reinterpret_cast<PCB *>(~uintptr_t{0});
 
 inline bool zvkHasProgram(const PCB *main) { return main && main != kWrapperStub; }
+
+// Takes back one entry of a program from its own count and the run unit's, neither below 0. The caller holds enterMutex.
+inline void zvkCountExit(int32_t *entries, Runcom *runcom)
+{
+    if (*entries > 0) --*entries;
+    if (runcom && runcom->active > 0) runcom->active--;
+}

@@ -4,5 +4,16 @@
 
 #include "kvr2/run_unit.h"
 
-// fileio: makes the files of a program that is being registered known (EXTERNAL files are shared, slots are set).
-void zvkRegisterFiles(PCB *pcb, IPCB *ipcb);
+// fileio: makes the files of a program that is being registered known (slots are set, EXTERNAL files shared). Message 75.
+void zvkRegisterFiles(int32_t count, FCB **fcbs, FIB **fibs, PCB *pcb);
+
+// fileio: whether a file is open, whether it is EXTERNAL, and its CLOSE through its own slot. Without USE procedures for a run unit that ends.
+bool zvkFileIsOpen(const FCB *file);
+bool zvkFileIsExternal(const FCB *file);
+void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures);
+
+// fileio: closes the file-system modules at the runtime's end.
+void zvkUnloadModules();
+
+// sort: abandons a sort of this thread that is still under way; true if one could not be stopped.
+bool zvkAbandonSort();

@@ -176,8 +176,8 @@ ZVK_AT(Proccom, winStdin, 264);
 ZVK_AT(Proccom, flags, 288);
 ZVK_AT(Proccom, upsi, 292);
 
-struct FCB;
-struct FIB;
+typedef struct FCB FCB;
+typedef struct FIB FIB;
 
 /** A program of a compilation unit: the program itself first in the array, its nested programs behind it. 56 bytes. */
 typedef struct IPCB {
@@ -186,7 +186,7 @@ typedef struct IPCB {
     ZvkRoutine entry; /**< entry address */
     int32_t nested;   /**< number of nested programs; first element only */
     uint32_t reserved20;
-    struct FCB **files; /**< the program's file control records */
+    FCB **files; /**< the program's file control records */
     int32_t fileCount;
     uint32_t reserved36;
     uint64_t reserved40;
@@ -217,8 +217,8 @@ typedef struct PCB {
     uint32_t flag;   /**< ZVK_PCB_... and the ZVK_OPTION_CHECK and ZVK_OPTION_DEBUG bits, which the library sets */
     struct LLE *lle; /**< null until the program is registered in this run unit */
     uint64_t reserved40;
-    struct FIB **fibs; /**< file information blocks, parallel to the IPCB's file list */
-    uint8_t *upsi;     /**< set by the library to `Runcom.upsi` */
+    FIB **fibs;    /**< file information blocks, parallel to the IPCB's file list */
+    uint8_t *upsi; /**< set by the library to `Runcom.upsi` */
     uint8_t reserved64[36];
     int32_t yearWindow; /**< 9999 none; negative: offset from the current year; otherwise, and after registration, a base year */
     uint64_t *pgmWord;  /**< set by the library to `Proccom.pgmWord` if the compiler version is at least 5.1.1 */
@@ -260,6 +260,86 @@ typedef struct DmrRut {
 } DmrRut;
 ZVK_STATIC_ASSERT(sizeof(DmrRut) == 168, "_Dmr_rut");
 ZVK_EXPORT extern DmrRut _Dmr_rut;
+
+/**
+ * First call of a program's prologue, at every entry.
+ *
+ * Starts the runtime and a run unit where none is active, registers the program in the run unit's program table at its first
+ * entry, and counts the entry. With ZVK_PCB_ENTER_LOCKED in `pcb->flag` it returns with the entry mutex held, and compiled code
+ * calls `_zvkPgmEnterUnlock`.
+ *
+ * At registration the CHECK and DEBUG bits of `pcb->flag`, `pcb->upsi`, and, by compiler version, `pcb->pgmWord` are set, files
+ * are made known, and a year window is resolved into its base year.
+ *
+ * @param pcb  the program; `name`, `nameLength`, `ipcb`, `version` and `yearWindow` filled by the compiler
+ * @messages 240 if a year window given as an offset resolves outside 1900 to 2099; 241 if a window's 100 years have all passed;
+ *           75 for EXTERNAL files that do not agree; 907 without storage; 171 to 174, 181, 182 for options
+ * @threads  any; starts and registrations are serialised
+ */
+ZVK_EXPORT void _zvkPgmInit(PCB *pcb);
+
+/** Takes the entry mutex and counts an entry of `ipcb`, also under a monitor; `_zvkPgmEnterUnlock` must follow. @threads any */
+ZVK_EXPORT void _zvkPgmEnterLock(int32_t *ipcb);
+
+/** Releases the entry mutex that `_zvkPgmEnterLock` or `_zvkPgmInit` took. @threads the one that took it */
+ZVK_EXPORT void _zvkPgmEnterUnlock(void);
+
+/**
+ * Exit of a program that does not end a run unit: takes back the count of one entry, never below 0.
+ *
+ * @param ipcb  the program's IPCB, whose first word is its entry count
+ * @threads any
+ */
+ZVK_EXPORT void _zvkPgmExit(int32_t *ipcb);
+
+/**
+ * The jump buffer of the current run unit, or of the one that has just ended; null before the library's constructor ran.
+ * The compiled main program arms it with `sigsetjmp`; STOP RUN jumps through it with the program's status, or 255 for 0.
+ * @threads any
+ */
+ZVK_EXPORT void *_zvkGetJmpBuffer(void);
+
+/**
+ * A host prepares the runtime (also `ZVKCOBOLINIT`).
+ *
+ * | function | effect |
+ * |---|---|
+ * | 1, `stop` not null | starts the runtime if needed, makes sure that a run unit exists, stores `stop` and `token` in it |
+ * | 9 | starts if needed, begins a run unit for a transaction, stores `token` as its abort routine |
+ * | 10 | starts if needed, stores `token` as the run unit's context |
+ *
+ * @param stop   called with `token` when the run unit ends
+ * @param rc     receives 0, or 1 for any other function
+ * @threads one at a time, before programs run
+ */
+ZVK_EXPORT void _zvkCOBOLInit(uint32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token);
+ZVK_EXPORT void ZVKCOBOLINIT(uint32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token);
+
+/**
+ * A host prepares the next run unit: starts the runtime if needed and stores the routines and values in the record that the next run
+ * unit takes.
+ *
+ * @param function  1; any other sets `*rc` to 1 and does nothing
+ * @param rc        receives 0 or 1
+ * @param msg       receives the run unit's messages instead of the message stream
+ * @param abrt      called with `token` when the run unit aborts
+ * @param context   kept for the host
+ * @threads one at a time, before programs run
+ */
+ZVK_EXPORT void _zvkCOBOLInit1(int32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token, ZvkMessageRoutine msg,
+                               ZvkHostRoutine abrt, uint64_t context);
+
+/** Starts the runtime if needed (`*rc` = 0); if it was started under a monitor or container, `*rc` = 1; else `*rc` stays. */
+ZVK_EXPORT void _zvkCOBOLHostInit(uint32_t *rc);
+
+/** Begins a run unit nested in the current one, which is resumed when the new one ends. */
+ZVK_EXPORT void _zvkCOBOLLink(void);
+
+/** A transaction monitor starts a task: starts the runtime if needed, deepens `Proccom.txmn`, begins a run unit with `msg` and `context`. */
+ZVK_EXPORT void _zvk_cpm_init(ZvkMessageRoutine msg, uint64_t context);
+
+/** Begins a run unit for a transaction, nested where one is active; starts the runtime as under a monitor if nothing exists. */
+ZVK_EXPORT void _zvkTxmnRunUnit(uint64_t reserved, ZvkMessageRoutine msg, uint64_t context);
 
 ZVK_END_DECLS
 

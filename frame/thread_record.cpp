@@ -1,0 +1,94 @@
+// The per-thread record; see thread_record.h.
+#include "frame/thread_record.h"
+
+#include <cstdlib>
+#include <pthread.h>
+
+#include "frame/messages.h"
+#include "frame/run_unit.h"
+#include "frame/storage.h"
+
+namespace {
+
+constexpr uint32_t kNoKey = 0xFFFFFFFFu;
+
+pthread_key_t key;
+bool haveKey;
+pthread_once_t keyOnce = PTHREAD_ONCE_INIT;
+
+void freeRecord(void *pointer)
+{
+    auto *record = static_cast<ZvkThreadRecord *>(pointer);
+    if (!record) return;
+    free(record->scratch);
+    free(record->spillPath);
+    free(record->buffer);
+    free(record);
+}
+
+void makeKey()
+{
+    haveKey = pthread_key_create(&key, freeRecord) == 0;
+    if (haveKey) _zvkProccom->threadKey = key;
+}
+
+ZvkThreadRecord *currentRecord()
+{
+    if (_zvkProccom->threadKey == kNoKey) return static_cast<ZvkThreadRecord *>(_zvkProccom->threadFallback);
+    return static_cast<ZvkThreadRecord *>(pthread_getspecific(_zvkProccom->threadKey));
+}
+
+void setRecord(ZvkThreadRecord *record)
+{
+    if (_zvkProccom->threadKey == kNoKey)
+        _zvkProccom->threadFallback = record;
+    else
+        pthread_setspecific(_zvkProccom->threadKey, record);
+}
+
+bool growScratch(ZvkThreadRecord *record, uint64_t size)
+{
+    uint64_t rounded = (size + 15) & ~uint64_t{15};
+    free(record->scratch);
+    record->scratch = static_cast<uint8_t *>(rounded < size ? nullptr : malloc(rounded));
+    record->scratchSize = record->scratch ? rounded : 0;
+    if (!record->scratch) zvkNoStorage();
+    return record->scratch;
+}
+
+} // namespace
+
+void *zvkThreadScratch(int64_t size)
+{
+    if (!_zvkProccom) return nullptr;
+    if (_zvkProccom->threadKey == kNoKey) pthread_once(&keyOnce, makeKey);
+
+    ZvkThreadRecord *record = currentRecord();
+    if (size == -1) return record;
+    if (!record) {
+        record = static_cast<ZvkThreadRecord *>(_zvkcalloc(1, sizeof *record));
+        if (!record) {
+            zvkNoStorage();
+            return nullptr;
+        }
+        record->threadId = pthread_self();
+        setRecord(record);
+    }
+    if (size == 0) return record;
+    auto wanted = static_cast<uint64_t>(size);
+    if (wanted > record->scratchSize && !growScratch(record, wanted)) return nullptr;
+    return record->scratch;
+}
+
+void zvkReleaseThreadRecord()
+{
+    freeRecord(zvkThreadScratch(-1));
+    setRecord(nullptr);
+}
+
+void zvkDeleteThreadKey()
+{
+    if (haveKey) pthread_key_delete(key);
+    haveKey = false;
+    keyOnce = PTHREAD_ONCE_INIT;
+}
