@@ -1,0 +1,129 @@
+// ACCEPT from a device, of alphanumeric, DBCS and national items.
+//
+// In line mode (a terminal, or the option ACCEPT=NEW) one input line fills the item: what is too long is dropped. In continuous mode
+// newlines are nothing and reading goes on until the item is full:
+//
+//     input "AB\nCD\n", item of 4 bytes    line mode: "AB  "    continuous mode: "ABCD"
+//
+// The national form differs from the other in what it flushes, in how it drops the rest of a line (by bytes) and in that it does not
+// pad. All of that is on purpose: programs know it so.
+#include <cstring>
+#include <poll.h>
+#include <unistd.h>
+
+#include "chardata/code_page_choice.h"
+#include "frame/messages.h"
+#include "kvr2/console.h"
+#include "verbs/accept_clock.h"
+#include "verbs/console_streams.h"
+
+namespace {
+
+constexpr uint32_t kReadFailed = 200, kReadFailedInVerb = 1; // number and variant
+
+// A byte, or EOF, of a locked stream; an interrupted read is tried again.
+int readByte(FILE *stream)
+{
+    for (;;) {
+        int c = getc_unlocked(stream);
+        if (c != EOF || !ferror_unlocked(stream) || !zvkRetryAfter(errno, stream, POLLIN)) return c;
+        clearerr_unlocked(stream);
+    }
+}
+
+// What an item is made of: how a character is read (EOF if the input ends in it), and stored.
+struct Byte {
+    static constexpr int64_t size = 1;
+    static int read(FILE *stream) { return readByte(stream); }
+    static void store(uint8_t *target, int character) { *target = static_cast<uint8_t>(character); }
+};
+
+struct Utf16Unit {
+    static constexpr int64_t size = 2;
+    static int read(FILE *stream)
+    {
+        int low = readByte(stream), high = low == EOF ? EOF : readByte(stream);
+        return high == EOF ? EOF : low | high << 8;
+    }
+    static void store(uint8_t *target, int character)
+    {
+        uint16_t unit = static_cast<uint16_t>(character);
+        memcpy(target, &unit, sizeof unit);
+    }
+};
+
+// Fills the target with at most `length` characters; returns how many came, and in `error` what a failed read left.
+template <class Character>
+int64_t readItem(FILE *stream, int64_t length, uint8_t *target, int &error)
+{
+    StreamLock lock(stream);
+    clearerr_unlocked(stream);
+    bool lineMode = isatty(fileno(stream)) == 1 || (_zvkProccom && _zvkProccom->runtimeOptions & ZVK_OPTION_ACCEPT_NEW);
+    int64_t stored = 0;
+    bool lineEnded = false;
+    while (stored < length && !lineEnded) {
+        int character = Character::read(stream);
+        if (character == EOF) break;
+        if (character == '\n')
+            lineEnded = lineMode;
+        else
+            Character::store(target + Character::size * stored++, character);
+    }
+    if (lineMode && stored == length && !lineEnded)
+        for (int c = 0; c != '\n' && c != EOF;) c = readByte(stream);
+    if (ferror_unlocked(stream)) {
+        error = errno;
+        clearerr_unlocked(stream);
+    }
+    return stored;
+}
+
+void pad(uint8_t *rest, int64_t length, bool dbcs)
+{
+    if (!dbcs || length % 2 != 0) {
+        memset(rest, ' ', static_cast<size_t>(length));
+        return;
+    }
+    const uint8_t(&blank)[2] = zvkCurrentCodePageRow().dbcsBlank;
+    for (; length > 0; length -= 2, rest += 2) memcpy(rest, blank, sizeof blank);
+}
+
+void reportFailure(int error)
+{
+    if (error) zvkWriteMsg(kReadFailed, kReadFailedInVerb, "ACCEPT", error);
+}
+
+} // namespace
+
+extern "C" {
+
+void _zvkcAccept(uint32_t flags, int64_t length, uint8_t *target)
+{
+    if (length < 1) return;
+    if (!(flags & (ZVK_ACCEPT_SYSIN | ZVK_ACCEPT_CONSOLE))) {
+        zvkAcceptFromClock(flags, length, target);
+        return;
+    }
+    FILE *stream = flags & ZVK_ACCEPT_CONSOLE ? zvkConsoleInput() : zvkSysin();
+    if (stream == stdin) {
+        zvkFlushMessagesBeforeRead();
+        zvkFlushOutputBeforeRead();
+    }
+    int error = 0;
+    int64_t stored = readItem<Byte>(stream, length, target, error);
+    if (stored > 0 && stored < length) pad(target + stored, length - stored, flags & ZVK_ACCEPT_DBCS);
+    reportFailure(error);
+}
+
+void _zvkAcceptUnicode(int32_t flags, const uint64_t *length, uint16_t *target)
+{
+    int32_t units = static_cast<int32_t>(*length);
+    if (units < 1) return;
+    FILE *stream = flags & ZVK_ACCEPT_CONSOLE ? zvkConsoleInput() : zvkSysin();
+    zvkSysout(); // bound, though nothing is written
+    if (stream == stdin) zvkFlushOutputBeforeRead();
+    int error = 0;
+    readItem<Utf16Unit>(stream, units, reinterpret_cast<uint8_t *>(target), error);
+    reportFailure(error);
+}
+}
