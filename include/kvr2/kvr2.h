@@ -2,8 +2,16 @@
 #ifndef KVR2_KVR2_H
 #define KVR2_KVR2_H
 
+#include "kvr2/alphabet.h"
+#include "kvr2/code_pages.h"
+#include "kvr2/console.h"
+#include "kvr2/edited_moves.h"
+#include "kvr2/hash_table.h"
 #include "kvr2/messages.h"
+#include "kvr2/program_manager.h"
 #include "kvr2/run_unit.h"
+#include "kvr2/signals.h"
 #include "kvr2/storage.h"
+#include "kvr2/termination.h"
 
 #endif
