@@ -97,6 +97,8 @@ private:
     [[gnu::always_inline]] const uint8_t *walkToFirstDigit(const uint8_t *picture, const uint8_t *end)
     {
         for (; picture < end && (!significant_ || suppressing_); picture++) {
+            picture = skipZeros(picture, end);
+            if (picture == end) break;
             switch (*picture) {
             case ' ':
             case '/':
@@ -138,6 +140,26 @@ private:
                 break;
             }
         }
+        return picture;
+    }
+
+    // The most common positions: further zeros of a string that has begun, and separators among them.
+    [[gnu::always_inline]] const uint8_t *skipZeros(const uint8_t *picture, const uint8_t *end)
+    {
+        if (forced_ || (kFloats ? !inside_ || suppressing_ : !suppressing_ || afterPoint_)) return picture;
+        const uint8_t fill = kFloats ? ' ' : fill_;
+        const uint8_t symbol = kFloats ? (floats == Floats::Currency ? '$' : '-') : fill == '*' ? '*' : 'Z';
+        const uint8_t other = floats == Floats::Sign ? '+' : symbol;
+        const uint8_t *digit = digit_;
+        uint8_t *out = out_;
+        for (; picture < end; picture++) {
+            bool isString = *picture == symbol || *picture == other;
+            if (isString ? *digit != '0' : *picture != ',') break;
+            digit += isString;
+            *out++ = fill;
+        }
+        digit_ = digit;
+        out_ = out;
         return picture;
     }
 
@@ -287,8 +309,8 @@ private:
 
 // Edits at most `limit` positions; returns the number of bytes stored.
 template <Floats floats>
-size_t edit(const NumericEditRecord &record, const EditClass &editClass, bool blankWhenZero, const uint8_t *source, uint8_t *destination,
-            int limit)
+[[gnu::noinline]] size_t edit(const NumericEditRecord &record, const EditClass &editClass, bool blankWhenZero, const uint8_t *source,
+                              uint8_t *destination, int limit)
 {
     bool allSuppress = record.length < 0;
     int length = allSuppress ? -int{record.length} : record.length;
