@@ -42,15 +42,18 @@ struct Kinds {
     constexpr Kinds() : of()
     {
         for (uint8_t &kind : of) kind = kOther; // "*", `V`, `P`, CR and DB among them
-        of['9'] = of['Z'] = kDigit;
-        of[' '] = kBlank;
-        of['/'] = kSlash;
-        of['0'] = kZero;
-        of[','] = kSeparator;
-        of['.'] = kPoint;
-        of['+'] = of['-'] = kSign;
-        of['$'] = kCurrency;
+        set('9', kDigit);
+        set('Z', kDigit);
+        set(' ', kBlank);
+        set('/', kSlash);
+        set('0', kZero);
+        set(',', kSeparator);
+        set('.', kPoint);
+        set('+', kSign);
+        set('-', kSign);
+        set('$', kCurrency);
     }
+    constexpr void set(uint8_t symbol, Kind kind) { of[symbol] = kind; }
 };
 constexpr Kinds kKinds;
 
@@ -148,12 +151,11 @@ private:
     {
         if (forced_ || (kFloats ? !inside_ || suppressing_ : !suppressing_ || afterPoint_)) return picture;
         const uint8_t fill = kFloats ? ' ' : fill_;
-        const uint8_t symbol = kFloats ? (floats == Floats::Currency ? '$' : '-') : fill == '*' ? '*' : 'Z';
-        const uint8_t other = floats == Floats::Sign ? '+' : symbol;
+        const uint8_t symbol = kFloats ? '$' : fill == '*' ? '*' : 'Z';
         const uint8_t *digit = digit_;
         uint8_t *out = out_;
         for (; picture < end; picture++) {
-            bool isString = *picture == symbol || *picture == other;
+            bool isString = floats == Floats::Sign ? *picture == '+' || *picture == '-' : *picture == symbol;
             if (isString ? *digit != '0' : *picture != ',') break;
             digit += isString;
             *out++ = fill;
