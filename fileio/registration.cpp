@@ -23,7 +23,8 @@ void linkRecordArea(FCB *fcb, uint8_t *area)
 {
     fcb->recordArea = area;
     fcb->record = area ? area + kAreaHeader : nullptr;
-    if (area) memcpy(area, &fcb, sizeof fcb);
+    const auto address = reinterpret_cast<uintptr_t>(fcb);
+    if (area) memcpy(area, &address, sizeof address);
 }
 
 void registerOwn(FCB *fcb, FIB *fib)
