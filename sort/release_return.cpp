@@ -107,7 +107,8 @@ bool returnRecord(ZvkThreadRecord *record, uint32_t *length, void *data)
     uint64_t left = record->capacity - static_cast<uint64_t>(record->fill);
     uint64_t size = desc->recordLength;
     if (desc->recordFormat == ZVK_SORT_VARIABLE) {
-        if (left < kLengthWord || loadWord(record->cursor) < kLengthWord || loadWord(record->cursor) > left) return false; // no result of an engine
+        if (left < kLengthWord || loadWord(record->cursor) < kLengthWord || loadWord(record->cursor) > left)
+            return false; // no result of an engine
         size = loadWord(record->cursor) - kLengthWord;
         record->cursor += kLengthWord;
         record->fill += kLengthWord;

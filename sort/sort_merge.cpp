@@ -79,8 +79,8 @@ int16_t runEngine(SortEngine engine, int32_t op, ZvkThreadRecord *record, const 
     SortEighth eighth{};
     if (record->eighthArg) memcpy(&eighth, record->eighthArg, sizeof eighth);
     record->active = 1;
-    int32_t result = engine(op, format, desc->recordLength, record->fourthArg, static_cast<const char *>(record->fifthArg), eighth, run.input,
-                            run.output, run.control);
+    int32_t result = engine(op, format, desc->recordLength, record->fourthArg, static_cast<const char *>(record->fifthArg), eighth,
+                            run.input, run.output, run.control);
     // A routine of a file that the engine called may have ended the runtime.
     if (_zvkProccom && zvkThreadScratch(-1) == record) record->active = 0;
     return static_cast<int16_t>(result);
@@ -118,6 +118,7 @@ void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThr
             return;
         }
         if (!zvkNameSpillFile(record, Spill::Output)) return finish(block, record, kFailure, 0);
+        unlink(record->spillPath); // left by a process of that number that came to grief
         run.output.path = record->spillPath;
     }
     int16_t result = runEngine(engine, op, record, run);
@@ -160,6 +161,7 @@ bool prepareRun(ZvkThreadRecord *record, EngineRun *run, char **inPath)
         record->cursor = record->buffer;
     } else {
         if (!zvkNameSpillFile(record, Spill::Output)) return false;
+        unlink(record->spillPath);
         run->output.path = record->spillPath;
     }
     if (!run->output.memory) {
@@ -204,7 +206,8 @@ void endSorts()
     if (!record) return;
     SortEngine engine = zvkLoadedSortEngine();
     // `active` stays: whoever ends the run unit tells the user that the sort was not complete.
-    if (record->active == 1 && engine) engine(ZVK_SORT_END, 0, 0, nullptr, nullptr, SortEighth{}, SortIoRecord{}, SortIoRecord{}, SortControlRecord{});
+    if (record->active == 1 && engine)
+        engine(ZVK_SORT_END, 0, 0, nullptr, nullptr, SortEighth{}, SortIoRecord{}, SortIoRecord{}, SortControlRecord{});
     zvkCloseSortEngine();
 }
 
@@ -239,9 +242,12 @@ void _zvkSortMerge(int32_t op, SortVerbBlock *block, SortRecordDesc *desc, void 
         record->givingList = givingList;
         record->eighthArg = eighth;
         return startSort(engine, op, block, record);
-    case ZVK_SORT_RUN: return runSort(engine, block, record);
-    case ZVK_SORT_FAILED: return finish(block, record, kFailure, 0);
-    default: return finish(block, record, 0, 0);
+    case ZVK_SORT_RUN:
+        return runSort(engine, block, record);
+    case ZVK_SORT_FAILED:
+        return finish(block, record, kFailure, 0);
+    default:
+        return finish(block, record, 0, 0);
     }
 }
 

@@ -199,8 +199,8 @@ enum {
  * @return SORT-RETURN in the low 16 bits: 0, or 16 with an error number stored through `control.errnoOut`
  * @threads any, each with a sort of its own
  */
-typedef int32_t (*SortEngine)(int32_t op, uint64_t recordFormat, uint32_t recordLength, const void *fourth, const char *fifth, SortEighth eighth,
-                              SortIoRecord input, SortIoRecord output, SortControlRecord control);
+typedef int32_t (*SortEngine)(int32_t op, uint64_t recordFormat, uint32_t recordLength, const void *fourth, const char *fifth,
+                              SortEighth eighth, SortIoRecord input, SortIoRecord output, SortControlRecord control);
 
 /**
  * SORT and MERGE statements.
@@ -246,8 +246,8 @@ ZVK_EXPORT uint32_t zvkGetSortErrno(uint32_t *value);
  * @messages 907
  * @threads  any, on tables of their own
  */
-ZVK_EXPORT void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t count, const uint8_t *collating, int32_t keyCount,
-                           ...);
+ZVK_EXPORT void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t count, const uint8_t *collating,
+                           int32_t keyCount, ...);
 
 ZVK_END_DECLS
 

@@ -35,14 +35,19 @@ static inline uint64_t zvkKeySpace(const TableSortKey *key)
     switch (key->keyType) {
     case ZVK_KEY_ALPHANUMERIC:
     case ZVK_KEY_NATIONAL:
-    case ZVK_KEY_DBCS: return length;
+    case ZVK_KEY_DBCS:
+        return length;
     case ZVK_KEY_ZONED:
         if (key->signFlags & (ZVK_KEY_LEADING_SEPARATE | ZVK_KEY_TRAILING_SEPARATE)) length--;
         return length <= 255 ? length / 2 + 3 : 0;
-    case ZVK_KEY_BINARY: return length <= 8 ? length : 0;
-    case ZVK_KEY_PACKED: return length <= 255 ? length + 2 : 0;
-    case ZVK_KEY_FLOAT: return length == 4 || length == 8 ? 8 : 0;
-    default: return 0;
+    case ZVK_KEY_BINARY:
+        return length <= 8 ? length : 0;
+    case ZVK_KEY_PACKED:
+        return length <= 255 ? length + 2 : 0;
+    case ZVK_KEY_FLOAT:
+        return length == 4 || length == 8 ? 8 : 0;
+    default:
+        return 0;
     }
 }
 
@@ -99,8 +104,10 @@ static inline uint8_t *zvkNormaliseFloat(const TableSortKey *key, const uint8_t 
     uint64_t bits = 0;
     /* a short one fills the upper half, so that the sign is the top bit of both */
     memcpy((uint8_t *)&bits + (8 - key->length), bytes, key->length);
-    if ((bits & ~top) == 0) bits = top;
-    else bits = bits & top ? ~bits : bits | top;
+    if ((bits & ~top) == 0)
+        bits = top;
+    else
+        bits = bits & top ? ~bits : bits | top;
     if (!ascending) bits = ~bits;
     bits = __builtin_bswap64(bits);
     memcpy(out, &bits, 8);
@@ -108,16 +115,20 @@ static inline uint8_t *zvkNormaliseFloat(const TableSortKey *key, const uint8_t 
 }
 
 /** Appends the byte string of a valid key of `record`; returns the place behind it. */
-static inline uint8_t *zvkNormaliseKey(const TableSortKey *key, const uint8_t *record, const uint8_t *collating, uint32_t flags, uint8_t *out)
+static inline uint8_t *zvkNormaliseKey(const TableSortKey *key, const uint8_t *record, const uint8_t *collating, uint32_t flags,
+                                       uint8_t *out)
 {
     const uint8_t *item = record + key->offset;
     int ascending = key->orderFlags & ZVK_KEY_ASCENDING;
     uint8_t mask = ascending ? 0 : 0xFF;
     size_t length = key->length, i;
     switch (key->keyType) {
-    case ZVK_KEY_ZONED: return zvkNormaliseZoned(key, item, ascending, out);
-    case ZVK_KEY_PACKED: return zvkNormalisePacked(key, item, ascending, flags, out);
-    case ZVK_KEY_FLOAT: return zvkNormaliseFloat(key, item, ascending, out);
+    case ZVK_KEY_ZONED:
+        return zvkNormaliseZoned(key, item, ascending, out);
+    case ZVK_KEY_PACKED:
+        return zvkNormalisePacked(key, item, ascending, flags, out);
+    case ZVK_KEY_FLOAT:
+        return zvkNormaliseFloat(key, item, ascending, out);
     case ZVK_KEY_BINARY:
         for (i = 0; i < length; i++) out[i] = (uint8_t)(item[length - 1 - i] ^ mask);
         if (key->signFlags & ZVK_KEY_SIGNED) out[0] ^= 0x80;
@@ -128,9 +139,11 @@ static inline uint8_t *zvkNormaliseKey(const TableSortKey *key, const uint8_t *r
             return out + length;
         }
         break;
-    default: break;
+    default:
+        break;
     }
-    if (ascending) memcpy(out, item, length);
+    if (ascending)
+        memcpy(out, item, length);
     else
         for (i = 0; i < length; i++) out[i] = (uint8_t)~item[i];
     return out + length;
