@@ -27,6 +27,17 @@ namespace {
 
 constexpr int16_t kFailure = 16;
 
+// The statement's arguments. With a procedure on either side they are kept in the thread's record until the engine runs; a sort with files on both sides
+// leaves that alone, so that it can stand inside the INPUT PROCEDURE of another one.
+struct Arguments {
+    const SortRecordDesc *desc;
+    const void *fourth;
+    const char *fifth;
+    const SortFileList *usingList;
+    const SortFileList *givingList;
+    const uint64_t *eighth;
+};
+
 // Where the engine's input comes from and its output goes to.
 struct EngineRun {
     SortIoRecord input{};
@@ -36,7 +47,7 @@ struct EngineRun {
 
 void prepareControl(EngineRun *run, const SortVerbBlock *block, const ZvkThreadRecord *record)
 {
-    run->control.engineFlags = record->engineFlags;
+    run->control.engineFlags = block ? block->engineFlags : record->engineFlags;
     run->control.tempDir = _zvkProccom->tempDir;
     run->control.errnoOut = &run->control.errnoValue;
     run->control.program = block ? block->program : nullptr;
@@ -70,17 +81,16 @@ void finish(const SortVerbBlock *block, ZvkThreadRecord *record, int16_t result,
     if (_zvkProccom && zvkThreadScratch(-1) == record) record->sortErrno = errorWord;
 }
 
-int16_t runEngine(SortEngine engine, int32_t op, ZvkThreadRecord *record, const EngineRun &run)
+int16_t runEngine(SortEngine engine, int32_t op, ZvkThreadRecord *record, const Arguments &arguments, const EngineRun &run)
 {
     if (record->active) zvkWriteMsg(13, 0);
-    const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);
     uint64_t format;
-    memcpy(&format, desc, sizeof format);
+    memcpy(&format, arguments.desc, sizeof format);
     SortEighth eighth{};
-    if (record->eighthArg) memcpy(&eighth, record->eighthArg, sizeof eighth);
+    if (arguments.eighth) memcpy(&eighth, arguments.eighth, sizeof eighth);
     record->active = 1;
-    int32_t result = engine(op, format, desc->recordLength, record->fourthArg, static_cast<const char *>(record->fifthArg), eighth,
-                            run.input, run.output, run.control);
+    int32_t result =
+        engine(op, format, arguments.desc->recordLength, arguments.fourth, arguments.fifth, eighth, run.input, run.output, run.control);
     // A routine of a file that the engine called may have ended the runtime.
     if (_zvkProccom && zvkThreadScratch(-1) == record) record->active = 0;
     return static_cast<int16_t>(result);
@@ -102,18 +112,38 @@ bool prepareBuffer(ZvkThreadRecord *record)
     return true;
 }
 
+void saveArguments(ZvkThreadRecord *record, const SortVerbBlock *block, const Arguments &arguments)
+{
+    record->recordDesc = arguments.desc;
+    record->fourthArg = arguments.fourth;
+    record->fifthArg = arguments.fifth;
+    record->usingList = arguments.usingList;
+    record->givingList = arguments.givingList;
+    record->eighthArg = arguments.eighth;
+    record->engineFlags = block ? block->engineFlags : 0;
+}
+
+Arguments savedArguments(const ZvkThreadRecord *record)
+{
+    return {static_cast<const SortRecordDesc *>(record->recordDesc),
+            record->fourthArg,
+            static_cast<const char *>(record->fifthArg),
+            static_cast<const SortFileList *>(record->usingList),
+            static_cast<const SortFileList *>(record->givingList),
+            static_cast<const uint64_t *>(record->eighthArg)};
+}
+
 // Ops 1 and 2.
-void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThreadRecord *record)
+void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThreadRecord *record, const Arguments &arguments)
 {
     EngineRun run;
     prepareControl(&run, block, record);
-    const auto *usingList = static_cast<const SortFileList *>(record->usingList);
-    const auto *givingList = static_cast<const SortFileList *>(record->givingList);
-    listFiles(&run.input, usingList);
-    listFiles(&run.output, givingList);
-    if (!(fileCount(usingList) && fileCount(givingList))) {
+    listFiles(&run.input, arguments.usingList);
+    listFiles(&run.output, arguments.givingList);
+    if (!(run.input.count && run.output.count)) {
         if (!prepareBuffer(record)) return finish(block, record, kFailure, 0);
-        if (fileCount(usingList) == 0) { // RELEASE comes next
+        saveArguments(record, block, arguments);
+        if (run.input.count == 0) { // RELEASE comes next
             if (block && block->sortReturn) *block->sortReturn = 0;
             return;
         }
@@ -121,7 +151,7 @@ void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThr
         unlink(record->spillPath); // left by a process of that number that came to grief
         run.output.path = record->spillPath;
     }
-    int16_t result = runEngine(engine, op, record, run);
+    int16_t result = runEngine(engine, op, record, arguments, run);
     if (!_zvkProccom || zvkThreadScratch(-1) != record) return;
     if (run.output.path) record->fill = -1;
     finish(block, record, result, run.control.errnoValue);
@@ -188,7 +218,7 @@ void runSort(SortEngine engine, const SortVerbBlock *block, ZvkThreadRecord *rec
         return;
     }
     bool ready = prepareRun(record, &run, &inPath);
-    int16_t result = ready ? runEngine(engine, ZVK_SORT_START, record, run) : kFailure;
+    int16_t result = ready ? runEngine(engine, ZVK_SORT_START, record, savedArguments(record), run) : kFailure;
     if (inPath) {
         unlink(inPath);
         free(inPath);
@@ -229,19 +259,12 @@ void _zvkSortMerge(int32_t op, SortVerbBlock *block, SortRecordDesc *desc, void 
     auto *record = static_cast<ZvkThreadRecord *>(zvkThreadScratch(0));
     if (!record) return;
     record->tempDir = _zvkProccom->tempDir;
-    record->engineFlags = block ? block->engineFlags : 0;
 
     switch (op) {
     case ZVK_SORT_START:
     case ZVK_SORT_MERGE:
         cutAtBlank(fifth);
-        record->recordDesc = desc;
-        record->fourthArg = fourth;
-        record->fifthArg = fifth;
-        record->usingList = usingList;
-        record->givingList = givingList;
-        record->eighthArg = eighth;
-        return startSort(engine, op, block, record);
+        return startSort(engine, op, block, record, {desc, fourth, fifth, usingList, givingList, eighth});
     case ZVK_SORT_RUN:
         return runSort(engine, block, record);
     case ZVK_SORT_FAILED:
