@@ -145,7 +145,7 @@ void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t 
     const TableSortKey *some[kMaxKeys];
     const TableSortKey **keys = some;
     if (keyCount > kMaxKeys) {
-        keys = static_cast<const TableSortKey **>(zvkAlloc(sizeof *keys * static_cast<uint64_t>(keyCount)));
+        keys = static_cast<const TableSortKey **>(zvkAlloc(sizeof(void *) * static_cast<uint64_t>(keyCount)));
         if (!keys) return zvkNoStorage();
     }
     va_list arguments;

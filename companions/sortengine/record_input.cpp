@@ -12,14 +12,15 @@
 
 namespace {
 
+constexpr uint64_t kPointerBytes = sizeof(void *);
 constexpr uint64_t kReadBytes = 1u << 18;
 
 Segment *newSegment(Sort *sort)
 {
     if (!sort->segments) {
-        sort->segments = static_cast<Segment **>(take(sort, sizeof(Segment *) * sort->segmentLimit));
-        sort->resident = static_cast<Segment **>(take(sort, sizeof(Segment *) * sort->segmentLimit));
-        sort->runJob.segments = static_cast<Segment **>(take(sort, sizeof(Segment *) * sort->segmentLimit));
+        sort->segments = static_cast<Segment **>(take(sort, kPointerBytes * sort->segmentLimit));
+        sort->resident = static_cast<Segment **>(take(sort, kPointerBytes * sort->segmentLimit));
+        sort->runJob.segments = static_cast<Segment **>(take(sort, kPointerBytes * sort->segmentLimit));
         if (sort->error) return nullptr;
     }
     auto *segment = static_cast<Segment *>(take(sort, sizeof(Segment)));
@@ -69,7 +70,7 @@ bool startRun(Sort *sort)
         bytes += run.segments[i]->used + uint64_t{runHeadBytes(sort->plan)} * run.segments[i]->count;
     }
     sort->residentCount -= run.count;
-    memmove(sort->resident, sort->resident + run.count, sort->residentCount * sizeof(Segment *));
+    memmove(sort->resident, sort->resident + run.count, sort->residentCount * kPointerBytes);
     if (!addRun(sort, {sort->work.size, sort->work.size + bytes})) return false;
     sort->work.size += bytes;
     submit(&sort->worker, &run.job);

@@ -31,7 +31,7 @@ struct Keys {
     {
         auto count = static_cast<uint32_t>(keys.size());
         memcpy(words.data(), &count, 4);
-        memcpy(words.data() + 8, keys.data(), keys.size() * sizeof(TableSortKey));
+        if (count) memcpy(words.data() + 8, keys.data(), keys.size() * sizeof(TableSortKey));
     }
     std::vector<uint8_t> words;
 };
