@@ -15,6 +15,7 @@
 #include "kvr2/program_manager.h"
 #include "kvr2/run_unit.h"
 #include "kvr2/signals.h"
+#include "kvr2/sort.h"
 #include "kvr2/storage.h"
 #include "kvr2/termination.h"
 

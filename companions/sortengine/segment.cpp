@@ -1,0 +1,140 @@
+// Segments; see segment.h.
+#include "segment.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <sys/mman.h>
+
+namespace {
+
+constexpr int kRadixBits = 11;
+constexpr uint32_t kBuckets = 1u << kRadixBits;
+constexpr uint32_t kRadixLeast = 4 * kBuckets; // fewer entries are sorted faster by comparing
+
+bool buildIndex(Segment *segment)
+{
+    const KeyPlan &plan = *segment->plan;
+    const RecordLayout &layout = *segment->layout;
+    auto *scratch = static_cast<uint8_t *>(malloc(plan.keyBytes + kPrefixBytes));
+    if (!scratch) {
+        segment->job.error = ZVK_SORT_ESTORAGE;
+        return false;
+    }
+    for (uint32_t i = 0; i < segment->count; i++) {
+        const uint8_t *record = recordAt(segment, i);
+        if ((layout.variable ? loadWord(record) - kLengthWord : layout.recordLength) < plan.reach) {
+            segment->job.error = ZVK_SORT_ESHORT;
+            break;
+        }
+        KeyHead head;
+        readKey(plan, dataOf(layout, record), scratch, &head);
+        segment->entries[i] = {head.first, head.next, i};
+        if (segment->tails) memcpy(segment->tails + uint64_t{i} * plan.tailBytes, head.tail, plan.tailBytes);
+    }
+    free(scratch);
+    return segment->job.error == 0;
+}
+
+struct Less {
+    const Segment *segment;
+    bool operator()(const Entry &a, const Entry &b) const
+    {
+        if (a.first != b.first) return a.first < b.first;
+        if (a.next != b.next) return a.next < b.next;
+        if (uint32_t size = segment->plan->tailBytes) {
+            int order = memcmp(tailAt(segment, a.index), tailAt(segment, b.index), size);
+            if (order != 0) return order < 0;
+        }
+        return a.index < b.index;
+    }
+};
+
+// Deals the entries out by the first bits in which any two differ, then sorts each bucket.
+void radixSort(Segment *segment, Entry *spare)
+{
+    Entry *entries = segment->entries;
+    uint32_t count = segment->count;
+    uint64_t differ = 0;
+    for (uint32_t i = 1; i < count; i++) differ |= entries[i].first ^ entries[0].first;
+    if (differ == 0) {
+        std::sort(entries, entries + count, Less{segment});
+        free(spare);
+        return;
+    }
+    int shift = std::max(64 - __builtin_clzll(differ) - kRadixBits, 0);
+    uint32_t ends[kBuckets] = {};
+    auto bucketOf = [shift](const Entry &entry) { return static_cast<uint32_t>(entry.first >> shift) & (kBuckets - 1); };
+    for (uint32_t i = 0; i < count; i++) ends[bucketOf(entries[i])]++;
+    uint32_t place = 0;
+    for (uint32_t &end : ends) {
+        uint32_t size = end;
+        end = place;
+        place += size;
+    }
+    for (uint32_t i = 0; i < count; i++) spare[ends[bucketOf(entries[i])]++] = entries[i];
+    std::swap(segment->entries, spare);
+    uint32_t start = 0;
+    for (uint32_t end : ends) {
+        if (segment->worker->cancel) break;
+        if (end - start > 1) std::sort(segment->entries + start, segment->entries + end, Less{segment});
+        start = end;
+    }
+    free(spare);
+}
+
+} // namespace
+
+bool openSegment(Segment *segment, uint64_t capacity)
+{
+    capacity = (capacity + 4095) & ~uint64_t{4095};
+    void *arena = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (arena == MAP_FAILED) return false;
+    if (capacity >= 4u << 20) madvise(arena, capacity, MADV_HUGEPAGE);
+    segment->records = static_cast<uint8_t *>(arena);
+    segment->capacity = capacity;
+    segment->job.run = sortSegment;
+    return true;
+}
+
+void emptySegment(Segment *segment)
+{
+    free(segment->entries);
+    free(segment->tails);
+    segment->entries = nullptr;
+    segment->tails = nullptr;
+    segment->used = 0;
+    segment->count = 0;
+    segment->job.state = JobState::Idle;
+}
+
+void closeSegment(Segment *segment)
+{
+    emptySegment(segment);
+    if (segment->records) munmap(segment->records, segment->capacity);
+    segment->records = nullptr;
+}
+
+void sortSegment(Job *job)
+{
+    auto *segment = reinterpret_cast<Segment *>(job);
+    const KeyPlan &plan = *segment->plan;
+    uint64_t count = segment->count;
+    if (count == 0 || segment->worker->cancel) return;
+    segment->entries = static_cast<Entry *>(malloc(count * sizeof(Entry)));
+    if (!plan.plain && plan.tailBytes) segment->tails = static_cast<uint8_t *>(malloc(count * plan.tailBytes));
+    bool radix = count >= kRadixLeast;
+    auto *spare = radix ? static_cast<Entry *>(malloc(count * sizeof(Entry))) : nullptr;
+    if (!segment->entries || (!plan.plain && plan.tailBytes && !segment->tails) || (radix && !spare)) {
+        job->error = ZVK_SORT_ESTORAGE;
+        free(spare);
+        return;
+    }
+    if (!buildIndex(segment)) {
+        free(spare);
+    } else if (radix) {
+        radixSort(segment, spare);
+    } else {
+        std::sort(segment->entries, segment->entries + count, Less{segment});
+    }
+}

@@ -1,0 +1,127 @@
+// The engine's entry.
+//
+//     SORT    input -> segments, sorted by the worker -> (beyond the budget: runs in the work file) -> one merge -> output
+//     MERGE   USING files, each in order -> one merge -> output
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "control_file.h"
+#include "record_io.h"
+
+extern "C" ZVK_EXPORT int32_t sortmerge(int32_t op, uint64_t recordFormat, uint32_t recordLength, const void *fourth, const char *fifth,
+                                        SortEighth eighth, SortIoRecord input, SortIoRecord output, SortControlRecord control);
+
+namespace {
+
+constexpr int32_t kFailure = 16;
+constexpr uint64_t kSegmentBytes = 16u << 20; // a segment's index fits the cache about
+constexpr uint64_t kLeastSegment = 32u << 10;
+constexpr uint32_t kSegments = 8;
+constexpr uint32_t kMostRecord = 1u << 28; // offsets within a segment are 32 bits
+
+// Cuts the budget into segments: two at least, so that one is filled while the other is sorted or written.
+void planMemory(Sort *sort)
+{
+    uint64_t record = uint64_t{sort->layout.recordLength} + kLengthWord + indexBytes(sort->plan, sort->layout);
+    uint64_t bytes = std::clamp(sort->settings.memory / kSegments, kLeastSegment, kSegmentBytes);
+    sort->segmentBytes = std::max((bytes + 4095) & ~uint64_t{4095}, 4 * record);
+    sort->segmentLimit = static_cast<uint32_t>(std::clamp<uint64_t>(sort->settings.memory / sort->segmentBytes, 2, 1u << 20));
+}
+
+bool mergeOut(Sort *sort, Source *sources, uint32_t count, Output *output)
+{
+    auto *losers = static_cast<uint32_t *>(take(sort, count * sizeof(uint32_t)));
+    if (!losers) return false;
+    MergeTree tree;
+    plantTree(&tree, &sort->plan, sources, count, losers);
+    for (Source *source = winner(tree); !source->done; source = winner(tree)) {
+        if (!putRecord(sort, output, source->record, source->bytes) || !source->advance(sort, source)) return false;
+        replay(&tree);
+    }
+    return true;
+}
+
+bool mergeSegmentsAndRuns(Sort *sort, Output *output)
+{
+    uint32_t count = sort->runCount + sort->residentCount;
+    if (count == 0) return true;
+    auto *sources = static_cast<Source *>(take(sort, count * sizeof(Source)));
+    if (!sources) return false;
+    if (sort->runCount) {
+        uint64_t item = runHeadBytes(sort->plan) + uint64_t{sort->layout.recordLength} + kLengthWord;
+        uint64_t size = std::max(std::clamp<uint64_t>(sort->settings.memory / 2 / sort->runCount, 1u << 14, 1u << 20), item);
+        auto *buffers = static_cast<uint8_t *>(take(sort, size * sort->runCount));
+        if (!buffers) return false;
+        for (uint32_t i = 0; i < sort->runCount; i++)
+            if (!openRunSource(sort, &sources[i], sort->runs[i].start, sort->runs[i].end, buffers + i * size, size)) return false;
+    }
+    for (uint32_t i = 0; i < sort->residentCount; i++) openSegmentSource(&sources[sort->runCount + i], sort->resident[i]);
+    return mergeOut(sort, sources, count, output);
+}
+
+bool mergeFiles(Sort *sort, const SortIoRecord &input, Output *output)
+{
+    auto *sources = static_cast<Source *>(take(sort, input.count * sizeof(Source)));
+    if (!sources) return false;
+    uint32_t opened = 0;
+    bool good = true;
+    for (; good && opened < input.count; opened += good) good = openFile(sort, input.files[opened], ZVK_OPEN_INPUT, ZVK_SORT_EOPENIN);
+    for (uint32_t i = 0; good && i < input.count; i++) good = openFileSource(sort, &sources[i], input.files[i]);
+    good = good && mergeOut(sort, sources, input.count, output);
+    for (uint32_t i = 0; i < opened; i++) good = closeFile(sort, input.files[i], ZVK_SORT_EREAD) && good;
+    return good;
+}
+
+bool run(Sort *sort, int32_t op, const SortIoRecord &input, const SortIoRecord &to, Output *output)
+{
+    planMemory(sort);
+    if (op == ZVK_SORT_MERGE && input.count && !input.path)
+        return openOutput(sort, output, &to) && mergeFiles(sort, input, output) && closeOutput(sort, output);
+    // A GIVING file may be a USING file as well: it is opened when all has been read.
+    return collectInput(sort, input) && openOutput(sort, output, &to) && mergeSegmentsAndRuns(sort, output) && closeOutput(sort, output);
+}
+
+void printStatistics(const Sort *sort)
+{
+    fprintf(stderr, "sort: records %llu, runs %u, work file %llu bytes, segments %u of %llu bytes, error %u\n",
+            static_cast<unsigned long long>(sort->recordCount), sort->runCount, static_cast<unsigned long long>(sort->work.size),
+            sort->segmentCount, static_cast<unsigned long long>(sort->segmentBytes), sort->error);
+}
+
+uint32_t prepare(Sort *sort, int32_t op, uint64_t recordFormat, uint32_t recordLength, const void *fourth, const char *fifth,
+                 const SortEighth &eighth, const SortControlRecord &control)
+{
+    auto format = static_cast<uint32_t>(recordFormat);
+    sort->layout = {format == ZVK_SORT_VARIABLE, format == ZVK_SORT_FIXED, recordLength};
+    sort->element = control.program ? control.program->ipcb : nullptr;
+    if ((op != ZVK_SORT_START && op != ZVK_SORT_MERGE) || recordLength == 0 || recordLength > kMostRecord) return ZVK_SORT_EREQUEST;
+    if (!readSettings(&sort->settings, fifth, eighth, control.tempDir)) return ZVK_SORT_ECONTROL;
+    if (uint32_t error =
+            makeKeyPlan(&sort->plan, static_cast<const SortKeyList *>(fourth), reinterpret_cast<const uint8_t *>(eighth.collating)))
+        return error;
+    return !sort->layout.variable && sort->plan.reach > recordLength ? static_cast<uint32_t>(ZVK_SORT_ESHORT) : 0;
+}
+
+} // namespace
+
+int32_t sortmerge(int32_t op, uint64_t recordFormat, uint32_t recordLength, const void *fourth, const char *fifth, SortEighth eighth,
+                  SortIoRecord input, SortIoRecord output, SortControlRecord control)
+{
+    if (op == ZVK_SORT_END) {
+        abandonSorts();
+        return 0;
+    }
+    Sort sort{};
+    Output result{};
+    sort.error = prepare(&sort, op, recordFormat, recordLength, fourth, fifth, eighth, control);
+    if (sort.error == 0) {
+        openSort(&sort);
+        if (!run(&sort, op, input, output, &result)) discardOutput(&sort, &result);
+        if (sort.settings.statistics) printStatistics(&sort);
+        closeSort(&sort);
+    }
+    // After an operation 11 the caller's frame may be all that is left; its error word is part of it.
+    if (control.errnoOut) *control.errnoOut = sort.error;
+    return sort.error ? kFailure : 0;
+}

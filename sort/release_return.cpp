@@ -1,0 +1,156 @@
+// RELEASE and RETURN: records into and out of the sort, one at a time.
+//
+// Both work on the thread's buffer of 262,144 bytes. `fill` counts what lies in it while records come in, and what has been taken while they go
+// out; -1 says that the engine has run and nothing was taken yet. When the buffer is full it goes to the input spill file. The result comes either
+// from the buffer itself, sorted in place, or in chunks from the output spill file. A record that crosses the end of a chunk is not put
+// together: the next chunk is read from that record's first byte on.
+#include <cstring>
+#include <unistd.h>
+
+#include "kvr2/sort.h"
+
+#include "frame/storage.h"
+#include "frame/thread_record.h"
+#include "sort/spill_file.h"
+
+namespace {
+
+constexpr uint16_t kReleaseFailed = 16, kAtEnd = 1;
+constexpr uint32_t kLengthWord = 4;
+
+ZvkThreadRecord *sortRecord()
+{
+    auto *record = static_cast<ZvkThreadRecord *>(zvkThreadScratch(-1));
+    return record && record->buffer && record->spillPath && record->recordDesc ? record : nullptr;
+}
+
+uint32_t loadWord(const uint8_t *from)
+{
+    uint32_t word;
+    memcpy(&word, from, sizeof word);
+    return word;
+}
+
+bool spillBuffer(ZvkThreadRecord *record)
+{
+    bool first = !record->spillPath[0];
+    if (!zvkNameSpillFile(record, Spill::Input)) return false;
+    if (first) unlink(record->spillPath); // left by a process of that number that came to grief
+    if (!zvkAppendSpill(record->spillPath, record->buffer, static_cast<uint64_t>(record->fill))) return false;
+    record->fill = 0;
+    record->cursor = record->buffer;
+    return true;
+}
+
+bool releaseRecord(ZvkThreadRecord *record, uint32_t length, const void *data)
+{
+    const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);
+    bool variable = desc->recordFormat == ZVK_SORT_VARIABLE;
+    if (!variable && length > desc->recordLength) length = desc->recordLength;
+    uint64_t extra = variable ? kLengthWord : desc->recordLength - length;
+    uint64_t total = length + extra;
+    if (record->fill < 0 || total > kSortBufferBytes) return false;
+    if (total + static_cast<uint64_t>(record->fill) > record->capacity && !spillBuffer(record)) return false;
+
+    if (variable) {
+        auto word = static_cast<uint32_t>(total);
+        memcpy(record->cursor, &word, kLengthWord);
+        record->cursor += kLengthWord;
+    }
+    memcpy(record->cursor, data, length);
+    record->cursor += length;
+    if (desc->recordFormat == ZVK_SORT_FIXED) {
+        memset(record->cursor, ' ', extra);
+        record->cursor += extra;
+    }
+    // In the other fixed formats a short record counts in full, but the next one follows it directly.
+    record->fill += static_cast<int64_t>(total);
+    return true;
+}
+
+// The next chunk of the result; false at its end.
+bool refill(ZvkThreadRecord *record)
+{
+    if (record->spillPath[0]) {
+        uint64_t count = zvkReadSpill(record->spillPath, record->buffer, record->capacity, record->fileOffset);
+        record->fileOffset += count;
+        if (count < record->capacity) {
+            unlink(record->spillPath);
+            record->spillPath[0] = 0;
+        }
+        if (count == 0) {
+            record->fill = 0;
+            return false;
+        }
+        record->capacity = count;
+    } else if (record->fill == 0) {
+        return false;
+    }
+    record->fill = 0;
+    record->cursor = record->buffer;
+    return true;
+}
+
+// Bytes of the record at the cursor with its length word; more than any buffer holds if the word itself is cut off.
+uint64_t sizeAtCursor(const ZvkThreadRecord *record, const SortRecordDesc *desc)
+{
+    if (desc->recordFormat != ZVK_SORT_VARIABLE) return desc->recordLength;
+    if (record->capacity - static_cast<uint64_t>(record->fill) <= kLengthWord) return record->capacity + 1;
+    return loadWord(record->cursor);
+}
+
+bool returnRecord(ZvkThreadRecord *record, uint32_t *length, void *data)
+{
+    const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);
+    if (record->fill < 1 && !refill(record)) return false;
+
+    uint64_t left = record->capacity - static_cast<uint64_t>(record->fill);
+    uint64_t size = desc->recordLength;
+    if (desc->recordFormat == ZVK_SORT_VARIABLE) {
+        if (left < kLengthWord || loadWord(record->cursor) < kLengthWord || loadWord(record->cursor) > left)
+            return false; // no result of an engine
+        size = loadWord(record->cursor) - kLengthWord;
+        record->cursor += kLengthWord;
+        record->fill += kLengthWord;
+    } else if (size > left) {
+        return false;
+    }
+    memcpy(data, record->cursor, size);
+    record->cursor += size;
+    record->fill += static_cast<int64_t>(size);
+    *length = static_cast<uint32_t>(size);
+
+    auto taken = static_cast<uint64_t>(record->fill);
+    if (record->spillPath[0] && taken < record->capacity && taken + sizeAtCursor(record, desc) > record->capacity) {
+        record->fileOffset -= record->capacity - taken;
+        record->fill = 0;
+        record->cursor = record->buffer;
+    }
+    if (static_cast<uint64_t>(record->fill) == record->capacity) record->fill = 0;
+    return true;
+}
+
+uint32_t sortErrno(uint32_t *value)
+{
+    auto *record = static_cast<ZvkThreadRecord *>(zvkThreadScratch(-1));
+    uint32_t number = record ? record->sortErrno : 0;
+    if (value) *value = number;
+    return number;
+}
+
+} // namespace
+
+void _zvkRelease(uint32_t length, void *record, uint16_t *status)
+{
+    ZvkThreadRecord *thread = sortRecord();
+    if (!thread || !releaseRecord(thread, length, record)) *status = kReleaseFailed;
+}
+
+void _zvkReturn(uint32_t *length, void *record, uint16_t *status)
+{
+    ZvkThreadRecord *thread = sortRecord();
+    if (!thread || !returnRecord(thread, length, record)) *status = kAtEnd;
+}
+
+uint32_t ZVKGETSORTERRNO(uint32_t *value) { return sortErrno(value); }
+uint32_t zvkGetSortErrno(uint32_t *value) { return sortErrno(value); }

@@ -1,0 +1,70 @@
+// Spill files; see spill_file.h.
+#include "sort/spill_file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "frame/run_unit.h"
+
+namespace {
+
+int openSpill(const char *path, int flags)
+{
+    int fd;
+    do fd = open(path, flags | O_CLOEXEC, 0666);
+    while (fd < 0 && (errno == EINTR || errno == EAGAIN || errno == ETIMEDOUT));
+    return fd;
+}
+
+bool writeAll(int fd, const uint8_t *bytes, uint64_t size)
+{
+    while (size) {
+        ssize_t written = write(fd, bytes, size);
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        bytes += written;
+        size -= static_cast<uint64_t>(written);
+    }
+    return true;
+}
+
+} // namespace
+
+bool zvkNameSpillFile(ZvkThreadRecord *record, Spill kind)
+{
+    const char *directory = record->tempDir ? record->tempDir : ".";
+    size_t length = strlen(directory);
+    int size = snprintf(record->spillPath, kSpillPathBytes, "%s%s%s%010u.%010u", directory,
+                        length && directory[length - 1] == '/' ? "" : "/", kind == Spill::Input ? "sortwki." : "sortwko.",
+                        static_cast<uint32_t>(_zvkProccom->pid), static_cast<uint32_t>(record->threadId));
+    bool fits = size > 0 && static_cast<uint64_t>(size) < kSpillPathBytes;
+    if (!fits) record->spillPath[0] = 0;
+    return fits;
+}
+
+bool zvkAppendSpill(const char *path, const uint8_t *bytes, uint64_t size)
+{
+    int fd = openSpill(path, O_RDWR | O_CREAT | O_APPEND);
+    if (fd < 1) return false;
+    bool good = writeAll(fd, bytes, size);
+    fdatasync(fd);
+    return close(fd) == 0 && good;
+}
+
+uint64_t zvkReadSpill(const char *path, uint8_t *bytes, uint64_t size, uint64_t offset)
+{
+    int fd = openSpill(path, O_RDONLY);
+    if (fd < 0) return 0;
+    uint64_t have = 0;
+    while (have < size) {
+        ssize_t count = pread(fd, bytes + have, size - have, static_cast<off_t>(offset + have));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        have += static_cast<uint64_t>(count);
+    }
+    close(fd);
+    return have;
+}

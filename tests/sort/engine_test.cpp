@@ -1,0 +1,382 @@
+// The sort engine, called as the library calls it.
+//
+// Faults that these tests are there to catch: a key type, form or direction in another order than its values; equal keys that change places; records
+// lost, doubled or cut at the edges of segments, runs and buffers; a MERGE that does not see that its input is out of order; failures that
+// are not reported, or leave files behind; what an abandoned sort leaves allocated or touches afterwards.
+#include <csignal>
+#include <dlfcn.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include "kvr2/fileio.h"
+#include "sort_data.h"
+#include "support/child.h"
+#include "support/require.h"
+#include "test_file.h"
+
+namespace {
+
+SortEngine engine()
+{
+    static auto entry = [] {
+        void *library = dlopen((std::string(getenv("KVR2_BUILD_DIR")) + "/companions/libvortlite_64r.so").c_str(), RTLD_NOW);
+        return library ? reinterpret_cast<SortEngine>(dlvsym(library, "sortmerge", "KVR2_6.1.0")) : nullptr;
+    }();
+    return entry;
+}
+
+struct Keys {
+    explicit Keys(const std::vector<TableSortKey> &keys) : words(8 + keys.size() * sizeof(TableSortKey))
+    {
+        auto count = static_cast<uint32_t>(keys.size());
+        memcpy(words.data(), &count, 4);
+        if (count) memcpy(words.data() + 8, keys.data(), keys.size() * sizeof(TableSortKey));
+    }
+    std::vector<uint8_t> words;
+};
+
+struct Call {
+    int32_t op = ZVK_SORT_START;
+    uint32_t format = ZVK_SORT_FIXED;
+    uint32_t length = 40;
+    Reference order;
+    uint64_t memory = 0;
+    std::string control;
+    std::string directory = ".";
+    SortIoRecord input{}, output{};
+    uint32_t error = 0;
+
+    int run()
+    {
+        Keys keys(order.keys);
+        SortEighth eighth{reinterpret_cast<uint64_t>(order.collating), memory, ZVK_SORT_STABLE};
+        SortControlRecord record{};
+        record.tempDir = directory.c_str();
+        record.errnoOut = &error;
+        return engine()(op, format, length, keys.words.data(), control.c_str(), eighth, input, output, record);
+    }
+};
+
+std::string released(const std::vector<Record> &records, bool variable)
+{
+    std::string all;
+    for (const Record &record : records) {
+        auto word = static_cast<uint32_t>(record.size() + 4);
+        if (variable) all.append(reinterpret_cast<char *>(&word), 4);
+        all += record;
+    }
+    return all;
+}
+
+std::vector<Record> makeRecords(size_t count, const std::vector<TableSortKey> &keys, bool variable, unsigned seed = 1)
+{
+    std::mt19937 random(seed);
+    std::vector<Record> records(count);
+    uint32_t number = 0;
+    for (Record &record : records) {
+        record = Record(variable ? 40 + random() % 60 : 40, '.');
+        for (const TableSortKey &key : keys) fillKey(key, record, random);
+        number++;
+        memcpy(&record[36], &number, 4);
+    }
+    return records;
+}
+
+size_t filesIn(const std::string &directory)
+{
+    auto all = std::filesystem::directory_iterator(directory);
+    return static_cast<size_t>(std::distance(begin(all), end(all)));
+}
+
+// From memory to memory.
+void expectSortedInPlace(std::vector<Record> records, Call call)
+{
+    bool variable = call.format == ZVK_SORT_VARIABLE;
+    std::string buffer = released(records, variable);
+    call.input.bytes = call.output.bytes = static_cast<uint32_t>(buffer.size());
+    call.input.memory = call.output.memory = reinterpret_cast<uint8_t *>(buffer.data());
+    ASSERT_EQ(call.run(), 0) << call.error;
+    std::stable_sort(records.begin(), records.end(), call.order);
+    ASSERT_TRUE(buffer == released(records, variable)) << describe(call.order.keys[0]) << ", records " << records.size();
+}
+
+// From a spill file, with the last records still in memory, to a spill file.
+void expectSortedFiles(std::vector<Record> records, Call call, const TemporaryDirectory &directory)
+{
+    bool variable = call.format == ZVK_SORT_VARIABLE;
+    size_t inMemory = std::min<size_t>(records.size(), 100);
+    writeFile(directory.file("in"), released({records.begin(), records.end() - static_cast<long>(inMemory)}, variable));
+    std::string rest = released({records.end() - static_cast<long>(inMemory), records.end()}, variable);
+    std::string in = directory.file("in"), out = directory.file("out");
+    call.input.path = in.c_str();
+    call.input.bytes = static_cast<uint32_t>(rest.size());
+    call.input.memory = reinterpret_cast<uint8_t *>(rest.data());
+    call.output.path = out.c_str();
+    call.directory = directory.path();
+    ASSERT_EQ(call.run(), 0) << call.error;
+    std::stable_sort(records.begin(), records.end(), call.order);
+    ASSERT_TRUE(readFile(out) == released(records, variable)) << describe(call.order.keys[0]) << ", records " << records.size();
+    ASSERT_EQ(filesIn(directory.path()), 2u);
+}
+
+} // namespace
+
+TEST(SortEngine, OrdersEveryTypeFormAndDirection)
+{
+    for (const TableSortKey &key : everyKey(true)) {
+        Call call;
+        call.order.keys = {key};
+        for (size_t count : {1, 2, 1000}) ASSERT_NO_FATAL_FAILURE(expectSortedInPlace(makeRecords(count, {key}, false), call));
+    }
+}
+
+TEST(SortEngine, SeveralKeysAndACollatingTable)
+{
+    uint8_t collating[256];
+    for (int i = 0; i < 256; i++) collating[i] = static_cast<uint8_t>(255 - (i >> 1));
+    for (int directions = 0; directions < 8; directions++) {
+        Call call;
+        call.order.keys = {sortKey(2, 3, ZVK_KEY_ALPHANUMERIC, directions & 1), sortKey(20, 5, ZVK_KEY_ZONED, directions & 2, 8),
+                           sortKey(10, 3, ZVK_KEY_PACKED, directions & 4)};
+        call.order.collating = directions & 1 ? collating : nullptr;
+        call.format = directions & 2 ? ZVK_SORT_VARIABLE : ZVK_SORT_FIXED;
+        call.length = 100;
+        if (call.format == ZVK_SORT_FIXED) call.length = 40;
+        ASSERT_NO_FATAL_FAILURE(expectSortedInPlace(makeRecords(2000, call.order.keys, call.format == ZVK_SORT_VARIABLE), call));
+    }
+}
+
+TEST(SortEngine, ManyRecordsInMemoryAndInRuns)
+{
+    TemporaryDirectory directory;
+    TableSortKey plain = sortKey(0, 10, ZVK_KEY_ALPHANUMERIC, true), longPlain = sortKey(0, 25, ZVK_KEY_ALPHANUMERIC, true),
+                 packed = sortKey(3, 3, ZVK_KEY_PACKED, false), longer = sortKey(3, 20, ZVK_KEY_ALPHANUMERIC, false);
+    for (bool variable : {false, true})
+        for (const TableSortKey &key : {plain, longPlain, packed, longer})
+            for (uint64_t memory : {uint64_t{0}, uint64_t{700} << 10}) {
+                Call call;
+                call.order.keys = {key};
+                call.format = variable ? ZVK_SORT_VARIABLE : ZVK_SORT_FIXED;
+                call.length = variable ? 100 : 40;
+                call.memory = memory;
+                for (size_t count : {0, 1, 2, 1000})
+                    ASSERT_NO_FATAL_FAILURE(expectSortedFiles(makeRecords(count, {key}, variable), call, directory));
+                size_t many = variable == (memory == 0) ? 300000 : 40000;
+                ASSERT_NO_FATAL_FAILURE(expectSortedFiles(makeRecords(many, {key}, variable), call, directory));
+            }
+}
+
+TEST(SortEngine, ControlFileAndStatistics)
+{
+    TemporaryDirectory directory, work;
+    writeFile(directory.file("control"), "* comment\n\nmemory=1M\nWORKDIR=" + work.path() + "\nSTATISTICS=YES\n");
+    Call call;
+    call.order.keys = {sortKey(0, 10, ZVK_KEY_ALPHANUMERIC, true)};
+    call.control = directory.file("control");
+    writeFile(directory.file("in"), released(makeRecords(300000, call.order.keys, false), false));
+    std::string in = directory.file("in"), out = directory.file("out");
+    call.input.path = in.c_str();
+    call.output.path = out.c_str();
+    ChildRun run = runChild([&] { REQUIRE(call.run() == 0); });
+    EXPECT_GOOD(run);
+    unsigned runs = 0;
+    ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 300000, runs %u", &runs), 1) << run.err;
+    EXPECT_GE(runs, 40u);
+    for (const char *line : {"MEMORY=much\n", "MEMORY=0\n", "WORKDIR=\n", "COLOUR=red\n", "nonsense\n", "STATISTICS=perhaps\n"}) {
+        writeFile(call.control, line);
+        EXPECT_EQ(call.run(), 16) << line;
+        EXPECT_EQ(call.error, uint32_t{ZVK_SORT_ECONTROL});
+    }
+}
+
+TEST(SortEngine, FilesOnBothSides)
+{
+    for (bool variable : {false, true})
+        for (int32_t op : {ZVK_SORT_START, ZVK_SORT_MERGE}) {
+            Call call;
+            call.op = op;
+            call.format = variable ? ZVK_SORT_VARIABLE : ZVK_SORT_FIXED;
+            call.length = variable ? 100 : 40;
+            call.order.keys = {sortKey(3, 4, ZVK_KEY_PACKED, false), sortKey(10, 2, ZVK_KEY_ALPHANUMERIC, true)};
+            TestFile in[3], out[2];
+            FCB *inputs[3], *outputs[2];
+            std::vector<Record> all;
+            for (int i = 0; i < 3; i++) {
+                in[i].records = makeRecords(i == 1 ? 0 : 500, call.order.keys, variable, static_cast<unsigned>(i + 1));
+                if (op == ZVK_SORT_MERGE) std::stable_sort(in[i].records.begin(), in[i].records.end(), call.order);
+                all.insert(all.end(), in[i].records.begin(), in[i].records.end());
+                inputs[i] = &in[i].fcb;
+            }
+            for (int i = 0; i < 2; i++) outputs[i] = &out[i].fcb;
+            call.input.count = 3;
+            call.input.files = inputs;
+            call.output.count = 2;
+            call.output.files = outputs;
+            ASSERT_EQ(call.run(), 0) << call.error;
+            std::stable_sort(all.begin(), all.end(), call.order);
+            for (const TestFile &file : out) {
+                EXPECT_TRUE(file.records == all);
+                EXPECT_EQ(file.opens, 1);
+                EXPECT_EQ(file.closes, 1);
+            }
+            for (const TestFile &file : in) EXPECT_EQ(file.closes, 1);
+        }
+}
+
+TEST(SortEngine, RecordsAreFilledCutAndRefusedByLength)
+{
+    Call call;
+    call.length = 8;
+    call.order.keys = {sortKey(0, 2, ZVK_KEY_ALPHANUMERIC, true)};
+    TestFile in, out;
+    FCB *input = &in.fcb, *output = &out.fcb;
+    call.input.count = call.output.count = 1;
+    call.input.files = &input;
+    call.output.files = &output;
+    in.records = {"zz", "aa345678  "};
+    ASSERT_EQ(call.run(), 0) << call.error;
+    EXPECT_EQ(out.records, (std::vector<Record>{"aa345678", "zz      "}));
+    in.records = {"zz", "aa3456789"};
+    EXPECT_EQ(call.run(), 16);
+    EXPECT_EQ(call.error, uint32_t{ZVK_SORT_ELONG});
+    in.records = {"zz", "aa345678"};
+    out.fib.maxRecord = 7;
+    EXPECT_EQ(call.run(), 16);
+    EXPECT_EQ(call.error, uint32_t{ZVK_SORT_ELONG});
+    EXPECT_EQ(in.closes, in.opens);
+    EXPECT_EQ(out.closes, out.opens);
+}
+
+TEST(SortEngine, FailuresHaveTheirNumbersAndLeaveNothing)
+{
+    TemporaryDirectory directory;
+    std::string in = directory.file("in"), out = directory.file("out");
+    Call call;
+    call.directory = directory.path();
+    call.order.keys = {sortKey(30, 8, ZVK_KEY_ALPHANUMERIC, true)};
+    call.input.path = in.c_str();
+    call.output.path = out.c_str();
+    auto expect = [&](Call failing, uint32_t error) {
+        EXPECT_EQ(failing.run(), 16) << error;
+        EXPECT_EQ(failing.error, error);
+        EXPECT_FALSE(std::filesystem::exists(out));
+    };
+    expect(call, ZVK_SORT_EREAD); // no such file
+    writeFile(in, std::string(100, 'x'));
+    expect(call, ZVK_SORT_EFORM); // 2.5 records
+    writeFile(in, released({Record(40, 'a'), Record(37, 'b')}, true));
+    Call variable = call;
+    variable.format = ZVK_SORT_VARIABLE;
+    expect(variable, ZVK_SORT_ESHORT);
+    variable.length = 39;
+    expect(variable, ZVK_SORT_EFORM); // one is longer than the sort's records
+    Call shorter = call;
+    shorter.length = 37;
+    expect(shorter, ZVK_SORT_ESHORT);
+    Call request = call;
+    request.op = 7;
+    expect(request, ZVK_SORT_EREQUEST);
+    Call nowhere = call;
+    nowhere.output.path = "/nonexistent/file";
+    writeFile(in, std::string(400, 'x'));
+    EXPECT_EQ(nowhere.run(), 16);
+    EXPECT_EQ(nowhere.error, uint32_t{ZVK_SORT_EOPENOUT});
+    for (const TableSortKey &bad :
+         {sortKey(0, 0, ZVK_KEY_ALPHANUMERIC, true), sortKey(0, 9, ZVK_KEY_BINARY, true), sortKey(0, 5, ZVK_KEY_FLOAT, true),
+          sortKey(0, 4, 8, true), sortKey(0, 70000, ZVK_KEY_ALPHANUMERIC, true)}) {
+        Call keys = call;
+        keys.order.keys = {bad};
+        expect(keys, ZVK_SORT_EKEYS);
+    }
+    Call none = call;
+    none.order.keys = {};
+    expect(none, ZVK_SORT_EKEYS);
+    EXPECT_EQ(filesIn(directory.path()), 1u);
+
+    TestFile first, second, giving;
+    FCB *inputs[] = {&first.fcb, &second.fcb}, *output = &giving.fcb;
+    Call merge = call;
+    merge.op = ZVK_SORT_MERGE;
+    merge.input = {};
+    merge.output = {};
+    merge.input.count = 2;
+    merge.input.files = inputs;
+    merge.output.count = 1;
+    merge.output.files = &output;
+    first.records = {Record(40, 'b'), Record(40, 'a')};
+    expect(merge, ZVK_SORT_EORDER);
+    first.records = {Record(40, 'b')};
+    second.openStatus = 35;
+    expect(merge, ZVK_SORT_EOPENIN);
+    second.openStatus = 0;
+    giving.writeStatus = 34;
+    expect(merge, ZVK_SORT_EWRITE);
+    second.readStatus = 30;
+    expect(merge, ZVK_SORT_EREAD);
+    EXPECT_EQ(first.opens, first.closes);
+    EXPECT_EQ(giving.opens, giving.closes);
+}
+
+// Two places where the disk may be full: the work file and the result.
+TEST(SortEngine, FullDisk)
+{
+    TemporaryDirectory directory;
+    std::string in = directory.file("in"), out = directory.file("out");
+    Call call;
+    call.directory = directory.path();
+    call.order.keys = {sortKey(0, 10, ZVK_KEY_ALPHANUMERIC, true)};
+    call.input.path = in.c_str();
+    call.output.path = out.c_str();
+    writeFile(in, released(makeRecords(100000, call.order.keys, false), false));
+    for (bool runs : {false, true}) {
+        call.memory = runs ? 512 << 10 : 0;
+        EXPECT_GOOD(runChild([&] {
+            signal(SIGXFSZ, SIG_IGN);
+            rlimit limit{3000000, 3000000};
+            REQUIRE(setrlimit(RLIMIT_FSIZE, &limit) == 0);
+            REQUIRE(call.run() == 16);
+            REQUIRE(call.error == (runs ? ZVK_SORT_EWORK : ZVK_SORT_EWRITE));
+        }));
+        EXPECT_EQ(filesIn(directory.path()), 1u);
+    }
+}
+
+// A file's routine ends the run unit while its sort is under way; in a child each, so that the sanitizers look at what is left.
+TEST(SortEngine, AbandonedInEachOfItsCalls)
+{
+    TemporaryDirectory directory;
+    for (int32_t op : {ZVK_SORT_START, ZVK_SORT_MERGE})
+        for (int at : {1, 2, 3, 50, 20000, 30005, 30008})
+            EXPECT_GOOD(runChild([&] {
+                Call call;
+                call.op = op;
+                call.memory = 300 << 10;
+                call.directory = directory.path();
+                call.order.keys = {sortKey(3, 20, ZVK_KEY_ALPHANUMERIC, false)};
+                TestFile in[2], out;
+                FCB *inputs[] = {&in[0].fcb, &in[1].fcb}, *output = &out.fcb;
+                for (TestFile &file : in) {
+                    file.records = makeRecords(15000, call.order.keys, false);
+                    if (op == ZVK_SORT_MERGE) std::stable_sort(file.records.begin(), file.records.end(), call.order);
+                }
+                call.input.count = 2;
+                call.input.files = inputs;
+                call.output.count = 1;
+                call.output.files = &output;
+                int calls = 0;
+                TestFile::onCall = [&] {
+                    if (++calls == at) engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
+                };
+                REQUIRE(call.run() == 16);
+                REQUIRE(call.error == ZVK_SORT_EABANDONED);
+                REQUIRE(calls == at);
+                // The next sort of this thread is a new one.
+                TestFile::onCall = nullptr;
+                for (TestFile *file : {&in[0], &in[1], &out}) file->fcb.mode = 0;
+                out.records.clear();
+                REQUIRE(call.run() == 0);
+                REQUIRE(out.records.size() == 30000);
+            }));
+    EXPECT_EQ(filesIn(directory.path()), 0u);
+}
