@@ -4,7 +4,7 @@
 
 extern "C" {
 #define DECNUMDIGITS 34
-#include <decnumber/decNumber.h>
+#include <decNumber.h>
 }
 
 #include "kvr2/decimal_conversions.h"
