@@ -1,0 +1,100 @@
+// The frame of an entry point: the steps between an exported name and its worker, written once.
+//
+//     mode word      one load; the environment is read at the first call in the process
+//     dump           operands, when COBOL_BCD_DEBUG is on
+//     validation     by the family's rule; a bad operand is reported and then computed on as it stands
+//     work           the worker, and what the entry adds to it (negative zero, forced sign, letters)
+//     dump           result
+//
+// A family of entries is a structure, the call, with the operands as members and these routines:
+//
+//     void dumpOperands() const;                  the title and the operands; with dumpResult, may both be left out
+//     void validate(uint32_t mode) const;         may be left out; ask `checked` or test the mode for what is always checked
+//     auto work(uint32_t mode) const;             gives what the entry returns
+//     void dumpResult(T result) const;
+//     bool quick(T &result) const;                may be left out, see below
+//
+// and an exported entry is one line:
+//
+//     uint8_t *_zvkcBCD_ABS_Pckd(const uint8_t *src, uint8_t *dst, int32_t dn, int32_t sn)
+//     { return runEntry(AbsolutePacked{src, dst, dn, sn}); }
+//
+// `quick` is a short cut past validation for the common case: it looks at the operands once and, when they are short and clean, so that a
+// validator would have nothing to say, computes the result at once and answers true. Otherwise it answers false and must not have written anything.
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <utility>
+
+#include "decimal/mode.h"
+
+namespace bcd {
+
+// When a family validates: the bits of the mode word to look at, and what they must be.
+struct ValidationRule {
+    uint32_t mask;
+    uint32_t wanted;
+};
+
+inline constexpr ValidationRule kArithmeticRule{ZVK_BCD_NO_VALIDATION, 0};
+inline constexpr ValidationRule kSourceRule{ZVK_BCD_CHECK_SOURCES, ZVK_BCD_CHECK_SOURCES};
+inline constexpr ValidationRule kCompareRule{ZVK_BCD_CHECK_COMPARED, ZVK_BCD_CHECK_COMPARED};
+
+inline bool checked(ValidationRule rule, uint32_t mode) { return (mode & rule.mask) == rule.wanted; }
+
+template <class Call>
+concept Dumps = requires(const Call &call)
+{
+    call.dumpOperands();
+};
+template <class Call>
+concept Validates = requires(const Call &call)
+{
+    call.validate(uint32_t{});
+};
+template <class Call>
+using ResultOf = decltype(std::declval<const Call &>().work(uint32_t{}));
+template <class Call>
+concept Quick = requires(const Call &call, ResultOf<Call> &result)
+{
+    {
+        call.quick(result)
+        } -> std::same_as<bool>;
+};
+
+template <class Call>
+[[gnu::always_inline]] inline ResultOf<Call> takeSteps(const Call &call, uint32_t mode, bool dump)
+{
+    if constexpr (Dumps<Call>) {
+        if (dump) call.dumpOperands();
+    }
+    if constexpr (Validates<Call>) call.validate(mode);
+    ResultOf<Call> result = call.work(mode);
+    if constexpr (Dumps<Call>) {
+        if (dump) call.dumpResult(result);
+    }
+    return result;
+}
+
+// The first call in the process, and all calls of a process that dumps.
+template <class Call>
+[[gnu::cold, gnu::noinline]] ResultOf<Call> runRareEntry(const Call &call)
+{
+    uint32_t word = mode();
+    return takeSteps(call, word, (word & ZVK_BCD_DEBUG) != 0);
+}
+
+template <class Call>
+[[gnu::always_inline]] inline ResultOf<Call> runEntry(const Call &call)
+{
+    uint32_t word = rawMode();
+    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0)) return runRareEntry(call); // an unread word has this bit, too
+    if constexpr (Quick<Call>) {
+        ResultOf<Call> result;
+        if (__builtin_expect(call.quick(result), 1)) return result;
+    }
+    return takeSteps(call, word, false);
+}
+
+} // namespace bcd

@@ -1,0 +1,93 @@
+// Big-endian loads and stores of a few bytes at any alignment.
+//
+// Decimal items are big-endian digit strings of odd lengths. An item of up to 16 bytes is loaded as one right-aligned number by two
+// loads that overlap in the middle (an item of 11 bytes: bytes 0 to 7 and bytes 3 to 10), so no byte beyond it is touched and there is
+// no loop. Stores work the same way.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+static_assert(std::endian::native == std::endian::little, "the loads reverse bytes");
+
+namespace bcd {
+
+using u128 = unsigned __int128;
+
+// A repeated byte as wide as T.
+template <class T>
+constexpr T all(uint8_t byte)
+{
+    return static_cast<T>((u128{0x0101010101010101u} << 64 | 0x0101010101010101u) * byte);
+}
+
+// In memory order.
+template <class T>
+inline T load(const uint8_t *p)
+{
+    T value;
+    memcpy(&value, p, sizeof value);
+    return value;
+}
+
+template <class T>
+inline void store(uint8_t *p, T value)
+{
+    memcpy(p, &value, sizeof value);
+}
+
+inline uint64_t reversed(uint64_t value) { return __builtin_bswap64(value); }
+inline uint32_t reversed(uint32_t value) { return __builtin_bswap32(value); }
+inline uint16_t reversed(uint16_t value) { return __builtin_bswap16(value); }
+inline uint8_t reversed(uint8_t value) { return value; }
+
+template <class T>
+inline T loadBig(const uint8_t *p)
+{
+    return reversed(load<T>(p));
+}
+template <class T>
+inline void storeBig(uint8_t *p, T value)
+{
+    store<T>(p, reversed(value));
+}
+
+// 1 to 8 bytes.
+inline uint64_t loadShort(const uint8_t *p, size_t bytes)
+{
+    if (bytes >= 4) return uint64_t{loadBig<uint32_t>(p)} << (8 * (bytes - 4)) | loadBig<uint32_t>(p + bytes - 4);
+    uint64_t value = p[bytes - 1];
+    if (bytes > 1) value |= uint64_t{loadBig<uint16_t>(p)} << (8 * (bytes - 2));
+    return value;
+}
+
+inline void storeShort(uint8_t *p, size_t bytes, uint64_t value)
+{
+    if (bytes >= 4) {
+        storeBig<uint32_t>(p, static_cast<uint32_t>(value >> (8 * (bytes - 4))));
+        storeBig<uint32_t>(p + bytes - 4, static_cast<uint32_t>(value));
+        return;
+    }
+    if (bytes > 1) storeBig<uint16_t>(p, static_cast<uint16_t>(value >> (8 * (bytes - 2))));
+    p[bytes - 1] = static_cast<uint8_t>(value);
+}
+
+// 1 to 16 bytes.
+inline constexpr size_t kMostBytes = 16;
+
+inline u128 loadItem(const uint8_t *p, size_t bytes)
+{
+    if (bytes < 8) return loadShort(p, bytes);
+    return u128{loadBig<uint64_t>(p)} << (8 * (bytes - 8)) | loadBig<uint64_t>(p + bytes - 8);
+}
+
+inline void storeItem(uint8_t *p, size_t bytes, u128 value)
+{
+    if (bytes < 8) return storeShort(p, bytes, static_cast<uint64_t>(value));
+    storeBig<uint64_t>(p, static_cast<uint64_t>(value >> (8 * (bytes - 8))));
+    storeBig<uint64_t>(p + bytes - 8, static_cast<uint64_t>(value));
+}
+
+} // namespace bcd
