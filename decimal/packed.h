@@ -68,6 +68,15 @@ inline constexpr std::array<uint8_t, 200> kValuePair = [] {
     return table;
 }();
 
+namespace forms {
+
+struct Pckd {
+    static constexpr const char *name = "packed";
+    static size_t bytes(int32_t n) { return packedBytes(n); }
+    static bool negative(const uint8_t *item, int32_t n) { return packedIsNegative(item, n); }
+};
+
+} // namespace forms
 } // namespace bcd
 
 // 1 when all digits are zero, else 0. Sees whole bytes but for the sign nibble.

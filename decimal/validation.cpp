@@ -18,14 +18,8 @@
 
 namespace {
 
+using bcd::all;
 using bcd::load;
-
-// A repeated byte as wide as T.
-template <class T>
-constexpr T all(uint8_t byte)
-{
-    return static_cast<T>(0x0101010101010101u * byte);
-}
 
 template <class T>
 bool packedWordIsBad(T word)
@@ -55,19 +49,6 @@ bool zonedWordIsGood(T word)
     return (word & zones) == all<T>(0x30) && (static_cast<T>(word + all<T>(0xC6)) & zones) == zones;
 }
 
-constexpr bool signByteIsGood(unsigned byte)
-{
-    switch (byte & 0xF0) {
-    case 0x30:
-    case 0x70:
-    case 0xC0:
-    case 0xD0:
-    case 0xF0:
-        if ((byte & 0x0F) < 10) return true;
-    }
-    return byte == '{' || byte == '}' || (byte >= 'A' && byte <= 'R') || byte == 0x00 || byte == 0x20;
-}
-
 } // namespace
 
 int zvkBcdCheckPacked(const uint8_t *address, int32_t digits, int checkMode)
@@ -95,7 +76,7 @@ int zvkBcdCheckZoned(const uint8_t *address, int32_t digits, int checkMode)
         if (bcd::mode() & ZVK_BCD_NO_VALIDATION) return 0;
         start = bcd::skipZeroDigits(start, end);
     }
-    if (!signByteIsGood(*end)) return 1;
+    if (!bcd::kOverpunch[*end].valid) return 1;
     if (start == end) return 0;
 
     // Between the first byte and the last. The width follows the address of the current end; a NUL is good where the scan goes by single
@@ -118,7 +99,7 @@ int zvkBcdCheckZoned(const uint8_t *address, int32_t digits, int checkMode)
         }
     }
     // The first byte may be whatever the last may: a leading overpunch passes the same test.
-    return signByteIsGood(*start) ? 0 : 1;
+    return bcd::kOverpunch[*start].valid ? 0 : 1;
 }
 
 void bcd::reportBadData() { zvkWriteMsg(kMsgBadData, 0); }

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "decimal/packed.h"
+#include "decimal/zoned.h"
 #include "frame/messages.h"
 
 inline constexpr int kCheckArithmetic = 0;
@@ -15,6 +17,19 @@ int zvkBcdCheckPacked(const uint8_t *address, int32_t digits, int checkMode);
 int zvkBcdCheckZoned(const uint8_t *address, int32_t digits, int checkMode);
 
 namespace bcd {
+
+// The validator of a form, for an item from its first byte.
+template <class Form>
+inline int check(const uint8_t *item, int32_t digits, int checkMode)
+{
+    return zvkBcdCheckZoned(Form::digits(item), digits, checkMode);
+}
+
+template <>
+inline int check<forms::Pckd>(const uint8_t *item, int32_t digits, int checkMode)
+{
+    return zvkBcdCheckPacked(item, digits, checkMode);
+}
 
 enum : uint32_t {
     kMsgBadSourceData = 39, // reserved: would be for an answer above 1, which no validator gives now

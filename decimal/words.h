@@ -16,6 +16,13 @@ namespace bcd {
 
 using u128 = unsigned __int128;
 
+// A repeated byte as wide as T.
+template <class T>
+constexpr T all(uint8_t byte)
+{
+    return static_cast<T>((u128{0x0101010101010101u} << 64 | 0x0101010101010101u) * byte);
+}
+
 // In memory order.
 template <class T>
 inline T load(const uint8_t *p)

@@ -18,6 +18,7 @@ namespace bcd {
 struct Overpunch {
     uint8_t digit; // 0 to 9; above 9 only for bytes that no form has
     bool negative;
+    bool valid; // a validator passes it as the first or last byte
 };
 
 inline constexpr std::array<Overpunch, 256> kOverpunch = [] {
@@ -25,13 +26,14 @@ inline constexpr std::array<Overpunch, 256> kOverpunch = [] {
     for (unsigned byte = 0; byte < 256; byte++) {
         auto digit = static_cast<uint8_t>(byte & 0x0F);
         unsigned zone = byte & 0xF0;
-        table[byte] = {digit, (zone == 0x70 || zone == 0xD0) && digit < 10};
-        if (byte >= 'A' && byte <= 'I') table[byte] = {static_cast<uint8_t>(byte - 0x40), false};
-        if (byte >= 'J' && byte <= 'R') table[byte] = {static_cast<uint8_t>(byte - 0x49), true};
+        bool minus = zone == 0x70 || zone == 0xD0;
+        bool plus = zone == 0x30 || zone == 0xC0 || zone == 0xF0;
+        table[byte] = {digit, minus && digit < 10, (minus || plus) && digit < 10};
+        if (byte >= 'A' && byte <= 'I') table[byte] = {static_cast<uint8_t>(byte - 0x40), false, true};
+        if (byte >= 'J' && byte <= 'R') table[byte] = {static_cast<uint8_t>(byte - 0x49), true, true};
     }
-    table['{'] = {0, false};
-    table['}'] = {0, true};
-    table[' '] = table[0] = {0, false};
+    table['{'] = table[' '] = table[0] = {0, false, true};
+    table['}'] = {0, true, true};
     return table;
 }();
 

@@ -19,7 +19,7 @@ void zvkBcdMoveZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *desti
     if (destinationDigits < 1) return;
     size_t to = forms::ZndTO::bytes(destinationDigits);
     size_t from = forms::ZndTO::bytes(sourceDigits);
-    Overpunch last = from ? kOverpunch[source[from - 1]] : Overpunch{0, false};
+    Overpunch last = from ? kOverpunch[source[from - 1]] : kOverpunch[0];
     size_t kept = from < to ? from : to;
     memmove(destination + to - kept, source + from - kept, kept);
     memset(destination, '0', to - kept);
