@@ -39,6 +39,124 @@
 
 ZVK_BEGIN_DECLS
 
+/* ---- Addition and subtraction ---- */
+
+/**
+ * ADD: dst = op1 + op2. SUB: dst = op1 - op2.
+ *
+ * The result is cut on the left to dstDigits digits. It has the sign of the greater magnitude, and of op1 when a difference is zero: +5 and -5
+ * give +0, -5 and +5 give -0; a negative zero is not made positive here.
+ *
+ * `SUB_Pckd` of operands with equally many significant digits, the first one smaller, takes 90 off each pair of digits 91 to 99 in its result but
+ * for the last byte: 1001 - 2000 is -99 in packed and -999 in zoned items.
+ *
+ * @param op1, op2  items of op1Digits and op2Digits digits, 1 to 63
+ * @param dst       item of dstDigits digits, 1 to 63; must not overlap the operands
+ * @return dst
+ * @messages 903 for an operand that is no number, one for each, unless mode bit 0x001 is set
+ * @threads  any, on items of their own
+ */
+ZVK_EXPORT uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                      int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_ADD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                     int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                      int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_SUB_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                     int32_t op1Digits);
+
+/**
+ * Adds a binary integer to an item in place, or subtracts it.
+ *
+ * A value of 0 leaves the item as it is, byte for byte. What does not fit on the left is dropped. The packed forms that subtract (SUB of a value
+ * of the item's sign, ADD of one of the other sign) turn the item's sign when the units borrow, and turn it again when the whole result has to be
+ * complemented: 15 - 7 gives -8, 100 - 1 gives -99. The zoned forms have no such turn: 15 - 7 gives 8.
+ *
+ * @param op     item of opDigits digits, 1 to 63; operand and result
+ * @param value  signed binary integer; the most negative one counts with its magnitude
+ * @return op
+ * @messages 903 for an item that is no number, unless mode bit 0x001 is set
+ * @threads  any, on items of their own
+ */
+ZVK_EXPORT uint8_t *_zvkcBCD_ADD_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value);
+ZVK_EXPORT uint8_t *_zvkcBCD_ADD_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value);
+ZVK_EXPORT uint8_t *_zvkcBCD_ADD_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value);
+ZVK_EXPORT uint8_t *_zvkcBCD_ADD_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value);
+ZVK_EXPORT uint8_t *_zvkcBCD_SUB_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value);
+ZVK_EXPORT uint8_t *_zvkcBCD_SUB_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value);
+ZVK_EXPORT uint8_t *_zvkcBCD_SUB_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value);
+ZVK_EXPORT uint8_t *_zvkcBCD_SUB_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value);
+
+/* ---- Signs ---- */
+
+/**
+ * ABS: dst = |src|, cut or filled with zeros on the left.
+ *
+ * `ABS_ZndLO` decodes the source's first byte only when the source is not longer than the destination, and writes it into the destination's
+ * first byte: in a longer destination an overpunched byte stays where it lands.
+ *
+ * @param src  item of srcDigits digits, 1 to 63
+ * @param dst  item of dstDigits digits, 1 to 63
+ * @return dst
+ * @messages 903 for a source that is no number: `ABS_Pckd` unless mode bit 0x001 is set, the zoned forms only when bit 0x010 is
+ * @threads  any, on items of their own
+ */
+ZVK_EXPORT uint8_t *_zvkcBCD_ABS_Pckd(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);
+ZVK_EXPORT uint8_t *_zvkcBCD_ABS_Znd(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);
+ZVK_EXPORT uint8_t *_zvkcBCD_ABS_ZndLO(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);
+
+/**
+ * NEG: dst = -src, cut or filled with zeros on the left. A source of zero gives +0 unless mode bit 0x002 is set.
+ *
+ * `NEG_ZndLO` keeps the sign instead of turning it (and makes a negative zero positive); the digit goes as in `ABS_ZndLO`.
+ *
+ * @param src  item of srcDigits digits, 1 to 63
+ * @param dst  item of dstDigits digits, 1 to 63
+ * @return dst
+ * @messages 903 for a source that is no number, unless mode bit 0x001 is set
+ * @threads  any, on items of their own
+ */
+ZVK_EXPORT uint8_t *_zvkcBCD_NEG_Pckd(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);
+ZVK_EXPORT uint8_t *_zvkcBCD_NEG_Znd(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);
+ZVK_EXPORT uint8_t *_zvkcBCD_NEG_ZndLO(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);
+
+/* ---- Comparison ---- */
+
+/**
+ * Compare op1 with op2: equal, not equal, greater, greater or equal, less, less or equal. +0 and -0 are equal.
+ *
+ * An item compared with itself (same address, same number of bytes) is equal whatever it holds. Zoned items of the same sign and length are compared
+ * with their zones first, so equal digits in different zones are unequal there.
+ *
+ * @param op1, op2  items of op1Digits and op2Digits digits, 1 to 63
+ * @return 1 when the relation holds, else 0
+ * @messages 903 for an operand that is no number, one for each, only when mode bit 0x040 is set
+ * @threads  any
+ */
+ZVK_EXPORT int32_t _zvkcBCD_EQU_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_NEQ_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_GRT_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_GEQ_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_LES_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_LEQ_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_EQU_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_NEQ_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_GRT_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_GEQ_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_LES_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT int32_t _zvkcBCD_LEQ_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits);
+
+/**
+ * NOT: whether an item is zero, of either sign.
+ *
+ * @param op  item of opDigits digits, 1 to 63
+ * @return 1 when all digits are zero, else 0
+ * @messages 903 for an item that is no number, only when mode bit 0x040 is set
+ * @threads  any
+ */
+ZVK_EXPORT int32_t _zvkcBCD_NOT_Pckd(const uint8_t *op, int32_t opDigits);
+ZVK_EXPORT int32_t _zvkcBCD_NOT_Znd(const uint8_t *op, int32_t opDigits);
+
 ZVK_END_DECLS
 
 #endif

@@ -1,0 +1,163 @@
+// Addition and subtraction of packed items of any length and content.
+//
+// Items of up to 31 clean digits never get here: short_sum.h has done them. Addition goes from right to left in the widest words that fit,
+// with a decimal carry; subtraction goes by bytes, as pairs 0 to 99, through two tables.
+#include "decimal/arithmetic_entry.h"
+#include "decimal/packed_pairs.h"
+#include "decimal/short_sum.h"
+#include "decimal/sums.h"
+#include "kvr2/decimal.h"
+
+#include <utility>
+
+using namespace bcd;
+
+namespace {
+
+struct AddPacked {
+    using Form = forms::Pckd;
+    static constexpr const char *title = "add packed...";
+    static bool quick(const auto &call) { return shortSum<shortforms::Pckd, false, true>(call); }
+    static void work(const auto &c) { zvkBcdAddPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
+};
+
+struct SubPacked {
+    using Form = forms::Pckd;
+    static constexpr const char *title = "sub packed...";
+    static bool quick(const auto &call) { return shortSum<shortforms::Pckd, true, true>(call); }
+    static void work(const auto &c) { zvkBcdSubPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
+};
+
+// An operand: what is left of it behind its leading zero bytes.
+struct Operand {
+    const uint8_t *start;
+    const uint8_t *last;
+    int32_t digits; // significant ones
+
+    Operand(const uint8_t *item, int32_t n) : last(item + packedBytes(n) - 1)
+    {
+        start = skipZeroBytes(item, last);
+        digits = significantDigits(start, last);
+    }
+
+    size_t bytes() const { return static_cast<size_t>(last - start) + 1; }
+
+    void cutTo(size_t most)
+    {
+        if (bytes() <= most) return;
+        start = last + 1 - most;
+        digits = significantDigits(start, last);
+    }
+};
+
+// Adds whole words of T as long as both operands have them; the pointers stand behind the bytes to be added next.
+template <class T>
+void addWords(const uint8_t *&a, const uint8_t *&b, uint8_t *&to, size_t &bytes, bool &carry)
+{
+    while (bytes >= sizeof(T)) {
+        a -= sizeof(T), b -= sizeof(T), to -= sizeof(T), bytes -= sizeof(T);
+        storeBig<T>(to, addWord(loadBig<T>(a), loadBig<T>(b), carry));
+    }
+}
+
+// Takes a carry on to the left until a word absorbs it.
+template <class T>
+void carryOn(const uint8_t *&a, uint8_t *&to, size_t &bytes, bool &carry)
+{
+    while (carry && bytes >= sizeof(T)) {
+        a -= sizeof(T), to -= sizeof(T), bytes -= sizeof(T);
+        storeBig<T>(to, addWord(loadBig<T>(a), T{0}, carry));
+    }
+}
+
+} // namespace
+
+uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+{
+    return runEntry(TwoOperands<AddPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+}
+
+uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+{
+    return runEntry(TwoOperands<SubPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+}
+
+int zvkBcdAddPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
+                    int sameSign)
+{
+    Operand a(first, firstDigits), b(second, secondDigits);
+    bool negative = isNegativeNibble(*a.last);
+    if (sameSign != 1 && negative != isNegativeNibble(*b.last)) {
+        bool swap = a.digits != b.digits ? a.digits < b.digits : zvkBcdCmpPacked(first, firstDigits, second, secondDigits, 1) < 0;
+        if (swap) return zvkBcdSubPacked(second, secondDigits, first, firstDigits, dst, dstDigits, 1);
+        return zvkBcdSubPacked(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
+    }
+    size_t room = packedBytes(dstDigits);
+    a.cutTo(room);
+    b.cutTo(room);
+    const Operand &longer = a.digits < b.digits ? b : a;
+    const Operand &shorter = a.digits < b.digits ? a : b;
+    memset(dst, 0, room - longer.bytes());
+
+    unsigned units = (*longer.last & 0xF0u) + (*shorter.last & 0xF0u);
+    bool carry = units > 0x90;
+    if (carry) units += 0x60;
+    uint8_t lastByte = static_cast<uint8_t>((units & 0xF0) | signNibble(negative));
+
+    const uint8_t *from = longer.last;
+    const uint8_t *other = shorter.last;
+    uint8_t *to = dst + room - 1;
+    *to = lastByte;
+    size_t common = shorter.bytes() - 1;
+    size_t rest = longer.bytes() - shorter.bytes();
+    addWords<uint64_t>(from, other, to, common, carry);
+    addWords<uint32_t>(from, other, to, common, carry);
+    addWords<uint16_t>(from, other, to, common, carry);
+    addWords<uint8_t>(from, other, to, common, carry);
+    carryOn<uint64_t>(from, to, rest, carry);
+    carryOn<uint8_t>(from, to, rest, carry);
+    memcpy(to - rest, from - rest, rest);
+    if (carry && to > dst) to[-1] = 0x01;
+    clearUnusedNibble(dst, dstDigits);
+    return 1;
+}
+
+int zvkBcdSubPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
+                    int sameSign)
+{
+    Operand a(first, firstDigits), b(second, secondDigits);
+    bool negative = isNegativeNibble(*a.last);
+    if (sameSign != 1 && negative != isNegativeNibble(*b.last))
+        return zvkBcdAddPacked(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
+    if (a.digits < b.digits) {
+        std::swap(a, b);
+        negative = !negative;
+    }
+    size_t room = packedBytes(dstDigits);
+    size_t stored = a.bytes() < room ? a.bytes() : room;
+    memset(dst, 0, room - stored);
+
+    // The last bytes read as ten times their digit, so they are pairs like the others.
+    bool borrow = false;
+    uint8_t *to = dst + room;
+    const uint8_t *from = a.last + 1;
+    const uint8_t *other = b.last + 1;
+    // Beyond the destination's left end the subtraction goes on for the borrow alone.
+    while (from > a.start && other > b.start) {
+        uint8_t pair = subtractPair(kPairValue[*--from], kPairValue[*--other], borrow);
+        if (to > dst) *--to = pair;
+    }
+    while (from > a.start && borrow) {
+        uint8_t pair = subtractPair(kPairValue[*--from], 0, borrow);
+        if (to > dst) *--to = pair;
+    }
+    for (; from > a.start && to > dst; *--to = *--from) {
+    }
+    if (borrow) {
+        complementPairs(dst + room - 1, stored);
+        negative = !negative;
+    }
+    setPackedSign(dst, dstDigits, negative);
+    clearUnusedNibble(dst, dstDigits);
+    return 1;
+}

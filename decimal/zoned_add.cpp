@@ -1,0 +1,123 @@
+// Addition and subtraction of zoned items of any length and content, digit by digit.
+//
+// Items of up to 31 clean digits never get here: short_sum.h has done them.
+#include "decimal/arithmetic_entry.h"
+#include "decimal/short_sum.h"
+#include "decimal/sums.h"
+#include "decimal/zoned_digits.h"
+#include "kvr2/decimal.h"
+
+#include <utility>
+
+using namespace bcd;
+
+namespace {
+
+struct AddZoned {
+    using Form = forms::ZndTO;
+    static constexpr const char *title = "add zoned...";
+    static bool quick(const auto &call) { return shortSum<shortforms::Znd, false, false>(call); }
+    static void work(const auto &c) { zvkBcdAddZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
+};
+
+struct SubZoned {
+    using Form = forms::ZndTO;
+    static constexpr const char *title = "sub zoned...";
+    static bool quick(const auto &call) { return shortSum<shortforms::Znd, true, false>(call); }
+    static void work(const auto &c) { zvkBcdSubZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
+};
+
+// Bytes of the longer operand that no carry or borrow has reached keep their zones.
+void copyRest(const uint8_t *start, const uint8_t *end, uint8_t *dst, uint8_t *to)
+{
+    size_t rest = static_cast<size_t>(end - start);
+    size_t room = static_cast<size_t>(to - dst);
+    size_t kept = rest < room ? rest : room;
+    memcpy(to - kept, end - kept, kept);
+}
+
+} // namespace
+
+uint8_t *_zvkcBCD_ADD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+{
+    return runEntry(TwoOperands<AddZoned>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+}
+
+uint8_t *_zvkcBCD_SUB_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+{
+    return runEntry(TwoOperands<SubZoned>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+}
+
+int zvkBcdAddZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
+                   int sameSign)
+{
+    if (firstDigits < 1 || secondDigits < 1 || dstDigits < 1) return 1;
+    ZonedOperand a(first, firstDigits), b(second, secondDigits);
+    bool negative = a.negative();
+    if (sameSign != 1 && negative != b.negative()) {
+        bool swap = a.digits() != b.digits() ? a.digits() < b.digits() : zvkBcdCmpZoned(first, firstDigits, second, secondDigits, 1) < 0;
+        if (swap) return zvkBcdSubZoned(second, secondDigits, first, firstDigits, dst, dstDigits, 1);
+        return zvkBcdSubZoned(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
+    }
+    auto room = static_cast<size_t>(dstDigits);
+    a.cutTo(room);
+    b.cutTo(room);
+    if (a.digits() < b.digits()) std::swap(a, b);
+    memset(dst, '0', room - a.digits());
+
+    uint8_t *to = dst + room;
+    const uint8_t *from = a.last + 1;
+    const uint8_t *other = b.last + 1;
+    bool carry = false;
+    while (other > b.start) {
+        from--, other--;
+        *--to = zonedDigit(addDigit(a.digit(from), b.digit(other), carry));
+    }
+    while (carry && from > a.start) {
+        from--;
+        *--to = zonedDigit(addDigit(a.digit(from), 0, carry));
+    }
+    copyRest(a.start, from, dst, to);
+    if (carry && to > dst) to[-1] = '1';
+    dst[room - 1] = zonedDigit(dst[room - 1], negative);
+    return 1;
+}
+
+int zvkBcdSubZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
+                   int sameSign)
+{
+    if (firstDigits < 1 || secondDigits < 1 || dstDigits < 1) return 1;
+    ZonedOperand a(first, firstDigits), b(second, secondDigits);
+    bool negative = a.negative();
+    if (sameSign != 1 && negative != b.negative()) return zvkBcdAddZoned(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
+    if (a.digits() < b.digits()) {
+        std::swap(a, b);
+        negative = !negative;
+    }
+    auto room = static_cast<size_t>(dstDigits);
+    size_t stored = a.digits() < room ? a.digits() : room;
+    memset(dst, '0', room - stored);
+
+    // Beyond the destination's left end the subtraction goes on for the borrow alone.
+    uint8_t *to = dst + room;
+    const uint8_t *from = a.last + 1;
+    const uint8_t *other = b.last + 1;
+    bool borrow = false;
+    while (other > b.start) {
+        from--, other--;
+        uint8_t digit = subtractDigit(a.digit(from), b.digit(other), borrow);
+        if (to > dst) *--to = zonedDigit(digit);
+    }
+    while (borrow && from > a.start) {
+        from--;
+        uint8_t digit = subtractDigit(a.digit(from), 0, borrow);
+        if (to > dst) *--to = zonedDigit(digit);
+    }
+    copyRest(a.start, from, dst, to);
+    if (borrow) {
+        complementDigits(dst + room - 1, stored);
+        negative = !negative;
+    }
+    dst[room - 1] = zonedDigit(dst[room - 1], negative);
+    return 1;
+}
