@@ -29,11 +29,14 @@ const Command kCommands[] = {
      [](char *group, const Arguments &a) { return GDG_Create(group, a.limit, a.days, a.flags, a.fileSystem); }},
     {"alter", "change a group's limit, days or flags", true,
      [](char *group, const Arguments &a) { return GDG_Alter(group, a.limit, a.days, a.flags, a.fileSystem); }},
-    {"list", "show a group and its generations, oldest first", false, [](char *group, const Arguments &a) { return GDG_List(group, a.fileSystem); }},
-    {"verify", "drop generations whose files are gone", false, [](char *group, const Arguments &a) { return GDG_Verify(group, a.fileSystem); }},
+    {"list", "show a group and its generations, oldest first", false,
+     [](char *group, const Arguments &a) { return GDG_List(group, a.fileSystem); }},
+    {"verify", "drop generations whose files are gone", false,
+     [](char *group, const Arguments &a) { return GDG_Verify(group, a.fileSystem); }},
     {"rebuild", "make the catalogue anew from the files that are there", false,
      [](char *group, const Arguments &a) { return GDG_Rebuild(group, a.fileSystem); }},
-    {"remove", "remove one generation, or a whole group", false, [](char *group, const Arguments &a) { return GDG_remove(group, a.fileSystem); }},
+    {"remove", "remove one generation, or a whole group", false,
+     [](char *group, const Arguments &a) { return GDG_remove(group, a.fileSystem); }},
     {"unlink", "remove a group's catalogue and let its generations roll off", false,
      [](char *group, const Arguments &a) { return GDG_Unlink(group, a.fileSystem); }},
 };
@@ -77,10 +80,14 @@ void setFlag(Arguments &arguments, int flag, bool on)
 
 bool parseOptions(int argc, char **argv, Arguments &arguments, bool *helped)
 {
-    static const option options[] = {{"limit", required_argument, nullptr, 'l'},  {"days", required_argument, nullptr, 'D'},
-                                     {"empty", no_argument, nullptr, 'e'},        {"no-empty", no_argument, nullptr, 'E'},
-                                     {"scratch", no_argument, nullptr, 's'},      {"no-scratch", no_argument, nullptr, 'S'},
-                                     {"file-system", required_argument, nullptr, 'f'}, {"help", no_argument, nullptr, 'h'},
+    static const option options[] = {{"limit", required_argument, nullptr, 'l'},
+                                     {"days", required_argument, nullptr, 'D'},
+                                     {"empty", no_argument, nullptr, 'e'},
+                                     {"no-empty", no_argument, nullptr, 'E'},
+                                     {"scratch", no_argument, nullptr, 's'},
+                                     {"no-scratch", no_argument, nullptr, 'S'},
+                                     {"file-system", required_argument, nullptr, 'f'},
+                                     {"help", no_argument, nullptr, 'h'},
                                      {nullptr, 0, nullptr, 0}};
     for (int letter; (letter = getopt_long(argc, argv, "l:D:eEsSf:h", options, nullptr)) != -1;) {
         switch (letter) {
@@ -91,12 +98,21 @@ bool parseOptions(int argc, char **argv, Arguments &arguments, bool *helped)
             if (!parseNumber(optarg, &arguments.days)) return false;
             break;
         case 'e':
-        case 'E': setFlag(arguments, ZVK_GDG_EMPTY, letter == 'e'); break;
+        case 'E':
+            setFlag(arguments, ZVK_GDG_EMPTY, letter == 'e');
+            break;
         case 's':
-        case 'S': setFlag(arguments, ZVK_GDG_SCRATCH, letter == 's'); break;
-        case 'f': arguments.fileSystem = optarg; break;
-        case 'h': *helped = true; return true;
-        default: return false;
+        case 'S':
+            setFlag(arguments, ZVK_GDG_SCRATCH, letter == 's');
+            break;
+        case 'f':
+            arguments.fileSystem = optarg;
+            break;
+        case 'h':
+            *helped = true;
+            return true;
+        default:
+            return false;
         }
     }
     return true;

@@ -25,10 +25,7 @@ struct Group {
     TemporaryDirectory directory;
     string base = directory.file("daily");
 
-    explicit Group(int limit = 255, int days = 0, int flags = 0)
-    {
-        EXPECT_EQ(GDG_Create(base.data(), limit, days, flags, "sys"), 0);
-    }
+    explicit Group(int limit = 255, int days = 0, int flags = 0) { EXPECT_EQ(GDG_Create(base.data(), limit, days, flags, "sys"), 0); }
     string catalogue() const { return base + ".catalogue"; }
     string file(int number) const
     {
@@ -187,10 +184,11 @@ TEST(Generations, Administration)
     testing::internal::CaptureStdout();
     EXPECT_EQ(GDG_List(group.base.data(), "sys"), 0);
     fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "GDG: " + group.base + "\n  Catalogue   = " + group.catalogue() +
-                                                          "\n  Limit       = 10\n  Days        = 0\n  NoEmpty\n  NoScratch\n  Entries     = 3\n  GDS:\n"
-                                                          "1            0: " + group.file(1) + "\n2            0: " + group.file(3) +
-                                                          "\n3            0: " + group.file(7) + "\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "GDG: " + group.base + "\n  Catalogue   = " + group.catalogue() +
+                  "\n  Limit       = 10\n  Days        = 0\n  NoEmpty\n  NoScratch\n  Entries     = 3\n  GDS:\n"
+                  "1            0: " +
+                  group.file(1) + "\n2            0: " + group.file(3) + "\n3            0: " + group.file(7) + "\n");
     string third = group.base + "(0)";
     EXPECT_EQ(GDG_remove(third.data(), "sys"), 0);
     EXPECT_TRUE(group.has(7)) << "no Scratch";
