@@ -1,0 +1,94 @@
+// What a copy or a shift does to its destination after the digits are there, by sign form, and what a dump shows of such an item.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "decimal/packed.h"
+#include "decimal/zoned.h"
+
+namespace bcd {
+
+// What follows the move, by form. `item` is the whole destination.
+template <class Form>
+struct AfterCopy;
+
+template <>
+struct AfterCopy<forms::Pckd> {
+    static constexpr const char *copyTitle = "Copy packed ...";
+
+    static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
+    {
+        if (!keepNegativeZero && packedIsNegative(item, n) && zvkBcdIsZeroPacked(item, n)) item[packedBytes(n) - 1] = kPlus;
+    }
+};
+
+struct MovesZoned {
+    static void cleanLast(uint8_t *digits, int32_t n) { digits[n - 1] = zonedDigit(digits[n - 1]); }
+};
+
+template <>
+struct AfterCopy<forms::ZndTO> : MovesZoned {
+    static constexpr const char *copyTitle = "Copy zoned ...";
+    static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
+    {
+        if (!keepNegativeZero && forms::ZndTO::negative(item, n) && zvkBcdIsZeroZoned(item, n)) cleanLast(item, n);
+    }
+};
+
+template <>
+struct AfterCopy<forms::ZndLO> : MovesZoned {
+    static constexpr const char *copyTitle = "Copy zoned lo...";
+    // The zone that the first byte gets from the source's first byte; none at all if that byte is of no known form.
+    static uint8_t zoneFrom(uint8_t byte)
+    {
+        uint8_t zone = byte & 0xF0;
+        bool known = zone == 0x30 || zone == 0x70 || zone == 0xC0 || zone == 0xD0 || zone == 0xF0 || kOverpunch[byte].valid;
+        return known ? zoneOf(overpunchIsNegative(byte)) : uint8_t{0};
+    }
+    static void finish(const uint8_t *src, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
+    {
+        if (n > 1) cleanLast(item, n);
+        item[0] = static_cast<uint8_t>(zoneFrom(src[0]) | (overpunchDigit(item[0]) & 0x0F));
+        if (!keepNegativeZero && forms::ZndLO::negative(item, n) && zvkBcdIsZeroZoned(item, n)) item[0] = zonedDigit(item[0]);
+    }
+};
+
+template <>
+struct AfterCopy<forms::ZndUS> : MovesZoned {
+    static constexpr const char *copyTitle = "Copy zoned us...";
+    static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool) { cleanLast(item, n); }
+};
+
+template <class Form>
+struct AfterSeparateCopy : MovesZoned {
+    static void finish(const uint8_t *src, int32_t sn, uint8_t *item, int32_t n, bool keepNegativeZero)
+    {
+        uint8_t &sign = *Form::signByte(item, n);
+        sign = *Form::signByte(src, sn);
+        cleanLast(Form::digits(item), n);
+        if (!keepNegativeZero && sign == '-' && zvkBcdIsZeroZoned(Form::digits(item), n)) sign = '+';
+    }
+};
+template <>
+struct AfterCopy<forms::ZndLS> : AfterSeparateCopy<forms::ZndLS> {
+    static constexpr const char *copyTitle = "Copy zoned ls...";
+};
+template <>
+struct AfterCopy<forms::ZndTS> : AfterSeparateCopy<forms::ZndTS> {
+    static constexpr const char *copyTitle = "Copy zoned ts...";
+};
+
+// What a dump shows of an item: the digits, without a separate sign's place.
+template <class Form>
+inline size_t shownBytes(int32_t n)
+{
+    return Form::bytes(n) - (Form::separate ? 1 : 0);
+}
+template <>
+inline size_t shownBytes<forms::Pckd>(int32_t n)
+{
+    return packedBytes(n);
+}
+
+} // namespace bcd
