@@ -1,10 +1,12 @@
-// Edited moves beside snprintf of a comparable number.
+// DISPLAY of a line to a file beside fprintf of the same line; edited moves beside snprintf of a comparable number.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstring>
 
+#include "kvr2/console.h"
 #include "kvr2/edited_moves.h"
+#include "kvr2/run_unit.h"
 
 namespace {
 
@@ -64,6 +66,39 @@ void editSnprintf(benchmark::State &state)
     }
 }
 
+void displayOurs(benchmark::State &state)
+{
+    static Proccom own;
+    if (!_zvkProccom) _zvkProccom = &own;
+    FILE *file = _zvkProccom->sysout = tmpfile();
+    int32_t number = 0;
+    const char name[] = "CUSTOMER ";
+    const DisplayRequest request{3, ZVK_DISPLAY_SYSOUT, 0, '.', 0};
+    for (auto _ : state) {
+        if (++number % 100000 == 0) rewind(file);
+        DisplayItem items[3] = {{name, sizeof name - 1, 0, ZVK_DISPLAY_TEXT, 0},
+                                {&number, sizeof number, 9, ZVK_DISPLAY_SIGNED_BINARY, 0},
+                                {" BALANCE DUE", 12, 0, ZVK_DISPLAY_TEXT, 0}};
+        _zvkcDisplay(&request, items);
+    }
+    _zvkProccom->sysout = nullptr;
+    fclose(file);
+}
+
+void displayFprintf(benchmark::State &state)
+{
+    FILE *file = tmpfile();
+    int32_t number = 0;
+    const char name[] = "CUSTOMER ";
+    for (auto _ : state) {
+        if (++number % 100000 == 0) rewind(file);
+        fprintf(file, "%.*s%.9d%.*s\n", 9, name, number, 12, " BALANCE DUE");
+    }
+    fclose(file);
+}
+
+BENCHMARK(displayOurs)->Name("DISPLAY of three items to a file/ours");
+BENCHMARK(displayFprintf)->Name("DISPLAY of three items to a file/peer:fprintf");
 BENCHMARK(editOurs)->Name("edit $$,$$$,$$9.99CR/ours");
 BENCHMARK(editSnprintf)->Name("edit $$,$$$,$$9.99CR/peer:snprintf");
 

@@ -1,4 +1,4 @@
-// The frame's hot paths: program entry and exit, the dynamic CALL of a loaded program, start and end of a run unit, loading the library.
+// The frame's hot paths: program entry and exit, the dynamic CALL of a loaded program, start and end of a run unit.
 #include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <cstring>
@@ -135,42 +135,6 @@ void forkChild(benchmark::State &state)
     }
 }
 BENCHMARK(forkChild)->Name("run unit, start and end/peer:vfork and exit");
-
-const char *libraryPath()
-{
-    static const std::string path = [] {
-        Dl_info info;
-        dladdr(reinterpret_cast<void *>(_zvkPgmInit), &info);
-        // A copy under another name is loaded from scratch: this program itself is linked with the library.
-        std::string copy = std::string(info.dli_fname) + ".bench.so";
-        std::string command = "cp '" + std::string(info.dli_fname) + "' '" + copy + "'";
-        if (system(command.c_str()) != 0) abort();
-        return copy;
-    }();
-    return path.c_str();
-}
-
-void loadLibrary(benchmark::State &state)
-{
-    libraryPath();
-    for (auto _ : state) {
-        void *library = dlmopen(LM_ID_BASE, libraryPath(), RTLD_NOW | RTLD_LOCAL);
-        if (!library) state.SkipWithError(dlerror());
-        state.PauseTiming();
-        if (library) dlclose(library);
-        state.ResumeTiming();
-    }
-}
-BENCHMARK(loadLibrary)->Name("loading the library/ours");
-
-void fiveMilliseconds(benchmark::State &state)
-{
-    for (auto _ : state) {
-        timespec pause{0, 5000000};
-        nanosleep(&pause, nullptr);
-    }
-}
-BENCHMARK(fiveMilliseconds)->Name("loading the library/peer:5 ms")->UseRealTime();
 
 } // namespace
 

@@ -30,7 +30,7 @@ struct AtoE {
     static UConverter *from() { return zvkNativeConverter(); }
     static UConverter *to() { return zvkEbcdicConverter(); }
     static ByteTable &table() { return nativeToEbcdic; }
-    static size_t secondSize(size_t utf16Bytes) { return utf16Bytes / 4 * 5 + 4; }
+    static size_t secondSize(size_t utf16Bytes) { return utf16Bytes * 5 / 4 + 4; }
 };
 
 struct EtoA {

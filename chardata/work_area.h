@@ -6,9 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
-#include "frame/messages.h"
+#include "kvr2/storage.h"
 
 template <size_t StackBytes>
 class WorkArea {
@@ -16,12 +15,11 @@ public:
     explicit WorkArea(size_t size)
     {
         if (size <= StackBytes) return;
-        data_ = static_cast<uint8_t *>(aligned_alloc(16, (size + 15) & ~size_t{15}));
-        if (!data_) zvkNoStorage();
+        data_ = static_cast<uint8_t *>(_zvkMalloc(size, 907, 0));
     }
     ~WorkArea()
     {
-        if (data_ != stack_) free(data_);
+        if (data_ != stack_) _zvkcfree(data_);
     }
     WorkArea(const WorkArea &) = delete;
     WorkArea &operator=(const WorkArea &) = delete;

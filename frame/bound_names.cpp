@@ -7,15 +7,12 @@
 #include <cctype>
 #include <cstring>
 
-uint32_t zvkCallName(const uint8_t *name, int64_t length, const PCB *caller, char (&text)[ZVK_CALL_NAME_MAX + 1])
+void zvkCopyCallName(const uint8_t *name, uint32_t length, const PCB *caller, char (&text)[ZVK_CALL_NAME_MAX + 1])
 {
-    size_t size = length < 0 ? 0 : length > ZVK_CALL_NAME_MAX ? ZVK_CALL_NAME_MAX : static_cast<size_t>(length);
-    while (size && (name[size - 1] == ' ' || name[size - 1] == 0)) size--;
-    memcpy(text, name, size);
-    text[size] = 0;
-    if (caller && (caller->flag & ZVK_PCB_FOLD_NAMES))
-        for (size_t i = 0; i < size; i++) text[i] = static_cast<char>(toupper(static_cast<unsigned char>(text[i])));
-    return static_cast<uint32_t>(size);
+    memcpy(text, name, length);
+    text[length] = 0;
+    if (!zvkFoldsNames(caller)) return;
+    for (uint32_t i = 0; i < length; i++) text[i] = static_cast<char>(toupper(static_cast<unsigned char>(text[i])));
 }
 
 int32_t zvkSearchBoundNames(const int32_t *names, const char *text, uint32_t length)

@@ -5,9 +5,32 @@
 // constructor: nothing here may rely on Proccom.
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <unistd.h>
 
 #include "frame/banner.h"
+
+namespace {
+
+bool isLibraryName(const char *program)
+{
+    for (const char *prefix : {"lib", "zvk", "objf_reader_"})
+        if (strncmp(program, prefix, strlen(prefix)) == 0) return true;
+    return false;
+}
+
+// A COBOL program that was linked as a subroutine has this library's entry for its own, for want of a better one.
+[[noreturn]] void refuseSubroutine(const char *program)
+{
+    fprintf(stderr,
+            "\nError: You called/invoked a program (%s) that was linked as a subroutine (-e<entry>).\n"
+            "       Please adjust your call to use the proper entry point name.\n"
+            "       This program can not be invoked directly.\n",
+            program);
+    _exit(1);
+}
+
+} // namespace
 
 extern "C" {
 
@@ -19,7 +42,9 @@ __attribute__((noreturn, used, visibility("hidden"))) void zvkIntroduce(const lo
 {
     const char *program = arguments[0] > 0 ? reinterpret_cast<const char *>(arguments[1]) : "libkvr2_64r.so";
     const char *slash = strrchr(program, '/');
-    fprintf(stderr, "\n%s:\nCongratulations, you have found an easter-egg!\n", slash ? slash + 1 : program);
+    if (slash) program = slash + 1;
+    if (!isLibraryName(program)) refuseSubroutine(program);
+    fprintf(stderr, "\n%s:\nCongratulations, you have found an easter-egg!\n", program);
     fprintf(stderr, "%s\n", kBanner);
     for (const char *version : kVersionStrings) fprintf(stderr, "\t%s\n", version);
     _exit(0);

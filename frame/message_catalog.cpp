@@ -2,12 +2,15 @@
 #include "frame/message_catalog.h"
 
 #include <algorithm>
+#include <climits>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <nl_types.h>
+
+#include "frame/catalog_file.h"
 
 namespace {
 
@@ -90,38 +93,36 @@ Conversion readConversion(const char *&at)
 
 nl_catd openUnder(const char *locale)
 {
-    if (!*locale || !setlocale(LC_MESSAGES, locale)) return kClosed;
-    return catopen(kCatalogName, NL_CAT_LOCALE);
-}
-
-// The forms of a locale's name from the fullest to the barest, then names that a catalog is likely to be installed under.
-nl_catd openUnderOtherLocales(const char *present)
-{
-    char name[256];
-    snprintf(name, sizeof name, "%s", present);
-    for (const char *mark : {"@", ".", "_"}) {
-        char *cut = strstr(name, mark);
-        if (!cut) continue;
-        *cut = 0;
-        if (nl_catd opened = openUnder(name); opened != kClosed) return opened;
+    char path[PATH_MAX];
+    const char *search = getenv("NLSPATH");
+    for (const char *entry = search ? search : ""; *entry;) {
+        const char *end = strchrnul(entry, ':');
+        // A name with a "/" in it is opened as it stands. One that is not whole would be read beyond its end.
+        if (zvkCatalogCandidate(entry, end, locale, path, sizeof path) && strchr(path, '/') && zvkCatalogIsWhole(path)) {
+            nl_catd opened = catopen(path, NL_CAT_LOCALE);
+            if (opened != kClosed) return opened;
+        }
+        entry = *end ? end + 1 : end;
     }
-    for (const char *usual : {"en_US", "POSIX", "C"})
-        if (nl_catd opened = openUnder(usual); opened != kClosed) return opened;
     return kClosed;
 }
 
-void openUnderSomeLocale()
+// The locale of messages, then the forms of its name from the fullest to the barest, then names that a catalog is likely to be installed under.
+nl_catd openUnderSomeLocale()
 {
-    catalog = catopen(kCatalogName, NL_CAT_LOCALE);
-    if (catalog != kClosed) return;
-    char messages[256], characters[256];
+    char name[256];
     const char *present = setlocale(LC_MESSAGES, nullptr);
-    snprintf(messages, sizeof messages, "%s", present ? present : "C");
-    present = setlocale(LC_CTYPE, nullptr);
-    snprintf(characters, sizeof characters, "%s", present ? present : "C");
-    catalog = openUnderOtherLocales(messages);
-    setlocale(LC_MESSAGES, messages);
-    setlocale(LC_CTYPE, characters);
+    snprintf(name, sizeof name, "%s", present ? present : "C");
+    nl_catd opened = openUnder(name);
+    for (const char *mark : {"@", ".", "_"}) {
+        char *cut = strstr(name, mark);
+        if (!cut || opened != kClosed) continue;
+        *cut = 0;
+        opened = openUnder(name);
+    }
+    for (const char *usual : {"en_US", "POSIX", "C"})
+        if (opened == kClosed) opened = openUnder(usual);
+    return opened;
 }
 
 const char *skipBlanks(const char *text) { return text + strspn(text, " "); }
@@ -168,7 +169,7 @@ void zvkOpenCatalog()
 {
     if (zvkCatalogIsOpen() || messageSettings.bufferSize) return;
     setDefaults();
-    openUnderSomeLocale();
+    catalog = openUnderSomeLocale();
     messageSettings.singleByte = MB_CUR_MAX == 1;
     if (!zvkCatalogIsOpen()) {
         zvkCloseCatalog();

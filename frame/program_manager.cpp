@@ -96,18 +96,26 @@ void printState() { fprintf(stderr, "COBOL is %s\n", _zvkProccom && _zvkProccom-
 
 uint64_t *_zvkDynLd(int32_t *names, int64_t length, uint8_t *name, PCB *caller, uint64_t *entries, uint32_t *failures)
 {
-    char text[ZVK_CALL_NAME_MAX + 1];
-    uint32_t textLength = zvkCallName(name, length, caller, text);
-    int cause = kBlankName;
-    if (textLength) {
-        int32_t row = zvkBoundNameRow(names, text, textLength);
-        if (row >= 0) return reinterpret_cast<uint64_t *>(entries[row]);
-        if (ZvkRoutine entry = resolve(text, textLength, caller, &cause)) return callResult(entry);
+    uint32_t size = zvkCallNameLength(name, length);
+    // The name is used where it stands; a copy is made only where it has to be folded, or reported.
+    char copy[ZVK_CALL_NAME_MAX + 1];
+    auto *text = reinterpret_cast<const char *>(name);
+    if (zvkFoldsNames(caller)) {
+        zvkCopyCallName(name, size, caller, copy);
+        text = copy;
     }
-    if (failures && *failures)
+    int cause = kBlankName;
+    if (size) {
+        int32_t row = zvkBoundNameRow(names, text, size);
+        if (row >= 0) return reinterpret_cast<uint64_t *>(entries[row]);
+        if (ZvkRoutine entry = resolve(text, size, caller, &cause)) return callResult(entry);
+    }
+    if (failures && *failures) {
         ++*failures; // the program has an ON EXCEPTION phrase and looks at this count
-    else
-        reportFailure(text, sizeof text, cause);
+    } else {
+        zvkCopyCallName(name, size, caller, copy);
+        reportFailure(copy, sizeof copy, cause);
+    }
     return callResult(nullptr);
 }
 

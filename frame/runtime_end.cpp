@@ -89,6 +89,7 @@ void TermCobolRte(uint32_t reason)
     freeRecords();
     zvkSignalStackRelease();
     clearStreams();
+    if (_zvkProccom->codePageHook) reinterpret_cast<ZvkRoutine>(_zvkProccom->codePageHook)(); // closes the converters
     release(_zvkProccom->installDir);
     release(_zvkProccom->libDir);
     release(_zvkProccom->cobpath);

@@ -157,8 +157,9 @@ static IPCB *programToCancel(int32_t *names, const char *text, uint32_t length, 
 int32_t _zvkCancel(int32_t *names, int64_t length, uint8_t *name, PCB *caller)
 {
     char text[ZVK_CALL_NAME_MAX + 1];
-    uint32_t textLength = zvkCallName(name, length, caller, text);
+    uint32_t textLength = zvkCallNameLength(name, length);
     if (!textLength) return 0;
+    zvkCopyCallName(name, textLength, caller, text);
     IPCB *ipcb = programToCancel(names, text, textLength, caller);
     if (!ipcb) return 0;
     ZvkGuard guard(&enterMutex);

@@ -1,6 +1,7 @@
 // The per-thread record; see thread_record.h.
 #include "frame/thread_record.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <pthread.h>
 
@@ -16,10 +17,20 @@ pthread_key_t key;
 bool haveKey;
 pthread_once_t keyOnce = PTHREAD_ONCE_INIT;
 
+// This thread's record as it was found last, good until any record is released at the runtime's end. The way through the key costs as much as the rest of a
+// dynamic CALL.
+std::atomic<uint64_t> generation{1};
+struct LastRecord {
+    uint64_t generation; // 0: none
+    ZvkThreadRecord *record;
+};
+__attribute__((tls_model("initial-exec"))) thread_local LastRecord lastRecord;
+
 void freeRecord(void *pointer)
 {
     auto *record = static_cast<ZvkThreadRecord *>(pointer);
     if (!record) return;
+    lastRecord.generation = 0;
     free(record->scratch);
     free(record->spillPath);
     free(record->buffer);
@@ -60,6 +71,9 @@ bool growScratch(ZvkThreadRecord *record, uint64_t size)
 
 void *zvkThreadScratch(int64_t size)
 {
+    if (size > 0 && lastRecord.generation == generation.load(std::memory_order_relaxed) &&
+        static_cast<uint64_t>(size) <= lastRecord.record->scratchSize)
+        return lastRecord.record->scratch;
     if (!_zvkProccom) return nullptr;
     if (_zvkProccom->threadKey == kNoKey) pthread_once(&keyOnce, makeKey);
 
@@ -77,17 +91,20 @@ void *zvkThreadScratch(int64_t size)
     if (size == 0) return record;
     auto wanted = static_cast<uint64_t>(size);
     if (wanted > record->scratchSize && !growScratch(record, wanted)) return nullptr;
+    lastRecord = {generation.load(std::memory_order_relaxed), record};
     return record->scratch;
 }
 
 void zvkReleaseThreadRecord()
 {
+    generation++;
     freeRecord(zvkThreadScratch(-1));
     setRecord(nullptr);
 }
 
 void zvkDeleteThreadKey()
 {
+    generation++;
     if (haveKey) pthread_key_delete(key);
     haveKey = false;
     keyOnce = PTHREAD_ONCE_INIT;

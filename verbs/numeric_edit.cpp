@@ -42,15 +42,18 @@ struct Kinds {
     constexpr Kinds() : of()
     {
         for (uint8_t &kind : of) kind = kOther; // "*", `V`, `P`, CR and DB among them
-        of['9'] = of['Z'] = kDigit;
-        of[' '] = kBlank;
-        of['/'] = kSlash;
-        of['0'] = kZero;
-        of[','] = kSeparator;
-        of['.'] = kPoint;
-        of['+'] = of['-'] = kSign;
-        of['$'] = kCurrency;
+        set('9', kDigit);
+        set('Z', kDigit);
+        set(' ', kBlank);
+        set('/', kSlash);
+        set('0', kZero);
+        set(',', kSeparator);
+        set('.', kPoint);
+        set('+', kSign);
+        set('-', kSign);
+        set('$', kCurrency);
     }
+    constexpr void set(uint8_t symbol, Kind kind) { of[symbol] = kind; }
 };
 constexpr Kinds kKinds;
 
@@ -97,6 +100,8 @@ private:
     [[gnu::always_inline]] const uint8_t *walkToFirstDigit(const uint8_t *picture, const uint8_t *end)
     {
         for (; picture < end && (!significant_ || suppressing_); picture++) {
+            picture = skipZeros(picture, end);
+            if (picture == end) break;
             switch (*picture) {
             case ' ':
             case '/':
@@ -138,6 +143,25 @@ private:
                 break;
             }
         }
+        return picture;
+    }
+
+    // The most common positions: further zeros of a string that has begun, and separators among them.
+    [[gnu::always_inline]] const uint8_t *skipZeros(const uint8_t *picture, const uint8_t *end)
+    {
+        if (forced_ || (kFloats ? !inside_ || suppressing_ : !suppressing_ || afterPoint_)) return picture;
+        const uint8_t fill = kFloats ? ' ' : fill_;
+        const uint8_t symbol = kFloats ? '$' : fill == '*' ? '*' : 'Z';
+        const uint8_t *digit = digit_;
+        uint8_t *out = out_;
+        for (; picture < end; picture++) {
+            bool isString = floats == Floats::Sign ? *picture == '+' || *picture == '-' : *picture == symbol;
+            if (isString ? *digit != '0' : *picture != ',') break;
+            digit += isString;
+            *out++ = fill;
+        }
+        digit_ = digit;
+        out_ = out;
         return picture;
     }
 
@@ -287,8 +311,8 @@ private:
 
 // Edits at most `limit` positions; returns the number of bytes stored.
 template <Floats floats>
-size_t edit(const NumericEditRecord &record, const EditClass &editClass, bool blankWhenZero, const uint8_t *source, uint8_t *destination,
-            int limit)
+[[gnu::noinline]] size_t edit(const NumericEditRecord &record, const EditClass &editClass, bool blankWhenZero, const uint8_t *source,
+                              uint8_t *destination, int limit)
 {
     bool allSuppress = record.length < 0;
     int length = allSuppress ? -int{record.length} : record.length;

@@ -2,8 +2,8 @@
  * Edited moves: MOVE to and from items with an editing picture, fills, moves of variable length, and the reset of altered GO TO targets.
  *
  * Compiled MOVE statements call these with records that the compiler lays out; the records are read only and may stand at any alignment. A
- * picture is checked by the compiler: a wrong one is walked as it stands. Nothing here allocates, locks or issues a message, and all entries may be called from
- * any thread on items of their own.
+ * picture is checked by the compiler: a wrong one is walked as it stands. Nothing here allocates, locks or issues a message, and all
+ * entries may be called from any thread on items of their own.
  *
  * Editing 123456 as `$$,$$9.99CR` and back:
  *
@@ -107,8 +107,8 @@ ZVK_EXPORT void _zvkcMoveAlphaNumEdit(const AlphaEditRecord *record, const uint8
  * MOVE to a national-edited item.
  *
  * A run of data in which the source ends early is stored short: one blank stands for all the positions that are left. With `repeat` such a
- * run is stored long instead: the source is taken up again at every position, so that a source of one unit fills a run of count positions, 3 or
- * more, with 2 * count - 1 units. The caller has allowed for both.
+ * run is stored long instead: the source is taken up again at every position, so that a source of one unit fills a run of count positions,
+ * 3 or more, with 2 * count - 1 units. The caller has allowed for both.
  *
  * @param source        UTF-16, any alignment
  * @param sourceLength  bytes
@@ -134,8 +134,8 @@ ZVK_EXPORT void _zvkcMoveFigConst(uint8_t *destination, int32_t length, const ui
 ZVK_EXPORT int32_t _zvkcMoveNumEditToNum(const DeEditRecord *record, const uint8_t *source, uint8_t *destination);
 
 /**
- * The same for an item with a currency symbol of more than one character. The symbol is sought in the first bytes of the source, as many as the
- * picture's length or the negation of a negative one says; if it is not there the source is de-edited as it stands.
+ * The same for an item with a currency symbol of more than one character. The symbol is sought in the first bytes of the source, as many
+ * as the picture's length or the negation of a negative one says; if it is not there the source is de-edited as it stands.
  */
 ZVK_EXPORT int32_t _zvkcMoveNumEditToNum2(const DeEditRecord *record, const uint8_t *source, uint8_t *destination,
                                           const CurrencyString *currency);

@@ -65,15 +65,15 @@ ZVK_BEGIN_DECLS
 
 /** `FileRequest.options` */
 enum {
-    ZVK_REQUEST_NEXT = 0x0001,       /**< READ NEXT */
-    ZVK_REQUEST_PREVIOUS = 0x0002,   /**< READ PREVIOUS */
-    ZVK_REQUEST_KEY = 0x0004,        /**< READ by `key`, DELETE or REWRITE by the record's own key: random access */
-    ZVK_REQUEST_LOCK = 0x0010,       /**< WITH LOCK */
-    ZVK_REQUEST_NO_LOCK = 0x0020,    /**< WITH NO LOCK */
+    ZVK_REQUEST_NEXT = 0x0001,        /**< READ NEXT */
+    ZVK_REQUEST_PREVIOUS = 0x0002,    /**< READ PREVIOUS */
+    ZVK_REQUEST_KEY = 0x0004,         /**< READ by `key`, DELETE or REWRITE by the record's own key: random access */
+    ZVK_REQUEST_LOCK = 0x0010,        /**< WITH LOCK */
+    ZVK_REQUEST_NO_LOCK = 0x0020,     /**< WITH NO LOCK */
     ZVK_REQUEST_IGNORE_LOCK = 0x0040, /**< IGNORING LOCK */
-    ZVK_REQUEST_BEFORE = 0x0100,     /**< WRITE BEFORE ADVANCING: the record, then the lines */
-    ZVK_REQUEST_AFTER = 0x0200,      /**< WRITE AFTER ADVANCING: the lines, then the record */
-    ZVK_REQUEST_END_OF_PAGE = 0x0400 /**< result of WRITE: the footing area was reached (AT END-OF-PAGE) */
+    ZVK_REQUEST_BEFORE = 0x0100,      /**< WRITE BEFORE ADVANCING: the record, then the lines */
+    ZVK_REQUEST_AFTER = 0x0200,       /**< WRITE AFTER ADVANCING: the lines, then the record */
+    ZVK_REQUEST_END_OF_PAGE = 0x0400  /**< result of WRITE: the footing area was reached (AT END-OF-PAGE) */
 };
 
 /** `FileRequest.relation`, of START */
@@ -92,14 +92,14 @@ enum {
 
 /** The particulars of a READ, WRITE, REWRITE, START, DELETE or UNLOCK statement; compiled code zeroes what a statement does not say. 48 bytes. */
 typedef struct FileRequest {
-    uint32_t options;       /**< ZVK_REQUEST_... */
-    uint32_t relation;      /**< START: ZVK_RELATION_... */
-    uint32_t key;           /**< READ by key, START: 0 the primary key, n the n-th alternate key */
-    uint32_t keyLength;     /**< START: bytes of the key that count, 0 all of it */
-    uint32_t recordLength;  /**< WRITE, REWRITE: bytes of the record; result of READ: bytes read */
-    int32_t advance;        /**< WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE; without BEFORE and AFTER one line follows the record */
-    uint64_t relativeKey;   /**< relative file: record number, from 1; result of a sequential READ or WRITE */
-    uint8_t *into;          /**< null: the record is `fcb->record`; otherwise the record is here */
+    uint32_t options;      /**< ZVK_REQUEST_... */
+    uint32_t relation;     /**< START: ZVK_RELATION_... */
+    uint32_t key;          /**< READ by key, START: 0 the primary key, n the n-th alternate key */
+    uint32_t keyLength;    /**< START: bytes of the key that count, 0 all of it */
+    uint32_t recordLength; /**< WRITE, REWRITE: bytes of the record; result of READ: bytes read */
+    int32_t advance;       /**< WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE; without BEFORE and AFTER one line follows the record */
+    uint64_t relativeKey;  /**< relative file: record number, from 1; result of a sequential READ or WRITE */
+    uint8_t *into;         /**< null: the record is `fcb->record`; otherwise the record is here */
     uint64_t reserved;
 } FileRequest;
 ZVK_AT(FileRequest, recordLength, 16);
@@ -167,12 +167,12 @@ ZVK_EXPORT void _zvkCallUseProc(FCB *fcb, uint32_t variant, IPCB *element);
 /** A file name that stands for several files; kept in `FCB.concatenation` from OPEN to CLOSE. */
 typedef struct ZvkConcatenation {
     uint32_t entries;
-    uint32_t next;         /**< index of the next name */
-    uint32_t generation;   /**< relative number of the generation given last, 0, -1, -2, ..., while a group is walked */
-    uint32_t flags;        /**< bit 0: a group's generations are being walked */
-    char nameSpace[4];     /**< the file's prefix, "???" before it is known */
-    char *text;            /**< copy of the whole string, behind the record */
-    char *names[256];      /**< into `text` */
+    uint32_t next;       /**< index of the next name */
+    uint32_t generation; /**< relative number of the generation given last, 0, -1, -2, ..., while a group is walked */
+    uint32_t flags;      /**< bit 0: a group's generations are being walked */
+    char nameSpace[4];   /**< the file's prefix, "???" before it is known */
+    char *text;          /**< copy of the whole string, behind the record */
+    char *names[256];    /**< into `text` */
 } ZvkConcatenation;
 ZVK_AT(ZvkConcatenation, nameSpace, 16);
 ZVK_AT(ZvkConcatenation, text, 24);

@@ -209,6 +209,29 @@ TEST(NativeAndEbcdic, FullDestinationWithAndWithoutByteTable)
     }
 }
 
+// ICU replaces a character that is cut off, unless the converter is told to stop there.
+TEST(NativeAndEbcdic, ACharacterCutOffAtTheEndIsDropped)
+{
+    ChildRun run = runChild([] {
+        useCodePages(8, "en_US.UTF-8", "TQX-1140");
+        zvkStartConversionLayer();
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_setToUCallBack(zvkNativeConverter(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+        for (uint32_t room : {2u, 5u}) {
+            GuardedItem out(room);
+            uint32_t capacity = room;
+            if (_zvkUniAtoE(reinterpret_cast<const uint8_t *>("AB\xE3\x81"), 4, out.data(), &capacity) != 0) exit(3);
+            if (capacity != room - 2 || memcmp(out.data(), "\xC1\xC2", 2) != 0) exit(4);
+        }
+        GuardedItem out(1); // a full destination counts as success here
+        uint32_t capacity = 1;
+        if (_zvkUniAtoE(reinterpret_cast<const uint8_t *>("AB\xE3\x81"), 4, out.data(), &capacity) != 0 || capacity != 0) exit(5);
+        if (_zvkUniAtoE(reinterpret_cast<const uint8_t *>("A\xFFZ"), 3, out.data(), &capacity) <= 0) exit(6); // another failure
+    });
+    EXPECT_NE(run.err.find("ZVK222"), std::string::npos);
+    EXPECT_TRUE(run.status == 0 || run.signal == SIGABRT) << run.status; // the last one ends the run unit
+}
+
 TEST(NativeAndEbcdic, AnUnusablePageIsReportedEachTime)
 {
     ChildRun run = runChild([] {

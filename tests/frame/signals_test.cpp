@@ -168,6 +168,16 @@ TEST(Signals, HandlersAreTakenBack)
     EXPECT_GOOD(run);
 }
 
+TEST(Signals, TracebackWithSourceLinesOnRequest)
+{
+    ChildRun run = mainThat([] { raise(SIGUSR2); }, {{"traceback_lines", "1"}});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(contains(run.err, "  Traceback:\n")) << run.err;
+    EXPECT_TRUE(contains(run.out, "compiled_program.h:")) << run.out; // what addr2line says
+    run = mainThat([] { raise(SIGUSR2); }, {{"traceback_lines", "0"}});
+    EXPECT_FALSE(contains(run.out, "compiled_program.h:")) << run.out;
+}
+
 TEST(Signals, AnotherThreadsCrashAndASignalWithinTheReport)
 {
     ChildRun run = runChild(

@@ -6,7 +6,6 @@
 // may be unloaded; assertion texts that differ.
 #include <atomic>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,26 +23,21 @@ constexpr uint64_t kAbsurd[] = {~uint64_t{0}, ~uint64_t{0} - 15, ~uint64_t{0} - 
 
 bool aligned(const void *block) { return reinterpret_cast<uintptr_t>(block) % 16 == 0; }
 
-// A run unit of the test's own, current while the object lives.
+// A run unit of the test's own, current while the object lives; ended without its effects on the process, since it has no program.
 struct RunUnit {
-    RunUnit() : runcom(new Runcom()), hadProccom(_zvkProccom)
+    RunUnit() : runcom(static_cast<Runcom *>(_zvkcalloc(1, sizeof(Runcom)))), flags(_zvkProccom->flags)
     {
-        if (!hadProccom) _zvkProccom = new Proccom();
-        flags = _zvkProccom->flags;
         runcom->parent = _zvkProccom->runcom;
-        _zvkProccom->runcom = runcom.get();
+        _zvkProccom->runcom = runcom;
     }
     ~RunUnit()
     {
         HashTable_Destroy(runcom->externalVars);
         _zvkProccom->runcom = runcom->parent;
         _zvkProccom->flags = flags;
-        if (hadProccom) return;
-        delete _zvkProccom;
-        _zvkProccom = nullptr;
+        _zvkcfree(runcom);
     }
-    std::unique_ptr<Runcom> runcom;
-    Proccom *hadProccom;
+    Runcom *runcom;
     uint8_t flags;
 };
 

@@ -18,4 +18,13 @@ Congratulations, you have found an easter-egg!
         *) echo "$file: said: $text"; exit 1 ;;
     esac
 done
+# Under a program's name the entry refuses: a program linked as a subroutine would end up here.
+cp "$library" "$stage/LEDGER"
+rc=0
+text=$("$stage/LEDGER" 2>&1 >/dev/null) || rc=$?
+case "$rc $text" in
+    "1 
+Error: You called/invoked a program (LEDGER) that was linked as a subroutine"*) ;;
+    *) echo "LEDGER: exit $rc: $text"; exit 1 ;;
+esac
 [ -f "$stage/opt/kvr2/usr/share/locale/C/kvr2run.cat" ] || { echo "no catalog was installed"; exit 1; }

@@ -5,14 +5,20 @@
 
 extern "C" {
 // The library's own signal handlers are under test, and it keeps some memory on purpose; see leaks.supp for what the system keeps.
-const char *__asan_default_options()
+__attribute__((visibility("default"), used)) const char *__asan_default_options()
 {
     return "handle_segv=0:handle_sigfpe=0:handle_sigbus=0:handle_sigill=0:handle_abort=0:use_sigaltstack=0:allocator_may_return_null=1:"
            "detect_stack_use_after_return=0";
 }
-const char *__lsan_default_options() { return "suppressions=" KVR2_SOURCE_DIR "/tests/support/leaks.supp:print_suppressions=0"; }
-const char *__ubsan_default_options() { return "print_stacktrace=1"; }
-const char *__tsan_default_options() { return "halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1"; }
+__attribute__((visibility("default"), used)) const char *__lsan_default_options()
+{
+    return "suppressions=" KVR2_SOURCE_DIR "/tests/support/leaks.supp:print_suppressions=0";
+}
+__attribute__((visibility("default"), used)) const char *__ubsan_default_options() { return "print_stacktrace=1"; }
+__attribute__((visibility("default"), used)) const char *__tsan_default_options()
+{
+    return "halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1";
+}
 }
 
 __attribute__((constructor(101))) static void nameTheBuild()

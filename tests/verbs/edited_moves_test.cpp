@@ -63,7 +63,7 @@ std::u16string nationalEdit(const Runs &runs, const std::u16string &source, bool
     NationalEditRecord *head = reinterpret_cast<NationalEditRecord *>(record.data());
     head->runBytes = static_cast<int16_t>(4 * runs.size());
     head->repeat = repeat;
-    memcpy(record.data() + 4, runs.data(), 4 * runs.size());
+    if (!runs.empty()) memcpy(record.data() + 4, runs.data(), 4 * runs.size());
     memcpy(in.data(), source.data(), 2 * source.size());
     _zvkcMoveUnicodeEdit(head, in.data(), static_cast<int32_t>(2 * source.size()), out.data());
     return {reinterpret_cast<char16_t *>(out.data()), units};

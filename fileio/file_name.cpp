@@ -1,0 +1,247 @@
+// From a file's assignment to the name and the file system of what is to be opened.
+//
+// An assignment is a literal, a data item or the name of an environment variable; its value may begin with a file-system prefix ("lsq-/tmp/in.txt"), may
+// hold "~" and "$", may be a generation ("daily(+1)") or several names ("a:b:c").
+#include "fileio/file_name.h"
+
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+#include <wordexp.h>
+
+#include "fileio/file_slots.h"
+#include "fileio/file_status.h"
+#include "fileio/file_systems.h"
+#include "frame/storage.h"
+
+namespace {
+
+constexpr char kServerRoot[] = "/.:/txmn/hdk/";
+constexpr size_t kServerRootLength = sizeof kServerRoot - 1;
+
+bool underServerRoot(const char *name) { return strncmp(name, kServerRoot, kServerRootLength) == 0; }
+
+// The wish of VFS_NO_FORCE_FS, read once at each of the two places that look at it.
+bool noForce(int &remembered)
+{
+    if (remembered < 0) {
+        const char *value = getenv("VFS_NO_FORCE_FS");
+        remembered = value && *value;
+    }
+    return remembered;
+}
+
+// A name of at most `length` bytes without trailing blanks and zero bytes, as a block of its own; null if nothing is left, or without storage.
+char *trimmedCopy(const char *text, size_t length, bool *empty)
+{
+    length = text ? strnlen(text, length) : 0;
+    while (length && (text[length - 1] == ' ' || text[length - 1] == 0)) length--;
+    *empty = length == 0;
+    auto *copy = static_cast<char *>(length ? malloc(length + 1) : nullptr);
+    if (copy) {
+        memcpy(copy, text, length);
+        copy[length] = 0;
+    }
+    return copy;
+}
+
+// Expands "~" and "$" without ever running a command. False if the name stands for several words.
+bool expandWords(char *&name)
+{
+    if (name[0] != '~' && !strchr(name, '$')) return true;
+    wordexp_t words{};
+    if (wordexp(name, &words, WRDE_NOCMD) != 0) return true; // what cannot be expanded is a name as it stands
+    bool one = words.we_wordc == 1;
+    if (one) {
+        if (char *expanded = strdup(words.we_wordv[0])) {
+            free(name);
+            name = expanded;
+        }
+    }
+    bool several = words.we_wordc > 1;
+    wordfree(&words);
+    return !several;
+}
+
+// The assignment's text: the literal or the item's value, or the value of the environment variable that it names.
+const char *assignedText(const FIB *fib, char *item, size_t *length, bool *prefixAllowed)
+{
+    *length = fib->assignmentLength;
+    *prefixAllowed = fib->attributes & (ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_ASSIGN_ITEM);
+    if (!(fib->attributes & ZVK_FILE_ASSIGN_ENVIRONMENT) || !item) return fib->assignment;
+    const char *value = getenv(item);
+    if (!value || !*value) return fib->assignment;
+    *prefixAllowed = true;
+    *length = strlen(value);
+    return value;
+}
+
+void choosePrefix(FCB *fcb, const FIB *fib, const char *text, size_t prefixLength)
+{
+    int code = prefixLength ? zvkCodeOfPrefix(text, prefixLength) : zvkCodeOfPrefix(fib->prefix, 3);
+    if (code >= 0 && code != kUseDefault) {
+        zvkSetFileSystem(fcb, static_cast<uint8_t>(code));
+    } else if (prefixLength) {
+        fcb->code = kNoFileSystem;
+        memset(fcb->prefix, ' ', sizeof fcb->prefix);
+        memcpy(fcb->prefix, text, prefixLength < 3 ? prefixLength : 3);
+    } else {
+        fcb->code = fcb->defaultCode & 0x0F;
+        memcpy(fcb->prefix, fcb->defaultPrefix, 3);
+    }
+}
+
+// Asks for a concatenation or a generation and takes its first name.
+void resolveConcatenation(FCB *fcb, const FIB *fib)
+{
+    fcb->state &= ~static_cast<uint32_t>(ZVK_FILE_CONCATENATED);
+    bool wanted = (fcb->requestedMode & ZVK_OPEN_OUTPUT) || ((fcb->state & ZVK_FILE_ABSENT) && !(fcb->requestedMode & ZVK_OPEN_INPUT));
+    _zvk_Concat_Free(fcb->concatenation);
+    uint32_t isConcat = 0, prefix = 0;
+    memcpy(&prefix, fcb->prefix, 3);
+    fcb->concatenation = _zvk_Concat_Check(fcb->fileName, &isConcat, wanted, &prefix);
+    if (!fcb->concatenation) {
+        if (isConcat) zvkSetStatus(fcb, 33, 34);
+        return;
+    }
+    if (isConcat) fcb->state |= ZVK_FILE_CONCATENATED;
+    const char *first = _zvk_Concat_Next(fcb->concatenation);
+    if (!first) {
+        zvkSetStatus(fcb, 33, 34);
+        return;
+    }
+    char *copy = strdup(first);
+    if (!copy) {
+        zvkSetStatus(fcb, 93, 0);
+        return;
+    }
+    zvkSetFileName(fcb, copy, true);
+    constexpr uint8_t sequentialAccess = 0x80;
+    bool sequential = (fib->accessMode & sequentialAccess) || !(fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE));
+    if (isConcat && (!(fcb->requestedMode & ZVK_OPEN_INPUT) || !sequential)) zvkSetStatus(fcb, 37, 0);
+}
+
+// The code of a readable file, by what its first bytes say.
+void recogniseContent(FCB *fcb)
+{
+    // Without O_NONBLOCK the open of a FIFO would wait for a writer.
+    int descriptor = open(fcb->fileName, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) {
+        zvkSetStatus(fcb, errno == EACCES ? 91 : 93, 0);
+        return;
+    }
+    char head[28];
+    ssize_t got = read(descriptor, head, sizeof head);
+    close(descriptor);
+    static int remembered = -1;
+    if (got < 0)
+        zvkSetStatus(fcb, 93, 0);
+    else if (got == 0)
+        zvkSetFileSystem(fcb, noForce(remembered) ? kJgt : kStl);
+    else if (got == sizeof head && memcmp(head + 24, "vfs", 4) == 0)
+        zvkSetFileSystem(fcb, kPsx);
+    else
+        zvkSetFileSystem(fcb, got >= 11 && memcmp(head + 8, "STL", 3) == 0 ? kStl : kJgt);
+}
+
+} // namespace
+
+size_t zvkPrefixLength(const char *name)
+{
+    const char *dash = strchr(name, '-');
+    if (!dash || dash - name < 3 || !dash[1]) return 0;
+    auto first = static_cast<unsigned char>(name[0]);
+    // The test looks at the two codes that follow the first character's own in the code table, not at the characters behind it, and must stay so: nearly
+    // every name whose first letter is not y or z has a prefix by it.
+    return isalpha(first) && isalnum((first + 1) & 0xFF) && isalnum((first + 2) & 0xFF) ? static_cast<size_t>(dash - name) : 0;
+}
+
+void zvkSetFileSystem(FCB *fcb, uint8_t code)
+{
+    fcb->code = code;
+    memcpy(fcb->prefix, zvkFileSystem(code)->prefix, 3);
+}
+
+void zvkResolveName(FCB *fcb, const FIB *fib)
+{
+    bool empty = false, prefixAllowed = false;
+    char *item = trimmedCopy(fib->assignment, fib->assignmentLength, &empty);
+    size_t length = 0;
+    const char *text = assignedText(fib, item, &length, &prefixAllowed);
+    char *name = trimmedCopy(text, length, &empty);
+    free(item);
+    if (!name) {
+        zvkSetStatus(fcb, empty ? 95 : 34, empty ? 2 : 0);
+        return;
+    }
+    size_t prefixLength = prefixAllowed ? zvkPrefixLength(name) : 0;
+    choosePrefix(fcb, fib, name, prefixLength);
+    if (prefixLength) memmove(name, name + prefixLength + 1, strlen(name + prefixLength + 1) + 1);
+    bool oneName = expandWords(name);
+    zvkSetFileName(fcb, name, true);
+    if (!oneName) {
+        zvkSetStatus(fcb, 95, 0);
+        return;
+    }
+    resolveConcatenation(fcb, fib);
+}
+
+void zvkResolveVolume(FCB *fcb)
+{
+    size_t prefixLength = zvkPrefixLength(fcb->fileName);
+    if (!prefixLength) {
+        if ((fcb->defaultCode & 0x0F) == kLsq) zvkSetFileSystem(fcb, kLsq);
+        return;
+    }
+    int code = zvkCodeOfPrefix(fcb->fileName, prefixLength);
+    uint8_t inForce = fcb->code;
+    bool nativeText = strncasecmp(fcb->fileName, "nat", 3) == 0 && inForce == kLsq;
+    bool rawBinary = strncasecmp(fcb->fileName, "raw", 3) == 0 && inForce == kWbr;
+    bool anyOfPlx = code == kPlx && (inForce == kStl || (inForce >= kJgt && inForce <= kPsx));
+    if (code != inForce && !nativeText && !rawBinary && !anyOfPlx) {
+        zvkSetStatus(fcb, 33, 39);
+        return;
+    }
+    memmove(fcb->fileName, fcb->fileName + prefixLength + 1, strlen(fcb->fileName + prefixLength + 1) + 1);
+}
+
+void zvkChooseByFile(FCB *fcb)
+{
+    if (access(fcb->fileName, R_OK) == 0) {
+        recogniseContent(fcb);
+        return;
+    }
+    static int remembered = -1;
+    if (strlen(fcb->fileName) > 14 && underServerRoot(fcb->fileName))
+        zvkSetFileSystem(fcb, kHdk);
+    else
+        zvkSetFileSystem(fcb, noForce(remembered) ? kJgt : kStl);
+}
+
+void zvkAdaptName(FCB *fcb)
+{
+    if (fcb->code == kHdk && !underServerRoot(fcb->fileName)) {
+        const char *server = getenv("TXMN_TK_HDK_SERVER");
+        if (!server || !*server) {
+            fputs("HDK shortname usage requires setting:\n`export TXMN_TK_HDK_SERVER=/.:/txmn/hdk/<server>`\n", stderr);
+            fcb->code = kNoFileSystem;
+            zvkSetStatus(fcb, 96, 2);
+            return;
+        }
+        size_t size = strlen(server) + strlen(fcb->fileName) + 2;
+        auto *full = static_cast<char *>(malloc(size));
+        if (!full) {
+            zvkSetStatus(fcb, 34, 0);
+            return;
+        }
+        snprintf(full, size, "%s/%s", server, fcb->fileName);
+        zvkSetFileName(fcb, full, true);
+    }
+    if (fcb->code == kJgt && strlen(fcb->fileName) >= 14 && underServerRoot(fcb->fileName)) zvkSetFileSystem(fcb, kHdk);
+    if (fcb->code == kJgt || fcb->code == kHdk)
+        if (char *parenthesis = strchr(fcb->fileName, '(')) *parenthesis = 0;
+}

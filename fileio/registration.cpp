@@ -1,0 +1,234 @@
+// Registration of a program's files at its first entry: slots, record areas, and the sharing of EXTERNAL files.
+//
+// An EXTERNAL file has one FCB for the run unit, made by the library when the first program names it. Later programs get that FCB in place of their own, and
+// their FIB is held against the first one's: any difference in an attribute ends the run, with the list of what differs.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "fileio/file_slots.h"
+#include "fileio/file_systems.h"
+#include "frame/messages.h"
+#include "frame/run_unit.h"
+#include "frame/storage.h"
+#include "frame/upcalls.h"
+#include "kvr2/hash_table.h"
+
+namespace {
+
+constexpr size_t kAreaHeader = 32; // in front of the record data; its first word points back to the FCB
+constexpr size_t kAreaExtra = 34;  // header, and two bytes behind the record
+
+void linkRecordArea(FCB *fcb, uint8_t *area)
+{
+    fcb->recordArea = area;
+    fcb->record = area ? area + kAreaHeader : nullptr;
+    const auto address = reinterpret_cast<uintptr_t>(fcb);
+    if (area) memcpy(area, &address, sizeof address);
+}
+
+void registerOwn(FCB *fcb, FIB *fib)
+{
+    linkRecordArea(fcb, fib->recordArea ? *fib->recordArea : nullptr);
+    fcb->index = fib->index;
+    fcb->sharing = fib->sharing;
+    fcb->maxRecord = fib->maxRecord;
+    zvkInitSlots(fcb, fib);
+}
+
+void printFile(uint64_t, const HashEntry *entry)
+{
+    const auto *fcb = static_cast<const FCB *>(entry->value);
+    fprintf(stderr, "\tName: %3.3s-%s\n", fcb->prefix, fcb->fib ? fcb->fib->name : "");
+}
+
+void freeFile(HashEntry *entry)
+{
+    auto *fcb = static_cast<FCB *>(entry->value);
+    if (fcb->state & ZVK_FILE_NAME_ALLOCATED) free(fcb->fileName);
+    _zvk_Concat_Free(fcb->concatenation);
+    free(fcb->recordArea);
+    free(fcb);
+    free(entry);
+}
+
+HashTable *externalFiles()
+{
+    Runcom *runcom = _zvkProccom->runcom;
+    if (!runcom->externalFiles) {
+        HashParams params{};
+        params.print = printFile;
+        params.free = freeFile;
+        runcom->externalFiles = HashTable_Create(&params);
+        if (!runcom->externalFiles) zvkNoStorage();
+    }
+    return runcom->externalFiles;
+}
+
+const uint8_t *at(const FIB *fib, uint32_t offset) { return reinterpret_cast<const uint8_t *>(fib) + offset; }
+
+bool sameBytes(const FIB *a, uint32_t aOffset, const FIB *b, uint32_t bOffset, size_t size)
+{
+    if (!aOffset || !bOffset) return aOffset == bOffset;
+    return memcmp(at(a, aOffset), at(b, bOffset), size) == 0;
+}
+
+const FileLinageGroup *linageOf(const FIB *fib) { return reinterpret_cast<const FileLinageGroup *>(at(fib, fib->linageOffset)); }
+
+bool sameLinageGroup(const FIB *a, const FIB *b, int group)
+{
+    const FileLinageGroup &left = linageOf(a)[group], &right = linageOf(b)[group];
+    return memcmp(left.name, right.name, sizeof left.name) == 0 && left.value == right.value;
+}
+
+// The attributes in which two FIBs differ, as text; empty if they agree.
+void describeDifferences(const FIB *a, const FIB *b, char (&list)[1024])
+{
+    list[0] = 0;
+    size_t length = 0;
+    auto add = [&](bool differs, const char *text) {
+        if (differs) length += static_cast<size_t>(snprintf(list + length, sizeof list - length, "%s, ", text));
+    };
+    auto bits = [&](uint8_t left, uint8_t right, int mask) { return ((left ^ right) & mask) != 0; };
+    add(a->code != b->code || memcmp(a->prefix, b->prefix, 3) != 0, "FILE SYSTEM");
+    add(a->organization != b->organization, "ORGANIZATION");
+    add(a->accessMode != b->accessMode, "ACCESS MODE");
+    add(a->recordFormat != b->recordFormat, "RECORD FORMAT");
+    add(a->maxRecord != b->maxRecord, "MAXIMUM RECORD LENGTH");
+    add(a->minRecord != b->minRecord, "MINIMUM RECORD LENGTH");
+    add(bits(a->attributes, b->attributes, ZVK_FILE_OPTIONAL), "OPTIONAL");
+    add(bits(a->attributes, b->attributes, ZVK_FILE_ASSIGN_ENVIRONMENT | ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_ASSIGN_ITEM),
+        "FILE ASSIGNMENT NAME");
+    if (a->sharing || b->sharing) {
+        add(bits(a->shareMode, b->shareMode, ZVK_FILE_SHARE_MASK), "SHARE MODE");
+        add(bits(a->lockMode, b->lockMode, 0x07), "LOCK MODE");
+        add(bits(a->shareMode, b->shareMode, ZVK_FILE_LOCK_COUNT), "LOCK COUNT");
+    }
+    add(bits(a->linage, b->linage, ZVK_FILE_LINAGE_FOOTING), "LINAGE FOOTING");
+    add(bits(a->linage, b->linage, ZVK_FILE_LINAGE_TOP), "LINAGE TOP");
+    add(bits(a->linage, b->linage, ZVK_FILE_LINAGE_BOTTOM), "LINAGE BOTTOM");
+    if ((a->linage & b->linage & ZVK_FILE_LINAGE) && a->linageOffset && b->linageOffset) {
+        static const char *const titles[] = {"LINAGE NAME/VALUE", "LINAGE FOOTING NAME/VALUE", "LINAGE TOP NAME/VALUE",
+                                             "LINAGE BOTTOM NAME/VALUE"};
+        for (int group = 0; group < 4; group++) add(!sameLinageGroup(a, b, group), titles[group]);
+    } else {
+        add(bits(a->linage, b->linage, ZVK_FILE_LINAGE), "LINAGE NAME/VALUE");
+    }
+    add(a->keyCount != b->keyCount, "NUMBER OF KEYS");
+    if (a->keyCount == b->keyCount && a->keyCount)
+        add(!sameBytes(a, a->keysOffset, b, b->keysOffset, size_t{a->keyCount} * sizeof(FileKey)), "INDEXED KEY");
+    add(!sameBytes(a, a->relativeKeyOffset, b, b->relativeKeyOffset, 36), "RELATIVE KEY");
+    if (length >= 2) list[length - 2] = 0;
+}
+
+// Everything that has to agree, also what has no name in the list.
+bool agree(const FIB *a, const FIB *b)
+{
+    char list[1024];
+    describeDifferences(a, b, list);
+    return !*list && memcmp(at(a, 8), at(b, 8), 55) == 0 && sameBytes(a, a->attributeOffset, b, b->attributeOffset, 8);
+}
+
+void requireAgreement(const FCB *shared, const FIB *fib, const PCB *pcb)
+{
+    if (agree(shared->fib, fib)) return;
+    char list[1024], program[161];
+    describeDifferences(shared->fib, fib, list);
+    snprintf(program, sizeof program, "%.*s", static_cast<int>(pcb->nameLength), pcb->name);
+    zvkWriteMsg(75, ZVK_MSG_SEVERE, fib->name, program, list);
+}
+
+FCB *makeShared(const FIB *fib)
+{
+    auto *fcb = static_cast<FCB *>(zvkCalloc(1, sizeof(FCB)));
+    auto *area = static_cast<uint8_t *>(zvkCalloc(1, size_t{fib->maxRecord} + kAreaExtra));
+    if (!fcb || !area) {
+        free(fcb);
+        free(area);
+        zvkNoStorage();
+        return nullptr;
+    }
+    linkRecordArea(fcb, area);
+    memcpy(fcb->eyecatcher, "FCB", 3);
+    fcb->sharing = 1;
+    fcb->index = fib->index;
+    fcb->maxRecord = fib->maxRecord;
+    return fcb;
+}
+
+void registerExternal(FCB *&fcb, FIB *fib, const PCB *pcb)
+{
+    HashTable *table = externalFiles();
+    if (!table) return;
+    size_t length = strnlen(fib->name, sizeof fib->name);
+    if (HashEntry *found = HashTable_Find(table, nullptr, fib->name, length, 0, 0)) {
+        fcb = static_cast<FCB *>(found->value);
+        requireAgreement(fcb, fib, pcb);
+    } else {
+        FCB *made = makeShared(fib);
+        if (!made) return;
+        zvkInitSlots(made, fib);
+        if (!HashTable_Insert(table, nullptr, fib->name, length, made, 0, 0, 0)) {
+            zvkNoStorage();
+            return;
+        }
+        fcb = made;
+    }
+    if (fib->recordArea) *fib->recordArea = fcb->recordArea;
+    fcb->state |= ZVK_FILE_FIB_OF_PROGRAM;
+}
+
+// The error routines do not look at the statement's request.
+FileVerb asVerb(FileOperation routine) { return reinterpret_cast<FileVerb>(reinterpret_cast<void *>(routine)); }
+
+} // namespace
+
+void zvkInitSlots(FCB *fcb, FIB *fib)
+{
+    fcb->fib = fib;
+    uint8_t code = fib->organization == ZVK_FILE_LINE_SEQUENTIAL ? uint8_t{kLsq} : zvkDefaultCode();
+    fcb->defaultCode = code;
+    memcpy(fcb->defaultPrefix, zvkFileSystem(code)->prefix, 3);
+    fcb->open = _zvkGenericOpen;
+    fcb->close = _zvkCloseError;
+    fcb->read = asVerb(_zvkReadError);
+    fcb->write = asVerb(_zvkWriteError);
+    fcb->rewrite = asVerb(_zvkRewriteError);
+    fcb->start = asVerb(_zvkStartError);
+    fcb->deleteRecord = asVerb(_zvkDeleteError);
+    fcb->useProc = _zvkCallUseProc;
+    if (fcb->sharing) fcb->unlock = asVerb(_zvkUnlockError);
+}
+
+void zvkSetFileName(FCB *fcb, char *name, bool allocated)
+{
+    if ((fcb->state & ZVK_FILE_NAME_ALLOCATED) && fcb->fileName != name) free(fcb->fileName);
+    fcb->fileName = name;
+    if (allocated)
+        fcb->state |= ZVK_FILE_NAME_ALLOCATED;
+    else
+        fcb->state &= ~static_cast<uint32_t>(ZVK_FILE_NAME_ALLOCATED);
+}
+
+void zvkRegisterFiles(int32_t count, FCB **fcbs, FIB **fibs, PCB *pcb)
+{
+    for (int32_t i = 0; fcbs && fibs && i < count; i++) {
+        if (!fibs[i]) continue;
+        if (fibs[i]->attributes & ZVK_FILE_EXTERNAL)
+            registerExternal(fcbs[i], fibs[i], pcb);
+        else if (fcbs[i])
+            registerOwn(fcbs[i], fibs[i]);
+    }
+}
+
+bool zvkFileIsOpen(const FCB *file) { return file->mode != 0; }
+
+bool zvkFileIsExternal(const FCB *file) { return file->fib && (file->fib->attributes & ZVK_FILE_EXTERNAL); }
+
+void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures)
+{
+    uint16_t before = file->closeOptions;
+    if (!useProcedures) file->closeOptions |= ZVK_CLOSE_NO_USE;
+    if (file->close) file->close(file, element);
+    if (!useProcedures && !(before & ZVK_CLOSE_NO_USE)) file->closeOptions &= static_cast<uint16_t>(~ZVK_CLOSE_NO_USE);
+}

@@ -1,0 +1,296 @@
+// Faults these tests are there to catch: a name taken from the wrong place, a prefix not seen or seen where there is none, a command run by a name, the
+// wrong module for a file, statuses stored in the wrong form or not at all, a USE procedure not called or called out of turn, EXTERNAL files that are not
+// shared or whose differences pass.
+#include <csignal>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "kvr2/kvr2.h"
+#include "support/child.h"
+#include "support/compiled_program.h"
+#include "support/require.h"
+
+using std::string;
+
+namespace {
+
+void entry() {}
+
+// A file as the compiler lays it out, in a program of its own.
+struct File {
+    CompiledProgram program;
+    FCB own{};
+    FIB fib{};
+    FCB *fcb = &own;
+    FIB *fibCell = &fib;
+    alignas(16) uint8_t area[132] = {};
+    uint8_t *areaCell = area;
+    uint8_t status[4] = {'?', '?', '?', '?'};
+    uint8_t feedback[40];
+    uint8_t *statusCell = status, *feedbackCell = feedback;
+    string assignment;
+    void *use[5] = {};
+
+    // Like the program's records, a file's stay until the process ends.
+    static File &make(const string &name, const string &assigned, uint8_t attributes = ZVK_FILE_ASSIGN_LITERAL)
+    {
+        return *new File(name, assigned, attributes);
+    }
+
+    File(const string &name, const string &assigned, uint8_t attributes) : program(name, entry)
+    {
+        memset(feedback, '?', sizeof feedback);
+        memcpy(fib.prefix, "???", 3);
+        fib.index = 1;
+        fib.attributes = attributes;
+        fib.maxRecord = 100;
+        fib.accessMode = 0x80;
+        strcpy(fib.name, "DATA-FILE");
+        fib.recordArea = &areaCell;
+        fib.statusBase = &statusCell;
+        fib.feedbackBase = &feedbackCell;
+        fib.feedbackLength = sizeof feedback;
+        assign(assigned);
+        program.ipcb[0].files = &fcb;
+        program.ipcb[0].fileCount = 1;
+        program.pcb.fibs = &fibCell;
+    }
+    void assign(const string &assigned)
+    {
+        assignment = assigned;
+        fib.assignment = assignment.data();
+        fib.assignmentLength = static_cast<uint16_t>(assignment.size());
+    }
+    void start() { _zvkPgmInit(&program.pcb); }
+    string open(uint16_t mode = ZVK_OPEN_INPUT)
+    {
+        fcb->requestedMode = mode;
+        fcb->open(fcb, program.ipcb.data());
+        return state();
+    }
+    string close(uint16_t options = 0)
+    {
+        fcb->closeOptions = options;
+        fcb->close(fcb, program.ipcb.data());
+        return state();
+    }
+    string verb(FileVerb slot)
+    {
+        slot(fcb, program.ipcb.data(), nullptr);
+        return state();
+    }
+    string state() const { return string(status, status + 2); }
+};
+
+// The folder with the fake module under all the modules' names.
+ChildOptions withModules(TemporaryDirectory &directory)
+{
+    const string module = string(getenv("KVR2_BUILD_DIR")) + "/lib/fake_module.so";
+    for (const char *name : {"stl", "lsq", "rsd", "wbrm", "psx"})
+        if (symlink(module.c_str(), directory.file(string("zvkrf") + name + "_64r.so").c_str()) != 0) abort();
+    return {.env = {{"LD_LIBRARY_PATH", directory.path()}, {"COBRTOPT", "TRAP=OFF"}}, .directory = directory.path()};
+}
+
+// Opens one assignment and closes it again; the module's own words are the output.
+KVR2_PIECE(open_once)
+{
+    const char *attributes = getenv("TEST_ATTRIBUTES"), *organization = getenv("TEST_ORGANIZATION");
+    File &file = File::make("OPENER", getenv("TEST_NAME"), static_cast<uint8_t>(attributes ? atoi(attributes) : ZVK_FILE_ASSIGN_LITERAL));
+    if (organization) file.fib.organization = static_cast<uint8_t>(atoi(organization));
+    file.start();
+    const char *mode = getenv("TEST_MODE");
+    string status = file.open(mode ? static_cast<uint16_t>(strtol(mode, nullptr, 16)) : uint16_t{ZVK_OPEN_INPUT});
+    printf(" %s", status.c_str());
+    if (file.fcb->mode) printf(" %s", file.close().c_str());
+    REQUIRE(file.fcb->open == _zvkGenericOpen);
+}
+
+struct Opening : testing::Test {
+    TemporaryDirectory directory;
+    ChildOptions options = withModules(directory);
+
+    string openIt(const string &name, std::vector<std::pair<string, std::optional<string>>> env = {})
+    {
+        ChildOptions each = options;
+        each.env.emplace_back("TEST_NAME", name);
+        for (auto &variable : env) each.env.push_back(variable);
+        ChildRun run = runPiece("open_once", each);
+        EXPECT_EQ(run.signal, 0) << run.err;
+        return run.out;
+    }
+};
+
+TEST_F(Opening, NamesAndPrefixes)
+{
+    writeFile(directory.file("text"), "plain text of more than twenty-eight bytes");
+    writeFile(directory.file("stl"), string("01234567STL") + string(40, 0));
+    writeFile(directory.file("vfs"), string(24, 'x') + "vfs" + string(10, 0));
+    writeFile(directory.file("empty"), "");
+    EXPECT_EQ(openIt("absent"), "open stl 'absent' 8000; 00close absent; 00");
+    EXPECT_EQ(openIt("absent   "), "open stl 'absent' 8000; 00close absent; 00");
+    EXPECT_EQ(openIt("text"), "open jgt 'text' 8000; 00close text; 00");
+    EXPECT_EQ(openIt("stl"), "open stl 'stl' 8000; 00close stl; 00");
+    EXPECT_EQ(openIt("vfs"), "open psx 'vfs' 8000; 00close vfs; 00");
+    EXPECT_EQ(openIt("empty"), "open stl 'empty' 8000; 00close empty; 00");
+    EXPECT_EQ(openIt("empty", {{"VFS_NO_FORCE_FS", "1"}}), "open jgt 'empty' 8000; 00close empty; 00");
+    EXPECT_EQ(openIt("absent", {{"COBRTOPT", "FS=RSD"}}), "open rsd 'absent' 8000; 00close absent; 00");
+    EXPECT_EQ(openIt("absent", {{"TEST_ORGANIZATION", "64"}}), "open lsq 'absent' 8000; 00close absent; 00");
+    EXPECT_EQ(openIt("rsd-x"), "open rsd 'x' 8000; 00close x; 00");
+    EXPECT_EQ(openIt("RAW-x-y"), "open wbr 'x-y' 8000; 00close x-y; 00");
+    EXPECT_EQ(openIt("stl-/a/b"), "open stl '/a/b' 8000; 00close /a/b; 00");
+    EXPECT_EQ(openIt("xyz-data"), " 96") << "a prefix that no file system has";
+    EXPECT_EQ(openIt("yes-data"), "open stl 'yes-data' 8000; 00close yes-data; 00") << "no prefix by the letters behind y";
+    EXPECT_EQ(openIt("hdk-data"), " 96");
+    EXPECT_EQ(openIt("   "), " 95");
+    EXPECT_EQ(openIt("."), " 93") << "a directory cannot be read";
+    EXPECT_EQ(openIt("$TEST_WORDS", {{"TEST_WORDS", "a b"}}), " 95");
+    EXPECT_EQ(openIt("$TEST_WORDS", {{"TEST_WORDS", "one"}}), "open stl 'one' 8000; 00close one; 00");
+    EXPECT_EQ(openIt("~", {{"HOME", "/nohome"}}), "open stl '/nohome' 8000; 00close /nohome; 00");
+    EXPECT_EQ(openIt("$(touch ran)`touch ran`"), "open stl '$(touch ran)`touch ran`' 8000; 00close $(touch ran)`touch ran`; 00");
+    EXPECT_NE(access(directory.file("ran").c_str(), F_OK), 0) << "a name ran a command";
+    EXPECT_EQ(openIt(string(8000, 'n')).substr(0, 22), "open stl 'nnnnnnnnnnnn");
+    EXPECT_EQ(openIt("DD", {{"TEST_ATTRIBUTES", "32"}, {"DD", "lsq-/x"}}), "open lsq '/x' 8000; 00close /x; 00");
+    EXPECT_EQ(openIt("DD", {{"TEST_ATTRIBUTES", "32"}, {"DD", ""}}), "open stl 'DD' 8000; 00close DD; 00");
+    ASSERT_EQ(mkfifo(directory.file("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(openIt("fifo"), "open stl 'fifo' 8000; 00close fifo; 00") << "no wait for a writer";
+}
+
+TEST_F(Opening, ConcatenationsAndGenerations)
+{
+    EXPECT_EQ(openIt("a:b"), "open stl 'a' 8000; 00close a; 00");
+    EXPECT_EQ(openIt("a:b", {{"TEST_MODE", "4000"}}), " 33") << "37 within a concatenation";
+    EXPECT_EQ(openIt(":"), " 33");
+    string group = directory.file("g");
+    ASSERT_EQ(GDG_Create(group.data(), 10, 0, 0, "sys"), 0);
+    EXPECT_EQ(openIt("g"), " 33") << "a group with no generations";
+    EXPECT_EQ(openIt("g(+1)", {{"TEST_MODE", "4000"}}), "open stl 'g.g0001v00' 4000; 00close g.g0001v00; 00");
+    writeFile(directory.file("g.g0001v00"), "");
+    EXPECT_EQ(openIt("g(0)"), "open stl 'g.g0001v00' 8000; 00close g.g0001v00; 00");
+}
+
+TEST_F(Opening, StatusesOfTheModuleGoToTheProgram)
+{
+    EXPECT_EQ(openIt("x", {{"FAKE_STATUS", "35"}}), "open stl 'x' 8000; 35");
+    EXPECT_EQ(openIt("x", {{"FAKE_INIT", "30"}}), " 30");
+    EXPECT_EQ(openIt("x", {{"FAKE_STATUS", "5"}}), "open stl 'x' 8000; 05close x; 00");
+    ChildOptions none = options;
+    none.env[0].second = "/nowhere";
+    none.env.emplace_back("TEST_NAME", "x");
+    ChildRun run = runPiece("open_once", none);
+    EXPECT_EQ(run.out, " 96");
+    EXPECT_NE(run.err.find("dlopen(zvkrfstl_64r.so) error "), string::npos);
+}
+
+int useCalls;
+void useProcedure(uint64_t, uint64_t, void *argument, uint64_t mode)
+{
+    useCalls++;
+    REQUIRE(argument == &useCalls && mode == ZVK_OPEN_INPUT);
+}
+
+TEST(FileVerbs, WithoutSenseGiveTheirStatus)
+{
+    ChildRun run = runChild([] {
+        File &file = File::make("CLOSED", "x");
+        file.start();
+        FCB *fcb = file.fcb;
+        REQUIRE(fcb->fib == &file.fib && fcb->record == file.area + 32 && *reinterpret_cast<FCB **>(file.area) == fcb);
+        REQUIRE(file.verb(fcb->read) == "47" && string(file.feedback, file.feedback + 8) == "000000  ");
+        REQUIRE(fcb->fs2 == 9 && fcb->lastVerb == ZVK_VERB_READ);
+        REQUIRE(file.verb(fcb->write) == "48" && file.verb(fcb->rewrite) == "49" && file.verb(fcb->deleteRecord) == "49");
+        REQUIRE(file.verb(fcb->start) == "47" && file.close() == "42");
+        file.fib.shareMode = ZVK_FILE_STATUS_EBCDIC | ZVK_FILE_FEEDBACK_EBCDIC;
+        file.verb(fcb->read);
+        REQUIRE(file.status[0] == 0xF4 && file.status[1] == 0xF7 && file.feedback[0] == 0xF0 && file.feedback[6] == 0x40);
+        file.fib.shareMode = ZVK_FILE_STATUS_NATIONAL;
+        file.verb(fcb->read);
+        REQUIRE(memcmp(file.status,
+                       "4\0"
+                       "7",
+                       4) == 0);
+        file.fib.shareMode = 0;
+        // Open for INPUT in a way that leaves the library's routines: an OPTIONAL file that was absent.
+        fcb->mode = ZVK_OPEN_INPUT;
+        fcb->state |= ZVK_FILE_ABSENT;
+        fcb->lastVerb = ZVK_VERB_OPEN;
+        REQUIRE(file.verb(fcb->read) == "10" && file.verb(fcb->read) == "46");
+        file.fib.organization = ZVK_FILE_INDEXED;
+        file.fib.accessMode = 0;
+        REQUIRE(file.verb(fcb->read) == "23" && file.verb(fcb->start) == "23" && file.verb(fcb->write) == "48");
+        REQUIRE(file.close() == "00" && fcb->mode == 0);
+        fcb->lastCloseOptions = ZVK_CLOSE_LOCK;
+        _zvkOpenError(fcb, nullptr);
+        REQUIRE(file.state() == "38");
+    });
+    EXPECT_GOOD(run);
+}
+
+TEST(FileVerbs, UseProceduresAndTheEndWithoutThem)
+{
+    ChildRun run = runChild([] {
+        File &file = File::make("USES", "x");
+        file.start();
+        struct {
+            void (*routine)(uint64_t, uint64_t, void *, uint64_t);
+            void *argument;
+        } use{useProcedure, &useCalls};
+        file.use[0] = &use;
+        file.fcb->useTable = file.use;
+        file.fcb->mode = ZVK_OPEN_INPUT;
+        file.verb(file.fcb->write);
+        REQUIRE(useCalls == 1);
+        file.fcb->status = 23;
+        file.fcb->statement = ZVK_STATEMENT_INVALID_KEY;
+        _zvkCallUseProc(file.fcb, 0, nullptr);
+        file.fcb->status = 10;
+        file.fcb->statement = ZVK_STATEMENT_AT_END;
+        _zvkCallUseProc(file.fcb, 0, nullptr);
+        REQUIRE(useCalls == 1);
+        file.fcb->closeOptions = ZVK_CLOSE_NO_USE;
+        file.verb(file.fcb->write);
+        REQUIRE(useCalls == 1);
+        file.fcb->mode = 0;
+    });
+    EXPECT_GOOD(run);
+    run = runChild([] {
+        File &file = File::make("BLIND", "x");
+        file.fib.statusBase = nullptr;
+        file.fib.feedbackBase = nullptr;
+        file.start();
+        file.fcb->status = 23;
+        _zvkCallUseProc(file.fcb, 0, nullptr); // below 30: silent
+        fputs("silent\n", stderr);
+        file.verb(file.fcb->read);
+    });
+    EXPECT_EQ(run.signal, SIGABRT);
+    EXPECT_LT(run.err.find("silent\n"), run.err.find("ZVK200S  READ of file DATA-FILE failed with file status 47."));
+}
+
+TEST(ExternalFiles, AreSharedAndMustAgree)
+{
+    ChildRun run = runChild([] {
+        File &first = File::make("FIRST", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL),
+             &second = File::make("SECOND", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL);
+        first.start();
+        second.start();
+        REQUIRE(first.fcb == second.fcb && first.fcb != &first.own && memcmp(first.fcb->eyecatcher, "FCB", 3) == 0);
+        REQUIRE(first.areaCell == first.fcb->recordArea && second.areaCell == first.areaCell);
+        REQUIRE(second.verb(second.fcb->read) == "47" && first.state() == "??"); // each program has its own status field
+    });
+    EXPECT_GOOD(run);
+    run = runChild([] {
+        File &first = File::make("FIRST", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL),
+             &second = File::make("SECOND", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL);
+        second.fib.maxRecord = 80;
+        second.fib.organization = ZVK_FILE_INDEXED;
+        first.start();
+        second.start();
+    });
+    EXPECT_EQ(run.signal, SIGABRT);
+    EXPECT_NE(run.err.find("ZVK075S"), string::npos) << run.err;
+    for (const char *word : {"DATA-FILE", "SECOND", "ORGANIZATION,"}) EXPECT_NE(run.err.find(word), string::npos) << word;
+}
+
+} // namespace

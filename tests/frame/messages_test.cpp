@@ -1,0 +1,305 @@
+// Faults these tests are there to catch: a message that is lost, mangled or sent to the wrong place; a run that goes on after a severe error, or ends at
+// a warning; wrapping that loses text or runs over its storage; a missing, broken or hostile catalog that takes the program down; inserts that do not
+// fit their text.
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <regex>
+#include <string>
+#include <thread>
+
+#include "frame/message_catalog.h"
+#include "frame/message_wrap.h"
+#include "frame/messages.h"
+#include "frame/run_unit.h"
+#include "support/child.h"
+#include "support/compiled_program.h"
+#include "support/require.h"
+
+using std::string;
+
+namespace {
+
+bool contains(const string &text, const string &part) { return text.find(part) != string::npos; }
+
+string wrapped(const string &text, unsigned width, size_t room = 1000)
+{
+    std::vector<char> storage(text.size() + 1 + room);
+    strcpy(storage.data(), text.c_str());
+    size_t length = zvkWrapText(storage.data(), storage.size(), width);
+    EXPECT_EQ(length, strlen(storage.data()));
+    return storage.data();
+}
+
+TEST(MessageWrap, BreaksAtBlanksUnderTheText)
+{
+    const string line = "ZVK171I  Run-time option FOO is not known and is ignored. Check COBRTOPT.";
+    EXPECT_EQ(wrapped(line + "\n", 72), "ZVK171I  Run-time option FOO is not known and is ignored. Check\n         COBRTOPT.\n");
+    EXPECT_EQ(wrapped(line, static_cast<unsigned>(line.size())), line) << "a line of exactly the width stays";
+    EXPECT_EQ(wrapped(line, static_cast<unsigned>(line.size() - 1)).find('\n'), line.rfind(' '));
+    for (unsigned width : {0u, 10u, 17u, 257u, 65535u}) EXPECT_EQ(wrapped(line, width), line) << "counts as 80";
+    EXPECT_EQ(wrapped("123456789 123456789 1234=6789", 26), "123456789 123456789 1234\n          =6789");
+    EXPECT_EQ(wrapped("123456789 123456789   123456789", 20), "123456789 123456789 \n        123456789")
+        << "dropped blanks come off the indent";
+    EXPECT_EQ(wrapped(string(30, 'x'), 20), string(18, 'x') + "\n" + string(10, ' ') + string(8, 'x') + "\n" + string(10, ' ') + "xxxx")
+        << "a break in front of column 18 gives way to a hard one";
+    EXPECT_EQ(wrapped(line, 40, 3), line) << "no room for the insertion";
+    for (unsigned width = 18; width < 60; width++) {
+        string out = wrapped(string(300, 'a') + " " + string(50, 'b') + "=" + line + line, width, 2000);
+        size_t column = 0;
+        for (char c : out) {
+            column = c == '\n' ? 0 : column + 1;
+            ASSERT_LE(column, width);
+        }
+    }
+}
+
+TEST(MessageCatalog, TextsMustFitTheirInserts)
+{
+    EXPECT_TRUE(zvkTextFits("plain 100%% text", ""));
+    EXPECT_TRUE(zvkTextFits("%s and %d", "sd"));
+    EXPECT_TRUE(zvkTextFits("%s", "sd"));
+    EXPECT_TRUE(zvkTextFits("%2$s then %1$d", "ds"));
+    EXPECT_TRUE(zvkTextFits("%-10.5s %08x %ld %p", "sdlp"));
+    for (const auto &[text, inserts] : {std::pair{"%s", ""},
+                                        {"%s", "d"},
+                                        {"%d", "l"},
+                                        {"%ld", "d"},
+                                        {"%n", "p"},
+                                        {"%*d", "dd"},
+                                        {"%2$s", "ss"},
+                                        {"%3$s", "ss"},
+                                        {"%s %1$s", "ss"},
+                                        {"%", "s"},
+                                        {"%-", "s"},
+                                        {"%f", "d"},
+                                        {"%99999999999$s", "s"},
+                                        {"%0$s", "s"}})
+        EXPECT_FALSE(zvkTextFits(text, inserts)) << text;
+}
+
+// One line of a test's catalog source; the control record comes by itself.
+struct Catalog {
+    TemporaryDirectory directory;
+    explicit Catalog(const string &source)
+    {
+        writeFile(directory.file("test.msg"), source);
+        ChildRun run = runCommand({"gencat", directory.file("kvr2run.cat"), directory.file("test.msg")});
+        EXPECT_EQ(run.status, 0) << run.err;
+    }
+    ChildOptions options() const { return {.env = {{"NLSPATH", directory.file("%N")}}}; }
+};
+
+// Opens the catalog anew in a child, as NLSPATH has it there, and writes.
+ChildRun writing(const ChildOptions &options, const std::function<void()> &body)
+{
+    return runChild(
+        [&] {
+            zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
+            setlocale(LC_ALL, "C"); // of single bytes, so that lines are wrapped
+            zvkWriteMsg(0, ZVK_MSG_OPEN_CATALOG);
+            body();
+        },
+        options);
+}
+
+TEST(Messages, LineFormAndSeverity)
+{
+    ChildRun run = writing({}, [] { zvkWriteMsg(168, 0); });
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "ZVK168W  No file is assigned to SYSPUNCH. The text goes to the standard output.\n\n");
+    run = writing({}, [] { zvkWriteMsg(903, ZVK_MSG_NO_TRACEBACK); });
+    EXPECT_EQ(run.signal, SIGABRT);
+    EXPECT_EQ(run.err, "ZVK903S  A packed or zoned decimal item holds data that is no number.\n"
+                       "  ZVK901S Program exits due to severe or critical error.\n\n");
+    run = writing({}, [] { zvkWriteMsg(168, ZVK_MSG_SEVERE); });
+    EXPECT_EQ(run.signal, SIGABRT);
+    EXPECT_LT(run.err.find("  Traceback:\n"), run.err.find("    --- End of call chain ---\nZVK168W"));
+    run = writing({}, [] { REQUIRE(zvkWriteMsg(96, ZVK_MSG_INFORM | 6, "LEDGER", "LEDGER", 0) == 0); });
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "ZVK096C  Program LEDGER cannot be called: it was not found. Check the name and\n         COBPATH.\n\n");
+    run = writing({}, [] {
+        flockfile(stderr);
+        REQUIRE(zvkWriteMsg(995, ZVK_MSG_NO_TRACEBACK | 1, "SIGSEGV", stderr) == 0xFFFFFFFF);
+        std::thread([] { fputs("free", stderr); }).join(); // the second unlock gave the stream back
+    });
+    EXPECT_EQ(run.status, 0) << "message 995 comes back to the signal routine";
+    EXPECT_TRUE(contains(run.err, "ZVK995C  ") && contains(run.err, "free"));
+    run = writing({}, [] { _Dmr_ord_msg(); });
+    EXPECT_TRUE(contains(run.err, "ZVK157S  FUNCTION ORD: "));
+}
+
+TEST(Messages, BudgetOfWarnings)
+{
+    ChildRun run = writing({}, [] {
+        CompiledProgram main("MAIN");
+        _zvkPgmInit(&main.pcb);
+        _zvkProccom->runcom->errCount = 3;
+        for (int i = 0; i < 3; i++) {
+            fprintf(stderr, "%d\n", i);
+            zvkWriteMsg(168, ZVK_MSG_NO_TRACEBACK);
+        }
+    });
+    EXPECT_EQ(run.signal, SIGABRT);
+    EXPECT_TRUE(contains(run.err, "2\nZVK168W"));
+    EXPECT_TRUE(contains(run.err, "  ZVK901S Program exits: more than ERRCOUNT errors occurred.\n"));
+    EXPECT_EQ(run.err.find("ZVK901S"), run.err.rfind("ZVK901S"));
+}
+
+TEST(Messages, TextIntoABuffer)
+{
+    char text[20] = "";
+    EXPECT_EQ(zvkWriteMsg(171, ZVK_MSG_TO_STRING, text, sizeof text, "FOO"), 0u);
+    EXPECT_STREQ(text, "Run-time option FOO");
+    EXPECT_EQ(zvkWriteMsg(903, ZVK_MSG_TO_STRING, text, 1), 0u) << "no ending";
+    EXPECT_STREQ(text, "");
+    char eras[400];
+    zvkWriteMsg(216, ZVK_MSG_TO_STRING, eras, sizeof eras);
+    EXPECT_EQ(string(eras).substr(0, 12), "5 {Meiji } 1");
+    zvkWriteMsg(216, ZVK_MSG_TO_STRING | 1, eras, sizeof eras);
+    EXPECT_STREQ(eras, "1 {MinGuo} 1912 1 1 8088");
+}
+
+TEST(Messages, NothingIsWrappedInAMultibyteLocale)
+{
+    ChildRun run = runChild([] {
+        REQUIRE(setlocale(LC_ALL, "C.utf8"));
+        zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
+        zvkWriteMsg(0, ZVK_MSG_OPEN_CATALOG);
+        zvkWriteMsg(96, ZVK_MSG_INFORM | 6, "LEDGER", "LEDGER", 0);
+    });
+    EXPECT_GOOD(run);
+    EXPECT_TRUE(contains(run.err, "Check the name and COBPATH.\n"));
+}
+
+TEST(Messages, WithoutACatalog)
+{
+    TemporaryDirectory empty;
+    writeFile(empty.file("kvr2run.cat"), "this is no catalog");
+    for (const string &path : {string("/nowhere/%N"), empty.file("%N")}) {
+        ChildRun run = writing({.env = {{"NLSPATH", path}}}, [] { zvkWriteMsg(168, ZVK_MSG_NO_TRACEBACK); });
+        EXPECT_EQ(run.signal, SIGABRT) << "the text of 994 is severe";
+        string flat = std::regex_replace(run.err, std::regex("\\s+"), " ");
+        EXPECT_TRUE(contains(flat, "ZVK168Cannot find message catalog kvr2run.cat in NLSPATH. Message number is 168.")) << run.err;
+        EXPECT_TRUE(contains(flat, "Cannot find message 994 in kvr2run.cat")) << run.err;
+        EXPECT_TRUE(contains(flat, "ZVK901S Program exits due to severe or critical error.")) << run.err;
+    }
+    // After the runtime's end the 256 bytes on the stack have to do.
+    ChildRun run = runChild([] {
+        zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
+        zvkWriteMsg(171, ZVK_MSG_INFORM, string(5000, 'x').c_str());
+        char text[10];
+        zvkWriteMsg(171, ZVK_MSG_TO_STRING, text, sizeof text, "FOO");
+    });
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_LE(run.err.size(), 400u);
+}
+
+TEST(Messages, BrokenCatalogsAreHarmless)
+{
+    Catalog broken("$set 9999\n1 F ABC wxyz  0x10\n$set 168\n1 1 %n%s%s%s\n$set 171\n1 1 %s %s %s\n$set 903\n1\n$set 902\n1 9 text\n$set "
+                   "993\n1 1 %d %f\n"
+                   "$set 994\n1 0 gone %s\n$set 26\n1 1 %3$d %2$d %1$s\n");
+    ChildRun run = writing(broken.options(), [] {
+        zvkWriteMsg(168, 0);
+        zvkWriteMsg(171, 0, "FOO");
+        zvkWriteMsg(26, 0, "PGM", 7, 8);
+        zvkWriteMsg(12345678, ZVK_MSG_INFORM);
+        zvkWriteMsg(903, ZVK_MSG_INFORM);
+        zvkWriteMsg(902, ZVK_MSG_INFORM | 255);
+    });
+    // 994 itself is broken here, so its default text serves, and that is severe.
+    EXPECT_EQ(run.signal, SIGABRT) << run.err;
+    EXPECT_TRUE(contains(run.err, "ABC168y  Cannot find message 168 in kvr2run.cat")) << run.err;
+    run = writing(broken.options(), [] {
+        zvkWriteMsg(26, 0, "PGM", 7, 8);
+        zvkWriteMsg(902, ZVK_MSG_NO_TRACEBACK);
+    });
+    EXPECT_TRUE(contains(run.err, "ABC026x  8 7 PGM\n")) << run.err;
+    EXPECT_TRUE(contains(run.err, "ABC902z  text\n")) << "a digit that is no severity counts as 3: " << run.err;
+
+    // Any byte of the compiled catalog damaged, and any truncation: no crash, whatever is said.
+    string whole = readFile(string(getenv("KVR2_BUILD_DIR")) + "/usr/share/locale/C/kvr2run.cat");
+    ASSERT_GT(whole.size(), 1000u);
+    TemporaryDirectory directory;
+    ChildRun damaged = runChild([&] {
+        setenv("NLSPATH", directory.file("%N").c_str(), 1);
+        auto tryIt = [&](const string &content) {
+            zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
+            writeFile(directory.file("kvr2run.cat"), content);
+            zvkWriteMsg(0, ZVK_MSG_OPEN_CATALOG);
+            char text[200];
+            for (uint32_t number : {12u, 96u, 903u, 994u}) zvkWriteMsg(number, ZVK_MSG_TO_STRING, text, sizeof text, "A", "B", 3);
+        };
+        for (size_t at = 0; at < 4000; at += at < 64 ? 1 : 37) {
+            string changed = whole;
+            changed[at] = static_cast<char>(changed[at] ^ 0xFF);
+            tryIt(changed);
+            tryIt(whole.substr(0, at));
+        }
+    });
+    EXPECT_EQ(damaged.status, 0) << damaged.err << "signal " << damaged.signal;
+}
+
+struct Sent {
+    int32_t exiting;
+    string text;
+};
+std::vector<Sent> sent;
+
+void collect(int32_t exiting, const char *facility, const char *text, uint32_t length, uint64_t token)
+{
+    REQUIRE(string(facility) == "QRNB" && token == 77);
+    sent.push_back({exiting, string(text, length)});
+}
+
+TEST(Messages, HostsRoutineGetsThem)
+{
+    ChildRun run = writing({}, [] {
+        uint32_t rc = 0;
+        _zvkCOBOLInit1(
+            1, nullptr, &rc, 77, collect,
+            [](uint64_t) {
+                REQUIRE(sent.size() == 2 && sent[1].exiting == 1 && contains(sent[1].text, "ZVK901S"));
+                _exit(3);
+            },
+            0);
+        CompiledProgram sub("SUB");
+        _zvkPgmInit(&sub.pcb);
+        zvkWriteMsg(168, 0);
+        REQUIRE(sent.size() == 1 && sent[0].exiting == 0 && contains(sent[0].text, "ZVK168W") &&
+                sent[0].text.substr(sent[0].text.size() - 2) == "\n\n");
+        zvkWriteMsg(903, ZVK_MSG_NO_TRACEBACK);
+    });
+    EXPECT_EQ(run.status, 3) << run.err;
+    EXPECT_FALSE(contains(run.err, "ZVK168"));
+
+    run = writing({}, [] {
+        CompiledProgram task("TASK");
+        _zvk_cpm_init(collect, 0);
+        _zvkProccom->runcom->token = 77;
+        static const string option(70, 'x'); // the jump to the epilogue destroys nothing
+        REQUIRE(compiledMain(task, [] { zvkWriteMsg(171, ZVK_MSG_NO_TRACEBACK | ZVK_MSG_SEVERE, option.c_str()); }) == 6);
+        REQUIRE(sent.size() >= 3 && contains(sent.back().text, "ZVK901S")); // line by line, none of them a newline alone
+        for (const Sent &line : sent) REQUIRE(!contains(line.text, "\n") && !line.text.empty());
+    });
+    EXPECT_EQ(run.status, 0) << run.err;
+}
+
+TEST(Messages, MessageStreamIsAFileWhereCobmsgsSaysSo)
+{
+    TemporaryDirectory directory;
+    ChildRun run = writing({.env = {{"COBMSGS", "log%"}, {"COBOUTDIR", directory.path()}}}, [] { zvkWriteMsg(168, 0); });
+    EXPECT_EQ(run.err, "");
+    std::smatch match;
+    ASSERT_TRUE(
+        std::regex_match(run.out, match, std::regex("Creating COBMSGS file: (.*/log\\.\\d{8}\\.\\d{6}\\.\\d{6}[+-]\\d\\d\\d\\d\\.\\d+)\n")))
+        << run.out;
+    EXPECT_TRUE(contains(readFile(match[1]), "ZVK168W"));
+    run = writing({.env = {{"COBMSGS", "/nowhere/at/all"}}}, [] { zvkWriteMsg(168, 0); });
+    EXPECT_TRUE(contains(run.err, "ZVK168W")) << "a file that cannot be opened leaves stderr";
+}
+
+} // namespace
