@@ -1,9 +1,7 @@
 #include "companions/filesystems/byte_stream.h"
 
 #include <errno.h>
-#include <signal.h>
 #include <string.h>
-#include <time.h>
 #include <unistd.h>
 
 #include "companions/filesystems/size_limit.h"

@@ -82,15 +82,4 @@ Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, 
     return {descriptor, true, created || output, output ? 0 : static_cast<uint64_t>(about.st_size)};
 }
 
-void setErrorSlots(FCB *fcb, const FIB *fib)
-{
-    fcb->read = reinterpret_cast<FileVerb>(_zvkReadError);
-    fcb->write = reinterpret_cast<FileVerb>(_zvkWriteError);
-    fcb->rewrite = reinterpret_cast<FileVerb>(_zvkRewriteError);
-    fcb->start = reinterpret_cast<FileVerb>(_zvkStartError);
-    fcb->deleteRecord = reinterpret_cast<FileVerb>(_zvkDeleteError);
-    fcb->close = _zvkCloseError;
-    if (fib->sharing) fcb->unlock = reinterpret_cast<FileVerb>(_zvkUnlockError);
-}
-
 } // namespace filesystems

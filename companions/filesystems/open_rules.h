@@ -36,9 +36,6 @@ inline void dropBuffers(FCB *fcb)
     fcb->moduleBuffer = fcb->moduleBuffer2 = nullptr;
 }
 
-// The slots of an open file: error routines for the verbs that no mode of ours allows; callers put theirs over them.
-void setErrorSlots(FCB *fcb, const FIB *fib);
-
 } // namespace filesystems
 
 #endif
