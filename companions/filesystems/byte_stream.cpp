@@ -13,8 +13,7 @@ int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint6
     SizeLimitHeldOff guard;
     const uint8_t *next = static_cast<const uint8_t *>(data);
     while (size) {
-        ssize_t written =
-            seekable ? pwrite(descriptor, next, size, static_cast<off_t>(offset)) : write(descriptor, next, size);
+        ssize_t written = seekable ? pwrite(descriptor, next, size, static_cast<off_t>(offset)) : write(descriptor, next, size);
         if (written < 0) {
             if (errno == EINTR) continue;
             return errno;

@@ -21,13 +21,13 @@ int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint6
 struct ByteStream {
     int descriptor;
     bool seekable;
-    bool atEnd;        // input: the system has no more
-    int error;         // errno of the last failure
-    uint8_t *buffer;   // of `capacity` bytes, owned by the FCB
+    bool atEnd;      // input: the system has no more
+    int error;       // errno of the last failure
+    uint8_t *buffer; // of `capacity` bytes, owned by the FCB
     size_t capacity;
-    size_t at;         // next byte in the buffer
-    size_t filled;     // input: bytes in the buffer
-    uint64_t base;     // offset in the file of buffer[0]
+    size_t at;     // next byte in the buffer
+    size_t filled; // input: bytes in the buffer
+    uint64_t base; // offset in the file of buffer[0]
 
     uint64_t offset() const { return base + at; }
     size_t available() const { return filled - at; }

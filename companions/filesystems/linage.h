@@ -16,7 +16,7 @@ struct LinageStep {
     uint32_t lines;   // that go out
     uint32_t counter; // afterwards
     bool newPage;
-    bool endOfPage;   // AT END-OF-PAGE: the footing area or a new page was reached
+    bool endOfPage; // AT END-OF-PAGE: the footing area or a new page was reached
 };
 
 inline bool startLinage(FCB *fcb, const FIB *fib)

@@ -14,8 +14,10 @@ struct Lines {
     static void open(FCB *fcb, const FIB *fib, SequentialFile *file)
     {
         file->format.shortest = 0;
-        if (file->format.longest == 0) fail(fcb, 39, fs2RecordLength);
-        else if (file->linage) startLinage(fcb, fib);
+        if (file->format.longest == 0)
+            fail(fcb, 39, fs2RecordLength);
+        else if (file->linage)
+            startLinage(fcb, fib);
     }
 
     static uint64_t wholeSize(FCB *fcb, SequentialFile *file, uint64_t size, bool extend)
@@ -105,8 +107,10 @@ private:
         if (length + feed + 2 > file->stream.capacity) return fail(fcb, 34, fs2Full);
         if (!file->stream.reserve(length + feed + 2)) return failWithErrno(fcb, file->stream.error);
         bool wasOpen = file->lineOpen;
-        if (after) advance(file, page, feed);
-        else if (wasOpen) lineEnds(file, 1);
+        if (after)
+            advance(file, page, feed);
+        else if (wasOpen)
+            lineEnds(file, 1);
         memcpy(file->stream.buffer + file->stream.at, record, length);
         file->stream.commit(length);
         file->lineOpen = true;

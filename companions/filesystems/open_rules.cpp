@@ -38,8 +38,10 @@ Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, 
     // A device or terminal that can be written only.
     if (descriptor < 0 && errno == EACCES && output && devices) {
         struct stat about;
-        if (stat(fcb->fileName, &about) == 0 && S_ISCHR(about.st_mode)) descriptor = open(fcb->fileName, O_WRONLY | O_NOCTTY | O_CLOEXEC);
-        else errno = EACCES;
+        if (stat(fcb->fileName, &about) == 0 && S_ISCHR(about.st_mode))
+            descriptor = open(fcb->fileName, O_WRONLY | O_NOCTTY | O_CLOEXEC);
+        else
+            errno = EACCES;
     }
     if (descriptor < 0) {
         if (errno == ENOENT && optional && input) return absent(fcb);

@@ -11,9 +11,9 @@
 namespace filesystems {
 
 struct Opened {
-    int descriptor;  // -1: refused, or absent
-    bool seekable;   // a regular file
-    bool created;    // absent or empty before
+    int descriptor; // -1: refused, or absent
+    bool seekable;  // a regular file
+    bool created;   // absent or empty before
     uint64_t size;
 };
 
@@ -22,7 +22,8 @@ struct Opened {
 Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, bool emptyIsAbsent);
 
 // The block that holds a module's state, zeroed, in `fcb->moduleBuffer`.
-template <class State> State *newState(FCB *fcb)
+template <class State>
+State *newState(FCB *fcb)
 {
     fcb->moduleBuffer = calloc(1, sizeof(State));
     return static_cast<State *>(fcb->moduleBuffer);

@@ -18,10 +18,7 @@ struct RecordFormat {
     bool allows(uint32_t length) const { return length >= shortest && length <= longest; }
 };
 
-inline RecordFormat recordFormatOf(const FIB *fib)
-{
-    return {fib->maxRecord, fib->minRecord, fib->minRecord != fib->maxRecord};
-}
+inline RecordFormat recordFormatOf(const FIB *fib) { return {fib->maxRecord, fib->minRecord, fib->minRecord != fib->maxRecord}; }
 
 // Bytes of the record that a WRITE or REWRITE hands in: those of the statement; 0 stands for the whole record of a fixed file.
 inline uint32_t lengthOfRequest(const RecordFormat &format, const FileRequest *request)

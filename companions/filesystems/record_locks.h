@@ -16,7 +16,7 @@ struct RecordLocks {
     bool active;    // others may write
     bool automatic; // READ locks by itself
     bool multiple;
-    bool looks;     // INPUT with sharing: READ does not read what is locked
+    bool looks; // INPUT with sharing: READ does not read what is locked
     bool holding;
     uint64_t held;
 

@@ -152,10 +152,13 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
     file->locks.release();
     uint32_t length = lengthOfRequest(file->format, request);
     uint64_t record = file->sequential ? file->place + 1 : request->relativeKey;
-    if (!file->format.allows(length)) zvkSetStatus(fcb, 44, fs2RecordLength);
-    else if (record == 0 || record > mostRecords) zvkSetStatus(fcb, 24, fs2Boundary);
+    if (!file->format.allows(length))
+        zvkSetStatus(fcb, 44, fs2RecordLength);
+    else if (record == 0 || record > mostRecords)
+        zvkSetStatus(fcb, 24, fs2Boundary);
     else if (file->locks.forChange(fcb, record)) {
-        if (!file->sequential && load(file, record) >= 0) zvkSetStatus(fcb, 22, fs2DuplicateKey);
+        if (!file->sequential && load(file, record) >= 0)
+            zvkSetStatus(fcb, 22, fs2DuplicateKey);
         else if (store(fcb, file, record, recordOf(fcb, request), length)) {
             if (file->sequential) file->place = record;
             fcb->recordNumber = request->relativeKey = record;
@@ -184,10 +187,13 @@ void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request)
     zvkSetStatus(fcb, 0, fs2None);
     uint32_t length = lengthOfRequest(file->format, request);
     uint64_t record = recordToChange(fcb, file, request);
-    if (record && !file->format.allows(length)) zvkSetStatus(fcb, 44, fs2RecordLength);
+    if (record && !file->format.allows(length))
+        zvkSetStatus(fcb, 44, fs2RecordLength);
     else if (record && file->locks.forChange(fcb, record)) {
-        if (load(file, record) < 0) zvkSetStatus(fcb, 23, fs2NoRecord);
-        else store(fcb, file, record, recordOf(fcb, request), length);
+        if (load(file, record) < 0)
+            zvkSetStatus(fcb, 23, fs2NoRecord);
+        else
+            store(fcb, file, record, recordOf(fcb, request), length);
         file->locks.release();
     }
     finish(fcb, element, ZVK_VERB_REWRITE);
@@ -201,8 +207,10 @@ void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
     uint64_t record = recordToChange(fcb, file, request);
     if (record && file->locks.forChange(fcb, record)) {
         uint32_t none = 0;
-        if (load(file, record) < 0) zvkSetStatus(fcb, 23, fs2NoRecord);
-        else if (int error = writeAll(file->stream.descriptor, true, &none, word, offsetOf(file, record))) failWithErrno(fcb, error);
+        if (load(file, record) < 0)
+            zvkSetStatus(fcb, 23, fs2NoRecord);
+        else if (int error = writeAll(file->stream.descriptor, true, &none, word, offsetOf(file, record)))
+            failWithErrno(fcb, error);
         file->locks.release();
     }
     finish(fcb, element, ZVK_VERB_DELETE);
@@ -217,14 +225,29 @@ void startAt(FCB *fcb, IPCB *element, FileRequest *request)
     uint64_t key = request->relativeKey, last = slotCount(file), found = 0;
     uint64_t from = 0, step = 1;
     switch (request->relation) {
-    case ZVK_RELATION_EQUAL: found = load(file, key) >= 0 ? key : 0; break;
-    case ZVK_RELATION_GREATER: from = key + 1; break;
-    case ZVK_RELATION_NOT_LESS: from = key ? key : 1; break;
-    case ZVK_RELATION_FIRST: from = 1; break;
-    case ZVK_RELATION_LESS: from = key && key - 1 < last ? key - 1 : last, step = ~uint64_t(0); break;
-    case ZVK_RELATION_NOT_GREATER: from = key < last ? key : last, step = ~uint64_t(0); break;
-    case ZVK_RELATION_LAST: from = last, step = ~uint64_t(0); break;
-    default: break;
+    case ZVK_RELATION_EQUAL:
+        found = load(file, key) >= 0 ? key : 0;
+        break;
+    case ZVK_RELATION_GREATER:
+        from = key + 1;
+        break;
+    case ZVK_RELATION_NOT_LESS:
+        from = key ? key : 1;
+        break;
+    case ZVK_RELATION_FIRST:
+        from = 1;
+        break;
+    case ZVK_RELATION_LESS:
+        from = key && key - 1 < last ? key - 1 : last, step = ~uint64_t(0);
+        break;
+    case ZVK_RELATION_NOT_GREATER:
+        from = key < last ? key : last, step = ~uint64_t(0);
+        break;
+    case ZVK_RELATION_LAST:
+        from = last, step = ~uint64_t(0);
+        break;
+    default:
+        break;
     }
     if ((request->relation == ZVK_RELATION_LESS) && key == 0) from = 0;
     for (uint64_t record = from; !found && record && record <= last; record += step)
@@ -282,7 +305,8 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     file->sequential = fib->accessMode & 0x80;
     file->locks.start(fcb, fib, opened.descriptor);
     if (fcb->requestedMode & ZVK_OPEN_EXTEND)
-        for (file->place = slotCount(file); file->place && load(file, file->place) < 0; --file->place) {}
+        for (file->place = slotCount(file); file->place && load(file, file->place) < 0; --file->place) {
+        }
     bool input = fcb->requestedMode & ZVK_OPEN_INPUT, io = fcb->requestedMode & ZVK_OPEN_IO;
     if (input || io) fcb->read = readRecord, fcb->start = startAt;
     if (!input && !(io && file->sequential)) fcb->write = writeRecord;

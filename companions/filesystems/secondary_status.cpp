@@ -56,20 +56,31 @@ bool failWithErrno(FCB *fcb, int error)
     uint16_t status = 93;
     switch (error) {
     case ENOENT:
-    case ENOTDIR: status = 35; break;
+    case ENOTDIR:
+        status = 35;
+        break;
     case EACCES:
     case EPERM:
-    case EROFS: status = 91; break;
+    case EROFS:
+        status = 91;
+        break;
     case EISDIR:
     case ENXIO:
     case ESPIPE:
-    case ETXTBSY: status = 37; break;
+    case ETXTBSY:
+        status = 37;
+        break;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:
-    case ENOMEM: status = 34; break;
-    case EIO: status = 30; break;
-    default: break;
+    case ENOMEM:
+        status = 34;
+        break;
+    case EIO:
+        status = 30;
+        break;
+    default:
+        break;
     }
     return fail(fcb, status, fs2System + static_cast<uint32_t>(error));
 }

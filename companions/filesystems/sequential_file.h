@@ -43,7 +43,8 @@ constexpr size_t streamBufferSize = 256 * 1024;
 
 inline SequentialFile *sequentialFileOf(FCB *fcb) { return static_cast<SequentialFile *>(fcb->moduleBuffer); }
 
-template <class Format> struct SequentialVerbs {
+template <class Format>
+struct SequentialVerbs {
     static void read(FCB *fcb, IPCB *element, FileRequest *request)
     {
         FileRequest none = {};
@@ -63,12 +64,24 @@ template <class Format> struct SequentialVerbs {
             if (next < 0) return;
         }
         switch (found) {
-        case Found::record: zvkSetStatus(fcb, 0, fs2None); break;
-        case Found::cut: zvkSetStatus(fcb, 4, fs2Truncated); break;
-        case Found::split: zvkSetStatus(fcb, 6, fs2LineSplit); break;
-        case Found::end: zvkSetStatus(fcb, 10, fs2AtEnd); break;
-        case Found::damaged: zvkSetStatus(fcb, 30, fs2Torn); break;
-        case Found::failed: failWithErrno(fcb, file->stream.error); break;
+        case Found::record:
+            zvkSetStatus(fcb, 0, fs2None);
+            break;
+        case Found::cut:
+            zvkSetStatus(fcb, 4, fs2Truncated);
+            break;
+        case Found::split:
+            zvkSetStatus(fcb, 6, fs2LineSplit);
+            break;
+        case Found::end:
+            zvkSetStatus(fcb, 10, fs2AtEnd);
+            break;
+        case Found::damaged:
+            zvkSetStatus(fcb, 30, fs2Torn);
+            break;
+        case Found::failed:
+            failWithErrno(fcb, file->stream.error);
+            break;
         }
         if (fcb->status > 9) {
             fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
@@ -88,8 +101,10 @@ template <class Format> struct SequentialVerbs {
         fcb->currentVerb = ZVK_VERB_WRITE;
         zvkSetStatus(fcb, 0, fs2None);
         uint32_t length = lengthOfRequest(file->format, request);
-        if (__builtin_expect(!file->format.allows(length), 0)) zvkSetStatus(fcb, 44, fs2RecordLength);
-        else if (Format::write(fcb, file, recordOf(fcb, request), length, request)) fcb->recordNumber = ++file->records;
+        if (__builtin_expect(!file->format.allows(length), 0))
+            zvkSetStatus(fcb, 44, fs2RecordLength);
+        else if (Format::write(fcb, file, recordOf(fcb, request), length, request))
+            fcb->recordNumber = ++file->records;
         zvkFinishVerb(fcb, element, ZVK_VERB_WRITE);
     }
 
@@ -102,9 +117,12 @@ template <class Format> struct SequentialVerbs {
         fcb->currentVerb = ZVK_VERB_REWRITE;
         zvkSetStatus(fcb, 0, fs2None);
         uint32_t length = lengthOfRequest(file->format, request);
-        if (fcb->lastVerb != ZVK_VERB_READ || !(fcb->state & ZVK_FILE_READ_VALID)) zvkSetStatus(fcb, 43, fs2NotRead);
-        else if (length != file->lastLength) zvkSetStatus(fcb, 44, fs2RecordLength);
-        else replace(fcb, file, recordOf(fcb, request), length);
+        if (fcb->lastVerb != ZVK_VERB_READ || !(fcb->state & ZVK_FILE_READ_VALID))
+            zvkSetStatus(fcb, 43, fs2NotRead);
+        else if (length != file->lastLength)
+            zvkSetStatus(fcb, 44, fs2RecordLength);
+        else
+            replace(fcb, file, recordOf(fcb, request), length);
         zvkFinishVerb(fcb, element, ZVK_VERB_REWRITE);
     }
 
@@ -151,7 +169,8 @@ template <class Format> struct SequentialVerbs {
 };
 
 // Buffers and place of a file whose descriptor is open; the file's data begins at `dataStart`. On failure the status is set and the descriptor closed.
-template <class Format> bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart)
+template <class Format>
+bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart)
 {
     SequentialFile *file = newState<SequentialFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
@@ -187,7 +206,8 @@ template <class Format> bool startSequential(FCB *fcb, const FIB *fib, const Ope
     return true;
 }
 
-template <class Format> void openSequential(FCB *fcb, IPCB *element)
+template <class Format>
+void openSequential(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
     // I-O changes records in place without locks on them, so it admits no other writer.
@@ -197,12 +217,16 @@ template <class Format> void openSequential(FCB *fcb, IPCB *element)
 }
 
 // The body of a sequential module's `_IO_Init`.
-template <class Format> void initSequential(FCB *fcb, IPCB *element)
+template <class Format>
+void initSequential(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
-    if (fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE)) zvkSetStatus(fcb, 37, fs2Organization);
-    else if ((fcb->requestedMode & ZVK_OPEN_IO) && !Format::rewrites) zvkSetStatus(fcb, 37, fs2OpenMode);
-    else fcb->open = openSequential<Format>;
+    if (fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE))
+        zvkSetStatus(fcb, 37, fs2Organization);
+    else if ((fcb->requestedMode & ZVK_OPEN_IO) && !Format::rewrites)
+        zvkSetStatus(fcb, 37, fs2OpenMode);
+    else
+        fcb->open = openSequential<Format>;
 }
 
 } // namespace filesystems

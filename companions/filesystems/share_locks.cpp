@@ -76,10 +76,7 @@ Taken lockRecord(int descriptor, uint64_t record)
     return error == EAGAIN || error == EACCES ? Taken::locked : Taken::failed;
 }
 
-Taken lookAtLock(int descriptor, uint64_t record)
-{
-    return othersHold(descriptor, lockOf(record)) ? Taken::locked : Taken::yes;
-}
+Taken lookAtLock(int descriptor, uint64_t record) { return othersHold(descriptor, lockOf(record)) ? Taken::locked : Taken::yes; }
 
 void unlockRecord(int descriptor, uint64_t record) { setLock(descriptor, F_UNLCK, lockOf(record)); }
 
