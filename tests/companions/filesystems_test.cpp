@@ -193,7 +193,7 @@ TEST(Indexed, AgreesWithAMapOverRandomVerbs)
         } else {
             file.move(record);
             ASSERT_EQ(file.read(), model.count(key) ? "00" : "23");
-            if (model.count(key)) ASSERT_EQ(file.record(), model[key]);
+            if (model.count(key)) { ASSERT_EQ(file.record(), model[key]); }
         }
     }
     ASSERT_EQ(file.close(), "00");
@@ -239,7 +239,7 @@ TEST(Indexed, StartWithEveryRelationAndBothDirections)
             file.move(c.key);
             string status = file.verb(file.fcb->start, {.relation = c.relation, .keyLength = c.length});
             EXPECT_EQ(status, c.next < 0 ? "23" : "00") << c.relation << c.key;
-            if (c.next < 0) EXPECT_EQ(file.read({.options = ZVK_REQUEST_NEXT}), "46");
+            if (c.next < 0) { EXPECT_EQ(file.read({.options = ZVK_REQUEST_NEXT}), "46"); }
             for (int i = c.next; i >= 0; --i) {
                 ASSERT_EQ(file.read({.options = ZVK_REQUEST_PREVIOUS}), "00");
                 EXPECT_EQ(file.record().substr(0, 6), keys[i]);
@@ -267,7 +267,7 @@ TEST(Open, RefusalsLeaveTheFileUnharmed)
         for (uint16_t mode : {ZVK_OPEN_INPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_EXTEND}) {
             EXPECT_EQ(CompiledFile(prefix + directory.file("dir")).open(mode), "37") << prefix << mode;
             EXPECT_EQ(CompiledFile(prefix + directory.file("pipe")).open(mode), "37") << prefix << mode;
-            if (mode != ZVK_OPEN_OUTPUT) EXPECT_EQ(CompiledFile(prefix + directory.file("none")).open(mode), "35");
+            if (mode != ZVK_OPEN_OUTPUT) { EXPECT_EQ(CompiledFile(prefix + directory.file("none")).open(mode), "35"); }
         }
     EXPECT_EQ(CompiledFile("stl-" + directory.file("text")).open(ZVK_OPEN_EXTEND), "39");
     EXPECT_EQ(readFile(directory.file("text")), "just a text, no records\n");
