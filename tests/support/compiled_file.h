@@ -62,7 +62,7 @@ struct CompiledFile {
     FileRequest request{}; // of the last verb
 
     explicit CompiledFile(const std::string &assigned, const FileAttributes &wanted = {})
-        : program("FILEPGM", [] {}), all(*new Records), fcb(&all.fcb), attributes(wanted)
+        : program(newName(), [] {}), all(*new Records), fcb(&all.fcb), attributes(wanted)
     {
         loadFileModules();
         FIB &fib = all.laidOut.fib;
@@ -98,6 +98,12 @@ struct CompiledFile {
         _zvkPgmInit(&program.pcb);
     }
 
+    // Every file's program is one of its own: a second one of the same name would be taken for the first.
+    static std::string newName()
+    {
+        static int count;
+        return "FILE" + std::to_string(++count);
+    }
     std::string status() const { return std::string(all.status, all.status + 2); }
     std::string record() const { return std::string(reinterpret_cast<const char *>(fcb->record), fcb->recordLength); }
 
