@@ -1,0 +1,72 @@
+#include "companions/filesystems/byte_stream.h"
+
+#include <errno.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "companions/filesystems/size_limit.h"
+
+namespace filesystems {
+
+int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint64_t offset)
+{
+    SizeLimitHeldOff guard;
+    const uint8_t *next = static_cast<const uint8_t *>(data);
+    while (size) {
+        ssize_t written = seekable ? pwrite(descriptor, next, size, static_cast<off_t>(offset)) : write(descriptor, next, size);
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return errno;
+        }
+        if (written == 0) return ENOSPC;
+        next += written;
+        size -= static_cast<size_t>(written);
+        offset += static_cast<uint64_t>(written);
+    }
+    return 0;
+}
+
+bool ByteStream::refill(size_t wanted)
+{
+    if (at) {
+        memmove(buffer, buffer + at, filled - at);
+        base += at;
+        filled -= at;
+        at = 0;
+    }
+    while (filled < wanted && !atEnd) {
+        ssize_t got = seekable ? pread(descriptor, buffer + filled, capacity - filled, static_cast<off_t>(base + filled))
+                               : read(descriptor, buffer + filled, capacity - filled);
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            error = errno;
+            return false;
+        }
+        if (got == 0) atEnd = true;
+        filled += static_cast<size_t>(got);
+    }
+    return filled >= wanted;
+}
+
+void ByteStream::seek(uint64_t offset)
+{
+    base = offset;
+    at = filled = 0;
+    atEnd = false;
+}
+
+bool ByteStream::flush()
+{
+    if (at == 0) return true;
+    error = writeAll(descriptor, seekable, buffer, at, base);
+    if (error) {
+        // What went out of this block may end in half a record: none of it stays, and the block is tried again by the next flush.
+        if (seekable && ftruncate(descriptor, static_cast<off_t>(base)) != 0) error = errno;
+        return false;
+    }
+    base += at;
+    at = 0;
+    return true;
+}
+
+} // namespace filesystems

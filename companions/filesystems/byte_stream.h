@@ -1,0 +1,48 @@
+// Buffered input and output on a descriptor, which never leaves half a record behind.
+//
+// stdio flushes where its buffer happens to be full, so a killed program leaves a file that ends anywhere. Here the writer hands in whole records and
+// the buffer goes out between two of them, in one write(2). If the system takes only a part (disk full, file-size limit), the file is cut back to
+// the last whole record. Offsets are kept here and given to pread and pwrite; devices that cannot seek are read and written as they come.
+//
+//     uint8_t *room = stream.reserve(104);   // null: the disk is full
+//     memcpy(room, record, 104);
+//     stream.commit(104);
+#ifndef COMPANIONS_FILESYSTEMS_BYTE_STREAM_H
+#define COMPANIONS_FILESYSTEMS_BYTE_STREAM_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+namespace filesystems {
+
+// Writes all bytes at an offset; returns 0 or an errno. The signal of the file-size limit is held off: it would end the run unit.
+int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint64_t offset);
+
+struct ByteStream {
+    int descriptor;
+    bool seekable;
+    bool atEnd;      // input: the system has no more
+    int error;       // errno of the last failure
+    uint8_t *buffer; // of `capacity` bytes, owned by the FCB
+    size_t capacity;
+    size_t at;     // next byte in the buffer
+    size_t filled; // input: bytes in the buffer
+    uint64_t base; // offset in the file of buffer[0]
+
+    uint64_t offset() const { return base + at; }
+    size_t available() const { return filled - at; }
+
+    // Input: sees to it that `wanted` bytes (at most the capacity) are in the buffer; false at the end or on an error.
+    bool need(size_t wanted) { return available() >= wanted || refill(wanted); }
+    bool refill(size_t wanted);
+    void seek(uint64_t offset);
+
+    // Output: room for one record of `size` bytes, at most the capacity.
+    uint8_t *reserve(size_t size) { return size <= capacity - at || flush() ? buffer + at : nullptr; }
+    void commit(size_t size) { at += size; }
+    bool flush();
+};
+
+} // namespace filesystems
+
+#endif

@@ -1,0 +1,73 @@
+// The default file system, "stl", "jgt" and "qvr": sequential, relative and indexed files behind a header that holds their attributes.
+#include <errno.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+#include "companions/filesystems/back_to_back.h"
+#include "companions/filesystems/indexed_file.h"
+#include "companions/filesystems/relative_file.h"
+#include "companions/filesystems/stored_header.h"
+
+namespace filesystems {
+
+struct StoredRecords : BackToBack {
+    static constexpr bool devices = false;
+};
+
+// An attribute combination that cannot be stored: refused before the file is touched.
+static bool attributesPossible(FCB *fcb, const FIB *fib)
+{
+    if (fib->maxRecord == 0 || fib->minRecord > fib->maxRecord) return fail(fcb, 39, fs2RecordLength);
+    if (!(fib->organization & ZVK_FILE_INDEXED)) return true;
+    if (fib->keyCount == 0 || fib->keyCount > mostKeys) return fail(fcb, 39, fs2KeyNumber);
+    const FileKey *keys = reinterpret_cast<const FileKey *>(reinterpret_cast<const uint8_t *>(fib) + fib->keysOffset);
+    for (uint32_t i = 0; i < fib->keyCount; ++i) {
+        if (keys[i].length == 0 || uint64_t(keys[i].position) + keys[i].length > fib->maxRecord) return fail(fcb, 39, fs2KeyLength);
+        if (keys[i].length > longestKey) return fail(fcb, 37, fs2KeyLength);
+    }
+    return true;
+}
+
+static void openStored(FCB *fcb, IPCB *element)
+{
+    const FIB *fib = zvkFibOf(fcb, element);
+    bool indexed = fib->organization & ZVK_FILE_INDEXED, relative = fib->organization & ZVK_FILE_RELATIVE;
+    if (!attributesPossible(fcb, fib)) return;
+    ShareMode share = shareAllOther;
+    if (fcb->requestedMode & ZVK_OPEN_EXTEND) share = shareNoOther;
+    if ((fcb->requestedMode & ZVK_OPEN_IO) && !indexed && !relative) share = shareReadOnly;
+    Opened opened = openByRules(fcb, fib, share, false, true);
+    if (opened.descriptor < 0) return;
+
+    StoredHeader expected, header;
+    describeFile(fib, &expected);
+    bool good;
+    if (opened.created) {
+        header = expected;
+        if (getrandom(&header.identity, sizeof header.identity, 0) != static_cast<ssize_t>(sizeof header.identity))
+            header.identity = reinterpret_cast<uintptr_t>(fcb) ^ static_cast<uint64_t>(getpid());
+        // The store comes first: a program killed between the two leaves an empty file, which counts as absent.
+        good = (!indexed || createStore(fcb, header)) && writeHeader(fcb, opened.descriptor, &header);
+        opened.size = storedHeaderSize;
+    } else {
+        good = readHeader(fcb, opened.descriptor, expected, &header);
+    }
+    if (!good)
+        close(opened.descriptor);
+    else if (indexed)
+        startIndexed(fcb, fib, opened, header);
+    else if (relative)
+        startRelative(fcb, fib, opened);
+    else
+        startSequential<StoredRecords>(fcb, fib, opened, storedHeaderSize);
+}
+
+} // namespace filesystems
+
+extern "C" {
+ZVK_EXPORT void _IO_Init(FCB *fcb, IPCB *element);
+ZVK_EXPORT void **vfs(void);
+
+void _IO_Init(FCB *fcb, IPCB *) { fcb->open = filesystems::openStored; }
+void **vfs(void) { return filesystems::operationTable(); }
+}

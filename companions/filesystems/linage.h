@@ -1,0 +1,55 @@
+// LINAGE: the page of a line sequential file.
+//
+//     top margin | body, its last lines the footing area | bottom margin
+//
+// The counter is the line of the body that the next record BEFORE, or the last one AFTER ADVANCING, stands on. A record that leaves the body turns the page:
+// the rest of the body, the bottom margin and the next top margin go out as lines, and the counter is 1 again. Pages are plain lines: a page of 60 lines with
+// margins of 3 takes 66.
+#ifndef COMPANIONS_FILESYSTEMS_LINAGE_H
+#define COMPANIONS_FILESYSTEMS_LINAGE_H
+
+#include "companions/filesystems/secondary_status.h"
+
+namespace filesystems {
+
+struct LinageStep {
+    uint32_t lines;   // that go out
+    uint32_t counter; // afterwards
+    bool newPage;
+    bool endOfPage; // AT END-OF-PAGE: the footing area or a new page was reached
+};
+
+inline bool startLinage(FCB *fcb, const FIB *fib)
+{
+    const FileLinageGroup *group = reinterpret_cast<const FileLinageGroup *>(reinterpret_cast<const uint8_t *>(fib) + fib->linageOffset);
+    fcb->linageBody = group[0].value;
+    fcb->linageFooting = fib->linage & ZVK_FILE_LINAGE_FOOTING ? group[1].value : 0;
+    fcb->linageTop = fib->linage & ZVK_FILE_LINAGE_TOP ? group[2].value : 0;
+    fcb->linageBottom = fib->linage & ZVK_FILE_LINAGE_BOTTOM ? group[3].value : 0;
+    constexpr uint32_t most = 65535;
+    if (fcb->linageBody == 0 || fcb->linageBody > most || fcb->linageFooting > fcb->linageBody || fcb->linageTop > most ||
+        fcb->linageBottom > most)
+        return fail(fcb, 30, fs2Linage);
+    return true;
+}
+
+inline LinageStep linageStep(const FCB *fcb, bool page, uint32_t lines)
+{
+    uint32_t body = fcb->linagePage, counter = fcb->linageCounter;
+    if (!page && counter + lines <= body) {
+        bool footing = fcb->linageFooting && counter + lines >= fcb->linageFooting;
+        return {lines, counter + lines, false, footing};
+    }
+    uint32_t rest = counter <= body ? body - counter + 1 : 1;
+    return {rest + fcb->linageBottom + fcb->linageTop, 1, true, !page};
+}
+
+inline void takeLinageStep(FCB *fcb, const LinageStep &step)
+{
+    fcb->linageCounter = step.counter;
+    if (step.newPage) fcb->linagePage = fcb->linageBody;
+}
+
+} // namespace filesystems
+
+#endif

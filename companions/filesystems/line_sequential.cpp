@@ -1,0 +1,145 @@
+// Line sequential files, "lsq" and "nat": text, a record a line.
+//
+// WRITE drops the blanks at the end of the record and ends it with LF. READ takes LF or CR LF for the end, and fills the record with blanks. A line that is
+// longer than the record gives its first part with status 06, and the next READ goes on behind it. A last line without LF is a record: editors write such
+// files; EXTEND ends it first. A record with an LF in it would come back as two, so WRITE refuses it with status 30.
+#include "companions/filesystems/linage.h"
+#include "companions/filesystems/sequential_file.h"
+
+namespace filesystems {
+
+struct Lines {
+    static constexpr bool devices = true, rewrites = false;
+
+    static void open(FCB *fcb, const FIB *fib, SequentialFile *file)
+    {
+        file->format.shortest = 0;
+        if (file->format.longest == 0)
+            fail(fcb, 39, fs2RecordLength);
+        else if (file->linage)
+            startLinage(fcb, fib);
+    }
+
+    static uint64_t wholeSize(FCB *fcb, SequentialFile *file, uint64_t size, bool extend)
+    {
+        uint8_t last = '\n';
+        if (extend && size && pread(file->stream.descriptor, &last, 1, static_cast<off_t>(size - 1)) != 1) failWithErrno(fcb, errno);
+        file->lineOpen = extend && last != '\n';
+        return size;
+    }
+
+    static Found read(SequentialFile *file, uint8_t *record, uint32_t *length)
+    {
+        ByteStream &stream = file->stream;
+        uint32_t longest = file->format.longest;
+        // A line that fits ends within its record and CR LF.
+        const uint8_t *line = stream.buffer + stream.at;
+        size_t window = stream.available() < longest + 2 ? stream.available() : longest + 2;
+        const uint8_t *end = static_cast<const uint8_t *>(memchr(line, '\n', window));
+        if (!end) {
+            if (!stream.need(longest + 2) && stream.error) return Found::failed;
+            if (stream.available() == 0) return Found::end;
+            line = stream.buffer + stream.at;
+            window = stream.available() < longest + 2 ? stream.available() : longest + 2;
+            end = static_cast<const uint8_t *>(memchr(line, '\n', window));
+        }
+        size_t size = end ? static_cast<size_t>(end - line) : window;
+        size_t used = end ? size + 1 : size;
+        if (end && size && line[size - 1] == '\r') --size;
+        Found found = Found::record;
+        if (size > longest) {
+            size = used = longest;
+            found = Found::split;
+        }
+        memcpy(record, line, size);
+        memset(record + size, ' ', longest - size);
+        stream.at += used;
+        file->lastLength = *length = static_cast<uint32_t>(size);
+        return found;
+    }
+
+    static bool write(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *request)
+    {
+        while (length && record[length - 1] == ' ') --length;
+        if (memchr(record, '\n', length)) return fail(fcb, 30, fs2Control);
+        if (__builtin_expect(request->options & (ZVK_REQUEST_BEFORE | ZVK_REQUEST_AFTER) || file->linage || file->lineOpen, 0))
+            return writeAdvancing(fcb, file, record, length, request);
+        uint8_t *room = file->stream.reserve(length + 1);
+        if (!room) return failWithErrno(fcb, file->stream.error);
+        memcpy(room, record, length);
+        room[length] = '\n';
+        file->stream.commit(length + 1);
+        return true;
+    }
+
+    static void finish(FCB *, SequentialFile *file)
+    {
+        if (file->lineOpen && file->stream.reserve(1)) lineEnds(file, 1);
+    }
+
+private:
+    static void lineEnds(SequentialFile *file, size_t count)
+    {
+        memset(file->stream.buffer + file->stream.at, '\n', count);
+        file->stream.commit(count);
+        if (count) file->lineOpen = false;
+    }
+
+    // Advancing moves the paper under the line being written. In the file a line written BEFORE ADVANCING has its ends behind it; one written AFTER stays
+    // without until the next record or CLOSE moves on. No lines at all is overprinting: CR.
+    static bool writeAdvancing(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *request)
+    {
+        bool after = request->options & ZVK_REQUEST_AFTER;
+        bool said = request->options & (ZVK_REQUEST_BEFORE | ZVK_REQUEST_AFTER);
+        int32_t lines = said ? request->advance : 1;
+        bool page = lines == ZVK_ADVANCE_PAGE;
+        if (lines < 0 && !page) lines = 0;
+        constexpr int32_t mostLines = 4096;
+        if (lines > mostLines) lines = mostLines;
+        uint32_t feed = static_cast<uint32_t>(lines);
+        LinageStep step = {};
+        if (file->linage) {
+            step = linageStep(fcb, page, feed);
+            feed = step.lines;
+            page = false;
+        }
+        // Room for all of it at once, so that a record is never torn from its lines: they may be more than the buffer has.
+        if (length + feed + 2 > file->stream.capacity) return fail(fcb, 34, fs2Full);
+        if (!file->stream.reserve(length + feed + 2)) return failWithErrno(fcb, file->stream.error);
+        bool wasOpen = file->lineOpen;
+        if (after)
+            advance(file, page, feed);
+        else if (wasOpen)
+            lineEnds(file, 1);
+        memcpy(file->stream.buffer + file->stream.at, record, length);
+        file->stream.commit(length);
+        file->lineOpen = true;
+        if (!after) {
+            advance(file, page, feed);
+            file->lineOpen = false;
+        }
+        if (file->linage) {
+            takeLinageStep(fcb, step);
+            if (step.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
+        }
+        return true;
+    }
+
+    static void advance(SequentialFile *file, bool page, uint32_t feed)
+    {
+        if (!page && feed) return lineEnds(file, feed);
+        if (!page && !file->lineOpen) return;
+        file->stream.buffer[file->stream.at] = page ? '\f' : '\r';
+        file->stream.commit(1);
+    }
+};
+
+} // namespace filesystems
+
+extern "C" {
+ZVK_EXPORT void _IO_Init(FCB *fcb, IPCB *element);
+ZVK_EXPORT void **vfs(void);
+
+void _IO_Init(FCB *fcb, IPCB *element) { filesystems::initSequential<filesystems::Lines>(fcb, element); }
+void **vfs(void) { return filesystems::operationTable(); }
+}

@@ -1,0 +1,87 @@
+#include "companions/filesystems/open_rules.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace filesystems {
+
+static Opened refused(int descriptor = -1)
+{
+    if (descriptor >= 0) close(descriptor);
+    return {-1, false, false, 0};
+}
+
+// An OPTIONAL file that is not there: a success for INPUT, which reads none; created by I-O and EXTEND.
+static Opened absent(FCB *fcb)
+{
+    fcb->state |= ZVK_FILE_ABSENT;
+    fail(fcb, 5, fs2Absent);
+    return refused();
+}
+
+Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, bool emptyIsAbsent)
+{
+    bool output = fcb->requestedMode & ZVK_OPEN_OUTPUT, input = fcb->requestedMode & ZVK_OPEN_INPUT;
+    bool optional = fib->attributes & ZVK_FILE_OPTIONAL;
+    int flags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC | (input ? O_RDONLY : O_RDWR);
+    bool created = false;
+    zvkSetStatus(fcb, 0, fs2None);
+    fcb->state &= ~ZVK_FILE_ABSENT;
+
+    int descriptor = open(fcb->fileName, flags);
+    if (descriptor < 0 && errno == ENOENT && !input && (output || optional)) {
+        descriptor = open(fcb->fileName, flags | O_CREAT, 0666);
+        created = true;
+    }
+    // A device or terminal that can be written only.
+    if (descriptor < 0 && errno == EACCES && output && devices) {
+        struct stat about;
+        if (stat(fcb->fileName, &about) == 0 && S_ISCHR(about.st_mode))
+            descriptor = open(fcb->fileName, O_WRONLY | O_NOCTTY | O_CLOEXEC);
+        else
+            errno = EACCES;
+    }
+    if (descriptor < 0) {
+        if (errno == ENOENT && optional && input) return absent(fcb);
+        failWithErrno(fcb, errno);
+        return refused();
+    }
+
+    struct stat about;
+    if (fstat(descriptor, &about) != 0) {
+        failWithErrno(fcb, errno);
+        return refused(descriptor);
+    }
+    bool regular = S_ISREG(about.st_mode);
+    if (!regular && !(devices && S_ISCHR(about.st_mode) && (input || output))) {
+        fail(fcb, 37, fs2FileType);
+        return refused(descriptor);
+    }
+    if (!regular) {
+        fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+        return {descriptor, false, false, 0};
+    }
+    if (!takeFile(fcb, fib, descriptor, byDefault)) return refused(descriptor);
+    if (fstat(descriptor, &about) != 0) about.st_size = 0; // anew: another open may have written until now
+    if (about.st_size == 0 && emptyIsAbsent && !output) {
+        if (!optional) {
+            fail(fcb, 35, fs2Absent);
+            return refused(descriptor);
+        }
+        if (input) {
+            close(descriptor);
+            return absent(fcb);
+        }
+        created = true;
+    }
+    if (output && about.st_size && ftruncate(descriptor, 0) != 0) {
+        failWithErrno(fcb, errno);
+        return refused(descriptor);
+    }
+    if (created && !output) zvkSetStatus(fcb, 5, fs2Absent);
+    return {descriptor, true, created || output, output ? 0 : static_cast<uint64_t>(about.st_size)};
+}
+
+} // namespace filesystems

@@ -1,0 +1,42 @@
+// OPEN: which file modes need which file, what OPTIONAL allows, and which descriptors can hold records.
+//
+// A name is opened without waiting and without cutting it, then looked at, then taken (share_locks.h); only then OUTPUT empties it. So a pipe does not
+// hang the program, and a file that is refused is not touched.
+#ifndef COMPANIONS_FILESYSTEMS_OPEN_RULES_H
+#define COMPANIONS_FILESYSTEMS_OPEN_RULES_H
+
+#include "companions/filesystems/secondary_status.h"
+#include "companions/filesystems/share_locks.h"
+
+namespace filesystems {
+
+struct Opened {
+    int descriptor; // -1: refused, or absent
+    bool seekable;  // a regular file
+    bool created;   // absent or empty before
+    uint64_t size;
+};
+
+// Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status is set; status 5 with an ABSENT state is
+// a success for the caller too. `devices`: character devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
+Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, bool emptyIsAbsent);
+
+// The block that holds a module's state, zeroed, in `fcb->moduleBuffer`.
+template <class State>
+State *newState(FCB *fcb)
+{
+    fcb->moduleBuffer = calloc(1, sizeof(State));
+    return static_cast<State *>(fcb->moduleBuffer);
+}
+
+// After an OPEN that failed: the library frees buffers only at CLOSE.
+inline void dropBuffers(FCB *fcb)
+{
+    free(fcb->moduleBuffer);
+    free(fcb->moduleBuffer2);
+    fcb->moduleBuffer = fcb->moduleBuffer2 = nullptr;
+}
+
+} // namespace filesystems
+
+#endif

@@ -1,0 +1,75 @@
+// When a record is locked, and for how long.
+//
+// A file open for I-O that others may write, too, locks the record of each READ (LOCK MODE AUTOMATIC, and the default) or of READ WITH LOCK only (MANUAL).
+// The lock goes with the next verb, or, with locks on several records, with UNLOCK or CLOSE. REWRITE and DELETE of a record that somebody else has locked
+// are refused whether or not this open reads with locks. A file that nobody else can write has no locks at all.
+#ifndef COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
+#define COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
+
+#include "companions/filesystems/secondary_status.h"
+#include "companions/filesystems/share_locks.h"
+
+namespace filesystems {
+
+struct RecordLocks {
+    int descriptor;
+    bool active;    // others may write
+    bool automatic; // READ locks by itself
+    bool multiple;
+    bool looks; // INPUT with sharing: READ does not read what is locked
+    bool holding;
+    uint64_t held;
+
+    void start(const FCB *fcb, const FIB *fib, int file)
+    {
+        uint8_t share = fib->sharing ? fib->shareMode & ZVK_FILE_SHARE_MASK : 0, lock = fib->sharing ? fib->lockMode & 7 : 0;
+        descriptor = file;
+        active = (fcb->requestedMode & ZVK_OPEN_IO) && share != shareNoOther && share != shareReadOnly && lock != lockExclusive;
+        automatic = lock != lockManual;
+        multiple = fib->sharing && (fib->shareMode & ZVK_FILE_LOCK_COUNT);
+        looks = fib->sharing && (fcb->requestedMode & ZVK_OPEN_INPUT);
+    }
+
+    // The lock of the verb before goes, unless this verb is about that record.
+    void release()
+    {
+        if (holding && !multiple) unlockRecord(descriptor, held);
+        holding = false;
+    }
+
+    void releaseAll()
+    {
+        unlockAllRecords(descriptor);
+        holding = false;
+    }
+
+    bool forRead(FCB *fcb, uint64_t record, uint32_t options)
+    {
+        if (options & ZVK_REQUEST_IGNORE_LOCK) return true;
+        bool wanted = active && ((options & ZVK_REQUEST_LOCK) || (automatic && !(options & ZVK_REQUEST_NO_LOCK)));
+        if (wanted) return take(fcb, record);
+        if ((active || looks) && !(options & ZVK_REQUEST_NO_LOCK) && lookAtLock(descriptor, record) == Taken::locked)
+            return fail(fcb, statusRecordLocked, fs2RecordLocked);
+        return true;
+    }
+
+    // Before a change; the lock goes with the next verb.
+    bool forChange(FCB *fcb, uint64_t record) { return !active || take(fcb, record); }
+
+private:
+    bool take(FCB *fcb, uint64_t record)
+    {
+        if (holding && held == record) return true;
+        Taken taken = lockRecord(descriptor, record);
+        if (taken == Taken::locked) return fail(fcb, statusRecordLocked, fs2RecordLocked);
+        if (taken == Taken::failed) return fail(fcb, 93, fs2TooManyLocks);
+        release();
+        holding = true;
+        held = record;
+        return true;
+    }
+};
+
+} // namespace filesystems
+
+#endif

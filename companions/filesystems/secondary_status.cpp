@@ -1,0 +1,88 @@
+#include "companions/filesystems/secondary_status.h"
+
+#include <errno.h>
+
+namespace filesystems {
+
+static const char *const texts[fs2Last - fs2AtEnd] = {
+    "end of file",
+    "no record position to read on from",
+    "no such record",
+    "duplicate key",
+    "key out of sequence, or key changed",
+    "the last statement was no successful READ",
+    "record length not allowed",
+    "record longer than the record area, cut",
+    "line longer than the record area, the rest follows",
+    "incomplete record",
+    "optional file absent",
+    "not a file of records: directory, pipe or device",
+    "open mode not possible for this file",
+    "file has other attributes",
+    "file header damaged or foreign",
+    "record store of the indexed file missing or damaged",
+    "file in use by another open",
+    "record locked by another open",
+    "too many locks",
+    "no storage",
+    "LINAGE values not possible",
+    "no such key",
+    "record number out of bounds",
+    "organization not stored by this file system",
+    "no space left for the file",
+    "record holds a line end",
+    "key too long",
+};
+
+static const char *textOf(void *, uint32_t fs2, int32_t, int32_t)
+{
+    if (fs2 >= fs2AtEnd && fs2 < fs2Last) return texts[fs2 - fs2AtEnd];
+    if (fs2 > fs2System && fs2 < fs2System + 200) {
+        const char *text = strerrordesc_np(static_cast<int>(fs2 - fs2System));
+        return text ? text : "system failure";
+    }
+    return nullptr;
+}
+
+void **operationTable()
+{
+    static void *table[ZVK_FILE_TEXT_SLOT + 1];
+    table[ZVK_FILE_TEXT_SLOT] = reinterpret_cast<void *>(textOf);
+    return table;
+}
+
+bool failWithErrno(FCB *fcb, int error)
+{
+    uint16_t status = 93;
+    switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+        status = 35;
+        break;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        status = 91;
+        break;
+    case EISDIR:
+    case ENXIO:
+    case ESPIPE:
+    case ETXTBSY:
+        status = 37;
+        break;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+    case ENOMEM:
+        status = 34;
+        break;
+    case EIO:
+        status = 30;
+        break;
+    default:
+        break;
+    }
+    return fail(fcb, status, fs2System + static_cast<uint32_t>(error));
+}
+
+} // namespace filesystems

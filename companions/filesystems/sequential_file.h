@@ -1,0 +1,234 @@
+// Sequential files: what their formats have in common.
+//
+// A format is a traits type that reads, writes and replaces one record at the stream's place; this file has the rules around it: modes, positions,
+// statuses, the end of the file and the next file of a concatenation. `openSequential<Format>` puts `SequentialVerbs<Format>` into the FCB's slots.
+//
+//     struct BinaryRecords {
+//         static bool open(FCB *, SequentialFile *);                        // beyond the common; may refuse
+//         static uint64_t wholeSize(SequentialFile *, uint64_t size);       // bytes of the file that are whole records
+//         static Found read(SequentialFile *, uint8_t *record, uint32_t *length);
+//         static bool write(FCB *, SequentialFile *, const uint8_t *record, uint32_t length, FileRequest *);
+//         static void finish(FCB *, SequentialFile *);                      // before the last flush
+//         static constexpr bool devices, rewrites;
+//     };
+#ifndef COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
+#define COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
+
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/open_rules.h"
+#include "companions/filesystems/record_format.h"
+
+namespace filesystems {
+
+enum class Found { record, cut, split, end, damaged, failed };
+
+struct SequentialFile {
+    ByteStream stream;
+    RecordFormat format;
+    uint64_t dataStart;  // bytes of a header in front of the records
+    uint64_t whole;      // input: end of the last whole record
+    uint64_t lastPlace;  // I-O: where the data of the last record read begins
+    uint32_t lastLength; // and its length
+    uint64_t records;    // read or written so far
+    bool lineOpen;       // line sequential output: the last record has no line end yet
+    bool linage;
+};
+
+constexpr size_t streamBufferSize = 256 * 1024;
+
+inline SequentialFile *sequentialFileOf(FCB *fcb) { return static_cast<SequentialFile *>(fcb->moduleBuffer); }
+
+template <class Format>
+struct SequentialVerbs {
+    static void read(FCB *fcb, IPCB *element, FileRequest *request)
+    {
+        FileRequest none = {};
+        if (!request) request = &none;
+        SequentialFile *file = sequentialFileOf(fcb);
+        fcb->currentVerb = ZVK_VERB_READ;
+        if (!(fcb->state & ZVK_FILE_POSITION_VALID)) {
+            fcb->state &= ~ZVK_FILE_READ_VALID;
+            zvkSetStatus(fcb, 46, fs2NoPosition);
+            return zvkFinishVerb(fcb, element, ZVK_VERB_READ);
+        }
+        uint32_t length = 0;
+        Found found = Format::read(file, recordOf(fcb, request), &length);
+        if (__builtin_expect(found == Found::end, 0)) {
+            int next = zvkNextVolume(fcb, element);
+            if (next > 0) return fcb->read(fcb, element, request);
+            if (next < 0) return;
+        }
+        switch (found) {
+        case Found::record:
+            zvkSetStatus(fcb, 0, fs2None);
+            break;
+        case Found::cut:
+            zvkSetStatus(fcb, 4, fs2Truncated);
+            break;
+        case Found::split:
+            zvkSetStatus(fcb, 6, fs2LineSplit);
+            break;
+        case Found::end:
+            zvkSetStatus(fcb, 10, fs2AtEnd);
+            break;
+        case Found::damaged:
+            zvkSetStatus(fcb, 30, fs2Torn);
+            break;
+        case Found::failed:
+            failWithErrno(fcb, file->stream.error);
+            break;
+        }
+        if (fcb->status > 9) {
+            fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
+        } else {
+            fcb->state |= ZVK_FILE_READ_VALID;
+            fcb->recordLength = request->recordLength = length;
+            fcb->recordNumber = ++file->records;
+        }
+        zvkFinishVerb(fcb, element, ZVK_VERB_READ);
+    }
+
+    static void write(FCB *fcb, IPCB *element, FileRequest *request)
+    {
+        FileRequest none = {};
+        if (!request) request = &none;
+        SequentialFile *file = sequentialFileOf(fcb);
+        fcb->currentVerb = ZVK_VERB_WRITE;
+        zvkSetStatus(fcb, 0, fs2None);
+        uint32_t length = lengthOfRequest(file->format, request);
+        if (__builtin_expect(!file->format.allows(length), 0))
+            zvkSetStatus(fcb, 44, fs2RecordLength);
+        else if (Format::write(fcb, file, recordOf(fcb, request), length, request))
+            fcb->recordNumber = ++file->records;
+        zvkFinishVerb(fcb, element, ZVK_VERB_WRITE);
+    }
+
+    // REWRITE replaces the record of the READ before it, in its own length: records lie back to back.
+    static void rewrite(FCB *fcb, IPCB *element, FileRequest *request)
+    {
+        FileRequest none = {};
+        if (!request) request = &none;
+        SequentialFile *file = sequentialFileOf(fcb);
+        fcb->currentVerb = ZVK_VERB_REWRITE;
+        zvkSetStatus(fcb, 0, fs2None);
+        uint32_t length = lengthOfRequest(file->format, request);
+        if (fcb->lastVerb != ZVK_VERB_READ || !(fcb->state & ZVK_FILE_READ_VALID))
+            zvkSetStatus(fcb, 43, fs2NotRead);
+        else if (length != file->lastLength)
+            zvkSetStatus(fcb, 44, fs2RecordLength);
+        else
+            replace(fcb, file, recordOf(fcb, request), length);
+        zvkFinishVerb(fcb, element, ZVK_VERB_REWRITE);
+    }
+
+    static void replace(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
+    {
+        ByteStream &stream = file->stream;
+        int error = writeAll(stream.descriptor, true, record, length, file->lastPlace);
+        if (error) {
+            failWithErrno(fcb, error);
+            return;
+        }
+        if (file->lastPlace >= stream.base) memcpy(stream.buffer + (file->lastPlace - stream.base), record, length);
+    }
+
+    static void unlock(FCB *fcb, IPCB *element, FileRequest *)
+    {
+        fcb->currentVerb = ZVK_VERB_UNLOCK;
+        zvkSetStatus(fcb, 0, fs2None);
+        zvkFinishVerb(fcb, element, ZVK_VERB_UNLOCK);
+    }
+
+    static void close(FCB *fcb, IPCB *element)
+    {
+        SequentialFile *file = sequentialFileOf(fcb);
+        fcb->currentVerb = ZVK_VERB_CLOSE;
+        zvkSetStatus(fcb, 0, fs2None);
+        if (fcb->mode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) {
+            Format::finish(fcb, file);
+            if (!file->stream.flush() && fcb->status < 10) failWithErrno(fcb, file->stream.error);
+        }
+        if (::close(file->stream.descriptor) != 0 && fcb->status < 10 && errno != EINTR) failWithErrno(fcb, errno);
+        _zvkGenericClose(fcb, element, 0);
+    }
+
+    // The slots for the mode that is being opened; the others keep the error routines of a closed file.
+    static void setSlots(FCB *fcb, const FIB *fib)
+    {
+        if (fcb->requestedMode & (ZVK_OPEN_INPUT | ZVK_OPEN_IO)) fcb->read = read;
+        if (fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) fcb->write = write;
+        if (Format::rewrites && (fcb->requestedMode & ZVK_OPEN_IO)) fcb->rewrite = rewrite;
+        if (fib->sharing) fcb->unlock = unlock;
+        fcb->close = close;
+    }
+};
+
+// Buffers and place of a file whose descriptor is open; the file's data begins at `dataStart`. On failure the status is set and the descriptor closed.
+template <class Format>
+bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart)
+{
+    SequentialFile *file = newState<SequentialFile>(fcb);
+    RecordFormat format = recordFormatOf(fib);
+    size_t capacity = streamBufferSize > 2 * size_t(format.longest) + 64 ? streamBufferSize : 2 * size_t(format.longest) + 64;
+    fcb->moduleBuffer2 = malloc(capacity);
+    if (!file || !fcb->moduleBuffer2) fail(fcb, 34, fs2Storage);
+    if (fcb->status < 10) {
+        file->format = format;
+        file->dataStart = dataStart;
+        file->linage = fib->linage & ZVK_FILE_LINAGE;
+        ByteStream &stream = file->stream;
+        stream.descriptor = opened.descriptor;
+        stream.seekable = opened.seekable;
+        stream.buffer = static_cast<uint8_t *>(fcb->moduleBuffer2);
+        stream.capacity = capacity;
+        stream.base = dataStart;
+        file->whole = ~uint64_t(0);
+        Format::open(fcb, fib, file);
+        if (fcb->status < 10 && opened.seekable && !(fcb->requestedMode & ZVK_OPEN_OUTPUT)) {
+            bool extend = fcb->requestedMode & ZVK_OPEN_EXTEND;
+            file->whole = Format::wholeSize(fcb, file, opened.size, extend);
+            stream.seek(extend && fcb->status < 10 ? file->whole : dataStart);
+            if (fcb->status < 10 && extend && file->whole < opened.size && ftruncate(opened.descriptor, static_cast<off_t>(file->whole)))
+                failWithErrno(fcb, errno);
+        }
+    }
+    if (fcb->status > 9) {
+        ::close(opened.descriptor);
+        dropBuffers(fcb);
+        return false;
+    }
+    SequentialVerbs<Format>::setSlots(fcb, fib);
+    return true;
+}
+
+template <class Format>
+void openSequential(FCB *fcb, IPCB *element)
+{
+    const FIB *fib = zvkFibOf(fcb, element);
+    // I-O changes records in place without locks on them, so it admits no other writer.
+    ShareMode share = fcb->requestedMode & ZVK_OPEN_INPUT ? shareAllOther : fcb->requestedMode & ZVK_OPEN_IO ? shareReadOnly : shareNoOther;
+    Opened opened = openByRules(fcb, fib, share, Format::devices, false);
+    if (opened.descriptor >= 0) startSequential<Format>(fcb, fib, opened, 0);
+}
+
+// The body of a sequential module's `_IO_Init`.
+template <class Format>
+void initSequential(FCB *fcb, IPCB *element)
+{
+    const FIB *fib = zvkFibOf(fcb, element);
+    if (fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE))
+        zvkSetStatus(fcb, 37, fs2Organization);
+    else if ((fcb->requestedMode & ZVK_OPEN_IO) && !Format::rewrites)
+        zvkSetStatus(fcb, 37, fs2OpenMode);
+    else
+        fcb->open = openSequential<Format>;
+}
+
+} // namespace filesystems
+
+#endif

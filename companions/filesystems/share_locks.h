@@ -1,0 +1,37 @@
+// Sharing of files and locks on records, between processes and between two opens of one process.
+//
+// Both are advisory locks of the open file description (F_OFD_SETLK), on bytes far beyond any data: the system frees them when the descriptor
+// closes or its process dies, so a killed program leaves nothing locked. They never wait, so there is no deadlock: what another open holds gives
+// status 94 at OPEN (file in use) or 99 at a verb (record locked).
+//
+// Three bytes say who has the file open. `present` is locked shared by every open, exclusively by one that shares with nobody. `writers` is locked
+// shared by every open that writes, exclusively by one that admits no other writer. A reader that admits no writer locks `deniers` shared. Each
+// takes its locks first and looks for the other side's afterwards: of two at the same moment at least one sees the other.
+#ifndef COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
+#define COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
+
+#include <stdint.h>
+
+#include "kvr2/file_module.h"
+
+namespace filesystems {
+
+// `FIB.shareMode`, its lowest three bits.
+enum ShareMode : uint8_t { shareDefault = 0, shareAllOther = 1, shareReadOnly = 2, shareNoOther = 3 };
+// `FIB.lockMode`, its lowest three bits.
+enum LockMode : uint8_t { lockDefault = 0, lockManual = 1, lockAutomatic = 2, lockExclusive = 3 };
+
+// Takes the file for an open in this mode. False: in use, or an error; the status is set.
+bool takeFile(FCB *fcb, const FIB *fib, int descriptor, ShareMode byDefault);
+
+enum class Taken { yes, locked, failed };
+
+// Locks, looks at, and releases the lock of one record, named by any number below 2^60.
+Taken lockRecord(int descriptor, uint64_t record);
+Taken lookAtLock(int descriptor, uint64_t record);
+void unlockRecord(int descriptor, uint64_t record);
+void unlockAllRecords(int descriptor);
+
+} // namespace filesystems
+
+#endif

@@ -1,0 +1,66 @@
+#include "companions/filesystems/stored_header.h"
+
+#include <errno.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "companions/filesystems/byte_stream.h"
+
+namespace filesystems {
+
+static const char magic[8] = {'K', 'V', 'R', '2', 'F', 'I', 'L', 'E'};
+
+static uint64_t checksumOf(StoredHeader header)
+{
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&header);
+    uint64_t sum = 0xcbf29ce484222325u;
+    header.checksum = 0;
+    for (size_t i = 0; i < sizeof header; ++i) sum = (sum ^ bytes[i]) * 0x100000001b3u;
+    return sum;
+}
+
+void describeFile(const FIB *fib, StoredHeader *header)
+{
+    memset(header, 0, sizeof *header);
+    memcpy(header->magic, magic, sizeof magic);
+    memcpy(header->mark, "STL", 3);
+    header->version = 1;
+    header->organization = fib->organization;
+    header->variable = fib->minRecord != fib->maxRecord;
+    header->longest = fib->maxRecord;
+    header->shortest = fib->minRecord;
+    if (!(fib->organization & ZVK_FILE_INDEXED)) return;
+    const uint8_t *keys = reinterpret_cast<const uint8_t *>(fib) + fib->keysOffset;
+    header->keyCount = fib->keyCount;
+    for (uint32_t i = 0; i < fib->keyCount && i < mostKeys; ++i) {
+        FileKey key;
+        memcpy(&key, keys + i * sizeof key, sizeof key);
+        header->keys[i].length = key.length;
+        header->keys[i].position = key.position;
+        header->keys[i].flags = key.flags & ZVK_FILE_KEY_DUPLICATES;
+    }
+}
+
+bool writeHeader(FCB *fcb, int descriptor, StoredHeader *header)
+{
+    header->checksum = checksumOf(*header);
+    int error = writeAll(descriptor, true, header, sizeof *header, 0);
+    if (!error) return true;
+    if (ftruncate(descriptor, 0) != 0) error = errno;
+    return failWithErrno(fcb, error);
+}
+
+bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHeader *header)
+{
+    ssize_t got = pread(descriptor, header, sizeof *header, 0);
+    if (got < 0) return failWithErrno(fcb, errno);
+    if (got < 11 || memcmp(header->mark, "STL", 3) != 0 || memcmp(header->magic, magic, sizeof magic) != 0) return fail(fcb, 39, fs2Header);
+    if (got != static_cast<ssize_t>(sizeof *header) || header->checksum != checksumOf(*header)) return fail(fcb, 30, fs2Header);
+    StoredHeader wanted = expected;
+    wanted.identity = header->identity;
+    wanted.checksum = header->checksum;
+    if (memcmp(&wanted, header, sizeof wanted) != 0) return fail(fcb, 39, fs2Attributes);
+    return true;
+}
+
+} // namespace filesystems

@@ -1,0 +1,147 @@
+// A COBOL file as the compiler lays it out, in a program of its own: FIB with keys and LINAGE block, FCB, record area, FILE STATUS and feedback field.
+//
+//     CompiledFile file("rsd-" + directory.file("data"), {.longest = 20, .shortest = 20});
+//     EXPECT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+//     EXPECT_EQ(file.write("hello"), "00");
+//     EXPECT_EQ(file.close(), "00");
+//
+// The modules of the build are loaded first, so that the library finds them by their names.
+#pragma once
+
+#include <cstring>
+#include <dlfcn.h>
+#include <string>
+#include <vector>
+
+#include "kvr2/kvr2.h"
+#include "support/compiled_program.h"
+
+struct FileAttributes {
+    uint32_t longest = 100, shortest = 100;
+    uint8_t organization = 0;
+    uint8_t access = 0x80; // sequential
+    std::vector<FileKey> keys = {};
+    bool optional = false;
+    uint8_t share = 0, lock = 0; // nonzero: the file has SHARE and LOCK attributes
+    uint8_t linage = 0;
+    uint32_t body = 0, footing = 0, top = 0, bottom = 0;
+};
+
+inline void loadFileModules()
+{
+    static bool loaded = [] {
+        for (const char *name : {"zvkrflsq_64r.so", "zvkrfrsd_64r.so", "zvkrfwbrm_64r.so", "zvkrfstl_64r.so"}) {
+            std::string path = std::string(getenv("KVR2_BUILD_DIR")) + "/companions/" + name;
+            if (!dlopen(path.c_str(), RTLD_NOW)) fprintf(stderr, "%s\n", dlerror());
+        }
+        return true;
+    }();
+    (void)loaded;
+}
+
+struct CompiledFile {
+    struct Records { // stay until the process ends, as a program's do
+        struct {
+            FIB fib{};
+            FileKey keys[16]{};
+            FileLinageGroup linage[4]{};
+        } laidOut;
+        FCB fcb{};
+        FCB *fcbCell = &fcb;
+        FIB *fibCell = &laidOut.fib;
+        std::vector<uint64_t> area;
+        uint8_t *areaCell = nullptr;
+        uint8_t status[2] = {'?', '?'};
+        uint8_t *statusCell = status;
+        std::string assignment;
+    };
+    CompiledProgram program;
+    Records &all;
+    FCB *fcb;
+    FileAttributes attributes;
+    FileRequest request{}; // of the last verb
+
+    explicit CompiledFile(const std::string &assigned, const FileAttributes &wanted = {})
+        : program(newName(), [] {}), all(*new Records), fcb(&all.fcb), attributes(wanted)
+    {
+        loadFileModules();
+        FIB &fib = all.laidOut.fib;
+        all.area.resize((wanted.longest + 34) / 8 + 1);
+        all.areaCell = reinterpret_cast<uint8_t *>(all.area.data());
+        all.assignment = assigned;
+        memcpy(fib.prefix, "???", 3);
+        memcpy(fcb->eyecatcher, "FCB", 3);
+        fcb->index = fib.index = 1;
+        fib.organization = wanted.organization;
+        fib.accessMode = wanted.access;
+        fib.attributes = static_cast<uint8_t>(ZVK_FILE_ASSIGN_LITERAL | (wanted.optional ? ZVK_FILE_OPTIONAL : 0));
+        fib.maxRecord = fcb->maxRecord = wanted.longest;
+        fib.minRecord = wanted.shortest;
+        fib.keyCount = static_cast<uint32_t>(wanted.keys.size());
+        for (size_t i = 0; i < wanted.keys.size(); ++i) all.laidOut.keys[i] = wanted.keys[i];
+        fib.keysOffset = static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.keys) - reinterpret_cast<uint8_t *>(&fib));
+        fib.linageOffset = static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.linage) - reinterpret_cast<uint8_t *>(&fib));
+        fib.linage = wanted.linage;
+        uint32_t values[4] = {wanted.body, wanted.footing, wanted.top, wanted.bottom};
+        for (int i = 0; i < 4; ++i) all.laidOut.linage[i].value = values[i];
+        fib.sharing = fcb->sharing = wanted.share || wanted.lock;
+        fib.shareMode = wanted.share;
+        fib.lockMode = wanted.lock;
+        strcpy(fib.name, "DATA-FILE");
+        fib.recordArea = &all.areaCell;
+        fib.statusBase = &all.statusCell;
+        fib.assignment = all.assignment.data();
+        fib.assignmentLength = static_cast<uint16_t>(all.assignment.size());
+        program.ipcb[0].files = &all.fcbCell;
+        program.ipcb[0].fileCount = 1;
+        program.pcb.fibs = &all.fibCell;
+        _zvkPgmInit(&program.pcb);
+    }
+
+    // Every file's program is one of its own: a second one of the same name would be taken for the first.
+    static std::string newName()
+    {
+        static int count;
+        return "FILE" + std::to_string(++count);
+    }
+    std::string status() const { return std::string(all.status, all.status + 2); }
+    std::string record() const { return std::string(reinterpret_cast<const char *>(fcb->record), fcb->recordLength); }
+
+    std::string open(uint16_t mode)
+    {
+        fcb->requestedMode = mode;
+        fcb->open(fcb, program.ipcb.data());
+        return status();
+    }
+    std::string close(uint16_t options = 0)
+    {
+        fcb->closeOptions = options;
+        fcb->close(fcb, program.ipcb.data());
+        return status();
+    }
+    std::string verb(FileVerb slot, const FileRequest &wanted)
+    {
+        request = wanted;
+        slot(fcb, program.ipcb.data(), &request);
+        return status();
+    }
+    void move(const std::string &text)
+    {
+        memset(fcb->record, ' ', attributes.longest);
+        memcpy(fcb->record, text.data(), text.size() < attributes.longest ? text.size() : attributes.longest);
+    }
+    // A fixed file's record is filled with blanks.
+    std::string write(const std::string &text, FileRequest wanted = {})
+    {
+        move(text);
+        if (attributes.longest != attributes.shortest) wanted.recordLength = static_cast<uint32_t>(text.size());
+        return verb(fcb->write, wanted);
+    }
+    std::string rewrite(const std::string &text, FileRequest wanted = {})
+    {
+        move(text);
+        if (attributes.longest != attributes.shortest) wanted.recordLength = static_cast<uint32_t>(text.size());
+        return verb(fcb->rewrite, wanted);
+    }
+    std::string read(const FileRequest &wanted = {}) { return verb(fcb->read, wanted); }
+};
