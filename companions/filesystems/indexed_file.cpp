@@ -72,6 +72,8 @@ bool duplicates(const IndexedFile *file, uint32_t key) { return key && (file->ke
 
 bool failWithStore(FCB *fcb, int error)
 {
+    // LMDB says EIO when the system took only a part of what it wrote: the disk or the file-size limit is full.
+    if (error == EIO) return fail(fcb, 34, fs2Full);
     if (error > 0) return failWithErrno(fcb, error);
     if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
     return fail(fcb, 30, fs2Store);

@@ -193,7 +193,9 @@ TEST(Indexed, AgreesWithAMapOverRandomVerbs)
         } else {
             file.move(record);
             ASSERT_EQ(file.read(), model.count(key) ? "00" : "23");
-            if (model.count(key)) { ASSERT_EQ(file.record(), model[key]); }
+            if (model.count(key)) {
+                ASSERT_EQ(file.record(), model[key]);
+            }
         }
     }
     ASSERT_EQ(file.close(), "00");
@@ -229,17 +231,24 @@ TEST(Indexed, StartWithEveryRelationAndBothDirections)
     file.close();
     for (uint16_t mode : {ZVK_OPEN_INPUT, ZVK_OPEN_IO}) {
         ASSERT_EQ(file.open(mode), "00");
-        struct { uint32_t relation; const char *key; uint32_t length; int next; } cases[] = {
-            {ZVK_RELATION_EQUAL, "ABAAAA", 0, 1},       {ZVK_RELATION_EQUAL, "AB", 2, 1},       {ZVK_RELATION_EQUAL, "AC", 2, -1},
-            {ZVK_RELATION_GREATER, "AB", 2, 3},         {ZVK_RELATION_GREATER, "CAAAAA", 0, -1}, {ZVK_RELATION_NOT_LESS, "ABB", 3, 2},
-            {ZVK_RELATION_LESS, "AB", 2, 0},            {ZVK_RELATION_LESS, "AAAAAA", 0, -1},   {ZVK_RELATION_NOT_GREATER, "AB", 2, 2},
-            {ZVK_RELATION_NOT_GREATER, "ZZ", 2, 3},     {ZVK_RELATION_FIRST, "", 0, 0},         {ZVK_RELATION_LAST, "", 0, 3},
+        struct {
+            uint32_t relation;
+            const char *key;
+            uint32_t length;
+            int next;
+        } cases[] = {
+            {ZVK_RELATION_EQUAL, "ABAAAA", 0, 1},   {ZVK_RELATION_EQUAL, "AB", 2, 1},        {ZVK_RELATION_EQUAL, "AC", 2, -1},
+            {ZVK_RELATION_GREATER, "AB", 2, 3},     {ZVK_RELATION_GREATER, "CAAAAA", 0, -1}, {ZVK_RELATION_NOT_LESS, "ABB", 3, 2},
+            {ZVK_RELATION_LESS, "AB", 2, 0},        {ZVK_RELATION_LESS, "AAAAAA", 0, -1},    {ZVK_RELATION_NOT_GREATER, "AB", 2, 2},
+            {ZVK_RELATION_NOT_GREATER, "ZZ", 2, 3}, {ZVK_RELATION_FIRST, "", 0, 0},          {ZVK_RELATION_LAST, "", 0, 3},
         };
         for (auto &c : cases) {
             file.move(c.key);
             string status = file.verb(file.fcb->start, {.relation = c.relation, .keyLength = c.length});
             EXPECT_EQ(status, c.next < 0 ? "23" : "00") << c.relation << c.key;
-            if (c.next < 0) { EXPECT_EQ(file.read({.options = ZVK_REQUEST_NEXT}), "46"); }
+            if (c.next < 0) {
+                EXPECT_EQ(file.read({.options = ZVK_REQUEST_NEXT}), "46");
+            }
             for (int i = c.next; i >= 0; --i) {
                 ASSERT_EQ(file.read({.options = ZVK_REQUEST_PREVIOUS}), "00");
                 EXPECT_EQ(file.record().substr(0, 6), keys[i]);
@@ -267,7 +276,9 @@ TEST(Open, RefusalsLeaveTheFileUnharmed)
         for (uint16_t mode : {ZVK_OPEN_INPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_EXTEND}) {
             EXPECT_EQ(CompiledFile(prefix + directory.file("dir")).open(mode), "37") << prefix << mode;
             EXPECT_EQ(CompiledFile(prefix + directory.file("pipe")).open(mode), "37") << prefix << mode;
-            if (mode != ZVK_OPEN_OUTPUT) { EXPECT_EQ(CompiledFile(prefix + directory.file("none")).open(mode), "35"); }
+            if (mode != ZVK_OPEN_OUTPUT) {
+                EXPECT_EQ(CompiledFile(prefix + directory.file("none")).open(mode), "35");
+            }
         }
     EXPECT_EQ(CompiledFile("stl-" + directory.file("text")).open(ZVK_OPEN_EXTEND), "39");
     EXPECT_EQ(readFile(directory.file("text")), "just a text, no records\n");

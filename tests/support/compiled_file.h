@@ -31,7 +31,12 @@ inline void loadFileModules()
 {
     static bool loaded = [] {
         for (const char *name : {"zvkrflsq_64r.so", "zvkrfrsd_64r.so", "zvkrfwbrm_64r.so", "zvkrfstl_64r.so"}) {
-            std::string path = std::string(getenv("KVR2_BUILD_DIR")) + "/companions/" + name;
+#ifdef KVR2_FILE_MODULES // of a program that is not started by the tests' main
+            const char *modules = KVR2_FILE_MODULES;
+#else
+            const std::string modules = std::string(getenv("KVR2_BUILD_DIR")) + "/companions";
+#endif
+            std::string path = std::string(modules) + "/" + name;
             if (!dlopen(path.c_str(), RTLD_NOW)) fprintf(stderr, "%s\n", dlerror());
         }
         return true;
