@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -24,6 +25,42 @@ Part partOf(const char *locale, char what)
     if (what == 'l') return {locale, language};
     const char *at = strchr(locale, what == 't' ? '_' : '.');
     return at ? Part{at + 1, strcspn(at + 1, ".@")} : Part{"", 0};
+}
+
+// A compiled catalog is, in words of 32 bits, a magic number, the size and the depth of its tables; the table, size times depth entries of set,
+// message and offset of the text; the same table in the other byte order; then the texts, each with a zero byte behind it.
+constexpr size_t kHeadSize = 12;
+constexpr size_t kEntrySize = 12;
+
+uint32_t wordAt(const uint8_t *bytes, size_t at)
+{
+    uint32_t word;
+    memcpy(&word, bytes + at, sizeof word);
+    return word;
+}
+
+bool holdsItsTexts(const uint8_t *bytes, size_t size)
+{
+    constexpr uint32_t magic = 0x960408de;
+    bool swapped = wordAt(bytes, 0) == __builtin_bswap32(magic);
+    if (!swapped && wordAt(bytes, 0) != magic) return false;
+    uint32_t width = wordAt(bytes, 4), depth = wordAt(bytes, 8);
+    if (swapped) {
+        width = __builtin_bswap32(width);
+        depth = __builtin_bswap32(depth);
+    }
+    const uint64_t entries = uint64_t{width} * depth;
+    if (entries == 0 || entries > (size - kHeadSize) / (2 * kEntrySize)) return false;
+    const size_t tableSize = static_cast<size_t>(entries) * kEntrySize;
+    const size_t texts = kHeadSize + 2 * tableSize;
+    // A text that begins in front of the file's last zero byte, or on it, ends in the file.
+    size_t end = size;
+    while (end > texts && bytes[end - 1] != 0) end--;
+    // The table of this machine's byte order is the one that is used: the second one where the head is swapped.
+    const size_t table = kHeadSize + (swapped ? tableSize : 0);
+    for (size_t entry = table; entry < table + tableSize; entry += kEntrySize)
+        if (wordAt(bytes, entry + 8) >= end - texts) return false;
+    return true;
 }
 
 } // namespace
@@ -53,16 +90,16 @@ bool zvkCatalogIsWhole(const char *path)
 {
     int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return false;
+    bool whole = false;
     struct stat status;
-    uint32_t head[3]; // magic, size and depth of the tables
-    bool readable = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && read(descriptor, head, sizeof head) == sizeof head;
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > static_cast<off_t>(kHeadSize)) {
+        auto size = static_cast<size_t>(status.st_size);
+        void *bytes = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor, 0);
+        if (bytes != MAP_FAILED) {
+            whole = holdsItsTexts(static_cast<const uint8_t *>(bytes), size);
+            munmap(bytes, size);
+        }
+    }
     close(descriptor);
-    if (!readable) return false;
-    constexpr uint32_t magic = 0x960408de;
-    if (head[0] != magic && head[0] != __builtin_bswap32(magic)) return false;
-    if (head[0] != magic)
-        for (uint32_t &word : head) word = __builtin_bswap32(word);
-    // Two copies of the tables, one for each byte order, of three words an entry.
-    uint64_t entries = uint64_t{head[1]} * head[2];
-    return entries > 0 && entries <= UINT32_MAX / 24 && sizeof head + 24 * entries < static_cast<uint64_t>(status.st_size);
+    return whole;
 }

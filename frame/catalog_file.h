@@ -7,6 +7,6 @@
 // code set. False for a path that is too long.
 bool zvkCatalogCandidate(const char *entry, const char *end, const char *locale, char *path, size_t size);
 
-// Whether a file is a compiled catalog with all the tables that its head tells of. The system's catopen reads these tables before it looks at the file's
-// size, so a catalog that was cut off would take the process down.
+// Whether a file is a compiled catalog that holds the tables that its head tells of, and all texts that these point to. The system's catopen reads
+// the tables before it looks at the file's size and follows an offset a good way beyond its end, so a damaged catalog would take the process down.
 bool zvkCatalogIsWhole(const char *path);

@@ -64,7 +64,7 @@ FILE *openAssigned(const Device &device, const char *value)
     char name[4096];
     snprintf(name, sizeof name, "%s", expandOutputName(value, 0, device.defaultWord));
     FILE *stream = fopen(name, device.mode);
-    if (strcmp(name, value) != 0) printf("Creating %s file: %s\n", device.title, name);
+    if (stream && strcmp(name, value) != 0) printf("Creating %s file: %s\n", device.title, name);
     return stream;
 }
 

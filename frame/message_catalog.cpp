@@ -32,11 +32,12 @@ constexpr Signature kSignatures[] = {
 #include "message_inserts.inc"
 };
 
+// Null for a number that is not in the table.
 const char *insertsOf(uint32_t number, uint32_t variant)
 {
     auto at = std::lower_bound(std::begin(kSignatures), std::end(kSignatures), number,
                                [](const Signature &row, uint32_t wanted) { return row.number < wanted; });
-    const char *inserts = "";
+    const char *inserts = nullptr;
     for (; at != std::end(kSignatures) && at->number == number; at++)
         if (at->variant == -1 || at->variant == static_cast<int32_t>(variant)) inserts = at->inserts;
     return inserts;
@@ -47,6 +48,14 @@ struct Conversion {
     int position; // 0: the next one
     char type;    // 0: none that a text may have
 };
+
+// Moves over the digits of a width or precision; false for one that no text can mean.
+bool skipExtent(const char *&at)
+{
+    size_t digits = strspn(at, "0123456789");
+    at += digits;
+    return digits <= 3;
+}
 
 // Reads the conversion behind a "%", which is not another "%", and moves on behind it.
 Conversion readConversion(const char *&at)
@@ -60,8 +69,8 @@ Conversion readConversion(const char *&at)
         at = end + 1;
     }
     at += strspn(at, "-+ #0");
-    at += strspn(at, "0123456789");
-    if (*at == '.') at += 1 + strspn(at + 1, "0123456789");
+    if (!skipExtent(at)) return conversion;
+    if (*at == '.' && !skipExtent(++at)) return conversion;
     bool isLong = false;
     for (; *at && strchr("hlzjt", *at); at++) isLong |= *at != 'h';
     switch (*at) {
@@ -91,20 +100,43 @@ Conversion readConversion(const char *&at)
     return conversion;
 }
 
-nl_catd openUnder(const char *locale)
+// The text of a number that is a site's own.
+bool foreignTextFits(const char *format)
 {
-    char path[PATH_MAX];
-    const char *search = getenv("NLSPATH");
-    for (const char *entry = search ? search : ""; *entry;) {
+    for (const char *at = format; (at = strchr(at, '%')); at++) {
+        at++;
+        if (*at == '%') continue;
+        at += strspn(at, "0123456789$-+ #'*.hlLjzt");
+        if (!*at || !strchr("diouxXcspeEfFgGaA", *at)) return false;
+    }
+    return true;
+}
+
+nl_catd openFromList(const char *list, const char *locale)
+{
+    char path[PATH_MAX] = "./";
+    char *name = path + 2;
+    for (const char *entry = list; *entry;) {
         const char *end = strchrnul(entry, ':');
-        // A name with a "/" in it is opened as it stands. One that is not whole would be read beyond its end.
-        if (zvkCatalogCandidate(entry, end, locale, path, sizeof path) && strchr(path, '/') && zvkCatalogIsWhole(path)) {
-            nl_catd opened = catopen(path, NL_CAT_LOCALE);
+        if (zvkCatalogCandidate(entry, end, locale, name, sizeof path - 2)) {
+            // A name with a "/" in it is opened as it stands. One that is not whole would be read beyond its end.
+            const char *whole = strchr(name, '/') ? name : path;
+            nl_catd opened = zvkCatalogIsWhole(whole) ? catopen(whole, NL_CAT_LOCALE) : kClosed;
             if (opened != kClosed) return opened;
         }
         entry = *end ? end + 1 : end;
     }
     return kClosed;
+}
+
+// As catopen finds a catalog, but one that is not whole is passed over.
+nl_catd openUnder(const char *locale)
+{
+    constexpr char systemList[] = "/usr/share/locale/%L/%N:/usr/share/locale/%L/LC_MESSAGES/%N:"
+                                  "/usr/share/locale/%l/%N:/usr/share/locale/%l/LC_MESSAGES/%N";
+    const char *list = getenv("NLSPATH");
+    nl_catd opened = list ? openFromList(list, locale) : kClosed;
+    return opened != kClosed ? opened : openFromList(systemList, locale);
 }
 
 // The locale of messages, then the forms of its name from the fullest to the barest, then names that a catalog is likely to be installed under.
@@ -163,18 +195,18 @@ void setDefaults()
 } // namespace
 
 MessageSettings messageSettings = {
-    {'Z', 'V', 'K'}, {'I', 'W', 'S', 'C'}, "Insufficient storage. Cannot find space for message %d.", true, nullptr, 0};
+    {'Z', 'V', 'K'}, {'I', 'W', 'S', 'C'}, "Insufficient storage. Cannot find space for message %d.", false, nullptr, 0};
 
 void zvkOpenCatalog()
 {
     if (zvkCatalogIsOpen() || messageSettings.bufferSize) return;
     setDefaults();
     catalog = openUnderSomeLocale();
-    messageSettings.singleByte = MB_CUR_MAX == 1;
     if (!zvkCatalogIsOpen()) {
         zvkCloseCatalog();
         return;
     }
+    messageSettings.singleByte = MB_CUR_MAX == 1;
     readNoSpaceText();
     readControlRecord();
     size_t size = (messageSettings.bufferSize + 15) & ~size_t{15};
@@ -198,6 +230,7 @@ bool zvkCatalogIsOpen() { return catalog != kClosed; }
 
 bool zvkTextFits(const char *format, const char *inserts)
 {
+    if (!inserts) return foreignTextFits(format);
     int known = static_cast<int>(strlen(inserts));
     int next = 0, highest = 0;
     bool positional = false, sequential = false;

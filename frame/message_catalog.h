@@ -11,7 +11,7 @@ struct MessageSettings {
     char prefix[3];          // in front of each number
     char severityLetters[4]; // for the severities 0 to 3
     char noSpaceText[80];    // where there is no buffer for a text
-    bool singleByte;         // the locale's; only then are lines wrapped
+    bool singleByte;         // the locale's, when a catalog was opened; only then are lines wrapped
     char *buffer;            // the process's one text buffer, null if it could not be had or the catalog is closed
     size_t bufferSize;
 };
@@ -25,5 +25,6 @@ bool zvkCatalogIsOpen();
 // as missing: a translated catalog must not be able to crash a program.
 const char *zvkCatalogText(uint32_t number, uint32_t variant);
 
-// Whether a format asks for no other inserts than `inserts` tells: s a string, d 32 bits, l 64 bits, p an address.
+// Whether a format asks for no other inserts than `inserts` tells: s a string, d 32 bits, l 64 bits, p an address. Null stands for a number that the library
+// does not know, one of a site's own: its inserts are between the catalog and its caller, and only %n and what is no conversion are refused.
 bool zvkTextFits(const char *format, const char *inserts);

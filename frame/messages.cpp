@@ -31,6 +31,9 @@ constexpr char kExitDefaults[2][64] = {"  ZVK901S Program exits due to severe or
 
 enum Ending : int32_t { kGoesOn = 0, kSevere = 1, kTooManyErrors = -1 };
 
+// Kept free behind a message's own text for what must not be lost: its line end, the line ZVK901S, the empty line.
+constexpr size_t kTail = 80;
+
 // The text while it is composed: never longer than its storage.
 struct Composer {
     char *text;
@@ -134,7 +137,8 @@ const char *exitText(Ending ending)
 {
     uint32_t variant = ending == kSevere ? 0 : 1;
     const char *text = messageSettings.buffer ? zvkCatalogText(kExit, variant) : nullptr;
-    return text ? text : kExitDefaults[variant];
+    // Behind the first two characters, as of any text: the line begins with "ZVK", which is what a monitor's routine is told of.
+    return (text ? text : kExitDefaults[variant]) + 2;
 }
 
 unsigned lineWidth(bool toString)
@@ -198,6 +202,7 @@ uint32_t writeToString(uint32_t number, uint32_t control, va_list *args)
     composeText(out, number, control & 0xFF, 0, args);
     out.addf("\n");
     if (messageSettings.singleByte) out.length = zvkWrapText(out.text, out.size, lineWidth(true));
+    // The message stream is left alone: a lock that stayed with this thread would stop every other thread's next message.
     copyResult(out, result, size);
     return 0;
 }
@@ -210,7 +215,9 @@ uint32_t writeToStream(uint32_t number, uint32_t control, va_list *args)
     out.text[0] = 0;
     size_t letterColumn = writeHeading(out, number);
     uint32_t shown = explainLack(out, number);
+    out.size -= kTail;
     int severity = composeText(out, shown, control & 0xFF, letterColumn, args);
+    out.size += kTail;
     out.addf("\n");
 
     if (control & ZVK_MSG_SEVERE) severity = 2;

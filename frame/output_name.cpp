@@ -1,6 +1,6 @@
 // Names of output files: COBOUTDIR, and for a value that ends in "%" the program, time, zone and process id.
 //
-//     SYSOUT=/tmp/out%   in program LEDGER   ->   /tmp/out.LEDGER.20240607.101530.004711+100.1234
+//     SYSOUT=/tmp/out%   in program LEDGER   ->   /tmp/out.LEDGER.20240607.101530.004711+0100.1234
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -57,7 +57,7 @@ void reportFailure(char *name, size_t nameSize, int cause)
 {
     if (cause == kNoAddress) {
         // All bits of the control word are set here, which among others is string mode: the text goes into a buffer and nothing is shown.
-        zvkWriteMsg(96, ~uint32_t{0}, name, nameSize, 0);
+        zvkWriteMsg(96, ~uint32_t{0}, name, nameSize, name, name, 0);
         return;
     }
     zvkWriteMsg(96, static_cast<uint32_t>(cause - 1), name, name, 0);

@@ -27,6 +27,25 @@ bool wantsLines()
     return value && *value && *value != '0';
 }
 
+// A path as one word of the shell's; the directories of dynamically called programs may have any name. False if it is too long.
+bool quote(const char *path, char *word, size_t size)
+{
+    size_t length = 0;
+    auto add = [&](const char *text) {
+        while (*text && length + 1 < size) word[length++] = *text++;
+        return *text == 0;
+    };
+    bool plain = path[strspn(path, "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+")] == 0;
+    bool fits = plain || add("'");
+    for (; *path && fits; path++) {
+        const char one[] = {*path, 0};
+        fits = add(*path == '\'' ? "'\\''" : one);
+    }
+    fits = fits && (plain || add("'"));
+    word[length] = 0;
+    return fits;
+}
+
 // One frame as backtrace_symbols shows it, "object(function+offset) [0xaddress]", and the source line of the address.
 void printWithLine(const char *symbol, FILE *stream)
 {
@@ -36,8 +55,10 @@ void printWithLine(const char *symbol, FILE *stream)
     uintptr_t address = strtoul(bracket + 1, nullptr, 16);
     Dl_info info;
     if (!dladdr(reinterpret_cast<void *>(address), &info) || !info.dli_fname) return;
-    char command[4096];
-    int length = snprintf(command, sizeof command, "/usr/bin/addr2line -a -f -C -s -p -e %s 0x%lx 2>/dev/null\n", info.dli_fname,
+    char object[4096];
+    if (!quote(info.dli_fname, object, sizeof object)) return;
+    char command[sizeof object + 128];
+    int length = snprintf(command, sizeof command, "/usr/bin/addr2line -a -f -C -s -p -e %s 0x%lx 2>/dev/null\n", object,
                           static_cast<unsigned long>(address - reinterpret_cast<uintptr_t>(info.dli_fbase)));
     if (length < 0 || static_cast<size_t>(length) >= sizeof command) return;
     fflush(stream);

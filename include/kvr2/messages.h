@@ -22,9 +22,10 @@
  * | 0x0400 | no traceback |
  * | 0x0800 | severity 2, whatever the catalog says |
  * | 0x1000 | severity 0, whatever the catalog says |
- * | 0x2000 | the text goes into a buffer instead: the first two inserts are its address and its size in bytes (32 bits) |
+ * | 0x2000 | the text goes into a buffer instead, cut to its size: the first two inserts are its address and its size in bytes (32 bits); nothing is written, nothing ends |
  *
- * The inserts must be those that docs/messages.md lists for the number. A catalog text that asks for others is treated as missing.
+ * The inserts must be those that docs/messages.md lists for the number; a catalog text that asks for others is treated as missing. A site may add
+ * numbers of its own to the catalog; their inserts are between its texts and its callers.
  */
 #ifndef KVR2_MESSAGES_H
 #define KVR2_MESSAGES_H

@@ -5,15 +5,18 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <dlfcn.h>
 #include <fstream>
 #include <regex>
 #include <string>
 #include <thread>
+#include <unistd.h>
 
 #include "frame/message_catalog.h"
 #include "frame/message_wrap.h"
 #include "frame/messages.h"
 #include "frame/run_unit.h"
+#include "frame/traceback.h"
 #include "support/child.h"
 #include "support/compiled_program.h"
 #include "support/require.h"
@@ -75,9 +78,14 @@ TEST(MessageCatalog, TextsMustFitTheirInserts)
                                         {"%", "s"},
                                         {"%-", "s"},
                                         {"%f", "d"},
+                                        {"%1000000d", "d"},
+                                        {"%.1000000s", "s"},
                                         {"%99999999999$s", "s"},
                                         {"%0$s", "s"}})
         EXPECT_FALSE(zvkTextFits(text, inserts)) << text;
+    for (const char *text : {"%s %d of 100%%", "%*.*s and %8.3f", "%2$s %1$ld"})
+        EXPECT_TRUE(zvkTextFits(text, nullptr)) << "a site's own: " << text;
+    for (const char *text : {"%n", "%s %hn", "%", "%l", "%!"}) EXPECT_FALSE(zvkTextFits(text, nullptr)) << text;
 }
 
 // One line of a test's catalog source; the control record comes by itself.
@@ -113,7 +121,7 @@ TEST(Messages, LineFormAndSeverity)
     run = writing({}, [] { zvkWriteMsg(903, ZVK_MSG_NO_TRACEBACK); });
     EXPECT_EQ(run.signal, SIGABRT);
     EXPECT_EQ(run.err, "ZVK903S  A packed or zoned decimal item holds data that is no number.\n"
-                       "  ZVK901S Program exits due to severe or critical error.\n\n");
+                       "ZVK901S Program exits due to severe or critical error.\n\n");
     run = writing({}, [] { zvkWriteMsg(168, ZVK_MSG_SEVERE); });
     EXPECT_EQ(run.signal, SIGABRT);
     EXPECT_LT(run.err.find("  Traceback:\n"), run.err.find("    --- End of call chain ---\nZVK168W"));
@@ -144,7 +152,7 @@ TEST(Messages, BudgetOfWarnings)
     });
     EXPECT_EQ(run.signal, SIGABRT);
     EXPECT_TRUE(contains(run.err, "2\nZVK168W"));
-    EXPECT_TRUE(contains(run.err, "  ZVK901S Program exits: more than ERRCOUNT errors occurred.\n"));
+    EXPECT_TRUE(contains(run.err, "\nZVK901S Program exits: more than ERRCOUNT errors occurred.\n"));
     EXPECT_EQ(run.err.find("ZVK901S"), run.err.rfind("ZVK901S"));
 }
 
@@ -157,9 +165,10 @@ TEST(Messages, TextIntoABuffer)
     EXPECT_STREQ(text, "");
     char eras[400];
     zvkWriteMsg(216, ZVK_MSG_TO_STRING, eras, sizeof eras);
-    EXPECT_EQ(string(eras).substr(0, 12), "5 {Meiji } 1");
+    EXPECT_STREQ(eras, "5 {明治} 1868 10 23 45 {大正} 1912 7 30 15 {昭和} 1926 12 25 64 {平成} 1989 1 8 31 {令和} 2019 5 1 7981")
+        << "six bytes a name, whatever the locale";
     zvkWriteMsg(216, ZVK_MSG_TO_STRING | 1, eras, sizeof eras);
-    EXPECT_STREQ(eras, "1 {MinGuo} 1912 1 1 8088");
+    EXPECT_STREQ(eras, "1 {民國} 1912 1 1 8088");
 }
 
 TEST(Messages, NothingIsWrappedInAMultibyteLocale)
@@ -181,11 +190,12 @@ TEST(Messages, WithoutACatalog)
     for (const string &path : {string("/nowhere/%N"), empty.file("%N")}) {
         ChildRun run = writing({.env = {{"NLSPATH", path}}}, [] { zvkWriteMsg(168, ZVK_MSG_NO_TRACEBACK); });
         EXPECT_EQ(run.signal, SIGABRT) << "the text of 994 is severe";
-        string flat = std::regex_replace(run.err, std::regex("\\s+"), " ");
-        EXPECT_TRUE(contains(flat, "ZVK168Cannot find message catalog kvr2run.cat in NLSPATH. Message number is 168.")) << run.err;
-        EXPECT_TRUE(contains(flat, "Cannot find message 994 in kvr2run.cat")) << run.err;
-        EXPECT_TRUE(contains(flat, "ZVK901S Program exits due to severe or critical error.")) << run.err;
+        EXPECT_EQ(run.err, "ZVK168Cannot find message catalog kvr2run.cat in NLSPATH. Message number is 168. Cannot find message 994 in "
+                           "kvr2run.cat\nZVK901S Program exits due to severe or critical error.\n\n")
+            << "and not wrapped: what the locale is like is not known without a catalog";
     }
+    ChildRun unreadable = writing({.env = {{"NLSPATH", empty.path()}}}, [] { zvkWriteMsg(168, ZVK_MSG_INFORM); });
+    EXPECT_TRUE(contains(unreadable.err, "Message number is 168.")) << "a directory is no catalog: " << unreadable.err;
     // After the runtime's end the 256 bytes on the stack have to do.
     ChildRun run = runChild([] {
         zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
@@ -243,6 +253,101 @@ TEST(Messages, BrokenCatalogsAreHarmless)
     EXPECT_EQ(damaged.status, 0) << damaged.err << "signal " << damaged.signal;
 }
 
+// Offsets that leave the file only by a little are those that the system follows without a look.
+TEST(Messages, NoTextOfADamagedCatalogLeavesTheFile)
+{
+    string whole = readFile(string(getenv("KVR2_BUILD_DIR")) + "/usr/share/locale/C/kvr2run.cat");
+    uint32_t head[3];
+    ASSERT_GT(whole.size(), sizeof head);
+    memcpy(head, whole.data(), sizeof head);
+    const uint32_t entries = head[1] * head[2];
+    const size_t texts = sizeof head + 24 * size_t{entries};
+    ASSERT_GT(whole.size(), texts);
+    TemporaryDirectory directory;
+    ChildRun run = runChild([&] {
+        setenv("NLSPATH", directory.file("%N").c_str(), 1);
+        auto tryIt = [&](const string &content, bool sound) {
+            zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
+            writeFile(directory.file("kvr2run.cat"), content);
+            zvkWriteMsg(0, ZVK_MSG_OPEN_CATALOG);
+            REQUIRE(zvkCatalogIsOpen() == sound);
+            char text[200];
+            zvkWriteMsg(903, ZVK_MSG_TO_STRING, text, sizeof text);
+        };
+        tryIt(whole, true);
+        const auto size = static_cast<uint32_t>(whole.size() - texts);
+        for (uint32_t beyond = 0; beyond < 24 * entries; beyond += beyond < 16 ? 1 : 501) {
+            string changed = whole;
+            uint32_t offset = size + beyond;
+            memcpy(&changed[sizeof head + 12 * size_t{beyond % entries} + 8], &offset, sizeof offset);
+            tryIt(changed, false);
+        }
+        string unended = whole;
+        unended.back() = 'x';
+        tryIt(unended, false);
+    });
+    EXPECT_EQ(run.status, 0) << run.err << "signal " << run.signal;
+}
+
+// Every text of the catalog takes exactly the inserts that the library knows for it.
+TEST(Messages, EveryTextIsFormatted)
+{
+    struct Row {
+        uint32_t number;
+        int32_t variant;
+        const char *inserts;
+    };
+    static const Row rows[] = {
+#include "message_inserts.inc"
+    };
+    size_t texts = 0;
+    for (const Row &row : rows) {
+        uint64_t values[6] = {};
+        for (size_t i = 0; row.inserts[i]; i++) values[i] = row.inserts[i] == 's' ? reinterpret_cast<uint64_t>("SOME-NAME") : 4711;
+        for (uint32_t variant = 0; variant < 100; variant++) {
+            if (row.variant >= 0 && static_cast<uint32_t>(row.variant) != variant) continue;
+            bool own = false; // a row of the variant's own goes before the set's
+            for (const Row &other : rows)
+                own |= row.variant < 0 && other.number == row.number && other.variant == static_cast<int32_t>(variant);
+            if (own || !zvkCatalogText(row.number, variant)) {
+                EXPECT_FALSE(variant == 0 && row.variant < 0 && row.number != 201) << row.number << " has no text that fits its inserts";
+                continue;
+            }
+            char text[512] = "";
+            zvkWriteMsg(row.number, ZVK_MSG_TO_STRING | variant, text, sizeof text, values[0], values[1], values[2], values[3], values[4],
+                        values[5]);
+            EXPECT_FALSE(contains(text, "Cannot find message") && row.number != 994) << row.number << ": " << text;
+            EXPECT_GT(strlen(text), 10u) << row.number;
+            texts++;
+        }
+    }
+    EXPECT_GT(texts, 130u);
+}
+
+TEST(Messages, ALongInsertLeavesRoomForTheEnding)
+{
+    static const string option(9000, 'x');
+    ChildRun run = writing({}, [] { zvkWriteMsg(171, ZVK_MSG_NO_TRACEBACK | ZVK_MSG_SEVERE, option.c_str()); });
+    EXPECT_EQ(run.signal, SIGABRT);
+    EXPECT_TRUE(contains(run.err, "x\nZVK901S Program exits due to severe or critical error.\n\n"));
+    EXPECT_LE(run.err.size(), 4096u);
+}
+
+TEST(Messages, ASiteMayHaveNumbersOfItsOwn)
+{
+    Catalog own("$set 5000\n1 1 Order %d of %s: %.2f\n");
+    ChildRun run = writing(own.options(), [] {
+        REQUIRE(_zvkWriteERRmsg(5000, 0, 7, "LEDGER", 1.5) == 0);
+        // Relative to the working directory, too.
+        REQUIRE(chdir(getenv("NLSPATH") ? string(getenv("NLSPATH"), strlen(getenv("NLSPATH")) - 3).c_str() : "/") == 0);
+        setenv("NLSPATH", "%N", 1);
+        zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
+        zvkWriteMsg(0, ZVK_MSG_OPEN_CATALOG);
+        zvkWriteMsg(5000, 0, 8, "JOURNAL", 0.25);
+    });
+    EXPECT_EQ(run.err, "ZVK5000W Order 7 of LEDGER: 1.50\n\nZVK5000W Order 8 of JOURNAL: 0.25\n\n");
+}
+
 struct Sent {
     int32_t exiting;
     string text;
@@ -282,8 +387,11 @@ TEST(Messages, HostsRoutineGetsThem)
         _zvkProccom->runcom->token = 77;
         static const string option(70, 'x'); // the jump to the epilogue destroys nothing
         REQUIRE(compiledMain(task, [] { zvkWriteMsg(171, ZVK_MSG_NO_TRACEBACK | ZVK_MSG_SEVERE, option.c_str()); }) == 6);
-        REQUIRE(sent.size() >= 3 && contains(sent.back().text, "ZVK901S")); // line by line, none of them a newline alone
-        for (const Sent &line : sent) REQUIRE(!contains(line.text, "\n") && !line.text.empty());
+        REQUIRE(sent.size() >= 3 && sent.back().text.substr(0, 7) == "ZVK901S"); // line by line, none of them a newline alone
+        for (const Sent &line : sent) {
+            REQUIRE(!contains(line.text, "\n") && !line.text.empty());
+            REQUIRE(line.exiting == (&line == &sent.back()));
+        }
     });
     EXPECT_EQ(run.status, 0) << run.err;
 }
@@ -300,6 +408,33 @@ TEST(Messages, MessageStreamIsAFileWhereCobmsgsSaysSo)
     EXPECT_TRUE(contains(readFile(match[1]), "ZVK168W"));
     run = writing({.env = {{"COBMSGS", "/nowhere/at/all"}}}, [] { zvkWriteMsg(168, 0); });
     EXPECT_TRUE(contains(run.err, "ZVK168W")) << "a file that cannot be opened leaves stderr";
+    run = writing({.env = {{"COBMSGS", "log%"}, {"COBOUTDIR", "/nowhere"}}}, [] { zvkWriteMsg(168, 0); });
+    EXPECT_TRUE(contains(run.err, "ZVK168W"));
+    EXPECT_EQ(run.out, "") << "no file is announced that is not there";
+}
+
+TEST(Traceback, SourceLinesOfAnObjectOfAnyName)
+{
+    TemporaryDirectory directory;
+    const string object = directory.file("it's $(touch trap).so");
+    writeFile(directory.file("hop.c"), "void hop(void (*back)(void)) { back(); __asm__(\"\"); }\n");
+    ChildRun built = runCommand({"cc", "-g", "-O0", "-shared", "-fPIC", "-o", object, directory.file("hop.c")});
+    ASSERT_EQ(built.status, 0) << built.err;
+    auto hop = [&] {
+        void *handle = dlopen(object.c_str(), RTLD_NOW);
+        REQUIRE(handle);
+        reinterpret_cast<void (*)(void (*)())>(dlsym(handle, "hop"))([] { zvkTraceback(0, nullptr); });
+    };
+    ChildRun lines = runChild(hop, {.env = {{"traceback_lines", "1"}}, .directory = directory.path()});
+    EXPECT_EQ(lines.status, 0);
+    EXPECT_TRUE(contains(lines.out, "hop.c:1")) << lines.out << lines.err;
+    EXPECT_TRUE(contains(lines.err, "  Traceback:\n") && contains(lines.err, "    --- End of call chain ---\n"));
+    EXPECT_NE(access(directory.file("trap").c_str(), F_OK), 0) << "the shell must not read the object's name";
+    for (const char *off : {"0", ""}) {
+        ChildRun plain = runChild(hop, {.env = {{"traceback_lines", off}}});
+        EXPECT_EQ(plain.out, "");
+        EXPECT_TRUE(contains(plain.err, "(hop+0x")) << plain.err;
+    }
 }
 
 } // namespace
