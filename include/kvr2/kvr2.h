@@ -6,6 +6,7 @@
 #include "kvr2/code_pages.h"
 #include "kvr2/console.h"
 #include "kvr2/decimal.h"
+#include "kvr2/decimal_conversions.h"
 #include "kvr2/edited_moves.h"
 #include "kvr2/file_module.h"
 #include "kvr2/file_records.h"

@@ -1,0 +1,250 @@
+// The conversion matrix: packed to the five zoned forms and back, and the 25 cells between zoned forms.
+//
+// One plan for all cells: validate, move the digits, write the sign in the destination's form. What differs is on purpose and compiled programs know it so:
+// out of packed the test for a negative zero looks at the source, between zoned forms and into packed at the destination; letters for signs (the EBCDIC
+// convention) take the source's own letter where it has one; the unsigned form into packed skips signs and blanks around its digits.
+#include <cstdio>
+#include <string>
+#include <type_traits>
+
+#include "decimal/conversion_workers.h"
+#include "decimal/dump.h"
+#include "decimal/entry.h"
+#include "decimal/packed.h"
+#include "decimal/validation.h"
+#include "decimal/zoned.h"
+#include "kvr2/decimal_conversions.h"
+
+namespace bcd {
+namespace {
+
+template <class Form>
+constexpr bool isPacked = std::is_same_v<Form, forms::Pckd>;
+template <class A, class B>
+constexpr bool same = std::is_same_v<A, B>;
+
+template <class Form>
+constexpr bool isSeparate()
+{
+    if constexpr (isPacked<Form>)
+        return false;
+    else
+        return Form::separate;
+}
+
+// The two overpunched forms, whose sign byte can be a letter.
+template <class Form>
+constexpr bool isOverpunched = same<Form, forms::ZndTO> || same<Form, forms::ZndLO>;
+
+void cleanLast(uint8_t *digits, int32_t n) { digits[n - 1] = zonedDigit(digits[n - 1]); }
+
+// ---- Titles of the dump. Two of them are slips that stay.
+
+template <class From, class To>
+const char *title()
+{
+    if constexpr (same<From, forms::Pckd> && same<To, forms::ZndTO>) return "packed to zonedto ...";
+    if constexpr (same<From, forms::ZndTS> && same<To, forms::Pckd>) return "zonedto to packed...";
+    if constexpr (same<From, forms::ZndLO> && same<To, forms::ZndLS>) return "zonedlo to zonedlo...";
+    static const std::string text = std::string(From::name) + " to " + To::name + "...";
+    return text.c_str();
+}
+
+// ---- Packed to zoned.
+
+template <class To>
+void finishFromPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, uint32_t mode)
+{
+    uint8_t *digits = To::digits(dst);
+    bool negative = (digits[dn - 1] & 0xF0) == kZoneMinus;
+    // The test is on the source: a negative value that is cut to zero keeps its sign.
+    bool forcedPlus = negative && !(mode & ZVK_BCD_KEEP_NEG_ZERO) && zvkBcdIsZeroPacked(src, sn);
+    bool minus = negative && !forcedPlus;
+    if constexpr (same<To, forms::ZndTO>) {
+        digits[dn - 1] = mode & ZVK_BCD_EBCDIC ? letterDigit(digits[dn - 1] & 0x0F, minus) : zonedDigit(digits[dn - 1], minus);
+    } else if constexpr (same<To, forms::ZndLO>) {
+        if (dn > 1) cleanLast(digits, dn);
+        digits[0] = mode & ZVK_BCD_EBCDIC ? letterDigit(digits[0] & 0x0F, minus) : zonedDigit(digits[0], minus);
+    } else {
+        cleanLast(digits, dn);
+        To::writeSign(dst, dn, minus);
+    }
+}
+
+// ---- Zoned to packed.
+
+// The digits of an unsigned item without the signs and blanks that this conversion lets pass around them.
+struct Trimmed {
+    const uint8_t *digits;
+    int32_t count;
+};
+
+Trimmed trimUnsigned(const uint8_t *item, int32_t n)
+{
+    if (n > 0 && (*item == '+' || *item == '-' || *item == ' ')) {
+        item++;
+        n--;
+    }
+    if (n > 0 && (item[n - 1] == '+' || item[n - 1] == '-')) n--;
+    return {item, n};
+}
+
+template <class From>
+Trimmed digitsOf(const uint8_t *item, int32_t n, bool intoPacked)
+{
+    if constexpr (same<From, forms::ZndUS>) {
+        if (intoPacked) return trimUnsigned(item, n);
+    }
+    return {From::digits(item), n};
+}
+
+template <class From>
+void finishIntoPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, uint32_t mode)
+{
+    bool negative = sn > 0 && From::negative(src, sn);
+    bool forcedPlus = negative && !(mode & ZVK_BCD_KEEP_NEG_ZERO) && zvkBcdIsZeroPacked(dst, dn);
+    if constexpr (same<From, forms::ZndTO>) {
+        if (forcedPlus) setPackedSign(dst, dn, false); // otherwise the worker's sign stands
+    } else {
+        setPackedSign(dst, dn, negative && !forcedPlus);
+    }
+}
+
+// ---- Zoned to zoned.
+
+// The letter that carries the sign under the EBCDIC convention.
+template <class From, class To>
+void writeLetter(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn)
+{
+    uint8_t &sign = *To::signByte(dst, dn);
+    if constexpr (From::separate) {
+        // By the source's sign byte: a negative zero that was made positive takes "}" all the same.
+        sign = letterDigit(overpunchDigit(sign), From::negative(src, sn));
+    } else if constexpr (isOverpunched<From>) {
+        uint8_t original = *From::signByte(src, sn);
+        // A letter goes over as it is, digit and all.
+        sign = isSignLetter(original) ? original : letterDigit(overpunchDigit(sign), overpunchIsNegative(sign));
+    }
+}
+
+// What a conversion from or to the unsigned form cleans.
+template <class From, class To>
+void cleanUnsigned(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, uint32_t mode)
+{
+    uint8_t *digits = To::digits(dst);
+    if (same<From, To> && (mode & ZVK_BCD_RAW_UNSIGNED)) {
+        digits[dn - 1] = src[sn - 1];
+    } else if (mode & ZVK_BCD_CLEAN_UNSIGNED) {
+        zvkBcdCleanZoned(dst, dn); // from the item's first byte: with a leading sign it stops one digit short, and stays so
+    } else {
+        digits[dn - 1] = zonedDigit(overpunchDigit(digits[dn - 1]));
+        if (same<To, forms::ZndLO>) digits[0] = zonedDigit(overpunchDigit(digits[0]));
+    }
+}
+
+template <class From, class To>
+void convertZoned(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, uint32_t mode)
+{
+    const bool negative = From::negative(src, sn);
+    uint8_t *digits = To::digits(dst);
+    zvkBcdMoveZoned(From::digits(src), sn, digits, dn);
+    if constexpr (same<From, forms::ZndLO>) {
+        if (sn <= dn) digits[dn - sn] = zonedDigit(overpunchDigit(src[0]));
+    }
+    if constexpr (same<From, forms::ZndUS> || same<To, forms::ZndUS>) cleanUnsigned<From, To>(src, sn, dst, dn, mode);
+    if constexpr (same<To, forms::ZndUS>) return;
+
+    if constexpr (!same<To, forms::ZndTO>) cleanLast(digits, dn);
+    if constexpr (isOverpunched<To>) {
+        uint8_t &sign = *To::signByte(dst, dn);
+        sign = zonedDigit(overpunchDigit(sign), negative);
+    } else {
+        To::writeSign(dst, dn, negative);
+    }
+    if (negative && !(mode & ZVK_BCD_KEEP_NEG_ZERO) && zvkBcdIsZeroZoned(digits, dn)) {
+        if constexpr (isOverpunched<To>)
+            *To::signByte(dst, dn) = zonedDigit(*To::signByte(dst, dn));
+        else
+            To::writeSign(dst, dn, false);
+    }
+    if constexpr (isOverpunched<To>) {
+        if (mode & ZVK_BCD_EBCDIC) writeLetter<From, To>(src, sn, dst, dn);
+    }
+}
+
+// ---- The cell.
+
+void dumpRejected(const uint8_t *item, int32_t n)
+{
+    fprintf(stderr, "Invalid zoned data %d 0x", n);
+    for (int32_t i = 0; i < n; i++) fprintf(stderr, "%2.2x", item[i]);
+    fputc('\n', stderr);
+}
+
+template <class From, class To>
+struct Cell {
+    const uint8_t *src;
+    uint8_t *dst;
+    int32_t dn, sn;
+
+    void dumpOperands() const
+    {
+        dumpTitle(title<From, To>());
+        dumpCopied("in: ", src, sn, From::bytes(sn));
+    }
+    void validate(uint32_t mode) const
+    {
+        // A separate sign is looked at in every mode, but for a destination without one.
+        if constexpr (isSeparate<From>() && !same<To, forms::ZndUS>) {
+            if (sn > 0) judgeSeparateSign(*From::signByte(src, sn));
+        }
+        if (!checked(isPacked<From> ? kArithmeticRule : kSourceRule, mode)) return;
+        if constexpr (isPacked<From>) {
+            judgeSource(check<From>(src, sn, kCheckArithmetic));
+        } else {
+            Trimmed item = digitsOf<From>(src, sn, isPacked<To>);
+            int answer = item.count > 0 ? zvkBcdCheckZoned(item.digits, item.count, kCheckArithmetic) : 0;
+            if (answer && same<From, forms::ZndUS> && isPacked<To>) dumpRejected(src, sn);
+            judgeSource(answer);
+        }
+    }
+    uint8_t *work(uint32_t mode) const
+    {
+        if constexpr (isPacked<From>) {
+            if (dn < 1) return dst;
+            zvkBcdPackedToZoned(src, sn, To::digits(dst), dn);
+            finishFromPacked<To>(src, sn, dst, dn, mode);
+        } else if constexpr (isPacked<To>) {
+            Trimmed item = digitsOf<From>(src, sn, true);
+            zvkBcdZonedToPacked(item.digits, item.count, dst, dn);
+            finishIntoPacked<From>(src, sn, dst, dn, mode);
+        } else {
+            if (dn < 1 || sn < 1) return dst;
+            convertZoned<From, To>(src, sn, dst, dn, mode);
+        }
+        return dst;
+    }
+    void dumpResult(const uint8_t *) const { dumpCopied("out:", dst, dn, To::bytes(dn)); }
+};
+
+} // namespace
+} // namespace bcd
+
+#define CELL(From, To)                                                                                                                     \
+    uint8_t *_zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                        \
+    {                                                                                                                                      \
+        return bcd::runEntry(bcd::Cell<bcd::forms::From, bcd::forms::To>{src, dst, dstDigits, srcDigits});                                 \
+    }
+#define CELLS_FROM(From) CELL(From, ZndTO) CELL(From, ZndTS) CELL(From, ZndLO) CELL(From, ZndLS) CELL(From, ZndUS)
+
+CELLS_FROM(Pckd)
+CELLS_FROM(ZndTO)
+CELLS_FROM(ZndTS)
+CELLS_FROM(ZndLO)
+CELLS_FROM(ZndLS)
+CELLS_FROM(ZndUS)
+CELL(ZndTO, Pckd)
+CELL(ZndTS, Pckd)
+CELL(ZndLO, Pckd)
+CELL(ZndLS, Pckd)
+CELL(ZndUS, Pckd)
