@@ -157,6 +157,66 @@ ZVK_EXPORT int32_t _zvkcBCD_LEQ_Znd(const uint8_t *op1, const uint8_t *op2, int3
 ZVK_EXPORT int32_t _zvkcBCD_NOT_Pckd(const uint8_t *op, int32_t opDigits);
 ZVK_EXPORT int32_t _zvkcBCD_NOT_Znd(const uint8_t *op, int32_t opDigits);
 
+/* ---- Multiplication and division ---- */
+
+/**
+ * MPY: dst = op1 * op2.
+ *
+ * The product is cut on the left to dstDigits digits. It is positive when the signs are equal and negative when they differ, also when it is zero.
+ * `MPY_Znd` takes the last digit of its operands by the low nibble and does not decode letters.
+ *
+ * The factors of `MPY_Pckd` may have 64 significant digits together, where a factor with more bytes than the destination counts as dstDigits.
+ * Beyond that nothing is computed: dst gets the digits that the last product on this thread left.
+ *
+ * @param op1, op2  items of op1Digits and op2Digits digits, 1 to 63
+ * @param dst       item of dstDigits digits, 1 to 63; must not overlap the operands
+ * @return dst
+ * @messages 903 for an operand that is no number, one for each, unless mode bit 0x001 is set
+ * @threads  any, on items of their own
+ */
+ZVK_EXPORT uint8_t *_zvkcBCD_MPY_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                      int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_MPY_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                     int32_t op1Digits);
+
+/**
+ * DIV: dst = the whole part of op1 / op2. MOD: dst = the remainder, which has the sign of op1.
+ *
+ * Results are cut on the left. A quotient is negative when the signs differ, also when its digits are zero after the cut, with one exception: when
+ * op1 is less than op2 in magnitude it is +0. The remainder of two equal magnitudes is +0, any other zero remainder has op1's sign. With an even
+ * count the first nibble of a packed quotient is not cleared and may hold a digit that was cut.
+ *
+ * @param op1, op2  dividend and divisor, items of op1Digits and op2Digits digits, 1 to 63
+ * @param dst       item of dstDigits digits, 1 to 63; must not overlap the operands
+ * @return dst
+ * @messages 903 for an operand that is no number, one for each, unless mode bit 0x001 is set; 902 when op2 is zero, after whose return dst holds
+ *           digits without meaning
+ * @threads  any, on items of their own
+ */
+ZVK_EXPORT uint8_t *_zvkcBCD_DIV_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                      int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_DIV_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                     int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_MOD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                      int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_MOD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                                     int32_t op1Digits);
+
+/**
+ * DIVR: quotient and remainder at once, as DIV and MOD give them.
+ *
+ * @param op1, op2   dividend and divisor, items of op1Digits and op2Digits digits, 1 to 63
+ * @param quotient   item of quotientDigits digits, or null
+ * @param remainder  item of remainderDigits digits, or null; no two of the four items may overlap
+ * @return `DIVR_Pckd`: 0 when op1 is less than op2 in magnitude, else 1; `DIVR_Znd`: quotient
+ * @messages as DIV
+ * @threads  any, on items of their own
+ */
+ZVK_EXPORT int32_t _zvkcBCD_DIVR_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *quotient, uint8_t *remainder,
+                                      int32_t remainderDigits, int32_t quotientDigits, int32_t op2Digits, int32_t op1Digits);
+ZVK_EXPORT uint8_t *_zvkcBCD_DIVR_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *quotient, uint8_t *remainder,
+                                      int32_t remainderDigits, int32_t quotientDigits, int32_t op2Digits, int32_t op1Digits);
+
 ZVK_END_DECLS
 
 #endif

@@ -1,0 +1,118 @@
+// Multiplication and division of short clean items through binary.
+//
+// 31 digits are two limbs to the base 10^16, each 16 nibbles of the number's word: so a limb becomes binary, and binary a limb, in one register, and
+// products of limbs fit 128 bits.
+#pragma once
+
+#include "decimal/short_number.h"
+
+namespace bcd {
+
+inline constexpr uint64_t kLimb = 10'000'000'000'000'000u; // 10^16
+
+// 16 digits, one a nibble, to their value: pairs of digits, then of pairs, and so on.
+inline uint64_t limbValue(uint64_t nibbles)
+{
+    uint64_t v = nibbles - 6 * ((nibbles >> 4) & 0x0F0F0F0F0F0F0F0Fu);
+    v = (v & 0x00FF00FF00FF00FFu) + 100 * ((v >> 8) & 0x00FF00FF00FF00FFu);
+    v = (v & 0x0000FFFF0000FFFFu) + 10000 * ((v >> 16) & 0x0000FFFF0000FFFFu);
+    return (v & 0xFFFFFFFFu) + 100000000 * (v >> 32);
+}
+
+// The same backwards for a value below 10^8: each step splits lanes by a multiplication, as the quotient of a lane fits the lane.
+inline uint32_t eightDigits(uint32_t value)
+{
+    uint64_t v = value + (uint64_t{1} << 32) * (value / 10000) - uint64_t{10000} * (value / 10000); // lanes: tens of thousands, rest
+    uint64_t hundreds = ((v * 10486) >> 20) & 0x0000007F0000007Fu;
+    v += hundreds * (0x10000 - 100);
+    uint64_t tens = ((v * 103) >> 10) & 0x000F000F000F000Fu;
+    v += tens * (0x10 - 10);
+    v = (v | v >> 8) & 0x0000FFFF0000FFFFu;
+    return static_cast<uint32_t>(v | v >> 16);
+}
+
+// Below 10^16.
+inline uint64_t limbDigits(uint64_t value)
+{
+    auto high = static_cast<uint32_t>(value / 100000000);
+    auto low = static_cast<uint32_t>(value % 100000000);
+    return uint64_t{eightDigits(high)} << 32 | eightDigits(low);
+}
+
+struct Split {
+    uint64_t quotient;
+    uint64_t rest;
+};
+
+// Division by 10^16 of a value whose quotient fits: the estimate from the upper bits is right or one too small.
+inline Split splitLimb(u128 value)
+{
+    constexpr auto reciprocal = static_cast<uint64_t>((u128{1} << 117) / kLimb); // 2^(45 + 72) / 10^16, below 2^64
+    auto upper = static_cast<uint64_t>(value >> 45);
+    auto quotient = static_cast<uint64_t>((u128{upper} * reciprocal) >> 72);
+    uint64_t rest = static_cast<uint64_t>(value) - quotient * kLimb;
+    bool more = rest >= kLimb;
+    return {quotient + more, rest - (more ? kLimb : 0)};
+}
+
+inline u128 digitsOf(u128 value)
+{
+    if (value < kLimb) return limbDigits(static_cast<uint64_t>(value));
+    Split split = splitLimb(value);
+    return u128{limbDigits(split.quotient)} << 64 | limbDigits(split.rest);
+}
+
+inline u128 valueOf(u128 digits)
+{
+    uint64_t low = limbValue(static_cast<uint64_t>(digits));
+    auto high = static_cast<uint64_t>(digits >> 64);
+    return high ? u128{limbValue(high)} * kLimb + low : low;
+}
+
+// The 62 digits of a product, in two words of 32.
+struct LongDigits {
+    u128 low;
+    u128 high;
+};
+
+inline LongDigits multiplyDigits(u128 a, u128 b)
+{
+    uint64_t a0 = limbValue(static_cast<uint64_t>(a));
+    uint64_t b0 = limbValue(static_cast<uint64_t>(b));
+    Split limb = splitLimb(u128{a0} * b0);
+    u128 low = limbDigits(limb.rest);
+    if (((a | b) >> 64) == 0) return {u128{limbDigits(limb.quotient)} << 64 | low, 0};
+    uint64_t a1 = limbValue(static_cast<uint64_t>(a >> 64));
+    uint64_t b1 = limbValue(static_cast<uint64_t>(b >> 64));
+    limb = splitLimb(u128{a0} * b1 + u128{a1} * b0 + limb.quotient);
+    low |= u128{limbDigits(limb.rest)} << 64;
+    limb = splitLimb(u128{a1} * b1 + limb.quotient);
+    return {low, u128{limbDigits(limb.quotient)} << 64 | limbDigits(limb.rest)};
+}
+
+struct Quotient {
+    u128 digits;
+    u128 restDigits;
+};
+
+// b must not be zero.
+inline Quotient divideDigits(u128 a, u128 b)
+{
+    u128 dividend = valueOf(a);
+    u128 divisor = valueOf(b);
+    if (divisor >> 64) {
+        u128 quotient = dividend / divisor;
+        return {digitsOf(quotient), digitsOf(dividend - quotient * divisor)};
+    }
+    auto by = static_cast<uint64_t>(divisor);
+    auto upper = static_cast<uint64_t>(dividend >> 64);
+    auto lower = static_cast<uint64_t>(dividend);
+    if (upper == 0) return {digitsOf(lower / by), digitsOf(lower % by)};
+    uint64_t quotientHigh = upper / by;
+    uint64_t quotientLow, rest;
+    // One instruction where the compiler would call a routine: the upper half is below the divisor, so the quotient fits.
+    asm("divq %4" : "=a"(quotientLow), "=d"(rest) : "a"(lower), "d"(upper % by), "r"(by) : "cc");
+    return {digitsOf(u128{quotientHigh} << 64 | quotientLow), digitsOf(rest)};
+}
+
+} // namespace bcd
