@@ -39,11 +39,7 @@ static int takeExclusively(int descriptor, bool canWrite, off_t start)
     return error ? error : othersHold(descriptor, start) ? EAGAIN : 0;
 }
 
-static int takeShared(int descriptor, bool canRead, off_t start)
-{
-    (void)canRead; // every descriptor of ours can read
-    return setLock(descriptor, F_RDLCK, start);
-}
+static int takeShared(int descriptor, off_t start) { return setLock(descriptor, F_RDLCK, start); }
 
 bool takeFile(FCB *fcb, const FIB *fib, int descriptor, ShareMode byDefault)
 {
@@ -53,12 +49,12 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, ShareMode byDefault)
     if (fcb->requestedMode & ZVK_OPEN_OUTPUT) share = shareNoOther; // what is being replaced is nobody else's
 
     bool writes = fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_IO | ZVK_OPEN_EXTEND);
-    int error = share == shareNoOther ? takeExclusively(descriptor, writes, present) : takeShared(descriptor, true, present);
+    int error = share == shareNoOther ? takeExclusively(descriptor, writes, present) : takeShared(descriptor, present);
     if (!error && writes) {
-        error = share == shareReadOnly ? takeExclusively(descriptor, true, writers) : takeShared(descriptor, true, writers);
+        error = share == shareReadOnly ? takeExclusively(descriptor, true, writers) : takeShared(descriptor, writers);
         if (!error && othersHold(descriptor, deniers)) error = EAGAIN;
     } else if (!error && share == shareReadOnly) {
-        error = takeShared(descriptor, true, deniers);
+        error = takeShared(descriptor, deniers);
         if (!error && othersHold(descriptor, writers)) error = EAGAIN;
     }
     if (!error || error == EINVAL || error == EOPNOTSUPP || error == ENOLCK) return true; // a file system without locks
