@@ -44,8 +44,8 @@ void pack(const std::string &digits, bool negative, uint8_t *item)
 }
 
 struct Operands {
-    alignas(8) uint8_t a[kPairs][19];
-    alignas(8) uint8_t b[kPairs][19];
+    uint8_t a[kPairs][32];
+    uint8_t b[kPairs][32];
     decNumber da[kPairs], db[kPairs];
     Decimal128 ta[kPairs], tb[kPairs];
 

@@ -9,6 +9,9 @@
 //     a - b:  d = a - b, a not below b  every nibble that borrowed took 16 where 10 was meant
 //             d - 6 in each nibble that borrowed
 //
+// Which nibbles carried or borrowed shows in their own top bits, so the two halves of a word are corrected apart. The nibble of a packed item's
+// sign stays in the word as a 0: so nothing has to be shifted on the way from the item and back.
+//
 // An item with any unclean byte is not read at all. It goes the long way through the validators and the general workers, which define what
 // comes of it.
 #pragma once
@@ -22,8 +25,10 @@ namespace bcd {
 inline constexpr int32_t kShortDigits = 31;
 
 struct ShortNumber {
-    u128 digits; // units in the lowest nibble; the top nibble is 0
+    u128 digits; // units in the second lowest nibble, the lowest nibble is 0
     bool negative;
+
+    u128 value() const { return digits >> 4; } // units in the lowest nibble
 };
 
 inline bool isShort(int32_t digits) { return static_cast<uint32_t>(digits) - 1 < static_cast<uint32_t>(kShortDigits); }
@@ -34,29 +39,44 @@ inline bool hasOnlyDigits(T nibbles)
     return ((nibbles >> 3) & (nibbles >> 2 | nibbles >> 1) & all<T>(0x11)) == 0;
 }
 
+// A nibble's top bit moved to where a six has its bits.
+inline uint64_t sixWhere(uint64_t topBits)
+{
+    topBits &= all<uint64_t>(0x88);
+    return topBits >> 1 | topBits >> 2;
+}
+
+// What does not fit is lost on the left.
 inline u128 addDigits(u128 a, u128 b)
 {
-    constexpr u128 sixes = all<u128>(0x66) >> 4;
-    u128 raised = a + sixes;
-    u128 sum = raised + b;
-    u128 notCarried = ~(raised ^ b ^ sum) & (all<u128>(0x11) & ~u128{1});
-    return sum - (notCarried >> 2 | notCarried >> 3);
+    uint64_t raisedLow = lowWord(a) + all<uint64_t>(0x66);
+    uint64_t raisedHigh = highWord(a) + all<uint64_t>(0x66);
+    uint64_t low;
+    bool carry = __builtin_add_overflow(raisedLow, lowWord(b), &low);
+    uint64_t high = raisedHigh + highWord(b) + carry;
+    auto corrected = [](uint64_t sum, uint64_t raised, uint64_t other) {
+        uint64_t notCarried = ~((raised & other) | ((raised | other) & ~sum));
+        return sum - sixWhere(notCarried);
+    };
+    return fromWords(corrected(high, raisedHigh, highWord(b)), corrected(low, raisedLow, lowWord(b)));
 }
 
 // a must not be below b.
 inline u128 subtractDigits(u128 a, u128 b)
 {
     u128 difference = a - b;
-    u128 borrowed = (a ^ b ^ difference) & (all<u128>(0x11) & ~u128{1});
-    return difference - (borrowed >> 2 | borrowed >> 3);
+    auto corrected = [](uint64_t result, uint64_t from, uint64_t other) {
+        uint64_t borrowed = (~from & other) | ((~from | other) & result);
+        return result - sixWhere(borrowed);
+    };
+    return fromWords(corrected(highWord(difference), highWord(a), highWord(b)), corrected(lowWord(difference), lowWord(a), lowWord(b)));
 }
 
-// At least 1.
-inline int digitCount(u128 digits)
+// Where the first digit stands; numbers of one length have the same.
+inline int leadingPlace(u128 digits)
 {
-    auto high = static_cast<uint64_t>(digits >> 64);
-    if (high) return 32 - __builtin_clzll(high) / 4;
-    return 16 - __builtin_clzll(static_cast<uint64_t>(digits) | 1) / 4;
+    if (uint64_t high = highWord(digits)) return 16 + (63 - __builtin_clzll(high)) / 4;
+    return (63 - __builtin_clzll(lowWord(digits) | 0x10)) / 4;
 }
 
 // A form as the arithmetic on short numbers sees it.
@@ -69,13 +89,16 @@ struct Pckd {
         if (!isShort(n)) return false;
         u128 raw = loadItem(item, packedBytes(n));
         unsigned sign = static_cast<unsigned>(raw) & 0x0F;
-        number = {raw >> 4, sign == 0x0B || sign == 0x0D};
-        return (sign >= 10) & hasOnlyDigits(number.digits);
+        uint64_t high = highWord(raw);
+        uint64_t low = lowWord(raw) - sign;
+        number = {fromWords(high, low), sign == 0x0B || sign == 0x0D};
+        auto unclean = [](uint64_t word) { return (word >> 3) & (word >> 2 | word >> 1); };
+        return (((unclean(high) | unclean(low)) & all<uint64_t>(0x11)) == 0) & (sign >= 10);
     }
 
     static void write(uint8_t *item, int32_t n, u128 digits, bool negative)
     {
-        storeItem(item, packedBytes(n), digits << 4 | signNibble(negative));
+        storeItem(item, packedBytes(n), digits | signNibble(negative));
         clearUnusedNibble(item, n);
     }
 };
@@ -114,11 +137,18 @@ struct Znd {
             bad |= (bytes + 0x7676767676767676u) | bytes;
             digits |= u128{packed(bytes)} << at;
         }
-        number = {digits, last.negative};
+        number = {digits << 4, last.negative};
         return last.valid & ((bad & 0x8080808080808080u) == 0);
     }
 
     static void write(uint8_t *item, int32_t n, u128 digits, bool negative)
+    {
+        writeValue(item, n, digits >> 4);
+        if (negative) item[n - 1] |= kZoneMinus;
+    }
+
+    // Up to 32 digits, units in the lowest nibble.
+    static void writeValue(uint8_t *item, int32_t n, u128 digits)
     {
         for (int32_t left = n; left > 0; left -= 8, digits >>= 32) {
             uint64_t bytes = unpacked(static_cast<uint32_t>(digits));
@@ -127,7 +157,6 @@ struct Znd {
             else
                 storeShort(item, static_cast<size_t>(left), bytes);
         }
-        if (negative) item[n - 1] |= kZoneMinus;
     }
 };
 

@@ -9,10 +9,13 @@ namespace bcd {
 // on the digits 00099. Compiled programs see this today, so it stays.
 inline u128 reducedPairs(u128 digits)
 {
-    u128 ninetyUp = (digits >> 11) & (digits >> 8);                              // the pair's high digit is 9: bits 3 and 0
-    u128 notNinety = (((digits >> 4) & all<u128>(0x0F)) + all<u128>(0x0F)) >> 4; // its low digit is not 0
-    u128 reduce = ninetyUp & notNinety & all<u128>(0x01);
-    return digits ^ (reduce << 8 | reduce << 11);
+    auto reduced = [](uint64_t word, uint64_t pairs) {
+        uint64_t ninetyUp = (word >> 7) & (word >> 4);                                  // the high digit is 9: bits 3 and 0
+        uint64_t notNinety = ((word & all<uint64_t>(0x0F)) + all<uint64_t>(0x0F)) >> 4; // the low digit is not 0
+        uint64_t reduce = ninetyUp & notNinety & pairs;
+        return word ^ (reduce << 4 | reduce << 7);
+    };
+    return fromWords(reduced(highWord(digits), all<uint64_t>(0x01)), reduced(lowWord(digits), all<uint64_t>(0x01) - 1));
 }
 
 // dst = op1 + op2, or op1 - op2. False, and nothing is written, unless all three items are short and the operands clean.
@@ -32,7 +35,7 @@ inline bool shortSum(const Call &call)
         result = subtractDigits(b.digits, a.digits);
         negative = !negative;
         // Operands of equal length are subtracted as they come, and the complement is taken afterwards.
-        if (subtract && reducePairs && digitCount(a.digits) == digitCount(b.digits)) result = reducedPairs(result);
+        if (subtract && reducePairs && leadingPlace(a.digits) == leadingPlace(b.digits)) result = reducedPairs(result);
     }
     ShortForm::write(call.dst, call.dstDigits, result, negative);
     return true;
