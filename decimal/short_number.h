@@ -24,12 +24,15 @@ namespace bcd {
 
 inline constexpr int32_t kShortDigits = 31;
 
-struct ShortNumber {
-    u128 digits; // units in the second lowest nibble, the lowest nibble is 0
+template <class Word>
+struct NumberIn {
+    Word digits; // units in the second lowest nibble, the lowest nibble is 0
     bool negative;
 
-    u128 value() const { return digits >> 4; } // units in the lowest nibble
+    Word value() const { return digits >> 4; } // units in the lowest nibble
 };
+
+using ShortNumber = NumberIn<u128>;
 
 inline bool isShort(int32_t digits) { return static_cast<uint32_t>(digits) - 1 < static_cast<uint32_t>(kShortDigits); }
 
@@ -46,7 +49,26 @@ inline uint64_t sixWhere(uint64_t topBits)
     return topBits >> 1 | topBits >> 2;
 }
 
+// The sixes to take off a sum of a number that was raised by sixes.
+inline uint64_t sixesLeft(uint64_t sum, uint64_t raised, uint64_t other)
+{
+    return sixWhere(~((raised & other) | ((raised | other) & ~sum)));
+}
+
+// The sixes that were borrowed too much.
+inline uint64_t sixesBorrowed(uint64_t difference, uint64_t from, uint64_t other)
+{
+    return sixWhere((~from & other) | ((~from | other) & difference));
+}
+
 // What does not fit is lost on the left.
+inline uint64_t addDigits(uint64_t a, uint64_t b)
+{
+    uint64_t raised = a + all<uint64_t>(0x66);
+    uint64_t sum = raised + b;
+    return sum - sixesLeft(sum, raised, b);
+}
+
 inline u128 addDigits(u128 a, u128 b)
 {
     uint64_t raisedLow = lowWord(a) + all<uint64_t>(0x66);
@@ -54,29 +76,29 @@ inline u128 addDigits(u128 a, u128 b)
     uint64_t low;
     bool carry = __builtin_add_overflow(raisedLow, lowWord(b), &low);
     uint64_t high = raisedHigh + highWord(b) + carry;
-    auto corrected = [](uint64_t sum, uint64_t raised, uint64_t other) {
-        uint64_t notCarried = ~((raised & other) | ((raised | other) & ~sum));
-        return sum - sixWhere(notCarried);
-    };
-    return fromWords(corrected(high, raisedHigh, highWord(b)), corrected(low, raisedLow, lowWord(b)));
+    return fromWords(high - sixesLeft(high, raisedHigh, highWord(b)), low - sixesLeft(low, raisedLow, lowWord(b)));
 }
 
 // a must not be below b.
+inline uint64_t subtractDigits(uint64_t a, uint64_t b)
+{
+    uint64_t difference = a - b;
+    return difference - sixesBorrowed(difference, a, b);
+}
+
 inline u128 subtractDigits(u128 a, u128 b)
 {
     u128 difference = a - b;
-    auto corrected = [](uint64_t result, uint64_t from, uint64_t other) {
-        uint64_t borrowed = (~from & other) | ((~from | other) & result);
-        return result - sixWhere(borrowed);
-    };
-    return fromWords(corrected(highWord(difference), highWord(a), highWord(b)), corrected(lowWord(difference), lowWord(a), lowWord(b)));
+    uint64_t high = highWord(difference), low = lowWord(difference);
+    return fromWords(high - sixesBorrowed(high, highWord(a), highWord(b)), low - sixesBorrowed(low, lowWord(a), lowWord(b)));
 }
 
 // Where the first digit stands; numbers of one length have the same.
+inline int leadingPlace(uint64_t digits) { return (63 - __builtin_clzll(digits | 0x10)) / 4; }
 inline int leadingPlace(u128 digits)
 {
-    if (uint64_t high = highWord(digits)) return 16 + (63 - __builtin_clzll(high)) / 4;
-    return (63 - __builtin_clzll(lowWord(digits) | 0x10)) / 4;
+    uint64_t high = highWord(digits);
+    return high ? 16 + (63 - __builtin_clzll(high)) / 4 : leadingPlace(lowWord(digits));
 }
 
 // A form as the arithmetic on short numbers sees it.
@@ -84,21 +106,34 @@ namespace shortforms {
 
 struct Pckd {
     // False, and nothing is read into `number`, when the item is too long or a validator might have something to say about it.
-    static bool read(const uint8_t *item, int32_t n, ShortNumber &number)
+    static bool read(const uint8_t *item, int32_t n, ShortNumber &number) { return isShort(n) && readWord(item, n, number); }
+
+    // The item must fit the word.
+    template <class Word>
+    static bool readWord(const uint8_t *item, int32_t n, NumberIn<Word> &number)
     {
-        if (!isShort(n)) return false;
-        u128 raw = loadItem(item, packedBytes(n));
+        Word raw;
+        if constexpr (sizeof(Word) == 8)
+            raw = loadShort(item, packedBytes(n));
+        else
+            raw = loadItem(item, packedBytes(n));
         unsigned sign = static_cast<unsigned>(raw) & 0x0F;
-        uint64_t high = highWord(raw);
-        uint64_t low = lowWord(raw) - sign;
-        number = {fromWords(high, low), sign == 0x0B || sign == 0x0D};
+        number = {raw ^ sign, sign == 0x0B || sign == 0x0D};
         auto unclean = [](uint64_t word) { return (word >> 3) & (word >> 2 | word >> 1); };
-        return (((unclean(high) | unclean(low)) & all<uint64_t>(0x11)) == 0) & (sign >= 10);
+        uint64_t found = unclean(lowWord(number.digits));
+        if constexpr (sizeof(Word) > 8) found |= unclean(highWord(number.digits));
+        return ((found & all<uint64_t>(0x11)) == 0) & (sign >= 10);
     }
 
     static void write(uint8_t *item, int32_t n, u128 digits, bool negative)
     {
         storeItem(item, packedBytes(n), digits | signNibble(negative));
+        clearUnusedNibble(item, n);
+    }
+
+    static void write(uint8_t *item, int32_t n, uint64_t digits, bool negative)
+    {
+        storeShort(item, packedBytes(n), digits | signNibble(negative));
         clearUnusedNibble(item, n);
     }
 };
