@@ -38,14 +38,15 @@ inline bool divideShort(const DivisionItems &items, int &result)
     bool negative = a.negative != b.negative;
     result = a.digits >= b.digits;
     if (a.digits > b.digits) {
-        Quotient found = divideDigits(a.digits, b.digits);
-        if (items.quotient) Form::writeQuotient(items.quotient, items.quotientDigits, found.digits, negative);
-        if (items.remainder) Short::write(items.remainder, items.remainderDigits, found.restDigits, a.negative);
+        Quotient found = divideDigits(a.value(), b.value());
+        if (items.quotient) Form::writeQuotient(items.quotient, items.quotientDigits, found.digits << 4, negative);
+        if (items.remainder) Short::write(items.remainder, items.remainderDigits, found.restDigits << 4, a.negative);
     } else if (a.digits == b.digits) {
-        if (items.quotient) Short::write(items.quotient, items.quotientDigits, 1, negative);
-        if (items.remainder) Short::write(items.remainder, items.remainderDigits, 0, false); // always +0, unlike that of a long division
+        if (items.quotient) Short::write(items.quotient, items.quotientDigits, u128{0x10}, negative);
+        if (items.remainder)
+            Short::write(items.remainder, items.remainderDigits, u128{0}, false); // always +0, unlike that of a long division
     } else {
-        if (items.quotient) Short::write(items.quotient, items.quotientDigits, 0, false); // always +0
+        if (items.quotient) Short::write(items.quotient, items.quotientDigits, u128{0}, false); // always +0
         if (items.remainder) Short::write(items.remainder, items.remainderDigits, a.digits, a.negative);
     }
     return true;

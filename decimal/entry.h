@@ -86,15 +86,28 @@ template <class Call>
 }
 
 template <class Call>
+[[gnu::noinline]] ResultOf<Call> runLongEntry(const Call &call, uint32_t word)
+{
+    return takeSteps(call, word, false);
+}
+
+// The call is copied for those routines: with its address taken it would have to stand in memory from the start, which the short cut is too short for.
+template <class Call>
 [[gnu::always_inline]] inline ResultOf<Call> runEntry(const Call &call)
 {
     uint32_t word = rawMode();
-    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0)) return runRareEntry(call); // an unread word has this bit, too
+    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0)) { // an unread word has this bit, too
+        Call copy = call;
+        return runRareEntry(copy);
+    }
     if constexpr (Quick<Call>) {
         ResultOf<Call> result;
         if (__builtin_expect(call.quick(result), 1)) return result;
+        Call copy = call;
+        return runLongEntry(copy, word);
+    } else {
+        return takeSteps(call, word, false);
     }
-    return takeSteps(call, word, false);
 }
 
 } // namespace bcd

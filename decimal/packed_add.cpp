@@ -17,14 +17,14 @@ namespace {
 struct AddPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "add packed...";
-    static bool quick(const auto &call) { return shortSum<shortforms::Pckd, false, true>(call); }
+    static bool quick(const auto &call) { return shortPackedSum<false>(call); }
     static void work(const auto &c) { zvkBcdAddPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
 struct SubPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "sub packed...";
-    static bool quick(const auto &call) { return shortSum<shortforms::Pckd, true, true>(call); }
+    static bool quick(const auto &call) { return shortPackedSum<true>(call); }
     static void work(const auto &c) { zvkBcdSubPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 

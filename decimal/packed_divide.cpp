@@ -18,7 +18,7 @@ struct PackedDivision {
     // With an even count the unused nibble of a quotient is not cleared, and may keep a digit that was cut. Known, and stays.
     static void writeQuotient(uint8_t *item, int32_t n, u128 digits, bool negative)
     {
-        storeItem(item, packedBytes(n), digits << 4 | signNibble(negative));
+        storeItem(item, packedBytes(n), digits | signNibble(negative));
     }
 
     static DivisionOperand strip(DivisionOperand operand)

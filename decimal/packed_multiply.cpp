@@ -44,7 +44,7 @@ bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, in
     ShortNumber a, b;
     if (static_cast<uint32_t>(dstDigits) > 63) return false;
     if (!shortforms::Pckd::read(op1, op1Digits, a) || !shortforms::Pckd::read(op2, op2Digits, b)) return false;
-    writeProduct(dst, dstDigits, multiplyDigits(a.digits, b.digits), a.negative != b.negative);
+    writeProduct(dst, dstDigits, multiplyDigits(a.value(), b.value()), a.negative != b.negative);
     return true;
 }
 

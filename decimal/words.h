@@ -77,17 +77,24 @@ inline void storeShort(uint8_t *p, size_t bytes, uint64_t value)
 // 1 to 16 bytes.
 inline constexpr size_t kMostBytes = 16;
 
+// The two words of a number that is as long as two registers. Double-length shifts by a variable count are slow, so the halves are shifted apart.
+inline uint64_t highWord(u128 value) { return static_cast<uint64_t>(value >> 64); }
+inline uint64_t lowWord(u128 value) { return static_cast<uint64_t>(value); }
+inline u128 fromWords(uint64_t high, uint64_t low) { return u128{high} << 64 | low; }
+
 inline u128 loadItem(const uint8_t *p, size_t bytes)
 {
     if (bytes < 8) return loadShort(p, bytes);
-    return u128{loadBig<uint64_t>(p)} << (8 * (bytes - 8)) | loadBig<uint64_t>(p + bytes - 8);
+    size_t half = 4 * (16 - bytes); // in two steps: all 64 bits go when there are 8 bytes
+    return fromWords(loadBig<uint64_t>(p) >> half >> half, loadBig<uint64_t>(p + bytes - 8));
 }
 
 inline void storeItem(uint8_t *p, size_t bytes, u128 value)
 {
-    if (bytes < 8) return storeShort(p, bytes, static_cast<uint64_t>(value));
-    storeBig<uint64_t>(p, static_cast<uint64_t>(value >> (8 * (bytes - 8))));
-    storeBig<uint64_t>(p + bytes - 8, static_cast<uint64_t>(value));
+    if (bytes < 8) return storeShort(p, bytes, lowWord(value));
+    size_t half = 4 * (16 - bytes);
+    storeBig<uint64_t>(p, highWord(value) << half << half); // what it writes too far to the right is overwritten
+    storeBig<uint64_t>(p + bytes - 8, lowWord(value));
 }
 
 } // namespace bcd
