@@ -48,7 +48,9 @@ template <bool subtract, class Call>
     auto counts = static_cast<uint32_t>(call.op1Digits | call.op2Digits | call.dstDigits);
     auto sumIn = [&]<class Word>(Word) {
         NumberIn<Word> a, b;
-        if (!(Pckd::readWord(call.op1, call.op1Digits, a) & Pckd::readWord(call.op2, call.op2Digits, b))) return false;
+        // Both are read before either answer is looked at: two short chains side by side.
+        bool firstGood = Pckd::readWord(call.op1, call.op1Digits, a), secondGood = Pckd::readWord(call.op2, call.op2Digits, b);
+        if (!firstGood || !secondGood) return false;
         NumberIn<Word> sum = sumOf<subtract, true>(a, b);
         Pckd::write(call.dst, call.dstDigits, sum.digits, sum.negative);
         return true;
