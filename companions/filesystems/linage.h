@@ -12,12 +12,18 @@
 
 namespace filesystems {
 
-struct LinageStep {
-    uint32_t lines;   // that go out
-    uint32_t counter; // afterwards
-    bool newPage;
-    bool endOfPage; // AT END-OF-PAGE: the footing area or a new page was reached
+struct LinagePlace {
+    uint32_t body; // lines of the page being written
+    uint32_t counter;
 };
+
+struct LinageStep {
+    uint32_t lines;    // that go out
+    LinagePlace place; // afterwards
+    bool endOfPage;    // AT END-OF-PAGE: the footing area or a new page was reached
+};
+
+inline LinagePlace linagePlace(const FCB *fcb) { return {fcb->linagePage, fcb->linageCounter}; }
 
 inline bool startLinage(FCB *fcb, const FIB *fib)
 {
@@ -33,21 +39,22 @@ inline bool startLinage(FCB *fcb, const FIB *fib)
     return true;
 }
 
-inline LinageStep linageStep(const FCB *fcb, bool page, uint32_t lines)
+// A step of so many lines, or to the next page, from `place`.
+inline LinageStep linageStep(const FCB *fcb, const LinagePlace &place, bool page, uint32_t lines)
 {
-    uint32_t body = fcb->linagePage, counter = fcb->linageCounter;
+    const uint32_t body = place.body, counter = place.counter;
     if (!page && counter + lines <= body) {
         bool footing = fcb->linageFooting && counter + lines >= fcb->linageFooting;
-        return {lines, counter + lines, false, footing};
+        return {lines, {body, counter + lines}, footing};
     }
     uint32_t rest = counter <= body ? body - counter + 1 : 1;
-    return {rest + fcb->linageBottom + fcb->linageTop, 1, true, !page};
+    return {rest + fcb->linageBottom + fcb->linageTop, {fcb->linageBody, 1}, !page};
 }
 
 inline void takeLinageStep(FCB *fcb, const LinageStep &step)
 {
-    fcb->linageCounter = step.counter;
-    if (step.newPage) fcb->linagePage = fcb->linageBody;
+    fcb->linagePage = step.place.body;
+    fcb->linageCounter = step.place.counter;
 }
 
 } // namespace filesystems

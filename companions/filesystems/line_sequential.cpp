@@ -97,20 +97,28 @@ private:
         constexpr int32_t mostLines = 4096;
         if (lines > mostLines) lines = mostLines;
         uint32_t feed = static_cast<uint32_t>(lines);
-        LinageStep step = {};
+        // A record BEFORE ADVANCING does not overprint a line that is still open: that line is ended first, and on a page its end counts like any other.
+        uint32_t endsFirst = !after && file->lineOpen ? 1 : 0;
+        LinageStep first = {}, step = {};
         if (file->linage) {
-            step = linageStep(fcb, page, feed);
+            LinagePlace place = linagePlace(fcb);
+            if (endsFirst) {
+                first = linageStep(fcb, place, false, 1);
+                endsFirst = first.lines;
+                place = first.place;
+            }
+            step = linageStep(fcb, place, page, feed);
             feed = step.lines;
             page = false;
         }
         // Room for all of it at once, so that a record is never torn from its lines: they may be more than the buffer has.
-        if (length + feed + 2 > file->stream.capacity) return fail(fcb, 34, fs2Full);
-        if (!file->stream.reserve(length + feed + 2)) return failWithErrno(fcb, file->stream.error);
-        bool wasOpen = file->lineOpen;
+        const size_t room = size_t(length) + endsFirst + feed + 2;
+        if (room > file->stream.capacity) return fail(fcb, 34, fs2Full);
+        if (!file->stream.reserve(room)) return failWithErrno(fcb, file->stream.error);
         if (after)
             advance(file, page, feed);
-        else if (wasOpen)
-            lineEnds(file, 1);
+        else if (endsFirst)
+            lineEnds(file, endsFirst);
         memcpy(file->stream.buffer + file->stream.at, record, length);
         file->stream.commit(length);
         file->lineOpen = true;
@@ -120,7 +128,7 @@ private:
         }
         if (file->linage) {
             takeLinageStep(fcb, step);
-            if (step.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
+            if (first.endOfPage || step.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
         }
         return true;
     }

@@ -128,6 +128,41 @@ TEST(LineSequential, LinageTurnsPages)
     EXPECT_EQ(readFile(directory.file("t")), "0\n1\n2\n\n\n3\n");
 }
 
+// A line written AFTER ADVANCING stays open, and a record BEFORE ADVANCING ends it: the page's counter must know of that line, or pages grow.
+TEST(LineSequential, LinageCountsMixedAdvancing)
+{
+    TemporaryDirectory directory;
+    FileAttributes paged = fixed10;
+    paged.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_FOOTING | ZVK_FILE_LINAGE_TOP | ZVK_FILE_LINAGE_BOTTOM;
+    paged.body = 6, paged.footing = 5, paged.top = 1, paged.bottom = 2;
+    CompiledFile file("lsq-" + directory.file("t"), paged);
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    struct {
+        const char *text;
+        uint32_t options;
+        int32_t advance;
+        uint32_t counter;
+        bool endOfPage;
+    } writes[] = {
+        {"a1", 0, 0, 2, false},                                // BEFORE, by default
+        {"a4", ZVK_REQUEST_AFTER, 2, 4, false},                // stays open on line 4
+        {"a5", 0, 0, 6, true},                                 // on line 5; the next one on 6
+        {"b1", ZVK_REQUEST_AFTER, ZVK_ADVANCE_PAGE, 1, false}, // open on line 1
+        {"b2", ZVK_REQUEST_BEFORE, 1, 3, false},               //
+        {"b6", ZVK_REQUEST_AFTER, 3, 6, true},                 // open on the page's last line
+        {"c1", 0, 0, 2, true},                                 // its end turns the page
+        {"d1", ZVK_REQUEST_AFTER, ZVK_ADVANCE_PAGE, 1, false}, //
+    };
+    for (auto &w : writes) {
+        EXPECT_EQ(file.write(w.text, {.options = w.options, .advance = w.advance}), "00") << w.text;
+        EXPECT_EQ(file.fcb->linageCounter, w.counter) << w.text;
+        EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE), w.endOfPage) << w.text;
+    }
+    file.close();
+    // Every page begins 9 lines behind the one before.
+    EXPECT_EQ(readFile(directory.file("t")), "a1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\n\n\n\nc1\n\n\n\n\n\n\n\n\nd1\n");
+}
+
 TEST(Relative, SlotsByNumberAndInOrder)
 {
     TemporaryDirectory directory;
