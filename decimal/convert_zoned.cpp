@@ -233,7 +233,7 @@ struct Cell {
 #define CELL(From, To)                                                                                                                     \
     uint8_t *_zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                        \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::Cell<bcd::forms::From, bcd::forms::To>{src, dst, dstDigits, srcDigits});                                 \
+        return bcd::runEntry<bcd::Cell<bcd::forms::From, bcd::forms::To>>(src, dst, dstDigits, srcDigits);                                 \
     }
 #define CELLS_FROM(From) CELL(From, ZndTO) CELL(From, ZndTS) CELL(From, ZndLO) CELL(From, ZndLS) CELL(From, ZndUS)
 

@@ -52,7 +52,7 @@ struct Copy {
 #define COPY(name, form)                                                                                                                   \
     uint8_t *_zvkcBCD_Cpy_##name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                                   \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::Copy<bcd::forms::form>{src, dst, dstDigits, srcDigits});                                                 \
+        return bcd::runEntry<bcd::Copy<bcd::forms::form>>(src, dst, dstDigits, srcDigits);                                                 \
     }
 
 COPY(Pckd, Pckd)

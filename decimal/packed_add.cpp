@@ -17,14 +17,16 @@ namespace {
 struct AddPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "add packed...";
-    static bool quick(const auto &call) { return shortPackedSum<false>(call); }
+    static bool quick(const auto &call) { return shortPackedSum<false, uint64_t>(call); }
+    static bool quickLong(const auto &call) { return shortPackedSum<false, u128>(call); }
     static void work(const auto &c) { zvkBcdAddPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
 struct SubPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "sub packed...";
-    static bool quick(const auto &call) { return shortPackedSum<true>(call); }
+    static bool quick(const auto &call) { return shortPackedSum<true, uint64_t>(call); }
+    static bool quickLong(const auto &call) { return shortPackedSum<true, u128>(call); }
     static void work(const auto &c) { zvkBcdSubPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
@@ -74,12 +76,12 @@ void carryOn(const uint8_t *&a, uint8_t *&to, size_t &bytes, bool &carry)
 
 uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<AddPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<AddPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<SubPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<SubPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 int zvkBcdAddPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,

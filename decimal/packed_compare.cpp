@@ -85,7 +85,7 @@ int zvkBcdCmpPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, i
 #define RELATION(NAME)                                                                                                                     \
     int32_t _zvkcBCD_##NAME##_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)                           \
     {                                                                                                                                      \
-        return runEntry(Comparison<ComparePacked, Relation::NAME>{op1, op2, op2Digits, op1Digits});                                        \
+        return runEntry<Comparison<ComparePacked, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                                        \
     }
 
 RELATION(EQU)
@@ -95,4 +95,4 @@ RELATION(GEQ)
 RELATION(LES)
 RELATION(LEQ)
 
-int32_t _zvkcBCD_NOT_Pckd(const uint8_t *op, int32_t opDigits) { return runEntry(ZeroTest<IsZeroPacked>{op, opDigits}); }
+int32_t _zvkcBCD_NOT_Pckd(const uint8_t *op, int32_t opDigits) { return runEntry<ZeroTest<IsZeroPacked>>(op, opDigits); }

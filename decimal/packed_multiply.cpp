@@ -44,7 +44,7 @@ bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, in
     ShortNumber a, b;
     if (static_cast<uint32_t>(dstDigits) > 63) return false;
     if (!shortforms::Pckd::read(op1, op1Digits, a) || !shortforms::Pckd::read(op2, op2Digits, b)) return false;
-    writeProduct(dst, dstDigits, multiplyDigits(a.value(), b.value()), a.negative != b.negative);
+    writeProduct(dst, dstDigits, multiplyDigits(a.digits, b.digits), a.negative != b.negative);
     return true;
 }
 
@@ -119,7 +119,7 @@ void multiplyPairs(const Factor &multiplicand, const Factor &multiplier, WorkAre
 
 uint8_t *_zvkcBCD_MPY_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<MultiplyPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<MultiplyPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 void zvkBcdMulPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)

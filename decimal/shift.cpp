@@ -232,7 +232,7 @@ struct Shift {
 #define SHIFT(name, form, way, direction)                                                                                                  \
     uint8_t *_zvkcBCD_SHFD_##name##_##way(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits, int32_t shift)           \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::Shift<bcd::forms::form, bcd::Direction::direction>{src, dst, dstDigits, srcDigits, shift});              \
+        return bcd::runEntry<bcd::Shift<bcd::forms::form, bcd::Direction::direction>>(src, dst, dstDigits, srcDigits, shift);              \
     }
 #define SHIFTS(name, form)                                                                                                                 \
     SHIFT(name, form, Left, Left)                                                                                                          \
