@@ -34,7 +34,7 @@ struct TwoOperands {
         return Op::quick(*this);
     }
 
-    bool quickLong(uint32_t, uint8_t *&result) const requires requires(const TwoOperands &call) { Op::quickLong(call); }
+    bool quickLong(uint8_t *&result) const requires requires(const TwoOperands &call) { Op::quickLong(call); }
     {
         result = dst;
         return Op::quickLong(*this);

@@ -13,7 +13,7 @@
 //     auto work(uint32_t mode) const;             gives what the entry returns
 //     void dumpResult(T result) const;
 //     bool quick(uint32_t mode, T &result) const;       may be left out, as may
-//     bool quickLong(uint32_t mode, T &result) const;   see below
+//     bool quickLong(T &result) const;                  see below
 //
 // and an exported entry is one line:
 //
@@ -69,7 +69,7 @@ template <class Call>
 concept QuickLong = requires(const Call &call, ResultOf<Call> &result)
 {
     {
-        call.quickLong(uint32_t{}, result)
+        call.quickLong(result)
         } -> std::same_as<bool>;
 };
 
@@ -95,15 +95,11 @@ template <class Call, class... Operands>
     return takeSteps(Call{operands...}, word, (word & ZVK_BCD_DEBUG) != 0);
 }
 
-// An unread mode word has the dump's bit, too.
-inline bool isPlain(uint32_t word) { return __builtin_expect((word & ZVK_BCD_DEBUG) == 0, 1); }
-
 template <class Call, class... Operands>
 [[gnu::noinline]] ResultOf<Call> runLongEntry(Operands... operands)
 {
     ResultOf<Call> result;
-    uint32_t word = rawMode();
-    if (isPlain(word) && __builtin_expect(Call{operands...}.quickLong(word, result), 1)) return result;
+    if (__builtin_expect(Call{operands...}.quickLong(result), 1)) return result;
     return runEveryStep<Call>(operands...);
 }
 
@@ -111,14 +107,17 @@ template <class Call, class... Operands>
 [[gnu::always_inline]] inline ResultOf<Call> runEntry(Operands... operands)
 {
     uint32_t word = rawMode();
+    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0)) return runEveryStep<Call>(operands...); // an unread word has this bit, too
     if constexpr (Quick<Call>) {
         ResultOf<Call> result;
-        if (isPlain(word) && __builtin_expect(Call{operands...}.quick(word, result), 1)) return result;
-        if constexpr (QuickLong<Call>) return runLongEntry<Call>(operands...);
+        if (__builtin_expect(Call{operands...}.quick(word, result), 1)) return result;
+        if constexpr (QuickLong<Call>)
+            return runLongEntry<Call>(operands...);
+        else
+            return runEveryStep<Call>(operands...);
     } else {
-        if (isPlain(word)) return takeSteps(Call{operands...}, word, false);
+        return takeSteps(Call{operands...}, word, false);
     }
-    return runEveryStep<Call>(operands...);
 }
 
 } // namespace bcd

@@ -49,11 +49,12 @@ inline constexpr Word kAbove = all<Word>(0x11) - 1;
 inline bool anyBit(uint64_t word) { return word != 0; }
 inline bool anyBit(u128 word) { return (highWord(word) | lowWord(word)) != 0; }
 
-// No bits when all digits are 0 to 9, by the carries of the same raise that an addition begins with.
-template <class Word>
-inline Word flaws(Word digits)
+// All digits of all numbers are 0 to 9: the raise that an addition begins with carries nowhere.
+template <class Word, class... Words>
+inline bool areDigits(Word first, Words... others)
 {
-    return ((digits + kSixes<Word>)^digits) & kAbove<Word>;
+    auto change = [](Word digits) { return digits ^ (digits + kSixes<Word>); };
+    return !anyBit((change(first) | ... | change(others)) & kAbove<Word>);
 }
 
 // A six below each marked bit.
@@ -108,8 +109,9 @@ struct Pckd {
             digits = shiftedRight(whole, 4);
             sign = static_cast<unsigned>(whole) & 0x0F;
         }
-        bool clean() const { return sign >= 10 && !anyBit(flaws(digits)); }
-        operator NumberIn<Word>() const { return {digits, isNegativeNibble(static_cast<uint8_t>(sign))}; }
+        bool negative() const { return isNegativeNibble(static_cast<uint8_t>(sign)); }
+        bool hasSign() const { return sign >= 10; }
+        operator NumberIn<Word>() const { return {digits, negative()}; }
     };
 
     // False, and nothing is read into `number`, when the item is too long or a validator might have something to say about it.
@@ -118,7 +120,7 @@ struct Pckd {
         if (!isShort(n)) return false;
         Raw<u128> raw(item, n);
         number = raw;
-        return raw.clean();
+        return raw.hasSign() && areDigits(raw.digits);
     }
 
     template <class Word>

@@ -52,7 +52,7 @@ template <bool subtract, class Word>
     using shortforms::Pckd;
     if (static_cast<uint32_t>(call.op1Digits | call.op2Digits | call.dstDigits) > kWordDigits<Word>) return false;
     Pckd::Raw<Word> a(call.op1, call.op1Digits), b(call.op2, call.op2Digits);
-    if (!a.clean() || !b.clean()) return false;
+    if (!a.hasSign() || !b.hasSign() || !areDigits(a.digits, b.digits)) return false;
     NumberIn<Word> sum = sumOf<subtract, true, Word>(a, b);
     Pckd::write(call.dst, call.dstDigits, sum.digits, sum.negative);
     return true;

@@ -16,6 +16,7 @@ namespace {
 struct CompareZoned {
     using Form = forms::ZndTO;
     static constexpr bool dumps = false;
+    static constexpr bool hasShortCuts = false;
     static int compare(const uint8_t *op1, int32_t n1, const uint8_t *op2, int32_t n2, int magnitudeOnly)
     {
         return zvkBcdCmpZoned(op1, n1, op2, n2, magnitudeOnly);
