@@ -15,7 +15,7 @@ namespace {
 
 struct CompareZoned {
     using Form = forms::ZndTO;
-    static constexpr bool dumps = false;
+    static constexpr bool dumps = false; // unlike packed ones; nor is the zero test
     static constexpr bool hasShortCuts = false;
     static int compare(const uint8_t *op1, int32_t n1, const uint8_t *op2, int32_t n2, int magnitudeOnly)
     {

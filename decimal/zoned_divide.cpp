@@ -65,6 +65,7 @@ uint8_t *_zvkcBCD_DIV_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, 
     return dst;
 }
 
+// DIVR and MOD of zoned items have no dump, unlike all others.
 uint8_t *_zvkcBCD_DIVR_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *quotient, uint8_t *remainder, int32_t remainderDigits,
                            int32_t quotientDigits, int32_t op2Digits, int32_t op1Digits)
 {

@@ -15,7 +15,7 @@ template <class T, int (*worker)(uint8_t *, int32_t, T, int), const char *text>
 using Step = IntegerStep<forms::ZndTO, T, worker, text>;
 
 constexpr char kInc8[] = "inc zoned_int64...";
-constexpr char kInc4[] = "inc zoned_32...";
+constexpr char kInc4[] = "inc zoned_32..."; // the slip stays
 constexpr char kDec8[] = "dec zoned_int64...";
 constexpr char kDec4[] = "dec zoned_int32...";
 
