@@ -3,17 +3,13 @@
 // Faults that these tests are there to catch: words that reach the engine changed or in the wrong place; buffer, fill and spill file that do not agree at
 // the limits; records that cross a chunk; input that is empty; SORT-RETURN, error number and message 26 that do not follow the engine; an
 // active sort that the end does not stop; a failing load that has an effect.
-#include <cstdarg>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include "kvr2/messages.h"
-#include "sort_data.h"
-#include "support/child.h"
-#include "support/compiled_program.h"
-#include "support/require.h"
+#include "statement.h"
 #include "test_file.h"
 
 using testing::HasSubstr;
@@ -35,82 +31,7 @@ struct EngineCall {
 std::vector<EngineCall> calls;
 std::function<int32_t(const EngineCall &)> behaviour;
 
-constexpr size_t kBuffer = 262144;
-
-struct Statement {
-    CompiledProgram program{"SORTPGM"};
-    int16_t sortReturn = 99;
-    SortVerbBlock block{};
-    SortRecordDesc desc{};
-    SortFileList usingList{}, givingList{};
-    uint64_t eighth[3] = {0, 0, 1};
-    char fifth[16] = "";
-    std::vector<uint64_t> keys = {1, 0, 0, 0};
-
-    Statement(uint32_t format, uint32_t length, uint32_t keyLength = 4)
-    {
-        block.sortReturn = &sortReturn;
-        block.engineFlags = 77;
-        block.lineNumber = 123;
-        block.program = &program.pcb;
-        desc.recordFormat = format;
-        desc.recordLength = length;
-        TableSortKey key = sortKey(0, keyLength, ZVK_KEY_ALPHANUMERIC, true);
-        memcpy(&keys[1], &key, sizeof key);
-        _zvkPgmInit(&program.pcb);
-    }
-    int16_t op(int32_t number)
-    {
-        sortReturn = 99;
-        _zvkSortMerge(number, &block, &desc, keys.data(), fifth, &usingList, &givingList, eighth);
-        return sortReturn;
-    }
-};
-
-uint16_t release(const std::string &record)
-{
-    uint16_t status = 7;
-    std::string copy = record;
-    _zvkRelease(static_cast<uint32_t>(record.size()), copy.data(), &status);
-    return status;
-}
-
-// The next record; "END" at the end.
-std::string next()
-{
-    static std::vector<char> area(kBuffer);
-    uint32_t length = 0;
-    uint16_t status = 7;
-    _zvkReturn(&length, area.data(), &status);
-    REQUIRE(status == 7 || status == 1);
-    return status == 1 ? "END" : std::string(area.data(), length);
-}
-
-std::string spillName(const char *prefix)
-{
-    char name[64];
-    snprintf(name, sizeof name, "%s%010u.%010u", prefix, static_cast<unsigned>(getpid()), static_cast<unsigned>(pthread_self()));
-    return name;
-}
-
-std::string numbered(size_t number, size_t length, char fill = '.')
-{
-    char text[16];
-    snprintf(text, sizeof text, "%08zu", number * 7919 % 100000000);
-    std::string record(text, 8);
-    record.resize(length, fill);
-    return record;
-}
-
-ChildOptions with(const char *engines, const TemporaryDirectory &directory)
-{
-    ChildOptions options;
-    options.env = {{"LD_LIBRARY_PATH", std::string(getenv("KVR2_BUILD_DIR")) + engines}, {"TMPDIR", directory.path()}};
-    options.directory = directory.path();
-    return options;
-}
-
-constexpr char kFake[] = "/tests/fake_engine", kReal[] = "/companions";
+constexpr char kFake[] = "/tests/fake_engine";
 
 } // namespace
 

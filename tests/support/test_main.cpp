@@ -17,7 +17,8 @@ __attribute__((visibility("default"), used)) const char *__lsan_default_options(
 __attribute__((visibility("default"), used)) const char *__ubsan_default_options() { return "print_stacktrace=1"; }
 __attribute__((visibility("default"), used)) const char *__tsan_default_options()
 {
-    return "halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1";
+    // After a crash the run unit is ended out of the signal handler, which calls what no handler should; it is over anyway.
+    return "report_signal_unsafe=0:halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1";
 }
 }
 
