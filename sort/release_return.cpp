@@ -36,7 +36,16 @@ bool spillBuffer(ZvkThreadRecord *record)
     bool first = !record->spillPath[0];
     if (!zvkNameSpillFile(record, Spill::Input)) return false;
     if (first) unlink(record->spillPath); // left by a process of that number that came to grief
-    if (!zvkAppendSpill(record->spillPath, record->buffer, static_cast<uint64_t>(record->fill))) return false;
+    Append result = zvkAppendSpill(record->spillPath, record->buffer, static_cast<uint64_t>(record->fill));
+    if (result != Append::Done) {
+        if (first) { // all that was released is still in the buffer
+            unlink(record->spillPath);
+            record->spillPath[0] = 0;
+        } else if (result == Append::Damaged) {
+            record->fill = -1; // this sort is over: no RELEASE and no op 3 has a use for such a file
+        }
+        return false;
+    }
     record->fill = 0;
     record->cursor = record->buffer;
     return true;

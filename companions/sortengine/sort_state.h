@@ -43,6 +43,7 @@ struct Sort {
     RunJob runJob; // writes the oldest segments out
     SortRun *runs;
     uint32_t runCount, runRoom;
+    uint32_t runsWritten, passes; // for the statistics: runs made from segments, merges before the last one
 
     int inputFd, outputFd;
     MemoryBlock *blocks;

@@ -167,6 +167,77 @@ TEST(SortEngine, ManyRecordsInMemoryAndInRuns)
             }
 }
 
+// Far more runs than descriptors, and than a small budget has buffers for.
+TEST(SortEngine, HundredsOfRuns)
+{
+    TemporaryDirectory directory, control;
+    writeFile(control.file("control"), "MEMORY=1K\nSTATISTICS=YES\n");
+    for (bool variable : {false, true}) {
+        Call call;
+        call.control = control.file("control");
+        call.order.keys = {sortKey(0, 2, ZVK_KEY_ALPHANUMERIC, !variable), sortKey(3, 14, ZVK_KEY_ZONED, variable, 8)};
+        call.format = variable ? ZVK_SORT_VARIABLE : ZVK_SORT_FIXED;
+        call.length = variable ? 100 : 40;
+        ChildRun run = runChild([&] {
+            rlimit limit{16, 16};
+            REQUIRE(setrlimit(RLIMIT_NOFILE, &limit) == 0);
+            expectSortedFiles(makeRecords(150000, call.order.keys, variable), call, directory);
+            REQUIRE(!testing::Test::HasFailure());
+        });
+        EXPECT_GOOD(run);
+        unsigned runs = 0, passes = 0;
+        ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 150000, runs %u, merge passes before the last %u", &runs, &passes), 2) << run.err;
+        EXPECT_GT(runs, 256u);
+        EXPECT_EQ(passes, 1u);
+    }
+}
+
+// Records so long that few runs can be read at once: the passes follow one another.
+TEST(SortEngine, PassesOverLongRecords)
+{
+    constexpr uint32_t kLong = 520000;
+    TemporaryDirectory directory;
+    std::string in = directory.file("in"), out = directory.file("out");
+    Call call;
+    call.format = ZVK_SORT_VARIABLE;
+    call.length = kLong;
+    call.directory = directory.path();
+    call.control = directory.file("control");
+    call.order.keys = {sortKey(0, 1, ZVK_KEY_ALPHANUMERIC, true)};
+    writeFile(call.control, "MEMORY=1M\nSTATISTICS=YES\n");
+    struct Head {
+        uint32_t bytes;
+        uint8_t key;
+        uint32_t number;
+    } __attribute__((packed));
+    std::mt19937 random(5);
+    std::vector<Head> heads(1700);
+    FILE *file = fopen(in.c_str(), "w");
+    std::string filler(kLong, 'x');
+    for (uint32_t i = 0; i < heads.size(); i++) {
+        heads[i] = {static_cast<uint32_t>(sizeof(Head) + 60000 + random() % 60000), static_cast<uint8_t>(random() % 50), i};
+        fwrite(&heads[i], sizeof(Head), 1, file);
+        fwrite(filler.data(), heads[i].bytes - sizeof(Head), 1, file);
+    }
+    ASSERT_EQ(fclose(file), 0);
+    call.input.path = in.c_str();
+    call.output.path = out.c_str();
+    ChildRun run = runChild([&] { REQUIRE(call.run() == 0); });
+    EXPECT_GOOD(run);
+    unsigned runs = 0, passes = 0;
+    ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 1700, runs %u, merge passes before the last %u", &runs, &passes), 2) << run.err;
+    EXPECT_EQ(passes, 2u) << runs;
+    std::stable_sort(heads.begin(), heads.end(), [](const Head &a, const Head &b) { return a.key < b.key; });
+    std::string sorted = readFile(out);
+    size_t at = 0;
+    for (const Head &head : heads) {
+        ASSERT_LE(at + head.bytes, sorted.size());
+        ASSERT_EQ(memcmp(&sorted[at], &head, sizeof head), 0);
+        at += head.bytes;
+    }
+    EXPECT_EQ(at, sorted.size());
+}
+
 TEST(SortEngine, ControlFileAndStatistics)
 {
     TemporaryDirectory directory, work;
@@ -183,11 +254,25 @@ TEST(SortEngine, ControlFileAndStatistics)
     unsigned runs = 0;
     ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 300000, runs %u", &runs), 1) << run.err;
     EXPECT_GE(runs, 40u);
-    for (const char *line : {"MEMORY=much\n", "MEMORY=0\n", "WORKDIR=\n", "COLOUR=red\n", "nonsense\n", "STATISTICS=perhaps\n"}) {
-        writeFile(call.control, line);
-        EXPECT_EQ(call.run(), 16) << line;
-        EXPECT_EQ(call.error, uint32_t{ZVK_SORT_ECONTROL});
-    }
+    auto expect = [&](const std::string &lines, uint32_t error) {
+        writeFile(call.control, lines);
+        EXPECT_EQ(call.run(), error ? 16 : 0) << lines;
+        EXPECT_EQ(call.error, error) << lines;
+    };
+    for (const char *line : {"MEMORY=much\n", "MEMORY=0\n", "MEMORY=-1\n", "MEMORY=64MB\n", "MEMORY=\n", "MEMORY=99999999999999999999\n",
+                             "MEMORY=18446744073709551615G\n", "WORKDIR=\n", "COLOUR=red\n", "nonsense\n", "=\n", "STATISTICS=perhaps\n",
+                             "* good\nMEMORY=1M\nbad"})
+        expect(line, ZVK_SORT_ECONTROL);
+    expect("WORKDIR=" + std::string(2000, 'x'), ZVK_SORT_ECONTROL);
+    expect(std::string("STATISTICS=NO\0nonsense\n", 23), ZVK_SORT_ECONTROL);
+    expect("*" + std::string(5000, 'x') + "\r\n  # another\r\n\tmemory=9m \r\nStatistics=no", 0);
+    expect("", 0);
+    expect("WORKDIR=/nonexistent\nMEMORY=1M\n", ZVK_SORT_EWORK);
+    call.control = directory.path(); // there, but no file
+    EXPECT_EQ(call.run(), 16);
+    EXPECT_EQ(call.error, uint32_t{ZVK_SORT_ECONTROL});
+    call.control = directory.file("none/such");
+    EXPECT_EQ(call.run(), 0);
 }
 
 TEST(SortEngine, FilesOnBothSides)
