@@ -3,9 +3,12 @@
 // Faults that these tests are there to catch: words that reach the engine changed or in the wrong place; buffer, fill and spill file that do not agree at
 // the limits; records that cross a chunk; input that is empty; SORT-RETURN, error number and message 26 that do not follow the engine; an
 // active sort that the end does not stop; a failing load that has an effect.
+#include <atomic>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
+#include <thread>
 #include <unistd.h>
 
 #include "kvr2/messages.h"
@@ -270,6 +273,35 @@ KVR2_PIECE(sort_procedures)
     REQUIRE(sort.op(1) == 16 && zvkGetSortErrno(&number) == ZVK_SORT_EABANDONED);
 }
 
+// The first sorts of the process, all at once, each with spill files and runs of its own.
+KVR2_PIECE(sort_threads)
+{
+    constexpr size_t kThreads = 6;
+    std::vector<std::unique_ptr<Statement>> sorts;
+    for (size_t i = 0; i < kThreads; i++) {
+        sorts.push_back(std::make_unique<Statement>(i % 2 ? ZVK_SORT_FIXED : ZVK_SORT_VARIABLE, 60, 8));
+        sorts[i]->eighth[1] = 200 << 10;
+    }
+    std::atomic<size_t> waiting{kThreads};
+    std::vector<std::thread> threads;
+    for (auto &sort : sorts)
+        threads.emplace_back([&waiting, &sort] {
+            waiting--;
+            while (waiting) sched_yield();
+            REQUIRE(sort->op(1) == 0);
+            for (size_t i = 0; i < 10000; i++) REQUIRE(release(numbered(i, 60)) == 7);
+            REQUIRE(sort->op(3) == 0);
+            std::string last = next();
+            for (size_t i = 1; i < 10000; i++) {
+                std::string record = next();
+                REQUIRE(record > last);
+                last = record;
+            }
+            REQUIRE(next() == "END");
+        });
+    for (std::thread &thread : threads) thread.join();
+}
+
 TEST(SortVerbs, TheEngineGetsTheStatementsWordsAndItsResultIsReported)
 {
     TemporaryDirectory directory;
@@ -325,5 +357,12 @@ TEST(SortVerbs, ProceduresWithTheRealEngine)
 {
     TemporaryDirectory directory;
     EXPECT_GOOD(runPiece("sort_procedures", with(kReal, directory)));
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
+}
+
+TEST(SortVerbs, FirstSortsOfSeveralThreads)
+{
+    TemporaryDirectory directory;
+    EXPECT_GOOD(runPiece("sort_threads", with(kReal, directory)));
     EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 }
