@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "control_file.h"
 #include "record_io.h"
@@ -13,6 +14,12 @@ extern "C" ZVK_EXPORT int32_t sortmerge(int32_t op, uint64_t recordFormat, uint3
                                         SortEighth eighth, SortIoRecord input, SortIoRecord output, SortControlRecord control);
 
 namespace {
+
+// The worker writes the result's buffers.
+struct Running {
+    Sort sort;
+    Output result;
+};
 
 constexpr int32_t kFailure = 16;
 constexpr uint64_t kSegmentBytes = 16u << 20; // a segment's index fits the cache about
@@ -82,8 +89,24 @@ bool mergeFiles(Sort *sort, const SortIoRecord &input, Output *output)
     return good;
 }
 
+// The program that they are part of may be gone while the worker still sorts.
+bool copyKeys(Sort *sort)
+{
+    constexpr size_t kCollatingBytes = 256;
+    size_t bytes = sort->plan.count * sizeof(TableSortKey);
+    auto *copy = static_cast<uint8_t *>(take(sort, bytes + kCollatingBytes));
+    if (!copy) return false;
+    memcpy(copy, sort->plan.keys, bytes);
+    sort->plan.keys = reinterpret_cast<const TableSortKey *>(copy);
+    if (!sort->plan.collating) return true;
+    memcpy(copy + bytes, sort->plan.collating, kCollatingBytes);
+    sort->plan.collating = copy + bytes;
+    return true;
+}
+
 bool run(Sort *sort, int32_t op, const SortIoRecord &input, const SortIoRecord &to, Output *output)
 {
+    if (!copyKeys(sort)) return false;
     planMemory(sort);
     if (op == ZVK_SORT_MERGE && input.count && !input.path)
         return openOutput(sort, output, &to) && mergeFiles(sort, input, output) && closeOutput(sort, output);
@@ -123,16 +146,22 @@ int32_t sortmerge(int32_t op, uint64_t recordFormat, uint32_t recordLength, cons
         abandonSorts();
         return 0;
     }
-    Sort sort{};
-    Output result{};
-    sort.error = prepare(&sort, op, recordFormat, recordLength, fourth, fifth, eighth, control);
-    if (sort.error == 0) {
-        openSort(&sort);
-        if (!run(&sort, op, input, output, &result)) discardOutput(&sort, &result);
-        if (sort.settings.statistics) printStatistics(&sort);
-        closeSort(&sort);
+    auto *running = new (std::nothrow) Running{};
+    if (!running) {
+        if (control.errnoOut) *control.errnoOut = ZVK_SORT_ESTORAGE;
+        return kFailure;
     }
+    Sort *sort = &running->sort;
+    sort->error = prepare(sort, op, recordFormat, recordLength, fourth, fifth, eighth, control);
+    if (sort->error == 0) {
+        openSort(sort);
+        if (!run(sort, op, input, output, &running->result)) discardOutput(sort, &running->result);
+        if (sort->settings.statistics) printStatistics(sort);
+        closeSort(sort);
+    }
+    uint32_t error = sort->error;
+    delete running;
     // After an operation 11 the caller's frame may be all that is left; its error word is part of it.
-    if (control.errnoOut) *control.errnoOut = sort.error;
-    return sort.error ? kFailure : 0;
+    if (control.errnoOut) *control.errnoOut = error;
+    return error ? kFailure : 0;
 }

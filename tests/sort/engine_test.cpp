@@ -3,10 +3,12 @@
 // Faults that these tests are there to catch: a key type, form or direction in another order than its values; equal keys that change places; records
 // lost, doubled or cut at the edges of segments, runs and buffers; a MERGE that does not see that its input is out of order; failures that
 // are not reported, or leave files behind; what an abandoned sort leaves allocated or touches afterwards.
+#include <csetjmp>
 #include <csignal>
 #include <dlfcn.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sys/resource.h>
 
 #include "kvr2/fileio.h"
@@ -47,14 +49,14 @@ struct Call {
     SortIoRecord input{}, output{};
     uint32_t error = 0;
 
-    int run()
+    int run() { return run(Keys(order.keys).words.data()); }
+    int run(const uint8_t *keys)
     {
-        Keys keys(order.keys);
         SortEighth eighth{reinterpret_cast<uint64_t>(order.collating), memory, ZVK_SORT_STABLE};
         SortControlRecord record{};
         record.tempDir = directory.c_str();
         record.errnoOut = &error;
-        return engine()(op, format, length, keys.words.data(), control.c_str(), eighth, input, output, record);
+        return engine()(op, format, length, keys, control.c_str(), eighth, input, output, record);
     }
 };
 
@@ -87,6 +89,12 @@ size_t filesIn(const std::string &directory)
 {
     auto all = std::filesystem::directory_iterator(directory);
     return static_cast<size_t>(std::distance(begin(all), end(all)));
+}
+
+__attribute__((noinline)) void overwriteStack()
+{
+    volatile uint8_t bytes[100000];
+    for (volatile uint8_t &byte : bytes) byte = 0xEE;
 }
 
 // From memory to memory.
@@ -450,8 +458,11 @@ TEST(SortEngine, AbandonedInEachOfItsCalls)
                 call.output.count = 1;
                 call.output.files = &output;
                 int calls = 0;
+                size_t descriptors = filesIn("/proc/self/fd");
                 TestFile::onCall = [&] {
-                    if (++calls == at) engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
+                    if (++calls != at) return;
+                    engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
+                    REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
                 };
                 REQUIRE(call.run() == 16);
                 REQUIRE(call.error == ZVK_SORT_EABANDONED);
@@ -462,6 +473,48 @@ TEST(SortEngine, AbandonedInEachOfItsCalls)
                 out.records.clear();
                 REQUIRE(call.run() == 0);
                 REQUIRE(out.records.size() == 30000);
+            }));
+    EXPECT_EQ(filesIn(directory.path()), 0u);
+}
+
+// A file's routine jumps past the engine, as STOP RUN does; whatever stood in the frames is overwritten before operation 11 comes.
+TEST(SortEngine, AbandonedAfterAJumpOutOfIt)
+{
+    TemporaryDirectory directory;
+    for (int32_t op : {ZVK_SORT_START, ZVK_SORT_MERGE})
+        for (int at : {1, 5000, 20000, 30005, 30008})
+            EXPECT_GOOD(runChild([&] {
+                auto call = std::make_unique<Call>();
+                call->op = op;
+                call->memory = 1 << 20;
+                call->directory = directory.path();
+                call->order.keys = {sortKey(3, 20, ZVK_KEY_ALPHANUMERIC, false)};
+                std::vector<uint8_t> collating(256);
+                for (size_t i = 0; i < 256; i++) collating[i] = static_cast<uint8_t>(~i);
+                call->order.collating = collating.data();
+                TestFile in[2], out;
+                FCB *inputs[] = {&in[0].fcb, &in[1].fcb}, *output = &out.fcb;
+                for (TestFile &file : in) {
+                    file.records = makeRecords(15000, call->order.keys, false);
+                    if (op == ZVK_SORT_MERGE) std::stable_sort(file.records.begin(), file.records.end(), call->order);
+                }
+                call->input.count = 2;
+                call->input.files = inputs;
+                call->output.count = 1;
+                call->output.files = &output;
+                static jmp_buf back;
+                int calls = 0;
+                size_t descriptors = filesIn("/proc/self/fd");
+                TestFile::onCall = [&] {
+                    if (++calls == at) longjmp(back, 1);
+                };
+                Keys kept(call->order.keys);
+                if (setjmp(back) == 0) call->run(kept.words.data());
+                kept.words.assign(kept.words.size(), 0xEE);
+                std::fill(collating.begin(), collating.end(), 0);
+                overwriteStack();
+                engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
+                REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
             }));
     EXPECT_EQ(filesIn(directory.path()), 0u);
 }

@@ -366,6 +366,30 @@ KVR2_PIECE(files_full_disk)
     REQUIRE(next() == "END");
 }
 
+// STOP RUN in the USE procedure of a file that the sort could not open: the engine is left in the middle, with runs in its work file.
+KVR2_PIECE(files_stop_run)
+{
+    CompiledProgram main("MAINPGM");
+    int status = compiledMain(main, [] {
+        // static, as a program's records are: nothing here is destroyed
+        static SortedFile in(kFixed, here("in")), absent(kFixed, here("absent"));
+        in.fill(makeRecords(30000, false));
+        struct {
+            void (*routine)(uint64_t, uint64_t, void *, uint64_t);
+            void *argument;
+        } static use{[](uint64_t, uint64_t, void *, uint64_t) { _zvkRunUnitTerm(3); }, nullptr};
+        static void *table[5] = {&use};
+        absent.fcb->useTable = table;
+        static std::vector<FCB *> inputs = {in.fcb, absent.fcb};
+        static Statement sort(ZVK_SORT_FIXED, kLongest);
+        sort.eighth[1] = 100 << 10;
+        sort.usingList = listOf(inputs);
+        sort.op(ZVK_SORT_START);
+        REQUIRE(!"STOP RUN came back");
+    });
+    REQUIRE(status == 3);
+}
+
 TEST(SortOverFiles, EveryKindToEveryKind) { EXPECT_GOOD(runOverFiles("files_every_kind")); }
 TEST(SortOverFiles, OddLines) { EXPECT_GOOD(runOverFiles("files_odd_lines")); }
 TEST(SortOverFiles, ProceduresOnEitherSide) { EXPECT_GOOD(runOverFiles("files_procedures")); }
@@ -374,3 +398,9 @@ TEST(SortOverFiles, IndexedResult) { EXPECT_GOOD(runOverFiles("files_to_indexed"
 TEST(SortOverFiles, Merge) { EXPECT_GOOD(runOverFiles("files_merge")); }
 TEST(SortOverFiles, InputThatCannotBeReadAndOutputThatCannotBeMade) { EXPECT_GOOD(runOverFiles("files_failures")); }
 TEST(SortOverFiles, FullDisk) { EXPECT_GOOD(runOverFiles("files_full_disk")); }
+TEST(SortOverFiles, StopRunInTheMiddle)
+{
+    ChildRun run = runOverFiles("files_stop_run");
+    EXPECT_GOOD(run);
+    EXPECT_THAT(run.err, HasSubstr("ZVK012"));
+}
