@@ -56,7 +56,7 @@ inline uint16_t release(const std::string &record)
 // The next record; "END" at the end.
 inline std::string next()
 {
-    static thread_local std::vector<char> area(kBuffer);
+    static thread_local std::vector<char> area(2 * kBuffer);
     uint32_t length = 0;
     uint16_t status = 7;
     _zvkReturn(&length, area.data(), &status);

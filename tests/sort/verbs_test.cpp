@@ -175,6 +175,36 @@ KVR2_PIECE(sort_chunks)
     REQUIRE(fixed.op(2) == 0 && calls.back().op == 2);
     for (size_t i = 0; i < 600; i++) REQUIRE(next() == numbered(i, 999));
     REQUIRE(next() == "END");
+    // Records longer than the buffer, between short ones; the last of them at the end.
+    for (uint32_t format : {ZVK_SORT_FIXED, ZVK_SORT_VARIABLE}) {
+        Statement longer(format, kBuffer + 1000);
+        longer.usingList.count = 1;
+        std::vector<std::string> records;
+        for (size_t length : {kBuffer + 1000, kBuffer - 4, kBuffer + 1, size_t{7}, size_t{0}, kBuffer - 3, kBuffer})
+            records.push_back(numbered(records.size(), format == ZVK_SORT_FIXED ? kBuffer + 1000 : length, 'a'));
+        behaviour = [&](const EngineCall &call) {
+            std::string all;
+            for (const std::string &record : records) {
+                auto word = static_cast<uint32_t>(record.size() + 4);
+                if (format == ZVK_SORT_VARIABLE) all.append(reinterpret_cast<char *>(&word), 4);
+                all += record;
+            }
+            writeFile(call.outPath, all);
+            return 0;
+        };
+        REQUIRE(longer.op(1) == 0);
+        for (const std::string &record : records) REQUIRE(next() == record);
+        REQUIRE(next() == "END" && next() == "END");
+    }
+    // No records at all, but bytes: no engine writes this, and nobody may read beyond it.
+    for (const char *word : {"\x03\0\0\0abcd", "\xFF\xFF\xFF\xFF", "\x09\0\0\0abcd", "ab"}) {
+        Statement damaged(ZVK_SORT_VARIABLE, 100);
+        damaged.usingList.count = 1;
+        behaviour = [&](const EngineCall &call) {
+            return writeFile(call.outPath, std::string(word, word[1] == 'b' ? 2 : word[0] == -1 ? 4 : 8)), 0;
+        };
+        REQUIRE(damaged.op(1) == 0 && next() == "END" && next() == "END");
+    }
     // An empty result.
     behaviour = [](const EngineCall &call) { return writeFile(call.outPath, ""), 0; };
     REQUIRE(fixed.op(1) == 0 && next() == "END");
@@ -192,6 +222,15 @@ KVR2_PIECE(sort_empty)
     REQUIRE(out.records.empty() && out.opens == 1 && out.closes == 1 && out.fcb.requestedMode == ZVK_OPEN_OUTPUT);
     sort.givingList = {};
     REQUIRE(sort.op(1) == 0 && sort.op(3) == 0 && calls.empty() && next() == "END");
+    // A file that cannot be made is not claimed to be there.
+    TestFile none;
+    none.openStatus = 37;
+    FCB *both[] = {&none.fcb, &out.fcb};
+    sort.givingList = {2, 0, both};
+    sort.block.messageOff = 1;
+    REQUIRE(sort.op(1) == 0 && sort.op(3) == 16 && none.closes == 0 && out.opens == 2 && out.closes == 2 && none.fcb.status == 37);
+    uint32_t number;
+    REQUIRE(zvkGetSortErrno(&number) == ZVK_SORT_EOPENOUT);
 }
 
 KVR2_PIECE(sort_end)
