@@ -216,6 +216,31 @@ KVR2_PIECE(files_procedures)
     }
 }
 
+// A name that stands for several files, and an OPTIONAL file that is absent.
+KVR2_PIECE(files_volumes)
+{
+    writeFile(here("a"), "bbbb2\ndddd4\n");
+    writeFile(here("b"), "");
+    writeFile(here("c"), "aaaa1\n");
+    const FileAttributes lines{.longest = kLongest, .shortest = 1, .organization = ZVK_FILE_LINE_SEQUENTIAL};
+    FileAttributes optional = lines;
+    optional.optional = true;
+    CompiledFile volumes("lsq-" + here("a") + ":" + here("b") + ":" + here("c"), lines), absent("lsq-" + here("none"), optional);
+    SortedFile out(kVaryingLines, here("out"));
+    std::vector<FCB *> inputs = {absent.fcb, volumes.fcb}, outputs = {out.fcb};
+    Statement sort(ZVK_SORT_VARIABLE, kLongest);
+    sort.usingList = listOf(inputs);
+    sort.givingList = listOf(outputs);
+    for (int i = 0; i < 2; i++) {
+        REQUIRE(sort.op(ZVK_SORT_START) == 0);
+        REQUIRE(readFile(here("out")) == "aaaa1\nbbbb2\ndddd4\n");
+    }
+    REQUIRE(!std::filesystem::exists(here("none")));
+    inputs = {absent.fcb};
+    sort.usingList = listOf(inputs);
+    REQUIRE(sort.op(ZVK_SORT_START) == 0 && readFile(here("out")).empty());
+}
+
 // A record that the file's area does not hold would lose its end.
 KVR2_PIECE(files_longer_records)
 {
@@ -394,6 +419,7 @@ TEST(SortOverFiles, EveryKindToEveryKind) { EXPECT_GOOD(runOverFiles("files_ever
 TEST(SortOverFiles, OddLines) { EXPECT_GOOD(runOverFiles("files_odd_lines")); }
 TEST(SortOverFiles, ProceduresOnEitherSide) { EXPECT_GOOD(runOverFiles("files_procedures")); }
 TEST(SortOverFiles, RecordsThatReadWouldCut) { EXPECT_GOOD(runOverFiles("files_longer_records")); }
+TEST(SortOverFiles, SeveralVolumesAndNone) { EXPECT_GOOD(runOverFiles("files_volumes")); }
 TEST(SortOverFiles, IndexedResult) { EXPECT_GOOD(runOverFiles("files_to_indexed")); }
 TEST(SortOverFiles, Merge) { EXPECT_GOOD(runOverFiles("files_merge")); }
 TEST(SortOverFiles, InputThatCannotBeReadAndOutputThatCannotBeMade) { EXPECT_GOOD(runOverFiles("files_failures")); }
