@@ -33,10 +33,12 @@ static void openStored(FCB *fcb, IPCB *element)
     const FIB *fib = zvkFibOf(fcb, element);
     bool indexed = fib->organization & ZVK_FILE_INDEXED, relative = fib->organization & ZVK_FILE_RELATIVE;
     if (!attributesPossible(fcb, fib)) return;
-    ShareMode share = shareAllOther;
-    if (fcb->requestedMode & ZVK_OPEN_EXTEND) share = shareNoOther;
-    if ((fcb->requestedMode & ZVK_OPEN_IO) && !indexed && !relative) share = shareReadOnly;
-    Opened opened = openByRules(fcb, fib, share, false, true);
+    SharePolicy sharing = {shareAllOther, shareAllOther};
+    if (!indexed && !relative)
+        sharing = sequentialSharing(fcb);
+    else if (fcb->requestedMode & ZVK_OPEN_EXTEND) // a relative file's EXTEND keeps its place
+        sharing = {shareNoOther, relative ? shareReadOnly : shareAllOther};
+    Opened opened = openByRules(fcb, fib, sharing, false, true);
     if (opened.descriptor < 0) return;
 
     StoredHeader expected, header;

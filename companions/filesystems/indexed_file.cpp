@@ -133,6 +133,8 @@ Store *useStore(FCB *fcb, bool writable, int *error)
     else {
         MDB_env *env = nullptr;
         *error = openEnvironment(name, writable, &env);
+        int dead;
+        if (!*error) mdb_reader_check(env, &dead); // places of readers that were killed
         if (!*error && !completePages(name, env)) {
             mdb_env_close(env);
             *error = MDB_CORRUPTED;
@@ -570,7 +572,10 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
     }
     if (fcb->status > 9) {
         fcb->state &= ~ZVK_FILE_READ_VALID;
-        if (fcb->status != statusRecordLocked) fcb->state &= ~ZVK_FILE_POSITION_VALID;
+        if (fcb->status != statusRecordLocked) {
+            fcb->state &= ~ZVK_FILE_POSITION_VALID;
+            file->locks.release();
+        }
     } else {
         fcb->state |= ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID;
     }
@@ -722,8 +727,7 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
         for (uint32_t key = 1; key < file->keyCount; ++key) file->numbered += duplicates(file, key);
         file->sequential = fib->accessMode & 0x80;
         file->locks.start(fcb, fib, opened.descriptor);
-        file->exclusive =
-            !input && !(io && file->locks.active) && !(fib->sharing && (fib->shareMode & ZVK_FILE_SHARE_MASK) == shareReadOnly);
+        file->exclusive = !input && opened.held.alone;
         // Numbers and record as stored, twice: the new and the old.
         fcb->moduleBuffer2 = malloc(2 * (size_t(file->numbered) * sequenceSize + file->format.longest));
         if (fcb->moduleBuffer2) file->store = useStore(fcb, !input, &error);
