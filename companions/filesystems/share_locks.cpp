@@ -9,7 +9,7 @@
 namespace filesystems {
 
 static constexpr off_t firstRecordLock = off_t(1) << 60;
-static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3;
+static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3, making = present + 4;
 
 static int setLock(int descriptor, short type, off_t start, off_t length = 1)
 {
@@ -77,6 +77,19 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
 }
 
 bool denyWriters(int descriptor) { return takeDenying(descriptor) == 0; }
+
+void beginMaking(int descriptor)
+{
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = making;
+    lock.l_len = 1;
+    while (fcntl(descriptor, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
+    }
+}
+
+void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, making); }
 
 static off_t lockOf(uint64_t record) { return firstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1)); }
 

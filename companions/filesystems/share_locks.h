@@ -40,6 +40,10 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
 // A reader admits no writer from now on, whatever it said; false if there is one, or no lock can be had.
 bool denyWriters(int descriptor);
 
+// One program makes the content of an empty file, others wait that long. Not for OUTPUT, which is alone.
+void beginMaking(int descriptor);
+void endMaking(int descriptor);
+
 enum class Taken { yes, locked, failed };
 
 // Locks, looks at, and releases the lock of one record, named by any number below 2^60.
