@@ -115,7 +115,8 @@ struct Locking : testing::TestWithParam<uint8_t> {
         ASSERT_EQ(file.close(), "00");
     }
 };
-INSTANTIATE_TEST_SUITE_P(Organizations, Locking, testing::Values(ZVK_FILE_INDEXED, ZVK_FILE_RELATIVE));
+INSTANTIATE_TEST_SUITE_P(Organizations, Locking, testing::Values(ZVK_FILE_INDEXED, ZVK_FILE_RELATIVE),
+                         [](const auto &organization) { return organization.param == ZVK_FILE_INDEXED ? "Indexed" : "Relative"; });
 
 TEST_P(Locking, AutomaticLocksGoWithTheNextVerb)
 {
@@ -208,7 +209,7 @@ TEST_P(Locking, SeveralLocksStayUntilUnlock)
     }
 }
 
-// Each process adds to one counter record a process-wide number of times.
+// Each of three processes counts in one record.
 TEST_P(Locking, TwoProcessesLoseNoUpdate)
 {
     constexpr int updates = 300;
@@ -317,7 +318,7 @@ TEST(Sharing, KilledReadersLeaveRoomForOthers)
     }
 }
 
-// OPEN for I-O that nobody else may write: no record locks, and nobody waits for anybody.
+// EXTEND that others may write beside: each change is committed, and nobody waits for anybody.
 TEST(Sharing, ExtendWithAllOtherLetsOthersWrite)
 {
     TemporaryDirectory directory;
