@@ -69,7 +69,7 @@ enum {
     ZVK_REQUEST_PREVIOUS = 0x0002,    /**< READ PREVIOUS */
     ZVK_REQUEST_KEY = 0x0004,         /**< READ by `key`, DELETE or REWRITE by the record's own key: random access */
     ZVK_REQUEST_LOCK = 0x0010,        /**< WITH LOCK */
-    ZVK_REQUEST_NO_LOCK = 0x0020,     /**< WITH NO LOCK */
+    ZVK_REQUEST_NO_LOCK = 0x0020,     /**< WITH NO LOCK: takes none, heeds those of others */
     ZVK_REQUEST_IGNORE_LOCK = 0x0040, /**< IGNORING LOCK */
     ZVK_REQUEST_BEFORE = 0x0100,      /**< WRITE BEFORE ADVANCING: the record, then the lines */
     ZVK_REQUEST_AFTER = 0x0200,       /**< WRITE AFTER ADVANCING: the lines, then the record */
