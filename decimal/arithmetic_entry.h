@@ -6,7 +6,7 @@
 //     struct AddPacked {
 //         using Form = forms::Pckd;
 //         static constexpr const char *title = "add packed...";         // null: these entries have no dump
-//         static bool quick(const auto &call);
+//         static bool quick(const auto &call);                          // and quickLong, if it has one
 //         static void work(const auto &call);
 //     };
 #pragma once
@@ -28,10 +28,16 @@ struct TwoOperands {
     int32_t op2Digits;
     int32_t op1Digits;
 
-    bool quick(uint8_t *&result) const
+    bool quick(uint32_t, uint8_t *&result) const
     {
         result = dst;
         return Op::quick(*this);
+    }
+
+    bool quickLong(uint8_t *&result) const requires requires(const TwoOperands &call) { Op::quickLong(call); }
+    {
+        result = dst;
+        return Op::quickLong(*this);
     }
 
     void dumpOperands() const requires(Op::title != nullptr)

@@ -9,18 +9,19 @@ namespace bcd {
 
 enum class Relation { EQU, NEQ, GRT, GEQ, LES, LEQ };
 
-template <Relation relation>
-inline int32_t holds(int order)
+template <Relation relation, class Value>
+inline int32_t holds(Value a, Value b)
 {
-    if constexpr (relation == Relation::EQU) return order == 0;
-    if constexpr (relation == Relation::NEQ) return order != 0;
-    if constexpr (relation == Relation::GRT) return order > 0;
-    if constexpr (relation == Relation::GEQ) return order >= 0;
-    if constexpr (relation == Relation::LES) return order < 0;
-    return order < 1;
+    if constexpr (relation == Relation::EQU) return a == b;
+    if constexpr (relation == Relation::NEQ) return a != b;
+    if constexpr (relation == Relation::GRT) return a > b;
+    if constexpr (relation == Relation::GEQ) return a >= b;
+    if constexpr (relation == Relation::LES) return a < b;
+    return a <= b;
 }
 
-// `Compare` has the form, the comparison, and if the form's comparisons are dumped, a title for each relation.
+// `Compare` has the form, the comparison, and if the form's comparisons are dumped, a title for each relation. If it has short cuts,
+// `value` is an item as a signed integer that compares like it, and `fits` whether both items can be had so.
 template <class Compare, Relation relation>
 struct Comparison {
     using Form = typename Compare::Form;
@@ -44,7 +45,19 @@ struct Comparison {
         judgeOperand(check<Form>(op2, op2Digits, kCheckStrict));
     }
 
-    int32_t work(uint32_t) const { return holds<relation>(Compare::compare(op1, op1Digits, op2, op2Digits, 0)); }
+    template <class Word>
+    bool holdsInWords(uint32_t mode, int32_t &result) const
+    {
+        if (mode & ZVK_BCD_CHECK_COMPARED || !Compare::template fits<Word>(op1Digits, op2Digits)) return false;
+        result = holds<relation>(Compare::template value<Word>(op1, op1Digits), Compare::template value<Word>(op2, op2Digits));
+        return true;
+    }
+    bool quick(uint32_t mode, int32_t &result) const requires(Compare::hasShortCuts)
+    {
+        return holdsInWords<int64_t>(mode, result) || holdsInWords<__int128>(mode, result);
+    }
+
+    int32_t work(uint32_t) const { return holds<relation>(Compare::compare(op1, op1Digits, op2, op2Digits, 0), 0); }
 
     void dumpResult(int32_t result) const { dumpNumber("res:", "%d", result); }
 };

@@ -190,12 +190,12 @@ unsigned digitFromRight(const uint8_t *item, size_t bytes, int32_t place)
 #define TO_BINARY(From, form, To, type)                                                                                                    \
     type _zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, int32_t srcDigits)                                                             \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::ToBinary<bcd::forms::form, type>{src, srcDigits});                                                       \
+        return bcd::runEntry<bcd::ToBinary<bcd::forms::form, type>>(src, srcDigits);                                                       \
     }
 #define FROM_BINARY(From, type, To, form)                                                                                                  \
     uint8_t *_zvkcBCD_CONV_##From##_To_##To(type value, uint8_t *dst, int32_t dstDigits)                                                   \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::FromBinary<type, bcd::forms::form>{value, dst, dstDigits});                                              \
+        return bcd::runEntry<bcd::FromBinary<type, bcd::forms::form>>(value, dst, dstDigits);                                              \
     }
 
 TO_BINARY(Pckd, Pckd, Int1, int8_t)

@@ -11,6 +11,7 @@
 #include "decimal/dump.h"
 #include "decimal/entry.h"
 #include "decimal/packed.h"
+#include "decimal/short_number.h"
 #include "decimal/validation.h"
 #include "decimal/zoned.h"
 #include "kvr2/decimal_conversions.h"
@@ -187,6 +188,20 @@ struct Cell {
     uint8_t *dst;
     int32_t dn, sn;
 
+    // Packed items of up to 15 clean digits, with their own sign. What becomes of a negative zero, and of letters, is written below.
+    bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<From>)
+    {
+        using Short = shortforms::Pckd;
+        if ((mode & ZVK_BCD_EBCDIC) || static_cast<uint32_t>(sn) > kWordDigits<uint64_t> || !isShort(dn)) return false;
+        Short::Raw<uint64_t> raw(src, sn);
+        bool negative = raw.negative();
+        if (!raw.hasSign() || !areDigits(raw.digits) || (negative && raw.digits == 0)) return false;
+        shortforms::Znd::writeDigits(To::digits(dst), dn, raw.digits);
+        To::writeSign(dst, dn, negative);
+        result = dst;
+        return true;
+    }
+
     void dumpOperands() const
     {
         dumpTitle(title<From, To>());
@@ -233,7 +248,7 @@ struct Cell {
 #define CELL(From, To)                                                                                                                     \
     uint8_t *_zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                        \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::Cell<bcd::forms::From, bcd::forms::To>{src, dst, dstDigits, srcDigits});                                 \
+        return bcd::runEntry<bcd::Cell<bcd::forms::From, bcd::forms::To>>(src, dst, dstDigits, srcDigits);                                 \
     }
 #define CELLS_FROM(From) CELL(From, ZndTO) CELL(From, ZndTS) CELL(From, ZndLO) CELL(From, ZndLS) CELL(From, ZndUS)
 

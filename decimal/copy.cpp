@@ -6,6 +6,7 @@
 #include "decimal/dump.h"
 #include "decimal/entry.h"
 #include "decimal/packed.h"
+#include "decimal/short_move.h"
 #include "decimal/validation.h"
 #include "decimal/zoned.h"
 #include "kvr2/decimal_conversions.h"
@@ -18,6 +19,17 @@ struct Copy {
     const uint8_t *src;
     uint8_t *dst;
     int32_t dn, sn;
+
+    template <class Word>
+    bool inWord(uint32_t mode, uint8_t *&result) const
+    {
+        result = dst;
+        return shortMove<Direction::Left, Word>(src, sn, dst, dn, 0, mode & ZVK_BCD_KEEP_NEG_ZERO);
+    }
+    bool quick(uint32_t mode, uint8_t *&result) const requires std::is_same_v<Form, forms::Pckd>
+    {
+        return !checked(kSourceRule, mode) && (inWord<uint64_t>(mode, result) || inWord<u128>(mode, result));
+    }
 
     void dumpOperands() const
     {
@@ -52,7 +64,7 @@ struct Copy {
 #define COPY(name, form)                                                                                                                   \
     uint8_t *_zvkcBCD_Cpy_##name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                                   \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::Copy<bcd::forms::form>{src, dst, dstDigits, srcDigits});                                                 \
+        return bcd::runEntry<bcd::Copy<bcd::forms::form>>(src, dst, dstDigits, srcDigits);                                                 \
     }
 
 COPY(Pckd, Pckd)

@@ -38,11 +38,11 @@ inline bool divideShort(const DivisionItems &items, int &result)
     bool negative = a.negative != b.negative;
     result = a.digits >= b.digits;
     if (a.digits > b.digits) {
-        Quotient found = divideDigits(a.value(), b.value());
-        if (items.quotient) Form::writeQuotient(items.quotient, items.quotientDigits, found.digits << 4, negative);
-        if (items.remainder) Short::write(items.remainder, items.remainderDigits, found.restDigits << 4, a.negative);
+        Quotient found = divideDigits(a.digits, b.digits);
+        if (items.quotient) Form::writeQuotient(items.quotient, items.quotientDigits, found.digits, negative);
+        if (items.remainder) Short::write(items.remainder, items.remainderDigits, found.restDigits, a.negative);
     } else if (a.digits == b.digits) {
-        if (items.quotient) Short::write(items.quotient, items.quotientDigits, u128{0x10}, negative);
+        if (items.quotient) Short::write(items.quotient, items.quotientDigits, u128{1}, negative);
         if (items.remainder)
             Short::write(items.remainder, items.remainderDigits, u128{0}, false); // always +0, unlike that of a long division
     } else {
@@ -55,7 +55,7 @@ inline bool divideShort(const DivisionItems &items, int &result)
 // `Form` further has Item, the form itself, and `strip`, `isZero` and the worker `divide`.
 template <class Form>
 struct Division : DivisionItems {
-    bool quick(int &result) const { return divideShort<Form>(*this, result); }
+    bool quick(uint32_t, int &result) const { return divideShort<Form>(*this, result); }
 
     void validate(uint32_t mode) const
     {

@@ -12,15 +12,18 @@
 //     void validate(uint32_t mode) const;         may be left out; ask `checked` or test the mode for what is always checked
 //     auto work(uint32_t mode) const;             gives what the entry returns
 //     void dumpResult(T result) const;
-//     bool quick(T &result) const;                may be left out, see below
+//     bool quick(uint32_t mode, T &result) const;       may be left out, as may
+//     bool quickLong(T &result) const;                  see below
 //
 // and an exported entry is one line:
 //
 //     uint8_t *_zvkcBCD_ABS_Pckd(const uint8_t *src, uint8_t *dst, int32_t dn, int32_t sn)
-//     { return runEntry(AbsolutePacked{src, dst, dn, sn}); }
+//     { return runEntry<AbsolutePacked>(src, dst, dn, sn); }
 //
 // `quick` is a short cut past validation for the common case: it looks at the operands once and, when they are short and clean, so that a
 // validator would have nothing to say, computes the result at once and answers true. Otherwise it answers false and must not have written anything.
+// It is all that stands in the exported routine; everything else is behind a jump that takes the operands along in the registers they came in, so
+// nothing has to be saved for it. There `quickLong` is tried first: another short cut, for operands that need more code.
 #pragma once
 
 #include <concepts>
@@ -59,7 +62,14 @@ template <class Call>
 concept Quick = requires(const Call &call, ResultOf<Call> &result)
 {
     {
-        call.quick(result)
+        call.quick(uint32_t{}, result)
+        } -> std::same_as<bool>;
+};
+template <class Call>
+concept QuickLong = requires(const Call &call, ResultOf<Call> &result)
+{
+    {
+        call.quickLong(result)
         } -> std::same_as<bool>;
 };
 
@@ -77,36 +87,36 @@ template <class Call>
     return result;
 }
 
-// The first call in the process, and all calls of a process that dumps.
-template <class Call>
-[[gnu::cold, gnu::noinline]] ResultOf<Call> runRareEntry(const Call &call)
+// The first call in the process, all calls of a process that dumps, and operands that no short cut takes.
+template <class Call, class... Operands>
+[[gnu::noinline]] ResultOf<Call> runEveryStep(Operands... operands)
 {
     uint32_t word = mode();
-    return takeSteps(call, word, (word & ZVK_BCD_DEBUG) != 0);
+    return takeSteps(Call{operands...}, word, (word & ZVK_BCD_DEBUG) != 0);
 }
 
-template <class Call>
-[[gnu::noinline]] ResultOf<Call> runLongEntry(const Call &call, uint32_t word)
+template <class Call, class... Operands>
+[[gnu::noinline]] ResultOf<Call> runLongEntry(Operands... operands)
 {
-    return takeSteps(call, word, false);
+    ResultOf<Call> result;
+    if (__builtin_expect(Call{operands...}.quickLong(result), 1)) return result;
+    return runEveryStep<Call>(operands...);
 }
 
-// The call is copied for those routines: with its address taken it would have to stand in memory from the start, which the short cut is too short for.
-template <class Call>
-[[gnu::always_inline]] inline ResultOf<Call> runEntry(const Call &call)
+template <class Call, class... Operands>
+[[gnu::always_inline]] inline ResultOf<Call> runEntry(Operands... operands)
 {
     uint32_t word = rawMode();
-    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0)) { // an unread word has this bit, too
-        Call copy = call;
-        return runRareEntry(copy);
-    }
+    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0)) return runEveryStep<Call>(operands...); // an unread word has this bit, too
     if constexpr (Quick<Call>) {
         ResultOf<Call> result;
-        if (__builtin_expect(call.quick(result), 1)) return result;
-        Call copy = call;
-        return runLongEntry(copy, word);
+        if (__builtin_expect(Call{operands...}.quick(word, result), 1)) return result;
+        if constexpr (QuickLong<Call>)
+            return runLongEntry<Call>(operands...);
+        else
+            return runEveryStep<Call>(operands...);
     } else {
-        return takeSteps(call, word, false);
+        return takeSteps(Call{operands...}, word, false);
     }
 }
 

@@ -17,14 +17,16 @@ namespace {
 struct AddPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "add packed...";
-    static bool quick(const auto &call) { return shortPackedSum<false>(call); }
+    static bool quick(const auto &call) { return shortPackedSum<false, uint64_t>(call); }
+    static bool quickLong(const auto &call) { return shortPackedSum<false, u128>(call); }
     static void work(const auto &c) { zvkBcdAddPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
 struct SubPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "sub packed...";
-    static bool quick(const auto &call) { return shortPackedSum<true>(call); }
+    static bool quick(const auto &call) { return shortPackedSum<true, uint64_t>(call); }
+    static bool quickLong(const auto &call) { return shortPackedSum<true, u128>(call); }
     static void work(const auto &c) { zvkBcdSubPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
@@ -50,36 +52,63 @@ struct Operand {
     }
 };
 
-// Adds whole words of T as long as both operands have them; the pointers stand behind the bytes to be added next.
-template <class T>
-void addWords(const uint8_t *&a, const uint8_t *&b, uint8_t *&to, size_t &bytes, bool &carry)
-{
-    while (bytes >= sizeof(T)) {
-        a -= sizeof(T), b -= sizeof(T), to -= sizeof(T), bytes -= sizeof(T);
-        storeBig<T>(to, addWord(loadBig<T>(a), loadBig<T>(b), carry));
-    }
-}
+// An addition on its way from right to left; the pointers stand behind the bytes that come next.
+struct Addition {
+    const uint8_t *from;
+    uint8_t *to;
+    bool carry;
 
-// Takes a carry on to the left until a word absorbs it.
-template <class T>
-void carryOn(const uint8_t *&a, uint8_t *&to, size_t &bytes, bool &carry)
-{
-    while (carry && bytes >= sizeof(T)) {
-        a -= sizeof(T), to -= sizeof(T), bytes -= sizeof(T);
-        storeBig<T>(to, addWord(loadBig<T>(a), T{0}, carry));
+    // Steps of T's width are right for digits. Other nibbles go through the byte step, which says what comes of them, so that it does not depend on
+    // how the bytes fall into words.
+    template <class T>
+    static bool fits(size_t bytes, auto... behind)
+    {
+        return bytes >= sizeof(T) && (sizeof(T) == 1 || (hasOnlyDigits(load<T>(behind - sizeof(T))) && ...));
     }
-}
+
+    template <class T>
+    bool add(const uint8_t *&other, size_t &bytes)
+    {
+        if (!fits<T>(bytes, from, other)) return false;
+        from -= sizeof(T), other -= sizeof(T), to -= sizeof(T), bytes -= sizeof(T);
+        storeBig<T>(to, addWord(loadBig<T>(from), loadBig<T>(other), carry));
+        return true;
+    }
+
+    template <class T>
+    bool increment(size_t &bytes)
+    {
+        if (!fits<T>(bytes, from)) return false;
+        from -= sizeof(T), to -= sizeof(T), bytes -= sizeof(T);
+        storeBig<T>(to, incrementWord(loadBig<T>(from), carry));
+        return true;
+    }
+
+    void addAll(const uint8_t *other, size_t bytes)
+    {
+        while (add<uint64_t>(other, bytes) || add<uint32_t>(other, bytes) || add<uint8_t>(other, bytes)) {
+        }
+    }
+
+    // Until a step absorbs the carry; the rest is copied.
+    void carryOn(size_t bytes)
+    {
+        while (carry && (increment<uint64_t>(bytes) || increment<uint8_t>(bytes))) {
+        }
+        memcpy(to - bytes, from - bytes, bytes);
+    }
+};
 
 } // namespace
 
 uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<AddPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<AddPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<SubPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<SubPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 int zvkBcdAddPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
@@ -104,20 +133,11 @@ int zvkBcdAddPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *se
     if (carry) units += 0x60;
     uint8_t lastByte = static_cast<uint8_t>((units & 0xF0) | signNibble(negative));
 
-    const uint8_t *from = longer.last;
-    const uint8_t *other = shorter.last;
-    uint8_t *to = dst + room - 1;
-    *to = lastByte;
-    size_t common = shorter.bytes() - 1;
-    size_t rest = longer.bytes() - shorter.bytes();
-    addWords<uint64_t>(from, other, to, common, carry);
-    addWords<uint32_t>(from, other, to, common, carry);
-    addWords<uint16_t>(from, other, to, common, carry);
-    addWords<uint8_t>(from, other, to, common, carry);
-    carryOn<uint64_t>(from, to, rest, carry);
-    carryOn<uint8_t>(from, to, rest, carry);
-    memcpy(to - rest, from - rest, rest);
-    if (carry && to > dst) to[-1] = 0x01;
+    Addition run{longer.last, dst + room - 1, carry};
+    *run.to = lastByte;
+    run.addAll(shorter.last, shorter.bytes() - 1);
+    run.carryOn(longer.bytes() - shorter.bytes());
+    if (run.carry && longer.bytes() < room) dst[room - longer.bytes() - 1] = 0x01;
     clearUnusedNibble(dst, dstDigits);
     return 1;
 }

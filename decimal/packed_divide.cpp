@@ -18,7 +18,7 @@ struct PackedDivision {
     // With an even count the unused nibble of a quotient is not cleared, and may keep a digit that was cut. Known, and stays.
     static void writeQuotient(uint8_t *item, int32_t n, u128 digits, bool negative)
     {
-        storeItem(item, packedBytes(n), digits | signNibble(negative));
+        storeItem(item, packedBytes(n), shiftedLeft(digits, 4) | signNibble(negative));
     }
 
     static DivisionOperand strip(DivisionOperand operand)
@@ -48,20 +48,20 @@ void writeSmall(uint8_t *item, int32_t n, uint8_t last)
 
 uint8_t *_zvkcBCD_DIV_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    runEntry(DumpedDivision<PackedDivision, kDiv>{{{op1, op2, dst, nullptr, 0, dstDigits, op2Digits, op1Digits}}});
+    runEntry<DumpedDivision<PackedDivision, kDiv>>(op1, op2, dst, nullptr, 0, dstDigits, op2Digits, op1Digits);
     return dst;
 }
 
 int32_t _zvkcBCD_DIVR_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *quotient, uint8_t *remainder, int32_t remainderDigits,
                            int32_t quotientDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(
-        DumpedDivision<PackedDivision, kDivr>{{{op1, op2, quotient, remainder, remainderDigits, quotientDigits, op2Digits, op1Digits}}});
+    return runEntry<DumpedDivision<PackedDivision, kDivr>>(op1, op2, quotient, remainder, remainderDigits, quotientDigits, op2Digits,
+                                                           op1Digits);
 }
 
 uint8_t *_zvkcBCD_MOD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    runEntry(DumpedDivision<PackedDivision, kMod>{{{op1, op2, nullptr, dst, dstDigits, 0, op2Digits, op1Digits}}});
+    runEntry<DumpedDivision<PackedDivision, kMod>>(op1, op2, nullptr, dst, dstDigits, 0, op2Digits, op1Digits);
     return dst;
 }
 

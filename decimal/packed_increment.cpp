@@ -23,22 +23,22 @@ constexpr char kDec4[] = "dec packed_int32...";
 
 uint8_t *_zvkcBCD_ADD_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
-    return runEntry(ItemAndInteger<Step<int64_t, zvkBcdIncPacked, kInc8>>{op, opDigits, value});
+    return runEntry<ItemAndInteger<Step<int64_t, zvkBcdIncPacked, kInc8>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_ADD_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
-    return runEntry(ItemAndInteger<Step<int32_t, zvkBcdIncPacked4, kInc4>>{op, opDigits, value});
+    return runEntry<ItemAndInteger<Step<int32_t, zvkBcdIncPacked4, kInc4>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_SUB_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
-    return runEntry(ItemAndInteger<Step<int64_t, zvkBcdDecPacked, kDec8>>{op, opDigits, value});
+    return runEntry<ItemAndInteger<Step<int64_t, zvkBcdDecPacked, kDec8>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_SUB_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
-    return runEntry(ItemAndInteger<Step<int32_t, zvkBcdDecPacked4, kDec4>>{op, opDigits, value});
+    return runEntry<ItemAndInteger<Step<int32_t, zvkBcdDecPacked4, kDec4>>>(op, opDigits, value);
 }
 
 int zvkBcdIncPacked(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)
@@ -55,9 +55,14 @@ int zvkBcdIncPacked(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)
     if (carry) units += 0x60;
     *last = static_cast<uint8_t>(units & 0xF0);
     rest /= 10;
-    for (uint8_t *p = last; p > op && (rest || carry); rest /= 100) {
+    uint8_t *p = last;
+    for (; p > op && rest; rest /= 100) {
         p--;
         *p = addWord<uint8_t>(*p, kValuePair[rest % 100], carry);
+    }
+    while (p > op && carry) {
+        p--;
+        *p = incrementWord<uint8_t>(*p, carry);
     }
     clearUnusedNibble(op, opDigits);
     setPackedSign(op, opDigits, negative);

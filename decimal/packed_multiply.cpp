@@ -39,19 +39,22 @@ void writeProduct(uint8_t *dst, int32_t n, const LongDigits &product, bool negat
     clearUnusedNibble(dst, n);
 }
 
-bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)
+template <class Word>
+[[gnu::always_inline]] inline bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst,
+                                                 int32_t dstDigits)
 {
-    ShortNumber a, b;
-    if (static_cast<uint32_t>(dstDigits) > 63) return false;
-    if (!shortforms::Pckd::read(op1, op1Digits, a) || !shortforms::Pckd::read(op2, op2Digits, b)) return false;
-    writeProduct(dst, dstDigits, multiplyDigits(a.value(), b.value()), a.negative != b.negative);
+    if (static_cast<uint32_t>(op1Digits | op2Digits) > kWordDigits<Word> || static_cast<uint32_t>(dstDigits) > 63) return false;
+    shortforms::Pckd::Raw<Word> a(op1, op1Digits), b(op2, op2Digits);
+    if (!a.hasSign() || !b.hasSign() || !areDigits(a.digits, b.digits)) return false;
+    writeProduct(dst, dstDigits, multiplyDigits(a.digits, b.digits), a.negative() != b.negative());
     return true;
 }
 
 struct MultiplyPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "mpy packed...";
-    static bool quick(const auto &c) { return multiplyShort(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
+    static bool quick(const auto &c) { return multiplyShort<uint64_t>(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
+    static bool quickLong(const auto &c) { return multiplyShort<u128>(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
     static void work(const auto &c) { zvkBcdMulPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
 };
 
@@ -119,12 +122,12 @@ void multiplyPairs(const Factor &multiplicand, const Factor &multiplier, WorkAre
 
 uint8_t *_zvkcBCD_MPY_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<MultiplyPacked>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<MultiplyPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 void zvkBcdMulPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)
 {
-    if (multiplyShort(op1, op1Digits, op2, op2Digits, dst, dstDigits)) return;
+    if (multiplyShort<u128>(op1, op1Digits, op2, op2Digits, dst, dstDigits)) return;
     size_t bytes = packedBytes(dstDigits);
     size_t room = bytes < kPackedScratch ? bytes : kPackedScratch;
     bool negative = packedIsNegative(op1, op1Digits) != packedIsNegative(op2, op2Digits);

@@ -29,19 +29,40 @@ inline uint8_t subtractPair(int first, int second, bool &borrow)
     return kValuePair[static_cast<size_t>(difference + 200) % 100];
 }
 
+template <class T>
+inline bool hasOnlyDigits(T nibbles)
+{
+    return ((nibbles >> 3) & (nibbles >> 2 | nibbles >> 1) & all<T>(0x11)) == 0;
+}
+
+// Sixes for the digits that carried: bit 0 of a nibble in `carried` tells of the nibble below, `wrapped` of the top one.
+template <class T>
+inline T sixes(T carried, bool wrapped)
+{
+    constexpr T topSix = static_cast<T>(T{0x60} << (8 * (sizeof(T) - 1)));
+    carried &= all<T>(0x11);
+    return static_cast<T>((carried >> 2) + (carried >> 3) + (wrapped ? topSix : 0));
+}
+
 // One step of the addition: as many digit pairs as T has bytes. The carry is that of the top digit, also where the plain sum wraps round (8 + 8).
 template <class T>
 inline T addWord(T a, T b, bool &carry)
 {
     a = static_cast<T>(a + carry);
-    T sum;
-    bool wrapped = __builtin_add_overflow(a, b, &sum);
-    T raised;
-    wrapped |= __builtin_add_overflow(sum, all<T>(0x66), &raised);
-    T carried = static_cast<T>(a ^ b ^ raised) & all<T>(0x11); // bit 0 of a nibble: the nibble below carried into it
-    carry = wrapped;
-    constexpr T topSix = static_cast<T>(T{0x60} << (8 * (sizeof(T) - 1)));
-    return static_cast<T>(sum + (carried >> 2) + (carried >> 3) + (wrapped ? topSix : 0));
+    T sum, raised;
+    carry = __builtin_add_overflow(a, b, &sum);
+    carry |= __builtin_add_overflow(sum, all<T>(0x66), &raised);
+    return static_cast<T>(sum + sixes<T>(a ^ b ^ raised, carry));
+}
+
+// One step of a carry that runs on.
+template <class T>
+inline T incrementWord(T a, bool &carry)
+{
+    T sum = static_cast<T>(a + 1);
+    T raised = static_cast<T>(a + all<T>(0x66) + 1);
+    carry = raised < sum;
+    return static_cast<T>(sum + sixes<T>(a ^ raised, carry));
 }
 
 } // namespace bcd

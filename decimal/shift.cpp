@@ -1,7 +1,7 @@
 // Scaling: a value moved by a number of digit positions while it is copied, to the right with truncation or rounding.
 //
 // Rounding looks at one digit, the most significant one that is dropped: above 4 it goes up, on the magnitude. Nothing is validated here, and what falls off
-// on the left is gone. Items of up to 16 bytes are one number of nibbles, so a shift of theirs is a shift of that number; longer ones go digit by digit.
+// on the left is gone. Short packed items are done by short_move.h; the others go digit by digit.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -11,13 +11,12 @@
 #include "decimal/dump.h"
 #include "decimal/entry.h"
 #include "decimal/shift.h"
+#include "decimal/short_move.h"
 #include "decimal/words.h"
 #include "kvr2/decimal_scaling.h"
 
 namespace bcd {
 namespace {
-
-enum class Direction { Left, Right, RightRounded };
 
 // ---- Packed.
 
@@ -41,31 +40,6 @@ unsigned packedDigit(const uint8_t *item, size_t bytes, int32_t place)
     if (nibble / 2 >= bytes) return 0;
     uint8_t byte = item[bytes - 1 - nibble / 2];
     return nibble % 2 ? byte >> 4 : byte & 0x0F;
-}
-
-// Adds one to the digits; a carry out of the last of `digits` is dropped.
-u128 incremented(u128 nibbles, int32_t digits)
-{
-    for (int32_t place = 0; place < digits; place++) {
-        unsigned shift = 4 * static_cast<unsigned>(place);
-        if ((nibbles >> shift & 0x0F) < 9) return nibbles + (u128{1} << shift);
-        nibbles &= ~(u128{0x0F} << shift);
-    }
-    return nibbles;
-}
-
-u128 lowDigits(u128 nibbles, int32_t digits) { return digits >= 32 ? nibbles : nibbles & ((u128{1} << 4 * digits) - 1); }
-
-// Both items at most 16 bytes, the shift below their digits.
-void shiftShort(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, int32_t shift, bool left, bool up)
-{
-    u128 source = loadItem(src, packedBytes(sn));
-    u128 digits = source >> 4;
-    unsigned bits = 4 * static_cast<unsigned>(shift);
-    digits = shift >= 32 ? 0 : left ? digits << bits : digits >> bits;
-    digits = lowDigits(digits, dn);
-    if (up) digits = incremented(digits, dn);
-    storeItem(dst, packedBytes(dn), digits << 4 | signNibble(isNegativeNibble(static_cast<uint8_t>(source))));
 }
 
 // Any length; offset is what is added to a destination's place to find the source's.
@@ -99,10 +73,7 @@ void zvkBcdShiftLeftPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t
 {
     if (shift <= 0) return zvkBcdMovePacked(src, sn, dst, dn);
     if (dn <= shift) return zeroPacked(dst, dn); // nothing of the value is left, nor of its sign
-    if (packedBytes(sn) <= kMostBytes && packedBytes(dn) <= kMostBytes)
-        shiftShort(src, sn, dst, dn, shift, true, false);
-    else
-        shiftLong(src, sn, dst, dn, -shift, false);
+    shiftLong(src, sn, dst, dn, -shift, false);
     clearUnusedNibble(dst, dn);
 }
 
@@ -112,10 +83,7 @@ void zvkBcdShiftRightPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_
     int32_t count = packedDigits(src, sn);
     if (round ? shift > count : shift >= count) return zeroPacked(dst, dn);
     bool up = round && packedDigit(src, packedBytes(sn), shift - 1) > 4;
-    if (packedBytes(sn) <= kMostBytes && packedBytes(dn) <= kMostBytes)
-        shiftShort(src, sn, dst, dn, shift, false, up);
-    else
-        shiftLong(src, sn, dst, dn, shift, up);
+    shiftLong(src, sn, dst, dn, shift, up);
     clearUnusedNibble(dst, dn);
 }
 
@@ -196,6 +164,17 @@ struct Shift {
     uint8_t *dst;
     int32_t dn, sn, shift;
 
+    template <class Word>
+    bool inWord(uint32_t mode, uint8_t *&result) const
+    {
+        result = dst;
+        return shortMove<direction, Word>(src, sn, dst, dn, shift, mode & ZVK_BCD_KEEP_NEG_ZERO);
+    }
+    bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<Form>)
+    {
+        return inWord<uint64_t>(mode, result) || inWord<u128>(mode, result);
+    }
+
     void dumpOperands() const
     {
         static constexpr const char *ways[] = {"left", "right", "right round"};
@@ -232,7 +211,7 @@ struct Shift {
 #define SHIFT(name, form, way, direction)                                                                                                  \
     uint8_t *_zvkcBCD_SHFD_##name##_##way(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits, int32_t shift)           \
     {                                                                                                                                      \
-        return bcd::runEntry(bcd::Shift<bcd::forms::form, bcd::Direction::direction>{src, dst, dstDigits, srcDigits, shift});              \
+        return bcd::runEntry<bcd::Shift<bcd::forms::form, bcd::Direction::direction>>(src, dst, dstDigits, srcDigits, shift);              \
     }
 #define SHIFTS(name, form)                                                                                                                 \
     SHIFT(name, form, Left, Left)                                                                                                          \

@@ -9,8 +9,8 @@
 //     a - b:  d = a - b, a not below b  every nibble that borrowed took 16 where 10 was meant
 //             d - 6 in each nibble that borrowed
 //
-// Which nibbles carried or borrowed shows in their own top bits, so the two halves of a word are corrected apart. The nibble of a packed item's
-// sign stays in the word as a 0: so nothing has to be shifted on the way from the item and back.
+// Which nibbles carried or borrowed shows in bit 0 of the nibble above them: it is not the exclusive or of the operands' bits there. For that the
+// top nibble of the word stays free.
 //
 // An item with any unclean byte is not read at all. It goes the long way through the validators and the general workers, which define what
 // comes of it.
@@ -24,116 +24,109 @@ namespace bcd {
 
 inline constexpr int32_t kShortDigits = 31;
 
+// Digits that fit a word beside the free nibble.
+template <class Word>
+inline constexpr uint32_t kWordDigits = 2 * sizeof(Word) - 1;
+
 template <class Word>
 struct NumberIn {
-    Word digits; // units in the second lowest nibble, the lowest nibble is 0
+    Word digits; // units in the lowest nibble
     bool negative;
-
-    Word value() const { return digits >> 4; } // units in the lowest nibble
 };
 
 using ShortNumber = NumberIn<u128>;
 
 inline bool isShort(int32_t digits) { return static_cast<uint32_t>(digits) - 1 < static_cast<uint32_t>(kShortDigits); }
 
-template <class T>
-inline bool hasOnlyDigits(T nibbles)
+// A six for every digit.
+template <class Word>
+inline constexpr Word kSixes = all<Word>(0x66) >> 4;
+
+// Bit 0 of every nibble that has a digit below it.
+template <class Word>
+inline constexpr Word kAbove = all<Word>(0x11) - 1;
+
+inline bool anyBit(uint64_t word) { return word != 0; }
+inline bool anyBit(u128 word) { return (highWord(word) | lowWord(word)) != 0; }
+
+// All digits of all numbers are 0 to 9: the raise that an addition begins with carries nowhere.
+template <class Word, class... Words>
+inline bool areDigits(Word first, Words... others)
 {
-    return ((nibbles >> 3) & (nibbles >> 2 | nibbles >> 1) & all<T>(0x11)) == 0;
+    auto change = [](Word digits) { return digits ^ (digits + kSixes<Word>); };
+    return !anyBit((change(first) | ... | change(others)) & kAbove<Word>);
 }
 
-// A nibble's top bit moved to where a six has its bits.
-inline uint64_t sixWhere(uint64_t topBits)
+// A six below each marked bit.
+inline uint64_t sixesBelow(uint64_t marks) { return (marks >> 3) * 3; }
+inline u128 sixesBelow(u128 marks)
 {
-    topBits &= all<uint64_t>(0x88);
-    return topBits >> 1 | topBits >> 2;
+    uint64_t low = lowWord(marks) >> 3 | highWord(marks) << 61;
+    return fromWords(sixesBelow(highWord(marks)), low * 3);
 }
 
-// The sixes to take off a sum of a number that was raised by sixes.
-inline uint64_t sixesLeft(uint64_t sum, uint64_t raised, uint64_t other)
+// A digit more than both operands have may come out.
+template <class Word>
+inline Word addDigits(Word a, Word b)
 {
-    return sixWhere(~((raised & other) | ((raised | other) & ~sum)));
-}
-
-// The sixes that were borrowed too much.
-inline uint64_t sixesBorrowed(uint64_t difference, uint64_t from, uint64_t other)
-{
-    return sixWhere((~from & other) | ((~from | other) & difference));
-}
-
-// What does not fit is lost on the left.
-inline uint64_t addDigits(uint64_t a, uint64_t b)
-{
-    uint64_t raised = a + all<uint64_t>(0x66);
-    uint64_t sum = raised + b;
-    return sum - sixesLeft(sum, raised, b);
-}
-
-inline u128 addDigits(u128 a, u128 b)
-{
-    uint64_t raisedLow = lowWord(a) + all<uint64_t>(0x66);
-    uint64_t raisedHigh = highWord(a) + all<uint64_t>(0x66);
-    uint64_t low;
-    bool carry = __builtin_add_overflow(raisedLow, lowWord(b), &low);
-    uint64_t high = raisedHigh + highWord(b) + carry;
-    return fromWords(high - sixesLeft(high, raisedHigh, highWord(b)), low - sixesLeft(low, raisedLow, lowWord(b)));
+    Word raised = a + kSixes<Word>;
+    Word sum = raised + b;
+    return sum - sixesBelow(~(raised ^ b ^ sum) & kAbove<Word>);
 }
 
 // a must not be below b.
-inline uint64_t subtractDigits(uint64_t a, uint64_t b)
+template <class Word>
+inline Word subtractDigits(Word a, Word b)
 {
-    uint64_t difference = a - b;
-    return difference - sixesBorrowed(difference, a, b);
+    Word difference = a - b;
+    return difference - sixesBelow((a ^ b ^ difference) & kAbove<Word>);
 }
 
-inline u128 subtractDigits(u128 a, u128 b)
+// Whether the smaller number, a, has as many digits as b; a zero has none.
+inline bool sameLength(uint64_t a, uint64_t b) { return a >> (60 - (__builtin_clzll(b) & 60)) != 0; }
+inline bool sameLength(u128 a, u128 b)
 {
-    u128 difference = a - b;
-    uint64_t high = highWord(difference), low = lowWord(difference);
-    return fromWords(high - sixesBorrowed(high, highWord(a), highWord(b)), low - sixesBorrowed(low, lowWord(a), lowWord(b)));
-}
-
-// Where the first digit stands; numbers of one length have the same.
-inline int leadingPlace(uint64_t digits) { return (63 - __builtin_clzll(digits | 0x10)) / 4; }
-inline int leadingPlace(u128 digits)
-{
-    uint64_t high = highWord(digits);
-    return high ? 16 + (63 - __builtin_clzll(high)) / 4 : leadingPlace(lowWord(digits));
+    if (highWord(b)) return highWord(a) && sameLength(highWord(a), highWord(b));
+    return sameLength(lowWord(a), lowWord(b));
 }
 
 // A form as the arithmetic on short numbers sees it.
 namespace shortforms {
 
 struct Pckd {
-    // False, and nothing is read into `number`, when the item is too long or a validator might have something to say about it.
-    static bool read(const uint8_t *item, int32_t n, ShortNumber &number) { return isShort(n) && readWord(item, n, number); }
+    // An item of 0 to 31 digits.
+    static size_t bytes(int32_t n) { return (static_cast<size_t>(n) >> 1) + 1; }
 
-    // The item must fit the word.
+    // What stands in an item that fits the word, clean or not.
     template <class Word>
-    static bool readWord(const uint8_t *item, int32_t n, NumberIn<Word> &number)
+    struct Raw {
+        Word digits;
+        unsigned sign;
+
+        Raw(const uint8_t *item, int32_t n)
+        {
+            Word whole = loadAs<Word>(item, bytes(n));
+            digits = shiftedRight(whole, 4);
+            sign = static_cast<unsigned>(whole) & 0x0F;
+        }
+        bool negative() const { return isNegativeNibble(static_cast<uint8_t>(sign)); }
+        bool hasSign() const { return sign >= 10; }
+        operator NumberIn<Word>() const { return {digits, negative()}; }
+    };
+
+    // False, and nothing is read into `number`, when the item is too long or a validator might have something to say about it.
+    static bool read(const uint8_t *item, int32_t n, ShortNumber &number)
     {
-        Word raw;
-        if constexpr (sizeof(Word) == 8)
-            raw = loadShort(item, packedBytes(n));
-        else
-            raw = loadItem(item, packedBytes(n));
-        unsigned sign = static_cast<unsigned>(raw) & 0x0F;
-        number = {raw ^ sign, sign == 0x0B || sign == 0x0D};
-        auto unclean = [](uint64_t word) { return (word >> 3) & (word >> 2 | word >> 1); };
-        uint64_t found = unclean(lowWord(number.digits));
-        if constexpr (sizeof(Word) > 8) found |= unclean(highWord(number.digits));
-        return ((found & all<uint64_t>(0x11)) == 0) & (sign >= 10);
+        if (!isShort(n)) return false;
+        Raw<u128> raw(item, n);
+        number = raw;
+        return raw.hasSign() && areDigits(raw.digits);
     }
 
-    static void write(uint8_t *item, int32_t n, u128 digits, bool negative)
+    template <class Word>
+    static void write(uint8_t *item, int32_t n, Word digits, bool negative)
     {
-        storeItem(item, packedBytes(n), digits | signNibble(negative));
-        clearUnusedNibble(item, n);
-    }
-
-    static void write(uint8_t *item, int32_t n, uint64_t digits, bool negative)
-    {
-        storeShort(item, packedBytes(n), digits | signNibble(negative));
+        storeAs<Word>(item, bytes(n), shiftedLeft(digits, 4) | signNibble(negative));
         clearUnusedNibble(item, n);
     }
 };
@@ -172,18 +165,18 @@ struct Znd {
             bad |= (bytes + 0x7676767676767676u) | bytes;
             digits |= u128{packed(bytes)} << at;
         }
-        number = {digits << 4, last.negative};
+        number = {digits, last.negative};
         return last.valid & ((bad & 0x8080808080808080u) == 0);
     }
 
     static void write(uint8_t *item, int32_t n, u128 digits, bool negative)
     {
-        writeValue(item, n, digits >> 4);
+        writeDigits(item, n, digits);
         if (negative) item[n - 1] |= kZoneMinus;
     }
 
     // Up to 32 digits, units in the lowest nibble.
-    static void writeValue(uint8_t *item, int32_t n, u128 digits)
+    static void writeDigits(uint8_t *item, int32_t n, u128 digits)
     {
         for (int32_t left = n; left > 0; left -= 8, digits >>= 32) {
             uint64_t bytes = unpacked(static_cast<uint32_t>(digits));

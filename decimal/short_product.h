@@ -75,19 +75,19 @@ struct LongDigits {
     u128 high;
 };
 
+inline u128 digitsOf(const Split &limbs) { return fromWords(limbDigits(limbs.quotient), limbDigits(limbs.rest)); }
+
+inline LongDigits multiplyDigits(uint64_t a, uint64_t b) { return {digitsOf(splitLimb(u128{limbValue(a)} * limbValue(b))), 0}; }
+
 inline LongDigits multiplyDigits(u128 a, u128 b)
 {
-    uint64_t a0 = limbValue(static_cast<uint64_t>(a));
-    uint64_t b0 = limbValue(static_cast<uint64_t>(b));
-    Split limb = splitLimb(u128{a0} * b0);
-    u128 low = limbDigits(limb.rest);
-    if (((a | b) >> 64) == 0) return {u128{limbDigits(limb.quotient)} << 64 | low, 0};
-    uint64_t a1 = limbValue(static_cast<uint64_t>(a >> 64));
-    uint64_t b1 = limbValue(static_cast<uint64_t>(b >> 64));
-    limb = splitLimb(u128{a0} * b1 + u128{a1} * b0 + limb.quotient);
-    low |= u128{limbDigits(limb.rest)} << 64;
-    limb = splitLimb(u128{a1} * b1 + limb.quotient);
-    return {low, u128{limbDigits(limb.quotient)} << 64 | limbDigits(limb.rest)};
+    if (highWord(a | b) == 0) return multiplyDigits(lowWord(a), lowWord(b));
+    uint64_t a0 = limbValue(lowWord(a)), a1 = limbValue(highWord(a));
+    uint64_t b0 = limbValue(lowWord(b)), b1 = limbValue(highWord(b));
+    Split lowest = splitLimb(u128{a0} * b0);
+    Split middle = splitLimb(u128{a0} * b1 + u128{a1} * b0 + lowest.quotient);
+    Split highest = splitLimb(u128{a1} * b1 + middle.quotient);
+    return {digitsOf(Split{middle.rest, lowest.rest}), digitsOf(highest)};
 }
 
 struct Quotient {

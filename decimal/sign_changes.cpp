@@ -134,7 +134,7 @@ struct NegLeading {
 #define SIGN_CHANGE(NAME, OP)                                                                                                              \
     uint8_t *_zvkcBCD_##NAME(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                                       \
     {                                                                                                                                      \
-        return runEntry(SignChange<OP>{src, dst, dstDigits, srcDigits});                                                                   \
+        return runEntry<SignChange<OP>>(src, dst, dstDigits, srcDigits);                                                                   \
     }
 
 SIGN_CHANGE(ABS_Pckd, AbsPacked)

@@ -57,6 +57,7 @@ inline void storeBig(uint8_t *p, T value)
 // 1 to 8 bytes.
 inline uint64_t loadShort(const uint8_t *p, size_t bytes)
 {
+    if (bytes == 8) return loadBig<uint64_t>(p);
     if (bytes >= 4) return uint64_t{loadBig<uint32_t>(p)} << (8 * (bytes - 4)) | loadBig<uint32_t>(p + bytes - 4);
     uint64_t value = p[bytes - 1];
     if (bytes > 1) value |= uint64_t{loadBig<uint16_t>(p)} << (8 * (bytes - 2));
@@ -65,6 +66,7 @@ inline uint64_t loadShort(const uint8_t *p, size_t bytes)
 
 inline void storeShort(uint8_t *p, size_t bytes, uint64_t value)
 {
+    if (bytes == 8) return storeBig<uint64_t>(p, value);
     if (bytes >= 4) {
         storeBig<uint32_t>(p, static_cast<uint32_t>(value >> (8 * (bytes - 4))));
         storeBig<uint32_t>(p + bytes - 4, static_cast<uint32_t>(value));
@@ -77,24 +79,53 @@ inline void storeShort(uint8_t *p, size_t bytes, uint64_t value)
 // 1 to 16 bytes.
 inline constexpr size_t kMostBytes = 16;
 
-// The two words of a number that is as long as two registers. Double-length shifts by a variable count are slow, so the halves are shifted apart.
+// The two words of a number that is as long as two registers. Double-length shifts are slow, so the halves are shifted apart.
 inline uint64_t highWord(u128 value) { return static_cast<uint64_t>(value >> 64); }
 inline uint64_t lowWord(u128 value) { return static_cast<uint64_t>(value); }
 inline u128 fromWords(uint64_t high, uint64_t low) { return u128{high} << 64 | low; }
 
+// By 1 to 63 bits.
+inline uint64_t shiftedRight(uint64_t value, unsigned bits) { return value >> bits; }
+inline uint64_t shiftedLeft(uint64_t value, unsigned bits) { return value << bits; }
+inline u128 shiftedRight(u128 value, unsigned bits)
+{
+    return fromWords(highWord(value) >> bits, lowWord(value) >> bits | highWord(value) << (64 - bits));
+}
+inline u128 shiftedLeft(u128 value, unsigned bits)
+{
+    return fromWords(highWord(value) << bits | lowWord(value) >> (64 - bits), lowWord(value) << bits);
+}
+
 inline u128 loadItem(const uint8_t *p, size_t bytes)
 {
-    if (bytes < 8) return loadShort(p, bytes);
-    size_t half = 4 * (16 - bytes); // in two steps: all 64 bits go when there are 8 bytes
-    return fromWords(loadBig<uint64_t>(p) >> half >> half, loadBig<uint64_t>(p + bytes - 8));
+    if (bytes <= 8) return loadShort(p, bytes);
+    return fromWords(loadBig<uint64_t>(p) >> (8 * (16 - bytes)), loadBig<uint64_t>(p + bytes - 8));
 }
 
 inline void storeItem(uint8_t *p, size_t bytes, u128 value)
 {
-    if (bytes < 8) return storeShort(p, bytes, lowWord(value));
-    size_t half = 4 * (16 - bytes);
-    storeBig<uint64_t>(p, highWord(value) << half << half); // what it writes too far to the right is overwritten
+    if (bytes <= 8) return storeShort(p, bytes, lowWord(value));
+    storeBig<uint64_t>(p, highWord(value) << (8 * (16 - bytes))); // what it writes too far to the right is overwritten
     storeBig<uint64_t>(p + bytes - 8, lowWord(value));
+}
+
+// The same for an item that fits a word of the given type.
+template <class Word>
+inline Word loadAs(const uint8_t *p, size_t bytes)
+{
+    if constexpr (sizeof(Word) == 8)
+        return loadShort(p, bytes);
+    else
+        return loadItem(p, bytes);
+}
+
+template <class Word>
+inline void storeAs(uint8_t *p, size_t bytes, Word value)
+{
+    if constexpr (sizeof(Word) == 8)
+        storeShort(p, bytes, value);
+    else
+        storeItem(p, bytes, value);
 }
 
 } // namespace bcd

@@ -16,14 +16,14 @@ namespace {
 struct AddZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "add zoned...";
-    static bool quick(const auto &call) { return shortSum<shortforms::Znd, false, false>(call); }
+    static bool quick(const auto &call) { return shortZonedSum<false>(call); }
     static void work(const auto &c) { zvkBcdAddZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
 struct SubZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "sub zoned...";
-    static bool quick(const auto &call) { return shortSum<shortforms::Znd, true, false>(call); }
+    static bool quick(const auto &call) { return shortZonedSum<true>(call); }
     static void work(const auto &c) { zvkBcdSubZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
@@ -40,12 +40,12 @@ void copyRest(const uint8_t *start, const uint8_t *end, uint8_t *dst, uint8_t *t
 
 uint8_t *_zvkcBCD_ADD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<AddZoned>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<AddZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 uint8_t *_zvkcBCD_SUB_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<SubZoned>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<SubZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 int zvkBcdAddZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,

@@ -15,7 +15,8 @@ namespace {
 
 struct CompareZoned {
     using Form = forms::ZndTO;
-    static constexpr bool dumps = false;
+    static constexpr bool dumps = false; // unlike packed ones; nor is the zero test
+    static constexpr bool hasShortCuts = false;
     static int compare(const uint8_t *op1, int32_t n1, const uint8_t *op2, int32_t n2, int magnitudeOnly)
     {
         return zvkBcdCmpZoned(op1, n1, op2, n2, magnitudeOnly);
@@ -90,7 +91,7 @@ int zvkBcdCmpZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, in
 #define RELATION(NAME)                                                                                                                     \
     int32_t _zvkcBCD_##NAME##_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)                            \
     {                                                                                                                                      \
-        return runEntry(Comparison<CompareZoned, Relation::NAME>{op1, op2, op2Digits, op1Digits});                                         \
+        return runEntry<Comparison<CompareZoned, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                                         \
     }
 
 RELATION(EQU)
@@ -100,4 +101,4 @@ RELATION(GEQ)
 RELATION(LES)
 RELATION(LEQ)
 
-int32_t _zvkcBCD_NOT_Znd(const uint8_t *op, int32_t opDigits) { return runEntry(ZeroTest<IsZeroZoned>{op, opDigits}); }
+int32_t _zvkcBCD_NOT_Znd(const uint8_t *op, int32_t opDigits) { return runEntry<ZeroTest<IsZeroZoned>>(op, opDigits); }

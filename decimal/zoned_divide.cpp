@@ -61,20 +61,21 @@ struct PackedDigits {
 
 uint8_t *_zvkcBCD_DIV_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    runEntry(DumpedDivision<ZonedDivision, kDiv>{{{op1, op2, dst, nullptr, 0, dstDigits, op2Digits, op1Digits}}});
+    runEntry<DumpedDivision<ZonedDivision, kDiv>>(op1, op2, dst, nullptr, 0, dstDigits, op2Digits, op1Digits);
     return dst;
 }
 
+// DIVR and MOD of zoned items have no dump, unlike all others.
 uint8_t *_zvkcBCD_DIVR_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *quotient, uint8_t *remainder, int32_t remainderDigits,
                            int32_t quotientDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    runEntry(Division<ZonedDivision>{{op1, op2, quotient, remainder, remainderDigits, quotientDigits, op2Digits, op1Digits}});
+    runEntry<Division<ZonedDivision>>(op1, op2, quotient, remainder, remainderDigits, quotientDigits, op2Digits, op1Digits);
     return quotient;
 }
 
 uint8_t *_zvkcBCD_MOD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    runEntry(Division<ZonedDivision>{{op1, op2, nullptr, dst, dstDigits, 0, op2Digits, op1Digits}});
+    runEntry<Division<ZonedDivision>>(op1, op2, nullptr, dst, dstDigits, 0, op2Digits, op1Digits);
     return dst;
 }
 

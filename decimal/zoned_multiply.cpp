@@ -17,7 +17,7 @@ namespace {
 // False for a letter, too.
 bool readFactor(const uint8_t *item, int32_t n, ShortNumber &number)
 {
-    return shortforms::Znd::read(item, n, number) && (item[n - 1] & 0x0F) == (static_cast<unsigned>(number.value()) & 0x0F);
+    return shortforms::Znd::read(item, n, number) && (item[n - 1] & 0x0F) == (static_cast<unsigned>(number.digits) & 0x0F);
 }
 
 bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)
@@ -25,10 +25,10 @@ bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, in
     ShortNumber a, b;
     if (static_cast<uint32_t>(dstDigits) - 1 >= 63) return false;
     if (!readFactor(op1, op1Digits, a) || !readFactor(op2, op2Digits, b)) return false;
-    LongDigits product = multiplyDigits(a.value(), b.value());
+    LongDigits product = multiplyDigits(a.digits, b.digits);
     int32_t low = dstDigits < 32 ? dstDigits : 32;
-    shortforms::Znd::writeValue(dst + dstDigits - low, low, product.low);
-    shortforms::Znd::writeValue(dst, dstDigits - low, product.high);
+    shortforms::Znd::writeDigits(dst + dstDigits - low, low, product.low);
+    shortforms::Znd::writeDigits(dst, dstDigits - low, product.high);
     memcpy(zonedScratch, dst, static_cast<size_t>(dstDigits));
     if (a.negative != b.negative) forms::ZndTO::writeSign(dst, dstDigits, true);
     return true;
@@ -68,7 +68,7 @@ void multiplyDigitwise(const Factor &multiplicand, const Factor &multiplier, uin
 
 uint8_t *_zvkcBCD_MPY_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry(TwoOperands<MultiplyZoned>{op1, op2, dst, dstDigits, op2Digits, op1Digits});
+    return runEntry<TwoOperands<MultiplyZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
 void zvkBcdMulZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)

@@ -35,12 +35,15 @@ bool noForce(int &remembered)
     return remembered;
 }
 
-// A name of at most `length` bytes without trailing blanks and zero bytes, as a block of its own; null if nothing is left, or without storage.
-char *trimmedCopy(const char *text, size_t length, bool *empty)
+// A name of at most `length` bytes, behind its first `skip`, without trailing blanks and zero bytes, as a block of its own; null if nothing is left, or
+// without storage.
+char *trimmedCopy(const char *text, size_t length, size_t skip, bool *empty)
 {
     length = text ? strnlen(text, length) : 0;
     while (length && (text[length - 1] == ' ' || text[length - 1] == 0)) length--;
-    *empty = length == 0;
+    *empty = length <= skip;
+    text += skip;
+    length = *empty ? 0 : length - skip;
     auto *copy = static_cast<char *>(length ? malloc(length + 1) : nullptr);
     if (copy) {
         memcpy(copy, text, length);
@@ -95,6 +98,15 @@ void choosePrefix(FCB *fcb, const FIB *fib, const char *text, size_t prefixLengt
     }
 }
 
+// Several files are read one after the other, and nothing else.
+void requireSequentialInput(FCB *fcb, const FIB *fib)
+{
+    constexpr uint8_t sequentialAccess = 0x80;
+    bool sequential = (fib->accessMode & sequentialAccess) || !(fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE));
+    bool possible = (fcb->requestedMode & ZVK_OPEN_INPUT) && sequential;
+    if ((fcb->state & ZVK_FILE_CONCATENATED) && !possible) zvkSetStatus(fcb, 37, 0);
+}
+
 // Asks for a concatenation or a generation and takes its first name.
 void resolveConcatenation(FCB *fcb, const FIB *fib)
 {
@@ -120,9 +132,7 @@ void resolveConcatenation(FCB *fcb, const FIB *fib)
         return;
     }
     zvkSetFileName(fcb, copy, true);
-    constexpr uint8_t sequentialAccess = 0x80;
-    bool sequential = (fib->accessMode & sequentialAccess) || !(fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE));
-    if (isConcat && (!(fcb->requestedMode & ZVK_OPEN_INPUT) || !sequential)) zvkSetStatus(fcb, 37, 0);
+    requireSequentialInput(fcb, fib);
 }
 
 // The code of a readable file, by what its first bytes say.
@@ -136,6 +146,7 @@ void recogniseContent(FCB *fcb)
     }
     char head[28];
     ssize_t got = read(descriptor, head, sizeof head);
+    if (got < 0 && errno == EAGAIN) got = 0; // a FIFO whose writer has not written yet
     close(descriptor);
     static int remembered = -1;
     if (got < 0)
@@ -169,18 +180,20 @@ void zvkSetFileSystem(FCB *fcb, uint8_t code)
 void zvkResolveName(FCB *fcb, const FIB *fib)
 {
     bool empty = false, prefixAllowed = false;
-    char *item = trimmedCopy(fib->assignment, fib->assignmentLength, &empty);
+    char *item = trimmedCopy(fib->assignment, fib->assignmentLength, 0, &empty);
     size_t length = 0;
     const char *text = assignedText(fib, item, &length, &prefixAllowed);
-    char *name = trimmedCopy(text, length, &empty);
+    // The prefix is looked for before blanks are dropped: "stl-" and blanks is a prefix with no name behind it.
+    char *whole = text ? strndup(text, length) : strdup("");
+    size_t prefixLength = prefixAllowed && whole ? zvkPrefixLength(whole) : 0;
+    char *name = whole ? trimmedCopy(whole, length, prefixLength ? prefixLength + 1 : 0, &empty) : nullptr;
     free(item);
+    if (name) choosePrefix(fcb, fib, whole, prefixLength);
+    free(whole);
     if (!name) {
         zvkSetStatus(fcb, empty ? 95 : 34, empty ? 2 : 0);
         return;
     }
-    size_t prefixLength = prefixAllowed ? zvkPrefixLength(name) : 0;
-    choosePrefix(fcb, fib, name, prefixLength);
-    if (prefixLength) memmove(name, name + prefixLength + 1, strlen(name + prefixLength + 1) + 1);
     bool oneName = expandWords(name);
     zvkSetFileName(fcb, name, true);
     if (!oneName) {
@@ -190,23 +203,26 @@ void zvkResolveName(FCB *fcb, const FIB *fib)
     resolveConcatenation(fcb, fib);
 }
 
-void zvkResolveVolume(FCB *fcb)
+void zvkResolveVolume(FCB *fcb, const FIB *fib)
 {
+    // An OPEN that failed is tried again here, perhaps in a mode that would write over the first file.
+    requireSequentialInput(fcb, fib);
     size_t prefixLength = zvkPrefixLength(fcb->fileName);
-    if (!prefixLength) {
-        if ((fcb->defaultCode & 0x0F) == kLsq) zvkSetFileSystem(fcb, kLsq);
-        return;
-    }
-    int code = zvkCodeOfPrefix(fcb->fileName, prefixLength);
+    if (fcb->status > 9 || !prefixLength) return; // without a prefix the file system in force goes on
+    char prefix[4] = {};
+    for (size_t i = 0; i < 3; i++) prefix[i] = static_cast<char>(tolower(static_cast<unsigned char>(fcb->fileName[i])));
     uint8_t inForce = fcb->code;
-    bool nativeText = strncasecmp(fcb->fileName, "nat", 3) == 0 && inForce == kLsq;
-    bool rawBinary = strncasecmp(fcb->fileName, "raw", 3) == 0 && inForce == kWbr;
-    bool anyOfPlx = code == kPlx && (inForce == kStl || (inForce >= kJgt && inForce <= kPsx));
-    if (code != inForce && !nativeText && !rawBinary && !anyOfPlx) {
+    auto is = [&](const char *name) { return prefixLength == 3 && memcmp(prefix, name, 3) == 0; };
+    // Of the further prefixes only these two go with the one in force: "str" behind "rsd", or "qvr" behind "jgt", is refused.
+    bool same = prefixLength == 3 && memcmp(prefix, fcb->prefix, 3) == 0;
+    bool further = (is("nat") && inForce == kLsq) || (is("raw") && inForce == kWbr);
+    bool byFile = is("plx") && (inForce == kStl || (inForce >= kJgt && inForce <= kPsx));
+    if (!same && !further && !byFile) {
         zvkSetStatus(fcb, 33, 39);
         return;
     }
     memmove(fcb->fileName, fcb->fileName + prefixLength + 1, strlen(fcb->fileName + prefixLength + 1) + 1);
+    if (byFile) zvkSetFileSystem(fcb, kPlx); // each file says for itself which of the family it is
 }
 
 void zvkChooseByFile(FCB *fcb)

@@ -41,24 +41,30 @@ constexpr FurtherPrefix kFurtherPrefixes[] = {{"qvr", kJgt}, {"nat", kLsq}, {"st
 constexpr FurtherPrefix kOptionCodes[] = {{"plx", kPlx}, {"wbr", kWbr}, {"rsd", kRsd}, {"psx", kPsx}, {"stl", kStl},
                                           {"lsq", kLsq}, {"hdk", kHdk}, {"rql", kRql}, {"jgt", kJgt}, {"nat", kLsq}};
 
-// `directory` plus the file, if it may be loaded; after a failed load from a "profiled" folder's place its parent is tried, too.
+void *loadPath(const char *directory, const char *between, const char *file, int flags)
+{
+    char path[PATH_MAX];
+    int length = snprintf(path, sizeof path, "%s%s%s", directory, between, file);
+    if (length < 0 || static_cast<size_t>(length) >= sizeof path || access(path, R_OK | X_OK) != 0) return nullptr;
+    return dlopen(path, flags);
+}
+
+// `directory` plus the file; a "profiled" folder that has none that loads is followed by its parent.
 void *loadFrom(const char *directory, const char *file, int flags)
 {
     if (!directory || !*directory) return nullptr;
-    char path[PATH_MAX];
-    int length = snprintf(path, sizeof path, "%s%s", directory, file);
-    if (length < 0 || static_cast<size_t>(length) >= sizeof path || access(path, R_OK | X_OK) != 0) return nullptr;
-    if (void *handle = dlopen(path, flags)) return handle;
-
-    char parent[PATH_MAX];
-    snprintf(parent, sizeof parent, "%s", directory);
-    size_t end = strlen(parent);
-    while (end && parent[end - 1] == '/') parent[--end] = 0;
+    if (void *handle = loadPath(directory, "", file, flags)) return handle;
     constexpr char profiled[] = "/profiled";
-    if (end < sizeof profiled - 1 || strcmp(parent + end - (sizeof profiled - 1), profiled) != 0) return nullptr;
-    parent[end - (sizeof profiled - 1)] = 0;
-    length = snprintf(path, sizeof path, "%s/%s", parent, file);
-    return length > 0 && static_cast<size_t>(length) < sizeof path && access(path, R_OK | X_OK) == 0 ? dlopen(path, flags) : nullptr;
+    char parent[PATH_MAX];
+    size_t end = strlen(directory);
+    while (end && directory[end - 1] == '/') end--;
+    if (end < sizeof profiled - 1 || end >= sizeof parent ||
+        memcmp(directory + end - (sizeof profiled - 1), profiled, sizeof profiled - 1) != 0)
+        return nullptr;
+    end -= sizeof profiled - 1;
+    memcpy(parent, directory, end);
+    parent[end] = 0;
+    return loadPath(parent, "/", file, flags);
 }
 
 } // namespace

@@ -79,7 +79,7 @@ bool splitName(const char *name, Split &split)
 void detectFileSystem(GdgContext *context, const char *name, const Split &split)
 {
     bool read = context->image.flags & kGdgRead;
-    if (read && context->fsCode == kGdgUnknown) context->fsCode = context->image.fileSystem;
+    if (read) context->fsCode = context->image.fileSystem;
     if (context->fsCode == kGdgUnknown) {
         char companion[2048];
         snprintf(companion, sizeof companion, "%s/.%s.QVREA", split.directory, split.base);
@@ -244,6 +244,7 @@ const char *zvkGdgFileSystemName(uint32_t code)
 int GDG_path(GdgContext *context, const char *name, int mode)
 {
     Split split;
+    context->cataloguePath[0] = 0; // that of the name before must not be taken for this one's
     if (!splitName(name, split)) {
         errno = ENAMETOOLONG;
         return -1;
@@ -252,6 +253,7 @@ int GDG_path(GdgContext *context, const char *name, int mode)
     if (context->fsCode > kGdgJgt && !homeDirectory(context, split.directory)) return -1;
     int length = snprintf(context->cataloguePath, sizeof context->cataloguePath, "%s/%s.catalogue", split.directory, split.base);
     if (length < 0 || static_cast<size_t>(length) >= sizeof context->cataloguePath) {
+        context->cataloguePath[0] = 0;
         errno = ENAMETOOLONG;
         return -1;
     }

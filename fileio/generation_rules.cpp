@@ -234,7 +234,8 @@ int GDG_stat(GdgContext *context, const char *name, int mode)
         errno = EINVAL;
         return -1;
     }
-    GDG_path(context, context->baseName, -1);
+    errno = 0;
+    if (GDG_path(context, context->baseName, -1) != 0 && errno == ENAMETOOLONG) return -1;
     if (int answer = findCatalogue(context, mode)) return answer;
     if (GDG_open(context, 0) != 0) return -1;
 

@@ -176,7 +176,8 @@ int32_t GDG_Rebuild(char *name, const char *prefix)
     char real[PATH_MAX], pattern[PATH_MAX + 16];
     snprintf(pattern, sizeof pattern, "%s.g????v00", realpath(name, real) ? real : name);
     glob_t found{};
-    int globbed = glob(pattern, GLOB_ERR | GLOB_NOSORT | GLOB_NOESCAPE, nullptr, &found);
+    // In order of their numbers: a limit that they exceed takes the oldest.
+    int globbed = glob(pattern, GLOB_ERR | GLOB_NOESCAPE, nullptr, &found);
     if (globbed != 0 && globbed != GLOB_NOMATCH) fprintf(stderr, "Error: GDG_Rebuild:glob - %d %s\n", errno, strerror(errno));
     if (globbed == 0)
         for (size_t i = 0; i < found.gl_pathc; i++) GDG_stat(context, found.gl_pathv[i], -1); // enters what is there

@@ -36,7 +36,7 @@ void settleFile(FCB *fcb, const FIB *fib)
 {
     bool laterVolume = fcb->concatenation && (fcb->state & ZVK_FILE_CONCATENATED) && fcb->fileName;
     if (laterVolume)
-        zvkResolveVolume(fcb);
+        zvkResolveVolume(fcb, fib);
     else
         zvkResolveName(fcb, fib);
     if (fcb->status <= 9 && fcb->code == kPlx) zvkChooseByFile(fcb);
@@ -58,14 +58,13 @@ void beginPage(FCB *fcb, const FIB *fib)
 
 void markOpen(FCB *fcb, const FIB *fib)
 {
-    bool noRewind = fcb->requestedMode & ZVK_OPEN_STATUS_07;
-    fcb->mode = fcb->requestedMode & static_cast<uint16_t>(~ZVK_OPEN_STATUS_07);
+    fcb->mode = fcb->requestedMode;
     fcb->requestedMode = 0;
     fcb->open = _zvkOpenError;
     beginPage(fcb, fib);
     fcb->state = (fcb->state & ~static_cast<uint32_t>(ZVK_FILE_READ_VALID)) | ZVK_FILE_POSITION_VALID;
     fcb->openMark = 2;
-    if (fcb->status == 0 && noRewind) fcb->status = 7;
+    if (fcb->status == 0 && (fcb->mode & ZVK_OPEN_STATUS_07)) fcb->status = 7;
     traceOpen(fcb, fib);
 }
 
@@ -94,7 +93,7 @@ int64_t openOnce(FCB *fcb, IPCB *element, const FIB *fib)
     return 0;
 }
 
-// The first volume of an OPTIONAL concatenation is absent: goes on to the next name. False when there is none.
+// The first volume of an OPTIONAL concatenation is absent: goes on to the next name. False when there is none; then the whole of it is an absent file.
 bool skipAbsentVolume(FCB *fcb, IPCB *element)
 {
     if (!(fcb->state & ZVK_FILE_CONCATENATED) || !(fcb->state & ZVK_FILE_ABSENT) || fcb->status != 5) return false;
@@ -103,7 +102,12 @@ bool skipAbsentVolume(FCB *fcb, IPCB *element)
     fcb->close(fcb, element);
     const char *next = _zvk_Concat_Next(fcb->concatenation);
     char *copy = next ? strdup(next) : nullptr;
-    if (!copy) return false;
+    if (!copy) {
+        zvkSetStatus(fcb, 5, 0);
+        fcb->state |= ZVK_FILE_ABSENT;
+        fcb->open = _zvkOpenError;
+        return false;
+    }
     zvkSetFileName(fcb, copy, true);
     fcb->requestedMode = mode;
     return true;

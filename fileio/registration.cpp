@@ -121,12 +121,18 @@ void describeDifferences(const FIB *a, const FIB *b, char (&list)[1024])
     if (length >= 2) list[length - 2] = 0;
 }
 
-// Everything that has to agree, also what has no name in the list.
+// Whether two FIBs agree; only if they do not, the list says in what. The footing and margins of a LINAGE file count by the block's values, not by their flags.
 bool agree(const FIB *a, const FIB *b)
 {
-    char list[1024];
-    describeDifferences(a, b, list);
-    return !*list && memcmp(at(a, 8), at(b, 8), 55) == 0 && sameBytes(a, a->attributeOffset, b, b->attributeOffset, 8);
+    constexpr size_t first = 8, last = 62;
+    constexpr uint8_t shareBits = ZVK_FILE_SHARE_MASK | ZVK_FILE_LOCK_COUNT, lockBits = 0x07;
+    if (memcmp(at(a, first), at(b, first), last - first + 1) != 0) return false;
+    if ((a->sharing || b->sharing) && (((a->shareMode ^ b->shareMode) & shareBits) || ((a->lockMode ^ b->lockMode) & lockBits)))
+        return false;
+    if ((a->linage ^ b->linage) & ZVK_FILE_LINAGE) return false;
+    if ((a->linage & ZVK_FILE_LINAGE) && !sameBytes(a, a->linageOffset, b, b->linageOffset, 4 * sizeof(FileLinageGroup))) return false;
+    return sameBytes(a, a->keysOffset, b, b->keysOffset, size_t{a->keyCount} * sizeof(FileKey)) &&
+           sameBytes(a, a->relativeKeyOffset, b, b->relativeKeyOffset, 36) && sameBytes(a, a->attributeOffset, b, b->attributeOffset, 8);
 }
 
 void requireAgreement(const FCB *shared, const FIB *fib, const PCB *pcb)

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "fileio/file_status.h"
+#include "frame/message_catalog.h"
 #include "frame/messages.h"
 #include "kvr2/fileio.h"
 
@@ -62,7 +63,8 @@ const UseProcedure *chooseUse(const FCB *fcb, int mode)
 void reportAndEnd(const FCB *fcb, const FIB *fib, uint32_t variant, const char *verb, const char *fs2Text)
 {
     char text[80] = "";
-    if (variant)
+    // A variant without a text says nothing; string mode would put "cannot find message" in its place.
+    if (variant && zvkCatalogText(201, variant & 0xFF))
         zvkWriteMsg(201, variant | ZVK_MSG_TO_STRING | ZVK_MSG_INFORM, text, sizeof text);
     else if (fs2Text)
         snprintf(text, sizeof text, "%s", fs2Text);

@@ -86,14 +86,14 @@ void openDeviceStream(uint8_t letter)
     for (const Device &device : kDevices) {
         if (device.letter != letter) continue;
         FILE *&bound = _zvkProccom->*device.stream;
-        if (bound) return;
+        if (zvkBoundStream(bound)) return;
         ZvkGuard guard(&streamMutex);
         if (bound) return;
         const char *value = assignedName(device);
         FILE *stream = value ? openAssigned(device, value) : nullptr;
         if (!stream) stream = defaultStream(letter);
         recordWindow(device, stream);
-        bound = stream;
+        __atomic_store_n(&bound, stream, __ATOMIC_RELEASE);
         return;
     }
 }

@@ -69,8 +69,9 @@ int severityOf(const char *text)
 FILE *messageStream()
 {
     if (!_zvkProccom) return stderr;
-    if (!_zvkProccom->msgs) openDeviceStream('M');
-    return _zvkProccom->msgs ? _zvkProccom->msgs : stderr;
+    if (!zvkBoundStream(_zvkProccom->msgs)) openDeviceStream('M');
+    FILE *stream = zvkBoundStream(_zvkProccom->msgs);
+    return stream ? stream : stderr;
 }
 
 void syncOutputs()
@@ -78,8 +79,8 @@ void syncOutputs()
     zvkSyncStream(stderr);
     zvkSyncStream(stdout);
     if (!_zvkProccom) return;
-    zvkSyncStream(_zvkProccom->sysout);
-    zvkSyncStream(_zvkProccom->conOut);
+    zvkSyncStream(zvkBoundStream(_zvkProccom->sysout));
+    zvkSyncStream(zvkBoundStream(_zvkProccom->conOut));
 }
 
 // Prefix, number, severity letter if it is known yet, blanks up to the text.

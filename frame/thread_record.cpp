@@ -40,21 +40,25 @@ void freeRecord(void *pointer)
 void makeKey()
 {
     haveKey = pthread_key_create(&key, freeRecord) == 0;
-    if (haveKey) _zvkProccom->threadKey = key;
+    if (haveKey) __atomic_store_n(&_zvkProccom->threadKey, key, __ATOMIC_RELEASE);
 }
+
+// Another thread may be making it.
+uint32_t presentKey() { return __atomic_load_n(&_zvkProccom->threadKey, __ATOMIC_ACQUIRE); }
 
 ZvkThreadRecord *currentRecord()
 {
-    if (_zvkProccom->threadKey == kNoKey) return static_cast<ZvkThreadRecord *>(_zvkProccom->threadFallback);
-    return static_cast<ZvkThreadRecord *>(pthread_getspecific(_zvkProccom->threadKey));
+    uint32_t present = presentKey();
+    return static_cast<ZvkThreadRecord *>(present == kNoKey ? _zvkProccom->threadFallback : pthread_getspecific(present));
 }
 
 void setRecord(ZvkThreadRecord *record)
 {
-    if (_zvkProccom->threadKey == kNoKey)
+    uint32_t present = presentKey();
+    if (present == kNoKey)
         _zvkProccom->threadFallback = record;
     else
-        pthread_setspecific(_zvkProccom->threadKey, record);
+        pthread_setspecific(present, record);
 }
 
 bool growScratch(ZvkThreadRecord *record, uint64_t size)
@@ -75,7 +79,7 @@ void *zvkThreadScratch(int64_t size)
         static_cast<uint64_t>(size) <= lastRecord.record->scratchSize)
         return lastRecord.record->scratch;
     if (!_zvkProccom) return nullptr;
-    if (_zvkProccom->threadKey == kNoKey) pthread_once(&keyOnce, makeKey);
+    if (presentKey() == kNoKey) pthread_once(&keyOnce, makeKey);
 
     ZvkThreadRecord *record = currentRecord();
     if (size == -1) return record;

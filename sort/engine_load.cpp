@@ -1,8 +1,9 @@
 // Loading of the sort engine; see engine_load.h.
 //
-// Not locked: the first sorts of several threads may all load it. The loader counts, and all of them find the same entry.
+// Not locked: the first sorts of several threads may all load it. All of them find the same entry; the first one's handle and temporary directory stay.
 #include "sort/engine_load.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,8 +18,8 @@ namespace {
 
 constexpr char kEngine[] = "libvortlite_64r.so";
 
-SortEngine entry;
-void *handle;
+std::atomic<SortEngine> entry;
+std::atomic<void *> handle;
 
 SortEngine findEntry(void *library)
 {
@@ -31,43 +32,47 @@ void chooseTempDir()
 {
     const char *directory = getenv("TMPDIR");
     if (!directory || !*directory || access(directory, W_OK) != 0) directory = ".";
-    free(_zvkProccom->tempDir);
-    _zvkProccom->tempDir = strdup(directory);
-    if (!_zvkProccom->tempDir) zvkNoStorage();
+    char *copy = strdup(directory), *none = nullptr;
+    if (!copy)
+        zvkNoStorage();
+    else if (!__atomic_compare_exchange_n(&_zvkProccom->tempDir, &none, copy, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+        free(copy);
+}
+
+SortEngine loadEngine()
+{
+    void *library = zvkLoadModule(kEngine, RTLD_NOW, _zvkProccom->libDir, _zvkProccom->installDir), *none = nullptr;
+    if (!library) {
+        dlopen(kEngine, RTLD_NOW); // the loader gives its text once, and the line before has it
+        const char *text = dlerror();
+        fprintf(stderr, "dlopen fail: %s\n", text ? text : kEngine);
+        return nullptr;
+    }
+    SortEngine found = findEntry(library);
+    if (!found) {
+        const char *text = dlerror();
+        fprintf(stderr, "dlsym fail: %s\n", text ? text : "sortmerge");
+    } else {
+        entry = found;
+    }
+    if (!found || !handle.compare_exchange_strong(none, library)) dlclose(library);
+    return found;
 }
 
 } // namespace
 
 SortEngine zvkSortEngine()
 {
-    if (!entry || !handle) {
-        void *library = zvkLoadModule(kEngine, RTLD_NOW, _zvkProccom->libDir, _zvkProccom->installDir);
-        if (!library) {
-            dlopen(kEngine, RTLD_NOW); // the loader gives its text once, and the line before has it
-            const char *text = dlerror();
-            fprintf(stderr, "dlopen fail: %s\n", text ? text : kEngine);
-            return nullptr;
-        }
-        SortEngine found = findEntry(library);
-        if (!found) {
-            const char *text = dlerror();
-            fprintf(stderr, "dlsym fail: %s\n", text ? text : "sortmerge");
-            dlclose(library);
-            return nullptr;
-        }
-        handle = library;
-        entry = found;
-        chooseTempDir();
-    }
-    // The runtime was ended and started again: its record is a new one.
-    if (!_zvkProccom->tempDir) chooseTempDir();
-    return entry;
+    SortEngine found = handle ? entry.load() : nullptr;
+    if (!found) found = loadEngine();
+    // It is missing before the first sort, and after the runtime was ended and started again.
+    if (found && !__atomic_load_n(&_zvkProccom->tempDir, __ATOMIC_ACQUIRE)) chooseTempDir();
+    return found;
 }
 
 SortEngine zvkLoadedSortEngine() { return entry; }
 
 void zvkCloseSortEngine()
 {
-    if (handle) dlclose(handle);
-    handle = nullptr;
+    if (void *library = handle.exchange(nullptr)) dlclose(library);
 }

@@ -3,7 +3,8 @@
 // Both work on the thread's buffer of 262,144 bytes. `fill` counts what lies in it while records come in, and what has been taken while they go
 // out; -1 says that the engine has run and nothing was taken yet. When the buffer is full it goes to the input spill file. The result comes either
 // from the buffer itself, sorted in place, or in chunks from the output spill file. A record that crosses the end of a chunk is not put
-// together: the next chunk is read from that record's first byte on.
+// together: the next chunk is read from that record's first byte on. USING files may have records longer than the buffer; these RETURN
+// reads from the file to the record's place. RELEASE has no way for them and refuses them.
 #include <cstring>
 #include <unistd.h>
 
@@ -36,7 +37,16 @@ bool spillBuffer(ZvkThreadRecord *record)
     bool first = !record->spillPath[0];
     if (!zvkNameSpillFile(record, Spill::Input)) return false;
     if (first) unlink(record->spillPath); // left by a process of that number that came to grief
-    if (!zvkAppendSpill(record->spillPath, record->buffer, static_cast<uint64_t>(record->fill))) return false;
+    Append result = zvkAppendSpill(record->spillPath, record->buffer, static_cast<uint64_t>(record->fill));
+    if (result != Append::Done) {
+        if (first) { // all that was released is still in the buffer
+            unlink(record->spillPath);
+            record->spillPath[0] = 0;
+        } else if (result == Append::Damaged) {
+            record->fill = -1; // this sort is over: no RELEASE and no op 3 has a use for such a file
+        }
+        return false;
+    }
     record->fill = 0;
     record->cursor = record->buffer;
     return true;
@@ -99,22 +109,44 @@ uint64_t sizeAtCursor(const ZvkThreadRecord *record, const SortRecordDesc *desc)
     return loadWord(record->cursor);
 }
 
+// A record at the start of a chunk that does not hold it: longer than the buffer, it goes from the file to its place.
+bool returnLongRecord(ZvkThreadRecord *record, uint64_t head, uint64_t size, void *data)
+{
+    const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);
+    if (record->fill != 0 || !record->spillPath[0] || size > desc->recordLength) return false;
+    uint64_t start = record->fileOffset - record->capacity + head;
+    if (zvkReadSpill(record->spillPath, static_cast<uint8_t *>(data), size, start) != size) return false;
+    record->fileOffset = start + size;
+    return true;
+}
+
+// What is there is no result of an engine.
+bool endReturning(ZvkThreadRecord *record)
+{
+    if (record->spillPath[0]) unlink(record->spillPath);
+    record->spillPath[0] = 0;
+    record->fill = 0;
+    return false;
+}
+
 bool returnRecord(ZvkThreadRecord *record, uint32_t *length, void *data)
 {
     const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);
     if (record->fill < 1 && !refill(record)) return false;
 
-    uint64_t left = record->capacity - static_cast<uint64_t>(record->fill);
-    uint64_t size = desc->recordLength;
+    uint64_t left = record->capacity - static_cast<uint64_t>(record->fill), head = 0, size = desc->recordLength;
     if (desc->recordFormat == ZVK_SORT_VARIABLE) {
-        if (left < kLengthWord || loadWord(record->cursor) < kLengthWord || loadWord(record->cursor) > left)
-            return false; // no result of an engine
-        size = loadWord(record->cursor) - kLengthWord;
-        record->cursor += kLengthWord;
-        record->fill += kLengthWord;
-    } else if (size > left) {
-        return false;
+        head = kLengthWord;
+        if (left < head || loadWord(record->cursor) < head) return endReturning(record);
+        size = loadWord(record->cursor) - head;
     }
+    if (head + size > left) {
+        if (!returnLongRecord(record, head, size, data)) return endReturning(record);
+        *length = static_cast<uint32_t>(size);
+        return true;
+    }
+    record->cursor += head;
+    record->fill += static_cast<int64_t>(head);
     memcpy(data, record->cursor, size);
     record->cursor += size;
     record->fill += static_cast<int64_t>(size);

@@ -157,15 +157,24 @@ void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThr
     finish(block, record, result, run.control.errnoValue);
 }
 
-void makeFilesEmpty(const SortFileList *list, const SortVerbBlock *block)
+// Returns the engine's error number for what went wrong, or 0.
+uint32_t makeFilesEmpty(const SortFileList *list, const SortVerbBlock *block)
 {
     IPCB *element = block && block->program ? block->program->ipcb : nullptr;
+    uint32_t error = 0;
     for (uint32_t i = 0; i < fileCount(list); i++) {
         FCB *fcb = list->files[i];
         fcb->requestedMode = ZVK_OPEN_OUTPUT;
         fcb->open(fcb, element);
+        if (!_zvkProccom) return error; // a USE procedure has ended the run unit
+        if (fcb->status > 9) {
+            error = ZVK_SORT_EOPENOUT;
+            continue;
+        }
         fcb->close(fcb, element);
+        if (fcb->status > 9) error = ZVK_SORT_EWRITE;
     }
+    return error;
 }
 
 // Names input and output of the engine after an INPUT PROCEDURE. `inPath` receives the spilled input, null if nothing was spilled.
@@ -213,7 +222,9 @@ void runSort(SortEngine engine, const SortVerbBlock *block, ZvkThreadRecord *rec
     prepareControl(&run, block, record);
     if (!record->spillPath[0] && record->fill == 0) { // nothing was released: no sort, but GIVING files come into being
         if (fileCount(record->givingList) == 0) record->capacity = 0;
-        makeFilesEmpty(static_cast<const SortFileList *>(record->givingList), block);
+        uint32_t error = makeFilesEmpty(static_cast<const SortFileList *>(record->givingList), block);
+        if (!_zvkProccom || zvkThreadScratch(-1) != record) return;
+        if (error) return finish(block, record, kFailure, error);
         if (block && block->sortReturn) *block->sortReturn = 0;
         return;
     }

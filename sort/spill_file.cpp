@@ -45,13 +45,16 @@ bool zvkNameSpillFile(ZvkThreadRecord *record, Spill kind)
     return fits;
 }
 
-bool zvkAppendSpill(const char *path, const uint8_t *bytes, uint64_t size)
+Append zvkAppendSpill(const char *path, const uint8_t *bytes, uint64_t size)
 {
     int fd = openSpill(path, O_RDWR | O_CREAT | O_APPEND);
-    if (fd < 1) return false;
-    bool good = writeAll(fd, bytes, size);
-    fdatasync(fd);
-    return close(fd) == 0 && good;
+    if (fd < 1) return Append::Refused;
+    off_t before = lseek(fd, 0, SEEK_END);
+    // A file that cannot be synchronised at all (EINVAL) is as good as it gets.
+    bool good = before >= 0 && writeAll(fd, bytes, size) && (fdatasync(fd) == 0 || errno == EINVAL);
+    bool whole = good || before < 0 || ftruncate(fd, before) == 0;
+    if (close(fd) != 0) whole = good = false;
+    return good ? Append::Done : whole ? Append::Refused : Append::Damaged;
 }
 
 uint64_t zvkReadSpill(const char *path, uint8_t *bytes, uint64_t size, uint64_t offset)

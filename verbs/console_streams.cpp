@@ -11,8 +11,8 @@ namespace {
 FILE *bound(FILE *Proccom::*member, uint8_t letter, FILE *standard)
 {
     if (!_zvkProccom) return standard;
-    if (!(_zvkProccom->*member)) openDeviceStream(letter);
-    FILE *stream = _zvkProccom->*member;
+    if (!zvkBoundStream(_zvkProccom->*member)) openDeviceStream(letter);
+    FILE *stream = zvkBoundStream(_zvkProccom->*member);
     return stream ? stream : standard;
 }
 
@@ -55,10 +55,11 @@ void zvkFlushLocked(FILE *stream)
 
 void zvkFlushMessagesBeforeRead()
 {
-    if (_zvkProccom && _zvkProccom->msgs == stderr) zvkFlushLocked(stderr);
+    if (_zvkProccom && zvkBoundStream(_zvkProccom->msgs) == stderr) zvkFlushLocked(stderr);
 }
 
 void zvkFlushOutputBeforeRead()
 {
-    if (!_zvkProccom || _zvkProccom->sysout == stdout || _zvkProccom->conOut == stdout) zvkFlushLocked(stdout);
+    if (!_zvkProccom || zvkBoundStream(_zvkProccom->sysout) == stdout || zvkBoundStream(_zvkProccom->conOut) == stdout)
+        zvkFlushLocked(stdout);
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "frame/device_streams.h"
 #include "frame/messages.h"
 #include "verbs/console_streams.h"
 #include "verbs/display_text.h"
@@ -77,7 +78,7 @@ extern "C" void _zvkcDisplay(const DisplayRequest *request, DisplayItem *items)
         return;
     }
     // A message that was printed earlier stands before this text.
-    if (stream == stdout && _zvkProccom && _zvkProccom->msgs == stderr) zvkFlushLocked(stderr);
+    if (stream == stdout && _zvkProccom && zvkBoundStream(_zvkProccom->msgs) == stderr) zvkFlushLocked(stderr);
 
     StreamLock lock(stream);
     bool valid = writeItems(stream, *request, items);

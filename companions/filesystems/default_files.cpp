@@ -1,10 +1,12 @@
 // The default file system, "stl", "jgt" and "qvr": sequential, relative and indexed files behind a header that holds their attributes.
 #include <errno.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "companions/filesystems/back_to_back.h"
 #include "companions/filesystems/indexed_file.h"
+#include "companions/filesystems/indexed_store.h"
 #include "companions/filesystems/relative_file.h"
 #include "companions/filesystems/stored_header.h"
 
@@ -28,30 +30,43 @@ static bool attributesPossible(FCB *fcb, const FIB *fib)
     return true;
 }
 
+// The store of an indexed file comes first: a program killed between the two leaves an empty file, which counts as absent.
+static bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expected, StoredHeader *header)
+{
+    *header = expected;
+    if (getrandom(&header->identity, sizeof header->identity, 0) != static_cast<ssize_t>(sizeof header->identity))
+        header->identity = reinterpret_cast<uintptr_t>(fcb) ^ static_cast<uint64_t>(getpid());
+    if ((expected.organization & ZVK_FILE_INDEXED) && !createStore(fcb, *header)) return false;
+    return writeHeader(fcb, opened.descriptor, header);
+}
+
 static void openStored(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
     bool indexed = fib->organization & ZVK_FILE_INDEXED, relative = fib->organization & ZVK_FILE_RELATIVE;
     if (!attributesPossible(fcb, fib)) return;
-    ShareMode share = shareAllOther;
-    if (fcb->requestedMode & ZVK_OPEN_EXTEND) share = shareNoOther;
-    if ((fcb->requestedMode & ZVK_OPEN_IO) && !indexed && !relative) share = shareReadOnly;
-    Opened opened = openByRules(fcb, fib, share, false, true);
+    SharePolicy sharing = {shareAllOther, shareAllOther};
+    if (!indexed && !relative)
+        sharing = sequentialSharing(fcb);
+    else if (fcb->requestedMode & ZVK_OPEN_EXTEND) // a relative file's EXTEND keeps its place
+        sharing = {shareNoOther, relative ? shareReadOnly : shareAllOther};
+    Opened opened = openByRules(fcb, fib, sharing, false, true);
     if (opened.descriptor < 0) return;
 
     StoredHeader expected, header;
     describeFile(fib, &expected);
-    bool good;
     if (opened.created) {
-        header = expected;
-        if (getrandom(&header.identity, sizeof header.identity, 0) != static_cast<ssize_t>(sizeof header.identity))
-            header.identity = reinterpret_cast<uintptr_t>(fcb) ^ static_cast<uint64_t>(getpid());
-        // The store comes first: a program killed between the two leaves an empty file, which counts as absent.
-        good = (!indexed || createStore(fcb, header)) && writeHeader(fcb, opened.descriptor, &header);
-        opened.size = storedHeaderSize;
-    } else {
-        good = readHeader(fcb, opened.descriptor, expected, &header);
+        beginMaking(opened.descriptor);
+        struct stat about;
+        if (fstat(opened.descriptor, &about) == 0 && about.st_size) { // another program made it in the meantime
+            opened.created = false;
+            opened.size = static_cast<uint64_t>(about.st_size);
+            zvkSetStatus(fcb, 0, fs2None);
+        }
     }
+    bool good = opened.created ? makeFile(fcb, opened, expected, &header) : readHeader(fcb, opened.descriptor, expected, &header);
+    if (opened.created) opened.size = storedHeaderSize;
+    endMaking(opened.descriptor);
     if (!good)
         close(opened.descriptor);
     else if (indexed)

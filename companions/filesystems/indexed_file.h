@@ -9,9 +9,6 @@ namespace filesystems {
 
 constexpr uint32_t longestKey = 500; // LMDB's 511 less the number that keeps duplicates apart
 
-// Makes the empty store of a new file that bears this header's identity, in place of an older one.
-bool createStore(FCB *fcb, const StoredHeader &header);
-
 void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHeader &header);
 
 } // namespace filesystems

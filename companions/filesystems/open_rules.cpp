@@ -10,7 +10,7 @@ namespace filesystems {
 static Opened refused(int descriptor = -1)
 {
     if (descriptor >= 0) close(descriptor);
-    return {-1, false, false, 0};
+    return {-1, false, false, 0, {}};
 }
 
 // An OPTIONAL file that is not there: a success for INPUT, which reads none; created by I-O and EXTEND.
@@ -21,7 +21,7 @@ static Opened absent(FCB *fcb)
     return refused();
 }
 
-Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, bool emptyIsAbsent)
+Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent)
 {
     bool output = fcb->requestedMode & ZVK_OPEN_OUTPUT, input = fcb->requestedMode & ZVK_OPEN_INPUT;
     bool optional = fib->attributes & ZVK_FILE_OPTIONAL;
@@ -61,9 +61,10 @@ Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, 
     }
     if (!regular) {
         fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
-        return {descriptor, false, false, 0};
+        return {descriptor, false, false, 0, {}};
     }
-    if (!takeFile(fcb, fib, descriptor, byDefault)) return refused(descriptor);
+    ShareHeld held;
+    if (!takeFile(fcb, fib, descriptor, policy, &held)) return refused(descriptor);
     if (fstat(descriptor, &about) != 0) about.st_size = 0; // anew: another open may have written until now
     if (about.st_size == 0 && emptyIsAbsent && !output) {
         if (!optional) {
@@ -81,7 +82,7 @@ Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, 
         return refused(descriptor);
     }
     if (created && !output) zvkSetStatus(fcb, 5, fs2Absent);
-    return {descriptor, true, created || output, output ? 0 : static_cast<uint64_t>(about.st_size)};
+    return {descriptor, true, created || output, output ? 0 : static_cast<uint64_t>(about.st_size), held};
 }
 
 } // namespace filesystems

@@ -15,11 +15,12 @@ struct Opened {
     bool seekable;  // a regular file
     bool created;   // absent or empty before
     uint64_t size;
+    ShareHeld held;
 };
 
 // Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status is set; status 5 with an ABSENT state is
 // a success for the caller too. `devices`: character devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
-Opened openByRules(FCB *fcb, const FIB *fib, ShareMode byDefault, bool devices, bool emptyIsAbsent);
+Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent);
 
 // The block that holds a module's state, zeroed, in `fcb->moduleBuffer`.
 template <class State>

@@ -43,13 +43,13 @@ struct RecordLocks {
         holding = false;
     }
 
+    // WITH NO LOCK takes none, and still heeds those of others; only IGNORING LOCK does not.
     bool forRead(FCB *fcb, uint64_t record, uint32_t options)
     {
         if (options & ZVK_REQUEST_IGNORE_LOCK) return true;
         bool wanted = active && ((options & ZVK_REQUEST_LOCK) || (automatic && !(options & ZVK_REQUEST_NO_LOCK)));
         if (wanted) return take(fcb, record);
-        if ((active || looks) && !(options & ZVK_REQUEST_NO_LOCK) && lookAtLock(descriptor, record) == Taken::locked)
-            return fail(fcb, statusRecordLocked, fs2RecordLocked);
+        if ((active || looks) && lookAtLock(descriptor, record) == Taken::locked) return fail(fcb, statusRecordLocked, fs2RecordLocked);
         return true;
     }
 

@@ -4,9 +4,14 @@
 //
 // A slot goes out in one pwrite, so a killed program leaves it as it was or as it should be; holes of the file are empty slots. A slot that the
 // file's end cuts off holds no record.
+//
+// READ NEXT, PREVIOUS and START look for a record in a window of slots, one pread for many. What this program writes goes into the window, too. Where others may
+// write, the window is only a hint: a record that it shows is read again behind its lock, and where it shows none it is filled anew from that slot on before
+// the search goes on.
 #include "companions/filesystems/relative_file.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -23,9 +28,11 @@ namespace {
 
 constexpr uint32_t word = 4;
 constexpr uint64_t mostRecords = uint64_t(1) << 40;
+constexpr size_t windowSize = 65536;
 
 struct RelativeFile {
-    ByteStream stream; // of READ NEXT; the other verbs go to the slots directly
+    int descriptor;
+    int error; // errno of the last failure
     RecordFormat format;
     RecordLocks locks;
     uint64_t slotSize;
@@ -33,7 +40,10 @@ struct RelativeFile {
     uint64_t lastRead; // record of the last READ
     bool exact;        // the next sequential READ takes `place` itself
     bool sequential;   // access mode
-    uint8_t *slot;
+    bool alone;        // nobody else writes: the window is what the file holds
+    uint8_t *slot;     // the slot that a verb works on
+    uint8_t *window;   // `windowCount` slots from record `windowFirst` on, of at most `windowMost`
+    uint64_t windowFirst, windowCount, windowMost;
 };
 
 RelativeFile *fileOf(FCB *fcb) { return static_cast<RelativeFile *>(fcb->moduleBuffer); }
@@ -43,7 +53,7 @@ uint64_t offsetOf(const RelativeFile *file, uint64_t record) { return storedHead
 uint64_t slotCount(const RelativeFile *file)
 {
     struct stat about;
-    if (fstat(file->stream.descriptor, &about) != 0 || about.st_size < static_cast<off_t>(storedHeaderSize)) return 0;
+    if (fstat(file->descriptor, &about) != 0 || about.st_size < static_cast<off_t>(storedHeaderSize)) return 0;
     return (static_cast<uint64_t>(about.st_size) - storedHeaderSize) / file->slotSize;
 }
 
@@ -59,9 +69,44 @@ int64_t lengthIn(const RelativeFile *file, const uint8_t *slot)
 int64_t load(RelativeFile *file, uint64_t record)
 {
     if (record == 0 || record > mostRecords) return -1;
-    ssize_t got = pread(file->stream.descriptor, file->slot, file->slotSize, static_cast<off_t>(offsetOf(file, record)));
-    file->stream.error = got < 0 ? errno : 0;
+    ssize_t got = pread(file->descriptor, file->slot, file->slotSize, static_cast<off_t>(offsetOf(file, record)));
+    file->error = got < 0 ? errno : 0;
     return got == static_cast<ssize_t>(file->slotSize) ? lengthIn(file, file->slot) : -1;
+}
+
+bool inWindow(const RelativeFile *file, uint64_t record)
+{
+    return record >= file->windowFirst && record - file->windowFirst < file->windowCount;
+}
+
+const uint8_t *windowSlot(const RelativeFile *file, uint64_t record)
+{
+    return file->window + (record - file->windowFirst) * file->slotSize;
+}
+
+// Fills the window with the slots from `record` on, or, going back, up to it. False if that slot is beyond the end, or on an error.
+bool fillWindow(RelativeFile *file, uint64_t record, bool back)
+{
+    file->windowFirst = !back ? record : record > file->windowMost ? record - file->windowMost + 1 : 1;
+    file->windowCount = 0;
+    uint64_t wanted = back ? record - file->windowFirst + 1 : file->windowMost;
+    ssize_t got = pread(file->descriptor, file->window, wanted * file->slotSize, static_cast<off_t>(offsetOf(file, file->windowFirst)));
+    file->error = got < 0 ? errno : 0;
+    if (got > 0) file->windowCount = static_cast<uint64_t>(got) / file->slotSize;
+    return inWindow(file, record);
+}
+
+// What may be old goes: the program asks for a place of its own, or begins anew.
+void forgetWindow(RelativeFile *file)
+{
+    if (!file->alone) file->windowCount = 0;
+}
+
+bool put(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, size_t size)
+{
+    if (int error = writeAll(file->descriptor, true, data, size, offsetOf(file, record))) return failWithErrno(fcb, error);
+    if (inWindow(file, record)) memcpy(file->window + (record - file->windowFirst) * file->slotSize, data, size);
+    return true;
 }
 
 bool store(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, uint32_t length)
@@ -70,37 +115,96 @@ bool store(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, u
     memcpy(file->slot, &mark, word);
     memcpy(file->slot + word, data, length);
     memset(file->slot + word + length, 0, file->format.longest - length);
-    int error = writeAll(file->stream.descriptor, true, file->slot, file->slotSize, offsetOf(file, record));
-    return !error || failWithErrno(fcb, error);
+    return put(fcb, file, record, file->slot, file->slotSize);
 }
 
-// The next record from `place` on, through the buffer; its number, 0 at the end.
-uint64_t findNext(FCB *fcb, RelativeFile *file, int64_t *length)
+// The first slot from `record` on that is no hole of the file, 0 for none: a number far out must not cost a walk through all before it.
+uint64_t beyondHole(const RelativeFile *file, uint64_t record)
 {
-    uint64_t record = file->exact && file->place ? file->place : file->place + 1;
-    ByteStream &stream = file->stream;
-    // What others write must be seen, and is not in the buffer.
-    if (!(fcb->mode & ZVK_OPEN_INPUT) || stream.offset() != offsetOf(file, record) || stream.atEnd) stream.seek(offsetOf(file, record));
-    for (; stream.need(file->slotSize); ++record) {
-        const uint8_t *slot = stream.buffer + stream.at;
-        stream.at += file->slotSize;
-        *length = lengthIn(file, slot);
+    off_t at = static_cast<off_t>(offsetOf(file, record)), data = lseek(file->descriptor, at, SEEK_DATA);
+    if (data < 0) return errno == ENXIO ? 0 : record;
+    return data <= at ? record : (static_cast<uint64_t>(data) - storedHeaderSize) / file->slotSize + 1;
+}
+
+// The record at or behind `record`; its number, 0 for none. Its slot is in `file->slot`.
+uint64_t findForward(RelativeFile *file, uint64_t record, int64_t *length)
+{
+    bool fresh = file->alone || !file->locks.active;
+    while (record && record <= mostRecords) {
+        bool filled = false;
+        if (!inWindow(file, record) && !(filled = fillWindow(file, record, false))) return 0;
+        fresh |= filled;
+        for (; inWindow(file, record); ++record) {
+            *length = lengthIn(file, windowSlot(file, record));
+            if (*length >= 0) {
+                memcpy(file->slot, windowSlot(file, record), file->slotSize);
+                return record;
+            }
+            if (fresh) continue;
+            if (!fillWindow(file, record--, false)) return 0; // looks at this slot again
+            fresh = true;
+        }
+        record = beyondHole(file, record);
+    }
+    return 0;
+}
+
+uint64_t findBack(RelativeFile *file, uint64_t record, int64_t *length)
+{
+    bool fresh = file->alone || !file->locks.active;
+    for (; record; --record) {
+        if (record > mostRecords) record = mostRecords;
+        if (!inWindow(file, record) || (!fresh && lengthIn(file, windowSlot(file, record)) < 0)) {
+            fresh = true;
+            if (!fillWindow(file, record, true)) {
+                if (file->error) return 0;
+                record = slotCount(file) + 1; // beyond the end: on with the last slot
+                if (record == 1) return 0;
+                continue;
+            }
+        }
+        *length = lengthIn(file, windowSlot(file, record));
         if (*length < 0) continue;
-        memcpy(file->slot, slot, file->slotSize);
+        memcpy(file->slot, windowSlot(file, record), file->slotSize);
         return record;
     }
     return 0;
 }
 
-uint64_t findPrevious(RelativeFile *file, int64_t *length)
+uint64_t findFromPlace(RelativeFile *file, bool back, int64_t *length)
 {
-    uint64_t record = file->exact ? file->place : file->place ? file->place - 1 : 0;
-    for (; record; --record)
-        if ((*length = load(file, record)) >= 0) return record;
-    return 0;
+    if (back) return findBack(file, file->exact ? file->place : file->place ? file->place - 1 : 0, length);
+    return findForward(file, file->exact && file->place ? file->place : file->place + 1, length);
 }
 
 void finish(FCB *fcb, IPCB *element, uint8_t verb) { zvkFinishVerb(fcb, element, verb); }
+
+// Locks the record that a READ found, as the statement has it, and reads it anew where others write. False: it is gone. A refusal is in the status.
+bool takeRecord(FCB *fcb, RelativeFile *file, uint64_t record, uint32_t options, int64_t *length)
+{
+    if (!(file->locks.holding && file->locks.held == record)) file->locks.release();
+    if (!file->locks.forRead(fcb, record, options) || !file->locks.active) return true;
+    *length = load(file, record);
+    return *length >= 0;
+}
+
+uint64_t readNextRecord(FCB *fcb, RelativeFile *file, const FileRequest *request, int64_t *length)
+{
+    for (;;) {
+        uint64_t record = findFromPlace(file, request->options & ZVK_REQUEST_PREVIOUS, length);
+        if (record == 0) {
+            zvkSetStatus(fcb, 10, fs2AtEnd);
+            return 0;
+        }
+        if (request->relativeKeyLimit && record > request->relativeKeyLimit) {
+            zvkSetStatus(fcb, 14, fs2KeyItem);
+            return 0;
+        }
+        if (takeRecord(fcb, file, record, request->options, length) || file->error) return record;
+        file->place = record; // deleted in the meantime: on from there
+        file->exact = false;
+    }
+}
 
 void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
 {
@@ -110,28 +214,24 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
     bool random = !file->sequential && !(request->options & (ZVK_REQUEST_NEXT | ZVK_REQUEST_PREVIOUS));
     uint64_t record = 0;
     int64_t length = -1;
-    file->stream.error = 0;
+    file->error = 0;
     if (random) {
+        forgetWindow(file);
         record = request->relativeKey;
         length = load(file, record);
-        if (length < 0) record = 0;
-        if (!record) zvkSetStatus(fcb, 23, fs2NoRecord);
+        if (length < 0 || !takeRecord(fcb, file, record, request->options, &length)) zvkSetStatus(fcb, 23, fs2NoRecord);
     } else if (!(fcb->state & ZVK_FILE_POSITION_VALID)) {
         zvkSetStatus(fcb, 46, fs2NoPosition);
     } else {
-        record = request->options & ZVK_REQUEST_PREVIOUS ? findPrevious(file, &length) : findNext(fcb, file, &length);
-        if (!record) zvkSetStatus(fcb, 10, fs2AtEnd);
+        record = readNextRecord(fcb, file, request, &length);
     }
-    if (file->stream.error) failWithErrno(fcb, file->stream.error);
-    if (record && fcb->status < 10) {
-        if (!(file->locks.holding && file->locks.held == record)) file->locks.release();
-        // What was read before the lock may have changed since.
-        if (file->locks.forRead(fcb, record, request->options) && file->locks.active && (length = load(file, record)) < 0)
-            zvkSetStatus(fcb, random ? 23 : 10, fs2NoRecord);
-    }
+    if (file->error) failWithErrno(fcb, file->error);
     if (fcb->status > 9) {
         fcb->state &= ~ZVK_FILE_READ_VALID;
-        if (fcb->status != statusRecordLocked) fcb->state &= ~ZVK_FILE_POSITION_VALID;
+        if (fcb->status != statusRecordLocked) {
+            fcb->state &= ~ZVK_FILE_POSITION_VALID;
+            file->locks.release();
+        }
     } else {
         memcpy(recordOf(fcb, request), file->slot + word, static_cast<size_t>(length));
         file->place = file->lastRead = record;
@@ -156,6 +256,8 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
         zvkSetStatus(fcb, 44, fs2RecordLength);
     else if (record == 0 || record > mostRecords)
         zvkSetStatus(fcb, 24, fs2Boundary);
+    else if (request->relativeKeyLimit && record > request->relativeKeyLimit)
+        zvkSetStatus(fcb, 24, fs2KeyItem);
     else if (file->locks.forChange(fcb, record)) {
         if (!file->sequential && load(file, record) >= 0)
             zvkSetStatus(fcb, 22, fs2DuplicateKey);
@@ -167,7 +269,6 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
     }
     finish(fcb, element, ZVK_VERB_WRITE);
 }
-
 // REWRITE and DELETE: the record that they are about, or 0 with the status set.
 uint64_t recordToChange(FCB *fcb, RelativeFile *file, const FileRequest *request)
 {
@@ -209,8 +310,8 @@ void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
         uint32_t none = 0;
         if (load(file, record) < 0)
             zvkSetStatus(fcb, 23, fs2NoRecord);
-        else if (int error = writeAll(file->stream.descriptor, true, &none, word, offsetOf(file, record)))
-            failWithErrno(fcb, error);
+        else
+            put(fcb, file, record, reinterpret_cast<const uint8_t *>(&none), word);
         file->locks.release();
     }
     finish(fcb, element, ZVK_VERB_DELETE);
@@ -222,36 +323,35 @@ void startAt(FCB *fcb, IPCB *element, FileRequest *request)
     fcb->currentVerb = ZVK_VERB_START;
     zvkSetStatus(fcb, 0, fs2None);
     file->locks.release();
-    uint64_t key = request->relativeKey, last = slotCount(file), found = 0;
-    uint64_t from = 0, step = 1;
+    file->error = 0;
+    forgetWindow(file);
+    uint64_t key = request->relativeKey, found = 0;
+    int64_t length;
     switch (request->relation) {
     case ZVK_RELATION_EQUAL:
         found = load(file, key) >= 0 ? key : 0;
         break;
     case ZVK_RELATION_GREATER:
-        from = key + 1;
+        found = key < mostRecords ? findForward(file, key + 1, &length) : 0;
         break;
     case ZVK_RELATION_NOT_LESS:
-        from = key ? key : 1;
+        found = findForward(file, key ? key : 1, &length);
         break;
     case ZVK_RELATION_FIRST:
-        from = 1;
+        found = findForward(file, 1, &length);
         break;
     case ZVK_RELATION_LESS:
-        from = key && key - 1 < last ? key - 1 : last, step = ~uint64_t(0);
+        found = key ? findBack(file, key - 1, &length) : 0;
         break;
     case ZVK_RELATION_NOT_GREATER:
-        from = key < last ? key : last, step = ~uint64_t(0);
+        found = findBack(file, key, &length);
         break;
     case ZVK_RELATION_LAST:
-        from = last, step = ~uint64_t(0);
+        found = findBack(file, mostRecords, &length);
         break;
     default:
         break;
     }
-    if ((request->relation == ZVK_RELATION_LESS) && key == 0) from = 0;
-    for (uint64_t record = from; !found && record && record <= last; record += step)
-        if (load(file, record) >= 0) found = record;
     if (found) {
         file->place = found;
         file->exact = true;
@@ -259,6 +359,7 @@ void startAt(FCB *fcb, IPCB *element, FileRequest *request)
     } else {
         fcb->state &= ~ZVK_FILE_POSITION_VALID;
         zvkSetStatus(fcb, 23, fs2NoRecord);
+        if (file->error) failWithErrno(fcb, file->error);
     }
     fcb->state &= ~ZVK_FILE_READ_VALID;
     finish(fcb, element, ZVK_VERB_START);
@@ -277,7 +378,7 @@ void closeFile(FCB *fcb, IPCB *element)
     RelativeFile *file = fileOf(fcb);
     fcb->currentVerb = ZVK_VERB_CLOSE;
     zvkSetStatus(fcb, 0, fs2None);
-    if (close(file->stream.descriptor) != 0 && errno != EINTR) failWithErrno(fcb, errno);
+    if (close(file->descriptor) != 0 && errno != EINTR) failWithErrno(fcb, errno);
     _zvkGenericClose(fcb, element, 0);
 }
 
@@ -288,25 +389,24 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     RelativeFile *file = newState<RelativeFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
     size_t slotSize = size_t(word) + format.longest;
-    size_t capacity = 65536 > 2 * slotSize ? 65536 : 2 * slotSize;
-    fcb->moduleBuffer2 = malloc(capacity + slotSize);
+    size_t most = windowSize / slotSize ? windowSize / slotSize : 1;
+    fcb->moduleBuffer2 = malloc((most + 1) * slotSize);
     if (!file || !fcb->moduleBuffer2) {
         fail(fcb, 34, fs2Storage);
         close(opened.descriptor);
         return dropBuffers(fcb);
     }
-    file->stream.descriptor = opened.descriptor;
-    file->stream.seekable = true;
-    file->stream.buffer = static_cast<uint8_t *>(fcb->moduleBuffer2);
-    file->stream.capacity = capacity;
-    file->slot = file->stream.buffer + capacity;
+    file->descriptor = opened.descriptor;
+    file->window = static_cast<uint8_t *>(fcb->moduleBuffer2);
+    file->windowMost = most;
+    file->slot = file->window + most * slotSize;
+    file->alone = opened.held.noWriters;
     file->format = format;
     file->slotSize = slotSize;
     file->sequential = fib->accessMode & 0x80;
     file->locks.start(fcb, fib, opened.descriptor);
-    if (fcb->requestedMode & ZVK_OPEN_EXTEND)
-        for (file->place = slotCount(file); file->place && load(file, file->place) < 0; --file->place) {
-        }
+    int64_t length;
+    if (fcb->requestedMode & ZVK_OPEN_EXTEND) file->place = findBack(file, slotCount(file), &length);
     bool input = fcb->requestedMode & ZVK_OPEN_INPUT, io = fcb->requestedMode & ZVK_OPEN_IO;
     if (input || io) fcb->read = readRecord, fcb->start = startAt;
     if (!input && !(io && file->sequential)) fcb->write = writeRecord;

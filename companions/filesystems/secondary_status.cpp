@@ -32,6 +32,7 @@ static const char *const texts[fs2Last - fs2AtEnd] = {
     "no space left for the file",
     "record holds a line end",
     "key too long",
+    "record number larger than the RELATIVE KEY item",
 };
 
 static const char *textOf(void *, uint32_t fs2, int32_t, int32_t)

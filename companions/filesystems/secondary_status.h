@@ -40,6 +40,7 @@ enum Secondary : uint32_t {
     fs2Full,
     fs2Control,
     fs2KeyLength,
+    fs2KeyItem,
     fs2Last,
     fs2System = 1000
 };

@@ -206,13 +206,18 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
     return true;
 }
 
+// I-O changes records in place without locks on them, and EXTEND keeps its place in the file: neither admits another writer.
+inline SharePolicy sequentialSharing(const FCB *fcb)
+{
+    if (fcb->requestedMode & ZVK_OPEN_INPUT) return {shareAllOther, shareAllOther};
+    return {fcb->requestedMode & ZVK_OPEN_IO ? shareReadOnly : shareNoOther, shareReadOnly};
+}
+
 template <class Format>
 void openSequential(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
-    // I-O changes records in place without locks on them, so it admits no other writer.
-    ShareMode share = fcb->requestedMode & ZVK_OPEN_INPUT ? shareAllOther : fcb->requestedMode & ZVK_OPEN_IO ? shareReadOnly : shareNoOther;
-    Opened opened = openByRules(fcb, fib, share, Format::devices, false);
+    Opened opened = openByRules(fcb, fib, sequentialSharing(fcb), Format::devices, false);
     if (opened.descriptor >= 0) startSequential<Format>(fcb, fib, opened, 0);
 }
 

@@ -9,7 +9,7 @@
 namespace filesystems {
 
 static constexpr off_t firstRecordLock = off_t(1) << 60;
-static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2;
+static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3, making = present + 4;
 
 static int setLock(int descriptor, short type, off_t start, off_t length = 1)
 {
@@ -31,36 +31,65 @@ static bool othersHold(int descriptor, off_t start)
     return fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-// A descriptor that cannot write can take no exclusive lock; a reader that shares with nobody looks instead, after its own shared lock.
-static int takeExclusively(int descriptor, bool canWrite, off_t start)
-{
-    if (canWrite) return setLock(descriptor, F_WRLCK, start);
-    int error = setLock(descriptor, F_RDLCK, start);
-    return error ? error : othersHold(descriptor, start) ? EAGAIN : 0;
-}
-
 static int takeShared(int descriptor, off_t start) { return setLock(descriptor, F_RDLCK, start); }
 
-bool takeFile(FCB *fcb, const FIB *fib, int descriptor, ShareMode byDefault)
+static int takePresence(int descriptor, bool alone, bool writes)
+{
+    if (alone && writes) return setLock(descriptor, F_WRLCK, present);
+    int error = takeShared(descriptor, present);
+    if (!error && alone) {
+        error = takeShared(descriptor, loners);
+        if (!error && othersHold(descriptor, present)) error = EAGAIN;
+    }
+    return !error && othersHold(descriptor, loners) ? EAGAIN : error;
+}
+
+static int takeWriting(int descriptor, ShareMode share)
+{
+    int error = share == shareAllOther ? takeShared(descriptor, writers) : setLock(descriptor, F_WRLCK, writers);
+    return !error && othersHold(descriptor, deniers) ? EAGAIN : error;
+}
+
+static int takeDenying(int descriptor)
+{
+    int error = takeShared(descriptor, deniers);
+    return !error && othersHold(descriptor, writers) ? EAGAIN : error;
+}
+
+bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held)
 {
     ShareMode share = fib->sharing ? static_cast<ShareMode>(fib->shareMode & ZVK_FILE_SHARE_MASK) : shareDefault;
-    if (share == shareDefault) share = byDefault;
+    if (share == shareDefault) share = policy.byDefault;
     if (fib->sharing && (fib->lockMode & 7) == lockExclusive) share = shareNoOther;
+    if (share < policy.freest) share = policy.freest;
     if (fcb->requestedMode & ZVK_OPEN_OUTPUT) share = shareNoOther; // what is being replaced is nobody else's
 
     bool writes = fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_IO | ZVK_OPEN_EXTEND);
-    int error = share == shareNoOther ? takeExclusively(descriptor, writes, present) : takeShared(descriptor, present);
-    if (!error && writes) {
-        error = share == shareReadOnly ? takeExclusively(descriptor, true, writers) : takeShared(descriptor, writers);
-        if (!error && othersHold(descriptor, deniers)) error = EAGAIN;
-    } else if (!error && share == shareReadOnly) {
-        error = takeShared(descriptor, deniers);
-        if (!error && othersHold(descriptor, writers)) error = EAGAIN;
-    }
+    int error = takePresence(descriptor, share == shareNoOther, writes);
+    if (!error && writes)
+        error = takeWriting(descriptor, share);
+    else if (!error && share == shareReadOnly)
+        error = takeDenying(descriptor);
+    *held = {!error && share == shareNoOther, !error && share != shareAllOther};
     if (!error || error == EINVAL || error == EOPNOTSUPP || error == ENOLCK) return true; // a file system without locks
     if (error == EAGAIN || error == EACCES) return fail(fcb, statusFileInUse, fs2InUse);
     return failWithErrno(fcb, error);
 }
+
+bool denyWriters(int descriptor) { return takeDenying(descriptor) == 0; }
+
+void beginMaking(int descriptor)
+{
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = making;
+    lock.l_len = 1;
+    while (fcntl(descriptor, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
+    }
+}
+
+void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, making); }
 
 static off_t lockOf(uint64_t record) { return firstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1)); }
 

@@ -5,8 +5,9 @@
 // status 94 at OPEN (file in use) or 99 at a verb (record locked).
 //
 // Three bytes say who has the file open. `present` is locked shared by every open, exclusively by one that shares with nobody. `writers` is locked
-// shared by every open that writes, exclusively by one that admits no other writer. A reader that admits no writer locks `deniers` shared. Each
-// takes its locks first and looks for the other side's afterwards: of two at the same moment at least one sees the other.
+// shared by every open that writes, exclusively by one that admits no other writer. A reader's descriptor can take shared locks only: one that admits no
+// writer locks `deniers`, one that admits nobody `loners`. Each takes its locks first and looks for the other side's afterwards: of two at the same moment at
+// least one sees the other.
 #ifndef COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
 #define COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
 
@@ -21,8 +22,27 @@ enum ShareMode : uint8_t { shareDefault = 0, shareAllOther = 1, shareReadOnly = 
 // `FIB.lockMode`, its lowest three bits.
 enum LockMode : uint8_t { lockDefault = 0, lockManual = 1, lockAutomatic = 2, lockExclusive = 3 };
 
+// How an open shares: what it has without a SHARE clause, and the freest that a clause may give it.
+struct SharePolicy {
+    ShareMode byDefault;
+    ShareMode freest;
+};
+
+// What is certain while the file is open.
+struct ShareHeld {
+    bool alone;     // nobody else has it open
+    bool noWriters; // nobody else writes it
+};
+
 // Takes the file for an open in this mode. False: in use, or an error; the status is set.
-bool takeFile(FCB *fcb, const FIB *fib, int descriptor, ShareMode byDefault);
+bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held);
+
+// A reader admits no writer from now on, whatever it said; false if there is one, or no lock can be had.
+bool denyWriters(int descriptor);
+
+// One program makes the content of an empty file, others wait that long. Not for OUTPUT, which is alone.
+void beginMaking(int descriptor);
+void endMaking(int descriptor);
 
 enum class Taken { yes, locked, failed };
 

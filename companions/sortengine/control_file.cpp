@@ -7,6 +7,7 @@
 #include "control_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -62,9 +63,9 @@ struct Name {
 };
 constexpr Name kNames[] = {{"MEMORY", parseMemory}, {"WORKDIR", parseWorkDirectory}, {"STATISTICS", parseStatistics}};
 
-bool parseLine(char *line, SortSettings *settings)
+bool parseLine(char *line, size_t length, SortSettings *settings)
 {
-    size_t length = strlen(line);
+    if (memchr(line, 0, length)) return false;
     while (length && strchr(" \t\r\n", line[length - 1])) line[--length] = 0;
     while (*line == ' ' || *line == '\t') line++;
     if (!*line || *line == '*' || *line == '#') return true;
@@ -74,6 +75,17 @@ bool parseLine(char *line, SortSettings *settings)
     for (const Name &name : kNames)
         if (strcasecmp(line, name.name) == 0) return name.parse(equals + 1, settings);
     return false;
+}
+
+bool parseFile(FILE *file, SortSettings *settings)
+{
+    char *line = nullptr;
+    size_t room = 0;
+    ssize_t length;
+    bool good = true;
+    while (good && (length = getline(&line, &room, file)) > 0) good = parseLine(line, static_cast<size_t>(length), settings);
+    free(line);
+    return good && !ferror(file);
 }
 
 // An eighth of the machine's memory, but no more than half of what is free now.
@@ -92,10 +104,10 @@ bool readSettings(SortSettings *settings, const char *controlFile, const SortEig
     settings->memory = eighth.memory;
     snprintf(settings->workDirectory, sizeof settings->workDirectory, "%s", tempDirectory && *tempDirectory ? tempDirectory : ".");
     bool good = true;
-    if (FILE *file = controlFile && *controlFile ? fopen(controlFile, "re") : nullptr) {
-        char line[1200];
-        while (good && fgets(line, sizeof line, file)) good = parseLine(line, settings);
-        fclose(file);
+    if (controlFile && *controlFile) {
+        FILE *file = fopen(controlFile, "re");
+        good = file ? parseFile(file, settings) : errno == ENOENT || errno == ENOTDIR;
+        if (file) fclose(file);
     }
     if (!settings->memory) settings->memory = sensibleMemory();
     return good;

@@ -27,7 +27,7 @@ struct KeyHead {
     const uint8_t *tail;
 };
 
-// 0 or the error number of an invalid list.
+// 0 or the error number of an invalid list. The plan has list and table where they are.
 uint32_t makeKeyPlan(KeyPlan *plan, const SortKeyList *list, const uint8_t *collating);
 
 // Where the tail of a plain key lies; the record without length word.

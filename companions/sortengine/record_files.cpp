@@ -8,6 +8,8 @@
 
 #include "record_io.h"
 
+static constexpr uint16_t kStatusCut = 4; // READ: the file's record is longer than its area and was cut
+
 static bool abandoned(const Sort *sort) { return sort->error == ZVK_SORT_EABANDONED; }
 
 bool openFile(Sort *sort, FCB *fcb, uint16_t mode, uint32_t error)
@@ -47,6 +49,7 @@ bool readFile(Sort *sort, FCB *fcb, uint8_t *record, uint32_t *bytes)
     *bytes = 0;
     if (fcb->status == 10) return true;
     if (fcb->status > 9) return fail(sort, ZVK_SORT_EREAD);
+    if (fcb->status == kStatusCut) return fail(sort, ZVK_SORT_ELONG);
     uint32_t length = cutBlanks(fcb->record, request.recordLength, layout.recordLength);
     if (length > layout.recordLength) return fail(sort, ZVK_SORT_ELONG);
     if (layout.variable) {
@@ -97,18 +100,27 @@ bool openFileSource(Sort *sort, Source *source, FCB *fcb)
 
 // ---- GIVING
 
-bool writeFile(Sort *sort, FCB *fcb, const uint8_t *data, uint32_t length)
+// Bytes that a record has in the file at least, filled with blanks: all of them in a fixed file and in one of nothing but records' bytes.
+static uint32_t leastBytes(const FCB *fcb, uint32_t most)
+{
+    constexpr uint8_t kBinaryFiles = 7;
+    if (!fcb->fib) return 0;
+    return fcb->code == kBinaryFiles || fcb->fib->minRecord == most ? most : 0;
+}
+
+bool writeFile(Sort *sort, FCB *fcb, const uint8_t *data, uint32_t length, uint64_t number)
 {
     uint32_t most = fcb->fib && fcb->fib->maxRecord ? fcb->fib->maxRecord : fcb->maxRecord;
     if (most) length = cutBlanks(data, length, most);
     if (most && length > most) return fail(sort, ZVK_SORT_ELONG);
     memcpy(fcb->record, data, length);
-    if (fcb->fib && fcb->fib->minRecord == most && length < most && fcb->fib->organization != ZVK_FILE_LINE_SEQUENTIAL) {
-        memset(fcb->record + length, ' ', most - length);
-        length = most;
+    if (uint32_t least = leastBytes(fcb, most); length < least) {
+        memset(fcb->record + length, ' ', least - length);
+        length = least;
     }
     FileRequest request{};
     request.recordLength = length;
+    request.relativeKey = number; // a relative file that is accessed by number gets them in order, too
     fcb->write(fcb, sort->element, &request);
     if (abandoned(sort)) return false;
     return fcb->status <= 9 || fail(sort, ZVK_SORT_EWRITE);

@@ -48,6 +48,7 @@ bool addRun(Sort *sort, SortRun run)
         sort->runRoom = room;
     }
     sort->runs[sort->runCount++] = run;
+    sort->runsWritten++;
     return true;
 }
 

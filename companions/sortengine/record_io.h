@@ -12,7 +12,8 @@ bool closeFile(Sort *sort, FCB *fcb, uint32_t error);
 // The next record in release form at `record`, which has room for recordLength bytes and a length word; `*bytes` is 0 at the end.
 bool readFile(Sort *sort, FCB *fcb, uint8_t *record, uint32_t *bytes);
 
-bool writeFile(Sort *sort, FCB *fcb, const uint8_t *data, uint32_t length);
+// `number` counts the records from 1.
+bool writeFile(Sort *sort, FCB *fcb, const uint8_t *data, uint32_t length, uint64_t number);
 
 // MERGE: a USING file as a source.
 bool openFileSource(Sort *sort, Source *source, FCB *fcb);
@@ -29,7 +30,7 @@ struct Output {
     const SortIoRecord *to;
     OutputBuffer buffers[2]; // one is filled while the other is written
     uint32_t current;
-    uint64_t bytes; // put so far
+    uint64_t bytes, records; // put so far
     uint32_t openFiles;
     bool madeFile; // the spill file at the path is ours
 };

@@ -64,9 +64,10 @@ bool putRecord(Sort *sort, Output *output, const uint8_t *record, uint32_t bytes
 {
     const SortIoRecord *to = output->to;
     if (to->count) {
+        output->records++;
         uint32_t head = sort->layout.variable ? kLengthWord : 0;
         for (uint32_t i = 0; i < to->count; i++)
-            if (!writeFile(sort, to->files[i], record + head, bytes - head)) return false;
+            if (!writeFile(sort, to->files[i], record + head, bytes - head, output->records)) return false;
         return true;
     }
     if (!to->path) {

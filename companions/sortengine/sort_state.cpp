@@ -11,6 +11,7 @@ struct MemoryBlock {
 };
 
 static thread_local Sort *innermost;
+static thread_local Sort *abandoned;
 
 void openSort(Sort *sort)
 {
@@ -32,11 +33,17 @@ static void freeAll(Sort *sort)
     }
 }
 
+static void takeOut(Sort **list, const Sort *sort)
+{
+    while (*list && *list != sort) list = &(*list)->outer;
+    if (*list) *list = sort->outer;
+}
+
 void closeSort(Sort *sort)
 {
-    if (sort->error == ZVK_SORT_EABANDONED) return;
+    if (sort->error == ZVK_SORT_EABANDONED) return takeOut(&abandoned, sort);
     freeAll(sort);
-    innermost = sort->outer;
+    takeOut(&innermost, sort);
 }
 
 void abandonSorts()
@@ -45,6 +52,8 @@ void abandonSorts()
         innermost = sort->outer;
         freeAll(sort);
         sort->error = ZVK_SORT_EABANDONED;
+        sort->outer = abandoned;
+        abandoned = sort;
     }
 }
 

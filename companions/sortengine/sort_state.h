@@ -2,7 +2,8 @@
 //
 // Everything it owns hangs on this record, so that both its end and an operation 11 from within (a file's routine ended the run unit) can free
 // it with one call. After that `error` is ZVK_SORT_EABANDONED and the code on the way back touches nothing any more: whoever has called a
-// file's routine looks at `error` first.
+// file's routine looks at `error` first. The routine may also jump out of the engine, past all of its frames, and operation 11 comes later. So the
+// record is not on the stack, and what the worker looks at, keys and collating table too, belongs to it.
 #pragma once
 
 #include "merge.h"
@@ -22,7 +23,7 @@ struct SortRun { // a sorted stretch of the work file
 struct MemoryBlock;
 
 struct Sort {
-    Sort *outer; // a sort that this one was started inside of, in the same thread
+    Sort *outer; // a sort that this one was started inside of, in the same thread, or that was abandoned before it
     uint32_t error;
     RecordLayout layout;
     KeyPlan plan;
@@ -43,6 +44,7 @@ struct Sort {
     RunJob runJob; // writes the oldest segments out
     SortRun *runs;
     uint32_t runCount, runRoom;
+    uint32_t runsWritten, passes; // for the statistics: runs made from segments, merges before the last one
 
     int inputFd, outputFd;
     MemoryBlock *blocks;
@@ -52,7 +54,7 @@ struct Sort {
 // Makes this thread's sort; it is what an operation 11 finds.
 void openSort(Sort *sort);
 void closeSort(Sort *sort);
-// Operation 11: frees all sorts of this thread.
+// Operation 11: frees all that the sorts of this thread have, but not their records: the frames that made them may still come back.
 void abandonSorts();
 
 // Storage that goes with the sort; null with `error` set.

@@ -1,6 +1,7 @@
 // The work file; see work_file.h.
 #include "work_file.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -149,4 +150,74 @@ bool openRunSource(Sort *sort, Source *source, uint64_t start, uint64_t end, uin
     source->bufferSize = bufferSize;
     source->advance = advanceRun;
     return advanceRun(sort, source);
+}
+
+namespace {
+
+struct Reduction {
+    RunJob run;
+    RunWriter writer;
+    Source *sources;
+    uint32_t *losers;
+    uint8_t *buffers;
+    uint64_t bufferSize;
+};
+
+bool mergeRuns(Sort *sort, Reduction *reduction, const SortRun *runs, uint32_t count, SortRun *merged)
+{
+    *merged = {sort->work.size, sort->work.size};
+    for (uint32_t i = 0; i < count; i++) {
+        merged->end += runs[i].end - runs[i].start;
+        if (!openRunSource(sort, &reduction->sources[i], runs[i].start, runs[i].end, reduction->buffers + i * reduction->bufferSize,
+                           reduction->bufferSize))
+            return false;
+    }
+    RunWriter *writer = &reduction->writer;
+    reduction->run.offset = merged->start;
+    MergeTree tree;
+    plantTree(&tree, &sort->plan, reduction->sources, count, reduction->losers);
+    while (!winner(tree)->done && writer->good) {
+        putItem(writer, winner(tree));
+        if (!winner(tree)->advance(sort, winner(tree))) return false;
+        replay(&tree);
+    }
+    flushRun(writer);
+    if (!writer->good) return fail(sort, ZVK_SORT_EWORK);
+    sort->work.size = merged->end;
+    // Gives their space back, where the file system can.
+    for (uint32_t i = 0; i < count; i++)
+        (void)fallocate(sort->work.fd, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(runs[i].start),
+                        static_cast<off_t>(runs[i].end - runs[i].start));
+    return true;
+}
+
+} // namespace
+
+bool reduceRuns(Sort *sort, uint32_t most, uint64_t bufferSize)
+{
+    if (sort->runCount <= most) return true;
+    Reduction reduction{};
+    reduction.run.plan = &sort->plan;
+    reduction.run.fd = sort->work.fd;
+    reduction.run.bufferBytes = std::max<uint64_t>(1u << 20, bufferSize);
+    reduction.writer = {&reduction.run, static_cast<uint8_t *>(take(sort, reduction.run.bufferBytes)), 0, true};
+    reduction.sources = static_cast<Source *>(take(sort, most * sizeof(Source)));
+    reduction.losers = static_cast<uint32_t *>(take(sort, most * sizeof(uint32_t)));
+    reduction.buffers = static_cast<uint8_t *>(take(sort, most * bufferSize));
+    reduction.bufferSize = bufferSize;
+    if (sort->error) return false;
+    while (sort->runCount > most) {
+        uint32_t excess = sort->runCount - most, out = 0;
+        for (uint32_t i = 0; i < sort->runCount;) {
+            uint32_t count = std::min({most, excess + 1, sort->runCount - i});
+            SortRun merged = sort->runs[i];
+            if (count > 1 && !mergeRuns(sort, &reduction, &sort->runs[i], count, &merged)) return false;
+            sort->runs[out++] = merged;
+            excess -= count - 1;
+            i += count;
+        }
+        sort->runCount = out;
+        sort->passes++;
+    }
+    return true;
 }

@@ -69,7 +69,7 @@ enum {
     ZVK_REQUEST_PREVIOUS = 0x0002,    /**< READ PREVIOUS */
     ZVK_REQUEST_KEY = 0x0004,         /**< READ by `key`, DELETE or REWRITE by the record's own key: random access */
     ZVK_REQUEST_LOCK = 0x0010,        /**< WITH LOCK */
-    ZVK_REQUEST_NO_LOCK = 0x0020,     /**< WITH NO LOCK */
+    ZVK_REQUEST_NO_LOCK = 0x0020,     /**< WITH NO LOCK: takes none, heeds those of others */
     ZVK_REQUEST_IGNORE_LOCK = 0x0040, /**< IGNORING LOCK */
     ZVK_REQUEST_BEFORE = 0x0100,      /**< WRITE BEFORE ADVANCING: the record, then the lines */
     ZVK_REQUEST_AFTER = 0x0200,       /**< WRITE AFTER ADVANCING: the lines, then the record */
@@ -100,10 +100,13 @@ typedef struct FileRequest {
     int32_t advance;       /**< WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE; without BEFORE and AFTER one line follows the record */
     uint64_t relativeKey;  /**< relative file: record number, from 1; result of a sequential READ or WRITE */
     uint8_t *into;         /**< null: the record is `fcb->record`; otherwise the record is here */
-    uint64_t reserved;
+    /** relative file: the largest number that the RELATIVE KEY item holds (999 for PIC 9(3)), 0 without such an item. A sequential READ that finds a larger one
+     *  gives status 14, a WRITE status 24. */
+    uint64_t relativeKeyLimit;
 } FileRequest;
 ZVK_AT(FileRequest, recordLength, 16);
 ZVK_AT(FileRequest, relativeKey, 24);
+ZVK_AT(FileRequest, relativeKeyLimit, 40);
 ZVK_STATIC_ASSERT(sizeof(FileRequest) == 48, "FileRequest");
 
 /** A module's text for a secondary status: `text(fcb->moduleBuffer, fs2, 0, 1)`; null for none. */

@@ -182,7 +182,7 @@ enum {
     ZVK_SORT_EWRITE = 7,      /**< a GIVING file or the result's spill file could not be written or closed: the disk is full */
     ZVK_SORT_EWORK = 8,       /**< a work file could not be made, written or read: the work directory's disk is full */
     ZVK_SORT_ESTORAGE = 9,    /**< no storage */
-    ZVK_SORT_ECONTROL = 10,   /**< the SORT-CONTROL file has a line that makes no sense */
+    ZVK_SORT_ECONTROL = 10,   /**< the SORT-CONTROL file has a line that makes no sense, or cannot be read */
     ZVK_SORT_EORDER = 11,     /**< MERGE: a USING file is not in order */
     ZVK_SORT_ELONG = 12,      /**< a record is longer than a GIVING file's, or than the sort's */
     ZVK_SORT_EABANDONED = 13, /**< the run unit ended during the sort */

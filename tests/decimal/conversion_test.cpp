@@ -243,6 +243,39 @@ KVR2_PIECE(ebcdic_letters)
     is(_zvkcBCD_CONV_ZndTO_To_Pckd, "12L", 3, 3, {0x12, 0x3D});
 }
 
+// The letter step of the EBCDIC convention in all cells, from native items and from items whose sign is a letter already.
+Bytes expectedLetters(Form from, Form to, Number number, const Bytes &source, bool letterSource, size_t dn)
+{
+    bool packs = from == LO && to == Packed && source.size() > 1;
+    if (packs && source[0] == 'P') number.digits[0] = '0'; // -7, but with a low nibble of 0, which counts as a leading zero there
+    Number result{fitted(number.digits, dn), number.negative && to != US};
+    if (isZero(from == Packed ? number.digits : result.digits)) result.negative = false;
+    Bytes item = bytesOf(to, result);
+    if ((to != TO && to != LO) || from == US) return item;
+    uint8_t &sign = to == TO ? item.back() : item.front();
+    bool minus = from == TS || from == LS ? number.negative : result.negative; // a separate sign counts as it stands, also on a zero
+    sign = bytesOf(TO, {string(1, static_cast<char>('0' | (sign & 15))), minus}, true)[0];
+    if (letterSource) sign = from == TO ? source.back() : source.front(); // digit and all
+    return item;
+}
+
+KVR2_PIECE(ebcdic_matrix)
+{
+    for (int round = 0; round < 40000; round++) {
+        auto from = static_cast<Form>(randomBelow(Forms)), to = static_cast<Form>(randomBelow(Forms));
+        int sn = static_cast<int>(1 + randomBelow(24)), dn = static_cast<int>(1 + randomBelow(24));
+        Number number{randomDigits(sn), randomBelow(2) == 1 && from != US};
+        bool letters = (from == TO || from == LO) && randomBelow(2);
+        Bytes source = bytesOf(from, number, letters), wanted = expectedLetters(from, to, number, source, letters, static_cast<size_t>(dn));
+        if (from == Packed && to == Packed) continue;
+        Bytes got(wanted.size(), 0xEE);
+        kCells[from][to](source.data(), got.data(), dn, sn);
+        if (got == wanted) continue;
+        printf("%d to %d of %s into %d: %s, not %s", from, to, hex(source).c_str(), dn, hex(got).c_str(), hex(wanted).c_str());
+        return;
+    }
+}
+
 KVR2_PIECE(mode_bits)
 {
     auto is = [](Convert entry, const string &source, int sn, int dn, const string &wanted) {
@@ -270,6 +303,7 @@ KVR2_PIECE(mode_bits)
 TEST(Conversion, Modes)
 {
     EXPECT_EQ(runPiece("ebcdic_letters", {.env = {{"COBOL_BCD_EBCDIC", "1"}}}).out, "");
+    EXPECT_EQ(runPiece("ebcdic_matrix", {.env = {{"COBOL_BCD_EBCDIC", "1"}}}).out, "");
     for (const char *bits : {"2", "4", "8", "12"})
         EXPECT_EQ(runPiece("mode_bits", {.env = {{"COBOL_BCD_NOVALIDATE", bits}}}).out, "") << bits;
 }

@@ -200,6 +200,20 @@ TEST(PackedProduct, BeyondTheWorkAreaComesThePreviousProduct)
     EXPECT_EQ(hex(shortDst), hex(packedItem(reference::cut(reference::multiply(std::string(33, '1'), std::string(32, '2')), 31), 0x0D)));
 }
 
+TEST(ZonedProduct, BeyondTheWorkAreaComesThePreviousProduct)
+{
+    Bytes a = zonedItem(std::string(64, '1'), true), b = zonedItem(std::string(63, '2'), false), dst(63);
+    uint8_t twelve[] = {'1', '2'};
+    Bytes seven = zonedItem(reference::cut("7", 61), false);
+    _zvkcBCD_MPY_Znd(twelve, seven.data(), dst.data(), 63, 61, 2); // 84
+    _zvkcBCD_MPY_Znd(a.data(), b.data(), dst.data(), 63, 62, 64);  // 126 digits together are computed
+    EXPECT_EQ(hex(dst), hex(zonedItem(reference::cut(reference::multiply(std::string(64, '1'), std::string(62, '2')), 63), true)));
+    Bytes wide(64);
+    _zvkcBCD_MPY_Znd(twelve, seven.data(), wide.data(), 64, 61, 2);
+    _zvkcBCD_MPY_Znd(a.data(), b.data(), wide.data(), 64, 63, 64); // 127 are not
+    EXPECT_EQ(hex(wide), hex(zonedItem(reference::cut("84", 64), true)));
+}
+
 TEST(ZonedProduct, DoesNotDecodeLetters)
 {
     uint8_t letter[] = {'1', 'J'}, two[] = {'2'}, dst[4]; // "J" is -1 elsewhere and has the low nibble 10 here

@@ -289,4 +289,30 @@ TEST(Generations, AFullCatalogueRefusesTheNextOne)
     EXPECT_EQ(readFile(group.catalogue()).size(), 4096u);
 }
 
+TEST(Generations, RebuildFindsWhatIsThereOldestFirst)
+{
+    Group group(3, 0, ZVK_GDG_SCRATCH);
+    for (int number : {4, 1, 6, 2, 5, 3}) writeFile(group.file(number), "x");
+    ASSERT_EQ(GDG_Rebuild(group.base.data(), "sys"), 0);
+    EXPECT_EQ(group.word(kEntries), 3u);
+    for (int number = 1; number <= 6; number++) EXPECT_EQ(group.has(number), number > 3) << number;
+    EXPECT_EQ(group.ask("(0)"), "1 .g0006v00");
+}
+
+// A name whose catalogue has no place must not be looked for in the catalogue of the name before.
+TEST(Generations, ANameWithoutAPlaceIsNoGroup)
+{
+    ChildRun run = runChild([] {
+        unsetenv("HOME");
+        unsetenv("gdg_home");
+        Group group;
+        group.grow();
+        char *name = nullptr;
+        REQUIRE(GDS_Name("/elsewhere/other(0)", &name, 0, "ora") == 0 && !name);
+        REQUIRE(GDS_Name((group.directory.path() + "/" + string(254, 'n') + "(0)").c_str(), &name, 0, "sys") == 0 && !name);
+        REQUIRE(group.ask("(0)") == "1 .g0001v00");
+    });
+    EXPECT_GOOD(run);
+}
+
 } // namespace

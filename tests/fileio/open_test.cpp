@@ -3,6 +3,7 @@
 // shared or whose differences pass.
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -144,6 +145,8 @@ TEST_F(Opening, NamesAndPrefixes)
     EXPECT_EQ(openIt("yes-data"), "open stl 'yes-data' 8000; 00close yes-data; 00") << "no prefix by the letters behind y";
     EXPECT_EQ(openIt("hdk-data"), " 96");
     EXPECT_EQ(openIt("   "), " 95");
+    EXPECT_EQ(openIt("stl-   "), " 95") << "a prefix, and no name behind it";
+    EXPECT_EQ(openIt("stl-"), "open stl 'stl-' 8000; 00close stl-; 00") << "the dash is the last character";
     EXPECT_EQ(openIt("."), " 93") << "a directory cannot be read";
     EXPECT_EQ(openIt("$TEST_WORDS", {{"TEST_WORDS", "a b"}}), " 95");
     EXPECT_EQ(openIt("$TEST_WORDS", {{"TEST_WORDS", "one"}}), "open stl 'one' 8000; 00close one; 00");
@@ -155,6 +158,9 @@ TEST_F(Opening, NamesAndPrefixes)
     EXPECT_EQ(openIt("DD", {{"TEST_ATTRIBUTES", "32"}, {"DD", ""}}), "open stl 'DD' 8000; 00close DD; 00");
     ASSERT_EQ(mkfifo(directory.file("fifo").c_str(), 0600), 0);
     EXPECT_EQ(openIt("fifo"), "open stl 'fifo' 8000; 00close fifo; 00") << "no wait for a writer";
+    int writer = open(directory.file("fifo").c_str(), O_RDWR);
+    EXPECT_EQ(openIt("fifo"), "open stl 'fifo' 8000; 00close fifo; 00") << "nor for what a writer has not written yet";
+    close(writer);
 }
 
 TEST_F(Opening, ConcatenationsAndGenerations)
@@ -268,6 +274,28 @@ TEST(FileVerbs, UseProceduresAndTheEndWithoutThem)
     EXPECT_LT(run.err.find("silent\n"), run.err.find("ZVK200S  READ of file DATA-FILE failed with file status 47."));
 }
 
+// The texts of a library's own failures are variants of message 201; a variant without a text says nothing.
+TEST(FileVerbs, TextsOfMessage200)
+{
+    for (auto [variant, text] :
+         {std::pair{51u, "47. No file system could be found or loaded for the file."}, {60u, "47.\n"}, {0u, "47.\n"}}) {
+        ChildRun run = runChild([variant = variant] {
+            File &file = File::make("BLIND", "x");
+            file.fib.statusBase = nullptr;
+            file.fib.feedbackBase = nullptr;
+            file.start();
+            file.fcb->status = 47;
+            file.fcb->currentVerb = ZVK_VERB_READ;
+            _zvkCallUseProc(file.fcb, variant, nullptr);
+        });
+        EXPECT_EQ(run.signal, SIGABRT);
+        string out = run.err;
+        for (size_t at; (at = out.find(" \n")) != string::npos;) out.erase(at, 1);
+        EXPECT_NE(out.find(text), string::npos) << variant << out;
+        EXPECT_EQ(out.find("Cannot find"), string::npos) << out;
+    }
+}
+
 TEST(ExternalFiles, AreSharedAndMustAgree)
 {
     ChildRun run = runChild([] {
@@ -291,6 +319,37 @@ TEST(ExternalFiles, AreSharedAndMustAgree)
     EXPECT_EQ(run.signal, SIGABRT);
     EXPECT_NE(run.err.find("ZVK075S"), string::npos) << run.err;
     for (const char *word : {"DATA-FILE", "SECOND", "ORGANIZATION,"}) EXPECT_NE(run.err.find(word), string::npos) << word;
+}
+
+// Of LINAGE it is the block that has to agree; the flags of its parts do not count by themselves.
+TEST(ExternalFiles, LinageAgreesByItsBlock)
+{
+    for (int difference : {0, 1, 2, 3}) {
+        ChildRun run = runChild([difference] {
+            struct Block {
+                FIB fib;
+                FileLinageGroup groups[4];
+            };
+            File *files[2];
+            for (int i = 0; i < 2; i++) {
+                File &file = *(files[i] = &File::make(i ? "SECOND" : "FIRST", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL));
+                auto *block = new Block{};
+                file.fib.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_TOP;
+                file.fib.linageOffset = sizeof(FIB);
+                if (i && difference == 1) file.fib.linage |= ZVK_FILE_LINAGE_FOOTING;
+                if (i && difference == 2) file.fib.linage = 0;
+                block->fib = file.fib;
+                for (FileLinageGroup &group : block->groups) group.value = i && difference == 3 ? 61 : 60;
+                file.fibCell = &block->fib;
+                file.start();
+            }
+            REQUIRE(files[0]->fcb == files[1]->fcb);
+        });
+        EXPECT_EQ(run.signal, difference < 2 ? 0 : SIGABRT) << difference;
+        if (difference >= 2) {
+            EXPECT_NE(run.err.find("LINAGE NAME/VALUE"), string::npos) << run.err;
+        }
+    }
 }
 
 } // namespace

@@ -56,7 +56,9 @@ TEST(LibraryLoad, AgainAndAgain)
                 for (int j = 0; j < 10; j++) dlclose(load());
             });
         for (std::thread &thread : threads) thread.join();
+#ifndef __SANITIZE_THREAD__ // whose run time leaves it mapped after threads have unloaded it
         REQUIRE(!stillLoaded());
+#endif
     });
     EXPECT_GOOD(run);
 }

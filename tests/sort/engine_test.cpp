@@ -3,10 +3,12 @@
 // Faults that these tests are there to catch: a key type, form or direction in another order than its values; equal keys that change places; records
 // lost, doubled or cut at the edges of segments, runs and buffers; a MERGE that does not see that its input is out of order; failures that
 // are not reported, or leave files behind; what an abandoned sort leaves allocated or touches afterwards.
+#include <csetjmp>
 #include <csignal>
 #include <dlfcn.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sys/resource.h>
 
 #include "kvr2/fileio.h"
@@ -47,14 +49,14 @@ struct Call {
     SortIoRecord input{}, output{};
     uint32_t error = 0;
 
-    int run()
+    int run() { return run(Keys(order.keys).words.data()); }
+    int run(const uint8_t *keys)
     {
-        Keys keys(order.keys);
         SortEighth eighth{reinterpret_cast<uint64_t>(order.collating), memory, ZVK_SORT_STABLE};
         SortControlRecord record{};
         record.tempDir = directory.c_str();
         record.errnoOut = &error;
-        return engine()(op, format, length, keys.words.data(), control.c_str(), eighth, input, output, record);
+        return engine()(op, format, length, keys, control.c_str(), eighth, input, output, record);
     }
 };
 
@@ -87,6 +89,12 @@ size_t filesIn(const std::string &directory)
 {
     auto all = std::filesystem::directory_iterator(directory);
     return static_cast<size_t>(std::distance(begin(all), end(all)));
+}
+
+__attribute__((noinline)) void overwriteStack()
+{
+    volatile uint8_t bytes[100000];
+    for (volatile uint8_t &byte : bytes) byte = 0xEE;
 }
 
 // From memory to memory.
@@ -167,6 +175,77 @@ TEST(SortEngine, ManyRecordsInMemoryAndInRuns)
             }
 }
 
+// Far more runs than descriptors, and than a small budget has buffers for.
+TEST(SortEngine, HundredsOfRuns)
+{
+    TemporaryDirectory directory, control;
+    writeFile(control.file("control"), "MEMORY=1K\nSTATISTICS=YES\n");
+    for (bool variable : {false, true}) {
+        Call call;
+        call.control = control.file("control");
+        call.order.keys = {sortKey(0, 2, ZVK_KEY_ALPHANUMERIC, !variable), sortKey(3, 14, ZVK_KEY_ZONED, variable, 8)};
+        call.format = variable ? ZVK_SORT_VARIABLE : ZVK_SORT_FIXED;
+        call.length = variable ? 100 : 40;
+        ChildRun run = runChild([&] {
+            rlimit limit{16, 16};
+            REQUIRE(setrlimit(RLIMIT_NOFILE, &limit) == 0);
+            expectSortedFiles(makeRecords(150000, call.order.keys, variable), call, directory);
+            REQUIRE(!testing::Test::HasFailure());
+        });
+        EXPECT_GOOD(run);
+        unsigned runs = 0, passes = 0;
+        ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 150000, runs %u, merge passes before the last %u", &runs, &passes), 2) << run.err;
+        EXPECT_GT(runs, 256u);
+        EXPECT_EQ(passes, 1u);
+    }
+}
+
+// Records so long that few runs can be read at once: the passes follow one another.
+TEST(SortEngine, PassesOverLongRecords)
+{
+    constexpr uint32_t kLong = 520000;
+    TemporaryDirectory directory;
+    std::string in = directory.file("in"), out = directory.file("out");
+    Call call;
+    call.format = ZVK_SORT_VARIABLE;
+    call.length = kLong;
+    call.directory = directory.path();
+    call.control = directory.file("control");
+    call.order.keys = {sortKey(0, 1, ZVK_KEY_ALPHANUMERIC, true)};
+    writeFile(call.control, "MEMORY=1M\nSTATISTICS=YES\n");
+    struct Head {
+        uint32_t bytes;
+        uint8_t key;
+        uint32_t number;
+    } __attribute__((packed));
+    std::mt19937 random(5);
+    std::vector<Head> heads(1700);
+    FILE *file = fopen(in.c_str(), "w");
+    std::string filler(kLong, 'x');
+    for (uint32_t i = 0; i < heads.size(); i++) {
+        heads[i] = {static_cast<uint32_t>(sizeof(Head) + 60000 + random() % 60000), static_cast<uint8_t>(random() % 50), i};
+        fwrite(&heads[i], sizeof(Head), 1, file);
+        fwrite(filler.data(), heads[i].bytes - sizeof(Head), 1, file);
+    }
+    ASSERT_EQ(fclose(file), 0);
+    call.input.path = in.c_str();
+    call.output.path = out.c_str();
+    ChildRun run = runChild([&] { REQUIRE(call.run() == 0); });
+    EXPECT_GOOD(run);
+    unsigned runs = 0, passes = 0;
+    ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 1700, runs %u, merge passes before the last %u", &runs, &passes), 2) << run.err;
+    EXPECT_EQ(passes, 2u) << runs;
+    std::stable_sort(heads.begin(), heads.end(), [](const Head &a, const Head &b) { return a.key < b.key; });
+    std::string sorted = readFile(out);
+    size_t at = 0;
+    for (const Head &head : heads) {
+        ASSERT_LE(at + head.bytes, sorted.size());
+        ASSERT_EQ(memcmp(&sorted[at], &head, sizeof head), 0);
+        at += head.bytes;
+    }
+    EXPECT_EQ(at, sorted.size());
+}
+
 TEST(SortEngine, ControlFileAndStatistics)
 {
     TemporaryDirectory directory, work;
@@ -183,11 +262,25 @@ TEST(SortEngine, ControlFileAndStatistics)
     unsigned runs = 0;
     ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 300000, runs %u", &runs), 1) << run.err;
     EXPECT_GE(runs, 40u);
-    for (const char *line : {"MEMORY=much\n", "MEMORY=0\n", "WORKDIR=\n", "COLOUR=red\n", "nonsense\n", "STATISTICS=perhaps\n"}) {
-        writeFile(call.control, line);
-        EXPECT_EQ(call.run(), 16) << line;
-        EXPECT_EQ(call.error, uint32_t{ZVK_SORT_ECONTROL});
-    }
+    auto expect = [&](const std::string &lines, uint32_t error) {
+        writeFile(call.control, lines);
+        EXPECT_EQ(call.run(), error ? 16 : 0) << lines;
+        EXPECT_EQ(call.error, error) << lines;
+    };
+    for (const char *line : {"MEMORY=much\n", "MEMORY=0\n", "MEMORY=-1\n", "MEMORY=64MB\n", "MEMORY=\n", "MEMORY=99999999999999999999\n",
+                             "MEMORY=18446744073709551615G\n", "WORKDIR=\n", "COLOUR=red\n", "nonsense\n", "=\n", "STATISTICS=perhaps\n",
+                             "* good\nMEMORY=1M\nbad"})
+        expect(line, ZVK_SORT_ECONTROL);
+    expect("WORKDIR=" + std::string(2000, 'x'), ZVK_SORT_ECONTROL);
+    expect(std::string("STATISTICS=NO\0nonsense\n", 23), ZVK_SORT_ECONTROL);
+    expect("*" + std::string(5000, 'x') + "\r\n  # another\r\n\tmemory=9m \r\nStatistics=no", 0);
+    expect("", 0);
+    expect("WORKDIR=/nonexistent\nMEMORY=1M\n", ZVK_SORT_EWORK);
+    call.control = directory.path(); // there, but no file
+    EXPECT_EQ(call.run(), 16);
+    EXPECT_EQ(call.error, uint32_t{ZVK_SORT_ECONTROL});
+    call.control = directory.file("none/such");
+    EXPECT_EQ(call.run(), 0);
 }
 
 TEST(SortEngine, FilesOnBothSides)
@@ -365,8 +458,11 @@ TEST(SortEngine, AbandonedInEachOfItsCalls)
                 call.output.count = 1;
                 call.output.files = &output;
                 int calls = 0;
+                size_t descriptors = filesIn("/proc/self/fd");
                 TestFile::onCall = [&] {
-                    if (++calls == at) engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
+                    if (++calls != at) return;
+                    engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
+                    REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
                 };
                 REQUIRE(call.run() == 16);
                 REQUIRE(call.error == ZVK_SORT_EABANDONED);
@@ -377,6 +473,48 @@ TEST(SortEngine, AbandonedInEachOfItsCalls)
                 out.records.clear();
                 REQUIRE(call.run() == 0);
                 REQUIRE(out.records.size() == 30000);
+            }));
+    EXPECT_EQ(filesIn(directory.path()), 0u);
+}
+
+// A file's routine jumps past the engine, as STOP RUN does; whatever stood in the frames is overwritten before operation 11 comes.
+TEST(SortEngine, AbandonedAfterAJumpOutOfIt)
+{
+    TemporaryDirectory directory;
+    for (int32_t op : {ZVK_SORT_START, ZVK_SORT_MERGE})
+        for (int at : {1, 5000, 20000, 30005, 30008})
+            EXPECT_GOOD(runChild([&] {
+                auto call = std::make_unique<Call>();
+                call->op = op;
+                call->memory = 1 << 20;
+                call->directory = directory.path();
+                call->order.keys = {sortKey(3, 20, ZVK_KEY_ALPHANUMERIC, false)};
+                std::vector<uint8_t> collating(256);
+                for (size_t i = 0; i < 256; i++) collating[i] = static_cast<uint8_t>(~i);
+                call->order.collating = collating.data();
+                TestFile in[2], out;
+                FCB *inputs[] = {&in[0].fcb, &in[1].fcb}, *output = &out.fcb;
+                for (TestFile &file : in) {
+                    file.records = makeRecords(15000, call->order.keys, false);
+                    if (op == ZVK_SORT_MERGE) std::stable_sort(file.records.begin(), file.records.end(), call->order);
+                }
+                call->input.count = 2;
+                call->input.files = inputs;
+                call->output.count = 1;
+                call->output.files = &output;
+                static jmp_buf back;
+                int calls = 0;
+                size_t descriptors = filesIn("/proc/self/fd");
+                TestFile::onCall = [&] {
+                    if (++calls == at) longjmp(back, 1);
+                };
+                Keys kept(call->order.keys);
+                if (setjmp(back) == 0) call->run(kept.words.data());
+                kept.words.assign(kept.words.size(), 0xEE);
+                std::fill(collating.begin(), collating.end(), 0);
+                overwriteStack();
+                engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
+                REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
             }));
     EXPECT_EQ(filesIn(directory.path()), 0u);
 }

@@ -93,3 +93,16 @@ TEST(TableSort, WhatIsNotToBeSortedStays)
     _zvkcTSort(0, table.data(), 1, 3, nullptr, 1, &key);
     EXPECT_EQ(table, "abc");
 }
+
+#define EIGHT(key) key, key, key, key, key, key, key, key
+
+// More keys than are kept without storage; only the last two tell the rows apart.
+TEST(TableSort, ManyKeys)
+{
+    Record table = "xb1xa2xb3xa4";
+    TableSortKey same = sortKey(0, 1, ZVK_KEY_ALPHANUMERIC, true), letter = sortKey(1, 1, ZVK_KEY_ALPHANUMERIC, true),
+                 digit = sortKey(2, 1, ZVK_KEY_ZONED, false);
+    _zvkcTSort(0, table.data(), 3, 4, nullptr, 74, EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same),
+               EIGHT(&same), EIGHT(&same), EIGHT(&same), &letter, &digit);
+    EXPECT_EQ(table, "xa4xa2xb3xb1");
+}

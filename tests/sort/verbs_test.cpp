@@ -3,17 +3,16 @@
 // Faults that these tests are there to catch: words that reach the engine changed or in the wrong place; buffer, fill and spill file that do not agree at
 // the limits; records that cross a chunk; input that is empty; SORT-RETURN, error number and message 26 that do not follow the engine; an
 // active sort that the end does not stop; a failing load that has an effect.
-#include <cstdarg>
+#include <atomic>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
+#include <thread>
 #include <unistd.h>
 
 #include "kvr2/messages.h"
-#include "sort_data.h"
-#include "support/child.h"
-#include "support/compiled_program.h"
-#include "support/require.h"
+#include "statement.h"
 #include "test_file.h"
 
 using testing::HasSubstr;
@@ -35,82 +34,7 @@ struct EngineCall {
 std::vector<EngineCall> calls;
 std::function<int32_t(const EngineCall &)> behaviour;
 
-constexpr size_t kBuffer = 262144;
-
-struct Statement {
-    CompiledProgram program{"SORTPGM"};
-    int16_t sortReturn = 99;
-    SortVerbBlock block{};
-    SortRecordDesc desc{};
-    SortFileList usingList{}, givingList{};
-    uint64_t eighth[3] = {0, 0, 1};
-    char fifth[16] = "";
-    std::vector<uint64_t> keys = {1, 0, 0, 0};
-
-    Statement(uint32_t format, uint32_t length, uint32_t keyLength = 4)
-    {
-        block.sortReturn = &sortReturn;
-        block.engineFlags = 77;
-        block.lineNumber = 123;
-        block.program = &program.pcb;
-        desc.recordFormat = format;
-        desc.recordLength = length;
-        TableSortKey key = sortKey(0, keyLength, ZVK_KEY_ALPHANUMERIC, true);
-        memcpy(&keys[1], &key, sizeof key);
-        _zvkPgmInit(&program.pcb);
-    }
-    int16_t op(int32_t number)
-    {
-        sortReturn = 99;
-        _zvkSortMerge(number, &block, &desc, keys.data(), fifth, &usingList, &givingList, eighth);
-        return sortReturn;
-    }
-};
-
-uint16_t release(const std::string &record)
-{
-    uint16_t status = 7;
-    std::string copy = record;
-    _zvkRelease(static_cast<uint32_t>(record.size()), copy.data(), &status);
-    return status;
-}
-
-// The next record; "END" at the end.
-std::string next()
-{
-    static std::vector<char> area(kBuffer);
-    uint32_t length = 0;
-    uint16_t status = 7;
-    _zvkReturn(&length, area.data(), &status);
-    REQUIRE(status == 7 || status == 1);
-    return status == 1 ? "END" : std::string(area.data(), length);
-}
-
-std::string spillName(const char *prefix)
-{
-    char name[64];
-    snprintf(name, sizeof name, "%s%010u.%010u", prefix, static_cast<unsigned>(getpid()), static_cast<unsigned>(pthread_self()));
-    return name;
-}
-
-std::string numbered(size_t number, size_t length, char fill = '.')
-{
-    char text[16];
-    snprintf(text, sizeof text, "%08zu", number * 7919 % 100000000);
-    std::string record(text, 8);
-    record.resize(length, fill);
-    return record;
-}
-
-ChildOptions with(const char *engines, const TemporaryDirectory &directory)
-{
-    ChildOptions options;
-    options.env = {{"LD_LIBRARY_PATH", std::string(getenv("KVR2_BUILD_DIR")) + engines}, {"TMPDIR", directory.path()}};
-    options.directory = directory.path();
-    return options;
-}
-
-constexpr char kFake[] = "/tests/fake_engine", kReal[] = "/companions";
+constexpr char kFake[] = "/tests/fake_engine";
 
 } // namespace
 
@@ -195,8 +119,9 @@ KVR2_PIECE(sort_buffer)
     REQUIRE(within.op(1) == 0);
     calls.pop_back();
     for (int i = 0; i < 4; i++) REQUIRE(release(quarter) == 7);
-    std::string in = std::string(getenv("TMPDIR")) + "/" + spillName("sortwki."),
-                out = std::string(getenv("TMPDIR")) + "/" + spillName("sortwko.");
+    std::string directory = getenv("TMPDIR");
+    if (directory.back() != '/') directory += '/';
+    std::string in = directory + spillName("sortwki."), out = directory + spillName("sortwko.");
     REQUIRE(!std::filesystem::exists(in));
     REQUIRE(release(quarter) == 7);
     REQUIRE(std::filesystem::file_size(in) == kBuffer);
@@ -221,6 +146,12 @@ KVR2_PIECE(sort_buffer)
     REQUIRE(cut.op(1) == 0);
     REQUIRE(release("123456") == 7 && cut.op(3) == 0 && calls.back().memory == "1234");
     REQUIRE(release("1234") == 16); // the engine has run
+
+    // Other formats are not filled: the next record follows a short one directly, though it counts in full.
+    Statement unfilled(3, 8);
+    REQUIRE(unfilled.op(1) == 0);
+    REQUIRE(release("ab") == 7 && release("cdefghij") == 7 && unfilled.op(3) == 0);
+    REQUIRE(calls.back().memory.size() == 16 && calls.back().memory.substr(0, 10) == "abcdefghij");
 }
 
 // Variable records whose length words and bytes lie across the chunks in every way.
@@ -251,6 +182,36 @@ KVR2_PIECE(sort_chunks)
     REQUIRE(fixed.op(2) == 0 && calls.back().op == 2);
     for (size_t i = 0; i < 600; i++) REQUIRE(next() == numbered(i, 999));
     REQUIRE(next() == "END");
+    // Records longer than the buffer, between short ones; the last of them at the end.
+    for (uint32_t format : {ZVK_SORT_FIXED, ZVK_SORT_VARIABLE}) {
+        Statement longer(format, kBuffer + 1000);
+        longer.usingList.count = 1;
+        std::vector<std::string> records;
+        for (size_t length : {kBuffer + 1000, kBuffer - 4, kBuffer + 1, size_t{7}, size_t{0}, kBuffer - 3, kBuffer})
+            records.push_back(numbered(records.size(), format == ZVK_SORT_FIXED ? kBuffer + 1000 : length, 'a'));
+        behaviour = [&](const EngineCall &call) {
+            std::string all;
+            for (const std::string &record : records) {
+                auto word = static_cast<uint32_t>(record.size() + 4);
+                if (format == ZVK_SORT_VARIABLE) all.append(reinterpret_cast<char *>(&word), 4);
+                all += record;
+            }
+            writeFile(call.outPath, all);
+            return 0;
+        };
+        REQUIRE(longer.op(1) == 0);
+        for (const std::string &record : records) REQUIRE(next() == record);
+        REQUIRE(next() == "END" && next() == "END");
+    }
+    // No records at all, but bytes: no engine writes this, and nobody may read beyond it.
+    for (const char *word : {"\x03\0\0\0abcd", "\xFF\xFF\xFF\xFF", "\x09\0\0\0abcd", "ab"}) {
+        Statement damaged(ZVK_SORT_VARIABLE, 100);
+        damaged.usingList.count = 1;
+        behaviour = [&](const EngineCall &call) {
+            return writeFile(call.outPath, std::string(word, word[1] == 'b' ? 2 : word[0] == -1 ? 4 : 8)), 0;
+        };
+        REQUIRE(damaged.op(1) == 0 && next() == "END" && next() == "END");
+    }
     // An empty result.
     behaviour = [](const EngineCall &call) { return writeFile(call.outPath, ""), 0; };
     REQUIRE(fixed.op(1) == 0 && next() == "END");
@@ -268,6 +229,15 @@ KVR2_PIECE(sort_empty)
     REQUIRE(out.records.empty() && out.opens == 1 && out.closes == 1 && out.fcb.requestedMode == ZVK_OPEN_OUTPUT);
     sort.givingList = {};
     REQUIRE(sort.op(1) == 0 && sort.op(3) == 0 && calls.empty() && next() == "END");
+    // A file that cannot be made is not claimed to be there.
+    TestFile none;
+    none.openStatus = 37;
+    FCB *both[] = {&none.fcb, &out.fcb};
+    sort.givingList = {2, 0, both};
+    sort.block.messageOff = 1;
+    REQUIRE(sort.op(1) == 0 && sort.op(3) == 16 && none.closes == 0 && out.opens == 2 && out.closes == 2 && none.fcb.status == 37);
+    uint32_t number;
+    REQUIRE(zvkGetSortErrno(&number) == ZVK_SORT_EOPENOUT);
 }
 
 KVR2_PIECE(sort_end)
@@ -349,6 +319,35 @@ KVR2_PIECE(sort_procedures)
     REQUIRE(sort.op(1) == 16 && zvkGetSortErrno(&number) == ZVK_SORT_EABANDONED);
 }
 
+// The first sorts of the process, all at once, each with spill files and runs of its own.
+KVR2_PIECE(sort_threads)
+{
+    constexpr size_t kThreads = 6;
+    std::vector<std::unique_ptr<Statement>> sorts;
+    for (size_t i = 0; i < kThreads; i++) {
+        sorts.push_back(std::make_unique<Statement>(i % 2 ? ZVK_SORT_FIXED : ZVK_SORT_VARIABLE, 60, 8));
+        sorts[i]->eighth[1] = 200 << 10;
+    }
+    std::atomic<size_t> waiting{kThreads};
+    std::vector<std::thread> threads;
+    for (auto &sort : sorts)
+        threads.emplace_back([&waiting, &sort] {
+            waiting--;
+            while (waiting) sched_yield();
+            REQUIRE(sort->op(1) == 0);
+            for (size_t i = 0; i < 10000; i++) REQUIRE(release(numbered(i, 60)) == 7);
+            REQUIRE(sort->op(3) == 0);
+            std::string last = next();
+            for (size_t i = 1; i < 10000; i++) {
+                std::string record = next();
+                REQUIRE(record > last);
+                last = record;
+            }
+            REQUIRE(next() == "END");
+        });
+    for (std::thread &thread : threads) thread.join();
+}
+
 TEST(SortVerbs, TheEngineGetsTheStatementsWordsAndItsResultIsReported)
 {
     TemporaryDirectory directory;
@@ -368,6 +367,9 @@ TEST(SortVerbs, BufferSpillFilesAndChunks)
 {
     TemporaryDirectory directory;
     for (const char *piece : {"sort_buffer", "sort_chunks", "sort_empty"}) EXPECT_GOOD(runPiece(piece, with(kFake, directory))) << piece;
+    ChildOptions slash = with(kFake, directory);
+    slash.env[1].second = directory.path() + "/";
+    EXPECT_GOOD(runPiece("sort_buffer", slash));
     EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 }
 
@@ -404,5 +406,12 @@ TEST(SortVerbs, ProceduresWithTheRealEngine)
 {
     TemporaryDirectory directory;
     EXPECT_GOOD(runPiece("sort_procedures", with(kReal, directory)));
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
+}
+
+TEST(SortVerbs, FirstSortsOfSeveralThreads)
+{
+    TemporaryDirectory directory;
+    EXPECT_GOOD(runPiece("sort_threads", with(kReal, directory)));
     EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 }

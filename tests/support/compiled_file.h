@@ -21,7 +21,7 @@ struct FileAttributes {
     uint8_t organization = 0;
     uint8_t access = 0x80; // sequential
     std::vector<FileKey> keys = {};
-    bool optional = false;
+    bool optional = false, external = false;
     uint8_t share = 0, lock = 0; // nonzero: the file has SHARE and LOCK attributes
     uint8_t linage = 0;
     uint32_t body = 0, footing = 0, top = 0, bottom = 0;
@@ -79,7 +79,8 @@ struct CompiledFile {
         fcb->index = fib.index = 1;
         fib.organization = wanted.organization;
         fib.accessMode = wanted.access;
-        fib.attributes = static_cast<uint8_t>(ZVK_FILE_ASSIGN_LITERAL | (wanted.optional ? ZVK_FILE_OPTIONAL : 0));
+        fib.attributes = static_cast<uint8_t>(ZVK_FILE_ASSIGN_LITERAL | (wanted.optional ? ZVK_FILE_OPTIONAL : 0) |
+                                              (wanted.external ? ZVK_FILE_EXTERNAL : 0));
         fib.maxRecord = fcb->maxRecord = wanted.longest;
         fib.minRecord = wanted.shortest;
         fib.keyCount = static_cast<uint32_t>(wanted.keys.size());
@@ -101,6 +102,7 @@ struct CompiledFile {
         program.ipcb[0].fileCount = 1;
         program.pcb.fibs = &all.fibCell;
         _zvkPgmInit(&program.pcb);
+        fcb = all.fcbCell; // the run unit's own for an EXTERNAL file
     }
 
     // Every file's program is one of its own: a second one of the same name would be taken for the first.

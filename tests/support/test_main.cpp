@@ -4,12 +4,13 @@
 #include "support/child.h"
 
 extern "C" {
-// The library's own signal handlers are under test, and it keeps some memory on purpose; see leaks.supp for what the system keeps.
+// The library's own signal handlers are under test.
+#define OWN_SIGNALS "handle_segv=0:handle_sigfpe=0:handle_sigbus=0:handle_sigill=0:handle_abort=0:"
 __attribute__((visibility("default"), used)) const char *__asan_default_options()
 {
-    return "handle_segv=0:handle_sigfpe=0:handle_sigbus=0:handle_sigill=0:handle_abort=0:use_sigaltstack=0:allocator_may_return_null=1:"
-           "detect_stack_use_after_return=0";
+    return OWN_SIGNALS "use_sigaltstack=0:allocator_may_return_null=1:detect_stack_use_after_return=0";
 }
+// The library keeps some memory on purpose; see leaks.supp for what the system keeps.
 __attribute__((visibility("default"), used)) const char *__lsan_default_options()
 {
     return "suppressions=" KVR2_SOURCE_DIR "/tests/support/leaks.supp:print_suppressions=0";
@@ -17,8 +18,12 @@ __attribute__((visibility("default"), used)) const char *__lsan_default_options(
 __attribute__((visibility("default"), used)) const char *__ubsan_default_options() { return "print_stacktrace=1"; }
 __attribute__((visibility("default"), used)) const char *__tsan_default_options()
 {
-    return "halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1";
+    // After a crash the run unit is ended out of the signal handler, which calls what no handler should; it is over anyway.
+    return OWN_SIGNALS "report_signal_unsafe=0:halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1";
 }
+// The dynamic loader, and what it runs when it loads and unloads, is ordered by a lock of its own that the sanitizer does not see; so is what
+// is put into a stream under flockfile without a call of the system's library.
+__attribute__((visibility("default"), used)) const char *__tsan_default_suppressions() { return "race:ld-linux\nrace:putc_unlocked\n"; }
 }
 
 __attribute__((constructor(101))) static void nameTheBuild()

@@ -3,7 +3,7 @@
 
     generate.py DIRECTORY [--accounts 5000] [--transactions 200000] [--seed 1959]
 
-The same arguments give the same bytes everywhere: the random numbers are made here. About one line in twelve is not as it should be: blanks and
+The same arguments give the same bytes everywhere: the random numbers are made here. About one line in ten is not as it should be: blanks and
 letters in numeric fields, dates that do not exist, unknown and closed accounts, references that were used before, over-long, short and empty lines,
 lines that end in CR LF, text in two encodings, signs overpunched in the native and in the letter form, and a last line without its newline.
 """

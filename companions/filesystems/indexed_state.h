@@ -1,0 +1,83 @@
+// An open indexed file, and what its verbs are made of: transactions, the record with its entries in all keys, the place of sequential reading.
+#ifndef COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
+#define COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
+
+#include "companions/filesystems/indexed_store.h"
+#include "companions/filesystems/record_format.h"
+#include "companions/filesystems/record_locks.h"
+
+namespace filesystems {
+
+constexpr uint32_t sequenceSize = 8;
+constexpr size_t keyRoom = 512;
+
+struct IndexedFile {
+    int descriptor;
+    Store *store;
+    MDB_txn *batch;    // alone: the transaction that is being filled
+    MDB_txn *snapshot; // reading
+    bool snapshotLive;
+    MDB_cursor *cursor; // INPUT: on the record last read, while `cursorOn`
+    bool cursorOn;
+    bool alone, sequential, exact;
+    uint32_t changes, reads;
+    uint32_t keyCount, numbered; // keys; alternates with duplicates
+    FileKey keys[mostKeys];
+    MDB_dbi data[mostKeys];
+    RecordFormat format;
+    RecordLocks locks;
+    uint32_t reference; // key of reference
+    uint8_t place[keyRoom];
+    size_t placeSize;
+    uint8_t lastKey[keyRoom]; // primary key of the last READ, or of the last sequential WRITE
+    bool wrote;
+};
+
+inline IndexedFile *indexedFileOf(FCB *fcb) { return static_cast<IndexedFile *>(fcb->moduleBuffer); }
+
+inline bool hasDuplicates(const IndexedFile *file, uint32_t key) { return key && (file->keys[key].flags & ZVK_FILE_KEY_DUPLICATES); }
+
+inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t *record) { return record + file->keys[key].position; }
+
+// --- indexed_transactions.cpp: one change at a time, or many in a batch
+
+// The transaction to read in: the batch, the snapshot as it is (`keep`), or a new one. Null with `error` set.
+MDB_txn *reading(IndexedFile *file, bool keep, int *error);
+void endReading(IndexedFile *file);
+// Will the next `reading` begin a new snapshot, though it may keep the old one? Cursors on the old one go first.
+bool snapshotIsOld(const IndexedFile *file);
+
+MDB_txn *changing(IndexedFile *file, int *error);
+// Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be told apart.
+int changed(IndexedFile *file, MDB_txn *txn, int error, bool made);
+
+// --- indexed_record.cpp: a record and its entries in all keys
+
+// Bytes in front of a record as it is stored: the numbers of its keys with duplicates.
+inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * sequenceSize; }
+// Bytes that `moduleBuffer2` needs: two records as stored.
+inline size_t recordRoom(const IndexedFile *file) { return 2 * (numbersSize(file) + file->format.longest); }
+
+// Is this a record that this file can have? Others are damage of the store.
+bool isRecord(const IndexedFile *file, const MDB_val &stored);
+
+// Each does its work in `txn`. `refused`: an alternate key without duplicates is there already, and nothing was changed. Status 02 is set where it holds.
+int insertRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, bool *refused);
+int replaceRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const MDB_val &old, bool *refused);
+int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old);
+
+// --- indexed_position.cpp: cursors, the place of sequential reading, START
+
+int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor);
+void dropCursor(IndexedFile *file);
+// Puts a cursor of the key of reference on the entry that a sequential READ takes next.
+int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_val *v);
+// Puts a cursor on the first entry that is not below `bytes`, or is not at them either (`beyond`).
+int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v);
+// Does another record of the same alternate key follow? Leaves the cursor where it was.
+bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at);
+void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request);
+
+} // namespace filesystems
+
+#endif

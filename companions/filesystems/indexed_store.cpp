@@ -1,0 +1,242 @@
+#include "companions/filesystems/indexed_store.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <pthread.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include "companions/filesystems/size_limit.h"
+
+namespace filesystems {
+
+static constexpr size_t mapSize = size_t(1) << 36;
+
+// An environment with LMDB's locks may be open only once in a process; the files of a program that are the same file share it. A child process takes
+// none of its parent's.
+struct Store {
+    dev_t device;
+    ino_t inode;
+    pid_t process;
+    MDB_env *env;
+    uint32_t users;
+    bool writable;
+    bool shared;
+    Store *next;
+};
+static Store *stores;
+static pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
+
+MDB_env *environmentOf(const Store *store) { return store->env; }
+
+static bool storeName(FCB *fcb, char *name, const char *suffix)
+{
+    if (snprintf(name, PATH_MAX, "%s.mdb%s", fcb->fileName, suffix) < PATH_MAX) return true;
+    return failWithErrno(fcb, ENAMETOOLONG);
+}
+
+// Is there no room for a store to grow? Asks for some behind its end, which no data is harmed by.
+static bool storeIsFull(FCB *fcb)
+{
+    constexpr off_t some = 65536;
+    char name[PATH_MAX];
+    if (!storeName(fcb, name, "")) return false;
+    int descriptor = open(name, O_RDWR | O_CLOEXEC);
+    struct stat about;
+    rlimit limit;
+    bool full = false;
+    if (descriptor >= 0 && fstat(descriptor, &about) == 0) {
+        SizeLimitHeldOff guard;
+        if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+            full = static_cast<rlim_t>(about.st_size + some) > limit.rlim_cur;
+        if (!full && fallocate(descriptor, FALLOC_FL_KEEP_SIZE, about.st_size, some) != 0) {
+            struct statvfs space;
+            full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG ||
+                   (fstatvfs(descriptor, &space) == 0 && space.f_bavail * space.f_frsize < static_cast<uint64_t>(some));
+        }
+    }
+    if (descriptor >= 0) close(descriptor);
+    return full;
+}
+
+bool failWithStore(FCB *fcb, int error)
+{
+    // LMDB says EIO also when the system took only a part of what it wrote, as a full disk or the file-size limit makes it.
+    if (error == EIO && storeIsFull(fcb)) return fail(fcb, 34, fs2Full);
+    if (error > 0) return failWithErrno(fcb, error);
+    if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
+    return fail(fcb, 30, fs2Store);
+}
+
+static int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
+{
+    int error = mdb_env_create(env);
+    if (error) return error;
+    mdb_env_set_mapsize(*env, mapSize);
+    mdb_env_set_maxdbs(*env, mostKeys + 2);
+    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | MDB_NOSYNC | (writable ? 0 : MDB_RDONLY) | (locked ? 0 : MDB_NOLOCK);
+    error = mdb_env_open(*env, name, flags, 0666);
+    if (error) {
+        mdb_env_close(*env);
+        *env = nullptr;
+    }
+    return error;
+}
+
+static void databaseName(uint32_t key, char *name) { snprintf(name, 8, key ? "%u" : "r", key); }
+
+// Pages that the file's end cuts off would end the program when they are touched; as zeros they are an error of the store.
+static bool completePages(const char *name, MDB_env *env)
+{
+    MDB_envinfo info;
+    MDB_stat about;
+    struct stat file;
+    if (mdb_env_info(env, &info) || mdb_env_stat(env, &about) || stat(name, &file)) return false;
+    off_t size = static_cast<off_t>((info.me_last_pgno + 1) * about.ms_psize);
+    return file.st_size >= size || truncate(name, size) == 0;
+}
+
+// Opens the environment and makes its record; the caller puts it into the list.
+static Store *openStore(const char *name, const struct stat &about, bool writable, bool locked, int *error)
+{
+    MDB_env *env = nullptr;
+    *error = openEnvironment(name, writable, locked, &env);
+    if (*error) return nullptr;
+    int dead;
+    if (locked) mdb_reader_check(env, &dead); // frees the places of readers that were killed
+    auto *store = static_cast<Store *>(calloc(1, sizeof(Store)));
+    *error = !store ? ENOMEM : completePages(name, env) ? 0 : MDB_CORRUPTED;
+    if (*error) {
+        mdb_env_close(env);
+        free(store);
+        return nullptr;
+    }
+    *store = {about.st_dev, about.st_ino, getpid(), env, 1, writable, locked, nullptr};
+    return store;
+}
+
+// Writable if it can be: another file of this program may want to write.
+static Store *shareStore(const char *name, const struct stat &about, bool writable, int *error)
+{
+    writable |= faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) == 0;
+    pthread_mutex_lock(&storesLock);
+    Store *store = stores;
+    while (store && !(store->device == about.st_dev && store->inode == about.st_ino && store->process == getpid())) store = store->next;
+    if (store && writable && !store->writable)
+        *error = EBUSY, store = nullptr;
+    else if (store)
+        ++store->users;
+    else if ((store = openStore(name, about, writable, true, error))) {
+        store->next = stores;
+        stores = store;
+    }
+    pthread_mutex_unlock(&storesLock);
+    return store;
+}
+
+void leaveStore(Store *store)
+{
+    if (!store) return;
+    pthread_mutex_lock(&storesLock);
+    if (--store->users == 0) {
+        if (store->shared) {
+            Store **link = &stores;
+            while (*link != store) link = &(*link)->next;
+            *link = store->next;
+        }
+        mdb_env_close(store->env);
+        free(store);
+    }
+    pthread_mutex_unlock(&storesLock);
+}
+
+// The databases of all keys, and the store's identity.
+static int openDatabases(MDB_env *env, const StoredHeader &header, MDB_dbi *data)
+{
+    MDB_txn *txn;
+    MDB_dbi about;
+    int error = mdb_txn_begin(env, nullptr, MDB_RDONLY, &txn);
+    if (error) return error;
+    MDB_val k = valueOf("identity", 8), v;
+    error = mdb_dbi_open(txn, "about", 0, &about);
+    if (!error) error = mdb_get(txn, about, &k, &v);
+    if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
+    for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
+        char name[8];
+        databaseName(key, name);
+        error = mdb_dbi_open(txn, name, 0, &data[key]);
+    }
+    // Committed, or the handles go with it.
+    if (error)
+        mdb_txn_abort(txn);
+    else
+        error = mdb_txn_commit(txn);
+    return error == MDB_NOTFOUND ? MDB_INCOMPATIBLE : error;
+}
+
+Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data)
+{
+    char name[PATH_MAX];
+    struct stat about;
+    int error = 0;
+    Store *store = nullptr;
+    if (!storeName(fcb, name, "")) return nullptr;
+    if (stat(name, &about) != 0 || about.st_size == 0)
+        error = MDB_INVALID;
+    else if (opened.held.alone || (!writable && opened.held.noWriters))
+        store = openStore(name, about, writable, false, &error);
+    else
+        store = shareStore(name, about, writable, &error);
+    if (error == EACCES && !writable && access(name, R_OK) == 0) {
+        // It is the lock file that this reader may not write.
+        if (!denyWriters(opened.descriptor)) {
+            fail(fcb, statusFileInUse, fs2InUse);
+            return nullptr;
+        }
+        store = openStore(name, about, false, false, &error);
+    }
+    if (store) {
+        pthread_mutex_lock(&storesLock); // handles of one environment are opened by one thread at a time
+        error = openDatabases(store->env, header, data);
+        pthread_mutex_unlock(&storesLock);
+        if (error) leaveStore(store);
+        if (error) store = nullptr;
+    }
+    if (error) failWithStore(fcb, error);
+    return store;
+}
+
+bool createStore(FCB *fcb, const StoredHeader &header)
+{
+    char name[PATH_MAX], lock[PATH_MAX];
+    if (!storeName(fcb, name, "") || !storeName(fcb, lock, "-lock")) return false;
+    if ((unlink(name) && errno != ENOENT) || (unlink(lock) && errno != ENOENT)) return failWithErrno(fcb, errno);
+    SizeLimitHeldOff guard;
+    MDB_env *env = nullptr;
+    MDB_txn *txn = nullptr;
+    int error = openEnvironment(name, true, false, &env);
+    if (!error) error = mdb_txn_begin(env, nullptr, 0, &txn);
+    for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
+        char database[8];
+        MDB_dbi data;
+        databaseName(key, database);
+        error = mdb_dbi_open(txn, database, MDB_CREATE, &data);
+    }
+    MDB_dbi about;
+    if (!error) error = mdb_dbi_open(txn, "about", MDB_CREATE, &about);
+    MDB_val k = valueOf("identity", 8), v = valueOf(&header.identity, 8);
+    if (!error) error = mdb_put(txn, about, &k, &v, 0);
+    if (!error)
+        error = mdb_txn_commit(txn);
+    else if (txn)
+        mdb_txn_abort(txn);
+    if (env) mdb_env_close(env);
+    return !error || failWithStore(fcb, error);
+}
+
+} // namespace filesystems

@@ -1,0 +1,33 @@
+// The store of an indexed file: an LMDB environment in NAME.mdb, beside the file itself, which holds only the header.
+//
+// LMDB's own locks (NAME.mdb-lock) keep writers and readers of one file apart. Where the share locks on the file itself already say that nobody else can be in
+// the way, the environment is opened without them: a file that is open for this program alone, and one that is read while nobody may write it. A transaction
+// of such a file belongs to no thread. A reader who may not write NAME.mdb-lock, as LMDB's locks need it, admits no writer instead.
+#ifndef COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
+#define COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
+
+#include <lmdb.h>
+
+#include "companions/filesystems/open_rules.h"
+#include "companions/filesystems/stored_header.h"
+
+namespace filesystems {
+
+struct Store;
+
+// Makes the empty store of a new file, in place of any old one; false with the status set.
+bool createStore(FCB *fcb, const StoredHeader &header);
+
+// Opens the file's store; null with the status set. `data` receives the databases of all keys.
+Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data);
+void leaveStore(Store *store);
+MDB_env *environmentOf(const Store *store);
+
+// FS1 and FS2 for what LMDB returned; returns false, for tail calls.
+bool failWithStore(FCB *fcb, int error);
+
+inline MDB_val valueOf(const void *data, size_t size) { return {size, const_cast<void *>(data)}; }
+
+} // namespace filesystems
+
+#endif

@@ -1,0 +1,70 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. LOAD.
+      * Makes the indexed MASTER of tab-separated text.
+       ENVIRONMENT DIVISION.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT ACCOUNTS ASSIGN TO ACCOUNTS
+               ORGANIZATION LINE SEQUENTIAL FILE STATUS IS FILE-STAT.
+           SELECT MASTER ASSIGN TO MASTER
+               ORGANIZATION INDEXED ACCESS SEQUENTIAL
+               SHARING WITH NO OTHER
+               RECORD KEY IS AC-NUMBER
+               ALTERNATE RECORD KEY IS AC-NAME WITH DUPLICATES
+               FILE STATUS IS FILE-STAT.
+       DATA DIVISION.
+       FILE SECTION.
+       FD  ACCOUNTS.
+       01  ACCOUNT-LINE            PIC X(80).
+       FD  MASTER.
+       COPY MASTER.
+       WORKING-STORAGE SECTION.
+       01  FILE-STAT               PIC XX.
+       01  AT-END-SWITCH           PIC X.
+           88  AT-END-OF-FILE      VALUE "Y".
+       01  OPENING-TEXT            PIC S9(11)V99
+               SIGN LEADING SEPARATE.
+       01  LIMIT-TEXT              PIC 9(9)V99.
+       01  RATE-TEXT               PIC 9V9(4).
+       PROCEDURE DIVISION.
+       MAIN-LINE.
+           MOVE "N" TO AT-END-SWITCH
+           OPEN INPUT ACCOUNTS
+           PERFORM CHECK-ACCOUNTS
+           OPEN OUTPUT MASTER
+           PERFORM CHECK-MASTER
+           PERFORM UNTIL AT-END-OF-FILE
+               READ ACCOUNTS
+                   AT END SET AT-END-OF-FILE TO TRUE
+                   NOT AT END PERFORM LOAD-ACCOUNT
+               END-READ
+           END-PERFORM
+           CLOSE ACCOUNTS MASTER
+           GOBACK.
+
+       LOAD-ACCOUNT.
+           UNSTRING ACCOUNT-LINE DELIMITED BY X"09"
+               INTO AC-NUMBER AC-NAME AC-STATUS
+                    OPENING-TEXT LIMIT-TEXT RATE-TEXT
+           MOVE OPENING-TEXT TO AC-OPENING AC-BALANCE
+           MOVE LIMIT-TEXT TO AC-LIMIT
+           MOVE RATE-TEXT TO AC-RATE
+           MOVE ZERO TO AC-POSTED AC-LAST-DATE
+           WRITE MASTER-RECORD
+               INVALID KEY
+                   DISPLAY "ACCOUNT NOT LOADED: " ACCOUNT-LINE
+           END-WRITE.
+
+       CHECK-ACCOUNTS.
+           IF FILE-STAT NOT = "00"
+               DISPLAY "FILE ACCOUNTS STATUS " FILE-STAT
+               MOVE 12 TO RETURN-CODE
+               STOP RUN
+           END-IF.
+
+       CHECK-MASTER.
+           IF FILE-STAT NOT = "00"
+               DISPLAY "FILE MASTER STATUS " FILE-STAT
+               MOVE 12 TO RETURN-CODE
+               STOP RUN
+           END-IF.

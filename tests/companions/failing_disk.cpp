@@ -1,0 +1,53 @@
+#include "failing_disk.h"
+
+#include <cerrno>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace {
+
+FailingDisk::Failure failing = FailingDisk::none;
+int goodWrites, seen;
+
+// True if the call fails now; a short write is not one of them, `size` is what it may take.
+bool failsNow(size_t *size)
+{
+    if (failing == FailingDisk::none || seen++ < goodWrites) return false;
+    if (failing == FailingDisk::shortWrite) *size = *size / 2 + !(*size / 2);
+    errno = failing == FailingDisk::full ? ENOSPC : EIO;
+    return failing != FailingDisk::shortWrite;
+}
+
+ssize_t writeAt(int fd, const void *data, size_t size, off_t offset)
+{
+    return failsNow(&size) ? -1 : syscall(SYS_pwrite64, fd, data, size, offset);
+}
+
+// With offset -1 where the file stands.
+ssize_t writeVector(int fd, const iovec *parts, int count, off_t offset)
+{
+    size_t size = parts[0].iov_len;
+    if (failsNow(&size)) return -1;
+    bool cut = size != parts[0].iov_len;
+    if (offset < 0) return cut ? syscall(SYS_write, fd, parts[0].iov_base, size) : syscall(SYS_writev, fd, parts, count);
+    return cut ? syscall(SYS_pwrite64, fd, parts[0].iov_base, size, offset) : syscall(SYS_pwritev, fd, parts, count, offset, 0);
+}
+
+} // namespace
+
+FailingDisk::FailingDisk(Failure failure, int good)
+{
+    seen = 0;
+    goodWrites = good;
+    failing = failure;
+}
+FailingDisk::~FailingDisk() { failing = none; }
+int FailingDisk::writes() { return seen; }
+
+#define TAKEN extern "C" __attribute__((visibility("default")))
+TAKEN ssize_t pwrite(int fd, const void *data, size_t size, off_t offset) { return writeAt(fd, data, size, offset); }
+TAKEN ssize_t pwrite64(int fd, const void *data, size_t size, off64_t offset) { return writeAt(fd, data, size, offset); }
+TAKEN ssize_t pwritev(int fd, const iovec *parts, int count, off_t offset) { return writeVector(fd, parts, count, offset); }
+TAKEN ssize_t pwritev64(int fd, const iovec *parts, int count, off64_t offset) { return writeVector(fd, parts, count, offset); }
+TAKEN ssize_t writev(int fd, const iovec *parts, int count) { return writeVector(fd, parts, count, -1); }

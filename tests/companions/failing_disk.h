@@ -1,0 +1,16 @@
+// Writes of this process that fail as a disk or a full file system makes them fail: the system's calls are taken from the modules and from LMDB.
+//
+//     FailingDisk disk(FailingDisk::shortWrite);
+//     EXPECT_EQ(file.write("x"), "30");
+#pragma once
+
+class FailingDisk {
+public:
+    enum Failure { none, inputOutput, shortWrite, full };
+    // From the `good`-th write on, all writes fail; a short one takes half of what it was given.
+    explicit FailingDisk(Failure failure, int good = 0);
+    ~FailingDisk();
+    FailingDisk(const FailingDisk &) = delete;
+    FailingDisk &operator=(const FailingDisk &) = delete;
+    static int writes(); // since it was made
+};

@@ -1,0 +1,139 @@
+// Faults these tests are there to catch: a failed write that is taken for a success, reported as something else, or leaves half a change; a file that works only
+// in the thread that opened it.
+#include <functional>
+#include <map>
+#include <thread>
+
+#include "failing_disk.h"
+#include "stored_files.h"
+
+namespace {
+
+// Writes to the store fail from some place of a change on: the change is as if it had not been, and after CLOSE and OPEN the file is as good as before.
+TEST(FailedWrites, IndexedChangeIsUndone)
+{
+    for (uint8_t share : {0, 3})
+        for (auto failure : {FailingDisk::inputOutput, FailingDisk::shortWrite, FailingDisk::full})
+            for (int good = 0; good < 3; ++good) {
+                TemporaryDirectory directory;
+                FileAttributes attributes = indexedFile();
+                attributes.share = share;
+                CompiledFile file(directory.file("i"), attributes);
+                ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+                for (int n = 0; n < 300; ++n) ASSERT_LE(file.write(std::to_string(100000 + n) + "same" + std::to_string(1000 + n)), "02");
+                ASSERT_EQ(file.close(), "00");
+                ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+                string where = "share " + std::to_string(share) + " failure " + std::to_string(failure) + " after " + std::to_string(good);
+                // Where the disk is not full, a short write is no full disk.
+                const char *expected = failure == FailingDisk::full ? "34" : "30";
+                bool failed = false;
+                {
+                    FailingDisk disk(failure, good);
+                    string status = file.rewrite("100000diff1000x");
+                    if (share == 3) status = file.close();
+                    failed = disk.writes() > good;
+                    EXPECT_TRUE(failed || good) << "a change writes";
+                    if (failed) {
+                        EXPECT_EQ(status, expected) << where << " " << reason(file);
+                        EXPECT_NE(reason(file), "") << where;
+                    }
+                }
+                // What LMDB could not say in its own head is no store any more until the file is opened again.
+                if (file.fcb->mode) {
+                    ASSERT_EQ(file.close(), "00") << where;
+                }
+                ASSERT_EQ(file.open(ZVK_OPEN_IO), "00") << where;
+                EXPECT_LE(file.write("000000same0000"), "02") << where << reason(file);
+                file.move("100000");
+                EXPECT_EQ(file.read(), "00");
+                EXPECT_EQ(file.record().substr(6, 4), failed ? "same" : "diff") << where;
+                size_t count = 0;
+                ASSERT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_FIRST, .key = 1}), "00");
+                while (file.read(next) < "10") ++count;
+                EXPECT_EQ(count, 301u) << where;
+                EXPECT_EQ(file.close(), "00");
+            }
+}
+
+TEST(FailedWrites, OthersSayWhatHappened)
+{
+    for (string organization : {"rsd-", "lsq-", "wbr-", "stl-", "relative"})
+        for (auto failure : {FailingDisk::inputOutput, FailingDisk::full}) {
+            TemporaryDirectory directory;
+            bool relative = organization == "relative";
+            const char *expected = failure == FailingDisk::full ? "34" : "30";
+            CompiledFile file((relative ? "stl-" : organization) + directory.file("f"),
+                              relative ? relativeFile(sequentialAccess) : fixed10);
+            ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+            ASSERT_EQ(file.write("one"), "00");
+            ASSERT_EQ(file.close(), "00");
+            ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
+            {
+                FailingDisk disk(failure);
+                string status = file.write("two");
+                if (!relative) status = file.close(); // buffered until then
+                EXPECT_EQ(status, expected) << organization;
+                if (relative) file.close();
+            }
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            EXPECT_EQ(file.read(), "00");
+            EXPECT_EQ(file.read(), "10") << organization;
+            ASSERT_EQ(file.close(), "00");
+        }
+}
+
+TEST(Threads, FileMovesBetweenThreads)
+{
+    for (FileAttributes attributes : {indexedFile(), relativeFile(), fixed10}) {
+        TemporaryDirectory directory;
+        CompiledFile file("stl-" + directory.file("f"), attributes);
+        auto inThread = [](const std::function<void()> &body) { std::thread(body).join(); };
+        alarm(30); // a lock that belongs to another thread would be waited for
+        for (uint8_t share : {0, 3}) {
+            file.all.laidOut.fib.sharing = share;
+            file.all.laidOut.fib.shareMode = share;
+            inThread([&] { EXPECT_EQ(file.open(ZVK_OPEN_OUTPUT), "00"); });
+            for (int n = 1; n < 5; ++n)
+                inThread([&] {
+                    EXPECT_LE(file.write("00000" + std::to_string(n) + "same000" + std::to_string(n), {.relativeKey = uint64_t(n)}), "02");
+                });
+            inThread([&] { EXPECT_EQ(file.close(), "00"); });
+            inThread([&] { EXPECT_EQ(file.open(ZVK_OPEN_IO), "00"); });
+            for (int n = 1; n < 5; ++n) inThread([&] { EXPECT_EQ(file.read(next), "00"); });
+            inThread([&] { EXPECT_EQ(file.read(next), "10"); });
+            inThread([&] { EXPECT_EQ(file.close(), "00"); });
+        }
+        alarm(0);
+    }
+}
+
+// Two files of one program that are the same file, each used by a thread of its own.
+TEST(Threads, TwoFilesOfOneProgramAreTheSameFile)
+{
+    TemporaryDirectory directory;
+    CompiledFile one(directory.file("i"), indexedFile()), two(directory.file("i"), indexedFile()),
+        reader(directory.file("i"), indexedFile());
+    ASSERT_EQ(one.open(ZVK_OPEN_OUTPUT), "00");
+    ASSERT_EQ(one.close(), "00");
+    ASSERT_EQ(reader.open(ZVK_OPEN_INPUT), "00") << "read first, written later";
+    ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
+    auto insert = [](CompiledFile &file, int from) {
+        for (int n = from; n < 1000; n += 2) {
+            char text[32];
+            snprintf(text, sizeof text, "%06dsame%04d", n, n);
+            EXPECT_LE(file.write(text), "02");
+        }
+    };
+    std::thread other([&] { insert(two, 1); });
+    insert(one, 0);
+    other.join();
+    EXPECT_EQ(one.close(), "00");
+    EXPECT_EQ(two.close(), "00");
+    int count = 0;
+    while (reader.read(next) == "00") ++count;
+    EXPECT_EQ(count, 1000);
+    EXPECT_EQ(reader.close(), "00");
+}
+
+} // namespace

@@ -1,0 +1,341 @@
+// Faults these tests are there to catch: updates of two processes that overwrite each other; a file or record open to somebody who must be kept out, or kept from
+// somebody who may have it; a lock that outlives its time.
+#include "stored_files.h"
+
+namespace {
+
+TEST(Sharing, TwoProcessesLoseNoUpdate)
+{
+    TemporaryDirectory directory;
+    CompiledFile file(directory.file("i"), indexedFile());
+    file.open(ZVK_OPEN_OUTPUT);
+    file.write("000001aaaabbbb000000");
+    file.close();
+    constexpr int updates = 500;
+    auto worker = [&] {
+        CompiledFile own(directory.file("i"), indexedFile());
+        if (own.open(ZVK_OPEN_IO) != "00") _exit(1);
+        for (int done = 0; done < updates;) {
+            own.move("000001");
+            string status = own.read();
+            if (status == "99") {
+                usleep(50);
+                continue;
+            }
+            if (status != "00") _exit(2);
+            char text[32];
+            snprintf(text, sizeof text, "000001aaaabbbb%06d", atoi(own.record().substr(14).c_str()) + 1);
+            if (own.rewrite(text) != "00") _exit(3);
+            ++done;
+        }
+        own.close();
+        _exit(0);
+    };
+    pid_t children[2];
+    for (pid_t &child : children)
+        if ((child = fork()) == 0) worker();
+    for (pid_t child : children) {
+        int ending;
+        waitpid(child, &ending, 0);
+        EXPECT_EQ(ending, 0);
+    }
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    file.move("000001");
+    EXPECT_EQ(file.read(), "00");
+    EXPECT_EQ(file.record().substr(14), "001000");
+    // The record is locked now, for another open of this process, too.
+    CompiledFile other(directory.file("i"), indexedFile());
+    ASSERT_EQ(other.open(ZVK_OPEN_IO), "00");
+    other.move("000001");
+    EXPECT_EQ(other.read(), "99");
+    EXPECT_EQ(other.verb(other.fcb->deleteRecord, {}), "99");
+    EXPECT_EQ(other.read({.options = ZVK_REQUEST_IGNORE_LOCK}), "00");
+    file.close();
+    EXPECT_EQ(other.read(), "00");
+    other.close();
+}
+
+// Who may have a file together with whom: each mode and SHARE clause of one open against each of another, both in other processes.
+TEST(Sharing, EveryModeAndClauseAgainstEveryOther)
+{
+    const uint16_t modes[] = {ZVK_OPEN_INPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_IO, ZVK_OPEN_EXTEND};
+    enum { allOther = 1, readOnly = 2, noOther = 3 };
+    for (FileAttributes attributes : {indexedFile(sequentialAccess), relativeFile(sequentialAccess), fixed10})
+        for (uint8_t firstShare : {allOther, readOnly, noOther})
+            for (uint8_t secondShare : {allOther, readOnly, noOther}) {
+                TemporaryDirectory directory;
+                const string name = "stl-" + directory.file("f");
+                CompiledFile made(name, attributes);
+                ASSERT_EQ(made.open(ZVK_OPEN_OUTPUT), "00");
+                ASSERT_EQ(made.write("1         2222333355"), "00");
+                ASSERT_EQ(made.close(), "00");
+                attributes.share = firstShare;
+                Peer first(name, attributes);
+                attributes.share = secondShare;
+                Peer second(name, attributes);
+                // Where a writer keeps its place in the file there can be only one.
+                auto shareOf = [&](uint8_t share, uint16_t mode) -> uint8_t {
+                    if (mode == ZVK_OPEN_OUTPUT) return noOther;
+                    bool alone = attributes.organization == 0 || (attributes.organization == ZVK_FILE_RELATIVE && mode == ZVK_OPEN_EXTEND);
+                    return alone && mode != ZVK_OPEN_INPUT && share == allOther ? uint8_t{readOnly} : share;
+                };
+                for (uint16_t a : modes)
+                    for (uint16_t b : modes) {
+                        uint8_t shareA = shareOf(firstShare, a), shareB = shareOf(secondShare, b);
+                        auto admits = [](uint8_t share, uint16_t other) {
+                            return share == allOther || (share == readOnly && other == ZVK_OPEN_INPUT);
+                        };
+                        bool together = admits(shareA, b) && admits(shareB, a);
+                        string where = std::to_string(attributes.organization) + ": " + std::to_string(a) + " share " +
+                                       std::to_string(firstShare) + ", " + std::to_string(b) + " share " + std::to_string(secondShare);
+                        ASSERT_EQ(first.open(a), "00") << where;
+                        EXPECT_EQ(second.open(b), together ? "00" : "94") << where;
+                        EXPECT_EQ(second.close(), together ? "00" : "42");
+                        EXPECT_EQ(first.close(), "00") << where;
+                    }
+            }
+}
+
+// The two organizations that have record locks, by the same statements: record 1 and record 2.
+struct Locking : testing::TestWithParam<uint8_t> {
+    TemporaryDirectory directory;
+    const string name = "stl-" + directory.file("f");
+    FileAttributes attributes = GetParam() == ZVK_FILE_INDEXED ? indexedFile() : relativeFile();
+
+    static FileRequest with(int record, uint32_t options = 0) { return {.options = options, .relativeKey = static_cast<uint64_t>(record)}; }
+    string text(int record) const
+    {
+        return GetParam() == ZVK_FILE_INDEXED ? "00000" + std::to_string(record) + "same000" + std::to_string(record) : "r";
+    }
+    void SetUp() override
+    {
+        CompiledFile file(name, attributes);
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        for (int record : {1, 2, 3}) ASSERT_LE(file.write(text(record), with(record)), "02");
+        ASSERT_EQ(file.close(), "00");
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Organizations, Locking, testing::Values(ZVK_FILE_INDEXED, ZVK_FILE_RELATIVE),
+                         [](const auto &organization) { return organization.param == ZVK_FILE_INDEXED ? "Indexed" : "Relative"; });
+
+TEST_P(Locking, AutomaticLocksGoWithTheNextVerb)
+{
+    Peer one(name, attributes), two(name, attributes);
+    FileAttributes reader = attributes;
+    reader.share = 1;
+    Peer looker(name, reader), plain(name, attributes);
+    ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(looker.open(ZVK_OPEN_INPUT), "00");
+    ASSERT_EQ(plain.open(ZVK_OPEN_INPUT), "00");
+    EXPECT_EQ(one.read(text(1), with(1)), "00");
+    EXPECT_EQ(one.read(text(1), with(1)), "00") << "its own lock";
+    EXPECT_EQ(two.read(text(1), with(1)), "99");
+    EXPECT_EQ(two.read(text(1), with(1, ZVK_REQUEST_NO_LOCK)), "99") << "takes no lock, and heeds the others'";
+    EXPECT_EQ(two.read(text(1), with(1, ZVK_REQUEST_IGNORE_LOCK)), "00");
+    EXPECT_EQ(two.rewrite(text(1), with(1)), "99");
+    EXPECT_EQ(two.erase(text(1), with(1)), "99");
+    EXPECT_EQ(looker.read(text(1), with(1)), "99") << "INPUT with a SHARE clause looks at locks";
+    EXPECT_EQ(plain.read(text(1), with(1)), "00");
+    EXPECT_EQ(two.read(text(2), with(2)), "00");
+    EXPECT_EQ(one.read(text(2), with(2)), "99");
+    EXPECT_EQ(two.read(text(1), with(1)), "00") << "the READ that was refused ended the lock on record 1";
+    EXPECT_EQ(one.read(text(2), with(2)), "00");
+    EXPECT_EQ(one.rewrite(text(2), with(2)), "00");
+    EXPECT_EQ(two.read(text(2), with(2)), "00") << "REWRITE ends the lock";
+    EXPECT_EQ(two.start(text(1), {.relation = ZVK_RELATION_EQUAL, .relativeKey = 1}), "00");
+    EXPECT_EQ(one.read(text(2), with(2)), "00") << "START ends the lock";
+    EXPECT_EQ(one.read(text(9), with(9)), "23");
+    EXPECT_EQ(two.read(text(2), with(2)), "00") << "a READ that finds nothing ends the lock";
+    EXPECT_EQ(one.erase(text(3), with(3)), "00");
+    EXPECT_EQ(one.write(text(3), with(3)).substr(0, 1), "0");
+    EXPECT_EQ(two.close(), "00");
+    EXPECT_EQ(one.read(text(2), with(2)), "00") << "CLOSE ends the lock";
+    ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
+    one.die();
+    EXPECT_EQ(two.read(text(2), with(2)), "00") << "a killed program leaves nothing locked";
+}
+
+TEST_P(Locking, SequentialReadStopsAtALockAndGoesOnFromThere)
+{
+    Peer one(name, attributes), two(name, attributes);
+    ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
+    EXPECT_EQ(one.read(text(2), with(2)), "00");
+    EXPECT_EQ(two.read(next), "00");
+    EXPECT_EQ(two.read(next), "99");
+    EXPECT_EQ(two.read(next), "99");
+    EXPECT_EQ(one.read(text(3), with(3)), "00");
+    EXPECT_EQ(two.read(next), "00");
+    EXPECT_EQ(two.record().substr(0, 6), (text(2) + string(10, ' ')).substr(0, 6));
+    EXPECT_EQ(two.read(next), "99");
+    EXPECT_EQ(two.read({.options = ZVK_REQUEST_NEXT | ZVK_REQUEST_IGNORE_LOCK}), "00");
+    EXPECT_EQ(two.read(next), "10");
+}
+
+TEST_P(Locking, ManualLocksOnlyWhatIsSaid)
+{
+    attributes.share = 1;
+    attributes.lock = 1;
+    Peer one(name, attributes), two(name, attributes);
+    ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
+    EXPECT_EQ(one.read(text(1), with(1)), "00");
+    EXPECT_EQ(two.read(text(1), with(1, ZVK_REQUEST_LOCK)), "00") << "a READ without LOCK locks nothing";
+    EXPECT_EQ(one.read(text(1), with(1)), "99");
+    EXPECT_EQ(one.rewrite(text(1), with(1)), "99");
+    EXPECT_EQ(two.unlock(), "00");
+    EXPECT_EQ(one.rewrite(text(1), with(1)), "00") << "nobody has it";
+    EXPECT_EQ(two.read(text(1), with(1)), "00") << "a REWRITE locks only while it works";
+}
+
+TEST_P(Locking, SeveralLocksStayUntilUnlock)
+{
+    for (uint8_t lock : {1, 2}) {
+        attributes.share = 1 | ZVK_FILE_LOCK_COUNT;
+        attributes.lock = lock;
+        Peer one(name, attributes), two(name, attributes);
+        ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
+        ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
+        uint32_t option = lock == 1 ? ZVK_REQUEST_LOCK : 0;
+        for (int record : {1, 2, 3}) EXPECT_EQ(one.read(text(record), with(record, option)), "00");
+        EXPECT_EQ(one.rewrite(text(2), with(2)), "00");
+        for (int record : {1, 2, 3}) EXPECT_EQ(two.read(text(record), with(record, option)), "99") << record;
+        EXPECT_EQ(one.read(text(1), with(1)), "00");
+        EXPECT_EQ(one.unlock(), "00");
+        for (int record : {1, 2, 3}) EXPECT_EQ(two.read(text(record), with(record, option)), "00") << record;
+        EXPECT_EQ(two.close(), "00");
+        EXPECT_EQ(one.read(text(3), with(3)), "00");
+    }
+}
+
+// Each of three processes counts in one record.
+TEST_P(Locking, TwoProcessesLoseNoUpdate)
+{
+    constexpr int updates = 300;
+    CompiledFile file(name, attributes);
+    auto counted = [&](int value) {
+        char digits[16];
+        snprintf(digits, sizeof digits, "%04d", value);
+        return GetParam() == ZVK_FILE_INDEXED ? "000001same0001" + string(digits) : string(digits);
+    };
+    auto valueOf = [&](const string &record) { return atoi(record.substr(GetParam() == ZVK_FILE_INDEXED ? 14 : 0, 4).c_str()); };
+    pid_t children[3];
+    for (pid_t &child : children) {
+        child = fork();
+        if (child) continue;
+        CompiledFile own(name, attributes);
+        if (own.open(ZVK_OPEN_IO) != "00") _exit(1);
+        for (int done = 0; done < updates;) {
+            own.move("000001");
+            string status = own.read(with(1));
+            if (status == "99") {
+                usleep(20);
+                continue;
+            }
+            if (status != "00") _exit(2);
+            status = own.rewrite(counted(valueOf(own.record()) + 1), with(1));
+            if (status != "00" && status != "02") _exit(3);
+            ++done;
+        }
+        own.close();
+        _exit(0);
+    }
+    for (pid_t child : children) {
+        int ending;
+        waitpid(child, &ending, 0);
+        EXPECT_EQ(ending, 0);
+    }
+    ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    file.move("000001");
+    EXPECT_EQ(file.read(with(1)), "00");
+    EXPECT_EQ(valueOf(file.record()), 3 * updates);
+    file.close();
+}
+
+// Three processes insert records under one alternate key at a time: each is there, once, by both keys.
+TEST(Sharing, ProcessesInsertSideBySide)
+{
+    TemporaryDirectory directory;
+    const string name = directory.file("i");
+    CompiledFile file(name, indexedFile());
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    ASSERT_EQ(file.close(), "00");
+    constexpr int each = 400;
+    pid_t children[3];
+    for (int who = 0; who < 3; ++who) {
+        children[who] = fork();
+        if (children[who]) continue;
+        CompiledFile own(name, indexedFile());
+        if (own.open(ZVK_OPEN_IO) != "00") _exit(1);
+        for (int i = 0; i < each; ++i) {
+            char text[32];
+            snprintf(text, sizeof text, "%06dsame%04d", 3 * i + who, 3 * i + who);
+            if (own.write(text) > "02") _exit(2);
+        }
+        _exit(own.close() == "00" ? 0 : 3);
+    }
+    for (pid_t child : children) {
+        int ending;
+        waitpid(child, &ending, 0);
+        EXPECT_EQ(ending, 0);
+    }
+    ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    for (int i = 0; i < 3 * each; ++i) {
+        ASSERT_EQ(file.read(next), "00");
+        ASSERT_EQ(atoi(file.record().substr(0, 6).c_str()), i);
+    }
+    EXPECT_EQ(file.read(next), "10");
+    file.move("      same");
+    string status = file.verb(file.fcb->start, {.relation = ZVK_RELATION_EQUAL, .key = 1});
+    int count = 0, lastOf[3] = {-1, -1, -1};
+    while (status < "10" && (status = file.read(next)) < "10") {
+        int number = atoi(file.record().substr(0, 6).c_str());
+        EXPECT_GT(number, lastOf[number % 3]) << "duplicates of one program in the order of its WRITEs";
+        lastOf[number % 3] = number;
+        ++count;
+    }
+    EXPECT_EQ(count, 3 * each);
+    file.close();
+}
+
+// Programs that are killed while they read leave places in the store's table of readers; they must not use it up.
+TEST(Sharing, KilledReadersLeaveRoomForOthers)
+{
+    TemporaryDirectory directory;
+    const string name = directory.file("i");
+    CompiledFile file(name, indexedFile());
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    file.write("000001aaaabbbb");
+    ASSERT_EQ(file.close(), "00");
+    Peer keeper(name, indexedFile()); // the table lives as long as somebody has the file open
+    ASSERT_EQ(keeper.open(ZVK_OPEN_INPUT), "00");
+    for (int i = 0; i < 150; ++i) {
+        Peer reader(name, indexedFile());
+        ASSERT_EQ(reader.open(ZVK_OPEN_INPUT), "00") << i;
+        ASSERT_EQ(reader.read(next), "00") << i;
+        reader.die();
+    }
+}
+
+// EXTEND that others may write beside: each change is committed, and nobody waits for anybody.
+TEST(Sharing, ExtendWithAllOtherLetsOthersWrite)
+{
+    TemporaryDirectory directory;
+    const string name = directory.file("i");
+    CompiledFile made(name, indexedFile());
+    ASSERT_EQ(made.open(ZVK_OPEN_OUTPUT), "00");
+    ASSERT_EQ(made.close(), "00");
+    FileAttributes shared = indexedFile();
+    shared.share = 1;
+    Peer one(name, shared), two(name, shared);
+    ASSERT_EQ(one.open(ZVK_OPEN_EXTEND), "00");
+    ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
+    EXPECT_EQ(one.write("000001aaaa0001"), "00");
+    alarm(20); // a wait would be for ever
+    EXPECT_EQ(two.write("000002aaaa0002"), "02");
+    alarm(0);
+    EXPECT_EQ(two.read("000001"), "00");
+}
+
+} // namespace

@@ -1,0 +1,299 @@
+// Faults these tests are there to catch: records that come back changed, cut or out of order; half records after a kill; a REWRITE that harms its neighbours;
+// lines and pages that are not as a text tool expects them.
+#include "stored_files.h"
+
+namespace {
+
+TEST(Sequential, RecordsComeBackAsTheyWentIn)
+{
+    for (string prefix : {"rsd-", "wbr-", "stl-", "lsq-"})
+        for (bool variable : {false, true}) {
+            if (prefix == "wbr-" && variable) continue;
+            TemporaryDirectory directory;
+            CompiledFile file(prefix + directory.file("x"), variable ? varying : fixed10);
+            ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00") << prefix << file.fcb->fs2;
+            std::vector<string> written;
+            for (int i = 0; i < 30000; ++i) {
+                string text = std::to_string(i) + string(variable ? i % 30 : 0, 'x');
+                ASSERT_EQ(file.write(text), "00");
+                written.push_back(variable || prefix == "lsq-" ? text : pad(text, 10));
+            }
+            ASSERT_EQ(file.close(), "00");
+            ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00") << prefix << file.fcb->fs2;
+            ASSERT_EQ(file.write("last"), "00");
+            written.push_back(variable || prefix == "lsq-" ? "last" : pad("last", 10));
+            ASSERT_EQ(file.close(), "00");
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            for (const string &text : written) {
+                ASSERT_EQ(file.read(), "00") << prefix << text;
+                ASSERT_EQ(file.record(), text);
+            }
+            EXPECT_EQ(file.read(), "10");
+            EXPECT_EQ(file.read(), "46");
+            EXPECT_EQ(file.close(), "00");
+        }
+}
+
+TEST(Sequential, TornLastRecordIsNotDeliveredAndWrittenOver)
+{
+    TemporaryDirectory directory;
+    for (bool variable : {false, true}) {
+        string path = directory.file(variable ? "v" : "f");
+        CompiledFile file("rsd-" + path, variable ? varying : fixed10);
+        file.open(ZVK_OPEN_OUTPUT);
+        file.write("one");
+        file.write("two");
+        file.close();
+        string whole = readFile(path);
+        for (size_t cut = 1; cut < whole.size() / 2; ++cut) {
+            writeFile(path, whole.substr(0, whole.size() - cut));
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            EXPECT_EQ(file.read(), "00");
+            EXPECT_EQ(file.read(), "10") << cut;
+            file.close();
+            ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
+            file.write("two");
+            file.close();
+            EXPECT_EQ(readFile(path), whole) << cut;
+        }
+    }
+}
+
+TEST(LineSequential, LinesOfAllKinds)
+{
+    TemporaryDirectory directory;
+    string path = directory.file("t");
+    writeFile(path, "a\r\n\nexactlyten\nmore than ten\nend");
+    CompiledFile file("lsq-" + path, fixed10);
+    ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    const std::pair<const char *, const char *> expected[] = {{"00", "a"},          {"00", ""},    {"00", "exactlyten"},
+                                                              {"06", "more than "}, {"00", "ten"}, {"00", "end"}};
+    for (auto [status, text] : expected) {
+        EXPECT_EQ(file.read(), status);
+        EXPECT_EQ(file.record(), text);
+    }
+    EXPECT_EQ(file.read(), "10");
+    file.close();
+    ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
+    EXPECT_EQ(file.write("x\ny"), "30");
+    EXPECT_EQ(file.write("after", {.options = ZVK_REQUEST_AFTER, .advance = 2}), "00");
+    EXPECT_EQ(file.write("page", {.options = ZVK_REQUEST_AFTER, .advance = ZVK_ADVANCE_PAGE}), "00");
+    file.close();
+    EXPECT_EQ(readFile(path), "a\r\n\nexactlyten\nmore than ten\nend\n\nafter\fpage\n");
+}
+
+TEST(LineSequential, LinageTurnsPages)
+{
+    TemporaryDirectory directory;
+    FileAttributes paged = fixed10;
+    paged.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_FOOTING | ZVK_FILE_LINAGE_TOP | ZVK_FILE_LINAGE_BOTTOM;
+    paged.body = 3, paged.footing = 3, paged.top = 1, paged.bottom = 1;
+    CompiledFile file("lsq-" + directory.file("t"), paged);
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    uint32_t counters[] = {2, 3, 1, 2};
+    bool ends[] = {false, true, true, false};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(file.write(std::to_string(i)), "00");
+        EXPECT_EQ(file.fcb->linageCounter, counters[i]);
+        EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE), ends[i]) << i;
+    }
+    file.close();
+    EXPECT_EQ(readFile(directory.file("t")), "0\n1\n2\n\n\n3\n");
+}
+
+// A line written AFTER ADVANCING stays open, and a record BEFORE ADVANCING ends it: the page's counter must know of that line, or pages grow.
+TEST(LineSequential, LinageCountsMixedAdvancing)
+{
+    TemporaryDirectory directory;
+    FileAttributes paged = fixed10;
+    paged.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_FOOTING | ZVK_FILE_LINAGE_TOP | ZVK_FILE_LINAGE_BOTTOM;
+    paged.body = 6, paged.footing = 5, paged.top = 1, paged.bottom = 2;
+    CompiledFile file("lsq-" + directory.file("t"), paged);
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    struct {
+        const char *text;
+        uint32_t options;
+        int32_t advance;
+        uint32_t counter;
+        bool endOfPage;
+    } writes[] = {
+        {"a1", 0, 0, 2, false},                                // BEFORE, by default
+        {"a4", ZVK_REQUEST_AFTER, 2, 4, false},                // stays open on line 4
+        {"a5", 0, 0, 6, true},                                 // on line 5; the next one on 6
+        {"b1", ZVK_REQUEST_AFTER, ZVK_ADVANCE_PAGE, 1, false}, // open on line 1
+        {"b2", ZVK_REQUEST_BEFORE, 1, 3, false},               //
+        {"b6", ZVK_REQUEST_AFTER, 3, 6, true},                 // open on the page's last line
+        {"c1", 0, 0, 2, true},                                 // its end turns the page
+        {"d1", ZVK_REQUEST_AFTER, ZVK_ADVANCE_PAGE, 1, false}, //
+    };
+    for (auto &w : writes) {
+        EXPECT_EQ(file.write(w.text, {.options = w.options, .advance = w.advance}), "00") << w.text;
+        EXPECT_EQ(file.fcb->linageCounter, w.counter) << w.text;
+        EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE), w.endOfPage) << w.text;
+    }
+    file.close();
+    // Every page begins 9 lines behind the one before.
+    EXPECT_EQ(readFile(directory.file("t")), "a1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\n\n\n\nc1\n\n\n\n\n\n\n\n\nd1\n");
+}
+
+TEST(Concatenation, ReadsOneFileAfterTheOther)
+{
+    TemporaryDirectory directory;
+    writeFile(directory.file("a"), "1\n2\n");
+    writeFile(directory.file("b"), "3\n");
+    CompiledFile file("lsq-" + directory.file("a") + ":" + directory.file("b"), fixed10);
+    ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    for (string text : {"1", "2", "3"}) {
+        EXPECT_EQ(file.read(), "00");
+        EXPECT_EQ(file.record(), text);
+    }
+    EXPECT_EQ(file.read(), "10");
+    EXPECT_EQ(file.close(), "00");
+}
+
+TEST(Concatenation, FurtherFilesAndTheirPrefixes)
+{
+    TemporaryDirectory directory;
+    auto name = [&](const char *file) { return directory.file(file); };
+    writeFile(name("a"), "1         2         ");
+    writeFile(name("b"), "3         ");
+    writeFile(name("none"), "");
+    struct {
+        string list;
+        const char *read; // first characters of the records, then the status at the end
+    } cases[] = {
+        {"rsd-" + name("a") + ":" + name("b"), "12310"},
+        {"rsd-" + name("a") + ":" + name("none") + ":" + name("none") + ":RSD-" + name("b"), "12310"},
+        {"rsd-" + name("a") + ":str-" + name("b"), "1233"}, // the same module, and yet refused
+        {"rsd-" + name("a") + ":wbr-" + name("b"), "1233"},
+        {"rsd-" + name("a") + ":xyz-" + name("b"), "1233"},
+        {"wbr-" + name("a") + ":raw-" + name("b"), "12310"},
+        {"rsd-" + name("a") + ":" + name("absent"), "1235"},
+        {"lsq-" + name("b") + ":nat-" + name("b"), "3310"},
+    };
+    for (auto &c : cases) {
+        CompiledFile file(c.list, fixed10);
+        ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00") << c.list;
+        string read;
+        while (file.read() < "10") read += file.record()[0];
+        EXPECT_EQ(read + file.status(), c.read) << c.list;
+        if (file.status() == "33") {
+            EXPECT_EQ(file.fcb->fs2, 39u);
+        }
+        if (file.fcb->mode) {
+            EXPECT_EQ(file.close(), "00");
+        }
+    }
+    // An OPEN that is tried again must not write over the first file.
+    CompiledFile file("rsd-" + name("a") + ":" + name("b"), fixed10);
+    for (uint16_t mode : {ZVK_OPEN_OUTPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_IO, ZVK_OPEN_EXTEND}) EXPECT_EQ(file.open(mode), "33");
+    EXPECT_EQ(readFile(name("a")).size(), 20u);
+    EXPECT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    EXPECT_EQ(file.close(), "00");
+}
+
+TEST(Concatenation, OptionalFilesMayBeAbsent)
+{
+    TemporaryDirectory directory;
+    FileAttributes optional = fixed10;
+    optional.optional = true;
+    writeFile(directory.file("b"), "1         ");
+    CompiledFile file("rsd-" + directory.file("a") + ":" + directory.file("b") + ":" + directory.file("c"), optional);
+    ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    EXPECT_EQ(file.read(), "00");
+    EXPECT_EQ(file.read(), "10");
+    EXPECT_EQ(file.close(), "00");
+    CompiledFile none("rsd-" + directory.file("a") + ":" + directory.file("c"), optional);
+    ASSERT_EQ(none.open(ZVK_OPEN_INPUT), "05");
+    EXPECT_EQ(none.open(ZVK_OPEN_INPUT), "41");
+    EXPECT_EQ(none.read(), "10");
+    EXPECT_EQ(none.read(), "46");
+    EXPECT_EQ(none.close(), "00");
+    EXPECT_EQ(none.close(), "42");
+}
+
+TEST(Sequential, RewriteInPlace)
+{
+    for (string prefix : {"rsd-", "wbr-", "stl-"})
+        for (bool variable : {false, true}) {
+            if (prefix == "wbr-" && variable) continue;
+            TemporaryDirectory directory;
+            CompiledFile file(prefix + directory.file("f"), variable ? varying : fixed10);
+            constexpr int records = 20000; // more than a buffer
+            ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+            auto text = [&](int i, char c) { return string(variable ? 1 + static_cast<size_t>(i) % 40 : 10, c); };
+            for (int i = 0; i < records; ++i) ASSERT_EQ(file.write(text(i, 'a')), "00");
+            ASSERT_EQ(file.close(), "00");
+            ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+            EXPECT_EQ(file.rewrite("a"), "43");
+            for (int i = 0; i < records; ++i) {
+                ASSERT_EQ(file.read(), "00");
+                if (i == 3 && variable) {
+                    EXPECT_EQ(file.rewrite(text(i, 'x') + "y"), "44") << "records lie back to back";
+                } else if (i % 7 == 3) {
+                    ASSERT_EQ(file.rewrite(text(i, 'b')), "00");
+                    ASSERT_EQ(file.rewrite(text(i, 'c')), "43");
+                }
+            }
+            EXPECT_EQ(file.read(), "10");
+            EXPECT_EQ(file.rewrite("a"), "43");
+            EXPECT_EQ(file.read(), "46");
+            EXPECT_EQ(file.write("a"), "92");
+            ASSERT_EQ(file.close(), "00");
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            for (int i = 0; i < records; ++i) {
+                ASSERT_EQ(file.read(), "00");
+                ASSERT_EQ(file.record(), text(i, i % 7 == 3 && !(i == 3 && variable) ? 'b' : 'a')) << i;
+            }
+            EXPECT_EQ(file.read(), "10");
+            ASSERT_EQ(file.close(), "00");
+        }
+}
+
+TEST(Sequential, RecordsOfOtherLengths)
+{
+    TemporaryDirectory directory;
+    CompiledFile file("rsd-" + directory.file("f"), varying);
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    EXPECT_EQ(file.write(""), "44");
+    EXPECT_EQ(file.write("0123456789abcdef"), "00");
+    EXPECT_EQ(file.write("short"), "00");
+    EXPECT_EQ(file.write(string(41, 'x'), {}), "44");
+    ASSERT_EQ(file.close(), "00");
+    FileAttributes shorter = {.longest = 8, .shortest = 1};
+    CompiledFile reader("rsd-" + directory.file("f"), shorter);
+    ASSERT_EQ(reader.open(ZVK_OPEN_IO), "00");
+    EXPECT_EQ(reader.read(), "04") << "longer than the record area: cut";
+    EXPECT_EQ(reader.record(), "01234567");
+    EXPECT_EQ(reader.rewrite("12345678"), "44") << "not the length that it has in the file";
+    EXPECT_EQ(reader.read(), "00");
+    EXPECT_EQ(reader.record(), "short");
+    ASSERT_EQ(reader.close(), "00");
+    EXPECT_EQ(reader.open(ZVK_OPEN_EXTEND), "39");
+    writeFile(directory.file("f"), string("\x03\0\0\0abc\xFF\xFF\xFF\x7Fgarbage", 18));
+    ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    EXPECT_EQ(file.read(), "00");
+    EXPECT_EQ(file.read(), "30") << "a length that no record can have";
+    EXPECT_EQ(file.read(), "46");
+    ASSERT_EQ(file.close(), "00");
+    EXPECT_EQ(file.open(ZVK_OPEN_EXTEND), "39");
+    EXPECT_EQ(readFile(directory.file("f")).size(), 18u) << "damage is not cut off";
+}
+
+TEST(LineSequential, AdvancingAndBlanks)
+{
+    TemporaryDirectory directory;
+    CompiledFile file("lsq-" + directory.file("t"), fixed10);
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    EXPECT_EQ(file.write("  a  "), "00");
+    EXPECT_EQ(file.write(""), "00");
+    EXPECT_EQ(file.write("b", {.options = ZVK_REQUEST_BEFORE, .advance = 3}), "00");
+    EXPECT_EQ(file.write("c", {.options = ZVK_REQUEST_BEFORE, .advance = 0}), "00");
+    EXPECT_EQ(file.write("d", {.options = ZVK_REQUEST_BEFORE, .advance = ZVK_ADVANCE_PAGE}), "00");
+    EXPECT_EQ(file.write("e", {.options = ZVK_REQUEST_AFTER, .advance = 1}), "00");
+    EXPECT_EQ(file.write("f", {.options = ZVK_REQUEST_AFTER, .advance = 0}), "00");
+    EXPECT_EQ(file.close(), "00");
+    EXPECT_EQ(readFile(directory.file("t")), "  a\n\nb\n\n\nc\rd\f\ne\rf\n");
+}
+
+} // namespace
