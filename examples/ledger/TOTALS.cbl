@@ -60,6 +60,10 @@
                    AT END SET AT-END-OF-FILE TO TRUE
                    NOT AT END PERFORM ONE-ACCOUNT
                END-READ
+               IF AC-STAT > "10"
+                   DISPLAY "FILE MASTER STATUS " AC-STAT
+                   PERFORM GIVE-UP
+               END-IF
            END-PERFORM
            CLOSE MASTER BALANCES
            PERFORM SHOW-TOTALS
@@ -115,4 +119,5 @@
                DISPLAY "TOTALS AGREE"
            ELSE
                DISPLAY "TOTALS DISAGREE"
+               PERFORM GIVE-UP
            END-IF.

@@ -86,7 +86,9 @@ void showTotals()
     showMoney("OPENING BALANCES", opening);
     showMoney("CLOSING BALANCES", closing);
     auto expected = sum(sum(sum(sum(opening, totals->deposits), totals->withdrawals), totals->fees), totals->interest);
-    display(equal(expected, closing) ? "TOTALS AGREE" : "TOTALS DISAGREE");
+    if (equal(expected, closing)) return display("TOTALS AGREE");
+    display("TOTALS DISAGREE");
+    _zvkRunUnitTerm(12);
 }
 
 int procedureDivision()
