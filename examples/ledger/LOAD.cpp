@@ -1,4 +1,4 @@
-// LOAD as a compiler lays it out; see LOAD.cbl. UNSTRING has no entry yet and is done in place.
+// LOAD as a compiler lays it out; see LOAD.cbl. UNSTRING and the class tests have no entries yet and are done in place.
 #include "records.h"
 
 extern "C" ZVK_EXPORT int LOAD();
@@ -12,58 +12,58 @@ File<AccountLine> accounts({.name = "ACCOUNTS", .assignment = "ACCOUNTS", .organ
 File<MasterRecord> master(masterFile(kSequential));
 Program program("LOAD", reinterpret_cast<ZvkRoutine>(LOAD), accounts, master);
 
+// The fields as text, and redefined as the numbers that they are.
+Text<6> numberText;
 LeadingSign<13> openingText; // S9(11)V99
 Unsigned<11> limitText;      // 9(9)V99
 Unsigned<5> rateText;        // 9V9(4)
 
-// The next field of an UNSTRING DELIMITED BY X"09": a number right-justified with zeros, or text.
-struct Fields {
+// UNSTRING DELIMITED BY X"09": each item gets the next field, left-justified.
+struct Unstring {
     const char *at, *end;
 
-    size_t next(const char *&field)
+    template <class Item>
+    void into(Item &item)
     {
-        field = at;
+        const char *field = at;
         while (at < end && *at != '\t') at++;
-        size_t length = static_cast<size_t>(at - field);
+        move(reinterpret_cast<char *>(item.bytes), sizeof item.bytes, field, static_cast<size_t>(at - field));
         if (at < end) at++;
-        while (length && field[length - 1] == ' ') length--;
-        return length;
-    }
-    void number(uint8_t *digits, size_t count)
-    {
-        const char *field;
-        size_t length = next(field);
-        memset(digits, '0', count);
-        if (length > count) field += length - count, length = count;
-        memcpy(digits + count - length, field, length);
-    }
-    template <size_t size>
-    void text(Text<size> &item)
-    {
-        const char *field;
-        size_t length = next(field);
-        move(item.bytes, size, field, length);
     }
 };
+
+void notLoaded() { display("ACCOUNT NOT LOADED: ", Shown(accounts.record.text, sizeof accounts.record.text)); }
+
+bool openingIsNumeric()
+{
+    return (openingText.bytes[0] == '+' || openingText.bytes[0] == '-') && isNumeric(openingText.bytes + 1, openingText.kDigits);
+}
 
 void loadAccount()
 {
     const char *line = accounts.record.text;
-    Fields fields = {line, line + sizeof accounts.record.text};
+    Unstring fields = {line, line + sizeof accounts.record.text};
     MasterRecord &account = master.record;
-    fields.number(account.number.bytes, 6);
-    fields.text(account.name);
-    fields.text(account.status);
-    fields.number(openingText.bytes, sizeof openingText.bytes);
-    fields.number(limitText.bytes, sizeof limitText.bytes);
-    fields.number(rateText.bytes, sizeof rateText.bytes);
+    fields.into(numberText);
+    fields.into(account.name);
+    fields.into(account.status);
+    fields.into(openingText);
+    fields.into(limitText);
+    fields.into(rateText);
+    if (!isNumeric(numberText.bytes, 6) || !openingIsNumeric() || !isNumeric(limitText.bytes, 11) || !isNumeric(rateText.bytes, 5))
+        return notLoaded();
+    memcpy(account.number.bytes, numberText.bytes, 6);
     move(account.opening, openingText);
     move(account.balance, openingText);
     move(account.limit, limitText);
     move(account.rate, rateText);
     account.posted = 0;
     memset(account.lastDate.bytes, '0', sizeof account.lastDate.bytes);
-    if (!master.write()) display("ACCOUNT NOT LOADED: ", Shown(line, sizeof accounts.record.text));
+    master.write();
+    if (master.is("21") || master.is("22"))
+        notLoaded();
+    else
+        master.need();
 }
 
 int procedureDivision()
@@ -72,7 +72,17 @@ int procedureDivision()
     accounts.need();
     master.open(ZVK_OPEN_OUTPUT);
     master.need();
-    while (accounts.read()) loadAccount();
+    bool restOfLine = false;
+    while (accounts.read()) {
+        const bool tooLong = accounts.is("06");
+        if (!restOfLine && tooLong)
+            notLoaded();
+        else if (!restOfLine)
+            loadAccount();
+        // What follows the first part of an over-long line is skipped.
+        restOfLine = tooLong;
+    }
+    accounts.need();
     accounts.close();
     master.close();
     master.need();
