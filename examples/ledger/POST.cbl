@@ -81,6 +81,10 @@
                    AT END SET AT-END-OF-FILE TO TRUE
                    NOT AT END PERFORM ONE-LINE
                END-READ
+               IF TX-STAT > "10"
+                   DISPLAY "FILE TRANSACTIONS STATUS " TX-STAT
+                   PERFORM GIVE-UP
+               END-IF
            END-PERFORM
            CLOSE TRANSACTIONS MASTER POSTED REJECTS
            GOBACK.
@@ -189,14 +193,22 @@
                    IF NOT AC-OPEN
                        MOVE 8 TO REASON
                    END-IF
-           END-READ.
+           END-READ
+           IF AC-STAT > "09" AND NOT = "23"
+               DISPLAY "FILE MASTER STATUS " AC-STAT
+               PERFORM GIVE-UP
+           END-IF.
 
        CHECK-REFERENCE.
            MOVE TX-REFERENCE TO PO-REFERENCE
            READ POSTED
                INVALID KEY CONTINUE
                NOT INVALID KEY MOVE 9 TO REASON
-           END-READ.
+           END-READ
+           IF PO-STAT > "09" AND NOT = "23"
+               DISPLAY "FILE POSTED STATUS " PO-STAT
+               PERFORM GIVE-UP
+           END-IF.
 
       * What is added to the balance.
        COMPUTE-VALUE.

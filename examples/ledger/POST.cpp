@@ -84,14 +84,19 @@ bool amountIsNumeric()
 int checkAccount()
 {
     move(master.record.number, transactions.record.account);
-    if (!master.readKey()) return 7;
+    master.readKey();
+    if (master.is("23")) return 7;
+    master.need();
     return equal(master.record.status, "A") ? 0 : 8;
 }
 
 int checkReference()
 {
     move(posted.record.reference, transactions.record.reference);
-    return posted.readKey() ? 9 : 0;
+    posted.readKey();
+    if (posted.is("23")) return 0;
+    posted.need();
+    return 9;
 }
 
 int computeValue()

@@ -119,9 +119,20 @@
            PERFORM UNTIL AT-END-OF-FILE
                READ POSTED NEXT RECORD
                    AT END SET AT-END-OF-FILE TO TRUE
-                   NOT AT END RELEASE SORT-RECORD FROM POSTED-RECORD
+                   NOT AT END PERFORM GIVE-POSTING
                END-READ
+               IF PO-STAT > "10"
+                   DISPLAY "FILE POSTED STATUS " PO-STAT
+                   PERFORM GIVE-UP
+               END-IF
            END-PERFORM.
+
+       GIVE-POSTING.
+           RELEASE SORT-RECORD FROM POSTED-RECORD
+           IF SORT-RETURN NOT = ZERO
+               DISPLAY "SORT-FILE IS FULL"
+               PERFORM GIVE-UP
+           END-IF.
 
        PRINT-POSTINGS.
            MOVE "N" TO AT-END-SWITCH

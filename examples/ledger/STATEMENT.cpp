@@ -105,7 +105,11 @@ void print(const Line &line, int32_t advance = 0)
 void givePostings()
 {
     uint16_t status = 0;
-    while (posted.read()) _zvkRelease(sizeof(PostedRecord), &posted.record, &status);
+    while (status == 0 && posted.read()) _zvkRelease(sizeof(PostedRecord), &posted.record, &status);
+    if (status != 0) {
+        display("SORT-FILE IS FULL");
+        _zvkRunUnitTerm(12);
+    }
     posted.need();
 }
 
