@@ -29,6 +29,32 @@ if "$ledger/data/check.py" --accounts "$work/data/accounts.txt" --transactions "
     exit 1
 fi
 
+# Pages stand on the paper: every heading 60 lines behind the one before.
+awk '/^STATEMENTS OF ACCOUNT/ {if (last && NR - last != 60) {print FILENAME ": page of " NR - last " lines at line " NR; exit 1} last = NR}' "$newest"
+
+# The hand-made input: every reason, both forms of a sign, CR LF, lines of one, two and three records, halves of a cent, no end of the last line.
+small=$ledger/data/small
+status=0
+"$ledger/run" "$programs" "$small" "$work/small" >"$work/out" || status=$?
+[ "$status" = 4 ] || { cat "$work/out"; echo "hand-made input: exit $status"; exit 1; }
+"$ledger/data/check.py" --accounts "$small/accounts.txt" --transactions "$small/transactions.txt" --balances "$work/small/balances.txt" \
+    --rejects "$work/small/rejects.txt" --statements "$work/small/statements.g0001v00" --totals "$work/out"
+[ "$(cut -c1-2 "$work/small/rejects.txt" | sort -u | wc -l)" = 11 ] || { cut -c1-23 "$work/small/rejects.txt"; echo "a reason is missing"; exit 1; }
+
+# Lines that are no accounts are named and left out: too long (three records), not numeric, fields missing, a number twice or out of order.
+mkdir "$work/bad"
+cp "$small/transactions.txt" "$work/bad/"
+{
+    cat "$small/accounts.txt"
+    printf '%0200d\n' 1
+    printf '99999X\tLETTER\tA\t+0000000000000\t00000000000\t00000\n'
+    printf '999999\tNO SIGN\tA\t00000000000000\t00000000000\t00000\n\n'
+    printf '999999\tTWICE\tA\t+0000000000000\t00000000000\t00000\n000001\tLATE\tA\t+0000000000000\t00000000000\t00000\n'
+} >"$work/bad/accounts.txt"
+"$ledger/run" "$programs" "$work/bad" "$work/badrun" >"$work/out" || true
+cmp "$work/small/balances.txt" "$work/badrun/balances.txt"
+[ "$(grep -c '^ACCOUNT NOT LOADED' "$work/out")" = 6 ] || { cat "$work/out"; echo "not six lines left out"; exit 1; }
+
 rm "$work/data/transactions.txt"
 status=0
 "$ledger/run" "$programs" "$work/data" "$work/run" >"$work/out" 2>&1 || status=$?
