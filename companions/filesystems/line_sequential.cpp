@@ -96,7 +96,7 @@ private:
         if (lines < 0 && !page) lines = 0;
         constexpr int32_t mostLines = 4096;
         if (lines > mostLines) lines = mostLines;
-        uint32_t feed = static_cast<uint32_t>(lines);
+        uint32_t feed = page ? 0 : static_cast<uint32_t>(lines);
         // A record BEFORE ADVANCING does not overprint a line that is still open: that line is ended first, and on a page its end counts like any other.
         uint32_t endsFirst = !after && file->lineOpen ? 1 : 0;
         LinageStep first = {}, step = {};
