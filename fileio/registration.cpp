@@ -238,3 +238,11 @@ void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures)
     if (file->close) file->close(file, element);
     if (!useProcedures && !(before & ZVK_CLOSE_NO_USE)) file->closeOptions &= static_cast<uint16_t>(~ZVK_CLOSE_NO_USE);
 }
+
+void zvkForgetFailedOpen(FCB *file)
+{
+    if (!(file->state & ZVK_FILE_NAME_ALLOCATED) || zvkFileIsExternal(file)) return;
+    zvkSetFileName(file, nullptr, false);
+    _zvk_Concat_Free(file->concatenation);
+    file->concatenation = nullptr;
+}

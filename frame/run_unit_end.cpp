@@ -32,8 +32,13 @@ template <class Close>
 void forEachFile(IPCB *ipcb, Close close)
 {
     forEachElement(ipcb, [&](IPCB &element) {
-        for (int32_t i = 0; element.files && i < element.fileCount; i++)
-            if (FCB *file = element.files[i]; file && zvkFileIsOpen(file)) close(file, &element);
+        for (int32_t i = 0; element.files && i < element.fileCount; i++) {
+            FCB *file = element.files[i];
+            if (file && zvkFileIsOpen(file))
+                close(file, &element);
+            else if (file)
+                zvkForgetFailedOpen(file);
+        }
     });
 }
 

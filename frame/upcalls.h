@@ -12,6 +12,9 @@ bool zvkFileIsOpen(const FCB *file);
 bool zvkFileIsExternal(const FCB *file);
 void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures);
 
+// fileio: gives back what a failed OPEN left in a file that is not open: with its program's code the record goes, too.
+void zvkForgetFailedOpen(FCB *file);
+
 // fileio: closes the file-system modules at the runtime's end.
 void zvkUnloadModules();
 
