@@ -411,6 +411,39 @@ TEST(SortEngine, FailuresHaveTheirNumbersAndLeaveNothing)
     EXPECT_EQ(giving.opens, giving.closes);
 }
 
+// A spill file whose bytes changed is refused or sorted as it stands; nobody reads beyond it.
+TEST(SortEngine, DamagedSpillFiles)
+{
+    TemporaryDirectory directory;
+    std::string in = directory.file("in"), out = directory.file("out");
+    Call call;
+    call.format = ZVK_SORT_VARIABLE;
+    call.length = 100;
+    call.directory = directory.path();
+    call.memory = 1;
+    call.order.keys = {sortKey(2, 5, ZVK_KEY_PACKED, true), sortKey(9, 30, ZVK_KEY_ZONED, false, 1)};
+    call.input.path = in.c_str();
+    call.output.path = out.c_str();
+    std::string whole = released(makeRecords(1500, call.order.keys, true), true);
+    std::mt19937 random(11);
+    int refused = 0;
+    for (int i = 0; i < 200; i++) {
+        std::string bytes = whole.substr(0, i % 2 ? whole.size() : random() % whole.size());
+        for (unsigned n = random() % 4; n-- && !bytes.empty();) bytes[random() % bytes.size()] = static_cast<char>(random());
+        writeFile(in, bytes);
+        if (call.run() == 0) {
+            ASSERT_EQ(readFile(out).size(), bytes.size());
+            std::filesystem::remove(out);
+        } else {
+            ASSERT_TRUE(call.error == ZVK_SORT_EFORM || call.error == ZVK_SORT_ESHORT) << call.error;
+            refused++;
+        }
+        ASSERT_EQ(filesIn(directory.path()), 1u);
+    }
+    EXPECT_GT(refused, 90);
+    EXPECT_LT(refused, 200);
+}
+
 // Two places where the disk may be full: the work file and the result.
 TEST(SortEngine, FullDisk)
 {
