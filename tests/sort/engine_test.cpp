@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include "kvr2/fileio.h"
 #include "sort_data.h"
@@ -95,6 +96,16 @@ __attribute__((noinline)) void overwriteStack()
 {
     volatile uint8_t bytes[100000];
     for (volatile uint8_t &byte : bytes) byte = 0xEE;
+}
+
+// Is the process back at one thread? The system lists one that was joined for a moment longer.
+bool noWorker()
+{
+#ifdef __SANITIZE_THREAD__ // whose run time has threads of its own
+    return true;
+#endif
+    for (int tries = 0; tries < 1000 && filesIn("/proc/self/task") > 1; tries++) usleep(5000);
+    return filesIn("/proc/self/task") == 1;
 }
 
 // From memory to memory.
@@ -495,7 +506,7 @@ TEST(SortEngine, AbandonedInEachOfItsCalls)
                 TestFile::onCall = [&] {
                     if (++calls != at) return;
                     engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
-                    REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
+                    REQUIRE(filesIn("/proc/self/fd") == descriptors && noWorker());
                 };
                 REQUIRE(call.run() == 16);
                 REQUIRE(call.error == ZVK_SORT_EABANDONED);
@@ -547,7 +558,7 @@ TEST(SortEngine, AbandonedAfterAJumpOutOfIt)
                 std::fill(collating.begin(), collating.end(), 0);
                 overwriteStack();
                 engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
-                REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
+                REQUIRE(filesIn("/proc/self/fd") == descriptors && noWorker());
             }));
     EXPECT_EQ(filesIn(directory.path()), 0u);
 }
