@@ -104,7 +104,7 @@ bool prepareBuffer(ZvkThreadRecord *record)
         zvkNoStorage();
         return false;
     }
-    record->spillPath[0] = 0;
+    record->spillPath[0] = 0; // the file of a result that was not returned to its end stays: nothing but its end removes it
     record->capacity = kSortBufferBytes;
     record->fill = 0;
     record->fileOffset = 0;

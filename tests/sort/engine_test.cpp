@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include "kvr2/fileio.h"
 #include "sort_data.h"
@@ -95,6 +96,16 @@ __attribute__((noinline)) void overwriteStack()
 {
     volatile uint8_t bytes[100000];
     for (volatile uint8_t &byte : bytes) byte = 0xEE;
+}
+
+// Is the process back at one thread? The system lists one that was joined for a moment longer.
+bool noWorker()
+{
+#ifdef __SANITIZE_THREAD__ // whose run time has threads of its own
+    return true;
+#endif
+    for (int tries = 0; tries < 1000 && filesIn("/proc/self/task") > 1; tries++) usleep(5000);
+    return filesIn("/proc/self/task") == 1;
 }
 
 // From memory to memory.
@@ -411,6 +422,39 @@ TEST(SortEngine, FailuresHaveTheirNumbersAndLeaveNothing)
     EXPECT_EQ(giving.opens, giving.closes);
 }
 
+// A spill file whose bytes changed is refused or sorted as it stands; nobody reads beyond it.
+TEST(SortEngine, DamagedSpillFiles)
+{
+    TemporaryDirectory directory;
+    std::string in = directory.file("in"), out = directory.file("out");
+    Call call;
+    call.format = ZVK_SORT_VARIABLE;
+    call.length = 100;
+    call.directory = directory.path();
+    call.memory = 1;
+    call.order.keys = {sortKey(2, 5, ZVK_KEY_PACKED, true), sortKey(9, 30, ZVK_KEY_ZONED, false, 1)};
+    call.input.path = in.c_str();
+    call.output.path = out.c_str();
+    std::string whole = released(makeRecords(1500, call.order.keys, true), true);
+    std::mt19937 random(11);
+    int refused = 0;
+    for (int i = 0; i < 200; i++) {
+        std::string bytes = whole.substr(0, i % 2 ? whole.size() : random() % whole.size());
+        for (unsigned n = random() % 4; n-- && !bytes.empty();) bytes[random() % bytes.size()] = static_cast<char>(random());
+        writeFile(in, bytes);
+        if (call.run() == 0) {
+            ASSERT_EQ(readFile(out).size(), bytes.size());
+            std::filesystem::remove(out);
+        } else {
+            ASSERT_TRUE(call.error == ZVK_SORT_EFORM || call.error == ZVK_SORT_ESHORT) << call.error;
+            refused++;
+        }
+        ASSERT_EQ(filesIn(directory.path()), 1u);
+    }
+    EXPECT_GT(refused, 90);
+    EXPECT_LT(refused, 200);
+}
+
 // Two places where the disk may be full: the work file and the result.
 TEST(SortEngine, FullDisk)
 {
@@ -462,7 +506,7 @@ TEST(SortEngine, AbandonedInEachOfItsCalls)
                 TestFile::onCall = [&] {
                     if (++calls != at) return;
                     engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
-                    REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
+                    REQUIRE(filesIn("/proc/self/fd") == descriptors && noWorker());
                 };
                 REQUIRE(call.run() == 16);
                 REQUIRE(call.error == ZVK_SORT_EABANDONED);
@@ -514,7 +558,7 @@ TEST(SortEngine, AbandonedAfterAJumpOutOfIt)
                 std::fill(collating.begin(), collating.end(), 0);
                 overwriteStack();
                 engine()(ZVK_SORT_END, 0, 0, nullptr, nullptr, {}, {}, {}, {});
-                REQUIRE(filesIn("/proc/self/fd") == descriptors && filesIn("/proc/self/task") == 1);
+                REQUIRE(filesIn("/proc/self/fd") == descriptors && noWorker());
             }));
     EXPECT_EQ(filesIn(directory.path()), 0u);
 }

@@ -182,6 +182,15 @@ KVR2_PIECE(sort_chunks)
     REQUIRE(fixed.op(2) == 0 && calls.back().op == 2);
     for (size_t i = 0; i < 600; i++) REQUIRE(next() == numbered(i, 999));
     REQUIRE(next() == "END");
+    // What is not returned to its end stays behind, until the next result of this thread takes its name.
+    REQUIRE(fixed.op(2) == 0 && next() == numbered(0, 999));
+    std::string unread = std::string(getenv("TMPDIR")) + "/" + spillName("sortwko.");
+    fixed.usingList.count = 0;
+    REQUIRE(fixed.op(1) == 0 && fixed.op(3) == 0 && next() == "END" && std::filesystem::file_size(unread) == 600 * 999);
+    fixed.usingList.count = 1;
+    REQUIRE(fixed.op(2) == 0 && next() == numbered(0, 999));
+    for (size_t i = 1; i < 600; i++) REQUIRE(next() == numbered(i, 999));
+    REQUIRE(next() == "END" && !std::filesystem::exists(unread));
     // Records longer than the buffer, between short ones; the last of them at the end.
     for (uint32_t format : {ZVK_SORT_FIXED, ZVK_SORT_VARIABLE}) {
         Statement longer(format, kBuffer + 1000);
