@@ -17,7 +17,7 @@ struct Lines {
         if (file->format.longest == 0)
             fail(fcb, 39, fs2RecordLength);
         else if (file->linage)
-            startLinage(fcb, fib);
+            file->firstPage = startLinage(fcb, fib) && (fcb->requestedMode & ZVK_OPEN_OUTPUT);
     }
 
     static uint64_t wholeSize(FCB *fcb, SequentialFile *file, uint64_t size, bool extend)
@@ -96,21 +96,26 @@ private:
         if (lines < 0 && !page) lines = 0;
         constexpr int32_t mostLines = 4096;
         if (lines > mostLines) lines = mostLines;
-        uint32_t feed = static_cast<uint32_t>(lines);
-        LinageStep step = {};
+        uint32_t feed = page ? 0 : static_cast<uint32_t>(lines);
+        uint32_t margin = file->firstPage ? fcb->linageTop : 0;
+        // A record BEFORE ADVANCING does not go on the line of one that was written AFTER.
+        uint32_t lead = !after && file->lineOpen ? 1 : 0;
+        LinageStep leading = {lead, fcb->linageCounter, false, false}, step = {};
         if (file->linage) {
-            step = linageStep(fcb, page, feed);
+            if (lead) leading = linageStep(fcb, fcb->linageCounter, false, lead);
+            step = linageStep(fcb, leading.counter, page, feed);
             feed = step.lines;
             page = false;
         }
         // Room for all of it at once, so that a record is never torn from its lines: they may be more than the buffer has.
-        if (length + feed + 2 > file->stream.capacity) return fail(fcb, 34, fs2Full);
-        if (!file->stream.reserve(length + feed + 2)) return failWithErrno(fcb, file->stream.error);
-        bool wasOpen = file->lineOpen;
+        size_t room = size_t(margin) + leading.lines + length + feed + 2;
+        if (room > file->stream.capacity) return fail(fcb, 34, fs2Full);
+        if (!file->stream.reserve(room)) return failWithErrno(fcb, file->stream.error);
+        lineEnds(file, margin);
         if (after)
             advance(file, page, feed);
-        else if (wasOpen)
-            lineEnds(file, 1);
+        else
+            lineEnds(file, leading.lines);
         memcpy(file->stream.buffer + file->stream.at, record, length);
         file->stream.commit(length);
         file->lineOpen = true;
@@ -118,9 +123,11 @@ private:
             advance(file, page, feed);
             file->lineOpen = false;
         }
+        file->firstPage = false;
         if (file->linage) {
+            takeLinageStep(fcb, leading);
             takeLinageStep(fcb, step);
-            if (step.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
+            if (step.endOfPage || leading.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
         }
         return true;
     }

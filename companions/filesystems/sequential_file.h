@@ -37,6 +37,7 @@ struct SequentialFile {
     uint64_t records;    // read or written so far
     bool lineOpen;       // line sequential output: the last record has no line end yet
     bool linage;
+    bool firstPage; // LINAGE: the first page's top margin is still to be written
 };
 
 constexpr size_t streamBufferSize = 256 * 1024;
