@@ -190,6 +190,7 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
         stream.base = dataStart;
         file->whole = ~uint64_t(0);
         Format::open(fcb, fib, file);
+        if (fcb->status < 10 && (fcb->requestedMode & ZVK_OPEN_OUTPUT)) emptyFile(fcb, opened, dataStart);
         if (fcb->status < 10 && opened.seekable && !(fcb->requestedMode & ZVK_OPEN_OUTPUT)) {
             bool extend = fcb->requestedMode & ZVK_OPEN_EXTEND;
             file->whole = Format::wholeSize(fcb, file, opened.size, extend);
