@@ -33,10 +33,12 @@ static bool attributesPossible(FCB *fcb, const FIB *fib)
 // The store of an indexed file comes first: a program killed between the two leaves an empty file, which counts as absent.
 static bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expected, StoredHeader *header)
 {
+    bool indexed = expected.organization & ZVK_FILE_INDEXED;
     *header = expected;
+    if ((indexed && !storeCanBeMade(fcb)) || !emptyFile(fcb, opened, 0)) return false;
     if (getrandom(&header->identity, sizeof header->identity, 0) != static_cast<ssize_t>(sizeof header->identity))
         header->identity = reinterpret_cast<uintptr_t>(fcb) ^ static_cast<uint64_t>(getpid());
-    if ((expected.organization & ZVK_FILE_INDEXED) && !createStore(fcb, *header)) return false;
+    if (indexed && !createStore(fcb, *header)) return false;
     return writeHeader(fcb, opened.descriptor, header);
 }
 
@@ -58,7 +60,8 @@ static void openStored(FCB *fcb, IPCB *element)
     if (opened.created) {
         beginMaking(opened.descriptor);
         struct stat about;
-        if (fstat(opened.descriptor, &about) == 0 && about.st_size) { // another program made it in the meantime
+        if (!(fcb->requestedMode & ZVK_OPEN_OUTPUT) && fstat(opened.descriptor, &about) == 0 &&
+            about.st_size) { // another program made it in the meantime
             opened.created = false;
             opened.size = static_cast<uint64_t>(about.st_size);
             zvkSetStatus(fcb, 0, fs2None);

@@ -211,11 +211,22 @@ Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeade
     return store;
 }
 
+bool storeCanBeMade(FCB *fcb)
+{
+    char name[PATH_MAX];
+    if (!storeName(fcb, name, "")) return false;
+    int descriptor = open(name, O_RDWR | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666);
+    if (descriptor < 0) return failWithErrno(fcb, errno);
+    close(descriptor);
+    return true;
+}
+
 bool createStore(FCB *fcb, const StoredHeader &header)
 {
     char name[PATH_MAX], lock[PATH_MAX];
     if (!storeName(fcb, name, "") || !storeName(fcb, lock, "-lock")) return false;
-    if ((unlink(name) && errno != ENOENT) || (unlink(lock) && errno != ENOENT)) return failWithErrno(fcb, errno);
+    unlink(lock); // nobody uses it; LMDB makes it good if it stays
+    if (truncate(name, 0) != 0) return failWithErrno(fcb, errno);
     SizeLimitHeldOff guard;
     MDB_env *env = nullptr;
     MDB_txn *txn = nullptr;

@@ -15,7 +15,10 @@ namespace filesystems {
 
 struct Store;
 
-// Makes the empty store of a new file, in place of any old one; false with the status set.
+// May this program write the file's store, or make it? Asked before anything of an old file goes. False with the status set.
+bool storeCanBeMade(FCB *fcb);
+
+// Makes the empty store of a new file out of any old one; false with the status set.
 bool createStore(FCB *fcb, const StoredHeader &header);
 
 // Opens the file's store; null with the status set. `data` receives the databases of all keys.

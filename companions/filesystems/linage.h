@@ -3,8 +3,8 @@
 //     top margin | body, its last lines the footing area | bottom margin
 //
 // The counter is the line of the body that the next record BEFORE, or the last one AFTER ADVANCING, stands on. A record that leaves the body turns the page:
-// the rest of the body, the bottom margin and the next top margin go out as lines, and the counter is 1 again. Pages are plain lines: a page of 60 lines with
-// margins of 3 takes 66.
+// the rest of the body, the bottom margin and the next top margin go out as lines, and the counter is 1 again; the first page's top margin goes out with the first
+// record. Pages are plain lines: a page of 60 lines with margins of 3 takes 66.
 #ifndef COMPANIONS_FILESYSTEMS_LINAGE_H
 #define COMPANIONS_FILESYSTEMS_LINAGE_H
 

@@ -17,7 +17,7 @@ struct Lines {
         if (file->format.longest == 0)
             fail(fcb, 39, fs2RecordLength);
         else if (file->linage)
-            startLinage(fcb, fib);
+            file->firstPage = startLinage(fcb, fib) && (fcb->requestedMode & ZVK_OPEN_OUTPUT);
     }
 
     static uint64_t wholeSize(FCB *fcb, SequentialFile *file, uint64_t size, bool extend)
@@ -97,28 +97,25 @@ private:
         constexpr int32_t mostLines = 4096;
         if (lines > mostLines) lines = mostLines;
         uint32_t feed = page ? 0 : static_cast<uint32_t>(lines);
-        // A record BEFORE ADVANCING does not overprint a line that is still open: that line is ended first, and on a page its end counts like any other.
-        uint32_t endsFirst = !after && file->lineOpen ? 1 : 0;
-        LinageStep first = {}, step = {};
+        uint32_t margin = file->firstPage ? fcb->linageTop : 0;
+        // A record BEFORE ADVANCING does not go on the line of one that was written AFTER.
+        uint32_t lead = !after && file->lineOpen ? 1 : 0;
+        LinageStep leading = {lead, linagePlace(fcb), false}, step = {};
         if (file->linage) {
-            LinagePlace place = linagePlace(fcb);
-            if (endsFirst) {
-                first = linageStep(fcb, place, false, 1);
-                endsFirst = first.lines;
-                place = first.place;
-            }
-            step = linageStep(fcb, place, page, feed);
+            if (lead) leading = linageStep(fcb, leading.place, false, lead);
+            step = linageStep(fcb, leading.place, page, feed);
             feed = step.lines;
             page = false;
         }
         // Room for all of it at once, so that a record is never torn from its lines: they may be more than the buffer has.
-        const size_t room = size_t(length) + endsFirst + feed + 2;
+        size_t room = size_t(margin) + leading.lines + length + feed + 2;
         if (room > file->stream.capacity) return fail(fcb, 34, fs2Full);
         if (!file->stream.reserve(room)) return failWithErrno(fcb, file->stream.error);
+        lineEnds(file, margin);
         if (after)
             advance(file, page, feed);
-        else if (endsFirst)
-            lineEnds(file, endsFirst);
+        else
+            lineEnds(file, leading.lines);
         memcpy(file->stream.buffer + file->stream.at, record, length);
         file->stream.commit(length);
         file->lineOpen = true;
@@ -126,9 +123,10 @@ private:
             advance(file, page, feed);
             file->lineOpen = false;
         }
+        file->firstPage = false;
         if (file->linage) {
             takeLinageStep(fcb, step);
-            if (first.endOfPage || step.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
+            if (step.endOfPage || leading.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
         }
         return true;
     }

@@ -77,12 +77,13 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
         }
         created = true;
     }
-    if (output && about.st_size && ftruncate(descriptor, 0) != 0) {
-        failWithErrno(fcb, errno);
-        return refused(descriptor);
-    }
     if (created && !output) zvkSetStatus(fcb, 5, fs2Absent);
-    return {descriptor, true, created || output, output ? 0 : static_cast<uint64_t>(about.st_size), held};
+    return {descriptor, true, created || output, static_cast<uint64_t>(about.st_size), held};
+}
+
+bool emptyFile(FCB *fcb, const Opened &opened, uint64_t size)
+{
+    return opened.size <= size || ftruncate(opened.descriptor, static_cast<off_t>(size)) == 0 || failWithErrno(fcb, errno);
 }
 
 } // namespace filesystems

@@ -37,6 +37,7 @@ struct SequentialFile {
     uint64_t records;    // read or written so far
     bool lineOpen;       // line sequential output: the last record has no line end yet
     bool linage;
+    bool firstPage; // LINAGE: the first page's top margin is still to be written
 };
 
 constexpr size_t streamBufferSize = 256 * 1024;
@@ -189,6 +190,7 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
         stream.base = dataStart;
         file->whole = ~uint64_t(0);
         Format::open(fcb, fib, file);
+        if (fcb->status < 10 && (fcb->requestedMode & ZVK_OPEN_OUTPUT)) emptyFile(fcb, opened, dataStart);
         if (fcb->status < 10 && opened.seekable && !(fcb->requestedMode & ZVK_OPEN_OUTPUT)) {
             bool extend = fcb->requestedMode & ZVK_OPEN_EXTEND;
             file->whole = Format::wholeSize(fcb, file, opened.size, extend);

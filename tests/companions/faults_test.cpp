@@ -136,4 +136,31 @@ TEST(Threads, TwoFilesOfOneProgramAreTheSameFile)
     EXPECT_EQ(reader.close(), "00");
 }
 
+// A program that forks with a file open: the child opens the file for itself, and takes nothing of its parent's.
+TEST(Threads, ChildProcessOpensForItself)
+{
+    TemporaryDirectory directory;
+    CompiledFile file(directory.file("i"), indexedFile()), childs(directory.file("i"), indexedFile());
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    ASSERT_EQ(file.close(), "00");
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(file.write("000001aaaa0001"), "00");
+    pid_t child = fork();
+    if (child == 0) {
+        if (childs.open(ZVK_OPEN_IO) != "00") _exit(1);
+        for (int n = 2; n < 50; ++n)
+            if (childs.write(std::to_string(100000 + n) + "bbbb" + std::to_string(1000 + n)) > "02") _exit(2);
+        _exit(childs.close() == "00" ? 0 : 3);
+    }
+    for (int n = 50; n < 100; ++n) EXPECT_LE(file.write(std::to_string(100000 + n) + "bbbb" + std::to_string(1000 + n)), "02");
+    int ending;
+    waitpid(child, &ending, 0);
+    EXPECT_EQ(ending, 0);
+    int count = 0;
+    ASSERT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_FIRST}), "00");
+    while (file.read(next) == "00") ++count;
+    EXPECT_EQ(count, 99);
+    EXPECT_EQ(file.close(), "00");
+}
+
 } // namespace

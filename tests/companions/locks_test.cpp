@@ -96,6 +96,31 @@ TEST(Sharing, EveryModeAndClauseAgainstEveryOther)
             }
 }
 
+TEST(Sharing, ExclusiveLockModeAdmitsNobody)
+{
+    for (FileAttributes attributes : {indexedFile(), relativeFile(), fixed10}) {
+        TemporaryDirectory directory;
+        const string name = "stl-" + directory.file("f");
+        Peer plain(name, attributes);
+        attributes.share = 1;
+        attributes.lock = 3;
+        Peer exclusive(name, attributes);
+        ASSERT_EQ(plain.open(ZVK_OPEN_OUTPUT), "00");
+        ASSERT_EQ(plain.write("000001aaaa0001", {.relativeKey = 1}), "00");
+        ASSERT_EQ(plain.close(), "00");
+        for (uint16_t mode : {ZVK_OPEN_INPUT, ZVK_OPEN_IO}) {
+            ASSERT_EQ(exclusive.open(mode), "00");
+            EXPECT_EQ(plain.open(ZVK_OPEN_INPUT), "94");
+            EXPECT_EQ(plain.open(ZVK_OPEN_OUTPUT), "94");
+            EXPECT_EQ(exclusive.read("000001", {.relativeKey = 1}), "00") << "what is not to be shared was not emptied";
+            ASSERT_EQ(exclusive.close(), "00");
+            ASSERT_EQ(plain.open(ZVK_OPEN_INPUT), "00");
+            EXPECT_EQ(exclusive.open(mode), "94");
+            ASSERT_EQ(plain.close(), "00");
+        }
+    }
+}
+
 // The two organizations that have record locks, by the same statements: record 1 and record 2.
 struct Locking : testing::TestWithParam<uint8_t> {
     TemporaryDirectory directory;

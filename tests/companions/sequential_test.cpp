@@ -1,5 +1,7 @@
 // Faults these tests are there to catch: records that come back changed, cut or out of order; half records after a kill; a REWRITE that harms its neighbours;
 // lines and pages that are not as a text tool expects them.
+#include <random>
+
 #include "stored_files.h"
 
 namespace {
@@ -98,7 +100,7 @@ TEST(LineSequential, LinageTurnsPages)
         EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE), ends[i]) << i;
     }
     file.close();
-    EXPECT_EQ(readFile(directory.file("t")), "0\n1\n2\n\n\n3\n");
+    EXPECT_EQ(readFile(directory.file("t")), "\n0\n1\n2\n\n\n3\n");
 }
 
 // A line written AFTER ADVANCING stays open, and a record BEFORE ADVANCING ends it: the page's counter must know of that line, or pages grow.
@@ -132,8 +134,8 @@ TEST(LineSequential, LinageCountsMixedAdvancing)
         EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE), w.endOfPage) << w.text;
     }
     file.close();
-    // Every page begins 9 lines behind the one before.
-    EXPECT_EQ(readFile(directory.file("t")), "a1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\n\n\n\nc1\n\n\n\n\n\n\n\n\nd1\n");
+    // The first page has its top margin as well; every page begins 9 lines behind the one before.
+    EXPECT_EQ(readFile(directory.file("t")), "\na1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\n\n\n\nc1\n\n\n\n\n\n\n\n\nd1\n");
 }
 
 TEST(Concatenation, ReadsOneFileAfterTheOther)
@@ -294,6 +296,58 @@ TEST(LineSequential, AdvancingAndBlanks)
     EXPECT_EQ(file.write("f", {.options = ZVK_REQUEST_AFTER, .advance = 0}), "00");
     EXPECT_EQ(file.close(), "00");
     EXPECT_EQ(readFile(directory.file("t")), "  a\n\nb\n\n\nc\rd\f\ne\rf\n");
+}
+
+// Every page takes the same lines, whichever way its records are written; the counter says on which line of the body the paper stands.
+TEST(LineSequential, LinagePagesHaveOneLength)
+{
+    FileAttributes paged = fixed10;
+    paged.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_FOOTING | ZVK_FILE_LINAGE_TOP | ZVK_FILE_LINAGE_BOTTOM;
+    paged.body = 7, paged.footing = 6, paged.top = 2, paged.bottom = 3;
+    constexpr size_t page = 12;
+    for (unsigned seed = 1; seed < 30; ++seed) {
+        TemporaryDirectory directory;
+        CompiledFile file("lsq-" + directory.file("t"), paged);
+        std::mt19937 random(seed);
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        EXPECT_EQ(file.fcb->linageCounter, 1u);
+        std::vector<std::pair<string, uint32_t>> expected; // each record, and its line of the body
+        bool open = false;
+        for (int n = 0; n < 40; ++n) {
+            uint32_t counter = file.fcb->linageCounter;
+            bool after = random() % 2;
+            int32_t lines = random() % 6 ? 1 + static_cast<int32_t>(random() % 4) : ZVK_ADVANCE_PAGE;
+            string text = "r" + std::to_string(n);
+            ASSERT_EQ(file.write(text, {.options = uint32_t(after ? ZVK_REQUEST_AFTER : ZVK_REQUEST_BEFORE), .advance = lines}), "00");
+            uint32_t at = after ? file.fcb->linageCounter : !open ? counter : counter < paged.body ? counter + 1 : 1;
+            expected.emplace_back(text, at);
+            open = after;
+            // Beyond the body AFTER, or in the footing area.
+            if (lines > 0 && after) {
+                bool turned = counter + static_cast<uint32_t>(lines) > paged.body;
+                EXPECT_EQ(file.fcb->linageCounter, turned ? 1 : counter + static_cast<uint32_t>(lines));
+                EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE), turned || file.fcb->linageCounter >= paged.footing);
+            }
+        }
+        ASSERT_EQ(file.close(), "00");
+        string content = readFile(directory.file("t")), line;
+        size_t number = 0, record = 0;
+        for (char c : content) {
+            if (c != '\n') {
+                line += c;
+                continue;
+            }
+            if (!line.empty()) {
+                ASSERT_LT(record, expected.size());
+                EXPECT_EQ(line, expected[record].first) << seed;
+                EXPECT_EQ(number % page, paged.top + expected[record].second - 1) << seed << line;
+                ++record;
+            }
+            line.clear();
+            ++number;
+        }
+        EXPECT_EQ(record, expected.size());
+    }
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <random>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -161,6 +162,34 @@ TEST_F(Opening, NamesAndPrefixes)
     int writer = open(directory.file("fifo").c_str(), O_RDWR);
     EXPECT_EQ(openIt("fifo"), "open stl 'fifo' 8000; 00close fifo; 00") << "nor for what a writer has not written yet";
     close(writer);
+}
+
+// Any text may be an assignment: the characters that mean something, at every place, in names short and longer than any path.
+KVR2_PIECE(open_many)
+{
+    File &file = File::make("OPENER", "x");
+    file.start();
+    std::mt19937 random(9);
+    const char alphabet[] = "::~$ /.-()a+01*`'\"\\{}lsq\xC3";
+    for (int i = 0; i < 4000; i++) {
+        string name(i % 100 ? 1 + random() % 24 : 4000 + random() % 500, 'a');
+        for (char &c : name) c = alphabet[random() % (sizeof alphabet - 1)];
+        if (i % 2) name.insert(random() % name.size(), "g(+1)");
+        file.assign(name);
+        file.fib.attributes = i % 3 ? ZVK_FILE_ASSIGN_ITEM : ZVK_FILE_ASSIGN_ENVIRONMENT;
+        setenv("x", name.c_str(), 1);
+        if (i % 3 == 0) file.assign("x");
+        string status = file.open(i % 5 ? ZVK_OPEN_INPUT : ZVK_OPEN_OUTPUT);
+        REQUIRE(status == "00" || status == "33" || status == "93" || status == "95" || status == "96");
+        if (file.fcb->mode) REQUIRE(file.close() == "00");
+    }
+    REQUIRE(access("ran", F_OK) != 0);
+}
+
+TEST_F(Opening, AnyTextMayBeAnAssignment)
+{
+    ChildRun run = runPiece("open_many", options);
+    EXPECT_EQ(run.status, 0) << run.signal << run.err.substr(run.err.size() > 2000 ? run.err.size() - 2000 : 0);
 }
 
 TEST_F(Opening, ConcatenationsAndGenerations)
