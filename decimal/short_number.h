@@ -175,7 +175,7 @@ struct Znd {
         if (negative) item[n - 1] |= kZoneMinus;
     }
 
-    // Up to 32 digits, units in the lowest nibble.
+    // At any length, of up to 32 digits.
     static void writeDigits(uint8_t *item, int32_t n, u128 digits)
     {
         for (int32_t left = n; left > 0; left -= 8, digits >>= 32) {
