@@ -95,14 +95,14 @@ uint64_t zonedMagnitude(const uint8_t *item, int32_t digits)
 template <class Form>
 uint64_t magnitude(const uint8_t *item, int32_t digits)
 {
-    if constexpr (std::is_same_v<Form, forms::Pckd>)
+    if constexpr (isPacked<Form>)
         return packedMagnitude(item, digits);
     else
         return zonedMagnitude(item, digits);
 }
 
 template <class Form>
-constexpr const char *shortName = std::is_same_v<Form, forms::Pckd> ? "packed" : "zoned";
+constexpr const char *shortName = isPacked<Form> ? "packed" : "zoned";
 
 template <class Form, class Integer>
 struct ToBinary {
@@ -114,7 +114,7 @@ struct ToBinary {
         dumpConversion(shortName<Form>, Shown<Integer>::name);
         dumpCopied("in: ", src, sn, Form::bytes(sn));
     }
-    bool quick(uint32_t, Integer &result) const requires std::is_same_v<Form, forms::Pckd>
+    bool quick(uint32_t, Integer &result) const requires(isPacked<Form>)
     {
         if (sn < 1 || static_cast<uint32_t>(sn) > kWordDigits<uint64_t>) return false;
         shortforms::Pckd::Raw<uint64_t> raw(src, sn);
@@ -130,7 +130,7 @@ struct ToBinary {
     }
     Integer work(uint32_t) const
     {
-        if (!std::is_same_v<Form, forms::Pckd> && sn < 1) return 0;
+        if (!isPacked<Form> && sn < 1) return 0;
         uint64_t value = magnitude<Form>(src, sn);
         if (std::is_signed_v<Integer> && Form::negative(src, sn)) value = -value;
         return static_cast<Integer>(value);
@@ -171,7 +171,7 @@ struct FromBinary {
     {
         bool negative = value < 0;
         uint64_t magnitude = negative ? -static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-        if constexpr (std::is_same_v<Form, forms::Pckd>)
+        if constexpr (isPacked<Form>)
             writePacked(magnitude, negative, dst, dn);
         else if (dn > 0)
             shortforms::Znd::write(dst, dn, digitsOf(u128{magnitude}), negative);
