@@ -1,6 +1,6 @@
 // Between packed and zoned digits; see conversion_workers.h.
 //
-// Both ways work from the right, eight digits at a time: four packed bytes are spread to eight zoned ones, or gathered from them, by shifts and masks.
+// Both ways work from the right, eight digits at a time: four packed bytes are spread to eight zoned ones, or gathered from them, by shifts and masks (words.h).
 #include "decimal/conversion_workers.h"
 
 #include <algorithm>
@@ -10,30 +10,6 @@
 #include "decimal/packed.h"
 #include "decimal/words.h"
 #include "decimal/zoned.h"
-
-namespace bcd {
-namespace {
-
-// "12 34 56 78" to "01 02 03 04 05 06 07 08".
-inline uint64_t spread(uint32_t packed)
-{
-    uint64_t digits = packed;
-    digits = (digits | digits << 16) & 0x0000FFFF0000FFFF;
-    digits = (digits | digits << 8) & 0x00FF00FF00FF00FF;
-    return (digits | digits << 4) & 0x0F0F0F0F0F0F0F0F;
-}
-
-// And back.
-inline uint32_t gather(uint64_t digits)
-{
-    digits &= 0x0F0F0F0F0F0F0F0F;
-    digits = (digits | digits >> 4) & 0x00FF00FF00FF00FF;
-    digits = (digits | digits >> 8) & 0x0000FFFF0000FFFF;
-    return static_cast<uint32_t>(digits | digits >> 16);
-}
-
-} // namespace
-} // namespace bcd
 
 using namespace bcd;
 

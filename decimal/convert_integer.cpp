@@ -7,6 +7,7 @@
 #include "decimal/dump.h"
 #include "decimal/entry.h"
 #include "decimal/packed.h"
+#include "decimal/short_product.h"
 #include "decimal/validation.h"
 #include "decimal/zoned.h"
 #include "kvr2/decimal_conversions.h"
@@ -94,14 +95,14 @@ uint64_t zonedMagnitude(const uint8_t *item, int32_t digits)
 template <class Form>
 uint64_t magnitude(const uint8_t *item, int32_t digits)
 {
-    if constexpr (std::is_same_v<Form, forms::Pckd>)
+    if constexpr (isPacked<Form>)
         return packedMagnitude(item, digits);
     else
         return zonedMagnitude(item, digits);
 }
 
 template <class Form>
-constexpr const char *shortName = std::is_same_v<Form, forms::Pckd> ? "packed" : "zoned";
+constexpr const char *shortName = isPacked<Form> ? "packed" : "zoned";
 
 template <class Form, class Integer>
 struct ToBinary {
@@ -113,13 +114,23 @@ struct ToBinary {
         dumpConversion(shortName<Form>, Shown<Integer>::name);
         dumpCopied("in: ", src, sn, Form::bytes(sn));
     }
+    bool quick(uint32_t, Integer &result) const requires(isPacked<Form>)
+    {
+        if (sn < 1 || static_cast<uint32_t>(sn) > kWordDigits<uint64_t>) return false;
+        shortforms::Pckd::Raw<uint64_t> raw(src, sn);
+        if (!raw.hasSign() || !areDigits(raw.digits)) return false;
+        uint64_t value = limbValue(raw.digits & ((uint64_t{1} << (4 * sn)) - 1)); // the first nibble of an even item is no digit
+        result = static_cast<Integer>(std::is_signed_v<Integer> && raw.negative() ? -value : value);
+        return true;
+    }
+
     void validate(uint32_t mode) const
     {
         if (checked(kArithmeticRule, mode) && sn > 0) judgeSource(check<Form>(src, sn, kCheckArithmetic));
     }
     Integer work(uint32_t) const
     {
-        if (!std::is_same_v<Form, forms::Pckd> && sn < 1) return 0;
+        if (!isPacked<Form> && sn < 1) return 0;
         uint64_t value = magnitude<Form>(src, sn);
         if (std::is_signed_v<Integer> && Form::negative(src, sn)) value = -value;
         return static_cast<Integer>(value);
@@ -131,27 +142,18 @@ struct ToBinary {
 
 void writePacked(uint64_t value, bool negative, uint8_t *dst, int32_t digits)
 {
-    uint8_t *at = dst + packedBytes(digits) - 1;
-    *at-- = static_cast<uint8_t>(value % 10 << 4 | signNibble(negative && value != 0));
-    value /= 10;
-    for (; at >= dst && value; at--, value /= 100) *at = kValuePair[value % 100];
-    for (; at >= dst; at--) *at = 0;
-    clearUnusedNibble(dst, digits);
-}
-
-void writeZoned(uint64_t value, bool negative, uint8_t *dst, int32_t digits)
-{
-    if (digits < 1) return;
-    uint8_t *at = dst + digits - 1;
-    *at-- = zonedDigit(static_cast<uint8_t>(value % 10), negative);
-    value /= 10;
-    for (; at >= dst && value >= 10; at -= 2, value /= 100) {
-        uint8_t pair = kValuePair[value % 100];
-        *at = zonedDigit(pair);
-        if (at == dst) return;
-        at[-1] = zonedDigit(static_cast<uint8_t>(pair >> 4));
+    using shortforms::Pckd;
+    if (digits < 0) digits = 0;
+    if (digits > kShortDigits) {
+        size_t before = packedBytes(digits) - packedBytes(kShortDigits);
+        memset(dst, 0, before);
+        dst += before;
+        digits = kShortDigits;
     }
-    for (; at >= dst; at--, value /= 10) *at = zonedDigit(static_cast<uint8_t>(value % 10));
+    if (value < kLimb && static_cast<uint32_t>(digits) <= kWordDigits<uint64_t>)
+        Pckd::write(dst, digits, limbDigits(value), negative);
+    else
+        Pckd::write(dst, digits, digitsOf(u128{value}), negative);
 }
 
 template <class Integer, class Form>
@@ -169,10 +171,10 @@ struct FromBinary {
     {
         bool negative = value < 0;
         uint64_t magnitude = negative ? -static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-        if constexpr (std::is_same_v<Form, forms::Pckd>)
+        if constexpr (isPacked<Form>)
             writePacked(magnitude, negative, dst, dn);
-        else
-            writeZoned(magnitude, negative, dst, dn);
+        else if (dn > 0)
+            shortforms::Znd::write(dst, dn, digitsOf(u128{magnitude}), negative);
         return dst;
     }
     void dumpResult(const uint8_t *) const { dumpCopied("out:", dst, dn, Form::bytes(dn)); }

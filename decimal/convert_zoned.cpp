@@ -19,8 +19,6 @@
 namespace bcd {
 namespace {
 
-template <class Form>
-constexpr bool isPacked = std::is_same_v<Form, forms::Pckd>;
 template <class A, class B>
 constexpr bool same = std::is_same_v<A, B>;
 
@@ -36,8 +34,6 @@ constexpr bool isSeparate()
 // The two overpunched forms, whose sign byte can be a letter.
 template <class Form>
 constexpr bool isOverpunched = same<Form, forms::ZndTO> || same<Form, forms::ZndLO>;
-
-void cleanLast(uint8_t *digits, int32_t n) { digits[n - 1] = zonedDigit(digits[n - 1]); }
 
 // ---- Titles of the dump. Two of them are slips that stay.
 

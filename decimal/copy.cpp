@@ -26,7 +26,7 @@ struct Copy {
         result = dst;
         return shortMove<Direction::Left, Word>(src, sn, dst, dn, 0, mode & ZVK_BCD_KEEP_NEG_ZERO);
     }
-    bool quick(uint32_t mode, uint8_t *&result) const requires std::is_same_v<Form, forms::Pckd>
+    bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<Form>)
     {
         return !checked(kSourceRule, mode) && (inWord<uint64_t>(mode, result) || inWord<u128>(mode, result));
     }
@@ -46,7 +46,7 @@ struct Copy {
     }
     uint8_t *work(uint32_t mode) const
     {
-        if constexpr (std::is_same_v<Form, forms::Pckd>) {
+        if constexpr (isPacked<Form>) {
             zvkBcdMovePacked(src, sn, dst, dn);
         } else {
             if (dn < 1 || sn < 1) return dst;

@@ -23,12 +23,8 @@ struct AfterCopy<forms::Pckd> {
     }
 };
 
-struct MovesZoned {
-    static void cleanLast(uint8_t *digits, int32_t n) { digits[n - 1] = zonedDigit(digits[n - 1]); }
-};
-
 template <>
-struct AfterCopy<forms::ZndTO> : MovesZoned {
+struct AfterCopy<forms::ZndTO> {
     static constexpr const char *copyTitle = "Copy zoned ...";
     static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
@@ -37,7 +33,7 @@ struct AfterCopy<forms::ZndTO> : MovesZoned {
 };
 
 template <>
-struct AfterCopy<forms::ZndLO> : MovesZoned {
+struct AfterCopy<forms::ZndLO> {
     static constexpr const char *copyTitle = "Copy zoned lo...";
     // The zone that the first byte gets from the source's first byte; none at all if that byte is of no known form.
     static uint8_t zoneFrom(uint8_t byte)
@@ -55,13 +51,13 @@ struct AfterCopy<forms::ZndLO> : MovesZoned {
 };
 
 template <>
-struct AfterCopy<forms::ZndUS> : MovesZoned {
+struct AfterCopy<forms::ZndUS> {
     static constexpr const char *copyTitle = "Copy zoned us...";
     static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool) { cleanLast(item, n); }
 };
 
 template <class Form>
-struct AfterSeparateCopy : MovesZoned {
+struct AfterSeparateCopy {
     static void finish(const uint8_t *src, int32_t sn, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
         uint8_t &sign = *Form::signByte(item, n);

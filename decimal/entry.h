@@ -95,8 +95,9 @@ template <class Call, class... Operands>
     return takeSteps(Call{operands...}, word, (word & ZVK_BCD_DEBUG) != 0);
 }
 
+// On a cache line of its own: where it falls otherwise, it and the entry behind it take up to a quarter longer.
 template <class Call, class... Operands>
-[[gnu::noinline]] ResultOf<Call> runLongEntry(Operands... operands)
+[[gnu::noinline, gnu::aligned(64)]] ResultOf<Call> runLongEntry(Operands... operands)
 {
     ResultOf<Call> result;
     if (__builtin_expect(Call{operands...}.quickLong(result), 1)) return result;

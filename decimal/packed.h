@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "decimal/words.h"
 
@@ -77,6 +78,10 @@ struct Pckd {
 };
 
 } // namespace forms
+
+template <class Form>
+inline constexpr bool isPacked = std::is_same_v<Form, forms::Pckd>;
+
 } // namespace bcd
 
 // 1 when all digits are zero, else 0. Sees whole bytes but for the sign nibble.

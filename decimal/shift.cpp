@@ -147,9 +147,6 @@ namespace bcd {
 namespace {
 
 template <class Form>
-constexpr bool isPacked = std::is_same_v<Form, forms::Pckd>;
-
-template <class Form>
 constexpr const char *nameOf()
 {
     if constexpr (isPacked<Form>)

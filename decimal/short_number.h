@@ -82,7 +82,7 @@ inline Word subtractDigits(Word a, Word b)
     return difference - sixesBelow((a ^ b ^ difference) & kAbove<Word>);
 }
 
-// Whether the smaller number, a, has as many digits as b; a zero has none.
+// Whether the smaller number, a, has as many digits as b, which is not zero. A zero has none.
 inline bool sameLength(uint64_t a, uint64_t b) { return a >> (60 - (__builtin_clzll(b) & 60)) != 0; }
 inline bool sameLength(u128 a, u128 b)
 {
@@ -132,23 +132,6 @@ struct Pckd {
 };
 
 struct Znd {
-    // Eight digit bytes to eight nibbles.
-    static uint32_t packed(uint64_t bytes)
-    {
-        bytes = (bytes | bytes >> 4) & 0x00FF00FF00FF00FFu;
-        bytes = (bytes | bytes >> 8) & 0x0000FFFF0000FFFFu;
-        return static_cast<uint32_t>(bytes | bytes >> 16);
-    }
-
-    static uint64_t unpacked(uint32_t nibbles)
-    {
-        uint64_t bytes = nibbles;
-        bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFFu;
-        bytes = (bytes | bytes << 8) & 0x00FF00FF00FF00FFu;
-        bytes = (bytes | bytes << 4) & 0x0F0F0F0F0F0F0F0Fu;
-        return bytes | 0x3030303030303030u;
-    }
-
     // Every byte but the last must be "0" to "9"; the last is decoded.
     static bool read(const uint8_t *item, int32_t n, ShortNumber &number)
     {
@@ -163,7 +146,7 @@ struct Znd {
             if (at == 0) bytes = (bytes & ~uint64_t{0xFF}) | zonedDigit(last.digit);
             bytes ^= zones;
             bad |= (bytes + 0x7676767676767676u) | bytes;
-            digits |= u128{packed(bytes)} << at;
+            digits |= u128{gather(bytes)} << at;
         }
         number = {digits, last.negative};
         return last.valid & ((bad & 0x8080808080808080u) == 0);
@@ -175,11 +158,11 @@ struct Znd {
         if (negative) item[n - 1] |= kZoneMinus;
     }
 
-    // Up to 32 digits, units in the lowest nibble.
+    // At any length, of up to 32 digits.
     static void writeDigits(uint8_t *item, int32_t n, u128 digits)
     {
         for (int32_t left = n; left > 0; left -= 8, digits >>= 32) {
-            uint64_t bytes = unpacked(static_cast<uint32_t>(digits));
+            uint64_t bytes = spread(static_cast<uint32_t>(digits)) | all<uint64_t>(kZonePlus);
             if (left >= 8)
                 storeBig<uint64_t>(item + left - 8, bytes);
             else

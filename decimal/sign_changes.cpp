@@ -41,7 +41,7 @@ struct SignChange {
     bool losesSign(uint32_t mode) const
     {
         if (mode & ZVK_BCD_KEEP_NEG_ZERO) return false;
-        if constexpr (std::is_same_v<Form, forms::Pckd>)
+        if constexpr (isPacked<Form>)
             return zvkBcdIsZeroPacked(src, srcDigits);
         else
             return zvkBcdIsZeroZoned(src, srcDigits);

@@ -54,6 +54,22 @@ inline void storeBig(uint8_t *p, T value)
     store<T>(p, reversed(value));
 }
 
+// Eight digits from a nibble each to a byte each, "12 34 56 78" to "01 02 03 04 05 06 07 08", and back.
+inline uint64_t spread(uint32_t nibbles)
+{
+    uint64_t bytes = nibbles;
+    bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFFu;
+    bytes = (bytes | bytes << 8) & 0x00FF00FF00FF00FFu;
+    return (bytes | bytes << 4) & 0x0F0F0F0F0F0F0F0Fu;
+}
+inline uint32_t gather(uint64_t bytes)
+{
+    bytes &= 0x0F0F0F0F0F0F0F0Fu;
+    bytes = (bytes | bytes >> 4) & 0x00FF00FF00FF00FFu;
+    bytes = (bytes | bytes >> 8) & 0x0000FFFF0000FFFFu;
+    return static_cast<uint32_t>(bytes | bytes >> 16);
+}
+
 // 1 to 8 bytes.
 inline uint64_t loadShort(const uint8_t *p, size_t bytes)
 {

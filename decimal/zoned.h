@@ -56,6 +56,9 @@ inline uint8_t letterDigit(uint8_t digit, bool negative)
     return static_cast<uint8_t>((negative ? 0x49 : 0x40) + digit);
 }
 
+// As a digit that carries no sign.
+inline void cleanLast(uint8_t *digits, int32_t n) { digits[n - 1] = zonedDigit(digits[n - 1]); }
+
 inline bool isSignLetter(uint8_t byte) { return byte == '{' || byte == '}' || (byte >= 'A' && byte <= 'R'); }
 
 // The first byte whose low nibble is not 0, or `last`.

@@ -164,7 +164,7 @@ TEST(Conversion, NegativeZerosAndLenientSources)
 
 TEST(Conversion, Integers)
 {
-    for (int n = 1; n <= 31; n++)
+    for (int n = 1; n <= 40; n++)
         for (int round = 0; round < 60; round++) {
             Number number{randomDigits(n), randomBelow(2) == 1};
             unsigned __int128 magnitude = 0;

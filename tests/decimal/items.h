@@ -1,6 +1,7 @@
 // Items for the decimal tests: bytes from digits and back, by the plainest means, and places for them against protected pages.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -80,7 +81,7 @@ public:
     uint8_t *put(const Bytes &item, GuardedItem::Place side)
     {
         uint8_t *p = guard_.place(item.size(), side);
-        if (!item.empty()) memcpy(p, item.data(), item.size());
+        std::copy(item.begin(), item.end(), p);
         return p;
     }
 
@@ -88,7 +89,7 @@ public:
     {
         uint8_t *p = guard_.place(256, GuardedItem::AtStart) + 64;
         p += (alignment - reinterpret_cast<uintptr_t>(p)) & 7;
-        memcpy(p, item.data(), item.size());
+        std::copy(item.begin(), item.end(), p);
         return p;
     }
 

@@ -105,17 +105,6 @@ TEST(Shift, LeadingOverpunchAndEdges)
     EXPECT_EQ(run(_zvkcBCD_SHFD_Pckd_RightRnd, "\x99\x5D", 3, 2, 2, 1), string("\0\x0C", 2)) << "the carry is lost, and the sign with it";
     EXPECT_EQ(run(_zvkcBCD_SHFD_Pckd_RightRnd, "\x12\x5D", 3, 2, 3, 1), "\x01\x3D");
     EXPECT_EQ(run(_zvkcBCD_SHFD_Pckd_RightRnd, "\x5C", 1, 1, 1, 2), "\x0C");
-    // Any bytes at all: no crash, and nothing beyond the item.
-    static Place sourcePlace, destinationPlace;
-    for (int round = 0; round < 20000; round++) {
-        int sn = 1 + static_cast<int>(randomBelow(40)), dn = 1 + static_cast<int>(randomBelow(40)),
-            shift = static_cast<int>(randomBelow(45)) - 2;
-        const Family &family = kFamilies[randomBelow(5)];
-        Bytes source = randomBytes(family.item(string(static_cast<size_t>(sn), '0'), false).size());
-        Bytes place(family.item(string(static_cast<size_t>(dn), '0'), false).size());
-        family.entries[randomBelow(3)](sourcePlace.put(source, GuardedItem::AtEnd), destinationPlace.put(place, GuardedItem::AtStart), dn,
-                                       sn, shift);
-    }
 }
 
 KVR2_PIECE(shift_dump)
