@@ -5,16 +5,17 @@ A benchmark is named "figure/ours" or "figure/peer:NAME"; all entries with the s
 
     packed ADD, 15 digits      ours 4.1 ns    decNumberAdd 22.9 ns    5.6 times as fast
 
-Each program runs its entries three times, interleaved; the medians are shown.
+Each program runs its entries five times, interleaved; the medians are shown.
 """
 
 import collections
 import json
 import pathlib
+import re
 import subprocess
 import sys
 
-REPETITIONS = 3
+REPETITIONS = 5
 
 
 def run(program):
@@ -52,7 +53,8 @@ def table(entries):
         figure, _, who = name.rpartition("/")
         time = entry["real_time"] if "real_time" in entry["run_name"] or "manual" in entry["run_name"] else entry["cpu_time"]
         figures[figure][who] = time * UNITS[entry["time_unit"]]
-    for figure, times in figures.items():
+    # The entries come in a random order, and figures of one kind differ in a number at most.
+    for figure, times in sorted(figures.items(), key=lambda row: [int(part) if part.isdigit() else part for part in re.split(r"(\d+)", row[0])]):
         ours = times.pop("ours", None)
         if ours is None:
             continue
