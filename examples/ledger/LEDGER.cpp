@@ -44,6 +44,8 @@ void runStep(const char *stepName)
 void clearTotals()
 {
     LedgerTotals &all = *totals.item;
+    all.accounts = 0;
+    all.statements = 0;
     all.read = 0;
     all.posted = 0;
     all.rejected = 0;

@@ -19,6 +19,7 @@
        FD  MASTER.
        COPY MASTER.
        WORKING-STORAGE SECTION.
+       COPY TOTALS.
        01  FILE-STAT               PIC XX.
            88  LINE-TOO-LONG       VALUE "06".
            88  KEY-NOT-VALID       VALUES "21" "22".
@@ -90,6 +91,8 @@
                WRITE MASTER-RECORD
                    INVALID KEY
                        DISPLAY "ACCOUNT NOT LOADED: " ACCOUNT-LINE
+                   NOT INVALID KEY
+                       ADD 1 TO LT-ACCOUNTS
                END-WRITE
                IF FILE-STAT > "09" AND NOT KEY-NOT-VALID
                    PERFORM CHECK-MASTER

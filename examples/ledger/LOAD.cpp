@@ -12,6 +12,8 @@ File<AccountLine> accounts({.name = "ACCOUNTS", .assignment = "ACCOUNTS", .organ
 File<MasterRecord> master(masterFile(kSequential));
 Program program("LOAD", reinterpret_cast<ZvkRoutine>(LOAD), accounts, master);
 
+External<LedgerTotals> totals("LEDGER-TOTALS");
+
 // The fields as text, and redefined as the numbers that they are.
 Text<6> numberText;
 LeadingSign<13> openingText; // S9(11)V99
@@ -60,14 +62,14 @@ void loadAccount()
     account.posted = 0;
     memset(account.lastDate.bytes, '0', sizeof account.lastDate.bytes);
     master.write();
-    if (master.is("21") || master.is("22"))
-        notLoaded();
-    else
-        master.need();
+    if (master.is("21") || master.is("22")) return notLoaded();
+    master.need();
+    add(totals->accounts, packed<1>(1));
 }
 
 int procedureDivision()
 {
+    totals.find();
     accounts.open(ZVK_OPEN_INPUT);
     accounts.need();
     master.open(ZVK_OPEN_OUTPUT);

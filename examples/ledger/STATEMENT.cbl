@@ -32,6 +32,7 @@
        01  SORT-RECORD.
        COPY POSTED REPLACING ==:PRE:== BY ==SR==.
        WORKING-STORAGE SECTION.
+       COPY TOTALS.
        01  PO-STAT                 PIC XX.
        01  AC-STAT                 PIC XX.
        01  ST-STAT                 PIC XX.
@@ -42,7 +43,6 @@
            88  IN-ACCOUNT          VALUE "Y" FALSE "N".
        01  RUNNING-BALANCE         PIC S9(11)V99 COMP-3.
        01  PAGE-NUMBER             PIC S9(5) COMP-3.
-       01  STATEMENTS-PRINTED      PIC S9(7) COMP-3.
        01  STATEMENTS-WRONG        PIC S9(7) COMP-3.
        01  PAGE-LINE.
            05  FILLER              PIC X(80)
@@ -75,7 +75,7 @@
        01  COUNT-OUT               PIC Z,ZZZ,ZZ9.
        PROCEDURE DIVISION.
        MAIN-LINE.
-           MOVE ZERO TO PAGE-NUMBER STATEMENTS-PRINTED STATEMENTS-WRONG
+           MOVE ZERO TO PAGE-NUMBER STATEMENTS-WRONG
            SET IN-ACCOUNT TO FALSE
            PERFORM OPEN-FILES
            PERFORM PRINT-PAGE-LINE
@@ -84,8 +84,6 @@
                INPUT PROCEDURE IS GIVE-POSTINGS
                OUTPUT PROCEDURE IS PRINT-POSTINGS
            CLOSE POSTED MASTER STATEMENTS
-           MOVE STATEMENTS-PRINTED TO COUNT-OUT
-           DISPLAY "STATEMENTS PRINTED      " COUNT-OUT
            IF STATEMENTS-WRONG > ZERO
                MOVE STATEMENTS-WRONG TO COUNT-OUT
                DISPLAY "STATEMENTS WRONG        " COUNT-OUT
@@ -192,7 +190,7 @@
                WRITE PRINT-LINE FROM CLOSING-LINE
                    AT END-OF-PAGE PERFORM PRINT-PAGE-LINE
                END-WRITE
-               ADD 1 TO STATEMENTS-PRINTED
+               ADD 1 TO LT-STATEMENTS
                IF RUNNING-BALANCE NOT = AC-BALANCE
                    ADD 1 TO STATEMENTS-WRONG
                END-IF

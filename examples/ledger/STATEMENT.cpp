@@ -19,13 +19,14 @@ File<PrintLine> statements({.name = "STATEMENTS",
                             .bottom = 3});
 Program program("STATEMENT", reinterpret_cast<ZvkRoutine>(STATEMENT), posted, master, statements);
 PostedRecord sortRecord;
+External<LedgerTotals> totals("LEDGER-TOTALS");
 
 Unsigned<6> lastAccount;
 bool inAccount;
 Packed<1> one;
 Packed<5> pageNumber;
 Packed<13> runningBalance;
-Packed<7> statementsPrinted, statementsWrong;
+Packed<7> statementsWrong;
 
 constexpr Picture kMoney("$$$,$$$,$$$,$$9.99CR", ZVK_EDIT_FLOAT_CURRENCY_PLUS, 13);
 constexpr Picture kPage("ZZZZ9", ZVK_EDIT_UNSIGNED, 5);
@@ -140,7 +141,7 @@ void endOfAccount()
     move(line.closingText, " CLOSING BALANCE");
     edit(kMoney, runningBalance, line.balance);
     print(line);
-    add(statementsPrinted, one);
+    add(totals->statements, one);
     if (!equal(runningBalance, master.record.balance)) add(statementsWrong, one);
 }
 
@@ -203,10 +204,10 @@ void sortPostings()
 
 int procedureDivision()
 {
+    totals.find();
     one = 1;
     inAccount = false;
     pageNumber = 0;
-    statementsPrinted = 0;
     statementsWrong = 0;
     posted.open(ZVK_OPEN_INPUT);
     posted.need();
@@ -220,10 +221,8 @@ int procedureDivision()
     master.close();
     statements.close();
     statements.need();
-    Text<9> count;
-    edit(kCount, statementsPrinted, count.bytes);
-    display("STATEMENTS PRINTED      ", count);
     if (isZero(statementsWrong)) return 0;
+    Text<9> count;
     edit(kCount, statementsWrong, count.bytes);
     display("STATEMENTS WRONG        ", count);
     _zvkRunUnitTerm(12);

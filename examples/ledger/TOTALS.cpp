@@ -75,6 +75,8 @@ void showReason(int reason)
 
 void showTotals()
 {
+    showCount("ACCOUNTS LOADED", totals->accounts);
+    showCount("STATEMENTS PRINTED", totals->statements);
     showCount("LINES READ", totals->read);
     showCount("POSTED", totals->posted);
     showCount("REJECTED", totals->rejected);

@@ -1,5 +1,7 @@
       * The totals that all programs of the suite share.
        01  LEDGER-TOTALS EXTERNAL.
+           05  LT-ACCOUNTS         PIC S9(9) COMP-3.
+           05  LT-STATEMENTS       PIC S9(9) COMP-3.
            05  LT-READ             PIC S9(9) COMP-3.
            05  LT-POSTED           PIC S9(9) COMP-3.
            05  LT-REJECTED         PIC S9(9) COMP-3.

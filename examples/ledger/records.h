@@ -33,7 +33,7 @@ constexpr const char *kReasonTexts[kReasons] = {"LINE TOO LONG",       "ACCOUNT 
                                                 "AMOUNT NOT NUMERIC",  "REFERENCE MISSING",   "ACCOUNT NOT KNOWN", "ACCOUNT CLOSED",
                                                 "DUPLICATE REFERENCE", "DAYS NOT VALID",      "LIMIT EXCEEDED"};
 struct LedgerTotals {
-    Packed<9> read, posted, rejected, reason[kReasons];
+    Packed<9> accounts, statements, read, posted, rejected, reason[kReasons];
     Packed<15> deposits, withdrawals, fees, interest; // S9(13)V99
 };
 

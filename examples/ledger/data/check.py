@@ -150,7 +150,7 @@ def main():
             closing[int(found[1])] = money(found[2])
     compare("statements' closing balances", {n: a.balance for n, a in accounts.items() if a.posted}, closing)
 
-    expected = {"LINES READ": len(transactions), "POSTED": len(references), "REJECTED": len(rejects), "DEPOSITS": sums[b"D"], "WITHDRAWALS": sums[b"W"],
+    expected = {"ACCOUNTS LOADED": len(accounts), "STATEMENTS PRINTED": len(closing), "LINES READ": len(transactions), "POSTED": len(references), "REJECTED": len(rejects), "DEPOSITS": sums[b"D"], "WITHDRAWALS": sums[b"W"],
                 "FEES": sums[b"F"], "INTEREST": sums[b"I"], "OPENING BALANCES": sum(a.opening for a in accounts.values()),
                 "CLOSING BALANCES": sum(a.balance for a in accounts.values())}
     expected.update({f"REJECTED {code:02d} {REASONS[code]}": count for code, count in reasons.items()})
