@@ -2,11 +2,21 @@
 
 #include <errno.h>
 #include <string.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include "companions/filesystems/size_limit.h"
 
 namespace filesystems {
+
+// The offset at which the block ends that went out last. A file system without extended attributes does without.
+static constexpr char blockEndAttribute[] = "user.kvr2.block-end";
+
+bool isCutOff(int descriptor, uint64_t size)
+{
+    uint64_t end;
+    return fgetxattr(descriptor, blockEndAttribute, &end, sizeof end) == sizeof end && size < end;
+}
 
 int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint64_t offset)
 {
@@ -58,15 +68,24 @@ void ByteStream::seek(uint64_t offset)
 bool ByteStream::flush()
 {
     if (at == 0) return true;
+    uint64_t end = base + at;
+    if (announces && seekable) announced = fsetxattr(descriptor, blockEndAttribute, &end, sizeof end, 0) == 0;
     error = writeAll(descriptor, seekable, buffer, at, base);
     if (error) {
         // What went out of this block may end in half a record: none of it stays, and the block is tried again by the next flush.
         if (seekable && ftruncate(descriptor, static_cast<off_t>(base)) != 0) error = errno;
+        withdraw();
         return false;
     }
     base += at;
     at = 0;
     return true;
+}
+
+void ByteStream::withdraw()
+{
+    if (announced) fremovexattr(descriptor, blockEndAttribute);
+    announced = false;
 }
 
 } // namespace filesystems

@@ -4,6 +4,9 @@
 // the buffer goes out between two of them, in one write(2). If the system takes only a part (disk full, file-size limit), the file is cut back to
 // the last whole record. Offsets are kept here and given to pread and pwrite; devices that cannot seek are read and written as they come.
 //
+// A kill can stop the system between two pages of a block. Where the format cannot tell half a record from a whole one, a stream that announces its blocks
+// says in an extended attribute of the file how far each one reaches before it goes out: a file that ends before that place was cut off.
+//
 //     uint8_t *room = stream.reserve(104);   // null: the disk is full
 //     memcpy(room, record, 104);
 //     stream.commit(104);
@@ -22,6 +25,8 @@ struct ByteStream {
     int descriptor;
     bool seekable;
     bool atEnd;      // input: the system has no more
+    bool announces;  // output: blocks are announced
+    bool announced;  // one has been
     int error;       // errno of the last failure
     uint8_t *buffer; // of `capacity` bytes, owned by the FCB
     size_t capacity;
@@ -41,7 +46,11 @@ struct ByteStream {
     uint8_t *reserve(size_t size) { return size <= capacity - at || flush() ? buffer + at : nullptr; }
     void commit(size_t size) { at += size; }
     bool flush();
+    void withdraw(); // no block is under way any more
 };
+
+// Whether a file of that size ends within a block that was announced.
+bool isCutOff(int descriptor, uint64_t size);
 
 } // namespace filesystems
 

@@ -2,7 +2,7 @@
 //
 // WRITE drops the blanks at the end of the record and ends it with LF. READ takes LF or CR LF for the end, and fills the record with blanks. A line that is
 // longer than the record gives its first part with status 06, and the next READ goes on behind it. A last line without LF is a record: editors write such
-// files; EXTEND ends it first. A record with an LF in it would come back as two, so WRITE refuses it with status 30.
+// files; EXTEND ends it first. But if it is what a kill left of a block, it is none, and EXTEND writes over it. A record with an LF in it would come back as two, so WRITE refuses it with status 30.
 #include "companions/filesystems/linage.h"
 #include "companions/filesystems/sequential_file.h"
 
@@ -14,6 +14,7 @@ struct Lines {
     static void open(FCB *fcb, const FIB *fib, SequentialFile *file)
     {
         file->format.shortest = 0;
+        file->stream.announces = true;
         if (file->format.longest == 0)
             fail(fcb, 39, fs2RecordLength);
         else if (file->linage)
@@ -22,10 +23,30 @@ struct Lines {
 
     static uint64_t wholeSize(FCB *fcb, SequentialFile *file, uint64_t size, bool extend)
     {
+        int descriptor = file->stream.descriptor;
+        file->cutOff = isCutOff(descriptor, size);
+        if (!extend || size == 0) return size;
+        file->stream.announced = file->cutOff; // by the program that was killed; withdrawn at CLOSE
         uint8_t last = '\n';
-        if (extend && size && pread(file->stream.descriptor, &last, 1, static_cast<off_t>(size - 1)) != 1) failWithErrno(fcb, errno);
-        file->lineOpen = extend && last != '\n';
+        if (pread(descriptor, &last, 1, static_cast<off_t>(size - 1)) != 1) failWithErrno(fcb, errno);
+        if (last != '\n' && file->cutOff) return endOfLastLine(fcb, descriptor, size);
+        file->lineOpen = last != '\n';
         return size;
+    }
+
+    static uint64_t endOfLastLine(FCB *fcb, int descriptor, uint64_t size)
+    {
+        char part[4096];
+        while (size) {
+            size_t length = size < sizeof part ? static_cast<size_t>(size) : sizeof part;
+            if (pread(descriptor, part, length, static_cast<off_t>(size - length)) != static_cast<ssize_t>(length)) {
+                failWithErrno(fcb, errno);
+                return size;
+            }
+            if (const void *end = memrchr(part, '\n', length)) return size - length + static_cast<size_t>(static_cast<const char *>(end) - part) + 1;
+            size -= length;
+        }
+        return 0;
     }
 
     static Found read(SequentialFile *file, uint8_t *record, uint32_t *length)
@@ -42,6 +63,7 @@ struct Lines {
             line = stream.buffer + stream.at;
             window = stream.available() < longest + 2 ? stream.available() : longest + 2;
             end = static_cast<const uint8_t *>(memchr(line, '\n', window));
+            if (!end && file->cutOff && window < longest + 2) return Found::end;
         }
         size_t size = end ? static_cast<size_t>(end - line) : window;
         size_t used = end ? size + 1 : size;

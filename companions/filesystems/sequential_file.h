@@ -36,6 +36,7 @@ struct SequentialFile {
     uint32_t lastLength; // and its length
     uint64_t records;    // read or written so far
     bool lineOpen;       // line sequential output: the last record has no line end yet
+    bool cutOff;         // line sequential input: a last line without its end is no record
     bool linage;
     bool firstPage; // LINAGE: the first page's top margin is still to be written
 };
@@ -153,6 +154,7 @@ struct SequentialVerbs {
         if (fcb->mode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) {
             Format::finish(fcb, file);
             if (!file->stream.flush() && fcb->status < 10) failWithErrno(fcb, file->stream.error);
+            file->stream.withdraw();
         }
         if (::close(file->stream.descriptor) != 0 && fcb->status < 10 && errno != EINTR) failWithErrno(fcb, errno);
         _zvkGenericClose(fcb, element, 0);

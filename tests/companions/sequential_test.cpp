@@ -1,6 +1,8 @@
 // Faults these tests are there to catch: records that come back changed, cut or out of order; half records after a kill; a REWRITE that harms its neighbours;
 // lines and pages that are not as a text tool expects them.
+#include <algorithm>
 #include <random>
+#include <sys/xattr.h>
 
 #include "stored_files.h"
 
@@ -104,6 +106,33 @@ TEST(LineSequential, LinageTurnsPages)
 }
 
 // A line written AFTER ADVANCING stays open, and a record BEFORE ADVANCING ends it: the page's counter must know of that line, or pages grow.
+// What a kill leaves of a line can be told from a last line that an editor left without its end.
+TEST(LineSequential, LineThatAKillCutOffIsNoRecord)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("t");
+    for (string content : {"one\ntwo", "one\ntw", "tw", "one\n"}) {
+        const size_t whole = content.rfind('\n') + 1;
+        for (uint64_t blockEnd : {content.size(), content.size() + 1}) {
+            writeFile(path, content);
+            const bool cutOff = blockEnd > content.size();
+            if (setxattr(path.c_str(), "user.kvr2.block-end", &blockEnd, sizeof blockEnd, 0) != 0) GTEST_SKIP() << "no extended attributes here";
+            CompiledFile file("lsq-" + path, fixed10);
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            int count = 0;
+            while (file.read() == "00") ++count;
+            EXPECT_EQ(count, std::count(content.begin(), content.end(), '\n') + (whole < content.size() && !cutOff)) << content;
+            file.close();
+            ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
+            EXPECT_EQ(file.write("new"), "00");
+            EXPECT_EQ(file.close(), "00");
+            string kept = cutOff ? content.substr(0, whole) : content;
+            EXPECT_EQ(readFile(path), kept + (kept.empty() || kept.back() == '\n' ? "" : "\n") + "new\n");
+            EXPECT_LT(getxattr(path.c_str(), "user.kvr2.block-end", nullptr, 0), 0);
+        }
+    }
+}
+
 TEST(LineSequential, LinageCountsMixedAdvancing)
 {
     TemporaryDirectory directory;
