@@ -58,7 +58,7 @@ def table(entries):
         ours = times.pop("ours", None)
         if ours is None:
             continue
-        for peer, time in times.items() or [(None, None)]:
+        for peer, time in sorted(times.items()) or [(None, None)]:
             if peer is None:
                 yield figure, show(ours), "", "", ""
             else:
