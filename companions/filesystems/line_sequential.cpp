@@ -43,7 +43,8 @@ struct Lines {
                 failWithErrno(fcb, errno);
                 return size;
             }
-            if (const void *end = memrchr(part, '\n', length)) return size - length + static_cast<size_t>(static_cast<const char *>(end) - part) + 1;
+            if (const void *end = memrchr(part, '\n', length))
+                return size - length + static_cast<size_t>(static_cast<const char *>(end) - part) + 1;
             size -= length;
         }
         return 0;

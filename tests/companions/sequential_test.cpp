@@ -116,7 +116,8 @@ TEST(LineSequential, LineThatAKillCutOffIsNoRecord)
         for (uint64_t blockEnd : {content.size(), content.size() + 1}) {
             writeFile(path, content);
             const bool cutOff = blockEnd > content.size();
-            if (setxattr(path.c_str(), "user.kvr2.block-end", &blockEnd, sizeof blockEnd, 0) != 0) GTEST_SKIP() << "no extended attributes here";
+            if (setxattr(path.c_str(), "user.kvr2.block-end", &blockEnd, sizeof blockEnd, 0) != 0)
+                GTEST_SKIP() << "no extended attributes here";
             CompiledFile file("lsq-" + path, fixed10);
             ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
             int count = 0;
