@@ -1,4 +1,5 @@
-// Conversions of 64 KiB of single-byte text between the default code pages, beside ICU called plainly for the same run.
+// Conversions of 64 KiB of single-byte text between the default code pages, beside ICU called
+// plainly for the same run.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -57,7 +58,8 @@ void throughUtf16Ours(benchmark::State &state)
         uint32_t utf16 = 2 * kLength + 4, capacity = kLength + 8;
         uint8_t *units = reinterpret_cast<uint8_t *>(buffers.units.data());
         _zvkConvToUnicode(buffers.source.data(), kLength, units, &utf16, nullptr, ZVK_CODE_PAGE_NATIVE);
-        int32_t status = _zvkConvFromUnicode(units, utf16, buffers.result.data(), &capacity, nullptr, ZVK_CODE_PAGE_EBCDIC);
+        int32_t status =
+            _zvkConvFromUnicode(units, utf16, buffers.result.data(), &capacity, nullptr, ZVK_CODE_PAGE_EBCDIC);
         if (status != 0 || capacity != kLength) state.SkipWithError("conversion");
         benchmark::ClobberMemory();
     }
@@ -70,9 +72,10 @@ void plainIcu(benchmark::State &state)
     UConverter *native = ucnv_open("ISO-8859-1", &status), *ebcdic = openNumber("-1140_");
     for (auto _ : state) {
         status = U_ZERO_ERROR;
-        int32_t units =
-            ucnv_toUChars(native, buffers.units.data(), kLength + 2, reinterpret_cast<char *>(buffers.source.data()), kLength, &status);
-        ucnv_fromUChars(ebcdic, reinterpret_cast<char *>(buffers.result.data()), kLength + 8, buffers.units.data(), units, &status);
+        int32_t units = ucnv_toUChars(native, buffers.units.data(), kLength + 2,
+                                      reinterpret_cast<char *>(buffers.source.data()), kLength, &status);
+        ucnv_fromUChars(ebcdic, reinterpret_cast<char *>(buffers.result.data()), kLength + 8, buffers.units.data(),
+                        units, &status);
         if (U_FAILURE(status)) state.SkipWithError("conversion");
         benchmark::ClobberMemory();
     }
@@ -101,7 +104,8 @@ void namedIcu(benchmark::State &state)
     for (auto _ : state) {
         status = U_ZERO_ERROR;
         UConverter *converter = ucnv_open(name, &status);
-        ucnv_toUChars(converter, buffers.units.data(), 32, reinterpret_cast<char *>(buffers.source.data()), 20, &status);
+        ucnv_toUChars(converter, buffers.units.data(), 32, reinterpret_cast<char *>(buffers.source.data()), 20,
+                      &status);
         ucnv_close(converter);
         benchmark::ClobberMemory();
     }

@@ -1,4 +1,5 @@
-// DISPLAY of a line to a file beside fprintf of the same line; edited moves beside snprintf of a comparable number.
+// DISPLAY of a line to a file beside fprintf of the same line; edited moves beside snprintf of a
+// comparable number.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -61,7 +62,8 @@ void editSnprintf(benchmark::State &state)
     int next = 0;
     for (auto _ : state) {
         int64_t number = numbers[next++ % kNumbers], size = number < 0 ? -number : number;
-        snprintf(item, sizeof item, "%10s%3ld,%03ld.%02ld%s", "$", size / 100000, size / 100 % 1000, size % 100, number < 0 ? "CR" : "  ");
+        snprintf(item, sizeof item, "%10s%3ld,%03ld.%02ld%s", "$", size / 100000, size / 100 % 1000, size % 100,
+                 number < 0 ? "CR" : "  ");
         benchmark::DoNotOptimize(item);
     }
 }

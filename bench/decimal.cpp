@@ -1,5 +1,5 @@
-// Packed arithmetic through the exported entries, with validation on as by default, beside decNumber, the compiler's 128-bit decimal float and the plain loop
-// that a packed addition is.
+// Packed arithmetic through the exported entries, with validation on as by default, beside
+// decNumber, the compiler's 128-bit decimal float and the plain loop that a packed addition is.
 #include <benchmark/benchmark.h>
 #include <cstring>
 #include <string>
@@ -21,7 +21,8 @@ struct Packed {
     explicit Packed(const std::string &digits)
     {
         std::string nibbles = (digits.size() % 2 ? "" : "0") + digits + "<"; // "<" is 0x3C: the sign nibble 0xC
-        for (size_t i = 0; i < nibbles.size(); i++) bytes[i / 2] |= static_cast<uint8_t>((nibbles[i] & 0x0F) << (i % 2 ? 0 : 4));
+        for (size_t i = 0; i < nibbles.size(); i++)
+            bytes[i / 2] |= static_cast<uint8_t>((nibbles[i] & 0x0F) << (i % 2 ? 0 : 4));
     }
 };
 
@@ -145,22 +146,28 @@ void registerAll()
     for (int n : kLengths) {
         std::string digits = ", " + std::to_string(n) + " digits";
         add("packed ADD" + digits, "ours", [n](benchmark::State &s) { ours(s, _zvkcBCD_ADD_Pckd, n, n, n); });
-        add("packed ADD" + digits, "peer:decNumberAdd", [n](benchmark::State &s) { decNumbers(s, decNumberAdd, n, n); });
+        add("packed ADD" + digits, "peer:decNumberAdd",
+            [n](benchmark::State &s) { decNumbers(s, decNumberAdd, n, n); });
         add("packed ADD" + digits, "peer:_Decimal128", [n](benchmark::State &s) { decimalFloat(s, n); });
         add("packed ADD" + digits, "peer:a plain loop over nibbles", [n](benchmark::State &s) { byteLoop(s, n); });
         add("packed SUB" + digits, "ours", [n](benchmark::State &s) { ours(s, _zvkcBCD_SUB_Pckd, n, n, n); });
-        add("packed SUB" + digits, "peer:decNumberSubtract", [n](benchmark::State &s) { decNumbers(s, decNumberSubtract, n, n); });
+        add("packed SUB" + digits, "peer:decNumberSubtract",
+            [n](benchmark::State &s) { decNumbers(s, decNumberSubtract, n, n); });
         add("packed compare" + digits, "ours", [n](benchmark::State &s) { compareOurs(s, n); });
-        add("packed compare" + digits, "peer:decNumberCompare", [n](benchmark::State &s) { decNumbers(s, decNumberCompare, n, n); });
+        add("packed compare" + digits, "peer:decNumberCompare",
+            [n](benchmark::State &s) { decNumbers(s, decNumberCompare, n, n); });
         add("packed shift by 4" + digits, "ours", [n](benchmark::State &s) { shiftOurs(s, n); });
         add("packed shift by 4" + digits, "peer:a call and memcpy", [n](benchmark::State &s) { copyPeer(s, n); });
     }
     add("packed MPY, 15 by 15 into 31", "ours", [](benchmark::State &s) { ours(s, _zvkcBCD_MPY_Pckd, 15, 15, 31); });
-    add("packed MPY, 15 by 15 into 31", "peer:decNumberMultiply", [](benchmark::State &s) { decNumbers(s, decNumberMultiply, 15, 15); });
+    add("packed MPY, 15 by 15 into 31", "peer:decNumberMultiply",
+        [](benchmark::State &s) { decNumbers(s, decNumberMultiply, 15, 15); });
     add("packed DIV, 31 by 15", "ours", [](benchmark::State &s) { ours(s, _zvkcBCD_DIV_Pckd, 31, 15, 31); });
-    add("packed DIV, 31 by 15", "peer:decNumberDivideInteger", [](benchmark::State &s) { decNumbers(s, decNumberDivideInteger, 31, 15); });
+    add("packed DIV, 31 by 15", "peer:decNumberDivideInteger",
+        [](benchmark::State &s) { decNumbers(s, decNumberDivideInteger, 31, 15); });
     add("packed DIV, 15 by 7", "ours", [](benchmark::State &s) { ours(s, _zvkcBCD_DIV_Pckd, 15, 7, 15); });
-    add("packed DIV, 15 by 7", "peer:decNumberDivideInteger", [](benchmark::State &s) { decNumbers(s, decNumberDivideInteger, 15, 7); });
+    add("packed DIV, 15 by 7", "peer:decNumberDivideInteger",
+        [](benchmark::State &s) { decNumbers(s, decNumberDivideInteger, 15, 7); });
 }
 
 } // namespace

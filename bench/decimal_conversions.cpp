@@ -1,4 +1,5 @@
-// Copies and conversions of 15 digits, through the exported entries, beside an addition of the same length in another decimal library and beside memcpy.
+// Copies and conversions of 15 digits, through the exported entries, beside an addition of the same
+// length in another decimal library and beside memcpy.
 #include <benchmark/benchmark.h>
 #include <cstring>
 
@@ -55,8 +56,8 @@ void decNumberAddition(benchmark::State &state)
     loop(state, [&] { decNumberAdd(&sum, &a, &b, &context); });
 }
 
-#define BESIDE_ADDITION(routine, title)                                                                                                    \
-    BENCHMARK(routine)->Name(title "/ours");                                                                                               \
+#define BESIDE_ADDITION(routine, title)                                                                                \
+    BENCHMARK(routine)->Name(title "/ours");                                                                           \
     BENCHMARK(decNumberAddition)->Name(title "/peer:decNumberAdd of 15 digits")
 
 BESIDE_ADDITION(packedToZoned, "packed to zoned, 15 digits");

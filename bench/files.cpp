@@ -1,4 +1,5 @@
-// Records of files, through the slots that compiled code calls: sequential formats beside buffered standard I/O, indexed files beside SQLite.
+// Records of files, through the slots that compiled code calls: sequential formats beside buffered
+// standard I/O, indexed files beside SQLite.
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
@@ -114,8 +115,9 @@ enum class Work { load, random, sequential };
 void indexedOurs(benchmark::State &state, Work work)
 {
     Removed name{path("indexed")};
-    CompiledFile file("stl-" + name.name,
-                      {.longest = kSize, .shortest = kSize, .organization = ZVK_FILE_INDEXED, .access = 0, .keys = {{10, 0, 0, {}}}});
+    CompiledFile file(
+        "stl-" + name.name,
+        {.longest = kSize, .shortest = kSize, .organization = ZVK_FILE_INDEXED, .access = 0, .keys = {{10, 0, 0, {}}}});
     FCB *fcb = file.fcb;
     IPCB *element = file.program.ipcb.data();
     FileRequest request = {};
@@ -157,8 +159,8 @@ void sqlite(benchmark::State &state, Work work)
         sqlite3_stmt *insert;
         unlink(name.name.c_str());
         sqlite3_open(name.name.c_str(), &db);
-        sqlite3_exec(db, "pragma synchronous=off; create table t(k blob primary key, r blob) without rowid; begin", nullptr, nullptr,
-                     nullptr);
+        sqlite3_exec(db, "pragma synchronous=off; create table t(k blob primary key, r blob) without rowid; begin",
+                     nullptr, nullptr, nullptr);
         sqlite3_prepare_v2(db, "insert into t values(?,?)", -1, &insert, nullptr);
         for (int number : order()) {
             putKey(key, number);
@@ -181,7 +183,8 @@ void sqlite(benchmark::State &state, Work work)
         sqlite3_open(name.name.c_str(), &db);
         sqlite3_exec(db, "begin", nullptr, nullptr, nullptr);
         bool random = work == Work::random;
-        sqlite3_prepare_v2(db, random ? "select r from t where k=?" : "select r from t order by k", -1, &select, nullptr);
+        sqlite3_prepare_v2(db, random ? "select r from t where k=?" : "select r from t order by k", -1, &select,
+                           nullptr);
         for (int number : order()) {
             putKey(key, number);
             if (random) sqlite3_bind_blob(select, 1, key, 10, SQLITE_STATIC);
@@ -196,12 +199,20 @@ void sqlite(benchmark::State &state, Work work)
     state.SetItemsProcessed(state.iterations() * kIndexed);
 }
 
-BENCHMARK_CAPTURE(sequentialOurs, rsd, "rsd-")->Name("record sequential, 1M records written and read/ours")->Unit(benchmark::kMillisecond);
-BENCHMARK(fwriteFread)->Name("record sequential, 1M records written and read/peer:fwrite and fread")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(sequentialOurs, lsq, "lsq-")->Name("line sequential, 1M records written and read/ours")->Unit(benchmark::kMillisecond);
-BENCHMARK(fputsGetline)->Name("line sequential, 1M records written and read/peer:fputs and getline")->Unit(benchmark::kMillisecond);
-#define INDEXED(work, name)                                                                                                                \
-    BENCHMARK_CAPTURE(indexedOurs, work, Work::work)->Name("indexed, " name "/ours")->Unit(benchmark::kMillisecond);                       \
+BENCHMARK_CAPTURE(sequentialOurs, rsd, "rsd-")
+    ->Name("record sequential, 1M records written and read/ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(fwriteFread)
+    ->Name("record sequential, 1M records written and read/peer:fwrite and fread")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sequentialOurs, lsq, "lsq-")
+    ->Name("line sequential, 1M records written and read/ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(fputsGetline)
+    ->Name("line sequential, 1M records written and read/peer:fputs and getline")
+    ->Unit(benchmark::kMillisecond);
+#define INDEXED(work, name)                                                                                            \
+    BENCHMARK_CAPTURE(indexedOurs, work, Work::work)->Name("indexed, " name "/ours")->Unit(benchmark::kMillisecond);   \
     BENCHMARK_CAPTURE(sqlite, work, Work::work)->Name("indexed, " name "/peer:SQLite")->Unit(benchmark::kMillisecond);
 INDEXED(load, "200k records loaded in random order")
 INDEXED(random, "200k random reads")

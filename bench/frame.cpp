@@ -1,4 +1,5 @@
-// The frame's hot paths: program entry and exit, the dynamic CALL of a loaded program, start and end of a run unit.
+// The frame's hot paths: program entry and exit, the dynamic CALL of a loaded program, start and
+// end of a run unit.
 #include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <cstring>
@@ -29,8 +30,9 @@ struct Program {
 
 void mainEntry() {}
 
-// One main program and 100 programs with names of 8 bytes in its run unit, each a shared object that COBPATH led to. They are in the process's
-// global scope as well, which is where dlsym has to look for a name whose object it is not told.
+// One main program and 100 programs with names of 8 bytes in its run unit, each a shared object
+// that COBPATH led to. They are in the process's global scope as well, which is where dlsym has to
+// look for a name whose object it is not told.
 struct World {
     Program main;
     char names[100][9];
@@ -112,7 +114,8 @@ void dlsymCall(benchmark::State &state)
 }
 BENCHMARK(dlsymCall)->Name("dynamic CALL of a loaded program/peer:dlsym");
 
-// In a run unit of its own inside the world's: start with one program, end. The flushes at the end go to the bit bucket.
+// In a run unit of its own inside the world's: start with one program, end. The flushes at the end
+// go to the bit bucket.
 void runUnit(benchmark::State &state)
 {
     world();

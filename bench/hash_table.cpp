@@ -38,7 +38,8 @@ HashTable *filledTable(const Names &all, uint32_t flags)
     HashParams params = {};
     params.flags = flags;
     HashTable *table = HashTable_Create(&params);
-    for (const std::string &name : all.inserted) HashTable_Insert(table, nullptr, name.data(), name.size(), kValue, sizeof kValue, 0, 0);
+    for (const std::string &name : all.inserted)
+        HashTable_Insert(table, nullptr, name.data(), name.size(), kValue, sizeof kValue, 0, 0);
     return table;
 }
 
@@ -114,7 +115,8 @@ void fillPeer(benchmark::State &state)
 
 } // namespace
 
-static void figure(const std::string &name, void (*ours)(benchmark::State &), const char *who, void (*peer)(benchmark::State &))
+static void figure(const std::string &name, void (*ours)(benchmark::State &), const char *who,
+                   void (*peer)(benchmark::State &))
 {
     benchmark::RegisterBenchmark((name + "/ours").c_str(), ours);
     benchmark::RegisterBenchmark((name + "/peer:" + who).c_str(), peer);
@@ -128,7 +130,8 @@ int main(int argc, char **argv)
     figure("find, 1,000,000 names of 10", findOurs<1'000'000, 10, 0, 0>, map, findPeer<1'000'000, 10>);
     // Here the peer leaves its chains as they are.
     figure("find, to the chain's front, 1,000 names of 8", findOurs<1000, 8, 1, 0>, map, findPeer<1000, 8>);
-    figure("find, order of use kept, 1,000 names of 8", findOurs<1000, 8, 1, ZVK_HASH_MRU>, mapAndList, touchPeer<1000, 8>);
+    figure("find, order of use kept, 1,000 names of 8", findOurs<1000, 8, 1, ZVK_HASH_MRU>, mapAndList,
+           touchPeer<1000, 8>);
     figure("fill and destroy, 1,000 names of 8", fillOurs<1000>, map, fillPeer<1000>);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -1,4 +1,5 @@
-// Loading the library, from dlopen to its return, catalog included. This program is not linked with it.
+// Loading the library, from dlopen to its return, catalog included. This program is not linked with
+// it.
 #include <benchmark/benchmark.h>
 #include <ctime>
 #include <dlfcn.h>

@@ -1,7 +1,8 @@
 // The sort engine beside GNU sort, and SORT of a table beside std::sort over decoded keys.
 //
-// A million records of 100 bytes with an alphanumeric key of 10, from a file to a file: the engine reads records of fixed length, GNU sort the same
-// records as lines. Once with room for all, once with 32 MiB.
+// A million records of 100 bytes with an alphanumeric key of 10, from a file to a file: the engine
+// reads records of fixed length, GNU sort the same records as lines. Once with room for all, once
+// with 32 MiB.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -89,8 +90,8 @@ void sortOurs(benchmark::State &state, uint64_t memory)
 void sortGnu(benchmark::State &state, const char *memory)
 {
     const Files &all = files();
-    std::string command =
-        "LC_ALL=C sort -k1.1,1.10 --parallel=2 -S " + std::string(memory) + " -T " + all.directory + " -o " + all.out + " " + all.lines;
+    std::string command = "LC_ALL=C sort -k1.1,1.10 --parallel=2 -S " + std::string(memory) + " -T " + all.directory +
+                          " -o " + all.out + " " + all.lines;
     for (auto _ : state) {
         unlink(all.out.c_str());
         if (system(command.c_str()) != 0) state.SkipWithError("sort failed");
@@ -111,8 +112,10 @@ std::vector<Row> makeRows()
     std::vector<Row> rows(kRows);
     for (Row &row : rows) {
         for (uint8_t &byte : row.bytes) byte = static_cast<uint8_t>(random());
-        for (int i = 0; i < kPackedLength; i++) row.bytes[8 + i] = static_cast<uint8_t>(random() % 10 << 4 | random() % 10);
-        row.bytes[8 + kPackedLength - 1] = static_cast<uint8_t>((row.bytes[8 + kPackedLength - 1] & 0xF0) | (random() & 1 ? 0xC : 0xD));
+        for (int i = 0; i < kPackedLength; i++)
+            row.bytes[8 + i] = static_cast<uint8_t>(random() % 10 << 4 | random() % 10);
+        row.bytes[8 + kPackedLength - 1] =
+            static_cast<uint8_t>((row.bytes[8 + kPackedLength - 1] & 0xF0) | (random() & 1 ? 0xC : 0xD));
     }
     return rows;
 }
@@ -152,9 +155,18 @@ void tableStd(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK_CAPTURE(sortOurs, , 2ull << 30)->Name("SORT of 1,000,000 records in memory/ours")->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(sortGnu, , "2G")->Name("SORT of 1,000,000 records in memory/peer:GNU sort")->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(sortOurs, , 32ull << 20)->Name("SORT of 1,000,000 records in 32 MiB/ours")->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sortOurs, , 2ull << 30)
+    ->Name("SORT of 1,000,000 records in memory/ours")
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sortGnu, , "2G")
+    ->Name("SORT of 1,000,000 records in memory/peer:GNU sort")
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sortOurs, , 32ull << 20)
+    ->Name("SORT of 1,000,000 records in 32 MiB/ours")
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(sortGnu, , "32M")
     ->Name("SORT of 1,000,000 records in 32 MiB/peer:GNU sort")
     ->UseRealTime()

@@ -1,8 +1,11 @@
-// Translating bytes through a table of 256 bytes, as fast as the machine goes; see byte_translate.h.
+// Translating bytes through a table of 256 bytes, as fast as the machine goes; see
+// byte_translate.h.
 //
-// One load a byte is the floor of the plain loop, and byte stores cost as much again, so it gathers eight results into one word. With AVX2
-// the table lies in sixteen vectors of sixteen bytes. A byte's low half is the place in a vector: sixteen shuffles look it up in all of
-// them at once, for 32 bytes at a time, and its high half, bit by bit, chooses among the sixteen answers in a tree of blends:
+// One load a byte is the floor of the plain loop, and byte stores cost as much again, so it gathers
+// eight results into one word. With AVX2 the table lies in sixteen vectors of sixteen bytes. A
+// byte's low half is the place in a vector: sixteen shuffles look it up in all of them at once, for
+// 32 bytes at a time, and its high half, bit by bit, chooses among the sixteen answers in a tree of
+// blends:
 //
 //     bit 4: answers 0/1, 2/3 ... 14/15  ->  8        bit 6: 4 -> 2
 //     bit 5: 8 -> 4                                   bit 7: 2 -> 1
@@ -37,8 +40,8 @@ __attribute__((target("avx2"), always_inline)) inline __m256i lookUp(const uint8
     if constexpr (width == 1) {
         return _mm256_shuffle_epi8(part(table, first), low);
     } else {
-        // A blend looks at bit 7 of each byte of its mask: the bit that decides is shifted there; what else the shift moves does not
-        // matter.
+        // A blend looks at bit 7 of each byte of its mask: the bit that decides is shifted there;
+        // what else the shift moves does not matter.
         constexpr int shift = width == 2 ? 3 : width == 4 ? 2 : width == 8 ? 1 : 0;
         __m256i without = lookUp<first, width / 2>(table, low, bytes);
         __m256i with = lookUp<first + width / 2, width / 2>(table, low, bytes);
@@ -46,7 +49,8 @@ __attribute__((target("avx2"), always_inline)) inline __m256i lookUp(const uint8
     }
 }
 
-__attribute__((target("avx2"))) void translateByShuffles(const uint8_t *source, uint8_t *destination, size_t length, const uint8_t *table)
+__attribute__((target("avx2"))) void translateByShuffles(const uint8_t *source, uint8_t *destination, size_t length,
+                                                         const uint8_t *table)
 {
     size_t i = 0;
     for (; i + 32 <= length; i += 32) {

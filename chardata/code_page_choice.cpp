@@ -1,6 +1,7 @@
 // Choosing the run unit's code pages; see code_page_choice.h.
 //
-// The locale's name is brought to the form of five bytes of language and territory, ".", code set: all readers take it apart by position.
+// The locale's name is brought to the form of five bytes of language and territory, ".", code set:
+// all readers take it apart by position.
 //
 //     "de_DE.ISO8859-1"  stays
 //     "de_DE@euro"       becomes "de_DE.ISO-8859-15", the code set asked of the C library
@@ -55,7 +56,10 @@ int32_t rowOfLocale(const char *name)
     return kDefaultCodePageRow;
 }
 
-bool rowHasPage(const CodePageRow &row, const char *page) { return strcmp(row.ebcdicBase, page) == 0 || strcmp(row.ebcdicEuro, page) == 0; }
+bool rowHasPage(const CodePageRow &row, const char *page)
+{
+    return strcmp(row.ebcdicBase, page) == 0 || strcmp(row.ebcdicEuro, page) == 0;
+}
 
 const CodePageRow *firstRowWithPage(const char *page)
 {
@@ -92,10 +96,12 @@ void chooseEbcdicPage(const char *value, CodePageChoice &choice)
     upperCase(upper);
     if (const CodePageRow *found = firstRowWithPage(upper)) {
         copyText(choice.ebcdicCodePage, value);
-        if (!rowHasPage(own, upper) && !isKeyOfLocale(*found, choice.localeName)) zvkWriteMsg(230, kUnsuitable, value, choice.localeName);
+        if (!rowHasPage(own, upper) && !isKeyOfLocale(*found, choice.localeName))
+            zvkWriteMsg(230, kUnsuitable, value, choice.localeName);
         return;
     }
-    // The row is the one whose number is the length of the value. Sites have come to rely on what they get.
+    // The row is the one whose number is the length of the value. Sites have come to rely on what
+    // they get.
     copyText(choice.ebcdicCodePage, kCodePageRows[length].ebcdicEuro, kFallbackLimit);
     zvkWriteMsg(230, kUnknown, value, choice.ebcdicCodePage);
 }

@@ -1,7 +1,8 @@
 // Which code pages the run unit uses.
 //
-// The locale's name gives a row of the locale table and the native code set; the row, or the environment, gives the EBCDIC code page. The
-// choice stands in Proccom (`ccsid` the row, `localeName`, `ebcdicCodePage`) and is made once.
+// The locale's name gives a row of the locale table and the native code set; the row, or the
+// environment, gives the EBCDIC code page. The choice stands in Proccom (`ccsid` the row,
+// `localeName`, `ebcdicCodePage`) and is made once.
 #pragma once
 
 #include "chardata/locale_table.h"
@@ -13,7 +14,8 @@ struct CodePageChoice {
     char ebcdicCodePage[sizeof Proccom::ebcdicCodePage];
 };
 
-// The choice for a locale of that name, whose code set is `codeSet`, and the value of EBCDIC_CODEPAGE (null: unset). Issues message 230.
+// The choice for a locale of that name, whose code set is `codeSet`, and the value of
+// EBCDIC_CODEPAGE (null: unset). Issues message 230.
 void zvkChooseCodePages(const char *locale, const char *codeSet, const char *ebcdicCodePage, CodePageChoice &choice);
 
 // The choice that stands in Proccom, made now if it is not made yet.

@@ -1,4 +1,5 @@
-// Questions about a code page by its name. Each opens a converter of its own and closes it, so any thread may ask.
+// Questions about a code page by its name. Each opens a converter of its own and closes it, so any
+// thread may ask.
 #include <cstdlib>
 #include <cstring>
 

@@ -1,4 +1,5 @@
-// Start and end of the conversion layer, and conversion between bytes and UTF-16; see conversion_layer.h.
+// Start and end of the conversion layer, and conversion between bytes and UTF-16; see
+// conversion_layer.h.
 #include "chardata/conversion_layer.h"
 
 #include <algorithm>
@@ -62,7 +63,8 @@ public:
             }
         }
     }
-    // Closing cannot fail, so message 223 (a converter did not close, its status) has no cause with today's ICU.
+    // Closing cannot fail, so message 223 (a converter did not close, its status) has no cause with
+    // today's ICU.
     ~SelectedConverter()
     {
         if (owned_) ucnv_close(owned_);
@@ -104,17 +106,24 @@ void zvkStartConversionLayer()
     copyText(layer.ebcdicConverterName, choice.ebcdicCodePage);
 }
 
-UConverter *zvkNativeConverter() { return openOnce(zvkConversionLayer.nativeConverter, zvkConversionLayer.nativeConverterName); }
-UConverter *zvkEbcdicConverter() { return openOnce(zvkConversionLayer.ebcdicConverter, zvkConversionLayer.ebcdicConverterName); }
+UConverter *zvkNativeConverter()
+{
+    return openOnce(zvkConversionLayer.nativeConverter, zvkConversionLayer.nativeConverterName);
+}
+UConverter *zvkEbcdicConverter()
+{
+    return openOnce(zvkConversionLayer.ebcdicConverter, zvkConversionLayer.ebcdicConverterName);
+}
 
-int32_t zvkToUtf16(UConverter *converter, const uint8_t *source, uint32_t length, uint8_t *destination, uint32_t &capacity)
+int32_t zvkToUtf16(UConverter *converter, const uint8_t *source, uint32_t length, uint8_t *destination,
+                   uint32_t &capacity)
 {
     if (!isIcuLength(length)) return refuse();
     UErrorCode &status = zvkConversionLayer.status;
     status = U_ZERO_ERROR;
     int32_t room = static_cast<int32_t>(std::min<uint32_t>(capacity / 2, INT32_MAX));
-    int32_t units = ucnv_toUChars(converter, reinterpret_cast<UChar *>(destination), room, reinterpret_cast<const char *>(source),
-                                  static_cast<int32_t>(length), &status);
+    int32_t units = ucnv_toUChars(converter, reinterpret_cast<UChar *>(destination), room,
+                                  reinterpret_cast<const char *>(source), static_cast<int32_t>(length), &status);
     if (status > 0) {
         if (!zvkIsOverflow(status)) {
             zvkWriteMsg(222, 0, static_cast<int32_t>(status));
@@ -128,16 +137,17 @@ int32_t zvkToUtf16(UConverter *converter, const uint8_t *source, uint32_t length
     return status;
 }
 
-int32_t zvkFromUtf16(UConverter *converter, const uint8_t *source, uint32_t length, uint8_t *destination, uint32_t &capacity,
-                     OnOverflow onOverflow)
+int32_t zvkFromUtf16(UConverter *converter, const uint8_t *source, uint32_t length, uint8_t *destination,
+                     uint32_t &capacity, OnOverflow onOverflow)
 {
     UErrorCode &status = zvkConversionLayer.status;
     status = U_ZERO_ERROR;
     int32_t room = static_cast<int32_t>(std::min<uint32_t>(capacity, INT32_MAX));
-    int32_t bytes = ucnv_fromUChars(converter, reinterpret_cast<char *>(destination), room, reinterpret_cast<const UChar *>(source),
-                                    static_cast<int32_t>(length / 2), &status);
+    int32_t bytes = ucnv_fromUChars(converter, reinterpret_cast<char *>(destination), room,
+                                    reinterpret_cast<const UChar *>(source), static_cast<int32_t>(length / 2), &status);
     if (status > 0) {
-        if (onOverflow == OnOverflow::Report || !zvkIsOverflow(status)) zvkWriteMsg(222, 0, static_cast<int32_t>(status));
+        if (onOverflow == OnOverflow::Report || !zvkIsOverflow(status))
+            zvkWriteMsg(222, 0, static_cast<int32_t>(status));
         return status;
     }
     capacity = static_cast<uint32_t>(bytes);
@@ -147,16 +157,16 @@ int32_t zvkFromUtf16(UConverter *converter, const uint8_t *source, uint32_t leng
 
 extern "C" {
 
-int32_t _zvkConvToUnicode(const uint8_t *source, uint32_t sourceLength, uint8_t *destination, uint32_t *capacity, const char *name,
-                          int32_t nameLength)
+int32_t _zvkConvToUnicode(const uint8_t *source, uint32_t sourceLength, uint8_t *destination, uint32_t *capacity,
+                          const char *name, int32_t nameLength)
 {
     SelectedConverter converter(name, nameLength);
     if (!converter.get()) return zvkConversionLayer.status;
     return zvkToUtf16(converter.get(), source, sourceLength, destination, *capacity);
 }
 
-int32_t _zvkConvFromUnicode(const uint8_t *source, uint32_t sourceLength, uint8_t *destination, uint32_t *capacity, const char *name,
-                            int32_t nameLength)
+int32_t _zvkConvFromUnicode(const uint8_t *source, uint32_t sourceLength, uint8_t *destination, uint32_t *capacity,
+                            const char *name, int32_t nameLength)
 {
     SelectedConverter converter(name, nameLength);
     if (!converter.get()) return zvkConversionLayer.status;

@@ -5,7 +5,8 @@
 #include <cstddef>
 #include <cstring>
 
-// Copies at most `limit` bytes of a NUL-ended text, and what the field can hold with a NUL behind it; the rest of the field becomes NULs.
+// Copies at most `limit` bytes of a NUL-ended text, and what the field can hold with a NUL behind
+// it; the rest of the field becomes NULs.
 template <size_t Size>
 void copyText(char (&to)[Size], const char *text, size_t limit = Size - 1)
 {

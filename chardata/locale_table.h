@@ -1,7 +1,8 @@
 // The locale table: which code pages belong to a language and territory.
 //
-// The only table of the library that is keyed by country. A row gives the EBCDIC code pages with and without the euro sign and the pair of
-// bytes that is a blank in double-byte data; the other columns are kept for catalogues of code pages and are not read here.
+// The only table of the library that is keyed by country. A row gives the EBCDIC code pages with
+// and without the euro sign and the pair of bytes that is a blank in double-byte data; the other
+// columns are kept for catalogues of code pages and are not read here.
 //
 //     const CodePageRow &row = kCodePageRows[_zvkProccom->ccsid];      // after _zvkcSetCodePages
 #pragma once

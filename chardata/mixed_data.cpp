@@ -1,8 +1,8 @@
 // Native to EBCDIC and back for items, with double-byte data.
 //
-// In EBCDIC a run of double-byte characters stands between a shift-out (0x0E) and a shift-in (0x0F); a native code page needs none. The
-// signs of the length and the capacity say what kind of item it is: mixed data keeps its shift codes, pure double-byte data has none of its
-// own.
+// In EBCDIC a run of double-byte characters stands between a shift-out (0x0E) and a shift-in
+// (0x0F); a native code page needs none. The signs of the length and the capacity say what kind of
+// item it is: mixed data keeps its shift codes, pure double-byte data has none of its own.
 //
 //     to EBCDIC,   pure:   SO K1 K2 SI        ->  K1 K2
 //     to EBCDIC,   mixed:  "AB" SO K1 K2      ->  "AB" SO K1 K2 SI
@@ -31,7 +31,10 @@ ShiftCodes countShiftCodes(const uint8_t *text, size_t length)
     return codes;
 }
 
-bool isLoneShiftCode(const uint8_t *source, size_t length) { return length == 1 && (*source == kShiftOut || *source == kShiftIn); }
+bool isLoneShiftCode(const uint8_t *source, size_t length)
+{
+    return length == 1 && (*source == kShiftOut || *source == kShiftIn);
+}
 
 // Stores a lone shift code as it stands.
 int32_t storeLone(uint8_t code, uint8_t *destination, size_t room, int32_t *capacity)
@@ -41,7 +44,8 @@ int32_t storeLone(uint8_t code, uint8_t *destination, size_t room, int32_t *capa
     return U_ZERO_ERROR;
 }
 
-// Copies double-byte data and brings its shift codes into pairs; needs room for twice the length and two. Returns the new length.
+// Copies double-byte data and brings its shift codes into pairs; needs room for twice the length
+// and two. Returns the new length.
 size_t pairShiftCodes(const uint8_t *source, size_t length, uint8_t *out)
 {
     uint8_t *start = out;

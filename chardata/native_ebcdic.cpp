@@ -1,9 +1,10 @@
 // Native bytes to EBCDIC and back, through UTF-16.
 //
-// In general that is two conversions with a work area between them. Where both default pages have single bytes only, the two together map
-// byte to byte, and a table of 256 bytes says the same at a tenth of the time. The table is built from the converters once, and only if
-// they really act byte by byte: all pairs of bytes are converted in one run (a cyclic sequence in which every pair stands once, 65 536
-// bytes), and each byte must have come out the same beside every neighbour.
+// In general that is two conversions with a work area between them. Where both default pages have
+// single bytes only, the two together map byte to byte, and a table of 256 bytes says the same at a
+// tenth of the time. The table is built from the converters once, and only if they really act byte
+// by byte: all pairs of bytes are converted in one run (a cyclic sequence in which every pair
+// stands once, 65 536 bytes), and each byte must have come out the same beside every neighbour.
 #include "chardata/native_ebcdic.h"
 
 #include <algorithm>
@@ -40,7 +41,8 @@ struct EtoA {
     static size_t secondSize(size_t utf16Bytes) { return utf16Bytes + 2; }
 };
 
-// Every pair of byte values once: i, then i and each larger value in turn, for all i; the first byte again closes the circle.
+// Every pair of byte values once: i, then i and each larger value in turn, for all i; the first
+// byte again closes the circle.
 constexpr size_t kPairsLength = 65536 + 1;
 
 void writeAllPairs(uint8_t *sequence)
@@ -72,9 +74,13 @@ bool buildByteTable(UConverter *from, UConverter *to, uint8_t (&map)[256])
 
     constexpr int32_t length = kPairsLength;
     UErrorCode status = U_ZERO_ERROR;
-    if (ucnv_toUChars(from, units, length + 1, reinterpret_cast<char *>(in), length, &status) != length || U_FAILURE(status)) return false;
+    if (ucnv_toUChars(from, units, length + 1, reinterpret_cast<char *>(in), length, &status) != length ||
+        U_FAILURE(status))
+        return false;
     status = U_ZERO_ERROR;
-    if (ucnv_fromUChars(to, reinterpret_cast<char *>(out), length, units, length, &status) != length || U_FAILURE(status)) return false;
+    if (ucnv_fromUChars(to, reinterpret_cast<char *>(out), length, units, length, &status) != length ||
+        U_FAILURE(status))
+        return false;
     for (size_t i = 0; i < kPairsLength; i++) map[in[i]] = out[i];
     for (size_t i = 0; i < kPairsLength; i++)
         if (map[in[i]] != out[i]) return false;
@@ -83,11 +89,13 @@ bool buildByteTable(UConverter *from, UConverter *to, uint8_t (&map)[256])
 
 const ByteTable *byteTable(ByteTable &table, UConverter *from, UConverter *to)
 {
-    if (table.state == ByteTable::Unknown) table.state = buildByteTable(from, to, table.map) ? ByteTable::Ready : ByteTable::Unfit;
+    if (table.state == ByteTable::Unknown)
+        table.state = buildByteTable(from, to, table.map) ? ByteTable::Ready : ByteTable::Unfit;
     return table.state == ByteTable::Ready ? &table : nullptr;
 }
 
-int32_t convertByTable(const ByteTable &table, const uint8_t *source, uint32_t length, uint8_t *destination, uint32_t &capacity)
+int32_t convertByTable(const ByteTable &table, const uint8_t *source, uint32_t length, uint8_t *destination,
+                       uint32_t &capacity)
 {
     UErrorCode &status = zvkConversionLayer.status;
     status = length > capacity ? U_BUFFER_OVERFLOW_ERROR : U_ZERO_ERROR;
@@ -98,10 +106,11 @@ int32_t convertByTable(const ByteTable &table, const uint8_t *source, uint32_t l
     return status;
 }
 
-// The UTF-16 of a source that is incomplete, by way of an area of its own; what does not fit there or at the destination is dropped without
-// an error.
+// The UTF-16 of a source that is incomplete, by way of an area of its own; what does not fit there
+// or at the destination is dropped without an error.
 template <class Direction>
-int32_t convertIncomplete(UConverter *to, const uint8_t *utf16, uint32_t utf16Bytes, uint8_t *destination, uint32_t &capacity)
+int32_t convertIncomplete(UConverter *to, const uint8_t *utf16, uint32_t utf16Bytes, uint8_t *destination,
+                          uint32_t &capacity)
 {
     size_t size = Direction::secondSize(utf16Bytes);
     WorkArea<kSecondArea> area(size);
@@ -117,8 +126,8 @@ int32_t convertIncomplete(UConverter *to, const uint8_t *utf16, uint32_t utf16By
 }
 
 template <class Direction>
-int32_t convertThroughUtf16(UConverter *from, UConverter *to, const uint8_t *source, uint32_t length, uint8_t *destination,
-                            uint32_t &capacity)
+int32_t convertThroughUtf16(UConverter *from, UConverter *to, const uint8_t *source, uint32_t length,
+                            uint8_t *destination, uint32_t &capacity)
 {
     // A length that ICU cannot take is refused below and needs no area.
     size_t size = length <= INT32_MAX ? size_t{2} * length + 4 : 4;

@@ -1,15 +1,17 @@
 // Opening a converter by name or by number; see open_converter.h.
 //
-// Most of ICU's converters are named PREFIX-number_year: the number is found by reading names alone. It is sought in three rounds, each
-// over the available converters in ICU's order:
+// Most of ICU's converters are named PREFIX-number_year: the number is found by reading names
+// alone. It is sought in three rounds, each over the available converters in ICU's order:
 //
 //   1. the canonical name is PREFIX-number_...
-//   2. an alias of a converter named so is PREFIX-number with the same prefix: ICU serves some numbers by a close relative, whose own
+//   2. an alias of a converter named so is PREFIX-number with the same prefix: ICU serves some
+//      numbers by a close relative, whose own
 //      number differs (the Thai page 9030 by 838)
-//   3. the converter, opened, reports the number (UTF-8, ISO-8859-1 and others whose names hold none)
+//   3. the converter, opened, reports the number (UTF-8, ISO-8859-1 and others whose names hold
+//      none)
 //
-// Names with a comma are variants with options (line feed and new line swapped, say) and are passed over. The answer is remembered, a "no"
-// as well: round 3 opens a hundred converters.
+// Names with a comma are variants with options (line feed and new line swapped, say) and are passed
+// over. The answer is remembered, a "no" as well: round 3 opens a hundred converters.
 #include "chardata/open_converter.h"
 
 #include <atomic>
@@ -22,8 +24,8 @@ constexpr char kPrefix[] = "TQX-";
 constexpr size_t kPrefixLength = sizeof kPrefix - 1;
 constexpr int kNotThere = -1;
 
-// One answer a slot: the number in the upper half, the converter's index plus one in the lower half; zero there means "no such converter".
-// One word, so that threads need no lock.
+// One answer a slot: the number in the upper half, the converter's index plus one in the lower
+// half; zero there means "no such converter". One word, so that threads need no lock.
 std::atomic<uint64_t> remembered[64];
 
 std::atomic<uint64_t> &slotOf(uint32_t ccsid) { return remembered[ccsid % std::size(remembered)]; }
@@ -42,7 +44,8 @@ bool readNumber(const char *&text, uint32_t &number)
     return number != 0;
 }
 
-// The number in a canonical name PREFIX-number_..., else 0; prefixLength gets the length with the "-".
+// The number in a canonical name PREFIX-number_..., else 0; prefixLength gets the length with the
+// "-".
 uint32_t numberOfName(const char *name, size_t &prefixLength)
 {
     const char *dash = strchr(name, '-');
@@ -94,7 +97,8 @@ int findConverter(uint32_t ccsid)
     return kNotThere;
 }
 
-// The number that a name TQX-number means, else 0. Blanks behind it are ignored, as ICU ignores them in other names.
+// The number that a name TQX-number means, else 0. Blanks behind it are ignored, as ICU ignores
+// them in other names.
 uint32_t numberBehindPrefix(const char *name)
 {
     if (strncasecmp(name, kPrefix, kPrefixLength) != 0) return 0;
@@ -123,7 +127,8 @@ UConverter *zvkOpenConverter(const char *name, UErrorCode *status)
 {
     *status = U_ZERO_ERROR;
     uint32_t number = numberBehindPrefix(name);
-    // A number is sought only after ICU has refused its name: one that is remembered need not be refused again.
+    // A number is sought only after ICU has refused its name: one that is remembered need not be
+    // refused again.
     if (!number || !isAnswerFor(slotOf(number).load(std::memory_order_relaxed), number)) {
         if (UConverter *converter = ucnv_open(name, status)) return converter;
     }

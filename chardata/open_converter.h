@@ -1,7 +1,8 @@
 // Opening a converter: the one place where a code-page name meets ICU.
 //
-// A name goes to ICU as it stands first. ICU does not know the prefix "TQX-"; the digits behind it are the number (CCSID) of a coded
-// character set, and the converter that bears that number among the available ones is opened instead:
+// A name goes to ICU as it stands first. ICU does not know the prefix "TQX-"; the digits behind it
+// are the number (CCSID) of a coded character set, and the converter that bears that number among
+// the available ones is opened instead:
 //
 //     UErrorCode status = U_ZERO_ERROR;
 //     UConverter *converter = zvkOpenConverter("TQX-037", &status);       // ICU's converter number 37
@@ -9,8 +10,10 @@
 
 #include <unicode/ucnv.h>
 
-// Null, with an error in *status, if there is no such converter. Any thread. Close it with ucnv_close.
+// Null, with an error in *status, if there is no such converter. Any thread. Close it with
+// ucnv_close.
 UConverter *zvkOpenConverter(const char *name, UErrorCode *status);
 
-// ICU's own name for the converter with this number, or null. Of several, ICU's first; never a variant with options.
+// ICU's own name for the converter with this number, or null. Of several, ICU's first; never a
+// variant with options.
 const char *zvkConverterNameOfCcsid(uint32_t ccsid);

@@ -1,7 +1,8 @@
 // The translate tables of an EBCDIC alphabet.
 //
-// The record of a compiled program has two of them, one for each direction by their names. Both are made by the conversion from EBCDIC to
-// native, into storage of their own, and so are equal: compiled programs are generated for that, and it is to stay.
+// The record of a compiled program has two of them, one for each direction by their names. Both are
+// made by the conversion from EBCDIC to native, into storage of their own, and so are equal:
+// compiled programs are generated for that, and it is to stay.
 #include <pthread.h>
 
 #include "chardata/conversion_layer.h"

@@ -1,4 +1,5 @@
-// A work area of a size that is known only at run time: on the stack while it fits, else from storage that is released with it.
+// A work area of a size that is known only at run time: on the stack while it fits, else from
+// storage that is released with it.
 //
 //     WorkArea<32768> units(2 * length + 4);
 //     if (!units.data()) return ...;            // message 907 has been issued

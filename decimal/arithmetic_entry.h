@@ -1,5 +1,5 @@
-// The calls of the arithmetic families: what ADD, SUB, MPY, DIV and MOD have in common as entries (decimal/entry.h), and the same for items
-// that a binary integer is added to.
+// The calls of the arithmetic families: what ADD, SUB, MPY, DIV and MOD have in common as entries
+// (decimal/entry.h), and the same for items that a binary integer is added to.
 //
 // The operation is a structure:
 //

@@ -20,8 +20,9 @@ inline int32_t holds(Value a, Value b)
     return a <= b;
 }
 
-// `Compare` has the form, the comparison, and if the form's comparisons are dumped, a title for each relation. If it has short cuts,
-// `value` is an item as a signed integer that compares like it, and `fits` whether both items can be had so.
+// `Compare` has the form, the comparison, and if the form's comparisons are dumped, a title for
+// each relation. If it has short cuts, `value` is an item as a signed integer that compares like
+// it, and `fits` whether both items can be had so.
 template <class Compare, Relation relation>
 struct Comparison {
     using Form = typename Compare::Form;
@@ -49,7 +50,8 @@ struct Comparison {
     bool holdsInWords(uint32_t mode, int32_t &result) const
     {
         if (mode & ZVK_BCD_CHECK_COMPARED || !Compare::template fits<Word>(op1Digits, op2Digits)) return false;
-        result = holds<relation>(Compare::template value<Word>(op1, op1Digits), Compare::template value<Word>(op2, op2Digits));
+        result = holds<relation>(Compare::template value<Word>(op1, op1Digits),
+                                 Compare::template value<Word>(op2, op2Digits));
         return true;
     }
     bool quick(uint32_t mode, int32_t &result) const requires(Compare::hasShortCuts)

@@ -1,6 +1,7 @@
 // Between packed and zoned digits; see conversion_workers.h.
 //
-// Both ways work from the right, eight digits at a time: four packed bytes are spread to eight zoned ones, or gathered from them, by shifts and masks (words.h).
+// Both ways work from the right, eight digits at a time: four packed bytes are spread to eight
+// zoned ones, or gathered from them, by shifts and masks (words.h).
 #include "decimal/conversion_workers.h"
 
 #include <algorithm>
@@ -63,7 +64,8 @@ void zvkBcdZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *d
     int32_t left = count - 1;
     for (; left > 10; left -= 8, from -= 8, to -= 4) storeBig<uint32_t>(to - 3, gather(loadBig<uint64_t>(from - 7)));
     // The high digit of a pair is decoded, so that an overpunched first byte reads correctly.
-    for (; left >= 2; left -= 2, from -= 2) *to-- = static_cast<uint8_t>(overpunchDigit(from[-1]) << 4 | (from[0] & 0x0F));
+    for (; left >= 2; left -= 2, from -= 2)
+        *to-- = static_cast<uint8_t>(overpunchDigit(from[-1]) << 4 | (from[0] & 0x0F));
     if (left) *to = ebcdic ? overpunchDigit(*from) : *from & 0x0F;
     clearUnusedNibble(destination, destinationDigits);
 }

@@ -1,6 +1,7 @@
 // Between decimal items and binary integers of 1, 2, 4 and 8 bytes.
 //
-// Into binary nothing is tested: a value that is too long wraps. Out of binary the digits that do not fit are dropped on the left.
+// Into binary nothing is tested: a value that is too long wraps. Out of binary the digits that do
+// not fit are dropped on the left.
 #include <cstdio>
 #include <type_traits>
 
@@ -76,7 +77,8 @@ uint64_t packedMagnitude(const uint8_t *item, int32_t digits)
     const uint8_t *at = skipZeroBytes(item, last);
     uint64_t value = 0;
     if (at < last) {
-        // The first nibble of an even item is no digit; behind skipped bytes there is no such nibble any more.
+        // The first nibble of an even item is no digit; behind skipped bytes there is no such
+        // nibble any more.
         uint8_t first = at == item && (digits & 1) == 0 ? *at & 0x0F : *at;
         value = kPairValue[first];
         for (at++; at < last; at++) value = value * 100 + kPairValue[*at];
@@ -119,7 +121,8 @@ struct ToBinary {
         if (sn < 1 || static_cast<uint32_t>(sn) > kWordDigits<uint64_t>) return false;
         shortforms::Pckd::Raw<uint64_t> raw(src, sn);
         if (!raw.hasSign() || !areDigits(raw.digits)) return false;
-        uint64_t value = limbValue(raw.digits & ((uint64_t{1} << (4 * sn)) - 1)); // the first nibble of an even item is no digit
+        uint64_t value =
+            limbValue(raw.digits & ((uint64_t{1} << (4 * sn)) - 1)); // the first nibble of an even item is no digit
         result = static_cast<Integer>(std::is_signed_v<Integer> && raw.negative() ? -value : value);
         return true;
     }
@@ -189,15 +192,15 @@ unsigned digitFromRight(const uint8_t *item, size_t bytes, int32_t place)
 } // namespace
 } // namespace bcd
 
-#define TO_BINARY(From, form, To, type)                                                                                                    \
-    type _zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, int32_t srcDigits)                                                             \
-    {                                                                                                                                      \
-        return bcd::runEntry<bcd::ToBinary<bcd::forms::form, type>>(src, srcDigits);                                                       \
+#define TO_BINARY(From, form, To, type)                                                                                \
+    type _zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, int32_t srcDigits)                                         \
+    {                                                                                                                  \
+        return bcd::runEntry<bcd::ToBinary<bcd::forms::form, type>>(src, srcDigits);                                   \
     }
-#define FROM_BINARY(From, type, To, form)                                                                                                  \
-    uint8_t *_zvkcBCD_CONV_##From##_To_##To(type value, uint8_t *dst, int32_t dstDigits)                                                   \
-    {                                                                                                                                      \
-        return bcd::runEntry<bcd::FromBinary<type, bcd::forms::form>>(value, dst, dstDigits);                                              \
+#define FROM_BINARY(From, type, To, form)                                                                              \
+    uint8_t *_zvkcBCD_CONV_##From##_To_##To(type value, uint8_t *dst, int32_t dstDigits)                               \
+    {                                                                                                                  \
+        return bcd::runEntry<bcd::FromBinary<type, bcd::forms::form>>(value, dst, dstDigits);                          \
     }
 
 TO_BINARY(Pckd, Pckd, Int1, int8_t)

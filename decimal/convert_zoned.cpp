@@ -1,8 +1,11 @@
-// The conversion matrix: packed to the five zoned forms and back, and the 25 cells between zoned forms.
+// The conversion matrix: packed to the five zoned forms and back, and the 25 cells between zoned
+// forms.
 //
-// One plan for all cells: validate, move the digits, write the sign in the destination's form. What differs is on purpose and compiled programs know it so:
-// out of packed the test for a negative zero looks at the source, between zoned forms and into packed at the destination; letters for signs (the EBCDIC
-// convention) take the source's own letter where it has one; the unsigned form into packed skips signs and blanks around its digits.
+// One plan for all cells: validate, move the digits, write the sign in the destination's form. What
+// differs is on purpose and compiled programs know it so: out of packed the test for a negative
+// zero looks at the source, between zoned forms and into packed at the destination; letters for
+// signs (the EBCDIC convention) take the source's own letter where it has one; the unsigned form
+// into packed skips signs and blanks around its digits.
 #include <cstdio>
 #include <string>
 #include <type_traits>
@@ -58,7 +61,8 @@ void finishFromPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, 
     bool forcedPlus = negative && !(mode & ZVK_BCD_KEEP_NEG_ZERO) && zvkBcdIsZeroPacked(src, sn);
     bool minus = negative && !forcedPlus;
     if constexpr (same<To, forms::ZndTO>) {
-        digits[dn - 1] = mode & ZVK_BCD_EBCDIC ? letterDigit(digits[dn - 1] & 0x0F, minus) : zonedDigit(digits[dn - 1], minus);
+        digits[dn - 1] =
+            mode & ZVK_BCD_EBCDIC ? letterDigit(digits[dn - 1] & 0x0F, minus) : zonedDigit(digits[dn - 1], minus);
     } else if constexpr (same<To, forms::ZndLO>) {
         if (dn > 1) cleanLast(digits, dn);
         digits[0] = mode & ZVK_BCD_EBCDIC ? letterDigit(digits[0] & 0x0F, minus) : zonedDigit(digits[0], minus);
@@ -70,7 +74,8 @@ void finishFromPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, 
 
 // ---- Zoned to packed.
 
-// The digits of an unsigned item without the signs and blanks that this conversion lets pass around them.
+// The digits of an unsigned item without the signs and blanks that this conversion lets pass around
+// them.
 struct Trimmed {
     const uint8_t *digits;
     int32_t count;
@@ -132,7 +137,8 @@ void cleanUnsigned(const uint8_t *src, int32_t sn, uint8_t *dst, int32_t dn, uin
     if (same<From, To> && (mode & ZVK_BCD_RAW_UNSIGNED)) {
         digits[dn - 1] = src[sn - 1];
     } else if (mode & ZVK_BCD_CLEAN_UNSIGNED) {
-        zvkBcdCleanZoned(dst, dn); // from the item's first byte: with a leading sign it stops one digit short, and stays so
+        zvkBcdCleanZoned(dst,
+                         dn); // from the item's first byte: with a leading sign it stops one digit short, and stays so
     } else {
         digits[dn - 1] = zonedDigit(overpunchDigit(digits[dn - 1]));
         if (same<To, forms::ZndLO>) digits[0] = zonedDigit(overpunchDigit(digits[0]));
@@ -184,7 +190,8 @@ struct Cell {
     uint8_t *dst;
     int32_t dn, sn;
 
-    // Packed items of up to 15 clean digits, with their own sign. What becomes of a negative zero, and of letters, is written below.
+    // Packed items of up to 15 clean digits, with their own sign. What becomes of a negative zero,
+    // and of letters, is written below.
     bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<From>)
     {
         using Short = shortforms::Pckd;
@@ -241,10 +248,10 @@ struct Cell {
 } // namespace
 } // namespace bcd
 
-#define CELL(From, To)                                                                                                                     \
-    uint8_t *_zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                        \
-    {                                                                                                                                      \
-        return bcd::runEntry<bcd::Cell<bcd::forms::From, bcd::forms::To>>(src, dst, dstDigits, srcDigits);                                 \
+#define CELL(From, To)                                                                                                 \
+    uint8_t *_zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)    \
+    {                                                                                                                  \
+        return bcd::runEntry<bcd::Cell<bcd::forms::From, bcd::forms::To>>(src, dst, dstDigits, srcDigits);             \
     }
 #define CELLS_FROM(From) CELL(From, ZndTO) CELL(From, ZndTS) CELL(From, ZndLO) CELL(From, ZndLS) CELL(From, ZndUS)
 

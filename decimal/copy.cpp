@@ -1,7 +1,8 @@
 // Copies: an item to one of the same form with another digit count.
 //
-// Each is the shared move of its digits and then what its sign form needs. Unlike a conversion, a copy of zoned data cleans only the bytes that can carry a
-// sign: zones of other bytes pass as they are.
+// Each is the shared move of its digits and then what its sign form needs. Unlike a conversion, a
+// copy of zoned data cleans only the bytes that can carry a sign: zones of other bytes pass as they
+// are.
 #include "decimal/copy_steps.h"
 #include "decimal/dump.h"
 #include "decimal/entry.h"
@@ -61,10 +62,10 @@ struct Copy {
 } // namespace
 } // namespace bcd
 
-#define COPY(name, form)                                                                                                                   \
-    uint8_t *_zvkcBCD_Cpy_##name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                                   \
-    {                                                                                                                                      \
-        return bcd::runEntry<bcd::Copy<bcd::forms::form>>(src, dst, dstDigits, srcDigits);                                                 \
+#define COPY(name, form)                                                                                               \
+    uint8_t *_zvkcBCD_Cpy_##name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)               \
+    {                                                                                                                  \
+        return bcd::runEntry<bcd::Copy<bcd::forms::form>>(src, dst, dstDigits, srcDigits);                             \
     }
 
 COPY(Pckd, Pckd)

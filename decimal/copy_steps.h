@@ -1,4 +1,5 @@
-// What a copy or a shift does to its destination after the digits are there, by sign form, and what a dump shows of such an item.
+// What a copy or a shift does to its destination after the digits are there, by sign form, and what
+// a dump shows of such an item.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +20,8 @@ struct AfterCopy<forms::Pckd> {
 
     static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
-        if (!keepNegativeZero && packedIsNegative(item, n) && zvkBcdIsZeroPacked(item, n)) item[packedBytes(n) - 1] = kPlus;
+        if (!keepNegativeZero && packedIsNegative(item, n) && zvkBcdIsZeroPacked(item, n))
+            item[packedBytes(n) - 1] = kPlus;
     }
 };
 
@@ -35,18 +37,21 @@ struct AfterCopy<forms::ZndTO> {
 template <>
 struct AfterCopy<forms::ZndLO> {
     static constexpr const char *copyTitle = "Copy zoned lo...";
-    // The zone that the first byte gets from the source's first byte; none at all if that byte is of no known form.
+    // The zone that the first byte gets from the source's first byte; none at all if that byte is
+    // of no known form.
     static uint8_t zoneFrom(uint8_t byte)
     {
         uint8_t zone = byte & 0xF0;
-        bool known = zone == 0x30 || zone == 0x70 || zone == 0xC0 || zone == 0xD0 || zone == 0xF0 || kOverpunch[byte].valid;
+        bool known =
+            zone == 0x30 || zone == 0x70 || zone == 0xC0 || zone == 0xD0 || zone == 0xF0 || kOverpunch[byte].valid;
         return known ? zoneOf(overpunchIsNegative(byte)) : uint8_t{0};
     }
     static void finish(const uint8_t *src, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
         if (n > 1) cleanLast(item, n);
         item[0] = static_cast<uint8_t>(zoneFrom(src[0]) | (overpunchDigit(item[0]) & 0x0F));
-        if (!keepNegativeZero && forms::ZndLO::negative(item, n) && zvkBcdIsZeroZoned(item, n)) item[0] = zonedDigit(item[0]);
+        if (!keepNegativeZero && forms::ZndLO::negative(item, n) && zvkBcdIsZeroZoned(item, n))
+            item[0] = zonedDigit(item[0]);
     }
 };
 

@@ -1,4 +1,5 @@
-// The calls of DIV, DIVR and MOD (decimal/entry.h): validation, the divisor's zero test, division into a quotient, a remainder or both.
+// The calls of DIV, DIVR and MOD (decimal/entry.h): validation, the divisor's zero test, division
+// into a quotient, a remainder or both.
 #pragma once
 
 #include "decimal/dump.h"
@@ -26,7 +27,8 @@ struct DivisionItems {
     int32_t op1Digits;
 };
 
-// Short clean items. `Form` has `Short`, short numbers of the form, and `writeQuotient`. The result is the worker's.
+// Short clean items. `Form` has `Short`, short numbers of the form, and `writeQuotient`. The result
+// is the worker's.
 template <class Form>
 inline bool divideShort(const DivisionItems &items, int &result)
 {
@@ -34,7 +36,8 @@ inline bool divideShort(const DivisionItems &items, int &result)
     ShortNumber a, b;
     if (items.quotient && !isShort(items.quotientDigits)) return false;
     if (items.remainder && !isShort(items.remainderDigits)) return false;
-    if (!Short::read(items.op1, items.op1Digits, a) || !Short::read(items.op2, items.op2Digits, b) || b.digits == 0) return false;
+    if (!Short::read(items.op1, items.op1Digits, a) || !Short::read(items.op2, items.op2Digits, b) || b.digits == 0)
+        return false;
     bool negative = a.negative != b.negative;
     result = a.digits >= b.digits;
     if (a.digits > b.digits) {
@@ -44,7 +47,8 @@ inline bool divideShort(const DivisionItems &items, int &result)
     } else if (a.digits == b.digits) {
         if (items.quotient) Short::write(items.quotient, items.quotientDigits, u128{1}, negative);
         if (items.remainder)
-            Short::write(items.remainder, items.remainderDigits, u128{0}, false); // always +0, unlike that of a long division
+            Short::write(items.remainder, items.remainderDigits, u128{0},
+                         false); // always +0, unlike that of a long division
     } else {
         if (items.quotient) Short::write(items.quotient, items.quotientDigits, u128{0}, false); // always +0
         if (items.remainder) Short::write(items.remainder, items.remainderDigits, a.digits, a.negative);
@@ -69,8 +73,8 @@ struct Division : DivisionItems {
         DivisionOperand dividend = Form::strip({op1, op1Digits});
         DivisionOperand divisor = Form::strip({op2, op2Digits});
         if (Form::isZero(divisor.item, divisor.digits)) zvkWriteMsg(kMsgZeroDivisor, 0);
-        return Form::divide(dividend.item, dividend.digits, divisor.item, divisor.digits, quotient, quotientDigits, remainder,
-                            remainderDigits);
+        return Form::divide(dividend.item, dividend.digits, divisor.item, divisor.digits, quotient, quotientDigits,
+                            remainder, remainderDigits);
     }
 };
 
@@ -90,7 +94,8 @@ struct DumpedDivision : Division<Form> {
             dumpOperand("dst:", this->quotient, this->quotientDigits, Form::Item::bytes(this->quotientDigits));
         else
             dumpOperand("dst:", this->remainder, this->remainderDigits, Form::Item::bytes(this->remainderDigits));
-        if (this->quotient && this->remainder) dumpBytes("rem:", this->remainder, Form::Item::bytes(this->remainderDigits));
+        if (this->quotient && this->remainder)
+            dumpBytes("rem:", this->remainder, Form::Item::bytes(this->remainderDigits));
     }
 };
 

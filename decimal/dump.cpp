@@ -1,4 +1,5 @@
-// The debug dump; what it looks like stands in dump.h. There is no lock: lines of several threads may mix.
+// The debug dump; what it looks like stands in dump.h. There is no lock: lines of several threads
+// may mix.
 #include "decimal/dump.h"
 
 #include <cstdio>

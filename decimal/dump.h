@@ -1,4 +1,5 @@
-// The debug dump of COBOL_BCD_DEBUG: a title line, each operand on a line, the result on a line, on stderr.
+// The debug dump of COBOL_BCD_DEBUG: a title line, each operand on a line, the result on a line, on
+// stderr.
 //
 //     add packed...
 //     op1: 0x7ffd3c5e 3: 123c
@@ -14,8 +15,8 @@ namespace bcd {
 void dumpTitle(const char *title);
 void dumpTitle(const char *format, int32_t number); // a shift's title has its count
 
-// "LABEL: address count: bytes" as arithmetic and comparisons have it; without the colon behind the count as copies, shifts and
-// conversions have it. The label comes with its colon ("op1:").
+// "LABEL: address count: bytes" as arithmetic and comparisons have it; without the colon behind the
+// count as copies, shifts and conversions have it. The label comes with its colon ("op1:").
 void dumpOperand(const char *label, const uint8_t *item, int32_t digits, size_t bytes);
 void dumpCopied(const char *label, const uint8_t *item, int32_t digits, size_t bytes);
 

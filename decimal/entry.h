@@ -9,7 +9,8 @@
 // A family of entries is a structure, the call, with the operands as members and these routines:
 //
 //     void dumpOperands() const;                  the title and the operands; with dumpResult, may both be left out
-//     void validate(uint32_t mode) const;         may be left out; ask `checked` or test the mode for what is always checked
+//     void validate(uint32_t mode) const;         may be left out; ask `checked`, or
+//                                                 test the mode for what is always checked
 //     auto work(uint32_t mode) const;             gives what the entry returns
 //     void dumpResult(T result) const;
 //     bool quick(uint32_t mode, T &result) const;       may be left out, as may
@@ -20,10 +21,12 @@
 //     uint8_t *_zvkcBCD_ABS_Pckd(const uint8_t *src, uint8_t *dst, int32_t dn, int32_t sn)
 //     { return runEntry<AbsolutePacked>(src, dst, dn, sn); }
 //
-// `quick` is a short cut past validation for the common case: it looks at the operands once and, when they are short and clean, so that a
-// validator would have nothing to say, computes the result at once and answers true. Otherwise it answers false and must not have written anything.
-// It is all that stands in the exported routine; everything else is behind a jump that takes the operands along in the registers they came in, so
-// nothing has to be saved for it. There `quickLong` is tried first: another short cut, for operands that need more code.
+// `quick` is a short cut past validation for the common case: it looks at the operands once and,
+// when they are short and clean, so that a validator would have nothing to say, computes the result
+// at once and answers true. Otherwise it answers false and must not have written anything. It is
+// all that stands in the exported routine; everything else is behind a jump that takes the operands
+// along in the registers they came in, so nothing has to be saved for it. There `quickLong` is
+// tried first: another short cut, for operands that need more code.
 #pragma once
 
 #include <concepts>
@@ -87,7 +90,8 @@ template <class Call>
     return result;
 }
 
-// The first call in the process, all calls of a process that dumps, and operands that no short cut takes.
+// The first call in the process, all calls of a process that dumps, and operands that no short cut
+// takes.
 template <class Call, class... Operands>
 [[gnu::noinline]] ResultOf<Call> runEveryStep(Operands... operands)
 {
@@ -95,7 +99,8 @@ template <class Call, class... Operands>
     return takeSteps(Call{operands...}, word, (word & ZVK_BCD_DEBUG) != 0);
 }
 
-// On a cache line of its own: where it falls otherwise, it and the entry behind it take up to a quarter longer.
+// On a cache line of its own: where it falls otherwise, it and the entry behind it take up to a
+// quarter longer.
 template <class Call, class... Operands>
 [[gnu::noinline, gnu::aligned(64)]] ResultOf<Call> runLongEntry(Operands... operands)
 {
@@ -108,7 +113,8 @@ template <class Call, class... Operands>
 [[gnu::always_inline]] inline ResultOf<Call> runEntry(Operands... operands)
 {
     uint32_t word = rawMode();
-    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0)) return runEveryStep<Call>(operands...); // an unread word has this bit, too
+    if (__builtin_expect(word & ZVK_BCD_DEBUG, 0))
+        return runEveryStep<Call>(operands...); // an unread word has this bit, too
     if constexpr (Quick<Call>) {
         ResultOf<Call> result;
         if (__builtin_expect(Call{operands...}.quick(word, result), 1)) return result;

@@ -1,4 +1,5 @@
-// The operation of an entry that adds a binary integer to an item (ItemAndInteger in arithmetic_entry.h), from its worker.
+// The operation of an entry that adds a binary integer to an item (ItemAndInteger in
+// arithmetic_entry.h), from its worker.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +15,9 @@ struct IntegerStep {
 };
 
 // Of the most negative integer, too.
-inline uint64_t magnitude(int64_t value) { return value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value); }
+inline uint64_t magnitude(int64_t value)
+{
+    return value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+}
 
 } // namespace bcd

@@ -1,10 +1,12 @@
 // The mode word: what the environment asks of decimal arithmetic.
 //
-// One 32-bit word for the process, read from the environment by the first decimal entry point that is called and never again. With no
-// variable set it is 0: arithmetic operands are validated, comparisons and copies are not, a negative zero is made positive, zoned data
-// is native, nothing is dumped.
+// One 32-bit word for the process, read from the environment by the first decimal entry point that
+// is called and never again. With no variable set it is 0: arithmetic operands are validated,
+// comparisons and copies are not, a negative zero is made positive, zoned data is native, nothing
+// is dumped.
 //
-//     COBOL_BCD_NOVALIDATE=N   the word's low eight bits, by number; the other variables only have to be set and not empty:
+//     COBOL_BCD_NOVALIDATE=N   the word's low eight bits, by number; the other variables
+//                              only have to be set and not empty:
 //     COBOL_BCD_SAFE           validate everything, keep ASCII digits clean
 //     COBOL_BCD_FAST           the bits of SAFE and NOVALIDATE off again, raw copies of unsigned items
 //     COBOL_BCD_DEBUG          dump operands and results to stderr
@@ -34,7 +36,8 @@ void zvkBcdLoadMode();
 
 namespace bcd {
 
-// The word as it stands, perhaps unread. Threads that race to load it store the same value, so no order is needed.
+// The word as it stands, perhaps unread. Threads that race to load it store the same value, so no
+// order is needed.
 inline uint32_t rawMode() { return __atomic_load_n(&zvkBcdMode, __ATOMIC_RELAXED); }
 
 inline uint32_t mode()

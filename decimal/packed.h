@@ -1,8 +1,9 @@
 // Packed decimal items: two digits a byte, the sign in the low nibble of the last byte.
 //
-// An item of n digits takes (n >> 1) + 1 bytes: +123 in three digits is 12 3C, in four digits 00 12 3C. With an even n the high nibble of
-// the first byte belongs to no digit: whoever writes an item clears it, whoever reads one takes it as a digit all the same.
-// Sign nibbles 0xB and 0xD are negative, all others positive; 0xC and 0xD are the two that are written.
+// An item of n digits takes (n >> 1) + 1 bytes: +123 in three digits is 12 3C, in four digits 00 12
+// 3C. With an even n the high nibble of the first byte belongs to no digit: whoever writes an item
+// clears it, whoever reads one takes it as a digit all the same. Sign nibbles 0xB and 0xD are
+// negative, all others positive; 0xC and 0xD are the two that are written.
 #pragma once
 
 #include <array>
@@ -22,7 +23,10 @@ inline constexpr uint8_t kMinus = 0x0D;
 inline bool isNegativeNibble(uint8_t last) { return (last & 0x0F) == 0x0B || (last & 0x0F) == 0x0D; }
 inline uint8_t signNibble(bool negative) { return negative ? kMinus : kPlus; }
 
-inline bool packedIsNegative(const uint8_t *item, int32_t digits) { return isNegativeNibble(item[packedBytes(digits) - 1]); }
+inline bool packedIsNegative(const uint8_t *item, int32_t digits)
+{
+    return isNegativeNibble(item[packedBytes(digits) - 1]);
+}
 
 inline void setPackedSign(uint8_t *item, int32_t digits, bool negative)
 {
@@ -50,8 +54,8 @@ inline int32_t significantDigits(const uint8_t *start, const uint8_t *last)
     return bytes == 1 || (*start & 0xF0) != 0 ? 2 * bytes - 1 : 2 * bytes - 2;
 }
 
-// A packed byte as its value 0 to 99. A low nibble above 9 counts as 0, so the last byte of an item reads as ten times its digit; a high
-// nibble above 9 gives 100.
+// A packed byte as its value 0 to 99. A low nibble above 9 counts as 0, so the last byte of an item
+// reads as ten times its digit; a high nibble above 9 gives 100.
 inline constexpr std::array<uint8_t, 256> kPairValue = [] {
     std::array<uint8_t, 256> table{};
     for (unsigned byte = 0; byte < 256; byte++) {
@@ -65,7 +69,8 @@ inline constexpr std::array<uint8_t, 256> kPairValue = [] {
 // And back, for sums up to 199 without a reduction.
 inline constexpr std::array<uint8_t, 200> kValuePair = [] {
     std::array<uint8_t, 200> table{};
-    for (unsigned value = 0; value < 200; value++) table[value] = static_cast<uint8_t>(value % 100 / 10 << 4 | value % 10);
+    for (unsigned value = 0; value < 200; value++)
+        table[value] = static_cast<uint8_t>(value % 100 / 10 << 4 | value % 10);
     return table;
 }();
 
@@ -87,5 +92,6 @@ inline constexpr bool isPacked = std::is_same_v<Form, forms::Pckd>;
 // 1 when all digits are zero, else 0. Sees whole bytes but for the sign nibble.
 int zvkBcdIsZeroPacked(const uint8_t *address, int32_t digits);
 
-// Moves right-aligned, cut or filled on the left, and normalises the sign nibble. The items may overlap. A zero keeps its sign.
+// Moves right-aligned, cut or filled on the left, and normalises the sign nibble. The items may
+// overlap. A zero keeps its sign.
 void zvkBcdMovePacked(const uint8_t *source, int32_t sourceDigits, uint8_t *destination, int32_t destinationDigits);

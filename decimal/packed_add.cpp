@@ -1,7 +1,8 @@
 // Addition and subtraction of packed items of any length and content.
 //
-// Items of up to 31 clean digits never get here: short_sum.h has done them. Addition goes from right to left in the widest words that fit,
-// with a decimal carry; subtraction goes by bytes, as pairs 0 to 99, through two tables.
+// Items of up to 31 clean digits never get here: short_sum.h has done them. Addition goes from
+// right to left in the widest words that fit, with a decimal carry; subtraction goes by bytes, as
+// pairs 0 to 99, through two tables.
 #include "decimal/arithmetic_entry.h"
 #include "decimal/packed_pairs.h"
 #include "decimal/short_sum.h"
@@ -58,8 +59,8 @@ struct Addition {
     uint8_t *to;
     bool carry;
 
-    // Steps of T's width are right for digits. Other nibbles go through the byte step, which says what comes of them, so that it does not depend on
-    // how the bytes fall into words.
+    // Steps of T's width are right for digits. Other nibbles go through the byte step, which says
+    // what comes of them, so that it does not depend on how the bytes fall into words.
     template <class T>
     static bool fits(size_t bytes, auto... behind)
     {
@@ -101,23 +102,26 @@ struct Addition {
 
 } // namespace
 
-uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                           int32_t op1Digits)
 {
     return runEntry<TwoOperands<AddPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                           int32_t op1Digits)
 {
     return runEntry<TwoOperands<SubPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-int zvkBcdAddPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
-                    int sameSign)
+int zvkBcdAddPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits,
+                    uint8_t *dst, int32_t dstDigits, int sameSign)
 {
     Operand a(first, firstDigits), b(second, secondDigits);
     bool negative = isNegativeNibble(*a.last);
     if (sameSign != 1 && negative != isNegativeNibble(*b.last)) {
-        bool swap = a.digits != b.digits ? a.digits < b.digits : zvkBcdCmpPacked(first, firstDigits, second, secondDigits, 1) < 0;
+        bool swap = a.digits != b.digits ? a.digits < b.digits
+                                         : zvkBcdCmpPacked(first, firstDigits, second, secondDigits, 1) < 0;
         if (swap) return zvkBcdSubPacked(second, secondDigits, first, firstDigits, dst, dstDigits, 1);
         return zvkBcdSubPacked(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
     }
@@ -142,8 +146,8 @@ int zvkBcdAddPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *se
     return 1;
 }
 
-int zvkBcdSubPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
-                    int sameSign)
+int zvkBcdSubPacked(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits,
+                    uint8_t *dst, int32_t dstDigits, int sameSign)
 {
     Operand a(first, firstDigits), b(second, secondDigits);
     bool negative = isNegativeNibble(*a.last);

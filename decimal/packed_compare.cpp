@@ -1,7 +1,8 @@
 // Comparison of packed items.
 //
-// A packed magnitude compares like a big-endian number, all nibbles but the last one counting as they stand. So items of up to 16 bytes compare like
-// signed integers, and longer ones, or their magnitudes alone, as byte strings behind their leading zero bytes.
+// A packed magnitude compares like a big-endian number, all nibbles but the last one counting as
+// they stand. So items of up to 16 bytes compare like signed integers, and longer ones, or their
+// magnitudes alone, as byte strings behind their leading zero bytes.
 #include "decimal/compare_entry.h"
 #include "decimal/short_number.h"
 #include "decimal/sums.h"
@@ -69,10 +70,10 @@ int zvkBcdCmpPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, i
     return (order >= 0 ? negative1 : !negative2) ? -1 : 1;
 }
 
-#define RELATION(NAME)                                                                                                                     \
-    int32_t _zvkcBCD_##NAME##_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)                           \
-    {                                                                                                                                      \
-        return runEntry<Comparison<ComparePacked, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                                        \
+#define RELATION(NAME)                                                                                                 \
+    int32_t _zvkcBCD_##NAME##_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)       \
+    {                                                                                                                  \
+        return runEntry<Comparison<ComparePacked, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                    \
     }
 
 RELATION(EQU)
@@ -82,4 +83,7 @@ RELATION(GEQ)
 RELATION(LES)
 RELATION(LEQ)
 
-int32_t _zvkcBCD_NOT_Pckd(const uint8_t *op, int32_t opDigits) { return runEntry<ZeroTest<IsZeroPacked>>(op, opDigits); }
+int32_t _zvkcBCD_NOT_Pckd(const uint8_t *op, int32_t opDigits)
+{
+    return runEntry<ZeroTest<IsZeroPacked>>(op, opDigits);
+}

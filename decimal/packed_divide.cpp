@@ -1,6 +1,7 @@
 // Division of packed items.
 //
-// Short clean items go through binary (short_product.h), all others through the table of multiples (long_division.h).
+// Short clean items go through binary (short_product.h), all others through the table of multiples
+// (long_division.h).
 #include "decimal/divide_entry.h"
 #include "decimal/long_division.h"
 #include "decimal/products.h"
@@ -15,7 +16,8 @@ struct PackedDivision {
     using Item = forms::Pckd;
     using Short = shortforms::Pckd;
 
-    // With an even count the unused nibble of a quotient is not cleared, and may keep a digit that was cut. Known, and stays.
+    // With an even count the unused nibble of a quotient is not cleared, and may keep a digit that
+    // was cut. Known, and stays.
     static void writeQuotient(uint8_t *item, int32_t n, u128 digits, bool negative)
     {
         storeItem(item, packedBytes(n), shiftedLeft(digits, 4) | signNibble(negative));
@@ -46,30 +48,33 @@ void writeSmall(uint8_t *item, int32_t n, uint8_t last)
 
 } // namespace
 
-uint8_t *_zvkcBCD_DIV_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_DIV_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                           int32_t op1Digits)
 {
     runEntry<DumpedDivision<PackedDivision, kDiv>>(op1, op2, dst, nullptr, 0, dstDigits, op2Digits, op1Digits);
     return dst;
 }
 
-int32_t _zvkcBCD_DIVR_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *quotient, uint8_t *remainder, int32_t remainderDigits,
-                           int32_t quotientDigits, int32_t op2Digits, int32_t op1Digits)
+int32_t _zvkcBCD_DIVR_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *quotient, uint8_t *remainder,
+                           int32_t remainderDigits, int32_t quotientDigits, int32_t op2Digits, int32_t op1Digits)
 {
-    return runEntry<DumpedDivision<PackedDivision, kDivr>>(op1, op2, quotient, remainder, remainderDigits, quotientDigits, op2Digits,
-                                                           op1Digits);
+    return runEntry<DumpedDivision<PackedDivision, kDivr>>(op1, op2, quotient, remainder, remainderDigits,
+                                                           quotientDigits, op2Digits, op1Digits);
 }
 
-uint8_t *_zvkcBCD_MOD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_MOD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                           int32_t op1Digits)
 {
     runEntry<DumpedDivision<PackedDivision, kMod>>(op1, op2, nullptr, dst, dstDigits, 0, op2Digits, op1Digits);
     return dst;
 }
 
-int zvkBcdDivPacked(const uint8_t *dividend, int32_t dividendDigits, const uint8_t *divisor, int32_t divisorDigits, uint8_t *quotient,
-                    int32_t quotientDigits, uint8_t *remainder, int32_t remainderDigits)
+int zvkBcdDivPacked(const uint8_t *dividend, int32_t dividendDigits, const uint8_t *divisor, int32_t divisorDigits,
+                    uint8_t *quotient, int32_t quotientDigits, uint8_t *remainder, int32_t remainderDigits)
 {
     int result;
-    DivisionItems items{dividend, divisor, quotient, remainder, remainderDigits, quotientDigits, divisorDigits, dividendDigits};
+    DivisionItems items{dividend,        divisor,        quotient,      remainder,
+                        remainderDigits, quotientDigits, divisorDigits, dividendDigits};
     if (divideShort<PackedDivision>(items, result)) return result;
     const uint8_t *lastDividend = dividend + packedBytes(dividendDigits) - 1;
     const uint8_t *lastDivisor = divisor + packedBytes(divisorDigits) - 1;
@@ -94,7 +99,8 @@ int zvkBcdDivPacked(const uint8_t *dividend, int32_t dividendDigits, const uint8
     }
 
     auto within = [](const uint8_t *&start, const uint8_t *last) {
-        if (last - start >= static_cast<ptrdiff_t>(LongDivision::kMostBytes)) start = last + 1 - LongDivision::kMostBytes;
+        if (last - start >= static_cast<ptrdiff_t>(LongDivision::kMostBytes))
+            start = last + 1 - LongDivision::kMostBytes;
         return static_cast<size_t>(last - start) + 1;
     };
     size_t dividendBytes = within(a, lastDividend);
@@ -104,7 +110,8 @@ int zvkBcdDivPacked(const uint8_t *dividend, int32_t dividendDigits, const uint8
         size_t bytes = packedBytes(quotientDigits);
         quotient[bytes - 1] = static_cast<uint8_t>(division.quotientDigit(0) << 4 | signNibble(negative));
         for (size_t i = 1; i < bytes; i++)
-            quotient[bytes - 1 - i] = static_cast<uint8_t>(division.quotientDigit(2 * i) << 4 | division.quotientDigit(2 * i - 1));
+            quotient[bytes - 1 - i] =
+                static_cast<uint8_t>(division.quotientDigit(2 * i) << 4 | division.quotientDigit(2 * i - 1));
     }
     if (remainder) {
         size_t bytes = packedBytes(remainderDigits);

@@ -1,6 +1,7 @@
 // Adding a binary integer to a packed item in place, and subtracting it.
 //
-// The integer is taken apart digit by digit from its low end: one digit for the item's last byte, then a pair for each further byte.
+// The integer is taken apart digit by digit from its low end: one digit for the item's last byte,
+// then a pair for each further byte.
 #include "decimal/arithmetic_entry.h"
 #include "decimal/integer_step.h"
 #include "decimal/packed_pairs.h"
@@ -86,7 +87,8 @@ int zvkBcdDecPacked(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)
     bool borrow = units < 0;
     if (borrow) {
         units += 10;
-        // Odd, and so required: the sign turns here, and does not turn back when the next digit absorbs the borrow. 15 - 7 gives -8.
+        // Odd, and so required: the sign turns here, and does not turn back when the next digit
+        // absorbs the borrow. 15 - 7 gives -8.
         negative = !negative;
     }
     *last = static_cast<uint8_t>(units << 4);
@@ -109,5 +111,11 @@ int zvkBcdDecPacked(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)
     return 1;
 }
 
-int zvkBcdIncPacked4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign) { return zvkBcdIncPacked(op, opDigits, value, sameSign); }
-int zvkBcdDecPacked4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign) { return zvkBcdDecPacked(op, opDigits, value, sameSign); }
+int zvkBcdIncPacked4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign)
+{
+    return zvkBcdIncPacked(op, opDigits, value, sameSign);
+}
+int zvkBcdDecPacked4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign)
+{
+    return zvkBcdDecPacked(op, opDigits, value, sameSign);
+}

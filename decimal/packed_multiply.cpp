@@ -1,8 +1,9 @@
 // Multiplication of packed items.
 //
-// Short clean factors go through binary (short_product.h). All others are multiplied pair by pair: the multiplier's units digit first, which
-// lines up with the multiplicand's bytes, then each pair of the multiplier. A pair of the multiplier stands one digit off the grid of the
-// multiplicand's pairs, hence the ten:
+// Short clean factors go through binary (short_product.h). All others are multiplied pair by pair:
+// the multiplier's units digit first, which lines up with the multiplicand's bytes, then each pair
+// of the multiplier. A pair of the multiplier stands one digit off the grid of the multiplicand's
+// pairs, hence the ten:
 //
 //     multiplicand    q2 q1 a         bytes from the right: a0, q1, q2
 //     multiplier         p1 u
@@ -40,10 +41,11 @@ void writeProduct(uint8_t *dst, int32_t n, const LongDigits &product, bool negat
 }
 
 template <class Word>
-[[gnu::always_inline]] inline bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst,
-                                                 int32_t dstDigits)
+[[gnu::always_inline]] inline bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                                                 int32_t op2Digits, uint8_t *dst, int32_t dstDigits)
 {
-    if (static_cast<uint32_t>(op1Digits | op2Digits) > kWordDigits<Word> || static_cast<uint32_t>(dstDigits) > 63) return false;
+    if (static_cast<uint32_t>(op1Digits | op2Digits) > kWordDigits<Word> || static_cast<uint32_t>(dstDigits) > 63)
+        return false;
     shortforms::Pckd::Raw<Word> a(op1, op1Digits), b(op2, op2Digits);
     if (!a.hasSign() || !b.hasSign() || !areDigits(a.digits, b.digits)) return false;
     writeProduct(dst, dstDigits, multiplyDigits(a.digits, b.digits), a.negative() != b.negative());
@@ -53,8 +55,14 @@ template <class Word>
 struct MultiplyPacked {
     using Form = forms::Pckd;
     static constexpr const char *title = "mpy packed...";
-    static bool quick(const auto &c) { return multiplyShort<uint64_t>(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
-    static bool quickLong(const auto &c) { return multiplyShort<u128>(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
+    static bool quick(const auto &c)
+    {
+        return multiplyShort<uint64_t>(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits);
+    }
+    static bool quickLong(const auto &c)
+    {
+        return multiplyShort<u128>(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits);
+    }
     static void work(const auto &c) { zvkBcdMulPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
 };
 
@@ -101,7 +109,8 @@ void multiplyPairs(const Factor &multiplicand, const Factor &multiplier, WorkAre
     unsigned by = *multiplier.last >> 4;
     unsigned carry = units * by / 10;
     work.start[work.size - 1] = static_cast<uint8_t>(units * by % 10 << 4);
-    for (size_t j = 1; j < multiplicand.bytes(); j++) work.addAt(j, carry, kPairValue[multiplicand.last[-static_cast<ptrdiff_t>(j)]] * by);
+    for (size_t j = 1; j < multiplicand.bytes(); j++)
+        work.addAt(j, carry, kPairValue[multiplicand.last[-static_cast<ptrdiff_t>(j)]] * by);
     work.carryOn(multiplicand.bytes(), carry);
 
     for (size_t i = 1; i < multiplier.bytes(); i++) {
@@ -110,7 +119,8 @@ void multiplyPairs(const Factor &multiplicand, const Factor &multiplier, WorkAre
         work.addAt(i, carry, units * by);
         for (size_t j = 1; j < multiplicand.bytes(); j++) {
             unsigned product = 10 * by * kPairValue[multiplicand.last[-static_cast<ptrdiff_t>(j)]];
-            // The first pair lands on the byte of the units, so what that byte carried comes back at its full weight.
+            // The first pair lands on the byte of the units, so what that byte carried comes back
+            // at its full weight.
             if (j == 1) product += 100 * std::exchange(carry, 0);
             work.addAt(i + j - 1, carry, product);
         }
@@ -120,12 +130,14 @@ void multiplyPairs(const Factor &multiplicand, const Factor &multiplier, WorkAre
 
 } // namespace
 
-uint8_t *_zvkcBCD_MPY_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_MPY_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                           int32_t op1Digits)
 {
     return runEntry<TwoOperands<MultiplyPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-void zvkBcdMulPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)
+void zvkBcdMulPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst,
+                     int32_t dstDigits)
 {
     if (multiplyShort<u128>(op1, op1Digits, op2, op2Digits, dst, dstDigits)) return;
     size_t bytes = packedBytes(dstDigits);
@@ -135,7 +147,8 @@ void zvkBcdMulPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, 
     Factor b{op2, op2 + packedBytes(op2Digits) - 1};
     int32_t estimate = cutFactor(a, room, dstDigits) + cutFactor(b, room, dstDigits);
     if (a.bytes() < b.bytes()) std::swap(a, b);
-    // Above 64 digits the product is not computed at all: the destination gets what the scratch holds.
+    // Above 64 digits the product is not computed at all: the destination gets what the scratch
+    // holds.
     if (estimate <= 64) multiplyPairs(a, b, {packedScratch, room});
     memset(dst, 0, bytes - room);
     memcpy(dst + bytes - room, packedScratch, room);

@@ -5,8 +5,9 @@
 
 namespace bcd {
 
-// The stored digits are the ten's complement of the result: turns `bytes` bytes that end with `last` round, but for the sign. Each pair that
-// ends the carry or comes behind it loses 90 when it is 91 to 99, an oddity that compiled programs see and that stays.
+// The stored digits are the ten's complement of the result: turns `bytes` bytes that end with
+// `last` round, but for the sign. Each pair that ends the carry or comes behind it loses 90 when it
+// is 91 to 99, an oddity that compiled programs see and that stays.
 inline void complementPairs(uint8_t *last, size_t bytes)
 {
     unsigned units = *last >> 4;
@@ -35,7 +36,8 @@ inline bool hasOnlyDigits(T nibbles)
     return ((nibbles >> 3) & (nibbles >> 2 | nibbles >> 1) & all<T>(0x11)) == 0;
 }
 
-// Sixes for the digits that carried: bit 0 of a nibble in `carried` tells of the nibble below, `wrapped` of the top one.
+// Sixes for the digits that carried: bit 0 of a nibble in `carried` tells of the nibble below,
+// `wrapped` of the top one.
 template <class T>
 inline T sixes(T carried, bool wrapped)
 {
@@ -44,7 +46,8 @@ inline T sixes(T carried, bool wrapped)
     return static_cast<T>((carried >> 2) + (carried >> 3) + (wrapped ? topSix : 0));
 }
 
-// One step of the addition: as many digit pairs as T has bytes. The carry is that of the top digit, also where the plain sum wraps round (8 + 8).
+// One step of the addition: as many digit pairs as T has bytes. The carry is that of the top digit,
+// also where the plain sum wraps round (8 + 8).
 template <class T>
 inline T addWord(T a, T b, bool &carry)
 {

@@ -1,7 +1,9 @@
-// Scaling: a value moved by a number of digit positions while it is copied, to the right with truncation or rounding.
+// Scaling: a value moved by a number of digit positions while it is copied, to the right with
+// truncation or rounding.
 //
-// Rounding looks at one digit, the most significant one that is dropped: above 4 it goes up, on the magnitude. Nothing is validated here, and what falls off
-// on the left is gone. Short packed items are done by short_move.h; the others go digit by digit.
+// Rounding looks at one digit, the most significant one that is dropped: above 4 it goes up, on the
+// magnitude. Nothing is validated here, and what falls off on the left is gone. Short packed items
+// are done by short_move.h; the others go digit by digit.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -90,7 +92,8 @@ void zvkBcdShiftRightPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_
 namespace bcd {
 namespace {
 
-// Places `kept` digits in front of `after` zeros at the right end of the destination, "0" elsewhere, and cleans the last of them.
+// Places `kept` digits in front of `after` zeros at the right end of the destination, "0"
+// elsewhere, and cleans the last of them.
 void placeDigits(const uint8_t *digits, int32_t kept, uint8_t *dst, int32_t dn, int32_t after)
 {
     int32_t before = dn - kept - after;
@@ -199,20 +202,25 @@ struct Shift {
         return dst;
     }
     // The label of zoned results is "op2" on purpose.
-    void dumpResult(const uint8_t *) const { dumpCopied(isPacked<Form> ? "res:" : "op2:", dst, dn, shownBytes<Form>(dn)); }
+    void dumpResult(const uint8_t *) const
+    {
+        dumpCopied(isPacked<Form> ? "res:" : "op2:", dst, dn, shownBytes<Form>(dn));
+    }
 };
 
 } // namespace
 } // namespace bcd
 
-#define SHIFT(name, form, way, direction)                                                                                                  \
-    uint8_t *_zvkcBCD_SHFD_##name##_##way(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits, int32_t shift)           \
-    {                                                                                                                                      \
-        return bcd::runEntry<bcd::Shift<bcd::forms::form, bcd::Direction::direction>>(src, dst, dstDigits, srcDigits, shift);              \
+#define SHIFT(name, form, way, direction)                                                                              \
+    uint8_t *_zvkcBCD_SHFD_##name##_##way(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits,      \
+                                          int32_t shift)                                                               \
+    {                                                                                                                  \
+        return bcd::runEntry<bcd::Shift<bcd::forms::form, bcd::Direction::direction>>(src, dst, dstDigits, srcDigits,  \
+                                                                                      shift);                          \
     }
-#define SHIFTS(name, form)                                                                                                                 \
-    SHIFT(name, form, Left, Left)                                                                                                          \
-    SHIFT(name, form, Right, Right)                                                                                                        \
+#define SHIFTS(name, form)                                                                                             \
+    SHIFT(name, form, Left, Left)                                                                                      \
+    SHIFT(name, form, Right, Right)                                                                                    \
     SHIFT(name, form, RightRnd, RightRounded)
 
 SHIFTS(Pckd, Pckd)

@@ -5,5 +5,7 @@
 
 void zvkBcdShiftLeftPacked(const uint8_t *src, int32_t srcDigits, uint8_t *dst, int32_t dstDigits, int32_t shift);
 void zvkBcdShiftLeftZoned(const uint8_t *src, int32_t srcDigits, uint8_t *dst, int32_t dstDigits, int32_t shift);
-void zvkBcdShiftRightPacked(const uint8_t *src, int32_t srcDigits, uint8_t *dst, int32_t dstDigits, int32_t shift, bool round);
-void zvkBcdShiftRightZoned(const uint8_t *src, int32_t srcDigits, uint8_t *dst, int32_t dstDigits, int32_t shift, bool round);
+void zvkBcdShiftRightPacked(const uint8_t *src, int32_t srcDigits, uint8_t *dst, int32_t dstDigits, int32_t shift,
+                            bool round);
+void zvkBcdShiftRightZoned(const uint8_t *src, int32_t srcDigits, uint8_t *dst, int32_t dstDigits, int32_t shift,
+                           bool round);

@@ -1,19 +1,20 @@
 // Numbers of up to 31 digits in two registers.
 //
-// Nearly all items of real programs have at most 31 digits and clean bytes. Such an item is read as one 128-bit word with a digit a nibble,
-// packed and zoned alike (12 3D and "12s" both give 0x123 and minus), and addition and subtraction of whole numbers are then a few
-// operations on all digits at once:
+// Nearly all items of real programs have at most 31 digits and clean bytes. Such an item is read as
+// one 128-bit word with a digit a nibble, packed and zoned alike (12 3D and "12s" both give 0x123
+// and minus), and addition and subtraction of whole numbers are then a few operations on all digits
+// at once:
 //
 //     a + b:  s = a + 0x66..6 + b      every nibble that carries is right; the others have six too much
 //             s - 6 in each nibble that did not carry
 //     a - b:  d = a - b, a not below b  every nibble that borrowed took 16 where 10 was meant
 //             d - 6 in each nibble that borrowed
 //
-// Which nibbles carried or borrowed shows in bit 0 of the nibble above them: it is not the exclusive or of the operands' bits there. For that the
-// top nibble of the word stays free.
+// Which nibbles carried or borrowed shows in bit 0 of the nibble above them: it is not the
+// exclusive or of the operands' bits there. For that the top nibble of the word stays free.
 //
-// An item with any unclean byte is not read at all. It goes the long way through the validators and the general workers, which define what
-// comes of it.
+// An item with any unclean byte is not read at all. It goes the long way through the validators and
+// the general workers, which define what comes of it.
 #pragma once
 
 #include "decimal/packed.h"
@@ -114,7 +115,8 @@ struct Pckd {
         operator NumberIn<Word>() const { return {digits, negative()}; }
     };
 
-    // False, and nothing is read into `number`, when the item is too long or a validator might have something to say about it.
+    // False, and nothing is read into `number`, when the item is too long or a validator might have
+    // something to say about it.
     static bool read(const uint8_t *item, int32_t n, ShortNumber &number)
     {
         if (!isShort(n)) return false;
@@ -141,8 +143,8 @@ struct Znd {
         u128 digits = 0;
         uint64_t bad = 0;
         for (int32_t left = n, at = 0; left > 0; left -= 8, at += 32) {
-            uint64_t bytes =
-                left >= 8 ? loadBig<uint64_t>(item + left - 8) : loadShort(item, static_cast<size_t>(left)) | zones << (8 * left);
+            uint64_t bytes = left >= 8 ? loadBig<uint64_t>(item + left - 8)
+                                       : loadShort(item, static_cast<size_t>(left)) | zones << (8 * left);
             if (at == 0) bytes = (bytes & ~uint64_t{0xFF}) | zonedDigit(last.digit);
             bytes ^= zones;
             bad |= (bytes + 0x7676767676767676u) | bytes;

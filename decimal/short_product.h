@@ -1,7 +1,7 @@
 // Multiplication and division of short clean items through binary.
 //
-// 31 digits are two limbs to the base 10^16, each 16 nibbles of the number's word: so a limb becomes binary, and binary a limb, in one register, and
-// products of limbs fit 128 bits.
+// 31 digits are two limbs to the base 10^16, each 16 nibbles of the number's word: so a limb
+// becomes binary, and binary a limb, in one register, and products of limbs fit 128 bits.
 #pragma once
 
 #include "decimal/short_number.h"
@@ -19,10 +19,12 @@ inline uint64_t limbValue(uint64_t nibbles)
     return (v & 0xFFFFFFFFu) + 100000000 * (v >> 32);
 }
 
-// The same backwards for a value below 10^8: each step splits lanes by a multiplication, as the quotient of a lane fits the lane.
+// The same backwards for a value below 10^8: each step splits lanes by a multiplication, as the
+// quotient of a lane fits the lane.
 inline uint32_t eightDigits(uint32_t value)
 {
-    uint64_t v = value + (uint64_t{1} << 32) * (value / 10000) - uint64_t{10000} * (value / 10000); // lanes: tens of thousands, rest
+    uint64_t v = value + (uint64_t{1} << 32) * (value / 10000) -
+                 uint64_t{10000} * (value / 10000); // lanes: tens of thousands, rest
     uint64_t hundreds = ((v * 10486) >> 20) & 0x0000007F0000007Fu;
     v += hundreds * (0x10000 - 100);
     uint64_t tens = ((v * 103) >> 10) & 0x000F000F000F000Fu;
@@ -44,7 +46,8 @@ struct Split {
     uint64_t rest;
 };
 
-// Division by 10^16 of a value whose quotient fits: the estimate from the upper bits is right or one too small.
+// Division by 10^16 of a value whose quotient fits: the estimate from the upper bits is right or
+// one too small.
 inline Split splitLimb(u128 value)
 {
     constexpr auto reciprocal = static_cast<uint64_t>((u128{1} << 117) / kLimb); // 2^(45 + 72) / 10^16, below 2^64
@@ -77,7 +80,10 @@ struct LongDigits {
 
 inline u128 digitsOf(const Split &limbs) { return fromWords(limbDigits(limbs.quotient), limbDigits(limbs.rest)); }
 
-inline LongDigits multiplyDigits(uint64_t a, uint64_t b) { return {digitsOf(splitLimb(u128{limbValue(a)} * limbValue(b))), 0}; }
+inline LongDigits multiplyDigits(uint64_t a, uint64_t b)
+{
+    return {digitsOf(splitLimb(u128{limbValue(a)} * limbValue(b))), 0};
+}
 
 inline LongDigits multiplyDigits(u128 a, u128 b)
 {
@@ -110,7 +116,8 @@ inline Quotient divideDigits(u128 a, u128 b)
     if (upper == 0) return {digitsOf(lower / by), digitsOf(lower % by)};
     uint64_t quotientHigh = upper / by;
     uint64_t quotientLow, rest;
-    // One instruction where the compiler would call a routine: the upper half is below the divisor, so the quotient fits.
+    // One instruction where the compiler would call a routine: the upper half is below the divisor,
+    // so the quotient fits.
     asm("divq %4" : "=a"(quotientLow), "=d"(rest) : "a"(lower), "d"(upper % by), "r"(by) : "cc");
     return {digitsOf(u128{quotientHigh} << 64 | quotientLow), digitsOf(rest)};
 }

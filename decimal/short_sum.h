@@ -5,11 +5,12 @@
 
 namespace bcd {
 
-// Packed subtraction that had to complement its result takes 90 off each pair 91 to 99, but not off the units' byte: 1001 - 2000 gives -99
-// on the digits 00099. Compiled programs see this today, so it stays. The bytes are the item's, from the one with bit `lowest` on.
+// Packed subtraction that had to complement its result takes 90 off each pair 91 to 99, but not off
+// the units' byte: 1001 - 2000 gives -99 on the digits 00099. Compiled programs see this today, so
+// it stays. The bytes are the item's, from the one with bit `lowest` on.
 inline uint64_t reducedBytes(uint64_t bytes, uint64_t lowest)
 {
-    uint64_t ninetyUp = (bytes >> 7) & (bytes >> 4);                                 // the pair's high digit is 9: bits 3 and 0
+    uint64_t ninetyUp = (bytes >> 7) & (bytes >> 4); // the pair's high digit is 9: bits 3 and 0
     uint64_t notNinety = ((bytes & all<uint64_t>(0x0F)) + all<uint64_t>(0x0F)) >> 4; // its low digit is not 0
     uint64_t reduce = ninetyUp & notNinety & (all<uint64_t>(0x01) & (0 - lowest));
     return bytes ^ (reduce << 4 | reduce << 7);
@@ -33,13 +34,15 @@ template <bool subtract, bool reducePairs, class Word>
     return {result, !a.negative};
 }
 
-// dst = op1 + op2, or op1 - op2. False, and nothing is written, unless all three items are short and the operands clean.
+// dst = op1 + op2, or op1 - op2. False, and nothing is written, unless all three items are short
+// and the operands clean.
 template <bool subtract>
 inline bool shortZonedSum(const auto &call)
 {
     using shortforms::Znd;
     ShortNumber a, b;
-    if (!isShort(call.dstDigits) || !Znd::read(call.op1, call.op1Digits, a) || !Znd::read(call.op2, call.op2Digits, b)) return false;
+    if (!isShort(call.dstDigits) || !Znd::read(call.op1, call.op1Digits, a) || !Znd::read(call.op2, call.op2Digits, b))
+        return false;
     ShortNumber sum = sumOf<subtract, false>(a, b);
     Znd::write(call.dst, call.dstDigits, sum.digits, sum.negative);
     return true;

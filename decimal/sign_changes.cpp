@@ -37,7 +37,8 @@ struct SignChange {
 
     void dumpResult(uint8_t *) const { dumpOperand("dst:", dst, dstDigits, Form::bytes(dstDigits)); }
 
-    // Unless the mode keeps negative zeros: what is zero becomes positive. The source is tested, not what is left of it in the destination.
+    // Unless the mode keeps negative zeros: what is zero becomes positive. The source is tested,
+    // not what is left of it in the destination.
     bool losesSign(uint32_t mode) const
     {
         if (mode & ZVK_BCD_KEEP_NEG_ZERO) return false;
@@ -48,8 +49,9 @@ struct SignChange {
     }
 };
 
-// Writes the first byte of a leading overpunch item, after the move: the source's first digit, decoded, if the whole source was moved. In a longer
-// destination that byte is padding, and the source's overpunched byte stays further right as it is; that asymmetry is on purpose.
+// Writes the first byte of a leading overpunch item, after the move: the source's first digit,
+// decoded, if the whole source was moved. In a longer destination that byte is padding, and the
+// source's overpunched byte stays further right as it is; that asymmetry is on purpose.
 void writeLeadingDigit(const auto &call, uint8_t sourceFirst, bool negative)
 {
     uint8_t digit = call.srcDigits <= call.dstDigits ? overpunchDigit(sourceFirst) : *call.dst;
@@ -124,17 +126,18 @@ struct NegLeading {
         // Odd, and so required: the sign is kept, not inverted.
         bool negative = Form::negative(c.src, c.srcDigits) && !c.losesSign(mode);
         uint8_t first = *c.src;
-        AbsZoned::work(c, mode); // the last byte loses its zone first: with one digit it is also the byte that keeps the sign
+        AbsZoned::work(
+            c, mode); // the last byte loses its zone first: with one digit it is also the byte that keeps the sign
         writeLeadingDigit(c, first, negative);
     }
 };
 
 } // namespace
 
-#define SIGN_CHANGE(NAME, OP)                                                                                                              \
-    uint8_t *_zvkcBCD_##NAME(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                                       \
-    {                                                                                                                                      \
-        return runEntry<SignChange<OP>>(src, dst, dstDigits, srcDigits);                                                                   \
+#define SIGN_CHANGE(NAME, OP)                                                                                          \
+    uint8_t *_zvkcBCD_##NAME(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                   \
+    {                                                                                                                  \
+        return runEntry<SignChange<OP>>(src, dst, dstDigits, srcDigits);                                               \
     }
 
 SIGN_CHANGE(ABS_Pckd, AbsPacked)

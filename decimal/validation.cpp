@@ -1,14 +1,16 @@
 // Validation of packed and zoned items.
 //
-// Both scans go from the right to the left in the widest words that fit. The packed one is the add-six test: adding six to a nibble
-// carries into the next one exactly when the nibble is above 9, and the carry shows in the next nibble's bit 0:
+// Both scans go from the right to the left in the widest words that fit. The packed one is the
+// add-six test: adding six to a nibble carries into the next one exactly when the nibble is above
+// 9, and the carry shows in the next nibble's bit 0:
 //
 //       w  0x000000 12      w  0x000000 1A
 //     + 6  0x666666 66    + 6  0x666666 66
 //       =  0x666666 78      =  0x666666 80      bit 4 of 0x1A and of 0x80 differ: the low digit is bad
 //
-// The top nibble of a word has no next one, so a bad digit there passes: of each word of 2, 4 or 8 bytes, the high nibble of the
-// rightmost byte. That gap is known and stays, as programs with such data run.
+// The top nibble of a word has no next one, so a bad digit there passes: of each word of 2, 4 or 8
+// bytes, the high nibble of the rightmost byte. That gap is known and stays, as programs with such
+// data run.
 #include "decimal/validation.h"
 
 #include "decimal/mode.h"
@@ -63,7 +65,8 @@ int zvkBcdCheckPacked(const uint8_t *address, int32_t digits, int checkMode)
     // A lone byte with sign nibble 0 is good, whatever its digit.
     if (start == end && (last & 0x0F) == 0) return 0;
     if ((last & 0x0F) < 10 || last > 0x9F) return 1;
-    if (!scanPacked<uint64_t>(start, end) || !scanPacked<uint32_t>(start, end) || !scanPacked<uint16_t>(start, end)) return 1;
+    if (!scanPacked<uint64_t>(start, end) || !scanPacked<uint32_t>(start, end) || !scanPacked<uint16_t>(start, end))
+        return 1;
     return end > start && packedByteIsBad(*start) ? 1 : 0;
 }
 
@@ -79,8 +82,9 @@ int zvkBcdCheckZoned(const uint8_t *address, int32_t digits, int checkMode)
     if (!bcd::kOverpunch[*end].valid) return 1;
     if (start == end) return 0;
 
-    // Between the first byte and the last. The width follows the address of the current end; a NUL is good where the scan goes by single
-    // bytes and bad inside a wider word, so the answer for such an item depends on its alignment. That is known and stays.
+    // Between the first byte and the last. The width follows the address of the current end; a NUL
+    // is good where the scan goes by single bytes and bad inside a wider word, so the answer for
+    // such an item depends on its alignment. That is known and stays.
     while (end - start > 1) {
         auto alignment = reinterpret_cast<uintptr_t>(end);
         ptrdiff_t inner = end - start - 1;

@@ -1,7 +1,8 @@
 // The validators of decimal items, also behind the class tests.
 //
-// They answer 0 for a good item and 1 for a bad one. The arithmetic check (kCheckArithmetic) is muted by mode bit 0x001 and does not look
-// at leading zero bytes; the strict check (kCheckStrict) does neither. `address` is that of the digits: a separate sign is not looked at.
+// They answer 0 for a good item and 1 for a bad one. The arithmetic check (kCheckArithmetic) is
+// muted by mode bit 0x001 and does not look at leading zero bytes; the strict check (kCheckStrict)
+// does neither. `address` is that of the digits: a separate sign is not looked at.
 #pragma once
 
 #include <cstdint>
@@ -42,7 +43,8 @@ enum : uint32_t {
 [[gnu::cold, gnu::noinline]] void reportBadSource(int answer);
 [[gnu::cold, gnu::noinline]] void reportBadSeparateSign();
 
-// What an arithmetic or comparing entry says of a validator's answer, and what a copying or converting entry says.
+// What an arithmetic or comparing entry says of a validator's answer, and what a copying or
+// converting entry says.
 inline void judgeOperand(int answer)
 {
     if (__builtin_expect(answer != 0, 0)) reportBadData();

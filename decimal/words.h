@@ -1,8 +1,9 @@
 // Big-endian loads and stores of a few bytes at any alignment.
 //
-// Decimal items are big-endian digit strings of odd lengths. An item of up to 16 bytes is loaded as one right-aligned number by two
-// loads that overlap in the middle (an item of 11 bytes: bytes 0 to 7 and bytes 3 to 10), so no byte beyond it is touched and there is
-// no loop. Stores work the same way.
+// Decimal items are big-endian digit strings of odd lengths. An item of up to 16 bytes is loaded as
+// one right-aligned number by two loads that overlap in the middle (an item of 11 bytes: bytes 0 to
+// 7 and bytes 3 to 10), so no byte beyond it is touched and there is no loop. Stores work the same
+// way.
 #pragma once
 
 #include <bit>
@@ -54,7 +55,8 @@ inline void storeBig(uint8_t *p, T value)
     store<T>(p, reversed(value));
 }
 
-// Eight digits from a nibble each to a byte each, "12 34 56 78" to "01 02 03 04 05 06 07 08", and back.
+// Eight digits from a nibble each to a byte each, "12 34 56 78" to "01 02 03 04 05 06 07 08", and
+// back.
 inline uint64_t spread(uint32_t nibbles)
 {
     uint64_t bytes = nibbles;
@@ -95,7 +97,8 @@ inline void storeShort(uint8_t *p, size_t bytes, uint64_t value)
 // 1 to 16 bytes.
 inline constexpr size_t kMostBytes = 16;
 
-// The two words of a number that is as long as two registers. Double-length shifts are slow, so the halves are shifted apart.
+// The two words of a number that is as long as two registers. Double-length shifts are slow, so the
+// halves are shifted apart.
 inline uint64_t highWord(u128 value) { return static_cast<uint64_t>(value >> 64); }
 inline uint64_t lowWord(u128 value) { return static_cast<uint64_t>(value); }
 inline u128 fromWords(uint64_t high, uint64_t low) { return u128{high} << 64 | low; }

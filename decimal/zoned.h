@@ -1,11 +1,13 @@
 // Sign forms of zoned decimal.
 //
-// A zoned number is one digit a byte, the digit in the low nibble; what differs between the five forms is only where the sign sits: in the
-// zone of the last byte ("12p" is -120), of the first byte, in a byte of its own behind or before the digits, or nowhere. Each form is a
-// traits type that knows how to find the digits and how to read and write the sign. The algorithms of this room are written once, over those
-// types, and an exported entry is one line that picks its form.
+// A zoned number is one digit a byte, the digit in the low nibble; what differs between the five
+// forms is only where the sign sits: in the zone of the last byte ("12p" is -120), of the first
+// byte, in a byte of its own behind or before the digits, or nowhere. Each form is a traits type
+// that knows how to find the digits and how to read and write the sign. The algorithms of this room
+// are written once, over those types, and an exported entry is one line that picks its form.
 //
-// A byte that can carry a sign is decoded by one table, whatever the mode: data comes from ASCII and from EBCDIC machines.
+// A byte that can carry a sign is decoded by one table, whatever the mode: data comes from ASCII
+// and from EBCDIC machines.
 #pragma once
 
 #include <array>
@@ -47,9 +49,13 @@ inline uint8_t zoneOf(bool negative) { return negative ? kZoneMinus : kZonePlus;
 
 // "0" to "9" and, as a sign byte in the native form, "p" to "y".
 inline uint8_t zonedDigit(uint8_t digit) { return static_cast<uint8_t>(kZonePlus | (digit & 0x0F)); }
-inline uint8_t zonedDigit(uint8_t digit, bool negative) { return static_cast<uint8_t>(zoneOf(negative) | (digit & 0x0F)); }
+inline uint8_t zonedDigit(uint8_t digit, bool negative)
+{
+    return static_cast<uint8_t>(zoneOf(negative) | (digit & 0x0F));
+}
 
-// As a sign byte in the letter form, which conversions write under mode bit 0x80: "{", "A" to "I", "}", "J" to "R".
+// As a sign byte in the letter form, which conversions write under mode bit 0x80: "{", "A" to "I",
+// "}", "J" to "R".
 inline uint8_t letterDigit(uint8_t digit, bool negative)
 {
     if (digit == 0) return negative ? '}' : '{';
@@ -86,7 +92,10 @@ struct ZndTO : Inline {
     static uint8_t *signByte(uint8_t *item, int32_t n) { return item + n - 1; }
     static bool negative(const uint8_t *item, int32_t n) { return overpunchIsNegative(*signByte(item, n)); }
     // Writes the byte that carries the sign; its digit must stand there, decoded or as a digit.
-    static void writeSign(uint8_t *item, int32_t n, bool minus) { *signByte(item, n) = zonedDigit(*signByte(item, n), minus); }
+    static void writeSign(uint8_t *item, int32_t n, bool minus)
+    {
+        *signByte(item, n) = zonedDigit(*signByte(item, n), minus);
+    }
 };
 
 // Leading overpunch.
@@ -96,7 +105,10 @@ struct ZndLO : Inline {
     static const uint8_t *signByte(const uint8_t *item, int32_t) { return item; }
     static uint8_t *signByte(uint8_t *item, int32_t) { return item; }
     static bool negative(const uint8_t *item, int32_t n) { return overpunchIsNegative(*signByte(item, n)); }
-    static void writeSign(uint8_t *item, int32_t n, bool minus) { *signByte(item, n) = zonedDigit(*signByte(item, n), minus); }
+    static void writeSign(uint8_t *item, int32_t n, bool minus)
+    {
+        *signByte(item, n) = zonedDigit(*signByte(item, n), minus);
+    }
 };
 
 // Unsigned.
@@ -143,6 +155,7 @@ struct ZndLS : Separate {
 // 1 when all digits are zero, else 0. Ignores zones; the last byte is decoded as a sign byte.
 int zvkBcdIsZeroZoned(const uint8_t *address, int32_t digits);
 
-// Moves the bytes right-aligned, cut or filled with "0" on the left. Only the last byte is rebuilt, with its digit decoded and the zone of its
-// sign; the others keep their zones, and a sign carried in a leading byte stays where it lands. The items may overlap.
+// Moves the bytes right-aligned, cut or filled with "0" on the left. Only the last byte is rebuilt,
+// with its digit decoded and the zone of its sign; the others keep their zones, and a sign carried
+// in a leading byte stays where it lands. The items may overlap.
 void zvkBcdMoveZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *destination, int32_t destinationDigits);

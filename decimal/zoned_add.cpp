@@ -38,24 +38,27 @@ void copyRest(const uint8_t *start, const uint8_t *end, uint8_t *dst, uint8_t *t
 
 } // namespace
 
-uint8_t *_zvkcBCD_ADD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_ADD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                          int32_t op1Digits)
 {
     return runEntry<TwoOperands<AddZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-uint8_t *_zvkcBCD_SUB_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_SUB_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                          int32_t op1Digits)
 {
     return runEntry<TwoOperands<SubZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-int zvkBcdAddZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
-                   int sameSign)
+int zvkBcdAddZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst,
+                   int32_t dstDigits, int sameSign)
 {
     if (firstDigits < 1 || secondDigits < 1 || dstDigits < 1) return 1;
     ZonedOperand a(first, firstDigits), b(second, secondDigits);
     bool negative = a.negative();
     if (sameSign != 1 && negative != b.negative()) {
-        bool swap = a.digits() != b.digits() ? a.digits() < b.digits() : zvkBcdCmpZoned(first, firstDigits, second, secondDigits, 1) < 0;
+        bool swap = a.digits() != b.digits() ? a.digits() < b.digits()
+                                             : zvkBcdCmpZoned(first, firstDigits, second, secondDigits, 1) < 0;
         if (swap) return zvkBcdSubZoned(second, secondDigits, first, firstDigits, dst, dstDigits, 1);
         return zvkBcdSubZoned(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
     }
@@ -83,13 +86,14 @@ int zvkBcdAddZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *sec
     return 1;
 }
 
-int zvkBcdSubZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst, int32_t dstDigits,
-                   int sameSign)
+int zvkBcdSubZoned(const uint8_t *first, int32_t firstDigits, const uint8_t *second, int32_t secondDigits, uint8_t *dst,
+                   int32_t dstDigits, int sameSign)
 {
     if (firstDigits < 1 || secondDigits < 1 || dstDigits < 1) return 1;
     ZonedOperand a(first, firstDigits), b(second, secondDigits);
     bool negative = a.negative();
-    if (sameSign != 1 && negative != b.negative()) return zvkBcdAddZoned(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
+    if (sameSign != 1 && negative != b.negative())
+        return zvkBcdAddZoned(first, firstDigits, second, secondDigits, dst, dstDigits, 1);
     if (a.digits() < b.digits()) {
         std::swap(a, b);
         negative = !negative;

@@ -1,8 +1,9 @@
 // Comparison of zoned items.
 //
-// Items of the same sign and the same length, as they come or behind their leading zeros, take the quick way: one memcmp over all bytes but
-// the last. It sees zones, so "12" in ASCII digits and "12" in EBCDIC digits are different there, while items that go the long way are compared
-// digit by digit. That economy on like items is on purpose.
+// Items of the same sign and the same length, as they come or behind their leading zeros, take the
+// quick way: one memcmp over all bytes but the last. It sees zones, so "12" in ASCII digits and
+// "12" in EBCDIC digits are different there, while items that go the long way are compared digit by
+// digit. That economy on like items is on purpose.
 #include "decimal/compare_entry.h"
 #include "decimal/sums.h"
 #include "decimal/words.h"
@@ -88,10 +89,10 @@ int zvkBcdCmpZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, in
     return negative2 ? 1 : -1;
 }
 
-#define RELATION(NAME)                                                                                                                     \
-    int32_t _zvkcBCD_##NAME##_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)                            \
-    {                                                                                                                                      \
-        return runEntry<Comparison<CompareZoned, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                                         \
+#define RELATION(NAME)                                                                                                 \
+    int32_t _zvkcBCD_##NAME##_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)        \
+    {                                                                                                                  \
+        return runEntry<Comparison<CompareZoned, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                     \
     }
 
 RELATION(EQU)

@@ -7,7 +7,8 @@
 
 namespace bcd {
 
-// Bytes with a low nibble of 0 are skipped on the left, one byte is kept. Every digit is the low nibble but that of the last byte, which is decoded.
+// Bytes with a low nibble of 0 are skipped on the left, one byte is kept. Every digit is the low
+// nibble but that of the last byte, which is decoded.
 struct ZonedOperand {
     const uint8_t *start;
     const uint8_t *last;
@@ -39,7 +40,8 @@ inline uint8_t subtractDigit(int a, int b, bool &borrow)
     return static_cast<uint8_t>((borrow ? difference + 10 : difference) & 15);
 }
 
-// Turns the ten's complement into the digits of the result, `digits` bytes that end with `last`. No pair is reduced here, unlike in packed items.
+// Turns the ten's complement into the digits of the result, `digits` bytes that end with `last`. No
+// pair is reduced here, unlike in packed items.
 inline void complementDigits(uint8_t *last, size_t digits)
 {
     bool carry = true;

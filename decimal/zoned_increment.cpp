@@ -43,8 +43,8 @@ uint8_t *_zvkcBCD_SUB_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 
 namespace {
 
-// Adds or subtracts digit after digit as long as there is something to add or carry; gives the digits of the integer that the item had no
-// place for. The first digit is decoded.
+// Adds or subtracts digit after digit as long as there is something to add or carry; gives the
+// digits of the integer that the item had no place for. The first digit is decoded.
 template <class OneDigit>
 uint64_t takeIn(uint8_t *op, int32_t digits, uint64_t rest, bool &carry, OneDigit oneDigit)
 {
@@ -66,7 +66,8 @@ int zvkBcdIncZoned(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)
     bool negative = overpunchIsNegative(*last);
     if (sameSign != 1 && negative != (value < 0)) return zvkBcdDecZoned(op, opDigits, value, 1);
     bool carry = false;
-    takeIn(op, opDigits, magnitude(value), carry, [](unsigned a, uint64_t b, bool &c) { return addDigit(a, static_cast<unsigned>(b), c); });
+    takeIn(op, opDigits, magnitude(value), carry,
+           [](unsigned a, uint64_t b, bool &c) { return addDigit(a, static_cast<unsigned>(b), c); });
     *last = zonedDigit(*last, negative);
     return 1;
 }
@@ -82,8 +83,9 @@ int zvkBcdDecZoned(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)
         reserved = !reserved;
     }
     bool borrow = false;
-    uint64_t rest = takeIn(op, opDigits, magnitude(value), borrow,
-                           [](unsigned a, uint64_t b, bool &c) { return subtractDigit(static_cast<int>(a), static_cast<int>(b), c); });
+    uint64_t rest = takeIn(op, opDigits, magnitude(value), borrow, [](unsigned a, uint64_t b, bool &c) {
+        return subtractDigit(static_cast<int>(a), static_cast<int>(b), c);
+    });
     auto digits = static_cast<size_t>(opDigits);
     if (borrow) {
         complementDigits(last, digits);
@@ -97,5 +99,11 @@ int zvkBcdDecZoned(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)
     return 1;
 }
 
-int zvkBcdIncZoned4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign) { return zvkBcdIncZoned(op, opDigits, value, sameSign); }
-int zvkBcdDecZoned4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign) { return zvkBcdDecZoned(op, opDigits, value, sameSign); }
+int zvkBcdIncZoned4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign)
+{
+    return zvkBcdIncZoned(op, opDigits, value, sameSign);
+}
+int zvkBcdDecZoned4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign)
+{
+    return zvkBcdDecZoned(op, opDigits, value, sameSign);
+}

@@ -1,7 +1,8 @@
 // Multiplication of zoned items.
 //
-// Short clean factors go through binary (short_product.h), all others digit by digit. The digit of a sign byte is its low nibble here: unlike
-// everywhere else a letter is not decoded, so only the zone forms multiply right in the last position. That is known and stays.
+// Short clean factors go through binary (short_product.h), all others digit by digit. The digit of
+// a sign byte is its low nibble here: unlike everywhere else a letter is not decoded, so only the
+// zone forms multiply right in the last position. That is known and stays.
 #include "decimal/arithmetic_entry.h"
 #include "decimal/multiply_scratch.h"
 #include "decimal/products.h"
@@ -17,10 +18,12 @@ namespace {
 // False for a letter, too.
 bool readFactor(const uint8_t *item, int32_t n, ShortNumber &number)
 {
-    return shortforms::Znd::read(item, n, number) && (item[n - 1] & 0x0F) == (static_cast<unsigned>(number.digits) & 0x0F);
+    return shortforms::Znd::read(item, n, number) &&
+           (item[n - 1] & 0x0F) == (static_cast<unsigned>(number.digits) & 0x0F);
 }
 
-bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)
+bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst,
+                   int32_t dstDigits)
 {
     ShortNumber a, b;
     if (static_cast<uint32_t>(dstDigits) - 1 >= 63) return false;
@@ -37,7 +40,10 @@ bool multiplyShort(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, in
 struct MultiplyZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "mpy zoned...";
-    static bool quick(const auto &c) { return multiplyShort(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
+    static bool quick(const auto &c)
+    {
+        return multiplyShort(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits);
+    }
     static void work(const auto &c) { zvkBcdMulZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits); }
 };
 
@@ -66,12 +72,14 @@ void multiplyDigitwise(const Factor &multiplicand, const Factor &multiplier, uin
 
 } // namespace
 
-uint8_t *_zvkcBCD_MPY_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits, int32_t op1Digits)
+uint8_t *_zvkcBCD_MPY_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
+                          int32_t op1Digits)
 {
     return runEntry<TwoOperands<MultiplyZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-void zvkBcdMulZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst, int32_t dstDigits)
+void zvkBcdMulZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, uint8_t *dst,
+                    int32_t dstDigits)
 {
     if (op1Digits < 1 || op2Digits < 1 || dstDigits < 1) return;
     if (multiplyShort(op1, op1Digits, op2, op2Digits, dst, dstDigits)) return;
@@ -83,7 +91,8 @@ void zvkBcdMulZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, i
         factor->start = skipZeroDigits(factor->start, factor->last);
         if (factor->digits() > room) factor->start = factor->last + 1 - room;
     }
-    // From 127 digits on the product is not computed at all: the destination gets what the scratch holds.
+    // From 127 digits on the product is not computed at all: the destination gets what the scratch
+    // holds.
     if (a.digits() + b.digits() < 127) multiplyDigitwise(a, b, zonedScratch, room);
     memset(dst, '0', bytes - room);
     memcpy(dst + bytes - room, zonedScratch, room);

@@ -1,9 +1,12 @@
-// What compiled COBOL programs have in common, so that the examples' programs hold only what is their own.
+// What compiled COBOL programs have in common, so that the examples' programs hold only what is
+// their own.
 //
-// A compiler emits all of this as static data and straight-line calls for each program; here it is templates over the same public headers. examples/sumup/
-// shows a program without any of it, docs/abi.md says what each piece is for.
+// A compiler emits all of this as static data and straight-line calls for each program; here it is
+// templates over the same public headers. examples/sumup/ shows a program without any of it,
+// docs/abi.md says what each piece is for.
 //
-//     static File<Line> input({.name = "INPUT-FILE", .assignment = "INPUTFILE", .organization = ZVK_FILE_LINE_SEQUENTIAL});
+//     static File<Line> input({.name = "INPUT-FILE", .assignment = "INPUTFILE",
+//                              .organization = ZVK_FILE_LINE_SEQUENTIAL});
 //     static Program program("COPYALL", entry, input);
 //
 //     int COPYALL() { return program.run([] { input.open(ZVK_OPEN_INPUT); ... }); }
@@ -128,7 +131,8 @@ void move(Unsigned<d> &target, const Unsigned<s> &source)
     _zvkcBCD_Cpy_ZndUS(source.bytes, target.bytes, d, s);
 }
 
-// ---- Arithmetic. The intermediate item has room for all digits of the result, so nothing is lost before the last move.
+// ---- Arithmetic. The intermediate item has room for all digits of the result, so nothing is lost
+// before the last move.
 
 template <int32_t a, int32_t b>
 auto sum(const Packed<a> &left, const Packed<b> &right)
@@ -140,7 +144,8 @@ auto sum(const Packed<a> &left, const Packed<b> &right)
 template <int32_t a, int32_t b>
 auto difference(const Packed<a> &left, const Packed<b> &right)
 {
-    // Subtraction of packed items drops tens where the second is greater; a sum with the sign turned does not.
+    // Subtraction of packed items drops tens where the second is greater; a sum with the sign
+    // turned does not.
     Packed<b> turned;
     _zvkcBCD_NEG_Pckd(right.bytes, turned.bytes, b, b);
     return sum(left, turned);
@@ -222,7 +227,8 @@ struct Picture {
     } __attribute__((packed)) record;
     int32_t digits;
 
-    // `editClass` ZVK_EDIT_...; with `blankWhenZero` its two's complement. `allSuppressed`: every digit position can be blank.
+    // `editClass` ZVK_EDIT_...; with `blankWhenZero` its two's complement. `allSuppressed`: every
+    // digit position can be blank.
     constexpr Picture(const char (&text)[size], int editClass, int32_t digitPositions, bool blankWhenZero = false,
                       bool allSuppressed = false)
         : record{static_cast<int16_t>(allSuppressed ? 1 - static_cast<int>(size) : static_cast<int>(size) - 1),
@@ -243,7 +249,8 @@ void edit(const Picture<size> &picture, const Packed<digits> &source, char (&tar
     static_assert(room == size - 1);
     uint8_t signedDigits[64];
     _zvkcBCD_CONV_Pckd_To_ZndLS(source.bytes, signedDigits, picture.digits, digits);
-    _zvkcMoveNumToNumEdit(reinterpret_cast<const NumericEditRecord *>(&picture.record), signedDigits, reinterpret_cast<uint8_t *>(target));
+    _zvkcMoveNumToNumEdit(reinterpret_cast<const NumericEditRecord *>(&picture.record), signedDigits,
+                          reinterpret_cast<uint8_t *>(target));
 }
 
 // ---- DISPLAY, ACCEPT
@@ -287,7 +294,8 @@ struct FileDescription {
     uint32_t body = 0, footing = 0, top = 0, bottom = 0; // LINAGE
 };
 
-// The part of a file that does not depend on its record: FIB with what lies behind it, FCB, FILE STATUS.
+// The part of a file that does not depend on its record: FIB with what lies behind it, FCB, FILE
+// STATUS.
 struct FileRecords {
     struct {
         FIB fib;
@@ -322,7 +330,8 @@ struct FileRecords {
         fib.linageOffset = offsetof(decltype(information), linage);
         const uint32_t lines[4] = {file.body, file.footing, file.top, file.bottom};
         for (int i = 0; i < 4; i++) information.linage[i].value = lines[i];
-        if (file.body) fib.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_FOOTING | ZVK_FILE_LINAGE_TOP | ZVK_FILE_LINAGE_BOTTOM;
+        if (file.body)
+            fib.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_FOOTING | ZVK_FILE_LINAGE_TOP | ZVK_FILE_LINAGE_BOTTOM;
         fib.recordArea = &areaCell;
         fib.statusBase = &statusCell;
     }
@@ -331,7 +340,8 @@ struct FileRecords {
     bool is(const char *value) const { return memcmp(status, value, 2) == 0; }
     bool failed() const { return status[0] > '1'; }
 
-    // IF FILE-STATUS ... DISPLAY ..., STOP RUN: the run ends with 12 unless the last statement was successful.
+    // IF FILE-STATUS ... DISPLAY ..., STOP RUN: the run ends with 12 unless the last statement was
+    // successful.
     void need() const
     {
         if (!failed()) return;
@@ -352,7 +362,8 @@ struct FileRecords {
     void verb(FileVerb slot, const FileRequest &statement)
     {
         request = statement;
-        // All statements of these programs have an AT END or an INVALID KEY phrase, or look at the status.
+        // All statements of these programs have an AT END or an INVALID KEY phrase, or look at the
+        // status.
         control.statement = ZVK_STATEMENT_AT_END | ZVK_STATEMENT_INVALID_KEY;
         slot(&control, element, &request);
     }
@@ -386,7 +397,8 @@ struct FileRecords {
         verb(control.write, {});
         return !failed();
     }
-    // WRITE ... AFTER ADVANCING PAGE (ZVK_ADVANCE_PAGE) or so many lines; afterwards endOfPage() tells
+    // WRITE ... AFTER ADVANCING PAGE (ZVK_ADVANCE_PAGE) or so many lines; afterwards endOfPage()
+    // tells
     bool writeAfter(int32_t advance)
     {
         FileRequest line{};
@@ -473,18 +485,20 @@ struct Program {
         element.files = files;
         element.fileCount = fileCount;
         uint32_t index = 0;
-        ((files[index] = &file.control, fibs[index] = &file.information.fib, file.element = &element, file.control.index = ++index,
-          file.information.fib.index = index),
+        ((files[index] = &file.control, fibs[index] = &file.information.fib, file.element = &element,
+          file.control.index = ++index, file.information.fib.index = index),
          ...);
     }
 
-    // Prologue, PROCEDURE DIVISION, epilogue. The body of a main program that says STOP RUN comes back through the jump buffer with the status.
+    // Prologue, PROCEDURE DIVISION, epilogue. The body of a main program that says STOP RUN comes
+    // back through the jump buffer with the status.
     template <class Body>
     int run(Body body)
     {
         volatile int status = 0;
         _zvkPgmInit(&pcb);
-        if ((pcb.flag & ZVK_PCB_MAIN) && element.ent == 1) status = sigsetjmp(*static_cast<sigjmp_buf *>(_zvkGetJmpBuffer()), 1);
+        if ((pcb.flag & ZVK_PCB_MAIN) && element.ent == 1)
+            status = sigsetjmp(*static_cast<sigjmp_buf *>(_zvkGetJmpBuffer()), 1);
         if (status == 0) status = body();
         _zvkPgmTerm(&pcb);
         return status;
@@ -493,7 +507,8 @@ struct Program {
 template <class... Files>
 Program(const char *, ZvkRoutine, Files &...) -> Program<sizeof...(Files)>;
 
-// CALL name USING arguments BY REFERENCE, without ON EXCEPTION: a program that is not found ends the run unit. Gives its RETURN-CODE.
+// CALL name USING arguments BY REFERENCE, without ON EXCEPTION: a program that is not found ends
+// the run unit. Gives its RETURN-CODE.
 template <class... Arguments>
 int call(PCB &caller, const char *name, Arguments *...arguments)
 {

@@ -1,7 +1,9 @@
-// Concatenated files: several names separated by ":", or a generation data group, read one after the other.
+// Concatenated files: several names separated by ":", or a generation data group, read one after
+// the other.
 //
-// The record holds the whole string cut into names. A name that is a group is walked in place: its generations from the newest back, as relative numbers 0,
-// -1, -2, until there is none; then the next name follows.
+// The record holds the whole string cut into names. A name that is a group is walked in place: its
+// generations from the newest back, as relative numbers 0, -1, -2, until there is none; then the
+// next name follows.
 #include "fileio/concatenation.h"
 
 #include <cstdio>
@@ -20,7 +22,10 @@ constexpr int32_t kWholeGroup = -1, kOneFile = 1;
 char generationName[1024]; // the file name handed out last; shared by all files and threads
 
 // The ":" of "/.:/" belongs to a name.
-bool splits(const char *text, const char *colon) { return !(colon - text >= 2 && colon[-1] == '.' && colon[-2] == '/' && colon[1] == '/'); }
+bool splits(const char *text, const char *colon)
+{
+    return !(colon - text >= 2 && colon[-1] == '.' && colon[-2] == '/' && colon[1] == '/');
+}
 
 bool hasSplit(const char *text)
 {
@@ -56,22 +61,24 @@ ZvkConcatenation *split(const char *text, const uint32_t *prefix)
     return record;
 }
 
-// What a name is to the generation data groups; a file name or base comes back as a block of its own.
+// What a name is to the generation data groups; a file name or base comes back as a block of its
+// own.
 int32_t ask(const char *name, char **result, bool create, const char *prefix)
 {
     *result = nullptr;
     return GDS_Name(name, result, create, prefix);
 }
 
-// The generation with the record's relative number of the group that is being walked, or null when there is none.
+// The generation with the record's relative number of the group that is being walked, or null when
+// there is none.
 const char *generationOf(ZvkConcatenation *record)
 {
     char relative[1024];
     const char *base = record->names[record->next];
     int length = snprintf(relative, sizeof relative, "%s(%d)", base, static_cast<int32_t>(record->generation));
     char *file = nullptr;
-    bool found =
-        length > 0 && static_cast<size_t>(length) < sizeof relative && ask(relative, &file, false, record->nameSpace) == kOneFile && file;
+    bool found = length > 0 && static_cast<size_t>(length) < sizeof relative &&
+                 ask(relative, &file, false, record->nameSpace) == kOneFile && file;
     if (found) snprintf(generationName, sizeof generationName, "%s", file);
     free(file);
     return found ? generationName : nullptr;
@@ -137,7 +144,8 @@ void _zvk_Concat_Free(ZvkConcatenation *record) { free(record); }
 
 void zvkConcatDump(const ZvkConcatenation *record)
 {
-    printf("Concatenation data:\n  Entries:    %d\n  Next:       %d\n  Generation: %d\n  Flags:      %d\n  Namespace:  %3.3s\n",
+    printf("Concatenation data:\n  Entries:    %d\n  Next:       %d\n  Generation: %d\n  Flags:      %d\n  Namespace:  "
+           "%3.3s\n",
            record->entries, record->next, static_cast<int32_t>(record->generation), record->flags, record->nameSpace);
     if (!record->entries) return;
     printf("  Names:\n");

@@ -1,7 +1,8 @@
 // From a file's assignment to the name and the file system of what is to be opened.
 //
-// An assignment is a literal, a data item or the name of an environment variable; its value may begin with a file-system prefix ("lsq-/tmp/in.txt"), may
-// hold "~" and "$", may be a generation ("daily(+1)") or several names ("a:b:c").
+// An assignment is a literal, a data item or the name of an environment variable; its value may
+// begin with a file-system prefix ("lsq-/tmp/in.txt"), may hold "~" and "$", may be a generation
+// ("daily(+1)") or several names ("a:b:c").
 #include "fileio/file_name.h"
 
 #include <cctype>
@@ -35,8 +36,8 @@ bool noForce(int &remembered)
     return remembered;
 }
 
-// A name of at most `length` bytes, behind its first `skip`, without trailing blanks and zero bytes, as a block of its own; null if nothing is left, or
-// without storage.
+// A name of at most `length` bytes, behind its first `skip`, without trailing blanks and zero
+// bytes, as a block of its own; null if nothing is left, or without storage.
 char *trimmedCopy(const char *text, size_t length, size_t skip, bool *empty)
 {
     length = text ? strnlen(text, length) : 0;
@@ -70,7 +71,8 @@ bool expandWords(char *&name)
     return !several;
 }
 
-// The assignment's text: the literal or the item's value, or the value of the environment variable that it names.
+// The assignment's text: the literal or the item's value, or the value of the environment variable
+// that it names.
 const char *assignedText(const FIB *fib, char *item, size_t *length, bool *prefixAllowed)
 {
     *length = fib->assignmentLength;
@@ -102,7 +104,8 @@ void choosePrefix(FCB *fcb, const FIB *fib, const char *text, size_t prefixLengt
 void requireSequentialInput(FCB *fcb, const FIB *fib)
 {
     constexpr uint8_t sequentialAccess = 0x80;
-    bool sequential = (fib->accessMode & sequentialAccess) || !(fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE));
+    bool sequential =
+        (fib->accessMode & sequentialAccess) || !(fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE));
     bool possible = (fcb->requestedMode & ZVK_OPEN_INPUT) && sequential;
     if ((fcb->state & ZVK_FILE_CONCATENATED) && !possible) zvkSetStatus(fcb, 37, 0);
 }
@@ -111,7 +114,8 @@ void requireSequentialInput(FCB *fcb, const FIB *fib)
 void resolveConcatenation(FCB *fcb, const FIB *fib)
 {
     fcb->state &= ~static_cast<uint32_t>(ZVK_FILE_CONCATENATED);
-    bool wanted = (fcb->requestedMode & ZVK_OPEN_OUTPUT) || ((fcb->state & ZVK_FILE_ABSENT) && !(fcb->requestedMode & ZVK_OPEN_INPUT));
+    bool wanted = (fcb->requestedMode & ZVK_OPEN_OUTPUT) ||
+                  ((fcb->state & ZVK_FILE_ABSENT) && !(fcb->requestedMode & ZVK_OPEN_INPUT));
     _zvk_Concat_Free(fcb->concatenation);
     uint32_t isConcat = 0, prefix = 0;
     memcpy(&prefix, fcb->prefix, 3);
@@ -166,9 +170,12 @@ size_t zvkPrefixLength(const char *name)
     const char *dash = strchr(name, '-');
     if (!dash || dash - name < 3 || !dash[1]) return 0;
     auto first = static_cast<unsigned char>(name[0]);
-    // The test looks at the two codes that follow the first character's own in the code table, not at the characters behind it, and must stay so: nearly
-    // every name whose first letter is not y or z has a prefix by it.
-    return isalpha(first) && isalnum((first + 1) & 0xFF) && isalnum((first + 2) & 0xFF) ? static_cast<size_t>(dash - name) : 0;
+    // The test looks at the two codes that follow the first character's own in the code table, not
+    // at the characters behind it, and must stay so: nearly every name whose first letter is not y
+    // or z has a prefix by it.
+    return isalpha(first) && isalnum((first + 1) & 0xFF) && isalnum((first + 2) & 0xFF)
+               ? static_cast<size_t>(dash - name)
+               : 0;
 }
 
 void zvkSetFileSystem(FCB *fcb, uint8_t code)
@@ -183,7 +190,8 @@ void zvkResolveName(FCB *fcb, const FIB *fib)
     char *item = trimmedCopy(fib->assignment, fib->assignmentLength, 0, &empty);
     size_t length = 0;
     const char *text = assignedText(fib, item, &length, &prefixAllowed);
-    // The prefix is looked for before blanks are dropped: "stl-" and blanks is a prefix with no name behind it.
+    // The prefix is looked for before blanks are dropped: "stl-" and blanks is a prefix with no
+    // name behind it.
     char *whole = text ? strndup(text, length) : strdup("");
     size_t prefixLength = prefixAllowed && whole ? zvkPrefixLength(whole) : 0;
     char *name = whole ? trimmedCopy(whole, length, prefixLength ? prefixLength + 1 : 0, &empty) : nullptr;
@@ -205,7 +213,8 @@ void zvkResolveName(FCB *fcb, const FIB *fib)
 
 void zvkResolveVolume(FCB *fcb, const FIB *fib)
 {
-    // An OPEN that failed is tried again here, perhaps in a mode that would write over the first file.
+    // An OPEN that failed is tried again here, perhaps in a mode that would write over the first
+    // file.
     requireSequentialInput(fcb, fib);
     size_t prefixLength = zvkPrefixLength(fcb->fileName);
     if (fcb->status > 9 || !prefixLength) return; // without a prefix the file system in force goes on
@@ -213,7 +222,8 @@ void zvkResolveVolume(FCB *fcb, const FIB *fib)
     for (size_t i = 0; i < 3; i++) prefix[i] = static_cast<char>(tolower(static_cast<unsigned char>(fcb->fileName[i])));
     uint8_t inForce = fcb->code;
     auto is = [&](const char *name) { return prefixLength == 3 && memcmp(prefix, name, 3) == 0; };
-    // Of the further prefixes only these two go with the one in force: "str" behind "rsd", or "qvr" behind "jgt", is refused.
+    // Of the further prefixes only these two go with the one in force: "str" behind "rsd", or "qvr"
+    // behind "jgt", is refused.
     bool same = prefixLength == 3 && memcmp(prefix, fcb->prefix, 3) == 0;
     bool further = (is("nat") && inForce == kLsq) || (is("raw") && inForce == kWbr);
     bool byFile = is("plx") && (inForce == kStl || (inForce >= kJgt && inForce <= kPsx));

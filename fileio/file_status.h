@@ -1,4 +1,5 @@
-// Status handling of the library's own routines, beyond what modules do likewise (kvr2/file_module.h).
+// Status handling of the library's own routines, beyond what modules do likewise
+// (kvr2/file_module.h).
 #pragma once
 
 #include "kvr2/file_module.h"

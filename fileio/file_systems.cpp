@@ -35,7 +35,8 @@ struct FurtherPrefix {
     char prefix[4];
     uint8_t code;
 };
-constexpr FurtherPrefix kFurtherPrefixes[] = {{"qvr", kJgt}, {"nat", kLsq}, {"str", kRsd}, {"raw", kWbr}, {"fif", kPip}};
+constexpr FurtherPrefix kFurtherPrefixes[] = {
+    {"qvr", kJgt}, {"nat", kLsq}, {"str", kRsd}, {"raw", kWbr}, {"fif", kPip}};
 
 // FILESYS knows these; all else means "plx".
 constexpr FurtherPrefix kOptionCodes[] = {{"plx", kPlx}, {"wbr", kWbr}, {"rsd", kRsd}, {"psx", kPsx}, {"stl", kStl},
@@ -49,7 +50,8 @@ void *loadPath(const char *directory, const char *between, const char *file, int
     return dlopen(path, flags);
 }
 
-// `directory` plus the file; a "profiled" folder that has none that loads is followed by its parent.
+// `directory` plus the file; a "profiled" folder that has none that loads is followed by its
+// parent.
 void *loadFrom(const char *directory, const char *file, int flags)
 {
     if (!directory || !*directory) return nullptr;

@@ -20,7 +20,8 @@ enum ZvkFileSystemCode : uint8_t {
     kUseDefault = 13 // the FCB's default applies
 };
 
-// One row a code, process-wide. Not locked: two threads' first opens may both load a module, which the loader counts.
+// One row a code, process-wide. Not locked: two threads' first opens may both load a module, which
+// the loader counts.
 struct ZvkFileSystem {
     char prefix[4];
     const char *module; // file name, empty for none
@@ -31,7 +32,8 @@ struct ZvkFileSystem {
 
 ZvkFileSystem *zvkFileSystem(uint8_t code);
 
-// The code of a prefix in any case, canonical or further ("nat", "raw", ...); -1 for an unknown one.
+// The code of a prefix in any case, canonical or further ("nat", "raw", ...); -1 for an unknown
+// one.
 int zvkCodeOfPrefix(const char *prefix, size_t length);
 
 // The code that the option FILESYS stands for; an unknown one is replaced by "plx".

@@ -1,7 +1,8 @@
 // The catalogue of a generation data group: where it lies, its lock, reading and writing it.
 //
-// The lock is on the file, for the open description and not for the process, so it separates threads as well as processes. It is held from GDG_open to
-// GDG_close: a generation's resolution and its entry are one step.
+// The lock is on the file, for the open description and not for the process, so it separates
+// threads as well as processes. It is held from GDG_open to GDG_close: a generation's resolution
+// and its entry are one step.
 #include "fileio/generation_catalogue.h"
 
 #include <cctype>
@@ -71,8 +72,9 @@ bool splitName(const char *name, Split &split)
     const char *slash = strrchr(name, '/');
     split.base = slash ? slash + 1 : name;
     int length = slash == name ? snprintf(split.directory, sizeof split.directory, "/")
-                 : slash       ? snprintf(split.directory, sizeof split.directory, "%.*s", static_cast<int>(slash - name), name)
-                               : snprintf(split.directory, sizeof split.directory, ".");
+                 : slash
+                     ? snprintf(split.directory, sizeof split.directory, "%.*s", static_cast<int>(slash - name), name)
+                     : snprintf(split.directory, sizeof split.directory, ".");
     return length > 0 && static_cast<size_t>(length) < sizeof split.directory;
 }
 
@@ -162,7 +164,8 @@ bool transferAll(int fd, Bytes *bytes, Transfer transfer, const char *who)
     return true;
 }
 
-// A catalogue from a machine of the other byte order becomes one of ours; Empty and Scratch are lost on the way, and stay so.
+// A catalogue from a machine of the other byte order becomes one of ours; Empty and Scratch are
+// lost on the way, and stay so.
 void swapOrder(GdgImage &image)
 {
     uint32_t words[1024];
@@ -251,7 +254,8 @@ int GDG_path(GdgContext *context, const char *name, int mode)
     }
     detectFileSystem(context, name, split);
     if (context->fsCode > kGdgJgt && !homeDirectory(context, split.directory)) return -1;
-    int length = snprintf(context->cataloguePath, sizeof context->cataloguePath, "%s/%s.catalogue", split.directory, split.base);
+    int length =
+        snprintf(context->cataloguePath, sizeof context->cataloguePath, "%s/%s.catalogue", split.directory, split.base);
     if (length < 0 || static_cast<size_t>(length) >= sizeof context->cataloguePath) {
         context->cataloguePath[0] = 0;
         errno = ENAMETOOLONG;

@@ -1,4 +1,5 @@
-// The catalogue of a generation data group: its image, its lock, and the thread's context that the routines work in.
+// The catalogue of a generation data group: its image, its lock, and the thread's context that the
+// routines work in.
 #pragma once
 
 #include <cstddef>
@@ -27,7 +28,15 @@ constexpr uint32_t kGdgMaxEntries = 1000;
 constexpr uint32_t kGdgEpochStep = 0x8000;
 constexpr uint32_t gdgNumber(uint32_t entry) { return entry & 0x3FFF; }
 
-enum GdgFileSystem : uint32_t { kGdgUnknown = 0, kGdgSys = 1, kGdgPlx = 2, kGdgJgt = 3, kGdgHdk = 4, kGdgRql = 5, kGdgOra = 6 };
+enum GdgFileSystem : uint32_t {
+    kGdgUnknown = 0,
+    kGdgSys = 1,
+    kGdgPlx = 2,
+    kGdgJgt = 3,
+    kGdgHdk = 4,
+    kGdgRql = 5,
+    kGdgOra = 6
+};
 
 struct GdgContext {
     int32_t fd;
@@ -47,16 +56,19 @@ void zvkGdgReleaseFallback();
 
 const char *zvkGdgFileSystemName(uint32_t code);
 
-// The catalogue's path of a name, made on the way where `mode` is not negative. 0, or -1 if it is not there or cannot be.
+// The catalogue's path of a name, made on the way where `mode` is not negative. 0, or -1 if it is
+// not there or cannot be.
 int GDG_path(GdgContext *context, const char *name, int mode);
 
-// Opens and locks the catalogue and reads it; with O_CREAT in `extra` it is only opened and locked. 0 or -1.
+// Opens and locks the catalogue and reads it; with O_CREAT in `extra` it is only opened and locked.
+// 0 or -1.
 int GDG_open(GdgContext *context, int extra);
 
 // Writes what was changed, unlocks, closes. 0 or -1.
 int GDG_close(GdgContext *context);
 
-// Resolves a name: 0, 1 not found, -1 error. `mode` 0: it must not exist, 1: it must, -1: only asks. On success generation and fileName are set.
+// Resolves a name: 0, 1 not found, -1 error. `mode` 0: it must not exist, 1: it must, -1: only
+// asks. On success generation and fileName are set.
 int GDG_stat(GdgContext *context, const char *name, int mode);
 
 // Enters `generation` into the catalogue. 0 or -1.

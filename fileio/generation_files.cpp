@@ -1,7 +1,8 @@
 // Deleting and looking at a generation's file, by file system; see generation_files.h.
 //
-// Plain files are the system's. A "jgt" file is several files with dots and "@" around one base name. The files of the servers behind "hdk" and "rql" are
-// reached through their administration commands only; names go into a command in single quotes.
+// Plain files are the system's. A "jgt" file is several files with dots and "@" around one base
+// name. The files of the servers behind "hdk" and "rql" are reached through their administration
+// commands only; names go into a command in single quotes.
 #include "fileio/generation_files.h"
 
 #include <cerrno>
@@ -77,7 +78,8 @@ int runDatabase(const char *verb, const std::string &file)
         errno = ENOENT;
         return -1;
     }
-    return run(std::string("rql ") + verb + " table " + quoted(base.substr(0, dot) + ".\"" + base.substr(dot + 1) + "\""));
+    return run(std::string("rql ") + verb + " table " +
+               quoted(base.substr(0, dot) + ".\"" + base.substr(dot + 1) + "\""));
 }
 
 int presentNow(int rc, struct stat *result)

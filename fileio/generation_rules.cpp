@@ -1,6 +1,7 @@
 // Resolving a name against a group's catalogue, entering a generation, and rolling off old ones.
 //
-// Entries sort by age as plain numbers: below, the generation's number from 1 to 9999, and above it a counter that goes up each time the numbers wrap.
+// Entries sort by age as plain numbers: below, the generation's number from 1 to 9999, and above it
+// a counter that goes up each time the numbers wrap.
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -34,7 +35,8 @@ Form parseName(char *name, int32_t *number)
         char *end;
         errno = 0;
         long value = strtol(text, &end, 10);
-        if (end == text || *end || errno == ERANGE || value < -kMaxGeneration || value > kMaxGeneration) return Form::None;
+        if (end == text || *end || errno == ERANGE || value < -kMaxGeneration || value > kMaxGeneration)
+            return Form::None;
         *number = static_cast<int32_t>(value);
         return *text == '+' || *text == '-' || value == 0 ? Form::Relative : Form::Absolute;
     }
@@ -63,7 +65,8 @@ int findCatalogue(const GdgContext *context, int mode)
         fprintf(stderr, "Error: GDG %s not found.\n", context->baseName);
         return -1;
     }
-    if (errno != ENAMETOOLONG) fprintf(stderr, "Error: GDG_stat:stat(%s) - %d %s\n", context->cataloguePath, errno, strerror(errno));
+    if (errno != ENAMETOOLONG)
+        fprintf(stderr, "Error: GDG_stat:stat(%s) - %d %s\n", context->cataloguePath, errno, strerror(errno));
     return -1;
 }
 
@@ -126,7 +129,8 @@ int statGeneration(GdgContext *context, int mode)
     return -1;
 }
 
-// Numbers the entries anew from an epoch on, which goes up where the numbers fall; returns the last one.
+// Numbers the entries anew from an epoch on, which goes up where the numbers fall; returns the last
+// one.
 uint64_t renumber(GdgImage &image, uint64_t epoch)
 {
     uint32_t previous = 0;
@@ -192,7 +196,8 @@ void scratch(GdgContext *context, uint32_t count)
 
 bool zvkGdgFormName(GdgContext *context, uint32_t number)
 {
-    int length = snprintf(context->fileName, sizeof context->fileName, "%s.g%4.4dv%2.2d", context->baseName, static_cast<int>(number), 0);
+    int length = snprintf(context->fileName, sizeof context->fileName, "%s.g%4.4dv%2.2d", context->baseName,
+                          static_cast<int>(number), 0);
     return length > 0 && static_cast<size_t>(length) < sizeof context->fileName;
 }
 
@@ -212,8 +217,8 @@ void zvkGdgDropMissing(GdgContext *context)
     GdgImage &image = context->image;
     for (uint32_t i = 0; i < image.entries;) {
         struct stat found;
-        bool gone = zvkGdgFormName(context, gdgNumber(image.entry[i])) && zvkGdsStat(context->fsCode, context->fileName, &found) != 0 &&
-                    errno == ENOENT;
+        bool gone = zvkGdgFormName(context, gdgNumber(image.entry[i])) &&
+                    zvkGdsStat(context->fsCode, context->fileName, &found) != 0 && errno == ENOENT;
         if (gone)
             zvkGdgCloseUp(context, i, 1);
         else
@@ -275,7 +280,8 @@ int GDG_add(GdgContext *context)
     }
     uint32_t entry = newEntry(image, number);
     image.entry[image.entries++] = entry;
-    if (image.entries > 1 && entry < image.entry[image.entries - 2]) std::sort(image.entry, image.entry + image.entries);
+    if (image.entries > 1 && entry < image.entry[image.entries - 2])
+        std::sort(image.entry, image.entry + image.entries);
     takeLast(image);
     image.flags |= kGdgDirty;
     return 0;

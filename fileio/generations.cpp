@@ -37,7 +37,8 @@ int32_t finish(GdgContext *context, int32_t result)
     return result;
 }
 
-// The thread's context with the group's catalogue open and locked; null, with everything closed, if there is none.
+// The thread's context with the group's catalogue open and locked; null, with everything closed, if
+// there is none.
 GdgContext *openGroup(const char *name, const char *prefix)
 {
     GdgContext *context = zvkGdgContext(prefix);
@@ -136,7 +137,8 @@ int32_t GDG_Alter(char *name, int32_t limit, int32_t days, int32_t flags, const 
     if (context->fsCode && context->fsCode != image.fileSystem) {
         if (image.fileSystem)
             fprintf(stderr,
-                    "Warning: Changing File System from %s to %s\nIf this is unintended, please reset it before doinganything else!\n",
+                    "Warning: Changing File System from %s to %s\nIf this is unintended, please reset it before "
+                    "doinganything else!\n",
                     zvkGdgFileSystemName(image.fileSystem), zvkGdgFileSystemName(context->fsCode));
         image.fileSystem = context->fsCode;
     }
@@ -178,7 +180,8 @@ int32_t GDG_Rebuild(char *name, const char *prefix)
     glob_t found{};
     // In order of their numbers: a limit that they exceed takes the oldest.
     int globbed = glob(pattern, GLOB_ERR | GLOB_NOESCAPE, nullptr, &found);
-    if (globbed != 0 && globbed != GLOB_NOMATCH) fprintf(stderr, "Error: GDG_Rebuild:glob - %d %s\n", errno, strerror(errno));
+    if (globbed != 0 && globbed != GLOB_NOMATCH)
+        fprintf(stderr, "Error: GDG_Rebuild:glob - %d %s\n", errno, strerror(errno));
     if (globbed == 0)
         for (size_t i = 0; i < found.gl_pathc; i++) GDG_stat(context, found.gl_pathv[i], -1); // enters what is there
     globfree(&found);
@@ -227,9 +230,10 @@ int32_t GDG_List(char *name, const char *prefix)
     GdgContext *context = openGroup(name, prefix);
     if (!context) return -1;
     const GdgImage &image = context->image;
-    printf("GDG: %s\n  Catalogue   = %s\n  Limit       = %d\n  Days        = %d\n  %s\n  %s\n  Entries     = %d\n", context->baseName,
-           context->cataloguePath, image.limit, image.days, image.flags & ZVK_GDG_EMPTY ? "Empty" : "NoEmpty",
-           image.flags & ZVK_GDG_SCRATCH ? "Scratch" : "NoScratch", image.entries);
+    printf("GDG: %s\n  Catalogue   = %s\n  Limit       = %d\n  Days        = %d\n  %s\n  %s\n  Entries     = %d\n",
+           context->baseName, context->cataloguePath, image.limit, image.days,
+           image.flags & ZVK_GDG_EMPTY ? "Empty" : "NoEmpty", image.flags & ZVK_GDG_SCRATCH ? "Scratch" : "NoScratch",
+           image.entries);
     if (image.entries) printf("  GDS:\n");
     for (uint32_t i = 0; i < image.entries; i++) {
         struct stat found;

@@ -20,15 +20,18 @@ bool debugging()
 
 const char *concatText(const FCB *fcb) { return fcb->state & ZVK_FILE_CONCATENATED ? "(concat)" : ""; }
 
-const char *generationText(const FCB *fcb) { return fcb->concatenation && !(fcb->state & ZVK_FILE_CONCATENATED) ? "(GDS)" : ""; }
+const char *generationText(const FCB *fcb)
+{
+    return fcb->concatenation && !(fcb->state & ZVK_FILE_CONCATENATED) ? "(GDS)" : "";
+}
 
 const char *nameOf(const FCB *fcb) { return fcb->fileName ? fcb->fileName : ""; }
 
 void traceOpen(const FCB *fcb, const FIB *fib)
 {
     if (!debugging()) return;
-    fprintf(stderr, "Opening %3.3s-%s as '%s' %s %s FS1=%2.2d FS2=%d\n", fcb->prefix, fib->name, nameOf(fcb), concatText(fcb),
-            generationText(fcb), fcb->status, fcb->fs2);
+    fprintf(stderr, "Opening %3.3s-%s as '%s' %s %s FS1=%2.2d FS2=%d\n", fcb->prefix, fib->name, nameOf(fcb),
+            concatText(fcb), generationText(fcb), fcb->status, fcb->fs2);
 }
 
 // Name, file system and the name's form; status above 9 if the file cannot be opened.
@@ -68,7 +71,8 @@ void markOpen(FCB *fcb, const FIB *fib)
     traceOpen(fcb, fib);
 }
 
-// One attempt: 0, or the variant of message 201 for a failure before the module, or -1 for one of the module's.
+// One attempt: 0, or the variant of message 201 for a failure before the module, or -1 for one of
+// the module's.
 int64_t openOnce(FCB *fcb, IPCB *element, const FIB *fib)
 {
     fcb->currentVerb = ZVK_VERB_OPEN;
@@ -93,7 +97,8 @@ int64_t openOnce(FCB *fcb, IPCB *element, const FIB *fib)
     return 0;
 }
 
-// The first volume of an OPTIONAL concatenation is absent: goes on to the next name. False when there is none; then the whole of it is an absent file.
+// The first volume of an OPTIONAL concatenation is absent: goes on to the next name. False when
+// there is none; then the whole of it is an absent file.
 bool skipAbsentVolume(FCB *fcb, IPCB *element)
 {
     if (!(fcb->state & ZVK_FILE_CONCATENATED) || !(fcb->state & ZVK_FILE_ABSENT) || fcb->status != 5) return false;
@@ -137,8 +142,8 @@ void _zvkGenericClose(FCB *fcb, IPCB *element, uint32_t variant)
 {
     FIB *fib = zvkFibOf(fcb, element);
     if (debugging())
-        fprintf(stderr, "Closing %c%c%c-%s as '%s' %s %s FS1=%.2d FS2=%d\n", fcb->prefix[0], fcb->prefix[1], fcb->prefix[2], fib->name,
-                nameOf(fcb), concatText(fcb), generationText(fcb), fcb->status, fcb->fs2);
+        fprintf(stderr, "Closing %c%c%c-%s as '%s' %s %s FS1=%.2d FS2=%d\n", fcb->prefix[0], fcb->prefix[1],
+                fcb->prefix[2], fib->name, nameOf(fcb), concatText(fcb), generationText(fcb), fcb->status, fcb->fs2);
     fcb->currentVerb = ZVK_VERB_CLOSE;
     zvkSetFileName(fcb, fib->assignment, false);
     fcb->state &= ZVK_FILE_FIB_OF_PROGRAM | ZVK_FILE_CONCATENATED;

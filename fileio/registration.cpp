@@ -1,7 +1,9 @@
-// Registration of a program's files at its first entry: slots, record areas, and the sharing of EXTERNAL files.
+// Registration of a program's files at its first entry: slots, record areas, and the sharing of
+// EXTERNAL files.
 //
-// An EXTERNAL file has one FCB for the run unit, made by the library when the first program names it. Later programs get that FCB in place of their own, and
-// their FIB is held against the first one's: any difference in an attribute ends the run, with the list of what differs.
+// An EXTERNAL file has one FCB for the run unit, made by the library when the first program names
+// it. Later programs get that FCB in place of their own, and their FIB is held against the first
+// one's: any difference in an attribute ends the run, with the list of what differs.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -73,7 +75,10 @@ bool sameBytes(const FIB *a, uint32_t aOffset, const FIB *b, uint32_t bOffset, s
     return memcmp(at(a, aOffset), at(b, bOffset), size) == 0;
 }
 
-const FileLinageGroup *linageOf(const FIB *fib) { return reinterpret_cast<const FileLinageGroup *>(at(fib, fib->linageOffset)); }
+const FileLinageGroup *linageOf(const FIB *fib)
+{
+    return reinterpret_cast<const FileLinageGroup *>(at(fib, fib->linageOffset));
+}
 
 bool sameLinageGroup(const FIB *a, const FIB *b, int group)
 {
@@ -97,7 +102,8 @@ void describeDifferences(const FIB *a, const FIB *b, char (&list)[1024])
     add(a->maxRecord != b->maxRecord, "MAXIMUM RECORD LENGTH");
     add(a->minRecord != b->minRecord, "MINIMUM RECORD LENGTH");
     add(bits(a->attributes, b->attributes, ZVK_FILE_OPTIONAL), "OPTIONAL");
-    add(bits(a->attributes, b->attributes, ZVK_FILE_ASSIGN_ENVIRONMENT | ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_ASSIGN_ITEM),
+    add(bits(a->attributes, b->attributes,
+             ZVK_FILE_ASSIGN_ENVIRONMENT | ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_ASSIGN_ITEM),
         "FILE ASSIGNMENT NAME");
     if (a->sharing || b->sharing) {
         add(bits(a->shareMode, b->shareMode, ZVK_FILE_SHARE_MASK), "SHARE MODE");
@@ -121,18 +127,23 @@ void describeDifferences(const FIB *a, const FIB *b, char (&list)[1024])
     if (length >= 2) list[length - 2] = 0;
 }
 
-// Whether two FIBs agree; only if they do not, the list says in what. The footing and margins of a LINAGE file count by the block's values, not by their flags.
+// Whether two FIBs agree; only if they do not, the list says in what. The footing and margins of a
+// LINAGE file count by the block's values, not by their flags.
 bool agree(const FIB *a, const FIB *b)
 {
     constexpr size_t first = 8, last = 62;
     constexpr uint8_t shareBits = ZVK_FILE_SHARE_MASK | ZVK_FILE_LOCK_COUNT, lockBits = 0x07;
     if (memcmp(at(a, first), at(b, first), last - first + 1) != 0) return false;
-    if ((a->sharing || b->sharing) && (((a->shareMode ^ b->shareMode) & shareBits) || ((a->lockMode ^ b->lockMode) & lockBits)))
+    if ((a->sharing || b->sharing) &&
+        (((a->shareMode ^ b->shareMode) & shareBits) || ((a->lockMode ^ b->lockMode) & lockBits)))
         return false;
     if ((a->linage ^ b->linage) & ZVK_FILE_LINAGE) return false;
-    if ((a->linage & ZVK_FILE_LINAGE) && !sameBytes(a, a->linageOffset, b, b->linageOffset, 4 * sizeof(FileLinageGroup))) return false;
+    if ((a->linage & ZVK_FILE_LINAGE) &&
+        !sameBytes(a, a->linageOffset, b, b->linageOffset, 4 * sizeof(FileLinageGroup)))
+        return false;
     return sameBytes(a, a->keysOffset, b, b->keysOffset, size_t{a->keyCount} * sizeof(FileKey)) &&
-           sameBytes(a, a->relativeKeyOffset, b, b->relativeKeyOffset, 36) && sameBytes(a, a->attributeOffset, b, b->attributeOffset, 8);
+           sameBytes(a, a->relativeKeyOffset, b, b->relativeKeyOffset, 36) &&
+           sameBytes(a, a->attributeOffset, b, b->attributeOffset, 8);
 }
 
 void requireAgreement(const FCB *shared, const FIB *fib, const PCB *pcb)

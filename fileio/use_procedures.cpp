@@ -1,5 +1,6 @@
-// Where every failed verb ends: with INVALID KEY or AT END in the statement, in a USE procedure, silently in a program that looks at FILE STATUS,
-// or in message 200, which ends a program that has no way to see the failure.
+// Where every failed verb ends: with INVALID KEY or AT END in the statement, in a USE procedure,
+// silently in a program that looks at FILE STATUS, or in message 200, which ends a program that has
+// no way to see the failure.
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -55,7 +56,11 @@ struct UseProcedure {
 const UseProcedure *chooseUse(const FCB *fcb, int mode)
 {
     if (!fcb->useTable) return nullptr;
-    int entry = mode & ZVK_OPEN_INPUT ? 0 : mode & ZVK_OPEN_OUTPUT ? 1 : mode & ZVK_OPEN_IO ? 2 : mode & ZVK_OPEN_EXTEND ? 3 : 4;
+    int entry = mode & ZVK_OPEN_INPUT    ? 0
+                : mode & ZVK_OPEN_OUTPUT ? 1
+                : mode & ZVK_OPEN_IO     ? 2
+                : mode & ZVK_OPEN_EXTEND ? 3
+                                         : 4;
     auto *use = static_cast<const UseProcedure *>(fcb->useTable[entry]);
     return use && use->routine ? use : nullptr;
 }
@@ -63,7 +68,8 @@ const UseProcedure *chooseUse(const FCB *fcb, int mode)
 void reportAndEnd(const FCB *fcb, const FIB *fib, uint32_t variant, const char *verb, const char *fs2Text)
 {
     char text[80] = "";
-    // A variant without a text says nothing; string mode would put "cannot find message" in its place.
+    // A variant without a text says nothing; string mode would put "cannot find message" in its
+    // place.
     if (variant && zvkCatalogText(201, variant & 0xFF))
         zvkWriteMsg(201, variant | ZVK_MSG_TO_STRING | ZVK_MSG_INFORM, text, sizeof text);
     else if (fs2Text)
@@ -79,9 +85,9 @@ void _zvkCallUseProc(FCB *fcb, uint32_t variant, IPCB *element)
     const uint8_t *statusField = zvkStatusField(fib);
     const char *fs2Text = moduleText(fcb);
     if (debugging())
-        fprintf(stderr, "FS=%d:%d errno=%d verb=%x last=%x file=%s\nFS1=%2.2s FS2=%s\n", fcb->status, fcb->fs2, errno, fcb->currentVerb,
-                fcb->lastVerb, fcb->fileName ? fcb->fileName : "", statusField ? reinterpret_cast<const char *>(statusField) : "  ",
-                fs2Text ? fs2Text : "");
+        fprintf(stderr, "FS=%d:%d errno=%d verb=%x last=%x file=%s\nFS1=%2.2s FS2=%s\n", fcb->status, fcb->fs2, errno,
+                fcb->currentVerb, fcb->lastVerb, fcb->fileName ? fcb->fileName : "",
+                statusField ? reinterpret_cast<const char *>(statusField) : "  ", fs2Text ? fs2Text : "");
     if ((fcb->statement & ZVK_STATEMENT_INVALID_KEY) && fcb->status >= 20 && fcb->status <= 24) return;
     if (fcb->status == 10 && (fcb->statement & ZVK_STATEMENT_AT_END)) {
         if (debugging()) fputs("taking at end!\n", stdout);

@@ -1,7 +1,9 @@
-// The routines in a file's slots while the verb makes no sense: they give it its status with no test of the file's state in compiled code.
+// The routines in a file's slots while the verb makes no sense: they give it its status with no
+// test of the file's state in compiled code.
 //
-// A closed file's READ slot holds _zvkReadError; a file that is open for INPUT has _zvkWriteError in its WRITE slot, and so on. Each routine
-// looks at what the file is doing, picks the status, stores it and goes the way of all failures, _zvkCallUseProc.
+// A closed file's READ slot holds _zvkReadError; a file that is open for INPUT has _zvkWriteError
+// in its WRITE slot, and so on. Each routine looks at what the file is doing, picks the status,
+// stores it and goes the way of all failures, _zvkCallUseProc.
 #include "fileio/file_status.h"
 #include "kvr2/fileio.h"
 
@@ -55,7 +57,8 @@ Outcome startOutcome(const FCB *fcb, const FIB *)
 
 Outcome unlockOutcome(const FCB *fcb, const FIB *) { return fcb->mode ? kBroken : Outcome{42, 9}; }
 
-void fail(FCB *fcb, IPCB *element, uint8_t verb, Outcome (*outcomeOf)(const FCB *, const FIB *), uint32_t clearedState = 0)
+void fail(FCB *fcb, IPCB *element, uint8_t verb, Outcome (*outcomeOf)(const FCB *, const FIB *),
+          uint32_t clearedState = 0)
 {
     const FIB *fib = zvkFibOf(fcb, element);
     fcb->currentVerb = verb;
@@ -76,7 +79,10 @@ void _zvkOpenError(FCB *fcb, IPCB *element) { fail(fcb, element, ZVK_VERB_OPEN, 
 void _zvkReadError(FCB *fcb, IPCB *element) { fail(fcb, element, ZVK_VERB_READ, readOutcome, ZVK_FILE_READ_VALID); }
 void _zvkWriteError(FCB *fcb, IPCB *element) { fail(fcb, element, ZVK_VERB_WRITE, writeOutcome); }
 void _zvkRewriteError(FCB *fcb, IPCB *element) { fail(fcb, element, ZVK_VERB_REWRITE, changeOutcome); }
-void _zvkStartError(FCB *fcb, IPCB *element) { fail(fcb, element, ZVK_VERB_START, startOutcome, ZVK_FILE_POSITION_VALID); }
+void _zvkStartError(FCB *fcb, IPCB *element)
+{
+    fail(fcb, element, ZVK_VERB_START, startOutcome, ZVK_FILE_POSITION_VALID);
+}
 void _zvkDeleteError(FCB *fcb, IPCB *element) { fail(fcb, element, ZVK_VERB_DELETE, changeOutcome); }
 void _zvkUnlockError(FCB *fcb, IPCB *element) { fail(fcb, element, ZVK_VERB_UNLOCK, unlockOutcome); }
 

@@ -73,8 +73,9 @@ void zvkTraceCore()
 {
     Runcom *runcom = zvkActingRuncom();
     ZVK_TRACE("_zvkCore: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  txmn %d\n", _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), kEndAbort, (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) != 0,
-              (_zvkProccom->flags & ZVK_ABORT_IN_PROGRESS) != 0, _zvkProccom->txmn);
+              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), kEndAbort,
+              (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) != 0, (_zvkProccom->flags & ZVK_ABORT_IN_PROGRESS) != 0,
+              _zvkProccom->txmn);
 }
 
 uint32_t ZVKDUMP(void)
@@ -99,11 +100,12 @@ void _zvkAbort(int32_t cored)
     memcpy(&epilogue, &runcom->jmp, sizeof epilogue);
     bool monitored = _zvkProccom->txmn;
     bool isMain = pthread_equal(pthread_self(), _zvkProccom->mainThread);
-    ZVK_TRACE("_zvkAbort: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  stop=@%p  abrt=@%p  jmp=@%p  main %d cored %d\n",
+    ZVK_TRACE("_zvkAbort: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  stop=@%p  abrt=@%p  jmp=@%p  "
+              "main %d cored %d\n",
               _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), kEndAbort,
               (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) != 0, (_zvkProccom->flags & ZVK_ABORT_IN_PROGRESS) != 0,
-              reinterpret_cast<void *>(runcom->stop), reinterpret_cast<void *>(runcom->abrt), static_cast<void *>(runcom->jmp), isMain,
-              cored);
+              reinterpret_cast<void *>(runcom->stop), reinterpret_cast<void *>(runcom->abrt),
+              static_cast<void *>(runcom->jmp), isMain, cored);
     _zvkProccom->flags |= ZVK_ABORT_IN_PROGRESS;
     if (!cored && zvkWantsCore()) {
         zvkTraceCore();
@@ -120,7 +122,8 @@ void _zvkAbort(int32_t cored)
         zvkForbidCore();
         signal(SIGABRT, SIG_DFL);
     }
-    // From within a signal's handler SIGABRT is blocked, and the handler's own signal would end the process before it.
+    // From within a signal's handler SIGABRT is blocked, and the handler's own signal would end the
+    // process before it.
     sigset_t abortOnly;
     sigemptyset(&abortOnly);
     sigaddset(&abortOnly, SIGABRT);

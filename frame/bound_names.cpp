@@ -1,7 +1,7 @@
 // The names of CALL and CANCEL; see bound_names.h.
 //
-// The table: a count, then a row of three numbers a name (index into the IPCB array from 1, length, offset), then the names, whose offsets
-// count from the end of the rows.
+// The table: a count, then a row of three numbers a name (index into the IPCB array from 1, length,
+// offset), then the names, whose offsets count from the end of the rows.
 #include "frame/bound_names.h"
 
 #include <cctype>

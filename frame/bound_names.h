@@ -1,11 +1,13 @@
-// The names of CALL and CANCEL: how they come from a data item, and a program's own table of names that it has bound.
+// The names of CALL and CANCEL: how they come from a data item, and a program's own table of names
+// that it has bound.
 #pragma once
 
 #include "frame/run_unit.h"
 
 #define ZVK_CALL_NAME_MAX 160
 
-// The length of a name of at most 160 bytes without trailing blanks and zero bytes; 0 for a blank name.
+// The length of a name of at most 160 bytes without trailing blanks and zero bytes; 0 for a blank
+// name.
 inline uint32_t zvkCallNameLength(const uint8_t *name, int64_t length)
 {
     uint32_t size = length < 0 ? 0 : length > ZVK_CALL_NAME_MAX ? ZVK_CALL_NAME_MAX : static_cast<uint32_t>(length);

@@ -27,8 +27,9 @@ Part partOf(const char *locale, char what)
     return at ? Part{at + 1, strcspn(at + 1, ".@")} : Part{"", 0};
 }
 
-// A compiled catalog is, in words of 32 bits, a magic number, the size and the depth of its tables; the table, size times depth entries of set,
-// message and offset of the text; the same table in the other byte order; then the texts, each with a zero byte behind it.
+// A compiled catalog is, in words of 32 bits, a magic number, the size and the depth of its tables;
+// the table, size times depth entries of set, message and offset of the text; the same table in the
+// other byte order; then the texts, each with a zero byte behind it.
 constexpr size_t kHeadSize = 12;
 constexpr size_t kEntrySize = 12;
 
@@ -56,7 +57,8 @@ bool holdsItsTexts(const uint8_t *bytes, size_t size)
     // A text that begins in front of the file's last zero byte, or on it, ends in the file.
     size_t end = size;
     while (end > texts && bytes[end - 1] != 0) end--;
-    // The table of this machine's byte order is the one that is used: the second one where the head is swapped.
+    // The table of this machine's byte order is the one that is used: the second one where the head
+    // is swapped.
     const size_t table = kHeadSize + (swapped ? tableSize : 0);
     for (size_t entry = table; entry < table + tableSize; entry += kEntrySize)
         if (wordAt(bytes, entry + 8) >= end - texts) return false;
@@ -78,7 +80,9 @@ bool zvkCatalogCandidate(const char *entry, const char *end, const char *locale,
         Part part{at, 1};
         if (*at == '%' && at + 1 < end) {
             char what = *++at;
-            part = what == 'N' ? Part{kCatalogName, strlen(kCatalogName)} : what == '%' ? Part{"%", 1} : partOf(locale, what);
+            part = what == 'N'   ? Part{kCatalogName, strlen(kCatalogName)}
+                   : what == '%' ? Part{"%", 1}
+                                 : partOf(locale, what);
         }
         if (!add(part)) return false;
     }

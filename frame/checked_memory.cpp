@@ -1,5 +1,6 @@
-// Memory and string routines that compiled code built for debugging calls instead of the system's: dbg_ shows each call on stderr, c__
-// asserts that no argument is null. The text of a failed assertion is part of what such a program shows, down to its blanks.
+// Memory and string routines that compiled code built for debugging calls instead of the system's:
+// dbg_ shows each call on stderr, c__ asserts that no argument is null. The text of a failed
+// assertion is part of what such a program shows, down to its blanks.
 #include <cassert>
 #include <cstdio>
 #include <cstring>

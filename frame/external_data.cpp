@@ -4,12 +4,13 @@
 //
 //     | length, 8 bytes | data, `length` bytes | name, terminated |
 //
-// The name is a copy, because the item outlives the program that was the first to name it: that program can be cancelled and unloaded, and
-// its table of names with it.
+// The name is a copy, because the item outlives the program that was the first to name it: that
+// program can be cancelled and unloaded, and its table of names with it.
 //
-// Every entry of every program that has EXTERNAL items comes through here, on any thread, and nearly always finds what it looks for. So the
-// first lookup takes no lock: the table is one that can be searched beside an insert (frame/hash_table.cpp says how), and items are
-// not removed while the run unit runs. A miss is settled under externalMutex.
+// Every entry of every program that has EXTERNAL items comes through here, on any thread, and
+// nearly always finds what it looks for. So the first lookup takes no lock: the table is one that
+// can be searched beside an insert (frame/hash_table.cpp says how), and items are not removed while
+// the run unit runs. A miss is settled under externalMutex.
 #include <algorithm>
 #include <climits>
 #include <cstdio>
@@ -40,8 +41,8 @@ void freeItem(HashEntry *entry)
 void printItem(uint64_t number, const HashEntry *entry)
 {
     const ExternalItem *item = static_cast<const ExternalItem *>(entry->value);
-    fprintf(stderr, "\tName: %s\n\tLen:  %ld\n\tData: %*.*s\n", static_cast<const char *>(entry->key), static_cast<long>(item->length),
-            printLength(item->length), printLength(item->length), item->data);
+    fprintf(stderr, "\tName: %s\n\tLen:  %ld\n\tData: %*.*s\n", static_cast<const char *>(entry->key),
+            static_cast<long>(item->length), printLength(item->length), printLength(item->length), item->data);
 }
 
 HashTable *makeTable()
@@ -87,7 +88,8 @@ struct Row {
 // Makes an item and enters it; the state has the name's hash. Null when storage is short.
 ExternalItem *makeItem(HashTable *table, HashState *state, const Row &row)
 {
-    ExternalItem *item = static_cast<ExternalItem *>(zvkCalloc(1, sizeof(ExternalItem) + row.length + row.nameLength + 1));
+    ExternalItem *item =
+        static_cast<ExternalItem *>(zvkCalloc(1, sizeof(ExternalItem) + row.length + row.nameLength + 1));
     if (!item) return nullptr;
     item->length = row.length;
     char *name = item->data + row.length;

@@ -39,8 +39,9 @@ inline uint32_t loadUpTo4(const uint8_t *p, uint64_t n)
     return word;
 }
 
-// lookup3's hashlittle with initial value 0: three words of state, 12 key bytes a round. Its well-known form reads whole words past the
-// key's end and masks them; this one takes the last bytes one by one, since a key may end where its page does.
+// lookup3's hashlittle with initial value 0: three words of state, 12 key bytes a round. Its
+// well-known form reads whole words past the key's end and masks them; this one takes the last
+// bytes one by one, since a key may end where its page does.
 inline uint32_t bytes(const void *key, uint64_t length)
 {
     const uint8_t *p = static_cast<const uint8_t *>(key);
@@ -80,7 +81,8 @@ inline uint32_t bytes(const void *key, uint64_t length)
     return c;
 }
 
-// Thomas Wang's hash of a 32-bit integer. A key shorter than the integer counts as filled up with zeros.
+// Thomas Wang's hash of a 32-bit integer. A key shorter than the integer counts as filled up with
+// zeros.
 inline uint32_t int32(const void *key, uint64_t length)
 {
     uint32_t k = loadUpTo4(static_cast<const uint8_t *>(key), length);
@@ -92,7 +94,8 @@ inline uint32_t int32(const void *key, uint64_t length)
     return k;
 }
 
-// His hash of a 64-bit integer to 32 bits, with right shifts that keep the sign: tables filled by older releases hash like this.
+// His hash of a 64-bit integer to 32 bits, with right shifts that keep the sign: tables filled by
+// older releases hash like this.
 inline uint32_t int64(const void *key, uint64_t length)
 {
     uint64_t k = 0;

@@ -1,23 +1,28 @@
 // The hash table: chains in a power of two of slots.
 //
-// A key's hash, cut to the table's size, picks a slot; the slot holds a doubly linked chain of entries, the last inserted first. An entry
-// is one block: the header, then a copy of the value, then a copy of the key, each at a multiple of 16 (or neither, when the caller keeps
-// them). "PAYROLL" with a value of 48 bytes:
+// A key's hash, cut to the table's size, picks a slot; the slot holds a doubly linked chain of
+// entries, the last inserted first. An entry is one block: the header, then a copy of the value,
+// then a copy of the key, each at a multiple of 16 (or neither, when the caller keeps them).
+// "PAYROLL" with a value of 48 bytes:
 //
 //     0           64          112         128
 //     | HashEntry | value     | PAYROLL\0 |
 //
-// Tables can stand in line: a run unit's program table has the process's table as its parent, and an entry that came from there is a
-// header of its own that refers to the parent's entry. An entry with a parent shares key and value with it.
+// Tables can stand in line: a run unit's program table has the process's table as its parent, and
+// an entry that came from there is a header of its own that refers to the parent's entry. An entry
+// with a parent shares key and value with it.
 //
-// Lookups beside an insert. The table of EXTERNAL items is searched without a lock while another thread may insert. Three things make
-// that safe, and cost nothing on this machine:
-//   - Whatever a lookup follows (slots, mask, chain links) is stored with release and loaded with acquire order, and an entry is
+// Lookups beside an insert. The table of EXTERNAL items is searched without a lock while another
+// thread may insert. Three things make that safe, and cost nothing on this machine:
+//   - Whatever a lookup follows (slots, mask, chain links) is stored with release and loaded with
+//     acquire order, and an entry is
 //     complete before it is linked. Nothing that a lookup reads of an entry changes afterwards, but for `next`.
-//   - A growing table shows its larger slot array before its larger mask, and a lookup loads the mask first: the index always fits.
-//   - A shared table keeps the arrays it outgrew (they add up to less than the present one) until it is cleared.
-// While entries move to the new array a lookup may be led into another chain. It then ends at that chain's end and reports a miss, never
-// a wrong entry, since every match compares the whole key.
+//   - A growing table shows its larger slot array before its larger mask, and a lookup loads the
+//     mask first: the index always fits.
+//   - A shared table keeps the arrays it outgrew (they add up to less than the present one) until
+//     it is cleared. While entries move to the new array a lookup may be led into another chain. It
+//     then ends at that chain's end and reports a miss, never a wrong entry, since every match
+//     compares the whole key.
 #include "frame/hash_table.h"
 
 #include <algorithm>
@@ -34,7 +39,8 @@ namespace {
 constexpr uint32_t kMinSize = 64;
 constexpr uint32_t kMaxSize = 0x80000000u;
 
-// A chain of equal hashes does not get shorter by more slots. Crowding makes a table grow up to this size only; beyond it the load does.
+// A chain of equal hashes does not get shorter by more slots. Crowding makes a table grow up to
+// this size only; beyond it the load does.
 constexpr uint32_t kMaxCrowdedSize = 1u << 20;
 
 constexpr size_t kHeader = offsetof(HashEntry, older);
@@ -123,7 +129,10 @@ uint32_t limitOf(uint32_t size, uint32_t load)
 // ---- the list in order of use
 
 // Entries of a table that has been resized are on no list until they are used again.
-bool isOnMru(const HashTable *table, const HashEntry *entry) { return entry->older || entry->newer || table->mruHead == entry; }
+bool isOnMru(const HashTable *table, const HashEntry *entry)
+{
+    return entry->older || entry->newer || table->mruHead == entry;
+}
 
 void leaveMru(HashTable *table, HashEntry *entry)
 {
@@ -160,7 +169,10 @@ void unlink(HashEntry **slot, HashEntry *entry)
     if (entry->next) entry->next->prev = entry->prev;
 }
 
-HashEntry **slotOf(const HashTable *table, const HashEntry *entry) { return &table->slots[entry->hashValue & table->mask]; }
+HashEntry **slotOf(const HashTable *table, const HashEntry *entry)
+{
+    return &table->slots[entry->hashValue & table->mask];
+}
 
 // Links an entry and counts it.
 void addEntry(HashTable *table, HashEntry *entry)
@@ -182,7 +194,8 @@ void addEntry(HashTable *table, HashEntry *entry)
     linkInFront(slot, entry);
 }
 
-// Unlinks an entry and counts it out. Its `next` stays, for a caller that is going through the chain.
+// Unlinks an entry and counts it out. Its `next` stays, for a caller that is going through the
+// chain.
 void takeOut(HashTable *table, HashEntry *entry)
 {
     HashEntry **slot = slotOf(table, entry);
@@ -224,19 +237,21 @@ void freeList(HashEntry *&list)
 // ---- finding
 
 // The mask is loaded before the slots; see the head of this file.
-[[gnu::always_inline]] inline HashEntry *findInChain(const HashTable *table, uint32_t hash, const void *key, uint64_t length)
+[[gnu::always_inline]] inline HashEntry *findInChain(const HashTable *table, uint32_t hash, const void *key,
+                                                     uint64_t length)
 {
     uint32_t mask = loadShared(table->mask);
     HashEntry *const *slots = loadShared(table->slots);
     for (HashEntry *entry = loadShared(slots[hash & mask]); entry; entry = loadShared(entry->next)) {
-        if (entry->hashValue == hash && entry->keyLength == length && (entry->key == key || zvkhash::equal(entry->key, key, length)))
+        if (entry->hashValue == hash && entry->keyLength == length &&
+            (entry->key == key || zvkhash::equal(entry->key, key, length)))
             return entry;
     }
     return nullptr;
 }
 
-HashEntry *insertHere(HashTable *table, uint32_t hash, const void *key, uint64_t length, const void *value, uint64_t valueLength,
-                      bool duplicates, HashEntry *parentEntry);
+HashEntry *insertHere(HashTable *table, uint32_t hash, const void *key, uint64_t length, const void *value,
+                      uint64_t valueLength, bool duplicates, HashEntry *parentEntry);
 
 HashEntry *findInParent(const HashTable *table, uint32_t hash, const void *key, uint64_t length, int32_t touch);
 
@@ -255,14 +270,15 @@ inline void touchEntry(HashTable *table, HashEntry *entry, const void *key, uint
     if (keepsMru(table)) becomeMruHead(table, entry);
 }
 
-[[gnu::noinline]] HashEntry *inheritEntry(HashTable *table, uint32_t hash, const void *key, uint64_t length, int32_t touch)
+[[gnu::noinline]] HashEntry *inheritEntry(HashTable *table, uint32_t hash, const void *key, uint64_t length,
+                                          int32_t touch)
 {
     HashEntry *parentEntry = findInParent(table, hash, key, length, touch);
     return parentEntry ? insertHere(table, hash, key, length, nullptr, 0, true, parentEntry) : nullptr;
 }
 
-[[gnu::always_inline]] inline HashEntry *find(HashTable *table, HashState *state, const void *key, uint64_t length, int32_t touch,
-                                              int32_t inherit)
+[[gnu::always_inline]] inline HashEntry *find(HashTable *table, HashState *state, const void *key, uint64_t length,
+                                              int32_t touch, int32_t inherit)
 {
     uint32_t hash = state->hashValue;
     HashEntry *entry = findInChain(table, hash, key, length);
@@ -276,7 +292,8 @@ inline void touchEntry(HashTable *table, HashEntry *entry, const void *key, uint
     return entry;
 }
 
-[[gnu::noinline]] HashEntry *findInParent(const HashTable *table, uint32_t hash, const void *key, uint64_t length, int32_t touch)
+[[gnu::noinline]] HashEntry *findInParent(const HashTable *table, uint32_t hash, const void *key, uint64_t length,
+                                          int32_t touch)
 {
     HashState state = {hash, 0, nullptr};
     countSearch(table->parent);
@@ -302,10 +319,12 @@ uint64_t blockSizeFor(const HashTable *table, uint64_t length, uint64_t valueLen
     return size & ~kAlign;
 }
 
-// Whether a recycled block has room for `size` bytes. A block of which only the key was copied knows the key's length alone.
+// Whether a recycled block has room for `size` bytes. A block of which only the key was copied
+// knows the key's length alone.
 bool fits(const HashTable *table, const HashEntry *block, uint64_t size, uint64_t length)
 {
-    if (isKeyOnly(block)) return length <= block->keyLength && size <= blockSizeFor(table, block->keyLength, ZVK_HASH_KEY_ONLY, false);
+    if (isKeyOnly(block))
+        return length <= block->keyLength && size <= blockSizeFor(table, block->keyLength, ZVK_HASH_KEY_ONLY, false);
     return size <= (block->blockSize ? block->blockSize : blockSizeFor(table, 0, 0, true));
 }
 
@@ -337,12 +356,13 @@ void growIfFull(HashTable *table)
 {
     if (table->flags & ZVK_HASH_TABLE_RESIZING) return;
     bool crowded = table->entries / 4 >= table->used && table->size < kMaxCrowdedSize;
-    if ((crowded || table->entries >= table->limit) && table->size < kMaxSize) HashTable_Resize(table, 2 * table->size, 0);
+    if ((crowded || table->entries >= table->limit) && table->size < kMaxSize)
+        HashTable_Resize(table, 2 * table->size, 0);
 }
 
 // Inserts into this table alone; with `parentEntry`, an entry that refers to that one.
-HashEntry *insertHere(HashTable *table, uint32_t hash, const void *key, uint64_t length, const void *value, uint64_t valueLength,
-                      bool duplicates, HashEntry *parentEntry)
+HashEntry *insertHere(HashTable *table, uint32_t hash, const void *key, uint64_t length, const void *value,
+                      uint64_t valueLength, bool duplicates, HashEntry *parentEntry)
 {
     if (!duplicates)
         if (HashEntry *present = findInChain(table, hash, key, length)) return present;
@@ -382,7 +402,8 @@ HashEntry *insertHere(HashTable *table, uint32_t hash, const void *key, uint64_t
 
 // ---- moving to another array of slots
 
-// Adds the chains of an old array again, each from its end, so that it keeps its order; with `offMruOnly`, the entries on no list alone.
+// Adds the chains of an old array again, each from its end, so that it keeps its order; with
+// `offMruOnly`, the entries on no list alone.
 void addChains(HashTable *table, HashEntry *const *slots, uint32_t size, bool offMruOnly)
 {
     for (uint32_t i = 0; i < size; ++i) {
@@ -396,8 +417,8 @@ void addChains(HashTable *table, HashEntry *const *slots, uint32_t size, bool of
     }
 }
 
-// Adds all entries again, the longest unused first: those that no one used since the last resize, then the list from its tail. The list is
-// left empty on purpose.
+// Adds all entries again, the longest unused first: those that no one used since the last resize,
+// then the list from its tail. The list is left empty on purpose.
 void addByUse(HashTable *table, HashEntry *const *slots, uint32_t size)
 {
     addChains(table, slots, size, true);
@@ -432,7 +453,9 @@ HashTable *HashTable_Create(const HashParams *params)
     if (params->flags & ZVK_HASH_SHARED) table->flags |= ZVK_HASH_TABLE_SHARED;
     table->parent = params->parent;
     table->user = params->user;
-    HashRoutine byType = params->flags & ZVK_HASH_INT32 ? zvkhash::int32 : params->flags & ZVK_HASH_INT64 ? zvkhash::int64 : zvkhash::bytes;
+    HashRoutine byType = params->flags & ZVK_HASH_INT32   ? zvkhash::int32
+                         : params->flags & ZVK_HASH_INT64 ? zvkhash::int64
+                                                          : zvkhash::bytes;
     table->hash = params->hash ? params->hash : byType;
     table->compare = params->compare;
     table->print = params->print ? params->print : hashTablePrintEntry;
@@ -487,7 +510,8 @@ HashEntry **HashTable_Hash(HashTable *table, HashState *state, const void *key, 
     return &loadShared(table->slots)[hash & mask];
 }
 
-HashEntry *HashTable_Find(HashTable *table, HashState *state, const void *key, uint64_t length, int32_t touch, int32_t inherit)
+HashEntry *HashTable_Find(HashTable *table, HashState *state, const void *key, uint64_t length, int32_t touch,
+                          int32_t inherit)
 {
     HashState own;
     state = chooseState(table, state, &own);
@@ -496,14 +520,15 @@ HashEntry *HashTable_Find(HashTable *table, HashState *state, const void *key, u
     return find(table, state, key, length, touch, inherit);
 }
 
-HashEntry *HashTable_FindHashed(HashTable *table, HashState *state, const void *key, uint64_t length, int32_t touch, int32_t inherit)
+HashEntry *HashTable_FindHashed(HashTable *table, HashState *state, const void *key, uint64_t length, int32_t touch,
+                                int32_t inherit)
 {
     HashState own;
     return find(table, hashedState(table, state, &own, key, length), key, length, touch, inherit);
 }
 
-HashEntry *HashTable_Insert(HashTable *table, HashState *state, const void *key, uint64_t length, const void *value, uint64_t valueLength,
-                            int32_t duplicates, int32_t alsoParent)
+HashEntry *HashTable_Insert(HashTable *table, HashState *state, const void *key, uint64_t length, const void *value,
+                            uint64_t valueLength, int32_t duplicates, int32_t alsoParent)
 {
     HashState own;
     uint32_t hash = hashedState(table, state, &own, key, length)->hashValue;
@@ -550,7 +575,8 @@ void HashTable_Resize(HashTable *table, uint32_t size, uint32_t load)
 {
     if (!table || (table->flags & ZVK_HASH_TABLE_RESIZING)) return;
     table->flags |= ZVK_HASH_TABLE_RESIZING;
-    if (size == 0) size = static_cast<uint32_t>(std::min<uint64_t>(2 * uint64_t{std::max(table->entries, 16u)}, kMaxSize));
+    if (size == 0)
+        size = static_cast<uint32_t>(std::min<uint64_t>(2 * uint64_t{std::max(table->entries, 16u)}, kMaxSize));
     size = roundUpSize(size);
     HashEntry **slots = newSlots(size);
     if (!slots) {

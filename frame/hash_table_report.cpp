@@ -1,4 +1,5 @@
-// What a hash table shows of itself on stderr: its entries, and its figures with a recount of the chains.
+// What a hash table shows of itself on stderr: its entries, and its figures with a recount of the
+// chains.
 #include <algorithm>
 #include <climits>
 #include <cstdio>
@@ -53,7 +54,8 @@ void showLongestChain(const ChainCount &count)
     fputc('\n', stderr);
 }
 
-// A first finding is shown and makes the next report mend it. Both checks flip the same bit, so two findings at once cancel out.
+// A first finding is shown and makes the next report mend it. Both checks flip the same bit, so two
+// findings at once cancel out.
 void checkFigures(HashTable *table, const ChainCount &count)
 {
     if (count.collisions != table->collisions || count.chains != table->chains) {
@@ -63,9 +65,10 @@ void checkFigures(HashTable *table, const ChainCount &count)
             table->used = static_cast<uint32_t>(count.used);
             table->freeSlots = table->size - table->used;
         } else {
-            fprintf(stderr, "Hash stats bad...\n  Collisions = %zd vs %zd (actual)\n  Chains     = %zd vs %zd (actual)\n",
-                    static_cast<ssize_t>(table->collisions), static_cast<ssize_t>(count.collisions), static_cast<ssize_t>(table->chains),
-                    static_cast<ssize_t>(count.chains));
+            fprintf(stderr,
+                    "Hash stats bad...\n  Collisions = %zd vs %zd (actual)\n  Chains     = %zd vs %zd (actual)\n",
+                    static_cast<ssize_t>(table->collisions), static_cast<ssize_t>(count.collisions),
+                    static_cast<ssize_t>(table->chains), static_cast<ssize_t>(count.chains));
             table->flags ^= ZVK_HASH_TABLE_REPAIR;
         }
     }
@@ -80,9 +83,10 @@ void checkFigures(HashTable *table, const ChainCount &count)
 void hashTablePrintEntry(uint64_t number, const HashEntry *entry)
 {
     // A key that was not copied need not be terminated; the precision ends it.
-    fprintf(stderr, "  %lu:0x%p key=(%ld)@0x%p %.*s value=(%ld)@0x%p parent=0x%p\n", number, static_cast<const void *>(entry),
-            static_cast<long>(entry->keyLength), entry->key, printLength(entry->keyLength), static_cast<const char *>(entry->key),
-            static_cast<long>(entry->blockSize), entry->value, static_cast<const void *>(entry->parent));
+    fprintf(stderr, "  %lu:0x%p key=(%ld)@0x%p %.*s value=(%ld)@0x%p parent=0x%p\n", number,
+            static_cast<const void *>(entry), static_cast<long>(entry->keyLength), entry->key,
+            printLength(entry->keyLength), static_cast<const char *>(entry->key), static_cast<long>(entry->blockSize),
+            entry->value, static_cast<const void *>(entry->parent));
 }
 
 void HashTable_Dump(const HashTable *table)
@@ -142,20 +146,22 @@ void HashTable_Stats(HashTable *table)
             "\tAvg Search len: %.2f of Used, %.2f of Avail, %.2f of Size\n"
             "\tAvg entry size: %0.2f\n"
             "\tBad stats:      %d\n",
-            static_cast<void *>(table), static_cast<void *>(table->parent), static_cast<void *>(table->slots), figure(table->size),
-            size_t{table->mask}, figure(table->limit), percent(table->limit, table->size), figure(table->used),
-            percent(table->used, table->limit), percent(table->used, table->size), figure(table->freeSlots),
-            percent(table->freeSlots, table->limit), percent(table->freeSlots, table->size),
-            static_cast<int>(table->grows + table->shrinks), table->flags & ZVK_HASH_TABLE_RESIZING ? 'A' : ' ', figure(table->grows),
-            figure(table->shrinks), figure(table->searches), static_cast<ssize_t>(lookups),
+            static_cast<void *>(table), static_cast<void *>(table->parent), static_cast<void *>(table->slots),
+            figure(table->size), size_t{table->mask}, figure(table->limit), percent(table->limit, table->size),
+            figure(table->used), percent(table->used, table->limit), percent(table->used, table->size),
+            figure(table->freeSlots), percent(table->freeSlots, table->limit), percent(table->freeSlots, table->size),
+            static_cast<int>(table->grows + table->shrinks), table->flags & ZVK_HASH_TABLE_RESIZING ? 'A' : ' ',
+            figure(table->grows), figure(table->shrinks), figure(table->searches), static_cast<ssize_t>(lookups),
             100 * static_cast<double>(lookups) / (table->searches ? table->searches : 1), figure(table->inserts),
             percent(table->inserts, table->searches), figure(table->deletes), percent(table->deletes, table->searches),
-            figure(table->removes), percent(table->removes, table->searches), figure(table->reuses), percent(table->reuses, table->inserts),
-            figure(table->evicts), percent(table->evicts, table->inserts), figure(table->entries), figure(table->collisions),
-            percent(table->collisions, table->entries), percent(table->collisions, table->used), figure(table->collisionsTotal),
+            figure(table->removes), percent(table->removes, table->searches), figure(table->reuses),
+            percent(table->reuses, table->inserts), figure(table->evicts), percent(table->evicts, table->inserts),
+            figure(table->entries), figure(table->collisions), percent(table->collisions, table->entries),
+            percent(table->collisions, table->used), figure(table->collisionsTotal),
             percent(table->collisionsTotal, table->inserts), figure(table->chains), percent(table->chains, table->used),
-            figure(table->chainsTotal), figure(table->chainsMax), static_cast<ssize_t>(count.shortest), static_cast<ssize_t>(count.longest),
-            count.used ? static_cast<double>(count.entries) / static_cast<double>(count.used) : 0.0, ratio(table->entries, table->used),
-            ratio(table->entries, table->limit), ratio(table->entries, table->size), ratio(table->entryBytes, table->entries),
-            table->flags & ZVK_HASH_TABLE_REPAIR ? 1 : 0);
+            figure(table->chainsTotal), figure(table->chainsMax), static_cast<ssize_t>(count.shortest),
+            static_cast<ssize_t>(count.longest),
+            count.used ? static_cast<double>(count.entries) / static_cast<double>(count.used) : 0.0,
+            ratio(table->entries, table->used), ratio(table->entries, table->limit), ratio(table->entries, table->size),
+            ratio(table->entryBytes, table->entries), table->flags & ZVK_HASH_TABLE_REPAIR ? 1 : 0);
 }

@@ -1,5 +1,6 @@
-// Entries for a host that embeds COBOL: it starts the runtime before any program runs, leaves its own routines for stop, abort and messages,
-// and begins run units of its own, nested or for a transaction.
+// Entries for a host that embeds COBOL: it starts the runtime before any program runs, leaves its
+// own routines for stop, abort and messages, and begins run units of its own, nested or for a
+// transaction.
 #include <cstdlib>
 
 #include "frame/run_unit.h"
@@ -10,7 +11,8 @@ namespace {
 
 bool runtimeStarted() { return _zvkProccom && _zvkProccom->programOptions; }
 
-// On behalf of a host: the runtime is "preinit", and what the host stores in a free record stays there for the next run unit.
+// On behalf of a host: the runtime is "preinit", and what the host stores in a free record stays
+// there for the next run unit.
 bool startForHost()
 {
     if (!runtimeStarted()) InitCobolRte(nullptr);
@@ -60,8 +62,8 @@ void _zvkCOBOLInit(uint32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_
 
 extern "C" void ZVKCOBOLINIT(uint32_t, ZvkHostRoutine, uint32_t *, uint64_t) __attribute__((alias("_zvkCOBOLInit")));
 
-void _zvkCOBOLInit1(int32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token, ZvkMessageRoutine msg, ZvkHostRoutine abrt,
-                    uint64_t context)
+void _zvkCOBOLInit1(int32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token, ZvkMessageRoutine msg,
+                    ZvkHostRoutine abrt, uint64_t context)
 {
     *rc = function != 1;
     if (function != 1 || !startForHost()) return;
@@ -94,8 +96,8 @@ void _zvk_cpm_init(ZvkMessageRoutine msg, uint64_t context)
 {
     if (!runtimeStarted()) InitCobolRte(kHostMarker);
     if (!_zvkProccom) return;
-    ZVK_TRACE("_zvk_cpm_init: PID %d Proccom @%p Runcom @%p txmn %d reason=%d\n", _zvkProccom->pid, static_cast<void *>(_zvkProccom),
-              static_cast<void *>(_zvkProccom->runcom), _zvkProccom->txmn, 1000);
+    ZVK_TRACE("_zvk_cpm_init: PID %d Proccom @%p Runcom @%p txmn %d reason=%d\n", _zvkProccom->pid,
+              static_cast<void *>(_zvkProccom), static_cast<void *>(_zvkProccom->runcom), _zvkProccom->txmn, 1000);
     _zvkProccom->txmn++;
     _zvkTxmnRunUnit(0, msg, context);
 }
@@ -115,8 +117,8 @@ void _zvkTxmnRunUnit(uint64_t reserved, ZvkMessageRoutine msg, uint64_t context)
     runcom->msg = msg;
     if (parent)
         // The process id is missing from this line, and stays so.
-        ZVK_TRACE("_zvkTxmnRunUnit: EXEC TXMN LINK: PID Proccom @%p Runcom @%p  Parent @%p\n", static_cast<void *>(_zvkProccom),
-                  static_cast<void *>(runcom), static_cast<void *>(parent));
+        ZVK_TRACE("_zvkTxmnRunUnit: EXEC TXMN LINK: PID Proccom @%p Runcom @%p  Parent @%p\n",
+                  static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), static_cast<void *>(parent));
     else
         ZVK_TRACE("_zvkTxmnRunUnit: TXMN transaction: PID %d Proccom @%p Runcom @%p  Parent @%p\n", _zvkProccom->pid,
                   static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), static_cast<void *>(runcom->parent));

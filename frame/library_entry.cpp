@@ -1,8 +1,9 @@
 // The library as a program: `./libkvr2_64r.so` says what it is and leaves.
 //
-// The ELF entry point of the shared object is zvk_program_entry, and an .interp section names the program interpreter, so the kernel can
-// start the file like any dynamically linked program. At that point only the system's own initialisation has run, not this library's
-// constructor: nothing here may rely on Proccom.
+// The ELF entry point of the shared object is zvk_program_entry, and an .interp section names the
+// program interpreter, so the kernel can start the file like any dynamically linked program. At
+// that point only the system's own initialisation has run, not this library's constructor: nothing
+// here may rely on Proccom.
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
@@ -19,7 +20,8 @@ bool isLibraryName(const char *program)
     return false;
 }
 
-// A COBOL program that was linked as a subroutine has this library's entry for its own, for want of a better one.
+// A COBOL program that was linked as a subroutine has this library's entry for its own, for want of
+// a better one.
 [[noreturn]] void refuseSubroutine(const char *program)
 {
     fprintf(stderr,
@@ -51,7 +53,8 @@ __attribute__((noreturn, used, visibility("hidden"))) void zvkIntroduce(const lo
 }
 }
 
-// The entry is jumped to, not called: the stack holds argc and argv, and is aligned for a call only after this.
+// The entry is jumped to, not called: the stack holds argc and argv, and is aligned for a call only
+// after this.
 asm(R"(
     .text
     .globl zvk_program_entry

@@ -1,7 +1,9 @@
-// Loading the library: the constructor makes the process record, one spare run-unit record and the way to the message catalog.
+// Loading the library: the constructor makes the process record, one spare run-unit record and the
+// way to the message catalog.
 //
-// The catalog is found through NLSPATH, which gets two entries in front: the place that belongs to where this library was loaded from, and the
-// place of a system-wide installation. A library in /x/lib, /x/usr/lib or one of their "profiled" folders finds its catalogs under
+// The catalog is found through NLSPATH, which gets two entries in front: the place that belongs to
+// where this library was loaded from, and the place of a system-wide installation. A library in
+// /x/lib, /x/usr/lib or one of their "profiled" folders finds its catalogs under
 // /x/usr/share/locale/%L/%N; one in any other folder beside itself.
 #include <climits>
 #include <clocale>
@@ -44,9 +46,10 @@ uint32_t traceLevel()
 
 void traceInit()
 {
-    ZVK_TRACE("zvk_init: PID %d Proccom @%p Runcom @%p freeru @%p jvc=%d  txmn=%d  preinit=%d  cache=%d\n", _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(_zvkProccom->runcom), static_cast<void *>(_zvkProccom->freeru),
-              _zvkProccom->jvc, _zvkProccom->txmn, (_zvkProccom->flags & ZVK_PREINIT) != 0, _zvkProccom->cache);
+    ZVK_TRACE("zvk_init: PID %d Proccom @%p Runcom @%p freeru @%p jvc=%d  txmn=%d  preinit=%d  cache=%d\n",
+              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(_zvkProccom->runcom),
+              static_cast<void *>(_zvkProccom->freeru), _zvkProccom->jvc, _zvkProccom->txmn,
+              (_zvkProccom->flags & ZVK_PREINIT) != 0, _zvkProccom->cache);
 }
 
 bool makeProccom()

@@ -11,7 +11,8 @@ pthread_mutex_t programMutex;
 pthread_mutex_t streamMutex;
 pthread_mutex_t externalMutex;
 
-// Ends the process where a mutex is beyond use; a store to address zero gives the signal handler the place.
+// Ends the process where a mutex is beyond use; a store to address zero gives the signal handler
+// the place.
 [[noreturn]] static void crashHere()
 {
     volatile int *volatile nowhere = nullptr;

@@ -119,7 +119,8 @@ nl_catd openFromList(const char *list, const char *locale)
     for (const char *entry = list; *entry;) {
         const char *end = strchrnul(entry, ':');
         if (zvkCatalogCandidate(entry, end, locale, name, sizeof path - 2)) {
-            // A name with a "/" in it is opened as it stands. One that is not whole would be read beyond its end.
+            // A name with a "/" in it is opened as it stands. One that is not whole would be read
+            // beyond its end.
             const char *whole = strchr(name, '/') ? name : path;
             nl_catd opened = zvkCatalogIsWhole(whole) ? catopen(whole, NL_CAT_LOCALE) : kClosed;
             if (opened != kClosed) return opened;
@@ -139,7 +140,8 @@ nl_catd openUnder(const char *locale)
     return opened != kClosed ? opened : openFromList(systemList, locale);
 }
 
-// The locale of messages, then the forms of its name from the fullest to the barest, then names that a catalog is likely to be installed under.
+// The locale of messages, then the forms of its name from the fullest to the barest, then names
+// that a catalog is likely to be installed under.
 nl_catd openUnderSomeLocale()
 {
     char name[256];
@@ -194,8 +196,12 @@ void setDefaults()
 
 } // namespace
 
-MessageSettings messageSettings = {
-    {'Z', 'V', 'K'}, {'I', 'W', 'S', 'C'}, "Insufficient storage. Cannot find space for message %d.", false, nullptr, 0};
+MessageSettings messageSettings = {{'Z', 'V', 'K'},
+                                   {'I', 'W', 'S', 'C'},
+                                   "Insufficient storage. Cannot find space for message %d.",
+                                   false,
+                                   nullptr,
+                                   0};
 
 void zvkOpenCatalog()
 {
@@ -248,7 +254,8 @@ bool zvkTextFits(const char *format, const char *inserts)
         used |= 1u << index;
         highest = std::max(highest, index + 1);
     }
-    // Numbered conversions must leave no gap: printf could not know the type of the insert in between.
+    // Numbered conversions must leave no gap: printf could not know the type of the insert in
+    // between.
     return !(positional && sequential) && (!positional || used == (1u << highest) - 1);
 }
 

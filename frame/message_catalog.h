@@ -1,4 +1,5 @@
-// The message catalog: opening it under whatever locale it is installed for, and texts that are safe to format.
+// The message catalog: opening it under whatever locale it is installed for, and texts that are
+// safe to format.
 #pragma once
 
 #include <cstddef>
@@ -21,10 +22,13 @@ void zvkOpenCatalog();
 void zvkCloseCatalog();
 bool zvkCatalogIsOpen();
 
-// The text of a message with its severity digit, or null. Texts whose conversions do not fit the inserts that the number is raised with are as good
-// as missing: a translated catalog must not be able to crash a program.
+// The text of a message with its severity digit, or null. Texts whose conversions do not fit the
+// inserts that the number is raised with are as good as missing: a translated catalog must not be
+// able to crash a program.
 const char *zvkCatalogText(uint32_t number, uint32_t variant);
 
-// Whether a format asks for no other inserts than `inserts` tells: s a string, d 32 bits, l 64 bits, p an address. Null stands for a number that the library
-// does not know, one of a site's own: its inserts are between the catalog and its caller, and only %n and what is no conversion are refused.
+// Whether a format asks for no other inserts than `inserts` tells: s a string, d 32 bits, l 64
+// bits, p an address. Null stands for a number that the library does not know, one of a site's own:
+// its inserts are between the catalog and its caller, and only %n and what is no conversion are
+// refused.
 bool zvkTextFits(const char *format, const char *inserts);

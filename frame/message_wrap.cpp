@@ -1,7 +1,8 @@
 // Wrapping of message text.
 //
-// A line longer than the width breaks at a blank, or before a "=", and goes on under the first line's text, whose column is 9: with one blank dropped at
-// the break, the rest stands behind nine of the ten blanks.
+// A line longer than the width breaks at a blank, or before a "=", and goes on under the first
+// line's text, whose column is 9: with one blank dropped at the break, the rest stands behind nine
+// of the ten blanks.
 //
 //     ZVK096C  The program LEDGER was
 //              not found.

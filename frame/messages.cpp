@@ -1,8 +1,9 @@
 // The message writer.
 //
-// A message is composed in the process's one buffer, wrapped to the terminal, and sent to the message stream or to the host's routine. Its severity
-// decides whether the caller gets control back. All output is flushed to disk around it: what stands in a message must be there before the next
-// statement runs, because often there is no next statement.
+// A message is composed in the process's one buffer, wrapped to the terminal, and sent to the
+// message stream or to the host's routine. Its severity decides whether the caller gets control
+// back. All output is flushed to disk around it: what stands in a message must be there before the
+// next statement runs, because often there is no next statement.
 #include "frame/messages.h"
 
 #include <algorithm>
@@ -31,7 +32,8 @@ constexpr char kExitDefaults[2][64] = {"  ZVK901S Program exits due to severe or
 
 enum Ending : int32_t { kGoesOn = 0, kSevere = 1, kTooManyErrors = -1 };
 
-// Kept free behind a message's own text for what must not be lost: its line end, the line ZVK901S, the empty line.
+// Kept free behind a message's own text for what must not be lost: its line end, the line ZVK901S,
+// the empty line.
 constexpr size_t kTail = 80;
 
 // The text while it is composed: never longer than its storage.
@@ -90,11 +92,13 @@ size_t writeHeading(Composer &out, uint32_t number)
     return out.length;
 }
 
-// What stands behind the heading where there is no catalog, or no buffer: why, with the message's number.
+// What stands behind the heading where there is no catalog, or no buffer: why, with the message's
+// number.
 uint32_t explainLack(Composer &out, uint32_t number)
 {
     if (!zvkCatalogIsOpen()) {
-        out.addf("Cannot find message catalog %s in NLSPATH. Message number is %d. ", kCatalogName, static_cast<int>(number));
+        out.addf("Cannot find message catalog %s in NLSPATH. Message number is %d. ", kCatalogName,
+                 static_cast<int>(number));
         return kNoCatalog;
     }
     if (!messageSettings.buffer) {
@@ -138,7 +142,8 @@ const char *exitText(Ending ending)
 {
     uint32_t variant = ending == kSevere ? 0 : 1;
     const char *text = messageSettings.buffer ? zvkCatalogText(kExit, variant) : nullptr;
-    // Behind the first two characters, as of any text: the line begins with "ZVK", which is what a monitor's routine is told of.
+    // Behind the first two characters, as of any text: the line begins with "ZVK", which is what a
+    // monitor's routine is told of.
     return (text ? text : kExitDefaults[variant]) + 2;
 }
 
@@ -158,7 +163,8 @@ void copyResult(const Composer &out, char *result, uint32_t size)
     result[length] = 0;
 }
 
-// A monitor gets a message line by line; only a later line of its own heading says that the run unit ends.
+// A monitor gets a message line by line; only a later line of its own heading says that the run
+// unit ends.
 void sendLines(const Composer &out, Runcom *runcom, Ending ending)
 {
     for (const char *line = out.text; *line;) {
@@ -197,13 +203,14 @@ uint32_t writeToString(uint32_t number, uint32_t control, va_list *args)
     auto *result = va_arg(*args, char *);
     auto size = va_arg(*args, uint32_t);
     char fallback[256] = "";
-    Composer out =
-        messageSettings.buffer ? Composer{messageSettings.buffer, messageSettings.bufferSize, 0} : Composer{fallback, sizeof fallback, 0};
+    Composer out = messageSettings.buffer ? Composer{messageSettings.buffer, messageSettings.bufferSize, 0}
+                                          : Composer{fallback, sizeof fallback, 0};
     out.text[0] = 0;
     composeText(out, number, control & 0xFF, 0, args);
     out.addf("\n");
     if (messageSettings.singleByte) out.length = zvkWrapText(out.text, out.size, lineWidth(true));
-    // The message stream is left alone: a lock that stayed with this thread would stop every other thread's next message.
+    // The message stream is left alone: a lock that stayed with this thread would stop every other
+    // thread's next message.
     copyResult(out, result, size);
     return 0;
 }
@@ -211,8 +218,8 @@ uint32_t writeToString(uint32_t number, uint32_t control, va_list *args)
 uint32_t writeToStream(uint32_t number, uint32_t control, va_list *args)
 {
     char fallback[256] = "";
-    Composer out =
-        messageSettings.buffer ? Composer{messageSettings.buffer, messageSettings.bufferSize, 0} : Composer{fallback, sizeof fallback, 0};
+    Composer out = messageSettings.buffer ? Composer{messageSettings.buffer, messageSettings.bufferSize, 0}
+                                          : Composer{fallback, sizeof fallback, 0};
     out.text[0] = 0;
     size_t letterColumn = writeHeading(out, number);
     uint32_t shown = explainLack(out, number);
@@ -255,7 +262,8 @@ uint32_t writeERRmsg(uint32_t number, uint32_t control, uint64_t, va_list *args)
     else if (control == ZVK_MSG_CLOSE_CATALOG)
         zvkCloseCatalog();
     else
-        return control & ZVK_MSG_TO_STRING ? writeToString(number, control, args) : writeToStream(number, control, args);
+        return control & ZVK_MSG_TO_STRING ? writeToString(number, control, args)
+                                           : writeToStream(number, control, args);
     return 0;
 }
 

@@ -1,7 +1,9 @@
-// How every room reports an error: a number, a control word, and the inserts that the number's text takes.
+// How every room reports an error: a number, a control word, and the inserts that the number's text
+// takes.
 //
-// The severity in the catalog decides what happens then: 0 and 1 return to the caller, 2 and 3 end the run unit. Callers must be
-// written for both, since a site can change the catalog and string mode always returns.
+// The severity in the catalog decides what happens then: 0 and 1 return to the caller, 2 and 3 end
+// the run unit. Callers must be written for both, since a site can change the catalog and string
+// mode always returns.
 #pragma once
 
 #include <cstdint>

@@ -1,9 +1,10 @@
 // COBRTOPT: the run-time options.
 //
-// The variable is a free-form list of keywords: "TRAP(ON), check=off upsi(10000001) FS=lsq". The tokeniser folds it to upper case and to one
-// spelling, so that " TRAP = ON", "TRAP(ON)" and "TRAP=ON" are the same token; each keyword together with its value is one row of a sorted
-// table. Two parameters, UPSI and ERRCOUNT, take a free value and are handled apart. What is wrong is reported, replaced by its default,
-// and the parse goes on with the next token.
+// The variable is a free-form list of keywords: "TRAP(ON), check=off upsi(10000001) FS=lsq". The
+// tokeniser folds it to upper case and to one spelling, so that " TRAP = ON", "TRAP(ON)" and
+// "TRAP=ON" are the same token; each keyword together with its value is one row of a sorted table.
+// Two parameters, UPSI and ERRCOUNT, take a free value and are handled apart. What is wrong is
+// reported, replaced by its default, and the parse goes on with the next token.
 #include "frame/options.h"
 
 #include <cctype>
@@ -153,7 +154,8 @@ const Keyword *findKeyword(const char *token)
     return nullptr;
 }
 
-// The row that is applied when no option has chosen otherwise: TRAP. Null once an option cancelled it.
+// The row that is applied when no option has chosen otherwise: TRAP. Null once an option cancelled
+// it.
 const Keyword *pendingDefault;
 
 template <class T>
@@ -263,7 +265,8 @@ bool startToken(TokenTable &table, char *at)
     return true;
 }
 
-// Cuts `text` into tokens in place: writes behind a second pointer, which never overtakes the reading one.
+// Cuts `text` into tokens in place: writes behind a second pointer, which never overtakes the
+// reading one.
 bool tokenise(char *text, TokenTable &table)
 {
     char *write = text;

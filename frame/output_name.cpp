@@ -1,4 +1,5 @@
-// Names of output files: COBOUTDIR, and for a value that ends in "%" the program, time, zone and process id.
+// Names of output files: COBOUTDIR, and for a value that ends in "%" the program, time, zone and
+// process id.
 //
 //     SYSOUT=/tmp/out%   in program LEDGER   ->   /tmp/out.LEDGER.20240607.101530.004711+0100.1234
 #include <cstdio>
@@ -91,11 +92,11 @@ char *expandOutputName(const char *value, int32_t fresh, const char *defaultWord
     constexpr size_t limit = kNameSize - 1;
     if (length == 0) {
         if (defaultWord)
-            snprintf(result, limit, "%s%s.%s%s.%6.6d%+2.2d%2.2d.%ld", prefix, word, program, stamp.time, stamp.microseconds,
-                     stamp.zoneHours, stamp.zoneMinutes, stamp.pid);
+            snprintf(result, limit, "%s%s.%s%s.%6.6d%+2.2d%2.2d.%ld", prefix, word, program, stamp.time,
+                     stamp.microseconds, stamp.zoneHours, stamp.zoneMinutes, stamp.pid);
         else
-            snprintf(result, limit, "%s%s.%6.6d%+2.2d%2.2d.%ld", program, stamp.time, stamp.microseconds, stamp.zoneHours,
-                     stamp.zoneMinutes, stamp.pid);
+            snprintf(result, limit, "%s%s.%6.6d%+2.2d%2.2d.%ld", program, stamp.time, stamp.microseconds,
+                     stamp.zoneHours, stamp.zoneMinutes, stamp.pid);
         return result;
     }
     if (value[0] == '.' || value[0] == '/') prefix = "";
@@ -104,7 +105,8 @@ char *expandOutputName(const char *value, int32_t fresh, const char *defaultWord
         return result;
     }
     int width = static_cast<int>(length < limit ? length - 1 : limit);
-    snprintf(result, limit, "%s%*.*s%s.%s%s.%6.6d%+2.2d%2.2d.%ld", prefix, width, width, value, endsInAloneMark(value, length) ? word : "",
-             program, stamp.time, stamp.microseconds, stamp.zoneHours, stamp.zoneMinutes, stamp.pid);
+    snprintf(result, limit, "%s%*.*s%s.%s%s.%6.6d%+2.2d%2.2d.%ld", prefix, width, width, value,
+             endsInAloneMark(value, length) ? word : "", program, stamp.time, stamp.microseconds, stamp.zoneHours,
+             stamp.zoneMinutes, stamp.pid);
     return result;
 }

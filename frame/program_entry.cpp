@@ -1,8 +1,9 @@
 // Program entry and exit: what a compiled program's prologue and epilogue call.
 //
-// The first entry of a program in a run unit registers it: its name goes into the run unit's program table, its PCB learns where the UPSI
-// switches are, its files are made known and a year window becomes a base year. Every entry counts. Later entries take one mutex only, since
-// a batch program enters its subprograms millions of times.
+// The first entry of a program in a run unit registers it: its name goes into the run unit's
+// program table, its PCB learns where the UPSI switches are, its files are made known and a year
+// window becomes a base year. Every entry counts. Later entries take one mutex only, since a batch
+// program enters its subprograms millions of times.
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -57,7 +58,8 @@ void ensureRunUnit(PCB *pcb)
     if (haveRunUnitWithMain()) return;
     if (!_zvkProccom->runcom) RunUnitInit(pcb);
     if (!_zvkProccom->runcom) return;
-    // A run unit that a host made for itself (the wrapper stub) keeps its stub: programs come and go in it, and none of them ends it.
+    // A run unit that a host made for itself (the wrapper stub) keeps its stub: programs come and
+    // go in it, and none of them ends it.
     if (_zvkProccom->runcom->main) return;
     _zvkProccom->runcom->main = pcb;
     pcb->flag |= ZVK_PCB_MAIN;
@@ -76,7 +78,8 @@ void readCurrentYear()
     ZVK_TRACE("current year %d\n", _zvkProccom->currentYear);
 }
 
-// A window given as an offset becomes a base year; a base year is checked for a window that has passed.
+// A window given as an offset becomes a base year; a base year is checked for a window that has
+// passed.
 void resolveYearWindow(PCB *pcb)
 {
     if (pcb->yearWindow == ZVK_NO_YEAR_WINDOW || !atLeast(pcb, kYearWindows)) return;
@@ -95,7 +98,8 @@ void resolveYearWindow(PCB *pcb)
         return;
     }
     ZVK_TRACE("curr year %d  base %d\n", static_cast<int>(year), static_cast<int>(window));
-    if (year > window + 100) zvkWriteMsg(241, 0, static_cast<int32_t>(window), static_cast<int32_t>(window + 100), name);
+    if (year > window + 100)
+        zvkWriteMsg(241, 0, static_cast<int32_t>(window), static_cast<int32_t>(window + 100), name);
 }
 
 void introduce(PCB *pcb, LLE *lle)
@@ -109,7 +113,8 @@ void introduce(PCB *pcb, LLE *lle)
     resolveYearWindow(pcb);
 }
 
-// The entry of the program in the run unit's table: found, or made in the same step, with programMutex held over both.
+// The entry of the program in the run unit's table: found, or made in the same step, with
+// programMutex held over both.
 LLE *findOrAdd(PCB *pcb, bool &locked)
 {
     HashState state{};
@@ -137,7 +142,8 @@ void registerProgram(PCB *pcb)
 {
     bool locked = false;
     if (LLE *lle = findOrAdd(pcb, locked)) {
-        // Set also for a program that stayed in the process-wide table: its next run unit may have another record.
+        // Set also for a program that stayed in the process-wide table: its next run unit may have
+        // another record.
         pcb->upsi = _zvkProccom->runcom->upsi;
         if (!lle->pcb) introduce(pcb, lle);
         pcb->lle = lle;
@@ -149,8 +155,8 @@ void registerProgram(PCB *pcb)
 
 void _zvkPgmInit(PCB *pcb)
 {
-    // A later entry while all is set up needs no more than the count. What this looks at changes only when a run unit starts or ends, which a
-    // program that is being entered cannot overlap.
+    // A later entry while all is set up needs no more than the count. What this looks at changes
+    // only when a run unit starts or ends, which a program that is being entered cannot overlap.
     if (__builtin_expect(pcb->lle && runtimeStarted() && !_zvkProccom->debug && haveRunUnitWithMain(), true)) {
         _zvkProccom->firstEntry = 1;
         enter(pcb);
@@ -164,7 +170,8 @@ void _zvkPgmInit(PCB *pcb)
               static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), runcom->flags & ZVK_RUNCOM_SIG,
               static_cast<void *>(runcom->plle), static_cast<void *>(runcom->main), ZVK_NAME_ARGS(name));
     if (pcb->lle)
-        ZVK_TRACE("_zvkPgmInit: subsequent usage PCB %p  PLLE %p\n", static_cast<void *>(pcb), static_cast<void *>(runcom->plle));
+        ZVK_TRACE("_zvkPgmInit: subsequent usage PCB %p  PLLE %p\n", static_cast<void *>(pcb),
+                  static_cast<void *>(runcom->plle));
     else
         registerProgram(pcb);
     enter(pcb);
@@ -190,10 +197,10 @@ void *_zvkGetJmpBuffer(void)
     if (!runcom) return nullptr;
     ZvkTracedName name(runcom->main);
     if (runcom->main)
-        ZVK_TRACE("_zvkGetJmpBuffer: returning jmp_buf (%p) for current run unit (%*.*s) %p\n", static_cast<void *>(runcom->jmp),
-                  ZVK_NAME_ARGS(name), static_cast<void *>(runcom));
+        ZVK_TRACE("_zvkGetJmpBuffer: returning jmp_buf (%p) for current run unit (%*.*s) %p\n",
+                  static_cast<void *>(runcom->jmp), ZVK_NAME_ARGS(name), static_cast<void *>(runcom));
     else
-        ZVK_TRACE("_zvkGetJmpBuffer: returning jmp_buf (%p) for current run unit wrapper stub %p\n", static_cast<void *>(runcom->jmp),
-                  static_cast<void *>(runcom));
+        ZVK_TRACE("_zvkGetJmpBuffer: returning jmp_buf (%p) for current run unit wrapper stub %p\n",
+                  static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
     return runcom->jmp;
 }

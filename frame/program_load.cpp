@@ -1,4 +1,5 @@
-// Loading a program by its name: COBPATH, the system's search rules, the entry symbol, and making room when memory runs out.
+// Loading a program by its name: COBPATH, the system's search rules, the entry symbol, and making
+// room when memory runs out.
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +19,8 @@ enum LoadResult { kLoaded = 0, kBroken = 1, kNoMemory = 3, kNoEntry = 5, kNotFou
 constexpr size_t kPathSize = 1024;
 constexpr char kContainerSuffix[] = ".tqxcob"; // programs prepared for a transaction monitor
 
-// COBPATH as terminated strings, ended by an empty one: so an empty part of the variable ends the search there.
+// COBPATH as terminated strings, ended by an empty one: so an empty part of the variable ends the
+// search there.
 const char *searchDirectories()
 {
     if (_zvkProccom->cobpath) return _zvkProccom->cobpath;
@@ -35,7 +37,8 @@ const char *searchDirectories()
     return parsed;
 }
 
-// Unloads the least recently used program of the process-wide table. True if that made room worth another try.
+// Unloads the least recently used program of the process-wide table. True if that made room worth
+// another try.
 bool evict()
 {
     HashTable *table = _zvkProccom->plle;
@@ -49,7 +52,8 @@ bool evict()
     return wasLoaded || !_zvkProccom->runcom;
 }
 
-// dlopen, with another try after each eviction. While a run unit is active there is one eviction only, or the same entry would be found again.
+// dlopen, with another try after each eviction. While a run unit is active there is one eviction
+// only, or the same entry would be found again.
 void *open(const char *path)
 {
     for (;;) {
@@ -71,7 +75,8 @@ int openFailure(const char *path)
     return error == ENOMEM ? kNoMemory : kNotFound;
 }
 
-// The first "%s%c%s<suffix>" over the directories that may be read and executed; false if there is none.
+// The first "%s%c%s<suffix>" over the directories that may be read and executed; false if there is
+// none.
 bool findIn(const char *directory, const char *name, const char *suffix, char *path)
 {
     int length = snprintf(path, kPathSize, "%s%c%s%s", directory, '/', name, suffix);

@@ -33,9 +33,11 @@ ZvkRoutine resolve(const char *name, uint32_t length, const PCB *caller, int *ca
     HashState state{};
     bool locked = false;
     *cause = kNoAddress;
-    if (HashEntry *found = zvkFindProgram(name, length, &state, &locked, caller, "CALL")) return zvkProgramOf(found)->entry;
+    if (HashEntry *found = zvkFindProgram(name, length, &state, &locked, caller, "CALL"))
+        return zvkProgramOf(found)->entry;
 
-    // programMutex stays held over the load, so that two threads that call one program load it once.
+    // programMutex stays held over the load, so that two threads that call one program load it
+    // once.
     LLE lle{};
     lle.name = name;
     lle.nameLength = length;
@@ -56,7 +58,8 @@ ZvkRoutine resolve(const char *name, uint32_t length, const PCB *caller, int *ca
 void reportFailure(char *name, size_t nameSize, int cause)
 {
     if (cause == kNoAddress) {
-        // All bits of the control word are set here, which among others is string mode: the text goes into a buffer and nothing is shown.
+        // All bits of the control word are set here, which among others is string mode: the text
+        // goes into a buffer and nothing is shown.
         zvkWriteMsg(96, ~uint32_t{0}, name, nameSize, name, name, 0);
         return;
     }

@@ -12,9 +12,10 @@ namespace {
 void printProgram(uint64_t, const HashEntry *entry)
 {
     const LLE *lle = zvkProgramOf(entry);
-    fprintf(stderr, "\tName: %.*s\n\tLLE:  %p load %p entry %p pcb %p ipcb %p flags 0x%x%s\n", static_cast<int>(entry->keyLength),
-            static_cast<const char *>(entry->key), static_cast<const void *>(lle), lle->load, reinterpret_cast<void *>(lle->entry),
-            static_cast<const void *>(lle->pcb), static_cast<const void *>(lle->ipcb), lle->flags, entry->parent ? " (cached)" : "");
+    fprintf(stderr, "\tName: %.*s\n\tLLE:  %p load %p entry %p pcb %p ipcb %p flags 0x%x%s\n",
+            static_cast<int>(entry->keyLength), static_cast<const char *>(entry->key), static_cast<const void *>(lle),
+            lle->load, reinterpret_cast<void *>(lle->entry), static_cast<const void *>(lle->pcb),
+            static_cast<const void *>(lle->ipcb), lle->flags, entry->parent ? " (cached)" : "");
 }
 
 // All run units, active ones and free ones, look through to the process-wide table from now on.
@@ -60,7 +61,8 @@ bool zvkLockPrograms()
 
 void zvkUnlockPrograms() { zvkUnlock(&programMutex); }
 
-HashEntry *zvkFindProgram(const char *name, uint32_t length, HashState *state, bool *lockHeld, const PCB *caller, const char *verb)
+HashEntry *zvkFindProgram(const char *name, uint32_t length, HashState *state, bool *lockHeld, const PCB *caller,
+                          const char *verb)
 {
     Runcom *runcom = zvkCurrentRuncom();
     *lockHeld = false;
@@ -80,8 +82,8 @@ HashEntry *zvkAddProgram(const LLE *lle, HashState *state, ZvkAddProgram where)
 {
     Runcom *runcom = zvkCurrentRuncom();
     if (!runcom || !runcom->plle) return nullptr;
-    HashEntry *entry = HashTable_Insert(runcom->plle, state, lle->name, lle->nameLength, lle, sizeof *lle, where == ZVK_ADD_DUPLICATE,
-                                        where == ZVK_ADD_PROCESS);
+    HashEntry *entry = HashTable_Insert(runcom->plle, state, lle->name, lle->nameLength, lle, sizeof *lle,
+                                        where == ZVK_ADD_DUPLICATE, where == ZVK_ADD_PROCESS);
     if (!entry) return nullptr;
     // The caller's copy of the name may go; the entry's stays as long as the LLE.
     HashEntry *owner = entry->parent ? entry->parent : entry;

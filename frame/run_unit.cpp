@@ -1,7 +1,8 @@
 // Start of a run unit.
 //
-// A run-unit record is taken from the free list, where the constructor puts a first one and each ended run unit puts its own, or made anew when
-// run units are nested. A host may have stored its routines in the free record already; they are kept only where a host started the runtime.
+// A run-unit record is taken from the free list, where the constructor puts a first one and each
+// ended run unit puts its own, or made anew when run units are nested. A host may have stored its
+// routines in the free record already; they are kept only where a host started the runtime.
 #include "frame/run_unit.h"
 
 #include <cstring>
@@ -21,7 +22,8 @@ Runcom *takeFreeRecord()
     Runcom *record = _zvkProccom->freeru;
     _zvkProccom->freeru = record->link;
     record->id = _zvkProccom->runUnitCount++;
-    // The second run unit of a process shows that it will see more of them: from now on programs stay loaded.
+    // The second run unit of a process shows that it will see more of them: from now on programs
+    // stay loaded.
     if (record->id == 2 && _zvkProccom->cache >= 2 && !_zvkProccom->runcom) zvkStartProgramCache();
     if (!startedByHost()) {
         memset(&record->jmp, 0, sizeof record->jmp);
@@ -72,9 +74,10 @@ void RunUnitInit(PCB *pcb)
     record->parent = prior;
     _zvkProccom->flags &= static_cast<uint8_t>(~(ZVK_ABORT_IN_PROGRESS | ZVK_SIGNAL_IN_PROGRESS));
     _zvkProccom->runcom = record;
-    ZVK_TRACE("RunUnitInit: PID %d Proccom @%p Runcom @%p  PLLE @%p  id=%d  sig=%d  pcb=@%p  main=@%p txmn=%d\n", _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(record), static_cast<void *>(record->plle), record->id,
-              record->flags & ZVK_RUNCOM_SIG, static_cast<void *>(pcb), static_cast<void *>(record->main), _zvkProccom->txmn);
+    ZVK_TRACE("RunUnitInit: PID %d Proccom @%p Runcom @%p  PLLE @%p  id=%d  sig=%d  pcb=@%p  main=@%p txmn=%d\n",
+              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(record),
+              static_cast<void *>(record->plle), record->id, record->flags & ZVK_RUNCOM_SIG, static_cast<void *>(pcb),
+              static_cast<void *>(record->main), _zvkProccom->txmn);
     if (record->id == 0) return; // the constructor's spare record is no run unit yet
 
     trapSignals(record);

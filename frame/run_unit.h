@@ -13,8 +13,9 @@ inline Runcom *zvkCurrentOrFreeRuncom()
     return _zvkProccom->runcom ? _zvkProccom->runcom : _zvkProccom->freeru;
 }
 
-// The run unit that terminations act on. A record that has just been put on the free list and is still being finished counts before
-// the current one, because a second attempt to end it must find its `ru_term`.
+// The run unit that terminations act on. A record that has just been put on the free list and is
+// still being finished counts before the current one, because a second attempt to end it must find
+// its `ru_term`.
 inline Runcom *zvkActingRuncom()
 {
     if (!_zvkProccom) return nullptr;
@@ -26,8 +27,9 @@ inline Runcom *zvkActingRuncom()
 // The library's constructor and what it leaves behind (library_load.cpp).
 void zvk_init();
 
-// Starts the runtime: environment, options, floating-point traps, program cache. Null: on behalf of a host ("preinit").
-// A non-null marker that is no program (kHostMarker) starts it as for a program.
+// Starts the runtime: environment, options, floating-point traps, program cache. Null: on behalf of
+// a host ("preinit"). A non-null marker that is no program (kHostMarker) starts it as for a
+// program.
 void InitCobolRte(PCB *pcb);
 
 // Starts a run unit: takes or makes a Runcom and makes it current. `pcb` is for the trace only.
@@ -41,7 +43,8 @@ inline PCB *const kWrapperStub = reinterpret_cast<PCB *>(~uintptr_t{0});
 
 inline bool zvkHasProgram(const PCB *main) { return main && main != kWrapperStub; }
 
-// Takes back one entry of a program from its own count and the run unit's, neither below 0. The caller holds enterMutex.
+// Takes back one entry of a program from its own count and the run unit's, neither below 0. The
+// caller holds enterMutex.
 inline void zvkCountExit(int32_t *entries, Runcom *runcom)
 {
     if (*entries > 0) --*entries;

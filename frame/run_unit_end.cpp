@@ -1,7 +1,9 @@
-// The end of a run unit: programs reset, files closed, programs unloaded, streams flushed, storage freed, the record back on the free list.
+// The end of a run unit: programs reset, files closed, programs unloaded, streams flushed, storage
+// freed, the record back on the free list.
 //
-// `ru_term` is set for as long as this lasts and keeps every other attempt from starting over. The record lives on in the free list, because the
-// jump to the main program's epilogue still goes through its buffer.
+// `ru_term` is set for as long as this lasts and keeps every other attempt from starting over. The
+// record lives on in the free list, because the jump to the main program's epilogue still goes
+// through its buffer.
 #include "frame/run_unit_end.h"
 
 #include <cstdlib>
@@ -21,7 +23,8 @@ namespace {
 
 bool hasProgram(const LLE *lle) { return lle && lle->pcb && lle->pcb->ipcb; }
 
-// A program and its nested ones: counts and marks first, then files, since closing one may run code that looks at the marks.
+// A program and its nested ones: counts and marks first, then files, since closing one may run code
+// that looks at the marks.
 template <class Reset>
 void forEachElement(IPCB *ipcb, Reset reset)
 {
@@ -64,7 +67,8 @@ void resetPrograms(HashTable *programs)
     }
 }
 
-// What this run unit loaded for itself is closed; what the process keeps loaded stays. The load flag goes with it, bit 4 survives.
+// What this run unit loaded for itself is closed; what the process keeps loaded stays. The load
+// flag goes with it, bit 4 survives.
 void unloadPrograms(HashTable *programs)
 {
     for (HashEntry *entry = HashTable_Next(programs, nullptr); entry; entry = HashTable_Next(programs, entry)) {
@@ -154,16 +158,19 @@ void RunUnitTerm(uint32_t reason, uint32_t status)
     if (!_zvkProccom) return;
     Runcom *runcom = zvkActingRuncom();
     if (!runcom) return;
-    ZVK_TRACE("RunUnitTerm: PID %d Proccom @%p Runcom @%p  PLLE @%p  reason=%d  signal=%u  abort=%u  stop=@%p  abrt=@%p  jmp=@%p  txmn=%d  "
+    ZVK_TRACE("RunUnitTerm: PID %d Proccom @%p Runcom @%p  PLLE @%p  reason=%d  signal=%u  abort=%u  stop=@%p  "
+              "abrt=@%p  jmp=@%p  txmn=%d  "
               "ru_term %d\n",
-              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), static_cast<void *>(runcom->plle), reason,
-              (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) != 0, (_zvkProccom->flags & ZVK_ABORT_IN_PROGRESS) != 0,
-              reinterpret_cast<void *>(runcom->stop), reinterpret_cast<void *>(runcom->abrt), static_cast<void *>(runcom->jmp),
-              _zvkProccom->txmn, (runcom->flags & ZVK_RUNCOM_RU_TERM) != 0);
+              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(runcom),
+              static_cast<void *>(runcom->plle), reason, (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) != 0,
+              (_zvkProccom->flags & ZVK_ABORT_IN_PROGRESS) != 0, reinterpret_cast<void *>(runcom->stop),
+              reinterpret_cast<void *>(runcom->abrt), static_cast<void *>(runcom->jmp), _zvkProccom->txmn,
+              (runcom->flags & ZVK_RUNCOM_RU_TERM) != 0);
     runcom->flags |= ZVK_RUNCOM_RU_TERM;
     bool locked = !zvkSingleThreaded();
     if (locked) zvkEnterRunUnitMutex();
-    // With no current run unit the mutex stays held and ru_term set, on purpose: the process is beyond its last run unit.
+    // With no current run unit the mutex stays held and ru_term set, on purpose: the process is
+    // beyond its last run unit.
     if (!_zvkProccom->runcom) return;
 
     releaseEverything(runcom);
@@ -184,8 +191,8 @@ void RunUnitTerm(uint32_t reason, uint32_t status)
         runcom->parent = nullptr;
         ZvkTracedName name(parent->main);
         ZVK_TRACE("RunUnitTerm: %p Resuming prior Run Unit... PID %d Proccom @%p Runcom @@%p txmn %d  Name: %*.*s\n",
-                  static_cast<void *>(runcom), _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(parent),
-                  _zvkProccom->txmn, ZVK_NAME_ARGS(name));
+                  static_cast<void *>(runcom), _zvkProccom->pid, static_cast<void *>(_zvkProccom),
+                  static_cast<void *>(parent), _zvkProccom->txmn, ZVK_NAME_ARGS(name));
     } else if (reason == kEndUnload) {
         restoreSignals(runcom); // no handler may outlive its code
         clearTerm(runcom);

@@ -1,4 +1,5 @@
-// The end of run units and of the runtime, for the entries in termination.cpp, the signal routine and the library's destructor.
+// The end of run units and of the runtime, for the entries in termination.cpp, the signal routine
+// and the library's destructor.
 #pragma once
 
 #include <cstdint>
@@ -17,13 +18,15 @@ enum ZvkEndReason : uint32_t {
     kTraceTaskCancel = 1002
 };
 
-// Ends the acting run unit. `status` is the process's exit status after a host's stop or abort routine.
+// Ends the acting run unit. `status` is the process's exit status after a host's stop or abort
+// routine.
 void RunUnitTerm(uint32_t reason, uint32_t status);
 
 // Ends all run units and the runtime, and frees Proccom.
 void TermCobolRte(uint32_t reason);
 
-// Resets one program. At CANCEL it is also forgotten by the run unit, so that its next CALL registers it anew.
+// Resets one program. At CANCEL it is also forgotten by the run unit, so that its next CALL
+// registers it anew.
 void zvkResetProgram(IPCB *ipcb, bool cancelled);
 
 // Makes a core file: 1 made, 0 not.

@@ -32,8 +32,9 @@ bool programGoesOn(int signal)
     return signal == SIGCONT || signal == SIGUSR1 || signal == SIGUSR2 || signal == SIGXCPU || signal == SIGXFSZ;
 }
 
-// Reports a fatal signal; returns whether a core file was made. Entered with stderr locked, left without: the writer of message 995 gives up the
-// message stream's lock once more than it takes it, and that is this lock where messages go to stderr. Otherwise the stream gets one for it.
+// Reports a fatal signal; returns whether a core file was made. Entered with stderr locked, left
+// without: the writer of message 995 gives up the message stream's lock once more than it takes it,
+// and that is this lock where messages go to stderr. Otherwise the stream gets one for it.
 int32_t reportFatal(const char *name, void *location)
 {
     int32_t cored = 0;
@@ -64,9 +65,10 @@ void _zvkSignal(int signal, void *, void *context)
         _zvkProccom->flags &= static_cast<uint8_t>(~ZVK_ABORT_IN_PROGRESS);
         return;
     }
-    ZVK_TRACE("_zvkSignal: PID %d Proccom @%p Runcom @@%p signal=%u (%s) abort=%u  stop=@%p  abrt=@%p  jmp=@%p\n", _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), static_cast<unsigned>(signal), strsignal(signal), 0u,
-              reinterpret_cast<void *>(runcom->stop), reinterpret_cast<void *>(runcom->abrt), static_cast<void *>(runcom->jmp));
+    ZVK_TRACE("_zvkSignal: PID %d Proccom @%p Runcom @@%p signal=%u (%s) abort=%u  stop=@%p  abrt=@%p  jmp=@%p\n",
+              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(runcom),
+              static_cast<unsigned>(signal), strsignal(signal), 0u, reinterpret_cast<void *>(runcom->stop),
+              reinterpret_cast<void *>(runcom->abrt), static_cast<void *>(runcom->jmp));
     if (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) return;
 
     const ZvkSignalRow *row = zvkSignalRow(runcom->signals, signal);
@@ -90,8 +92,8 @@ void _zvkSignal(int signal, void *, void *context)
     int32_t cored = reportFatal(row->name, location);
     if (_zvkProccom->txmn) {
         ZvkTracedName name(runcom->main);
-        ZVK_TRACE("_zvkSignal: TXMN - siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit @%p\n", ZVK_NAME_ARGS(name),
-                  static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
+        ZVK_TRACE("_zvkSignal: TXMN - siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit @%p\n",
+                  ZVK_NAME_ARGS(name), static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
         siglongjmp(runcom->jmp, signal + 128);
     }
     if (!(_zvkProccom->runtimeOptions & ZVK_OPTION_TRAP_DUMP)) {

@@ -1,4 +1,5 @@
-// The end of the runtime: all run units, the catalog, all records. The process can start it again afterwards.
+// The end of the runtime: all run units, the catalog, all records. The process can start it again
+// afterwards.
 #include <cstdio>
 #include <cstdlib>
 
@@ -19,10 +20,11 @@ namespace {
 void traceTerm(const char *who, uint32_t reason)
 {
     Runcom *runcom = zvkActingRuncom();
-    ZVK_TRACE("%s: PID %d Proccom @%p  Runcom @%p  reason=%d  signal=%u  abort=%u  stop=@%p  abrt=@%p  jmp=@%p\n", who, _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), reason, (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) != 0,
-              (_zvkProccom->flags & ZVK_ABORT_IN_PROGRESS) != 0, reinterpret_cast<void *>(runcom->stop),
-              reinterpret_cast<void *>(runcom->abrt), static_cast<void *>(runcom->jmp));
+    ZVK_TRACE("%s: PID %d Proccom @%p  Runcom @%p  reason=%d  signal=%u  abort=%u  stop=@%p  abrt=@%p  jmp=@%p\n", who,
+              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), reason,
+              (_zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS) != 0, (_zvkProccom->flags & ZVK_ABORT_IN_PROGRESS) != 0,
+              reinterpret_cast<void *>(runcom->stop), reinterpret_cast<void *>(runcom->abrt),
+              static_cast<void *>(runcom->jmp));
 }
 
 void endThisThread()

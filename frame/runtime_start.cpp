@@ -1,4 +1,5 @@
-// Start of the runtime: once per process, or again after its end, at the first program's entry or at a host's wish.
+// Start of the runtime: once per process, or again after its end, at the first program's entry or
+// at a host's wish.
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -22,7 +23,8 @@ void loadLibgcc()
     if (!libgcc) fputs("Cannot load libgcc_s.so\n", stderr);
 }
 
-// The number in an environment variable, 1 for anything that reads as 0, and 0 for a variable that is unset or empty.
+// The number in an environment variable, 1 for anything that reads as 0, and 0 for a variable that
+// is unset or empty.
 uint32_t levelFromEnvironment(const char *variable)
 {
     const char *value = getenv(variable);
@@ -67,8 +69,8 @@ void InitCobolRte(PCB *pcb)
     readContainers();
     decideCaching(pcb);
     ZVK_TRACE("InitCobolRte: PID %d Proccom @%p Runcom @%p jvc=%d  txmn=%d  preinit=%d  cache=%d\n", _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(_zvkProccom->runcom), _zvkProccom->jvc, _zvkProccom->txmn,
-              (_zvkProccom->flags & ZVK_PREINIT) != 0, _zvkProccom->cache);
+              static_cast<void *>(_zvkProccom), static_cast<void *>(_zvkProccom->runcom), _zvkProccom->jvc,
+              _zvkProccom->txmn, (_zvkProccom->flags & ZVK_PREINIT) != 0, _zvkProccom->cache);
     const char *options = getenv("COBRTOPT");
     ZVK_TRACE("COBRTOPT=%s\n", options ? options : "");
     zvkParseOptions();

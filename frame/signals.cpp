@@ -1,8 +1,10 @@
-// Trapping signals: the table, its installation, and the handler that explains a fault before anything else happens.
+// Trapping signals: the table, its installation, and the handler that explains a fault before
+// anything else happens.
 //
-// Each run unit that traps signals installs a table of its own and pushes it on a stack; its end pops it and puts back what it found. The handler
-// works with the table on top. It is not async-signal-safe in the strict sense, since it uses stdio: a program that fails gets the best report
-// that can be had.
+// Each run unit that traps signals installs a table of its own and pushes it on a stack; its end
+// pops it and puts back what it found. The handler works with the table on top. It is not
+// async-signal-safe in the strict sense, since it uses stdio: a program that fails gets the best
+// report that can be had.
 #include "frame/signals.h"
 
 #include <cerrno>
@@ -59,7 +61,8 @@ static_assert(kRows * sizeof(ZvkSignalRow) == 8736);
 
 ZvkSignalRow defaultTable[kRows];
 
-// Tables now installed. More nested run units than this run with the handlers of the ones around them.
+// Tables now installed. More nested run units than this run with the handlers of the ones around
+// them.
 constexpr int kMaxTables = 64;
 ZvkSignalRow *installed[kMaxTables];
 int installedCount;
@@ -184,8 +187,9 @@ void report(const ZvkSignalRow &row, int signal, const siginfo_t *info, void *lo
     fflush(stdout);
     fflush(stderr);
     int code = info ? info->si_code : 0;
-    fprintf(stderr, "\n PID %u PPID %u  Signal received: %d(%d) - %s (%s) at location %p\n", static_cast<unsigned>(getpid()),
-            static_cast<unsigned>(getppid()), signal, code, row.name, strsignal(signal), location);
+    fprintf(stderr, "\n PID %u PPID %u  Signal received: %d(%d) - %s (%s) at location %p\n",
+            static_cast<unsigned>(getpid()), static_cast<unsigned>(getppid()), signal, code, row.name,
+            strsignal(signal), location);
     void *frames[100];
     int count = backtrace(frames, 100);
     fputs("  Traceback:\n", stderr);
@@ -204,7 +208,8 @@ void setDefault(int signal)
 
 ZvkSignalRoutine ourHandler() { return reinterpret_cast<ZvkSignalRoutine>(default_sigrtn); }
 
-// The action of before all installed tables: tables under this one found our own handler, which must not be passed on to.
+// The action of before all installed tables: tables under this one found our own handler, which
+// must not be passed on to.
 struct sigaction outerAction(int signal, const ZvkSignalRow &row)
 {
     struct sigaction action = row.previous;
@@ -246,7 +251,8 @@ void zvkFillSignalTable(ZvkSignalRow *table)
         table[i].signal = kTemplate[i].signal;
         table[i].extraFlags = kTemplate[i].extraFlags;
         table[i].signalClass = kTemplate[i].signalClass;
-        if (kTemplate[i].ignored) table[i].routine = reinterpret_cast<ZvkSignalRoutine>(reinterpret_cast<void *>(SIG_IGN));
+        if (kTemplate[i].ignored)
+            table[i].routine = reinterpret_cast<ZvkSignalRoutine>(reinterpret_cast<void *>(SIG_IGN));
     }
 }
 
@@ -295,7 +301,8 @@ void zvkSignalRestore()
     }
     if (!installedCount) return;
     ZvkSignalRow *table = installed[--installedCount];
-    // From the last row to the first: a signal that stands in two rows gets back what the first of them found.
+    // From the last row to the first: a signal that stands in two rows gets back what the first of
+    // them found.
     size_t rows = 0;
     while (table[rows].signal) rows++;
     while (rows-- > 0) sigaction(table[rows].signal, &table[rows].previous, nullptr);
@@ -305,7 +312,8 @@ void zvkSignalStackRelease()
 {
     if (stackState != AlternateStack::Ours) return;
     stack_t inForce{};
-    if (sigaltstack(nullptr, &inForce) != 0 || inForce.ss_sp != ourStack.ss_sp || (inForce.ss_flags & SS_ONSTACK)) return;
+    if (sigaltstack(nullptr, &inForce) != 0 || inForce.ss_sp != ourStack.ss_sp || (inForce.ss_flags & SS_ONSTACK))
+        return;
     stack_t none{};
     none.ss_flags = SS_DISABLE;
     if (sigaltstack(&none, nullptr) != 0) {

@@ -1,4 +1,5 @@
-// The signals that a run unit traps, and how each is treated. The entry for handlers stands in kvr2/signals.h.
+// The signals that a run unit traps, and how each is treated. The entry for handlers stands in
+// kvr2/signals.h.
 #pragma once
 
 #include <csignal>
@@ -33,7 +34,8 @@ static_assert(sizeof(struct sigaction) == 152 && sizeof(ZvkSignalRow) == 336 && 
 ZvkSignalRow *zvkNewSignalTable();
 void zvkFillSignalTable(ZvkSignalRow *table);
 
-// Installs handlers for all rows of a table and pushes it. Null table: the default one; null handler: default_sigrtn.
+// Installs handlers for all rows of a table and pushes it. Null table: the default one; null
+// handler: default_sigrtn.
 void zvkSignalInstall(ZvkSignalRow *table, ZvkSignalRoutine handler, ZvkSignalRoutine routine);
 
 // Pops the table on top and reinstates what each of its rows found.

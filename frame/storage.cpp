@@ -43,9 +43,9 @@ void _Dmr_mem_free(void *block) { free(block); }
 
 // ---- tracked
 //
-// Every block has the header, tracked or not: it can be freed after tracking was turned on or off in between. A block knows the place
-// that points to it and not the block before, so that leaving the list takes no run unit to look at: a nested run unit may free what its
-// parent allocated.
+// Every block has the header, tracked or not: it can be freed after tracking was turned on or off
+// in between. A block knows the place that points to it and not the block before, so that leaving
+// the list takes no run unit to look at: a nested run unit may free what its parent allocated.
 
 static TrackedBlock **trackedList()
 {
@@ -76,7 +76,8 @@ void *zvkTrackedAlloc(uint64_t size)
 void *zvkTrackedCalloc(uint64_t count, uint64_t size)
 {
     uint64_t whole;
-    if (__builtin_mul_overflow(count, size, &whole) || __builtin_add_overflow(whole, sizeof(TrackedBlock), &whole)) return nullptr;
+    if (__builtin_mul_overflow(count, size, &whole) || __builtin_add_overflow(whole, sizeof(TrackedBlock), &whole))
+        return nullptr;
     return track(static_cast<TrackedBlock *>(zvkCalloc(1, whole)));
 }
 
@@ -84,7 +85,8 @@ void zvkTrackedFree(void *data)
 {
     if (!data) return;
     TrackedBlock *block = static_cast<TrackedBlock *>(data) - 1;
-    // A run unit that starts forgets the list of its record's last use; such a block's place then points elsewhere.
+    // A run unit that starts forgets the list of its record's last use; such a block's place then
+    // points elsewhere.
     if (block->link && *block->link == block) {
         *block->link = block->next;
         if (block->next) block->next->link = block->link;
@@ -135,7 +137,8 @@ void *zvkSizedAlloc(uint64_t size)
 void *zvkSizedCalloc(uint64_t count, uint64_t size)
 {
     uint64_t bytes, whole;
-    if (__builtin_mul_overflow(count, size, &bytes) || __builtin_add_overflow(bytes, sizeof(SizedBlock), &whole)) return nullptr;
+    if (__builtin_mul_overflow(count, size, &bytes) || __builtin_add_overflow(bytes, sizeof(SizedBlock), &whole))
+        return nullptr;
     return giveOut(zvkCalloc(1, whole), bytes);
 }
 

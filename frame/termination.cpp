@@ -1,4 +1,5 @@
-// The entries that end a program or a run unit in an orderly way: return of the main program, STOP RUN, a host's and a monitor's calls, CANCEL.
+// The entries that end a program or a run unit in an orderly way: return of the main program, STOP
+// RUN, a host's and a monitor's calls, CANCEL.
 #include "kvr2/termination.h"
 
 #include <csetjmp>
@@ -39,9 +40,9 @@ void _zvkPgmTerm(PCB *pcb)
     ZvkTracedName name(pcb);
     int ruTerm = ending(runcom);
     void *jmp = runcom ? static_cast<void *>(runcom->jmp) : nullptr;
-    ZVK_TRACE("_zvkPgmTerm: PID %d Proccom @%p Runcom @@%p  main=%d  name=%*.*s jmp=@%p txmn=%d ru_term %u\n", _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), isMain, ZVK_NAME_ARGS(name), jmp, _zvkProccom->txmn,
-              static_cast<unsigned>(ruTerm));
+    ZVK_TRACE("_zvkPgmTerm: PID %d Proccom @%p Runcom @@%p  main=%d  name=%*.*s jmp=@%p txmn=%d ru_term %u\n",
+              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), isMain,
+              ZVK_NAME_ARGS(name), jmp, _zvkProccom->txmn, static_cast<unsigned>(ruTerm));
     if (ruTerm) {
         ZVK_TRACE("_zvkPgmTerm: no-op, return to COBOL epilogue of %*.*s ru_term %d\n", ZVK_NAME_ARGS(name), ruTerm);
         return;
@@ -52,8 +53,8 @@ void _zvkPgmTerm(PCB *pcb)
         return;
     }
     RunUnitTerm(kEndMainReturned, 255);
-    ZVK_TRACE("_zvkPgmTerm: %p return to COBOL epilogue of %*.*s ru_term %d\n", static_cast<void *>(runcom), ZVK_NAME_ARGS(name),
-              ending(runcom));
+    ZVK_TRACE("_zvkPgmTerm: %p return to COBOL epilogue of %*.*s ru_term %d\n", static_cast<void *>(runcom),
+              ZVK_NAME_ARGS(name), ending(runcom));
 }
 
 void _zvkRunUnitTerm(int32_t status)
@@ -63,22 +64,22 @@ void _zvkRunUnitTerm(int32_t status)
     const PCB *main = runcom->main;
     ZvkTracedName name(main);
     int ruTerm = ending(runcom);
-    ZVK_TRACE("_zvkRunUnitTerm: PID %d Proccom @%p  Runcom @%p  reason=%d  stop=0%p jmp=@%p txmn %d ru_term %d\n", _zvkProccom->pid,
-              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), kEndStopRun, reinterpret_cast<void *>(runcom->stop),
-              static_cast<void *>(runcom->jmp), _zvkProccom->txmn, ruTerm);
+    ZVK_TRACE("_zvkRunUnitTerm: PID %d Proccom @%p  Runcom @%p  reason=%d  stop=0%p jmp=@%p txmn %d ru_term %d\n",
+              _zvkProccom->pid, static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), kEndStopRun,
+              reinterpret_cast<void *>(runcom->stop), static_cast<void *>(runcom->jmp), _zvkProccom->txmn, ruTerm);
     if (ruTerm) {
-        ZVK_TRACE("_zvkRunUnitTerm: no-op, siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit @%p\n", ZVK_NAME_ARGS(name),
-                  static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
+        ZVK_TRACE("_zvkRunUnitTerm: no-op, siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit @%p\n",
+                  ZVK_NAME_ARGS(name), static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
         siglongjmp(runcom->jmp, status);
     }
     RunUnitTerm(kEndStopRun, static_cast<uint32_t>(status));
     // The record is on the free list now, and its buffer still good.
     if (main)
-        ZVK_TRACE("_zvkRunUnitTerm: siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit @%p\n", ZVK_NAME_ARGS(name),
-                  static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
+        ZVK_TRACE("_zvkRunUnitTerm: siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit @%p\n",
+                  ZVK_NAME_ARGS(name), static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
     else
-        ZVK_TRACE("_zvkRunUnitTerm: siglongjmp() to current wrapper stub via %p  run unit @%p\n", static_cast<void *>(runcom->jmp),
-                  static_cast<void *>(runcom));
+        ZVK_TRACE("_zvkRunUnitTerm: siglongjmp() to current wrapper stub via %p  run unit @%p\n",
+                  static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
     siglongjmp(runcom->jmp, status ? status : 255);
 }
 
@@ -86,8 +87,8 @@ void _zvkCleanUp(void)
 {
     Runcom *runcom = zvkActingRuncom();
     if (!runcom) return;
-    ZVK_TRACE("_zvkCleanUp: PID %d Proccom @%p  Runcom @%p  signal=%u  abort=%u\n", _zvkProccom->pid, static_cast<void *>(_zvkProccom),
-              static_cast<void *>(runcom), signalFlag(), abortFlag());
+    ZVK_TRACE("_zvkCleanUp: PID %d Proccom @%p  Runcom @%p  signal=%u  abort=%u\n", _zvkProccom->pid,
+              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), signalFlag(), abortFlag());
     if (ending(runcom)) {
         ZVK_TRACE("_zvkCleanup: no-op, return to caller,  run unit @%p\n", static_cast<void *>(runcom));
         return;
@@ -106,8 +107,8 @@ void _zvkCOBOLTerm(uint32_t function, uint32_t *rc)
         return;
     }
     Runcom *runcom = zvkActingRuncom();
-    ZVK_TRACE("_zvkCOBOLTerm: PID %d Proccom @%p  Runcom @%p  signal=%u  abort=%u\n", _zvkProccom->pid, static_cast<void *>(_zvkProccom),
-              static_cast<void *>(runcom), signalFlag(), abortFlag());
+    ZVK_TRACE("_zvkCOBOLTerm: PID %d Proccom @%p  Runcom @%p  signal=%u  abort=%u\n", _zvkProccom->pid,
+              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), signalFlag(), abortFlag());
     if (runcom && !ending(runcom)) {
         runcom->stop = nullptr; // so that control comes back here, to the host
         runcom->token = 0;
@@ -122,13 +123,15 @@ extern "C" void ZVKCOBOLTERM(uint32_t, uint32_t *) __attribute__((alias("_zvkCOB
 static void endTask(const char *who, uint32_t traceReason, void (*end)())
 {
     if (!_zvkProccom) {
-        // There is no trace switch without a Proccom, so this line shows under the environment variable alone.
-        if (getenv("__ZVKDEBUG")) fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p txmn %d\n", who, getpid(), nullptr, nullptr, 0);
+        // There is no trace switch without a Proccom, so this line shows under the environment
+        // variable alone.
+        if (getenv("__ZVKDEBUG"))
+            fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p txmn %d\n", who, getpid(), nullptr, nullptr, 0);
         return;
     }
     Runcom *runcom = zvkActingRuncom();
-    ZVK_TRACE("%s: PID %d Proccom @%p Runcom @%p txmn %d reason=%d\n", who, _zvkProccom->pid, static_cast<void *>(_zvkProccom),
-              static_cast<void *>(runcom), _zvkProccom->txmn, traceReason);
+    ZVK_TRACE("%s: PID %d Proccom @%p Runcom @%p txmn %d reason=%d\n", who, _zvkProccom->pid,
+              static_cast<void *>(_zvkProccom), static_cast<void *>(runcom), _zvkProccom->txmn, traceReason);
     bool tracing = zvkTracing();
     if (!ending(runcom)) end();
     if (tracing) fprintf(stderr, "%s: return to TXMN\n", who);

@@ -17,8 +17,8 @@ pthread_key_t key;
 bool haveKey;
 pthread_once_t keyOnce = PTHREAD_ONCE_INIT;
 
-// This thread's record as it was found last, good until any record is released at the runtime's end. The way through the key costs as much as the rest of a
-// dynamic CALL.
+// This thread's record as it was found last, good until any record is released at the runtime's
+// end. The way through the key costs as much as the rest of a dynamic CALL.
 std::atomic<uint64_t> generation{1};
 struct LastRecord {
     uint64_t generation; // 0: none
@@ -49,7 +49,8 @@ uint32_t presentKey() { return __atomic_load_n(&_zvkProccom->threadKey, __ATOMIC
 ZvkThreadRecord *currentRecord()
 {
     uint32_t present = presentKey();
-    return static_cast<ZvkThreadRecord *>(present == kNoKey ? _zvkProccom->threadFallback : pthread_getspecific(present));
+    return static_cast<ZvkThreadRecord *>(present == kNoKey ? _zvkProccom->threadFallback
+                                                            : pthread_getspecific(present));
 }
 
 void setRecord(ZvkThreadRecord *record)

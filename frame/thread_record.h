@@ -1,4 +1,5 @@
-// The per-thread record: scratch storage for results of unknown length, and what SORT keeps between its verbs.
+// The per-thread record: scratch storage for results of unknown length, and what SORT keeps between
+// its verbs.
 #pragma once
 
 #include <cstddef>
@@ -28,10 +29,12 @@ struct ZvkThreadRecord {
 };
 static_assert(sizeof(ZvkThreadRecord) == 144 && offsetof(ZvkThreadRecord, active) == 136);
 
-// size -1: this thread's record, or null if it has none; 0: the record, made if need be; otherwise scratch of at least `size` bytes, whose
-// old content is not kept. Null without a Proccom, and after message 907. A thread's scratch result lives until its next such call.
+// size -1: this thread's record, or null if it has none; 0: the record, made if need be; otherwise
+// scratch of at least `size` bytes, whose old content is not kept. Null without a Proccom, and
+// after message 907. A thread's scratch result lives until its next such call.
 void *zvkThreadScratch(int64_t size);
 
-// The runtime's end: frees this thread's record, then the key. Threads that still run lose their records to the system's cleanup.
+// The runtime's end: frees this thread's record, then the key. Threads that still run lose their
+// records to the system's cleanup.
 void zvkReleaseThreadRecord();
 void zvkDeleteThreadKey();

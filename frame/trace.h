@@ -7,12 +7,13 @@
 
 inline bool zvkTracing() { return _zvkProccom && _zvkProccom->debug; }
 
-#define ZVK_TRACE(...)                                                                                                                     \
-    do {                                                                                                                                   \
-        if (zvkTracing()) fprintf(stderr, __VA_ARGS__);                                                                                    \
+#define ZVK_TRACE(...)                                                                                                 \
+    do {                                                                                                               \
+        if (zvkTracing()) fprintf(stderr, __VA_ARGS__);                                                                \
     } while (0)
 
-// A program's name for the conversion "%*.*s": width, precision, text. An unknown program shows as "?".
+// A program's name for the conversion "%*.*s": width, precision, text. An unknown program shows as
+// "?".
 struct ZvkTracedName {
     int length;
     const char *text;

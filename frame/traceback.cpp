@@ -27,7 +27,8 @@ bool wantsLines()
     return value && *value && *value != '0';
 }
 
-// A path as one word of the shell's; the directories of dynamically called programs may have any name. False if it is too long.
+// A path as one word of the shell's; the directories of dynamically called programs may have any
+// name. False if it is too long.
 bool quote(const char *path, char *word, size_t size)
 {
     size_t length = 0;
@@ -46,7 +47,8 @@ bool quote(const char *path, char *word, size_t size)
     return fits;
 }
 
-// One frame as backtrace_symbols shows it, "object(function+offset) [0xaddress]", and the source line of the address.
+// One frame as backtrace_symbols shows it, "object(function+offset) [0xaddress]", and the source
+// line of the address.
 void printWithLine(const char *symbol, FILE *stream)
 {
     fprintf(stream, "%s\n", symbol);
@@ -58,8 +60,8 @@ void printWithLine(const char *symbol, FILE *stream)
     char object[4096];
     if (!quote(info.dli_fname, object, sizeof object)) return;
     char command[sizeof object + 128];
-    int length = snprintf(command, sizeof command, "/usr/bin/addr2line -a -f -C -s -p -e %s 0x%lx 2>/dev/null\n", object,
-                          static_cast<unsigned long>(address - reinterpret_cast<uintptr_t>(info.dli_fbase)));
+    int length = snprintf(command, sizeof command, "/usr/bin/addr2line -a -f -C -s -p -e %s 0x%lx 2>/dev/null\n",
+                          object, static_cast<unsigned long>(address - reinterpret_cast<uintptr_t>(info.dli_fbase)));
     if (length < 0 || static_cast<size_t>(length) >= sizeof command) return;
     fflush(stream);
     if (system(command) == -1) return;

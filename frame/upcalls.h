@@ -1,18 +1,21 @@
-// What the frame asks of the rooms above it. The frame declares, the room that owns the concept defines: so the includes run downhill,
-// and the frame can still close files at a run unit's end.
+// What the frame asks of the rooms above it. The frame declares, the room that owns the concept
+// defines: so the includes run downhill, and the frame can still close files at a run unit's end.
 #pragma once
 
 #include "kvr2/run_unit.h"
 
-// fileio: makes the files of a program that is being registered known (slots are set, EXTERNAL files shared). Message 75.
+// fileio: makes the files of a program that is being registered known (slots are set, EXTERNAL
+// files shared). Message 75.
 void zvkRegisterFiles(int32_t count, FCB **fcbs, FIB **fibs, PCB *pcb);
 
-// fileio: whether a file is open, whether it is EXTERNAL, and its CLOSE through its own slot. Without USE procedures for a run unit that ends.
+// fileio: whether a file is open, whether it is EXTERNAL, and its CLOSE through its own slot.
+// Without USE procedures for a run unit that ends.
 bool zvkFileIsOpen(const FCB *file);
 bool zvkFileIsExternal(const FCB *file);
 void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures);
 
-// fileio: gives back what a failed OPEN left in a file that is not open: with its program's code the record goes, too.
+// fileio: gives back what a failed OPEN left in a file that is not open: with its program's code
+// the record goes, too.
 void zvkForgetFailedOpen(FCB *file);
 
 // fileio: closes the file-system modules at the runtime's end.

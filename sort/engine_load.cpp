@@ -1,6 +1,7 @@
 // Loading of the sort engine; see engine_load.h.
 //
-// Not locked: the first sorts of several threads may all load it. All of them find the same entry; the first one's handle and temporary directory stay.
+// Not locked: the first sorts of several threads may all load it. All of them find the same entry;
+// the first one's handle and temporary directory stay.
 #include "sort/engine_load.h"
 
 #include <atomic>
@@ -35,7 +36,8 @@ void chooseTempDir()
     char *copy = strdup(directory), *none = nullptr;
     if (!copy)
         zvkNoStorage();
-    else if (!__atomic_compare_exchange_n(&_zvkProccom->tempDir, &none, copy, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    else if (!__atomic_compare_exchange_n(&_zvkProccom->tempDir, &none, copy, false, __ATOMIC_ACQ_REL,
+                                          __ATOMIC_ACQUIRE))
         free(copy);
 }
 

@@ -3,7 +3,8 @@
 
 #include "kvr2/sort.h"
 
-// The engine's entry; null, after a line on stderr, if there is none. Chooses the temporary directory at the first load.
+// The engine's entry; null, after a line on stderr, if there is none. Chooses the temporary
+// directory at the first load.
 SortEngine zvkSortEngine();
 
 // The entry if it was ever found; does not load.

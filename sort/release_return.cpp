@@ -1,10 +1,12 @@
 // RELEASE and RETURN: records into and out of the sort, one at a time.
 //
-// Both work on the thread's buffer of 262,144 bytes. `fill` counts what lies in it while records come in, and what has been taken while they go
-// out; -1 says that the engine has run and nothing was taken yet. When the buffer is full it goes to the input spill file. The result comes either
-// from the buffer itself, sorted in place, or in chunks from the output spill file. A record that crosses the end of a chunk is not put
-// together: the next chunk is read from that record's first byte on. USING files may have records longer than the buffer; these RETURN
-// reads from the file to the record's place. RELEASE has no way for them and refuses them.
+// Both work on the thread's buffer of 262,144 bytes. `fill` counts what lies in it while records
+// come in, and what has been taken while they go out; -1 says that the engine has run and nothing
+// was taken yet. When the buffer is full it goes to the input spill file. The result comes either
+// from the buffer itself, sorted in place, or in chunks from the output spill file. A record that
+// crosses the end of a chunk is not put together: the next chunk is read from that record's first
+// byte on. USING files may have records longer than the buffer; these RETURN reads from the file to
+// the record's place. RELEASE has no way for them and refuses them.
 #include <cstring>
 #include <unistd.h>
 
@@ -73,7 +75,8 @@ bool releaseRecord(ZvkThreadRecord *record, uint32_t length, const void *data)
         memset(record->cursor, ' ', extra);
         record->cursor += extra;
     }
-    // In the other fixed formats a short record counts in full, but the next one follows it directly.
+    // In the other fixed formats a short record counts in full, but the next one follows it
+    // directly.
     record->fill += static_cast<int64_t>(total);
     return true;
 }
@@ -101,7 +104,8 @@ bool refill(ZvkThreadRecord *record)
     return true;
 }
 
-// Bytes of the record at the cursor with its length word; more than any buffer holds if the word itself is cut off.
+// Bytes of the record at the cursor with its length word; more than any buffer holds if the word
+// itself is cut off.
 uint64_t sizeAtCursor(const ZvkThreadRecord *record, const SortRecordDesc *desc)
 {
     if (desc->recordFormat != ZVK_SORT_VARIABLE) return desc->recordLength;
@@ -109,7 +113,8 @@ uint64_t sizeAtCursor(const ZvkThreadRecord *record, const SortRecordDesc *desc)
     return loadWord(record->cursor);
 }
 
-// A record at the start of a chunk that does not hold it: longer than the buffer, it goes from the file to its place.
+// A record at the start of a chunk that does not hold it: longer than the buffer, it goes from the
+// file to its place.
 bool returnLongRecord(ZvkThreadRecord *record, uint64_t head, uint64_t size, void *data)
 {
     const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);

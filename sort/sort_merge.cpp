@@ -1,14 +1,16 @@
 // SORT and MERGE: the statement between the compiled program and the sort engine.
 //
-// With files on both sides one call does it all. Otherwise the statement lives across calls, and what it needs later is kept in the
-// thread's record:
+// With files on both sides one call does it all. Otherwise the statement lives across calls, and
+// what it needs later is kept in the thread's record:
 //
 //     INPUT PROCEDURE    op 1 prepares the buffer; RELEASE fills it; op 3 runs the engine
 //     USING              op 1 or 2 runs the engine at once
-//     OUTPUT PROCEDURE   the engine leaves its result in the buffer, if all was there anyway, or in a spill file; RETURN hands it out
+//     OUTPUT PROCEDURE   the engine leaves its result in the buffer, if all was there anyway, or in
+//                      a spill file; RETURN hands it out
 //     GIVING             the engine writes the files
 //
-// `active` is set while the engine runs, and only then: an op 11 that meets it stops the sort under its feet.
+// `active` is set while the engine runs, and only then: an op 11 that meets it stops the sort under
+// its feet.
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
@@ -27,8 +29,9 @@ namespace {
 
 constexpr int16_t kFailure = 16;
 
-// The statement's arguments. With a procedure on either side they are kept in the thread's record until the engine runs; a sort with files on both sides
-// leaves that alone, so that it can stand inside the INPUT PROCEDURE of another one.
+// The statement's arguments. With a procedure on either side they are kept in the thread's record
+// until the engine runs; a sort with files on both sides leaves that alone, so that it can stand
+// inside the INPUT PROCEDURE of another one.
 struct Arguments {
     const SortRecordDesc *desc;
     const void *fourth;
@@ -66,7 +69,8 @@ void writeFailureMessage(const SortVerbBlock *block, uint32_t errorWord)
 {
     char name[161] = "";
     if (const PCB *program = block->program; program && program->name)
-        snprintf(name, sizeof name, "%.*s", static_cast<int>(program->nameLength < 160 ? program->nameLength : 160), program->name);
+        snprintf(name, sizeof name, "%.*s", static_cast<int>(program->nameLength < 160 ? program->nameLength : 160),
+                 program->name);
     zvkWriteMsg(26, 0, name, block->lineNumber, errorWord);
 }
 
@@ -81,7 +85,8 @@ void finish(const SortVerbBlock *block, ZvkThreadRecord *record, int16_t result,
     if (_zvkProccom && zvkThreadScratch(-1) == record) record->sortErrno = errorWord;
 }
 
-int16_t runEngine(SortEngine engine, int32_t op, ZvkThreadRecord *record, const Arguments &arguments, const EngineRun &run)
+int16_t runEngine(SortEngine engine, int32_t op, ZvkThreadRecord *record, const Arguments &arguments,
+                  const EngineRun &run)
 {
     if (record->active) zvkWriteMsg(13, 0);
     uint64_t format;
@@ -89,8 +94,8 @@ int16_t runEngine(SortEngine engine, int32_t op, ZvkThreadRecord *record, const 
     SortEighth eighth{};
     if (arguments.eighth) memcpy(&eighth, arguments.eighth, sizeof eighth);
     record->active = 1;
-    int32_t result =
-        engine(op, format, arguments.desc->recordLength, arguments.fourth, arguments.fifth, eighth, run.input, run.output, run.control);
+    int32_t result = engine(op, format, arguments.desc->recordLength, arguments.fourth, arguments.fifth, eighth,
+                            run.input, run.output, run.control);
     // A routine of a file that the engine called may have ended the runtime.
     if (_zvkProccom && zvkThreadScratch(-1) == record) record->active = 0;
     return static_cast<int16_t>(result);
@@ -104,7 +109,8 @@ bool prepareBuffer(ZvkThreadRecord *record)
         zvkNoStorage();
         return false;
     }
-    record->spillPath[0] = 0; // the file of a result that was not returned to its end stays: nothing but its end removes it
+    record->spillPath[0] =
+        0; // the file of a result that was not returned to its end stays: nothing but its end removes it
     record->capacity = kSortBufferBytes;
     record->fill = 0;
     record->fileOffset = 0;
@@ -134,7 +140,8 @@ Arguments savedArguments(const ZvkThreadRecord *record)
 }
 
 // Ops 1 and 2.
-void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThreadRecord *record, const Arguments &arguments)
+void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThreadRecord *record,
+               const Arguments &arguments)
 {
     EngineRun run;
     prepareControl(&run, block, record);
@@ -177,7 +184,8 @@ uint32_t makeFilesEmpty(const SortFileList *list, const SortVerbBlock *block)
     return error;
 }
 
-// Names input and output of the engine after an INPUT PROCEDURE. `inPath` receives the spilled input, null if nothing was spilled.
+// Names input and output of the engine after an INPUT PROCEDURE. `inPath` receives the spilled
+// input, null if nothing was spilled.
 bool prepareRun(ZvkThreadRecord *record, EngineRun *run, char **inPath)
 {
     bool spilled = record->spillPath[0];
@@ -216,7 +224,8 @@ bool prepareRun(ZvkThreadRecord *record, EngineRun *run, char **inPath)
 // Op 3.
 void runSort(SortEngine engine, const SortVerbBlock *block, ZvkThreadRecord *record)
 {
-    if (!record->buffer || !record->recordDesc || record->fill < 0) return finish(block, record, kFailure, 0); // no INPUT PROCEDURE before
+    if (!record->buffer || !record->recordDesc || record->fill < 0)
+        return finish(block, record, kFailure, 0); // no INPUT PROCEDURE before
     EngineRun run;
     char *inPath;
     prepareControl(&run, block, record);
@@ -260,8 +269,8 @@ void cutAtBlank(char *text)
 
 } // namespace
 
-void _zvkSortMerge(int32_t op, SortVerbBlock *block, SortRecordDesc *desc, void *fourth, char *fifth, SortFileList *usingList,
-                   SortFileList *givingList, uint64_t *eighth)
+void _zvkSortMerge(int32_t op, SortVerbBlock *block, SortRecordDesc *desc, void *fourth, char *fifth,
+                   SortFileList *usingList, SortFileList *givingList, uint64_t *eighth)
 {
     if (op == ZVK_SORT_END) return endSorts();
     if (!_zvkProccom) return;

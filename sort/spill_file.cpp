@@ -37,9 +37,10 @@ bool zvkNameSpillFile(ZvkThreadRecord *record, Spill kind)
 {
     const char *directory = record->tempDir ? record->tempDir : ".";
     size_t length = strlen(directory);
-    int size = snprintf(record->spillPath, kSpillPathBytes, "%s%s%s%010u.%010u", directory,
-                        length && directory[length - 1] == '/' ? "" : "/", kind == Spill::Input ? "sortwki." : "sortwko.",
-                        static_cast<uint32_t>(_zvkProccom->pid), static_cast<uint32_t>(record->threadId));
+    int size =
+        snprintf(record->spillPath, kSpillPathBytes, "%s%s%s%010u.%010u", directory,
+                 length && directory[length - 1] == '/' ? "" : "/", kind == Spill::Input ? "sortwki." : "sortwko.",
+                 static_cast<uint32_t>(_zvkProccom->pid), static_cast<uint32_t>(record->threadId));
     bool fits = size > 0 && static_cast<uint64_t>(size) < kSpillPathBytes;
     if (!fits) record->spillPath[0] = 0;
     return fits;

@@ -1,4 +1,5 @@
-// Spill files: what does not fit the record buffer goes to a file of the temporary directory, named after process and thread.
+// Spill files: what does not fit the record buffer goes to a file of the temporary directory, named
+// after process and thread.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +15,8 @@ enum class Spill { Input, Output };
 // Puts the file's name into `record->spillPath`; false, with an empty name, if it does not fit.
 bool zvkNameSpillFile(ZvkThreadRecord *record, Spill kind);
 
-// Appends to the file of that name, making it if need be, and sees it to the disk. Refused: the file is as it was before.
+// Appends to the file of that name, making it if need be, and sees it to the disk. Refused: the
+// file is as it was before.
 enum class Append { Done, Refused, Damaged };
 Append zvkAppendSpill(const char *path, const uint8_t *bytes, uint64_t size);
 

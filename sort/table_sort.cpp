@@ -1,17 +1,19 @@
 // SORT of a table in working storage.
 //
-// The keys of each element are rewritten once into a byte string (kvr2/sort_keys.h), with the element's position behind it, so that comparing
-// needs no types and no two rows are equal. What is sorted is an index whose entries carry the first eight bytes of the string: most
-// compares are one compare of two integers and touch no row.
+// The keys of each element are rewritten once into a byte string (kvr2/sort_keys.h), with the
+// element's position behind it, so that comparing needs no types and no two rows are equal. What is
+// sorted is an index whose entries carry the first eight bytes of the string: most compares are one
+// compare of two integers and touch no row.
 //
 //     row       key string, zeros to a multiple of 4, position (native)
 //     entry     first 8 bytes of the row as a big-endian number, row number
 //
-// The position is compared byte by byte in native order like all the rest, its low byte first: of more than 256 elements with equal keys number
-// 256 comes out before number 1. Compiled programs see this order; it stays.
+// The position is compared byte by byte in native order like all the rest, its low byte first: of
+// more than 256 elements with equal keys number 256 comes out before number 1. Compiled programs
+// see this order; it stays.
 //
-// A small table is copied and written back row by row. In a larger one the elements move within the table along the cycles of the permutation,
-// each once.
+// A small table is copied and written back row by row. In a larger one the elements move within the
+// table along the cycles of the permutation, each once.
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
@@ -90,7 +92,8 @@ void copyBack(const TableSort &sort, uint8_t *copy)
 {
     uint64_t length = sort.elementLength;
     memcpy(copy, sort.table, length * sort.count);
-    for (uint32_t i = 0; i < sort.count; i++) memcpy(sort.table + i * length, copy + sort.index[i].row * length, length);
+    for (uint32_t i = 0; i < sort.count; i++)
+        memcpy(sort.table + i * length, copy + sort.index[i].row * length, length);
 }
 
 void followCycles(const TableSort &sort, uint8_t *scratch)
@@ -139,7 +142,8 @@ void sortTable(TableSort &sort, const TableSortKey *const *keys, int32_t keyCoun
 
 } // namespace
 
-void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t count, const uint8_t *collating, int32_t keyCount, ...)
+void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t count, const uint8_t *collating,
+                int32_t keyCount, ...)
 {
     if (elementLength == 0 || count < 2 || keyCount <= 0) return;
     const TableSortKey *some[kMaxKeys];

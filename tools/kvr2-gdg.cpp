@@ -1,4 +1,5 @@
-// kvr2-gdg: administration of generation data groups from the command line, over the library's own entries. kvr2-gdg.1 is its manual.
+// kvr2-gdg: administration of generation data groups from the command line, over the library's own
+// entries. kvr2-gdg.1 is its manual.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -71,7 +72,8 @@ bool parseNumber(const char *text, int *number)
     return true;
 }
 
-// For "alter" a flag that is not given keeps its value only if none is given; "create" starts from Scratch alone.
+// For "alter" a flag that is not given keeps its value only if none is given; "create" starts from
+// Scratch alone.
 void setFlag(Arguments &arguments, int flag, bool on)
 {
     if (arguments.flags < 0) arguments.flags = ZVK_GDG_SCRATCH;

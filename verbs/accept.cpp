@@ -1,12 +1,13 @@
 // ACCEPT from a device, of alphanumeric, DBCS and national items.
 //
-// In line mode (a terminal, or the option ACCEPT=NEW) one input line fills the item: what is too long is dropped. In continuous mode
-// newlines are nothing and reading goes on until the item is full:
+// In line mode (a terminal, or the option ACCEPT=NEW) one input line fills the item: what is too
+// long is dropped. In continuous mode newlines are nothing and reading goes on until the item is
+// full:
 //
 //     input "AB\nCD\n", item of 4 bytes    line mode: "AB  "    continuous mode: "ABCD"
 //
-// The national form differs from the other in what it flushes, in how it drops the rest of a line (by bytes) and in that it does not
-// pad. All of that is on purpose: programs know it so.
+// The national form differs from the other in what it flushes, in how it drops the rest of a line
+// (by bytes) and in that it does not pad. All of that is on purpose: programs know it so.
 #include <cstring>
 #include <poll.h>
 #include <unistd.h>
@@ -52,7 +53,8 @@ struct Utf16Unit {
     }
 };
 
-// Fills the target with at most `length` characters; returns how many came, and in `error` what a failed read left.
+// Fills the target with at most `length` characters; returns how many came, and in `error` what a
+// failed read left.
 template <class Character>
 int64_t readItem(FILE *stream, int64_t length, uint8_t *target, int &error)
 {

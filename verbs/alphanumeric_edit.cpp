@@ -5,7 +5,8 @@
 //                         source "ABC", repeated    ->   "AB/CA0B"
 #include "kvr2/edited_moves.h"
 
-extern "C" void _zvkcMoveAlphaNumEdit(const AlphaEditRecord *record, const uint8_t *source, int32_t sourceLength, uint8_t *destination)
+extern "C" void _zvkcMoveAlphaNumEdit(const AlphaEditRecord *record, const uint8_t *source, int32_t sourceLength,
+                                      uint8_t *destination)
 {
     const uint8_t *picture = record->picture, *next = source, *end = source + (sourceLength > 0 ? sourceLength : 0);
     for (int position = 0; position < record->length; position++) {

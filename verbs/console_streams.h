@@ -1,4 +1,5 @@
-// What the console verbs share: the device streams, their locks, writing that retries, flushing before a read.
+// What the console verbs share: the device streams, their locks, writing that retries, flushing
+// before a read.
 #pragma once
 
 #include <cerrno>
@@ -31,10 +32,12 @@ FILE *zvkSysin();
 FILE *zvkSysout();
 FILE *zvkSyspunch();
 
-// True for errors after which a read or write is tried again. EAGAIN waits until the descriptor is ready, or for a moment.
+// True for errors after which a read or write is tried again. EAGAIN waits until the descriptor is
+// ready, or for a moment.
 bool zvkRetryAfter(int error, FILE *stream, short events);
 
-// Writes to a stream that the caller has locked; gives up without a word on an error that is not to be retried.
+// Writes to a stream that the caller has locked; gives up without a word on an error that is not to
+// be retried.
 void zvkWriteText(FILE *stream, const void *text, size_t length);
 
 void zvkFlushLocked(FILE *stream);

@@ -1,7 +1,7 @@
 // DISPLAY.
 //
-// One statement is one hold of its stream's lock, over all items and the line end: lines of several threads stay whole. Messages are issued
-// outside it.
+// One statement is one hold of its stream's lock, over all items and the line end: lines of several
+// threads stay whole. Messages are issued outside it.
 #include <atomic>
 #include <cstdlib>
 #include <cstring>

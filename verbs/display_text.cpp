@@ -1,9 +1,11 @@
 // The text of a displayed item: characters as they stand, binary numbers, floating-point numbers.
 //
-// A binary number shows as many digits as its item has, the last ones if it has more, and a "-" before them. A floating-point number is
-// formatted by the C library as " 1.500E+00" and then made a fraction, which is the form that programs have always shown:
+// A binary number shows as many digits as its item has, the last ones if it has more, and a "-"
+// before them. A floating-point number is formatted by the C library as " 1.500E+00" and then made
+// a fraction, which is the form that programs have always shown:
 //
-//     " 1.500E+00"   the digit moves over the point, the item's decimal point to where it was, the exponent grows by one
+//     " 1.500E+00"   the digit moves over the point, the item's decimal point to where it
+//                    was, the exponent grows by one
 //     " .1500E 01"   a blank stands for an exponent's "+"
 #include "verbs/display_text.h"
 
@@ -26,7 +28,8 @@ T load(const void *address)
     return value;
 }
 
-// The item as 64 bits, sign-extended or not. A size of 3 is read as 4 bytes, 5 to 7 as 8: the storage is that large.
+// The item as 64 bits, sign-extended or not. A size of 3 is read as 4 bytes, 5 to 7 as 8: the
+// storage is that large.
 uint64_t loadBinary(const void *address, uint64_t size, bool isSigned)
 {
     switch (size) {

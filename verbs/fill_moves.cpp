@@ -1,4 +1,5 @@
-// Moves that fill: a literal repeated over an item, and a move whose lengths are known only at run time.
+// Moves that fill: a literal repeated over an item, and a move whose lengths are known only at run
+// time.
 #include <cstring>
 
 #include "kvr2/edited_moves.h"
@@ -6,7 +7,10 @@
 namespace {
 
 struct SignedLength {
-    explicit SignedLength(int32_t value) : negative(value < 0), size(static_cast<size_t>(value < 0 ? -int64_t{value} : int64_t{value})) {}
+    explicit SignedLength(int32_t value)
+        : negative(value < 0), size(static_cast<size_t>(value < 0 ? -int64_t{value} : int64_t{value}))
+    {
+    }
     bool negative;
     size_t size;
 };

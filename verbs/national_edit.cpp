@@ -1,10 +1,12 @@
 // MOVE to a national-edited item: a picture given as runs of equal positions.
 //
-// Insertions are stored as often as the run says. A run of data is stored unit by unit; what happens when the source ends before the run
-// does is odd, and compiled programs are generated for it:
+// Insertions are stored as often as the run says. A run of data is stored unit by unit; what
+// happens when the source ends before the run does is odd, and compiled programs are generated for
+// it:
 //
 //     run X(5), source "AB", no repeat   ->  "AB" and one blank; the next run follows at once
-//     run X(3), source "A", repeat       ->  "AAAAA": at each position but the last the source is taken once for the position and once more
+//     run X(3), source "A", repeat       ->  "AAAAA": at each position but the last the source is taken once for
+//                                         the position and once more
 //     source ended before the run begins ->  the full count of blanks, or of the source over and over
 #include <cstring>
 
@@ -59,7 +61,8 @@ uint8_t *storeData(uint8_t *out, Units &source, int count, bool repeat)
 
 } // namespace
 
-extern "C" void _zvkcMoveUnicodeEdit(const NationalEditRecord *record, const uint8_t *source, int32_t sourceLength, uint8_t *destination)
+extern "C" void _zvkcMoveUnicodeEdit(const NationalEditRecord *record, const uint8_t *source, int32_t sourceLength,
+                                     uint8_t *destination)
 {
     Units units{source, sourceLength > 0 ? sourceLength / 2 : 0};
     int runCount = record->runBytes > 0 ? (record->runBytes - 1) / 4 + 1 : 0;

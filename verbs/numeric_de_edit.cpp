@@ -1,9 +1,11 @@
 // De-editing: from a numeric-edited item back to digits and a sign.
 //
-// The picture says for each source byte whether it is a digit, an insertion or a place of the sign or of the currency symbol. A floating
-// string stands for digits at all its positions but the first; the sign may be found at any of them, and on an insertion between them:
+// The picture says for each source byte whether it is a digit, an insertion or a place of the sign
+// or of the currency symbol. A floating string stands for digits at all its positions but the
+// first; the sign may be found at any of them, and on an insertion between them:
 //
-//     picture "--,--9.99"   source "    -5.00"   ->   "000500-": the sign stands where the string ended, before it are zeros
+//     picture "--,--9.99"   source "    -5.00"   ->   "000500-": the sign is where the
+//                                                                       string ended, zeros before it
 //
 // The sign byte comes last at the destination, though editing takes it first.
 #include <cstring>
@@ -110,7 +112,8 @@ private:
         return true;
     }
 
-    // A position "+" or "-" of the picture. Under "-" a "+" of the source is no sign but just another byte.
+    // A position "+" or "-" of the picture. Under "-" a "+" of the source is no sign but just
+    // another byte.
     bool sign(uint8_t c, uint8_t symbol, bool first)
     {
         if (symbol == '+' ? isSign(c) : c == '-') {
@@ -169,13 +172,15 @@ int32_t _zvkcMoveNumEditToNum(const DeEditRecord *record, const uint8_t *source,
     return !DeEdit<PlainSource>({source}, destination).walk(record->picture, pictureLength(*record));
 }
 
-int32_t _zvkcMoveNumEditToNum2(const DeEditRecord *record, const uint8_t *source, uint8_t *destination, const CurrencyString *currency)
+int32_t _zvkcMoveNumEditToNum2(const DeEditRecord *record, const uint8_t *source, uint8_t *destination,
+                               const CurrencyString *currency)
 {
     int limit = record->length < 0 ? -int{record->length} : record->length;
     int symbol = static_cast<int>(strnlen(reinterpret_cast<const char *>(currency->symbol), currency->length));
     if (symbol == 0) return _zvkcMoveNumEditToNum(record, source, destination);
     int length = itemLength(record->picture, limit) + symbol - 1;
-    size_t searched = strnlen(reinterpret_cast<const char *>(source), static_cast<size_t>(length < limit ? length : limit));
+    size_t searched =
+        strnlen(reinterpret_cast<const char *>(source), static_cast<size_t>(length < limit ? length : limit));
     const void *found = memmem(source, searched, currency->symbol, static_cast<size_t>(symbol));
     if (!found) return _zvkcMoveNumEditToNum(record, source, destination);
     SourceWithSymbol view{source, static_cast<int>(static_cast<const uint8_t *>(found) - source), symbol, length};

@@ -1,9 +1,11 @@
 // MOVE of a number to a numeric-edited item.
 //
-// One pass over the picture, one stored byte a position. The number comes as a sign byte and one digit for each digit position. What a
-// position stores depends on what stood before it: has a digit that counts been stored (significant), has something else made the rest show
-// (forced: a point, a zero insertion, a floated symbol), is the point behind us, was the latest digit suppressed. A floating string stores
-// blanks while only zeros come; at the first digit that counts, or at the point, its symbol is placed over the byte just stored:
+// One pass over the picture, one stored byte a position. The number comes as a sign byte and one
+// digit for each digit position. What a position stores depends on what stood before it: has a
+// digit that counts been stored (significant), has something else made the rest show (forced: a
+// point, a zero insertion, a floated symbol), is the point behind us, was the latest digit
+// suppressed. A floating string stores blanks while only zeros come; at the first digit that
+// counts, or at the point, its symbol is placed over the byte just stored:
 //
 //     $$,$$9.99   000500   ->   blank blank blank blank "$" "5" ".00":   at "9" the symbol goes over the fourth blank
 //
@@ -60,8 +62,10 @@ constexpr Kinds kKinds;
 template <Floats floats>
 class NumericEdit {
 public:
-    NumericEdit(const NumericEditRecord &record, const EditClass &editClass, const uint8_t *source, uint8_t *destination)
-        : firstDigit_(source + 1), digit_(firstDigit_), start_(destination), out_(destination), currency_(record.currencySign)
+    NumericEdit(const NumericEditRecord &record, const EditClass &editClass, const uint8_t *source,
+                uint8_t *destination)
+        : firstDigit_(source + 1), digit_(firstDigit_), start_(destination), out_(destination),
+          currency_(record.currencySign)
     {
         bool comma = record.decimalPoint != '.';
         point_ = comma ? ',' : '.';
@@ -146,7 +150,8 @@ private:
         return picture;
     }
 
-    // The most common positions: further zeros of a string that has begun, and separators among them.
+    // The most common positions: further zeros of a string that has begun, and separators among
+    // them.
     [[gnu::always_inline]] const uint8_t *skipZeros(const uint8_t *picture, const uint8_t *end)
     {
         if (forced_ || (kFloats ? !inside_ || suppressing_ : !suppressing_ || afterPoint_)) return picture;
@@ -165,7 +170,8 @@ private:
         return picture;
     }
 
-    // The positions behind it: nothing is suppressed any more, and each kind of position stores a digit or one certain byte.
+    // The positions behind it: nothing is suppressed any more, and each kind of position stores a
+    // digit or one certain byte.
     [[gnu::always_inline]] void walkShown(const uint8_t *picture, const uint8_t *end)
     {
         const uint8_t bytes[] = {0, ' ', '/', '0', separator_, point_, sign_, currency_};
@@ -194,7 +200,8 @@ private:
         out_ = out;
     }
 
-    // Two positions at once, but a picture that ends between them has one. Returns how many more than one were taken.
+    // Two positions at once, but a picture that ends between them has one. Returns how many more
+    // than one were taken.
     [[gnu::always_inline]] int creditOrDebit(const uint8_t *picture, const uint8_t *end)
     {
         bool shown = sign_ == '-';
@@ -311,8 +318,8 @@ private:
 
 // Edits at most `limit` positions; returns the number of bytes stored.
 template <Floats floats>
-[[gnu::noinline]] size_t edit(const NumericEditRecord &record, const EditClass &editClass, bool blankWhenZero, const uint8_t *source,
-                              uint8_t *destination, int limit)
+[[gnu::noinline]] size_t edit(const NumericEditRecord &record, const EditClass &editClass, bool blankWhenZero,
+                              const uint8_t *source, uint8_t *destination, int limit)
 {
     bool allSuppress = record.length < 0;
     int length = allSuppress ? -int{record.length} : record.length;
@@ -352,7 +359,8 @@ void _zvkcMoveNumToNumEdit(const NumericEditRecord *record, const uint8_t *sourc
     edit(*record, source, destination, INT16_MAX + 1);
 }
 
-void _zvkcMoveNumToNumEdit2(const NumericEditRecord *record, const uint8_t *source, uint8_t *destination, const CurrencyString *currency)
+void _zvkcMoveNumToNumEdit2(const NumericEditRecord *record, const uint8_t *source, uint8_t *destination,
+                            const CurrencyString *currency)
 {
     uint8_t text[264];
     size_t length = edit(*record, source, text, sizeof text - 1);

@@ -14,7 +14,8 @@ void show(FILE *stream, const uint8_t *text, uint64_t length)
     putc_unlocked('\n', stream);
 }
 
-// Reads a line and drops it. Returns what a failed read left in errno, else 0. Unlike ACCEPT it does not retry: a signal ends the wait.
+// Reads a line and drops it. Returns what a failed read left in errno, else 0. Unlike ACCEPT it
+// does not retry: a signal ends the wait.
 int waitForLine(FILE *stream)
 {
     StreamLock lock(stream);

@@ -1,10 +1,13 @@
-// Records back to back: fixed ones with nothing between them; variable ones each behind a word with its length.
+// Records back to back: fixed ones with nothing between them; variable ones each behind a word with
+// its length.
 //
 //     fixed, 4 bytes:  "ABCDEFGH"                          two records
-//     variable:        03 00 00 00 "ABC" 01 00 00 00 "D"   two records; the word is little-endian and does not count itself
+//     variable:        03 00 00 00 "ABC" 01 00 00 00 "D"   two records; the word is
+//                      little-endian and does not count itself
 //
-// A record that the file's end cuts off is not delivered, and EXTEND writes over it. A length word that no record of the file can have is damage, not a
-// torn record: READ gives status 30, EXTEND 39, and the file stays as it is.
+// A record that the file's end cuts off is not delivered, and EXTEND writes over it. A length word
+// that no record of the file can have is damage, not a torn record: READ gives status 30, EXTEND
+// 39, and the file stays as it is.
 #ifndef COMPANIONS_FILESYSTEMS_BACK_TO_BACK_H
 #define COMPANIONS_FILESYSTEMS_BACK_TO_BACK_H
 
@@ -58,7 +61,8 @@ struct BackToBack {
         if (!file->format.variable) FixedRecords::open(fcb, nullptr, file);
     }
 
-    // Only the end of the file can be torn, but it is found only by walking the length words: EXTEND does, others meet it as they read.
+    // Only the end of the file can be torn, but it is found only by walking the length words:
+    // EXTEND does, others meet it as they read.
     static uint64_t wholeSize(FCB *fcb, SequentialFile *file, uint64_t size, bool exact)
     {
         if (!file->format.variable) return FixedRecords::wholeSize(fcb, file, size, exact);

@@ -1,4 +1,5 @@
-// Fixed binary records, "wbr" and "raw": nothing but the records' bytes. A program whose records vary writes and reads its longest.
+// Fixed binary records, "wbr" and "raw": nothing but the records' bytes. A program whose records
+// vary writes and reads its longest.
 #include "companions/filesystems/back_to_back.h"
 
 namespace filesystems {

@@ -9,7 +9,8 @@
 
 namespace filesystems {
 
-// The offset at which the block ends that went out last. A file system without extended attributes does without.
+// The offset at which the block ends that went out last. A file system without extended attributes
+// does without.
 static constexpr char blockEndAttribute[] = "user.kvr2.block-end";
 
 bool isCutOff(int descriptor, uint64_t size)
@@ -23,7 +24,8 @@ int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint6
     SizeLimitHeldOff guard;
     const uint8_t *next = static_cast<const uint8_t *>(data);
     while (size) {
-        ssize_t written = seekable ? pwrite(descriptor, next, size, static_cast<off_t>(offset)) : write(descriptor, next, size);
+        ssize_t written =
+            seekable ? pwrite(descriptor, next, size, static_cast<off_t>(offset)) : write(descriptor, next, size);
         if (written < 0) {
             if (errno == EINTR) continue;
             return errno;
@@ -45,8 +47,9 @@ bool ByteStream::refill(size_t wanted)
         at = 0;
     }
     while (filled < wanted && !atEnd) {
-        ssize_t got = seekable ? pread(descriptor, buffer + filled, capacity - filled, static_cast<off_t>(base + filled))
-                               : read(descriptor, buffer + filled, capacity - filled);
+        ssize_t got = seekable
+                          ? pread(descriptor, buffer + filled, capacity - filled, static_cast<off_t>(base + filled))
+                          : read(descriptor, buffer + filled, capacity - filled);
         if (got < 0) {
             if (errno == EINTR) continue;
             error = errno;
@@ -72,7 +75,8 @@ bool ByteStream::flush()
     if (announces && seekable) announced = fsetxattr(descriptor, blockEndAttribute, &end, sizeof end, 0) == 0;
     error = writeAll(descriptor, seekable, buffer, at, base);
     if (error) {
-        // What went out of this block may end in half a record: none of it stays, and the block is tried again by the next flush.
+        // What went out of this block may end in half a record: none of it stays, and the block is
+        // tried again by the next flush.
         if (seekable && ftruncate(descriptor, static_cast<off_t>(base)) != 0) error = errno;
         withdraw();
         return false;

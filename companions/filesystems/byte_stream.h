@@ -1,11 +1,14 @@
 // Buffered input and output on a descriptor, which never leaves half a record behind.
 //
-// stdio flushes where its buffer happens to be full, so a killed program leaves a file that ends anywhere. Here the writer hands in whole records and
-// the buffer goes out between two of them, in one write(2). If the system takes only a part (disk full, file-size limit), the file is cut back to
-// the last whole record. Offsets are kept here and given to pread and pwrite; devices that cannot seek are read and written as they come.
+// stdio flushes where its buffer happens to be full, so a killed program leaves a file that ends
+// anywhere. Here the writer hands in whole records and the buffer goes out between two of them, in
+// one write(2). If the system takes only a part (disk full, file-size limit), the file is cut back
+// to the last whole record. Offsets are kept here and given to pread and pwrite; devices that
+// cannot seek are read and written as they come.
 //
-// A kill can stop the system between two pages of a block. Where the format cannot tell half a record from a whole one, a stream that announces its blocks
-// says in an extended attribute of the file how far each one reaches before it goes out: a file that ends before that place was cut off.
+// A kill can stop the system between two pages of a block. Where the format cannot tell half a
+// record from a whole one, a stream that announces its blocks says in an extended attribute of the
+// file how far each one reaches before it goes out: a file that ends before that place was cut off.
 //
 //     uint8_t *room = stream.reserve(104);   // null: the disk is full
 //     memcpy(room, record, 104);
@@ -18,7 +21,8 @@
 
 namespace filesystems {
 
-// Writes all bytes at an offset; returns 0 or an errno. The signal of the file-size limit is held off: it would end the run unit.
+// Writes all bytes at an offset; returns 0 or an errno. The signal of the file-size limit is held
+// off: it would end the run unit.
 int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint64_t offset);
 
 struct ByteStream {
@@ -37,7 +41,8 @@ struct ByteStream {
     uint64_t offset() const { return base + at; }
     size_t available() const { return filled - at; }
 
-    // Input: sees to it that `wanted` bytes (at most the capacity) are in the buffer; false at the end or on an error.
+    // Input: sees to it that `wanted` bytes (at most the capacity) are in the buffer; false at the
+    // end or on an error.
     bool need(size_t wanted) { return available() >= wanted || refill(wanted); }
     bool refill(size_t wanted);
     void seek(uint64_t offset);

@@ -1,4 +1,5 @@
-// The default file system, "stl", "jgt" and "qvr": sequential, relative and indexed files behind a header that holds their attributes.
+// The default file system, "stl", "jgt" and "qvr": sequential, relative and indexed files behind a
+// header that holds their attributes.
 #include <errno.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -24,13 +25,15 @@ static bool attributesPossible(FCB *fcb, const FIB *fib)
     if (fib->keyCount == 0 || fib->keyCount > mostKeys) return fail(fcb, 39, fs2KeyNumber);
     const FileKey *keys = reinterpret_cast<const FileKey *>(reinterpret_cast<const uint8_t *>(fib) + fib->keysOffset);
     for (uint32_t i = 0; i < fib->keyCount; ++i) {
-        if (keys[i].length == 0 || uint64_t(keys[i].position) + keys[i].length > fib->maxRecord) return fail(fcb, 39, fs2KeyLength);
+        if (keys[i].length == 0 || uint64_t(keys[i].position) + keys[i].length > fib->maxRecord)
+            return fail(fcb, 39, fs2KeyLength);
         if (keys[i].length > longestKey) return fail(fcb, 37, fs2KeyLength);
     }
     return true;
 }
 
-// The store of an indexed file comes first: a program killed between the two leaves an empty file, which counts as absent.
+// The store of an indexed file comes first: a program killed between the two leaves an empty file,
+// which counts as absent.
 static bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expected, StoredHeader *header)
 {
     bool indexed = expected.organization & ZVK_FILE_INDEXED;
@@ -67,7 +70,8 @@ static void openStored(FCB *fcb, IPCB *element)
             zvkSetStatus(fcb, 0, fs2None);
         }
     }
-    bool good = opened.created ? makeFile(fcb, opened, expected, &header) : readHeader(fcb, opened.descriptor, expected, &header);
+    bool good = opened.created ? makeFile(fcb, opened, expected, &header)
+                               : readHeader(fcb, opened.descriptor, expected, &header);
     if (opened.created) opened.size = storedHeaderSize;
     endMaking(opened.descriptor);
     if (!good)

@@ -1,5 +1,6 @@
-// Indexed files: OPEN, CLOSE and the verbs. Their parts: the store (indexed_store.cpp), its transactions, a record with its entries (indexed_record.cpp), the place
-// of sequential reading and START (indexed_position.cpp).
+// Indexed files: OPEN, CLOSE and the verbs. Their parts: the store (indexed_store.cpp), its
+// transactions, a record with its entries (indexed_record.cpp), the place of sequential reading and
+// START (indexed_position.cpp).
 #include "companions/filesystems/indexed_file.h"
 
 #include <errno.h>
@@ -104,10 +105,17 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
     zvkFinishVerb(fcb, element, verb);
 }
 
-void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request) { changeRecord(fcb, element, request, ZVK_VERB_REWRITE); }
-void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request) { changeRecord(fcb, element, request, ZVK_VERB_DELETE); }
+void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request)
+{
+    changeRecord(fcb, element, request, ZVK_VERB_REWRITE);
+}
+void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
+{
+    changeRecord(fcb, element, request, ZVK_VERB_DELETE);
+}
 
-// What a READ found: the entry in the key of reference, the primary key and the record as stored. All of it lies in the store's pages.
+// What a READ found: the entry in the key of reference, the primary key and the record as stored.
+// All of it lies in the store's pages.
 struct FoundEntry {
     MDB_val entry;
     MDB_val primary;
@@ -128,8 +136,8 @@ int findByKey(IndexedFile *file, MDB_txn *txn, const uint8_t *record, MDB_cursor
     return !error && memcmp(k->mv_data, keyIn(file, key, record), size) != 0 ? MDB_NOTFOUND : error;
 }
 
-int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool random, const uint8_t *record, MDB_cursor **cursor,
-              FoundEntry *found)
+int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool random, const uint8_t *record,
+              MDB_cursor **cursor, FoundEntry *found)
 {
     MDB_val k = {}, v = {};
     int error = random ? findByKey(file, txn, record, cursor, &k, &v) : cursorFor(file, txn, cursor);
@@ -137,11 +145,13 @@ int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool 
     if (error) return error;
     *found = {k, file->reference ? v : k, v};
     if (file->reference && (error = mdb_get(txn, file->data[0], &found->primary, &found->stored))) return error;
-    bool whole = isRecord(file, found->stored) && found->primary.mv_size == file->keys[0].length && k.mv_size <= keyRoom;
+    bool whole =
+        isRecord(file, found->stored) && found->primary.mv_size == file->keys[0].length && k.mv_size <= keyRoom;
     return whole ? 0 : MDB_CORRUPTED;
 }
 
-// The lock of a record that was found, as the statement has it; a refusal is in the status. True if it is a new one: what was read before it may be old.
+// The lock of a record that was found, as the statement has it; a refusal is in the status. True if
+// it is a new one: what was read before it may be old.
 bool lockFound(FCB *fcb, IndexedFile *file, const FoundEntry &found, uint32_t options)
 {
     RecordLocks &locks = file->locks;
@@ -152,7 +162,8 @@ bool lockFound(FCB *fcb, IndexedFile *file, const FoundEntry &found, uint32_t op
     return locks.forRead(fcb, number, options) && locks.holding;
 }
 
-void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, MDB_cursor *cursor, const FoundEntry &found, uint8_t *record)
+void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, MDB_cursor *cursor, const FoundEntry &found,
+             uint8_t *record)
 {
     size_t numbers = numbersSize(file), size = found.stored.mv_size - numbers;
     memcpy(file->lastKey, found.primary.mv_data, found.primary.mv_size);
@@ -271,7 +282,8 @@ static int takeHighestKey(IndexedFile *file)
     return error == MDB_NOTFOUND ? 0 : error;
 }
 
-// A record that ends before one of its keys does has no such key: the shortest record reaches to the end of the last.
+// A record that ends before one of its keys does has no such key: the shortest record reaches to
+// the end of the last.
 static void describeRecords(IndexedFile *file, const FIB *fib, const StoredHeader &header)
 {
     file->format = recordFormatOf(fib);

@@ -1,4 +1,5 @@
-// Indexed files: the header in the named file, records and indexes in an LMDB environment beside it, NAME.mdb.
+// Indexed files: the header in the named file, records and indexes in an LMDB environment beside
+// it, NAME.mdb.
 #ifndef COMPANIONS_FILESYSTEMS_INDEXED_FILE_H
 #define COMPANIONS_FILESYSTEMS_INDEXED_FILE_H
 

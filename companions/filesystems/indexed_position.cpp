@@ -1,10 +1,12 @@
 // Where an indexed file is read on from.
 //
-// The place is an entry of the key of reference, kept as bytes: a sequential READ looks it up and takes the entry behind or before it, or after START the entry
-// itself (`exact`), even if somebody deleted it in the meantime. INPUT keeps a cursor on it besides, while its snapshot lasts.
+// The place is an entry of the key of reference, kept as bytes: a sequential READ looks it up and
+// takes the entry behind or before it, or after START the entry itself (`exact`), even if somebody
+// deleted it in the meantime. INPUT keeps a cursor on it besides, while its snapshot lasts.
 //
-// START with a part of a key compares that many bytes. Each relation is one bound: the first entry not below the bytes, or the first beyond all that begin with
-// them; LESS and NOT GREATER take the entry before it.
+// START with a part of a key compares that many bytes. Each relation is one bound: the first entry
+// not below the bytes, or the first beyond all that begin with them; LESS and NOT GREATER take the
+// entry before it.
 #include "companions/filesystems/indexed_state.h"
 
 #include <string.h>

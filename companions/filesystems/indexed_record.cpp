@@ -4,8 +4,9 @@
 //     database "1"...  alternate key -> primary key
 //                      with duplicates: alternate key | sequence number, big-endian -> primary key
 //
-// The sequence number grows with each duplicate, so duplicates come back in the order in which they were written, and the record knows its own, so
-// that REWRITE and DELETE find its entry at once. All keys lie within the shortest record.
+// The sequence number grows with each duplicate, so duplicates come back in the order in which they
+// were written, and the record knows its own, so that REWRITE and DELETE find its entry at once.
+// All keys lie within the shortest record.
 #include "companions/filesystems/indexed_state.h"
 
 #include <string.h>
@@ -85,7 +86,8 @@ static int findRefusal(const IndexedFile *file, MDB_txn *txn, const uint8_t *rec
 }
 
 // `old`: the stored record that this one replaces, or null.
-static int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const uint8_t *old, bool *refused)
+static int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length,
+                     const uint8_t *old, bool *refused)
 {
     uint8_t *stored = newRecord(fcb), entry[keyRoom];
     const uint8_t *oldRecord = old ? old + numbersSize(file) : nullptr;
@@ -123,7 +125,8 @@ int insertRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *recor
     return putRecord(fcb, file, txn, record, length, nullptr, refused);
 }
 
-int replaceRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const MDB_val &old, bool *refused)
+int replaceRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const MDB_val &old,
+                  bool *refused)
 {
     if (!isRecord(file, old)) return MDB_CORRUPTED;
     return putRecord(fcb, file, txn, record, length, copyOfOld(fcb, file, old), refused);

@@ -1,4 +1,5 @@
-// An open indexed file, and what its verbs are made of: transactions, the record with its entries in all keys, the place of sequential reading.
+// An open indexed file, and what its verbs are made of: transactions, the record with its entries
+// in all keys, the place of sequential reading.
 #ifndef COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
 #define COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
 
@@ -35,20 +36,29 @@ struct IndexedFile {
 
 inline IndexedFile *indexedFileOf(FCB *fcb) { return static_cast<IndexedFile *>(fcb->moduleBuffer); }
 
-inline bool hasDuplicates(const IndexedFile *file, uint32_t key) { return key && (file->keys[key].flags & ZVK_FILE_KEY_DUPLICATES); }
+inline bool hasDuplicates(const IndexedFile *file, uint32_t key)
+{
+    return key && (file->keys[key].flags & ZVK_FILE_KEY_DUPLICATES);
+}
 
-inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t *record) { return record + file->keys[key].position; }
+inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t *record)
+{
+    return record + file->keys[key].position;
+}
 
 // --- indexed_transactions.cpp: one change at a time, or many in a batch
 
-// The transaction to read in: the batch, the snapshot as it is (`keep`), or a new one. Null with `error` set.
+// The transaction to read in: the batch, the snapshot as it is (`keep`), or a new one. Null with
+// `error` set.
 MDB_txn *reading(IndexedFile *file, bool keep, int *error);
 void endReading(IndexedFile *file);
-// Will the next `reading` begin a new snapshot, though it may keep the old one? Cursors on the old one go first.
+// Will the next `reading` begin a new snapshot, though it may keep the old one? Cursors on the old
+// one go first.
 bool snapshotIsOld(const IndexedFile *file);
 
 MDB_txn *changing(IndexedFile *file, int *error);
-// Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be told apart.
+// Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be
+// told apart.
 int changed(IndexedFile *file, MDB_txn *txn, int error, bool made);
 
 // --- indexed_record.cpp: a record and its entries in all keys
@@ -61,9 +71,11 @@ inline size_t recordRoom(const IndexedFile *file) { return 2 * (numbersSize(file
 // Is this a record that this file can have? Others are damage of the store.
 bool isRecord(const IndexedFile *file, const MDB_val &stored);
 
-// Each does its work in `txn`. `refused`: an alternate key without duplicates is there already, and nothing was changed. Status 02 is set where it holds.
+// Each does its work in `txn`. `refused`: an alternate key without duplicates is there already, and
+// nothing was changed. Status 02 is set where it holds.
 int insertRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, bool *refused);
-int replaceRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const MDB_val &old, bool *refused);
+int replaceRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const MDB_val &old,
+                  bool *refused);
 int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old);
 
 // --- indexed_position.cpp: cursors, the place of sequential reading, START

@@ -17,8 +17,8 @@ namespace filesystems {
 
 static constexpr size_t mapSize = size_t(1) << 36;
 
-// An environment with LMDB's locks may be open only once in a process; the files of a program that are the same file share it. A child process takes
-// none of its parent's.
+// An environment with LMDB's locks may be open only once in a process; the files of a program that
+// are the same file share it. A child process takes none of its parent's.
 struct Store {
     dev_t device;
     ino_t inode;
@@ -66,7 +66,8 @@ static bool storeIsFull(FCB *fcb)
 
 bool failWithStore(FCB *fcb, int error)
 {
-    // LMDB says EIO also when the system took only a part of what it wrote, as a full disk or the file-size limit makes it.
+    // LMDB says EIO also when the system took only a part of what it wrote, as a full disk or the
+    // file-size limit makes it.
     if (error == EIO && storeIsFull(fcb)) return fail(fcb, 34, fs2Full);
     if (error > 0) return failWithErrno(fcb, error);
     if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
@@ -90,7 +91,8 @@ static int openEnvironment(const char *name, bool writable, bool locked, MDB_env
 
 static void databaseName(uint32_t key, char *name) { snprintf(name, 8, key ? "%u" : "r", key); }
 
-// Pages that the file's end cuts off would end the program when they are touched; as zeros they are an error of the store.
+// Pages that the file's end cuts off would end the program when they are touched; as zeros they are
+// an error of the store.
 static bool completePages(const char *name, MDB_env *env)
 {
     MDB_envinfo info;
@@ -126,7 +128,8 @@ static Store *shareStore(const char *name, const struct stat &about, bool writab
     writable |= faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) == 0;
     pthread_mutex_lock(&storesLock);
     Store *store = stores;
-    while (store && !(store->device == about.st_dev && store->inode == about.st_ino && store->process == getpid())) store = store->next;
+    while (store && !(store->device == about.st_dev && store->inode == about.st_ino && store->process == getpid()))
+        store = store->next;
     if (store && writable && !store->writable)
         *error = EBUSY, store = nullptr;
     else if (store)

@@ -1,8 +1,11 @@
-// The store of an indexed file: an LMDB environment in NAME.mdb, beside the file itself, which holds only the header.
+// The store of an indexed file: an LMDB environment in NAME.mdb, beside the file itself, which
+// holds only the header.
 //
-// LMDB's own locks (NAME.mdb-lock) keep writers and readers of one file apart. Where the share locks on the file itself already say that nobody else can be in
-// the way, the environment is opened without them: a file that is open for this program alone, and one that is read while nobody may write it. A transaction
-// of such a file belongs to no thread. A reader who may not write NAME.mdb-lock, as LMDB's locks need it, admits no writer instead.
+// LMDB's own locks (NAME.mdb-lock) keep writers and readers of one file apart. Where the share
+// locks on the file itself already say that nobody else can be in the way, the environment is
+// opened without them: a file that is open for this program alone, and one that is read while
+// nobody may write it. A transaction of such a file belongs to no thread. A reader who may not
+// write NAME.mdb-lock, as LMDB's locks need it, admits no writer instead.
 #ifndef COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
 #define COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
 
@@ -15,7 +18,8 @@ namespace filesystems {
 
 struct Store;
 
-// May this program write the file's store, or make it? Asked before anything of an old file goes. False with the status set.
+// May this program write the file's store, or make it? Asked before anything of an old file goes.
+// False with the status set.
 bool storeCanBeMade(FCB *fcb);
 
 // Makes the empty store of a new file out of any old one; false with the status set.

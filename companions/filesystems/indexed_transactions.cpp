@@ -1,8 +1,10 @@
 // Transactions of an indexed file.
 //
-// A file that others may write commits each change before the verb returns; one that this program has alone commits every 10,000 changes and at CLOSE. LMDB never
-// overwrites a page in use, so a killed program leaves the last commit. Reading goes in a snapshot: INPUT keeps one for some records, the rest take a new one each
-// time, so that a program sees at once what others did before it read.
+// A file that others may write commits each change before the verb returns; one that this program
+// has alone commits every 10,000 changes and at CLOSE. LMDB never overwrites a page in use, so a
+// killed program leaves the last commit. Reading goes in a snapshot: INPUT keeps one for some
+// records, the rest take a new one each time, so that a program sees at once what others did before
+// it read.
 #include "companions/filesystems/indexed_state.h"
 #include "companions/filesystems/size_limit.h"
 
@@ -20,8 +22,8 @@ MDB_txn *reading(IndexedFile *file, bool keep, int *error)
     if (file->snapshotLive) mdb_txn_reset(file->snapshot);
     file->snapshotLive = file->cursorOn = false;
     file->reads = 0;
-    *error =
-        file->snapshot ? mdb_txn_renew(file->snapshot) : mdb_txn_begin(environmentOf(file->store), nullptr, MDB_RDONLY, &file->snapshot);
+    *error = file->snapshot ? mdb_txn_renew(file->snapshot)
+                            : mdb_txn_begin(environmentOf(file->store), nullptr, MDB_RDONLY, &file->snapshot);
     if (*error) return nullptr;
     file->snapshotLive = true;
     return file->snapshot;

@@ -2,9 +2,11 @@
 //
 //     top margin | body, its last lines the footing area | bottom margin
 //
-// The counter is the line of the body that the next record BEFORE, or the last one AFTER ADVANCING, stands on. A record that leaves the body turns the page:
-// the rest of the body, the bottom margin and the next top margin go out as lines, and the counter is 1 again; the first page's top margin goes out with the first
-// record. Pages are plain lines: a page of 60 lines with margins of 3 takes 66.
+// The counter is the line of the body that the next record BEFORE, or the last one AFTER ADVANCING,
+// stands on. A record that leaves the body turns the page: the rest of the body, the bottom margin
+// and the next top margin go out as lines, and the counter is 1 again; the first page's top margin
+// goes out with the first record. Pages are plain lines: a page of 60 lines with margins of 3 takes
+// 66.
 #ifndef COMPANIONS_FILESYSTEMS_LINAGE_H
 #define COMPANIONS_FILESYSTEMS_LINAGE_H
 
@@ -27,14 +29,15 @@ inline LinagePlace linagePlace(const FCB *fcb) { return {fcb->linagePage, fcb->l
 
 inline bool startLinage(FCB *fcb, const FIB *fib)
 {
-    const FileLinageGroup *group = reinterpret_cast<const FileLinageGroup *>(reinterpret_cast<const uint8_t *>(fib) + fib->linageOffset);
+    const FileLinageGroup *group =
+        reinterpret_cast<const FileLinageGroup *>(reinterpret_cast<const uint8_t *>(fib) + fib->linageOffset);
     fcb->linageBody = group[0].value;
     fcb->linageFooting = fib->linage & ZVK_FILE_LINAGE_FOOTING ? group[1].value : 0;
     fcb->linageTop = fib->linage & ZVK_FILE_LINAGE_TOP ? group[2].value : 0;
     fcb->linageBottom = fib->linage & ZVK_FILE_LINAGE_BOTTOM ? group[3].value : 0;
     constexpr uint32_t most = 65535;
-    if (fcb->linageBody == 0 || fcb->linageBody > most || fcb->linageFooting > fcb->linageBody || fcb->linageTop > most ||
-        fcb->linageBottom > most)
+    if (fcb->linageBody == 0 || fcb->linageBody > most || fcb->linageFooting > fcb->linageBody ||
+        fcb->linageTop > most || fcb->linageBottom > most)
         return fail(fcb, 30, fs2Linage);
     return true;
 }

@@ -1,8 +1,11 @@
 // Line sequential files, "lsq" and "nat": text, a record a line.
 //
-// WRITE drops the blanks at the end of the record and ends it with LF. READ takes LF or CR LF for the end, and fills the record with blanks. A line that is
-// longer than the record gives its first part with status 06, and the next READ goes on behind it. A last line without LF is a record: editors write such
-// files; EXTEND ends it first. But if it is what a kill left of a block, it is none, and EXTEND writes over it. A record with an LF in it would come back as two, so WRITE refuses it with status 30.
+// WRITE drops the blanks at the end of the record and ends it with LF. READ takes LF or CR LF for
+// the end, and fills the record with blanks. A line that is longer than the record gives its first
+// part with status 06, and the next READ goes on behind it. A last line without LF is a record:
+// editors write such files; EXTEND ends it first. But if it is what a kill left of a block, it is
+// none, and EXTEND writes over it. A record with an LF in it would come back as two, so WRITE
+// refuses it with status 30.
 #include "companions/filesystems/linage.h"
 #include "companions/filesystems/sequential_file.h"
 
@@ -85,7 +88,8 @@ struct Lines {
     {
         while (length && record[length - 1] == ' ') --length;
         if (memchr(record, '\n', length)) return fail(fcb, 30, fs2Control);
-        if (__builtin_expect(request->options & (ZVK_REQUEST_BEFORE | ZVK_REQUEST_AFTER) || file->linage || file->lineOpen, 0))
+        if (__builtin_expect(
+                request->options & (ZVK_REQUEST_BEFORE | ZVK_REQUEST_AFTER) || file->linage || file->lineOpen, 0))
             return writeAdvancing(fcb, file, record, length, request);
         uint8_t *room = file->stream.reserve(length + 1);
         if (!room) return failWithErrno(fcb, file->stream.error);
@@ -108,9 +112,11 @@ private:
         if (count) file->lineOpen = false;
     }
 
-    // Advancing moves the paper under the line being written. In the file a line written BEFORE ADVANCING has its ends behind it; one written AFTER stays
-    // without until the next record or CLOSE moves on. No lines at all is overprinting: CR.
-    static bool writeAdvancing(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *request)
+    // Advancing moves the paper under the line being written. In the file a line written BEFORE
+    // ADVANCING has its ends behind it; one written AFTER stays without until the next record or
+    // CLOSE moves on. No lines at all is overprinting: CR.
+    static bool writeAdvancing(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length,
+                               FileRequest *request)
     {
         bool after = request->options & ZVK_REQUEST_AFTER;
         bool said = request->options & (ZVK_REQUEST_BEFORE | ZVK_REQUEST_AFTER);
@@ -130,7 +136,8 @@ private:
             feed = step.lines;
             page = false;
         }
-        // Room for all of it at once, so that a record is never torn from its lines: they may be more than the buffer has.
+        // Room for all of it at once, so that a record is never torn from its lines: they may be
+        // more than the buffer has.
         size_t room = size_t(margin) + leading.lines + length + feed + 2;
         if (room > file->stream.capacity) return fail(fcb, 34, fs2Full);
         if (!file->stream.reserve(room)) return failWithErrno(fcb, file->stream.error);

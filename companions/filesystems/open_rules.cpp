@@ -13,7 +13,8 @@ static Opened refused(int descriptor = -1)
     return {-1, false, false, 0, {}};
 }
 
-// An OPTIONAL file that is not there: a success for INPUT, which reads none; created by I-O and EXTEND.
+// An OPTIONAL file that is not there: a success for INPUT, which reads none; created by I-O and
+// EXTEND.
 static Opened absent(FCB *fcb)
 {
     fcb->state |= ZVK_FILE_ABSENT;
@@ -83,7 +84,8 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
 
 bool emptyFile(FCB *fcb, const Opened &opened, uint64_t size)
 {
-    return opened.size <= size || ftruncate(opened.descriptor, static_cast<off_t>(size)) == 0 || failWithErrno(fcb, errno);
+    return opened.size <= size || ftruncate(opened.descriptor, static_cast<off_t>(size)) == 0 ||
+           failWithErrno(fcb, errno);
 }
 
 } // namespace filesystems

@@ -1,7 +1,9 @@
-// OPEN: which file modes need which file, what OPTIONAL allows, and which descriptors can hold records.
+// OPEN: which file modes need which file, what OPTIONAL allows, and which descriptors can hold
+// records.
 //
-// A name is opened without waiting and without cutting it, then looked at, then taken (share_locks.h). OUTPUT empties it only when nothing can refuse any more. So
-// a pipe does not hang the program, and a file that is refused is not touched.
+// A name is opened without waiting and without cutting it, then looked at, then taken
+// (share_locks.h). OUTPUT empties it only when nothing can refuse any more. So a pipe does not hang
+// the program, and a file that is refused is not touched.
 #ifndef COMPANIONS_FILESYSTEMS_OPEN_RULES_H
 #define COMPANIONS_FILESYSTEMS_OPEN_RULES_H
 
@@ -18,8 +20,9 @@ struct Opened {
     ShareHeld held;
 };
 
-// Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status is set; status 5 with an ABSENT state is
-// a success for the caller too. `devices`: character devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
+// Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status
+// is set; status 5 with an ABSENT state is a success for the caller too. `devices`: character
+// devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
 Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent);
 
 // OUTPUT: cuts a file down to `size` bytes; false with the status set.

@@ -1,8 +1,10 @@
 // When a record is locked, and for how long.
 //
-// A file open for I-O that others may write, too, locks the record of each READ (LOCK MODE AUTOMATIC, and the default) or of READ WITH LOCK only (MANUAL).
-// The lock goes with the next verb, or, with locks on several records, with UNLOCK or CLOSE. REWRITE and DELETE of a record that somebody else has locked
-// are refused whether or not this open reads with locks. A file that nobody else can write has no locks at all.
+// A file open for I-O that others may write, too, locks the record of each READ (LOCK MODE
+// AUTOMATIC, and the default) or of READ WITH LOCK only (MANUAL). The lock goes with the next verb,
+// or, with locks on several records, with UNLOCK or CLOSE. REWRITE and DELETE of a record that
+// somebody else has locked are refused whether or not this open reads with locks. A file that
+// nobody else can write has no locks at all.
 #ifndef COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
 #define COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
 
@@ -22,9 +24,11 @@ struct RecordLocks {
 
     void start(const FCB *fcb, const FIB *fib, int file)
     {
-        uint8_t share = fib->sharing ? fib->shareMode & ZVK_FILE_SHARE_MASK : 0, lock = fib->sharing ? fib->lockMode & 7 : 0;
+        uint8_t share = fib->sharing ? fib->shareMode & ZVK_FILE_SHARE_MASK : 0,
+                lock = fib->sharing ? fib->lockMode & 7 : 0;
         descriptor = file;
-        active = (fcb->requestedMode & ZVK_OPEN_IO) && share != shareNoOther && share != shareReadOnly && lock != lockExclusive;
+        active = (fcb->requestedMode & ZVK_OPEN_IO) && share != shareNoOther && share != shareReadOnly &&
+                 lock != lockExclusive;
         automatic = lock != lockManual;
         multiple = fib->sharing && (fib->shareMode & ZVK_FILE_LOCK_COUNT);
         looks = fib->sharing && (fcb->requestedMode & ZVK_OPEN_INPUT);
@@ -49,7 +53,8 @@ struct RecordLocks {
         if (options & ZVK_REQUEST_IGNORE_LOCK) return true;
         bool wanted = active && ((options & ZVK_REQUEST_LOCK) || (automatic && !(options & ZVK_REQUEST_NO_LOCK)));
         if (wanted) return take(fcb, record);
-        if ((active || looks) && lookAtLock(descriptor, record) == Taken::locked) return fail(fcb, statusRecordLocked, fs2RecordLocked);
+        if ((active || looks) && lookAtLock(descriptor, record) == Taken::locked)
+            return fail(fcb, statusRecordLocked, fs2RecordLocked);
         return true;
     }
 

@@ -1,4 +1,5 @@
-// Record sequential files, "rsd" and "str": fixed records back to back, variable ones behind length words.
+// Record sequential files, "rsd" and "str": fixed records back to back, variable ones behind length
+// words.
 #include "companions/filesystems/back_to_back.h"
 
 extern "C" {

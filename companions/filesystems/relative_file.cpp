@@ -2,12 +2,13 @@
 //
 //     slot: length + 1 in four bytes, 0 for no record | the longest record's bytes
 //
-// A slot goes out in one pwrite, so a killed program leaves it as it was or as it should be; holes of the file are empty slots. A slot that the
-// file's end cuts off holds no record.
+// A slot goes out in one pwrite, so a killed program leaves it as it was or as it should be; holes
+// of the file are empty slots. A slot that the file's end cuts off holds no record.
 //
-// READ NEXT, PREVIOUS and START look for a record in a window of slots, one pread for many. What this program writes goes into the window, too. Where others may
-// write, the window is only a hint: a record that it shows is read again behind its lock, and where it shows none it is filled anew from that slot on before
-// the search goes on.
+// READ NEXT, PREVIOUS and START look for a record in a window of slots, one pread for many. What
+// this program writes goes into the window, too. Where others may write, the window is only a hint:
+// a record that it shows is read again behind its lock, and where it shows none it is filled anew
+// from that slot on before the search goes on.
 #include "companions/filesystems/relative_file.h"
 
 #include <errno.h>
@@ -48,7 +49,10 @@ struct RelativeFile {
 
 RelativeFile *fileOf(FCB *fcb) { return static_cast<RelativeFile *>(fcb->moduleBuffer); }
 
-uint64_t offsetOf(const RelativeFile *file, uint64_t record) { return storedHeaderSize + (record - 1) * file->slotSize; }
+uint64_t offsetOf(const RelativeFile *file, uint64_t record)
+{
+    return storedHeaderSize + (record - 1) * file->slotSize;
+}
 
 uint64_t slotCount(const RelativeFile *file)
 {
@@ -84,13 +88,15 @@ const uint8_t *windowSlot(const RelativeFile *file, uint64_t record)
     return file->window + (record - file->windowFirst) * file->slotSize;
 }
 
-// Fills the window with the slots from `record` on, or, going back, up to it. False if that slot is beyond the end, or on an error.
+// Fills the window with the slots from `record` on, or, going back, up to it. False if that slot is
+// beyond the end, or on an error.
 bool fillWindow(RelativeFile *file, uint64_t record, bool back)
 {
     file->windowFirst = !back ? record : record > file->windowMost ? record - file->windowMost + 1 : 1;
     file->windowCount = 0;
     uint64_t wanted = back ? record - file->windowFirst + 1 : file->windowMost;
-    ssize_t got = pread(file->descriptor, file->window, wanted * file->slotSize, static_cast<off_t>(offsetOf(file, file->windowFirst)));
+    ssize_t got = pread(file->descriptor, file->window, wanted * file->slotSize,
+                        static_cast<off_t>(offsetOf(file, file->windowFirst)));
     file->error = got < 0 ? errno : 0;
     if (got > 0) file->windowCount = static_cast<uint64_t>(got) / file->slotSize;
     return inWindow(file, record);
@@ -104,7 +110,8 @@ void forgetWindow(RelativeFile *file)
 
 bool put(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, size_t size)
 {
-    if (int error = writeAll(file->descriptor, true, data, size, offsetOf(file, record))) return failWithErrno(fcb, error);
+    if (int error = writeAll(file->descriptor, true, data, size, offsetOf(file, record)))
+        return failWithErrno(fcb, error);
     if (inWindow(file, record)) memcpy(file->window + (record - file->windowFirst) * file->slotSize, data, size);
     return true;
 }
@@ -118,7 +125,8 @@ bool store(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, u
     return put(fcb, file, record, file->slot, file->slotSize);
 }
 
-// The first slot from `record` on that is no hole of the file, 0 for none: a number far out must not cost a walk through all before it.
+// The first slot from `record` on that is no hole of the file, 0 for none: a number far out must
+// not cost a walk through all before it.
 uint64_t beyondHole(const RelativeFile *file, uint64_t record)
 {
     off_t at = static_cast<off_t>(offsetOf(file, record)), data = lseek(file->descriptor, at, SEEK_DATA);
@@ -179,7 +187,8 @@ uint64_t findFromPlace(RelativeFile *file, bool back, int64_t *length)
 
 void finish(FCB *fcb, IPCB *element, uint8_t verb) { zvkFinishVerb(fcb, element, verb); }
 
-// Locks the record that a READ found, as the statement has it, and reads it anew where others write. False: it is gone. A refusal is in the status.
+// Locks the record that a READ found, as the statement has it, and reads it anew where others
+// write. False: it is gone. A refusal is in the status.
 bool takeRecord(FCB *fcb, RelativeFile *file, uint64_t record, uint32_t options, int64_t *length)
 {
     if (!(file->locks.holding && file->locks.held == record)) file->locks.release();

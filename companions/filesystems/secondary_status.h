@@ -1,7 +1,8 @@
 // Secondary statuses of the file-system modules.
 //
-// FS1 says what a program has to know; FS2 says why. The library's own routines use small numbers of theirs (up to 34); those of the modules
-// begin at 100, so that a number in a feedback field says who set it. An error of the operating system is 1000 plus its errno.
+// FS1 says what a program has to know; FS2 says why. The library's own routines use small numbers
+// of theirs (up to 34); those of the modules begin at 100, so that a number in a feedback field
+// says who set it. An error of the operating system is 1000 plus its errno.
 #ifndef COMPANIONS_FILESYSTEMS_SECONDARY_STATUS_H
 #define COMPANIONS_FILESYSTEMS_SECONDARY_STATUS_H
 

@@ -1,7 +1,8 @@
 // Sequential files: what their formats have in common.
 //
-// A format is a traits type that reads, writes and replaces one record at the stream's place; this file has the rules around it: modes, positions,
-// statuses, the end of the file and the next file of a concatenation. `openSequential<Format>` puts `SequentialVerbs<Format>` into the FCB's slots.
+// A format is a traits type that reads, writes and replaces one record at the stream's place; this
+// file has the rules around it: modes, positions, statuses, the end of the file and the next file
+// of a concatenation. `openSequential<Format>` puts `SequentialVerbs<Format>` into the FCB's slots.
 //
 //     struct BinaryRecords {
 //         static bool open(FCB *, SequentialFile *);                        // beyond the common; may refuse
@@ -110,7 +111,8 @@ struct SequentialVerbs {
         zvkFinishVerb(fcb, element, ZVK_VERB_WRITE);
     }
 
-    // REWRITE replaces the record of the READ before it, in its own length: records lie back to back.
+    // REWRITE replaces the record of the READ before it, in its own length: records lie back to
+    // back.
     static void rewrite(FCB *fcb, IPCB *element, FileRequest *request)
     {
         FileRequest none = {};
@@ -160,7 +162,8 @@ struct SequentialVerbs {
         _zvkGenericClose(fcb, element, 0);
     }
 
-    // The slots for the mode that is being opened; the others keep the error routines of a closed file.
+    // The slots for the mode that is being opened; the others keep the error routines of a closed
+    // file.
     static void setSlots(FCB *fcb, const FIB *fib)
     {
         if (fcb->requestedMode & (ZVK_OPEN_INPUT | ZVK_OPEN_IO)) fcb->read = read;
@@ -171,13 +174,15 @@ struct SequentialVerbs {
     }
 };
 
-// Buffers and place of a file whose descriptor is open; the file's data begins at `dataStart`. On failure the status is set and the descriptor closed.
+// Buffers and place of a file whose descriptor is open; the file's data begins at `dataStart`. On
+// failure the status is set and the descriptor closed.
 template <class Format>
 bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart)
 {
     SequentialFile *file = newState<SequentialFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
-    size_t capacity = streamBufferSize > 2 * size_t(format.longest) + 64 ? streamBufferSize : 2 * size_t(format.longest) + 64;
+    size_t capacity =
+        streamBufferSize > 2 * size_t(format.longest) + 64 ? streamBufferSize : 2 * size_t(format.longest) + 64;
     fcb->moduleBuffer2 = malloc(capacity);
     if (!file || !fcb->moduleBuffer2) fail(fcb, 34, fs2Storage);
     if (fcb->status < 10) {
@@ -197,7 +202,8 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
             bool extend = fcb->requestedMode & ZVK_OPEN_EXTEND;
             file->whole = Format::wholeSize(fcb, file, opened.size, extend);
             stream.seek(extend && fcb->status < 10 ? file->whole : dataStart);
-            if (fcb->status < 10 && extend && file->whole < opened.size && ftruncate(opened.descriptor, static_cast<off_t>(file->whole)))
+            if (fcb->status < 10 && extend && file->whole < opened.size &&
+                ftruncate(opened.descriptor, static_cast<off_t>(file->whole)))
                 failWithErrno(fcb, errno);
         }
     }
@@ -210,7 +216,8 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
     return true;
 }
 
-// I-O changes records in place without locks on them, and EXTEND keeps its place in the file: neither admits another writer.
+// I-O changes records in place without locks on them, and EXTEND keeps its place in the file:
+// neither admits another writer.
 inline SharePolicy sequentialSharing(const FCB *fcb)
 {
     if (fcb->requestedMode & ZVK_OPEN_INPUT) return {shareAllOther, shareAllOther};

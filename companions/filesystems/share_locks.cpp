@@ -9,7 +9,8 @@
 namespace filesystems {
 
 static constexpr off_t firstRecordLock = off_t(1) << 60;
-static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3, making = present + 4;
+static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3,
+                       making = present + 4;
 
 static int setLock(int descriptor, short type, off_t start, off_t length = 1)
 {
@@ -91,17 +92,24 @@ void beginMaking(int descriptor)
 
 void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, making); }
 
-static off_t lockOf(uint64_t record) { return firstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1)); }
+static off_t lockOf(uint64_t record)
+{
+    return firstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1));
+}
 
 Taken lockRecord(int descriptor, uint64_t record)
 {
     int error = setLock(descriptor, F_WRLCK, lockOf(record));
-    if (error == EBADF) error = setLock(descriptor, F_RDLCK, lockOf(record)); // opened for INPUT: holds off writers all the same
+    if (error == EBADF)
+        error = setLock(descriptor, F_RDLCK, lockOf(record)); // opened for INPUT: holds off writers all the same
     if (!error) return Taken::yes;
     return error == EAGAIN || error == EACCES ? Taken::locked : Taken::failed;
 }
 
-Taken lookAtLock(int descriptor, uint64_t record) { return othersHold(descriptor, lockOf(record)) ? Taken::locked : Taken::yes; }
+Taken lookAtLock(int descriptor, uint64_t record)
+{
+    return othersHold(descriptor, lockOf(record)) ? Taken::locked : Taken::yes;
+}
 
 void unlockRecord(int descriptor, uint64_t record) { setLock(descriptor, F_UNLCK, lockOf(record)); }
 

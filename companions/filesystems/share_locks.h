@@ -1,13 +1,15 @@
 // Sharing of files and locks on records, between processes and between two opens of one process.
 //
-// Both are advisory locks of the open file description (F_OFD_SETLK), on bytes far beyond any data: the system frees them when the descriptor
-// closes or its process dies, so a killed program leaves nothing locked. They never wait, so there is no deadlock: what another open holds gives
-// status 94 at OPEN (file in use) or 99 at a verb (record locked).
+// Both are advisory locks of the open file description (F_OFD_SETLK), on bytes far beyond any data:
+// the system frees them when the descriptor closes or its process dies, so a killed program leaves
+// nothing locked. They never wait, so there is no deadlock: what another open holds gives status 94
+// at OPEN (file in use) or 99 at a verb (record locked).
 //
-// Three bytes say who has the file open. `present` is locked shared by every open, exclusively by one that shares with nobody. `writers` is locked
-// shared by every open that writes, exclusively by one that admits no other writer. A reader's descriptor can take shared locks only: one that admits no
-// writer locks `deniers`, one that admits nobody `loners`. Each takes its locks first and looks for the other side's afterwards: of two at the same moment at
-// least one sees the other.
+// Three bytes say who has the file open. `present` is locked shared by every open, exclusively by
+// one that shares with nobody. `writers` is locked shared by every open that writes, exclusively by
+// one that admits no other writer. A reader's descriptor can take shared locks only: one that
+// admits no writer locks `deniers`, one that admits nobody `loners`. Each takes its locks first and
+// looks for the other side's afterwards: of two at the same moment at least one sees the other.
 #ifndef COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
 #define COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
 
@@ -37,10 +39,12 @@ struct ShareHeld {
 // Takes the file for an open in this mode. False: in use, or an error; the status is set.
 bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held);
 
-// A reader admits no writer from now on, whatever it said; false if there is one, or no lock can be had.
+// A reader admits no writer from now on, whatever it said; false if there is one, or no lock can be
+// had.
 bool denyWriters(int descriptor);
 
-// One program makes the content of an empty file, others wait that long. Not for OUTPUT, which is alone.
+// One program makes the content of an empty file, others wait that long. Not for OUTPUT, which is
+// alone.
 void beginMaking(int descriptor);
 void endMaking(int descriptor);
 

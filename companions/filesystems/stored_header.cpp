@@ -54,8 +54,10 @@ bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHe
 {
     ssize_t got = pread(descriptor, header, sizeof *header, 0);
     if (got < 0) return failWithErrno(fcb, errno);
-    if (got < 11 || memcmp(header->mark, "STL", 3) != 0 || memcmp(header->magic, magic, sizeof magic) != 0) return fail(fcb, 39, fs2Header);
-    if (got != static_cast<ssize_t>(sizeof *header) || header->checksum != checksumOf(*header)) return fail(fcb, 30, fs2Header);
+    if (got < 11 || memcmp(header->mark, "STL", 3) != 0 || memcmp(header->magic, magic, sizeof magic) != 0)
+        return fail(fcb, 39, fs2Header);
+    if (got != static_cast<ssize_t>(sizeof *header) || header->checksum != checksumOf(*header))
+        return fail(fcb, 30, fs2Header);
     StoredHeader wanted = expected;
     wanted.identity = header->identity;
     wanted.checksum = header->checksum;

@@ -1,8 +1,9 @@
 // The header of a file of the default file system: its first 4096 bytes.
 //
-// "STL" at bytes 8 to 10 lets the library find the module of a file whose assignment names none. The rest are the attributes that the file was created with, so
-// that an OPEN with others gets status 39 and not garbage, and a checksum over them. Records begin behind the header; those of an indexed file are in the store
-// beside it, which bears the same `identity`.
+// "STL" at bytes 8 to 10 lets the library find the module of a file whose assignment names none.
+// The rest are the attributes that the file was created with, so that an OPEN with others gets
+// status 39 and not garbage, and a checksum over them. Records begin behind the header; those of an
+// indexed file are in the store beside it, which bears the same `identity`.
 #ifndef COMPANIONS_FILESYSTEMS_STORED_HEADER_H
 #define COMPANIONS_FILESYSTEMS_STORED_HEADER_H
 
@@ -37,7 +38,8 @@ void describeFile(const FIB *fib, StoredHeader *header);
 // Writes a new file's header; false with the status set.
 bool writeHeader(FCB *fcb, int descriptor, StoredHeader *header);
 
-// Reads the header and compares it with the program's attributes: 30 for a damaged one, 39 for a foreign file or other attributes.
+// Reads the header and compares it with the program's attributes: 30 for a damaged one, 39 for a
+// foreign file or other attributes.
 bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHeader *header);
 
 } // namespace filesystems

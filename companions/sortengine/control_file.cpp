@@ -83,7 +83,8 @@ bool parseFile(FILE *file, SortSettings *settings)
     size_t room = 0;
     ssize_t length;
     bool good = true;
-    while (good && (length = getline(&line, &room, file)) > 0) good = parseLine(line, static_cast<size_t>(length), settings);
+    while (good && (length = getline(&line, &room, file)) > 0)
+        good = parseLine(line, static_cast<size_t>(length), settings);
     free(line);
     return good && !ferror(file);
 }
@@ -92,7 +93,8 @@ bool parseFile(FILE *file, SortSettings *settings)
 uint64_t sensibleMemory()
 {
     auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
-    uint64_t all = static_cast<uint64_t>(sysconf(_SC_PHYS_PAGES)) * page, unused = static_cast<uint64_t>(sysconf(_SC_AVPHYS_PAGES)) * page;
+    uint64_t all = static_cast<uint64_t>(sysconf(_SC_PHYS_PAGES)) * page,
+             unused = static_cast<uint64_t>(sysconf(_SC_AVPHYS_PAGES)) * page;
     return std::max<uint64_t>(std::min(all / 8, unused / 2), 16u << 20);
 }
 
@@ -102,7 +104,8 @@ bool readSettings(SortSettings *settings, const char *controlFile, const SortEig
 {
     *settings = {};
     settings->memory = eighth.memory;
-    snprintf(settings->workDirectory, sizeof settings->workDirectory, "%s", tempDirectory && *tempDirectory ? tempDirectory : ".");
+    snprintf(settings->workDirectory, sizeof settings->workDirectory, "%s",
+             tempDirectory && *tempDirectory ? tempDirectory : ".");
     bool good = true;
     if (controlFile && *controlFile) {
         FILE *file = fopen(controlFile, "re");

@@ -3,5 +3,6 @@
 
 #include "sort_state.h"
 
-// Settings from the file, if there is one, and from the eighth argument. False if a line makes no sense.
+// Settings from the file, if there is one, and from the eighth argument. False if a line makes no
+// sense.
 bool readSettings(SortSettings *settings, const char *controlFile, const SortEighth &eighth, const char *tempDirectory);

@@ -25,7 +25,8 @@ int64_t readWhole(int fd, uint8_t *bytes, uint64_t size)
 
 int64_t readWholeAt(int fd, uint8_t *bytes, uint64_t size, uint64_t offset)
 {
-    return readOn(size, [=](uint64_t have) { return pread(fd, bytes + have, size - have, static_cast<off_t>(offset + have)); });
+    return readOn(
+        size, [=](uint64_t have) { return pread(fd, bytes + have, size - have, static_cast<off_t>(offset + have)); });
 }
 
 bool writeWholeAt(int fd, const uint8_t *bytes, uint64_t size, uint64_t offset)

@@ -22,8 +22,8 @@ uint32_t makeKeyPlan(KeyPlan *plan, const SortKeyList *list, const uint8_t *coll
     }
     if (space > ZVK_SORT_MAX_KEY_BYTES || reach > UINT32_MAX) return ZVK_SORT_EKEYS;
     const TableSortKey &first = list->keys[0];
-    bool bytes =
-        (first.keyType == ZVK_KEY_ALPHANUMERIC && !collating) || first.keyType == ZVK_KEY_NATIONAL || first.keyType == ZVK_KEY_DBCS;
+    bool bytes = (first.keyType == ZVK_KEY_ALPHANUMERIC && !collating) || first.keyType == ZVK_KEY_NATIONAL ||
+                 first.keyType == ZVK_KEY_DBCS;
     plan->keyBytes = static_cast<uint32_t>(space);
     plan->tailBytes = plan->keyBytes > kPrefixBytes ? plan->keyBytes - kPrefixBytes : 0;
     plan->reach = static_cast<uint32_t>(reach);

@@ -1,8 +1,9 @@
 // The plan by which a record's keys become one byte string.
 //
-// The first 12 bytes of the string travel with every index entry as two numbers, which decides nearly all compares without touching a record.
-// What is longer stays behind as the `tail`. A single ascending key of plain bytes needs no string at all: it is read where it lies in
-// the record ("plain").
+// The first 12 bytes of the string travel with every index entry as two numbers, which decides
+// nearly all compares without touching a record. What is longer stays behind as the `tail`. A
+// single ascending key of plain bytes needs no string at all: it is read where it lies in the
+// record ("plain").
 #pragma once
 
 #include "kvr2/sort.h"
@@ -31,9 +32,13 @@ struct KeyHead {
 uint32_t makeKeyPlan(KeyPlan *plan, const SortKeyList *list, const uint8_t *collating);
 
 // Where the tail of a plain key lies; the record without length word.
-inline const uint8_t *plainTail(const KeyPlan &plan, const uint8_t *data) { return data + plan.plainOffset + kPrefixBytes; }
+inline const uint8_t *plainTail(const KeyPlan &plan, const uint8_t *data)
+{
+    return data + plan.plainOffset + kPrefixBytes;
+}
 
-// The prefix numbers of a record's keys. `scratch` has keyBytes rounded up to the prefix; the tail, unless plain, stands in it behind the prefix.
+// The prefix numbers of a record's keys. `scratch` has keyBytes rounded up to the prefix; the tail,
+// unless plain, stands in it behind the prefix.
 void readKey(const KeyPlan &plan, const uint8_t *data, uint8_t *scratch, KeyHead *head);
 
 inline int compareHeads(const KeyPlan &plan, const KeyHead &a, const KeyHead &b)

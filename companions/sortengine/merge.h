@@ -1,15 +1,18 @@
 // Merging: many sources that are each in order become one.
 //
-// A source is a sorted segment, a run of the work file or, for MERGE, a USING file; all show the head record's key prefix, so that the tree
-// compares without knowing which is which. The tree is a tournament of losers: the winner goes out, its source moves on and plays only
-// against the losers on its way up, one compare a level. Among equal keys the earlier source wins, which keeps their order.
+// A source is a sorted segment, a run of the work file or, for MERGE, a USING file; all show the
+// head record's key prefix, so that the tree compares without knowing which is which. The tree is a
+// tournament of losers: the winner goes out, its source moves on and plays only against the losers
+// on its way up, one compare a level. Among equal keys the earlier source wins, which keeps their
+// order.
 #pragma once
 
 #include "segment.h"
 
 struct Sort;
 
-// Head of a source. `advance` moves to the next record; it sets `done` at the end, and returns false after an error.
+// Head of a source. `advance` moves to the next record; it sets `done` at the end, and returns
+// false after an error.
 struct Source {
     KeyHead head;
     const uint8_t *record; // release form

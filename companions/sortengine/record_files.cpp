@@ -1,6 +1,7 @@
 // USING and GIVING files through the routines in their slots; see record_io.h.
 //
-// A routine may end the run unit and with it this sort, so each call is followed by a look at `error` before anything of the sort is touched.
+// A routine may end the run unit and with it this sort, so each call is followed by a look at
+// `error` before anything of the sort is touched.
 #include <algorithm>
 #include <cstring>
 
@@ -100,7 +101,8 @@ bool openFileSource(Sort *sort, Source *source, FCB *fcb)
 
 // ---- GIVING
 
-// Bytes that a record has in the file at least, filled with blanks: all of them in a fixed file and in one of nothing but records' bytes.
+// Bytes that a record has in the file at least, filled with blanks: all of them in a fixed file and
+// in one of nothing but records' bytes.
 static uint32_t leastBytes(const FCB *fcb, uint32_t most)
 {
     constexpr uint8_t kBinaryFiles = 7;

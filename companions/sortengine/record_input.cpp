@@ -1,7 +1,8 @@
 // Records into the sort; see record_io.h.
 //
-// Segments are filled one after the other. While one is filled the worker sorts the one before. When the budget's last segment is full, the
-// worker merges the older half of them into a run while this thread goes on filling what the run before has freed.
+// Segments are filled one after the other. While one is filled the worker sorts the one before.
+// When the budget's last segment is full, the worker merges the older half of them into a run while
+// this thread goes on filling what the run before has freed.
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
@@ -55,7 +56,8 @@ bool addRun(Sort *sort, SortRun run)
 // Has the oldest half of the segments in memory written out.
 bool startRun(Sort *sort)
 {
-    if (sort->work.fd < 0 && !openWorkFile(&sort->work, sort->settings.workDirectory)) return fail(sort, ZVK_SORT_EWORK);
+    if (sort->work.fd < 0 && !openWorkFile(&sort->work, sort->settings.workDirectory))
+        return fail(sort, ZVK_SORT_EWORK);
     RunJob &run = sort->runJob;
     run.job.run = writeRun;
     run.worker = &sort->worker;
@@ -98,7 +100,8 @@ bool nextSegment(Sort *sort)
     if (!sort->freeSegments) {
         if (!sort->runJob.count && !startRun(sort)) return false;
         if (!finishRun(sort)) return false;
-        // The younger half follows at once, so that it is written while its elder's memory is filled.
+        // The younger half follows at once, so that it is written while its elder's memory is
+        // filled.
         if (sort->residentCount >= std::max(sort->segmentLimit / 2, 1u) && !startRun(sort)) return false;
     }
     sort->filling = sort->freeSegments;
@@ -140,7 +143,8 @@ int64_t addRecords(Sort *sort, const uint8_t *bytes, uint64_t size)
         if (sort->layout.variable) {
             if (size - at < kLengthWord) break;
             length = loadWord(bytes + at);
-            if (length < kLengthWord || length - kLengthWord > sort->layout.recordLength) return fail(sort, ZVK_SORT_EFORM), -1;
+            if (length < kLengthWord || length - kLengthWord > sort->layout.recordLength)
+                return fail(sort, ZVK_SORT_EFORM), -1;
         }
         if (size - at < length) break;
         uint8_t *room = makeRoom(sort, length);
@@ -229,7 +233,8 @@ bool collectInput(Sort *sort, const SortIoRecord &input)
         // The last one is not worth the worker unless there are others to be sorted beside it.
         sort->recordCount += sort->filling->count;
         sort->resident[sort->residentCount++] = sort->filling;
-        if (sort->residentCount == 1 && !sort->runCount) sort->filling->job.error = 0, sort->filling->job.run(&sort->filling->job);
+        if (sort->residentCount == 1 && !sort->runCount)
+            sort->filling->job.error = 0, sort->filling->job.run(&sort->filling->job);
         if (sort->filling->job.error) return fail(sort, sort->filling->job.error);
         if (!sort->filling->entries && sort->filling->count) submit(&sort->worker, &sort->filling->job);
         sort->filling = nullptr;

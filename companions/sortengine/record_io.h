@@ -1,15 +1,19 @@
-// Records into the sort and out of it: USING and GIVING files through their slots, spill files, memory.
+// Records into the sort and out of it: USING and GIVING files through their slots, spill files,
+// memory.
 #pragma once
 
 #include "sort_state.h"
 
-// Fills segments from all of the input, writing runs when the budget is used up; at its end all of it is in `resident` and `runs`.
+// Fills segments from all of the input, writing runs when the budget is used up; at its end all of
+// it is in `resident` and `runs`.
 bool collectInput(Sort *sort, const SortIoRecord &input);
 
-// Files, through the routines in their slots. After each of these `sort` may have been abandoned, which counts as failure.
+// Files, through the routines in their slots. After each of these `sort` may have been abandoned,
+// which counts as failure.
 bool openFile(Sort *sort, FCB *fcb, uint16_t mode, uint32_t error);
 bool closeFile(Sort *sort, FCB *fcb, uint32_t error);
-// The next record in release form at `record`, which has room for recordLength bytes and a length word; `*bytes` is 0 at the end.
+// The next record in release form at `record`, which has room for recordLength bytes and a length
+// word; `*bytes` is 0 at the end.
 bool readFile(Sort *sort, FCB *fcb, uint8_t *record, uint32_t *bytes);
 
 // `number` counts the records from 1.

@@ -76,7 +76,8 @@ bool putRecord(Sort *sort, Output *output, const uint8_t *record, uint32_t bytes
         output->bytes += bytes;
         return true;
     }
-    if (output->buffers[output->current].used + bytes > kBufferBytes && output->buffers[output->current].used && !turnBuffer(sort, output))
+    if (output->buffers[output->current].used + bytes > kBufferBytes && output->buffers[output->current].used &&
+        !turnBuffer(sort, output))
         return false;
     OutputBuffer &buffer = output->buffers[output->current];
     memcpy(buffer.bytes + buffer.used, record, bytes);
@@ -92,8 +93,8 @@ bool closeOutput(Sort *sort, Output *output)
     }
     if (output->to->count || !output->to->path) return true;
     OutputBuffer &last = output->buffers[output->current];
-    bool written =
-        waitFor(&sort->worker, &output->buffers[output->current ^ 1].job) == 0 && writeWholeAt(last.fd, last.bytes, last.used, last.offset);
+    bool written = waitFor(&sort->worker, &output->buffers[output->current ^ 1].job) == 0 &&
+                   writeWholeAt(last.fd, last.bytes, last.used, last.offset);
     int closed = close(sort->outputFd);
     sort->outputFd = -1;
     return (written && closed == 0) || fail(sort, ZVK_SORT_EWRITE);

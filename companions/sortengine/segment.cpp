@@ -64,7 +64,9 @@ void radixSort(Segment *segment, Entry *spare)
     }
     int shift = std::max(64 - __builtin_clzll(differ) - kRadixBits, 0);
     uint32_t ends[kBuckets] = {};
-    auto bucketOf = [shift](const Entry &entry) { return static_cast<uint32_t>(entry.first >> shift) & (kBuckets - 1); };
+    auto bucketOf = [shift](const Entry &entry) {
+        return static_cast<uint32_t>(entry.first >> shift) & (kBuckets - 1);
+    };
     for (uint32_t i = 0; i < count; i++) ends[bucketOf(entries[i])]++;
     uint32_t place = 0;
     for (uint32_t &end : ends) {

@@ -1,9 +1,11 @@
 // A segment: a piece of memory full of records, sorted by itself.
 //
-// Records stand one behind the other in release form; those of variable length have their offsets at the arena's far end, growing towards them.
-// A full segment is sorted by the worker while the next one is filled. Sorting permutes an index, never the records: 16 bytes an entry,
-// 12 of them the key's prefix. One radix pass over the first bits that differ deals the entries out to 2,048 buckets, which are then small
-// enough for the cache. Equal keys are told apart by their place, so their order stays.
+// Records stand one behind the other in release form; those of variable length have their offsets
+// at the arena's far end, growing towards them. A full segment is sorted by the worker while the
+// next one is filled. Sorting permutes an index, never the records: 16 bytes an entry, 12 of them
+// the key's prefix. One radix pass over the first bits that differ deals the entries out to 2,048
+// buckets, which are then small enough for the cache. Equal keys are told apart by their place, so
+// their order stays.
 #pragma once
 
 #include "key_plan.h"
@@ -69,11 +71,15 @@ inline uint32_t *offsetSlot(const Segment *segment, uint32_t index)
 
 inline const uint8_t *recordAt(const Segment *segment, uint32_t index)
 {
-    return segment->records + (segment->layout->variable ? *offsetSlot(segment, index) : uint64_t{index} * segment->layout->recordLength);
+    return segment->records +
+           (segment->layout->variable ? *offsetSlot(segment, index) : uint64_t{index} * segment->layout->recordLength);
 }
 
 // A record's bytes without the length word.
-inline const uint8_t *dataOf(const RecordLayout &layout, const uint8_t *record) { return layout.variable ? record + kLengthWord : record; }
+inline const uint8_t *dataOf(const RecordLayout &layout, const uint8_t *record)
+{
+    return layout.variable ? record + kLengthWord : record;
+}
 
 inline const uint8_t *tailAt(const Segment *segment, uint32_t index)
 {

@@ -59,7 +59,9 @@ void abandonSorts()
 
 void *take(Sort *sort, uint64_t bytes)
 {
-    auto *block = bytes < UINT64_MAX - sizeof(MemoryBlock) ? static_cast<MemoryBlock *>(malloc(sizeof(MemoryBlock) + bytes)) : nullptr;
+    auto *block = bytes < UINT64_MAX - sizeof(MemoryBlock)
+                      ? static_cast<MemoryBlock *>(malloc(sizeof(MemoryBlock) + bytes))
+                      : nullptr;
     if (!block) {
         fail(sort, ZVK_SORT_ESTORAGE);
         return nullptr;

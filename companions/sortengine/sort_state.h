@@ -1,9 +1,11 @@
 // One running sort, from the engine's call to its return.
 //
-// Everything it owns hangs on this record, so that both its end and an operation 11 from within (a file's routine ended the run unit) can free
-// it with one call. After that `error` is ZVK_SORT_EABANDONED and the code on the way back touches nothing any more: whoever has called a
-// file's routine looks at `error` first. The routine may also jump out of the engine, past all of its frames, and operation 11 comes later. So the
-// record is not on the stack, and what the worker looks at, keys and collating table too, belongs to it.
+// Everything it owns hangs on this record, so that both its end and an operation 11 from within (a
+// file's routine ended the run unit) can free it with one call. After that `error` is
+// ZVK_SORT_EABANDONED and the code on the way back touches nothing any more: whoever has called a
+// file's routine looks at `error` first. The routine may also jump out of the engine, past all of
+// its frames, and operation 11 comes later. So the record is not on the stack, and what the worker
+// looks at, keys and collating table too, belongs to it.
 #pragma once
 
 #include "merge.h"
@@ -54,7 +56,8 @@ struct Sort {
 // Makes this thread's sort; it is what an operation 11 finds.
 void openSort(Sort *sort);
 void closeSort(Sort *sort);
-// Operation 11: frees all that the sorts of this thread have, but not their records: the frames that made them may still come back.
+// Operation 11: frees all that the sorts of this thread have, but not their records: the frames
+// that made them may still come back.
 void abandonSorts();
 
 // Storage that goes with the sort; null with `error` set.

@@ -86,7 +86,8 @@ bool loadItem(Sort *sort, Source *source, uint64_t bytes)
     source->have = left + want;
     // The system fetches the next piece while this one is merged.
     if (source->offset < source->end)
-        posix_fadvise(sort->work.fd, static_cast<off_t>(source->offset), static_cast<off_t>(source->bufferSize), POSIX_FADV_WILLNEED);
+        posix_fadvise(sort->work.fd, static_cast<off_t>(source->offset), static_cast<off_t>(source->bufferSize),
+                      POSIX_FADV_WILLNEED);
     return source->have >= bytes || fail(sort, ZVK_SORT_EWORK);
 }
 
@@ -168,8 +169,8 @@ bool mergeRuns(Sort *sort, Reduction *reduction, const SortRun *runs, uint32_t c
     *merged = {sort->work.size, sort->work.size};
     for (uint32_t i = 0; i < count; i++) {
         merged->end += runs[i].end - runs[i].start;
-        if (!openRunSource(sort, &reduction->sources[i], runs[i].start, runs[i].end, reduction->buffers + i * reduction->bufferSize,
-                           reduction->bufferSize))
+        if (!openRunSource(sort, &reduction->sources[i], runs[i].start, runs[i].end,
+                           reduction->buffers + i * reduction->bufferSize, reduction->bufferSize))
             return false;
     }
     RunWriter *writer = &reduction->writer;

@@ -1,11 +1,13 @@
 // The work file: runs that did not fit into memory.
 //
-// All runs of a sort stand in one file, one behind the other, so that the number of runs is not bound by the number of descriptors. The file
-// has no name from the moment it is open: a crash leaves nothing behind. A run's items are the key prefix, tail and record; of plain keys
-// the record alone.
+// All runs of a sort stand in one file, one behind the other, so that the number of runs is not
+// bound by the number of descriptors. The file has no name from the moment it is open: a crash
+// leaves nothing behind. A run's items are the key prefix, tail and record; of plain keys the
+// record alone.
 //
-// One merge reads all runs at once, unless their buffers would take more memory than there is: then the first runs are merged into longer ones, behind
-// the others in the same file, and only as many as bring the rest within bounds.
+// One merge reads all runs at once, unless their buffers would take more memory than there is: then
+// the first runs are merged into longer ones, behind the others in the same file, and only as many
+// as bring the rest within bounds.
 #pragma once
 
 #include "merge.h"
@@ -36,5 +38,6 @@ void writeRun(Job *job);
 // A run as a source of a merge; the buffer holds at least the longest item.
 bool openRunSource(Sort *sort, Source *source, uint64_t start, uint64_t end, uint8_t *buffer, uint64_t bufferSize);
 
-// Merges neighbouring runs into longer ones until no more than `most` are left, each read through a buffer of `bufferSize` bytes.
+// Merges neighbouring runs into longer ones until no more than `most` are left, each read through a
+// buffer of `bufferSize` bytes.
 bool reduceRuns(Sort *sort, uint32_t most, uint64_t bufferSize);

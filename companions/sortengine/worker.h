@@ -1,7 +1,8 @@
 // The second core: a thread of the sort's own that takes jobs in the order they came.
 //
-// Whoever waits for a job that has not begun does it itself. So nothing depends on the thread: if none can be had, the sort just takes longer.
-// Files' routines are never called here, only sorting and the engine's own reading and writing.
+// Whoever waits for a job that has not begun does it itself. So nothing depends on the thread: if
+// none can be had, the sort just takes longer. Files' routines are never called here, only sorting
+// and the engine's own reading and writing.
 #pragma once
 
 #include <atomic>

@@ -64,7 +64,8 @@ int procedureDivision()
     runStep("POST");
     runStep("STATEMENT");
     runStep("TOTALS");
-    // A STOP RUN with 0 would come back as 255; the end of the main program ends the run unit as well.
+    // A STOP RUN with 0 would come back as 255; the end of the main program ends the run unit as
+    // well.
     if (!isZero(totals->rejected)) _zvkRunUnitTerm(4);
     return 0;
 }

@@ -1,4 +1,5 @@
-// LOAD as a compiler lays it out; see LOAD.cbl. UNSTRING and the class tests have no entries yet and are done in place.
+// LOAD as a compiler lays it out; see LOAD.cbl. UNSTRING and the class tests have no entries yet
+// and are done in place.
 #include "records.h"
 
 extern "C" ZVK_EXPORT int LOAD();
@@ -38,7 +39,8 @@ void notLoaded() { display("ACCOUNT NOT LOADED: ", Shown(accounts.record.text, s
 
 bool openingIsNumeric()
 {
-    return (openingText.bytes[0] == '+' || openingText.bytes[0] == '-') && isNumeric(openingText.bytes + 1, openingText.kDigits);
+    return (openingText.bytes[0] == '+' || openingText.bytes[0] == '-') &&
+           isNumeric(openingText.bytes + 1, openingText.kDigits);
 }
 
 void loadAccount()
@@ -52,7 +54,8 @@ void loadAccount()
     fields.into(openingText);
     fields.into(limitText);
     fields.into(rateText);
-    if (!isNumeric(numberText.bytes, 6) || !openingIsNumeric() || !isNumeric(limitText.bytes, 11) || !isNumeric(rateText.bytes, 5))
+    if (!isNumeric(numberText.bytes, 6) || !openingIsNumeric() || !isNumeric(limitText.bytes, 11) ||
+        !isNumeric(rateText.bytes, 5))
         return notLoaded();
     memcpy(account.number.bytes, numberText.bytes, 6);
     move(account.opening, openingText);

@@ -1,4 +1,5 @@
-// POST as a compiler lays it out; see POST.cbl. The class tests have no entries yet and are done in place.
+// POST as a compiler lays it out; see POST.cbl. The class tests have no entries yet and are done in
+// place.
 #include "records.h"
 
 extern "C" ZVK_EXPORT int POST();
@@ -22,7 +23,8 @@ struct RejectRecord {
     Transaction line;
 };
 
-File<Transaction> transactions({.name = "TRANSACTIONS", .assignment = "TRANSACTIONS", .organization = ZVK_FILE_LINE_SEQUENTIAL});
+File<Transaction>
+    transactions({.name = "TRANSACTIONS", .assignment = "TRANSACTIONS", .organization = ZVK_FILE_LINE_SEQUENTIAL});
 File<MasterRecord> master(masterFile(kDynamic));
 File<PostedRecord> posted(postedFile(kDynamic));
 File<RejectRecord> rejects({.name = "REJECTS", .assignment = "REJECTS", .organization = ZVK_FILE_LINE_SEQUENTIAL});
@@ -52,7 +54,8 @@ void openFiles()
     rejects.need();
 }
 
-// The value of digits that the class test has let pass, as the compiler's own binary arithmetic takes it.
+// The value of digits that the class test has let pass, as the compiler's own binary arithmetic
+// takes it.
 int number(const uint8_t *digits, int count)
 {
     int result = 0;
@@ -72,7 +75,8 @@ bool dateIsValid()
 
 bool typeIsKnown() { return strchr("DWFI", transactions.record.type.bytes[0]) && transactions.record.type.bytes[0]; }
 
-// IF TX-AMOUNT IS NUMERIC: digits, and a last one with or without a sign, in the native form or as a letter.
+// IF TX-AMOUNT IS NUMERIC: digits, and a last one with or without a sign, in the native form or as
+// a letter.
 bool amountIsNumeric()
 {
     const uint8_t *digits = transactions.record.amount.bytes;

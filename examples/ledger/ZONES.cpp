@@ -1,4 +1,5 @@
-// ZONES as a compiler lays it out; see ZONES.cbl. UNSTRING, INSPECT and the class test have no entries yet and are done in place.
+// ZONES as a compiler lays it out; see ZONES.cbl. UNSTRING, INSPECT and the class test have no
+// entries yet and are done in place.
 #include "../compiled.h"
 
 using namespace compiled;
@@ -80,7 +81,8 @@ Packed<digits> number(const char *text)
 template <int32_t degreeDigits>
 Packed<7> computeAngle(const char *text, size_t length, bool negative)
 {
-    auto seconds = sum(product(number<degreeDigits>(text), packed<4>(3600)), product(number<2>(text + degreeDigits), packed<2>(60)));
+    auto seconds = sum(product(number<degreeDigits>(text), packed<4>(3600)),
+                       product(number<2>(text + degreeDigits), packed<2>(60)));
     Packed<7> total;
     move(total, seconds);
     if (length > degreeDigits + 2u) add(total, number<2>(text + degreeDigits + 2));

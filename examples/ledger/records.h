@@ -29,9 +29,10 @@ struct PostedRecord {
 static_assert(sizeof(PostedRecord) == 43);
 
 constexpr int kReasons = 11;
-constexpr const char *kReasonTexts[kReasons] = {"LINE TOO LONG",       "ACCOUNT NOT NUMERIC", "DATE NOT VALID",    "TYPE NOT KNOWN",
-                                                "AMOUNT NOT NUMERIC",  "REFERENCE MISSING",   "ACCOUNT NOT KNOWN", "ACCOUNT CLOSED",
-                                                "DUPLICATE REFERENCE", "DAYS NOT VALID",      "LIMIT EXCEEDED"};
+constexpr const char *kReasonTexts[kReasons] = {"LINE TOO LONG",     "ACCOUNT NOT NUMERIC", "DATE NOT VALID",
+                                                "TYPE NOT KNOWN",    "AMOUNT NOT NUMERIC",  "REFERENCE MISSING",
+                                                "ACCOUNT NOT KNOWN", "ACCOUNT CLOSED",      "DUPLICATE REFERENCE",
+                                                "DAYS NOT VALID",    "LIMIT EXCEEDED"};
 struct LedgerTotals {
     Packed<9> accounts, statements, read, posted, rejected, reason[kReasons];
     Packed<15> deposits, withdrawals, fees, interest; // S9(13)V99

@@ -1,4 +1,7 @@
-/* SUMUP as a compiler lays it out: see sumup.cbl. Plain C over the public headers, with nothing hidden in helpers. */
+/*
+ * SUMUP as a compiler lays it out: see sumup.cbl. Plain C over the public headers, with nothing
+ * hidden in helpers.
+ */
 #include <string.h>
 
 #include "kvr2/kvr2.h"
@@ -8,7 +11,10 @@ static uint8_t fileStat[2];
 static uint8_t total[6] = {0, 0, 0, 0, 0, 0x0C}; /* PIC S9(9)V99 COMP-3: 11 digits */
 static uint8_t totalOut[17];                     /* PIC $$$$,$$$,$$9.99CR */
 
-/* The record area: 32 bytes for the run time, then the record. Cells hold the addresses of what may move. */
+/*
+ * The record area: 32 bytes for the run time, then the record. Cells hold the addresses of what may
+ * move.
+ */
 static struct {
     uint64_t runtime[4];
     uint8_t record[9];
@@ -39,8 +45,12 @@ static FIB *fibs[] = {&amountFib};
 /* The program. The second word of the element is the entry's address. */
 int main(void);
 static IPCB element[1] = {{.entry = (ZvkRoutine)main, .files = files, .fileCount = 1}};
-static PCB program = {
-    .version = {5, 1, 1}, .ipcb = element, .name = "SUMUP", .nameLength = 5, .fibs = fibs, .yearWindow = ZVK_NO_YEAR_WINDOW};
+static PCB program = {.version = {5, 1, 1},
+                      .ipcb = element,
+                      .name = "SUMUP",
+                      .nameLength = 5,
+                      .fibs = fibs,
+                      .yearWindow = ZVK_NO_YEAR_WINDOW};
 
 /* PIC $$$$,$$$,$$9.99CR: the currency sign floats, CR where negative */
 static const struct {

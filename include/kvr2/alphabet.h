@@ -1,8 +1,10 @@
 /**
- * The alphabet record: what a compiled program knows of its PROGRAM COLLATING SEQUENCE and of an EBCDIC alphabet.
+ * The alphabet record: what a compiled program knows of its PROGRAM COLLATING SEQUENCE and of an
+ * EBCDIC alphabet.
  *
- * The compiler lays the record out, 96 bytes; the library stores table addresses in it (`_zvkcEBCDIC` the two translate tables) and
- * reads the collating weights. Tables are indexed by the byte and hold 256 bytes.
+ * The compiler lays the record out, 96 bytes; the library stores table addresses in it
+ * (`_zvkcEBCDIC` the two translate tables) and reads the collating weights. Tables are indexed by
+ * the byte and hold 256 bytes.
  */
 #ifndef KVR2_ALPHABET_H
 #define KVR2_ALPHABET_H

@@ -1,13 +1,16 @@
 /**
  * Console verbs: DISPLAY, ACCEPT and STOP with a literal.
  *
- * The mnemonic devices are bound to streams on first use, through the environment: `SYSIN` or `SYSIPT`; `SYSOUT`, `SYSLIST` or `SYSLST`;
- * `SYSPUNCH` or `SYSPCH`; `CONSOLE` for both directions. A name that ends in "%" is completed with the program's name, the time and the
- * process id; `COBOUTDIR` stands in front of names that do not begin with "." or "/". What is unset, or cannot be opened, is stdin or
- * stdout, but for `SYSPUNCH`, which is then missing. `COBOL_DISPLAY_FLUSH`, read at the first DISPLAY of the process, makes every DISPLAY
- * flush its stream if it begins with "1".
+ * The mnemonic devices are bound to streams on first use, through the environment: `SYSIN` or
+ * `SYSIPT`; `SYSOUT`, `SYSLIST` or `SYSLST`; `SYSPUNCH` or `SYSPCH`; `CONSOLE` for both directions.
+ * A name that ends in "%" is completed with the program's name, the time and the process id;
+ * `COBOUTDIR` stands in front of names that do not begin with "." or "/". What is unset, or cannot
+ * be opened, is stdin or stdout, but for `SYSPUNCH`, which is then missing. `COBOL_DISPLAY_FLUSH`,
+ * read at the first DISPLAY of the process, makes every DISPLAY flush its stream if it begins with
+ * "1".
  *
- * Any thread of the run unit may come here. A statement holds its stream's lock: lines from several threads do not mix.
+ * Any thread of the run unit may come here. A statement holds its stream's lock: lines from several
+ * threads do not mix.
  */
 #ifndef KVR2_CONSOLE_H
 #define KVR2_CONSOLE_H
@@ -46,8 +49,12 @@ ZVK_AT(DisplayRequest, decimalPoint, 6);
 typedef struct DisplayItem {
     const void *address; /**< at any alignment; null shows "(NULL)" */
     uint64_t size;       /**< bytes of storage */
-    uint64_t width;      /**< in: digits of a number to show; out: bytes of text made of the item. Set it anew for every call */
-    uint32_t kind;       /**< ZVK_DISPLAY_FLOAT ... */
+    /**
+     * in: digits of a number to show; out: bytes of text made of the item. Set it anew for every
+     * call
+     */
+    uint64_t width;
+    uint32_t kind; /**< ZVK_DISPLAY_FLOAT ... */
     uint32_t reserved28;
 } DisplayItem;
 
@@ -57,8 +64,9 @@ ZVK_AT(DisplayItem, kind, 24);
 ZVK_STATIC_ASSERT(sizeof(DisplayItem) == 32, "DisplayItem");
 
 /**
- * Capture of DISPLAY: while the pointer is set, the text of a statement's first item goes there instead of to the stream, and its length
- * to the other; the other items are not shown. Who sets the pointer owns the buffer, whose size is not checked.
+ * Capture of DISPLAY: while the pointer is set, the text of a statement's first item goes there
+ * instead of to the stream, and its length to the other; the other items are not shown. Who sets
+ * the pointer owns the buffer, whose size is not checked.
  */
 ZVK_EXPORT extern uint8_t *_zvkDebugBuf;
 ZVK_EXPORT extern uint32_t _zvkDebugBufLen;
@@ -66,11 +74,13 @@ ZVK_EXPORT extern uint32_t _zvkDebugBufLen;
 /**
  * DISPLAY.
  *
- * A binary number shows its last `width` digits, and a "-" in front of them where it is negative. A floating-point number shows a blank or
- * "-", the decimal point, `width` digits, "E", a blank or "-", and the exponent: 1.5 with 4 digits is " .1500E 01".
+ * A binary number shows its last `width` digits, and a "-" in front of them where it is negative. A
+ * floating-point number shows a blank or "-", the decimal point, `width` digits, "E", a blank or
+ * "-", and the exponent: 1.5 with 4 digits is " .1500E 01".
  *
  * @param items  `request->itemCount` items; each one's `width` is rewritten
- * @messages 168 SYSPUNCH has no file, stdout is used; 169 no such device, nothing is written; 170 an item of no valid kind or size, after
+ * @messages 168 SYSPUNCH has no file, stdout is used; 169 no such device, nothing is written; 170
+ *           an item of no valid kind or size, after
  *           the items before it and the line end. A failing write is not reported: the item is given up
  * @threads  any
  */
@@ -90,12 +100,13 @@ enum {
 /**
  * ACCEPT from a device (ZVK_ACCEPT_SYSIN, ZVK_ACCEPT_CONSOLE) or from the clock.
  *
- * From a terminal, and from anything else with the run-time option ACCEPT=NEW, one line is read, and what does not fit is dropped.
- * Otherwise line ends count for nothing and reading goes on until the target is full or the input ends. A target that gets at least one
- * byte is padded with blanks; if nothing comes, it stays as it was.
+ * From a terminal, and from anything else with the run-time option ACCEPT=NEW, one line is read,
+ * and what does not fit is dropped. Otherwise line ends count for nothing and reading goes on until
+ * the target is full or the input ends. A target that gets at least one byte is padded with blanks;
+ * if nothing comes, it stays as it was.
  *
- * From the clock the target gets local time as text, cut or padded with blanks: DATE yymmdd, DAY yyddd, TIME hhmmsscc, DAY-OF-WEEK 1
- * (Monday) to 7.
+ * From the clock the target gets local time as text, cut or padded with blanks: DATE yymmdd, DAY
+ * yyddd, TIME hhmmsscc, DAY-OF-WEEK 1 (Monday) to 7.
  *
  * @param flags   ZVK_ACCEPT_...; of several clock forms DATE, DAY, TIME, DAY-OF-WEEK is the order
  * @param length  bytes of the target; below 1 nothing happens
@@ -107,7 +118,8 @@ ZVK_EXPORT void _zvkcAccept(uint32_t flags, int64_t length, uint8_t *target);
 /**
  * ACCEPT of a national item, from a device that delivers UTF-16, low byte first.
  *
- * As `_zvkcAccept`, but a short input is not padded, and what does not fit of a line is dropped up to the first byte 0x0A.
+ * As `_zvkcAccept`, but a short input is not padded, and what does not fit of a line is dropped up
+ * to the first byte 0x0A.
  *
  * @param flags   ZVK_ACCEPT_CONSOLE, else SYSIN is read
  * @param length  points to the code units of the target, taken as signed 32 bits

@@ -1,16 +1,20 @@
 /**
- * Edited moves: MOVE to and from items with an editing picture, fills, moves of variable length, and the reset of altered GO TO targets.
+ * Edited moves: MOVE to and from items with an editing picture, fills, moves of variable length,
+ * and the reset of altered GO TO targets.
  *
- * Compiled MOVE statements call these with records that the compiler lays out; the records are read only and may stand at any alignment. A
- * picture is checked by the compiler: a wrong one is walked as it stands. Nothing here allocates, locks or issues a message, and all
- * entries may be called from any thread on items of their own.
+ * Compiled MOVE statements call these with records that the compiler lays out; the records are read
+ * only and may stand at any alignment. A picture is checked by the compiler: a wrong one is walked
+ * as it stands. Nothing here allocates, locks or issues a message, and all entries may be called
+ * from any thread on items of their own.
  *
  * Editing 123456 as `$$,$$9.99CR` and back:
  *
  * @code
- *     record.length = 11; record.decimalPoint = '.'; record.currencySign = '$'; record.editClass = 10; picture "$$,$$9.99CR"
+ *     record.length = 11; record.decimalPoint = '.'; record.currencySign = '$';
+ *     record.editClass = 10;      picture "$$,$$9.99CR"
  *     _zvkcMoveNumToNumEdit(&record, "-123456", edited);               "$1,234.56CR", from one sign byte and the digits
- *     _zvkcMoveNumEditToNum(&deRecord, edited, number);                "123456-", digits and one sign byte: the halves differ on purpose
+ *     _zvkcMoveNumEditToNum(&deRecord, edited, number);                "123456-", digits and one
+ *                                                                      sign byte: the halves differ on purpose
  * @endcode
  */
 #ifndef KVR2_EDITED_MOVES_H
@@ -50,8 +54,15 @@ ZVK_STATIC_ASSERT(sizeof(NationalEditRun) == 4, "NationalEditRun");
 
 /** Numeric picture. */
 typedef struct NumericEditRecord {
-    int16_t length;       /**< picture positions; negative: every digit position suppresses, so a zero value blanks the item */
-    uint8_t decimalPoint; /**< "."; any other value: DECIMAL-POINT IS COMMA, the result has "," as point and "." as separator */
+    /**
+     * picture positions; negative: every digit position suppresses, so a zero value blanks the item
+     */
+    int16_t length;
+    /**
+     * "."; any other value: DECIMAL-POINT IS COMMA, the result has "," as point and "." as
+     * separator
+     */
+    uint8_t decimalPoint;
     uint8_t currencySign; /**< the currency character */
     uint8_t editClass;    /**< 0 to 12, see ZVK_EDIT_...; the two's complement of it: BLANK WHEN ZERO */
     uint8_t picture[1];   /**< the positions, always with "." as point and "," as separator */
@@ -96,30 +107,35 @@ typedef struct CurrencyString {
 ZVK_AT(CurrencyString, symbol, 2);
 
 /**
- * MOVE to an alphanumeric-edited item: "/", "0" and blank of the picture are copied, every other position takes the next source byte.
+ * MOVE to an alphanumeric-edited item: "/", "0" and blank of the picture are copied, every other
+ * position takes the next source byte.
  *
  * @param sourceLength  bytes
  * @param destination   one byte a position, two for the pair 0x81 0x40
  */
-ZVK_EXPORT void _zvkcMoveAlphaNumEdit(const AlphaEditRecord *record, const uint8_t *source, int32_t sourceLength, uint8_t *destination);
+ZVK_EXPORT void _zvkcMoveAlphaNumEdit(const AlphaEditRecord *record, const uint8_t *source, int32_t sourceLength,
+                                      uint8_t *destination);
 
 /**
  * MOVE to a national-edited item.
  *
- * A run of data in which the source ends early is stored short: one blank stands for all the positions that are left. With `repeat` such a
- * run is stored long instead: the source is taken up again at every position, so that a source of one unit fills a run of count positions,
- * 3 or more, with 2 * count - 1 units. The caller has allowed for both.
+ * A run of data in which the source ends early is stored short: one blank stands for all the
+ * positions that are left. With `repeat` such a run is stored long instead: the source is taken up
+ * again at every position, so that a source of one unit fills a run of count positions, 3 or more,
+ * with 2 * count - 1 units. The caller has allowed for both.
  *
  * @param source        UTF-16, any alignment
  * @param sourceLength  bytes
  * @param destination   UTF-16, any alignment
  */
-ZVK_EXPORT void _zvkcMoveUnicodeEdit(const NationalEditRecord *record, const uint8_t *source, int32_t sourceLength, uint8_t *destination);
+ZVK_EXPORT void _zvkcMoveUnicodeEdit(const NationalEditRecord *record, const uint8_t *source, int32_t sourceLength,
+                                     uint8_t *destination);
 
 /**
  * MOVE of a figurative ALL literal: the literal repeated over the item.
  *
- * @param length         bytes of the destination; negative: JUSTIFIED RIGHT, a part of the literal stands in front
+ * @param length         bytes of the destination; negative: JUSTIFIED RIGHT, a part of the literal
+ *                       stands in front
  * @param literalLength  bytes; with 0 nothing is stored
  */
 ZVK_EXPORT void _zvkcMoveFigConst(uint8_t *destination, int32_t length, const uint8_t *literal, int32_t literalLength);
@@ -134,8 +150,9 @@ ZVK_EXPORT void _zvkcMoveFigConst(uint8_t *destination, int32_t length, const ui
 ZVK_EXPORT int32_t _zvkcMoveNumEditToNum(const DeEditRecord *record, const uint8_t *source, uint8_t *destination);
 
 /**
- * The same for an item with a currency symbol of more than one character. The symbol is sought in the first bytes of the source, as many
- * as the picture's length or the negation of a negative one says; if it is not there the source is de-edited as it stands.
+ * The same for an item with a currency symbol of more than one character. The symbol is sought in
+ * the first bytes of the source, as many as the picture's length or the negation of a negative one
+ * says; if it is not there the source is de-edited as it stands.
  */
 ZVK_EXPORT int32_t _zvkcMoveNumEditToNum2(const DeEditRecord *record, const uint8_t *source, uint8_t *destination,
                                           const CurrencyString *currency);
@@ -143,14 +160,16 @@ ZVK_EXPORT int32_t _zvkcMoveNumEditToNum2(const DeEditRecord *record, const uint
 /**
  * MOVE to a numeric-edited item.
  *
- * @param source       one sign byte, "+" or "-", then one ASCII digit for each digit position of the picture
+ * @param source       one sign byte, "+" or "-", then one ASCII digit for each digit position of
+ *                     the picture
  * @param destination  one byte a picture position, none for `P` and `V`
  */
 ZVK_EXPORT void _zvkcMoveNumToNumEdit(const NumericEditRecord *record, const uint8_t *source, uint8_t *destination);
 
 /**
- * The same with a currency symbol of more than one character, in place of the first byte of the result that is `record->currencySign`: the
- * destination is longer than the picture by the length of the symbol less one. At most 263 positions.
+ * The same with a currency symbol of more than one character, in place of the first byte of the
+ * result that is `record->currencySign`: the destination is longer than the picture by the length
+ * of the symbol less one. At most 263 positions.
  */
 ZVK_EXPORT void _zvkcMoveNumToNumEdit2(const NumericEditRecord *record, const uint8_t *source, uint8_t *destination,
                                        const CurrencyString *currency);
@@ -161,10 +180,12 @@ ZVK_EXPORT void _zvkcMoveNumToNumEdit2(const NumericEditRecord *record, const ui
  * @param length        bytes of the destination; negative: JUSTIFIED RIGHT
  * @param sourceLength  bytes of the source; negative: the padding is 0x40 instead of 0x20
  */
-ZVK_EXPORT void _zvkcMoveVarLenOverlap(uint8_t *destination, int32_t length, const uint8_t *source, int32_t sourceLength);
+ZVK_EXPORT void _zvkcMoveVarLenOverlap(uint8_t *destination, int32_t length, const uint8_t *source,
+                                       int32_t sourceLength);
 
 /**
- * Resets the altered GO TO targets of an independent segment (50 and above) that a GO TO DEPENDING ON enters.
+ * Resets the altered GO TO targets of an independent segment (50 and above) that a GO TO DEPENDING
+ * ON enters.
  *
  * @param index           1-based into segments; below 1 nothing happens
  * @param currentSegment  number of the segment that is left; entering it again resets nothing
@@ -173,15 +194,19 @@ ZVK_EXPORT void _zvkcMoveVarLenOverlap(uint8_t *destination, int32_t length, con
  * @param targets         current targets, of the entries of the new segment set to `initialTargets`
  * @param entrySegments   segment number of each entry
  */
-ZVK_EXPORT void _zvkcRfshGoDepend(int32_t index, int32_t currentSegment, int32_t count, const uint8_t *segments, void **targets,
-                                  void *const *initialTargets, const uint8_t *entrySegments);
+ZVK_EXPORT void _zvkcRfshGoDepend(int32_t index, int32_t currentSegment, int32_t count, const uint8_t *segments,
+                                  void **targets, void *const *initialTargets, const uint8_t *entrySegments);
 
 /** Resets the altered GO TO targets of `segment`; arguments as above. */
-ZVK_EXPORT void _zvkcRfshUncond(int32_t segment, int32_t count, void **targets, void *const *initialTargets, const uint8_t *entrySegments);
+ZVK_EXPORT void _zvkcRfshUncond(int32_t segment, int32_t count, void **targets, void *const *initialTargets,
+                                const uint8_t *entrySegments);
 
-/** Resets those of `newSegment` if it is another than `currentSegment` and from 50 to 127; arguments as above. */
-ZVK_EXPORT void _zvkcRfshCond(int32_t currentSegment, int32_t count, int32_t newSegment, void **targets, void *const *initialTargets,
-                              const uint8_t *entrySegments);
+/**
+ * Resets those of `newSegment` if it is another than `currentSegment` and from 50 to 127; arguments
+ * as above.
+ */
+ZVK_EXPORT void _zvkcRfshCond(int32_t currentSegment, int32_t count, int32_t newSegment, void **targets,
+                              void *const *initialTargets, const uint8_t *entrySegments);
 
 ZVK_END_DECLS
 

@@ -1,8 +1,9 @@
 /**
  * What all public headers share: linkage, visibility, and checks of record layouts.
  *
- * The headers compile as C11 and as C++20. Records that compiled programs share with the library carry a check of every
- * field's offset, so that a compiler or flag that would lay them out otherwise is refused at once.
+ * The headers compile as C11 and as C++20. Records that compiled programs share with the library
+ * carry a check of every field's offset, so that a compiler or flag that would lay them out
+ * otherwise is refused at once.
  */
 #ifndef KVR2_EXPORT_H
 #define KVR2_EXPORT_H
@@ -20,7 +21,9 @@
 #define ZVK_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
 #endif
 
-/** Marks an entry point or data object that the library exports. Everything else in it is hidden. */
+/**
+ * Marks an entry point or data object that the library exports. Everything else in it is hidden.
+ */
 #define ZVK_EXPORT __attribute__((visibility("default")))
 
 /** Refuses to compile unless `field` of the structure `type` lies at byte `offset`. */

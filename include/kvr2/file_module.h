@@ -1,6 +1,6 @@
 /**
- * What a file-system module and the library do alike with a file's status: small inline routines, so that a module needs nothing beyond the exported
- * entries.
+ * What a file-system module and the library do alike with a file's status: small inline routines,
+ * so that a module needs nothing beyond the exported entries.
  */
 #ifndef KVR2_FILE_MODULE_H
 #define KVR2_FILE_MODULE_H
@@ -14,10 +14,14 @@
 
 ZVK_BEGIN_DECLS
 
-/** The file's attributes: in the FCB, or, for an EXTERNAL file, in the array of the program that executes the statement. */
+/**
+ * The file's attributes: in the FCB, or, for an EXTERNAL file, in the array of the program that
+ * executes the statement.
+ */
 static inline FIB *zvkFibOf(const FCB *fcb, const IPCB *element)
 {
-    if (!(fcb->state & ZVK_FILE_FIB_OF_PROGRAM) || !element || !element->pcb || !element->pcb->fibs || fcb->index == 0) return fcb->fib;
+    if (!(fcb->state & ZVK_FILE_FIB_OF_PROGRAM) || !element || !element->pcb || !element->pcb->fibs || fcb->index == 0)
+        return fcb->fib;
     return element->pcb->fibs[fcb->index - 1];
 }
 
@@ -30,7 +34,8 @@ static inline uint8_t *zvkStatusField(const FIB *fib)
 /** The program's feedback field of `fib->feedbackLength` bytes, or null. */
 static inline uint8_t *zvkFeedbackField(const FIB *fib)
 {
-    return fib->feedbackLength && fib->feedbackBase && *fib->feedbackBase ? *fib->feedbackBase + fib->feedbackOffset : NULL;
+    return fib->feedbackLength && fib->feedbackBase && *fib->feedbackBase ? *fib->feedbackBase + fib->feedbackOffset
+                                                                          : NULL;
 }
 
 static inline void zvkSetStatus(FCB *fcb, uint16_t status, uint32_t fs2)
@@ -39,7 +44,10 @@ static inline void zvkSetStatus(FCB *fcb, uint16_t status, uint32_t fs2)
     fcb->fs2 = fs2;
 }
 
-/** Stores FS1 in the program's status field as ASCII, EBCDIC or national digits, as `fib->shareMode` has it. */
+/**
+ * Stores FS1 in the program's status field as ASCII, EBCDIC or national digits, as `fib->shareMode`
+ * has it.
+ */
 static inline void zvkStoreStatus(const FCB *fcb, const FIB *fib)
 {
     uint8_t *field = zvkStatusField(fib);
@@ -58,8 +66,12 @@ static inline void zvkStoreStatus(const FCB *fcb, const FIB *fib)
     field[1] = (uint8_t)(zero + units);
 }
 
-/** Appends text to a feedback field that is filled up to `at`, cut at `length` less `keep`; returns the new `at`. */
-static inline size_t zvkAppendFeedback(uint8_t *area, size_t at, size_t length, size_t keep, const char *text, size_t size)
+/**
+ * Appends text to a feedback field that is filled up to `at`, cut at `length` less `keep`; returns
+ * the new `at`.
+ */
+static inline size_t zvkAppendFeedback(uint8_t *area, size_t at, size_t length, size_t keep, const char *text,
+                                       size_t size)
 {
     size_t room = at + keep < length ? length - keep - at : 0;
     if (size > room) size = room;
@@ -67,7 +79,10 @@ static inline size_t zvkAppendFeedback(uint8_t *area, size_t at, size_t length, 
     return at + size;
 }
 
-/** The text of a feedback field in native characters: FS2 in six digits; behind it, for status 33 and 35, the file's name, for 96 prefix and name. */
+/**
+ * The text of a feedback field in native characters: FS2 in six digits; behind it, for status 33
+ * and 35, the file's name, for 96 prefix and name.
+ */
 static inline void zvkFormatFeedback(uint8_t *area, uint64_t length, int32_t fs2, const FCB *fcb)
 {
     const char *name = fcb->fileName ? fcb->fileName : "";
@@ -88,7 +103,9 @@ static inline void zvkFormatFeedback(uint8_t *area, uint64_t length, int32_t fs2
     }
 }
 
-/** Converts a feedback field to EBCDIC in place; a text that the EBCDIC page lacks stays as it was. */
+/**
+ * Converts a feedback field to EBCDIC in place; a text that the EBCDIC page lacks stays as it was.
+ */
 static inline void zvkFeedbackToEbcdic(uint8_t *area, uint16_t length)
 {
     int32_t capacity = length;
@@ -107,7 +124,10 @@ static inline void zvkStoreFeedback(const FCB *fcb, const FIB *fib)
     if (fib->shareMode & ZVK_FILE_FEEDBACK_EBCDIC) zvkFeedbackToEbcdic(field, fib->feedbackLength);
 }
 
-/** The end of a verb in a module: statuses into the program's fields, the USE procedure for a status above 9, and `verb` becomes the last one. */
+/**
+ * The end of a verb in a module: statuses into the program's fields, the USE procedure for a status
+ * above 9, and `verb` becomes the last one.
+ */
 static inline void zvkFinishVerb(FCB *fcb, IPCB *element, uint8_t verb)
 {
     const FIB *fib = zvkFibOf(fcb, element);
@@ -119,7 +139,8 @@ static inline void zvkFinishVerb(FCB *fcb, IPCB *element, uint8_t verb)
 
 /**
  * At the end of a file of a concatenation: closes it and opens the next one.
- * @return 1: open, read on through `fcb->read`; 0: there is no next file, and this one is still open; -1: the next file could not be opened, and
+ * @return 1: open, read on through `fcb->read`; 0: there is no next file, and this one is still
+ *         open; -1: the next file could not be opened, and
  *         the status and USE procedure of that are done
  */
 static inline int zvkNextVolume(FCB *fcb, IPCB *element)

@@ -1,9 +1,11 @@
 /**
- * The records of a COBOL file: `FIB`, what the compiler knows of it, and `FCB`, its state and its operations.
+ * The records of a COBOL file: `FIB`, what the compiler knows of it, and `FCB`, its state and its
+ * operations.
  *
- * Compiled code lays out one of each per file, and calls the operations in the FCB's slots directly. While a file is closed, all slots but `open`
- * and `useProc` hold the library's error routines; a successful OPEN fills them with those of a file-system module (kvr2/fileio.h).
- * All numbers are native.
+ * Compiled code lays out one of each per file, and calls the operations in the FCB's slots
+ * directly. While a file is closed, all slots but `open` and `useProc` hold the library's error
+ * routines; a successful OPEN fills them with those of a file-system module (kvr2/fileio.h). All
+ * numbers are native.
  */
 #ifndef KVR2_FILE_RECORDS_H
 #define KVR2_FILE_RECORDS_H
@@ -25,7 +27,12 @@ enum {
 };
 
 /** `FIB.linage` */
-enum { ZVK_FILE_LINAGE = 0x80, ZVK_FILE_LINAGE_FOOTING = 0x40, ZVK_FILE_LINAGE_TOP = 0x20, ZVK_FILE_LINAGE_BOTTOM = 0x10 };
+enum {
+    ZVK_FILE_LINAGE = 0x80,
+    ZVK_FILE_LINAGE_FOOTING = 0x40,
+    ZVK_FILE_LINAGE_TOP = 0x20,
+    ZVK_FILE_LINAGE_BOTTOM = 0x10
+};
 
 /** `FIB.shareMode` */
 enum {
@@ -114,10 +121,21 @@ ZVK_AT(FIB, statusBase, 136);
 ZVK_AT(FIB, feedbackBase, 144);
 
 /** `FCB.requestedMode`, `FCB.mode` */
-enum { ZVK_OPEN_INPUT = 0x8000, ZVK_OPEN_OUTPUT = 0x4000, ZVK_OPEN_IO = 0x2000, ZVK_OPEN_EXTEND = 0x1000, ZVK_OPEN_STATUS_07 = 0x0400 };
+enum {
+    ZVK_OPEN_INPUT = 0x8000,
+    ZVK_OPEN_OUTPUT = 0x4000,
+    ZVK_OPEN_IO = 0x2000,
+    ZVK_OPEN_EXTEND = 0x1000,
+    ZVK_OPEN_STATUS_07 = 0x0400
+};
 
 /** `FCB.closeOptions` */
-enum { ZVK_CLOSE_NO_USE = 0x0001, ZVK_CLOSE_NEXT_VOLUME = 0x0400, ZVK_CLOSE_LOCK = 0x1000, ZVK_CLOSE_STATUS_07 = 0x6800 };
+enum {
+    ZVK_CLOSE_NO_USE = 0x0001,
+    ZVK_CLOSE_NEXT_VOLUME = 0x0400,
+    ZVK_CLOSE_LOCK = 0x1000,
+    ZVK_CLOSE_STATUS_07 = 0x6800
+};
 
 /** `FCB.state` */
 enum {
@@ -146,9 +164,15 @@ enum { ZVK_STATEMENT_INVALID_KEY = 0x80, ZVK_STATEMENT_AT_END = 0x20, ZVK_STATEM
 
 struct FileRequest;
 
-/** OPEN, CLOSE: `slot(fcb, element)`, with the element of the program's IPCB array whose statement it is. */
+/**
+ * OPEN, CLOSE: `slot(fcb, element)`, with the element of the program's IPCB array whose statement
+ * it is.
+ */
 typedef void (*FileOperation)(FCB *fcb, IPCB *element);
-/** READ, WRITE, REWRITE, START, DELETE, UNLOCK: the statement's particulars in a request, kvr2/fileio.h. */
+/**
+ * READ, WRITE, REWRITE, START, DELETE, UNLOCK: the statement's particulars in a request,
+ * kvr2/fileio.h.
+ */
 typedef void (*FileVerb)(FCB *fcb, IPCB *element, struct FileRequest *request);
 /** What a failed verb ends in: `variant` nonzero names the text of message 201. */
 typedef void (*FileFailure)(FCB *fcb, uint32_t variant, IPCB *element);
@@ -189,13 +213,17 @@ struct FCB {
     uint32_t reserved140;
     uint16_t moduleFlag; /**< 1 before the module's open */
     uint16_t reserved146;
-    uint32_t recordLength;  /**< bytes of the record last read */
-    uint64_t recordNumber;  /**< of the record last read or written: relative number, or its place in a sequential file; from 1 */
+    uint32_t recordLength; /**< bytes of the record last read */
+    /**
+     * of the record last read or written: relative number, or its place in a sequential file; from
+     * 1
+     */
+    uint64_t recordNumber;
     uint32_t linageBody;    /**< LINAGE: lines of the page body */
     uint32_t linageFooting; /**< first line of the footing area, 0 without */
     uint32_t linageTop;     /**< lines of the top margin */
     uint32_t linageBottom;  /**< lines of the bottom margin */
-    uint32_t linagePage;    /**< lines of the body of the page being written; taken from linageBody when a page begins */
+    uint32_t linagePage; /**< lines of the body of the page being written; taken from linageBody when a page begins */
     uint32_t linageCounter; /**< LINAGE-COUNTER */
     uint32_t moduleWords;   /**< the module's own */
     uint8_t moduleByte;
@@ -209,7 +237,11 @@ struct FCB {
     FileOperation close;
     FileOperation open;
     FileFailure useProc;
-    void **useTable; /**< USE procedures for INPUT, OUTPUT, I-O, EXTEND and no mode: each null or a routine and its argument */
+    /**
+     * USE procedures for INPUT, OUTPUT, I-O, EXTEND and no mode: each null or a routine and its
+     * argument
+     */
+    void **useTable;
     uint64_t reserved264;
     struct ZvkConcatenation *concatenation;
     uint32_t fs2; /**< secondary status */

@@ -1,7 +1,8 @@
 /**
  * Generation data groups: a named series of files, its generations, kept by a small catalogue.
  *
- * The catalogue of a group `base` is the file `base.catalogue`; the generations are files named `base.g0001v00` and so on. A name means:
+ * The catalogue of a group `base` is the file `base.catalogue`; the generations are files named
+ * `base.g0001v00` and so on. A name means:
  *
  * | Name | Means |
  * |---|---|
@@ -11,11 +12,13 @@
  * | `base(3)` | the third before the newest |
  * | `base.g0007v00` | generation 7 |
  *
- * All routines are safe in any number of threads and processes: they hold a lock on the catalogue from the time they read it until they have written it.
- * Errors are said on stderr and stand in `errno`. Environment: `gdg_home`, `HOME`, `RQLINSTANCE`, `RQLDBDFT`, `TXMN_TK_HDK_SERVER` for file systems
- * that have no directories of their own.
+ * All routines are safe in any number of threads and processes: they hold a lock on the catalogue
+ * from the time they read it until they have written it. Errors are said on stderr and stand in
+ * `errno`. Environment: `gdg_home`, `HOME`, `RQLINSTANCE`, `RQLDBDFT`, `TXMN_TK_HDK_SERVER` for
+ * file systems that have no directories of their own.
  *
- * `prefix` is a 3-letter file-system prefix in any case: sys, plx, lsq (plain files), jgt, hdk, rql, ora; anything else, or null, means that the files tell.
+ * `prefix` is a 3-letter file-system prefix in any case: sys, plx, lsq (plain files), jgt, hdk,
+ * rql, ora; anything else, or null, means that the files tell.
  */
 #ifndef KVR2_GENERATIONS_H
 #define KVR2_GENERATIONS_H
@@ -34,7 +37,8 @@ enum {
  * What is a file name to the generation data groups?
  *
  * @param name    terminated
- * @param result  receives a copy of the base name or of the generation's file name, to be freed with `free`; null for a name that is neither. May be null
+ * @param result  receives a copy of the base name or of the generation's file name, to be freed
+ *                with `free`; null for a name that is neither. May be null
  * @param create  nonzero: a new generation is entered into the catalogue
  * @return -1 a whole group, 1 one generation, 0 no name of a group, or no such generation
  */
@@ -49,22 +53,34 @@ ZVK_EXPORT int32_t GDS_Name(const char *name, char **result, uint32_t create, co
  */
 ZVK_EXPORT int32_t GDG_Create(char *name, int32_t limit, int32_t days, int32_t flags, const char *prefix);
 
-/** Changes a group; a negative argument leaves its value alone, a `limit` of 0 counts as 255. Rolls off what exceeds a lower limit. @return 0 or -1 */
+/**
+ * Changes a group; a negative argument leaves its value alone, a `limit` of 0 counts as 255. Rolls
+ * off what exceeds a lower limit. @return 0 or -1
+ */
 ZVK_EXPORT int32_t GDG_Alter(char *name, int32_t limit, int32_t days, int32_t flags, const char *prefix);
 
 /** Takes generations whose files are gone out of the catalogue. @return 0 or -1 */
 ZVK_EXPORT int32_t GDG_Verify(char *name, const char *prefix);
 
-/** Makes the catalogue anew from the files that are there; creates the group if there is none. @return 0 or -1 */
+/**
+ * Makes the catalogue anew from the files that are there; creates the group if there is none.
+ * @return 0 or -1
+ */
 ZVK_EXPORT int32_t GDG_Rebuild(char *name, const char *prefix);
 
-/** Removes a group's catalogue and lets all its generations roll off (deletes them, if the group has Scratch). @return 0 or -1 */
+/**
+ * Removes a group's catalogue and lets all its generations roll off (deletes them, if the group has
+ * Scratch). @return 0 or -1
+ */
 ZVK_EXPORT int32_t GDG_Unlink(char *name, const char *prefix);
 
 /** Prints a group and its generations, oldest first, on stdout. @return 0 or -1 */
 ZVK_EXPORT int32_t GDG_List(char *name, const char *prefix);
 
-/** Removes one generation from its group (and deletes it, if the group has Scratch), or, for a whole group, does as `GDG_Unlink`. @return 0 or -1 */
+/**
+ * Removes one generation from its group (and deletes it, if the group has Scratch), or, for a whole
+ * group, does as `GDG_Unlink`. @return 0 or -1
+ */
 ZVK_EXPORT int32_t GDG_remove(char *name, const char *prefix);
 
 ZVK_END_DECLS

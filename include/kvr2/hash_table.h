@@ -1,9 +1,11 @@
 /**
- * The hash table behind the run-time library's name tables: programs, EXTERNAL files, EXTERNAL data items.
+ * The hash table behind the run-time library's name tables: programs, EXTERNAL files, EXTERNAL data
+ * items.
  *
- * It keys on byte strings and keeps entries in chains, in a power of two of slots that doubles when the table fills. It can keep its
- * entries in order of use (MRU), and it can have a parent: a run unit's table so looks through to the process's. Deleted entries go to
- * free lists and are used again. The table counts all it does; `HashTable_Stats` shows the figures.
+ * It keys on byte strings and keeps entries in chains, in a power of two of slots that doubles when
+ * the table fills. It can keep its entries in order of use (MRU), and it can have a parent: a run
+ * unit's table so looks through to the process's. Deleted entries go to free lists and are used
+ * again. The table counts all it does; `HashTable_Stats` shows the figures.
  *
  * @code
  *     HashParams params = {0};
@@ -17,14 +19,16 @@
  * @endcode
  *
  * @par States
- * A `HashState` carries a key's hash from one operation to the next. Wherever an operation takes one, null means "none, hash the key" and
- * ZVK_HASH_TABLE_STATE means the state that is part of the table.
+ * A `HashState` carries a key's hash from one operation to the next. Wherever an operation takes
+ * one, null means "none, hash the key" and ZVK_HASH_TABLE_STATE means the state that is part of the
+ * table.
  *
  * @par Threads
- * The table has no lock: its owner serialises all operations. One exception: in a table made with ZVK_HASH_SHARED, `HashTable_Find` and
- * `HashTable_FindHashed` with `touch` 0, `inherit` 0 and a state of the caller's own may run in any number of threads beside one
- * `HashTable_Insert`. Such a lookup sees every entry whole or not at all, but can miss one while the table grows; who misses looks
- * again under the lock. The figures are not exact then.
+ * The table has no lock: its owner serialises all operations. One exception: in a table made with
+ * ZVK_HASH_SHARED, `HashTable_Find` and `HashTable_FindHashed` with `touch` 0, `inherit` 0 and a
+ * state of the caller's own may run in any number of threads beside one `HashTable_Insert`. Such a
+ * lookup sees every entry whole or not at all, but can miss one while the table grows; who misses
+ * looks again under the lock. The figures are not exact then.
  */
 #ifndef KVR2_HASH_TABLE_H
 #define KVR2_HASH_TABLE_H
@@ -36,16 +40,26 @@ ZVK_BEGIN_DECLS
 typedef struct HashTable HashTable;
 typedef struct HashEntry HashEntry;
 
-/** An entry. 80 bytes in a table with MRU; in any other it ends, after 64 bytes, before `older`. Copied values and keys follow it. */
+/**
+ * An entry. 80 bytes in a table with MRU; in any other it ends, after 64 bytes, before `older`.
+ * Copied values and keys follow it.
+ */
 struct HashEntry {
-    HashEntry *parent; /**< entry of the parent table that this one refers to, or null; `key` and `value` are then that entry's */
-    HashEntry *prev;   /**< chain, towards its front */
-    HashEntry *next;   /**< chain, towards its end */
-    const void *key;   /**< a copied key has a zero byte behind it */
+    /**
+     * entry of the parent table that this one refers to, or null; `key` and `value` are then that
+     * entry's
+     */
+    HashEntry *parent;
+    HashEntry *prev; /**< chain, towards its front */
+    HashEntry *next; /**< chain, towards its end */
+    const void *key; /**< a copied key has a zero byte behind it */
     void *value;
     uint64_t keyLength; /**< bytes */
-    uint64_t
-        blockSize; /**< 0: nothing was copied; ZVK_HASH_KEY_ONLY: the key was; otherwise bytes of the whole block, this header included */
+    /**
+     * 0: nothing was copied; ZVK_HASH_KEY_ONLY: the key was; otherwise bytes of the whole block,
+     * this header included
+     */
+    uint64_t blockSize;
     uint32_t hashValue;
     uint32_t reserved60;
     HashEntry *older; /**< MRU only */
@@ -77,11 +91,20 @@ typedef uint32_t (*HashRoutine)(const void *key, uint64_t length);
 typedef int32_t (*HashCompareRoutine)(const void *key1, const void *key2, uint64_t length);
 /** Shows an entry on stderr; `number` counts from 1 in each list of a dump. */
 typedef void (*HashPrintRoutine)(uint64_t number, const HashEntry *entry);
-/** Gives a block of `size` bytes for an entry, 16-byte aligned; with null the table takes one from the heap. */
+/**
+ * Gives a block of `size` bytes for an entry, 16-byte aligned; with null the table takes one from
+ * the heap.
+ */
 typedef void *(*HashAllocRoutine)(uint64_t size, uint64_t user);
-/** Takes back an entry that left the table. Without such a routine it goes to a free list and in the end to free(). */
+/**
+ * Takes back an entry that left the table. Without such a routine it goes to a free list and in the
+ * end to free().
+ */
 typedef void (*HashFreeRoutine)(HashEntry *entry);
-/** Moves every entry under `oldSlots` (`oldMask` + 1 chains) into the table's new slots, and counts it. */
+/**
+ * Moves every entry under `oldSlots` (`oldMask` + 1 chains) into the table's new slots, and counts
+ * it.
+ */
 typedef void (*HashRehashRoutine)(uint64_t user, HashEntry **oldSlots, uint32_t oldMask);
 
 /** A table. 224 bytes, 16-byte aligned; readable by all, written by the operations only. */
@@ -94,9 +117,9 @@ struct HashTable {
     HashEntry *freeChildren; /**< recycled entries that referred to a parent's */
     HashState state;         /**< the table's own */
     uint32_t size;           /**< slots, a power of two */
-    uint32_t load;           /**< 75, 87 or 93: percent of the slots that may fill before the table grows; any other: all */
-    uint32_t limit;          /**< the number of entries that `load` comes to: the one that reaches it makes the table grow */
-    uint32_t used;           /**< slots in use */
+    uint32_t load;  /**< 75, 87 or 93: percent of the slots that may fill before the table grows; any other: all */
+    uint32_t limit; /**< the number of entries that `load` comes to: the one that reaches it makes the table grow */
+    uint32_t used;  /**< slots in use */
     uint32_t entries;
     uint32_t mask; /**< `size` - 1 */
     uint32_t grows;
@@ -166,10 +189,11 @@ ZVK_AT(HashParams, flags, 72);
 ZVK_STATIC_ASSERT(sizeof(HashParams) == 80, "HashParams");
 
 enum {
-    ZVK_HASH_MRU = 1,    /**< `HashParams.flags`: keep the entries in order of use */
-    ZVK_HASH_SHARED = 2, /**< lookups run beside inserts: slot arrays that the table outgrew are kept until it is cleared */
-    ZVK_HASH_INT32 = 4,  /**< keys are 32-bit integers */
-    ZVK_HASH_INT64 = 8,  /**< keys are 64-bit integers */
+    ZVK_HASH_MRU = 1, /**< `HashParams.flags`: keep the entries in order of use */
+    ZVK_HASH_SHARED =
+        2, /**< lookups run beside inserts: slot arrays that the table outgrew are kept until it is cleared */
+    ZVK_HASH_INT32 = 4, /**< keys are 32-bit integers */
+    ZVK_HASH_INT64 = 8, /**< keys are 64-bit integers */
 
     ZVK_HASH_TABLE_OWNED = 0x01,    /**< `HashTable.flags`: HashTable_Destroy frees the record */
     ZVK_HASH_TABLE_REPAIR = 0x02,   /**< HashTable_Stats puts wrong figures right */
@@ -192,10 +216,16 @@ enum {
  */
 ZVK_EXPORT HashTable *HashTable_Create(const HashParams *params);
 
-/** Empties a table, frees its free lists and slots and, if it owns its record, the record. Null does nothing. @threads the table's owner */
+/**
+ * Empties a table, frees its free lists and slots and, if it owns its record, the record. Null does
+ * nothing. @threads the table's owner
+ */
 ZVK_EXPORT void HashTable_Destroy(HashTable *table);
 
-/** Takes out and recycles all entries. Slots and free lists stay. Null does nothing. @threads the table's owner */
+/**
+ * Takes out and recycles all entries. Slots and free lists stay. Null does nothing. @threads the
+ * table's owner
+ */
 ZVK_EXPORT void HashTable_Clear(HashTable *table);
 
 /**
@@ -213,37 +243,45 @@ ZVK_EXPORT HashEntry **HashTable_Hash(HashTable *table, HashState *state, const 
  * @return the entry or null
  * @threads see the head of this file
  */
-ZVK_EXPORT HashEntry *HashTable_Find(HashTable *table, HashState *state, const void *key, uint64_t length, int32_t touch, int32_t inherit);
+ZVK_EXPORT HashEntry *HashTable_Find(HashTable *table, HashState *state, const void *key, uint64_t length,
+                                     int32_t touch, int32_t inherit);
 
 /**
  * Looks up a key whose hash stands in the state.
  *
  * @param state    in: hash (a null state: the key is hashed here); out: slot, and the entry or null
- * @param touch    0: leave all orders as they are. Otherwise a found entry goes to the front of its chain and of the MRU list;
+ * @param touch    0: leave all orders as they are. Otherwise a found entry goes to the front of its
+ *                 chain and of the MRU list;
  *                 1: in the parent table too
- * @param inherit  nonzero: a key that only the parent table has gets an entry here that refers to the parent's
+ * @param inherit  nonzero: a key that only the parent table has gets an entry here that refers to
+ *                 the parent's
  * @return the entry or null; null also when storage for an inherited entry is short
  */
-ZVK_EXPORT HashEntry *HashTable_FindHashed(HashTable *table, HashState *state, const void *key, uint64_t length, int32_t touch,
-                                           int32_t inherit);
+ZVK_EXPORT HashEntry *HashTable_FindHashed(HashTable *table, HashState *state, const void *key, uint64_t length,
+                                           int32_t touch, int32_t inherit);
 
 /**
  * Adds a key.
  *
  * @param state        in: the key's hash, from a lookup (a null state: the key is hashed here)
- * @param valueLength  0: nothing is copied, `key` and `value` must live as long as the entry. ZVK_HASH_KEY_ONLY: the key is copied, `value`
+ * @param valueLength  0: nothing is copied, `key` and `value` must live as long as the entry.
+ *                     ZVK_HASH_KEY_ONLY: the key is copied, `value`
  *                     is ignored. Otherwise value and key are copied; a null `value` gives zeros
- * @param duplicates   0: a key that is there already keeps its entry and value, and that entry is the result
- * @param alsoParent   nonzero: the key and value go into the parent table, if there is one, and the entry here refers to that one
+ * @param duplicates   0: a key that is there already keeps its entry and value, and that entry is
+ *                     the result
+ * @param alsoParent   nonzero: the key and value go into the parent table, if there is one, and the
+ *                     entry here refers to that one
  * @return the entry, or null when storage is short
  */
-ZVK_EXPORT HashEntry *HashTable_Insert(HashTable *table, HashState *state, const void *key, uint64_t length, const void *value,
-                                       uint64_t valueLength, int32_t duplicates, int32_t alsoParent);
+ZVK_EXPORT HashEntry *HashTable_Insert(HashTable *table, HashState *state, const void *key, uint64_t length,
+                                       const void *value, uint64_t valueLength, int32_t duplicates, int32_t alsoParent);
 
 /**
- * Takes a key's entry out, if there is one, and recycles it. The parent's entry, if it referred to one, stays.
+ * Takes a key's entry out, if there is one, and recycles it. The parent's entry, if it referred to
+ * one, stays.
  *
- * @param state  in: the key's hash (a null state: the key is hashed here); out: `entry` is the entry that followed in the chain
+ * @param state  in: the key's hash (a null state: the key is hashed here); out: `entry` is the
+ *               entry that followed in the chain
  * @return 0
  */
 ZVK_EXPORT int32_t HashTable_Delete(HashTable *table, HashState *state, const void *key, uint64_t length);
@@ -251,7 +289,8 @@ ZVK_EXPORT int32_t HashTable_Delete(HashTable *table, HashState *state, const vo
 /**
  * Takes a key's entry out and hands it over.
  *
- * @return the entry, now the caller's (a block for free(), unless the table has an `alloc` routine), or null. HashTable_Next still
+ * @return the entry, now the caller's (a block for free(), unless the table has an `alloc`
+ *         routine), or null. HashTable_Next still
  *         goes on from it, until the table changes.
  */
 ZVK_EXPORT HashEntry *HashTable_Remove(HashTable *table, const void *key, uint64_t length);
@@ -260,7 +299,8 @@ ZVK_EXPORT HashEntry *HashTable_Remove(HashTable *table, const void *key, uint64
  * Goes through the entries, by slot.
  *
  * @param entry  null for the first, else the one before
- * @return the next entry, null after the last. An insert or a lookup with `touch` in between may repeat or leave out entries.
+ * @return the next entry, null after the last. An insert or a lookup with `touch` in between may
+ *         repeat or leave out entries.
  */
 ZVK_EXPORT HashEntry *HashTable_Next(const HashTable *table, const HashEntry *entry);
 
@@ -271,15 +311,17 @@ ZVK_EXPORT int32_t HashTable_IsEmpty(const HashTable *table);
 ZVK_EXPORT void HashTable_Dump(const HashTable *table);
 
 /**
- * Recounts the chains and shows the table's figures on stderr. The first report that finds wrong figures says so and sets
- * ZVK_HASH_TABLE_REPAIR; the next puts them right.
+ * Recounts the chains and shows the table's figures on stderr. The first report that finds wrong
+ * figures says so and sets ZVK_HASH_TABLE_REPAIR; the next puts them right.
  */
 ZVK_EXPORT void HashTable_Stats(HashTable *table);
 
 /**
- * Gives the table another number of slots. It stays as it is, with a line on stderr, when storage is short.
+ * Gives the table another number of slots. It stays as it is, with a line on stderr, when storage
+ * is short.
  *
- * A table with MRU forgets the order of use: its list starts afresh with the next entries that are inserted or touched.
+ * A table with MRU forgets the order of use: its list starts afresh with the next entries that are
+ * inserted or touched.
  *
  * @param size  rounded up to a power of two; 0: twice the number of entries, 32 at least
  * @param load  see `HashTable.load`; 0 leaves it

@@ -1,9 +1,10 @@
 /**
  * Run-time messages.
  *
- * A message is a number, a variant and inserts; its text and severity come from the catalog `kvr2run.cat`, found through `NLSPATH`.
- * docs/messages.md lists all of them. On the message stream (`COBMSGS`, default stderr) it looks like this, wrapped to the terminal's width and
- * followed by an empty line:
+ * A message is a number, a variant and inserts; its text and severity come from the catalog
+ * `kvr2run.cat`, found through `NLSPATH`. docs/messages.md lists all of them. On the message stream
+ * (`COBMSGS`, default stderr) it looks like this, wrapped to the terminal's width and followed by
+ * an empty line:
  *
  *     ZVK903S  A packed or zoned decimal item holds data that is no number.
  *
@@ -24,8 +25,9 @@
  * | 0x1000 | severity 0, whatever the catalog says |
  * | 0x2000 | the text goes into a buffer instead, cut to its size: the first two inserts are its address and its size in bytes (32 bits); nothing is written, nothing ends |
  *
- * The inserts must be those that docs/messages.md lists for the number; a catalog text that asks for others is treated as missing. A site may add
- * numbers of its own to the catalog; their inserts are between its texts and its callers.
+ * The inserts must be those that docs/messages.md lists for the number; a catalog text that asks
+ * for others is treated as missing. A site may add numbers of its own to the catalog; their inserts
+ * are between its texts and its callers.
  */
 #ifndef KVR2_MESSAGES_H
 #define KVR2_MESSAGES_H
@@ -44,7 +46,8 @@ ZVK_BEGIN_DECLS
  * @param reserved  not looked at
  * @param args      the inserts; consumed
  * @return 0, or 0xFFFFFFFF after message 995. Does not return from a message that ends the run unit
- * @threads any; the lines of one message stay together on the stream, but the text buffer is one for the process
+ * @threads any; the lines of one message stay together on the stream, but the text buffer is one
+ *          for the process
  */
 ZVK_EXPORT uint32_t writeERRmsg(uint32_t number, uint32_t control, uint64_t reserved, va_list *args);
 

@@ -1,12 +1,15 @@
 /**
- * Run units: the records that compiled programs and the library share, start-up, program entry and exit.
+ * Run units: the records that compiled programs and the library share, start-up, program entry and
+ * exit.
  *
- * A process has one `Proccom`. A run unit, a COBOL main program and everything it calls up to STOP RUN, has one `Runcom`; it is
- * `Proccom.runcom` while it is active and goes to the list `Proccom.freeru` when it has ended, from where the next run unit
- * takes it. All threads of the process share both records.
+ * A process has one `Proccom`. A run unit, a COBOL main program and everything it calls up to STOP
+ * RUN, has one `Runcom`; it is `Proccom.runcom` while it is active and goes to the list
+ * `Proccom.freeru` when it has ended, from where the next run unit takes it. All threads of the
+ * process share both records.
  *
- * The compiler lays out a `PCB` for each separately compiled program and an array of `IPCB`s for it and the programs nested in
- * it. A compiled program's prologue calls `_zvkPgmInit`, its epilogue `_zvkPgmExit` or `_zvkPgmTerm`:
+ * The compiler lays out a `PCB` for each separately compiled program and an array of `IPCB`s for it
+ * and the programs nested in it. A compiled program's prologue calls `_zvkPgmInit`, its epilogue
+ * `_zvkPgmExit` or `_zvkPgmTerm`:
  *
  * @code
  *     int LEDGER(void)
@@ -21,8 +24,9 @@
  *     }
  * @endcode
  *
- * Environment: `__ZVKDEBUG` (trace level, read when the library is loaded), `LANG`, `NLSPATH`, `__COBOL_JVC_CONTAINER`,
- * `__COBOL_TXMN_CONTAINER`, `CPM_CACHE` and `COBRTOPT` (read when the runtime starts).
+ * Environment: `__ZVKDEBUG` (trace level, read when the library is loaded), `LANG`, `NLSPATH`,
+ * `__COBOL_JVC_CONTAINER`, `__COBOL_TXMN_CONTAINER`, `CPM_CACHE` and `COBRTOPT` (read when the
+ * runtime starts).
  */
 #ifndef KVR2_RUN_UNIT_H
 #define KVR2_RUN_UNIT_H
@@ -39,7 +43,10 @@ struct ZvkSignalRow;
 struct PCB;
 struct TrackedBlock;
 
-/** Rows and columns of a terminal, laid out as the system's `struct winsize`; all zero for a stream that is no terminal. */
+/**
+ * Rows and columns of a terminal, laid out as the system's `struct winsize`; all zero for a stream
+ * that is no terminal.
+ */
 typedef struct ZvkWindowSize {
     uint16_t rows;
     uint16_t columns;
@@ -47,8 +54,12 @@ typedef struct ZvkWindowSize {
     uint16_t yPixels;
 } ZvkWindowSize;
 
-/** A host's message routine: exit indication, facility tag "QRNB", text (not terminated), its length, `Runcom.token`. */
-typedef void (*ZvkMessageRoutine)(int32_t exiting, const char *facility, const char *text, uint32_t length, uint64_t token);
+/**
+ * A host's message routine: exit indication, facility tag "QRNB", text (not terminated), its
+ * length, `Runcom.token`.
+ */
+typedef void (*ZvkMessageRoutine)(int32_t exiting, const char *facility, const char *text, uint32_t length,
+                                  uint64_t token);
 
 /** A host's stop or abort routine; the argument is `Runcom.token`. */
 typedef void (*ZvkHostRoutine)(uint64_t token);
@@ -65,12 +76,15 @@ enum {
     ZVK_OPTION_CHECK = 0x08000000, /**< `Proccom.programOptions`, `PCB.flag`: run-time checks */
     ZVK_OPTION_DEBUG = 0x02000000, /**< `Proccom.programOptions`, `PCB.flag`: debugging lines */
 
-    ZVK_OPTION_ACCEPT_NEW = 0x10000000, /**< `Proccom.runtimeOptions`: line mode of ACCEPT where the input is no terminal */
-    ZVK_OPTION_TRAP_CORE = 0x40000000,  /**< `Proccom.runtimeOptions`: a failure makes a core file */
-    ZVK_OPTION_TRAP_DUMP = 0x20000000,  /**< `Proccom.runtimeOptions`: a failure makes a core file; no orderly abort after a signal */
+    ZVK_OPTION_ACCEPT_NEW =
+        0x10000000, /**< `Proccom.runtimeOptions`: line mode of ACCEPT where the input is no terminal */
+    ZVK_OPTION_TRAP_CORE = 0x40000000, /**< `Proccom.runtimeOptions`: a failure makes a core file */
+    ZVK_OPTION_TRAP_DUMP =
+        0x20000000, /**< `Proccom.runtimeOptions`: a failure makes a core file; no orderly abort after a signal */
 
-    ZVK_PCB_ENTER_LOCKED = 0x20000000, /**< `PCB.flag`: the entry count is taken by compiled code under the library's mutex */
-    ZVK_PCB_FOLD_NAMES = 0x01000000,   /**< `PCB.flag`: fold the names of CALL and CANCEL to upper case */
+    ZVK_PCB_ENTER_LOCKED =
+        0x20000000, /**< `PCB.flag`: the entry count is taken by compiled code under the library's mutex */
+    ZVK_PCB_FOLD_NAMES = 0x01000000, /**< `PCB.flag`: fold the names of CALL and CANCEL to upper case */
 
     ZVK_LLE_LOADED = 0x01,  /**< `LLE.flags`: loaded by the program manager, so it is to be unloaded */
     ZVK_LLE_SURVIVES = 0x10 /**< `LLE.flags`: this bit outlives the run unit's end */
@@ -86,12 +100,12 @@ typedef struct Runcom {
     struct HashTable *externalFiles; /**< EXTERNAL files by name */
     struct HashTable *externalVars;  /**< EXTERNAL data items by name */
     struct HashTable *plle;          /**< the run unit's program table; its parent is `Proccom.plle` */
-    struct PCB *main;                /**< main program; null until known; all bits set for a host's run unit with no program yet */
-    uint64_t token;                  /**< given to `stop`, `abrt` and, last, to `msg` */
-    struct ZvkSignalRow *signals;    /**< this run unit's copy of the signal table */
-    uint64_t context;                /**< kept for the host */
-    ZvkHostRoutine stop;             /**< host's stop routine or null */
-    ZvkHostRoutine abrt;             /**< host's abort routine or null */
+    struct PCB *main; /**< main program; null until known; all bits set for a host's run unit with no program yet */
+    uint64_t token;   /**< given to `stop`, `abrt` and, last, to `msg` */
+    struct ZvkSignalRow *signals; /**< this run unit's copy of the signal table */
+    uint64_t context;             /**< kept for the host */
+    ZvkHostRoutine stop;          /**< host's stop routine or null */
+    ZvkHostRoutine abrt;          /**< host's abort routine or null */
     uint64_t reservedWord;
     ZvkMessageRoutine msg;        /**< host's message routine or null */
     uint32_t id;                  /**< run-unit number; 0 for a record that no run unit has used yet */
@@ -137,22 +151,23 @@ typedef struct Proccom {
     FILE *conIn;
     FILE *conOut;
     FILE *syspunch;
-    uint64_t spareWords[6];  /**< cleared when the runtime ends */
-    int32_t pid;             /**< process id when the library was loaded */
-    uint64_t mainThread;     /**< `pthread_self()` when the library was loaded */
-    uint32_t firstEntry;     /**< 1 for a run unit started by a program, 0 for the first start under a transaction monitor */
-    uint32_t threadKey;      /**< pthread key of the per-thread area, 0xFFFFFFFF when there is none */
+    uint64_t spareWords[6]; /**< cleared when the runtime ends */
+    int32_t pid;            /**< process id when the library was loaded */
+    uint64_t mainThread;    /**< `pthread_self()` when the library was loaded */
+    uint32_t
+        firstEntry;     /**< 1 for a run unit started by a program, 0 for the first start under a transaction monitor */
+    uint32_t threadKey; /**< pthread key of the per-thread area, 0xFFFFFFFF when there is none */
     void *threadFallback;    /**< the one per-thread area that serves when no key could be made */
     uint32_t runUnitCount;   /**< next run-unit number */
     uint32_t errCount;       /**< option ERRCOUNT */
     uint32_t programOptions; /**< ZVK_OPTION_CHECK, ZVK_OPTION_DEBUG; nonzero once options were parsed */
     uint32_t runtimeOptions; /**< ZVK_OPTION_ACCEPT_NEW and the TRAP bits */
-    uint32_t txmn;           /**< nonzero under a monitor or container: take no mutex, the process counts as single-threaded */
-    uint32_t jvc;            /**< container level from __COBOL_JVC_CONTAINER */
-    uint32_t debug;          /**< trace level from __ZVKDEBUG */
-    uint32_t cache;          /**< program cache: 0 off, 1 on, 2 decided by the second run unit */
-    int32_t ccsid;           /**< row of the chosen code page, -1 until chosen */
-    uint32_t currentYear;    /**< four digits; set when a program with a year window starts */
+    uint32_t txmn;  /**< nonzero under a monitor or container: take no mutex, the process counts as single-threaded */
+    uint32_t jvc;   /**< container level from __COBOL_JVC_CONTAINER */
+    uint32_t debug; /**< trace level from __ZVKDEBUG */
+    uint32_t cache; /**< program cache: 0 off, 1 on, 2 decided by the second run unit */
+    int32_t ccsid;  /**< row of the chosen code page, -1 until chosen */
+    uint32_t currentYear; /**< four digits; set when a program with a year window starts */
     ZvkWindowSize winStdin;
     ZvkWindowSize winStdout;
     ZvkWindowSize winStderr; /**< its columns are what messages are wrapped to */
@@ -179,7 +194,10 @@ ZVK_AT(Proccom, upsi, 292);
 typedef struct FCB FCB;
 typedef struct FIB FIB;
 
-/** A program of a compilation unit: the program itself first in the array, its nested programs behind it. 56 bytes. */
+/**
+ * A program of a compilation unit: the program itself first in the array, its nested programs
+ * behind it. 56 bytes.
+ */
 typedef struct IPCB {
     int32_t ent;      /**< current entries of this program */
     uint32_t status;  /**< bits 30 and 31 are cleared when the program is cancelled */
@@ -220,8 +238,12 @@ typedef struct PCB {
     FIB **fibs;    /**< file information blocks, parallel to the IPCB's file list */
     uint8_t *upsi; /**< set by the library to `Runcom.upsi` */
     uint8_t reserved64[36];
-    int32_t yearWindow; /**< 9999 none; negative: offset from the current year; otherwise, and after registration, a base year */
-    uint64_t *pgmWord;  /**< set by the library to `Proccom.pgmWord` if the compiler version is at least 5.1.1 */
+    /**
+     * 9999 none; negative: offset from the current year; otherwise, and after registration, a base
+     * year
+     */
+    int32_t yearWindow;
+    uint64_t *pgmWord; /**< set by the library to `Proccom.pgmWord` if the compiler version is at least 5.1.1 */
 } PCB;
 
 ZVK_AT(PCB, version, 5);
@@ -251,7 +273,9 @@ typedef struct LLE {
 
 ZVK_STATIC_ASSERT(sizeof(LLE) == 48, "LLE");
 
-/** The process record; null before the library's constructor ran and again after the runtime's end. */
+/**
+ * The process record; null before the library's constructor ran and again after the runtime's end.
+ */
 ZVK_EXPORT extern Proccom *_zvkProccom;
 
 /** Process-wide object of the date-time items; its eighth word points to the locale table. */
@@ -264,24 +288,32 @@ ZVK_EXPORT extern DmrRut _Dmr_rut;
 /**
  * First call of a program's prologue, at every entry.
  *
- * Starts the runtime and a run unit where none is active, registers the program in the run unit's program table at its first
- * entry, and counts the entry. With ZVK_PCB_ENTER_LOCKED in `pcb->flag` it returns with the entry mutex held, and compiled code
- * calls `_zvkPgmEnterUnlock`.
+ * Starts the runtime and a run unit where none is active, registers the program in the run unit's
+ * program table at its first entry, and counts the entry. With ZVK_PCB_ENTER_LOCKED in `pcb->flag`
+ * it returns with the entry mutex held, and compiled code calls `_zvkPgmEnterUnlock`.
  *
- * At registration the CHECK and DEBUG bits of `pcb->flag`, `pcb->upsi`, and, by compiler version, `pcb->pgmWord` are set, files
- * are made known, and a year window is resolved into its base year.
+ * At registration the CHECK and DEBUG bits of `pcb->flag`, `pcb->upsi`, and, by compiler version,
+ * `pcb->pgmWord` are set, files are made known, and a year window is resolved into its base year.
  *
- * @param pcb  the program; `name`, `nameLength`, `ipcb`, `version` and `yearWindow` filled by the compiler
- * @messages 240 if a year window given as an offset resolves outside 1900 to 2099; 241 if a window's 100 years have all passed;
+ * @param pcb  the program; `name`, `nameLength`, `ipcb`, `version` and `yearWindow` filled by the
+ *             compiler
+ * @messages 240 if a year window given as an offset resolves outside 1900 to 2099; 241 if a
+ *           window's 100 years have all passed;
  *           75 for EXTERNAL files that do not agree; 907 without storage; 171 to 174, 181, 182 for options
  * @threads  any; starts and registrations are serialised
  */
 ZVK_EXPORT void _zvkPgmInit(PCB *pcb);
 
-/** Takes the entry mutex and counts an entry of `ipcb`, also under a monitor; `_zvkPgmEnterUnlock` must follow. @threads any */
+/**
+ * Takes the entry mutex and counts an entry of `ipcb`, also under a monitor; `_zvkPgmEnterUnlock`
+ * must follow. @threads any
+ */
 ZVK_EXPORT void _zvkPgmEnterLock(int32_t *ipcb);
 
-/** Releases the entry mutex that `_zvkPgmEnterLock` or `_zvkPgmInit` took. @threads the one that took it */
+/**
+ * Releases the entry mutex that `_zvkPgmEnterLock` or `_zvkPgmInit` took. @threads the one that
+ * took it
+ */
 ZVK_EXPORT void _zvkPgmEnterUnlock(void);
 
 /**
@@ -293,8 +325,9 @@ ZVK_EXPORT void _zvkPgmEnterUnlock(void);
 ZVK_EXPORT void _zvkPgmExit(int32_t *ipcb);
 
 /**
- * The jump buffer of the current run unit, or of the one that has just ended; null before the library's constructor ran.
- * The compiled main program arms it with `sigsetjmp`; STOP RUN jumps through it with the program's status, or 255 for 0.
+ * The jump buffer of the current run unit, or of the one that has just ended; null before the
+ * library's constructor ran. The compiled main program arms it with `sigsetjmp`; STOP RUN jumps
+ * through it with the program's status, or 255 for 0.
  * @threads any
  */
 ZVK_EXPORT void *_zvkGetJmpBuffer(void);
@@ -316,8 +349,8 @@ ZVK_EXPORT void _zvkCOBOLInit(uint32_t function, ZvkHostRoutine stop, uint32_t *
 ZVK_EXPORT void ZVKCOBOLINIT(uint32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token);
 
 /**
- * A host prepares the next run unit: starts the runtime if needed and stores the routines and values in the record that the next run
- * unit takes.
+ * A host prepares the next run unit: starts the runtime if needed and stores the routines and
+ * values in the record that the next run unit takes.
  *
  * @param function  1; any other sets `*rc` to 1 and does nothing
  * @param rc        receives 0 or 1
@@ -326,19 +359,28 @@ ZVK_EXPORT void ZVKCOBOLINIT(uint32_t function, ZvkHostRoutine stop, uint32_t *r
  * @param context   kept for the host
  * @threads one at a time, before programs run
  */
-ZVK_EXPORT void _zvkCOBOLInit1(int32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token, ZvkMessageRoutine msg,
-                               ZvkHostRoutine abrt, uint64_t context);
+ZVK_EXPORT void _zvkCOBOLInit1(int32_t function, ZvkHostRoutine stop, uint32_t *rc, uint64_t token,
+                               ZvkMessageRoutine msg, ZvkHostRoutine abrt, uint64_t context);
 
-/** Starts the runtime if needed (`*rc` = 0); if it was started under a monitor or container, `*rc` = 1; else `*rc` stays. */
+/**
+ * Starts the runtime if needed (`*rc` = 0); if it was started under a monitor or container, `*rc` =
+ * 1; else `*rc` stays.
+ */
 ZVK_EXPORT void _zvkCOBOLHostInit(uint32_t *rc);
 
 /** Begins a run unit nested in the current one, which is resumed when the new one ends. */
 ZVK_EXPORT void _zvkCOBOLLink(void);
 
-/** A transaction monitor starts a task: starts the runtime if needed, deepens `Proccom.txmn`, begins a run unit with `msg` and `context`. */
+/**
+ * A transaction monitor starts a task: starts the runtime if needed, deepens `Proccom.txmn`, begins
+ * a run unit with `msg` and `context`.
+ */
 ZVK_EXPORT void _zvk_cpm_init(ZvkMessageRoutine msg, uint64_t context);
 
-/** Begins a run unit for a transaction, nested where one is active; starts the runtime as under a monitor if nothing exists. */
+/**
+ * Begins a run unit for a transaction, nested where one is active; starts the runtime as under a
+ * monitor if nothing exists.
+ */
 ZVK_EXPORT void _zvkTxmnRunUnit(uint64_t reserved, ZvkMessageRoutine msg, uint64_t context);
 
 ZVK_END_DECLS

@@ -1,8 +1,9 @@
 /**
  * Signals: a crash in COBOL ends with a readable message, a traceback and, on request, a core file.
  *
- * While the option TRAP is on, each run unit installs `default_sigrtn` for the signals of its table. It explains the fault in words on stderr
- * and runs `_zvkSignal`; what happens then depends on the signal:
+ * While the option TRAP is on, each run unit installs `default_sigrtn` for the signals of its
+ * table. It explains the fault in words on stderr and runs `_zvkSignal`; what happens then depends
+ * on the signal:
  *
  * | Signals | Effect |
  * |---|---|
@@ -11,7 +12,8 @@
  * | SIGPIPE, SIGIO | ignored: a write to a closed pipe fails with EPIPE |
  * | all others | message 995, traceback, end of the run unit; a core file first where TRAP asks for one |
  *
- * Environment: `traceback_lines` (first character other than "0": tracebacks with source lines), `COBCORE` (name of core files).
+ * Environment: `traceback_lines` (first character other than "0": tracebacks with source lines),
+ * `COBCORE` (name of core files).
  */
 #ifndef KVR2_SIGNALS_H
 #define KVR2_SIGNALS_H
@@ -21,7 +23,8 @@
 ZVK_BEGIN_DECLS
 
 /**
- * The handler that run units install; a host that manages signals itself can call it from its own handler.
+ * The handler that run units install; a host that manages signals itself can call it from its own
+ * handler.
  *
  * @param signal   signal number
  * @param info     a `siginfo_t *`, as the kernel gives it to a handler with SA_SIGINFO
@@ -31,8 +34,9 @@ ZVK_BEGIN_DECLS
 ZVK_EXPORT void default_sigrtn(int signal, void *info, void *context);
 
 /**
- * What a run unit does at a signal: reports, makes a core file if asked, ends the run unit with message 995. Signals that do not end
- * programs return. While a signal or an abort is in progress it returns at once.
+ * What a run unit does at a signal: reports, makes a core file if asked, ends the run unit with
+ * message 995. Signals that do not end programs return. While a signal or an abort is in progress
+ * it returns at once.
  *
  * @param signal, info, context  as for `default_sigrtn`
  * @messages 995

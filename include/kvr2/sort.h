@@ -1,32 +1,37 @@
 /**
- * SORT and MERGE: the verbs that compiled code calls, the contract of the sort engine, and SORT of a table.
+ * SORT and MERGE: the verbs that compiled code calls, the contract of the sort engine, and SORT of
+ * a table.
  *
  * # SORT and MERGE of files
  *
- * `_zvkSortMerge` starts a sort; an INPUT PROCEDURE calls `_zvkRelease` for each record, an OUTPUT PROCEDURE `_zvkReturn`:
+ * `_zvkSortMerge` starts a sort; an INPUT PROCEDURE calls `_zvkRelease` for each record, an OUTPUT
+ * PROCEDURE `_zvkReturn`:
  *
  * @code
- *     _zvkSortMerge(1, &block, &desc, keys, control, &noFiles, &noFiles, eighth);      // SORT ... INPUT PROCEDURE ... OUTPUT PROCEDURE
+ *     _zvkSortMerge(1, &block, &desc, keys, control, &noFiles, &noFiles, eighth);      // SORT ... INPUT PROCEDURE
  *     ... _zvkRelease(length, record, &status); ...                                   // RELEASE
- *     _zvkSortMerge(3, &block, ...);                                                  // the INPUT PROCEDURE has ended: sort
+ *     _zvkSortMerge(3, &block, ...);  // the INPUT PROCEDURE has ended: sort
  *     while (status = 0, _zvkReturn(&length, record, &status), status == 0) ...       // RETURN ... AT END
  * @endcode
  *
- * The library keeps released records in a buffer of 262,144 bytes and beyond that in a spill file `sortwki.PID.THREAD` of the temporary directory (`TMPDIR`,
- * or "."). The sorting is done by an engine, `libvortlite_64r.so`, which is loaded at the first SORT; its result waits in the buffer or in
- * `sortwko.PID.THREAD`.
+ * The library keeps released records in a buffer of 262,144 bytes and beyond that in a spill file
+ * `sortwki.PID.THREAD` of the temporary directory (`TMPDIR`, or "."). The sorting is done by an
+ * engine, `libvortlite_64r.so`, which is loaded at the first SORT; its result waits in the buffer
+ * or in `sortwko.PID.THREAD`.
  *
- * Records in the buffer and in spill files have the release form: format 2, a native 4-byte length that counts itself, then the bytes;
- * any other format, `recordLength` bytes.
+ * Records in the buffer and in spill files have the release form: format 2, a native 4-byte length
+ * that counts itself, then the bytes; any other format, `recordLength` bytes.
  *
  * # The engine
  *
- * An engine exports `sortmerge`, if possible with the symbol version KVR2_6.1.0, of type SortEngine. The runtime does not look at the fourth, fifth and
- * eighth words of a SORT; for the engine that comes with this library they mean:
+ * An engine exports `sortmerge`, if possible with the symbol version KVR2_6.1.0, of type
+ * SortEngine. The runtime does not look at the fourth, fifth and eighth words of a SORT; for the
+ * engine that comes with this library they mean:
  *
  * - fourth: a SortKeyList;
- * - fifth: the name of a SORT-CONTROL file, or an empty one. The file may be absent. Its lines are `NAME=value`; "*" or "#" begins a comment:
- *   `MEMORY=64M` (bytes, or with K, M or G; goes before the eighth's budget), `WORKDIR=/var/tmp` (for work files), `STATISTICS=YES` (a line on stderr);
+ * - fifth: the name of a SORT-CONTROL file, or an empty one. The file may be absent. Its lines are
+ *   `NAME=value`; "*" or "#" begins a comment: `MEMORY=64M` (bytes, or with K, M or G; goes before
+ *   the eighth's budget), `WORKDIR=/var/tmp` (for work files), `STATISTICS=YES` (a line on stderr);
  * - eighth: a SortEighth.
  */
 #ifndef KVR2_SORT_H
@@ -59,7 +64,9 @@ ZVK_AT(SortVerbBlock, lineNumber, 16);
 ZVK_AT(SortVerbBlock, program, 24);
 ZVK_STATIC_ASSERT(sizeof(SortVerbBlock) == 32, "SortVerbBlock");
 
-/** `SortRecordDesc.recordFormat`; any other is fixed length, too, but a short record is not filled. */
+/**
+ * `SortRecordDesc.recordFormat`; any other is fixed length, too, but a short record is not filled.
+ */
 enum { ZVK_SORT_FIXED = 1, ZVK_SORT_VARIABLE = 2 };
 
 typedef struct SortRecordDesc {
@@ -118,7 +125,10 @@ typedef struct SortEighth {
 } SortEighth;
 ZVK_STATIC_ASSERT(sizeof(SortEighth) == 24, "SortEighth");
 
-/** `SortEighth.flags`: records with equal keys keep their order (WITH DUPLICATES IN ORDER). The engine that comes with the library always does so. */
+/**
+ * `SortEighth.flags`: records with equal keys keep their order (WITH DUPLICATES IN ORDER). The
+ * engine that comes with the library always does so.
+ */
 #define ZVK_SORT_STABLE 1u
 
 /** `TableSortKey.keyType` */
@@ -159,7 +169,10 @@ ZVK_AT(TableSortKey, signFlags, 12);
 ZVK_AT(TableSortKey, orderFlags, 13);
 ZVK_STATIC_ASSERT(sizeof(TableSortKey) == 16, "TableSortKey");
 
-/** The fourth argument of a SORT as the engine reads it: `count` keys behind the two words, the most significant first. */
+/**
+ * The fourth argument of a SORT as the engine reads it: `count` keys behind the two words, the most
+ * significant first.
+ */
 typedef struct SortKeyList {
     uint32_t count;
     uint32_t reserved4;
@@ -173,13 +186,15 @@ ZVK_AT(SortKeyList, keys, 8);
 
 /** The engine's error numbers: message 26, ZVKGETSORTERRNO. */
 enum {
-    ZVK_SORT_EKEYS = 1,       /**< the key list is not valid: no keys, an unknown type, a length that the type does not have */
-    ZVK_SORT_ESHORT = 2,      /**< a record is shorter than its keys reach */
-    ZVK_SORT_EOPENIN = 3,     /**< a USING file could not be opened */
-    ZVK_SORT_EREAD = 4,       /**< a USING file or spill file could not be read */
-    ZVK_SORT_EFORM = 5,       /**< the spill file or buffer does not hold whole records */
-    ZVK_SORT_EOPENOUT = 6,    /**< a GIVING file or the result's spill file could not be opened */
-    ZVK_SORT_EWRITE = 7,      /**< a GIVING file or the result's spill file could not be written or closed: the disk is full */
+    ZVK_SORT_EKEYS =
+        1, /**< the key list is not valid: no keys, an unknown type, a length that the type does not have */
+    ZVK_SORT_ESHORT = 2,   /**< a record is shorter than its keys reach */
+    ZVK_SORT_EOPENIN = 3,  /**< a USING file could not be opened */
+    ZVK_SORT_EREAD = 4,    /**< a USING file or spill file could not be read */
+    ZVK_SORT_EFORM = 5,    /**< the spill file or buffer does not hold whole records */
+    ZVK_SORT_EOPENOUT = 6, /**< a GIVING file or the result's spill file could not be opened */
+    ZVK_SORT_EWRITE =
+        7, /**< a GIVING file or the result's spill file could not be written or closed: the disk is full */
     ZVK_SORT_EWORK = 8,       /**< a work file could not be made, written or read: the work directory's disk is full */
     ZVK_SORT_ESTORAGE = 9,    /**< no storage */
     ZVK_SORT_ECONTROL = 10,   /**< the SORT-CONTROL file has a line that makes no sense, or cannot be read */
@@ -192,15 +207,20 @@ enum {
 /**
  * The engine's entry, `sortmerge`. All records and the three words go by value, on the stack.
  *
- * @param op            ZVK_SORT_START, ZVK_SORT_MERGE; ZVK_SORT_END with everything zero abandons the thread's running sort
+ * @param op            ZVK_SORT_START, ZVK_SORT_MERGE; ZVK_SORT_END with everything zero abandons
+ *                      the thread's running sort
  * @param recordFormat  first word of the SortRecordDesc
- * @param input   files, if there are; otherwise the spill file at `path`, then the `bytes` at `memory`
- * @param output  files, the spill file at `path`, or with neither `memory`, for as many bytes as the input has
- * @return SORT-RETURN in the low 16 bits: 0, or 16 with an error number stored through `control.errnoOut`
+ * @param input   files, if there are; otherwise the spill file at `path`, then the `bytes` at
+ *                `memory`
+ * @param output  files, the spill file at `path`, or with neither `memory`, for as many bytes as
+ *                the input has
+ * @return SORT-RETURN in the low 16 bits: 0, or 16 with an error number stored through
+ *         `control.errnoOut`
  * @threads any, each with a sort of its own
  */
-typedef int32_t (*SortEngine)(int32_t op, uint64_t recordFormat, uint32_t recordLength, const void *fourth, const char *fifth,
-                              SortEighth eighth, SortIoRecord input, SortIoRecord output, SortControlRecord control);
+typedef int32_t (*SortEngine)(int32_t op, uint64_t recordFormat, uint32_t recordLength, const void *fourth,
+                              const char *fifth, SortEighth eighth, SortIoRecord input, SortIoRecord output,
+                              SortControlRecord control);
 
 /**
  * SORT and MERGE statements.
@@ -210,15 +230,18 @@ typedef int32_t (*SortEngine)(int32_t op, uint64_t recordFormat, uint32_t record
  * @param fourth   the keys, for the engine
  * @param fifth    a name for the engine; its first blank is overwritten with a NUL
  * @param eighth   three words for the engine
- * @par SORT-RETURN  0; 16 after a failure; unchanged if the engine could not be loaded, after a line on stderr
- * @messages 26 with program, line and error number for SORT-RETURN 16; 13 for a sort inside the engine's run of another; 907
+ * @par SORT-RETURN 0; 16 after a failure; unchanged if the engine could not be loaded, after a line
+ *      on stderr
+ * @messages 26 with program, line and error number for SORT-RETURN 16; 13 for a sort inside the
+ *           engine's run of another; 907
  * @threads  any, each with a sort of its own
  */
-ZVK_EXPORT void _zvkSortMerge(int32_t op, SortVerbBlock *block, SortRecordDesc *desc, void *fourth, char *fifth, SortFileList *usingList,
-                              SortFileList *givingList, uint64_t *eighth);
+ZVK_EXPORT void _zvkSortMerge(int32_t op, SortVerbBlock *block, SortRecordDesc *desc, void *fourth, char *fifth,
+                              SortFileList *usingList, SortFileList *givingList, uint64_t *eighth);
 
 /**
- * RELEASE: a record of `length` bytes into the sort. Fixed records of format ZVK_SORT_FIXED are filled with blanks.
+ * RELEASE: a record of `length` bytes into the sort. Fixed records of format ZVK_SORT_FIXED are
+ * filled with blanks.
  * @param status  set to 16 if the record could not be stored; otherwise left alone
  */
 ZVK_EXPORT void _zvkRelease(uint32_t length, void *record, uint16_t *status);
@@ -237,17 +260,19 @@ ZVK_EXPORT uint32_t zvkGetSortErrno(uint32_t *value);
 /**
  * SORT of a table, in place.
  *
- * Elements with equal keys come out by the low byte of their old position first, then the next byte: in the old order up to 256 of them.
- * Packed keys: the sign nibble 0xC is positive, any other negative, an unsigned 0xF as well.
+ * Elements with equal keys come out by the low byte of their old position first, then the next
+ * byte: in the old order up to 256 of them. Packed keys: the sign nibble 0xC is positive, any other
+ * negative, an unsigned 0xF as well.
  *
  * @param collating  table of 256 bytes for alphanumeric keys, or null
- * @param keyCount   number of TableSortKey pointers that follow, the most significant first; types up to ZVK_KEY_NATIONAL. With any other type, or a
+ * @param keyCount   number of TableSortKey pointers that follow, the most significant first; types
+ *                   up to ZVK_KEY_NATIONAL. With any other type, or a
  *                   key that the element does not hold, the table stays as it was
  * @messages 907
  * @threads  any, on tables of their own
  */
-ZVK_EXPORT void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t count, const uint8_t *collating,
-                           int32_t keyCount, ...);
+ZVK_EXPORT void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t count,
+                           const uint8_t *collating, int32_t keyCount, ...);
 
 ZVK_END_DECLS
 

@@ -1,5 +1,6 @@
 /**
- * Sort keys as byte strings: every key is rewritten once so that one unsigned byte compare gives its order, whatever its type and direction.
+ * Sort keys as byte strings: every key is rewritten once so that one unsigned byte compare gives
+ * its order, whatever its type and direction.
  *
  * | Type | Byte string, ascending | Descending |
  * |---|---|---|
@@ -8,8 +9,9 @@
  * | zoned, packed | sign, number of digits or bytes, digits without leading zeros; the latter two complemented if negative | complement |
  * | float | big-endian, sign bit set for positive numbers and zeros; negative ones complemented | complement |
  *
- * The strings of several keys stand one behind the other. A number's string has as many bytes as it has digits, but two strings of different
- * length differ before the shorter one ends, so what follows never meets what it must not be compared with.
+ * The strings of several keys stand one behind the other. A number's string has as many bytes as it
+ * has digits, but two strings of different length differ before the shorter one ends, so what
+ * follows never meets what it must not be compared with.
  *
  *     +1234 packed  F0 03 01 23 40        -1234  00 FC FE DC BF        +7  F0 01 70
  *
@@ -24,7 +26,10 @@
 
 ZVK_BEGIN_DECLS
 
-/** `flags` of zvkNormaliseKey: packed 0xF nibbles and other preferred forms are positive; only 0xD and 0xB are negative. */
+/**
+ * `flags` of zvkNormaliseKey: packed 0xF nibbles and other preferred forms are positive; only 0xD
+ * and 0xB are negative.
+ */
 #define ZVK_NORMALISE_UNSIGNED_PACKED 1u
 
 /** Most bytes that the byte string of a key takes; 0 if the key is not valid. */
@@ -51,7 +56,10 @@ static inline uint64_t zvkKeySpace(const TableSortKey *key)
     }
 }
 
-/** Sign and count of a number's byte string; returns the mask that its digits are exclusive-ored with. */
+/**
+ * Sign and count of a number's byte string; returns the mask that its digits are exclusive-ored
+ * with.
+ */
 static inline uint8_t zvkPutSignAndCount(uint8_t *out, int negative, int ascending, size_t count)
 {
     uint8_t mask = negative == ascending ? 0xFF : 0;
@@ -82,7 +90,8 @@ static inline uint8_t *zvkNormaliseZoned(const TableSortKey *key, const uint8_t 
     return out;
 }
 
-static inline uint8_t *zvkNormalisePacked(const TableSortKey *key, const uint8_t *bytes, int ascending, uint32_t flags, uint8_t *out)
+static inline uint8_t *zvkNormalisePacked(const TableSortKey *key, const uint8_t *bytes, int ascending, uint32_t flags,
+                                          uint8_t *out)
 {
     size_t length = key->length, i;
     int negative;
@@ -115,8 +124,8 @@ static inline uint8_t *zvkNormaliseFloat(const TableSortKey *key, const uint8_t 
 }
 
 /** Appends the byte string of a valid key of `record`; returns the place behind it. */
-static inline uint8_t *zvkNormaliseKey(const TableSortKey *key, const uint8_t *record, const uint8_t *collating, uint32_t flags,
-                                       uint8_t *out)
+static inline uint8_t *zvkNormaliseKey(const TableSortKey *key, const uint8_t *record, const uint8_t *collating,
+                                       uint32_t flags, uint8_t *out)
 {
     const uint8_t *item = record + key->offset;
     int ascending = key->orderFlags & ZVK_KEY_ASCENDING;

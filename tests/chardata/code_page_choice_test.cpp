@@ -1,6 +1,7 @@
-// Catches: a row of the locale table that names a page which cannot be opened or is no EBCDIC page, a row moved or a column too wide; the
-// wrong row or page for a locale or for a value of EBCDIC_CODEPAGE, its messages; the wrong converter for a number (a variant with swapped
-// line ends, a newer namesake, a number that only an alias bears).
+// Catches: a row of the locale table that names a page which cannot be opened or is no EBCDIC page,
+// a row moved or a column too wide; the wrong row or page for a locale or for a value of
+// EBCDIC_CODEPAGE, its messages; the wrong converter for a number (a variant with swapped line
+// ends, a newer namesake, a number that only an alias bears).
 #include <cstring>
 #include <string>
 
@@ -35,7 +36,8 @@ TEST(LocaleTable, EveryEbcdicPageOpensAndIsEbcdic)
             EXPECT_EQ(std::string(text, static_cast<size_t>(length)), "\xC1\xE9\xF0\xF9\x40") << page;
             ucnv_close(converter);
         }
-        for (const auto *column : {&row.pcFirst, &row.pcSecond, &row.windows, &row.windowsOther, &row.isoFirst, &row.isoSecond})
+        for (const auto *column :
+             {&row.pcFirst, &row.pcSecond, &row.windows, &row.windowsOther, &row.isoFirst, &row.isoSecond})
             columnText(*column);
     }
     EXPECT_STREQ(kCodePageRows[8].key, "EN_US");
@@ -72,7 +74,8 @@ TEST(OpenConverter, FindsNumbers)
         EXPECT_TRUE(holds(nameOf("TQX-949"), "-949_"));
     }
     EXPECT_EQ(nameOf("ISO8859-1"), "ISO-8859-1");
-    for (const char *wrong : {"", "TQX-", "TQX-0", "TQX-99999", "TQX-65535", "TQX-37x", "TQX-99999999999999999999", "TQX37", "NOPE"})
+    for (const char *wrong :
+         {"", "TQX-", "TQX-0", "TQX-99999", "TQX-65535", "TQX-37x", "TQX-99999999999999999999", "TQX37", "NOPE"})
         EXPECT_EQ(nameOf(wrong), "") << wrong;
 }
 
@@ -96,7 +99,8 @@ TEST(CodePageChoice, LocaleAndValue)
         {"xx_YY.UTF-8", "UTF-8", nullptr, 8, "xx_YY.UTF-8", "TQX-1140"},
         {"ja_JP.eucJP", "EUC-JP", nullptr, 48, "ja_JP.eucJP", "TQX-1399"},
         {"en_US.UTF-8", "UTF-8", "tqx-037", 8, "en_US.UTF-8", "tqx-037"},
-        {"en_GB.UTF-8", "UTF-8", "TQX-285", 6, "en_GB.UTF-8", "TQX-285"},   // found first in another row, but its own as well
+        {"en_GB.UTF-8", "UTF-8", "TQX-285", 6, "en_GB.UTF-8",
+         "TQX-285"}, // found first in another row, but its own as well
         {"ja_JP.eucJP", "EUC-JP", "TQX-930", 48, "ja_JP.eucJP", "TQX-930"}, // the other row of the same key
     };
     for (const Choice &each : cases) {

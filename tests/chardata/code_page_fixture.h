@@ -5,7 +5,8 @@
 
 #include "kvr2/run_unit.h"
 
-// A Proccom for the test if the library has made none, and the chosen code pages in it; the library forgets the pages it used before.
+// A Proccom for the test if the library has made none, and the chosen code pages in it; the library
+// forgets the pages it used before.
 //
 //     useCodePages(48, "ja_JP.eucJP", "TQX-1399");
 void useCodePages(int32_t row, const std::string &localeName, const std::string &ebcdicCodePage);

@@ -1,6 +1,6 @@
-// Catches: bytes, lengths or statuses that differ from ICU called plainly, for named and default pages, by way of the byte table and of
-// UTF-16; a destination that is overrun; a source length that ICU would take for "up to the NUL"; handles that survive the end of the
-// runtime.
+// Catches: bytes, lengths or statuses that differ from ICU called plainly, for named and default
+// pages, by way of the byte table and of UTF-16; a destination that is overrun; a source length
+// that ICU would take for "up to the NUL"; handles that survive the end of the runtime.
 #include <cstring>
 #include <random>
 #include <string>
@@ -20,7 +20,10 @@ using Bytes = std::vector<uint8_t>;
 Bytes bytesOf(const std::string &text) { return {text.begin(), text.end()}; }
 
 struct Converter {
-    explicit Converter(const char *name) : handle(zvkOpenConverter(name, &status)) { EXPECT_NE(handle, nullptr) << name; }
+    explicit Converter(const char *name) : handle(zvkOpenConverter(name, &status))
+    {
+        EXPECT_NE(handle, nullptr) << name;
+    }
     ~Converter() { ucnv_close(handle); }
     UErrorCode status = U_ZERO_ERROR;
     UConverter *handle;
@@ -30,16 +33,17 @@ struct Converter {
         std::u16string units(source.size() * 2 + 8, 0);
         status = U_ZERO_ERROR;
         units.resize(static_cast<size_t>(ucnv_toUChars(handle, units.data(), static_cast<int32_t>(units.size()),
-                                                       reinterpret_cast<const char *>(source.data()), static_cast<int32_t>(source.size()),
-                                                       &status)));
+                                                       reinterpret_cast<const char *>(source.data()),
+                                                       static_cast<int32_t>(source.size()), &status)));
         return units;
     }
     Bytes fromUnicode(const std::u16string &units)
     {
         Bytes bytes(units.size() * 4 + 8);
         status = U_ZERO_ERROR;
-        bytes.resize(static_cast<size_t>(ucnv_fromUChars(handle, reinterpret_cast<char *>(bytes.data()), static_cast<int32_t>(bytes.size()),
-                                                         units.data(), static_cast<int32_t>(units.size()), &status)));
+        bytes.resize(static_cast<size_t>(ucnv_fromUChars(handle, reinterpret_cast<char *>(bytes.data()),
+                                                         static_cast<int32_t>(bytes.size()), units.data(),
+                                                         static_cast<int32_t>(units.size()), &status)));
         return bytes;
     }
 };
@@ -70,7 +74,8 @@ TEST(ByteTranslate, IsTheTableForEveryLengthAndAlignment)
 TEST(Conversions, NamedPagesAgainstPlainIcu)
 {
     std::mt19937 random(2);
-    for (const char *page : {"TQX-37", "tqx-1140", "UTF-8", "ISO8859-15", "TQX-1399", "TQX-1388", "eucKR", "TQX-9030"}) {
+    for (const char *page :
+         {"TQX-37", "tqx-1140", "UTF-8", "ISO8859-15", "TQX-1399", "TQX-1388", "eucKR", "TQX-9030"}) {
         SCOPED_TRACE(page);
         Converter plain(page);
         int32_t nameLength = static_cast<int32_t>(strlen(page));
@@ -79,14 +84,18 @@ TEST(Conversions, NamedPagesAgainstPlainIcu)
             std::u16string expected = plain.toUnicode(source);
             GuardedItem out(expected.size() * 2);
             uint32_t capacity = static_cast<uint32_t>(expected.size() * 2);
-            EXPECT_EQ(_zvkConvToUnicode(source.data(), static_cast<uint32_t>(length), out.data(), &capacity, page, nameLength), 0);
+            EXPECT_EQ(_zvkConvToUnicode(source.data(), static_cast<uint32_t>(length), out.data(), &capacity, page,
+                                        nameLength),
+                      0);
             ASSERT_EQ(capacity, expected.size() * 2);
             EXPECT_EQ(memcmp(out.data(), expected.data(), capacity), 0);
 
             Bytes back = plain.fromUnicode(expected);
             GuardedItem bytes(back.size());
             capacity = static_cast<uint32_t>(back.size());
-            EXPECT_EQ(_zvkConvFromUnicode(out.data(), static_cast<uint32_t>(out.size()), bytes.data(), &capacity, page, nameLength), 0);
+            EXPECT_EQ(_zvkConvFromUnicode(out.data(), static_cast<uint32_t>(out.size()), bytes.data(), &capacity, page,
+                                          nameLength),
+                      0);
             EXPECT_EQ(Bytes(bytes.data(), bytes.data() + capacity), back);
         }
     }
@@ -97,21 +106,29 @@ TEST(Conversions, SelectorsOddLengthsAndUnknownNames)
     useCodePages(8, "en_US.ISO8859-1", "TQX-1140");
     uint8_t out[16];
     uint32_t capacity = 9; // an odd byte is left alone
-    EXPECT_EQ(_zvkConvToUnicode(reinterpret_cast<const uint8_t *>("\xC1\xC2\xF1"), 3, out, &capacity, nullptr, ZVK_CODE_PAGE_EBCDIC), 0);
+    EXPECT_EQ(_zvkConvToUnicode(reinterpret_cast<const uint8_t *>("\xC1\xC2\xF1"), 3, out, &capacity, nullptr,
+                                ZVK_CODE_PAGE_EBCDIC),
+              0);
     EXPECT_EQ(capacity, 6u);
     EXPECT_EQ(memcmp(out, u"AB1", 6), 0);
     capacity = sizeof out;
-    EXPECT_EQ(_zvkConvToUnicode(reinterpret_cast<const uint8_t *>("A\xE9"), 2, out, &capacity, nullptr, ZVK_CODE_PAGE_NATIVE), 0);
+    EXPECT_EQ(
+        _zvkConvToUnicode(reinterpret_cast<const uint8_t *>("A\xE9"), 2, out, &capacity, nullptr, ZVK_CODE_PAGE_NATIVE),
+        0);
     EXPECT_EQ(memcmp(out, u"A\u00E9", 4), 0);
     capacity = sizeof out;
-    EXPECT_EQ(_zvkConvFromUnicode(reinterpret_cast<const uint8_t *>(u"\u20AC1"), 5, out, &capacity, nullptr, ZVK_CODE_PAGE_EBCDIC), 0);
+    EXPECT_EQ(_zvkConvFromUnicode(reinterpret_cast<const uint8_t *>(u"\u20AC1"), 5, out, &capacity, nullptr,
+                                  ZVK_CODE_PAGE_EBCDIC),
+              0);
     EXPECT_EQ(capacity, 2u);
     EXPECT_EQ(memcmp(out, "\x9F\xF1", 2), 0);
 
     ChildRun run = runChild([] {
         uint8_t target[8] = "unused.";
         uint32_t room = 8;
-        if (_zvkConvToUnicode(target, 7, target, &room, "NOSUCHPAGE", 10) <= 0 || memcmp(target, "unused.", 8) != 0 || room != 8) exit(3);
+        if (_zvkConvToUnicode(target, 7, target, &room, "NOSUCHPAGE", 10) <= 0 || memcmp(target, "unused.", 8) != 0 ||
+            room != 8)
+            exit(3);
     });
     EXPECT_NE(run.err.find("ZVK221"), std::string::npos);
     EXPECT_NE(run.status, 3);
@@ -140,7 +157,8 @@ TEST(Conversions, ToUtf16GoesOnAfterAFullDestination)
         useCodePages(8, "en_US.ISO8859-1", "TQX-1140");
         GuardedItem out(6);
         uint32_t capacity = 6;
-        int32_t status = _zvkConvToUnicode(reinterpret_cast<const uint8_t *>("ABCDE"), 5, out.data(), &capacity, nullptr, 0);
+        int32_t status =
+            _zvkConvToUnicode(reinterpret_cast<const uint8_t *>("ABCDE"), 5, out.data(), &capacity, nullptr, 0);
         if (status != 15 || capacity != 6 || memcmp(out.data(), u"ABC", 6) != 0) exit(3);
     });
     EXPECT_EQ(run.status, 0) << run.err; // the message only informs
@@ -157,7 +175,8 @@ TEST(NativeAndEbcdic, BothWaysAgainstPlainIcu)
     };
     std::mt19937 random(3);
     for (const Pages &pages :
-         {Pages{8, "en_US.ISO8859-1", "ISO8859-1", "TQX-1140", 256}, Pages{37, "ru_RU.KOI8-R", "KOI8-R", "TQX-1025", 256},
+         {Pages{8, "en_US.ISO8859-1", "ISO8859-1", "TQX-1140", 256},
+          Pages{37, "ru_RU.KOI8-R", "KOI8-R", "TQX-1025", 256},
           Pages{52, "vi_VT.TQX-1258", "TQX-1258", "TQX-1130", 256}, Pages{2, "de_DE.UTF-8", "UTF-8", "TQX-1141", 128},
           Pages{48, "ja_JP.eucJP", "eucJP", "TQX-1399", 256}}) {
         SCOPED_TRACE(pages.localeName);
@@ -225,8 +244,11 @@ TEST(NativeAndEbcdic, ACharacterCutOffAtTheEndIsDropped)
         }
         GuardedItem out(1); // a full destination counts as success here
         uint32_t capacity = 1;
-        if (_zvkUniAtoE(reinterpret_cast<const uint8_t *>("AB\xE3\x81"), 4, out.data(), &capacity) != 0 || capacity != 0) exit(5);
-        if (_zvkUniAtoE(reinterpret_cast<const uint8_t *>("A\xFFZ"), 3, out.data(), &capacity) <= 0) exit(6); // another failure
+        if (_zvkUniAtoE(reinterpret_cast<const uint8_t *>("AB\xE3\x81"), 4, out.data(), &capacity) != 0 ||
+            capacity != 0)
+            exit(5);
+        if (_zvkUniAtoE(reinterpret_cast<const uint8_t *>("A\xFFZ"), 3, out.data(), &capacity) <= 0)
+            exit(6); // another failure
     });
     EXPECT_NE(run.err.find("ZVK222"), std::string::npos);
     EXPECT_TRUE(run.status == 0 || run.signal == SIGABRT) << run.status; // the last one ends the run unit
@@ -239,7 +261,8 @@ TEST(NativeAndEbcdic, AnUnusablePageIsReportedEachTime)
         uint8_t out[4];
         for (int i = 0; i < 2; i++) {
             uint32_t capacity = 4;
-            if (_zvkUniEtoA(reinterpret_cast<const uint8_t *>("\xC1"), 1, out, &capacity) <= 0 || capacity != 4) exit(3);
+            if (_zvkUniEtoA(reinterpret_cast<const uint8_t *>("\xC1"), 1, out, &capacity) <= 0 || capacity != 4)
+                exit(3);
         }
         exit(4);
     });

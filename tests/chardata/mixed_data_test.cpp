@@ -1,5 +1,5 @@
-// Catches: shift codes that are lost, doubled or left open; padding on the wrong side; a cut at the wrong place; translate tables in the
-// wrong direction or shared.
+// Catches: shift codes that are lost, doubled or left open; padding on the wrong side; a cut at the
+// wrong place; translate tables in the wrong direction or shared.
 #include <cstring>
 #include <string>
 
@@ -39,7 +39,8 @@ Answer toEbcdic(const std::string &source, int capacity, bool pure = false)
 
 Answer toNative(const std::string &source, int capacity, bool needsShifts = false)
 {
-    return convert<_zvkConvToASCII>(source, static_cast<int32_t>(needsShifts ? -source.size() : source.size()), capacity);
+    return convert<_zvkConvToASCII>(source, static_cast<int32_t>(needsShifts ? -source.size() : source.size()),
+                                    capacity);
 }
 
 // Two ideographs: EUC, and the same in double-byte EBCDIC.
@@ -77,10 +78,11 @@ TEST_F(MixedData, ToNativeSuppliesShiftCodesAndPads)
     EXPECT_EQ(toNative("\xC1\xC2", -4), (Answer{"  AB", 0, 2}));
     EXPECT_EQ(toNative("\xC1\xC2", 2), (Answer{"AB", 0, 2}));
     EXPECT_EQ(toNative("\x0E" + kEbcdicPair + "\x0F", 6), (Answer{kNativePair + "  ", 0, 4}));
-    EXPECT_EQ(toNative(kEbcdicPair, 6, true), (Answer{kNativePair + "  ", 0, 4}));                    // none: supplied
-    EXPECT_EQ(toNative("\x0E" + kEbcdicPair + "\x0F", -6, true), (Answer{"  " + kNativePair, 0, 4})); // balanced: as it is
-    EXPECT_EQ(toNative("\x0E" + kEbcdicPair, 6, true), (Answer{kNativePair + "  ", 0, 4}));           // never closed
-    EXPECT_EQ(toNative("\x0E\x45\x62\x0E\x45\x66", 6, true), (Answer{kNativePair + "  ", 0, 4}));     // opened twice
+    EXPECT_EQ(toNative(kEbcdicPair, 6, true), (Answer{kNativePair + "  ", 0, 4})); // none: supplied
+    EXPECT_EQ(toNative("\x0E" + kEbcdicPair + "\x0F", -6, true),
+              (Answer{"  " + kNativePair, 0, 4}));                                                // balanced: as it is
+    EXPECT_EQ(toNative("\x0E" + kEbcdicPair, 6, true), (Answer{kNativePair + "  ", 0, 4}));       // never closed
+    EXPECT_EQ(toNative("\x0E\x45\x62\x0E\x45\x66", 6, true), (Answer{kNativePair + "  ", 0, 4})); // opened twice
     EXPECT_EQ(toNative("\x0E\x45\x62\x0F\xC1\x0F", 4, true), (Answer{"\xC6\xFC"
                                                                      "A ",
                                                                      0, 3})); // a stray shift-in
@@ -92,9 +94,13 @@ TEST_F(MixedData, FailuresStoreALengthOfZero)
     ChildRun run = runChild([] {
         uint8_t out[4];
         int32_t capacity = 3;
-        if (_zvkConvToEBCDIC(reinterpret_cast<const uint8_t *>("ABCDEFGHIJ"), 10, out, &capacity) != 15 || capacity != 0) exit(3);
+        if (_zvkConvToEBCDIC(reinterpret_cast<const uint8_t *>("ABCDEFGHIJ"), 10, out, &capacity) != 15 ||
+            capacity != 0)
+            exit(3);
         capacity = -3;
-        if (_zvkConvToASCII(reinterpret_cast<const uint8_t *>("\xC1\xC2\xC3\xC4"), 4, out, &capacity) != 15 || capacity != 0) exit(3);
+        if (_zvkConvToASCII(reinterpret_cast<const uint8_t *>("\xC1\xC2\xC3\xC4"), 4, out, &capacity) != 15 ||
+            capacity != 0)
+            exit(3);
     });
     EXPECT_NE(run.err.find("ZVK222"), std::string::npos);
     EXPECT_NE(run.status, 3);

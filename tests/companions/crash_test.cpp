@@ -1,4 +1,5 @@
-// Faults these tests are there to catch: records lost that were promised, half records, and an index that disagrees with its records, after the program was killed.
+// Faults these tests are there to catch: records lost that were promised, half records, and an
+// index that disagrees with its records, after the program was killed.
 #include <functional>
 #include <map>
 #include <random>
@@ -7,7 +8,8 @@
 
 namespace {
 
-// Runs `body` in another process and kills it after some time; `body` says through the function it gets how far its promises reach. Returns the last promise.
+// Runs `body` in another process and kills it after some time; `body` says through the function it
+// gets how far its promises reach. Returns the last promise.
 int killedAt(std::mt19937 &random, const std::function<void(const std::function<void(int)> &)> &body)
 {
     int promises[2];
@@ -49,7 +51,8 @@ string textOf(int n)
 // A writer of ascending records, opening and closing its file.
 TEST(Crash, KilledWriterLosesNothingThatWasPromised)
 {
-    FileAttributes fixed20 = {.longest = 20, .shortest = 20}, indexed = indexedFile(), numbered = relativeFile(), numberedInOrder;
+    FileAttributes fixed20 = {.longest = 20, .shortest = 20}, indexed = indexedFile(), numbered = relativeFile(),
+                   numberedInOrder;
     numbered.longest = numbered.shortest = 20;
     numberedInOrder = numbered;
     numberedInOrder.access = sequentialAccess;
@@ -111,7 +114,8 @@ TEST(Crash, KilledWriterLosesNothingThatWasPromised)
         }
 }
 
-// A program that changes and deletes records under all keys: afterwards each key leads to the same records, and each record is one that was written whole.
+// A program that changes and deletes records under all keys: afterwards each key leads to the same
+// records, and each record is one that was written whole.
 TEST(Crash, KilledChangesLeaveTheKeysInStep)
 {
     std::mt19937 random(17);
@@ -135,8 +139,8 @@ TEST(Crash, KilledChangesLeaveTheKeysInStep)
                 snprintf(text, sizeof text, "000000aaaa0000%06d", n);
                 if (file.rewrite(text) > "02") _exit(2);
                 promise(n);
-                snprintf(text, sizeof text, "%06u%04u%04u%06u", 1 + unsigned(n) * 7 % 49, unsigned(n) % 5, 100 + unsigned(n) % 9000,
-                         unsigned(n));
+                snprintf(text, sizeof text, "%06u%04u%04u%06u", 1 + unsigned(n) * 7 % 49, unsigned(n) % 5,
+                         100 + unsigned(n) % 9000, unsigned(n));
                 file.move(text);
                 if (n % 3 && file.verb(file.fcb->deleteRecord, {}) > "23") _exit(3);
                 if (n % 3 == 0 && file.rewrite(text) > "23") _exit(4);
@@ -165,7 +169,8 @@ TEST(Crash, KilledChangesLeaveTheKeysInStep)
     }
 }
 
-// A program that is killed in the middle of a change, while another has the file open, leaves no lock and no half change to the other.
+// A program that is killed in the middle of a change, while another has the file open, leaves no
+// lock and no half change to the other.
 TEST(Crash, KilledBesideAnotherProgram)
 {
     std::mt19937 random(23);

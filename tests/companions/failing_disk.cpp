@@ -30,8 +30,10 @@ ssize_t writeVector(int fd, const iovec *parts, int count, off_t offset)
     size_t size = parts[0].iov_len;
     if (failsNow(&size)) return -1;
     bool cut = size != parts[0].iov_len;
-    if (offset < 0) return cut ? syscall(SYS_write, fd, parts[0].iov_base, size) : syscall(SYS_writev, fd, parts, count);
-    return cut ? syscall(SYS_pwrite64, fd, parts[0].iov_base, size, offset) : syscall(SYS_pwritev, fd, parts, count, offset, 0);
+    if (offset < 0)
+        return cut ? syscall(SYS_write, fd, parts[0].iov_base, size) : syscall(SYS_writev, fd, parts, count);
+    return cut ? syscall(SYS_pwrite64, fd, parts[0].iov_base, size, offset)
+               : syscall(SYS_pwritev, fd, parts, count, offset, 0);
 }
 
 } // namespace
@@ -47,7 +49,16 @@ int FailingDisk::writes() { return seen; }
 
 #define TAKEN extern "C" __attribute__((visibility("default")))
 TAKEN ssize_t pwrite(int fd, const void *data, size_t size, off_t offset) { return writeAt(fd, data, size, offset); }
-TAKEN ssize_t pwrite64(int fd, const void *data, size_t size, off64_t offset) { return writeAt(fd, data, size, offset); }
-TAKEN ssize_t pwritev(int fd, const iovec *parts, int count, off_t offset) { return writeVector(fd, parts, count, offset); }
-TAKEN ssize_t pwritev64(int fd, const iovec *parts, int count, off64_t offset) { return writeVector(fd, parts, count, offset); }
+TAKEN ssize_t pwrite64(int fd, const void *data, size_t size, off64_t offset)
+{
+    return writeAt(fd, data, size, offset);
+}
+TAKEN ssize_t pwritev(int fd, const iovec *parts, int count, off_t offset)
+{
+    return writeVector(fd, parts, count, offset);
+}
+TAKEN ssize_t pwritev64(int fd, const iovec *parts, int count, off64_t offset)
+{
+    return writeVector(fd, parts, count, offset);
+}
 TAKEN ssize_t writev(int fd, const iovec *parts, int count) { return writeVector(fd, parts, count, -1); }

@@ -1,4 +1,5 @@
-// Writes of this process that fail as a disk or a full file system makes them fail: the system's calls are taken from the modules and from LMDB.
+// Writes of this process that fail as a disk or a full file system makes them fail: the system's
+// calls are taken from the modules and from LMDB.
 //
 //     FailingDisk disk(FailingDisk::shortWrite);
 //     EXPECT_EQ(file.write("x"), "30");

@@ -1,5 +1,5 @@
-// Faults these tests are there to catch: a failed write that is taken for a success, reported as something else, or leaves half a change; a file that works only
-// in the thread that opened it.
+// Faults these tests are there to catch: a failed write that is taken for a success, reported as
+// something else, or leaves half a change; a file that works only in the thread that opened it.
 #include <functional>
 #include <map>
 #include <thread>
@@ -9,7 +9,8 @@
 
 namespace {
 
-// Writes to the store fail from some place of a change on: the change is as if it had not been, and after CLOSE and OPEN the file is as good as before.
+// Writes to the store fail from some place of a change on: the change is as if it had not been, and
+// after CLOSE and OPEN the file is as good as before.
 TEST(FailedWrites, IndexedChangeIsUndone)
 {
     for (uint8_t share : {0, 3})
@@ -20,10 +21,12 @@ TEST(FailedWrites, IndexedChangeIsUndone)
                 attributes.share = share;
                 CompiledFile file(directory.file("i"), attributes);
                 ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
-                for (int n = 0; n < 300; ++n) ASSERT_LE(file.write(std::to_string(100000 + n) + "same" + std::to_string(1000 + n)), "02");
+                for (int n = 0; n < 300; ++n)
+                    ASSERT_LE(file.write(std::to_string(100000 + n) + "same" + std::to_string(1000 + n)), "02");
                 ASSERT_EQ(file.close(), "00");
                 ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
-                string where = "share " + std::to_string(share) + " failure " + std::to_string(failure) + " after " + std::to_string(good);
+                string where = "share " + std::to_string(share) + " failure " + std::to_string(failure) + " after " +
+                               std::to_string(good);
                 // Where the disk is not full, a short write is no full disk.
                 const char *expected = failure == FailingDisk::full ? "34" : "30";
                 bool failed = false;
@@ -38,7 +41,8 @@ TEST(FailedWrites, IndexedChangeIsUndone)
                         EXPECT_NE(reason(file), "") << where;
                     }
                 }
-                // What LMDB could not say in its own head is no store any more until the file is opened again.
+                // What LMDB could not say in its own head is no store any more until the file is
+                // opened again.
                 if (file.fcb->mode) {
                     ASSERT_EQ(file.close(), "00") << where;
                 }
@@ -95,7 +99,9 @@ TEST(Threads, FileMovesBetweenThreads)
             inThread([&] { EXPECT_EQ(file.open(ZVK_OPEN_OUTPUT), "00"); });
             for (int n = 1; n < 5; ++n)
                 inThread([&] {
-                    EXPECT_LE(file.write("00000" + std::to_string(n) + "same000" + std::to_string(n), {.relativeKey = uint64_t(n)}), "02");
+                    EXPECT_LE(file.write("00000" + std::to_string(n) + "same000" + std::to_string(n),
+                                         {.relativeKey = uint64_t(n)}),
+                              "02");
                 });
             inThread([&] { EXPECT_EQ(file.close(), "00"); });
             inThread([&] { EXPECT_EQ(file.open(ZVK_OPEN_IO), "00"); });
@@ -136,7 +142,8 @@ TEST(Threads, TwoFilesOfOneProgramAreTheSameFile)
     EXPECT_EQ(reader.close(), "00");
 }
 
-// A program that forks with a file open: the child opens the file for itself, and takes nothing of its parent's.
+// A program that forks with a file open: the child opens the file for itself, and takes nothing of
+// its parent's.
 TEST(Threads, ChildProcessOpensForItself)
 {
     TemporaryDirectory directory;
@@ -152,7 +159,8 @@ TEST(Threads, ChildProcessOpensForItself)
             if (childs.write(std::to_string(100000 + n) + "bbbb" + std::to_string(1000 + n)) > "02") _exit(2);
         _exit(childs.close() == "00" ? 0 : 3);
     }
-    for (int n = 50; n < 100; ++n) EXPECT_LE(file.write(std::to_string(100000 + n) + "bbbb" + std::to_string(1000 + n)), "02");
+    for (int n = 50; n < 100; ++n)
+        EXPECT_LE(file.write(std::to_string(100000 + n) + "bbbb" + std::to_string(1000 + n)), "02");
     int ending;
     waitpid(child, &ending, 0);
     EXPECT_EQ(ending, 0);

@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: a record lost, found by a key that it no longer has, or out of order by any key; duplicates in the wrong order; a START
-// that misses; a key taken from bytes that the record does not have.
+// Faults these tests are there to catch: a record lost, found by a key that it no longer has, or
+// out of order by any key; duplicates in the wrong order; a START that misses; a key taken from
+// bytes that the record does not have.
 #include <algorithm>
 #include <map>
 #include <random>
@@ -22,8 +23,8 @@ TEST(Indexed, AgreesWithAMapOverRandomVerbs)
             ASSERT_EQ(file.open(ZVK_OPEN_IO), "00") << file.fcb->fs2;
         }
         char text[32];
-        snprintf(text, sizeof text, "%06u%04u%04u%06u", unsigned(random() % 500), unsigned(random() % 7), unsigned(random() % 3000),
-                 unsigned(random() % 1000000));
+        snprintf(text, sizeof text, "%06u%04u%04u%06u", unsigned(random() % 500), unsigned(random() % 7),
+                 unsigned(random() % 3000), unsigned(random() % 1000000));
         string record(text, 20), key = record.substr(0, 6);
         bool taken = false, sameAlternate = false;
         for (auto &[k, r] : model) {
@@ -90,10 +91,12 @@ TEST(Indexed, StartWithEveryRelationAndBothDirections)
             uint32_t length;
             int next;
         } cases[] = {
-            {ZVK_RELATION_EQUAL, "ABAAAA", 0, 1},   {ZVK_RELATION_EQUAL, "AB", 2, 1},        {ZVK_RELATION_EQUAL, "AC", 2, -1},
-            {ZVK_RELATION_GREATER, "AB", 2, 3},     {ZVK_RELATION_GREATER, "CAAAAA", 0, -1}, {ZVK_RELATION_NOT_LESS, "ABB", 3, 2},
-            {ZVK_RELATION_LESS, "AB", 2, 0},        {ZVK_RELATION_LESS, "AAAAAA", 0, -1},    {ZVK_RELATION_NOT_GREATER, "AB", 2, 2},
-            {ZVK_RELATION_NOT_GREATER, "ZZ", 2, 3}, {ZVK_RELATION_FIRST, "", 0, 0},          {ZVK_RELATION_LAST, "", 0, 3},
+            {ZVK_RELATION_EQUAL, "ABAAAA", 0, 1},    {ZVK_RELATION_EQUAL, "AB", 2, 1},
+            {ZVK_RELATION_EQUAL, "AC", 2, -1},       {ZVK_RELATION_GREATER, "AB", 2, 3},
+            {ZVK_RELATION_GREATER, "CAAAAA", 0, -1}, {ZVK_RELATION_NOT_LESS, "ABB", 3, 2},
+            {ZVK_RELATION_LESS, "AB", 2, 0},         {ZVK_RELATION_LESS, "AAAAAA", 0, -1},
+            {ZVK_RELATION_NOT_GREATER, "AB", 2, 2},  {ZVK_RELATION_NOT_GREATER, "ZZ", 2, 3},
+            {ZVK_RELATION_FIRST, "", 0, 0},          {ZVK_RELATION_LAST, "", 0, 3},
         };
         for (auto &c : cases) {
             file.move(c.key);
@@ -119,8 +122,9 @@ TEST(Indexed, StartWithEveryRelationAndBothDirections)
     }
 }
 
-// START with every relation, by every key and with any part of it, then a walk in both directions, against sorted lists. Duplicates come in the order of their
-// WRITEs, or backwards by READ PREVIOUS. Alone, shared and for INPUT.
+// START with every relation, by every key and with any part of it, then a walk in both directions,
+// against sorted lists. Duplicates come in the order of their WRITEs, or backwards by READ
+// PREVIOUS. Alone, shared and for INPUT.
 TEST(Indexed, StartAndWalkByAlternateKeysWithDuplicates)
 {
     TemporaryDirectory directory;
@@ -138,8 +142,10 @@ TEST(Indexed, StartAndWalkByAlternateKeysWithDuplicates)
         for (int i = 0; i < 120; ++i) {
             // Bytes over 0x7F, too: keys are compared as bytes without a sign.
             string record(20, ' ');
-            for (int at = 0; at < 6; ++at) record[static_cast<size_t>(at)] = static_cast<char>("\x00\x41\x80\xFF"[random() % 4]);
-            for (int at = 6; at < 10; ++at) record[static_cast<size_t>(at)] = static_cast<char>("\x41\xFF"[random() % 2]);
+            for (int at = 0; at < 6; ++at)
+                record[static_cast<size_t>(at)] = static_cast<char>("\x00\x41\x80\xFF"[random() % 4]);
+            for (int at = 6; at < 10; ++at)
+                record[static_cast<size_t>(at)] = static_cast<char>("\x41\xFF"[random() % 2]);
             for (int at = 10; at < 14; ++at) record[static_cast<size_t>(at)] = static_cast<char>(random());
             string status = file.write(record);
             if (status > "02") continue;
@@ -169,15 +175,17 @@ TEST(Indexed, StartAndWalkByAlternateKeysWithDuplicates)
                 int found = -1, count = static_cast<int>(list.size());
                 for (int n = 0; n < count; ++n) {
                     int c = compare(list[static_cast<size_t>(n)]);
-                    bool first = (relation == ZVK_RELATION_EQUAL && c == 0) || (relation == ZVK_RELATION_GREATER && c > 0) ||
+                    bool first = (relation == ZVK_RELATION_EQUAL && c == 0) ||
+                                 (relation == ZVK_RELATION_GREATER && c > 0) ||
                                  (relation == ZVK_RELATION_NOT_LESS && c >= 0) || relation == ZVK_RELATION_FIRST;
-                    bool last = (relation == ZVK_RELATION_LESS && c < 0) || (relation == ZVK_RELATION_NOT_GREATER && c <= 0) ||
-                                relation == ZVK_RELATION_LAST;
+                    bool last = (relation == ZVK_RELATION_LESS && c < 0) ||
+                                (relation == ZVK_RELATION_NOT_GREATER && c <= 0) || relation == ZVK_RELATION_LAST;
                     if (last || (first && found < 0)) found = n;
                 }
                 file.move(record);
                 string where = std::to_string(mode) + " share " + std::to_string(share) + ", step " + std::to_string(i);
-                ASSERT_EQ(file.verb(file.fcb->start, {.relation = relation, .key = key, .keyLength = length}), found < 0 ? "23" : "00")
+                ASSERT_EQ(file.verb(file.fcb->start, {.relation = relation, .key = key, .keyLength = length}),
+                          found < 0 ? "23" : "00")
                     << where;
                 bool back = random() % 2;
                 for (int steps = 0; steps < 6 && found >= 0; ++steps) {
@@ -243,7 +251,8 @@ TEST(Indexed, SequentialAccess)
     EXPECT_EQ(file.close(), "00");
 }
 
-// Records of many lengths, some of several pages, are lengthened, shortened and deleted, against a map.
+// Records of many lengths, some of several pages, are lengthened, shortened and deleted, against a
+// map.
 TEST(Indexed, VariableLengths)
 {
     TemporaryDirectory directory;
@@ -262,7 +271,8 @@ TEST(Indexed, VariableLengths)
         char keys[32];
         unsigned number = random() % 200;
         snprintf(keys, sizeof keys, "%06u%04u%04u", number, unsigned(random() % 5), number);
-        string key(keys, 6), record = string(keys, 14) + string(random() % (random() % 10 ? 300 : 19986), static_cast<char>('a' + i % 26));
+        string key(keys, 6), record = string(keys, 14) +
+                                      string(random() % (random() % 10 ? 300 : 19986), static_cast<char>('a' + i % 26));
         bool there = model.count(key);
         unsigned verb = i < 500 ? 0 : random() % 4;
         if (verb == 0) {
@@ -298,7 +308,8 @@ TEST(Indexed, VariableLengths)
     file.close();
 }
 
-// A program may say that its records can end before a key does. Such a record has no such key, and is refused.
+// A program may say that its records can end before a key does. Such a record has no such key, and
+// is refused.
 TEST(Indexed, RecordsMustHoldTheirKeys)
 {
     TemporaryDirectory directory;

@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: updates of two processes that overwrite each other; a file or record open to somebody who must be kept out, or kept from
-// somebody who may have it; a lock that outlives its time.
+// Faults these tests are there to catch: updates of two processes that overwrite each other; a file
+// or record open to somebody who must be kept out, or kept from somebody who may have it; a lock
+// that outlives its time.
 #include "stored_files.h"
 
 namespace {
@@ -55,7 +56,8 @@ TEST(Sharing, TwoProcessesLoseNoUpdate)
     other.close();
 }
 
-// Who may have a file together with whom: each mode and SHARE clause of one open against each of another, both in other processes.
+// Who may have a file together with whom: each mode and SHARE clause of one open against each of
+// another, both in other processes.
 TEST(Sharing, EveryModeAndClauseAgainstEveryOther)
 {
     const uint16_t modes[] = {ZVK_OPEN_INPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_IO, ZVK_OPEN_EXTEND};
@@ -76,7 +78,8 @@ TEST(Sharing, EveryModeAndClauseAgainstEveryOther)
                 // Where a writer keeps its place in the file there can be only one.
                 auto shareOf = [&](uint8_t share, uint16_t mode) -> uint8_t {
                     if (mode == ZVK_OPEN_OUTPUT) return noOther;
-                    bool alone = attributes.organization == 0 || (attributes.organization == ZVK_FILE_RELATIVE && mode == ZVK_OPEN_EXTEND);
+                    bool alone = attributes.organization == 0 ||
+                                 (attributes.organization == ZVK_FILE_RELATIVE && mode == ZVK_OPEN_EXTEND);
                     return alone && mode != ZVK_OPEN_INPUT && share == allOther ? uint8_t{readOnly} : share;
                 };
                 for (uint16_t a : modes)
@@ -87,7 +90,8 @@ TEST(Sharing, EveryModeAndClauseAgainstEveryOther)
                         };
                         bool together = admits(shareA, b) && admits(shareB, a);
                         string where = std::to_string(attributes.organization) + ": " + std::to_string(a) + " share " +
-                                       std::to_string(firstShare) + ", " + std::to_string(b) + " share " + std::to_string(secondShare);
+                                       std::to_string(firstShare) + ", " + std::to_string(b) + " share " +
+                                       std::to_string(secondShare);
                         ASSERT_EQ(first.open(a), "00") << where;
                         EXPECT_EQ(second.open(b), together ? "00" : "94") << where;
                         EXPECT_EQ(second.close(), together ? "00" : "42");
@@ -127,10 +131,14 @@ struct Locking : testing::TestWithParam<uint8_t> {
     const string name = "stl-" + directory.file("f");
     FileAttributes attributes = GetParam() == ZVK_FILE_INDEXED ? indexedFile() : relativeFile();
 
-    static FileRequest with(int record, uint32_t options = 0) { return {.options = options, .relativeKey = static_cast<uint64_t>(record)}; }
+    static FileRequest with(int record, uint32_t options = 0)
+    {
+        return {.options = options, .relativeKey = static_cast<uint64_t>(record)};
+    }
     string text(int record) const
     {
-        return GetParam() == ZVK_FILE_INDEXED ? "00000" + std::to_string(record) + "same000" + std::to_string(record) : "r";
+        return GetParam() == ZVK_FILE_INDEXED ? "00000" + std::to_string(record) + "same000" + std::to_string(record)
+                                              : "r";
     }
     void SetUp() override
     {
@@ -141,7 +149,9 @@ struct Locking : testing::TestWithParam<uint8_t> {
     }
 };
 INSTANTIATE_TEST_SUITE_P(Organizations, Locking, testing::Values(ZVK_FILE_INDEXED, ZVK_FILE_RELATIVE),
-                         [](const auto &organization) { return organization.param == ZVK_FILE_INDEXED ? "Indexed" : "Relative"; });
+                         [](const auto &organization) {
+                             return organization.param == ZVK_FILE_INDEXED ? "Indexed" : "Relative";
+                         });
 
 TEST_P(Locking, AutomaticLocksGoWithTheNextVerb)
 {
@@ -244,7 +254,9 @@ TEST_P(Locking, TwoProcessesLoseNoUpdate)
         snprintf(digits, sizeof digits, "%04d", value);
         return GetParam() == ZVK_FILE_INDEXED ? "000001same0001" + string(digits) : string(digits);
     };
-    auto valueOf = [&](const string &record) { return atoi(record.substr(GetParam() == ZVK_FILE_INDEXED ? 14 : 0, 4).c_str()); };
+    auto valueOf = [&](const string &record) {
+        return atoi(record.substr(GetParam() == ZVK_FILE_INDEXED ? 14 : 0, 4).c_str());
+    };
     pid_t children[3];
     for (pid_t &child : children) {
         child = fork();
@@ -278,7 +290,8 @@ TEST_P(Locking, TwoProcessesLoseNoUpdate)
     file.close();
 }
 
-// Three processes insert records under one alternate key at a time: each is there, once, by both keys.
+// Three processes insert records under one alternate key at a time: each is there, once, by both
+// keys.
 TEST(Sharing, ProcessesInsertSideBySide)
 {
     TemporaryDirectory directory;
@@ -324,7 +337,8 @@ TEST(Sharing, ProcessesInsertSideBySide)
     file.close();
 }
 
-// Programs that are killed while they read leave places in the store's table of readers; they must not use it up.
+// Programs that are killed while they read leave places in the store's table of readers; they must
+// not use it up.
 TEST(Sharing, KilledReadersLeaveRoomForOthers)
 {
     TemporaryDirectory directory;

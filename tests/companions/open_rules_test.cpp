@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: a wrong status; a file harmed by an OPEN that is refused; a crash on a damaged file; a verb that works in a mode where it
-// must not; a full disk that leaves half records; a secondary status without a text.
+// Faults these tests are there to catch: a wrong status; a file harmed by an OPEN that is refused;
+// a crash on a damaged file; a verb that works in a mode where it must not; a full disk that leaves
+// half records; a secondary status without a text.
 #include <functional>
 #include <set>
 #include <sys/resource.h>
@@ -87,15 +88,18 @@ TEST(Open, FullDiskIsAStatusAndLeavesWholeRecords)
             _exit(status == "34" ? 0 : 2);
         });
         EXPECT_EQ(run.status, 0) << prefix << run.signal << run.err;
-        CompiledFile file((prefix == "indexed" ? "stl-" : prefix) + directory.file("f"), prefix == "indexed" ? indexedFile() : fixed10);
+        CompiledFile file((prefix == "indexed" ? "stl-" : prefix) + directory.file("f"),
+                          prefix == "indexed" ? indexedFile() : fixed10);
         ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
-        while (file.read({.options = ZVK_REQUEST_NEXT}) == "00") EXPECT_EQ(file.record().size(), prefix == "indexed" ? 20u : 10u);
+        while (file.read({.options = ZVK_REQUEST_NEXT}) == "00")
+            EXPECT_EQ(file.record().size(), prefix == "indexed" ? 20u : 10u);
         EXPECT_LE(file.status(), "10");
         file.close();
     }
 }
 
-// Which verb does what in which mode, for a file of each organization; and OPEN and CLOSE out of turn.
+// Which verb does what in which mode, for a file of each organization; and OPEN and CLOSE out of
+// turn.
 TEST(Open, VerbsOutOfPlace)
 {
     for (FileAttributes attributes :
@@ -115,8 +119,8 @@ TEST(Open, VerbsOutOfPlace)
             {ZVK_OPEN_IO, "", sequential ? "92" : "", "", attributes.organization ? "" : "30"},
         };
         for (auto &m : modes) {
-            string where = std::to_string(attributes.organization) + " access " + std::to_string(attributes.access) + " mode " +
-                           std::to_string(m.mode);
+            string where = std::to_string(attributes.organization) + " access " + std::to_string(attributes.access) +
+                           " mode " + std::to_string(m.mode);
             if (m.mode == 0) {
                 EXPECT_EQ(file.close(), "42");
             } else {
@@ -173,7 +177,8 @@ TEST(Open, ImpossibleFiles)
     EXPECT_EQ(opened("rsd-", relativeFile(), ZVK_OPEN_INPUT, "organization"), "37");
     FileAttributes odd = fixed10;
     odd.longest = odd.shortest = 0;
-    for (string prefix : {"lsq-", "rsd-", "wbr-", "stl-"}) EXPECT_EQ(opened(prefix, odd, ZVK_OPEN_OUTPUT, "record length"), "39") << prefix;
+    for (string prefix : {"lsq-", "rsd-", "wbr-", "stl-"})
+        EXPECT_EQ(opened(prefix, odd, ZVK_OPEN_OUTPUT, "record length"), "39") << prefix;
     odd = indexedFile();
     odd.keys.clear();
     EXPECT_EQ(opened("stl-", odd, ZVK_OPEN_OUTPUT, "no such key"), "39");
@@ -190,7 +195,8 @@ TEST(Open, ImpossibleFiles)
     EXPECT_EQ(opened("lsq-", odd, ZVK_OPEN_OUTPUT, "LINAGE"), "30");
 }
 
-// A program without the rights of root, which ignores them all. A file of this user is made first; nobody else may do with it what its mode denies.
+// A program without the rights of root, which ignores them all. A file of this user is made first;
+// nobody else may do with it what its mode denies.
 void asNobody(const std::function<void()> &body)
 {
     if (getuid() != 0) GTEST_SKIP() << "only root can become somebody else";
@@ -206,7 +212,9 @@ TEST(Open, PermissionsAreAStatus)
 {
     for (string organization : {"rsd-", "lsq-", "stl-", "relative", "indexed"}) {
         TemporaryDirectory directory;
-        FileAttributes attributes = organization == "indexed" ? indexedFile() : organization == "relative" ? relativeFile() : fixed10;
+        FileAttributes attributes = organization == "indexed"    ? indexedFile()
+                                    : organization == "relative" ? relativeFile()
+                                                                 : fixed10;
         string prefix = organization[3] == '-' ? organization : "stl-", path = directory.file("f");
         CompiledFile made(prefix + path, attributes);
         ASSERT_EQ(made.open(ZVK_OPEN_OUTPUT), "00");
@@ -217,7 +225,8 @@ TEST(Open, PermissionsAreAStatus)
         auto open = [&](const string &name, uint16_t mode) {
             CompiledFile file(name, attributes);
             string status = file.open(mode);
-            if (status == "91" && reason(file).find("ermission denied") == string::npos) return "no reason: " + reason(file);
+            if (status == "91" && reason(file).find("ermission denied") == string::npos)
+                return "no reason: " + reason(file);
             if (status < "10" && (mode & ZVK_OPEN_INPUT) && file.read(next) > "09") return "read " + file.status();
             if (file.fcb->mode) file.close();
             return status;
@@ -226,7 +235,8 @@ TEST(Open, PermissionsAreAStatus)
         chmod((path + ".mdb").c_str(), 0644);
         asNobody([&] {
             fprintf(stderr, "%s", organization.c_str());
-            REQUIRE(open(prefix + path, ZVK_OPEN_INPUT) == "00"); // an indexed file, too, though its lock file cannot be written
+            REQUIRE(open(prefix + path, ZVK_OPEN_INPUT) ==
+                    "00"); // an indexed file, too, though its lock file cannot be written
             for (uint16_t mode : {ZVK_OPEN_OUTPUT, ZVK_OPEN_IO, ZVK_OPEN_EXTEND})
                 REQUIRE(open(prefix + path, mode) == (mode == ZVK_OPEN_IO && prefix == "lsq-" ? "37" : "91"));
             REQUIRE(open(prefix + directory.file("new"), ZVK_OPEN_OUTPUT) == "91");
@@ -279,7 +289,8 @@ TEST(Open, ReaderOfAnotherUserAndAWriter)
     });
 }
 
-// Every number that a module can give has a text, and no two the same; what the library gives itself has none here.
+// Every number that a module can give has a text, and no two the same; what the library gives
+// itself has none here.
 TEST(Open, SecondaryStatusesHaveTexts)
 {
     TemporaryDirectory directory;
@@ -301,7 +312,8 @@ TEST(Open, SecondaryStatusesHaveTexts)
     file.close();
 }
 
-// One file of the run unit, in two programs: one FCB, one position, each program's own status field.
+// One file of the run unit, in two programs: one FCB, one position, each program's own status
+// field.
 TEST(Open, ExternalFileOfTwoPrograms)
 {
     for (FileAttributes attributes : {fixed10, relativeFile(), indexedFile()}) {

@@ -1,5 +1,5 @@
-// Faults these tests are there to catch: a record in the wrong slot, a hole delivered as a record, a READ that repeats or skips records, a START that misses, a
-// number that the program cannot hold.
+// Faults these tests are there to catch: a record in the wrong slot, a hole delivered as a record,
+// a READ that repeats or skips records, a START that misses, a number that the program cannot hold.
 #include <map>
 #include <random>
 
@@ -70,7 +70,8 @@ struct RelativeModel {
     }
 };
 
-// All verbs at random against a map that does the same; alone, where the window of slots is trusted, and while another process changes records in between.
+// All verbs at random against a map that does the same; alone, where the window of slots is
+// trusted, and while another process changes records in between.
 TEST(Relative, AgreesWithAMapOverRandomVerbs)
 {
     enum Others { nobody, denied, writing };
@@ -88,7 +89,8 @@ TEST(Relative, AgreesWithAMapOverRandomVerbs)
         ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
         ASSERT_EQ(peer.open(others == writing ? ZVK_OPEN_IO : ZVK_OPEN_INPUT), "00");
         for (int i = 0; i < 6000; ++i) {
-            uint64_t n = random() % 20 ? 1 + random() % 60 : 1 + random() % 9000; // dense at first, far out beyond a window
+            uint64_t n =
+                random() % 20 ? 1 + random() % 60 : 1 + random() % 9000; // dense at first, far out beyond a window
             FileRequest at = {.relativeKey = n};
             string text = std::to_string(i) + string(random() % 20, 'x');
             bool there = model.records.count(n);
@@ -100,13 +102,19 @@ TEST(Relative, AgreesWithAMapOverRandomVerbs)
             switch (random() % 6) {
             case 0: {
                 at.recordLength = static_cast<uint32_t>(text.size());
-                ASSERT_EQ(byPeer ? peer.write(text, at) : file.write(text, at), locked ? "99" : there ? "22" : "00") << where;
+                ASSERT_EQ(byPeer ? peer.write(text, at) : file.write(text, at), locked  ? "99"
+                                                                                : there ? "22"
+                                                                                        : "00")
+                    << where;
                 if (!there && !locked) model.records[n] = text;
                 break;
             }
             case 1:
                 at.recordLength = static_cast<uint32_t>(text.size());
-                ASSERT_EQ(byPeer ? peer.rewrite(text, at) : file.rewrite(text, at), locked ? "99" : there ? "00" : "23") << where;
+                ASSERT_EQ(byPeer ? peer.rewrite(text, at) : file.rewrite(text, at), locked  ? "99"
+                                                                                    : there ? "00"
+                                                                                            : "23")
+                    << where;
                 if (there && !locked) model.records[n] = text;
                 break;
             case 2:
@@ -120,7 +128,8 @@ TEST(Relative, AgreesWithAMapOverRandomVerbs)
                 lastRead = 0;
                 uint32_t relation = random() % 7;
                 uint64_t found = model.start(relation, n);
-                ASSERT_EQ(file.verb(file.fcb->start, {.relation = relation, .relativeKey = n}), found ? "00" : "23") << where;
+                ASSERT_EQ(file.verb(file.fcb->start, {.relation = relation, .relativeKey = n}), found ? "00" : "23")
+                    << where;
                 model.place = found, model.exact = model.valid = found;
                 break;
             }
@@ -168,7 +177,8 @@ TEST(Relative, AgreesWithAMapOverRandomVerbs)
 TEST(Relative, SequentialAccess)
 {
     TemporaryDirectory directory;
-    FileAttributes attributes = {.longest = 10, .shortest = 3, .organization = ZVK_FILE_RELATIVE, .access = sequentialAccess};
+    FileAttributes attributes = {
+        .longest = 10, .shortest = 3, .organization = ZVK_FILE_RELATIVE, .access = sequentialAccess};
     CompiledFile file(directory.file("r"), attributes);
     ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
     for (uint64_t n : {1, 2, 3}) {
@@ -225,7 +235,8 @@ TEST(Relative, NumbersThatTheKeyItemCannotHold)
     EXPECT_EQ(file.close(), "00");
 }
 
-// A record number far out makes a file with a hole of many gigabytes, which no READ may walk through.
+// A record number far out makes a file with a hole of many gigabytes, which no READ may walk
+// through.
 TEST(Relative, HolesCostNothing)
 {
     TemporaryDirectory directory;

@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: records that come back changed, cut or out of order; half records after a kill; a REWRITE that harms its neighbours;
-// lines and pages that are not as a text tool expects them.
+// Faults these tests are there to catch: records that come back changed, cut or out of order; half
+// records after a kill; a REWRITE that harms its neighbours; lines and pages that are not as a text
+// tool expects them.
 #include <algorithm>
 #include <random>
 #include <sys/xattr.h>
@@ -105,8 +106,9 @@ TEST(LineSequential, LinageTurnsPages)
     EXPECT_EQ(readFile(directory.file("t")), "\n0\n1\n2\n\n\n3\n");
 }
 
-// A line written AFTER ADVANCING stays open, and a record BEFORE ADVANCING ends it: the page's counter must know of that line, or pages grow.
-// What a kill leaves of a line can be told from a last line that an editor left without its end.
+// A line written AFTER ADVANCING stays open, and a record BEFORE ADVANCING ends it: the page's
+// counter must know of that line, or pages grow. What a kill leaves of a line can be told from a
+// last line that an editor left without its end.
 TEST(LineSequential, LineThatAKillCutOffIsNoRecord)
 {
     TemporaryDirectory directory;
@@ -122,7 +124,8 @@ TEST(LineSequential, LineThatAKillCutOffIsNoRecord)
             ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
             int count = 0;
             while (file.read() == "00") ++count;
-            EXPECT_EQ(count, std::count(content.begin(), content.end(), '\n') + (whole < content.size() && !cutOff)) << content;
+            EXPECT_EQ(count, std::count(content.begin(), content.end(), '\n') + (whole < content.size() && !cutOff))
+                << content;
             file.close();
             ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
             EXPECT_EQ(file.write("new"), "00");
@@ -165,7 +168,8 @@ TEST(LineSequential, LinageCountsMixedAdvancing)
     }
     file.close();
     // The first page has its top margin as well; every page begins 9 lines behind the one before.
-    EXPECT_EQ(readFile(directory.file("t")), "\na1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\n\n\n\nc1\n\n\n\n\n\n\n\n\nd1\n");
+    EXPECT_EQ(readFile(directory.file("t")),
+              "\na1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\n\n\n\nc1\n\n\n\n\n\n\n\n\nd1\n");
 }
 
 TEST(Concatenation, ReadsOneFileAfterTheOther)
@@ -218,7 +222,8 @@ TEST(Concatenation, FurtherFilesAndTheirPrefixes)
     }
     // An OPEN that is tried again must not write over the first file.
     CompiledFile file("rsd-" + name("a") + ":" + name("b"), fixed10);
-    for (uint16_t mode : {ZVK_OPEN_OUTPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_IO, ZVK_OPEN_EXTEND}) EXPECT_EQ(file.open(mode), "33");
+    for (uint16_t mode : {ZVK_OPEN_OUTPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_IO, ZVK_OPEN_EXTEND})
+        EXPECT_EQ(file.open(mode), "33");
     EXPECT_EQ(readFile(name("a")).size(), 20u);
     EXPECT_EQ(file.open(ZVK_OPEN_INPUT), "00");
     EXPECT_EQ(file.close(), "00");
@@ -328,7 +333,8 @@ TEST(LineSequential, AdvancingAndBlanks)
     EXPECT_EQ(readFile(directory.file("t")), "  a\n\nb\n\n\nc\rd\f\ne\rf\n");
 }
 
-// Every page takes the same lines, whichever way its records are written; the counter says on which line of the body the paper stands.
+// Every page takes the same lines, whichever way its records are written; the counter says on which
+// line of the body the paper stands.
 TEST(LineSequential, LinagePagesHaveOneLength)
 {
     FileAttributes paged = fixed10;
@@ -348,7 +354,9 @@ TEST(LineSequential, LinagePagesHaveOneLength)
             bool after = random() % 2;
             int32_t lines = random() % 6 ? 1 + static_cast<int32_t>(random() % 4) : ZVK_ADVANCE_PAGE;
             string text = "r" + std::to_string(n);
-            ASSERT_EQ(file.write(text, {.options = uint32_t(after ? ZVK_REQUEST_AFTER : ZVK_REQUEST_BEFORE), .advance = lines}), "00");
+            ASSERT_EQ(file.write(text, {.options = uint32_t(after ? ZVK_REQUEST_AFTER : ZVK_REQUEST_BEFORE),
+                                        .advance = lines}),
+                      "00");
             uint32_t at = after ? file.fcb->linageCounter : !open ? counter : counter < paged.body ? counter + 1 : 1;
             expected.emplace_back(text, at);
             open = after;
@@ -356,7 +364,8 @@ TEST(LineSequential, LinagePagesHaveOneLength)
             if (lines > 0 && after) {
                 bool turned = counter + static_cast<uint32_t>(lines) > paged.body;
                 EXPECT_EQ(file.fcb->linageCounter, turned ? 1 : counter + static_cast<uint32_t>(lines));
-                EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE), turned || file.fcb->linageCounter >= paged.footing);
+                EXPECT_EQ(!!(file.request.options & ZVK_REQUEST_END_OF_PAGE),
+                          turned || file.fcb->linageCounter >= paged.footing);
             }
         }
         ASSERT_EQ(file.close(), "00");

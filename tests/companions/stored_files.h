@@ -1,4 +1,5 @@
-// What the tests of the file-system modules share: the usual files, and a second process to hold against the first.
+// What the tests of the file-system modules share: the usual files, and a second process to hold
+// against the first.
 #pragma once
 
 #include <csignal>
@@ -112,7 +113,8 @@ private:
         Command command = {verb, mode, static_cast<uint32_t>(text.size()), request, {}};
         memcpy(command.text, text.data(), text.size());
         Answer answer = {};
-        if (send(line, &command, sizeof command, MSG_NOSIGNAL) < 0 || recv(line, &answer, sizeof answer, 0) <= 0) return "??";
+        if (send(line, &command, sizeof command, MSG_NOSIGNAL) < 0 || recv(line, &answer, sizeof answer, 0) <= 0)
+            return "??";
         lastRecord.assign(answer.record, answer.length);
         return string(answer.status, 2);
     }

@@ -1,5 +1,7 @@
-// Faults that these tests are there to catch: a short cut that takes items which are no numbers and computes something else than the general way; a result
-// that depends on where an item lies or how its bytes fall into words; an access beyond an item by overlapping loads and stores, at any alignment.
+// Faults that these tests are there to catch: a short cut that takes items which are no numbers and
+// computes something else than the general way; a result that depends on where an item lies or how
+// its bytes fall into words; an access beyond an item by overlapping loads and stores, at any
+// alignment.
 #include "byte_model.h"
 #include "decimal/mode.h"
 #include "forms.h"
@@ -16,7 +18,8 @@ Bytes anyItem(int n)
     if (kind == 0) item = randomBytes(item.size());
     for (unsigned i = 1; i < kind; i++) {
         uint8_t &byte = item[randomBelow(static_cast<unsigned>(item.size()))];
-        byte = static_cast<uint8_t>(randomBelow(2) ? (byte & 0xF0) | randomBelow(16) : (byte & 0x0F) | randomBelow(16) << 4);
+        byte = static_cast<uint8_t>(randomBelow(2) ? (byte & 0xF0) | randomBelow(16)
+                                                   : (byte & 0x0F) | randomBelow(16) << 4);
     }
     return item;
 }
@@ -33,7 +36,8 @@ protected:
     static uint8_t *put(Place &place, const Bytes &item)
     {
         unsigned where = randomBelow(10);
-        return where < 8 ? place.putAligned(item, where) : place.put(item, where == 8 ? GuardedItem::AtStart : GuardedItem::AtEnd);
+        return where < 8 ? place.putAligned(item, where)
+                         : place.put(item, where == 8 ? GuardedItem::AtStart : GuardedItem::AtEnd);
     }
 
     void check(int an, int bn, int dn)
@@ -48,7 +52,8 @@ protected:
         auto expect = [&](auto entry, std::optional<Bytes> wanted, const char *what) {
             uint8_t *dst = put(to_, randomBytes(Form::bytes(dn)));
             ASSERT_EQ(entry(op1, op2, dst, dn, bn, an), dst);
-            ASSERT_EQ(hex(dst, Form::bytes(dn)), hex(wanted.value_or(Bytes(dst, dst + Form::bytes(dn))))) << what << " of " << operands;
+            ASSERT_EQ(hex(dst, Form::bytes(dn)), hex(wanted.value_or(Bytes(dst, dst + Form::bytes(dn)))))
+                << what << " of " << operands;
         };
         expect(Form::addEntry, Model::add(a, b, dn), "sum");
         expect(Form::subtractEntry, Model::subtract(a, b, dn), "difference");

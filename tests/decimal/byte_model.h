@@ -1,5 +1,6 @@
-// What becomes of any bytes: sums, comparisons and products byte by byte, the way the library defines them for items that are no numbers. Slow, and one
-// step after the other; for clean items reference.h says the same.
+// What becomes of any bytes: sums, comparisons and products byte by byte, the way the library
+// defines them for items that are no numbers. Slow, and one step after the other; for clean items
+// reference.h says the same.
 #pragma once
 
 #include <algorithm>
@@ -40,7 +41,10 @@ struct Packed {
 
     // A bad low digit reads as 0, a bad high digit makes the pair 100.
     static int value(uint8_t byte) { return byte > 0x9F ? 100 : (byte >> 4) * 10 + ((byte & 15) > 9 ? 0 : byte & 15); }
-    static uint8_t pair(int value) { return static_cast<uint8_t>(((value + 200) % 100 / 10) << 4 | (value + 200) % 10); }
+    static uint8_t pair(int value)
+    {
+        return static_cast<uint8_t>(((value + 200) % 100 / 10) << 4 | (value + 200) % 10);
+    }
 
     static Bytes finished(Bytes result, int dn, bool minus)
     {
@@ -191,9 +195,10 @@ struct Zoned {
     {
         bool same = negative(x) == negative(y);
         auto quick = [&](const Bytes &p, const Bytes &q) {
-            int order = std::lexicographical_compare(p.begin(), p.end() - 1, q.begin(), q.end() - 1)   ? -1
-                        : std::lexicographical_compare(q.begin(), q.end() - 1, p.begin(), p.end() - 1) ? 1
-                                                                                                       : sign(digit(p, 1) - digit(q, 1));
+            int order = std::lexicographical_compare(p.begin(), p.end() - 1, q.begin(), q.end() - 1) ? -1
+                        : std::lexicographical_compare(q.begin(), q.end() - 1, p.begin(), p.end() - 1)
+                            ? 1
+                            : sign(digit(p, 1) - digit(q, 1));
             return magnitudeOnly || !negative(x) ? order : -order;
         };
         if (x.size() == y.size() && (same || magnitudeOnly)) return quick(x, y);

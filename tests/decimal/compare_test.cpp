@@ -1,5 +1,6 @@
-// Faults that these tests are there to catch: an order that depends on the sign nibble's value, on leading zeros, on length or alignment; +0 and -0
-// unequal; relations mixed up; zones that count where they must not, or do not count in the quick comparison of like items; ABS and NEG that mend
+// Faults that these tests are there to catch: an order that depends on the sign nibble's value, on
+// leading zeros, on length or alignment; +0 and -0 unequal; relations mixed up; zones that count
+// where they must not, or do not count in the quick comparison of like items; ABS and NEG that mend
 // what is odd on purpose.
 #include "decimal/sums.h"
 #include "forms.h"
@@ -36,11 +37,14 @@ protected:
 
     void relations(const uint8_t *op1, int an, const uint8_t *op2, int bn, int wanted)
     {
-        ASSERT_EQ(Form::equ(op1, op2, bn, an), wanted == 0) << hex(op1, Form::bytes(an)) << " " << hex(op2, Form::bytes(bn));
+        ASSERT_EQ(Form::equ(op1, op2, bn, an), wanted == 0)
+            << hex(op1, Form::bytes(an)) << " " << hex(op2, Form::bytes(bn));
         ASSERT_EQ(Form::neq(op1, op2, bn, an), wanted != 0);
-        ASSERT_EQ(Form::grt(op1, op2, bn, an), wanted > 0) << hex(op1, Form::bytes(an)) << " " << hex(op2, Form::bytes(bn));
+        ASSERT_EQ(Form::grt(op1, op2, bn, an), wanted > 0)
+            << hex(op1, Form::bytes(an)) << " " << hex(op2, Form::bytes(bn));
         ASSERT_EQ(Form::geq(op1, op2, bn, an), wanted >= 0);
-        ASSERT_EQ(Form::les(op1, op2, bn, an), wanted < 0) << hex(op1, Form::bytes(an)) << " " << hex(op2, Form::bytes(bn));
+        ASSERT_EQ(Form::les(op1, op2, bn, an), wanted < 0)
+            << hex(op1, Form::bytes(an)) << " " << hex(op2, Form::bytes(bn));
         ASSERT_EQ(Form::leq(op1, op2, bn, an), wanted <= 0);
     }
 };
@@ -55,7 +59,8 @@ TYPED_TEST(CompareTest, OrdersValues)
             for (int round = 0; round < 4; round++) {
                 Value a = randomOperand<TypeParam>(an), b = randomOperand<TypeParam>(bn);
                 if (round % 2)
-                    b = {reference::cut(reference::stripped(a.digits), bn), round == 1 ? a.negative : !a.negative}; // often equal
+                    b = {reference::cut(reference::stripped(a.digits), bn),
+                         round == 1 ? a.negative : !a.negative}; // often equal
                 if (round == 3) b.digits.back() = static_cast<char>('0' + randomBelow(10));
                 this->check(a, an, b, bn, round < 2 ? GuardedItem::AtStart : GuardedItem::AtEnd);
                 if (this->HasFatalFailure()) return;
@@ -71,10 +76,12 @@ TYPED_TEST(CompareTest, AnItemEqualsItselfWhateverItHolds)
 
 TEST(CompareZoned, ZonesCountOnlyBetweenLikeItems)
 {
-    Bytes ascii = fromHex("313233"), ebcdic = fromHex("f1f233"), longer = fromHex("30f1f233"), minus = fromHex("f1f273");
+    Bytes ascii = fromHex("313233"), ebcdic = fromHex("f1f233"), longer = fromHex("30f1f233"),
+          minus = fromHex("f1f273");
     EXPECT_EQ(_zvkcBCD_EQU_Znd(ascii.data(), ebcdic.data(), 3, 3), 0);
     EXPECT_EQ(_zvkcBCD_LES_Znd(ascii.data(), ebcdic.data(), 3, 3), 1);
-    EXPECT_EQ(_zvkcBCD_EQU_Znd(ascii.data(), longer.data(), 4, 3), 0); // of like length behind the zero: the same quick way
+    EXPECT_EQ(_zvkcBCD_EQU_Znd(ascii.data(), longer.data(), 4, 3),
+              0); // of like length behind the zero: the same quick way
     Bytes ordered = fromHex("3f3233");
     EXPECT_EQ(_zvkcBCD_GRT_Znd(ascii.data(), minus.data(), 3, 3), 1);
     EXPECT_EQ(zvkBcdCmpZoned(ascii.data(), 3, minus.data(), 3, 1) < 0, true); // as magnitudes, by memcmp
@@ -113,7 +120,8 @@ TYPED_TEST(CompareTest, AbsoluteAndNegatedValues)
                 auto side = randomBelow(2) ? GuardedItem::AtStart : GuardedItem::AtEnd;
                 uint8_t *src = from.put(TypeParam::item(value), side);
                 std::string digits = reference::cut(value.digits, dn);
-                bool zero = reference::stripped(value.digits) == "0"; // of the source: -100 in two digits stays as it comes
+                bool zero =
+                    reference::stripped(value.digits) == "0"; // of the source: -100 in two digits stays as it comes
                 uint8_t *dst = to.put(randomBytes(TypeParam::bytes(dn)), side);
                 ASSERT_EQ(TypeParam::absolute(src, dst, dn, sn), dst);
                 ASSERT_EQ(hex(dst, TypeParam::bytes(dn)), hex(TypeParam::result({digits, false})));

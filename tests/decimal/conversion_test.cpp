@@ -1,7 +1,10 @@
-// Faults these tests are there to catch: a digit lost or invented at any pair of lengths, a sign that goes to the wrong place or is decided by the wrong
-// side, letters and negative zeros treated alike in all cells, bytes touched beyond an item, results that depend on alignment, a mode bit not seen.
+// Faults these tests are there to catch: a digit lost or invented at any pair of lengths, a sign
+// that goes to the wrong place or is decided by the wrong side, letters and negative zeros treated
+// alike in all cells, bytes touched beyond an item, results that depend on alignment, a mode bit
+// not seen.
 //
-// The reference works on digit strings and knows nothing of words; each form's bytes are built from the rules alone.
+// The reference works on digit strings and knows nothing of words; each form's bytes are built from
+// the rules alone.
 #include <array>
 #include <csignal>
 #include <cstring>
@@ -31,7 +34,8 @@ Bytes bytesOf(Form form, const Number &number, bool letters = false)
     auto overpunch = [&](uint8_t &byte) {
         uint8_t digit = byte & 0x0F;
         if (letters)
-            byte = digit == 0 ? (number.negative ? '}' : '{') : static_cast<uint8_t>((number.negative ? 'I' : '@') + digit);
+            byte = digit == 0 ? (number.negative ? '}' : '{')
+                              : static_cast<uint8_t>((number.negative ? 'I' : '@') + digit);
         else
             byte = static_cast<uint8_t>((number.negative ? 0x70 : 0x30) | digit);
     };
@@ -64,9 +68,9 @@ string fitted(const string &digits, size_t n)
 
 using Convert = uint8_t *(*)(const uint8_t *, uint8_t *, int32_t, int32_t);
 
-#define ROW(F)                                                                                                                             \
-    _zvkcBCD_CONV_##F##_To_ZndTO, _zvkcBCD_CONV_##F##_To_ZndTS, _zvkcBCD_CONV_##F##_To_ZndLO, _zvkcBCD_CONV_##F##_To_ZndLS,                \
-        _zvkcBCD_CONV_##F##_To_ZndUS
+#define ROW(F)                                                                                                         \
+    _zvkcBCD_CONV_##F##_To_ZndTO, _zvkcBCD_CONV_##F##_To_ZndTS, _zvkcBCD_CONV_##F##_To_ZndLO,                          \
+        _zvkcBCD_CONV_##F##_To_ZndLS, _zvkcBCD_CONV_##F##_To_ZndUS
 const Convert kCells[Forms][Forms] = {
     {_zvkcBCD_Cpy_Pckd, ROW(Pckd)},
     {_zvkcBCD_CONV_ZndTO_To_Pckd, ROW(ZndTO)},
@@ -112,9 +116,10 @@ TEST(Conversion, AllCellsAndLengths)
                     Number number{randomDigits(sn), randomBelow(2) == 1 && from != US};
                     Bytes source = bytesOf(static_cast<Form>(from), number);
                     string what = std::to_string(from) + " to " + std::to_string(to);
-                    expectConverted(kCells[from][to], source, sn,
-                                    expected(static_cast<Form>(from), static_cast<Form>(to), number, static_cast<size_t>(dn)), dn,
-                                    what.c_str());
+                    expectConverted(
+                        kCells[from][to], source, sn,
+                        expected(static_cast<Form>(from), static_cast<Form>(to), number, static_cast<size_t>(dn)), dn,
+                        what.c_str());
                     if (HasFatalFailure()) return;
                 }
 }
@@ -124,13 +129,14 @@ TEST(Conversion, CopiesOfAllForms)
     for (int sn = 1; sn <= 40; sn++)
         for (int dn = 1; dn <= 40; dn++)
             for (int form = Packed; form < Forms; form++) {
-                // A sign that a leading byte carries does not move with the digits, so such items are copied to their own length here.
+                // A sign that a leading byte carries does not move with the digits, so such items
+                // are copied to their own length here.
                 if (form == LO && sn != dn) continue;
                 Number number{randomDigits(sn), randomBelow(2) == 1 && form != US};
                 Number result{fitted(number.digits, static_cast<size_t>(dn)), number.negative};
                 if (isZero(result.digits)) result.negative = false;
-                expectConverted(kCopies[form], bytesOf(static_cast<Form>(form), number), sn, bytesOf(static_cast<Form>(form), result), dn,
-                                "copy");
+                expectConverted(kCopies[form], bytesOf(static_cast<Form>(form), number), sn,
+                                bytesOf(static_cast<Form>(form), result), dn, "copy");
                 if (HasFatalFailure()) return;
             }
 }
@@ -147,15 +153,18 @@ TEST(Conversion, NegativeZerosAndLenientSources)
     const string minusHundred = {0x10, 0x0D}; // as packed in three digits
     EXPECT_EQ(convert(_zvkcBCD_CONV_Pckd_To_ZndTO, minusHundred, 3, 2, 2), "0p") << "out of packed the source decides";
     EXPECT_EQ(convert(_zvkcBCD_CONV_Pckd_To_ZndTS, minusHundred, 3, 3, 2), "00-");
-    EXPECT_EQ(convert(_zvkcBCD_CONV_ZndTO_To_Pckd, "10p", 3, 2, 2), string("\0\x0C", 2)) << "into packed the destination does";
+    EXPECT_EQ(convert(_zvkcBCD_CONV_ZndTO_To_Pckd, "10p", 3, 2, 2), string("\0\x0C", 2))
+        << "into packed the destination does";
     EXPECT_EQ(convert(_zvkcBCD_CONV_ZndTO_To_ZndLS, "10p", 3, 3, 2), "+00");
     EXPECT_EQ(convert(_zvkcBCD_Cpy_Pckd, minusHundred, 3, 2, 2), string("\0\x0C", 2));
     for (const char *text : {"+123", "-123", " 123", "123+", "123-", "+123-"})
         EXPECT_EQ(convert(_zvkcBCD_CONV_ZndUS_To_Pckd, text, static_cast<int>(strlen(text)), 2, 3), "\x12\x3C") << text;
     EXPECT_EQ(convert(_zvkcBCD_CONV_ZndUS_To_Pckd, "+", 1, 2, 3), string("\0\x0C", 2));
-    // Without the EBCDIC convention a letter in the last place is not decoded on the way into packed.
+    // Without the EBCDIC convention a letter in the last place is not decoded on the way into
+    // packed.
     EXPECT_EQ(convert(_zvkcBCD_CONV_ZndTO_To_Pckd, "1J", 2, 2, 3), "\x01\xAC");
-    EXPECT_EQ(convert(_zvkcBCD_CONV_ZndLO_To_Pckd, "J23", 3, 2, 3), "\x12\x3D") << "but the sign of a leading letter is";
+    EXPECT_EQ(convert(_zvkcBCD_CONV_ZndLO_To_Pckd, "J23", 3, 2, 3), "\x12\x3D")
+        << "but the sign of a leading letter is";
     EXPECT_EQ(convert(_zvkcBCD_CONV_ZndLO_To_ZndTO, "J23", 3, 5, 5), "0012s");
     EXPECT_EQ(convert(_zvkcBCD_CONV_ZndLO_To_ZndTO, "J23", 3, 2, 2), "2s");
     EXPECT_EQ(convert(_zvkcBCD_Cpy_ZndLO, "J23", 3, 3, 3), "q23");
@@ -196,7 +205,8 @@ TEST(Conversion, Integers)
                 Number wanted{fitted(std::to_string(m), static_cast<size_t>(n)), negative};
                 Bytes out(packed.size(), 0xEE);
                 toPacked(integer, place.put(out, GuardedItem::AtEnd), n);
-                EXPECT_EQ(hex(place.put(Bytes(), GuardedItem::AtEnd) - out.size(), out.size()), hex(bytesOf(Packed, wanted)))
+                EXPECT_EQ(hex(place.put(Bytes(), GuardedItem::AtEnd) - out.size(), out.size()),
+                          hex(bytesOf(Packed, wanted)))
                     << m << " in " << n;
                 if constexpr (!std::is_same_v<decltype(toZoned), std::nullptr_t>) {
                     Bytes text(zoned.size(), 0xEE);
@@ -227,7 +237,8 @@ KVR2_PIECE(ebcdic_letters)
 {
     auto is = [](Convert entry, const string &source, int sn, int dn, const string &wanted) {
         string got = convert(entry, source, sn, wanted.size(), dn);
-        if (got != wanted) printf("%s of %s to %d: %s, not %s\n", "conversion", source.c_str(), dn, got.c_str(), wanted.c_str());
+        if (got != wanted)
+            printf("%s of %s to %d: %s, not %s\n", "conversion", source.c_str(), dn, got.c_str(), wanted.c_str());
     };
     is(_zvkcBCD_CONV_ZndTO_To_ZndTO, "1J", 2, 2, "1J");
     is(_zvkcBCD_CONV_ZndTO_To_ZndTO, "1y", 2, 2, "1R");
@@ -243,17 +254,20 @@ KVR2_PIECE(ebcdic_letters)
     is(_zvkcBCD_CONV_ZndTO_To_Pckd, "12L", 3, 3, {0x12, 0x3D});
 }
 
-// The letter step of the EBCDIC convention in all cells, from native items and from items whose sign is a letter already.
+// The letter step of the EBCDIC convention in all cells, from native items and from items whose
+// sign is a letter already.
 Bytes expectedLetters(Form from, Form to, Number number, const Bytes &source, bool letterSource, size_t dn)
 {
     bool packs = from == LO && to == Packed && source.size() > 1;
-    if (packs && source[0] == 'P') number.digits[0] = '0'; // -7, but with a low nibble of 0, which counts as a leading zero there
+    if (packs && source[0] == 'P')
+        number.digits[0] = '0'; // -7, but with a low nibble of 0, which counts as a leading zero there
     Number result{fitted(number.digits, dn), number.negative && to != US};
     if (isZero(from == Packed ? number.digits : result.digits)) result.negative = false;
     Bytes item = bytesOf(to, result);
     if ((to != TO && to != LO) || from == US) return item;
     uint8_t &sign = to == TO ? item.back() : item.front();
-    bool minus = from == TS || from == LS ? number.negative : result.negative; // a separate sign counts as it stands, also on a zero
+    bool minus = from == TS || from == LS ? number.negative
+                                          : result.negative; // a separate sign counts as it stands, also on a zero
     sign = bytesOf(TO, {string(1, static_cast<char>('0' | (sign & 15))), minus}, true)[0];
     if (letterSource) sign = from == TO ? source.back() : source.front(); // digit and all
     return item;
@@ -266,12 +280,14 @@ KVR2_PIECE(ebcdic_matrix)
         int sn = static_cast<int>(1 + randomBelow(24)), dn = static_cast<int>(1 + randomBelow(24));
         Number number{randomDigits(sn), randomBelow(2) == 1 && from != US};
         bool letters = (from == TO || from == LO) && randomBelow(2);
-        Bytes source = bytesOf(from, number, letters), wanted = expectedLetters(from, to, number, source, letters, static_cast<size_t>(dn));
+        Bytes source = bytesOf(from, number, letters),
+              wanted = expectedLetters(from, to, number, source, letters, static_cast<size_t>(dn));
         if (from == Packed && to == Packed) continue;
         Bytes got(wanted.size(), 0xEE);
         kCells[from][to](source.data(), got.data(), dn, sn);
         if (got == wanted) continue;
-        printf("%d to %d of %s into %d: %s, not %s", from, to, hex(source).c_str(), dn, hex(got).c_str(), hex(wanted).c_str());
+        printf("%d to %d of %s into %d: %s, not %s", from, to, hex(source).c_str(), dn, hex(got).c_str(),
+               hex(wanted).c_str());
         return;
     }
 }
@@ -281,7 +297,8 @@ KVR2_PIECE(mode_bits)
     auto is = [](Convert entry, const string &source, int sn, int dn, const string &wanted) {
         string got = convert(entry, source, sn, wanted.size(), dn);
         if (got != wanted)
-            printf("got %s, not %s\n", hex(Bytes(got.begin(), got.end())).c_str(), hex(Bytes(wanted.begin(), wanted.end())).c_str());
+            printf("got %s, not %s\n", hex(Bytes(got.begin(), got.end())).c_str(),
+                   hex(Bytes(wanted.begin(), wanted.end())).c_str());
     };
     const string mode = getenv("COBOL_BCD_NOVALIDATE");
     if (mode == "2") {
@@ -310,7 +327,8 @@ TEST(Conversion, Modes)
 
 TEST(Conversion, BadDataIsReportedWhereItIsLookedAt)
 {
-    auto errorOf = [](Convert entry, const string &source, int sn, std::vector<std::pair<string, std::optional<string>>> env = {}) {
+    auto errorOf = [](Convert entry, const string &source, int sn,
+                      std::vector<std::pair<string, std::optional<string>>> env = {}) {
         ChildRun run = runChild([&] { convert(entry, source, sn, 10, 3); }, {.env = env});
         size_t at = run.err.find("ZVK");
         return at == string::npos ? "none" : run.err.substr(at, 6);
@@ -336,7 +354,8 @@ KVR2_PIECE(safe_mode)
 TEST(Conversion, SafeModeValidatesSources)
 {
     auto errorOf = [](const char *cell, const char *source) {
-        ChildRun run = runPiece("safe_mode", {.env = {{"COBOL_BCD_SAFE", "1"}, {"TEST_CELL", cell}, {"TEST_SOURCE", source}}});
+        ChildRun run =
+            runPiece("safe_mode", {.env = {{"COBOL_BCD_SAFE", "1"}, {"TEST_CELL", cell}, {"TEST_SOURCE", source}}});
         return run.err;
     };
     EXPECT_NE(errorOf("copy", "123 ").find("ZVK040"), string::npos);
@@ -359,7 +378,8 @@ KVR2_PIECE(dumped)
 
 TEST(Conversion, Dump)
 {
-    string text = std::regex_replace(runPiece("dumped", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err, std::regex("0x[0-9a-f]+"), "@");
+    string text =
+        std::regex_replace(runPiece("dumped", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err, std::regex("0x[0-9a-f]+"), "@");
     EXPECT_EQ(text, "Copy zoned ...\nop1: @ 2 3132\nres: @ 2 3132\n"
                     "packed to zonedto ...\nin:  @ 3 123c\nout: @ 3 313233\n"
                     "zonedto to packed...\nin:  @ 2 31322b\nout: @ 2 012c\n"

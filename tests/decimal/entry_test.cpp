@@ -1,5 +1,6 @@
-// Faults that these tests are there to catch: bytes that are no numbers crashing an entry, hanging it, leading it beyond an item or to an answer that
-// depends on where the item lies; validation done in the wrong mode, or not; a dump without its title, a line, or in another shape.
+// Faults that these tests are there to catch: bytes that are no numbers crashing an entry, hanging
+// it, leading it beyond an item or to an answer that depends on where the item lies; validation
+// done in the wrong mode, or not; a dump without its title, a line, or in another shape.
 #include <functional>
 
 #include "forms.h"
@@ -70,11 +71,12 @@ const RelationRow kRelations[] = {
     {{"LEQ_Znd", false, Checked::Compared, nullptr}, _zvkcBCD_LEQ_Znd},
 };
 
-#define SHIFT_ROWS(FORM, PACKED, NAME)                                                                                                     \
-    {{#FORM " left", PACKED, Checked::Never, "Shift " NAME " left 3 ..."}, _zvkcBCD_SHFD_##FORM##_Left},                                   \
-        {{#FORM " right", PACKED, Checked::Never, "Shift " NAME " right 3 ..."}, _zvkcBCD_SHFD_##FORM##_Right},                            \
-    {                                                                                                                                      \
-        {#FORM " rounded", PACKED, Checked::Never, "Shift " NAME " right round 3 ..."}, _zvkcBCD_SHFD_##FORM##_RightRnd                    \
+#define SHIFT_ROWS(FORM, PACKED, NAME)                                                                                 \
+    {{#FORM " left", PACKED, Checked::Never, "Shift " NAME " left 3 ..."}, _zvkcBCD_SHFD_##FORM##_Left},               \
+        {{#FORM " right", PACKED, Checked::Never, "Shift " NAME " right 3 ..."}, _zvkcBCD_SHFD_##FORM##_Right},        \
+    {                                                                                                                  \
+        {#FORM " rounded", PACKED, Checked::Never, "Shift " NAME " right round 3 ..."},                                \
+            _zvkcBCD_SHFD_##FORM##_RightRnd                                                                            \
     }
 
 const ShiftRow kShifts[] = {
@@ -96,7 +98,8 @@ Bytes anyBytes(const Row &row, int n)
     return item;
 }
 
-// Runs one call with its items against protected pages on either side and at all alignments: nothing may fault, and all results are the same.
+// Runs one call with its items against protected pages on either side and at all alignments:
+// nothing may fault, and all results are the same.
 template <class Call>
 void everywhere(const Row &row, const Bytes &op1, const Bytes &op2, size_t dstBytes, Call call)
 {
@@ -109,7 +112,8 @@ void everywhere(const Row &row, const Bytes &op1, const Bytes &op2, size_t dstBy
             auto side = place ? GuardedItem::AtEnd : GuardedItem::AtStart;
             p = a.put(op1, side), q = b.put(op2, side), dst = to.put(empty, side);
         } else {
-            p = a.putAligned(op1, place * 3 & 7), q = b.putAligned(op2, place), dst = to.putAligned(empty, place * 5 & 7);
+            p = a.putAligned(op1, place * 3 & 7), q = b.putAligned(op2, place),
+            dst = to.putAligned(empty, place * 5 & 7);
         }
         std::string result = std::to_string(call(p, q, dst)) + " " + hex(dst, dstBytes);
         if (place == 0) first = result;
@@ -128,8 +132,12 @@ TEST(AnyBytes, EveryEntryComesToAnEndAndStaysWithinItsItems)
             Bytes a = anyBytes(row, n1), b = anyBytes(row, n2);
             a.pop_back(), b.pop_back();
             bool divides = row.name[0] == 'D' || (row.name[0] == 'M' && row.name[1] == 'O');
-            if (divides) b.back() = row.packed ? b.back() | 0x10 : randomBelow(2) ? 'K' : 0xE5; // a zero divisor is another matter
-            everywhere(row, a, b, bytesOf(row, dn), [&](auto *p, auto *q, auto *dst) { return row.entry(p, q, dst, dn, n2, n1) == dst; });
+            if (divides)
+                b.back() = row.packed       ? b.back() | 0x10
+                           : randomBelow(2) ? 'K'
+                                            : 0xE5; // a zero divisor is another matter
+            everywhere(row, a, b, bytesOf(row, dn),
+                       [&](auto *p, auto *q, auto *dst) { return row.entry(p, q, dst, dn, n2, n1) == dst; });
             if (divides && row.name[0] == 'D')
                 everywhere(row, a, b, 2 * bytesOf(row, dn), [&](auto *p, auto *q, auto *dst) {
                     uint8_t *rest = dst + bytesOf(row, dn);
@@ -140,7 +148,8 @@ TEST(AnyBytes, EveryEntryComesToAnEndAndStaysWithinItsItems)
         for (auto &row : kOneOperand) {
             Bytes a = anyBytes(row, n1);
             a.pop_back();
-            everywhere(row, a, a, bytesOf(row, dn), [&](auto *p, auto *, auto *dst) { return row.entry(p, dst, dn, n1) == dst; });
+            everywhere(row, a, a, bytesOf(row, dn),
+                       [&](auto *p, auto *, auto *dst) { return row.entry(p, dst, dn, n1) == dst; });
         }
         for (auto &row : kRelations) {
             Bytes a = anyBytes(row, n1), b = round % 2 ? a : anyBytes(row, n2);
@@ -161,7 +170,8 @@ TEST(AnyBytes, EveryEntryComesToAnEndAndStaysWithinItsItems)
             Bytes a = anyBytes(row, n1);
             a.pop_back();
             auto value = static_cast<int64_t>(randomness()());
-            auto entries = packed ? std::pair(Packed::addInt8, Packed::subtractInt8) : std::pair(Zoned::addInt8, Zoned::subtractInt8);
+            auto entries = packed ? std::pair(Packed::addInt8, Packed::subtractInt8)
+                                  : std::pair(Zoned::addInt8, Zoned::subtractInt8);
             for (auto entry : {entries.first, entries.second})
                 everywhere(row, {}, {}, a.size(), [&](auto *, auto *, auto *dst) {
                     memcpy(dst, a.data(), a.size());
@@ -185,7 +195,8 @@ bool reports903(uint32_t mode, const std::function<void()> &call)
 
 TEST(Validation, GoesByFamilyAndMode)
 {
-    Bytes bad = {0x12, 0x55, 0x55}, zonedBad = {'1', 'x', '3'}, good = {0x12, 0x34, 0x5C}, zonedGood = {'1', '2', '3'}, dst(10);
+    Bytes bad = {0x12, 0x55, 0x55}, zonedBad = {'1', 'x', '3'}, good = {0x12, 0x34, 0x5C}, zonedGood = {'1', '2', '3'},
+          dst(10);
     auto check = [&](const Row &row, const std::function<void(const uint8_t *)> &call) {
         const uint8_t *item = row.packed ? bad.data() : zonedBad.data();
         const uint8_t *clean = row.packed ? good.data() : zonedGood.data();
@@ -226,7 +237,8 @@ TEST(Validation, GoesByFamilyAndMode)
 std::string line(const char *label, const uint8_t *item, int digits, const char *colon, const std::string &bytes)
 {
     char text[200];
-    snprintf(text, sizeof text, "%s %p %d%s %s\n", label, static_cast<const void *>(item), digits, colon, bytes.c_str());
+    snprintf(text, sizeof text, "%s %p %d%s %s\n", label, static_cast<const void *>(item), digits, colon,
+             bytes.c_str());
     return text;
 }
 
@@ -254,27 +266,30 @@ TEST(Dump, HasTitleOperandsAndResult)
         EXPECT_EQ(dumpOf([&] { row.entry(a, b, dst, 3, 1, an); }), wanted) << row.name;
     }
     EXPECT_EQ(dumpOf([] { _zvkcBCD_DIVR_Pckd(packed1, packed2, dst, rest, 1, 3, 1, 3); }),
-              "div packed remainder...\n" + line("op1:", packed1, 3, ":", "012c") + line("op2:", packed2, 1, ":", "3c") +
-                  line("dst:", dst, 3, ":", "004c") + "rem: 0c\n");
+              "div packed remainder...\n" + line("op1:", packed1, 3, ":", "012c") +
+                  line("op2:", packed2, 1, ":", "3c") + line("dst:", dst, 3, ":", "004c") + "rem: 0c\n");
     EXPECT_EQ(dumpOf([] { _zvkcBCD_DIVR_Znd(zoned1, zoned2, dst, rest, 1, 3, 1, 2); }), "");
     for (auto &row : kOneOperand) {
         const uint8_t *a = row.packed ? packed1 : zoned1;
         int an = row.packed ? 3 : 2;
         row.entry(a, dst, 1, an);
         std::string result = hex(dst, 1);
-        std::string wanted =
-            row.title ? std::string(row.title) + "\n" + line("src:", a, an, ":", hex(a, 2)) + line("dst:", dst, 1, ":", result) : "";
+        std::string wanted = row.title ? std::string(row.title) + "\n" + line("src:", a, an, ":", hex(a, 2)) +
+                                             line("dst:", dst, 1, ":", result)
+                                       : "";
         EXPECT_EQ(dumpOf([&] { row.entry(a, dst, 1, an); }), wanted) << row.name;
     }
     for (auto &row : kRelations) {
         const uint8_t *a = row.packed ? packed1 : zoned1, *b = row.packed ? packed2 : zoned2;
         int an = row.packed ? 3 : 2;
         std::string wanted = row.title ? std::string(row.title) + "\n" + line("op1:", a, an, ":", hex(a, 2)) +
-                                             line("op2:", b, 1, ":", hex(b, 1)) + "res: " + std::to_string(row.entry(a, b, 1, an)) + "\n"
+                                             line("op2:", b, 1, ":", hex(b, 1)) +
+                                             "res: " + std::to_string(row.entry(a, b, 1, an)) + "\n"
                                        : "";
         EXPECT_EQ(dumpOf([&] { row.entry(a, b, 1, an); }), wanted) << row.name;
     }
-    EXPECT_EQ(dumpOf([] { _zvkcBCD_NOT_Pckd(packed1, 3); }), "not packed...\n" + line("op1:", packed1, 3, ":", "012c") + "res: 0\n");
+    EXPECT_EQ(dumpOf([] { _zvkcBCD_NOT_Pckd(packed1, 3); }),
+              "not packed...\n" + line("op1:", packed1, 3, ":", "012c") + "res: 0\n");
     EXPECT_EQ(dumpOf([] { _zvkcBCD_NOT_Znd(zoned1, 2); }), "");
     static const uint8_t signed1[] = {'+', '1', '2', '+'};
     for (auto &row : kShifts) {
@@ -302,7 +317,8 @@ TEST(Dump, OfBinaryIntegers)
         {"dec packed_int64...", [] { _zvkcBCD_SUB_Pckd_Int8(packed, 3, -7); }, true, "-7", "019c"},
         {"dec packed_int32...", [] { _zvkcBCD_SUB_Pckd_Int4(packed, 3, 1); }, true, "1", "011c"},
         {"inc zoned_int64...", [] { _zvkcBCD_ADD_Znd_Int8(zoned, 2, 7); }, false, "7", "3139"},
-        {"inc zoned_32...", [] { _zvkcBCD_ADD_Znd_Int4(zoned, 2, 7); }, false, "7", "3139"}, // the title has a slip that stays
+        {"inc zoned_32...", [] { _zvkcBCD_ADD_Znd_Int4(zoned, 2, 7); }, false, "7",
+         "3139"}, // the title has a slip that stays
         {"dec zoned_int64...", [] { _zvkcBCD_SUB_Znd_Int8(zoned, 2, 1); }, false, "1", "3131"},
         {"dec zoned_int32...", [] { _zvkcBCD_SUB_Znd_Int4(zoned, 2, 1); }, false, "1", "3131"},
     };
@@ -311,8 +327,9 @@ TEST(Dump, OfBinaryIntegers)
         memcpy(zoned, "12", 2);
         const uint8_t *item = row.packed ? packed : zoned;
         int n = row.packed ? 3 : 2;
-        EXPECT_EQ(dumpOf(row.call), std::string(row.title) + "\n" + line("op1:", item, n, ":", row.packed ? "012c" : "3132") +
-                                        "op2: " + row.value + "\n" + line("dst:", item, n, ":", row.result));
+        EXPECT_EQ(dumpOf(row.call), std::string(row.title) + "\n" +
+                                        line("op1:", item, n, ":", row.packed ? "012c" : "3132") + "op2: " + row.value +
+                                        "\n" + line("dst:", item, n, ":", row.result));
     }
 }
 

@@ -1,6 +1,7 @@
-// Faults that these tests are there to catch: an environment variable that sets the wrong bits or is read twice; a byte that can carry a
-// sign decoded wrongly; a validator that passes or refuses the wrong bytes, above all where its words begin and end; zero tests and moves
-// that look beyond an item, cut on the wrong side, lose or keep the wrong sign.
+// Faults that these tests are there to catch: an environment variable that sets the wrong bits or
+// is read twice; a byte that can carry a sign decoded wrongly; a validator that passes or refuses
+// the wrong bytes, above all where its words begin and end; zero tests and moves that look beyond
+// an item, cut on the wrong side, lose or keep the wrong sign.
 #include "decimal/mode.h"
 #include "decimal/packed.h"
 #include "decimal/validation.h"
@@ -41,7 +42,8 @@ TEST(DecimalMode, ComesFromTheEnvironmentOnce)
         {{{"COBOL_BCD_DEBUG", "1"}, {"COBOL_BCD_EBCDIC", "1"}, {"COBOL_BCD_SAFE", ""}}, "180"},
     };
     for (auto &test : cases) {
-        Env env = {{"COBOL_BCD_NOVALIDATE", std::nullopt}, {"COBOL_BCD_SAFE", std::nullopt}, {"COBOL_BCD_FAST", std::nullopt}};
+        Env env = {
+            {"COBOL_BCD_NOVALIDATE", std::nullopt}, {"COBOL_BCD_SAFE", std::nullopt}, {"COBOL_BCD_FAST", std::nullopt}};
         env.insert(env.end(), test.env.begin(), test.env.end());
         ChildRun run = runPiece("print_mode", {.env = env});
         EXPECT_EQ(run.out, std::string(test.word) + " kept");
@@ -72,7 +74,8 @@ TEST(ZonedSignByte, DecodesByTheTable)
 
 // ---- validation ----
 
-// Which bytes have a high nibble that the scan does not see: the rightmost of every word of more than one byte. `scanned` bytes before the last.
+// Which bytes have a high nibble that the scan does not see: the rightmost of every word of more
+// than one byte. `scanned` bytes before the last.
 std::vector<bool> blindHighNibbles(int scanned)
 {
     std::vector<bool> blind(static_cast<size_t>(scanned));
@@ -89,14 +92,16 @@ TEST(CheckPacked, SeesEveryNibbleButTheTopOneOfAWord)
         Bytes good = packedItem(std::string(static_cast<size_t>(n), '9'), 0x0F);
         auto blind = blindHighNibbles(n / 2);
         for (GuardedItem::Place side : {GuardedItem::AtStart, GuardedItem::AtEnd}) {
-            for (int mode : {kCheckArithmetic, kCheckStrict}) EXPECT_EQ(zvkBcdCheckPacked(place.put(good, side), n, mode), 0) << n;
+            for (int mode : {kCheckArithmetic, kCheckStrict})
+                EXPECT_EQ(zvkBcdCheckPacked(place.put(good, side), n, mode), 0) << n;
             for (size_t at = 0; at + 1 < good.size(); at++) {
                 for (unsigned nibble = 10; nibble < 16; nibble++) {
                     Bytes low = good, high = good;
                     low[at] = static_cast<uint8_t>(0x90 | nibble);
                     high[at] = static_cast<uint8_t>(nibble << 4 | 9);
                     ASSERT_EQ(zvkBcdCheckPacked(place.put(low, side), n, kCheckStrict), 1) << n << " " << at;
-                    ASSERT_EQ(zvkBcdCheckPacked(place.put(high, side), n, kCheckStrict), blind[at] ? 0 : 1) << n << " " << at;
+                    ASSERT_EQ(zvkBcdCheckPacked(place.put(high, side), n, kCheckStrict), blind[at] ? 0 : 1)
+                        << n << " " << at;
                 }
             }
         }
@@ -109,9 +114,10 @@ TEST(CheckPacked, LastByteAndLeadingZeros)
         const char *item;
         int arithmetic, strict;
     } cases[] = {
-        {"0c", 0, 0},     {"00", 0, 0},   {"05", 1, 1},   {"ac", 1, 1},     {"a0", 0, 0},     {"9a", 0, 0},     {"9f", 0, 0},
-        {"99", 1, 1},     {"000c", 0, 0}, {"0000", 0, 1}, {"0010", 0, 1},   {"0110", 1, 1},   {"00010c", 0, 0}, {"000100", 1, 1},
-        {"0000a0", 0, 1}, {"1a0c", 1, 1}, {"a10c", 1, 1}, {"12a30c", 0, 0}, {"a2130c", 1, 1}, {"00a30c", 1, 0}, // the zero byte that arithmetic skips makes the scan narrower
+        {"0c", 0, 0},     {"00", 0, 0},     {"05", 1, 1},     {"ac", 1, 1},   {"a0", 0, 0},   {"9a", 0, 0},
+        {"9f", 0, 0},     {"99", 1, 1},     {"000c", 0, 0},   {"0000", 0, 1}, {"0010", 0, 1}, {"0110", 1, 1},
+        {"00010c", 0, 0}, {"000100", 1, 1}, {"0000a0", 0, 1}, {"1a0c", 1, 1}, {"a10c", 1, 1}, {"12a30c", 0, 0},
+        {"a2130c", 1, 1}, {"00a30c", 1, 0}, // the zero byte that arithmetic skips makes the scan narrower
     };
     for (auto &test : cases) {
         Bytes item = fromHex(test.item);
@@ -153,15 +159,17 @@ TEST(CheckZoned, SeesEveryByteAtEveryAlignment)
 TEST(CheckZoned, NulBetweenDigitsPassesOnlyWhereTheScanGoesByBytes)
 {
     Place place;
-    Bytes item = {'1', '2', 0, '4', '5'};                                       // the scanned part is "2 NUL 4", its end at address + 4
-    EXPECT_EQ(zvkBcdCheckZoned(place.putAligned(item, 1), 5, kCheckStrict), 1); // end 5: "4" alone, then "2 NUL" as two bytes
+    Bytes item = {'1', '2', 0, '4', '5'}; // the scanned part is "2 NUL 4", its end at address + 4
+    EXPECT_EQ(zvkBcdCheckZoned(place.putAligned(item, 1), 5, kCheckStrict),
+              1); // end 5: "4" alone, then "2 NUL" as two bytes
     EXPECT_EQ(zvkBcdCheckZoned(place.putAligned(item, 0), 5, kCheckStrict), 1); // end 4: two bytes hold the NUL
     Bytes three = {'1', 0, '3'};
     for (unsigned alignment = 0; alignment < 8; alignment++)
         EXPECT_EQ(zvkBcdCheckZoned(place.putAligned(three, alignment), 3, kCheckStrict), 0);
     Bytes four = {'1', 0, '3', '4'}; // one word of two bytes when its end is even, else two single bytes
     for (unsigned alignment = 0; alignment < 8; alignment++)
-        EXPECT_EQ(zvkBcdCheckZoned(place.putAligned(four, alignment), 4, kCheckStrict), (alignment + 3) % 2 == 0 ? 1 : 0);
+        EXPECT_EQ(zvkBcdCheckZoned(place.putAligned(four, alignment), 4, kCheckStrict),
+                  (alignment + 3) % 2 == 0 ? 1 : 0);
 }
 
 TEST(CheckZoned, ArithmeticSkipsZerosOfAnyZone)
@@ -194,7 +202,8 @@ TEST(ZeroTest, SeesEachDigitAndNoZone)
     }
     for (char last : std::string("{} ") + '\0')
         EXPECT_EQ(zvkBcdIsZeroZoned(fromHex("3030" + hex({static_cast<uint8_t>(last)})).data(), 3), 1);
-    for (char last : std::string("ARJP")) EXPECT_EQ(zvkBcdIsZeroZoned(fromHex("3030" + hex({static_cast<uint8_t>(last)})).data(), 3), 0);
+    for (char last : std::string("ARJP"))
+        EXPECT_EQ(zvkBcdIsZeroZoned(fromHex("3030" + hex({static_cast<uint8_t>(last)})).data(), 3), 0);
     Bytes stray = {0x10, 0x0C}; // the unused nibble of two digits counts
     EXPECT_EQ(zvkBcdIsZeroPacked(stray.data(), 2), 0);
 }
@@ -210,7 +219,8 @@ TEST(Move, KeepsLowOrderDigitsAtEveryLength)
             Bytes source = randomBytes(bcd::packedBytes(sn));
             size_t bytes = bcd::packedBytes(dn);
             Bytes wanted(bytes);
-            for (size_t i = 0; i < bytes && i < source.size(); i++) wanted[bytes - 1 - i] = source[source.size() - 1 - i];
+            for (size_t i = 0; i < bytes && i < source.size(); i++)
+                wanted[bytes - 1 - i] = source[source.size() - 1 - i];
             uint8_t sign = source.back() & 15;
             wanted.back() = static_cast<uint8_t>((wanted.back() & 0xF0) | (sign == 0xB || sign == 0xD ? 0xD : 0xC));
             if (dn % 2 == 0) wanted[0] &= 0x0F;
@@ -220,7 +230,8 @@ TEST(Move, KeepsLowOrderDigitsAtEveryLength)
 
             Bytes zoned = randomBytes(static_cast<size_t>(sn));
             Bytes moved(static_cast<size_t>(dn), '0');
-            for (size_t i = 0; i < moved.size() && i < zoned.size(); i++) moved[moved.size() - 1 - i] = zoned[zoned.size() - 1 - i];
+            for (size_t i = 0; i < moved.size() && i < zoned.size(); i++)
+                moved[moved.size() - 1 - i] = zoned[zoned.size() - 1 - i];
             auto digit = bcd::kOverpunch[zoned.back()];
             moved.back() = static_cast<uint8_t>((digit.negative ? 0x70 : 0x30) | digit.digit);
             destination = to.put(randomBytes(moved.size()), side);

@@ -1,4 +1,5 @@
-// Items for the decimal tests: bytes from digits and back, by the plainest means, and places for them against protected pages.
+// Items for the decimal tests: bytes from digits and back, by the plainest means, and places for
+// them against protected pages.
 #pragma once
 
 #include <algorithm>
@@ -28,14 +29,16 @@ inline Bytes randomBytes(size_t size)
     return bytes;
 }
 
-// n digits; often with leading zeros, sometimes all 9 or all 0, which is where carries and signs go wrong.
+// n digits; often with leading zeros, sometimes all 9 or all 0, which is where carries and signs go
+// wrong.
 inline std::string randomDigits(int n)
 {
     std::string digits(static_cast<size_t>(n), '0');
     unsigned kind = randomBelow(8);
     if (kind == 0) return digits;
     size_t first = kind < 4 ? randomBelow(static_cast<unsigned>(n)) : 0;
-    for (size_t i = first; i < digits.size(); i++) digits[i] = static_cast<char>(kind == 1 ? '9' : '0' + randomBelow(10));
+    for (size_t i = first; i < digits.size(); i++)
+        digits[i] = static_cast<char>(kind == 1 ? '9' : '0' + randomBelow(10));
     return digits;
 }
 
@@ -43,7 +46,8 @@ inline Bytes packedItem(const std::string &digits, uint8_t sign)
 {
     std::string nibbles = (digits.size() % 2 == 0 ? "0" : "") + digits;
     Bytes item(nibbles.size() / 2 + 1);
-    for (size_t i = 0; i < nibbles.size(); i++) item[i / 2] |= static_cast<uint8_t>((nibbles[i] - '0') << (i % 2 ? 0 : 4));
+    for (size_t i = 0; i < nibbles.size(); i++)
+        item[i / 2] |= static_cast<uint8_t>((nibbles[i] - '0') << (i % 2 ? 0 : 4));
     item.back() |= sign;
     return item;
 }
@@ -69,11 +73,13 @@ inline std::string hex(const Bytes &item) { return hex(item.data(), item.size())
 inline Bytes fromHex(const std::string &text)
 {
     Bytes item;
-    for (size_t i = 0; i + 1 < text.size(); i += 2) item.push_back(static_cast<uint8_t>(std::stoi(text.substr(i, 2), nullptr, 16)));
+    for (size_t i = 0; i + 1 < text.size(); i += 2)
+        item.push_back(static_cast<uint8_t>(std::stoi(text.substr(i, 2), nullptr, 16)));
     return item;
 }
 
-// A place for items that touch a protected page with their first or last byte, or stand at an alignment of one's choice.
+// A place for items that touch a protected page with their first or last byte, or stand at an
+// alignment of one's choice.
 class Place {
 public:
     Place() : guard_(256) {}

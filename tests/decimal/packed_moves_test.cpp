@@ -1,5 +1,7 @@
-// Faults that these tests are there to catch: copies, shifts and conversions out of packed items that differ between the short cut and the general way, in
-// any mode and with any bytes; a negative zero that keeps or loses its sign by the wrong rule; a letter where none belongs; an access beyond an item.
+// Faults that these tests are there to catch: copies, shifts and conversions out of packed items
+// that differ between the short cut and the general way, in any mode and with any bytes; a negative
+// zero that keeps or loses its sign by the wrong rule; a letter where none belongs; an access
+// beyond an item.
 #include "forms.h"
 #include "kvr2/decimal_conversions.h"
 #include "kvr2/decimal_scaling.h"
@@ -16,7 +18,8 @@ struct Moved {
 
     explicit Moved(const Bytes &item)
     {
-        for (uint8_t byte : item) nibbles.insert(nibbles.end(), {static_cast<uint8_t>(byte >> 4), static_cast<uint8_t>(byte & 15)});
+        for (uint8_t byte : item)
+            nibbles.insert(nibbles.end(), {static_cast<uint8_t>(byte >> 4), static_cast<uint8_t>(byte & 15)});
         negative = nibbles.back() == 0xB || nibbles.back() == 0xD;
         nibbles.pop_back();
     }
@@ -71,7 +74,8 @@ protected:
     {
         unsigned at = randomBelow(10), to = randomBelow(10);
         auto put = [](Place &place, const Bytes &what, unsigned where) {
-            return where < 8 ? place.putAligned(what, where) : place.put(what, where == 8 ? GuardedItem::AtStart : GuardedItem::AtEnd);
+            return where < 8 ? place.putAligned(what, where)
+                             : place.put(what, where == 8 ? GuardedItem::AtStart : GuardedItem::AtEnd);
         };
         const uint8_t *src = put(from_, item, at);
         uint8_t *dst = put(to_, randomBytes(bytes), to);
@@ -117,7 +121,10 @@ TEST_F(PackedMoves, CopiesAndShiftsInBothModes)
     }
 }
 
-uint8_t letter(unsigned digit, bool minus) { return static_cast<uint8_t>((minus ? "}JKLMNOPQR" : "{ABCDEFGHI")[digit]); }
+uint8_t letter(unsigned digit, bool minus)
+{
+    return static_cast<uint8_t>((minus ? "}JKLMNOPQR" : "{ABCDEFGHI")[digit]);
+}
 
 TEST_F(PackedMoves, ToZonedInAllModes)
 {
@@ -132,7 +139,8 @@ TEST_F(PackedMoves, ToZonedInAllModes)
         auto form = static_cast<Form>(randomBelow(5));
         Bytes item = source(sn);
         Moved moved(item);
-        bool minus = moved.negative && !moved.zero(); // of the source, before it is cut; and a zero has no minus here in any mode
+        bool minus = moved.negative &&
+                     !moved.zero(); // of the source, before it is cut; and a zero has no minus here in any mode
         moved.cutTo(dn);
         Bytes wanted = moved.nibbles;
         for (uint8_t &byte : wanted) byte |= 0x30;
@@ -144,7 +152,8 @@ TEST_F(PackedMoves, ToZonedInAllModes)
             byte = letters ? letter(byte & 15u, minus) : minus ? byte | 0x40 : byte;
         }
         Bytes got = result(item, wanted.size(), [&](auto *src, auto *dst) { return entries[form](src, dst, dn, sn); });
-        ASSERT_EQ(hex(got), hex(wanted)) << hex(item) << " to form " << form << " of " << dn << " in mode " << zvkBcdMode;
+        ASSERT_EQ(hex(got), hex(wanted)) << hex(item) << " to form " << form << " of " << dn << " in mode "
+                                         << zvkBcdMode;
     }
 }
 

@@ -1,6 +1,7 @@
-// Faults that these tests are there to catch: a wrong digit anywhere in a product or quotient, in the way through binary as in the way through
-// pairs and tables; results cut or filled on the wrong side; signs of zero quotients and remainders; an unused nibble cleared where it has to stay
-// or left where it has to go; an access beyond an item; a zero divisor that traps or hangs.
+// Faults that these tests are there to catch: a wrong digit anywhere in a product or quotient, in
+// the way through binary as in the way through pairs and tables; results cut or filled on the wrong
+// side; signs of zero quotients and remainders; an unused nibble cleared where it has to stay or
+// left where it has to go; an access beyond an item; a zero divisor that traps or hangs.
 #include "decimal/products.h"
 #include "forms.h"
 #include "support/child.h"
@@ -32,7 +33,8 @@ protected:
         uint8_t *dst = to_.put(randomBytes(Form::bytes(dn)), side);
         Value product{reference::cut(reference::multiply(a.digits, b.digits), dn), a.negative != b.negative};
         ASSERT_EQ(Form::multiply(op1, op2, dst, dn, bn, an), dst);
-        ASSERT_EQ(hex(dst, Form::bytes(dn)), hex(Form::result(product))) << text(a) << " times " << text(b) << " into " << dn;
+        ASSERT_EQ(hex(dst, Form::bytes(dn)), hex(Form::result(product)))
+            << text(a) << " times " << text(b) << " into " << dn;
     }
 
     void checkQuotient(const Value &a, int an, const Value &b, int bn, int qn, int rn, GuardedItem::Place side)
@@ -41,7 +43,8 @@ protected:
         uint8_t *op2 = b_.put(Form::item(b), side);
         auto [digits, rest] = reference::divide(a.digits, b.digits);
         int order = reference::compare(a.digits, b.digits);
-        // A packed quotient fills its bytes, also the nibble that an even count does not use; but not when it is a plain 0 or 1.
+        // A packed quotient fills its bytes, also the nibble that an even count does not use; but
+        // not when it is a plain 0 or 1.
         int filled = Form::packed ? qn / 2 * 2 + 1 : qn;
         std::string quotientDigits = reference::cut(digits, filled);
         Bytes quotient = Form::result({quotientDigits, order >= 0 && a.negative != b.negative});
@@ -88,7 +91,8 @@ TYPED_TEST(ProductsTest, ProductsOfLongItems)
 {
     for (int round = 0; round < 3000; round++) {
         auto an = static_cast<int>(1 + randomBelow(63));
-        auto bn = static_cast<int>(1 + randomBelow(static_cast<unsigned>(std::min(63, TypeParam::packed ? 65 - an : 63))));
+        auto bn =
+            static_cast<int>(1 + randomBelow(static_cast<unsigned>(std::min(63, TypeParam::packed ? 65 - an : 63))));
         auto dn = static_cast<int>(1 + randomBelow(63));
         Value a = randomValue(an), b = randomValue(bn);
         if (TypeParam::packed && an + bn > 64) continue;
@@ -103,7 +107,8 @@ TYPED_TEST(ProductsTest, QuotientsAgreeWithPencilAndPaper)
         for (int bn = 1; bn <= 31; bn++)
             for (int round = 0; round < 6; round++) {
                 Value a = randomOperand<TypeParam>(an), b = randomOperand<TypeParam>(bn);
-                if (round == 5) b.digits = reference::cut(a.digits, static_cast<int>(b.digits.size())); // equal, or nearly so
+                if (round == 5)
+                    b.digits = reference::cut(a.digits, static_cast<int>(b.digits.size())); // equal, or nearly so
                 if (reference::stripped(b.digits) == "0") continue;
                 auto qn = static_cast<int>(1 + randomBelow(31)), rn = static_cast<int>(1 + randomBelow(31));
                 auto side = round % 2 ? GuardedItem::AtStart : GuardedItem::AtEnd;
@@ -129,10 +134,14 @@ TYPED_TEST(ProductsTest, SmallValuesAllOfThem)
 {
     for (int a = -130; a <= 130; a += 3)
         for (int b = -25; b <= 25; b++) {
-            auto value = [](int number) { return Value{reference::cut(std::to_string(std::abs(number)), 4), number < 0}; };
+            auto value = [](int number) {
+                return Value{reference::cut(std::to_string(std::abs(number)), 4), number < 0};
+            };
             this->checkProduct(value(a), 4, value(b), 4, 5, GuardedItem::AtEnd);
             if (b) this->checkQuotient(value(a), 4, value(b), 4, 3, 2, GuardedItem::AtEnd);
-            if (b) this->checkQuotient(this->padded(value(a), 35), 35, this->padded(value(b), 35), 35, 4, 3, GuardedItem::AtEnd);
+            if (b)
+                this->checkQuotient(this->padded(value(a), 35), 35, this->padded(value(b), 35), 35, 4, 3,
+                                    GuardedItem::AtEnd);
             if (this->HasFatalFailure()) return;
         }
 }
@@ -145,8 +154,8 @@ struct PackedResult {
 PackedResult divr(const char *a, const char *b, int qn, int rn)
 {
     Bytes op1 = fromHex(a), op2 = fromHex(b), q(Packed::bytes(qn)), r(Packed::bytes(rn));
-    int returned = _zvkcBCD_DIVR_Pckd(op1.data(), op2.data(), q.data(), r.data(), rn, qn, static_cast<int>(2 * op2.size() - 1),
-                                      static_cast<int>(2 * op1.size() - 1));
+    int returned = _zvkcBCD_DIVR_Pckd(op1.data(), op2.data(), q.data(), r.data(), rn, qn,
+                                      static_cast<int>(2 * op2.size() - 1), static_cast<int>(2 * op1.size() - 1));
     return {hex(q), hex(r), returned};
 }
 
@@ -172,7 +181,8 @@ TEST(PackedProduct, ZeroKeepsTheSignOfTheRule)
     EXPECT_EQ(hex(dst, 2), "000d");
 }
 
-// More than 64 digits together: not computed. The destination gets the previous product's digits, with the new sign.
+// More than 64 digits together: not computed. The destination gets the previous product's digits,
+// with the new sign.
 TEST(PackedProduct, BeyondTheWorkAreaComesThePreviousProduct)
 {
     Bytes a = packedItem(std::string(33, '1'), 0x0C), b = packedItem(std::string(32, '2'), 0x0D), dst(32);
@@ -193,11 +203,15 @@ TEST(PackedProduct, BeyondTheWorkAreaComesThePreviousProduct)
     Bytes sum(32); // 64 digits together are computed
     Bytes c = packedItem(std::string(32, '1'), 0x0C);
     _zvkcBCD_MPY_Pckd(c.data(), b.data(), sum.data(), 63, 32, 32);
-    EXPECT_EQ(hex(sum), hex(packedItem(reference::cut(reference::multiply(std::string(32, '1'), std::string(32, '2')), 63), 0x0D)));
+    EXPECT_EQ(
+        hex(sum),
+        hex(packedItem(reference::cut(reference::multiply(std::string(32, '1'), std::string(32, '2')), 63), 0x0D)));
     // A cut factor counts with the destination's digits.
     Bytes shortDst(Packed::bytes(31));
     _zvkcBCD_MPY_Pckd(a.data(), b.data(), shortDst.data(), 31, 32, 33);
-    EXPECT_EQ(hex(shortDst), hex(packedItem(reference::cut(reference::multiply(std::string(33, '1'), std::string(32, '2')), 31), 0x0D)));
+    EXPECT_EQ(
+        hex(shortDst),
+        hex(packedItem(reference::cut(reference::multiply(std::string(33, '1'), std::string(32, '2')), 31), 0x0D)));
 }
 
 TEST(ZonedProduct, BeyondTheWorkAreaComesThePreviousProduct)
@@ -207,7 +221,9 @@ TEST(ZonedProduct, BeyondTheWorkAreaComesThePreviousProduct)
     Bytes seven = zonedItem(reference::cut("7", 61), false);
     _zvkcBCD_MPY_Znd(twelve, seven.data(), dst.data(), 63, 61, 2); // 84
     _zvkcBCD_MPY_Znd(a.data(), b.data(), dst.data(), 63, 62, 64);  // 126 digits together are computed
-    EXPECT_EQ(hex(dst), hex(zonedItem(reference::cut(reference::multiply(std::string(64, '1'), std::string(62, '2')), 63), true)));
+    EXPECT_EQ(
+        hex(dst),
+        hex(zonedItem(reference::cut(reference::multiply(std::string(64, '1'), std::string(62, '2')), 63), true)));
     Bytes wide(64);
     _zvkcBCD_MPY_Znd(twelve, seven.data(), wide.data(), 64, 61, 2);
     _zvkcBCD_MPY_Znd(a.data(), b.data(), wide.data(), 64, 63, 64); // 127 are not

@@ -1,4 +1,5 @@
-// Decimal arithmetic by pencil and paper, on strings of digits: what the library's results are held against.
+// Decimal arithmetic by pencil and paper, on strings of digits: what the library's results are held
+// against.
 #pragma once
 
 #include <algorithm>
@@ -22,7 +23,8 @@ inline std::string stripped(const std::string &digits)
 inline std::string cut(const std::string &digits, int n)
 {
     auto wanted = static_cast<size_t>(n);
-    return digits.size() >= wanted ? digits.substr(digits.size() - wanted) : std::string(wanted - digits.size(), '0') + digits;
+    return digits.size() >= wanted ? digits.substr(digits.size() - wanted)
+                                   : std::string(wanted - digits.size(), '0') + digits;
 }
 
 inline int compare(const std::string &a, const std::string &b)
@@ -87,11 +89,13 @@ inline std::pair<std::string, std::string> divide(const std::string &a, const st
     return {quotient, rest};
 }
 
-// The packed complement's oddity, on digits that end with an item's last one: pairs above 90 lose their 90, but not in the last byte.
+// The packed complement's oddity, on digits that end with an item's last one: pairs above 90 lose
+// their 90, but not in the last byte.
 inline std::string reducedPairs(std::string digits)
 {
     for (auto i = static_cast<int>(digits.size()) - 2; i >= 1; i -= 2)
-        if (digits[static_cast<size_t>(i) - 1] == '9' && digits[static_cast<size_t>(i)] != '0') digits[static_cast<size_t>(i) - 1] = '0';
+        if (digits[static_cast<size_t>(i) - 1] == '9' && digits[static_cast<size_t>(i)] != '0')
+            digits[static_cast<size_t>(i) - 1] = '0';
     return digits;
 }
 

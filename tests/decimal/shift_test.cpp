@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: digits that land one place off at some length, a rounding that looks at the wrong digit or loses its carry, a sign that
-// survives nothing or is lost with something, bytes touched beyond an item, the dump's odd labels.
+// Faults these tests are there to catch: digits that land one place off at some length, a rounding
+// that looks at the wrong digit or loses its carry, a sign that survives nothing or is lost with
+// something, bytes touched beyond an item, the dump's odd labels.
 #include <cstring>
 #include <regex>
 #include <string>
@@ -58,12 +59,12 @@ Bytes unsignedOf(const string &digits, bool) { return Bytes(digits.begin(), digi
 Bytes trailingOf(const string &digits, bool negative) { return unsignedOf(digits + (negative ? "-" : "+"), false); }
 Bytes leadingOf(const string &digits, bool negative) { return unsignedOf((negative ? "-" : "+") + digits, false); }
 
-#define FAMILY(F, item)                                                                                                                    \
-    {                                                                                                                                      \
-#F, {_zvkcBCD_SHFD_##F##_Left, _zvkcBCD_SHFD_##F##_Right, _zvkcBCD_SHFD_##F##_RightRnd }, item                                     \
+#define FAMILY(F, item)                                                                                                \
+    {                                                                                                                  \
+#F, {_zvkcBCD_SHFD_##F##_Left, _zvkcBCD_SHFD_##F##_Right, _zvkcBCD_SHFD_##F##_RightRnd }, item                 \
     }
-const Family kFamilies[] = {FAMILY(Pckd, packedOf), FAMILY(Znd, zonedItem), FAMILY(ZndUS, unsignedOf), FAMILY(ZndTS, trailingOf),
-                            FAMILY(ZndLS, leadingOf)};
+const Family kFamilies[] = {FAMILY(Pckd, packedOf), FAMILY(Znd, zonedItem), FAMILY(ZndUS, unsignedOf),
+                            FAMILY(ZndTS, trailingOf), FAMILY(ZndLS, leadingOf)};
 
 TEST(Shift, AllFormsLengthsAndCounts)
 {
@@ -99,10 +100,12 @@ string run(ShiftEntry entry, const string &source, int sn, size_t bytes, int dn,
 TEST(Shift, LeadingOverpunchAndEdges)
 {
     EXPECT_EQ(run(_zvkcBCD_SHFD_ZndLO_Left, "q23", 3, 3, 3, 1), "r30") << "the sign goes to the first byte";
-    EXPECT_EQ(run(_zvkcBCD_SHFD_ZndLO_Right, "q23", 3, 3, 3, 1), "pq2") << "and what a leading byte carried stays where it lands";
+    EXPECT_EQ(run(_zvkcBCD_SHFD_ZndLO_Right, "q23", 3, 3, 3, 1), "pq2")
+        << "and what a leading byte carried stays where it lands";
     EXPECT_EQ(run(_zvkcBCD_SHFD_ZndLO_RightRnd, "p05", 3, 3, 3, 1), "p01");
     EXPECT_EQ(run(_zvkcBCD_SHFD_ZndLO_Right, "p05", 3, 3, 3, 1), "000") << "a negative zero becomes positive";
-    EXPECT_EQ(run(_zvkcBCD_SHFD_Pckd_RightRnd, "\x99\x5D", 3, 2, 2, 1), string("\0\x0C", 2)) << "the carry is lost, and the sign with it";
+    EXPECT_EQ(run(_zvkcBCD_SHFD_Pckd_RightRnd, "\x99\x5D", 3, 2, 2, 1), string("\0\x0C", 2))
+        << "the carry is lost, and the sign with it";
     EXPECT_EQ(run(_zvkcBCD_SHFD_Pckd_RightRnd, "\x12\x5D", 3, 2, 3, 1), "\x01\x3D");
     EXPECT_EQ(run(_zvkcBCD_SHFD_Pckd_RightRnd, "\x5C", 1, 1, 1, 2), "\x0C");
 }
@@ -123,9 +126,10 @@ KVR2_PIECE(shift_keeps_negative_zero)
 
 TEST(Shift, DumpAndMode)
 {
-    string text = std::regex_replace(runPiece("shift_dump", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err, std::regex("0x[0-9a-f]+"), "@");
-    EXPECT_EQ(text,
-              "Shift packed right round 1 ...\nop1: @ 3 125d\nres: @ 3 013d\nShift zonedts left 1 ...\nop1: @ 2 3132\nop2: @ 3 313230\n");
+    string text = std::regex_replace(runPiece("shift_dump", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err,
+                                     std::regex("0x[0-9a-f]+"), "@");
+    EXPECT_EQ(text, "Shift packed right round 1 ...\nop1: @ 3 125d\nres: @ 3 013d\nShift zonedts left 1 ...\nop1: @ 2 "
+                    "3132\nop2: @ 3 313230\n");
     EXPECT_EQ(runPiece("shift_keeps_negative_zero", {.env = {{"COBOL_BCD_NOVALIDATE", "2"}}}).out, "");
 }
 

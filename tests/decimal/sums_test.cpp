@@ -1,6 +1,7 @@
-// Faults that these tests are there to catch: a carry or borrow lost between words, at the end of the shorter operand or at the left end; a sign
-// taken from the wrong operand; digits cut on the wrong side; an access beyond an item; the oddities of packed subtraction and decrement
-// mended by someone who means well; the two ways through addition, by words and by bytes, drifting apart.
+// Faults that these tests are there to catch: a carry or borrow lost between words, at the end of
+// the shorter operand or at the left end; a sign taken from the wrong operand; digits cut on the
+// wrong side; an access beyond an item; the oddities of packed subtraction and decrement mended by
+// someone who means well; the two ways through addition, by words and by bytes, drifting apart.
 #include "decimal/sums.h"
 #include "forms.h"
 
@@ -33,11 +34,13 @@ protected:
             uint8_t *dst = to_.put(randomBytes(Form::bytes(dn)), side);
             auto entry = subtracting ? Form::subtractEntry : Form::addEntry;
             ASSERT_EQ(entry(op1, op2, dst, dn, bn, an), dst);
-            ASSERT_EQ(hex(dst, Form::bytes(dn)), wanted) << text(a) << (subtracting ? " minus " : " plus ") << text(b) << " into " << dn;
+            ASSERT_EQ(hex(dst, Form::bytes(dn)), wanted)
+                << text(a) << (subtracting ? " minus " : " plus ") << text(b) << " into " << dn;
             // The worker for items of any kind, which the entries leave to long and unclean ones.
             dst = to_.put(randomBytes(Form::bytes(dn)), side);
             ASSERT_EQ(worker(subtracting)(op1, an, op2, bn, dst, dn, 0), 1);
-            ASSERT_EQ(hex(dst, Form::bytes(dn)), wanted) << text(a) << (subtracting ? " minus " : " plus ") << text(b) << " into " << dn;
+            ASSERT_EQ(hex(dst, Form::bytes(dn)), wanted)
+                << text(a) << (subtracting ? " minus " : " plus ") << text(b) << " into " << dn;
         }
     }
 
@@ -84,7 +87,8 @@ TYPED_TEST(SumsTest, AgreeAtEveryAlignment)
     for (unsigned alignment = 0; alignment < 512; alignment++) {
         for (int n : {15, 31, 47}) {
             Value a = randomValue(n), b = randomValue(n - static_cast<int>(randomBelow(5)));
-            this->checkAligned(a, static_cast<int>(a.digits.size()), b, static_cast<int>(b.digits.size()), n + 2, alignment);
+            this->checkAligned(a, static_cast<int>(a.digits.size()), b, static_cast<int>(b.digits.size()), n + 2,
+                               alignment);
             if (this->HasFatalFailure()) return;
         }
     }
@@ -114,7 +118,8 @@ template <class Entry>
 std::string packedResult(Entry entry, const char *a, const char *b, int dn)
 {
     Bytes op1 = fromHex(a), op2 = fromHex(b), dst(static_cast<size_t>(dn / 2 + 1));
-    entry(op1.data(), op2.data(), dst.data(), dn, static_cast<int>(2 * op2.size() - 1), static_cast<int>(2 * op1.size() - 1));
+    entry(op1.data(), op2.data(), dst.data(), dn, static_cast<int>(2 * op2.size() - 1),
+          static_cast<int>(2 * op1.size() - 1));
     return hex(dst);
 }
 
@@ -145,7 +150,8 @@ TEST(ZonedSums, ZonesThatNoCarryReachesStay)
 
 // ---- binary integers ----
 
-// The packed decrement's rules, digit by digit on the whole item: the sign turns at the units' borrow and at each complement.
+// The packed decrement's rules, digit by digit on the whole item: the sign turns at the units'
+// borrow and at each complement.
 Value packedDecrement(Value item, std::string value, bool valueNegative, bool fromEntry)
 {
     std::string digits = item.digits;
@@ -159,7 +165,8 @@ Value packedDecrement(Value item, std::string value, bool valueNegative, bool fr
     auto n = static_cast<int>(digits.size());
     if (value.back() > digits.back()) item.negative = !item.negative;
     std::string low = reference::cut(value, n);
-    std::string high = reference::stripped(value).size() > digits.size() ? value.substr(0, value.size() - digits.size()) : "";
+    std::string high =
+        reference::stripped(value).size() > digits.size() ? value.substr(0, value.size() - digits.size()) : "";
     if (reference::compare(digits, low) >= 0) {
         digits = reference::cut(reference::subtract(digits, low), n);
     } else {
@@ -181,7 +188,9 @@ Value zonedDecrement(Value item, std::string value, bool valueNegative, bool fro
     bool more = reference::stripped(value).size() > item.digits.size();
     bool borrow = reference::compare(item.digits, low) < 0;
     std::string digits = reference::cut(reference::subtract(borrow ? "1" + item.digits : item.digits, low), n);
-    auto complement = [&] { digits = reference::cut(reference::subtract("1" + std::string(digits.size(), '0'), digits), n); };
+    auto complement = [&] {
+        digits = reference::cut(reference::subtract("1" + std::string(digits.size(), '0'), digits), n);
+    };
     if (borrow) complement(), item.negative = !item.negative;
     if (more) complement(), item.negative = fromEntry ? !valueNegative : valueNegative;
     return {digits, item.negative};
@@ -195,8 +204,11 @@ Value stepped(const Value &item, int64_t value, bool subtracting)
     bool negative = value < 0;
     if (negative) digits.erase(0, 1);
     bool adds = (item.negative == negative) != subtracting;
-    if (adds) return {reference::cut(reference::add(item.digits, digits), static_cast<int>(item.digits.size())), item.negative};
-    return Form::packed ? packedDecrement(item, digits, negative, subtracting) : zonedDecrement(item, digits, negative, subtracting);
+    if (adds)
+        return {reference::cut(reference::add(item.digits, digits), static_cast<int>(item.digits.size())),
+                item.negative};
+    return Form::packed ? packedDecrement(item, digits, negative, subtracting)
+                        : zonedDecrement(item, digits, negative, subtracting);
 }
 
 template <class Form>
@@ -216,13 +228,15 @@ TYPED_TEST(IncrementTest, AgreesWithPencilAndPaper)
             if (randomBelow(2)) value = -value;
             bool narrow = value == static_cast<int32_t>(value) && randomBelow(2);
             bool subtracting = randomBelow(2);
-            // The packed item is taken as it stands in its bytes; an even count has no digit in the first nibble.
+            // The packed item is taken as it stands in its bytes; an even count has no digit in the
+            // first nibble.
             Value whole{TypeParam::packed && n % 2 == 0 ? "0" + item.digits : item.digits, item.negative};
             Value wanted = stepped<TypeParam>(whole, value, subtracting);
             wanted.digits = reference::cut(wanted.digits, n);
             Bytes before = TypeParam::item(item);
             uint8_t *op = place.put(before, round % 2 ? GuardedItem::AtStart : GuardedItem::AtEnd);
-            uint8_t *back = narrow ? (subtracting ? TypeParam::subtractInt4 : TypeParam::addInt4)(op, n, static_cast<int32_t>(value))
+            uint8_t *back = narrow ? (subtracting ? TypeParam::subtractInt4
+                                                  : TypeParam::addInt4)(op, n, static_cast<int32_t>(value))
                                    : (subtracting ? TypeParam::subtractInt8 : TypeParam::addInt8)(op, n, value);
             ASSERT_EQ(back, op);
             ASSERT_EQ(hex(op, before.size()), value == 0 ? hex(before) : hex(TypeParam::result(wanted)))
@@ -251,7 +265,8 @@ TEST(PackedIncrement, Oddities)
     EXPECT_EQ(hex(zoned, 2), "3038");
     for (int64_t least : {INT64_MIN, int64_t{INT32_MIN}}) { // counts with its magnitude
         Bytes op = fromHex("000000000000000000000c");
-        least == INT32_MIN ? _zvkcBCD_ADD_Pckd_Int4(op.data(), 21, INT32_MIN) : _zvkcBCD_SUB_Pckd_Int8(op.data(), 21, INT64_MIN);
+        least == INT32_MIN ? _zvkcBCD_ADD_Pckd_Int4(op.data(), 21, INT32_MIN)
+                           : _zvkcBCD_SUB_Pckd_Int8(op.data(), 21, INT64_MIN);
         EXPECT_NE(hex(op), "000000000000000000000c");
     }
 }

@@ -1,4 +1,5 @@
-// Faults these tests are there to catch: names split in the wrong place, lost or invented; a group read in the wrong order, or not to its end.
+// Faults these tests are there to catch: names split in the wrong place, lost or invented; a group
+// read in the wrong order, or not to its end.
 #include <string>
 
 #include "kvr2/fileio.h"

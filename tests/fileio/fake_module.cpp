@@ -1,4 +1,5 @@
-// A file-system module that stores nothing and says what it is asked to do: for tests of what the library does around a module.
+// A file-system module that stores nothing and says what it is asked to do: for tests of what the
+// library does around a module.
 //
 // FAKE_STATUS in the environment is the status of its open, FAKE_INIT that of its _IO_Init.
 #include <cstdio>

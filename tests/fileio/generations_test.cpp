@@ -1,5 +1,7 @@
-// Faults these tests are there to catch: a generation resolved to the wrong file, entered twice, lost between processes or threads; a roll-off that takes
-// what it must keep; numbers that wrap in the wrong order; a damaged catalogue that crashes or is written beyond its end; names that run commands.
+// Faults these tests are there to catch: a generation resolved to the wrong file, entered twice,
+// lost between processes or threads; a roll-off that takes what it must keep; numbers that wrap in
+// the wrong order; a damaged catalogue that crashes or is written beyond its end; names that run
+// commands.
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -25,7 +27,10 @@ struct Group {
     TemporaryDirectory directory;
     string base = directory.file("daily");
 
-    explicit Group(int limit = 255, int days = 0, int flags = 0) { EXPECT_EQ(GDG_Create(base.data(), limit, days, flags, "sys"), 0); }
+    explicit Group(int limit = 255, int days = 0, int flags = 0)
+    {
+        EXPECT_EQ(GDG_Create(base.data(), limit, days, flags, "sys"), 0);
+    }
     string catalogue() const { return base + ".catalogue"; }
     string file(int number) const
     {
@@ -207,7 +212,8 @@ TEST(Generations, OtherByteOrderIsReadOnceAndLosesItsFlags)
     Group group(9, 0, 3);
     group.grow(2);
     string image = readFile(group.catalogue());
-    for (size_t at = 4; at < image.size(); at += 4) std::swap(image[at], image[at + 3]), std::swap(image[at + 1], image[at + 2]);
+    for (size_t at = 4; at < image.size(); at += 4)
+        std::swap(image[at], image[at + 3]), std::swap(image[at + 1], image[at + 2]);
     writeFile(group.catalogue(), image);
     testing::internal::CaptureStdout();
     EXPECT_EQ(group.ask("(0)"), "1 .g0002v00");
@@ -309,7 +315,8 @@ TEST(Generations, ANameWithoutAPlaceIsNoGroup)
         group.grow();
         char *name = nullptr;
         REQUIRE(GDS_Name("/elsewhere/other(0)", &name, 0, "ora") == 0 && !name);
-        REQUIRE(GDS_Name((group.directory.path() + "/" + string(254, 'n') + "(0)").c_str(), &name, 0, "sys") == 0 && !name);
+        REQUIRE(GDS_Name((group.directory.path() + "/" + string(254, 'n') + "(0)").c_str(), &name, 0, "sys") == 0 &&
+                !name);
         REQUIRE(group.ask("(0)") == "1 .g0001v00");
     });
     EXPECT_GOOD(run);

@@ -1,4 +1,5 @@
-// Faults these tests are there to catch: a module taken from the wrong folder, or not found where it is.
+// Faults these tests are there to catch: a module taken from the wrong folder, or not found where
+// it is.
 #include <cstdio>
 #include <dlfcn.h>
 #include <string>
@@ -21,7 +22,10 @@ struct LoadModule : testing::Test {
         return directory.file(name) + "/";
     }
     // Under a name that the loader does not know yet.
-    void install(const string &where, const string &name) { ASSERT_EQ(symlink(module.c_str(), (where + name).c_str()), 0); }
+    void install(const string &where, const string &name)
+    {
+        ASSERT_EQ(symlink(module.c_str(), (where + name).c_str()), 0);
+    }
     static bool loads(const string &name, const char *libDir, const char *installDir)
     {
         void *handle = zvkLoadModule(name.c_str(), RTLD_NOW, libDir, installDir);

@@ -1,6 +1,7 @@
-// Faults these tests are there to catch: a name taken from the wrong place, a prefix not seen or seen where there is none, a command run by a name, the
-// wrong module for a file, statuses stored in the wrong form or not at all, a USE procedure not called or called out of turn, EXTERNAL files that are not
-// shared or whose differences pass.
+// Faults these tests are there to catch: a name taken from the wrong place, a prefix not seen or
+// seen where there is none, a command run by a name, the wrong module for a file, statuses stored
+// in the wrong form or not at all, a USE procedure not called or called out of turn, EXTERNAL files
+// that are not shared or whose differences pass.
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -99,7 +100,8 @@ ChildOptions withModules(TemporaryDirectory &directory)
 KVR2_PIECE(open_once)
 {
     const char *attributes = getenv("TEST_ATTRIBUTES"), *organization = getenv("TEST_ORGANIZATION");
-    File &file = File::make("OPENER", getenv("TEST_NAME"), static_cast<uint8_t>(attributes ? atoi(attributes) : ZVK_FILE_ASSIGN_LITERAL));
+    File &file = File::make("OPENER", getenv("TEST_NAME"),
+                            static_cast<uint8_t>(attributes ? atoi(attributes) : ZVK_FILE_ASSIGN_LITERAL));
     if (organization) file.fib.organization = static_cast<uint8_t>(atoi(organization));
     file.start();
     const char *mode = getenv("TEST_MODE");
@@ -143,7 +145,8 @@ TEST_F(Opening, NamesAndPrefixes)
     EXPECT_EQ(openIt("RAW-x-y"), "open wbr 'x-y' 8000; 00close x-y; 00");
     EXPECT_EQ(openIt("stl-/a/b"), "open stl '/a/b' 8000; 00close /a/b; 00");
     EXPECT_EQ(openIt("xyz-data"), " 96") << "a prefix that no file system has";
-    EXPECT_EQ(openIt("yes-data"), "open stl 'yes-data' 8000; 00close yes-data; 00") << "no prefix by the letters behind y";
+    EXPECT_EQ(openIt("yes-data"), "open stl 'yes-data' 8000; 00close yes-data; 00")
+        << "no prefix by the letters behind y";
     EXPECT_EQ(openIt("hdk-data"), " 96");
     EXPECT_EQ(openIt("   "), " 95");
     EXPECT_EQ(openIt("stl-   "), " 95") << "a prefix, and no name behind it";
@@ -152,7 +155,8 @@ TEST_F(Opening, NamesAndPrefixes)
     EXPECT_EQ(openIt("$TEST_WORDS", {{"TEST_WORDS", "a b"}}), " 95");
     EXPECT_EQ(openIt("$TEST_WORDS", {{"TEST_WORDS", "one"}}), "open stl 'one' 8000; 00close one; 00");
     EXPECT_EQ(openIt("~", {{"HOME", "/nohome"}}), "open stl '/nohome' 8000; 00close /nohome; 00");
-    EXPECT_EQ(openIt("$(touch ran)`touch ran`"), "open stl '$(touch ran)`touch ran`' 8000; 00close $(touch ran)`touch ran`; 00");
+    EXPECT_EQ(openIt("$(touch ran)`touch ran`"),
+              "open stl '$(touch ran)`touch ran`' 8000; 00close $(touch ran)`touch ran`; 00");
     EXPECT_NE(access(directory.file("ran").c_str(), F_OK), 0) << "a name ran a command";
     EXPECT_EQ(openIt(string(8000, 'n')).substr(0, 22), "open stl 'nnnnnnnnnnnn");
     EXPECT_EQ(openIt("DD", {{"TEST_ATTRIBUTES", "32"}, {"DD", "lsq-/x"}}), "open lsq '/x' 8000; 00close /x; 00");
@@ -164,7 +168,8 @@ TEST_F(Opening, NamesAndPrefixes)
     close(writer);
 }
 
-// Any text may be an assignment: the characters that mean something, at every place, in names short and longer than any path.
+// Any text may be an assignment: the characters that mean something, at every place, in names short
+// and longer than any path.
 KVR2_PIECE(open_many)
 {
     File &file = File::make("OPENER", "x");
@@ -234,11 +239,13 @@ TEST(FileVerbs, WithoutSenseGiveTheirStatus)
         REQUIRE(fcb->fib == &file.fib && fcb->record == file.area + 32 && *reinterpret_cast<FCB **>(file.area) == fcb);
         REQUIRE(file.verb(fcb->read) == "47" && string(file.feedback, file.feedback + 8) == "000000  ");
         REQUIRE(fcb->fs2 == 9 && fcb->lastVerb == ZVK_VERB_READ);
-        REQUIRE(file.verb(fcb->write) == "48" && file.verb(fcb->rewrite) == "49" && file.verb(fcb->deleteRecord) == "49");
+        REQUIRE(file.verb(fcb->write) == "48" && file.verb(fcb->rewrite) == "49" &&
+                file.verb(fcb->deleteRecord) == "49");
         REQUIRE(file.verb(fcb->start) == "47" && file.close() == "42");
         file.fib.shareMode = ZVK_FILE_STATUS_EBCDIC | ZVK_FILE_FEEDBACK_EBCDIC;
         file.verb(fcb->read);
-        REQUIRE(file.status[0] == 0xF4 && file.status[1] == 0xF7 && file.feedback[0] == 0xF0 && file.feedback[6] == 0x40);
+        REQUIRE(file.status[0] == 0xF4 && file.status[1] == 0xF7 && file.feedback[0] == 0xF0 &&
+                file.feedback[6] == 0x40);
         file.fib.shareMode = ZVK_FILE_STATUS_NATIONAL;
         file.verb(fcb->read);
         REQUIRE(memcmp(file.status,
@@ -246,7 +253,8 @@ TEST(FileVerbs, WithoutSenseGiveTheirStatus)
                        "7",
                        4) == 0);
         file.fib.shareMode = 0;
-        // Open for INPUT in a way that leaves the library's routines: an OPTIONAL file that was absent.
+        // Open for INPUT in a way that leaves the library's routines: an OPTIONAL file that was
+        // absent.
         fcb->mode = ZVK_OPEN_INPUT;
         fcb->state |= ZVK_FILE_ABSENT;
         fcb->lastVerb = ZVK_VERB_OPEN;
@@ -303,7 +311,8 @@ TEST(FileVerbs, UseProceduresAndTheEndWithoutThem)
     EXPECT_LT(run.err.find("silent\n"), run.err.find("ZVK200S  READ of file DATA-FILE failed with file status 47."));
 }
 
-// The texts of a library's own failures are variants of message 201; a variant without a text says nothing.
+// The texts of a library's own failures are variants of message 201; a variant without a text says
+// nothing.
 TEST(FileVerbs, TextsOfMessage200)
 {
     for (auto [variant, text] :
@@ -334,7 +343,8 @@ TEST(ExternalFiles, AreSharedAndMustAgree)
         second.start();
         REQUIRE(first.fcb == second.fcb && first.fcb != &first.own && memcmp(first.fcb->eyecatcher, "FCB", 3) == 0);
         REQUIRE(first.areaCell == first.fcb->recordArea && second.areaCell == first.areaCell);
-        REQUIRE(second.verb(second.fcb->read) == "47" && first.state() == "??"); // each program has its own status field
+        REQUIRE(second.verb(second.fcb->read) == "47" &&
+                first.state() == "??"); // each program has its own status field
     });
     EXPECT_GOOD(run);
     run = runChild([] {
@@ -347,7 +357,8 @@ TEST(ExternalFiles, AreSharedAndMustAgree)
     });
     EXPECT_EQ(run.signal, SIGABRT);
     EXPECT_NE(run.err.find("ZVK075S"), string::npos) << run.err;
-    for (const char *word : {"DATA-FILE", "SECOND", "ORGANIZATION,"}) EXPECT_NE(run.err.find(word), string::npos) << word;
+    for (const char *word : {"DATA-FILE", "SECOND", "ORGANIZATION,"})
+        EXPECT_NE(run.err.find(word), string::npos) << word;
 }
 
 // Of LINAGE it is the block that has to agree; the flags of its parts do not count by themselves.
@@ -361,7 +372,8 @@ TEST(ExternalFiles, LinageAgreesByItsBlock)
             };
             File *files[2];
             for (int i = 0; i < 2; i++) {
-                File &file = *(files[i] = &File::make(i ? "SECOND" : "FIRST", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL));
+                File &file =
+                    *(files[i] = &File::make(i ? "SECOND" : "FIRST", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL));
                 auto *block = new Block{};
                 file.fib.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_TOP;
                 file.fib.linageOffset = sizeof(FIB);

@@ -1,5 +1,5 @@
-// Faults these tests are there to catch: a catalog looked for in the wrong place; per-thread scratch that is shared, shrinks or leaks; a record made
-// where none was asked for.
+// Faults these tests are there to catch: a catalog looked for in the wrong place; per-thread
+// scratch that is shared, shrinks or leaks; a record made where none was asked for.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

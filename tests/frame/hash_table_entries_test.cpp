@@ -1,8 +1,10 @@
-// Entries of the hash table: what is copied, states, recycled blocks, routines of the owner, the order of use, parents, removal.
+// Entries of the hash table: what is copied, states, recycled blocks, routines of the owner, the
+// order of use, parents, removal.
 //
-// Faults that these tests are there to catch: orders broken by a resize, by a move to the front or by use after a resize has emptied the MRU list; a
-// recycled block that is too small for its new entry; states and lists that keep pointing at an entry that has left; child entries that
-// take their parent's with them.
+// Faults that these tests are there to catch: orders broken by a resize, by a move to the front or
+// by use after a resize has emptied the MRU list; a recycled block that is too small for its new
+// entry; states and lists that keep pointing at an entry that has left; child entries that take
+// their parent's with them.
 #include "frame/hash_table_fixture.h"
 
 TEST(HashTable, CopiesWhatItIsToldTo)
@@ -184,7 +186,8 @@ TEST(HashTable, OrderOfUse)
     HashTable_Delete(table, nullptr, "A", 1); // head
     EXPECT_EQ(keysByUse(table), (std::vector<std::string>{"B", "D"}));
 
-    // A resize empties the list; entries come back to it one by one, and those that do not must survive all that follows.
+    // A resize empties the list; entries come back to it one by one, and those that do not must
+    // survive all that follows.
     insert(table, "E", "value");
     HashTable_Resize(table, 128, 0);
     EXPECT_EQ(keysByUse(table), std::vector<std::string>{});
@@ -285,4 +288,5 @@ TEST(HashTable, RemoveHandsTheEntryOverAndIterationGoesOn)
     HashTable_Destroy(table);
 }
 
-// Random operations beside the standard library's containers, with figures, chains and order of use checked all along.
+// Random operations beside the standard library's containers, with figures, chains and order of use
+// checked all along.

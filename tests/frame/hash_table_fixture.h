@@ -1,4 +1,5 @@
-// Hash tables for the tests: short forms of the calls, and the walk that holds a table's figures against its chains.
+// Hash tables for the tests: short forms of the calls, and the walk that holds a table's figures
+// against its chains.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -73,7 +74,8 @@ inline std::vector<std::string> keysByUse(const HashTable *table)
 inline std::vector<std::string> keysInOrder(const HashTable *table)
 {
     std::vector<std::string> keys;
-    for (HashEntry *entry = HashTable_Next(table, nullptr); entry; entry = HashTable_Next(table, entry)) keys.push_back(keyOf(entry));
+    for (HashEntry *entry = HashTable_Next(table, nullptr); entry; entry = HashTable_Next(table, entry))
+        keys.push_back(keyOf(entry));
     return keys;
 }
 

@@ -1,7 +1,9 @@
-// The hash table as a whole: hash functions, size, growth and chains, its figures and their report, and a map beside it under random use.
+// The hash table as a whole: hash functions, size, growth and chains, its figures and their report,
+// and a map beside it under random use.
 //
-// Faults that these tests are there to catch: figures that drift from the chains; entries lost by a resize; reads beyond a key; a hash that differs
-// from the one that tables are filled with elsewhere; sizes that wrap around.
+// Faults that these tests are there to catch: figures that drift from the chains; entries lost by a
+// resize; reads beyond a key; a hash that differs from the one that tables are filled with
+// elsewhere; sizes that wrap around.
 #include <functional>
 #include <list>
 #include <map>
@@ -116,8 +118,11 @@ TEST(HashTable, HashesIntegers)
         EXPECT_EQ(state.hashValue, hash) << key;
     }
     // With shifts that fill up with zeros the first and the third would come out differently.
-    const std::pair<uint64_t, uint32_t> expectedWide[] = {
-        {0, 0}, {1, 0x15515fbc}, {~uint64_t{0}, 0x15515ac1}, {uint64_t{1} << 63, 0x95755155}, {1234567890123456789, 0x12275310}};
+    const std::pair<uint64_t, uint32_t> expectedWide[] = {{0, 0},
+                                                          {1, 0x15515fbc},
+                                                          {~uint64_t{0}, 0x15515ac1},
+                                                          {uint64_t{1} << 63, 0x95755155},
+                                                          {1234567890123456789, 0x12275310}};
     for (auto [key, hash] : expectedWide) {
         HashTable_Hash(wide, &state, &key, sizeof key);
         EXPECT_EQ(state.hashValue, hash) << key;
@@ -135,8 +140,9 @@ TEST(HashTable, SizesAndLimits)
     struct {
         uint32_t size, load, slots, limit;
     } const cases[] = {
-        {0, 0, 64, 48},        {10, 75, 64, 48},      {64, 87, 64, 56},           {64, 93, 64, 60},          {64, 50, 64, 64},
-        {1000, 75, 1024, 768}, {1000, 93, 1024, 960}, {65537, 75, 131072, 98304}, {65536, 87, 65536, 57344},
+        {0, 0, 64, 48},        {10, 75, 64, 48},           {64, 87, 64, 56},
+        {64, 93, 64, 60},      {64, 50, 64, 64},           {1000, 75, 1024, 768},
+        {1000, 93, 1024, 960}, {65537, 75, 131072, 98304}, {65536, 87, 65536, 57344},
     };
     for (auto &each : cases) {
         HashTable *table = makeTable(0, each.size, each.load);
@@ -149,7 +155,8 @@ TEST(HashTable, SizesAndLimits)
     HashTable *table = makeTable();
     struct {
         uint32_t size, load, limit;
-    } const small[] = {{1, 75, 0}, {2, 75, 1}, {4, 75, 3}, {8, 75, 6}, {4, 87, 3}, {8, 87, 7}, {8, 93, 7}, {16, 93, 15}, {2, 93, 1}};
+    } const small[] = {{1, 75, 0}, {2, 75, 1}, {4, 75, 3},   {8, 75, 6}, {4, 87, 3},
+                       {8, 87, 7}, {8, 93, 7}, {16, 93, 15}, {2, 93, 1}};
     for (auto &each : small) {
         HashTable_Resize(table, each.size, each.load);
         EXPECT_EQ(table->size, each.size);
@@ -200,7 +207,9 @@ TEST(HashTable, EqualHashesMakeOneChainAndGrowItOnlySoFar)
 
 TEST(HashTable, BehavesLikeAMapUnderRandomUse)
 {
-    HashRoutine narrow = [](const void *key, uint64_t length) -> uint32_t { return static_cast<const uint8_t *>(key)[length - 1] % 13; };
+    HashRoutine narrow = [](const void *key, uint64_t length) -> uint32_t {
+        return static_cast<const uint8_t *>(key)[length - 1] % 13;
+    };
     for (HashRoutine hash : {HashRoutine{nullptr}, narrow}) {
         for (uint32_t flags : {0u, unsigned{ZVK_HASH_MRU}, unsigned{ZVK_HASH_SHARED}}) {
             Params params;
@@ -310,10 +319,10 @@ TEST(HashTable, ReportsItsFigures)
 {
     HashTable *table = makeTable();
     std::string report = captureReport([&] { HashTable_Stats(table); });
-    for (const char *line :
-         {"\tSize:       64\n\t  Mask:       3f\n\t  Avail:      48 (75%)\n\t    Used:        0 (0% of Avail, 0% of Size)\n"
-          "\t    Free:        64 (133% of Avail, 100% of Size)\n\tResizes:    0  , +0 -0\n",
-          "\t    Min len:    0\n", "\tBad stats:      0\n"})
+    for (const char *line : {"\tSize:       64\n\t  Mask:       3f\n\t  Avail:      48 (75%)\n\t    Used:        0 (0% "
+                             "of Avail, 0% of Size)\n"
+                             "\t    Free:        64 (133% of Avail, 100% of Size)\n\tResizes:    0  , +0 -0\n",
+                             "\t    Min len:    0\n", "\tBad stats:      0\n"})
         EXPECT_NE(report.find(line), std::string::npos) << line << "\nin\n" << report;
     EXPECT_EQ(captureReport([&] { HashTable_Dump(table); }), "");
     HashTable_Destroy(table);
@@ -326,18 +335,21 @@ TEST(HashTable, ReportsItsFigures)
     insert(table, "ONE", "value");
     HashTable_Insert(table, nullptr, raw.data(), 3, nullptr, 0, 0, 0);
     report = captureReport([&] { HashTable_Stats(table); });
-    for (const char *line :
-         {"Largest hash chain: TWO,ONE,\nHash table at: ", "\tSearches:   2\n\t  Lookups:    0 (0%)\n\t  Inserts:    2 (100%)\n",
-          "\tCollisions: 1 (50% of Entries, 100% of Used)\n\t  Total:      1 (50% of Inserts)\n\t  Chains:     1 (100% of Used)\n",
-          "\t    Min len:    2\n\t    Max len:    2\n\t    Avg len:    2.00\n\tAvg Search len: 2.00 of Used, 0.04 of Avail, 0.03 of "
-          "Size\n"})
+    for (const char *line : {"Largest hash chain: TWO,ONE,\nHash table at: ",
+                             "\tSearches:   2\n\t  Lookups:    0 (0%)\n\t  Inserts:    2 (100%)\n",
+                             "\tCollisions: 1 (50% of Entries, 100% of Used)\n\t  Total:      1 (50% of Inserts)\n\t  "
+                             "Chains:     1 (100% of Used)\n",
+                             "\t    Min len:    2\n\t    Max len:    2\n\t    Avg len:    2.00\n\tAvg Search len: 2.00 "
+                             "of Used, 0.04 of Avail, 0.03 of "
+                             "Size\n"})
         EXPECT_NE(report.find(line), std::string::npos) << line << "\nin\n" << report;
 
     // Wrong figures are told once, then mended.
     table->collisions = 9;
     table->freeSlots = 5;
     report = captureReport([&] { HashTable_Stats(table); });
-    EXPECT_NE(report.find("Hash stats bad...\n  Collisions = 9 vs 1 (actual)\n  Chains     = 1 vs 1 (actual)\n"), std::string::npos)
+    EXPECT_NE(report.find("Hash stats bad...\n  Collisions = 9 vs 1 (actual)\n  Chains     = 1 vs 1 (actual)\n"),
+              std::string::npos)
         << report;
     EXPECT_NE(report.find("\tBad stats:      1\n"), std::string::npos);
     EXPECT_EQ(captureReport([&] { HashTable_Stats(table); }).find("Hash stats bad"), std::string::npos);
@@ -346,7 +358,8 @@ TEST(HashTable, ReportsItsFigures)
     report = captureReport([&] { HashTable_Dump(table); });
     char head[400];
     snprintf(head, sizeof head,
-             "Hash table @0x%p contents:\nEntries: 2\nState:   0x0 0 0x(nil)\nSlot # 5\n  1:0x%p key=(3)@0x%p TWO value=(0)@0x(nil)",
+             "Hash table @0x%p contents:\nEntries: 2\nState:   0x0 0 0x(nil)\nSlot # 5\n  1:0x%p key=(3)@0x%p TWO "
+             "value=(0)@0x(nil)",
              static_cast<void *>(table), static_cast<void *>(table->slots[5]), table->slots[5]->key);
     EXPECT_EQ(report.rfind(head, 0), 0u) << report;
     EXPECT_EQ(report.find("MRU"), std::string::npos);

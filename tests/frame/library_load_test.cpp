@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: a library that cannot be loaded twice, from threads, or unloaded with a run unit active; what it leaves in
-// the process; a load that takes long; NLSPATH entries doubled or in the wrong order.
+// Faults these tests are there to catch: a library that cannot be loaded twice, from threads, or
+// unloaded with a run unit active; what it leaves in the process; a load that takes long; NLSPATH
+// entries doubled or in the wrong order.
 #include <csignal>
 #include <cstdlib>
 #include <cstring>

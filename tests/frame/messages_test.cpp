@@ -1,6 +1,7 @@
-// Faults these tests are there to catch: a message that is lost, mangled or sent to the wrong place; a run that goes on after a severe error, or ends at
-// a warning; wrapping that loses text or runs over its storage; a missing, broken or hostile catalog that takes the program down; inserts that do not
-// fit their text.
+// Faults these tests are there to catch: a message that is lost, mangled or sent to the wrong
+// place; a run that goes on after a severe error, or ends at a warning; wrapping that loses text or
+// runs over its storage; a missing, broken or hostile catalog that takes the program down; inserts
+// that do not fit their text.
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
@@ -39,14 +40,16 @@ string wrapped(const string &text, unsigned width, size_t room = 1000)
 TEST(MessageWrap, BreaksAtBlanksUnderTheText)
 {
     const string line = "ZVK171I  Run-time option FOO is not known and is ignored. Check COBRTOPT.";
-    EXPECT_EQ(wrapped(line + "\n", 72), "ZVK171I  Run-time option FOO is not known and is ignored. Check\n         COBRTOPT.\n");
+    EXPECT_EQ(wrapped(line + "\n", 72),
+              "ZVK171I  Run-time option FOO is not known and is ignored. Check\n         COBRTOPT.\n");
     EXPECT_EQ(wrapped(line, static_cast<unsigned>(line.size())), line) << "a line of exactly the width stays";
     EXPECT_EQ(wrapped(line, static_cast<unsigned>(line.size() - 1)).find('\n'), line.rfind(' '));
     for (unsigned width : {0u, 10u, 17u, 257u, 65535u}) EXPECT_EQ(wrapped(line, width), line) << "counts as 80";
     EXPECT_EQ(wrapped("123456789 123456789 1234=6789", 26), "123456789 123456789 1234\n          =6789");
     EXPECT_EQ(wrapped("123456789 123456789   123456789", 20), "123456789 123456789 \n        123456789")
         << "dropped blanks come off the indent";
-    EXPECT_EQ(wrapped(string(30, 'x'), 20), string(18, 'x') + "\n" + string(10, ' ') + string(8, 'x') + "\n" + string(10, ' ') + "xxxx")
+    EXPECT_EQ(wrapped(string(30, 'x'), 20),
+              string(18, 'x') + "\n" + string(10, ' ') + string(8, 'x') + "\n" + string(10, ' ') + "xxxx")
         << "a break in front of column 18 gives way to a hard one";
     EXPECT_EQ(wrapped(line, 40, 3), line) << "no room for the insertion";
     for (unsigned width = 18; width < 60; width++) {
@@ -127,7 +130,8 @@ TEST(Messages, LineFormAndSeverity)
     EXPECT_LT(run.err.find("  Traceback:\n"), run.err.find("    --- End of call chain ---\nZVK168W"));
     run = writing({}, [] { REQUIRE(zvkWriteMsg(96, ZVK_MSG_INFORM | 6, "LEDGER", "LEDGER", 0) == 0); });
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "ZVK096C  Program LEDGER cannot be called: it was not found. Check the name and\n         COBPATH.\n\n");
+    EXPECT_EQ(run.err,
+              "ZVK096C  Program LEDGER cannot be called: it was not found. Check the name and\n         COBPATH.\n\n");
     run = writing({}, [] {
         flockfile(stderr);
         REQUIRE(zvkWriteMsg(995, ZVK_MSG_NO_TRACEBACK | 1, "SIGSEGV", stderr) == 0xFFFFFFFF);
@@ -165,7 +169,8 @@ TEST(Messages, TextIntoABuffer)
     EXPECT_STREQ(text, "");
     char eras[400];
     zvkWriteMsg(216, ZVK_MSG_TO_STRING, eras, sizeof eras);
-    EXPECT_STREQ(eras, "5 {明治} 1868 10 23 45 {大正} 1912 7 30 15 {昭和} 1926 12 25 64 {平成} 1989 1 8 31 {令和} 2019 5 1 7981")
+    EXPECT_STREQ(eras, "5 {明治} 1868 10 23 45 {大正} 1912 7 30 15 {昭和} 1926 12 25 64 "
+                       "{平成} 1989 1 8 31 {令和} 2019 5 1 7981")
         << "six bytes a name, whatever the locale";
     zvkWriteMsg(216, ZVK_MSG_TO_STRING | 1, eras, sizeof eras);
     EXPECT_STREQ(eras, "1 {民國} 1912 1 1 8088");
@@ -190,7 +195,8 @@ TEST(Messages, WithoutACatalog)
     for (const string &path : {string("/nowhere/%N"), empty.file("%N")}) {
         ChildRun run = writing({.env = {{"NLSPATH", path}}}, [] { zvkWriteMsg(168, ZVK_MSG_NO_TRACEBACK); });
         EXPECT_EQ(run.signal, SIGABRT) << "the text of 994 is severe";
-        EXPECT_EQ(run.err, "ZVK168Cannot find message catalog kvr2run.cat in NLSPATH. Message number is 168. Cannot find message 994 in "
+        EXPECT_EQ(run.err, "ZVK168Cannot find message catalog kvr2run.cat in NLSPATH. Message number is 168. Cannot "
+                           "find message 994 in "
                            "kvr2run.cat\nZVK901S Program exits due to severe or critical error.\n\n")
             << "and not wrapped: what the locale is like is not known without a catalog";
     }
@@ -209,7 +215,8 @@ TEST(Messages, WithoutACatalog)
 
 TEST(Messages, BrokenCatalogsAreHarmless)
 {
-    Catalog broken("$set 9999\n1 F ABC wxyz  0x10\n$set 168\n1 1 %n%s%s%s\n$set 171\n1 1 %s %s %s\n$set 903\n1\n$set 902\n1 9 text\n$set "
+    Catalog broken("$set 9999\n1 F ABC wxyz  0x10\n$set 168\n1 1 %n%s%s%s\n$set 171\n1 1 %s %s %s\n$set 903\n1\n$set "
+                   "902\n1 9 text\n$set "
                    "993\n1 1 %d %f\n"
                    "$set 994\n1 0 gone %s\n$set 26\n1 1 %3$d %2$d %1$s\n");
     ChildRun run = writing(broken.options(), [] {
@@ -241,7 +248,8 @@ TEST(Messages, BrokenCatalogsAreHarmless)
             writeFile(directory.file("kvr2run.cat"), content);
             zvkWriteMsg(0, ZVK_MSG_OPEN_CATALOG);
             char text[200];
-            for (uint32_t number : {12u, 96u, 903u, 994u}) zvkWriteMsg(number, ZVK_MSG_TO_STRING, text, sizeof text, "A", "B", 3);
+            for (uint32_t number : {12u, 96u, 903u, 994u})
+                zvkWriteMsg(number, ZVK_MSG_TO_STRING, text, sizeof text, "A", "B", 3);
         };
         for (size_t at = 0; at < 4000; at += at < 64 ? 1 : 37) {
             string changed = whole;
@@ -303,19 +311,21 @@ TEST(Messages, EveryTextIsFormatted)
     size_t texts = 0;
     for (const Row &row : rows) {
         uint64_t values[6] = {};
-        for (size_t i = 0; row.inserts[i]; i++) values[i] = row.inserts[i] == 's' ? reinterpret_cast<uint64_t>("SOME-NAME") : 4711;
+        for (size_t i = 0; row.inserts[i]; i++)
+            values[i] = row.inserts[i] == 's' ? reinterpret_cast<uint64_t>("SOME-NAME") : 4711;
         for (uint32_t variant = 0; variant < 100; variant++) {
             if (row.variant >= 0 && static_cast<uint32_t>(row.variant) != variant) continue;
             bool own = false; // a row of the variant's own goes before the set's
             for (const Row &other : rows)
                 own |= row.variant < 0 && other.number == row.number && other.variant == static_cast<int32_t>(variant);
             if (own || !zvkCatalogText(row.number, variant)) {
-                EXPECT_FALSE(variant == 0 && row.variant < 0 && row.number != 201) << row.number << " has no text that fits its inserts";
+                EXPECT_FALSE(variant == 0 && row.variant < 0 && row.number != 201)
+                    << row.number << " has no text that fits its inserts";
                 continue;
             }
             char text[512] = "";
-            zvkWriteMsg(row.number, ZVK_MSG_TO_STRING | variant, text, sizeof text, values[0], values[1], values[2], values[3], values[4],
-                        values[5]);
+            zvkWriteMsg(row.number, ZVK_MSG_TO_STRING | variant, text, sizeof text, values[0], values[1], values[2],
+                        values[3], values[4], values[5]);
             EXPECT_FALSE(contains(text, "Cannot find message") && row.number != 994) << row.number << ": " << text;
             EXPECT_GT(strlen(text), 10u) << row.number;
             texts++;
@@ -386,8 +396,10 @@ TEST(Messages, HostsRoutineGetsThem)
         _zvk_cpm_init(collect, 0);
         _zvkProccom->runcom->token = 77;
         static const string option(70, 'x'); // the jump to the epilogue destroys nothing
-        REQUIRE(compiledMain(task, [] { zvkWriteMsg(171, ZVK_MSG_NO_TRACEBACK | ZVK_MSG_SEVERE, option.c_str()); }) == 6);
-        REQUIRE(sent.size() >= 3 && sent.back().text.substr(0, 7) == "ZVK901S"); // line by line, none of them a newline alone
+        REQUIRE(compiledMain(task, [] { zvkWriteMsg(171, ZVK_MSG_NO_TRACEBACK | ZVK_MSG_SEVERE, option.c_str()); }) ==
+                6);
+        REQUIRE(sent.size() >= 3 &&
+                sent.back().text.substr(0, 7) == "ZVK901S"); // line by line, none of them a newline alone
         for (const Sent &line : sent) {
             REQUIRE(!contains(line.text, "\n") && !line.text.empty());
             REQUIRE(line.exiting == (&line == &sent.back()));
@@ -399,11 +411,13 @@ TEST(Messages, HostsRoutineGetsThem)
 TEST(Messages, MessageStreamIsAFileWhereCobmsgsSaysSo)
 {
     TemporaryDirectory directory;
-    ChildRun run = writing({.env = {{"COBMSGS", "log%"}, {"COBOUTDIR", directory.path()}}}, [] { zvkWriteMsg(168, 0); });
+    ChildRun run =
+        writing({.env = {{"COBMSGS", "log%"}, {"COBOUTDIR", directory.path()}}}, [] { zvkWriteMsg(168, 0); });
     EXPECT_EQ(run.err, "");
     std::smatch match;
-    ASSERT_TRUE(
-        std::regex_match(run.out, match, std::regex("Creating COBMSGS file: (.*/log\\.\\d{8}\\.\\d{6}\\.\\d{6}[+-]\\d\\d\\d\\d\\.\\d+)\n")))
+    ASSERT_TRUE(std::regex_match(
+        run.out, match,
+        std::regex("Creating COBMSGS file: (.*/log\\.\\d{8}\\.\\d{6}\\.\\d{6}[+-]\\d\\d\\d\\d\\.\\d+)\n")))
         << run.out;
     EXPECT_TRUE(contains(readFile(match[1]), "ZVK168W"));
     run = writing({.env = {{"COBMSGS", "/nowhere/at/all"}}}, [] { zvkWriteMsg(168, 0); });

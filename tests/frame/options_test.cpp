@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: a keyword row with a wrong field, value or sense; spellings that the tokeniser does not fold together;
-// the TRAP default applied although an option chose otherwise, or not applied; a refused value that leaves something else than the default;
+// Faults these tests are there to catch: a keyword row with a wrong field, value or sense;
+// spellings that the tokeniser does not fold together; the TRAP default applied although an option
+// chose otherwise, or not applied; a refused value that leaves something else than the default;
 // hostile option strings that crash the parse.
 #include <cstdlib>
 #include <cstring>
@@ -22,8 +23,8 @@ struct Outcome {
 
 std::ostream &operator<<(std::ostream &out, const Outcome &outcome)
 {
-    return out << std::hex << "program " << outcome.program << " runtime " << outcome.runtime << " errcount " << outcome.errCount << " fs '"
-               << outcome.fileSystem << "' upsi '" << outcome.upsi << "'";
+    return out << std::hex << "program " << outcome.program << " runtime " << outcome.runtime << " errcount "
+               << outcome.errCount << " fs '" << outcome.fileSystem << "' upsi '" << outcome.upsi << "'";
 }
 
 Outcome parse(const char *options)
@@ -36,7 +37,8 @@ Outcome parse(const char *options)
         unsetenv("COBRTOPT");
     zvkParseOptions();
     return {_zvkProccom->programOptions, _zvkProccom->runtimeOptions, _zvkProccom->errCount,
-            std::string(_zvkProccom->fileSystem, strnlen(_zvkProccom->fileSystem, 3)), std::string(_zvkProccom->upsi, 8)};
+            std::string(_zvkProccom->fileSystem, strnlen(_zvkProccom->fileSystem, 3)),
+            std::string(_zvkProccom->upsi, 8)};
 }
 
 const Outcome kDefaults{kCheck | kDebug, 0xC0000000, 0, "", "00000000"};

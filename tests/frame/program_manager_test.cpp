@@ -1,5 +1,7 @@
-// Faults these tests are there to catch: a program looked for in the wrong place or order, an entry symbol missed, a name cut or folded wrongly, a
-// failure reported to the wrong address, programs loaded twice by two threads, unloaded while cached or left loaded when not, leaks over many calls.
+// Faults these tests are there to catch: a program looked for in the wrong place or order, an entry
+// symbol missed, a name cut or folded wrongly, a failure reported to the wrong address, programs
+// loaded twice by two threads, unloaded while cached or left loaded when not, leaks over many
+// calls.
 #include <atomic>
 #include <csignal>
 #include <cstring>
@@ -54,8 +56,9 @@ struct Caller {
     int call(const string &name)
     {
         uint32_t before = failures;
-        uint64_t *found = _zvkDynLd(nullptr, static_cast<int64_t>(name.size()),
-                                    reinterpret_cast<uint8_t *>(const_cast<char *>(name.data())), &main.pcb, nullptr, &failures);
+        uint64_t *found =
+            _zvkDynLd(nullptr, static_cast<int64_t>(name.size()),
+                      reinterpret_cast<uint8_t *>(const_cast<char *>(name.data())), &main.pcb, nullptr, &failures);
         if (failures != before) return -1;
         REQUIRE(found && found[0] && found[1] == 0);
         return reinterpret_cast<int (*)()>(found[0])();
@@ -69,10 +72,12 @@ TEST_F(Programs, AreFoundAndTheirEntryToo)
     ChildRun run = runChild(
         [] {
             Caller caller;
-            REQUIRE(caller.call("NAMED") == 1 && caller.call("NAMED   ") == 1 && caller.call(string("NAMED\0\0", 7)) == 1);
+            REQUIRE(caller.call("NAMED") == 1 && caller.call("NAMED   ") == 1 &&
+                    caller.call(string("NAMED\0\0", 7)) == 1);
             REQUIRE(caller.call("PLAIN") == 2 && caller.call("MAINONLY") == 3 && caller.call("STARTONLY") == 4);
             REQUIRE(caller.call("NOENTRY") == -1 && caller.call("BROKEN") == -1 && caller.call("NOWHERE") == -1);
-            REQUIRE(caller.call("") == -1 && caller.call("    ") == -1 && caller.call("TASK") == -1 && caller.call("named") == -1);
+            REQUIRE(caller.call("") == -1 && caller.call("    ") == -1 && caller.call("TASK") == -1 &&
+                    caller.call("named") == -1);
             REQUIRE(caller.failures == 8);
             REQUIRE(caller.call(string(4000, 'X')) == -1);
             caller.main.pcb.flag |= ZVK_PCB_FOLD_NAMES;
@@ -117,8 +122,8 @@ TEST_F(Programs, BoundNamesAnswerFromTheCallersTable)
             uint64_t entries[2] = {111, 222};
             auto call = [&](const char *name) {
                 return reinterpret_cast<uint64_t>(_zvkDynLd(&names.count, static_cast<int64_t>(strlen(name)),
-                                                            reinterpret_cast<uint8_t *>(const_cast<char *>(name)), &caller.main.pcb,
-                                                            entries, &caller.failures));
+                                                            reinterpret_cast<uint8_t *>(const_cast<char *>(name)),
+                                                            &caller.main.pcb, entries, &caller.failures));
             };
             REQUIRE(call("UP") == 111 && call("NAMED ") == 222);
             names.count = 1;
@@ -247,10 +252,11 @@ TEST(ManyPrograms, LeakNothing)
             auto call = [](CompiledProgram &main, int number) {
                 string name = "P" + std::to_string(number);
                 uint32_t failures = 1;
-                uint64_t *found = _zvkDynLd(nullptr, static_cast<int64_t>(name.size()), reinterpret_cast<uint8_t *>(name.data()), &main.pcb,
-                                            nullptr, &failures);
+                uint64_t *found = _zvkDynLd(nullptr, static_cast<int64_t>(name.size()),
+                                            reinterpret_cast<uint8_t *>(name.data()), &main.pcb, nullptr, &failures);
                 REQUIRE(failures == 1 && reinterpret_cast<int (*)()>(found[0])() == 7);
-                REQUIRE(_zvkCancel(nullptr, static_cast<int64_t>(name.size()), reinterpret_cast<uint8_t *>(name.data()), &main.pcb) == 0);
+                REQUIRE(_zvkCancel(nullptr, static_cast<int64_t>(name.size()), reinterpret_cast<uint8_t *>(name.data()),
+                                   &main.pcb) == 0);
             };
             for (int unit = 0; unit < 2; unit++) {
                 CompiledProgram main("MAIN", entry);

@@ -1,6 +1,7 @@
-// Faults these tests are there to catch: a program that is registered twice or not at all; a second run unit that inherits what belonged to the
-// first; fields of the PCB set for a compiler that does not know them; a year window resolved wrongly; host values lost or leaking into a run
-// unit that is not the host's; counts that drift; the trace lines.
+// Faults these tests are there to catch: a program that is registered twice or not at all; a second
+// run unit that inherits what belonged to the first; fields of the PCB set for a compiler that does
+// not know them; a year window resolved wrongly; host values lost or leaking into a run unit that
+// is not the host's; counts that drift; the trace lines.
 #include <ctime>
 #include <string>
 #include <thread>
@@ -20,29 +21,39 @@ void otherEntry() {}
 
 LLE *programOf(HashEntry *found) { return static_cast<LLE *>(found->parent ? found->parent->value : found->value); }
 
-HashEntry *find(const string &name) { return HashTable_Find(_zvkProccom->runcom->plle, nullptr, name.data(), name.size(), 0, 1); }
+HashEntry *find(const string &name)
+{
+    return HashTable_Find(_zvkProccom->runcom->plle, nullptr, name.data(), name.size(), 0, 1);
+}
 
 TEST(RunUnit, FirstProgramStartsEverythingTheSecondOnlyRegisters)
 {
     ChildRun run = runChild(
         [] {
             REQUIRE(_zvkProccom && string(_zvkProccom->eyecatcher) == "PROCCOM");
-            REQUIRE(!_zvkProccom->runcom && _zvkProccom->freeru && _zvkProccom->freeru->id == 0 && !_zvkProccom->programOptions);
+            REQUIRE(!_zvkProccom->runcom && _zvkProccom->freeru && _zvkProccom->freeru->id == 0 &&
+                    !_zvkProccom->programOptions);
             CompiledProgram main("MAIN-PGM", entry), sub("SUB", otherEntry);
             main.pcb.flag = ZVK_OPTION_CHECK | ZVK_OPTION_DEBUG;
             _zvkPgmInit(&main.pcb);
             Runcom *runcom = _zvkProccom->runcom;
-            REQUIRE(runcom && runcom->id == 1 && runcom->main == &main.pcb && runcom->active == 1 && runcom->century == 80);
-            REQUIRE(runcom->randomSeed == 1 && string(runcom->upsi, runcom->upsi + 8) == "11000000" && runcom->errCount == 7);
-            REQUIRE((main.pcb.flag & ZVK_PCB_MAIN) && !(main.pcb.flag & ZVK_OPTION_CHECK) && (main.pcb.flag & ZVK_OPTION_DEBUG));
-            REQUIRE(main.pcb.upsi == runcom->upsi && main.pcb.pgmWord == &_zvkProccom->pgmWord && main.ipcb[0].pcb == &main.pcb);
+            REQUIRE(runcom && runcom->id == 1 && runcom->main == &main.pcb && runcom->active == 1 &&
+                    runcom->century == 80);
+            REQUIRE(runcom->randomSeed == 1 && string(runcom->upsi, runcom->upsi + 8) == "11000000" &&
+                    runcom->errCount == 7);
+            REQUIRE((main.pcb.flag & ZVK_PCB_MAIN) && !(main.pcb.flag & ZVK_OPTION_CHECK) &&
+                    (main.pcb.flag & ZVK_OPTION_DEBUG));
+            REQUIRE(main.pcb.upsi == runcom->upsi && main.pcb.pgmWord == &_zvkProccom->pgmWord &&
+                    main.ipcb[0].pcb == &main.pcb);
             LLE *lle = programOf(find("MAIN-PGM"));
-            REQUIRE(lle == main.pcb.lle && lle->pcb == &main.pcb && lle->ipcb == main.ipcb.data() && lle->entry == entry && !lle->load);
+            REQUIRE(lle == main.pcb.lle && lle->pcb == &main.pcb && lle->ipcb == main.ipcb.data() &&
+                    lle->entry == entry && !lle->load);
 
             sub.pcb.version[2] = 0; // 5.1.0 does not know the program word
             _zvkPgmInit(&sub.pcb);
             _zvkPgmInit(&sub.pcb);
-            REQUIRE(_zvkProccom->runcom == runcom && !(sub.pcb.flag & ZVK_PCB_MAIN) && !sub.pcb.pgmWord && sub.ipcb[0].ent == 2);
+            REQUIRE(_zvkProccom->runcom == runcom && !(sub.pcb.flag & ZVK_PCB_MAIN) && !sub.pcb.pgmWord &&
+                    sub.ipcb[0].ent == 2);
             REQUIRE(runcom->active == 3 && runcom->plle->entries == 2);
             for (int i = 0; i < 5; i++) _zvkPgmExit(&sub.ipcb[0].ent);
             REQUIRE(sub.ipcb[0].ent == 0 && runcom->active == 0);
@@ -79,11 +90,14 @@ TEST(RunUnit, NextRunUnitStartsAfresh)
         REQUIRE(_zvkProccom->cache == 2 && !_zvkProccom->plle);
         _zvkPgmInit(&main.pcb);
         Runcom *runcom = _zvkProccom->runcom;
-        REQUIRE(runcom->id == 2 && runcom->upsi[0] == '0' && runcom->errCount == 0 && runcom->century == 80 && runcom->randomSeed == 1);
+        REQUIRE(runcom->id == 2 && runcom->upsi[0] == '0' && runcom->errCount == 0 && runcom->century == 80 &&
+                runcom->randomSeed == 1);
         REQUIRE(runcom->token == 0 && runcom->active == 1);
-        for (const char *byte = reinterpret_cast<char *>(runcom->jmp); byte < reinterpret_cast<char *>(runcom->jmp) + 200; byte++)
+        for (const char *byte = reinterpret_cast<char *>(runcom->jmp);
+             byte < reinterpret_cast<char *>(runcom->jmp) + 200; byte++)
             REQUIRE(*byte == 0);
-        // The second run unit turned the program cache on; its own table, made before, looks through to it.
+        // The second run unit turned the program cache on; its own table, made before, looks
+        // through to it.
         REQUIRE(_zvkProccom->cache == 1 && _zvkProccom->plle && runcom->plle->parent == _zvkProccom->plle);
     });
     EXPECT_GOOD(run);
@@ -129,7 +143,8 @@ TEST(RunUnit, HostValuesReachTheNextRunUnit)
         _zvkCOBOLInit1(2, stopRoutine, &rc, 1, messageRoutine, abortRoutine, 2);
         REQUIRE(rc == 1 && !_zvkProccom->programOptions);
         _zvkCOBOLInit1(1, stopRoutine, &rc, 11, messageRoutine, abortRoutine, 22);
-        REQUIRE(rc == 0 && _zvkProccom->programOptions && (_zvkProccom->flags & ZVK_PREINIT) && _zvkProccom->cache == 0);
+        REQUIRE(rc == 0 && _zvkProccom->programOptions && (_zvkProccom->flags & ZVK_PREINIT) &&
+                _zvkProccom->cache == 0);
         CompiledProgram sub("SUB", entry);
         _zvkPgmInit(&sub.pcb);
         Runcom *runcom = _zvkProccom->runcom;
@@ -147,7 +162,8 @@ TEST(RunUnit, HostValuesReachTheNextRunUnit)
         ZVKCOBOLINIT(2, stopRoutine, &rc, 1);
         REQUIRE(rc == 1);
         ZVKCOBOLINIT(1, stopRoutine, &rc, 7);
-        REQUIRE(rc == 0 && _zvkProccom->runcom && _zvkProccom->runcom->stop == stopRoutine && _zvkProccom->runcom->token == 7);
+        REQUIRE(rc == 0 && _zvkProccom->runcom && _zvkProccom->runcom->stop == stopRoutine &&
+                _zvkProccom->runcom->token == 7);
         Runcom *outer = _zvkProccom->runcom;
         _zvkCOBOLInit(10, nullptr, &rc, 77);
         REQUIRE(rc == 0 && outer->context == 77);
@@ -181,7 +197,8 @@ TEST(RunUnit, MonitorsStartTransactions)
         [] {
             CompiledProgram main("MAIN", entry);
             _zvkPgmInit(&main.pcb);
-            REQUIRE(_zvkProccom->txmn == 1 && _zvkProccom->jvc == 3 && _zvkProccom->firstEntry == 0 && _zvkProccom->cache == 1);
+            REQUIRE(_zvkProccom->txmn == 1 && _zvkProccom->jvc == 3 && _zvkProccom->firstEntry == 0 &&
+                    _zvkProccom->cache == 1);
             REQUIRE(_zvkProccom->flags & ZVK_TRACK_STORAGE);
         },
         {.env = {{"__COBOL_JVC_CONTAINER", "3"}}});

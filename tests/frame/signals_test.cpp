@@ -1,5 +1,6 @@
-// Faults these tests are there to catch: a signal that is not explained, explained as another, or ends what should go on; a handler that cannot run
-// after a stack overflow; a report that is lost or loops; handlers left behind after the run unit's end; TRAP values taken for each other.
+// Faults these tests are there to catch: a signal that is not explained, explained as another, or
+// ends what should go on; a handler that cannot run after a stack overflow; a report that is lost
+// or loops; handlers left behind after the run unit's end; TRAP values taken for each other.
 #include <cerrno>
 #include <cmath>
 #include <csignal>
@@ -185,7 +186,8 @@ TEST(Signals, AnotherThreadsCrashAndASignalWithinTheReport)
             uint32_t rc = 0;
             // The host's message routine crashes again while the first crash is being reported.
             _zvkCOBOLInit1(
-                1, nullptr, &rc, 0, [](int32_t, const char *, const char *, uint32_t, uint64_t) { raise(SIGUSR1); }, nullptr, 0);
+                1, nullptr, &rc, 0, [](int32_t, const char *, const char *, uint32_t, uint64_t) { raise(SIGUSR1); },
+                nullptr, 0);
             CompiledProgram program("MAIN", entry);
             _zvkPgmInit(&program.pcb);
             nullPointer();

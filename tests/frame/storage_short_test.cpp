@@ -1,7 +1,8 @@
 // The hash table and EXTERNAL data items when storage is short.
 //
-// Faults that these tests are there to catch: a failed allocation that leaks what was made before it, leaves a table half changed, leaves the
-// mutex held, or leaves an address unset. Every allocation of an operation fails in turn; the linker leads the library's calls of calloc and
+// Faults that these tests are there to catch: a failed allocation that leaks what was made before
+// it, leaves a table half changed, leaves the mutex held, or leaves an address unset. Every
+// allocation of an operation fails in turn; the linker leads the library's calls of calloc and
 // aligned_alloc here.
 #include <cstring>
 #include <set>
@@ -29,7 +30,10 @@ void *__wrap_calloc(size_t count, size_t size)
     return fails() ? nullptr : __real_calloc(count, size);
 }
 
-void *__wrap_aligned_alloc(size_t alignment, size_t size) { return fails() ? nullptr : __real_aligned_alloc(alignment, size); }
+void *__wrap_aligned_alloc(size_t alignment, size_t size)
+{
+    return fails() ? nullptr : __real_aligned_alloc(alignment, size);
+}
 }
 
 namespace {
@@ -54,8 +58,9 @@ TEST(StorageShort, ATableIsMadeWholeOrNotAtAll)
 {
     HashParams params = {};
     EXPECT_EQ(shortAfter(0, [&] { return HashTable_Create(&params); }), nullptr);
-    EXPECT_EQ(shortAfter(1, [&] { return HashTable_Create(&params); }), nullptr); // the leak check sees a record left behind
-    params.size = 0xFFFFFFFF;                                                     // rounding up must not wrap around
+    EXPECT_EQ(shortAfter(1, [&] { return HashTable_Create(&params); }),
+              nullptr);       // the leak check sees a record left behind
+    params.size = 0xFFFFFFFF; // rounding up must not wrap around
     EXPECT_EQ(shortAfter(1, [&] { return HashTable_Create(&params); }), nullptr);
     EXPECT_GE(lastCleared, uint64_t{0x80000000} * sizeof(HashEntry *));
 }

@@ -1,9 +1,10 @@
 // The allocators, EXTERNAL data items, and the debugging forms of the memory routines.
 //
-// Faults that these tests are there to catch: sizes that wrap around and give a small block; a tracked list that is broken by a free in
-// another run unit or mode than the allocation's; a realloc that reads or writes beyond either block; EXTERNAL items that two programs or two
-// threads get at different addresses, that do not start as zeros, or whose name is read beyond its row or kept in storage of the program that
-// may be unloaded; assertion texts that differ.
+// Faults that these tests are there to catch: sizes that wrap around and give a small block; a
+// tracked list that is broken by a free in another run unit or mode than the allocation's; a
+// realloc that reads or writes beyond either block; EXTERNAL items that two programs or two threads
+// get at different addresses, that do not start as zeros, or whose name is read beyond its row or
+// kept in storage of the program that may be unloaded; assertion texts that differ.
 #include <atomic>
 #include <cstring>
 #include <string>
@@ -19,11 +20,13 @@
 
 namespace {
 
-constexpr uint64_t kAbsurd[] = {~uint64_t{0}, ~uint64_t{0} - 15, ~uint64_t{0} - 40, uint64_t{1} << 63, uint64_t{1} << 60};
+constexpr uint64_t kAbsurd[] = {~uint64_t{0}, ~uint64_t{0} - 15, ~uint64_t{0} - 40, uint64_t{1} << 63,
+                                uint64_t{1} << 60};
 
 bool aligned(const void *block) { return reinterpret_cast<uintptr_t>(block) % 16 == 0; }
 
-// A run unit of the test's own, current while the object lives; ended without its effects on the process, since it has no program.
+// A run unit of the test's own, current while the object lives; ended without its effects on the
+// process, since it has no program.
 struct RunUnit {
     RunUnit() : runcom(static_cast<Runcom *>(_zvkcalloc(1, sizeof(Runcom)))), flags(_zvkProccom->flags)
     {
@@ -71,7 +74,8 @@ struct Items {
 TEST(Storage, PlainBlocks)
 {
     for (uint64_t size : {1, 15, 16, 17, 1000}) {
-        for (void *block : {_zvkMalloc(size, 907, 0), _zvkcalloc(0, size), _zvkcalloc(1, size), _Dmr_mem_alloc(size), zvkAlloc(size)}) {
+        for (void *block : {_zvkMalloc(size, 907, 0), _zvkcalloc(0, size), _zvkcalloc(1, size), _Dmr_mem_alloc(size),
+                            zvkAlloc(size)}) {
             ASSERT_NE(block, nullptr);
             EXPECT_TRUE(aligned(block));
             memset(block, 0xAA, size);
@@ -97,9 +101,10 @@ TEST(Storage, AbsurdSizesFail)
     for (uint8_t tracking : {0, int{ZVK_TRACK_STORAGE}}) {
         _zvkProccom->flags = tracking;
         for (uint64_t size : kAbsurd) {
-            for (void *block : {zvkAlloc(size), _zvkcalloc(0, size), _zvkcalloc(1, size), _Dmr_mem_alloc(size), zvkTrackedAlloc(size),
-                                zvkTrackedCalloc(1, size), zvkTrackedCalloc(16, size), zvkSizedAlloc(size), zvkSizedCalloc(1, size),
-                                zvkSizedCalloc(16, size), zvkSizedRealloc(old, size)})
+            for (void *block :
+                 {zvkAlloc(size), _zvkcalloc(0, size), _zvkcalloc(1, size), _Dmr_mem_alloc(size), zvkTrackedAlloc(size),
+                  zvkTrackedCalloc(1, size), zvkTrackedCalloc(16, size), zvkSizedAlloc(size), zvkSizedCalloc(1, size),
+                  zvkSizedCalloc(16, size), zvkSizedRealloc(old, size)})
                 EXPECT_EQ(block, nullptr) << size;
         }
     }
@@ -237,7 +242,8 @@ TEST(ExternalData, NoRunUnitIsReported)
     }
 }
 
-// Threads that look items up while others make new ones and the table grows under them. The thread sanitizer watches.
+// Threads that look items up while others make new ones and the table grows under them. The thread
+// sanitizer watches.
 TEST(ExternalData, ThreadsGetTheSameItems)
 {
     constexpr int kThreads = 4, kItems = 600;
@@ -286,7 +292,8 @@ TEST(CheckedMemory, DoesTheWorkAndShowsIt)
     std::string shown = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::string(a, 7), std::string("XYZ\0AA\0", 7));
     char line[80];
-    snprintf(line, sizeof line, "memset(@%p, 0x41, 2\nmemcpy(@%p, @", static_cast<void *>(a + 4), static_cast<void *>(a));
+    snprintf(line, sizeof line, "memset(@%p, 0x41, 2\nmemcpy(@%p, @", static_cast<void *>(a + 4),
+             static_cast<void *>(a));
     EXPECT_EQ(shown.rfind(line, 0), 0u) << shown;
     snprintf(line, sizeof line, ", @%p, 3\n", static_cast<void *>(b));
     EXPECT_NE(shown.find(line), std::string::npos) << shown;
@@ -307,11 +314,16 @@ TEST(CheckedMemory, NullArgumentsFailAnAssertion)
         void (*call)();
         const char *text;
     } const cases[] = {
-        {[] { c__memcpy(nullptr, item, 0); }, "(s1)!=((void *)0)"}, {[] { c__memcpy(item, nullptr, 0); }, "(s2)!=((void *)0)"},
-        {[] { c__memcmp(nullptr, item, 1); }, "(s1)!=((void *)0)"}, {[] { c__memcmp(item, nullptr, 1); }, "(s2)!=((void *)0)"},
-        {[] { c__memset(nullptr, 0, 1); }, "(s1)!=((void *)0)"},    {[] { c__strcpy(nullptr, item); }, "(s1)!=((void *)0)"},
-        {[] { c__strcpy(item, nullptr); }, "(s2)!=((void *)0)"},    {[] { c__strcmp(nullptr, item); }, "(s1)!=((void *)0)"},
-        {[] { c__strcmp(item, nullptr); }, "(s2)!=((void *)0)"},    {[] { c__strlen(nullptr); }, "(s1)!=((void *)0)"},
+        {[] { c__memcpy(nullptr, item, 0); }, "(s1)!=((void *)0)"},
+        {[] { c__memcpy(item, nullptr, 0); }, "(s2)!=((void *)0)"},
+        {[] { c__memcmp(nullptr, item, 1); }, "(s1)!=((void *)0)"},
+        {[] { c__memcmp(item, nullptr, 1); }, "(s2)!=((void *)0)"},
+        {[] { c__memset(nullptr, 0, 1); }, "(s1)!=((void *)0)"},
+        {[] { c__strcpy(nullptr, item); }, "(s1)!=((void *)0)"},
+        {[] { c__strcpy(item, nullptr); }, "(s2)!=((void *)0)"},
+        {[] { c__strcmp(nullptr, item); }, "(s1)!=((void *)0)"},
+        {[] { c__strcmp(item, nullptr); }, "(s2)!=((void *)0)"},
+        {[] { c__strlen(nullptr); }, "(s1)!=((void *)0)"},
     };
     for (auto &each : cases) {
         ChildRun run = runChild(each.call);

@@ -1,6 +1,7 @@
-// Faults these tests are there to catch: an ending that ends the wrong thing, twice, or not at all; a lost exit status; control that does not
-// come back to the epilogue or to the host; host routines called out of turn; an abort that hangs on a mutex or leaves no SIGABRT; programs not
-// reset; what is left allocated when the runtime has ended.
+// Faults these tests are there to catch: an ending that ends the wrong thing, twice, or not at all;
+// a lost exit status; control that does not come back to the epilogue or to the host; host routines
+// called out of turn; an abort that hangs on a mutex or leaves no SIGABRT; programs not reset; what
+// is left allocated when the runtime has ended.
 #include <csignal>
 #include <cstring>
 #include <string>
@@ -31,7 +32,8 @@ TEST(Termination, ReturnGobackAndStopRun)
 
         REQUIRE(compiledMain(main, [] { _zvkRunUnitTerm(17); }) == 17);
         REQUIRE(compiledMain(main, [] { _zvkRunUnitTerm(0); }) == 255);
-        // STOP RUN in a called program unwinds over it; the sub's count and the main mark are reset.
+        // STOP RUN in a called program unwinds over it; the sub's count and the main mark are
+        // reset.
         REQUIRE(compiledMain(main, [&] { compiledCall(sub, [] { _zvkRunUnitTerm(4); }); }) == 4);
         REQUIRE(sub.ipcb[0].ent == 0 && main.ipcb[0].ent == 0 && !main.pcb.lle && !sub.pcb.lle && !_zvkProccom->runcom);
         // A called program's own GOBACK through _zvkPgmTerm does not end the run unit.
@@ -53,7 +55,8 @@ TEST(Termination, NestedRunUnitResumesTheOuterOne)
                     Runcom *first = _zvkProccom->runcom;
                     _zvkCOBOLLink();
                     REQUIRE(compiledMain(inner, [] { _zvkRunUnitTerm(8); }) == 8);
-                    REQUIRE(_zvkProccom->runcom == first && first->main == &outer.pcb && outer.pcb.lle && !inner.pcb.lle);
+                    REQUIRE(_zvkProccom->runcom == first && first->main == &outer.pcb && outer.pcb.lle &&
+                            !inner.pcb.lle);
                 }) == 0);
         REQUIRE(!_zvkProccom->runcom);
     });
@@ -65,7 +68,8 @@ TEST(Termination, CancelTakesInactiveProgramsOnly)
     ChildRun run = runChild([] {
         CompiledProgram main("MAIN", entry), sub("SUB", otherEntry, 1), bound("BOUND", otherEntry);
         auto cancel = [&](const char *name, int32_t *names = nullptr) {
-            return _zvkCancel(names, static_cast<int64_t>(strlen(name)), reinterpret_cast<uint8_t *>(const_cast<char *>(name)), &main.pcb);
+            return _zvkCancel(names, static_cast<int64_t>(strlen(name)),
+                              reinterpret_cast<uint8_t *>(const_cast<char *>(name)), &main.pcb);
         };
         _zvkPgmInit(&main.pcb);
         _zvkPgmInit(&sub.pcb);
@@ -74,7 +78,8 @@ TEST(Termination, CancelTakesInactiveProgramsOnly)
         sub.ipcb[0].status = sub.ipcb[1].status = 0xFFFFFFFF;
         sub.ipcb[1].ent = 3;
         REQUIRE(cancel("sub") == 0 && sub.pcb.lle);
-        REQUIRE(cancel("SUB  ") == 0 && !sub.pcb.lle && sub.ipcb[0].status == 0x3FFFFFFF && sub.ipcb[1].status == 0x3FFFFFFF);
+        REQUIRE(cancel("SUB  ") == 0 && !sub.pcb.lle && sub.ipcb[0].status == 0x3FFFFFFF &&
+                sub.ipcb[1].status == 0x3FFFFFFF);
         REQUIRE(sub.ipcb[1].ent == 0);
         // The next CALL registers it afresh.
         sub.pcb.upsi = nullptr;

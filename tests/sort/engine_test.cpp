@@ -1,8 +1,9 @@
 // The sort engine, called as the library calls it.
 //
-// Faults that these tests are there to catch: a key type, form or direction in another order than its values; equal keys that change places; records
-// lost, doubled or cut at the edges of segments, runs and buffers; a MERGE that does not see that its input is out of order; failures that
-// are not reported, or leave files behind; what an abandoned sort leaves allocated or touches afterwards.
+// Faults that these tests are there to catch: a key type, form or direction in another order than
+// its values; equal keys that change places; records lost, doubled or cut at the edges of segments,
+// runs and buffers; a MERGE that does not see that its input is out of order; failures that are not
+// reported, or leave files behind; what an abandoned sort leaves allocated or touches afterwards.
 #include <csetjmp>
 #include <csignal>
 #include <dlfcn.h>
@@ -23,7 +24,8 @@ namespace {
 SortEngine engine()
 {
     static auto entry = [] {
-        void *library = dlopen((std::string(getenv("KVR2_BUILD_DIR")) + "/companions/libvortlite_64r.so").c_str(), RTLD_NOW);
+        void *library =
+            dlopen((std::string(getenv("KVR2_BUILD_DIR")) + "/companions/libvortlite_64r.so").c_str(), RTLD_NOW);
         return library ? reinterpret_cast<SortEngine>(dlvsym(library, "sortmerge", "KVR2_6.1.0")) : nullptr;
     }();
     return entry;
@@ -117,7 +119,8 @@ void expectSortedInPlace(std::vector<Record> records, Call call)
     call.input.memory = call.output.memory = reinterpret_cast<uint8_t *>(buffer.data());
     ASSERT_EQ(call.run(), 0) << call.error;
     std::stable_sort(records.begin(), records.end(), call.order);
-    ASSERT_TRUE(buffer == released(records, variable)) << describe(call.order.keys[0]) << ", records " << records.size();
+    ASSERT_TRUE(buffer == released(records, variable))
+        << describe(call.order.keys[0]) << ", records " << records.size();
 }
 
 // From a spill file, with the last records still in memory, to a spill file.
@@ -135,7 +138,8 @@ void expectSortedFiles(std::vector<Record> records, Call call, const TemporaryDi
     call.directory = directory.path();
     ASSERT_EQ(call.run(), 0) << call.error;
     std::stable_sort(records.begin(), records.end(), call.order);
-    ASSERT_TRUE(readFile(out) == released(records, variable)) << describe(call.order.keys[0]) << ", records " << records.size();
+    ASSERT_TRUE(readFile(out) == released(records, variable))
+        << describe(call.order.keys[0]) << ", records " << records.size();
     ASSERT_EQ(filesIn(directory.path()), 2u);
 }
 
@@ -146,7 +150,8 @@ TEST(SortEngine, OrdersEveryTypeFormAndDirection)
     for (const TableSortKey &key : everyKey(true)) {
         Call call;
         call.order.keys = {key};
-        for (size_t count : {1, 2, 1000}) ASSERT_NO_FATAL_FAILURE(expectSortedInPlace(makeRecords(count, {key}, false), call));
+        for (size_t count : {1, 2, 1000})
+            ASSERT_NO_FATAL_FAILURE(expectSortedInPlace(makeRecords(count, {key}, false), call));
     }
 }
 
@@ -156,21 +161,24 @@ TEST(SortEngine, SeveralKeysAndACollatingTable)
     for (int i = 0; i < 256; i++) collating[i] = static_cast<uint8_t>(255 - (i >> 1));
     for (int directions = 0; directions < 8; directions++) {
         Call call;
-        call.order.keys = {sortKey(2, 3, ZVK_KEY_ALPHANUMERIC, directions & 1), sortKey(20, 5, ZVK_KEY_ZONED, directions & 2, 8),
+        call.order.keys = {sortKey(2, 3, ZVK_KEY_ALPHANUMERIC, directions & 1),
+                           sortKey(20, 5, ZVK_KEY_ZONED, directions & 2, 8),
                            sortKey(10, 3, ZVK_KEY_PACKED, directions & 4)};
         call.order.collating = directions & 1 ? collating : nullptr;
         call.format = directions & 2 ? ZVK_SORT_VARIABLE : ZVK_SORT_FIXED;
         call.length = 100;
         if (call.format == ZVK_SORT_FIXED) call.length = 40;
-        ASSERT_NO_FATAL_FAILURE(expectSortedInPlace(makeRecords(2000, call.order.keys, call.format == ZVK_SORT_VARIABLE), call));
+        ASSERT_NO_FATAL_FAILURE(
+            expectSortedInPlace(makeRecords(2000, call.order.keys, call.format == ZVK_SORT_VARIABLE), call));
     }
 }
 
 TEST(SortEngine, ManyRecordsInMemoryAndInRuns)
 {
     TemporaryDirectory directory;
-    TableSortKey plain = sortKey(0, 10, ZVK_KEY_ALPHANUMERIC, true), longPlain = sortKey(0, 25, ZVK_KEY_ALPHANUMERIC, true),
-                 packed = sortKey(3, 3, ZVK_KEY_PACKED, false), longer = sortKey(3, 20, ZVK_KEY_ALPHANUMERIC, false);
+    TableSortKey plain = sortKey(0, 10, ZVK_KEY_ALPHANUMERIC, true),
+                 longPlain = sortKey(0, 25, ZVK_KEY_ALPHANUMERIC, true), packed = sortKey(3, 3, ZVK_KEY_PACKED, false),
+                 longer = sortKey(3, 20, ZVK_KEY_ALPHANUMERIC, false);
     for (bool variable : {false, true})
         for (const TableSortKey &key : {plain, longPlain, packed, longer})
             for (uint64_t memory : {uint64_t{0}, uint64_t{700} << 10}) {
@@ -205,7 +213,10 @@ TEST(SortEngine, HundredsOfRuns)
         });
         EXPECT_GOOD(run);
         unsigned runs = 0, passes = 0;
-        ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 150000, runs %u, merge passes before the last %u", &runs, &passes), 2) << run.err;
+        ASSERT_EQ(
+            sscanf(run.err.c_str(), "sort: records 150000, runs %u, merge passes before the last %u", &runs, &passes),
+            2)
+            << run.err;
         EXPECT_GT(runs, 256u);
         EXPECT_EQ(passes, 1u);
     }
@@ -234,7 +245,8 @@ TEST(SortEngine, PassesOverLongRecords)
     FILE *file = fopen(in.c_str(), "w");
     std::string filler(kLong, 'x');
     for (uint32_t i = 0; i < heads.size(); i++) {
-        heads[i] = {static_cast<uint32_t>(sizeof(Head) + 60000 + random() % 60000), static_cast<uint8_t>(random() % 50), i};
+        heads[i] = {static_cast<uint32_t>(sizeof(Head) + 60000 + random() % 60000), static_cast<uint8_t>(random() % 50),
+                    i};
         fwrite(&heads[i], sizeof(Head), 1, file);
         fwrite(filler.data(), heads[i].bytes - sizeof(Head), 1, file);
     }
@@ -244,7 +256,9 @@ TEST(SortEngine, PassesOverLongRecords)
     ChildRun run = runChild([&] { REQUIRE(call.run() == 0); });
     EXPECT_GOOD(run);
     unsigned runs = 0, passes = 0;
-    ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 1700, runs %u, merge passes before the last %u", &runs, &passes), 2) << run.err;
+    ASSERT_EQ(sscanf(run.err.c_str(), "sort: records 1700, runs %u, merge passes before the last %u", &runs, &passes),
+              2)
+        << run.err;
     EXPECT_EQ(passes, 2u) << runs;
     std::stable_sort(heads.begin(), heads.end(), [](const Head &a, const Head &b) { return a.key < b.key; });
     std::string sorted = readFile(out);
@@ -278,9 +292,9 @@ TEST(SortEngine, ControlFileAndStatistics)
         EXPECT_EQ(call.run(), error ? 16 : 0) << lines;
         EXPECT_EQ(call.error, error) << lines;
     };
-    for (const char *line : {"MEMORY=much\n", "MEMORY=0\n", "MEMORY=-1\n", "MEMORY=64MB\n", "MEMORY=\n", "MEMORY=99999999999999999999\n",
-                             "MEMORY=18446744073709551615G\n", "WORKDIR=\n", "COLOUR=red\n", "nonsense\n", "=\n", "STATISTICS=perhaps\n",
-                             "* good\nMEMORY=1M\nbad"})
+    for (const char *line : {"MEMORY=much\n", "MEMORY=0\n", "MEMORY=-1\n", "MEMORY=64MB\n", "MEMORY=\n",
+                             "MEMORY=99999999999999999999\n", "MEMORY=18446744073709551615G\n", "WORKDIR=\n",
+                             "COLOUR=red\n", "nonsense\n", "=\n", "STATISTICS=perhaps\n", "* good\nMEMORY=1M\nbad"})
         expect(line, ZVK_SORT_ECONTROL);
     expect("WORKDIR=" + std::string(2000, 'x'), ZVK_SORT_ECONTROL);
     expect(std::string("STATISTICS=NO\0nonsense\n", 23), ZVK_SORT_ECONTROL);
@@ -387,8 +401,8 @@ TEST(SortEngine, FailuresHaveTheirNumbersAndLeaveNothing)
     EXPECT_EQ(nowhere.run(), 16);
     EXPECT_EQ(nowhere.error, uint32_t{ZVK_SORT_EOPENOUT});
     for (const TableSortKey &bad :
-         {sortKey(0, 0, ZVK_KEY_ALPHANUMERIC, true), sortKey(0, 9, ZVK_KEY_BINARY, true), sortKey(0, 5, ZVK_KEY_FLOAT, true),
-          sortKey(0, 4, 8, true), sortKey(0, 70000, ZVK_KEY_ALPHANUMERIC, true)}) {
+         {sortKey(0, 0, ZVK_KEY_ALPHANUMERIC, true), sortKey(0, 9, ZVK_KEY_BINARY, true),
+          sortKey(0, 5, ZVK_KEY_FLOAT, true), sortKey(0, 4, 8, true), sortKey(0, 70000, ZVK_KEY_ALPHANUMERIC, true)}) {
         Call keys = call;
         keys.order.keys = {bad};
         expect(keys, ZVK_SORT_EKEYS);
@@ -440,7 +454,8 @@ TEST(SortEngine, DamagedSpillFiles)
     int refused = 0;
     for (int i = 0; i < 200; i++) {
         std::string bytes = whole.substr(0, i % 2 ? whole.size() : random() % whole.size());
-        for (unsigned n = random() % 4; n-- && !bytes.empty();) bytes[random() % bytes.size()] = static_cast<char>(random());
+        for (unsigned n = random() % 4; n-- && !bytes.empty();)
+            bytes[random() % bytes.size()] = static_cast<char>(random());
         writeFile(in, bytes);
         if (call.run() == 0) {
             ASSERT_EQ(readFile(out).size(), bytes.size());
@@ -479,7 +494,8 @@ TEST(SortEngine, FullDisk)
     }
 }
 
-// A file's routine ends the run unit while its sort is under way; in a child each, so that the sanitizers look at what is left.
+// A file's routine ends the run unit while its sort is under way; in a child each, so that the
+// sanitizers look at what is left.
 TEST(SortEngine, AbandonedInEachOfItsCalls)
 {
     TemporaryDirectory directory;
@@ -521,7 +537,8 @@ TEST(SortEngine, AbandonedInEachOfItsCalls)
     EXPECT_EQ(filesIn(directory.path()), 0u);
 }
 
-// A file's routine jumps past the engine, as STOP RUN does; whatever stood in the frames is overwritten before operation 11 comes.
+// A file's routine jumps past the engine, as STOP RUN does; whatever stood in the frames is
+// overwritten before operation 11 comes.
 TEST(SortEngine, AbandonedAfterAJumpOutOfIt)
 {
     TemporaryDirectory directory;

@@ -1,8 +1,10 @@
 // SORT and MERGE over files of the file systems that come with the library, opened by its own OPEN.
 //
-// Faults that these tests are there to catch: records cut, padded, lost or out of order between one kind of file and another; an organization or access mode
-// whose reading or writing needs more of a request than the engine gives; a full disk or an input that cannot be read and a sort that still claims
-// success; files left open, descriptors or work files left behind by a sort that failed or was stopped.
+// Faults that these tests are there to catch: records cut, padded, lost or out of order between one
+// kind of file and another; an organization or access mode whose reading or writing needs more of a
+// request than the engine gives; a full disk or an input that cannot be read and a sort that still
+// claims success; files left open, descriptors or work files left behind by a sort that failed or
+// was stopped.
 #include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -34,7 +36,8 @@ constexpr Kind kLines{"lsq-", ZVK_FILE_LINE_SEQUENTIAL, 0x80, kLongest, true},
     kRelativeByNumber{"", ZVK_FILE_RELATIVE, 0, 4, false}, kIndexed{"", ZVK_FILE_INDEXED, 0x80, 12, false},
     kIndexedByKey{"stl-", ZVK_FILE_INDEXED, 0, kLongest, false};
 
-// Bytes 0 to 3 are the sort's key, with few values; 4 to 11 are different in each record and the key of indexed files.
+// Bytes 0 to 3 are the sort's key, with few values; 4 to 11 are different in each record and the
+// key of indexed files.
 struct SortedFile : CompiledFile {
     SortedFile(const Kind &kind, const std::string &path)
         : CompiledFile(kind.prefix + path, {.longest = kLongest,
@@ -95,7 +98,8 @@ RecordList makeRecords(size_t count, bool varying, unsigned seed = 1)
 
 void sortByKey(RecordList &records)
 {
-    std::stable_sort(records.begin(), records.end(), [](const Record &a, const Record &b) { return a.compare(0, 4, b, 0, 4) < 0; });
+    std::stable_sort(records.begin(), records.end(),
+                     [](const Record &a, const Record &b) { return a.compare(0, 4, b, 0, 4) < 0; });
 }
 
 size_t openDescriptors()
@@ -131,7 +135,8 @@ KVR2_PIECE(files_every_kind)
 {
     const Kind using_[] = {kLines,    kVaryingLines,     kFixed,   kVarying,     kBinary, kDefault, kVaryingDefault,
                            kRelative, kRelativeByNumber, kIndexed, kIndexedByKey};
-    const Kind giving[] = {kLines, kVaryingLines, kFixed, kVarying, kBinary, kDefault, kVaryingDefault, kRelative, kRelativeByNumber};
+    const Kind giving[] = {kLines,   kVaryingLines,   kFixed,    kVarying,         kBinary,
+                           kDefault, kVaryingDefault, kRelative, kRelativeByNumber};
     size_t descriptors = 0;
     for (const Kind &from : using_)
         for (const Kind &to : giving)
@@ -145,7 +150,8 @@ KVR2_PIECE(files_every_kind)
                 sort.givingList = listOf(outputs);
                 int16_t result = sort.op(ZVK_SORT_START);
                 if (result)
-                    fprintf(stderr, "%s %02x to %s %02x, format %u\n", from.prefix, from.organization, to.prefix, to.organization, format);
+                    fprintf(stderr, "%s %02x to %s %02x, format %u\n", from.prefix, from.organization, to.prefix,
+                            to.organization, format);
                 REQUIRE(result == 0);
                 REQUIRE(in.status() == "00" && out.status() == "00" && in.fcb->mode == 0 && out.fcb->mode == 0);
                 RecordList expected = storedIn(from, records);
@@ -158,11 +164,13 @@ KVR2_PIECE(files_every_kind)
                 REQUIRE(openDescriptors() == descriptors);
                 std::filesystem::remove_all(here("in"));
                 std::filesystem::remove_all(here("out"));
-                for (const auto &left : std::filesystem::directory_iterator(here(""))) std::filesystem::remove_all(left);
+                for (const auto &left : std::filesystem::directory_iterator(here("")))
+                    std::filesystem::remove_all(left);
             }
 }
 
-// Lines that are empty, blank or longer than the record, and a file of lines as result whose records cannot be shorter than its longest.
+// Lines that are empty, blank or longer than the record, and a file of lines as result whose
+// records cannot be shorter than its longest.
 KVR2_PIECE(files_odd_lines)
 {
     for (const Kind &kind : {kLines, kVaryingLines})
@@ -225,7 +233,8 @@ KVR2_PIECE(files_volumes)
     const FileAttributes lines{.longest = kLongest, .shortest = 1, .organization = ZVK_FILE_LINE_SEQUENTIAL};
     FileAttributes optional = lines;
     optional.optional = true;
-    CompiledFile volumes("lsq-" + here("a") + ":" + here("b") + ":" + here("c"), lines), absent("lsq-" + here("none"), optional);
+    CompiledFile volumes("lsq-" + here("a") + ":" + here("b") + ":" + here("c"), lines),
+        absent("lsq-" + here("none"), optional);
     SortedFile out(kVaryingLines, here("out"));
     std::vector<FCB *> inputs = {absent.fcb, volumes.fcb}, outputs = {out.fcb};
     Statement sort(ZVK_SORT_VARIABLE, kLongest);
@@ -285,7 +294,8 @@ KVR2_PIECE(files_to_indexed)
 KVR2_PIECE(files_merge)
 {
     RecordList all;
-    SortedFile one(kVaryingLines, here("one")), two(kVarying, here("two")), none(kDefault, here("none")), out(kVaryingDefault, here("out"));
+    SortedFile one(kVaryingLines, here("one")), two(kVarying, here("two")), none(kDefault, here("none")),
+        out(kVaryingDefault, here("out"));
     SortedFile *files[] = {&one, &two, &none};
     std::vector<FCB *> inputs, outputs = {out.fcb};
     for (unsigned i = 0; i < 3; i++) {
@@ -320,16 +330,17 @@ KVR2_PIECE(files_merge)
 KVR2_PIECE(files_failures)
 {
     RecordList records = makeRecords(30000, false);
-    SortedFile in(kVarying, here("in")), absent(kDefault, here("absent")), out(kVarying, here("out")), damaged(kVarying, here("damaged")),
-        folder(kVaryingLines, here(""));
+    SortedFile in(kVarying, here("in")), absent(kDefault, here("absent")), out(kVarying, here("out")),
+        damaged(kVarying, here("damaged")), folder(kVaryingLines, here(""));
     in.fill(records);
     std::string bytes = readFile(here("in"));
     bytes[20 * 44 + 3] = '\x7F'; // a length word
     writeFile(here("damaged"), bytes);
     size_t descriptors = openDescriptors();
     for (uint64_t memory : {0, 100 << 10})
-        for (auto [file, error] :
-             {std::pair<SortedFile *, uint32_t>{&absent, ZVK_SORT_EOPENIN}, {&folder, ZVK_SORT_EOPENIN}, {&damaged, ZVK_SORT_EREAD}}) {
+        for (auto [file, error] : {std::pair<SortedFile *, uint32_t>{&absent, ZVK_SORT_EOPENIN},
+                                   {&folder, ZVK_SORT_EOPENIN},
+                                   {&damaged, ZVK_SORT_EREAD}}) {
             std::vector<FCB *> inputs = {in.fcb, file->fcb}, outputs = {out.fcb};
             Statement sort(ZVK_SORT_VARIABLE, kLongest);
             sort.eighth[1] = memory;
@@ -391,7 +402,8 @@ KVR2_PIECE(files_full_disk)
     REQUIRE(next() == "END");
 }
 
-// STOP RUN in the USE procedure of a file that the sort could not open: the engine is left in the middle, with runs in its work file.
+// STOP RUN in the USE procedure of a file that the sort could not open: the engine is left in the
+// middle, with runs in its work file.
 KVR2_PIECE(files_stop_run)
 {
     CompiledProgram main("MAINPGM");

@@ -1,4 +1,5 @@
-// Records with keys of all types, and the slow, obviously right order of them: keys are decoded into numbers and strings at every compare.
+// Records with keys of all types, and the slow, obviously right order of them: keys are decoded
+// into numbers and strings at every compare.
 #pragma once
 
 #include <algorithm>
@@ -24,11 +25,12 @@ inline TableSortKey sortKey(uint32_t offset, uint32_t length, uint32_t type, boo
 
 inline std::string describe(const TableSortKey &key)
 {
-    return "type " + std::to_string(key.keyType) + " length " + std::to_string(key.length) + " sign " + std::to_string(key.signFlags) +
-           (key.orderFlags ? " ascending" : " descending");
+    return "type " + std::to_string(key.keyType) + " length " + std::to_string(key.length) + " sign " +
+           std::to_string(key.signFlags) + (key.orderFlags ? " ascending" : " descending");
 }
 
-// Puts a random value of the key's type into its place; few different ones, so that equal keys and both zeros occur.
+// Puts a random value of the key's type into its place; few different ones, so that equal keys and
+// both zeros occur.
 inline void fillKey(const TableSortKey &key, Record &record, std::mt19937 &random)
 {
     char *item = &record[key.offset];
@@ -38,15 +40,18 @@ inline void fillKey(const TableSortKey &key, Record &record, std::mt19937 &rando
     switch (key.keyType) {
     case ZVK_KEY_ZONED: {
         bool leading = key.signFlags == ZVK_KEY_LEADING_SEPARATE, trailing = key.signFlags == ZVK_KEY_TRAILING_SEPARATE;
-        for (uint32_t i = 0; i < length; i++) item[i] = static_cast<char>('0' + (small && i + 1 < length - trailing ? 0 : random() % 10));
+        for (uint32_t i = 0; i < length; i++)
+            item[i] = static_cast<char>('0' + (small && i + 1 < length - trailing ? 0 : random() % 10));
         if (leading) item[0] = negative ? '-' : '+';
         if (trailing) item[length - 1] = negative ? '-' : '+';
         if (negative && key.signFlags == ZVK_KEY_LEADING) item[0] = static_cast<char>(item[0] | 0x40);
-        if (negative && key.signFlags == ZVK_KEY_TRAILING) item[length - 1] = static_cast<char>(item[length - 1] | 0x40);
+        if (negative && key.signFlags == ZVK_KEY_TRAILING)
+            item[length - 1] = static_cast<char>(item[length - 1] | 0x40);
         break;
     }
     case ZVK_KEY_PACKED:
-        for (uint32_t i = 0; i < length; i++) item[i] = static_cast<char>(small && i + 1 < length ? 0 : random() % 10 << 4 | random() % 10);
+        for (uint32_t i = 0; i < length; i++)
+            item[i] = static_cast<char>(small && i + 1 < length ? 0 : random() % 10 << 4 | random() % 10);
         item[length - 1] = static_cast<char>((item[length - 1] & 0xF0) | (negative ? 0xD : key.signFlags ? 0xF : 0xC));
         break;
     case ZVK_KEY_FLOAT: {
@@ -68,7 +73,8 @@ inline __int128 decodeNumber(const TableSortKey &key, const uint8_t *item, bool 
     bool negative = false;
     uint32_t length = key.length;
     if (key.keyType == ZVK_KEY_PACKED) {
-        for (uint32_t i = 0; i < 2 * length - 1; i++) value = value * 10 + (i & 1 ? item[i / 2] & 15 : item[i / 2] >> 4);
+        for (uint32_t i = 0; i < 2 * length - 1; i++)
+            value = value * 10 + (i & 1 ? item[i / 2] & 15 : item[i / 2] >> 4);
         uint8_t sign = item[length - 1] & 15;
         negative = sign == 0xD || (unsignedPackedIsNegative && sign == 0xF);
     } else if (key.keyType == ZVK_KEY_BINARY) {
@@ -115,9 +121,11 @@ struct Reference {
                 order = sign(v, w);
             } else if (key.keyType == ZVK_KEY_ALPHANUMERIC || key.keyType >= ZVK_KEY_NATIONAL) {
                 for (uint32_t i = 0; i < key.length && order == 0; i++)
-                    order = collating && key.keyType == ZVK_KEY_ALPHANUMERIC ? sign(collating[x[i]], collating[y[i]]) : sign(x[i], y[i]);
+                    order = collating && key.keyType == ZVK_KEY_ALPHANUMERIC ? sign(collating[x[i]], collating[y[i]])
+                                                                             : sign(x[i], y[i]);
             } else {
-                order = sign(decodeNumber(key, x, unsignedPackedIsNegative), decodeNumber(key, y, unsignedPackedIsNegative));
+                order = sign(decodeNumber(key, x, unsignedPackedIsNegative),
+                             decodeNumber(key, y, unsignedPackedIsNegative));
             }
             if (order != 0) return key.orderFlags & ZVK_KEY_ASCENDING ? order : -order;
         }
@@ -143,9 +151,11 @@ inline std::vector<TableSortKey> everyKey(bool engine)
             for (uint8_t form : {0, 1, 2, 4, 8}) keys.push_back(sortKey(3, length, ZVK_KEY_ZONED, ascending, form));
         for (uint32_t length : {1u, 2u, 3u, 4u, 5u, 8u})
             for (uint8_t form : {0, 16})
-                if (engine || (length & (length - 1)) == 0) keys.push_back(sortKey(3, length, ZVK_KEY_BINARY, ascending, form));
+                if (engine || (length & (length - 1)) == 0)
+                    keys.push_back(sortKey(3, length, ZVK_KEY_BINARY, ascending, form));
         for (uint32_t length : {1u, 2u, 5u, 16u})
-            for (uint8_t form : {0, 1}) keys.push_back(sortKey(3, length, ZVK_KEY_PACKED, ascending, form)); // 1: 0xF nibbles among them
+            for (uint8_t form : {0, 1})
+                keys.push_back(sortKey(3, length, ZVK_KEY_PACKED, ascending, form)); // 1: 0xF nibbles among them
         for (uint32_t length : {4u, 8u}) keys.push_back(sortKey(3, length, ZVK_KEY_FLOAT, ascending));
     }
     return keys;

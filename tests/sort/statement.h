@@ -1,4 +1,5 @@
-// SORT and MERGE statements as compiled programs make them, for the tests: the statement's records, RELEASE and RETURN.
+// SORT and MERGE statements as compiled programs make them, for the tests: the statement's records,
+// RELEASE and RETURN.
 #pragma once
 
 #include <cstring>
@@ -67,7 +68,8 @@ inline std::string next()
 inline std::string spillName(const char *prefix)
 {
     char name[64];
-    snprintf(name, sizeof name, "%s%010u.%010u", prefix, static_cast<unsigned>(getpid()), static_cast<unsigned>(pthread_self()));
+    snprintf(name, sizeof name, "%s%010u.%010u", prefix, static_cast<unsigned>(getpid()),
+             static_cast<unsigned>(pthread_self()));
     return name;
 }
 

@@ -1,8 +1,10 @@
 // SORT of a table.
 //
-// Faults that these tests are there to catch: a key type or sign form whose byte string is in another order than its values, a direction that leaks
-// from one key to the next, zeros of both signs kept apart, ties in an order that programs do not know, either way of rebuilding
-// going wrong at its limit, bytes beyond the table, and tables that are touched though the key is not valid.
+// Faults that these tests are there to catch: a key type or sign form whose byte string is in
+// another order than its values, a direction that leaks from one key to the next, zeros of both
+// signs kept apart, ties in an order that programs do not know, either way of rebuilding going
+// wrong at its limit, bytes beyond the table, and tables that are touched though the key is not
+// valid.
 #include <gtest/gtest.h>
 
 #include "sort_data.h"
@@ -53,12 +55,13 @@ TEST(TableSort, OrdersEveryTypeFormAndDirection)
 
 TEST(TableSort, BothWaysOfRebuildingAtTheirLimits)
 {
-    Reference order{
-        {sortKey(0, 4, ZVK_KEY_ALPHANUMERIC, true), sortKey(5, 3, ZVK_KEY_PACKED, false), sortKey(9, 5, ZVK_KEY_ZONED, true, 8)},
-        nullptr,
-        true};
+    Reference order{{sortKey(0, 4, ZVK_KEY_ALPHANUMERIC, true), sortKey(5, 3, ZVK_KEY_PACKED, false),
+                     sortKey(9, 5, ZVK_KEY_ZONED, true, 8)},
+                    nullptr,
+                    true};
     for (uint32_t length : {100u, 101u})
-        for (uint32_t count : {200u, 201u, 5000u}) ASSERT_NO_FATAL_FAILURE(expectSorted(length, count, order, length + count));
+        for (uint32_t count : {200u, 201u, 5000u})
+            ASSERT_NO_FATAL_FAILURE(expectSorted(length, count, order, length + count));
     uint8_t collating[256];
     for (int i = 0; i < 256; i++) collating[i] = static_cast<uint8_t>(i * 37 + 11);
     order.collating = collating;
@@ -102,7 +105,7 @@ TEST(TableSort, ManyKeys)
     Record table = "xb1xa2xb3xa4";
     TableSortKey same = sortKey(0, 1, ZVK_KEY_ALPHANUMERIC, true), letter = sortKey(1, 1, ZVK_KEY_ALPHANUMERIC, true),
                  digit = sortKey(2, 1, ZVK_KEY_ZONED, false);
-    _zvkcTSort(0, table.data(), 3, 4, nullptr, 74, EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same),
-               EIGHT(&same), EIGHT(&same), EIGHT(&same), &letter, &digit);
+    _zvkcTSort(0, table.data(), 3, 4, nullptr, 74, EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same),
+               EIGHT(&same), EIGHT(&same), EIGHT(&same), EIGHT(&same), &letter, &digit);
     EXPECT_EQ(table, "xa4xa2xb3xb1");
 }

@@ -1,7 +1,9 @@
-// SORT, MERGE, RELEASE and RETURN: the library's side, first over an engine that is the test's own, then over the real one.
+// SORT, MERGE, RELEASE and RETURN: the library's side, first over an engine that is the test's own,
+// then over the real one.
 //
-// Faults that these tests are there to catch: words that reach the engine changed or in the wrong place; buffer, fill and spill file that do not agree at
-// the limits; records that cross a chunk; input that is empty; SORT-RETURN, error number and message 26 that do not follow the engine; an
+// Faults that these tests are there to catch: words that reach the engine changed or in the wrong
+// place; buffer, fill and spill file that do not agree at the limits; records that cross a chunk;
+// input that is empty; SORT-RETURN, error number and message 26 that do not follow the engine; an
 // active sort that the end does not stop; a failing load that has an effect.
 #include <atomic>
 #include <filesystem>
@@ -38,10 +40,9 @@ constexpr char kFake[] = "/tests/fake_engine";
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"), used)) int32_t testSortEngine(int32_t op, uint64_t format, uint32_t length,
-                                                                               const void *fourth, const char *fifth, SortEighth eighth,
-                                                                               SortIoRecord input, SortIoRecord output,
-                                                                               SortControlRecord control)
+extern "C" __attribute__((visibility("default"), used)) int32_t
+testSortEngine(int32_t op, uint64_t format, uint32_t length, const void *fourth, const char *fifth, SortEighth eighth,
+               SortIoRecord input, SortIoRecord output, SortControlRecord control)
 {
     EngineCall call{op,
                     format,
@@ -76,7 +77,8 @@ KVR2_PIECE(sort_words)
     REQUIRE(call.op == 2 && call.format == 1 && call.length == 20 && call.fourth == sort.keys.data());
     REQUIRE(call.fifth == "ctl" && strcmp(sort.fifth, "ctl") == 0);
     REQUIRE(call.eighth.collating == 11 && call.eighth.memory == 12 && call.eighth.flags == 13);
-    REQUIRE(call.input.count == 1 && call.input.files == inputs && !call.input.path && !call.input.bytes && !call.input.memory);
+    REQUIRE(call.input.count == 1 && call.input.files == inputs && !call.input.path && !call.input.bytes &&
+            !call.input.memory);
     REQUIRE(call.output.count == 1 && call.output.files == outputs && !call.output.path && !call.output.memory);
     REQUIRE(call.control.engineFlags == 77 && call.control.program == &sort.program.pcb &&
             call.control.tempDir == std::string(getenv("TMPDIR")));
@@ -105,7 +107,8 @@ KVR2_PIECE(sort_buffer)
     REQUIRE(sort.op(1) == 0 && calls.empty());
     REQUIRE(release("bb") == 7 && release("aaaaaaaa") == 7);
     REQUIRE(sort.op(3) == 0 && calls.size() == 1);
-    REQUIRE(calls[0].op == 1 && calls[0].memory == "bb      aaaaaaaa" && calls[0].outPath.empty() && calls[0].inPath.empty());
+    REQUIRE(calls[0].op == 1 && calls[0].memory == "bb      aaaaaaaa" && calls[0].outPath.empty() &&
+            calls[0].inPath.empty());
     REQUIRE(calls[0].output.bytes == 16 && calls[0].output.memory == calls[0].input.memory);
     REQUIRE(next() == "bb      " && next() == "aaaaaaaa" && next() == "END" && next() == "END");
 
@@ -130,7 +133,8 @@ KVR2_PIECE(sort_buffer)
         return 0;
     };
     REQUIRE(full.op(3) == 0);
-    REQUIRE(calls[1].inPath == in && calls[1].outPath == out && calls[1].inFileSize == kBuffer && calls[1].input.bytes == kBuffer / 4);
+    REQUIRE(calls[1].inPath == in && calls[1].outPath == out && calls[1].inFileSize == kBuffer &&
+            calls[1].input.bytes == kBuffer / 4);
     REQUIRE(!std::filesystem::exists(in));
     for (int i = 0; i < 5; i++) REQUIRE(next() == quarter);
     REQUIRE(next() == "END" && !std::filesystem::exists(out));
@@ -147,7 +151,8 @@ KVR2_PIECE(sort_buffer)
     REQUIRE(release("123456") == 7 && cut.op(3) == 0 && calls.back().memory == "1234");
     REQUIRE(release("1234") == 16); // the engine has run
 
-    // Other formats are not filled: the next record follows a short one directly, though it counts in full.
+    // Other formats are not filled: the next record follows a short one directly, though it counts
+    // in full.
     Statement unfilled(3, 8);
     REQUIRE(unfilled.op(1) == 0);
     REQUIRE(release("ab") == 7 && release("cdefghij") == 7 && unfilled.op(3) == 0);
@@ -182,7 +187,8 @@ KVR2_PIECE(sort_chunks)
     REQUIRE(fixed.op(2) == 0 && calls.back().op == 2);
     for (size_t i = 0; i < 600; i++) REQUIRE(next() == numbered(i, 999));
     REQUIRE(next() == "END");
-    // What is not returned to its end stays behind, until the next result of this thread takes its name.
+    // What is not returned to its end stays behind, until the next result of this thread takes its
+    // name.
     REQUIRE(fixed.op(2) == 0 && next() == numbered(0, 999));
     std::string unread = std::string(getenv("TMPDIR")) + "/" + spillName("sortwko.");
     fixed.usingList.count = 0;
@@ -244,7 +250,8 @@ KVR2_PIECE(sort_empty)
     FCB *both[] = {&none.fcb, &out.fcb};
     sort.givingList = {2, 0, both};
     sort.block.messageOff = 1;
-    REQUIRE(sort.op(1) == 0 && sort.op(3) == 16 && none.closes == 0 && out.opens == 2 && out.closes == 2 && none.fcb.status == 37);
+    REQUIRE(sort.op(1) == 0 && sort.op(3) == 16 && none.closes == 0 && out.opens == 2 && out.closes == 2 &&
+            none.fcb.status == 37);
     uint32_t number;
     REQUIRE(zvkGetSortErrno(&number) == ZVK_SORT_EOPENOUT);
 }
@@ -322,7 +329,8 @@ KVR2_PIECE(sort_procedures)
     in.openStatus = 0;
     in.fcb.mode = 0;
     TestFile::onCall = [] {
-        if (std::exchange(TestFile::onCall, nullptr)) _zvkSortMerge(11, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+        if (std::exchange(TestFile::onCall, nullptr))
+            _zvkSortMerge(11, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     };
     sort.block.messageOff = 1;
     REQUIRE(sort.op(1) == 16 && zvkGetSortErrno(&number) == ZVK_SORT_EABANDONED);
@@ -375,7 +383,8 @@ TEST(SortVerbs, TheEngineGetsTheStatementsWordsAndItsResultIsReported)
 TEST(SortVerbs, BufferSpillFilesAndChunks)
 {
     TemporaryDirectory directory;
-    for (const char *piece : {"sort_buffer", "sort_chunks", "sort_empty"}) EXPECT_GOOD(runPiece(piece, with(kFake, directory))) << piece;
+    for (const char *piece : {"sort_buffer", "sort_chunks", "sort_empty"})
+        EXPECT_GOOD(runPiece(piece, with(kFake, directory))) << piece;
     ChildOptions slash = with(kFake, directory);
     slash.env[1].second = directory.path() + "/";
     EXPECT_GOOD(runPiece("sort_buffer", slash));

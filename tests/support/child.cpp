@@ -48,7 +48,8 @@ void applyOptions(const ChildOptions &options)
     setrlimit(RLIMIT_CORE, &core);
 }
 
-// Moves bytes between the child's pipes and the strings until both of its outputs are closed or time is up.
+// Moves bytes between the child's pipes and the strings until both of its outputs are closed or
+// time is up.
 void exchange(ChildRun &run, pid_t pid, int inputEnd, int outEnd, int errEnd, const ChildOptions &options)
 {
     size_t sent = 0;
@@ -194,4 +195,7 @@ std::string readFile(const std::string &path)
     return text.str();
 }
 
-void writeFile(const std::string &path, const std::string &content) { std::ofstream(path, std::ios::binary) << content; }
+void writeFile(const std::string &path, const std::string &content)
+{
+    std::ofstream(path, std::ios::binary) << content;
+}

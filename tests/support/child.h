@@ -1,12 +1,13 @@
 // Runs a piece of a test in a process of its own and hands back its output and its ending.
 //
-// Whatever may end the run unit, or depends on the environment that the library reads when it is loaded, goes into a child:
+// Whatever may end the run unit, or depends on the environment that the library reads when it is
+// loaded, goes into a child:
 //
 //     ChildRun run = runChild([] { zvkWriteMsg(907, 0); });              // forked: the library is loaded already
 //     EXPECT_EQ(run.signal, SIGABRT);
 //     EXPECT_THAT(run.err, HasSubstr("ZVK907S"));
 //
-//     KVR2_PIECE(traced_entry) { _zvkPgmInit(&pcb); }                    // a named piece: a fresh process, library loaded anew
+//     KVR2_PIECE(traced_entry) { _zvkPgmInit(&pcb); }                    // a named piece: a fresh process
 //     ChildRun run = runPiece("traced_entry", {.env = {{"__ZVKDEBUG", "1"}}});
 #pragma once
 
@@ -31,10 +32,12 @@ struct ChildOptions {
     int seconds = 60;
 };
 
-// Forks and runs `body`; the child exits with 0 when it returns, through exit(), so that the library's destructor runs.
+// Forks and runs `body`; the child exits with 0 when it returns, through exit(), so that the
+// library's destructor runs.
 ChildRun runChild(const std::function<void()> &body, const ChildOptions &options = {});
 
-// Starts this test program afresh to run the piece of that name, which stands under KVR2_PIECE in any of its files.
+// Starts this test program afresh to run the piece of that name, which stands under KVR2_PIECE in
+// any of its files.
 ChildRun runPiece(const std::string &name, const ChildOptions &options = {});
 
 // Starts any program.
@@ -44,9 +47,9 @@ struct PieceRegistration {
     PieceRegistration(const char *name, void (*body)());
 };
 
-#define KVR2_PIECE(name)                                                                                                                   \
-    static void piece_##name();                                                                                                            \
-    static const PieceRegistration registration_##name(#name, piece_##name);                                                               \
+#define KVR2_PIECE(name)                                                                                               \
+    static void piece_##name();                                                                                        \
+    static const PieceRegistration registration_##name(#name, piece_##name);                                           \
     static void piece_##name()
 
 // Runs the piece that the command line asks for, if it does; used by the test programs' main.

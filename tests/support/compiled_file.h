@@ -1,4 +1,5 @@
-// A COBOL file as the compiler lays it out, in a program of its own: FIB with keys and LINAGE block, FCB, record area, FILE STATUS and feedback field.
+// A COBOL file as the compiler lays it out, in a program of its own: FIB with keys and LINAGE
+// block, FCB, record area, FILE STATUS and feedback field.
 //
 //     CompiledFile file("rsd-" + directory.file("data"), {.longest = 20, .shortest = 20});
 //     EXPECT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
@@ -85,8 +86,10 @@ struct CompiledFile {
         fib.minRecord = wanted.shortest;
         fib.keyCount = static_cast<uint32_t>(wanted.keys.size());
         for (size_t i = 0; i < wanted.keys.size(); ++i) all.laidOut.keys[i] = wanted.keys[i];
-        fib.keysOffset = static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.keys) - reinterpret_cast<uint8_t *>(&fib));
-        fib.linageOffset = static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.linage) - reinterpret_cast<uint8_t *>(&fib));
+        fib.keysOffset =
+            static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.keys) - reinterpret_cast<uint8_t *>(&fib));
+        fib.linageOffset =
+            static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.linage) - reinterpret_cast<uint8_t *>(&fib));
         fib.linage = wanted.linage;
         uint32_t values[4] = {wanted.body, wanted.footing, wanted.top, wanted.bottom};
         for (int i = 0; i < 4; ++i) all.laidOut.linage[i].value = values[i];
@@ -105,7 +108,8 @@ struct CompiledFile {
         fcb = all.fcbCell; // the run unit's own for an EXTERNAL file
     }
 
-    // Every file's program is one of its own: a second one of the same name would be taken for the first.
+    // Every file's program is one of its own: a second one of the same name would be taken for the
+    // first.
     static std::string newName()
     {
         static int count;

@@ -17,7 +17,8 @@
 #include "kvr2/run_unit.h"
 #include "kvr2/termination.h"
 
-// Its records stay until the process ends, as those of a program in a shared object do until it is unloaded.
+// Its records stay until the process ends, as those of a program in a shared object do until it is
+// unloaded.
 struct CompiledProgram {
     explicit CompiledProgram(const std::string &programName, ZvkRoutine entry = nullptr, int nested = 0);
     CompiledProgram(const CompiledProgram &) = delete;
@@ -33,7 +34,8 @@ struct CompiledProgram {
     PCB &pcb = records.pcb;
 };
 
-// Runs `body` as the body of a main program. Returns 0 when it came to its end, else what STOP RUN or an abort jumped with.
+// Runs `body` as the body of a main program. Returns 0 when it came to its end, else what STOP RUN
+// or an abort jumped with.
 template <class Body>
 int compiledMain(CompiledProgram &program, Body body)
 {

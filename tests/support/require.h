@@ -4,12 +4,12 @@
 #include <cstdio>
 #include <cstdlib>
 
-#define REQUIRE(condition)                                                                                                                 \
-    do {                                                                                                                                   \
-        if (!(condition)) {                                                                                                                \
-            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition);                                                                \
-            exit(1);                                                                                                                       \
-        }                                                                                                                                  \
+#define REQUIRE(condition)                                                                                             \
+    do {                                                                                                               \
+        if (!(condition)) {                                                                                            \
+            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition);                                            \
+            exit(1);                                                                                                   \
+        }                                                                                                              \
     } while (0)
 
 #define EXPECT_GOOD(run) EXPECT_EQ((run).status, 0) << (run).err << "signal " << (run).signal

@@ -1,4 +1,5 @@
-// The test programs' main: a named piece if the command line asks for one, else GoogleTest. And what the sanitizers' run time is to know.
+// The test programs' main: a named piece if the command line asks for one, else GoogleTest. And
+// what the sanitizers' run time is to know.
 //
 // The tests find the build through the environment variables KVR2_BUILD_DIR and KVR2_SOURCE_DIR.
 #include "support/child.h"
@@ -18,12 +19,17 @@ __attribute__((visibility("default"), used)) const char *__lsan_default_options(
 __attribute__((visibility("default"), used)) const char *__ubsan_default_options() { return "print_stacktrace=1"; }
 __attribute__((visibility("default"), used)) const char *__tsan_default_options()
 {
-    // After a crash the run unit is ended out of the signal handler, which calls what no handler should; it is over anyway.
+    // After a crash the run unit is ended out of the signal handler, which calls what no handler
+    // should; it is over anyway.
     return OWN_SIGNALS "report_signal_unsafe=0:halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1";
 }
-// The dynamic loader, and what it runs when it loads and unloads, is ordered by a lock of its own that the sanitizer does not see; so is what
-// is put into a stream under flockfile without a call of the system's library.
-__attribute__((visibility("default"), used)) const char *__tsan_default_suppressions() { return "race:ld-linux\nrace:putc_unlocked\n"; }
+// The dynamic loader, and what it runs when it loads and unloads, is ordered by a lock of its own
+// that the sanitizer does not see; so is what is put into a stream under flockfile without a call
+// of the system's library.
+__attribute__((visibility("default"), used)) const char *__tsan_default_suppressions()
+{
+    return "race:ld-linux\nrace:putc_unlocked\n";
+}
 }
 
 __attribute__((constructor(101))) static void nameTheBuild()

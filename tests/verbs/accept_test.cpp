@@ -1,6 +1,7 @@
-// Catches: input lines that are cut, joined or dropped wrongly in either mode; a target that is changed when nothing came, not padded, or
-// padded in the wrong form; a prompt that is not visible before the read blocks; a failed read that is not reported; clock forms; a STOP
-// that does not wait.
+// Catches: input lines that are cut, joined or dropped wrongly in either mode; a target that is
+// changed when nothing came, not padded, or padded in the wrong form; a prompt that is not visible
+// before the read blocks; a failed read that is not reported; clock forms; a STOP that does not
+// wait.
 #include <cstring>
 #include <fcntl.h>
 #include <functional>
@@ -205,7 +206,8 @@ TEST(AcceptNational, ModesAndDroppedLines)
         },
         wide("ABCD\nXY"));
     EXPECT_EQ(run.status, 0);
-    // The rest of the line is dropped up to the byte 0x0A: the zero behind it is then the low byte of the next unit.
+    // The rest of the line is dropped up to the byte 0x0A: the zero behind it is then the low byte
+    // of the next unit.
     EXPECT_EQ(run.out, "[" + wide("AB") + "]" + std::string("[\0X\0Y]", 6));
 }
 

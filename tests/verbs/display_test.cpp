@@ -1,6 +1,7 @@
-// Catches: a number's text that is wrong in digits, sign, exponent or width; items shown after an invalid one, or not shown after a null
-// one; lines of threads that mix; text of one device in the file of another; a message that overtakes the text before it; a process that
-// dies of a full disk, a closed pipe or a device that is missing.
+// Catches: a number's text that is wrong in digits, sign, exponent or width; items shown after an
+// invalid one, or not shown after a null one; lines of threads that mix; text of one device in the
+// file of another; a message that overtakes the text before it; a process that dies of a full disk,
+// a closed pipe or a device that is missing.
 #include <cfloat>
 #include <csignal>
 #include <cstring>
@@ -121,8 +122,8 @@ TEST(DisplayText, NoNumbersAndInfinities)
 
 ChildRun inConsole(const std::function<void()> &body, ChildOptions options = {})
 {
-    for (const char *name :
-         {"SYSOUT", "SYSLIST", "SYSLST", "SYSPUNCH", "SYSPCH", "SYSIN", "SYSIPT", "CONSOLE", "COBOUTDIR", "COBOL_DISPLAY_FLUSH"})
+    for (const char *name : {"SYSOUT", "SYSLIST", "SYSLST", "SYSPUNCH", "SYSPCH", "SYSIN", "SYSIPT", "CONSOLE",
+                             "COBOUTDIR", "COBOL_DISPLAY_FLUSH"})
         options.env.insert(options.env.begin(), {name, std::nullopt});
     return runChild(
         [&] {
@@ -137,7 +138,11 @@ TEST(Display, ItemsAndLineEnd)
 {
     int32_t number = -42;
     ChildRun run = inConsole([&] {
-        display({text("A="), {&number, 4, 3, kSigned, 0}, {nullptr, 5, 5, kText, 0}, {"xyz", 3, 0, 4, 0}, {"!", 1, 0, 5, 0}});
+        display({text("A="),
+                 {&number, 4, 3, kSigned, 0},
+                 {nullptr, 5, 5, kText, 0},
+                 {"xyz", 3, 0, 4, 0},
+                 {"!", 1, 0, 5, 0}});
         display({});
         display({text("no end")}, ZVK_DISPLAY_CONSOLE, ZVK_DISPLAY_NO_ADVANCING);
         display({}, ZVK_DISPLAY_SYSOUT, ZVK_DISPLAY_NO_ADVANCING);
@@ -151,7 +156,8 @@ TEST(Display, ItemsAndLineEnd)
 
 TEST(Display, AnInvalidItemEndsTheStatementAndIsReportedAfterIt)
 {
-    for (auto [kind, size] : {std::pair<uint32_t, uint64_t>{0, 4}, {6, 4}, {8, 4}, {kSigned, 0}, {kUnsigned, 9}, {kFloat, 10}}) {
+    for (auto [kind, size] :
+         {std::pair<uint32_t, uint64_t>{0, 4}, {6, 4}, {8, 4}, {kSigned, 0}, {kUnsigned, 9}, {kFloat, 10}}) {
         ChildRun run = inConsole([kind = kind, size = size] {
             setvbuf(stdout, nullptr, _IONBF, 0);
             display({text("before "), {"datadatadata", size, 4, kind, 0}, text("behind")});

@@ -1,6 +1,7 @@
-// Catches: a wrong byte of an alphanumeric or national edit, above all where the source runs out inside a run; de-editing that takes what
-// does not fit, or refuses what does; padding, justification and overlap of the fills; a target of a wrong segment reset; stores outside
-// the destination.
+// Catches: a wrong byte of an alphanumeric or national edit, above all where the source runs out
+// inside a run; de-editing that takes what does not fit, or refuses what does; padding,
+// justification and overlap of the fills; a target of a wrong segment reset; stores outside the
+// destination.
 #include <cstring>
 #include <random>
 #include <string>
@@ -38,7 +39,8 @@ TEST(AlphanumericEdit, KnownAndRandomPictures)
     std::mt19937 random(1);
     for (int i = 0; i < 3000; i++) {
         std::string picture, source, expected;
-        for (unsigned n = random() % 30; n > 0; n--) picture += random() % 2 ? "X/0 9A"[random() % 6] : static_cast<char>(random() | 0x80);
+        for (unsigned n = random() % 30; n > 0; n--)
+            picture += random() % 2 ? "X/0 9A"[random() % 6] : static_cast<char>(random() | 0x80);
         for (unsigned n = random() % 20; n > 0; n--) source += static_cast<char>(random());
         bool repeat = random() % 2;
         size_t next = 0;
@@ -81,7 +83,8 @@ TEST(NationalEdit, RunsInWhichTheSourceEnds)
         EXPECT_EQ(nationalEdit({{'N', count}}, u"A", true, static_cast<size_t>(2 * count - 1)),
                   std::u16string(static_cast<size_t>(2 * count - 1), u'A'));
     EXPECT_EQ(nationalEdit({{'N', 2}}, u"A", true, 2), u"AA");
-    EXPECT_EQ(nationalEdit({{'N', 3}}, u"AB", true, 5), u"ABABA"); // from the second position: two more, then on from the front
+    EXPECT_EQ(nationalEdit({{'N', 3}}, u"AB", true, 5),
+              u"ABABA"); // from the second position: two more, then on from the front
     EXPECT_EQ(nationalEdit({{'N', 3}}, u"", true, 3), u"   ");
     EXPECT_EQ(nationalEdit({{'N', -3}, {' ', -1}}, u"A", false, 0), u"");
     EXPECT_EQ(nationalEdit({}, u"A", false, 0), u"");
@@ -185,7 +188,8 @@ TEST(VariableLengthMove, JustificationPaddingAndOverlap)
                     char pad = signs & 1 ? '\x40' : ' ';
                     size_t padding = static_cast<size_t>(std::max(0, to - from));
                     if (signs & 2)
-                        expected = std::string(padding, pad) + source.substr(static_cast<size_t>(std::max(0, from - to)));
+                        expected =
+                            std::string(padding, pad) + source.substr(static_cast<size_t>(std::max(0, from - to)));
                     else
                         expected = source.substr(0, static_cast<size_t>(to)) + std::string(padding, pad);
                     std::string after = storage;
@@ -213,8 +217,12 @@ TEST(SegmentRefresh, ResetsTheEntriesOfAnIndependentSegment)
         for (int i = 0; i < 3; i++) result += targets[i] == initial[i] ? 'R' : '-';
         return result;
     };
-    auto uncond = [&](int segment, int count) { return changed([&](void **t) { _zvkcRfshUncond(segment, count, t, initial, segments); }); };
-    auto cond = [&](int current, int next) { return changed([&](void **t) { _zvkcRfshCond(current, 3, next, t, initial, segments); }); };
+    auto uncond = [&](int segment, int count) {
+        return changed([&](void **t) { _zvkcRfshUncond(segment, count, t, initial, segments); });
+    };
+    auto cond = [&](int current, int next) {
+        return changed([&](void **t) { _zvkcRfshCond(current, 3, next, t, initial, segments); });
+    };
     EXPECT_EQ(uncond(49, 3), "-R-");
     EXPECT_EQ(uncond(0x80, 3), "--R");
     EXPECT_EQ(uncond(0x80, 2), "---");
@@ -225,7 +233,9 @@ TEST(SegmentRefresh, ResetsTheEntriesOfAnIndependentSegment)
     EXPECT_EQ(cond(0, 49), "---");
     EXPECT_EQ(cond(0, 0x80), "---");
     const uint8_t table[2] = {49, 50};
-    auto depend = [&](int index) { return changed([&](void **t) { _zvkcRfshGoDepend(index, 1, 3, table, t, initial, segments); }); };
+    auto depend = [&](int index) {
+        return changed([&](void **t) { _zvkcRfshGoDepend(index, 1, 3, table, t, initial, segments); });
+    };
     EXPECT_EQ(depend(1), "---");
     EXPECT_EQ(depend(2), "R--");
     EXPECT_EQ(depend(0), "---");

@@ -1,9 +1,10 @@
-// Catches: a suppressed, floated or inserted character that is wrong for any class of picture, with point or comma, BLANK WHEN ZERO and the
-// all-zero rule; a digit taken twice or skipped; digits or a sign that do not survive edit and de-edit; a byte stored outside the
-// destination for any picture at all.
+// Catches: a suppressed, floated or inserted character that is wrong for any class of picture, with
+// point or comma, BLANK WHEN ZERO and the all-zero rule; a digit taken twice or skipped; digits or
+// a sign that do not survive edit and de-edit; a byte stored outside the destination for any
+// picture at all.
 //
-// The reference does not walk with states as the library does: it finds the one place where suppression ends and writes down what stands
-// before and behind it.
+// The reference does not walk with states as the library does: it finds the one place where
+// suppression ends and writes down what stands before and behind it.
 #include <cstring>
 #include <random>
 #include <string>
@@ -160,7 +161,8 @@ private:
     std::mt19937 random_;
 };
 
-// Storage that ends where the item ends; the pages behind it are made once, since there are many items.
+// Storage that ends where the item ends; the pages behind it are made once, since there are many
+// items.
 uint8_t *guarded(int which, size_t size)
 {
     static GuardedItem items[] = {GuardedItem(4096), GuardedItem(4096), GuardedItem(4096), GuardedItem(4096)};
@@ -180,7 +182,8 @@ Record *guardedRecord(const std::string &picture)
     return reinterpret_cast<Record *>(guardedCopy(0, std::string(offsetof(Record, picture), 0) + picture));
 }
 
-std::string edit(const Picture &picture, const std::string &number, size_t size, const std::string *longSymbol = nullptr)
+std::string edit(const Picture &picture, const std::string &number, size_t size,
+                 const std::string *longSymbol = nullptr)
 {
     auto *record = guardedRecord<NumericEditRecord>(picture.text);
     record->length = static_cast<int16_t>(picture.allSuppress() ? -picture.text.size() : picture.text.size());
@@ -220,7 +223,8 @@ TEST(NumericEdit, AgainstTheReferenceForEveryClass)
             std::string number = generate.number(picture.digits());
             std::string expected = referenceEdit(picture, number);
             ASSERT_EQ(edit(picture, number, expected.size()), expected)
-                << picture.text << " class " << editClass << " " << number << (picture.blankWhenZero ? " blank when zero" : "");
+                << picture.text << " class " << editClass << " " << number
+                << (picture.blankWhenZero ? " blank when zero" : "");
         }
     }
 }
@@ -269,7 +273,8 @@ TEST(NumericEdit, KnownItems)
     EXPECT_EQ(edited("--9", 7, "-05"), " -5");
 }
 
-// A picture of any bytes is walked; the digits that it may take are there, and exactly its bytes may be stored.
+// A picture of any bytes is walked; the digits that it may take are there, and exactly its bytes
+// may be stored.
 TEST(NumericEdit, AnyPictureStaysInsideTheDestination)
 {
     std::mt19937 random(22);
@@ -294,7 +299,8 @@ TEST(NumericEdit, AnyPictureStaysInsideTheDestination)
         picture.currency = static_cast<char>(random());
         std::string first = edit(picture, number, stored);
         ASSERT_EQ(first.size(), stored) << pairs;
-        // The last byte was stored: an item that is one byte longer shows the same text before its last byte.
+        // The last byte was stored: an item that is one byte longer shows the same text before its
+        // last byte.
         if (stored > 0 && random() % 4 == 0) {
             std::string longer = edit(picture, number, stored + 1);
             ASSERT_EQ(longer.substr(0, stored), first);
@@ -328,7 +334,8 @@ TEST(LongCurrencySymbol, DeEdit)
         auto *record = guardedRecord<DeEditRecord>(picture);
         record->length = length;
         uint8_t *out = guarded(2, number.size());
-        int result = _zvkcMoveNumEditToNum2(record, guardedCopy(1, item), out, reinterpret_cast<CurrencyString *>(&symbol));
+        int result =
+            _zvkcMoveNumEditToNum2(record, guardedCopy(1, item), out, reinterpret_cast<CurrencyString *>(&symbol));
         number.assign(reinterpret_cast<char *>(out), number.size());
         return result;
     };
