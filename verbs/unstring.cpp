@@ -35,7 +35,7 @@ public:
         : list_(block.delimiters), count_(block.delimiterCount), weights_(weights),
           lone_(count_ == 1 && !weights && list_->length > 0 ? list_ : nullptr)
     {
-        if (lone_) return;
+        if (lone_ || none()) return;
         memset(marks_, 0, sizeof marks_);
         for (uint32_t i = 0; i < count_; i++)
             if (list_[i].length > 0) marks_[weight(*bytes(list_[i].data))] = true;
