@@ -15,6 +15,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/bytes.h"
+
 struct SingleByte {
     using Code = uint8_t;
     static constexpr size_t size = 1;
@@ -26,13 +28,8 @@ struct SingleByte {
 struct DoubleByte {
     using Code = uint16_t;
     static constexpr size_t size = 2;
-    static Code load(const uint8_t *at)
-    {
-        Code code;
-        memcpy(&code, at, sizeof code);
-        return code;
-    }
-    static void store(uint8_t *at, Code code) { memcpy(at, &code, sizeof code); }
+    static Code load(const uint8_t *at) { return ::load<Code>(at); }
+    static void store(uint8_t *at, Code code) { ::store<Code>(at, code); }
 };
 
 // A unit of national data. The machine is little-endian, as the data is, so the code is the unit.

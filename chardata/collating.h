@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "base/bytes.h"
 #include "kvr2/alphabet.h"
 
 // The weights of an alphabet, or null for the native order.
@@ -20,10 +21,7 @@ inline int zvkCompareWeighted(const uint8_t *left, const uint8_t *right, size_t 
 {
     size_t i = 0;
     for (; i + 8 <= length; i += 8) {
-        uint64_t a, b;
-        memcpy(&a, left + i, 8);
-        memcpy(&b, right + i, 8);
-        if (a == b) continue;
+        if (load<uint64_t>(left + i) == load<uint64_t>(right + i)) continue;
         for (size_t j = i; j < i + 8; j++)
             if (int difference = weights[left[j]] - weights[right[j]]) return difference;
     }

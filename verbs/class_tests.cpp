@@ -3,6 +3,9 @@
 // The alphabetic classes are ranges, so sixteen bytes are tested at once. A class of the program's
 // own is a table: its entries are or-ed together, with one test for eight of them. Numbers go
 // through the validators of decimal operands.
+#include <array>
+#include <bit>
+
 #include "base/signed_length.h"
 #include "decimal/mode.h"
 #include "decimal/numeric_view.h"
@@ -28,11 +31,8 @@ using Vector = uint8_t __attribute__((vector_size(16)));
 
 bool vectorIsOutside(const uint8_t *at, Letters letters)
 {
-    Vector bytes;
-    memcpy(&bytes, at, sizeof bytes);
-    auto outside = isOutside(bytes, letters);
-    uint64_t halves[2];
-    memcpy(halves, &outside, sizeof halves);
+    auto outside = isOutside(load<Vector>(at), letters);
+    auto halves = std::bit_cast<std::array<uint64_t, 2>>(outside);
     return (halves[0] | halves[1]) != 0;
 }
 

@@ -12,6 +12,8 @@
 //
 // A value without a byte matches nowhere.
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 
 #include "base/text_units.h"
@@ -22,13 +24,6 @@ namespace {
 
 using Vector = uint8_t __attribute__((vector_size(16)));
 
-Vector load(const uint8_t *at)
-{
-    Vector bytes;
-    memcpy(&bytes, at, sizeof bytes);
-    return bytes;
-}
-
 // How often a byte stands in a text.
 int64_t countByte(const uint8_t *text, size_t length, uint8_t byte)
 {
@@ -38,10 +33,8 @@ int64_t countByte(const uint8_t *text, size_t length, uint8_t byte)
         // A lane counts to 255 at most.
         Vector lanes = {};
         for (int rounds = 0; rounds < 255 && i + sizeof(Vector) <= length; rounds++, i += sizeof(Vector))
-            lanes -= static_cast<Vector>(load(text + i) == byte);
-        uint64_t halves[2];
-        memcpy(halves, &lanes, sizeof halves);
-        for (uint64_t half : halves) {
+            lanes -= static_cast<Vector>(load<Vector>(text + i) == byte);
+        for (uint64_t half : std::bit_cast<std::array<uint64_t, 2>>(lanes)) {
             half = (half & 0x00FF00FF00FF00FFu) + (half >> 8 & 0x00FF00FF00FF00FFu);
             count += static_cast<int64_t>((half * 0x0001000100010001u) >> 48);
         }
@@ -54,8 +47,8 @@ void replaceByte(uint8_t *text, size_t length, uint8_t from, uint8_t to)
 {
     size_t i = 0;
     for (; i + sizeof(Vector) <= length; i += sizeof(Vector)) {
-        Vector bytes = load(text + i), replaced = bytes == from ? Vector{} + to : bytes;
-        memcpy(text + i, &replaced, sizeof replaced);
+        Vector bytes = load<Vector>(text + i), replaced = bytes == from ? Vector{} + to : bytes;
+        store<Vector>(text + i, replaced);
     }
     for (; i < length; i++)
         if (text[i] == from) text[i] = to;
@@ -63,10 +56,7 @@ void replaceByte(uint8_t *text, size_t length, uint8_t from, uint8_t to)
 
 void addToCounter(const PreparedPhrase &phrase, int64_t matches)
 {
-    uint64_t value;
-    memcpy(&value, phrase.counter, sizeof value);
-    value += static_cast<uint64_t>(matches);
-    memcpy(phrase.counter, &value, sizeof value);
+    store<uint64_t>(phrase.counter, load<uint64_t>(phrase.counter) + static_cast<uint64_t>(matches));
 }
 
 // A figurative character; one that the operand holds only in part has NULs for the rest.

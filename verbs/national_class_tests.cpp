@@ -1,4 +1,7 @@
 // Class conditions of national items.
+#include <array>
+#include <bit>
+
 #include "base/signed_length.h"
 #include "decimal/numeric_view.h"
 #include "kvr2/conditions.h"
@@ -31,11 +34,7 @@ int32_t allInside(const uint8_t *item, size_t length)
 {
     size_t i = 0;
     for (; i + sizeof(Vector) <= length; i += sizeof(Vector)) {
-        Vector units;
-        memcpy(&units, item + i, sizeof units);
-        auto outside = Outside::of(units);
-        uint64_t halves[2];
-        memcpy(halves, &outside, sizeof halves);
+        auto halves = std::bit_cast<std::array<uint64_t, 2>>(Outside::of(load<Vector>(item + i)));
         if (halves[0] | halves[1]) return 0;
     }
     for (TextCursor<Utf16> units(item + i, length - i); !units.ended();)

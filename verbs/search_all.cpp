@@ -43,7 +43,7 @@ int64_t halve(const Table &table, uint64_t keyOffset, Compare compare)
 
 int inSense(const PreparedKey &key, int order) { return key.descending ? -order : order; }
 
-uint64_t firstBytes(const uint8_t *text) { return bcd::loadBig<uint64_t>(text); }
+uint64_t firstBytes(const uint8_t *text) { return loadBig<uint64_t>(text); }
 
 // Most texts differ within eight bytes.
 int64_t searchText(const Table &table, const PreparedKey &key)
@@ -97,12 +97,7 @@ struct ArgumentForms {
         lengths = reinterpret_cast<const uint8_t *>(&header) + offsetof(SearchHeader, keys) + keys * sizeof(SearchKey);
         forms = lengths + arguments * sizeof(uint64_t);
     }
-    uint64_t length(size_t i) const
-    {
-        uint64_t value;
-        memcpy(&value, lengths + i * sizeof value, sizeof value);
-        return value;
-    }
+    uint64_t length(size_t i) const { return load<uint64_t>(lengths + i * sizeof(uint64_t)); }
 };
 
 } // namespace

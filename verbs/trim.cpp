@@ -100,11 +100,8 @@ void _Dmr_reverse(int32_t length, const uint8_t *source, uint8_t *destination)
     uint8_t *out = destination + size;
     size_t i = 0;
     for (; i + 8 <= size; i += 8) {
-        uint64_t word;
-        memcpy(&word, source + i, sizeof word);
-        word = __builtin_bswap64(word);
-        out -= sizeof word;
-        memcpy(out, &word, sizeof word);
+        out -= 8;
+        storeBig<uint64_t>(out, load<uint64_t>(source + i));
     }
     for (; i < size; i++) *--out = source[i];
 }
