@@ -82,8 +82,8 @@ inline void fillPairs(uint8_t *at, size_t length, const uint8_t (&pair)[2], uint
     if (length % 2 != 0) at[length - 1] = odd;
 }
 
-// The first place from `from`, in steps of a character, where `what` lies wholly before `end`; null if there is none. What has no
-// byte lies at the first place.
+// The first place from `from`, in steps of a character, where `what` lies wholly before `end`; null
+// if there is none. What has no byte lies at the first place.
 template <class Unit>
 const uint8_t *findText(const uint8_t *from, const uint8_t *end, const uint8_t *what, size_t length)
 {

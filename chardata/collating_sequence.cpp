@@ -26,7 +26,8 @@ int compareStrings(const void *left, const void *right)
     return strcoll(static_cast<const char *>(left), static_cast<const char *>(right));
 }
 
-// Single bytes have no order of their own in a locale of multi-byte characters: "en_US" stands in for it.
+// Single bytes have no order of their own in a locale of multi-byte characters: "en_US" stands in
+// for it.
 class SingleByteCollation {
 public:
     SingleByteCollation()

@@ -37,8 +37,8 @@ const uint8_t *signInDigit(uint32_t flags, const void *data, size_t length)
     return viewNumber<SingleByte>(static_cast<const uint8_t *>(data), length, signOf(flags)).sign;
 }
 
-// The operand without its sign. A national item without separate sign stays as it is, sign and all: so does the item itself, for
-// which there is nothing to put back then.
+// The operand without its sign. A national item without separate sign stays as it is, sign and all:
+// so does the item itself, for which there is nothing to put back then.
 InspectText normalised(uint32_t flags, const void *operand, size_t length, uint8_t (&copy)[kSignedCopy])
 {
     auto *data = static_cast<const uint8_t *>(operand);
@@ -75,7 +75,8 @@ void makeEquallyLong(PreparedPhrase &phrase)
     phrase.result.length = phrase.compared.length = std::min(phrase.result.length, phrase.compared.length);
 }
 
-// The offset of an operand of BEFORE or AFTER in the item, -1 where it does not occur; its length goes to `length`.
+// The offset of an operand of BEFORE or AFTER in the item, -1 where it does not occur; its length
+// goes to `length`.
 template <class Unit>
 int64_t placeOf(const InspectOperand &operand, const InspectedItem &item, size_t &length)
 {
@@ -86,7 +87,8 @@ int64_t placeOf(const InspectOperand &operand, const InspectedItem &item, size_t
     return place ? place - item.data : -1;
 }
 
-// AFTER without its operand in the item closes the phrase; BEFORE without it is the whole rest. Both look from the item's start.
+// AFTER without its operand in the item closes the phrase; BEFORE without it is the whole rest.
+// Both look from the item's start.
 template <class Unit>
 void setRegion(PreparedPhrase &phrase, const InspectPhrase &given, const InspectedItem &item)
 {

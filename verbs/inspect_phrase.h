@@ -10,7 +10,8 @@
 
 #include "kvr2/inspect.h"
 
-// The longest operand whose sign has to be taken out of one of its digits, and so the room of a copy.
+// The longest operand whose sign has to be taken out of one of its digits, and so the room of a
+// copy.
 inline constexpr size_t kSignedCopy = 126;
 
 struct InspectText {
@@ -38,6 +39,7 @@ struct InspectedItem {
     bool changed;
 };
 
-// Scans the item for the phrases of a group, in statement order at each place; Unit is SingleByte or DoubleByte.
+// Scans the item for the phrases of a group, in statement order at each place; Unit is SingleByte
+// or DoubleByte.
 template <class Unit>
 void zvkScanGroup(InspectedItem &item, PreparedPhrase *phrases, size_t count);

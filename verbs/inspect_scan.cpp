@@ -145,7 +145,8 @@ void convertBytes(const PreparedPhrase &phrase, uint8_t *text, size_t length)
     zvkTranslateBytes(text, text, length, table.to);
 }
 
-// Two-byte characters: a table for those whose second byte is zero, most of national data, and a search for the others.
+// Two-byte characters: a table for those whose second byte is zero, most of national data, and a
+// search for the others.
 void convertPairs(const PreparedPhrase &phrase, InspectedItem &item, int64_t first, int64_t end)
 {
     uint16_t table[256];
@@ -259,7 +260,8 @@ bool scanAlone(const PreparedPhrase &phrase, InspectedItem &item)
 
 // --- Several phrases
 
-// Bytes with which a phrase of the group can begin; all of them if there is a phrase to which every place matters.
+// Bytes with which a phrase of the group can begin; all of them if there is a phrase to which every
+// place matters.
 struct Beginnings {
     bool any = false;
     bool marks[256];

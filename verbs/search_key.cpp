@@ -89,7 +89,8 @@ void useWord(PreparedKey &key)
     key.compare = compareWord<Word, orderOf>;
 }
 
-// --- Longer numbers: sign and magnitude, or two's complement, byte by byte from the most significant
+// --- Longer numbers: sign and magnitude, or two's complement, byte by byte from the most
+// significant
 
 struct LongNumber {
     const uint8_t *first; // most significant
@@ -225,7 +226,8 @@ bool fitZoned(PreparedKey &key, const uint8_t *argument, size_t length)
         if (separate) *to.sign = *from.sign;
         return true;
     }
-    // The sign sits in the first digit, which moves or goes: the digits are made plain, and the new first one gets the sign.
+    // The sign sits in the first digit, which moves or goes: the digits are made plain, and the new
+    // first one gets the sign.
     bool negative = isNegative(key, *from.sign);
     uint8_t first = static_cast<uint8_t>(zone | (*from.sign & 0x0F));
     if (length > key.length) {

@@ -28,7 +28,8 @@ struct PreparedKey {
     bool descending;
     const uint8_t *weights; // of alphanumeric keys, or null
     bcd::u128 word;         // the argument's, for keys that fit a word
-    // Below 0, 0, above 0 as the entry's key is less than, equal to or greater than the argument, in ascending sense.
+    // Below 0, 0, above 0 as the entry's key is less than, equal to or greater than the argument,
+    // in ascending sense.
     int (*compare)(const PreparedKey &key, const uint8_t *entryKey);
     uint8_t fitted[kMostKeyBytes + 1]; // room for the argument where its length is not the key's
 };

@@ -22,7 +22,8 @@ struct Piece {
     size_t length() const { return static_cast<size_t>(end - start); }
 };
 
-// A delimiter in the source; with ALL its last occurrence in a row. None found: both are the end of the source.
+// A delimiter in the source; with ALL its last occurrence in a row. None found: both are the end of
+// the source.
 struct Found {
     const uint8_t *first; // where the field ends
     Piece text;
