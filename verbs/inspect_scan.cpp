@@ -12,8 +12,6 @@
 //
 // A value without a byte matches nowhere.
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cstring>
 
 #include "base/text_units.h"
@@ -23,23 +21,37 @@
 namespace {
 
 using Vector = uint8_t __attribute__((vector_size(16)));
+using Halves = uint64_t __attribute__((vector_size(16)));
+
+// The sum of all lanes.
+int64_t sumOf(Vector lanes)
+{
+    int64_t sum = 0;
+    for (int i = 0; i < 2; i++) {
+        uint64_t half = reinterpret_cast<Halves>(lanes)[i];
+        half = (half & 0x00FF00FF00FF00FFu) + (half >> 8 & 0x00FF00FF00FF00FFu);
+        sum += static_cast<int64_t>((half * 0x0001000100010001u) >> 48);
+    }
+    return sum;
+}
 
 // How often a byte stands in a text.
 int64_t countByte(const uint8_t *text, size_t length, uint8_t byte)
 {
+    constexpr size_t step = 2 * sizeof(Vector), most = 255; // what a lane can count to
+    const Vector wanted = Vector{} + byte;
     int64_t count = 0;
-    size_t i = 0;
-    while (i + sizeof(Vector) <= length) {
-        // A lane counts to 255 at most.
-        Vector lanes = {};
-        for (int rounds = 0; rounds < 255 && i + sizeof(Vector) <= length; rounds++, i += sizeof(Vector))
-            lanes -= static_cast<Vector>(load<Vector>(text + i) == byte);
-        for (uint64_t half : std::bit_cast<std::array<uint64_t, 2>>(lanes)) {
-            half = (half & 0x00FF00FF00FF00FFu) + (half >> 8 & 0x00FF00FF00FF00FFu);
-            count += static_cast<int64_t>((half * 0x0001000100010001u) >> 48);
+    for (size_t rounds = length / step; rounds > 0;) {
+        size_t run = std::min(rounds, most);
+        Vector even = {}, odd = {};
+        for (const uint8_t *end = text + run * step; text < end; text += step) {
+            even -= static_cast<Vector>(load<Vector>(text) == wanted);
+            odd -= static_cast<Vector>(load<Vector>(text + sizeof(Vector)) == wanted);
         }
+        count += sumOf(even) + sumOf(odd);
+        rounds -= run;
     }
-    for (; i < length; i++) count += text[i] == byte;
+    for (const uint8_t *end = text + length % step; text < end; text++) count += *text == byte;
     return count;
 }
 

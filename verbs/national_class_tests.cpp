@@ -1,15 +1,12 @@
 // Class conditions of national items.
-#include <array>
-#include <bit>
-
 #include "base/signed_length.h"
 #include "decimal/numeric_view.h"
 #include "kvr2/conditions.h"
 
 namespace {
 
-constexpr size_t kUnitsAtOnce = 8;
-using Vector = uint16_t __attribute__((vector_size(2 * kUnitsAtOnce)));
+using Vector = uint16_t __attribute__((vector_size(16)));
+using Halves = uint64_t __attribute__((vector_size(16)));
 
 // What is outside of a class, for one unit or for a vector of them.
 struct OutsideDigits {
@@ -34,7 +31,7 @@ int32_t allInside(const uint8_t *item, size_t length)
 {
     size_t i = 0;
     for (; i + sizeof(Vector) <= length; i += sizeof(Vector)) {
-        auto halves = std::bit_cast<std::array<uint64_t, 2>>(Outside::of(load<Vector>(item + i)));
+        auto halves = reinterpret_cast<Halves>(Outside::of(load<Vector>(item + i)));
         if (halves[0] | halves[1]) return 0;
     }
     for (TextCursor<Utf16> units(item + i, length - i); !units.ended();)

@@ -43,19 +43,26 @@ int64_t halve(const Table &table, uint64_t keyOffset, Compare compare)
 
 int inSense(const PreparedKey &key, int order) { return key.descending ? -order : order; }
 
-uint64_t firstBytes(const uint8_t *text) { return loadBig<uint64_t>(text); }
-
-// Most texts differ within eight bytes.
+// Texts of up to sixteen bytes are numbers to compare; of longer ones most differ within sixteen.
 int64_t searchText(const Table &table, const PreparedKey &key)
 {
-    uint64_t first = firstBytes(key.argument);
-    const uint8_t *rest = key.argument + 8;
-    size_t length = key.length - 8;
+    using bcd::u128;
+    constexpr size_t words = sizeof(u128);
+    u128 turn = key.descending ? ~u128{0} : 0,
+         argument = bcd::loadItem(key.argument, std::min(key.length, words)) ^ turn;
+    if (key.length <= words) {
+        return halve(table, key.offset, [&](const uint8_t *entry) {
+            u128 word = bcd::loadItem(entry + key.offset, key.length) ^ turn;
+            return (word > argument) - (word < argument);
+        });
+    }
+    const uint8_t *rest = key.argument + words;
+    size_t length = key.length - words;
     return halve(table, key.offset, [&](const uint8_t *entry) {
         const uint8_t *text = entry + key.offset;
-        uint64_t word = firstBytes(text);
-        if (word != first) return inSense(key, word > first ? 1 : -1);
-        return inSense(key, memcmp(text + 8, rest, length));
+        u128 word = bcd::loadItem(text, words) ^ turn;
+        if (word != argument) return word > argument ? 1 : -1;
+        return inSense(key, memcmp(text + words, rest, length));
     });
 }
 
@@ -71,7 +78,7 @@ int64_t searchPacked(const Table &table, const PreparedKey &key)
 
 int64_t searchOne(const Table &table, const PreparedKey &key)
 {
-    if (key.type <= ZVK_SEARCH_ALPHANUMERIC_EBCDIC && !key.weights && key.length >= 8) return searchText(table, key);
+    if (key.type <= ZVK_SEARCH_ALPHANUMERIC_EBCDIC && !key.weights && key.length > 0) return searchText(table, key);
     if (key.type == ZVK_SEARCH_PACKED && key.length > 0 && key.length <= 8) return searchPacked(table, key);
     return halve(table, key.offset,
                  [&](const uint8_t *entry) { return inSense(key, key.compare(key, entry + key.offset)); });
