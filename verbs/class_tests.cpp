@@ -56,19 +56,17 @@ inline uint64_t isNoDigit(uint64_t bytes)
            bcd::all<uint64_t>(0xF0);
 }
 
-// Digits and nothing else, from eight bytes on: the item as words, of which the last one overlaps.
+// Digits and nothing else, of an item of eight bytes or more, as words, of which the last overlaps.
 bool arePlainDigits(const uint8_t *digits, size_t length)
 {
-    uint64_t bad = 0;
-    for (size_t i = 0; i + 8 < length; i += 8) bad |= isNoDigit(load<uint64_t>(digits + i));
-    return (bad | isNoDigit(load<uint64_t>(digits + length - 8))) == 0;
+    uint64_t bad = isNoDigit(load<uint64_t>(digits)) | isNoDigit(load<uint64_t>(digits + length - 8));
+    for (size_t i = 8; i + 8 < length; i += 8) bad |= isNoDigit(load<uint64_t>(digits + i));
+    return bad == 0;
 }
 
-// Digits that carry no sign, by the strict check of decimal operands, which passes plain digits and
-// some more.
+// Digits that carry no sign, by the strict check of decimal operands.
 bool areDigits(const uint8_t *digits, size_t length)
 {
-    if (length >= 8 && arePlainDigits(digits, length)) return true;
     return zvkBcdCheckZoned(digits, static_cast<int32_t>(length), kCheckStrict) == 0;
 }
 
@@ -101,6 +99,8 @@ int32_t _zvkcClasPackedDec(const uint8_t *item, int32_t digits)
 int32_t _zvkcClasZonedDec(uint32_t word, const uint8_t *item, int32_t signedLength)
 {
     size_t length = plainLength(signedLength);
+    // Plain digits pass every check below.
+    if (length >= 8 && arePlainDigits(item, length)) return 1;
     uint32_t place = word & 0xFF;
     bool strict = (word >> 8 & 0xFF) != 0,
          embedded = place == ZVK_CLASS_SIGN_LEADING || place == ZVK_CLASS_SIGN_TRAILING;

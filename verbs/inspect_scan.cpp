@@ -51,7 +51,13 @@ int64_t countByte(const uint8_t *text, size_t length, uint8_t byte)
         count += sumOf(even) + sumOf(odd);
         rounds -= run;
     }
-    for (const uint8_t *end = text + length % step; text < end; text++) count += *text == byte;
+    size_t rest = length % step;
+    if (rest >= sizeof(Vector)) {
+        count += sumOf(-static_cast<Vector>(load<Vector>(text) == wanted));
+        text += sizeof(Vector);
+        rest -= sizeof(Vector);
+    }
+    for (const uint8_t *end = text + rest; text < end; text++) count += *text == byte;
     return count;
 }
 

@@ -46,8 +46,8 @@ ZVK_STATIC_ASSERT(sizeof(SearchKey) == 16, "SearchKey");
 typedef struct SearchHeader {
     uint16_t baseOffset; /**< from the table's address to its first entry */
     int16_t keyCount;    /**< records in `keys` */
-    int16_t
-        argumentCount; /**< arguments; behind `keys` follow their lengths, 64 bits each, then their forms, 8 bits each */
+    /** Arguments; their lengths follow `keys`, 64 bits each, then their forms, 8 bits each. */
+    int16_t argumentCount;
     uint16_t reserved6;
     SearchKey keys[1];
 } SearchHeader;

@@ -1,7 +1,7 @@
 // Catches: a byte or unit in the wrong class, at any place of an item of any length; a comparison
 // whose sign differs from that of a plain loop over a padded or repeated operand; a collating table
-// that is no order of the bytes, or a locale left changed; trimming and reversal off by a character;
-// a load or store beside an item.
+// that is no order of the bytes, or a locale left changed; trimming and reversal off by a
+// character; a load or store beside an item.
 #include <clocale>
 #include <cstdlib>
 #include <functional>

@@ -100,7 +100,8 @@ void callString(GuardedTexts &texts, StringStatement &statement)
             block += textAt(&entry, sizeof entry);
         }
     }
-    // The block ends with the last source, and is at its records' alignment at the end of its pages too.
+    // The block ends with the last source, and is at its records' alignment at the end of its pages
+    // too.
     auto *placed = reinterpret_cast<StringBlock *>(texts.put(block));
     _zvkcString(placed, &foldingAlphabet(), &statement.overflow);
     statement.pointer = placed->pointer;
