@@ -37,7 +37,7 @@ typedef struct SearchKey {
     uint8_t reserved1[3];
     uint32_t length; /**< bytes, at most 255 */
     uint64_t offset; /**< within an entry */
-} SearchKey;
+} __attribute__((packed)) SearchKey;
 
 ZVK_AT(SearchKey, length, 4);
 ZVK_AT(SearchKey, offset, 8);
@@ -50,7 +50,7 @@ typedef struct SearchHeader {
     int16_t argumentCount;
     uint16_t reserved6;
     SearchKey keys[1];
-} SearchHeader;
+} __attribute__((packed)) SearchHeader;
 
 ZVK_AT(SearchHeader, keyCount, 2);
 ZVK_AT(SearchHeader, argumentCount, 4);
