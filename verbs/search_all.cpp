@@ -113,7 +113,8 @@ extern "C" int64_t _zvkcSrchAll(const SearchHeader *header, uint8_t *base, int64
                                 const SearchArgument *arguments, uint64_t *, const AlphabetRecord *alphabet)
 {
     if (entries < 1) return -1;
-    size_t count = static_cast<size_t>(std::max<int16_t>(std::min<int16_t>(header->keyCount, header->argumentCount), 0));
+    size_t count =
+        static_cast<size_t>(std::max<int16_t>(std::min<int16_t>(header->keyCount, header->argumentCount), 0));
     WorkArea<kKeysOnStack * sizeof(PreparedKey)> area(count * sizeof(PreparedKey));
     auto *keys = reinterpret_cast<PreparedKey *>(area.data());
     if (!keys) return -1;
