@@ -51,8 +51,8 @@ int64_t searchText(const Table &table, const PreparedKey &key)
     u128 turn = key.descending ? ~u128{0} : 0,
          argument = bcd::loadItem(key.argument, std::min(key.length, words)) ^ turn;
     if (key.length <= words) {
-        return halve(table, key.offset, [&](const uint8_t *entry) {
-            u128 word = bcd::loadItem(entry + key.offset, key.length) ^ turn;
+        return halve(table, key.offset, [=, offset = key.offset, bytes = key.length](const uint8_t *entry) {
+            u128 word = bcd::loadItem(entry + offset, bytes) ^ turn;
             return (word > argument) - (word < argument);
         });
     }
