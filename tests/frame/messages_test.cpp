@@ -8,6 +8,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fstream>
+#include <nl_types.h>
 #include <regex>
 #include <string>
 #include <thread>
@@ -23,6 +24,14 @@
 #include "support/require.h"
 
 using std::string;
+
+// A catalog that is installed in the system is none of ours.
+extern "C" nl_catd __real_catopen(const char *name, int flags);
+extern "C" nl_catd __wrap_catopen(const char *name, int flags);
+nl_catd __wrap_catopen(const char *name, int flags)
+{
+    return strncmp(name, "/usr/share/locale/", 18) == 0 ? reinterpret_cast<nl_catd>(-1) : __real_catopen(name, flags);
+}
 
 namespace {
 
