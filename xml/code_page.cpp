@@ -120,6 +120,8 @@ XmlPage *makePage(UConverter *converter, const char *name)
     page->pageClass = classOf(converter);
     readBytes(converter, *page);
     zvkDerivePageTables(page->toUnicode, page->tables);
+    page->asciiAsIs = true;
+    for (uint16_t c = ' '; c < 0x7F; c++) page->asciiAsIs = page->asciiAsIs && page->tables.markup[c] == c;
     setDeclaredName(*page);
     return page;
 }

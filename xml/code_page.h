@@ -35,6 +35,7 @@ struct XmlPage {
     int32_t ccsid;         // below 0: it cannot be read; 0: there is none
     uint8_t maxCharSize;
     PageClass pageClass;
+    bool asciiAsIs;            // the printable characters of ASCII are their own bytes
     uint16_t toUnicode[256];   // of a byte alone; kNoCharacter if it is none
     uint32_t fromUnicode[256]; // character << 8 | byte, sorted
     uint32_t fromUnicodeCount;
