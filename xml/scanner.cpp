@@ -818,7 +818,7 @@ bool Scanner<Text>::document()
     case Misc::Failed:
         return false;
     }
-    return p.endCode ? documentEnd() : send(kEndOfDocument, p.textEnd, p.textEnd);
+    return end != p.textEnd ? documentEnd() : send(kEndOfDocument, end, end);
 }
 
 } // namespace
