@@ -97,6 +97,7 @@ std::string utf16(const std::u16string &text)
 TEST(XmlGenerate, GroupsAttributesAndRepeats)
 {
     GenerateStatement s;
+    s.encoding = "819";
     s.options.options = ZVK_XML_DECLARATION | ZVK_XML_STANDALONE;
     s.group(1, "ORDER");
     s.number(2, "NO", "  0012", 4, ZVK_XML_NODE_ATTRIBUTE);
@@ -178,6 +179,7 @@ TEST(XmlGenerate, NumericTexts)
 TEST(XmlGenerate, EscapesAndHexadecimal)
 {
     GenerateStatement s;
+    s.encoding = "819";
     s.options.options = ZVK_XML_TELL_HEX;
     s.group(1, "R");
     s.text(2, "A", "<>&'\" \xE9  ");
@@ -437,7 +439,7 @@ TEST(XmlGenerate, ReadsBack)
             std::string name = "G" + std::to_string(n);
             size_t groups = pick(4), leafs = pick(4), length = 1 + pick(20);
             if (pick(2) || groups != 1) s.repeat(static_cast<uint32_t>(groups));
-            s.group(static_cast<uint8_t>(2 + pick(3)), name);
+            s.group(static_cast<uint8_t>(2 + n), name); // never below the one before: not inside it
             s.repeatDepending(leafs);
             s.leaf(7, "L", static_cast<uint32_t>(length));
             s.number(7, "N", "", 1);
