@@ -174,14 +174,37 @@ private:
     {
         if (!room(length)) return false;
         if (asciiAsIs_) {
-            memcpy(at_, ascii, length);
-            at_ += length;
+            copy(ascii, length);
         } else {
             for (size_t i = 0; i < length; i++) store(unitOfAscii(ascii[i]));
         }
         return true;
     }
-    bool put(const char *ascii) { return put(ascii, strlen(ascii)); }
+    template <size_t Size>
+    bool put(const char (&literal)[Size])
+    {
+        return put(literal, Size - 1);
+    }
+    bool putWord(const char *word) { return put(word, strlen(word)); }
+    // Most pieces are a few bytes: two overlapping moves do for them.
+    void copy(const void *from, size_t length)
+    {
+        auto *bytes = static_cast<const uint8_t *>(from);
+        if (length >= 8 && length <= 16) {
+            uint64_t first = load<uint64_t>(bytes), last = load<uint64_t>(bytes + length - 8);
+            ::store<uint64_t>(at_, first);
+            ::store<uint64_t>(at_ + length - 8, last);
+        } else if (length >= 4 && length < 8) {
+            uint32_t first = load<uint32_t>(bytes), last = load<uint32_t>(bytes + length - 4);
+            ::store<uint32_t>(at_, first);
+            ::store<uint32_t>(at_ + length - 4, last);
+        } else if (length < 4) {
+            for (size_t i = 0; i < length; i++) at_[i] = bytes[i];
+        } else {
+            memcpy(at_, bytes, length);
+        }
+        at_ += length;
+    }
     bool putPlain(const TextPair &pair, const uint8_t *at, const uint8_t *end);
     bool putCharacter(uint32_t character);
     bool putReference(uint32_t character);
@@ -248,8 +271,7 @@ bool Generator<Unit>::putPlain(const TextPair &pair, const uint8_t *at, const ui
     size_t length = static_cast<size_t>(end - at);
     if (!room(length)) return false;
     if (sizeof(Unit) == 1 && pair.same) {
-        memcpy(at_, at, length);
-        at_ += length;
+        copy(at, length);
     } else {
         for (; at < end; at++) store(pair.unit[*at]);
     }
@@ -260,7 +282,7 @@ bool Generator<Unit>::putPlain(const TextPair &pair, const uint8_t *at, const ui
 template <class Unit>
 bool Generator<Unit>::putCharacter(uint32_t character)
 {
-    if (const char *entity = zvkEntityOf(character)) return put(entity);
+    if (const char *entity = zvkEntityOf(character)) return putWord(entity);
     if (character > 0xFFFF) return putReference(character);
     if (target_ == Target::Utf16) return room(1) && (store(character), true);
     if (target_ == Target::SingleByte) {
@@ -285,7 +307,7 @@ constexpr char kHexDigits[] = "0123456789ABCDEF";
 template <class Unit>
 bool Generator<Unit>::putReference(uint32_t character)
 {
-    char text[12] = "&#x";
+    char text[32] = "&#x"; // 10 at most
     size_t length = 3;
     for (int shift = 20; shift >= 0; shift -= 4)
         if (character >> shift) text[length++] = kHexDigits[character >> shift & 15];
@@ -343,7 +365,7 @@ bool Generator<Unit>::putHex(const SourceText &text)
 template <class Unit>
 bool Generator<Unit>::putText(const SourceText &text)
 {
-    if (text.word) return put(text.word);
+    if (text.word) return putWord(text.word);
     if (text.hex) return putHex(text);
     if (text.minus && !put("-")) return false;
     if (!text.pair) return putUnits(text);
@@ -388,8 +410,8 @@ bool Generator<Unit>::classify(SourceText &text, const XmlPage *page, bool shift
 {
     text.pair = pairOf(page);
     if (!text.pair) return false;
-    uint8_t kinds = shifted ? kPart : kPlain;
-    for (const uint8_t *at = text.at; at < text.end; at++) kinds |= text.pair->kind[*at];
+    uint8_t kinds = text.pair->kindsOf(text.at, text.end);
+    if (shifted) kinds |= kPart;
     text.kinds = kinds;
     text.hex = kinds & kIllegalByte;
     if (text.hex || !(kinds & kPart)) return true;
@@ -507,8 +529,8 @@ template <class Unit>
 bool Generator<Unit>::declaration()
 {
     if (!option(ZVK_XML_DECLARATION)) return true;
-    return put("<?xml version=\"1.0\"") && put(" encoding=\"") && put(encoding_.declared) && put("\"") &&
-           put(option(ZVK_XML_STANDALONE) ? " standalone=\"yes\"?>" : "?>");
+    return put("<?xml version=\"1.0\"") && put(" encoding=\"") && putWord(encoding_.declared) && put("\"") &&
+           putWord(option(ZVK_XML_STANDALONE) ? " standalone=\"yes\"?>" : "?>");
 }
 
 template <class Unit>
@@ -537,7 +559,8 @@ bool Generator<Unit>::putName(const uint8_t *name, bool hex)
     if (!classifyName(name, text)) return false;
     uint8_t first = name[1];
     bool begins = native_->kind[first] == kPart || zvkBeginsName(encoding_.native->tables.nameClass[first]);
-    return put(hex ? "hex." : begins ? "" : "_") && putText(text);
+    if (hex ? !put("hex.") : !begins && !put("_")) return false;
+    return putText(text);
 }
 
 template <class Unit>

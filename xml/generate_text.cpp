@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <emmintrin.h>
 
 #include "frame/storage.h"
 #include "xml/utf8_walk.h"
@@ -46,9 +47,37 @@ void fill(TextPair &pair)
         pair.unit[b] = static_cast<uint8_t>(unit);
         if (unit != b) pair.same = false;
     }
+    pair.asciiPlain = true;
+    for (int b = ' '; b < 0x7F; b++)
+        if (pair.kind[b] != kPlain && !strchr("<>&'\"", b)) pair.asciiPlain = false;
+}
+
+// Of 16 bytes those that may be other than plain where printable ASCII is: "&" and "'", "<" and ">"
+// differ in a bit each.
+unsigned candidatesAt(const uint8_t *at)
+{
+    __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+    auto equal = [](__m128i lanes, char value) { return _mm_cmpeq_epi8(lanes, _mm_set1_epi8(value)); };
+    __m128i marks = _mm_or_si128(equal(_mm_or_si128(bytes, _mm_set1_epi8(1)), '\''),
+                                 equal(_mm_or_si128(bytes, _mm_set1_epi8(2)), '>'));
+    // Signed, what is below a blank is control characters and all from 0x80 on.
+    __m128i others = _mm_or_si128(_mm_cmplt_epi8(bytes, _mm_set1_epi8(' ')), equal(bytes, 0x7F));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(marks, equal(bytes, '"')), others)));
 }
 
 } // namespace
+
+uint8_t TextPair::kindsOf(const uint8_t *at, const uint8_t *end) const
+{
+    uint8_t kinds = kPlain;
+    if (asciiPlain) {
+        for (; end - at >= 16; at += 16)
+            for (unsigned candidates = candidatesAt(at); candidates; candidates &= candidates - 1)
+                kinds |= kind[at[__builtin_ctz(candidates)]];
+    }
+    for (; at < end; at++) kinds |= kind[*at];
+    return kinds;
+}
 
 const TextPair *zvkTextPair(const XmlPage *source, const XmlPage *target)
 {

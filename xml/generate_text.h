@@ -27,7 +27,11 @@ struct TextPair {
     const XmlPage *source, *target;
     uint8_t kind[256]; // ByteKind
     uint8_t unit[256];
-    bool same; // plain bytes are themselves
+    bool same;       // plain bytes are themselves
+    bool asciiPlain; // printable ASCII but for the five entities is plain
+
+    // The kinds of a text's bytes, put together.
+    uint8_t kindsOf(const uint8_t *at, const uint8_t *end) const;
 };
 
 // Null without storage. `target` is a page of single bytes, UTF-8 or UTF-16.

@@ -95,7 +95,12 @@ XmlParseBlock &blockOf(void *context) { return *static_cast<XmlParseBlock *>(con
 // Sets the registers, calls the procedure and reads XML-CODE back.
 int32_t callProcedure(XmlParseBlock &block, EventName name)
 {
-    memcpy(block.xmlEvent, block.eventNames + name * kNameStride, ZVK_XML_EVENT_LENGTH);
+    // In two pieces that overlap, the first one last: the procedure looks there first, and what it
+    // loads comes straight from the store.
+    const char *text = block.eventNames + name * kNameStride;
+    memcpy(block.xmlEvent + ZVK_XML_EVENT_LENGTH - 16, text + ZVK_XML_EVENT_LENGTH - 16, 16);
+    __asm__ volatile("" ::: "memory"); // the compiler would join the two
+    memcpy(block.xmlEvent, text, 16);
     *block.xmlCode = block.code;
     *block.xmlTextLength = block.textLength;
     *block.xmlNTextLength = block.nTextLength;

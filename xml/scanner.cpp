@@ -48,11 +48,13 @@ private:
     void skipCharacter() { at += form.lengthAt(at, end); }
     void skipWhite()
     {
-        while (at < end) {
-            size_t length = form.whiteAt(at, end);
-            if (length == 0) return;
-            at += length;
+        const uint8_t *place = at;
+        while (place < end) {
+            size_t length = form.whiteAt(place, end);
+            if (length == 0) break;
+            place += length;
         }
+        at = place;
     }
     static uint32_t units(const uint8_t *from, const uint8_t *to) { return static_cast<uint32_t>((to - from) / unit); }
     uint32_t offset(const uint8_t *place) const { return static_cast<uint32_t>(place - p.text); }
@@ -161,7 +163,9 @@ bool Scanner<Text>::recoverAs(int32_t code, XmlSlot slot, const uint8_t *from, c
 template <class Text>
 bool Scanner<Text>::readName()
 {
-    while (at < end && form.nameClassAt(at) != kNotInNames) skipCharacter();
+    const uint8_t *place = at; // what is a member the compiler would store at each step
+    while (place < end && form.nameClassAt(place) != kNotInNames) place += form.lengthAt(place, end);
+    at = place;
     return need();
 }
 
