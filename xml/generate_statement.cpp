@@ -54,6 +54,7 @@ struct OpenGroup {
     const uint8_t *name;
     uint64_t remaining; // occurrences, with the one that is open
     bool tagged, absent;
+    const uint8_t *tagName, *tagNameEnd; // in the document
 };
 
 // Buffers and a converter for source texts that are no bytes of single characters: made when they
@@ -232,7 +233,7 @@ private:
     bool interfaceTag(const uint8_t *name, bool closing);
     bool closeStartTag();
     bool startTag(const uint8_t *name, bool hex);
-    bool endTag(const uint8_t *name, bool hex);
+    bool endTag(const uint8_t *tagName, const uint8_t *tagNameEnd);
     bool leaf(const GenerateNode &node, const uint8_t *name, const SourceText &text);
 
     // The walk.
@@ -253,7 +254,8 @@ private:
     bool asciiAsIs_;
     int32_t code_ = 0;
     bool hexNamed_ = false, hexBare_ = false;
-    bool tagOpen_ = false; // a start tag without its ">"
+    const uint8_t *tagName_ = nullptr, *tagNameEnd_ = nullptr; // in the document: of the latest start tag
+    bool tagOpen_ = false;                                     // a start tag without its ">"
     bool namespaceDone_ = false;
     bool absent_ = false; // inside what does not occur
 
@@ -608,15 +610,23 @@ bool Generator<Unit>::closeStartTag()
 template <class Unit>
 bool Generator<Unit>::startTag(const uint8_t *name, bool hex)
 {
-    if (!closeStartTag() || !put("<") || !putElementName(name, hex) || !namespaceDeclaration()) return false;
+    if (!closeStartTag() || !put("<")) return false;
+    tagName_ = at_;
+    if (!putElementName(name, hex)) return false;
+    tagNameEnd_ = at_;
     tagOpen_ = true;
-    return true;
+    return namespaceDeclaration();
 }
 
+// The name is copied from the start tag, which is in the receiver.
 template <class Unit>
-bool Generator<Unit>::endTag(const uint8_t *name, bool hex)
+bool Generator<Unit>::endTag(const uint8_t *tagName, const uint8_t *tagNameEnd)
 {
-    return closeStartTag() && put("</") && putElementName(name, hex) && put(">");
+    if (!closeStartTag() || !put("</")) return false;
+    size_t length = static_cast<size_t>(tagNameEnd - tagName);
+    if (!room(length / sizeof(Unit))) return false;
+    copy(tagName, length);
+    return put(">");
 }
 
 // An attribute whose element's start tag has ended is written as an element: nothing is lost.
@@ -630,7 +640,7 @@ bool Generator<Unit>::leaf(const GenerateNode &node, const uint8_t *name, const 
     hexNamed_ |= text.hex;
     if (node.flags & ZVK_XML_NODE_ATTRIBUTE && tagOpen_)
         return put(" ") && putName(name, text.hex) && put("=\"") && putText(text) && put("\"");
-    return startTag(name, text.hex) && closeStartTag() && putText(text) && endTag(name, text.hex);
+    return startTag(name, text.hex) && closeStartTag() && putText(text) && endTag(tagName_, tagNameEnd_);
 }
 
 // --- The walk --------------------------------------------------------------------------------------------------------
@@ -678,7 +688,7 @@ bool Generator<Unit>::closeGroups(Cursors &c, uint8_t level, bool &again)
 {
     while (depth_ > 0 && level <= groups_[depth_ - 1].node->level) {
         OpenGroup &group = groups_[--depth_];
-        if (group.tagged && !endTag(group.name, false)) return false;
+        if (group.tagged && !endTag(group.tagName, group.tagNameEnd)) return false;
         if (group.absent) absent_ = false;
         if (group.remaining > 1) {
             c.node = group.node;
@@ -711,9 +721,10 @@ bool Generator<Unit>::leaves(Cursors &c)
     c.name += 1 + *name;
     if (!numeric && length == 0) {
         bool tagged = repeat > 0 && !(node.flags & ZVK_XML_NODE_UNTAGGED);
-        groups_[depth_++] = {&node, name, repeat, tagged, !absent_ && repeat == 0};
+        if (tagged && !startTag(name, false)) return false;
+        groups_[depth_++] = {&node, name, repeat, tagged, !absent_ && repeat == 0, tagName_, tagNameEnd_};
         if (repeat == 0) absent_ = true;
-        return !tagged || startTag(name, false);
+        return true;
     }
     for (; repeat > 0; repeat--) {
         SourceText text{};

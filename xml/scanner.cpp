@@ -163,9 +163,7 @@ bool Scanner<Text>::recoverAs(int32_t code, XmlSlot slot, const uint8_t *from, c
 template <class Text>
 bool Scanner<Text>::readName()
 {
-    const uint8_t *place = at; // what is a member the compiler would store at each step
-    while (place < end && form.nameClassAt(place) != kNotInNames) place += form.lengthAt(place, end);
-    at = place;
+    at = form.nameEnd(at, end);
     return need();
 }
 

@@ -38,6 +38,11 @@ struct SingleByteText {
     uint16_t mark(char c) const { return tables->markup[static_cast<uint8_t>(c)]; }
     CharClass classAt(const uint8_t *at) const { return tables->charClass[*at]; }
     uint8_t nameClassAt(const uint8_t *at) const { return tables->nameClass[*at]; }
+    const uint8_t *nameEnd(const uint8_t *at, const uint8_t *end) const
+    {
+        while (at < end && tables->nameClass[*at] != kNotInNames) at++;
+        return at;
+    }
     uint8_t hexAt(const uint8_t *at) const { return tables->hexValue[*at]; }
     size_t whiteAt(const uint8_t *at, const uint8_t *) const { return tables->charClass[*at] == kWhite; }
     size_t lengthAt(const uint8_t *, const uint8_t *) const { return 1; }
@@ -58,6 +63,16 @@ struct Utf8Text {
     {
         uint8_t c = zvkUtf8Tables.nameClass[*at];
         return c == kNameLook ? static_cast<uint8_t>(zvkNameClass(characterAt(at))) : c;
+    }
+    const uint8_t *nameEnd(const uint8_t *at, const uint8_t *end) const
+    {
+        for (;;) {
+            uint8_t nameClass = kNotInNames;
+            while (at < end && (nameClass = zvkUtf8Tables.nameClass[*at]) != kNotInNames && nameClass != kNameLook)
+                at++;
+            if (at == end || nameClass != kNameLook || zvkNameClass(characterAt(at)) == kNotInNames) return at;
+            at += lengthAt(at, end);
+        }
     }
     uint8_t hexAt(const uint8_t *at) const { return zvkUtf8Tables.hexValue[*at]; }
     size_t whiteAt(const uint8_t *at, const uint8_t *) const
@@ -101,6 +116,11 @@ struct Utf16Text {
         return c == kNextLine ? kWhite : kData;
     }
     uint8_t nameClassAt(const uint8_t *at) const { return zvkNameClass(load(at)); }
+    const uint8_t *nameEnd(const uint8_t *at, const uint8_t *end) const
+    {
+        while (at < end && nameClassAt(at) != kNotInNames) at += unit;
+        return at;
+    }
     uint8_t hexAt(const uint8_t *at) const
     {
         uint16_t c = load(at);
