@@ -55,7 +55,7 @@ struct Statement {
     uint64_t base = 0;
     uint32_t textLength = 0, nTextLength = 0, status = 0;
     int32_t code = 0;
-    char event[32];
+    alignas(32) char event[32]; // as static data of a program is
     uint64_t counts[3] = {};
     XmlProcedure procedure{&Statement::count, this};
 
