@@ -188,6 +188,13 @@ struct DecimalForm {
         return bitsAs<Value>(bits);
     }
     static Value power(int64_t n) { return make(1, n); }
+
+    // The largest number: all nines with the largest exponent.
+    static Value most()
+    {
+        Value nines = make(1, Digits) - make(1, 0);
+        return nines * make(1, largest - bias);
+    }
 };
 
 struct Decimal32 : DecimalForm<Decimal32, ZvkDecimal32, uint32_t, 8, 7> {
