@@ -7,11 +7,11 @@
 
 namespace {
 
-void quadLine(const char *format, ZvkFloat128 value)
+void quadLine(const char *label, ZvkFloat128 value)
 {
-    char text[80];
-    quadmath_snprintf(text, sizeof text, format, value);
-    fputs(text, stderr);
+    char text[64];
+    quadmath_snprintf(text, sizeof text, "% .37QE", value);
+    fprintf(stderr, "%s%s\n", label, text);
 }
 
 // The compiler's check of formats does not know the decimal conversions.
@@ -39,14 +39,14 @@ void bcd::dumpDigits(const char *label, int32_t prec, const uint8_t *item, size_
 
 void bcd::dumpFloatResult(float value) { dumpFloatResult(static_cast<double>(value)); }
 void bcd::dumpFloatResult(double value) { fprintf(stderr, "dst % .37E\n", value); }
-void bcd::dumpFloatResult(ZvkFloat128 value) { quadLine("dst % .37QE\n", value); }
+void bcd::dumpFloatResult(ZvkFloat128 value) { quadLine("dst ", value); }
 void bcd::dumpFloatResult(ZvkDecimal32 value) { dumpFloatResult(static_cast<ZvkDecimal128>(value)); }
 void bcd::dumpFloatResult(ZvkDecimal64 value) { dumpFloatResult(static_cast<ZvkDecimal128>(value)); }
 // The conversion ends in L and so shows no number. It stays.
 void bcd::dumpFloatResult(ZvkDecimal128 value) { decimalLine("dst:  % .34DDL\n", value); }
 void bcd::dumpFloatSource(float value) { dumpFloatSource(static_cast<double>(value)); }
 void bcd::dumpFloatSource(double value) { fprintf(stderr, "in:   % .17E\n", value); }
-void bcd::dumpFloatSource(ZvkFloat128 value) { quadLine("in:   % .37QE\n", value); }
+void bcd::dumpFloatSource(ZvkFloat128 value) { quadLine("in:   ", value); }
 void bcd::dumpFloatSource(ZvkDecimal32 value) { dumpFloatSource(static_cast<ZvkDecimal128>(value)); }
 void bcd::dumpFloatSource(ZvkDecimal64 value) { dumpFloatSource(static_cast<ZvkDecimal128>(value)); }
 void bcd::dumpFloatSource(ZvkDecimal128 value) { decimalLine("in:   % .34DDE\n", value); }

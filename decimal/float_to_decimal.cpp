@@ -208,25 +208,34 @@ inline ZvkFloat128 wholePart(ZvkFloat128 x)
     return bitsAs<ZvkFloat128>(bits);
 }
 
-// What 10^18 leaves of an integer, and the quotient. Both are exact: the rest is found on the binary
-// digits, and a quotient of a number that 10^18 divides has no more binary digits than the number.
-inline uint64_t takeEighteen(ZvkFloat128 &integer)
-{
-    constexpr uint64_t chunk = 1'000'000'000'000'000'000u;
-    u128 bits = bitsAs<u128>(integer);
-    int exponent = static_cast<int>(bits >> 112 & 0x7FFF) - 16383 - 112;
-    u128 mantissa = (bits & ((u128{1} << 112) - 1)) | u128{1} << 112;
-    uint64_t rest;
-    if (exponent <= 0) {
-        rest = static_cast<uint64_t>((mantissa >> -exponent) % chunk);
-    } else {
-        u128 left = mantissa % chunk;
-        for (; exponent > 0; exponent -= std::min(exponent, 64)) left = (left << std::min(exponent, 64)) % chunk;
-        rest = static_cast<uint64_t>(left);
+// The digits of an integer of any size, eighteen a chunk from the right: its mantissa, doubled as often
+// as its exponent says, up to 59 times at once, which carries less than a chunk. Chunks to the left of `most` are dropped.
+struct Chunks {
+    static constexpr uint64_t kChunk = 1'000'000'000'000'000'000u;
+    uint64_t chunk[4933 / 18 + 2]; // of the largest number
+    int count = 0;
+
+    Chunks(ZvkFloat128 integer, int most)
+    {
+        most = std::min(most, static_cast<int>(std::size(chunk)));
+        u128 bits = bitsAs<u128>(integer);
+        int exponent = static_cast<int>(bits >> 112 & 0x7FFF) - 16383 - 112;
+        u128 mantissa = (bits & ((u128{1} << 112) - 1)) | u128{1} << 112;
+        if (exponent < 0) mantissa >>= -exponent;
+        for (; mantissa != 0 && count < most; mantissa /= kChunk) chunk[count++] = static_cast<uint64_t>(mantissa % kChunk);
+        while (exponent > 0) {
+            int step = std::min(exponent, 59);
+            uint64_t carry = 0;
+            for (int i = 0; i < count; i++) {
+                u128 value = (u128{chunk[i]} << step) + carry;
+                carry = static_cast<uint64_t>(value / kChunk);
+                chunk[i] = static_cast<uint64_t>(value % kChunk);
+            }
+            if (carry && count < most) chunk[count++] = carry;
+            exponent -= step;
+        }
     }
-    integer = (integer - static_cast<ZvkFloat128>(rest)) / static_cast<ZvkFloat128>(chunk);
-    return rest;
-}
+};
 
 // An integer-valued number of any size.
 template <class Form>
@@ -234,8 +243,10 @@ void storeLongValue(uint8_t *dst, int32_t prec, ZvkFloat128 integer, bool negati
 {
     clear<Form>(dst, prec);
     bool any = false;
-    for (int64_t place = 0; integer != 0 && place <= prec; place += 18) {
-        uint64_t rest = takeEighteen(integer);
+    const Chunks digits(integer, prec / 18 + 1);
+    int64_t place = 0;
+    for (int i = 0; i < digits.count && place <= prec; i++, place += 18) {
+        uint64_t rest = digits.chunk[i];
         // The digit to the left of the item counts: when it alone is there, the item is a negative zero.
         int64_t seen = prec + int64_t{1} - place;
         any |= (seen >= 18 ? rest : rest % static_cast<uint64_t>(kIntegerPower[static_cast<size_t>(seen)])) != 0;

@@ -13,8 +13,10 @@
  * Decimal floats are in the binary integer encoding. By value all of them travel as the processor's ABI has it: in the vector registers, a
  * result in xmm0. Where an entry takes an address, the number may lie there at any alignment: the `...Item` types say so.
  *
- * No entry that works on floating point traps, whatever its arguments are and whatever exceptions the caller has unmasked: infinities, NaNs and
- * overflow go through it, and the caller's exception flags and masks are after the call what they were before.
+ * No entry that works on floating point traps, whatever its arguments are: infinities, NaNs,
+ * denormal numbers and overflow go through it, although a run unit traps divisions by zero. The
+ * caller's exception masks are after the call what they were before. Only the exception "inexact"
+ * must not be unmasked.
  */
 #ifndef KVR2_FLOATS_H
 #define KVR2_FLOATS_H
