@@ -92,6 +92,13 @@ inline constexpr std::array<double, 309> kPower64 = [] {
     return table;
 }();
 
+// 10^-n, the nearest number.
+inline constexpr std::array<double, kExact128 + 1> kTenth64 = [] {
+    std::array<double, kExact128 + 1> table{};
+    for (size_t n = 0; n < table.size(); n++) table[n] = static_cast<double>(1 / kPower128[n]);
+    return table;
+}();
+
 inline double power64(int64_t n) { return n <= 308 ? kPower64[static_cast<size_t>(n)] : __builtin_huge_val(); }
 
 struct Binary64 {
@@ -100,6 +107,7 @@ struct Binary64 {
     static constexpr const char *name = "double";
     using Power = double; // what powers of ten are computed in
     static Power power(int64_t n) { return power64(n); }
+    static Power tenth(int64_t n) { return n <= kExact128 ? kTenth64[static_cast<size_t>(n)] : 1 / power64(n); }
     static bool isFinite(double x) { return (bitsAs<uint64_t>(x) >> 52 & 0x7FF) != 0x7FF; }
     static bool isNan(double x) { return (bitsAs<uint64_t>(x) & ~(uint64_t{1} << 63)) > uint64_t{0x7FF} << 52; }
     static bool signBit(double x) { return bitsAs<uint64_t>(x) >> 63; }
@@ -112,6 +120,7 @@ struct Binary32 {
     static constexpr const char *name = "float";
     using Power = double;
     static Power power(int64_t n) { return power64(n); }
+    static Power tenth(int64_t n) { return Binary64::tenth(n); }
     static bool isFinite(float x) { return (bitsAs<uint32_t>(x) >> 23 & 0xFF) != 0xFF; }
     static bool isNan(float x) { return (bitsAs<uint32_t>(x) & 0x7FFFFFFF) > 0x7F800000; }
     static bool signBit(float x) { return bitsAs<uint32_t>(x) >> 31; }
@@ -123,6 +132,7 @@ struct Binary128 {
     static constexpr const char *name = "quad";
     using Power = ZvkFloat128;
     static Power power(int64_t n) { return power128(n); }
+    static Power tenth(int64_t n) { return 1 / power128(n); }
     static uint64_t head(ZvkFloat128 x) { return bcd::highWord(bitsAs<u128>(x)); }
     static bool isFinite(ZvkFloat128 x) { return (head(x) >> 48 & 0x7FFF) != 0x7FFF; }
     static bool isNan(ZvkFloat128 x) { return bitsAs<u128>(x) << 1 > u128{0xFFFE} << 112; }

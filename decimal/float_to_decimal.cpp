@@ -157,11 +157,11 @@ struct Limits<Binary128> {
     static bool absurd(ZvkFloat128 integer, int32_t prec) { return integer > power128(prec + int64_t{36}); }
 };
 
-// 10^-n and half of it.
+// 10^-n; n may be negative.
 template <class F>
 typename F::Power tenth(int64_t n)
 {
-    return n >= 0 ? 1 / F::power(n) : F::power(-n);
+    return n >= 0 ? F::tenth(n) : F::power(-n);
 }
 
 // n may be negative.
