@@ -117,10 +117,11 @@ struct ToFloat {
     }
     Value work(uint32_t) const
     {
-        QuietFloats quiet;
-        LongMagnitude digits = longMagnitude<Form>(src, prec);
-        Value value = quotientOf<F>(digits, decs);
-        return digits.value != 0 && Form::negative(src, prec) ? -value : value;
+        return quietly([this] {
+            LongMagnitude digits = longMagnitude<Form>(src, prec);
+            Value value = quotientOf<F>(digits, decs);
+            return digits.value != 0 && Form::negative(src, prec) ? -value : value;
+        });
     }
     void dumpResult(Value value) const { dumpFloatResult(value); }
 };

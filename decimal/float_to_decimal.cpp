@@ -222,7 +222,8 @@ struct Chunks {
         int exponent = static_cast<int>(bits >> 112 & 0x7FFF) - 16383 - 112;
         u128 mantissa = (bits & ((u128{1} << 112) - 1)) | u128{1} << 112;
         if (exponent < 0) mantissa >>= -exponent;
-        for (; mantissa != 0 && count < most; mantissa /= kChunk) chunk[count++] = static_cast<uint64_t>(mantissa % kChunk);
+        for (; mantissa != 0 && count < most; mantissa /= kChunk)
+            chunk[count++] = static_cast<uint64_t>(mantissa % kChunk);
         while (exponent > 0) {
             int step = std::min(exponent, 59);
             uint64_t carry = 0;
@@ -369,11 +370,12 @@ struct FromFloat {
     }
     uint8_t *work(uint32_t mode) const
     {
-        QuietFloats quiet;
-        if constexpr (F::isDecimal)
-            fromDecimal<Form, F>(dst, prec, decs, value, Round, mode);
-        else
-            fromBinary<Form, F>(dst, prec, decs, value, Round, Limits<F>::cap, mode);
+        quietly([this, mode] {
+            if constexpr (F::isDecimal)
+                fromDecimal<Form, F>(dst, prec, decs, value, Round, mode);
+            else
+                fromBinary<Form, F>(dst, prec, decs, value, Round, Limits<F>::cap, mode);
+        });
         return dst;
     }
     void dumpResult(const uint8_t *) const { dumpDigits("dst", prec, dst, Form::bytes(prec)); }

@@ -155,7 +155,6 @@ bool convert(const ZvkExternalFloatSource &picture, const uint8_t *item, void *r
 {
     using Parsed = typename Widths::Parsed;
     char text[INT16_MAX + 8];
-    QuietFloats quiet;
     typename Parsed::Value value = 0;
     if (cleanText(picture, item, text)) {
         bool outOfRange;
@@ -174,7 +173,7 @@ bool convert(const ZvkExternalFloatSource &picture, const uint8_t *item, void *r
 template <class Widths>
 int32_t fromExternal(const ZvkExternalFloatSource *picture, const uint8_t *item, void *result, int32_t report)
 {
-    if (!convert<Widths>(*picture, item, result)) return 0;
+    if (!quietly([&] { return convert<Widths>(*picture, item, result); })) return 0;
     if (!report) return kMsgTooLarge;
     zvkWriteMsg(kMsgTooLarge, 0);
     return 0;
@@ -285,14 +284,12 @@ int32_t _Dmr_convertExtToIntFloat(const ZvkExternalFloatSource *descriptor, cons
 
 void _zvkcConvIntFltToExtFlt(const ZvkExternalFloatTarget *descriptor, const ZvkFloat64Item *value, uint8_t *item)
 {
-    QuietFloats quiet;
-    toExternal(*descriptor, static_cast<ZvkFloat128>(*value), item);
+    quietly([&] { toExternal(*descriptor, static_cast<ZvkFloat128>(*value), item); });
 }
 
 void _zvkcConvIntEFltToExtFlt(const ZvkExternalFloatTarget *descriptor, const ZvkFloat128Item *value, uint8_t *item)
 {
-    QuietFloats quiet;
-    toExternal(*descriptor, *value, item);
+    quietly([&] { toExternal(*descriptor, *value, item); });
 }
 
 void _Dmr_convertIntToExtFloat(const ZvkExternalFloatTarget *descriptor, const ZvkFloat128Item *value, uint8_t *item)

@@ -218,27 +218,24 @@ void checkCurrency(const ZvkNumvalParameters &parameters, const Currency &curren
 }
 
 template <class F>
-typename F::Value quietValueOf(Number &number, bool &outOfRange)
-{
-    QuietFloats quiet;
-    const bool negative = number.text[0] == '-' && number.digits != 0;
-    const auto places = static_cast<size_t>(number.fraction > 0 ? number.fraction : 0);
-    if (number.digits <= 19 && (!std::is_same_v<F, Binary64> || number.value <= uint64_t{1} << 53)) {
-        typename F::Value value;
-        if constexpr (std::is_same_v<F, Binary64>)
-            value = static_cast<double>(static_cast<int64_t>(number.value)) / kPower64[places];
-        else
-            value = static_cast<typename F::Value>(number.value) / F::power(static_cast<int64_t>(places));
-        return negative ? -value : value;
-    }
-    return parseText<F>(number.text, outOfRange);
-}
-
-template <class F>
 typename F::Value valueOf(Number &number, const char *function)
 {
+    using Value = typename F::Value;
+    const bool negative = number.text[0] == '-' && number.digits != 0;
+    const auto places = static_cast<size_t>(number.fraction > 0 ? number.fraction : 0);
+    if constexpr (std::is_same_v<F, Binary64>) {
+        if (number.digits <= 19 && number.value <= uint64_t{1} << 53) { // nothing can come of this
+            double value = static_cast<double>(static_cast<int64_t>(number.value)) / kPower64[places];
+            return negative ? -value : value;
+        }
+    } else if (number.digits <= 19) {
+        return quietly([&] {
+            Value value = static_cast<Value>(number.value) / F::power(static_cast<int64_t>(places));
+            return negative ? -value : value;
+        });
+    }
     bool outOfRange = false;
-    auto value = quietValueOf<F>(number, outOfRange);
+    Value value = quietly([&] { return parseText<F>(number.text, outOfRange); });
     if (outOfRange) zvkWriteMsg(kMsgOutOfRange, 0, function);
     return value;
 }

@@ -59,10 +59,11 @@ struct SeedFaults {
 template <class F>
 SeedFaults faultsOf(typename F::Value seed)
 {
-    QuietFloats quiet;
     if (F::isNan(seed)) return {};
-    return {seed < 0, seed >= static_cast<typename F::Value>(kSeedLimit),
-            F::isFinite(seed) && Functions<F>::trunc(seed) != seed};
+    return quietly([&] {
+        return SeedFaults{seed < 0, seed >= static_cast<typename F::Value>(kSeedLimit),
+                          F::isFinite(seed) && Functions<F>::trunc(seed) != seed};
+    });
 }
 
 template <class F>
@@ -73,13 +74,15 @@ typename F::Value seeded(typename F::Value seed)
     if (faults.negative) reportArgument(kMsgNegativeArgument, "RANDOM");
     if (faults.tooLarge) reportTooLarge("RANDOM", kSeedLimit);
     if (faults.notInteger) reportArgument(kMsgNotInteger, "RANDOM");
-    QuietFloats quiet;
-    constexpr auto most = static_cast<Value>(kMostSeed);
-    if (seed > most) {
-        Value turns = seed / most;
-        seed = F::isFinite(turns) ? (turns - Functions<F>::trunc(turns)) * most : static_cast<Value>(0);
-    }
-    return fractionOf<F>(next(lowWordOf<F>(seed + 1)));
+    return quietly([&] {
+        constexpr auto most = static_cast<Value>(kMostSeed);
+        Value x = seed;
+        if (x > most) {
+            Value turns = x / most;
+            x = F::isFinite(turns) ? (turns - Functions<F>::trunc(turns)) * most : static_cast<Value>(0);
+        }
+        return fractionOf<F>(next(lowWordOf<F>(x + 1)));
+    });
 }
 
 } // namespace
