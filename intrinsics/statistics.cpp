@@ -20,11 +20,10 @@ template <class Value, class First>
 uint32_t gather(Stored<Value> *array, uint32_t place, uint32_t high, First first)
 {
     for (uint32_t i = place; i++ != high;) {
-        Value value = array[i], other = array[place + 1];
-        bool moves = first(value);
-        array[i] = moves ? other : value;
-        array[place + 1] = moves ? value : other;
-        place += moves;
+        Value value = array[i];
+        array[i] = array[place + 1]; // one that stays, too, only changes places with another that stays
+        array[place + 1] = value;
+        place += first(value);
     }
     return place;
 }

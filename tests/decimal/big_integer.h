@@ -117,7 +117,8 @@ struct BigInteger {
     std::string decimal() const
     {
         std::string text;
-        for (BigInteger left = *this; !left.isZero();) text.insert(text.begin(), static_cast<char>('0' + left.divideByTen()));
+        for (BigInteger left = *this; !left.isZero();)
+            text.insert(text.begin(), static_cast<char>('0' + left.divideByTen()));
         return text.empty() ? "0" : text;
     }
 

@@ -19,8 +19,8 @@ namespace {
 ZvkExternalFloatSource source(const std::string &text, int integer, int fraction, int width, bool assumed = false)
 {
     auto length = static_cast<int16_t>(text.size());
-    return {static_cast<int16_t>(assumed ? -length : length), static_cast<int16_t>(fraction), static_cast<int16_t>(integer),
-            static_cast<int16_t>(width)};
+    return {static_cast<int16_t>(assumed ? -length : length), static_cast<int16_t>(fraction),
+            static_cast<int16_t>(integer), static_cast<int16_t>(width)};
 }
 
 double read(const std::string &text, int integer = 2, int fraction = 3, bool assumed = false)
@@ -171,11 +171,13 @@ TEST(ExternalFloat, TakesAnyPictureItemAndNumber)
             auto length = static_cast<int16_t>(random() % 300);
             auto digits = [&] { return static_cast<int16_t>(random() % 4 ? random() % 40 : random()); };
             ZvkExternalFloatSource from = {length, digits(), digits(), digits()};
-            ZvkExternalFloatTarget to = {length, digits(), digits(), static_cast<uint8_t>(random()), static_cast<uint8_t>(random()), '.'};
+            ZvkExternalFloatTarget to = {
+                length, digits(), digits(), static_cast<uint8_t>(random()), static_cast<uint8_t>(random()), '.'};
             if (random() % 2) from.length = to.length = static_cast<int16_t>(-length);
             auto side = random() % 2 ? GuardedItem::AtStart : GuardedItem::AtEnd;
             uint8_t *at = item.place(static_cast<size_t>(length), side);
-            for (int n = 0; n < length; n++) at[n] = static_cast<uint8_t>(random() % 3 ? letters[random() % 18] : random());
+            for (int n = 0; n < length; n++)
+                at[n] = static_cast<uint8_t>(random() % 3 ? letters[random() % 18] : random());
             uint8_t *result = out.place(from.width == 4 ? 4 : from.width == 8 ? 8 : 16, side);
             _zvkcConvExtFltToIntFlt(&from, at, result, 0), _zvkcConvExtFltToDFlt(&from, at, result, 0);
             uint64_t bits[2] = {random(), random() % 3 ? random() : 0x7FFF800000000000 | random() << 63};

@@ -116,8 +116,7 @@ TEST(Numval, ReadsNationalText)
 }
 
 // All prefixes of texts of the grammar, as the scan allows a text to end anywhere.
-const std::regex kNumvalPrefix(
-    R"( *([+-] *(\d*(\.\d*)? *)|(\d+(\.\d*)?|\.\d*) *([+-] *|C(R *)?|D(B *)?)?)?)");
+const std::regex kNumvalPrefix(R"( *([+-] *(\d*(\.\d*)? *)|(\d+(\.\d*)?|\.\d*) *([+-] *|C(R *)?|D(B *)?)?)?)");
 // With "$" as currency sign: after it, signs are trailing ones, even before a digit.
 const std::regex kNumvalCPrefix(
     R"( *([+-] *(\$ *)?((\d(,?\d)*(,|(\.\d*)? *)|\.\d* *))?)"

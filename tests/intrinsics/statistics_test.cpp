@@ -179,7 +179,8 @@ TEST(Statistics, NeverTrap)
         std::mt19937_64 random(9);
         for (int i = 0; i < 2000; i++) {
             uint64_t bits[20];
-            const uint64_t specials[] = {0, 1, 0x7FF0000000000000, 0x7FF0000000000001, 0xBFF0000000000001, 0xFFFF000000000001};
+            const uint64_t specials[] = {
+                0, 1, 0x7FF0000000000000, 0x7FF0000000000001, 0xBFF0000000000001, 0xFFFF000000000001};
             for (uint64_t &word : bits) word = random() % 2 ? specials[random() % 6] : random();
             double d[20], result;
             ZvkFloat128 q[10], quad;

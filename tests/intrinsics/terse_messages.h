@@ -33,8 +33,7 @@ inline const char *terseCatalog()
         for (int n : {97, 100, 151, 163, 176, 177, 178, 179, 180}) inserts[n] = " %s";
         for (int n : {152, 155}) inserts[n] = " %d %d %s";
         std::string text;
-        for (auto [n, tail] : inserts)
-            text += "$set " + std::to_string(n) + "\n1 1 " + std::to_string(n) + tail + "\n";
+        for (auto [n, tail] : inserts) text += "$set " + std::to_string(n) + "\n1 1 " + std::to_string(n) + tail + "\n";
         writeFile(directory.file("terse.msg"), text);
         ChildRun run = runCommand({"gencat", directory.file("kvr2run.cat"), directory.file("terse.msg")});
         return run.status == 0;
