@@ -9,8 +9,8 @@
 //         return quietly([&] { return log(x); });
 //     }
 //
-// The computation is a routine of its own, which the compiler knows nothing of: otherwise it would be
-// free to move arithmetic out of the guarded stretch.
+// The computation is a routine of its own, which the compiler knows nothing of: otherwise it would
+// be free to move arithmetic out of the guarded stretch.
 #pragma once
 
 #include <cstdint>

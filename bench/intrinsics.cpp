@@ -1,4 +1,5 @@
-// Floating-point conversions and intrinsic functions beside what a C program would use for the same.
+// Floating-point conversions and intrinsic functions beside what a C program would use for the
+// same.
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cmath>

@@ -19,15 +19,11 @@
 #include "kvr2/floats.h"
 #include "kvr2/generations.h"
 #include "kvr2/hash_table.h"
-<<<<<<< HEAD
+#include "kvr2/inspect.h"
 #include "kvr2/mathematics.h"
 #include "kvr2/messages.h"
-#include "kvr2/numval.h"
-=======
-#include "kvr2/inspect.h"
-#include "kvr2/messages.h"
 #include "kvr2/national.h"
->>>>>>> main
+#include "kvr2/numval.h"
 #include "kvr2/program_manager.h"
 #include "kvr2/run_unit.h"
 #include "kvr2/search_all.h"

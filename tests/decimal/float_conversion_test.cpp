@@ -1,7 +1,8 @@
-// Faults that these tests are there to catch: a number that is not the nearest to an item; digits of
-// an item that are not those of the number, at any count of digits and places; a power of ten off by a
-// bit; a half unit added in the wrong place; a cap, limit or hand-over between formats that moved; a
-// sign on a zero; bytes beyond an item; any number or item that crashes, traps or hangs a conversion.
+// Faults that these tests are there to catch: a number that is not the nearest to an item; digits
+// of an item that are not those of the number, at any count of digits and places; a power of ten
+// off by a bit; a half unit added in the wrong place; a cap, limit or hand-over between formats
+// that moved; a sign on a zero; bytes beyond an item; any number or item that crashes, traps or
+// hangs a conversion.
 #include <cfenv>
 #include <cmath>
 #include <limits>
@@ -50,8 +51,8 @@ Dyadic dyadicOf(ZvkFloat128 value)
     return {BigInteger(static_cast<unsigned __int128>(ldexpq(mantissa, 113))), exponent - 113};
 }
 
-// Whether a value lies within half a unit of its last place of N / 10^decs, or a hair more: narrowing
-// from a wider format may round a tie that is none.
+// Whether a value lies within half a unit of its last place of N / 10^decs, or a hair more:
+// narrowing from a wider format may round a tie that is none.
 template <class Value>
 bool isNearest(Value value, const std::string &digits, int decs)
 {
@@ -91,8 +92,8 @@ Operand randomOperandOf(int prec)
 Bytes packed(const Operand &operand) { return packedItem(operand.digits, operand.negative ? 0x0D : 0x0C); }
 Bytes zoned(const Operand &operand) { return zonedItem(operand.digits, operand.negative); }
 
-// As the parsers of decimal texts take it. They cut what is too long for the format, so it is rounded
-// here, to the even digit in the middle.
+// As the parsers of decimal texts take it. They cut what is too long for the format, so it is
+// rounded here, to the even digit in the middle.
 std::string textOf(const Operand &operand, int decs, size_t most = 34)
 {
     std::string digits = reference::stripped(operand.digits);

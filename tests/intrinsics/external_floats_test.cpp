@@ -1,6 +1,6 @@
-// Faults that these tests are there to catch: a picture's point or exponent in the wrong place, either
-// way; text that is no part of a number taken for one; a value out of range that is not reported; bits
-// of hexadecimal numbers; access beyond an item; a trap.
+// Faults that these tests are there to catch: a picture's point or exponent in the wrong place,
+// either way; text that is no part of a number taken for one; a value out of range that is not
+// reported; bits of hexadecimal numbers; access beyond an item; a trap.
 #include <cfenv>
 #include <cmath>
 #include <cstring>

@@ -1,7 +1,7 @@
-// Faults that these tests are there to catch: a name bound to another function or format; a missing or
-// wrong message; a remainder with the wrong sign, or that never ends; a sequence of random numbers that
-// is not the given one, is shared by run units or depends on the format of its seed; a factorial's digits
-// or bytes; a trap.
+// Faults that these tests are there to catch: a name bound to another function or format; a missing
+// or wrong message; a remainder with the wrong sign, or that never ends; a sequence of random
+// numbers that is not the given one, is shared by run units or depends on the format of its seed; a
+// factorial's digits or bytes; a trap.
 #include <cfenv>
 #include <cmath>
 #include <cstring>

@@ -1,6 +1,7 @@
-// Faults that these tests are there to catch: a digit of a fixed-point power or of a reciprocal; digits
-// that do not fit cut on the wrong side, or stored under ON SIZE ERROR; an error that is reported where
-// it should count, or the reverse; the rules for bases that are zero or negative mixed up in a format.
+// Faults that these tests are there to catch: a digit of a fixed-point power or of a reciprocal;
+// digits that do not fit cut on the wrong side, or stored under ON SIZE ERROR; an error that is
+// reported where it should count, or the reverse; the rules for bases that are zero or negative
+// mixed up in a format.
 #include <cfenv>
 #include <cmath>
 #include <cstring>

@@ -1,6 +1,6 @@
-// Faults that these tests are there to catch: a median that is not the middle, takes quadratic time on
-// equal or sorted values or runs away on NaNs; elements lost from the array; a sum in another order or
-// precision; the rate counted as an amount; a wrong argument that is not reported; a trap.
+// Faults that these tests are there to catch: a median that is not the middle, takes quadratic time
+// on equal or sorted values or runs away on NaNs; elements lost from the array; a sum in another
+// order or precision; the rate counted as an amount; a wrong argument that is not reported; a trap.
 #include <algorithm>
 #include <cfenv>
 #include <cmath>

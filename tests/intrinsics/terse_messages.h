@@ -12,21 +12,20 @@
 #include "support/child.h"
 
 // Removed at the end of the tests, not by a static's destructor: that would run in every child, too.
-struct TerseDirectory : testing::Environment {
-    TemporaryDirectory *directory = nullptr;
+inline TemporaryDirectory *terseDirectory;
+struct TerseCleaner : testing::Environment {
     void TearDown() override
     {
-        delete directory;
-        directory = nullptr;
+        delete terseDirectory;
+        terseDirectory = nullptr;
     }
 };
-inline auto *const terseDirectory =
-    static_cast<TerseDirectory *>(testing::AddGlobalTestEnvironment(new TerseDirectory));
+inline auto *const terseCleaner = testing::AddGlobalTestEnvironment(new TerseCleaner);
 
 inline const char *terseCatalog()
 {
-    if (!terseDirectory->directory) terseDirectory->directory = new TemporaryDirectory;
-    TemporaryDirectory &directory = *terseDirectory->directory;
+    if (!terseDirectory) terseDirectory = new TemporaryDirectory;
+    TemporaryDirectory &directory = *terseDirectory;
     static bool made = [&directory] {
         std::map<int, const char *> inserts; // gencat wants them in order
         for (int n : {48, 49, 50, 51, 53, 54, 58, 59, 60, 61, 903}) inserts[n] = "";
