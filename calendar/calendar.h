@@ -58,7 +58,8 @@ constexpr int64_t dayNumber(int64_t year, int64_t month, int64_t day)
 {
     int64_t shifted = month > 2 ? year : year - 1;
     int64_t fromMarch = month > 2 ? month - 3 : month + 9;
-    return shifted * 365 + floorDiv(shifted, 4) - floorDiv(shifted, 100) + floorDiv(shifted, 400) + (153 * fromMarch + 2) / 5 + day - 1;
+    return shifted * 365 + floorDiv(shifted, 4) - floorDiv(shifted, 100) + floorDiv(shifted, 400) +
+           (153 * fromMarch + 2) / 5 + day - 1;
 }
 
 // The date of a day number, whatever the number.

@@ -29,7 +29,8 @@ int64_t windowEnd(int32_t window, const char *function)
     _zvkCurrentDate(now);
     int64_t end = (now[0] & 15) * 1000 + (now[1] & 15) * 100 + (now[2] & 15) * 10 + (now[3] & 15);
     end += window;
-    if (end < kLowestWindow || end > kHighestWindow) zvkWriteMsg(kDateRange, 0, function, window, static_cast<int32_t>(end));
+    if (end < kLowestWindow || end > kHighestWindow)
+        zvkWriteMsg(kDateRange, 0, function, window, static_cast<int32_t>(end));
     return end;
 }
 
@@ -80,7 +81,8 @@ int32_t _zvkIntegerOfDate(int32_t date)
 int32_t _zvkIntegerOfDay(int32_t day)
 {
     int32_t year = day / 1000, ofYear = day % 1000;
-    if (!inYears(year) || ofYear < 1 || ofYear > calendar::yearLength(year)) zvkWriteMsg(kDayRange, 0, "INTEGER-OF-DAY");
+    if (!inYears(year) || ofYear < 1 || ofYear > calendar::yearLength(year))
+        zvkWriteMsg(kDayRange, 0, "INTEGER-OF-DAY");
     return static_cast<int32_t>(calendar::dayNumber(year, 1, ofYear) - calendar::kIntegerBase);
 }
 
