@@ -13,7 +13,7 @@
 
 #include "dateservices/date_parts.h"
 #include "dateservices/feedback.h"
-#include "frame/message_catalog.h"
+#include "frame/messages/message_catalog.h"
 #include "frame/messages.h"
 #include "frame/storage.h"
 

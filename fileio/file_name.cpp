@@ -14,6 +14,7 @@
 #include <unistd.h>
 #include <wordexp.h>
 
+#include "base/environment.h"
 #include "fileio/file_slots.h"
 #include "fileio/file_status.h"
 #include "fileio/file_systems.h"
@@ -29,10 +30,7 @@ bool underServerRoot(const char *name) { return strncmp(name, kServerRoot, kServ
 // The wish of VFS_NO_FORCE_FS, read once at each of the two places that look at it.
 bool noForce(int &remembered)
 {
-    if (remembered < 0) {
-        const char *value = getenv("VFS_NO_FORCE_FS");
-        remembered = value && *value;
-    }
+    if (remembered < 0) remembered = environmentHas("VFS_NO_FORCE_FS");
     return remembered;
 }
 
@@ -78,8 +76,8 @@ const char *assignedText(const FIB *fib, char *item, size_t *length, bool *prefi
     *length = fib->assignmentLength;
     *prefixAllowed = fib->attributes & (ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_ASSIGN_ITEM);
     if (!(fib->attributes & ZVK_FILE_ASSIGN_ENVIRONMENT) || !item) return fib->assignment;
-    const char *value = getenv(item);
-    if (!value || !*value) return fib->assignment;
+    const char *value = environmentText(item);
+    if (!value) return fib->assignment;
     *prefixAllowed = true;
     *length = strlen(value);
     return value;

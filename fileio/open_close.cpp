@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/environment.h"
 #include "fileio/file_name.h"
 #include "fileio/file_slots.h"
 #include "fileio/file_status.h"
@@ -12,11 +13,7 @@ namespace {
 
 constexpr uint32_t kNoModuleText = 51; // variant of message 201: no file system could be found or loaded
 
-bool debugging()
-{
-    const char *value = getenv("VFS_DEBUG_OPEN");
-    return value && *value;
-}
+bool debugging() { return environmentHas("VFS_DEBUG_OPEN"); }
 
 const char *concatText(const FCB *fcb) { return fcb->state & ZVK_FILE_CONCATENATED ? "(concat)" : ""; }
 

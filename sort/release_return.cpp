@@ -12,6 +12,7 @@
 
 #include "kvr2/sort.h"
 
+#include "base/bytes.h"
 #include "frame/storage.h"
 #include "frame/thread_record.h"
 #include "sort/spill_file.h"
@@ -25,13 +26,6 @@ ZvkThreadRecord *sortRecord()
 {
     auto *record = static_cast<ZvkThreadRecord *>(zvkThreadScratch(-1));
     return record && record->buffer && record->spillPath && record->recordDesc ? record : nullptr;
-}
-
-uint32_t loadWord(const uint8_t *from)
-{
-    uint32_t word;
-    memcpy(&word, from, sizeof word);
-    return word;
 }
 
 bool spillBuffer(ZvkThreadRecord *record)
@@ -110,7 +104,7 @@ uint64_t sizeAtCursor(const ZvkThreadRecord *record, const SortRecordDesc *desc)
 {
     if (desc->recordFormat != ZVK_SORT_VARIABLE) return desc->recordLength;
     if (record->capacity - static_cast<uint64_t>(record->fill) <= kLengthWord) return record->capacity + 1;
-    return loadWord(record->cursor);
+    return load<uint32_t>(record->cursor);
 }
 
 // A record at the start of a chunk that does not hold it: longer than the buffer, it goes from the
@@ -142,8 +136,8 @@ bool returnRecord(ZvkThreadRecord *record, uint32_t *length, void *data)
     uint64_t left = record->capacity - static_cast<uint64_t>(record->fill), head = 0, size = desc->recordLength;
     if (desc->recordFormat == ZVK_SORT_VARIABLE) {
         head = kLengthWord;
-        if (left < head || loadWord(record->cursor) < head) return endReturning(record);
-        size = loadWord(record->cursor) - head;
+        if (left < head || load<uint32_t>(record->cursor) < head) return endReturning(record);
+        size = load<uint32_t>(record->cursor) - head;
     }
     if (head + size > left) {
         if (!returnLongRecord(record, head, size, data)) return endReturning(record);

@@ -12,6 +12,8 @@
 
 #include "kvr2/edited_moves.h"
 
+#include "base/bytes.h"
+
 namespace {
 
 constexpr uint16_t kBlank = 0x0020;
@@ -21,12 +23,7 @@ struct Units {
     int64_t count;
     int64_t next = 0;
     bool usedUp() const { return next == count; }
-    uint16_t take()
-    {
-        uint16_t unit;
-        memcpy(&unit, start + 2 * next++, sizeof unit);
-        return unit;
-    }
+    uint16_t take() { return load<uint16_t>(start + 2 * next++); }
 };
 
 uint8_t *store(uint8_t *out, uint16_t unit)

@@ -13,11 +13,11 @@
 #include <thread>
 #include <unistd.h>
 
-#include "frame/message_catalog.h"
-#include "frame/message_wrap.h"
 #include "frame/messages.h"
+#include "frame/messages/message_catalog.h"
+#include "frame/messages/message_wrap.h"
 #include "frame/run_unit.h"
-#include "frame/traceback.h"
+#include "frame/signals/traceback.h"
 #include "support/child.h"
 #include "support/compiled_program.h"
 #include "support/require.h"
