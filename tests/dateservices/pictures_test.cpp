@@ -86,7 +86,8 @@ Moment momentOf(int32_t lilian, std::mt19937 &random)
     }
     for (; reached < lilian; reached++) at.next();
     Moment moment{at, int(random() % 24), int(random() % 60), int(random() % 60), int(random() % 1000), 0};
-    moment.seconds = lilian * 86400.0 + moment.hour * 3600 + moment.minute * 60 + moment.second + moment.millisecond / 1000.0;
+    moment.seconds =
+        lilian * 86400.0 + moment.hour * 3600 + moment.minute * 60 + moment.second + moment.millisecond / 1000.0;
     return moment;
 }
 
@@ -134,7 +135,9 @@ TEST(Pictures, WhatIsWrittenReadsBack)
         ASSERT_EQ(back.value, lilian) << wanted << " by " << picture;
         bool whole = true;
         for (const char *part : {"H", "MI", "S", "999"}) whole &= picture.find(part) != std::string::npos;
-        if (whole) { ASSERT_EQ(seconds(wanted, picture).value, moment.seconds) << wanted << " by " << picture; }
+        if (whole) {
+            ASSERT_EQ(seconds(wanted, picture).value, moment.seconds) << wanted << " by " << picture;
+        }
     }
 }
 
@@ -155,7 +158,8 @@ TEST(Pictures, HalvesOfTheDayReadBack)
 
 std::string makeLocale(const TemporaryDirectory &directory, const char *source, const char *charset, const char *name)
 {
-    std::string command = std::string("localedef -i ") + source + " -f " + charset + " " + directory.file(name) + " >/dev/null 2>&1";
+    std::string command =
+        std::string("localedef -i ") + source + " -f " + charset + " " + directory.file(name) + " >/dev/null 2>&1";
     return system(command.c_str()) >= 0 && access(directory.file(name).c_str(), R_OK) == 0 ? name : "";
 }
 

@@ -195,7 +195,9 @@ TEST(TextServices, WritesUnderPictures)
     for (const Writing &each : cases) {
         Text got = date(march, each.picture);
         EXPECT_EQ(got.token, each.token) << each.picture;
-        if (!each.token) { EXPECT_EQ(got.value, each.text) << each.picture; }
+        if (!each.token) {
+            EXPECT_EQ(got.value, each.text) << each.picture;
+        }
     }
     for (int32_t none : {0, -1, 3074325, INT32_MIN, INT32_MAX}) {
         EXPECT_EQ(date(none, "YYYY").token, 2512);

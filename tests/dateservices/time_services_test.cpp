@@ -46,8 +46,8 @@ TEST(TimeServices, SecondsBothWaysToTheMillisecond)
     for (int32_t day = 1; day <= 3074324; day++, at.next()) {
         if (day > 3 && day < 3074320 && day % 1499) continue;
         for (int64_t ms : {int64_t{0}, int64_t{86399999}, static_cast<int64_t>(random() % 86400000)}) {
-            Parts parts{{at.year, at.month, at.day, int32_t(ms / 3600000), int32_t(ms / 60000 % 60), int32_t(ms / 1000 % 60),
-                         int32_t(ms % 1000)}};
+            Parts parts{{at.year, at.month, at.day, int32_t(ms / 3600000), int32_t(ms / 60000 % 60),
+                         int32_t(ms / 1000 % 60), int32_t(ms % 1000)}};
             Seconds there = toSeconds(parts);
             ASSERT_EQ(there.token, 0);
             ASSERT_NEAR(there.value, day * 86400.0 + static_cast<double>(ms) / 1000.0, 0.0001);
@@ -71,11 +71,12 @@ TEST(TimeServices, RangesAreClosed)
         EXPECT_EQ(dateTime(beyond, "YYYY").token, 2505);
     }
     const std::pair<Parts, int> refused[] = {
-        {{{1581, 1, 1, 0, 0, 0, 0}}, 2514},       {{{10000, 1, 1, 0, 0, 0, 0}}, 2514}, {{{1582, 10, 14, 0, 0, 0, 0}}, 2513},
-        {{{2026, 13, 1, 0, 0, 0, 0}}, 2517},      {{{2026, 0, 1, 0, 0, 0, 0}}, 2517},  {{{2026, 2, 29, 0, 0, 0, 0}}, 2511},
-        {{{2026, 1, -1, 0, 0, 0, 0}}, 2511},      {{{2026, 1, 1, 24, 60, 60, 1000}}, 2510},
-        {{{2026, 1, 1, 23, 60, 60, 1000}}, 2516}, {{{2026, 1, 1, 23, 59, 60, 1000}}, 2519},
-        {{{2026, 1, 1, 23, 59, 59, 1000}}, 2515}, {{{2026, 1, 1, -1, 0, 0, 0}}, 2510},
+        {{{1581, 1, 1, 0, 0, 0, 0}}, 2514},        {{{10000, 1, 1, 0, 0, 0, 0}}, 2514},
+        {{{1582, 10, 14, 0, 0, 0, 0}}, 2513},      {{{2026, 13, 1, 0, 0, 0, 0}}, 2517},
+        {{{2026, 0, 1, 0, 0, 0, 0}}, 2517},        {{{2026, 2, 29, 0, 0, 0, 0}}, 2511},
+        {{{2026, 1, -1, 0, 0, 0, 0}}, 2511},       {{{2026, 1, 1, 24, 60, 60, 1000}}, 2510},
+        {{{2026, 1, 1, 23, 60, 60, 1000}}, 2516},  {{{2026, 1, 1, 23, 59, 60, 1000}}, 2519},
+        {{{2026, 1, 1, 23, 59, 59, 1000}}, 2515},  {{{2026, 1, 1, -1, 0, 0, 0}}, 2510},
         {{{2026, 1, 1, 0, 0, 0, INT32_MIN}}, 2515}};
     for (const auto &[given, token] : refused) {
         EXPECT_EQ(toSeconds(given).token, token);
@@ -120,8 +121,9 @@ Offset offsetIn(const char *zone)
 
 TEST(TimeServices, TheClockInEveryKindOfZone)
 {
-    for (const char *zone : {"UTC0", "AAA-5:45", "AAA3:30", "AAA-14", "AAA12", "AAA5BBB,0/0,J365/25", "AAA-1BBB,M3.5.0,M10.5.0/3",
-                             "Australia/Lord_Howe", "America/St_Johns", "Asia/Kathmandu", "Pacific/Kiritimati", "no zone", ""}) {
+    for (const char *zone :
+         {"UTC0", "AAA-5:45", "AAA3:30", "AAA-14", "AAA12", "AAA5BBB,0/0,J365/25", "AAA-1BBB,M3.5.0,M10.5.0/3",
+          "Australia/Lord_Howe", "America/St_Johns", "Asia/Kathmandu", "Pacific/Kiritimati", "no zone", ""}) {
         Offset offset = offsetIn(zone);
         time_t now = time(nullptr);
         tm local;
@@ -136,7 +138,8 @@ TEST(TimeServices, TheClockInEveryKindOfZone)
         FeedbackCode fc;
         LSVGMT(&day, &there, &fc);
         EXPECT_EQ(tokenOf(fc), 0);
-        double expected = static_cast<double>(time(nullptr)) + 141427 * 86400.0 + 86400.0 * 1; // 1970-01-01 is day 141428
+        double expected =
+            static_cast<double>(time(nullptr)) + 141427 * 86400.0 + 86400.0 * 1; // 1970-01-01 is day 141428
         EXPECT_NEAR(there, expected, 2.0) << zone;
         EXPECT_EQ(day, static_cast<int32_t>(there / 86400.0));
         LSVUTC(&day, &there, &fc);
@@ -168,8 +171,8 @@ std::string ebcdic(const std::string &native)
 std::string shown(const FeedbackCode &fc)
 {
     char text[64];
-    snprintf(text, sizeof text, "%d.%d.%02X.%02X%02X%02X ", fc.severity, fc.messageNumber, fc.flags, uint8_t(fc.facility[0]),
-             uint8_t(fc.facility[1]), uint8_t(fc.facility[2]));
+    snprintf(text, sizeof text, "%d.%d.%02X.%02X%02X%02X ", fc.severity, fc.messageNumber, fc.flags,
+             uint8_t(fc.facility[0]), uint8_t(fc.facility[1]), uint8_t(fc.facility[2]));
     return text;
 }
 
@@ -208,7 +211,8 @@ TEST(TimeServices, HostFormsLetNoNumberThrough)
         LSVDYWK_HOST(n, n, nullptr);
     });
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.out, "0 0.0.00.000000 0 0.0.59.C3C5C5 0 0.0.59.C3C5C5 1 0.0.59.C3C5C5 0 0.0.00.000000 0 1 0 0.0.59.C3C5C5 ");
+    EXPECT_EQ(run.out,
+              "0 0.0.00.000000 0 0.0.59.C3C5C5 0 0.0.59.C3C5C5 1 0.0.59.C3C5C5 0 0.0.00.000000 0 1 0 0.0.59.C3C5C5 ");
     EXPECT_NE(run.err.find("ZVK2512"), std::string::npos) << run.err;
 }
 
