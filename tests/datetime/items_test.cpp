@@ -422,7 +422,7 @@ TEST(Items, AnyBytesStayWithinTheirItems)
             return Format(ctTIMESTAMP, entries, 1 + random() % 40);
         };
         Format from = make(), to = make();
-        std::string text(from.fd.storageLength, ' '), target(to.fd.storageLength, '?');
+        std::string text(from.fd.storageLength, ' '), target(to.fd.storageLength, '7');
         for (char &c : text) c = random() % 4 ? static_cast<char>('0' + random() % 10) : static_cast<char>(random());
         for (char &c : text)
             c = (c & 15) > 9 ? static_cast<char>(c & ~8) : c; // a fraction beyond a second is an assertion
