@@ -57,15 +57,21 @@ constexpr bool isDate(int64_t year, int64_t month, int64_t day) { return day >= 
 constexpr int64_t dayNumber(int64_t year, int64_t month, int64_t day)
 {
     int64_t shifted = month > 2 ? year : year - 1;
-    int64_t fromMarch = month > 2 ? month - 3 : month + 9;
-    return shifted * 365 + floorDiv(shifted, 4) - floorDiv(shifted, 100) + floorDiv(shifted, 400) +
-           (153 * fromMarch + 2) / 5 + day - 1;
+    auto fromMarch = static_cast<uint32_t>(month > 2 ? month - 3 : month + 9);
+    auto inYear = static_cast<int64_t>((153 * fromMarch + 2) / 5);
+    if (shifted >= 0 && shifted < 1000000) { // the years that there are: short divisions
+        auto y = static_cast<uint32_t>(shifted);
+        uint32_t centuries = y / 100;
+        return int64_t{y * 365 + y / 4 - centuries + centuries / 4} + inYear + day - 1;
+    }
+    return shifted * 365 + floorDiv(shifted, 4) - floorDiv(shifted, 100) + floorDiv(shifted, 400) + inYear + day - 1;
 }
 
 // The date of a day number, whatever the number.
 constexpr Date dateOf(int64_t number)
 {
-    int64_t era = floorDiv(number, 146097); // 400 years
+    bool usual = number >= 0 && number < 400000000;
+    int64_t era = usual ? static_cast<uint32_t>(number) / 146097 : floorDiv(number, 146097); // 400 years
     auto inEra = static_cast<uint32_t>(number - era * 146097);
     uint32_t yearOfEra = (inEra - inEra / 1460 + inEra / 36524 - inEra / 146096) / 365;
     uint32_t inYear = inEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
@@ -94,8 +100,8 @@ inline constexpr int32_t kLastInteger = static_cast<int32_t>(dayNumber(9999, 12,
 inline constexpr int32_t kLastLilian = static_cast<int32_t>(dayNumber(9999, 12, 31) - kLilianBase);
 static_assert(kLastInteger == 3067671 && kLastLilian == 3074324);
 
-// 0 Sunday to 6 Saturday.
-constexpr int32_t weekday(int64_t number) { return static_cast<int32_t>(number + 3 - floorDiv(number + 3, 7) * 7); }
+// 0 Sunday to 6 Saturday, of a day number that is not negative.
+constexpr int32_t weekday(int64_t number) { return static_cast<int32_t>(static_cast<uint64_t>(number + 3) % 7); }
 static_assert(weekday(kLilianBase + 1) == 5); // a Friday
 
 } // namespace calendar

@@ -13,8 +13,8 @@
 
 #include "dateservices/date_parts.h"
 #include "dateservices/feedback.h"
-#include "frame/messages/message_catalog.h"
 #include "frame/messages.h"
+#include "frame/messages/message_catalog.h"
 #include "frame/storage.h"
 
 namespace dates {

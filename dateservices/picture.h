@@ -6,6 +6,7 @@
 //     "Zd. mmmm YYYY"     shorter, day (1 letter), literal ".", literal " ", monthFullName (4), literal " ", year (4)
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -44,6 +45,15 @@ struct PictureElement {
     uint8_t length;  // bytes of the picture
     const char *text;
 };
+
+// Whether a character begins no element at all.
+inline constexpr std::array<bool, 256> kPlainLiterals = [] {
+    std::array<bool, 256> table{};
+    table.fill(true);
+    for (const char *letter = "YMDWHS9RAZ<ymdwhsraz"; *letter; letter++) table[static_cast<uint8_t>(*letter)] = false;
+    return table;
+}();
+inline bool isPlainLiteral(char c) { return kPlainLiterals[static_cast<uint8_t>(c)]; }
 
 // The element at `at`, which is before `end`.
 PictureElement nextElement(const char *at, const char *end);

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <langinfo.h>
 
+#include "base/bytes.h"
 #include "dateservices/date_parts.h"
 
 namespace dates {
@@ -282,6 +283,12 @@ Status scanDate(const char *date, const char *dateEnd, const char *picture, cons
     Scan scan{date, date, dateEnd, parts, eras, false, false, 0};
     while (picture < pictureEnd) {
         if (scan.date == scan.end) return kBadText;
+        if (isPlainLiteral(*picture) && scan.date != scan.start) {
+            picture++;
+            scan.date++;
+            scan.shorter = false;
+            continue;
+        }
         PictureElement element = nextElement(picture, pictureEnd);
         picture += element.length;
         if (element.kind == Element::shorter || element.kind == Element::angle) {
@@ -298,18 +305,43 @@ Status scanDate(const char *date, const char *dateEnd, const char *picture, cons
     return (scan.seen & kSeenYear) && fixesDay ? kGood : kNotEnough;
 }
 
+namespace {
+
+constexpr uint64_t kOnes = 0x0101010101010101u, kHighBits = 0x8080808080808080u;
+
+// Bit 7 of each byte that is `from` to `to`, both below 0x80.
+constexpr uint64_t bytesWithin(uint64_t word, uint8_t from, uint8_t to)
+{
+    uint64_t low = word & ~kHighBits;
+    return (low + kOnes * (0x80u - from)) & ~(low + kOnes * (0x7Fu - to)) & ~word & kHighBits;
+}
+
+char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 0x20) : c; }
+
+} // namespace
+
 char *normalise(const char *text, size_t length, char *out)
 {
     const char *at = text, *end = text + length;
     char *begin = out;
     while (at < end && *at == ' ') at++;
     while (at < end) {
+        // Eight bytes at a time as long as there is no blank among them.
+        if (end - at >= 8) {
+            auto word = load<uint64_t>(at);
+            if (!bytesWithin(word, ' ', ' ')) {
+                store<uint64_t>(out, word - (bytesWithin(word, 'a', 'z') >> 2));
+                at += 8;
+                out += 8;
+                continue;
+            }
+        }
         char c = *at++;
         if (c == ' ') {
             while (at < end && *at == ' ') at++;
             c = '/';
         }
-        *out++ = c >= 'a' && c <= 'z' ? static_cast<char>(c - 0x20) : c;
+        *out++ = upper(c);
     }
     return out > begin && out[-1] == '/' ? out - 1 : out;
 }

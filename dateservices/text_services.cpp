@@ -15,7 +15,7 @@ constexpr char kDatePicture[] = "MM/DD/YY";
 constexpr char kTimePicture[] = "MM/DD/YY HH:MI:SS AP";
 constexpr char kScannedTimePicture[] = "MM/DD/YY/HH:MI:SS/AP"; // cleared of blanks
 
-// A call's storage: one request of this size, and more only for texts that are longer than any date.
+// Room for the cleared texts of a call. Only texts that are longer than any date take storage.
 constexpr size_t kWorkStorage = 793;
 
 struct Text {
@@ -28,12 +28,6 @@ Text textOf(const VSTRING *string)
 {
     size_t length = static_cast<int16_t>(string->length) < 0 ? 0 : string->length;
     return {string->text, string->text + length};
-}
-
-// Null: none to be had.
-char *takeStorage(size_t wanted)
-{
-    return static_cast<char *>(zvkAlloc(wanted > kWorkStorage ? wanted : kWorkStorage));
 }
 
 bool isBlank(const Text &text)
@@ -62,8 +56,9 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 {
     parts = DateParts{};
     Text given = textOf(date), asked = textOf(picture);
-    char *work = takeStorage(given.length() + asked.length());
-    if (!work) return kNoWorkStorage;
+    char own[kWorkStorage], *work = own;
+    size_t wanted = given.length() + asked.length();
+    if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
     char *dateEnd = normalise(given.begin, given.length(), work);
     Text cleared{dateEnd, normalise(asked.begin, asked.length(), dateEnd)};
     if (cleared.length() == 0) {
@@ -71,7 +66,7 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
         cleared = {usual, usual + strlen(usual)};
     }
     uint32_t message = scanAndValidate(service, {work, dateEnd}, cleared, parts);
-    free(work);
+    if (work != own) free(work);
     return message;
 }
 

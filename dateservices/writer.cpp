@@ -18,10 +18,10 @@ namespace {
 struct Writer {
     char *out, *end;
     const char *picture; // behind the present element
+    const char *pictureStart, *pictureEnd;
     const DateParts &parts;
     const EraTable *eras;
     bool inEra;
-    bool twelve;  // the picture has an element for the half of the day
     bool shorter; // a Z stands in front
 
     Status put(char c)
@@ -32,9 +32,10 @@ struct Writer {
     }
     Status put(const char *text, size_t length)
     {
-        for (size_t i = 0; i < length; i++)
-            if (put(text[i]) != kGood) return kCut;
-        return kGood;
+        size_t room = static_cast<size_t>(end - out), copied = std::min(room, length);
+        memcpy(out, text, copied);
+        out += copied;
+        return copied == length ? kGood : kCut;
     }
     Status pad(size_t count)
     {
@@ -102,7 +103,7 @@ Status dayOfYear(Writer &writer, const PictureElement &) { return number(writer,
 Status hour(Writer &writer, const PictureElement &element)
 {
     int32_t value = writer.parts.hour;
-    if (writer.twelve) value = value > 12 ? value - 12 : value == 0 ? 12 : value;
+    if (hasHalfOfDay(writer.pictureStart, writer.pictureEnd)) value = value > 12 ? value - 12 : value == 0 ? 12 : value;
     return pair(writer, element, value);
 }
 
@@ -229,9 +230,13 @@ constexpr WriteStep kSteps[static_cast<size_t>(Element::count)] = {
 
 Status writeDate(char *out, const char *picture, const char *pictureEnd, const DateParts &parts, const EraTable *eras)
 {
-    bool twelve = hasHalfOfDay(picture, pictureEnd);
-    Writer writer{out, out + kOutput, picture, parts, eras, parts.eraKind != kNoEra, twelve, false};
+    Writer writer{out, out + kOutput, picture, picture, pictureEnd, parts, eras, parts.eraKind != kNoEra, false};
     while (writer.picture < pictureEnd) {
+        if (isPlainLiteral(*writer.picture)) {
+            if (writer.put(*writer.picture++) != kGood) return kCut;
+            writer.shorter = false;
+            continue;
+        }
         PictureElement element = nextElement(writer.picture, pictureEnd);
         writer.picture += element.length;
         // The last character of a picture cannot shorten anything; there a Z is a letter.

@@ -31,6 +31,11 @@ inline constexpr uint64_t kTextEntries =
     entryBits({ZVK_FE_LITERAL, ZVK_FE_SLASH, ZVK_FE_MINUS, ZVK_FE_PERIOD, ZVK_FE_COMMA, ZVK_FE_SPACE, ZVK_FE_COLON,
                ZVK_FE_CHAR, ZVK_FE_PERCENT, ZVK_FE_AT});
 
+// Those of one place that need no look at the item.
+inline constexpr uint64_t kOnePlace =
+    entryBits({ZVK_FE_SLASH, ZVK_FE_MINUS, ZVK_FE_PERIOD, ZVK_FE_COMMA, ZVK_FE_SPACE, ZVK_FE_COLON, ZVK_FE_PERCENT,
+               ZVK_FE_AT, ZVK_FE_CHAR, ZVK_FE_CENTURY, ZVK_FE_FRACTION1});
+
 inline bool isEntryOf(uint64_t entries, uint32_t type) { return type <= kHighestEntry && (entries >> type & 1); }
 
 // The character of a separator; 0 for other types.

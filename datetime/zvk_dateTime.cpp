@@ -18,6 +18,9 @@ namespace {
 constexpr int64_t kSecond = 1000000000000; // picoseconds
 constexpr int kFractionPlaces = 12;
 
+constexpr int64_t kPowers[] = {1,       10,       100,       1000,       10000,       100000,
+                               1000000, 10000000, 100000000, 1000000000, 10000000000, 100000000000};
+
 enum Parts { kDate = 1, kTime = 2, kBoth = 3 };
 
 template <int parts>
@@ -38,7 +41,12 @@ int64_t digitOf(char c) { return c & 0x0F; }
 
 int64_t twoDigits(const char *text) { return digitOf(text[0]) * 10 + digitOf(text[1]); }
 
-void putTwo(char *out, int64_t value) { calendar::putDigits(out, 2, static_cast<uint64_t>(value)); }
+void putTwo(char *out, int64_t value)
+{
+    auto low = static_cast<uint32_t>(value % 100);
+    out[0] = static_cast<char>('0' | low / 10);
+    out[1] = static_cast<char>('0' | low % 10);
+}
 
 // What a walk from an item remembers until its end.
 struct Remembered {
@@ -47,6 +55,7 @@ struct Remembered {
     const char *dayOfYear = nullptr, *hour12 = nullptr, *half = nullptr;
     int64_t fraction = 0; // picoseconds
     int fractionDigits = 0;
+    const char *fractionText = nullptr; // of the only fraction, if all of it are digits
 };
 
 int64_t windowCentury(int16_t windowYear) { return windowYear / 100; }
@@ -70,10 +79,12 @@ void readCentury(const char *at, char *out, int16_t windowYear, Remembered &seen
 
 void readFraction(const char *at, int digits, Remembered &seen)
 {
+    bool allDigits = true;
+    for (int i = 0; i < digits; i++) allDigits &= isDigit(at[i]);
+    seen.fractionText = allDigits && seen.fractionDigits == 0 ? at : nullptr;
     int64_t value = 0;
     for (int i = 0; i < digits; i++) value = value * 10 + digitOf(at[i]);
-    for (int i = digits; i < kFractionPlaces; i++) value *= 10;
-    seen.fraction += value;
+    seen.fraction += value * kPowers[kFractionPlaces - digits];
     seen.fractionDigits = std::max(seen.fractionDigits, digits);
 }
 
@@ -113,6 +124,14 @@ void finishFraction(char *out, const Remembered &seen, bool wholeText)
 {
     if (seen.fraction == 0) return;
     DATETIME_ASSERT(seen.fraction < kSecond, "totalSubSeconds < 1000000000000");
+    if (seen.fractionText) { // the usual case: the number's text is there already
+        int first = 0;
+        while (seen.fractionText[first] == '0') first++;
+        memcpy(out + first, seen.fractionText + first, static_cast<size_t>(seen.fractionDigits - first));
+        if (wholeText)
+            memset(out + seen.fractionDigits, '0', static_cast<size_t>(kFractionPlaces - seen.fractionDigits));
+        return;
+    }
     int64_t value = seen.fraction;
     for (int place = kFractionPlaces - 1; value > 0; place--, value /= 10)
         if (wholeText || place < seen.fractionDigits) out[place] = static_cast<char>('0' + value % 10);
@@ -131,10 +150,13 @@ void toSystemForm(const char *item, const FD *fd, char *out, int16_t windowYear,
     for (; entry < last; entry++) {
         uint32_t type = entry->entryType;
         DATETIME_ASSERT(isEntryOf(L::entries, type), "! \"entryType\"");
-        uint64_t width = entryWidth(entry, item, pos, length);
+        uint64_t width = kEntryWidth[type];
+        if (width < 2 && !isEntryOf(kOnePlace, type)) width = entryWidth(entry, item, pos, length);
+        if (type == ZVK_FE_HOUR12) width = entryWidth(entry, item, pos, length);
         if (width > length - pos) break;
         const char *at = item + pos;
         pos += width;
+        if (isEntryOf(kTextEntries, type)) continue;
         switch (type) {
         case ZVK_FE_DAY:
             memcpy(out + 8, at, 2);
