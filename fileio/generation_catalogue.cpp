@@ -222,9 +222,16 @@ GdgContext *zvkGdgContext(const char *prefix)
     if (!context) return nullptr;
     context->fd = -1;
     context->generation = 0;
+    context->made = false;
     context->fsCode = codeOf(prefix);
     context->image.flags = 0;
     return context;
+}
+
+bool zvkGdgMade()
+{
+    const GdgContext *context = threadContext();
+    return context && context->made;
 }
 
 void zvkGdgReleaseFallback()

@@ -8,6 +8,7 @@
 #include "fileio/file_slots.h"
 #include "fileio/file_status.h"
 #include "fileio/file_systems.h"
+#include "fileio/generation_catalogue.h"
 
 namespace {
 
@@ -127,6 +128,8 @@ void _zvkGenericOpen(FCB *fcb, IPCB *element)
 
     zvkStoreStatus(fcb, fib);
     zvkStoreFeedback(fcb, fib);
+    if ((fcb->state & kGenerationMade) && fcb->status > 9 && fcb->fileName) zvkGdgTakeBack(fcb->fileName, fcb->prefix);
+    fcb->state &= ~kGenerationMade;
     if (fcb->status > 9) {
         fcb->currentVerb = ZVK_VERB_OPEN;
         fcb->open = _zvkGenericOpen;

@@ -173,7 +173,9 @@ void readControlRecord()
     if (strlen(at) < 4) return;
     memcpy(messageSettings.severityLetters, at, 4);
     size_t size = strtoul(skipBlanks(at + 4), nullptr, 0);
-    messageSettings.bufferSize = std::max(messageSettings.bufferSize, size);
+    // The most that a catalog may ask for; a damaged one must not take the machine's storage.
+    constexpr size_t mostSize = size_t{1} << 20;
+    messageSettings.bufferSize = std::max(messageSettings.bufferSize, std::min(size, mostSize));
 }
 
 void readNoSpaceText()
@@ -234,6 +236,10 @@ void zvkCloseCatalog()
 
 bool zvkCatalogIsOpen() { return catalog != kClosed; }
 
+// Whether a conversion may show an insert. A conversion of 32 bits shows the low half of a long
+// integer: both travel in the same place.
+static bool takes(char insert, char conversion) { return conversion == insert || (insert == 'l' && conversion == 'd'); }
+
 bool zvkTextFits(const char *format, const char *inserts)
 {
     if (!inserts) return foreignTextFits(format);
@@ -250,7 +256,7 @@ bool zvkTextFits(const char *format, const char *inserts)
         Conversion conversion = readConversion(at);
         (conversion.position ? positional : sequential) = true;
         int index = conversion.position ? conversion.position - 1 : next++;
-        if (!conversion.type || index >= known || inserts[index] != conversion.type) return false;
+        if (!conversion.type || index >= known || !takes(inserts[index], conversion.type)) return false;
         used |= 1u << index;
         highest = std::max(highest, index + 1);
     }

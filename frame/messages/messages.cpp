@@ -1,9 +1,10 @@
 // The message writer.
 //
-// A message is composed in the process's one buffer, wrapped to the terminal, and sent to the
-// message stream or to the host's routine. Its severity decides whether the caller gets control
-// back. All output is flushed to disk around it: what stands in a message must be there before the
-// next statement runs, because often there is no next statement.
+// A message is composed in the process's buffer, or, where another message is under way, in storage
+// of its own; it is wrapped to the terminal and sent to the message stream or to the host's
+// routine. Its severity decides whether the caller gets control back. All output is flushed to disk
+// around it: a message must be there before the next statement runs, because often there is no next
+// statement.
 #include "frame/messages.h"
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include "frame/messages/message_catalog.h"
 #include "frame/messages/message_wrap.h"
 #include "frame/run_unit.h"
+#include "frame/run_unit/run_unit_end.h"
 #include "frame/signals/traceback.h"
 #include "frame/streams/stream_sync.h"
 #include "frame/trace.h"
@@ -61,6 +63,36 @@ struct Composer {
         text[length] = 0;
     }
 };
+
+// Where one message is composed. The process has one buffer, which a second message at the same
+// time (another thread's, or one that a host's message routine leads to) must not touch: it gets
+// storage on its own stack, small enough for the stack of a signal handler. Without a catalog there
+// is no buffer, and the few texts that are shown then are short.
+struct MessageStorage {
+    char own[4096];
+    bool shared;
+    size_t size;
+    char *text;
+
+    MessageStorage()
+    {
+        shared = messageSettings.buffer && !__atomic_test_and_set(&inUse, __ATOMIC_ACQUIRE);
+        text = shared ? messageSettings.buffer : own;
+        size = shared ? messageSettings.bufferSize : sizeof own;
+        text[0] = 0;
+    }
+    ~MessageStorage() { release(); }
+    void release()
+    {
+        if (shared) __atomic_clear(&inUse, __ATOMIC_RELEASE);
+        shared = false;
+    }
+    MessageStorage(const MessageStorage &) = delete;
+    MessageStorage &operator=(const MessageStorage &) = delete;
+
+    static bool inUse;
+};
+bool MessageStorage::inUse;
 
 int severityOf(const char *text)
 {
@@ -202,10 +234,8 @@ uint32_t writeToString(uint32_t number, uint32_t control, va_list *args)
 {
     auto *result = va_arg(*args, char *);
     auto size = va_arg(*args, uint32_t);
-    char fallback[256] = "";
-    Composer out = messageSettings.buffer ? Composer{messageSettings.buffer, messageSettings.bufferSize, 0}
-                                          : Composer{fallback, sizeof fallback, 0};
-    out.text[0] = 0;
+    MessageStorage storage;
+    Composer out{storage.text, storage.size, 0};
     composeText(out, number, control & 0xFF, 0, args);
     out.addf("\n");
     if (messageSettings.singleByte) out.length = zvkWrapText(out.text, out.size, lineWidth(true));
@@ -217,10 +247,8 @@ uint32_t writeToString(uint32_t number, uint32_t control, va_list *args)
 
 uint32_t writeToStream(uint32_t number, uint32_t control, va_list *args)
 {
-    char fallback[256] = "";
-    Composer out = messageSettings.buffer ? Composer{messageSettings.buffer, messageSettings.bufferSize, 0}
-                                          : Composer{fallback, sizeof fallback, 0};
-    out.text[0] = 0;
+    MessageStorage storage;
+    Composer out{storage.text, storage.size, 0};
     size_t letterColumn = writeHeading(out, number);
     uint32_t shown = explainLack(out, number);
     out.size -= kTail;
@@ -249,8 +277,11 @@ uint32_t writeToStream(uint32_t number, uint32_t control, va_list *args)
         funlockfile(stream); // the signal's own lock, which its caller took; see run_unit_signal.cpp
         return 0xFFFFFFFF;
     }
-    if (ending != kGoesOn) _zvkAbort(0);
-    return 0;
+    if (ending == kGoesOn) return 0;
+    storage.release();
+    _zvkAbort(0);
+    // The abort comes back only where there is no runtime, so nothing to end but the process.
+    zvkEndByAbort();
 }
 
 } // namespace

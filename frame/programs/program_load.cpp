@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 
 #include "base/environment.h"
@@ -125,6 +126,38 @@ ZvkRoutine findEntry(void *handle, const char *name)
     return nullptr;
 }
 
+// Clears what an entry knows of its program's own storage.
+void forgetProgram(LLE *lle)
+{
+    if (lle->pcb) lle->pcb->lle = nullptr;
+    lle->entry = nullptr;
+    lle->pcb = nullptr;
+    lle->ipcb = nullptr;
+}
+
+// The entries of a table whose program lies in an object that is about to go: an object may hold
+// several programs, and each registered itself under its own name.
+void forgetProgramsOf(HashTable *table, const link_map *object)
+{
+    if (!table) return;
+    for (HashEntry *entry = HashTable_Next(table, nullptr); entry; entry = HashTable_Next(table, entry)) {
+        LLE *lle = zvkProgramOf(entry);
+        Dl_info info;
+        link_map *holder = nullptr;
+        if (lle && lle->pcb && dladdr1(lle->pcb, &info, reinterpret_cast<void **>(&holder), RTLD_DL_LINKMAP) &&
+            holder == object)
+            forgetProgram(lle);
+    }
+}
+
+void forgetProgramsOf(void *handle)
+{
+    link_map *object = nullptr;
+    if (dlinfo(handle, RTLD_DI_LINKMAP, &object) != 0) return;
+    forgetProgramsOf(_zvkProccom->plle, object);
+    for (Runcom *runcom = _zvkProccom->runcom; runcom; runcom = runcom->parent) forgetProgramsOf(runcom->plle, object);
+}
+
 } // namespace
 
 int zvkLoadProgram(LLE *lle)
@@ -153,11 +186,9 @@ int zvkLoadProgram(LLE *lle)
 
 void zvkUnloadProgram(LLE *lle)
 {
-    lle->entry = nullptr;
-    if (lle->pcb) lle->pcb->lle = nullptr;
-    lle->pcb = nullptr;
-    lle->ipcb = nullptr;
+    forgetProgram(lle);
     if (!lle->load || !(lle->flags & ZVK_LLE_LOADED)) return;
+    forgetProgramsOf(lle->load);
     errno = 0;
     dlerror();
     if (dlclose(lle->load) != 0) {

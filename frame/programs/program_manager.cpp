@@ -16,7 +16,7 @@
 namespace {
 
 // Why a CALL failed; the message's variant is this less one.
-enum Cause { kNoAddress = 0, kNoStorage = 3, kBlankName = 6 };
+enum Cause { kNoAddress = 0, kNoStorage = 3, kBlankName = 6, kNotFound = 7 };
 
 // What _zvkDynLd hands to compiled code, in this thread's scratch.
 uint64_t *callResult(ZvkRoutine entry)
@@ -109,7 +109,10 @@ uint64_t *_zvkDynLd(int32_t *names, int64_t length, uint8_t *name, PCB *caller, 
         text = copy;
     }
     int cause = kBlankName;
-    if (size) {
+    bool active = zvkCurrentRuncom() && zvkCurrentRuncom()->plle;
+    if (size && !active) {
+        cause = kNotFound; // before any run unit, or after the runtime's end, no program can be found
+    } else if (size) {
         int32_t row = zvkBoundNameRow(names, text, size);
         if (row >= 0) return reinterpret_cast<uint64_t *>(entries[row]);
         if (ZvkRoutine entry = resolve(text, size, caller, &cause)) return callResult(entry);

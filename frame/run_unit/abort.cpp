@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "base/environment.h"
+#include "base/shell_word.h"
 #include "frame/device_streams.h"
 #include "frame/run_unit.h"
 #include "frame/run_unit/run_unit_end.h"
@@ -36,6 +37,17 @@ void coreName(char (&name)[4096])
 
 } // namespace
 
+void zvkEndByAbort()
+{
+    signal(SIGABRT, SIG_DFL);
+    sigset_t abortOnly;
+    sigemptyset(&abortOnly);
+    sigaddset(&abortOnly, SIGABRT);
+    pthread_sigmask(SIG_UNBLOCK, &abortOnly, nullptr);
+    raise(SIGABRT);
+    _exit(128 + SIGABRT);
+}
+
 void zvkForbidCore()
 {
     rlimit limit{};
@@ -47,11 +59,12 @@ void zvkForbidCore()
 uint32_t zvkMakeCore()
 {
     if (coreForbidden()) return 0;
-    char name[4096];
+    char name[4096], word[4 * sizeof name + 3]; // a name of quotes only grows fourfold
     coreName(name);
-    char command[4096 + 128];
+    quoteShellWord(name, word, sizeof word);
+    char command[sizeof word + 128];
     auto pid = static_cast<unsigned>(getpid());
-    snprintf(command, sizeof command, "/usr/bin/gcore -o %s %u 1>/dev/null 2>&1\n", name, pid);
+    snprintf(command, sizeof command, "/usr/bin/gcore -o %s %u 1>/dev/null 2>&1\n", word, pid);
     // gcore runs as a child of ours; where only ancestors may trace a process, it has to be let.
     prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY, 0, 0, 0);
     errno = 0;
@@ -130,4 +143,5 @@ void _zvkAbort(int32_t cored)
     sigaddset(&abortOnly, SIGABRT);
     pthread_sigmask(SIG_UNBLOCK, &abortOnly, nullptr);
     raise(SIGABRT);
+    zvkEndByAbort(); // the program ignores the signal, or its handler came back
 }

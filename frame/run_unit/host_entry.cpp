@@ -23,15 +23,8 @@ bool startForHost()
 Runcom *ensureFreeRecord()
 {
     if (_zvkProccom->freeru) return _zvkProccom->freeru;
-    Runcom *current = _zvkProccom->runcom;
-    RunUnitInit(nullptr);
-    Runcom *made = _zvkProccom->runcom;
-    if (made == current) return nullptr;
-    _zvkProccom->runcom = current;
-    made->link = nullptr;
-    made->parent = nullptr;
-    _zvkProccom->freeru = made;
-    return made;
+    // Made without a run unit around it: it installs no signal handlers until it becomes one.
+    return _zvkProccom->freeru = zvkMakeRunUnitRecord();
 }
 
 } // namespace

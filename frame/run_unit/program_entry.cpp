@@ -55,12 +55,12 @@ void ensureRunUnit(PCB *pcb)
         zvkRearmRunUnitMutex();
         if (_zvkProccom->txmn) _zvkProccom->firstEntry = 0;
     }
+    // A run unit that a host made for itself keeps its wrapper stub: programs come and go in it,
+    // and none of them ends it. A run unit that begins with this entry has this program as its
+    // main, also where a host started the runtime: the program's end has to end it.
     if (haveRunUnitWithMain()) return;
     if (!_zvkProccom->runcom) RunUnitInit(pcb);
     if (!_zvkProccom->runcom) return;
-    // A run unit that a host made for itself (the wrapper stub) keeps its stub: programs come and
-    // go in it, and none of them ends it.
-    if (_zvkProccom->runcom->main) return;
     _zvkProccom->runcom->main = pcb;
     pcb->flag |= ZVK_PCB_MAIN;
 }
@@ -79,7 +79,7 @@ void readCurrentYear()
 }
 
 // A window given as an offset becomes a base year; a base year is checked for a window that has
-// passed.
+// passed. Messages 240 and 241.
 void resolveYearWindow(PCB *pcb)
 {
     if (pcb->yearWindow == ZVK_NO_YEAR_WINDOW || !atLeast(pcb, kYearWindows)) return;
@@ -102,19 +102,28 @@ void resolveYearWindow(PCB *pcb)
         zvkWriteMsg(241, 0, static_cast<int32_t>(window), static_cast<int32_t>(window + 100), name);
 }
 
-void introduce(PCB *pcb, LLE *lle)
+// What a registration sets up, with programMutex held. False without storage.
+bool introduce(PCB *pcb, LLE *lle)
 {
     constexpr uint32_t optionBits = ZVK_OPTION_CHECK | ZVK_OPTION_DEBUG;
     pcb->flag = (pcb->flag & ~optionBits) | (_zvkProccom->programOptions & optionBits);
+    pcb->upsi = _zvkProccom->runcom->upsi;
     if (atLeast(pcb, kProgramWords)) pcb->pgmWord = &_zvkProccom->pgmWord;
     lle->pcb = pcb;
     pcb->ipcb->pcb = pcb;
-    if (pcb->ipcb->fileCount > 0) zvkRegisterFiles(pcb->ipcb->fileCount, pcb->ipcb->files, pcb->fibs, pcb);
+    return pcb->ipcb->fileCount <= 0 || zvkRegisterFiles(pcb->ipcb->fileCount, pcb->ipcb->files, pcb->fibs);
+}
+
+// What a registration may complain about. A complaint may end the run unit, or call a host's
+// routine that enters programs, so it is made when no mutex is held any more.
+void examine(PCB *pcb)
+{
+    if (pcb->ipcb->fileCount > 0) zvkCheckFiles(pcb->ipcb->fileCount, pcb->ipcb->files, pcb->fibs, pcb);
     resolveYearWindow(pcb);
 }
 
 // The entry of the program in the run unit's table: found, or made in the same step, with
-// programMutex held over both.
+// programMutex held over both. Null without storage.
 LLE *findOrAdd(PCB *pcb, bool &locked)
 {
     HashState state{};
@@ -134,21 +143,20 @@ LLE *findOrAdd(PCB *pcb, bool &locked)
     lle.nameLength = pcb->nameLength;
     lle.entry = ipcb->entry;
     HashEntry *added = zvkAddProgram(&lle, found ? nullptr : &state, found ? ZVK_ADD_DUPLICATE : ZVK_ADD_LOCAL);
-    if (!added) zvkNoStorage();
     return added ? zvkProgramOf(added) : nullptr;
 }
 
 void registerProgram(PCB *pcb)
 {
-    bool locked = false;
+    bool locked = false, fresh = false, stored = false;
     if (LLE *lle = findOrAdd(pcb, locked)) {
-        // Set also for a program that stayed in the process-wide table: its next run unit may have
-        // another record.
-        pcb->upsi = _zvkProccom->runcom->upsi;
-        if (!lle->pcb) introduce(pcb, lle);
+        fresh = !lle->pcb;
+        stored = !fresh || introduce(pcb, lle);
         pcb->lle = lle;
     }
     if (locked) zvkUnlockPrograms();
+    if (!stored) zvkNoStorage();
+    if (fresh) examine(pcb);
 }
 
 } // namespace

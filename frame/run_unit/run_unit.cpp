@@ -37,7 +37,9 @@ Runcom *takeFreeRecord()
     return record;
 }
 
-Runcom *makeRecord()
+} // namespace
+
+Runcom *zvkMakeRunUnitRecord()
 {
     auto *record = static_cast<Runcom *>(_zvkcalloc(1, sizeof(Runcom)));
     ZvkSignalRow *signals = record ? zvkNewSignalTable() : nullptr;
@@ -52,6 +54,8 @@ Runcom *makeRecord()
     return record;
 }
 
+namespace {
+
 void trapSignals(Runcom *record)
 {
     if (!(_zvkProccom->runtimeOptions & ZVK_OPTION_TRAP) || (record->flags & ZVK_RUNCOM_SIG)) return;
@@ -64,7 +68,7 @@ void trapSignals(Runcom *record)
 
 void RunUnitInit(PCB *pcb)
 {
-    Runcom *record = _zvkProccom->freeru ? takeFreeRecord() : makeRecord();
+    Runcom *record = _zvkProccom->freeru ? takeFreeRecord() : zvkMakeRunUnitRecord();
     if (!record) return;
     Runcom *prior = _zvkProccom->runcom;
     record->main = (_zvkProccom->flags & ZVK_PREINIT) && !prior ? kWrapperStub : nullptr;

@@ -37,6 +37,7 @@ void forEachFile(IPCB *ipcb, Close close)
     forEachElement(ipcb, [&](IPCB &element) {
         for (int32_t i = 0; element.files && i < element.fileCount; i++) {
             FCB *file = element.files[i];
+            if (file && zvkFileIsClosing(file)) continue;
             if (file && zvkFileIsOpen(file))
                 close(file, &element);
             else if (file)
@@ -64,6 +65,9 @@ void resetPrograms(HashTable *programs)
             clearMain(element.pcb);
         });
         forEachFile(ipcb, [](FCB *file, IPCB *element) { zvkCloseFile(file, element, false); });
+        // A program that the process keeps loaded is registered anew by its next run unit, with
+        // that run unit's record and EXTERNAL files.
+        lle->pcb = nullptr;
     }
 }
 
@@ -136,7 +140,7 @@ void releaseEverything(Runcom *runcom)
 
 } // namespace
 
-void zvkResetProgram(IPCB *ipcb, bool cancelled)
+void zvkResetMarks(IPCB *ipcb, bool cancelled)
 {
     if (!ipcb || ipcb[0].nested < 0) return;
     LLE *lle = ipcb[0].pcb ? ipcb[0].pcb->lle : nullptr;
@@ -148,6 +152,11 @@ void zvkResetProgram(IPCB *ipcb, bool cancelled)
         if (cancelled) element.pcb->lle = nullptr;
     });
     if (cancelled && lle) lle->pcb = nullptr;
+}
+
+void zvkCloseOwnFiles(IPCB *ipcb)
+{
+    if (!ipcb || ipcb[0].nested < 0) return;
     forEachFile(ipcb, [](FCB *file, IPCB *element) {
         if (!zvkFileIsExternal(file)) zvkCloseFile(file, element, true);
     });

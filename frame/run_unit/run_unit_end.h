@@ -22,12 +22,17 @@ enum ZvkEndReason : uint32_t {
 // routine.
 void RunUnitTerm(uint32_t reason, uint32_t status);
 
+// Ends the process by SIGABRT, whatever the program has made of that signal.
+[[noreturn]] void zvkEndByAbort();
+
 // Ends all run units and the runtime, and frees Proccom.
 void TermCobolRte(uint32_t reason);
 
-// Resets one program. At CANCEL it is also forgotten by the run unit, so that its next CALL
-// registers it anew.
-void zvkResetProgram(IPCB *ipcb, bool cancelled);
+// Resets one program, in two steps: its marks, under the lock that guards them, then its files. A
+// CLOSE may run a USE procedure that enters programs, so no lock is held over it. At CANCEL the
+// program is also forgotten by the run unit, so that its next CALL registers it anew.
+void zvkResetMarks(IPCB *ipcb, bool cancelled);
+void zvkCloseOwnFiles(IPCB *ipcb);
 
 // Makes a core file: 1 made, 0 not.
 uint32_t zvkMakeCore();

@@ -5,7 +5,9 @@ static thread_local bool heldHere;
 
 void zvkEnterRunUnitMutex()
 {
-    zvkLock(&runUnitMutex);
+    // A file's CLOSE at a run unit's end that calls exit or STOP RUN comes back here through the
+    // library's end, in the thread that holds the mutex already.
+    if (!heldHere) zvkLock(&runUnitMutex);
     heldHere = true;
     zvkRearmRunUnitMutex();
 }

@@ -1,7 +1,9 @@
 // The end of the runtime: all run units, the catalog, all records. The process can start it again
 // afterwards.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 
 #include "frame/locks.h"
 #include "frame/messages.h"
@@ -66,9 +68,17 @@ void release(Text *&text)
     text = nullptr;
 }
 
-// The streams themselves belong to the process and stay open.
-void clearStreams()
+// Streams that the library opened for device names are closed, or a host that starts the runtime
+// again and again would run out of descriptors. The standard streams belong to the process.
+void closeStreams()
 {
+    FILE *bound[] = {_zvkProccom->sysin, _zvkProccom->sysout, _zvkProccom->msgs,
+                     _zvkProccom->conIn, _zvkProccom->conOut, _zvkProccom->syspunch};
+    for (size_t i = 0; i < std::size(bound); i++) {
+        FILE *stream = bound[i];
+        bool seen = std::find(bound, bound + i, stream) != bound + i;
+        if (stream && !seen && stream != stdin && stream != stdout && stream != stderr) fclose(stream);
+    }
     _zvkProccom->sysin = _zvkProccom->sysout = _zvkProccom->msgs = nullptr;
     _zvkProccom->conIn = _zvkProccom->conOut = _zvkProccom->syspunch = nullptr;
     for (uint64_t &word : _zvkProccom->spareWords) word = 0;
@@ -90,7 +100,7 @@ void TermCobolRte(uint32_t reason)
     zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
     freeRecords();
     zvkSignalStackRelease();
-    clearStreams();
+    closeStreams();
     if (_zvkProccom->codePageHook) reinterpret_cast<ZvkRoutine>(_zvkProccom->codePageHook)(); // closes the converters
     release(_zvkProccom->installDir);
     release(_zvkProccom->libDir);

@@ -74,7 +74,7 @@ void _zvkRunUnitTerm(int32_t status)
     }
     RunUnitTerm(kEndStopRun, static_cast<uint32_t>(status));
     // The record is on the free list now, and its buffer still good.
-    if (main)
+    if (zvkHasProgram(main))
         ZVK_TRACE("_zvkRunUnitTerm: siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit @%p\n",
                   ZVK_NAME_ARGS(name), static_cast<void *>(runcom->jmp), static_cast<void *>(runcom));
     else
@@ -165,10 +165,18 @@ int32_t _zvkCancel(int32_t *names, int64_t length, uint8_t *name, PCB *caller)
     zvkCopyCallName(name, textLength, caller, text);
     IPCB *ipcb = programToCancel(names, text, textLength, caller);
     if (!ipcb) return 0;
-    ZvkGuard guard(&enterMutex);
-    if (ipcb->ent >= 1) return 1;
-    zvkResetProgram(ipcb, true);
+    {
+        ZvkGuard guard(&enterMutex);
+        if (ipcb->ent >= 1) return 1;
+        zvkResetMarks(ipcb, true);
+    }
+    zvkCloseOwnFiles(ipcb);
     return 0;
 }
 
-void _zvkCloseReset(int32_t *ipcb) { zvkResetProgram(reinterpret_cast<IPCB *>(ipcb), false); }
+void _zvkCloseReset(int32_t *ipcb)
+{
+    auto *program = reinterpret_cast<IPCB *>(ipcb);
+    zvkResetMarks(program, false);
+    zvkCloseOwnFiles(program);
+}

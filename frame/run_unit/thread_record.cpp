@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <pthread.h>
+#include <unistd.h>
 
 #include "frame/messages.h"
 #include "frame/run_unit.h"
@@ -31,6 +32,7 @@ void freeRecord(void *pointer)
     auto *record = static_cast<ZvkThreadRecord *>(pointer);
     if (!record) return;
     lastRecord.generation = 0;
+    if (record->spillHandle) close(record->spillHandle - 1);
     free(record->scratch);
     free(record->spillPath);
     free(record->buffer);
