@@ -8,9 +8,7 @@
 #include "dateservices/date_parts.h"
 #include "kvr2/code_pages.h"
 #include "kvr2/dateservices.h"
-
-// Until external_floats.h is here.
-extern "C" uint64_t _zvkcConvHex8toIEEE(uint64_t hex, uint64_t otherwise) __attribute__((weak));
+#include "kvr2/external_floats.h"
 
 namespace {
 
@@ -209,7 +207,7 @@ void LSVSECI_HOST(const LsvUnsigned *hexSeconds, LsvNumber *year, LsvNumber *mon
     Zeros zeros;
     uint64_t hex, ieee;
     memcpy(&hex, hexSeconds, sizeof hex);
-    ieee = _zvkcConvHex8toIEEE ? _zvkcConvHex8toIEEE(hex, 0) : 0;
+    ieee = _zvkcConvHex8toIEEE(hex, 0);
     memcpy(&zeros.seconds, &ieee, sizeof ieee);
     LsvNumber *out = zeros.numbers;
     LSVSECI(&zeros.seconds, out, out + 1, out + 2, out + 3, out + 4, out + 5, out + 6, feedback.token());
