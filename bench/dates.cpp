@@ -1,5 +1,5 @@
-// Dates beside the C library: day numbers beside timegm, pictures beside strptime and strftime, items
-// beside both, and comparisons beside memcmp of the text.
+// Dates beside the C library: day numbers beside timegm, pictures beside strptime and strftime,
+// items beside both, and comparisons beside memcmp of the text.
 #include <benchmark/benchmark.h>
 
 #include <cstring>

@@ -1,15 +1,17 @@
 // The Gregorian calendar, once for all rooms: leap years, months, and days as numbers.
 //
-// Everything here counts days from 1 March of the year 0, the day after a leap day: in a year that begins in March the leap day is the
-// last one, so that the lengths of the months before a day follow one line,
+// Everything here counts days from 1 March of the year 0, the day after a leap day: in a year that
+// begins in March the leap day is the last one, so that the lengths of the months before a day
+// follow one line,
 //
 //     days before month m (March is 0) = (153 * m + 2) / 5        0, 31, 61, 92, 122, 153, 184, 214, 245, 275, 306, 337
 //
-// and a number is taken apart by divisions alone, with no search and no loop. The families that number days from another one only
-// subtract: kIntegerBase makes 1601-01-01 day 1, kLilianBase 1582-10-15.
+// and a number is taken apart by divisions alone, with no search and no loop. The families that
+// number days from another one only subtract: kIntegerBase makes 1601-01-01 day 1, kLilianBase
+// 1582-10-15.
 //
-//     calendar::dayNumber(2026, 12, 31) - calendar::kLilianBase        162260
-//     calendar::dateOf(162260 + calendar::kLilianBase)                 {2026, 12, 31}
+//     calendar::dayNumber(2026, 12, 31) - calendar::kLilianBase        162246
+//     calendar::dateOf(162246 + calendar::kLilianBase)                 {2026, 12, 31}
 #pragma once
 
 #include <cstdint>
@@ -41,7 +43,8 @@ constexpr int32_t monthLength(int64_t year, int64_t month)
     return kShortMonths & bit ? 30 : isLeapYear(year) ? 29 : 28;
 }
 
-// Days of a common year before each month, the year's length last. From March on a leap year has one more.
+// Days of a common year before each month, the year's length last. From March on a leap year has
+// one more.
 inline constexpr int16_t kDaysBefore[13] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365};
 
 // 0 for a month that does not exist.
@@ -81,7 +84,8 @@ constexpr Date dateOf(int64_t number)
     return {static_cast<int32_t>(era * 400 + yearOfEra + (month <= 2)), month, day};
 }
 
-// The date of a day of a year, which may be up to 366 in any year: in a common one that is {year, 13, 1}, which no test takes for a date.
+// The date of a day of a year, which may be up to 366 in any year: in a common one that is {year,
+// 13, 1}, which no test takes for a date.
 constexpr Date dateOfDay(int32_t year, int32_t day)
 {
     int32_t leap = isLeapYear(year);

@@ -1,4 +1,5 @@
-// The clock: the time of day here and in Greenwich, with the zone that TZ names at the moment of the call.
+// The clock: the time of day here and in Greenwich, with the zone that TZ names at the moment of
+// the call.
 #pragma once
 
 #include <cstdint>

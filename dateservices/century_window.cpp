@@ -1,4 +1,5 @@
-// The hundred years that a year of two digits lies in: they start some years before the present one, 80 unless LSVSCEN says otherwise.
+// The hundred years that a year of two digits lies in: they start some years before the present
+// one, 80 unless LSVSCEN says otherwise.
 #include "calendar/clock.h"
 #include "dateservices/date_parts.h"
 #include "dateservices/feedback.h"

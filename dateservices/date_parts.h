@@ -1,4 +1,5 @@
-// What the services work on: the parts of a date, the eras, and the statuses that scanner, validator and writer have in common.
+// What the services work on: the parts of a date, the eras, and the statuses that scanner,
+// validator and writer have in common.
 #pragma once
 
 #include <cstdint>
@@ -65,7 +66,8 @@ inline int64_t lilianOf(const DateParts &date)
 // Year, month, day, day of the year and weekday.
 void setDate(DateParts &parts, int64_t lilian);
 
-// Reads a date under a picture, both cleared of blanks (see normalise). `eras` is null where the picture has none or none could be had.
+// Reads a date under a picture, both cleared of blanks (see normalise). `eras` is null where the
+// picture has none or none could be had.
 Status scanDate(const char *date, const char *dateEnd, const char *picture, const char *pictureEnd, DateParts &parts,
                 const EraTable *eras);
 
@@ -77,7 +79,8 @@ inline constexpr size_t kOutput = 80;
 // Writes parts under a picture into 80 bytes that are blank.
 Status writeDate(char *out, const char *picture, const char *pictureEnd, const DateParts &parts, const EraTable *eras);
 
-// Leading blanks away, a to z to upper case, each run of blanks to one "/", a last "/" away. Returns the end; `out` has room for `length` bytes.
+// Leading blanks away, a to z to upper case, each run of blanks to one "/", a last "/" away.
+// Returns the end; `out` has room for `length` bytes.
 char *normalise(const char *text, size_t length, char *out);
 
 // The century of a year of two digits by the run unit's window; negative if there is no clock.

@@ -1,12 +1,12 @@
 // Eras: their table out of the message catalog, and the era that a date lies in.
 //
-// The text of a table is a count and then, for each era, its name in braces and four numbers: the year, month and day of its start, its
-// length in years.
+// The text of a table is a count and then, for each era, its name in braces and four numbers: the
+// year, month and day of its start, its length in years.
 //
 //     5 {MEIJI} 1868 10 23 45 {TAISHO} 1912 7 30 15 ...
 //
-// A fault in the text ends the table with the eras before it. The table is made anew by each call that needs one: a site may install
-// another catalog under a long-running program.
+// A fault in the text ends the table with the eras before it. The table is made anew by each call
+// that needs one: a site may install another catalog under a long-running program.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>

@@ -1,7 +1,9 @@
-// The services for programs with EBCDIC data: strings are converted, numbers are not handed through.
+// The services for programs with EBCDIC data: strings are converted, numbers are not handed
+// through.
 //
-// Each entry is its service between two conversions. Numeric inputs reach the service as 0 and numeric results come back as 0, and a failure
-// shows in the token's facility alone, as three EBCDIC bytes; on purpose, in all of them.
+// Each entry is its service between two conversions. Numeric inputs reach the service as 0 and
+// numeric results come back as 0, and a failure shows in the token's facility alone, as three
+// EBCDIC bytes; on purpose, in all of them.
 #include <algorithm>
 #include <cstring>
 

@@ -21,7 +21,8 @@ constexpr std::array<Letter, 256> kLetters = [] {
     return table;
 }();
 
-// What a run of one, two, three, and four or more letters is. A longer run than `longest` is none; one of H or S is cut there.
+// What a run of one, two, three, and four or more letters is. A longer run than `longest` is none;
+// one of H or S is cut there.
 struct RunRow {
     uint8_t longest;
     bool cut;

@@ -1,7 +1,9 @@
-// Date pictures: a picture string as a row of elements, the same for reading a date and for writing one.
+// Date pictures: a picture string as a row of elements, the same for reading a date and for writing
+// one.
 //
-// An element is a run of one letter ("YYYY"), or one of a few pairs ("MI", "AP"). What a run of so many letters means is a table, a row for
-// each letter; only what is no plain run is told in code. Letters count in either case.
+// An element is a run of one letter ("YYYY"), or one of a few pairs ("MI", "AP"). What a run of so
+// many letters means is a table, a row for each letter; only what is no plain run is told in code.
+// Letters count in either case.
 //
 //     "Zd. mmmm YYYY"     shorter, day (1 letter), literal ".", literal " ", monthFullName (4), literal " ", year (4)
 #pragma once

@@ -1,7 +1,8 @@
 // Reading a date under a picture.
 //
-// Picture and date are walked together, element by element; a table says how each kind of element reads. The first status that is not
-// kGood ends the walk. What follows in the date after the picture's end is not looked at.
+// Picture and date are walked together, element by element; a table says how each kind of element
+// reads. The first status that is not kGood ends the walk. What follows in the date after the
+// picture's end is not looked at.
 //
 //     picture "ZD.MMM.YYYY", date "3.MAR.2026"     {day 3, month 3, year 2026}
 #include <cctype>
@@ -128,7 +129,8 @@ bool holds(const char *name, size_t nameLength, const char *text, size_t length)
     return false;
 }
 
-// The number of the name that the next three bytes abbreviate, from 1, or 0. With full names, the rest of the name is taken as well.
+// The number of the name that the next three bytes abbreviate, from 1, or 0. With full names, the
+// rest of the name is taken as well.
 Status name(Scan &scan, nl_item abbreviations, nl_item fullNames, int count, int32_t &value)
 {
     constexpr size_t kAbbreviation = 3;
@@ -259,7 +261,8 @@ constexpr ScanStep kSteps[static_cast<size_t>(Element::count)] = {
     notValid,    // brokenEra
 };
 
-// Puts AM or PM into the hour. 12 AM stays 12 without the dots, on purpose; the half then stays too, for those who count seconds.
+// Puts AM or PM into the hour. 12 AM stays 12 without the dots, on purpose; the half then stays
+// too, for those who count seconds.
 Status applyHalf(DateParts &parts, bool dotted)
 {
     if (parts.halfOfDay == kNoHalf) return kGood;

@@ -1,4 +1,5 @@
-// The services between text and days: LSVDAYS, LSVCBLDY, LSVDATE, and what LSVSECS and LSVDATM share with them.
+// The services between text and days: LSVDAYS, LSVCBLDY, LSVDATE, and what LSVSECS and LSVDATM
+// share with them.
 #include "dateservices/text_services.h"
 
 #include <cstring>

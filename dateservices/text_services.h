@@ -1,4 +1,5 @@
-// Between text and the parts of a date, as the services have it: work storage, eras, default pictures.
+// Between text and the parts of a date, as the services have it: work storage, eras, default
+// pictures.
 #pragma once
 
 #include "dateservices/feedback.h"

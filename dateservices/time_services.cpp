@@ -1,4 +1,5 @@
-// The services that carry the time of day: Lilian seconds, the present time, the offset from Greenwich, the day of the week.
+// The services that carry the time of day: Lilian seconds, the present time, the offset from
+// Greenwich, the day of the week.
 #include <cmath>
 #include <cstring>
 
@@ -24,7 +25,8 @@ double secondsOf(int64_t lilian, const DateParts &parts)
 
 bool isSeconds(double seconds) { return seconds >= kFirstSecond && seconds <= kLastSecond; }
 
-// The small amounts take up what binary fractions lose. From 0.9995 on a fraction counts 1000 milliseconds, without a carry; on purpose.
+// The small amounts take up what binary fractions lose. From 0.9995 on a fraction counts 1000
+// milliseconds, without a carry; on purpose.
 void setTime(DateParts &parts, double seconds)
 {
     double day = std::floor((seconds + 0.0001) / kSecondsOfDay);

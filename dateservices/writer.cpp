@@ -1,7 +1,8 @@
 // Writing a date under a picture.
 //
-// The picture is walked as it is, so that the case of its letters survives: "Mmm" makes Mar, "MMM" makes MAR. A table says how each kind of
-// element is written; one that cannot be filled is copied letter by letter.
+// The picture is walked as it is, so that the case of its letters survives: "Mmm" makes Mar, "MMM"
+// makes MAR. A table says how each kind of element is written; one that cannot be filled is copied
+// letter by letter.
 #include <algorithm>
 #include <cctype>
 #include <cstdio>

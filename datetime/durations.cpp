@@ -1,7 +1,7 @@
 // Durations: adding and subtracting them, and the duration between two items.
 //
-// The work is on the fields of the system form. Carries are divisions and steps of the calendar's day
-// numbers, whatever the size of the duration: nothing counts months or days one by one.
+// The work is on the fields of the system form. Carries are divisions and steps of the calendar's
+// day numbers, whatever the size of the duration: nothing counts months or days one by one.
 //
 //     31 January 2026 + 1 month            28 February 2026
 //     31 December 2026 23:59:59 + 1 second 1 January 2027
@@ -108,8 +108,8 @@ int64_t carryOf(int64_t &value, int64_t unit, bool adding)
     return carry;
 }
 
-// Without a date to carry into, hours that are too many still raise the day, which counts for nothing
-// in a TIME; hours that are too few do not lower it. On purpose.
+// Without a date to carry into, hours that are too many still raise the day, which counts for
+// nothing in a TIME; hours that are too few do not lower it. On purpose.
 void moveHours(Fields &fields, int64_t hours, bool adding, bool carry)
 {
     fields.hour += hours;

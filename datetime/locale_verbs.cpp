@@ -1,8 +1,8 @@
 // The verbs for items that are tied to a locale.
 //
-// Each side that has a locale becomes an ISO item: its text is translated and a copy of its descriptor
-// is rewritten for the ISO layout. The plain verb does its work on the copies, and a result goes back
-// into the locale's layout. A check of the sender is made on the ISO text, once.
+// Each side that has a locale becomes an ISO item: its text is translated and a copy of its
+// descriptor is rewritten for the ISO layout. The plain verb does its work on the copies, and a
+// result goes back into the locale's layout. A check of the sender is made on the ISO text, once.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>

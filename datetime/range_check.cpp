@@ -1,7 +1,7 @@
 // The test of an item's contents; see range_check.h.
 //
-// The item is walked by its format; subfields that the format does not carry count as year 0, 1 January,
-// 00:00:00, which pass. Separators and literals are not looked at.
+// The item is walked by its format; subfields that the format does not carry count as year 0, 1
+// January, 00:00:00, which pass. Separators and literals are not looked at.
 #include "datetime/range_check.h"
 
 #include <cassert>

@@ -1,11 +1,13 @@
-// Locales of date-time items: the run unit's table of them, SET LOCALE, and the way between a locale's
-// text and ISO text.
+// Locales of date-time items: the run unit's table of them, SET LOCALE, and the way between a
+// locale's text and ISO text.
 //
-// A program brings a table of the locales that it names. Init_Locale replaces each name by a descriptor
-// that all programs of the run unit share; the descriptors hang in a tree, ordered by name. Each holds
-// a name for every category, since SET LOCALE can change one category of the current locale alone.
+// A program brings a table of the locales that it names. Init_Locale replaces each name by a
+// descriptor that all programs of the run unit share; the descriptors hang in a tree, ordered by
+// name. Each holds a name for every category, since SET LOCALE can change one category of the
+// current locale alone.
 //
-// A text is read by the system's strptime under one locale and printed by strftime under another one.
+// A text is read by the system's strptime under one locale and printed by strftime under another
+// one.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -103,7 +105,7 @@ LocaleDescriptor *runRutAddLocaleToRut(const GeneratedLocaleInfo *wanted)
         if (sign == 0) return *link;
         link = sign < 0 ? &(*link)->left : &(*link)->right;
     }
-    *link = runRutCreateLocaleDescriptor(wanted->localeName, wanted->libraryName, wanted->localeNameLen,
+    *link = runRutCreateLocaleDescriptor(wanted->localeName, wanted->libraryName, *wanted->localeNameLen,
                                          wanted->libraryNameLen);
     return *link;
 }
@@ -163,8 +165,8 @@ const char *isoFormat(const FD *fd) { return fd->category == ctDATE ? kIsoDate :
 
 // ---- a format of entries, element by element
 
-// What strptime and strftime call an entry; null for one that is copied as it is. The century's is none
-// that they know, so that such an item never reads; on purpose.
+// What strptime and strftime call an entry; null for one that is copied as it is. The century's is
+// none that they know, so that such an item never reads; on purpose.
 const char *elementFormat(uint32_t type)
 {
     switch (type) {
@@ -237,8 +239,8 @@ bool translateElement(Translation &t, const char *format)
     return true;
 }
 
-// The hour alone does not tell the half of the day: both texts are joined and read again, the hour is
-// put where it was, and the half is written in its own place.
+// The hour alone does not tell the half of the day: both texts are joined and read again, the hour
+// is put where it was, and the half is written in its own place.
 bool translateHalf(Translation &t)
 {
     tm parts{};

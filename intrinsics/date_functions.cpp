@@ -1,7 +1,8 @@
 // FUNCTION CURRENT-DATE, INTEGER-OF-DATE and its like, and the windows of two-digit years.
 //
-// A valid argument is one step to a day number of the calendar and one back. What is not valid is reported, and if the message lets the
-// program go on, the same steps run on the number as it is: the calendar takes any.
+// A valid argument is one step to a day number of the calendar and one back. What is not valid is
+// reported, and if the message lets the program go on, the same steps run on the number as it is:
+// the calendar takes any.
 #include <cstring>
 
 #include "calendar/calendar.h"
@@ -59,7 +60,8 @@ void _zvkCurrentDate(char *buffer)
                           now.local.tm_min,     now.local.tm_sec,  now.microseconds / 10000};
     for (int i = 0; i < 6; i++) calendar::putDigits(buffer + 4 + 2 * i, 2, static_cast<uint64_t>(fields[i]));
 
-    // Summer time moves the offset away from zero, also where the clock moves towards it; programs know it so.
+    // Summer time moves the offset away from zero, also where the clock moves towards it; programs
+    // know it so.
     int32_t west = now.zoneMinutes;
     if (now.local.tm_isdst > 0) west += west < 0 ? -60 : 60;
     buffer[16] = west <= 0 ? '+' : '-';

@@ -1,18 +1,20 @@
 /**
  * Date and time services that programs CALL by name: LSVDAYS and its like.
  *
- * A Lilian day number counts days of the Gregorian calendar from 15 October 1582, day 1, to 31 December 9999, day 3074324. Lilian
- * seconds are a double: day * 86400 plus the seconds of the day, 86400 to 265621679999.999.
+ * A Lilian day number counts days of the Gregorian calendar from 15 October 1582, day 1, to 31
+ * December 9999, day 3074324. Lilian seconds are a double: day * 86400 plus the seconds of the day,
+ * 86400 to 265621679999.999.
  *
  * @code
- *     VSTRING(10) date = {10, "2026-12-31"}, picture = {10, "YYYY-MM-DD"};
+ *     ZVK_VSTRING(10) date = {10, "2026-12-31"}, picture = {10, "YYYY-MM-DD"};
  *     int32_t lilian;
  *     FeedbackCode fc;
- *     LSVDAYS(&date, &picture, &lilian, &fc);                 // lilian 162260, fc all zero
+ *     LSVDAYS((VSTRING *)&date, (VSTRING *)&picture, &lilian, &fc); // lilian 162246, fc all zero
  * @endcode
  *
- * Pictures. In input, both the picture and the date are cleared of leading blanks, folded to upper case, each run of blanks becomes one "/",
- * and a "/" at the end is dropped. In output the letters of a picture may be of either case.
+ * Pictures. In input, both the picture and the date are cleared of leading blanks, folded to upper
+ * case, each run of blanks becomes one "/", and a "/" at the end is dropped. In output the letters
+ * of a picture may be of either case.
  *
  * | element | input | output |
  * |---|---|---|
@@ -36,11 +38,12 @@
  * | `Z` | the next element may have a digit less | the next element has no leading zeros |
  * | other | one character, whatever it is; not at the start | the character |
  *
- * The names of months and days are those of the process's locale. Eras are in the message catalog (message 216).
- * Under `AP` 12 AM is hour 12 to the scanner, which the seconds of LSVSECS count as 0; under `A.P` it is hour 0. On purpose.
+ * The names of months and days are those of the process's locale. Eras are in the message catalog
+ * (message 216). Under `AP` 12 AM is hour 12 to the scanner, which the seconds of LSVSECS count as
+ * 0; under `A.P` it is hour 0. On purpose.
  *
- * A VSTRING whose length is negative as a signed number is an empty one. A feedback pointer may be null: the service then writes the message
- * of the token instead.
+ * A VSTRING whose length is negative as a signed number is an empty one. A feedback pointer may be
+ * null: the service then writes the message of the token instead.
  *
  * | message | severity | meaning |
  * |---|---|---|
@@ -61,7 +64,8 @@
  * | 2533 | 3 | LSVSCEN: not 0 to 100 |
  * | 2534 | 3 | the date cannot be written |
  *
- * A failed call leaves its numeric results at 0. Threads: any; TZ is read at each call that needs it.
+ * A failed call leaves its numeric results at 0. Threads: any; TZ is read at each call that needs
+ * it.
  */
 #ifndef KVR2_DATESERVICES_H
 #define KVR2_DATESERVICES_H
@@ -70,7 +74,10 @@
 
 ZVK_BEGIN_DECLS
 
-/** A string with its length in front, of at most `n` bytes. As a service takes it: any room, `length` bytes count. */
+/**
+ * A string with its length in front, of at most `n` bytes. As a service takes it: any room,
+ * `length` bytes count.
+ */
 #define ZVK_VSTRING(n)                                                                                                 \
     struct {                                                                                                           \
         uint16_t length;                                                                                               \
@@ -104,20 +111,29 @@ typedef double LsvSeconds __attribute__((aligned(1)));
 /** Text to Lilian day; an empty picture stands for MM/DD/YY. */
 ZVK_EXPORT void LSVDAYS(const VSTRING *date, const VSTRING *picture, LsvNumber *lilian, FeedbackCode *fc);
 
-/** Text to the day number of FUNCTION INTEGER-OF-DATE. @messages 160 for a date before 1601, as of that function */
+/**
+ * Text to the day number of FUNCTION INTEGER-OF-DATE. @messages 160 for a date before 1601, as of
+ * that function
+ */
 ZVK_EXPORT void LSVCBLDY(const VSTRING *date, const VSTRING *picture, LsvNumber *days, FeedbackCode *fc);
 
-/** Lilian day to text. @param out 80 bytes, padded with blanks; an empty picture stands for MM/DD/YY */
+/**
+ * Lilian day to text. @param out 80 bytes, padded with blanks; an empty picture stands for MM/DD/YY
+ */
 ZVK_EXPORT void LSVDATE(const LsvNumber *lilian, const VSTRING *picture, char *out, FeedbackCode *fc);
 
-/** Sets how many years before the present one the century window of two-digit years starts: 0 to 100, 80 at a run unit's start. */
+/**
+ * Sets how many years before the present one the century window of two-digit years starts: 0 to
+ * 100, 80 at a run unit's start.
+ */
 ZVK_EXPORT void LSVSCEN(const LsvUnsigned *century, FeedbackCode *fc);
 
 /** The century window that is set. */
 ZVK_EXPORT void LSVQCEN(LsvUnsigned *century, FeedbackCode *fc);
 
 /**
- * Passes a run of literal characters that picture and date have in common, and moves both positions.
+ * Passes a run of literal characters that picture and date have in common, and moves both
+ * positions.
  *
  * @return 0; 24 if already the first character differs, or one of the two is at its end
  */
@@ -129,7 +145,10 @@ typedef struct Era {
     uint32_t lengthInYears;
 } Era;
 
-/** Eras of a language, first to last. After `eras[count]` follow `count` names of seven bytes, NUL-terminated. */
+/**
+ * Eras of a language, first to last. After `eras[count]` follow `count` names of seven bytes,
+ * NUL-terminated.
+ */
 typedef struct EraTable {
     uint32_t count; /**< at most 20 */
     Era eras[];
@@ -140,7 +159,8 @@ ZVK_AT(EraTable, eras, 4);
 /**
  * Loads the Japanese or the Chinese eras from the message catalog.
  *
- * @param table  gets the table, to be freed by `_zvkcfree`; null if there is none or its text does not begin with a count of at most 20
+ * @param table  gets the table, to be freed by `_zvkcfree`; null if there is none or its text does
+ *               not begin with a count of at most 20
  * @messages 206 with 2, severe, if the catalog has no such text
  */
 ZVK_EXPORT void LSVZGetJapEra(EraTable **table, FeedbackCode *fc);
@@ -162,14 +182,20 @@ ZVK_EXPORT void LSVSECI(const LsvSeconds *lilianSeconds, LsvNumber *year, LsvNum
 /** Text to Lilian seconds; an empty picture stands for MM/DD/YY HH:MI:SS AP. */
 ZVK_EXPORT void LSVSECS(const VSTRING *timestamp, const VSTRING *picture, LsvSeconds *lilianSeconds, FeedbackCode *fc);
 
-/** Lilian seconds to text; an empty picture stands for MM/DD/YY HH:MI:SS AP. @param out 80 bytes, padded with blanks */
+/**
+ * Lilian seconds to text; an empty picture stands for MM/DD/YY HH:MI:SS AP. @param out 80 bytes,
+ * padded with blanks
+ */
 ZVK_EXPORT void LSVDATM(const LsvSeconds *lilianSeconds, const VSTRING *picture, char *out, FeedbackCode *fc);
 
 /** The present time in Greenwich. LSVUTC is the same. */
 ZVK_EXPORT void LSVGMT(LsvNumber *lilian, LsvSeconds *lilianSeconds, FeedbackCode *fc);
 ZVK_EXPORT void LSVUTC(LsvNumber *lilian, LsvSeconds *lilianSeconds, FeedbackCode *fc);
 
-/** The offset of local time from Greenwich, positive in the east. `minutes` is never negative; `seconds` is the whole offset. */
+/**
+ * The offset of local time from Greenwich, positive in the east. `minutes` is never negative;
+ * `seconds` is the whole offset.
+ */
 ZVK_EXPORT void LSVGMTO(LsvNumber *hours, LsvNumber *minutes, LsvSeconds *seconds, FeedbackCode *fc);
 
 /** The present local time. @param gregorian 17 bytes, YYYYMMDDHHMISS and milliseconds */
@@ -179,9 +205,11 @@ ZVK_EXPORT void LSVLOCT(LsvNumber *lilian, LsvSeconds *lilianSeconds, char *greg
 ZVK_EXPORT void TKJEDT4(char *out, FeedbackCode *fc);
 
 /**
- * The services for programs with EBCDIC data. Strings are EBCDIC; numbers do not cross this layer: numeric inputs count as 0 and numeric
- * results are 0. A failure shows in `facility` only, as the bytes C3 C5 C5, with severity and message number 0. On purpose: programs
- * that were compiled for them know it so. A string longer than 270 bytes is cut. Threads: one at a time, as all conversions of code pages.
+ * The services for programs with EBCDIC data. Strings are EBCDIC; numbers do not cross this layer:
+ * numeric inputs count as 0 and numeric results are 0. A failure shows in `facility` only, as the
+ * bytes C3 C5 C5, with severity and message number 0. On purpose: programs that were compiled for
+ * them know it so. A string longer than 270 bytes is cut. Threads: one at a time, as all
+ * conversions of code pages.
  */
 ZVK_EXPORT void LSVDAYS_HOST(const VSTRING *date, const VSTRING *picture, LsvNumber *lilian, FeedbackCode *fc);
 ZVK_EXPORT void LSVCBLDY_HOST(const VSTRING *date, const VSTRING *picture, LsvNumber *result, FeedbackCode *fc);

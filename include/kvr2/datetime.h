@@ -1,8 +1,9 @@
 /**
  * Date-time items: data items of category DATE, TIME and TIMESTAMP.
  *
- * An item holds text in the layout of its format. The library knows the layout from a field descriptor, `FD`, that goes with
- * the item in every call. Inside, each item becomes a text of fixed layout, its system form, and that becomes the receiver:
+ * An item holds text in the layout of its format. The library knows the layout from a field
+ * descriptor, `FD`, that goes with the item in every call. Inside, each item becomes a text of
+ * fixed layout, its system form, and that becomes the receiver:
  *
  *     DATE       YYYY-MM-DD                          10 characters
  *     TIME       HH:MM:SS.FFFFFFFFFFFF               21
@@ -15,17 +16,19 @@
  *     _zvkcDateTime_Move("31.12.2026", target, &german, &targetFD, 0, 1950, noInfo);
  * @endcode
  *
- * There is no status. What compiled code must not ask for stops the run unit on an assertion that shows the condition. No call
- * touches a byte outside an item, whatever the item holds; a format that is longer than its item is cut at the item's end.
+ * There is no status. What compiled code must not ask for stops the run unit on an assertion that
+ * shows the condition. No call touches a byte outside an item, whatever the item holds; a format
+ * that is longer than its item is cut at the item's end.
  *
- * `windowYear` gives a year of two digits its century: with 1950, 50 is 1950 and 49 is 2049. It is the first of the hundred
- * years.
+ * `windowYear` gives a year of two digits its century: with 1950, 50 is 1950 and 49 is 2049. It is
+ * the first of the hundred years.
  *
- * A record of an item that is tied to a locale is brought up to date by the `_Locale` entries: `formatLiteralPtr`,
- * `formatIsStrptime` and `formatUpdated` change. All other operands that are no result are only read.
+ * A record of an item that is tied to a locale is brought up to date by the `_Locale` entries:
+ * `formatLiteralPtr`, `formatIsStrptime` and `formatUpdated` change. All other operands that are no
+ * result are only read.
  *
- * Threads: any, on items of their own; two threads may share the FD of an item without a locale. Set_Locale and Init_Locale:
- * one thread at a time.
+ * Threads: any, on items of their own; two threads may share the FD of an item without a locale.
+ * Set_Locale and Init_Locale: one thread at a time.
  */
 #ifndef KVR2_DATETIME_H
 #define KVR2_DATETIME_H
@@ -110,7 +113,7 @@ typedef struct FD {
         int16_t actualLength; /**< length of the format as written, at most `storageLength` */
     } diffLength;
     uint8_t hasLocale;        /**< 1: the text is in the layout of a locale */
-    uint16_t localeIndex;     /**< 1 the run unit's current locale, otherwise a slot of the program's locale table */
+    uint16_t localeIndex;     /**< 1 the current locale, otherwise a slot of the program's table */
     int16_t numberOfEntries;  /**< above zero for a formatted item */
     uint8_t formatUpdated;    /**< set to 1 by the library when the format has been taken from the locale */
     uint8_t formatIsStrptime; /**< 1: `formatLiteralPtr` is a format of `strptime` and not the pool */
@@ -178,10 +181,15 @@ typedef struct TodInfo {
 } TodInfo;
 ZVK_STATIC_ASSERT(sizeof(TodInfo) == 64, "TodInfo");
 
-/** The names in force for the categories of a locale. 1200 bytes. */
+/** Bytes of a category's name in a locale, with its NUL, and how many there is room for. */
 enum { ZVK_LOCALE_NAME = 43, ZVK_LOCALE_SLOTS = 11 };
+
+/** The names in force for the categories of a locale. 1200 bytes. */
 typedef struct LocaleInfo {
-    /** LC_CTYPE, LC_NUMERIC, LC_TIME, LC_COLLATE, LC_MONETARY, LC_MESSAGES, LC_ALL, LC_TOD; three more are written and not read */
+    /**
+     * LC_CTYPE, LC_NUMERIC, LC_TIME, LC_COLLATE, LC_MONETARY, LC_MESSAGES, LC_ALL, LC_TOD; three
+     * more are written and not read
+     */
     char names[ZVK_LOCALE_SLOTS][ZVK_LOCALE_NAME];
     TodInfo *todInfo;
     uint8_t reserved488[712];
@@ -241,8 +249,9 @@ enum {
 /**
  * MOVE of a date-time item to another one.
  *
- * A DATE into a TIMESTAMP keeps the time of a receiver that holds a valid timestamp, a TIME its date; otherwise the rest becomes
- * 00:00:00 or 0000-01-01. A TIMESTAMP into a DATE or TIME gives its part.
+ * A DATE into a TIMESTAMP keeps the time of a receiver that holds a valid timestamp, a TIME its
+ * date; otherwise the rest becomes 00:00:00 or 0000-01-01. A TIMESTAMP into a DATE or TIME gives
+ * its part.
  *
  * @param sender, receiver      items of senderFD and receiverFD; may be the same
  * @param reserved              not read
@@ -251,10 +260,11 @@ ZVK_EXPORT void _zvkcDateTime_Move(const char *sender, char *receiver, const FD 
                                    uint64_t reserved, int16_t windowYear, NewCallInfo newCallInfo);
 
 /**
- * MOVE of a number to a date-time item: digits go into the format from the right, "0" where they are used up.
+ * MOVE of a number to a date-time item: digits go into the format from the right, "0" where they
+ * are used up.
  *
- * AM/PM becomes "PM". A format entry of type 25 becomes "PM hh:mm:ss", with the half of the day in front. An entry of type 32 stops
- * the run unit.
+ * AM/PM becomes "PM". A format entry of type 25 becomes "PM hh:mm:ss", with the half of the day in
+ * front. An entry of type 32 stops the run unit.
  *
  * @param sender  senderLength digits
  */
@@ -262,19 +272,23 @@ ZVK_EXPORT void _zvkcDateTime_Edit(const char *sender, char *receiver, const FD 
                                    NewCallInfo newCallInfo);
 
 /**
- * MOVE of a date-time item to a number: the format's digits, right-aligned in receiverLength digits (at most 63), "0" on the left.
+ * MOVE of a date-time item to a number: the format's digits, right-aligned in receiverLength digits
+ * (at most 63), "0" on the left.
  */
 ZVK_EXPORT void _zvkcDateTime_DeEdit(const char *sender, char *receiver, const FD *senderFD, int32_t receiverLength,
                                      int16_t windowYear, NewCallInfo newCallInfo);
 
 /**
- * Text into a date-time item: from a numeric item (category 3) its right end, with "0" on the left, otherwise its left end; the rest of
- * the item is filled with blanks.
+ * Text into a date-time item: from a numeric item (category 3) its right end, with "0" on the left,
+ * otherwise its left end; the rest of the item is filled with blanks.
  */
 ZVK_EXPORT void _zvkcDateTime_Convert(const char *sender, char *receiver, const FD *senderFD, const FD *receiverFD,
                                       int32_t senderLength);
 
-/** The same for items of which at least one is tied to a locale; `program` is the program's record. A TIMESTAMP has no locale form. */
+/**
+ * The same for items of which at least one is tied to a locale; `program` is the program's record.
+ * A TIMESTAMP has no locale form.
+ */
 ZVK_EXPORT void _zvkcDateTime_Move_Locale(const char *sender, char *receiver, FD *senderFD, FD *receiverFD,
                                           uint64_t reserved, int16_t windowYear, NewCallInfo newCallInfo,
                                           LocaleProgram *program);
@@ -285,7 +299,10 @@ ZVK_EXPORT void _zvkcDateTime_DeEdit_Locale(const char *sender, char *receiver, 
 ZVK_EXPORT void _zvkcDateTime_Convert_Locale(const char *sender, char *receiver, FD *senderFD, FD *receiverFD,
                                              int32_t senderLength, NewCallInfo newCallInfo, LocaleProgram *program);
 
-/** Text into an item tied to a locale, as it is: cut or padded to receiverLength; senderLength 0: up to the sender's NUL. */
+/**
+ * Text into an item tied to a locale, as it is: cut or padded to receiverLength; senderLength 0: up
+ * to the sender's NUL.
+ */
 ZVK_EXPORT void _zvkcDateTime_Move_AToD(const char *sender, char *receiver, const FD *senderFD, const FD *receiverFD,
                                         uint64_t senderLength, uint64_t receiverLength);
 
@@ -296,7 +313,8 @@ ZVK_EXPORT void _zvkcDateTime_Move_DToA(const char *sender, char *receiver, cons
 /* ---- durations ---- */
 
 /**
- * Adds durations to an item, in the order of the list. After months the day is cut to the month's last.
+ * Adds durations to an item, in the order of the list. After months the day is cut to the month's
+ * last.
  *
  * In a TIME hours wrap within the day.
  *
@@ -309,7 +327,8 @@ ZVK_EXPORT void _zvkcDateTime_Sub_Duration(const char *source, const FD *sourceF
                                            const DurationEntry *durations, int16_t windowYear, NewCallInfo newCallInfo);
 
 /**
- * lhs - rhs in whole units of `unit` (duYears ...). A year counts 365.25 days where years are turned into days and smaller units.
+ * lhs - rhs in whole units of `unit` (duYears ...). A year counts 365.25 days where years are
+ * turned into days and smaller units.
  *
  * @return the difference; beyond 32 bits its low-order part
  */
@@ -332,8 +351,8 @@ ZVK_EXPORT int32_t _zvkcDateTime_Find_Duration_Locale(const char *lhs, FD *lhsFD
 enum { ZVK_EQUAL = 0, ZVK_NOT_EQUAL = 1, ZVK_GREATER = 2, ZVK_NOT_LESS = 3, ZVK_LESS = 4, ZVK_NOT_GREATER = 5 };
 
 /**
- * Relation of two items. Subfields that only one of the two formats has match anything; so does a fraction's place that holds a
- * leading zero.
+ * Relation of two items. Subfields that only one of the two formats has match anything; so does a
+ * fraction's place that holds a leading zero.
  *
  * @return 1 if it holds, else 0; 0 for an `op` above 5
  */
@@ -342,7 +361,10 @@ ZVK_EXPORT int32_t _zvkcDateTime_Compare(const char *left, const char *right, co
 ZVK_EXPORT int32_t _zvkcDateTime_Compare_Locale(const char *left, const char *right, FD *leftFD, FD *rightFD,
                                                 uint32_t op, int16_t windowYear, NewCallInfo newCallInfo,
                                                 LocaleProgram *program);
-/** Relation of two texts of leftLength and rightLength bytes, both read by the descriptor that has a locale. */
+/**
+ * Relation of two texts of leftLength and rightLength bytes, both read by the descriptor that has a
+ * locale.
+ */
 ZVK_EXPORT int32_t _zvkcDateTime_Compare_NN_Locale(const char *left, const char *right, FD *leftFD, FD *rightFD,
                                                    uint32_t leftLength, uint32_t rightLength, uint32_t op,
                                                    int16_t windowYear, NewCallInfo newCallInfo, LocaleProgram *program);
@@ -373,7 +395,8 @@ ZVK_EXPORT void _zvkcDateTime_Extract_Alph(const char *source, const FD *sourceF
 /**
  * An item's part as a number: the text of resultFD (at most 256 bytes), digits only.
  *
- * @param packed  gets the number; what a compiler passes for a structure that comes back through memory
+ * @param packed  gets the number; what a compiler passes for a structure that comes back through
+ *                memory
  * @return packed
  */
 ZVK_EXPORT PackedField *_zvkcDateTime_Extract_Int(PackedField *packed, const char *source, const FD *sourceFD,
@@ -382,7 +405,8 @@ ZVK_EXPORT PackedField *_zvkcDateTime_Extract_Int(PackedField *packed, const cha
 /**
  * A field of an item as a number.
  *
- * @param field  13 year, 14 month, 15 day, 16 hour, 17 minute, 18 second; 19 and 20, of a TIMESTAMP, the twelve digits of its fraction
+ * @param field  13 year, 14 month, 15 day, 16 hour, 17 minute, 18 second; 19 and 20, of a
+ *               TIMESTAMP, the twelve digits of its fraction
  * @return packed
  */
 ZVK_EXPORT PackedField *_zvkcDateTime_Extract_Packed(PackedField *packed, const char *source, const FD *sourceFD,
@@ -400,7 +424,8 @@ ZVK_EXPORT PackedField *_zvkcDateTime_Extract_Packed_Locale(PackedField *packed,
 /* ---- locales of a run unit ---- */
 
 /**
- * Makes a program's locales known to the run unit; once for each program, before its first statement with a locale.
+ * Makes a program's locales known to the run unit; once for each program, before its first
+ * statement with a locale.
  *
  * @return program
  * @messages 1000 with the name of a locale that is not installed; the run unit then stops
@@ -414,10 +439,12 @@ enum { ZVK_LOCALE_SAVE_ONLY = -2, ZVK_LOCALE_BY_NAME = -1, ZVK_LOCALE_DEFAULT = 
  * SET LOCALE.
  *
  * @param numberOfCategories, categories  ZVK_LC_..., at least one; just one if something is saved
- * @param saveTo, saveLength              null, or gets the present name of the category, cut or padded; "DEFAULT" for C and POSIX
+ * @param saveTo, saveLength              null, or gets the present name of the category, cut or
+ *                                        padded; "DEFAULT" for C and POSIX
  * @param saveLibrary, saveLibraryLength  null, or is filled with blanks
  * @param fromLocaleId                    ZVK_LOCALE_..., or a slot of the program's table
- * @param newLocaleName, newNameLength    the name for ZVK_LOCALE_BY_NAME, not terminated; trailing blanks do not count
+ * @param newLocaleName, newNameLength    the name for ZVK_LOCALE_BY_NAME, not terminated; trailing
+ *                                        blanks do not count
  * @param program                         the program's record, for a slot
  * @return the resulting locale name, terminated; it lives until the next SET LOCALE
  * @messages 1001 with category and locale if the system refuses it; the run unit then stops
@@ -446,9 +473,10 @@ ZVK_EXPORT int32_t _zvkcDateTime_Locale_Date(const char *source, int32_t sourceC
 /**
  * FUNCTION LOCALE-TIME: HHMMSSFF in the layout of a locale.
  *
- * @param source  8 digits, and then either a NUL or, as CURRENT-DATE has it, "+" or "-" and the offset from UTC as HHMM. A time with
- *                an offset is shifted to the locale's offset
- * @messages 1003 with the source and the hours, minutes or seconds that are out of range; 1000, 1002. The run unit then stops
+ * @param source  8 digits, and then either a NUL or, as CURRENT-DATE has it, "+" or "-" and the
+ *                offset from UTC as HHMM. A time with an offset is shifted to the locale's offset
+ * @messages 1003 with the source and the hours, minutes or seconds that are out of range; 1000,
+ *           1002. The run unit then stops
  */
 ZVK_EXPORT int32_t _zvkcDateTime_Locale_Time(const char *source, int32_t sourceClass, uint16_t localeId, char *result,
                                              NewCallInfo callInfo, LocaleProgram *program);

@@ -1,9 +1,9 @@
-// Catches: an element that does not read back what it writes; a Z that is forgotten or kept too long;
-// case, padding and order of elements that depend on their neighbours; names of other locales that are
-// cut in the middle of a character.
+// Catches: an element that does not read back what it writes; a Z that is forgotten or kept too
+// long; case, padding and order of elements that depend on their neighbours; names of other locales
+// that are cut in the middle of a character.
 //
-// Pictures are made up of elements at random; each element knows by itself what it writes for a date.
-// What the service writes must be that, and reading it must lead back to the day.
+// Pictures are made up of elements at random; each element knows by itself what it writes for a
+// date. What the service writes must be that, and reading it must lead back to the day.
 #include <clocale>
 #include <langinfo.h>
 #include <random>
@@ -125,7 +125,8 @@ TEST(Pictures, WhatIsWrittenReadsBack)
         Text written = dateTime(moment.seconds, picture);
         ASSERT_EQ(written.token, 0) << picture;
         ASSERT_EQ(padded(written.value, wanted.size()), wanted) << picture;
-        // Blanks that pad a name are one delimiter to the reader: with one more behind they do not fit any picture.
+        // Blanks that pad a name are one delimiter to the reader: with one more behind they do not
+        // fit any picture.
         if (wanted.find("  ") != std::string::npos || wanted.find(" /") != std::string::npos) continue;
         bool odd = false;
         for (char each : std::string("/.,:-_")) odd |= wanted.find(std::string(" ") + each) != std::string::npos;
@@ -183,7 +184,8 @@ TEST(Pictures, NamesOfOtherLocales)
     ASSERT_EQ(inUtf8.status, 0);
     ASSERT_EQ(inLatin.status, 0);
     EXPECT_EQ(inLatin.out, "M\xE4r|M\xE4rz   |M\xC4RZ 161231");
-    // Two bytes a letter: three bytes do not hold the abbreviation, and the name's fourth is cut off by none.
+    // Two bytes a letter: three bytes do not hold the abbreviation, and the name's fourth is cut
+    // off by none.
     EXPECT_EQ(inUtf8.out.substr(0, inUtf8.out.find(' ')), "M\xC3\xA4|M\xC3\xA4rz");
 }
 

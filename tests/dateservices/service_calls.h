@@ -1,4 +1,5 @@
-// Calls of the date services as compiled programs make them, with every operand at the end of a page.
+// Calls of the date services as compiled programs make them, with every operand at the end of a
+// page.
 #pragma once
 
 #include <cstring>

@@ -1,6 +1,6 @@
-// Catches: Lilian seconds that lose a millisecond or carry wrongly; ranges that are open at one end;
-// offsets of half hours, of zones west of Greenwich, and over the end of a year; a host form that lets
-// a number through or loses a failure.
+// Catches: Lilian seconds that lose a millisecond or carry wrongly; ranges that are open at one
+// end; offsets of half hours, of zones west of Greenwich, and over the end of a year; a host form
+// that lets a number through or loses a failure.
 #include <clocale>
 #include <cmath>
 #include <ctime>

@@ -1,5 +1,6 @@
-// Catches: carries that stop short or go on too far; months whose last day is not kept to; durations
-// so large that a loop would not end; differences with a wrong sign or a borrow that is missing.
+// Catches: carries that stop short or go on too far; months whose last day is not kept to;
+// durations so large that a loop would not end; differences with a wrong sign or a borrow that is
+// missing.
 #include <ctime>
 #include <random>
 

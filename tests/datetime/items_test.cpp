@@ -1,7 +1,7 @@
 // Catches: an entry whose width or place is wrong in either direction; a window or a century that
-// leads elsewhere; a MOVE that loses what the receiver is to keep; digits that go astray in edits and
-// de-edits; comparisons that do not pass over what a format has not; a test that is too lenient; an
-// assertion without its words; any access outside of an item.
+// leads elsewhere; a MOVE that loses what the receiver is to keep; digits that go astray in edits
+// and de-edits; comparisons that do not pass over what a format has not; a test that is too
+// lenient; an assertion without its words; any access outside of an item.
 #include <atomic>
 #include <ctime>
 #include <random>
@@ -84,7 +84,8 @@ std::string shows(uint32_t type, const Moment &m, int window)
     }
 }
 
-// A format that carries a whole date, or a whole time, or both, in some order; its text for a moment.
+// A format that carries a whole date, or a whole time, or both, in some order; its text for a
+// moment.
 struct Made {
     Format format;
     std::string text;
@@ -409,7 +410,8 @@ TEST(Items, AssertionsShowTheirWords)
     }
 }
 
-// Any bytes under any format, also one that is longer than its item: nothing but the guards is looked at.
+// Any bytes under any format, also one that is longer than its item: nothing but the guards is
+// looked at.
 TEST(Items, AnyBytesStayWithinTheirItems)
 {
     std::mt19937 random(5);

@@ -1,6 +1,7 @@
-// Catches: a locale's text that is read or written by another locale's layout; a name that is cut or
-// saved wrongly; a table that is merged twice or in another order; a check of the sender that is lost
-// on the way; messages without their inserts. Everything runs in a child: a locale is the process's.
+// Catches: a locale's text that is read or written by another locale's layout; a name that is cut
+// or saved wrongly; a table that is merged twice or in another order; a check of the sender that is
+// lost on the way; messages without their inserts. Everything runs in a child: a locale is the
+// process's.
 #include <clocale>
 #include <cstdlib>
 #include <ctime>
@@ -209,7 +210,8 @@ TEST(Locale, SetLocaleSavesAndSets)
         REQUIRE(movedLocale("2026-03-07", &iso.fd, &date, program) == "07.03.2026");
         REQUIRE(setLocale(program, ZVK_LC_TIME, ZVK_LOCALE_BY_NAME, "en_US.ISO-8859-1  ", 12).name == "de_DE.UTF-8 ");
         REQUIRE(movedLocale("2026-03-07", &iso.fd, &date, program) == "03/07/2026"); // the current locale's, taken anew
-        // The category of all has the name of LC_CTYPE to save, and setting it leaves that one alone.
+        // The category of all has the name of LC_CTYPE to save, and setting it leaves that one
+        // alone.
         REQUIRE(setLocale(program, ZVK_LC_ALL, ZVK_LOCALE_BY_NAME, "de_DE.UTF-8").result == "de_DE.UTF-8");
         REQUIRE(std::string(setlocale(LC_MONETARY, nullptr)) == "de_DE.UTF-8");
         REQUIRE(setLocale(program, ZVK_LC_ALL, ZVK_LOCALE_DEFAULT, "").name == "DEFAULT ");

@@ -1,5 +1,5 @@
-// A calendar that is nothing but a walk: one day after the other, with the months' lengths typed out.
-// It is the reference for everything that computes dates.
+// A calendar that is nothing but a walk: one day after the other, with the months' lengths typed
+// out. It is the reference for everything that computes dates.
 #pragma once
 
 #include <cstdint>
