@@ -15,7 +15,7 @@ constexpr uint32_t kExtractArea = 256;
 
 // Where a field is in the three system forms, -1 where it is not, and its digits. From 13 on.
 struct FieldPlace {
-    int8_t date, time, timestamp, digits;
+    int date, time, timestamp, digits;
 };
 constexpr FieldPlace kFields[] = {
     {0, -1, 0, 4},    // year

@@ -46,8 +46,8 @@ inline char separatorOf(uint32_t type)
 }
 
 // Where an entry that is copied as it is lies in the timestamp's system form; -1 for others.
-inline constexpr std::array<int8_t, kHighestEntry + 1> kCopiedTo = [] {
-    std::array<int8_t, kHighestEntry + 1> places{};
+inline constexpr std::array<int32_t, kHighestEntry + 1> kCopiedTo = [] {
+    std::array<int32_t, kHighestEntry + 1> places{};
     places.fill(-1);
     places[ZVK_FE_YEAR4] = places[ZVK_FE_YEAR4_RAW] = 0;
     places[ZVK_FE_MONTH] = 5;
