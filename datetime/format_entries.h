@@ -31,10 +31,8 @@ inline constexpr uint64_t kTextEntries =
     entryBits({ZVK_FE_LITERAL, ZVK_FE_SLASH, ZVK_FE_MINUS, ZVK_FE_PERIOD, ZVK_FE_COMMA, ZVK_FE_SPACE, ZVK_FE_COLON,
                ZVK_FE_CHAR, ZVK_FE_PERCENT, ZVK_FE_AT});
 
-// Those of one place that need no look at the item.
-inline constexpr uint64_t kOnePlace =
-    entryBits({ZVK_FE_SLASH, ZVK_FE_MINUS, ZVK_FE_PERIOD, ZVK_FE_COMMA, ZVK_FE_SPACE, ZVK_FE_COLON, ZVK_FE_PERCENT,
-               ZVK_FE_AT, ZVK_FE_CHAR, ZVK_FE_CENTURY, ZVK_FE_FRACTION1});
+// Texts of one place.
+inline constexpr uint64_t kOnePlace = kTextEntries & ~entryBits({ZVK_FE_LITERAL});
 
 inline bool isEntryOf(uint64_t entries, uint32_t type) { return type <= kHighestEntry && (entries >> type & 1); }
 
