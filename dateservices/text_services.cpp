@@ -53,23 +53,13 @@ uint32_t scanAndValidate(Service service, const Text &date, const Picture &pictu
 
 Picture usualPicture(const char *text) { return pictureOf(text, text + strlen(text)); }
 
-// For writing a picture stays as it is; a blank one stands for another.
-char *asGiven(const char *text, size_t length, char *out)
-{
-    if (isBlank({text, text + length})) return out;
-    memcpy(out, text, length);
-    return out + length;
-}
-
-thread_local KnownPicture lastRead(normalise), lastWritten(asGiven);
-
 } // namespace
 
 uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, DateParts &parts)
 {
     parts = DateParts{};
     Text given = textOf(date), asked = textOf(picture);
-    const Picture *known = lastRead.find(asked.begin, asked.length());
+    const Picture *known = nullptr;
     char own[kWorkStorage], *work = own;
     size_t wanted = given.length() + (known ? 0 : asked.length());
     if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
@@ -89,7 +79,7 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts &parts)
 {
     Text asked = textOf(picture);
-    const Picture *known = lastWritten.find(asked.begin, asked.length());
+    const Picture *known = nullptr;
     Picture own;
     if (!known) {
         own = isBlank(asked) ? usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture)
