@@ -7,8 +7,7 @@
 #define CONVERSION(name, From, To)                                                                                     \
     To name(From value)                                                                                                \
     {                                                                                                                  \
-        QuietFloats quiet;                                                                                             \
-        return static_cast<To>(value);                                                                                 \
+        return quietly([&] { return static_cast<To>(value); });                                                        \
     }
 
 CONVERSION(_zvkcBCD_CONV_DFlt_To_EFlt, ZvkDecimal128, ZvkFloat128)
@@ -36,8 +35,7 @@ CONVERSION(_zvkc_CONV_BFlt128_To_LFlt, ZvkFloat128, double)
 #define OPERATION(name, Result, operation)                                                                             \
     Result name(ZvkFloat128 op1, ZvkFloat128 op2)                                                                      \
     {                                                                                                                  \
-        QuietFloats quiet;                                                                                             \
-        return op1 operation op2;                                                                                      \
+        return quietly([&] { return static_cast<Result>(op1 operation op2); });                                        \
     }
 
 OPERATION(_zvkc_ADD_BFlt128, ZvkFloat128, +)

@@ -7,9 +7,9 @@
 //     Binary32, Binary64, Binary128     IEEE binary formats
 //     Decimal32, Decimal64, Decimal128  IEEE decimal formats, coefficient as a binary integer
 //
-// Powers of ten are exact where the format holds them: up to 10^22 in binary 64, 10^48 in binary 128
-// and all of them in the decimal formats, where they are 1 with an exponent. The C library's exp10
-// and its like differ in the last bit even there.
+// Powers of ten are exact where the format holds them: up to 10^22 in binary 64, 10^48 in binary
+// 128 and all of them in the decimal formats, where they are 1 with an exponent. The C library's
+// exp10 and its like differ in the last bit even there.
 #pragma once
 
 #include <array>
@@ -74,7 +74,7 @@ inline constexpr std::array<ZvkFloat128, kExact128 + 1> kPower128 = [] {
 inline ZvkFloat128 power128(int64_t n)
 {
     if (n <= kExact128) return kPower128[static_cast<size_t>(n)];
-    if (n > 4932) return __builtin_huge_valq();
+    if (n > 4932) return static_cast<ZvkFloat128>(__builtin_huge_val());
     ZvkFloat128 result = kPower128[static_cast<size_t>(n) % 32];
     ZvkFloat128 square = kPower128[32];
     for (n /= 32; n; n /= 2, square *= square)

@@ -1,8 +1,8 @@
 // External floating point ("+1.234E+05") to and from floating-point items.
 //
 // Out of the external form a table (base/scan_table.h) copies what belongs to a number into a clean
-// text and passes over the rest, and the C library's routine makes a number of it. Into it the number
-// is printed with the picture's digits and the point is moved to the picture's place:
+// text and passes over the rest, and the C library's routine makes a number of it. Into it the
+// number is printed with the picture's digits and the point is moved to the picture's place:
 //
 //     1234.5 in 99.999E+99:   +1.2345E+03  ->  +12.345E+02
 #include <cerrno>
@@ -56,8 +56,8 @@ constexpr auto kScan = scanTable<10, 6>({
     "9Q 9Q 9Q 9Q 9Q 9Q", // 9: stop
 });
 
-// The letter R has a class of its own, one past the last column: it reads the next row's first entry.
-// It stays.
+// The letter R has a class of its own, one past the last column: it reads the next row's first
+// entry. It stays.
 ScanStep stepOf(uint8_t state, uint8_t byte)
 {
     uint8_t column = kClass[byte];
@@ -66,7 +66,7 @@ ScanStep stepOf(uint8_t state, uint8_t byte)
 
 int lengthOf(int16_t length) { return length < 0 ? -length : length; }
 
-// The clean text: no longer than the item and a few more for the point and the exponent. False
+// The clean text: no longer than the item and a few more for sign, point and exponent. False
 // without a digit.
 bool cleanText(const ZvkExternalFloatSource &picture, const uint8_t *item, char *to)
 {
@@ -74,13 +74,18 @@ bool cleanText(const ZvkExternalFloatSource &picture, const uint8_t *item, char 
     int digits = 0;
     char exponentSign = '+';
     uint8_t state = 0;
+    char *const sign = to; // a blank when the item has none
+    *to++ = ' ';
     for (int i = 0; i < lengthOf(picture.length); i++) {
         const auto byte = static_cast<char>(item[i]);
         const ScanStep step = stepOf(state, item[i]);
         state = step.next;
         switch (step.action) {
         case 'S':
-            *to++ = byte == ',' ? '.' : byte;
+            if (byte == '+' || byte == '-')
+                *sign = byte;
+            else
+                *to++ = byte == ',' ? '.' : byte;
             break;
         case 'D':
             if (digits == assumed) {
@@ -155,7 +160,6 @@ bool convert(const ZvkExternalFloatSource &picture, const uint8_t *item, void *r
 {
     using Parsed = typename Widths::Parsed;
     char text[INT16_MAX + 8];
-    QuietFloats quiet;
     typename Parsed::Value value = 0;
     if (cleanText(picture, item, text)) {
         bool outOfRange;
@@ -174,7 +178,7 @@ bool convert(const ZvkExternalFloatSource &picture, const uint8_t *item, void *r
 template <class Widths>
 int32_t fromExternal(const ZvkExternalFloatSource *picture, const uint8_t *item, void *result, int32_t report)
 {
-    if (!convert<Widths>(*picture, item, result)) return 0;
+    if (!quietly([&] { return convert<Widths>(*picture, item, result); })) return 0;
     if (!report) return kMsgTooLarge;
     zvkWriteMsg(kMsgTooLarge, 0);
     return 0;
@@ -241,7 +245,8 @@ void toExternal(const ZvkExternalFloatTarget &picture, ZvkFloat128 value, uint8_
         snprintf(exponent, sizeof exponent, "%+.2i", static_cast<int>(strtol(exponent, nullptr, 10)) - (integer - 1));
 
     out.put(signFor(picture.mantissaSign, printed.text[0]));
-    // An assumed point has no place in the item, nor has one without decimal places where there is no room.
+    // An assumed point has no place in the item, nor has one without decimal places where there is
+    // no room.
     const bool point = picture.length > 0 && out.length > digits + 5;
     for (int i = 0; i < digits; i++) {
         if (i == integer && point) out.put(static_cast<char>(picture.decimalPoint));
@@ -285,14 +290,12 @@ int32_t _Dmr_convertExtToIntFloat(const ZvkExternalFloatSource *descriptor, cons
 
 void _zvkcConvIntFltToExtFlt(const ZvkExternalFloatTarget *descriptor, const ZvkFloat64Item *value, uint8_t *item)
 {
-    QuietFloats quiet;
-    toExternal(*descriptor, static_cast<ZvkFloat128>(*value), item);
+    quietly([&] { toExternal(*descriptor, static_cast<ZvkFloat128>(*value), item); });
 }
 
 void _zvkcConvIntEFltToExtFlt(const ZvkExternalFloatTarget *descriptor, const ZvkFloat128Item *value, uint8_t *item)
 {
-    QuietFloats quiet;
-    toExternal(*descriptor, *value, item);
+    quietly([&] { toExternal(*descriptor, *value, item); });
 }
 
 void _Dmr_convertIntToExtFloat(const ZvkExternalFloatTarget *descriptor, const ZvkFloat128Item *value, uint8_t *item)

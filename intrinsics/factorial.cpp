@@ -68,15 +68,16 @@ const uint8_t *_Dmr_factorial_decpacked320(int32_t n)
 ZvkDecimal128 _Dmr_factorial_decfloat16(int32_t n)
 {
     const Row *row = rowOf(n, true);
-    QuietFloats quiet;
-    if (!row) return 0;
-    floats::u128 value = 0; // of the first 38 digits; the others matter to no rounding of 34
-    int places = 0;
-    for (size_t i = 0; i < 2 * kRowBytes - 1; i++) {
-        if (value < floats::kIntegerPower[37])
-            value = value * 10 + digitOf(*row, i);
-        else
-            places++;
-    }
-    return floats::decimal128Of(value) * floats::Decimal128::power(places);
+    return quietly([row]() -> ZvkDecimal128 {
+        if (!row) return 0;
+        floats::u128 value = 0; // of the first 38 digits; the others matter to no rounding of 34
+        int places = 0;
+        for (size_t i = 0; i < 2 * kRowBytes - 1; i++) {
+            if (value < floats::kIntegerPower[37])
+                value = value * 10 + digitOf(*row, i);
+            else
+                places++;
+        }
+        return floats::decimal128Of(value) * floats::Decimal128::power(places);
+    });
 }

@@ -2,6 +2,7 @@
 #include "base/quiet_floats.h"
 #include "intrinsics/float_functions.h"
 #include "intrinsics/function_errors.h"
+#include "intrinsics/stored.h"
 #include "kvr2/statistics.h"
 
 namespace {
@@ -12,24 +13,25 @@ using namespace floats;
 template <class F>
 bool isRate(typename F::Value rate)
 {
-    QuietFloats quiet;
-    return rate > -1;
+    return quietly([&] { return rate > -1; });
 }
 
-template <class F, class Item>
-typename F::Value presentValue(uint32_t count, const Item *array)
+template <class F>
+typename F::Value presentValue(uint32_t count, const void *amounts)
 {
     using Value = typename F::Value;
+    const Stored<Value> *array = storedAt<Value>(amounts);
     if (count == 0) return 0;
     const Value rate = array[0];
     if (!isRate<F>(rate)) reportArgument(kMsgRateTooSmall, "PRESENT-VALUE");
-    QuietFloats quiet;
-    Value factor = 1, sum = 0;
-    for (uint32_t i = 1; i < count; i++) {
-        factor *= 1 + rate;
-        sum += array[i] / factor;
-    }
-    return sum;
+    return quietly([&] {
+        Value factor = 1, sum = 0;
+        for (uint32_t i = 1; i < count; i++) {
+            factor *= 1 + rate;
+            sum += array[i] / factor;
+        }
+        return sum;
+    });
 }
 
 template <class F>
@@ -43,17 +45,14 @@ uint32_t checkRate(typename F::Value rate)
 template <class F>
 typename F::Value annuity(typename F::Value rate, typename F::Value periods)
 {
-    bool negativeRate, noPeriods;
-    {
-        QuietFloats quiet;
-        negativeRate = rate < 0;
-        noPeriods = periods <= 0;
-    }
+    const bool negativeRate = quietly([&] { return rate < 0; });
+    const bool noPeriods = quietly([&] { return periods <= 0; });
     if (negativeRate) reportArgument(kMsgNegativeArgument, "ANNUITY");
     if (noPeriods) reportArgument(kMsgArgumentNotPositive, "ANNUITY");
-    QuietFloats quiet;
-    if (rate == 0) return 1 / periods;
-    return rate / (1 - Functions<F>::pow(1 + rate, -periods));
+    return quietly([&]() -> typename F::Value {
+        if (rate == 0) return 1 / periods;
+        return rate / (1 - Functions<F>::pow(1 + rate, -periods));
+    });
 }
 
 } // namespace

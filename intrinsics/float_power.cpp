@@ -44,19 +44,14 @@ template <class F, class Base, class Exponent>
 typename F::Value power(Base base, Exponent exponent, int32_t *errorCount)
 {
     if constexpr (std::is_integral_v<Exponent>) {
-        if (exponent == 1) {
-            QuietFloats quiet;
-            return static_cast<typename F::Value>(base);
-        }
+        if (exponent == 1) return quietly([&] { return static_cast<typename F::Value>(base); });
     }
     uint32_t errors[2];
     int count = 0;
-    typename F::Value result;
-    {
-        QuietFloats quiet;
-        result = powerOf<F>(static_cast<typename F::Value>(base), static_cast<typename F::Value>(exponent),
-                            [&](uint32_t number) { errors[count++] = number; });
-    }
+    auto result = quietly([&] {
+        return powerOf<F>(static_cast<typename F::Value>(base), static_cast<typename F::Value>(exponent),
+                          [&](uint32_t number) { errors[count++] = number; });
+    });
     for (int i = 0; i < count; i++) reportPower(errors[i], errorCount);
     return result;
 }
@@ -101,9 +96,8 @@ void LSVSDXPD(const ZvkFloat64Item *base, const ZvkFloat64Item *exponent, ZvkFlo
         return;
     }
     Feedback token = kSuccess;
-    {
-        QuietFloats quiet;
-        *result = powerOf<Binary64>(*base, *exponent, [&](uint32_t number) {
+    *result = quietly([&] {
+        return powerOf<Binary64>(*base, *exponent, [&](uint32_t number) {
             bool warning = number == kMsgNegativeBase || number == kMsgZeroToZero;
             token = {static_cast<uint16_t>(warning ? 2 : 3),
                      static_cast<uint16_t>(number),
@@ -111,6 +105,6 @@ void LSVSDXPD(const ZvkFloat64Item *base, const ZvkFloat64Item *exponent, ZvkFlo
                      {'L', 'S', 'V'},
                      0};
         });
-    }
+    });
     store<Feedback>(feedback, token);
 }

@@ -14,8 +14,7 @@ template <class F>
 int order(typename F::Value a, typename F::Value b)
 {
     if (F::isNan(a) || F::isNan(b)) return 2;
-    QuietFloats quiet;
-    return a < b ? -1 : a > b;
+    return quietly([&] { return a < b ? -1 : a > b; });
 }
 
 template <class F>
@@ -45,25 +44,22 @@ void checkNothing(typename F::Value, const char *)
 template <class F>
 typename F::Value integer(typename F::Value x)
 {
-    QuietFloats quiet;
-    return Functions<F>::floor(x);
+    return quietly([&] { return Functions<F>::floor(x); });
 }
 
 template <class F>
 typename F::Value integerPart(typename F::Value x)
 {
-    QuietFloats quiet;
-    return Functions<F>::trunc(x);
+    return quietly([&] { return Functions<F>::trunc(x); });
 }
 
-// By subtracting quotients in the format, as 1 has no rest by 0.1 although 0.1 is a little more than a
-// tenth. More than one turn is for quotients that the format does not hold; a turn that brings the
-// rest no nearer leaves it to the exact remainder.
+// By subtracting quotients in the format, as 1 has no rest by 0.1 although 0.1 is a little more
+// than a tenth. More than one turn is for quotients that the format does not hold; a turn that
+// brings the rest no nearer leaves it to the exact remainder.
 template <class F>
 typename F::Value remainderOf(typename F::Value dividend, typename F::Value divisor)
 {
     using Value = typename F::Value;
-    QuietFloats quiet;
     if (!F::isFinite(dividend) || !F::isFinite(divisor)) return Functions<F>::fmod(dividend, divisor);
     const Value most = magnitudeOf<F>(divisor);
     Value rest = dividend;
@@ -85,7 +81,7 @@ typename F::Value rem(typename F::Value dividend, typename F::Value divisor)
         reportArgument(kMsgArgumentNotPositive, "REM");
         return 0;
     }
-    return remainderOf<F>(dividend, divisor);
+    return quietly([&] { return remainderOf<F>(dividend, divisor); });
 }
 
 } // namespace
@@ -94,8 +90,7 @@ typename F::Value rem(typename F::Value dividend, typename F::Value divisor)
     Value entry(Value x)                                                                                               \
     {                                                                                                                  \
         check<floats::F>(x, name);                                                                                     \
-        QuietFloats quiet;                                                                                             \
-        return floats::Functions<floats::F>::function(x);                                                              \
+        return quietly([&] { return floats::Functions<floats::F>::function(x); });                                     \
     }
 
 FUNCTION(_zvkAcosFloat8, Binary64, double, acos, checkArc, "ACOS")

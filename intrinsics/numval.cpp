@@ -1,10 +1,10 @@
 // FUNCTION NUMVAL and NUMVAL-C.
 //
-// One scanner engine checks the text against the grammar of the function, which is a table of states
-// (base/scan_table.h), and gathers sign and digits. Single-byte and national texts differ in how the
-// engine reads a character. At the end the digits become a number: up to what a format holds exactly
-// by one division, as "-12.50" is -1250 / 100; beyond that through the C library's routine for
-// texts, with the digits as a clean text ("-12.50"), so both ways round alike.
+// One scanner engine checks the text against the grammar of the function, which is a table of
+// states (base/scan_table.h), and gathers sign and digits. Single-byte and national texts differ in
+// how the engine reads a character. At the end the digits become a number: up to what a format
+// holds exactly by one division, as "-12.50" is -1250 / 100; beyond that through the C library's
+// routine for texts, with the digits as a clean text ("-12.50"), so both ways round alike.
 //
 // A byte that does not fit is reported, once, with its place. The scan then takes nothing more from
 // the text, and what was read so far is converted.
@@ -45,8 +45,9 @@ constexpr std::array<uint8_t, 256> kClass = [] {
     return table;
 }();
 
-// Actions: S the byte is the sign, M the sign is minus, D a digit, P the decimal point, C a currency
-// sign may begin here; the state after it is two further on, and the one in the table is not entered.
+// Actions: S the byte is the sign, M the sign is minus, D a digit, P the decimal point, C a
+// currency sign may begin here; the state after it is two further on, and the one in the table is
+// not entered.
 constexpr auto kNumval = scanTable<15, 10>({
     // space sign digit point C D R B comma other
     "0  1S  2D 5P -  -  -   -   - -", // 0: start
@@ -218,27 +219,24 @@ void checkCurrency(const ZvkNumvalParameters &parameters, const Currency &curren
 }
 
 template <class F>
-typename F::Value quietValueOf(Number &number, bool &outOfRange)
-{
-    QuietFloats quiet;
-    const bool negative = number.text[0] == '-' && number.digits != 0;
-    const auto places = static_cast<size_t>(number.fraction > 0 ? number.fraction : 0);
-    if (number.digits <= 19 && (!std::is_same_v<F, Binary64> || number.value <= uint64_t{1} << 53)) {
-        typename F::Value value;
-        if constexpr (std::is_same_v<F, Binary64>)
-            value = static_cast<double>(static_cast<int64_t>(number.value)) / kPower64[places];
-        else
-            value = static_cast<typename F::Value>(number.value) / F::power(static_cast<int64_t>(places));
-        return negative ? -value : value;
-    }
-    return parseText<F>(number.text, outOfRange);
-}
-
-template <class F>
 typename F::Value valueOf(Number &number, const char *function)
 {
+    using Value = typename F::Value;
+    const bool negative = number.text[0] == '-' && number.digits != 0;
+    const auto places = static_cast<size_t>(number.fraction > 0 ? number.fraction : 0);
+    if constexpr (std::is_same_v<F, Binary64>) {
+        if (number.digits <= 19 && number.value <= uint64_t{1} << 53) { // nothing can come of this
+            double value = static_cast<double>(static_cast<int64_t>(number.value)) / kPower64[places];
+            return negative ? -value : value;
+        }
+    } else if (number.digits <= 19) {
+        return quietly([&] {
+            Value value = static_cast<Value>(number.value) / F::power(static_cast<int64_t>(places));
+            return negative ? -value : value;
+        });
+    }
     bool outOfRange = false;
-    auto value = quietValueOf<F>(number, outOfRange);
+    Value value = quietly([&] { return parseText<F>(number.text, outOfRange); });
     if (outOfRange) zvkWriteMsg(kMsgOutOfRange, 0, function);
     return value;
 }

@@ -1,8 +1,8 @@
 // FUNCTION RANDOM: a Lehmer generator, x = x * 950706376 mod (2^31 - 1).
 //
-// Its state is a field of the run unit's record, so that each run unit has its own sequence; outside
-// of any run unit there is one for the process. A state of 0, like the 1 that a run unit starts with,
-// makes 950706376 the first number.
+// Its state is a field of the run unit's record, so that each run unit has its own sequence;
+// outside of any run unit there is one for the process. A state of 0, like the 1 that a run unit
+// starts with, makes 950706376 the first number.
 #include "base/quiet_floats.h"
 #include "frame/run_unit.h"
 #include "intrinsics/float_functions.h"
@@ -25,8 +25,8 @@ uint32_t &state()
     return run ? run->randomSeed : ownState;
 }
 
-// The number after `from`, which becomes the state. The product has up to 62 bits, and 2^31 is 1 here:
-// the parts above and below bit 31 add up to the same rest.
+// The number after `from`, which becomes the state. The product has up to 62 bits, and 2^31 is 1
+// here: the parts above and below bit 31 add up to the same rest.
 uint32_t next(uint32_t from)
 {
     uint64_t product = uint64_t{from ? from : 1} * kMultiplier;
@@ -59,10 +59,11 @@ struct SeedFaults {
 template <class F>
 SeedFaults faultsOf(typename F::Value seed)
 {
-    QuietFloats quiet;
     if (F::isNan(seed)) return {};
-    return {seed < 0, seed >= static_cast<typename F::Value>(kSeedLimit),
-            F::isFinite(seed) && Functions<F>::trunc(seed) != seed};
+    return quietly([&] {
+        return SeedFaults{seed < 0, seed >= static_cast<typename F::Value>(kSeedLimit),
+                          F::isFinite(seed) && Functions<F>::trunc(seed) != seed};
+    });
 }
 
 template <class F>
@@ -73,13 +74,15 @@ typename F::Value seeded(typename F::Value seed)
     if (faults.negative) reportArgument(kMsgNegativeArgument, "RANDOM");
     if (faults.tooLarge) reportTooLarge("RANDOM", kSeedLimit);
     if (faults.notInteger) reportArgument(kMsgNotInteger, "RANDOM");
-    QuietFloats quiet;
-    constexpr auto most = static_cast<Value>(kMostSeed);
-    if (seed > most) {
-        Value turns = seed / most;
-        seed = F::isFinite(turns) ? (turns - Functions<F>::trunc(turns)) * most : static_cast<Value>(0);
-    }
-    return fractionOf<F>(next(lowWordOf<F>(seed + 1)));
+    return quietly([&] {
+        constexpr auto most = static_cast<Value>(kMostSeed);
+        Value x = seed;
+        if (x > most) {
+            Value turns = x / most;
+            x = F::isFinite(turns) ? (turns - Functions<F>::trunc(turns)) * most : static_cast<Value>(0);
+        }
+        return fractionOf<F>(next(lowWordOf<F>(x + 1)));
+    });
 }
 
 } // namespace

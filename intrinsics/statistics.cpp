@@ -1,14 +1,13 @@
 // FUNCTION MEDIAN, VARIANCE and STANDARD-DEVIATION.
 //
 // MEDIAN is a quickselect in place: the array is split around its middle element, smaller ones to
-// the left, and the part that holds the middle place is split again. The split does not branch on the
-// values. Of values that are equal one split would take away only one, so after a lopsided split
-// those equal to the pivot are gathered, too.
-#include <utility>
-
+// the left, and the part that holds the middle place is split again. The split does not branch on
+// the values. Of values that are equal one split would take away only one, so after a lopsided
+// split those equal to the pivot are gathered, too.
+#include "intrinsics/statistics.h"
 #include "base/quiet_floats.h"
 #include "intrinsics/float_functions.h"
-#include "intrinsics/statistics.h"
+#include "intrinsics/stored.h"
 #include "kvr2/statistics.h"
 
 namespace {
@@ -17,23 +16,28 @@ using namespace floats;
 
 // Puts the elements of (place, high] for which `first` holds right after `place`, in any order.
 // Returns the place of the last of them.
-template <class Item, class First>
-uint32_t gather(Item *array, uint32_t place, uint32_t high, First first)
+template <class Value, class First>
+uint32_t gather(Stored<Value> *array, uint32_t place, uint32_t high, First first)
 {
-    for (uint32_t i = place + 1; i <= high; i++) {
-        auto value = array[i];
-        auto other = array[place + 1];
-        bool moves = first(value);
-        array[i] = moves ? other : value;
-        array[place + 1] = moves ? value : other;
-        place += moves;
-        if (i == UINT32_MAX) break;
+    for (uint32_t i = place; i++ != high;) {
+        Value value = array[i];
+        array[i] = array[place + 1]; // one that stays, too, only changes places with another that stays
+        array[place + 1] = value;
+        place += first(value);
     }
     return place;
 }
 
-template <class F, class Item>
-typename F::Value median(uint32_t count, Item *array)
+template <class Value>
+void exchange(Stored<Value> &a, Stored<Value> &b)
+{
+    Value value = a;
+    a = static_cast<Value>(b);
+    b = value;
+}
+
+template <class F>
+typename F::Value median(uint32_t count, Stored<typename F::Value> *array)
 {
     using Value = typename F::Value;
     if (count == 0) return 0;
@@ -43,11 +47,10 @@ typename F::Value median(uint32_t count, Item *array)
         // Arrays that lead the middle astray again and again get pivots from elsewhere.
         uint32_t pivotAt = low + (high - low) / 2;
         if (lopsided > 8) pivotAt = low + static_cast<uint32_t>(uint64_t{high - low} * (lopsided * 2654435761U) >> 32);
-        std::swap(array[low], array[pivotAt]);
+        exchange(array[low], array[pivotAt]);
         const Value pivot = array[low];
         uint32_t p = gather(array, low, high, [pivot](Value value) { return pivot > value; });
-        array[low] = array[p];
-        array[p] = pivot;
+        exchange(array[low], array[p]);
         if (p == k) break;
         if (p > k) {
             lopsided += high - p < (high - low) / 16;
@@ -61,18 +64,26 @@ typename F::Value median(uint32_t count, Item *array)
         }
         low = p + 1;
     }
-    if (count % 2) return array[k];
-    // All between k and high are not below the middle one, and the first after high is below all that follow.
-    for (uint32_t i = k + 2; i <= high && i > k; i++)
-        if (array[i] < array[k + 1]) std::swap(array[i], array[k + 1]);
+    const Value middle = array[k];
+    if (count % 2) return middle;
+    // All up to `high` are not below the middle one; the first after them is not above those that
+    // follow.
+    Value upper = array[k + 1];
+    for (uint32_t i = k + 2; i <= high && i > k; i++) {
+        Value value = array[i];
+        if (!(value < upper)) continue;
+        array[i] = upper;
+        upper = value;
+    }
+    array[k + 1] = upper;
     if constexpr (F::isDecimal)
-        return (array[k + 1] + array[k]) / 2;
+        return (upper + middle) / 2;
     else
-        return static_cast<Value>(0.5) * (array[k + 1] + array[k]);
+        return static_cast<Value>(0.5) * (upper + middle);
 }
 
-template <class F, class Item>
-typename F::Value variance(uint32_t count, const Item *array, typename F::Value mean)
+template <class F>
+typename F::Value variance(uint32_t count, const Stored<typename F::Value> *array, typename F::Value mean)
 {
     using Value = typename F::Value;
     if (count == 0) return 0;
@@ -84,25 +95,22 @@ typename F::Value variance(uint32_t count, const Item *array, typename F::Value 
     return sum / static_cast<Value>(count);
 }
 
-template <class F, class Item>
-typename F::Value quietMedian(uint32_t count, Item *array)
+template <class F>
+typename F::Value quietMedian(uint32_t count, void *array)
 {
-    QuietFloats quiet;
-    return median<F>(count, array);
+    return quietly([&] { return median<F>(count, storedAt<typename F::Value>(array)); });
 }
 
-template <class F, class Item>
-typename F::Value quietVariance(uint32_t count, const Item *array, typename F::Value mean)
+template <class F>
+typename F::Value quietVariance(uint32_t count, const void *array, typename F::Value mean)
 {
-    QuietFloats quiet;
-    return variance<F>(count, array, mean);
+    return quietly([&] { return variance<F>(count, storedAt<typename F::Value>(array), mean); });
 }
 
-template <class F, class Item>
-typename F::Value quietDeviation(uint32_t count, const Item *array, typename F::Value mean)
+template <class F>
+typename F::Value quietDeviation(uint32_t count, const void *array, typename F::Value mean)
 {
-    QuietFloats quiet;
-    return Functions<F>::sqrt(variance<F>(count, array, mean));
+    return quietly([&] { return Functions<F>::sqrt(variance<F>(count, storedAt<typename F::Value>(array), mean)); });
 }
 
 } // namespace

@@ -10,8 +10,9 @@
  * | `DFlt64` | ZvkDecimal64 | FLOAT-DECIMAL-16 |
  * | `DFlt`, `DFlt128`, `DFloat16`, `decfloat16` | ZvkDecimal128 | FLOAT-DECIMAL-34 |
  *
- * Decimal floats are in the binary integer encoding. By value all of them travel as the processor's ABI has it: in the vector registers, a
- * result in xmm0. Where an entry takes an address, the number may lie there at any alignment: the `...Item` types say so.
+ * Decimal floats are in the binary integer encoding. By value all of them travel as the processor's
+ * ABI has it: in the vector registers, a result in xmm0. Where an entry takes an address, the
+ * number may lie there at any alignment: the `...Item` types say so.
  *
  * No entry that works on floating point traps, whatever its arguments are: infinities, NaNs,
  * denormal numbers and overflow go through it, although a run unit traps divisions by zero. The
@@ -27,15 +28,9 @@ __extension__ typedef __float128 ZvkFloat128;
 
 #if defined(__clang__)
 /* A compiler without decimal floating point can declare these entries, not call them. */
-typedef struct ZvkDecimal32 {
-    float encoding;
-} ZvkDecimal32;
-typedef struct ZvkDecimal64 {
-    double encoding;
-} ZvkDecimal64;
-typedef struct ZvkDecimal128 {
-    ZvkFloat128 encoding;
-} ZvkDecimal128;
+typedef struct ZvkDecimal32 ZvkDecimal32;
+typedef struct ZvkDecimal64 ZvkDecimal64;
+typedef struct ZvkDecimal128 ZvkDecimal128;
 #elif defined(__cplusplus)
 typedef float ZvkDecimal32 __attribute__((mode(SD)));
 typedef float ZvkDecimal64 __attribute__((mode(DD)));
