@@ -53,35 +53,20 @@ uint32_t scanAndValidate(Service service, const Text &date, const Picture &pictu
 
 Picture usualPicture(const char *text) { return pictureOf(text, text + strlen(text)); }
 
-// For writing a picture stays as it is; a blank one stands for another.
-char *asGiven(const char *text, size_t length, char *out)
-{
-    if (isBlank({text, text + length})) return out;
-    memcpy(out, text, length);
-    return out + length;
-}
-
-thread_local KnownPicture lastRead(normalise), lastWritten(asGiven);
-
 } // namespace
 
 uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, DateParts &parts)
 {
     parts = DateParts{};
     Text given = textOf(date), asked = textOf(picture);
-    const Picture *known = lastRead.find(asked.begin, asked.length());
     char own[kWorkStorage], *work = own;
-    size_t wanted = given.length() + (known ? 0 : asked.length());
+    size_t wanted = given.length() + asked.length();
     if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
     char *dateEnd = normalise(given.begin, given.length(), work);
-    Picture cleared;
-    if (!known) {
-        char *end = normalise(asked.begin, asked.length(), dateEnd);
-        cleared = end > dateEnd ? pictureOf(dateEnd, end)
-                                : usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
-        known = &cleared;
-    }
-    uint32_t message = scanAndValidate(service, {work, dateEnd}, *known, parts);
+    char *end = normalise(asked.begin, asked.length(), dateEnd);
+    Picture cleared = end > dateEnd ? pictureOf(dateEnd, end)
+                                    : usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
+    uint32_t message = scanAndValidate(service, {work, dateEnd}, cleared, parts);
     if (work != own) free(work);
     return message;
 }
@@ -89,14 +74,9 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts &parts)
 {
     Text asked = textOf(picture);
-    const Picture *known = lastWritten.find(asked.begin, asked.length());
-    Picture own;
-    if (!known) {
-        own = isBlank(asked) ? usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture)
-                             : pictureOf(asked.begin, asked.end);
-        known = &own;
-    }
-    parts.eraKind = known->eras;
+    Picture own = isBlank(asked) ? usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture)
+                                 : pictureOf(asked.begin, asked.end);
+    parts.eraKind = own.eras;
     if (parts.eraKind == kBothEras) return messageOfWriting(service, kBadPicture);
     EraTable *eras = nullptr;
     if (parts.eraKind != kNoEra) {
@@ -108,7 +88,7 @@ uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts
         int32_t year = era ? parts.year - static_cast<int32_t>(eras->eras[era - 1].startYear) + 1 : 0;
         (japanese ? parts.japaneseYear : parts.chineseYear) = year;
     }
-    uint32_t message = messageOfWriting(service, writeDate(out, *known, parts, eras));
+    uint32_t message = messageOfWriting(service, writeDate(out, own, parts, eras));
     free(eras);
     return message;
 }
