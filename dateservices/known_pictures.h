@@ -12,8 +12,8 @@
 
 namespace dates {
 
-// As the picture is to be read: for a date to be scanned it is cleared of blanks first, for one to be
-// written it stays as it is.
+// As the picture is to be read: for a date to be scanned it is cleared of blanks first, for one to
+// be written it stays as it is.
 enum class Clearing : bool { No, Yes };
 
 // The picture that those bytes give, or false where it is too long, or its slot taken.
