@@ -56,8 +56,8 @@ const void *objectOf(const void *address)
     return dladdr(address, &info) ? info.dli_fbase : nullptr;
 }
 
-// How many of the innermost frames are the library's own: the program's begin after them. None where
-// all are.
+// How many of the innermost frames are the library's own: the program's begin after them. None
+// where all are.
 int ownFrames(void *const *frames, int count)
 {
     const void *library = objectOf(reinterpret_cast<const void *>(&zvkTraceback));
