@@ -20,7 +20,8 @@ namespace {
 
 std::atomic<const XmlPage *> pages;
 
-// The declaration's name of converters that have a standard name; by ICU's name, its prefix read as "tqx".
+// The declaration's name of converters that have a standard name; by ICU's name, its prefix read as
+// "tqx".
 constexpr struct {
     const char *declared, *converter;
 } kDeclaredNames[] = {

@@ -265,7 +265,7 @@ private:
     uint32_t depth_ = 0;
 };
 
-// --- Writing ---------------------------------------------------------------------------------------------------------
+// --- Writing -------------------------------------------------------------------------------------
 
 template <class Unit>
 bool Generator<Unit>::putPlain(const TextPair &pair, const uint8_t *at, const uint8_t *end)
@@ -382,7 +382,7 @@ bool Generator<Unit>::putText(const SourceText &text)
     return put(",") && putBytes(piece);
 }
 
-// --- Reading ---------------------------------------------------------------------------------------------------------
+// --- Reading -------------------------------------------------------------------------------------
 
 template <class Unit>
 const TextPair *Generator<Unit>::pairOf(const XmlPage *page)
@@ -405,8 +405,8 @@ bool Generator<Unit>::partsAreCharacters(const SourceText &text) const
     return true;
 }
 
-// Sees what a text of bytes is made of; sets `hex`. Characters of a page of several bytes that is not
-// UTF-8 are put into UTF-16.
+// Sees what a text of bytes is made of; sets `hex`. Characters of a page of several bytes that is
+// not UTF-8 are put into UTF-16.
 template <class Unit>
 bool Generator<Unit>::classify(SourceText &text, const XmlPage *page, bool shifted, WideSource &wide)
 {
@@ -525,7 +525,7 @@ bool Generator<Unit>::optionText(uint8_t textClass, const void *at, uint64_t len
     return good && (!text.hex || fail(kNameFailed));
 }
 
-// --- Mark-up ---------------------------------------------------------------------------------------------------------
+// --- Mark-up -------------------------------------------------------------------------------------
 
 template <class Unit>
 bool Generator<Unit>::declaration()
@@ -552,8 +552,8 @@ bool Generator<Unit>::classifyName(const uint8_t *name, SourceText &text)
     return (!text.hex && *name != 0) || fail(kNameFailed);
 }
 
-// One that begins with a digit, as names of COBOL can, gets a "_" in front. A name may have been put
-// into UTF-16, so it is the stream's byte that tells.
+// One that begins with a digit, as names of COBOL can, gets a "_" in front. A name may have been
+// put into UTF-16, so it is the stream's byte that tells.
 template <class Unit>
 bool Generator<Unit>::putName(const uint8_t *name, bool hex)
 {
@@ -643,7 +643,7 @@ bool Generator<Unit>::leaf(const GenerateNode &node, const uint8_t *name, const 
     return startTag(name, text.hex) && closeStartTag() && putText(text) && endTag(tagName_, tagNameEnd_);
 }
 
-// --- The walk --------------------------------------------------------------------------------------------------------
+// --- The walk ------------------------------------------------------------------------------------
 
 template <class Unit>
 bool Generator<Unit>::prepare(uint32_t textBuffer)

@@ -1,5 +1,6 @@
 // Which characters of the first plane a name can begin with, and which it can hold besides: the
-// ranges of XML 1.0 (BaseChar, Ideographic, "_", ":"; then Digit, CombiningChar, Extender, "-", ".").
+// ranges of XML 1.0 (BaseChar, Ideographic, "_", ":"; then Digit, CombiningChar, Extender, "-",
+// ".").
 #pragma once
 
 #include <cstdint>

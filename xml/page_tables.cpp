@@ -48,12 +48,8 @@ void setStops(StopSet &set, const PageTables &tables, const char *characters)
 
 void setAllStops(PageTables &tables)
 {
-    setStops(tables.content, tables, "<&]");
-    setStops(tables.inQuotes, tables, "<&\"");
-    setStops(tables.inApostrophes, tables, "<&'");
-    setStops(tables.comment, tables, "-");
-    setStops(tables.instruction, tables, "?");
-    setStops(tables.cdata, tables, "]");
+    constexpr const char *characters[kRuns] = {"<&]", "<&\"", "<&'", "-", "?", "]"}; // as in Run
+    for (size_t i = 0; i < kRuns; i++) setStops(tables.stops[i], tables, characters[i]);
 }
 
 PageTables utf8Tables()

@@ -22,6 +22,10 @@ enum CharClass : int8_t {
     kLook = 9 // UTF-8: the first byte of characters of which some are illegal
 };
 
+// Runs of text. They end at what is not allowed, and at mark-up that matters there.
+enum class Run { Content, InQuotes, InApostrophes, Comment, Instruction, Cdata };
+constexpr size_t kRuns = 6;
+
 constexpr uint16_t kNoByte = 0x100;
 
 struct PageTables {
@@ -29,7 +33,7 @@ struct PageTables {
     uint8_t nameClass[256];
     uint8_t hexValue[256]; // 255: no digit
     uint16_t markup[128];  // the page's byte for each ASCII character, or kNoByte
-    StopSet content, inQuotes, inApostrophes, comment, instruction, cdata;
+    StopSet stops[kRuns];
 };
 
 // A page of single bytes: the character of each byte, kNoCharacter where there is none alone (a

@@ -115,5 +115,6 @@ int32_t xmlTerminate(XmlParser &parser);
 bool xmlRecognise(XmlParser &parser);
 bool xmlScan(XmlParser &parser);
 
-// Sends an exception. True if the handler's answer was 0; otherwise the parse is over, and `error` says so.
+// Sends an exception. True if the handler's answer was 0; otherwise the parse is over, and `error`
+// says so.
 bool xmlException(XmlParser &parser, const uint8_t *text, uint32_t length, int32_t code);

@@ -19,6 +19,19 @@ constexpr int32_t kEndCodes[] = {100, 101, 102, 103, 104, 101, 106, 101, 108, 10
 
 int32_t ignore(void *, const uint8_t *, uint32_t, uint32_t) { return 0; }
 
+// Names are short: two overlapping loads compare most of them.
+bool sameBytes(const uint8_t *left, const uint8_t *right, size_t length)
+{
+    if (length > 16) return memcmp(left, right, length) == 0;
+    if (length >= 8) {
+        return load<uint64_t>(left) == load<uint64_t>(right) &&
+               load<uint64_t>(left + length - 8) == load<uint64_t>(right + length - 8);
+    }
+    for (size_t i = 0; i < length; i++)
+        if (left[i] != right[i]) return false;
+    return true;
+}
+
 // What follows between declaration, document type declaration and root.
 enum class Misc { Failed, End, DocumentType, Element };
 
@@ -75,7 +88,8 @@ private:
     bool documentEnd();
     bool recover(int32_t code, const uint8_t *upTo);
     bool recover(int32_t code) { return recover(code, at + form.lengthAt(at, end)); }
-    // Recovers, and then gives the text that the code's rule names, unless the parse was silent before.
+    // Recovers, and then gives the text that the code's rule names, unless the parse was silent
+    // before.
     bool recoverAs(int32_t code, XmlSlot slot, const uint8_t *from, const uint8_t *to);
 
     // Expecting.
@@ -128,7 +142,7 @@ private:
     bool numericReference(bool inValue);
 };
 
-// --- Telling ---------------------------------------------------------------------------------------------------------
+// --- Telling -------------------------------------------------------------------------------------
 
 // There is nothing more to read: the end of the document, or what is no text.
 template <class Text>
@@ -167,7 +181,7 @@ bool Scanner<Text>::readName()
     return need();
 }
 
-// --- Declaration -----------------------------------------------------------------------------------------------------
+// --- Declaration ---------------------------------------------------------------------------------
 
 // `<?xml version="1.0" encoding="..." standalone="..."?>`, if there is one.
 template <class Text>
@@ -258,7 +272,7 @@ bool Scanner<Text>::clauseEnd(int32_t code, XmlState after)
     return need();
 }
 
-// --- Between declaration and root, and after the root ----------------------------------------------------------------
+// --- Between declaration and root, and after the root --------------------------------------------
 
 template <class Text>
 Misc Scanner<Text>::misc()
@@ -368,7 +382,7 @@ bool Scanner<Text>::skipTo(char first, const char *rest)
     }
 }
 
-// --- Processing instructions and comments ----------------------------------------------------------------------------
+// --- Processing instructions and comments --------------------------------------------------------
 
 // After "<?".
 template <class Text>
@@ -448,7 +462,7 @@ bool Scanner<Text>::comment()
     }
 }
 
-// --- Elements --------------------------------------------------------------------------------------------------------
+// --- Elements ------------------------------------------------------------------------------------
 
 // The root and all in it; `at` is on the root's name.
 template <class Text>
@@ -537,7 +551,7 @@ bool Scanner<Text>::attributeRepeats(const uint8_t *name, const uint8_t *nameEnd
     uint32_t length = static_cast<uint32_t>(nameEnd - name);
     bool repeats = false;
     for (uint32_t i = 0; i < count && !repeats; i++)
-        repeats = p.attributes[i].length == length && memcmp(p.text + p.attributes[i].start, name, length) == 0;
+        repeats = p.attributes[i].length == length && sameBytes(p.text + p.attributes[i].start, name, length);
     p.attributes[count++] = {offset(name), length};
     return repeats;
 }
@@ -681,7 +695,7 @@ bool Scanner<Text>::endTag()
     if (!is('>')) return fatal(134);
 
     XmlName opened = p.open[--p.depth];
-    bool same = nameEnd - name == opened.length && memcmp(p.text + opened.start, name, opened.length) == 0;
+    bool same = nameEnd - name == opened.length && sameBytes(p.text + opened.start, name, opened.length);
     if (same ? !send(kEndOfElement, name, nameEnd) : !recoverAs(5, kEndOfElement, name, nameEnd)) return false;
     at += unit;
     return true;
@@ -706,7 +720,7 @@ bool Scanner<Text>::exclamation(bool &inCdata)
     return send(kStartOfCdata, start, at);
 }
 
-// --- References ------------------------------------------------------------------------------------------------------
+// --- References ----------------------------------------------------------------------------------
 
 // After "&".
 template <class Text>
@@ -787,7 +801,7 @@ bool Scanner<Text>::numericReference(bool inValue)
     return send(handler, semicolon, semicolon, value);
 }
 
-// --- Document --------------------------------------------------------------------------------------------------------
+// --- Document ------------------------------------------------------------------------------------
 
 template <class Text>
 bool Scanner<Text>::document()

@@ -6,7 +6,7 @@
 // end of ASCII and of EBCDIC pages); a table says of a candidate whether it really stops the run.
 // The table has the last word, so that a page with unusual places only gets slower.
 //
-//     const uint8_t *stop = tables.content.next(at, end);      // "<", "&", "]", illegal; or end
+//     const uint8_t *stop = set.next(at, end);      // of content: "<", "&", "]", illegal; or end
 #pragma once
 
 #include <cstddef>

@@ -2,33 +2,14 @@
 //
 // A form knows how wide a unit is, what class a unit is of, how long the character at a place is,
 // whether it is allowed, and how far a run goes. The scanner is written once, over a form. In UTF-8
-// the scan never gets to bytes that are no character, or to one above U+FFFF, so forms need not look
-// for them; see utf8_walk.h.
+// the scan never gets to bytes that are no character, or to one above U+FFFF, so forms need not
+// look for them; see utf8_walk.h.
 #pragma once
 
 #include "base/bytes.h"
 #include "xml/page_tables.h"
 
-// Runs end at what is not allowed and at these.
-enum class Run { Content, InQuotes, InApostrophes, Comment, Instruction, Cdata };
-
-inline const StopSet &stopsOf(const PageTables &tables, Run run)
-{
-    switch (run) {
-    case Run::InQuotes:
-        return tables.inQuotes;
-    case Run::InApostrophes:
-        return tables.inApostrophes;
-    case Run::Comment:
-        return tables.comment;
-    case Run::Instruction:
-        return tables.instruction;
-    case Run::Cdata:
-        return tables.cdata;
-    default:
-        return tables.content;
-    }
-}
+inline const StopSet &stopsOf(const PageTables &tables, Run run) { return tables.stops[static_cast<size_t>(run)]; }
 
 struct SingleByteText {
     static constexpr size_t unit = 1;
@@ -103,7 +84,8 @@ private:
     }
 };
 
-// Little-endian units at any alignment. A pair of surrogates is one character, and no part of a name.
+// Little-endian units at any alignment. A pair of surrogates is one character, and no part of a
+// name.
 struct Utf16Text {
     static constexpr size_t unit = 2;
 
@@ -148,7 +130,8 @@ inline const uint8_t *Utf16Text::run(Run kind, const uint8_t *at, const uint8_t 
         // Eight units of U+0080 to U+D7FF, or of those below that stop nothing, go at once.
         while (end - at >= 16) {
             __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
-            // Saturated to bytes, all above 0xFF is 0xFF (or, from 0x8000 on, 0): neither stops a run below.
+            // Saturated to bytes, all above 0xFF is 0xFF (or, from 0x8000 on, 0): neither stops a
+            // run below.
             __m128i high =
                 _mm_cmpeq_epi16(_mm_subs_epu16(units, _mm_set1_epi16(static_cast<short>(0xD7FF))), _mm_setzero_si128());
             __m128i isAscii = _mm_cmpeq_epi16(_mm_srli_epi16(units, 7), _mm_setzero_si128());

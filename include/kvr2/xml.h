@@ -171,8 +171,8 @@ ZVK_AT(XmlParseBlock, eventNames, 96);
  *
  * XML-EVENT, XML-TEXT and XML-CODE are as the head of this page says. Texts of attributes and
  * content come in pieces: a reference is an event of its own, ...-CHARACTER for the five predefined
- * entities, ...-NATIONAL-CHARACTER (in XML-NTEXT, a pair of units above U+FFFF) for a number. With a
- * UTF-16 document and another `ccsid`, lengths count units all the same.
+ * entities, ...-NATIONAL-CHARACTER (in XML-NTEXT, a pair of units above U+FFFF) for a number. With
+ * a UTF-16 document and another `ccsid`, lengths count units all the same.
  *
  * The procedure may change XML-CODE, end the run unit, and run XML PARSE with another block.
  * Storage is proportional to the depth of elements, time to the length of the document.
@@ -187,8 +187,8 @@ ZVK_EXPORT int32_t _zvkcXML(XmlParseBlock *block);
 
 /**
  * A node of the walk through the source item of XML GENERATE. The list is in the order of the items
- * in storage, and ends with a node of level 0. A node closes all open nodes whose level is not below
- * its own.
+ * in storage, and ends with a node of level 0. A node closes all open nodes whose level is not
+ * below its own.
  *
  * A numeric node is a leaf whose text stands edited in the edit area. A control record says how
  * often the next node repeats; it writes nothing and has no name. What does not occur at all takes
@@ -293,8 +293,8 @@ ZVK_AT(XmlConversionContext, localeName, 64);
  * Each node is an element by its name, `<name>text</name>`, or an attribute of the open one. Texts
  * lose trailing blanks, numbers leading zeros and blanks as well; `<`, `>`, `&`, `'` and `"` become
  * entities. A text with a character that XML does not allow, or bytes that are no character at all,
- * is written in hexadecimal, and the name gets the prefix "hex.". Characters that the encoding of the document
- * lacks, and those above U+FFFF, are written as references: `&#x1F600;`. A name that XML does not
+ * is written in hexadecimal, and the name gets the prefix "hex.". Characters that the encoding of
+ * the document lacks, and those above U+FFFF, are written as references: `&#x1F600;`. A name that XML does not
  * let begin so gets a "_" in front. Numbers that are infinite are "INF", what is no number "NaN".
  *
  * The encoding of the document is that of the ENCODING phrase; without one by the receiver's class

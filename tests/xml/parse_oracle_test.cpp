@@ -171,7 +171,8 @@ TEST(XmlParseOracle, FormsAgree)
     };
     for (int i = 0; i < 3000; i++) {
         std::string latin = maker.document(false);
-        // Of three neighbours in UTF-8 two would be one character: the mutated ones stay below 0x80.
+        // Of three neighbours in UTF-8 two would be one character: the mutated ones stay below
+        // 0x80.
         for (size_t n = maker.pick(3); n > 0; n--) maker.mutate(latin, 1);
         for (char &c : latin)
             if (c == '\xC3' || c == '\xA9' || c == '\xEF') c = '~';

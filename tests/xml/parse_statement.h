@@ -1,4 +1,5 @@
-// An XML PARSE as the compiler lays it out, with a processing procedure that keeps what it is shown.
+// An XML PARSE as the compiler lays it out, with a processing procedure that keeps what it is
+// shown.
 //
 //     ParsedDocument run("<a>x</a>", 819);
 //     EXPECT_EQ(run.code, 0);
