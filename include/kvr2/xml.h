@@ -294,8 +294,9 @@ ZVK_AT(XmlConversionContext, localeName, 64);
  * lose trailing blanks, numbers leading zeros and blanks as well; `<`, `>`, `&`, `'` and `"` become
  * entities. A text with a character that XML does not allow, or bytes that are no character at all,
  * is written in hexadecimal, and the name gets the prefix "hex.". Characters that the encoding of
- * the document lacks, and those above U+FFFF, are written as references: `&#x1F600;`. A name that XML does not
- * let begin so gets a "_" in front. Numbers that are infinite are "INF", what is no number "NaN".
+ * the document lacks, and those above U+FFFF, are written as references: `&#x1F600;`. A name that
+ * XML does not let begin so gets a "_" in front. Numbers that are infinite are "INF", what is no
+ * number "NaN".
  *
  * The encoding of the document is that of the ENCODING phrase; without one by the receiver's class
  * the locale's code set, the EBCDIC code page or UTF-16.
