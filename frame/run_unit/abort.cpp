@@ -59,10 +59,12 @@ void zvkForbidCore()
 uint32_t zvkMakeCore()
 {
     if (coreForbidden()) return 0;
-    char name[4096], word[4 * sizeof name + 3]; // a name of quotes only grows fourfold
+    // Not on the stack: a signal's alternate stack has no room for them. A process that dumps in two
+    // threads at once gets two core files at most, one of them perhaps under a mixed name.
+    static char name[4096], word[4 * sizeof name + 3]; // a name of quotes only grows fourfold
+    static char command[sizeof word + 128];
     coreName(name);
     quoteShellWord(name, word, sizeof word);
-    char command[sizeof word + 128];
     auto pid = static_cast<unsigned>(getpid());
     snprintf(command, sizeof command, "/usr/bin/gcore -o %s %u 1>/dev/null 2>&1\n", word, pid);
     // gcore runs as a child of ours; where only ancestors may trace a process, it has to be let.

@@ -12,7 +12,7 @@ TEST(ZoneShift, ByTheDifferenceOfTheOffsets)
         uint64_t length = 4;
         void *slots[4] = {};
     } table;
-    LocaleDescriptor *descriptors[2];
+    static LocaleDescriptor *descriptors[2]; // kept to the end, as a run unit keeps them
     for (int i = 0; i < 2; i++) descriptors[i] = runRutCreateLocaleDescriptor("C", nullptr, 1, 0);
     table.slots[2] = descriptors[0];
     table.slots[3] = descriptors[1];
