@@ -38,6 +38,20 @@ int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint6
     return 0;
 }
 
+int readAll(int descriptor, void *data, size_t size, uint64_t offset, size_t *got)
+{
+    uint8_t *to = static_cast<uint8_t *>(data);
+    *got = 0;
+    while (*got < size) {
+        ssize_t read = pread(descriptor, to + *got, size - *got, static_cast<off_t>(offset + *got));
+        if (read < 0 && errno == EINTR) continue;
+        if (read < 0) return errno;
+        if (read == 0) break;
+        *got += static_cast<size_t>(read);
+    }
+    return 0;
+}
+
 bool ByteStream::refill(size_t wanted)
 {
     if (at) {

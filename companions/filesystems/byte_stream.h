@@ -25,6 +25,10 @@ namespace filesystems {
 // off: it would end the run unit.
 int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint64_t offset);
 
+// Reads `size` bytes at an offset, or as many as the file has; returns 0 or an errno. `got` are
+// good in both cases.
+int readAll(int descriptor, void *data, size_t size, uint64_t offset, size_t *got);
+
 struct ByteStream {
     int descriptor;
     bool seekable;

@@ -66,7 +66,10 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
     }
     ShareHeld held;
     if (!takeFile(fcb, fib, descriptor, policy, &held)) return refused(descriptor);
-    if (fstat(descriptor, &about) != 0) about.st_size = 0; // anew: another open may have written until now
+    if (fstat(descriptor, &about) != 0) { // anew: another open may have written until now
+        failWithErrno(fcb, errno);
+        return refused(descriptor);
+    }
     if (about.st_size == 0 && emptyIsAbsent && !output) {
         if (!optional) {
             fail(fcb, 35, fs2Absent);

@@ -1,6 +1,7 @@
 #include "failing_disk.h"
 
 #include <cerrno>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -36,7 +37,20 @@ ssize_t writeVector(int fd, const iovec *parts, int count, off_t offset)
                : syscall(SYS_pwritev, fd, parts, count, offset, 0);
 }
 
+int readsToGo = -1; // until one fails; -1: none does
+
+bool readFailsNow()
+{
+    if (readsToGo < 0 || readsToGo-- > 0) return false;
+    errno = EIO;
+    return true;
+}
+
 } // namespace
+
+FailingRead::FailingRead(int nth) { readsToGo = nth; }
+FailingRead::~FailingRead() { readsToGo = -1; }
+bool FailingRead::happened() { return readsToGo < 0; }
 
 FailingDisk::FailingDisk(Failure failure, int good)
 {
@@ -62,3 +76,15 @@ TAKEN ssize_t pwritev64(int fd, const iovec *parts, int count, off64_t offset)
     return writeVector(fd, parts, count, offset);
 }
 TAKEN ssize_t writev(int fd, const iovec *parts, int count) { return writeVector(fd, parts, count, -1); }
+TAKEN ssize_t pread(int fd, void *data, size_t size, off_t offset)
+{
+    return readFailsNow() ? -1 : syscall(SYS_pread64, fd, data, size, offset);
+}
+TAKEN ssize_t pread64(int fd, void *data, size_t size, off64_t offset)
+{
+    return readFailsNow() ? -1 : syscall(SYS_pread64, fd, data, size, offset);
+}
+TAKEN int fstat(int fd, struct stat *about)
+{
+    return readFailsNow() ? -1 : static_cast<int>(syscall(SYS_fstat, fd, about));
+}

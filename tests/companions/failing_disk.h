@@ -1,4 +1,4 @@
-// Writes of this process that fail as a disk or a full file system makes them fail: the system's
+// Transfers of this process that fail as a disk or a full file system makes them fail: the system's
 // calls are taken from the modules and from LMDB.
 //
 //     FailingDisk disk(FailingDisk::shortWrite);
@@ -14,4 +14,15 @@ public:
     FailingDisk(const FailingDisk &) = delete;
     FailingDisk &operator=(const FailingDisk &) = delete;
     static int writes(); // since it was made
+};
+
+// One call that asks what a file holds (fstat, pread) fails with an input/output error: the `nth`
+// from here on.
+class FailingRead {
+public:
+    explicit FailingRead(int nth);
+    ~FailingRead();
+    FailingRead(const FailingRead &) = delete;
+    FailingRead &operator=(const FailingRead &) = delete;
+    static bool happened();
 };
