@@ -59,6 +59,49 @@ TEST(FailedWrites, IndexedChangeIsUndone)
             }
 }
 
+// The disk fills under a file that this program has alone: changes that the program was told are
+// made go with the batch, so nothing after that may look as if all were well.
+TEST(FailedWrites, LostBatchIsTold)
+{
+    TemporaryDirectory directory;
+    FileAttributes attributes = {.longest = 20,
+                                 .shortest = 20,
+                                 .organization = ZVK_FILE_INDEXED,
+                                 .access = sequentialAccess,
+                                 .keys = {{6, 0, 0, {}}}};
+    for (bool atClose : {false, true}) {
+        CompiledFile file("stl-" + directory.file("i"), attributes);
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        int written = 0, failed = -1;
+        {
+            FailingDisk disk(FailingDisk::full);
+            for (; written < (atClose ? 100 : 20000) && failed < 0; ++written)
+                if (file.write(std::to_string(100000 + written)) > "02") failed = written;
+            if (atClose) {
+                EXPECT_EQ(failed, -1);
+                EXPECT_EQ(file.close(), "34");
+            }
+        }
+        if (!atClose) {
+            EXPECT_GT(failed, 0);
+            EXPECT_EQ(file.status(), "34");
+            for (int n = 0; n < 3; ++n) {
+                EXPECT_EQ(file.write(std::to_string(900000 + n)), "34");
+                EXPECT_NE(reason(file).find("lost"), string::npos) << reason(file);
+            }
+            EXPECT_EQ(file.close(), "34");
+        }
+        ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
+        EXPECT_EQ(file.write("000001"), "00") << "the next OPEN begins anew";
+        EXPECT_EQ(file.close(), "00");
+        ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+        EXPECT_EQ(file.read(next), "00");
+        EXPECT_EQ(file.record().substr(0, 6), "000001");
+        EXPECT_EQ(file.read(next), "10");
+        EXPECT_EQ(file.close(), "00");
+    }
+}
+
 TEST(FailedWrites, OthersSayWhatHappened)
 {
     for (string organization : {"rsd-", "lsq-", "wbr-", "stl-", "relative"})
