@@ -9,6 +9,8 @@
 // A kill can stop the system between two pages of a block. Where the format cannot tell half a
 // record from a whole one, a stream that announces its blocks says in an extended attribute of the
 // file how far each one reaches before it goes out: a file that ends before that place was cut off.
+// With it go the block's first bytes and checksums of its first page: another content that some
+// program has put into the same file since is not taken for that block.
 //
 //     uint8_t *room = stream.reserve(104);   // null: the disk is full
 //     memcpy(room, record, 104);
@@ -58,8 +60,8 @@ struct ByteStream {
     void withdraw(); // no block is under way any more
 };
 
-// Whether a file of that size ends within a block that was announced.
-bool isCutOff(int descriptor, uint64_t size);
+// Whether a file of that size ends within a block that was announced; returns 0 or an errno.
+int findCutOff(int descriptor, uint64_t size, bool *cutOff);
 
 } // namespace filesystems
 

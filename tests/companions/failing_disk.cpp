@@ -1,6 +1,7 @@
 #include "failing_disk.h"
 
 #include <cerrno>
+#include <csignal>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -22,6 +23,14 @@ bool failsNow(size_t *size)
 
 ssize_t writeAt(int fd, const void *data, size_t size, off_t offset)
 {
+    if (failing == FailingDisk::killed) {
+        if (static_cast<int>(size) >= goodWrites) {
+            syscall(SYS_pwrite64, fd, data, goodWrites, offset);
+            kill(getpid(), SIGKILL);
+        }
+        goodWrites -= static_cast<int>(size);
+        return syscall(SYS_pwrite64, fd, data, size, offset);
+    }
     return failsNow(&size) ? -1 : syscall(SYS_pwrite64, fd, data, size, offset);
 }
 

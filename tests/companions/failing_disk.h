@@ -7,8 +7,9 @@
 
 class FailingDisk {
 public:
-    enum Failure { none, inputOutput, shortWrite, full };
+    enum Failure { none, inputOutput, shortWrite, full, killed };
     // From the `good`-th write on, all writes fail; a short one takes half of what it was given.
+    // `killed`: the process ends after `good` bytes of a write at an offset.
     explicit FailingDisk(Failure failure, int good = 0);
     ~FailingDisk();
     FailingDisk(const FailingDisk &) = delete;
