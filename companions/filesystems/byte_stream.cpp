@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/whole_records.h"
 
 namespace filesystems {
 
@@ -90,6 +91,15 @@ bool ByteStream::refill(size_t wanted)
         base += at;
         filled -= at;
         at = 0;
+    }
+    if (whole && seekable) {
+        // Each record comes in one read: what came of it before may be of another time.
+        if (whole->locksReads) filled = 0;
+        size_t got;
+        error = fetchBytes(whole, buffer + filled, capacity - filled, base + filled, &got);
+        filled += got;
+        atEnd = filled < capacity;
+        return !error && filled >= wanted;
     }
     while (filled < wanted && !atEnd) {
         ssize_t got = seekable

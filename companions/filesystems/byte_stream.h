@@ -31,6 +31,8 @@ int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint6
 // good in both cases.
 int readAll(int descriptor, void *data, size_t size, uint64_t offset, size_t *got);
 
+struct WholeRecords;
+
 struct ByteStream {
     int descriptor;
     bool seekable;
@@ -40,9 +42,10 @@ struct ByteStream {
     int error;       // errno of the last failure
     uint8_t *buffer; // of `capacity` bytes, owned by the FCB
     size_t capacity;
-    size_t at;     // next byte in the buffer
-    size_t filled; // input: bytes in the buffer
-    uint64_t base; // offset in the file of buffer[0]
+    size_t at;           // next byte in the buffer
+    size_t filled;       // input: bytes in the buffer
+    uint64_t base;       // offset in the file of buffer[0]
+    WholeRecords *whole; // input: records may be changed in place; null: never
 
     uint64_t offset() const { return base + at; }
     size_t available() const { return filled - at; }

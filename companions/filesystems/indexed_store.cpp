@@ -39,12 +39,9 @@ static pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
 
 static bool storeName(FCB *fcb, char *name, const char *suffix)
 {
-    char link, path[PATH_MAX];
-    const char *file = fcb->fileName;
-    if (readlink(file, &link, 1) == 1) {
-        file = realpath(file, path);
-        if (!file) return failWithErrno(fcb, errno);
-    }
+    char path[PATH_MAX];
+    const char *file = resolvedName(fcb->fileName, path);
+    if (!file) return failWithErrno(fcb, errno);
     if (snprintf(name, PATH_MAX, "%s.mdb%s", file, suffix) < PATH_MAX) return true;
     return failWithErrno(fcb, ENAMETOOLONG);
 }

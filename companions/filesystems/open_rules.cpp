@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -83,6 +84,12 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
     }
     if (created && !output) zvkSetStatus(fcb, 5, fs2Absent);
     return {descriptor, true, created || output, static_cast<uint64_t>(about.st_size), held};
+}
+
+const char *resolvedName(const char *name, char *room)
+{
+    char link;
+    return readlink(name, &link, 1) == 1 ? realpath(name, room) : name;
 }
 
 bool emptyFile(FCB *fcb, const Opened &opened, uint64_t size)

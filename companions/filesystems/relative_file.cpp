@@ -2,8 +2,8 @@
 //
 //     slot: length + 1 in four bytes, 0 for no record | the longest record's bytes
 //
-// A slot goes out in one pwrite, so a killed program leaves it as it was or as it should be; holes
-// of the file are empty slots. A slot that the file's end cuts off holds no record.
+// A slot is as it was or as it should be, also beside a writer and after a kill (whole_records.h);
+// holes of the file are empty slots. A slot that the file's end cuts off holds no record.
 //
 // READ NEXT, PREVIOUS and START look for a record in a window of slots, one pread for many. What
 // this program writes goes into the window, too. Where others may write, the window is only a hint:
@@ -18,10 +18,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "companions/filesystems/byte_stream.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
 #include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/whole_records.h"
 
 namespace filesystems {
 
@@ -38,6 +38,7 @@ struct RelativeFile {
     int error; // of the last transfer: an errno, or `damagedSlot`
     RecordFormat format;
     RecordLocks locks;
+    WholeRecords whole;
     uint64_t slotSize;
     uint64_t place;    // record of the last READ, WRITE or START; 0 before the first
     uint64_t lastRead; // record of the last READ
@@ -87,7 +88,7 @@ int64_t load(RelativeFile *file, uint64_t record)
     size_t got;
     file->error = 0;
     if (record == 0 || record > mostRecords) return noRecord;
-    file->error = readAll(file->descriptor, file->slot, file->slotSize, offsetOf(file, record), &got);
+    file->error = fetchBytes(&file->whole, file->slot, file->slotSize, offsetOf(file, record), &got);
     if (file->error || got != file->slotSize) return noRecord;
     int64_t length = lengthIn(file, file->slot);
     if (length == noLength) file->error = damagedSlot;
@@ -113,7 +114,7 @@ bool fillWindow(RelativeFile *file, uint64_t record, bool back)
     uint64_t wanted = back ? record - file->windowFirst + 1 : file->windowMost;
     size_t got;
     file->error =
-        readAll(file->descriptor, file->window, wanted * file->slotSize, offsetOf(file, file->windowFirst), &got);
+        fetchBytes(&file->whole, file->window, wanted * file->slotSize, offsetOf(file, file->windowFirst), &got);
     file->windowCount = got / file->slotSize;
     if (!inWindow(file, record)) return false;
     file->error = 0; // what came before the failure is good
@@ -128,8 +129,7 @@ void forgetWindow(RelativeFile *file)
 
 bool put(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, size_t size)
 {
-    if (int error = writeAll(file->descriptor, true, data, size, offsetOf(file, record)))
-        return failWithErrno(fcb, error);
+    if (int error = replaceBytes(&file->whole, data, size, offsetOf(file, record))) return failWithErrno(fcb, error);
     if (inWindow(file, record)) memcpy(file->window + (record - file->windowFirst) * file->slotSize, data, size);
     return true;
 }
@@ -448,6 +448,7 @@ void closeFile(FCB *fcb, IPCB *element)
     RelativeFile *file = fileOf(fcb);
     fcb->currentVerb = ZVK_VERB_CLOSE;
     zvkSetStatus(fcb, 0, fs2None);
+    endWhole(&file->whole);
     if (close(file->descriptor) != 0 && errno != EINTR) failWithErrno(fcb, errno);
     _zvkGenericClose(fcb, element, 0);
 }
@@ -476,14 +477,15 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     file->sequential = fib->accessMode & 0x80;
     file->locks.start(fcb, fib, opened.descriptor);
     int64_t length;
-    if (fcb->requestedMode & ZVK_OPEN_EXTEND) {
-        uint64_t count;
-        if (slotCount(file, &count)) file->place = findBack(file, count, &length);
-        if (file->error) { // the last record is not known: nothing may be written
-            failWithFile(fcb, file);
-            close(opened.descriptor);
-            return dropBuffers(fcb);
-        }
+    file->error = startWhole(fcb, opened, &file->whole);
+    uint64_t count;
+    if (!file->error && (fcb->requestedMode & ZVK_OPEN_EXTEND) && slotCount(file, &count))
+        file->place = findBack(file, count, &length);
+    if (file->error) { // the last record is not known, or one is half changed: nothing may be written
+        failWithFile(fcb, file);
+        endWhole(&file->whole);
+        close(opened.descriptor);
+        return dropBuffers(fcb);
     }
     bool input = fcb->requestedMode & ZVK_OPEN_INPUT, io = fcb->requestedMode & ZVK_OPEN_IO;
     if (input || io) fcb->read = readRecord, fcb->start = startAt;

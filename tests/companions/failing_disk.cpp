@@ -23,8 +23,8 @@ bool failsNow(size_t *size)
 
 ssize_t writeAt(int fd, const void *data, size_t size, off_t offset)
 {
-    if (failing == FailingDisk::killed) {
-        if (static_cast<int>(size) >= goodWrites) {
+    if (failing == FailingDisk::killed) { // after so many bytes of all writes
+        if (static_cast<int>(size) > goodWrites) {
             syscall(SYS_pwrite64, fd, data, goodWrites, offset);
             kill(getpid(), SIGKILL);
         }
