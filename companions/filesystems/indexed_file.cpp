@@ -335,10 +335,13 @@ void closeFile(FCB *fcb, IPCB *element)
     fcb->currentVerb = ZVK_VERB_CLOSE;
     zvkSetStatus(fcb, 0, fs2None);
     SizeLimitHeldOff guard;
-    if (int error = commitBatch(file))
+    int error = commitBatch(file);
+    if (error)
         failWithStore(fcb, error);
     else if (file->lost)
         fail(fcb, file->lost, fs2Lost);
+    else if (file->committed && (error = forceStore(file->store)))
+        failWithStore(fcb, error);
     endFile(file);
     _zvkGenericClose(fcb, element, 0);
 }

@@ -29,8 +29,9 @@ struct IndexedFile {
     MDB_txn *snapshot; // reading
     bool snapshotLive;
     bool alone, sequential, exact;
-    bool dropped;  // acknowledged changes of a batch went with it
-    uint16_t lost; // the status of that, which every verb gives from then on; 0: none
+    bool committed; // something, since OPEN
+    bool dropped;   // acknowledged changes of a batch went with it
+    uint16_t lost;  // the status of that, which every verb gives from then on; 0: none
     uint32_t changes, commits;
     uint64_t changedBytes;
     ReadAhead ahead;

@@ -11,6 +11,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include "companions/filesystems/durability.h"
 #include "companions/filesystems/size_limit.h"
 
 namespace filesystems {
@@ -121,6 +122,13 @@ int beginChange(Store *store, MDB_txn **txn)
     return beginTransaction(store, 0, txn);
 }
 
+int forceStore(Store *store)
+{
+    unsigned flags;
+    bool never = mdb_env_get_flags(store->env, &flags) == 0 && (flags & MDB_NOSYNC);
+    return never ? 0 : mdb_env_sync(store->env, 1);
+}
+
 void clearDeadReaders(Store *store)
 {
     int dead;
@@ -190,7 +198,13 @@ static int openEnvironment(const char *name, bool writable, bool locked, MDB_env
     mdb_env_set_mapsize(*env, mapSize());
     mdb_env_set_maxreaders(*env, mostReaders);
     mdb_env_set_maxdbs(*env, mostKeys + 2);
-    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | MDB_NOSYNC | (writable ? 0 : MDB_RDONLY) | (locked ? 0 : MDB_NOLOCK);
+    // NOMETASYNC: data is forced before the page that leads to it is written, which the next commit
+    // or CLOSE forces.
+    Durability durability = wantedDurability();
+    unsigned forcing = durability == Durability::none    ? MDB_NOSYNC
+                       : durability == Durability::close ? MDB_NOMETASYNC
+                                                         : 0;
+    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | forcing | (writable ? 0 : MDB_RDONLY) | (locked ? 0 : MDB_NOLOCK);
     error = mdb_env_open(*env, name, flags, 0666);
     if (error) {
         mdb_env_close(*env);

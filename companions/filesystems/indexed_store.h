@@ -44,6 +44,9 @@ void leaveTransaction(Store *store);
 int storeIsReplaced(const Store *store);
 constexpr int storeReplaced = -40001;
 
+// CLOSE: forces what was committed to the disk, if the program's durability has it so.
+int forceStore(Store *store);
+
 // Frees the places of readers that were killed, and with them the pages that they hold.
 void clearDeadReaders(Store *store);
 // A batch of so many bytes is committed, however few its changes.

@@ -50,6 +50,7 @@ int commitBatch(IndexedFile *file)
         mdb_txn_abort(file->batch);
     else
         error = mdb_txn_commit(file->batch);
+    file->committed |= !error;
     leaveTransaction(file->store);
     file->batch = nullptr;
     file->changes = 0;
@@ -75,6 +76,7 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
         file->changedBytes = 0;
     } else {
         error = mdb_txn_commit(txn);
+        file->committed |= !error;
         if (++file->commits % commitsPerReaderCheck == 0) clearDeadReaders(file->store);
     }
     leaveTransaction(file->store);

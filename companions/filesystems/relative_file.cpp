@@ -18,6 +18,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "companions/filesystems/durability.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
 #include "companions/filesystems/stored_header.h"
@@ -39,6 +40,7 @@ struct RelativeFile {
     RecordFormat format;
     RecordLocks locks;
     WholeRecords whole;
+    Durability durability;
     uint64_t slotSize;
     uint64_t place;    // record of the last READ, WRITE or START; 0 before the first
     uint64_t lastRead; // record of the last READ
@@ -130,6 +132,8 @@ void forgetWindow(RelativeFile *file)
 bool put(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, size_t size)
 {
     if (int error = replaceBytes(&file->whole, data, size, offsetOf(file, record))) return failWithErrno(fcb, error);
+    if (file->durability == Durability::commit && (fcb->mode & ZVK_OPEN_IO))
+        if (int error = forceData(file->descriptor)) return failWithErrno(fcb, error);
     if (inWindow(file, record)) memcpy(file->window + (record - file->windowFirst) * file->slotSize, data, size);
     return true;
 }
@@ -448,6 +452,8 @@ void closeFile(FCB *fcb, IPCB *element)
     RelativeFile *file = fileOf(fcb);
     fcb->currentVerb = ZVK_VERB_CLOSE;
     zvkSetStatus(fcb, 0, fs2None);
+    if (!(fcb->mode & ZVK_OPEN_INPUT) && file->durability != Durability::none)
+        if (int error = forceData(file->descriptor)) failWithErrno(fcb, error);
     endWhole(&file->whole);
     if (close(file->descriptor) != 0 && errno != EINTR) failWithErrno(fcb, errno);
     _zvkGenericClose(fcb, element, 0);
@@ -477,6 +483,7 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     file->sequential = fib->accessMode & 0x80;
     file->locks.start(fcb, fib, opened.descriptor);
     int64_t length;
+    file->durability = wantedDurability();
     file->error = startWhole(fcb, opened, &file->whole);
     uint64_t count;
     if (!file->error && (fcb->requestedMode & ZVK_OPEN_EXTEND) && slotCount(file, &count))

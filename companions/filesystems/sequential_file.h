@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/durability.h"
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/whole_records.h"
@@ -160,6 +161,8 @@ struct SequentialVerbs {
             if (!file->stream.flush() && fcb->status < 10) failWithErrno(fcb, file->stream.error);
             file->stream.withdraw();
         }
+        if (!(fcb->mode & ZVK_OPEN_INPUT) && file->stream.seekable && wantedDurability() != Durability::none)
+            if (int error = forceData(file->stream.descriptor); error && fcb->status < 10) failWithErrno(fcb, error);
         if (file->stream.whole) endWhole(file->stream.whole);
         if (::close(file->stream.descriptor) != 0 && fcb->status < 10 && errno != EINTR) failWithErrno(fcb, errno);
         _zvkGenericClose(fcb, element, 0);

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -11,6 +12,17 @@ namespace {
 
 FailingDisk::Failure failing = FailingDisk::none;
 int goodWrites, seen;
+
+bool recording;
+
+// Through a descriptor of O_DSYNC a write is on the disk at once.
+void record(int fd, long offset, const void *data, size_t size)
+{
+    struct stat about;
+    if (!recording || syscall(SYS_fstat, fd, &about) != 0) return;
+    RecordingDisk::writes.push_back({about.st_ino, offset, std::string(static_cast<const char *>(data), size)});
+    if (offset >= 0 && (fcntl(fd, F_GETFL) & O_DSYNC)) RecordingDisk::writes.push_back({about.st_ino, -1, ""});
+}
 
 // True if the call fails now; a short write is not one of them, `size` is what it may take.
 bool failsNow(size_t *size)
@@ -31,7 +43,9 @@ ssize_t writeAt(int fd, const void *data, size_t size, off_t offset)
         goodWrites -= static_cast<int>(size);
         return syscall(SYS_pwrite64, fd, data, size, offset);
     }
-    return failsNow(&size) ? -1 : syscall(SYS_pwrite64, fd, data, size, offset);
+    if (failsNow(&size)) return -1;
+    record(fd, offset, data, size);
+    return syscall(SYS_pwrite64, fd, data, size, offset);
 }
 
 // With offset -1 where the file stands.
@@ -40,6 +54,11 @@ ssize_t writeVector(int fd, const iovec *parts, int count, off_t offset)
     size_t size = parts[0].iov_len;
     if (failsNow(&size)) return -1;
     bool cut = size != parts[0].iov_len;
+    long place = offset < 0 ? lseek(fd, 0, SEEK_CUR) : offset;
+    for (int i = 0; recording && i < count; ++i) {
+        record(fd, place, parts[i].iov_base, parts[i].iov_len);
+        place += static_cast<long>(parts[i].iov_len);
+    }
     if (offset < 0)
         return cut ? syscall(SYS_write, fd, parts[0].iov_base, size) : syscall(SYS_writev, fd, parts, count);
     return cut ? syscall(SYS_pwrite64, fd, parts[0].iov_base, size, offset)
@@ -56,6 +75,14 @@ bool readFailsNow()
 }
 
 } // namespace
+
+RecordingDisk::RecordingDisk()
+{
+    writes.clear();
+    recording = true;
+}
+RecordingDisk::~RecordingDisk() { recording = false; }
+std::vector<RecordedWrite> RecordingDisk::writes;
 
 FailingRead::FailingRead(int nth) { readsToGo = nth; }
 FailingRead::~FailingRead() { readsToGo = -1; }
@@ -96,4 +123,9 @@ TAKEN ssize_t pread64(int fd, void *data, size_t size, off64_t offset)
 TAKEN int fstat(int fd, struct stat *about)
 {
     return readFailsNow() ? -1 : static_cast<int>(syscall(SYS_fstat, fd, about));
+}
+TAKEN int fdatasync(int fd)
+{
+    record(fd, -1, "", 0);
+    return recording ? 0 : static_cast<int>(syscall(SYS_fdatasync, fd));
 }

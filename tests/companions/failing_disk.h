@@ -5,6 +5,9 @@
 //     EXPECT_EQ(file.write("x"), "30");
 #pragma once
 
+#include <string>
+#include <vector>
+
 class FailingDisk {
 public:
     enum Failure { none, inputOutput, shortWrite, full, killed };
@@ -15,6 +18,21 @@ public:
     FailingDisk(const FailingDisk &) = delete;
     FailingDisk &operator=(const FailingDisk &) = delete;
     static int writes(); // since it was made
+};
+
+// What the process writes, in order, with the moments at which it has it forced to the disk.
+struct RecordedWrite {
+    unsigned long inode;
+    long offset; // -1: all before it of this inode is on the disk
+    std::string bytes;
+};
+class RecordingDisk {
+public:
+    RecordingDisk();
+    ~RecordingDisk();
+    RecordingDisk(const RecordingDisk &) = delete;
+    RecordingDisk &operator=(const RecordingDisk &) = delete;
+    static std::vector<RecordedWrite> writes;
 };
 
 // One call that asks what a file holds (fstat, pread) fails with an input/output error: the `nth`
