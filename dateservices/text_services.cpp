@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "dateservices/known_pictures.h"
 #include "frame/storage.h"
 #include "kvr2/date_functions.h"
 
@@ -63,9 +64,11 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
     size_t wanted = given.length() + asked.length();
     if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
     char *dateEnd = normalise(given.begin, given.length(), work);
-    char *end = normalise(asked.begin, asked.length(), dateEnd);
-    Picture cleared = end > dateEnd ? pictureOf(dateEnd, end)
-                                    : usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
+    Picture cleared;
+    if (!knownPicture(asked.begin, asked.length(), Clearing::Yes, &cleared))
+        cleared = pictureOf(dateEnd, normalise(asked.begin, asked.length(), dateEnd));
+    if (cleared.begin == cleared.end)
+        cleared = usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
     uint32_t message = scanAndValidate(service, {work, dateEnd}, cleared, parts);
     if (work != own) free(work);
     return message;
@@ -74,8 +77,11 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts &parts)
 {
     Text asked = textOf(picture);
-    Picture own = isBlank(asked) ? usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture)
-                                 : pictureOf(asked.begin, asked.end);
+    Picture own;
+    if (isBlank(asked))
+        own = usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture);
+    else if (!knownPicture(asked.begin, asked.length(), Clearing::No, &own))
+        own = pictureOf(asked.begin, asked.end);
     parts.eraKind = own.eras;
     if (parts.eraKind == kBothEras) return messageOfWriting(service, kBadPicture);
     EraTable *eras = nullptr;

@@ -180,41 +180,41 @@ unsigned digitFromRight(const uint8_t *item, size_t bytes, int32_t place)
 } // namespace
 } // namespace bcd
 
-#define TO_BINARY(From, form, To, type)                                                                                \
-    type _zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, int32_t srcDigits)                                         \
+#define TO_BINARY(Name, form, type)                                                                                    \
+    type Name(const uint8_t *src, int32_t srcDigits)                                                                   \
     {                                                                                                                  \
         return bcd::runEntry<bcd::ToBinary<bcd::forms::form, type>>(src, srcDigits);                                   \
     }
-#define FROM_BINARY(From, type, To, form)                                                                              \
-    uint8_t *_zvkcBCD_CONV_##From##_To_##To(type value, uint8_t *dst, int32_t dstDigits)                               \
+#define FROM_BINARY(Name, type, form)                                                                                  \
+    uint8_t *Name(type value, uint8_t *dst, int32_t dstDigits)                                                         \
     {                                                                                                                  \
         return bcd::runEntry<bcd::FromBinary<type, bcd::forms::form>>(value, dst, dstDigits);                          \
     }
 
-TO_BINARY(Pckd, Pckd, Int1, int8_t)
-TO_BINARY(Pckd, Pckd, Int2, int16_t)
-TO_BINARY(Pckd, Pckd, Int4, int32_t)
-TO_BINARY(Pckd, Pckd, Int8, int64_t)
-TO_BINARY(Pckd, Pckd, Uns1, uint8_t)
-TO_BINARY(Pckd, Pckd, Uns2, uint16_t)
-TO_BINARY(Pckd, Pckd, Uns4, uint32_t)
-TO_BINARY(Pckd, Pckd, Uns8, uint64_t)
-TO_BINARY(Znd, ZndTO, Int4, int32_t)
-TO_BINARY(Znd, ZndTO, Int8, int64_t)
-TO_BINARY(Znd, ZndTO, UInt4, uint32_t)
-TO_BINARY(Znd, ZndTO, UInt8, uint64_t)
-FROM_BINARY(Int1, int8_t, Pckd, Pckd)
-FROM_BINARY(Int2, int16_t, Pckd, Pckd)
-FROM_BINARY(Int4, int32_t, Pckd, Pckd)
-FROM_BINARY(Int8, int64_t, Pckd, Pckd)
-FROM_BINARY(Uns1, uint8_t, Pckd, Pckd)
-FROM_BINARY(Uns2, uint16_t, Pckd, Pckd)
-FROM_BINARY(Uns4, uint32_t, Pckd, Pckd)
-FROM_BINARY(Uns8, uint64_t, Pckd, Pckd)
-FROM_BINARY(Int4, int32_t, Znd, ZndTO)
-FROM_BINARY(Int8, int64_t, Znd, ZndTO)
-FROM_BINARY(UInt4, uint32_t, Znd, ZndTO)
-FROM_BINARY(UInt8, uint64_t, Znd, ZndTO)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Int1, Pckd, int8_t)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Int2, Pckd, int16_t)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Int4, Pckd, int32_t)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Int8, Pckd, int64_t)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Uns1, Pckd, uint8_t)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Uns2, Pckd, uint16_t)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Uns4, Pckd, uint32_t)
+TO_BINARY(_zvkcBCD_CONV_Pckd_To_Uns8, Pckd, uint64_t)
+TO_BINARY(_zvkcBCD_CONV_Znd_To_Int4, ZndTO, int32_t)
+TO_BINARY(_zvkcBCD_CONV_Znd_To_Int8, ZndTO, int64_t)
+TO_BINARY(_zvkcBCD_CONV_Znd_To_UInt4, ZndTO, uint32_t)
+TO_BINARY(_zvkcBCD_CONV_Znd_To_UInt8, ZndTO, uint64_t)
+FROM_BINARY(_zvkcBCD_CONV_Int1_To_Pckd, int8_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Int2_To_Pckd, int16_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Int4_To_Pckd, int32_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Int8_To_Pckd, int64_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Uns1_To_Pckd, uint8_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Uns2_To_Pckd, uint16_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Uns4_To_Pckd, uint32_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Uns8_To_Pckd, uint64_t, Pckd)
+FROM_BINARY(_zvkcBCD_CONV_Int4_To_Znd, int32_t, ZndTO)
+FROM_BINARY(_zvkcBCD_CONV_Int8_To_Znd, int64_t, ZndTO)
+FROM_BINARY(_zvkcBCD_CONV_UInt4_To_Znd, uint32_t, ZndTO)
+FROM_BINARY(_zvkcBCD_CONV_UInt8_To_Znd, uint64_t, ZndTO)
 
 // No mode word, no dump, no validation: lengths come from the compiler's own items.
 uint64_t _zvkcBCD_CONV_Pckd_To_Len8(const uint8_t *src, int32_t srcDigits, int32_t fractionDigits)

@@ -248,21 +248,44 @@ struct Cell {
 } // namespace
 } // namespace bcd
 
-#define CELL(From, To)                                                                                                 \
-    uint8_t *_zvkcBCD_CONV_##From##_To_##To(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)    \
+#define CELL(Name, From, To)                                                                                           \
+    uint8_t *Name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                              \
     {                                                                                                                  \
         return bcd::runEntry<bcd::Cell<bcd::forms::From, bcd::forms::To>>(src, dst, dstDigits, srcDigits);             \
     }
-#define CELLS_FROM(From) CELL(From, ZndTO) CELL(From, ZndTS) CELL(From, ZndLO) CELL(From, ZndLS) CELL(From, ZndUS)
 
-CELLS_FROM(Pckd)
-CELLS_FROM(ZndTO)
-CELLS_FROM(ZndTS)
-CELLS_FROM(ZndLO)
-CELLS_FROM(ZndLS)
-CELLS_FROM(ZndUS)
-CELL(ZndTO, Pckd)
-CELL(ZndTS, Pckd)
-CELL(ZndLO, Pckd)
-CELL(ZndLS, Pckd)
-CELL(ZndUS, Pckd)
+CELL(_zvkcBCD_CONV_Pckd_To_ZndTO, Pckd, ZndTO)
+CELL(_zvkcBCD_CONV_Pckd_To_ZndTS, Pckd, ZndTS)
+CELL(_zvkcBCD_CONV_Pckd_To_ZndLO, Pckd, ZndLO)
+CELL(_zvkcBCD_CONV_Pckd_To_ZndLS, Pckd, ZndLS)
+CELL(_zvkcBCD_CONV_Pckd_To_ZndUS, Pckd, ZndUS)
+CELL(_zvkcBCD_CONV_ZndTO_To_ZndTO, ZndTO, ZndTO)
+CELL(_zvkcBCD_CONV_ZndTO_To_ZndTS, ZndTO, ZndTS)
+CELL(_zvkcBCD_CONV_ZndTO_To_ZndLO, ZndTO, ZndLO)
+CELL(_zvkcBCD_CONV_ZndTO_To_ZndLS, ZndTO, ZndLS)
+CELL(_zvkcBCD_CONV_ZndTO_To_ZndUS, ZndTO, ZndUS)
+CELL(_zvkcBCD_CONV_ZndTS_To_ZndTO, ZndTS, ZndTO)
+CELL(_zvkcBCD_CONV_ZndTS_To_ZndTS, ZndTS, ZndTS)
+CELL(_zvkcBCD_CONV_ZndTS_To_ZndLO, ZndTS, ZndLO)
+CELL(_zvkcBCD_CONV_ZndTS_To_ZndLS, ZndTS, ZndLS)
+CELL(_zvkcBCD_CONV_ZndTS_To_ZndUS, ZndTS, ZndUS)
+CELL(_zvkcBCD_CONV_ZndLO_To_ZndTO, ZndLO, ZndTO)
+CELL(_zvkcBCD_CONV_ZndLO_To_ZndTS, ZndLO, ZndTS)
+CELL(_zvkcBCD_CONV_ZndLO_To_ZndLO, ZndLO, ZndLO)
+CELL(_zvkcBCD_CONV_ZndLO_To_ZndLS, ZndLO, ZndLS)
+CELL(_zvkcBCD_CONV_ZndLO_To_ZndUS, ZndLO, ZndUS)
+CELL(_zvkcBCD_CONV_ZndLS_To_ZndTO, ZndLS, ZndTO)
+CELL(_zvkcBCD_CONV_ZndLS_To_ZndTS, ZndLS, ZndTS)
+CELL(_zvkcBCD_CONV_ZndLS_To_ZndLO, ZndLS, ZndLO)
+CELL(_zvkcBCD_CONV_ZndLS_To_ZndLS, ZndLS, ZndLS)
+CELL(_zvkcBCD_CONV_ZndLS_To_ZndUS, ZndLS, ZndUS)
+CELL(_zvkcBCD_CONV_ZndUS_To_ZndTO, ZndUS, ZndTO)
+CELL(_zvkcBCD_CONV_ZndUS_To_ZndTS, ZndUS, ZndTS)
+CELL(_zvkcBCD_CONV_ZndUS_To_ZndLO, ZndUS, ZndLO)
+CELL(_zvkcBCD_CONV_ZndUS_To_ZndLS, ZndUS, ZndLS)
+CELL(_zvkcBCD_CONV_ZndUS_To_ZndUS, ZndUS, ZndUS)
+CELL(_zvkcBCD_CONV_ZndTO_To_Pckd, ZndTO, Pckd)
+CELL(_zvkcBCD_CONV_ZndTS_To_Pckd, ZndTS, Pckd)
+CELL(_zvkcBCD_CONV_ZndLO_To_Pckd, ZndLO, Pckd)
+CELL(_zvkcBCD_CONV_ZndLS_To_Pckd, ZndLS, Pckd)
+CELL(_zvkcBCD_CONV_ZndUS_To_Pckd, ZndUS, Pckd)

@@ -63,15 +63,15 @@ struct Copy {
 } // namespace
 } // namespace bcd
 
-#define COPY(name, form)                                                                                               \
-    uint8_t *_zvkcBCD_Cpy_##name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)               \
+#define COPY(Name, form)                                                                                               \
+    uint8_t *Name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                              \
     {                                                                                                                  \
         return bcd::runEntry<bcd::Copy<bcd::forms::form>>(src, dst, dstDigits, srcDigits);                             \
     }
 
-COPY(Pckd, Pckd)
-COPY(Znd, ZndTO)
-COPY(ZndLO, ZndLO)
-COPY(ZndUS, ZndUS)
-COPY(ZndLS, ZndLS)
-COPY(ZndTS, ZndTS)
+COPY(_zvkcBCD_Cpy_Pckd, Pckd)
+COPY(_zvkcBCD_Cpy_Znd, ZndTO)
+COPY(_zvkcBCD_Cpy_ZndLO, ZndLO)
+COPY(_zvkcBCD_Cpy_ZndUS, ZndUS)
+COPY(_zvkcBCD_Cpy_ZndLS, ZndLS)
+COPY(_zvkcBCD_Cpy_ZndTS, ZndTS)

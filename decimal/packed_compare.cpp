@@ -70,18 +70,18 @@ int zvkBcdCmpPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, i
     return (order >= 0 ? negative1 : !negative2) ? -1 : 1;
 }
 
-#define RELATION(NAME)                                                                                                 \
-    int32_t _zvkcBCD_##NAME##_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)       \
+#define RELATION(Name, relation)                                                                                       \
+    int32_t Name(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)                         \
     {                                                                                                                  \
-        return runEntry<Comparison<ComparePacked, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                    \
+        return runEntry<Comparison<ComparePacked, Relation::relation>>(op1, op2, op2Digits, op1Digits);                \
     }
 
-RELATION(EQU)
-RELATION(NEQ)
-RELATION(GRT)
-RELATION(GEQ)
-RELATION(LES)
-RELATION(LEQ)
+RELATION(_zvkcBCD_EQU_Pckd, EQU)
+RELATION(_zvkcBCD_NEQ_Pckd, NEQ)
+RELATION(_zvkcBCD_GRT_Pckd, GRT)
+RELATION(_zvkcBCD_GEQ_Pckd, GEQ)
+RELATION(_zvkcBCD_LES_Pckd, LES)
+RELATION(_zvkcBCD_LEQ_Pckd, LEQ)
 
 int32_t _zvkcBCD_NOT_Pckd(const uint8_t *op, int32_t opDigits)
 {

@@ -212,21 +212,28 @@ struct Shift {
 } // namespace
 } // namespace bcd
 
-#define SHIFT(name, form, way, direction)                                                                              \
-    uint8_t *_zvkcBCD_SHFD_##name##_##way(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits,      \
-                                          int32_t shift)                                                               \
+#define SHIFT(Name, form, direction)                                                                                   \
+    uint8_t *Name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits, int32_t shift)               \
     {                                                                                                                  \
         return bcd::runEntry<bcd::Shift<bcd::forms::form, bcd::Direction::direction>>(src, dst, dstDigits, srcDigits,  \
                                                                                       shift);                          \
     }
-#define SHIFTS(name, form)                                                                                             \
-    SHIFT(name, form, Left, Left)                                                                                      \
-    SHIFT(name, form, Right, Right)                                                                                    \
-    SHIFT(name, form, RightRnd, RightRounded)
 
-SHIFTS(Pckd, Pckd)
-SHIFTS(Znd, ZndTO)
-SHIFTS(ZndLO, ZndLO)
-SHIFTS(ZndUS, ZndUS)
-SHIFTS(ZndTS, ZndTS)
-SHIFTS(ZndLS, ZndLS)
+SHIFT(_zvkcBCD_SHFD_Pckd_Left, Pckd, Left)
+SHIFT(_zvkcBCD_SHFD_Pckd_Right, Pckd, Right)
+SHIFT(_zvkcBCD_SHFD_Pckd_RightRnd, Pckd, RightRounded)
+SHIFT(_zvkcBCD_SHFD_Znd_Left, ZndTO, Left)
+SHIFT(_zvkcBCD_SHFD_Znd_Right, ZndTO, Right)
+SHIFT(_zvkcBCD_SHFD_Znd_RightRnd, ZndTO, RightRounded)
+SHIFT(_zvkcBCD_SHFD_ZndLO_Left, ZndLO, Left)
+SHIFT(_zvkcBCD_SHFD_ZndLO_Right, ZndLO, Right)
+SHIFT(_zvkcBCD_SHFD_ZndLO_RightRnd, ZndLO, RightRounded)
+SHIFT(_zvkcBCD_SHFD_ZndUS_Left, ZndUS, Left)
+SHIFT(_zvkcBCD_SHFD_ZndUS_Right, ZndUS, Right)
+SHIFT(_zvkcBCD_SHFD_ZndUS_RightRnd, ZndUS, RightRounded)
+SHIFT(_zvkcBCD_SHFD_ZndTS_Left, ZndTS, Left)
+SHIFT(_zvkcBCD_SHFD_ZndTS_Right, ZndTS, Right)
+SHIFT(_zvkcBCD_SHFD_ZndTS_RightRnd, ZndTS, RightRounded)
+SHIFT(_zvkcBCD_SHFD_ZndLS_Left, ZndLS, Left)
+SHIFT(_zvkcBCD_SHFD_ZndLS_Right, ZndLS, Right)
+SHIFT(_zvkcBCD_SHFD_ZndLS_RightRnd, ZndLS, RightRounded)

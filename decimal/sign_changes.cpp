@@ -134,15 +134,15 @@ struct NegLeading {
 
 } // namespace
 
-#define SIGN_CHANGE(NAME, OP)                                                                                          \
-    uint8_t *_zvkcBCD_##NAME(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                   \
+#define SIGN_CHANGE(Name, OP)                                                                                          \
+    uint8_t *Name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                              \
     {                                                                                                                  \
         return runEntry<SignChange<OP>>(src, dst, dstDigits, srcDigits);                                               \
     }
 
-SIGN_CHANGE(ABS_Pckd, AbsPacked)
-SIGN_CHANGE(ABS_Znd, AbsZoned)
-SIGN_CHANGE(ABS_ZndLO, AbsLeading)
-SIGN_CHANGE(NEG_Pckd, NegPacked)
-SIGN_CHANGE(NEG_Znd, NegZoned)
-SIGN_CHANGE(NEG_ZndLO, NegLeading)
+SIGN_CHANGE(_zvkcBCD_ABS_Pckd, AbsPacked)
+SIGN_CHANGE(_zvkcBCD_ABS_Znd, AbsZoned)
+SIGN_CHANGE(_zvkcBCD_ABS_ZndLO, AbsLeading)
+SIGN_CHANGE(_zvkcBCD_NEG_Pckd, NegPacked)
+SIGN_CHANGE(_zvkcBCD_NEG_Znd, NegZoned)
+SIGN_CHANGE(_zvkcBCD_NEG_ZndLO, NegLeading)

@@ -89,17 +89,17 @@ int zvkBcdCmpZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, in
     return negative2 ? 1 : -1;
 }
 
-#define RELATION(NAME)                                                                                                 \
-    int32_t _zvkcBCD_##NAME##_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)        \
+#define RELATION(Name, relation)                                                                                       \
+    int32_t Name(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits, int32_t op1Digits)                         \
     {                                                                                                                  \
-        return runEntry<Comparison<CompareZoned, Relation::NAME>>(op1, op2, op2Digits, op1Digits);                     \
+        return runEntry<Comparison<CompareZoned, Relation::relation>>(op1, op2, op2Digits, op1Digits);                 \
     }
 
-RELATION(EQU)
-RELATION(NEQ)
-RELATION(GRT)
-RELATION(GEQ)
-RELATION(LES)
-RELATION(LEQ)
+RELATION(_zvkcBCD_EQU_Znd, EQU)
+RELATION(_zvkcBCD_NEQ_Znd, NEQ)
+RELATION(_zvkcBCD_GRT_Znd, GRT)
+RELATION(_zvkcBCD_GEQ_Znd, GEQ)
+RELATION(_zvkcBCD_LES_Znd, LES)
+RELATION(_zvkcBCD_LEQ_Znd, LEQ)
 
 int32_t _zvkcBCD_NOT_Znd(const uint8_t *op, int32_t opDigits) { return runEntry<ZeroTest<IsZeroZoned>>(op, opDigits); }

@@ -50,6 +50,42 @@ void printWithLine(const char *symbol, FILE *stream)
     fflush(stdout);
 }
 
+const void *objectOf(const void *address)
+{
+    Dl_info info;
+    return dladdr(address, &info) ? info.dli_fbase : nullptr;
+}
+
+// How many of the innermost frames are the library's own: the program's begin after them. None
+// where all are.
+int ownFrames(void *const *frames, int count)
+{
+    const void *library = objectOf(reinterpret_cast<const void *>(&zvkTraceback));
+    int own = 0;
+    while (own < count && objectOf(frames[own]) == library) own++;
+    return own == count ? 0 : own;
+}
+
+void printFrames(void *const *frames, int count, FILE *stream)
+{
+    char **symbols = wantsLines() ? backtrace_symbols(frames, count) : nullptr;
+    for (int i = 0; i < count;) {
+        if (symbols) {
+            printWithLine(symbols[i], stream);
+            fflush(stream);
+        } else {
+            backtrace_symbols_fd(frames + i, 1, fileno(stream));
+        }
+        int times = 1;
+        while (i + times < count && frames[i + times] == frames[i]) times++;
+        i += times;
+        if (times == 1) continue;
+        fprintf(stream, "    ... %d times\n", times);
+        fflush(stream);
+    }
+    free(symbols);
+}
+
 } // namespace
 
 void zvkTraceback(uint64_t, FILE *stream)
@@ -61,13 +97,8 @@ void zvkTraceback(uint64_t, FILE *stream)
     if (count > 0) {
         fputs("  Traceback:\n", stream);
         fflush(stream);
-        char **symbols = wantsLines() ? backtrace_symbols(frames, count) : nullptr;
-        if (symbols) {
-            for (int i = 1; i < count; i++) printWithLine(symbols[i], stream);
-            free(symbols);
-        } else {
-            backtrace_symbols_fd(frames, count, fileno(stream));
-        }
+        int own = ownFrames(frames, count);
+        printFrames(frames + own, count - own, stream);
     }
     fputs("    --- End of call chain ---\n", stream);
     flushAll(stream);

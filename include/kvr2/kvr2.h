@@ -36,5 +36,6 @@
 #include "kvr2/storage.h"
 #include "kvr2/string_unstring.h"
 #include "kvr2/termination.h"
+#include "kvr2/xml.h"
 
 #endif

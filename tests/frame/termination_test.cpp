@@ -220,6 +220,34 @@ TEST(Termination, FatalMessagesAndAborts)
     EXPECT_FALSE(run.timedOut);
 }
 
+int bottom = 0; // not known to the compiler
+
+__attribute__((noinline, noclone)) int descend(int depth)
+{
+    if (depth == bottom) {
+        ZVKABEND();
+        return 0;
+    }
+    int below = descend(depth - 1);
+    asm volatile("" ::: "memory"); // no loop in the place of the calls
+    return below + depth;
+}
+
+// A traceback begins with the program's own frames, and a recursion takes two lines.
+TEST(Termination, TracebacksAreTheProgramsOwn)
+{
+    ChildRun run = runChild([] {
+        CompiledProgram main("MAIN", entry);
+        _zvkPgmInit(&main.pcb);
+        descend(40);
+    });
+    size_t begin = run.err.find("  Traceback:\n"), end = run.err.find("--- End of call chain");
+    ASSERT_NE(begin, string::npos);
+    string frames = run.err.substr(begin, end - begin);
+    EXPECT_FALSE(contains(frames.substr(0, frames.find('\n', 14)), "libkvr2")) << frames;
+    EXPECT_TRUE(contains(frames, "    ... 39 times\n") || contains(frames, "    ... 40 times\n")) << frames;
+}
+
 // What a program has made of SIGABRT does not matter to a fatal message.
 TEST(Termination, FatalMessagesNeverComeBack)
 {
