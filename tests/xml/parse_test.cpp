@@ -356,11 +356,11 @@ KVR2_PIECE(stop_run_inside)
 {
     CompiledProgram program("MAINPGM");
     int status = compiledMain(program, [] {
-        ParseStatement *statement = new ParseStatement("<a><b/></a>", 11, 819);
-        statement->seen = [](ParseStatement &s) {
+        static ParseStatement statement("<a><b/></a>", 11, 819); // the jump leaves nothing behind
+        statement.seen = [](ParseStatement &s) {
             if (s.text() == "b") _zvkRunUnitTerm(7);
         };
-        statement->run();
+        statement.run();
     });
     exit(status);
 }
