@@ -9,6 +9,8 @@
 // A kill can stop the system between two pages of a block. Where the format cannot tell half a
 // record from a whole one, a stream that announces its blocks says in an extended attribute of the
 // file how far each one reaches before it goes out: a file that ends before that place was cut off.
+// With it go the block's first bytes and checksums of its first page: another content that some
+// program has put into the same file since is not taken for that block.
 //
 //     uint8_t *room = stream.reserve(104);   // null: the disk is full
 //     memcpy(room, record, 104);
@@ -25,6 +27,12 @@ namespace filesystems {
 // off: it would end the run unit.
 int writeAll(int descriptor, bool seekable, const void *data, size_t size, uint64_t offset);
 
+// Reads `size` bytes at an offset, or as many as the file has; returns 0 or an errno. `got` are
+// good in both cases.
+int readAll(int descriptor, void *data, size_t size, uint64_t offset, size_t *got);
+
+struct WholeRecords;
+
 struct ByteStream {
     int descriptor;
     bool seekable;
@@ -34,9 +42,10 @@ struct ByteStream {
     int error;       // errno of the last failure
     uint8_t *buffer; // of `capacity` bytes, owned by the FCB
     size_t capacity;
-    size_t at;     // next byte in the buffer
-    size_t filled; // input: bytes in the buffer
-    uint64_t base; // offset in the file of buffer[0]
+    size_t at;           // next byte in the buffer
+    size_t filled;       // input: bytes in the buffer
+    uint64_t base;       // offset in the file of buffer[0]
+    WholeRecords *whole; // input: records may be changed in place; null: never
 
     uint64_t offset() const { return base + at; }
     size_t available() const { return filled - at; }
@@ -54,8 +63,8 @@ struct ByteStream {
     void withdraw(); // no block is under way any more
 };
 
-// Whether a file of that size ends within a block that was announced.
-bool isCutOff(int descriptor, uint64_t size);
+// Whether a file of that size ends within a block that was announced; returns 0 or an errno.
+int findCutOff(int descriptor, uint64_t size, bool *cutOff);
 
 } // namespace filesystems
 

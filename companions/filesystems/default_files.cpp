@@ -62,9 +62,14 @@ static void openStored(FCB *fcb, IPCB *element)
     describeFile(fib, &expected);
     if (opened.created) {
         beginMaking(opened.descriptor);
-        struct stat about;
-        if (!(fcb->requestedMode & ZVK_OPEN_OUTPUT) && fstat(opened.descriptor, &about) == 0 &&
-            about.st_size) { // another program made it in the meantime
+        struct stat about = {};
+        bool known = (fcb->requestedMode & ZVK_OPEN_OUTPUT) || fstat(opened.descriptor, &about) == 0;
+        if (!known) {
+            failWithErrno(fcb, errno);
+            close(opened.descriptor);
+            return;
+        }
+        if (about.st_size) { // another program made it in the meantime
             opened.created = false;
             opened.size = static_cast<uint64_t>(about.st_size);
             zvkSetStatus(fcb, 0, fs2None);

@@ -6,6 +6,7 @@
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 #include <unistd.h>
 
 #include "companions/filesystems/indexed_state.h"
@@ -27,6 +28,7 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
     IndexedFile *file = indexedFileOf(fcb);
     fcb->currentVerb = ZVK_VERB_WRITE;
     zvkSetStatus(fcb, 0, fs2None);
+    if (endsForLostChanges(fcb, element, ZVK_VERB_WRITE)) return;
     file->locks.release();
     const uint8_t *record = recordOf(fcb, request);
     uint32_t length = lengthOfRequest(file->format, request), keySize = file->keys[0].length;
@@ -48,10 +50,10 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
                 SizeLimitHeldOff guard;
                 error = insertRecord(fcb, file, txn, record, length, &refused);
             }
-            error = changed(file, txn, error, !refused);
+            error = changed(file, txn, error, !refused, length);
         }
         if (error)
-            failWithStore(fcb, error);
+            failChange(fcb, file, error);
         else if (refused)
             zvkSetStatus(fcb, 22, fs2DuplicateKey);
         else if (file->sequential) {
@@ -69,6 +71,7 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
     bool rewrite = verb == ZVK_VERB_REWRITE;
     fcb->currentVerb = verb;
     zvkSetStatus(fcb, 0, fs2None);
+    if (endsForLostChanges(fcb, element, verb)) return;
     const uint8_t *record = recordOf(fcb, request);
     uint32_t keySize = file->keys[0].length, length = rewrite ? lengthOfRequest(file->format, request) : 0;
     const uint8_t *primary = file->sequential && !rewrite ? file->lastKey : keyIn(file, 0, record);
@@ -92,11 +95,11 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
                 error = replaceRecord(fcb, file, txn, record, length, old, &refused);
             else if (!error)
                 error = removeRecord(fcb, file, txn, old);
-            error = changed(file, txn, error, !refused && !missing);
+            error = changed(file, txn, error, !refused && !missing, length);
         }
         file->locks.release();
         if (error)
-            failWithStore(fcb, error);
+            failChange(fcb, file, error);
         else if (refused)
             zvkSetStatus(fcb, 22, fs2DuplicateKey);
         else if (missing)
@@ -120,6 +123,7 @@ struct FoundEntry {
     MDB_val entry;
     MDB_val primary;
     MDB_val stored;
+    bool another; // a record of the same alternate key follows
 };
 
 // By key: `cursor` stays null where the primary key finds the record at once.
@@ -133,7 +137,25 @@ int findByKey(IndexedFile *file, MDB_txn *txn, const uint8_t *record, MDB_cursor
     }
     int error = cursorFor(file, txn, cursor);
     if (!error) error = seekBound(*cursor, keyIn(file, key, record), size, false, k, v);
+    if (!error && k->mv_size < size) return MDB_CORRUPTED;
     return !error && memcmp(k->mv_data, keyIn(file, key, record), size) != 0 ? MDB_NOTFOUND : error;
+}
+
+// What an entry leads to. Lengths that this file's entries and records do not have are damage.
+int followEntry(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, const MDB_val &k, const MDB_val &v,
+                FoundEntry *found)
+{
+    size_t keySize = file->keys[0].length;
+    if (k.mv_size != entrySize(file, file->reference)) return MDB_CORRUPTED;
+    *found = {k, file->reference ? v : k, v, false};
+    if (found->primary.mv_size != keySize) return MDB_CORRUPTED;
+    if (file->reference) {
+        // An entry without its record is damage, not the end of the file.
+        int error = mdb_get(txn, file->data[0], &found->primary, &found->stored);
+        if (error) return error == MDB_NOTFOUND ? MDB_CORRUPTED : error;
+        found->another = hasDuplicates(file, file->reference) && hasFollower(file, cursor, &found->entry);
+    }
+    return isRecord(file, found->stored) ? 0 : MDB_CORRUPTED;
 }
 
 int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool random, const uint8_t *record,
@@ -142,12 +164,68 @@ int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool 
     MDB_val k = {}, v = {};
     int error = random ? findByKey(file, txn, record, cursor, &k, &v) : cursorFor(file, txn, cursor);
     if (!error && !random) error = step(file, *cursor, request->options & ZVK_REQUEST_PREVIOUS, &k, &v);
-    if (error) return error;
-    *found = {k, file->reference ? v : k, v};
-    if (file->reference && (error = mdb_get(txn, file->data[0], &found->primary, &found->stored))) return error;
-    bool whole =
-        isRecord(file, found->stored) && found->primary.mv_size == file->keys[0].length && k.mv_size <= keyRoom;
-    return whole ? 0 : MDB_CORRUPTED;
+    return error ? error : followEntry(file, txn, *cursor, k, v, found);
+}
+
+// --- INPUT reads ahead
+
+constexpr size_t aheadSize = 65536;
+constexpr uint32_t mostAhead = 1000;
+constexpr int64_t aheadLife = 1000; // milliseconds; what others write is seen after that at the latest
+
+struct AheadEntry {
+    uint32_t entrySize, primarySize, storedSize, another;
+};
+
+int64_t milliseconds()
+{
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return int64_t(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+// Copies what follows the cursor; the search goes on from the last record that was delivered, so
+// what cannot be read is met again when the program comes to it.
+void fillAhead(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, bool back)
+{
+    ReadAhead &ahead = file->ahead;
+    uint32_t wanted = ahead.wanted;
+    dropAhead(file);
+    ahead.wanted = wanted < mostAhead / 4 ? wanted * 4 : mostAhead;
+    ahead.back = back;
+    ahead.madeAt = milliseconds();
+    for (uint32_t n = 1; n < wanted; ++n) {
+        MDB_val k, v;
+        FoundEntry next;
+        if (mdb_cursor_get(cursor, &k, &v, back ? MDB_PREV : MDB_NEXT)) break;
+        if (followEntry(file, txn, cursor, k, v, &next)) break;
+        AheadEntry entry = {static_cast<uint32_t>(next.entry.mv_size), static_cast<uint32_t>(next.primary.mv_size),
+                            static_cast<uint32_t>(next.stored.mv_size), next.another};
+        size_t size = sizeof entry + entry.entrySize + entry.primarySize + entry.storedSize;
+        if (size > ahead.capacity - ahead.filled) break;
+        uint8_t *to = ahead.buffer + ahead.filled;
+        memcpy(to, &entry, sizeof entry);
+        memcpy(to += sizeof entry, next.entry.mv_data, entry.entrySize);
+        memcpy(to += entry.entrySize, next.primary.mv_data, entry.primarySize);
+        memcpy(to + entry.primarySize, next.stored.mv_data, entry.storedSize);
+        ahead.filled += size;
+    }
+}
+
+// The next record out of what was read ahead, and the bytes it takes there; 0: none.
+size_t takeAhead(IndexedFile *file, bool back, FoundEntry *found)
+{
+    ReadAhead &ahead = file->ahead;
+    if (ahead.at == ahead.filled || ahead.back != back || file->exact) return 0;
+    if (milliseconds() - ahead.madeAt > aheadLife) return 0;
+    AheadEntry entry;
+    uint8_t *from = ahead.buffer + ahead.at;
+    memcpy(&entry, from, sizeof entry);
+    found->entry = valueOf(from + sizeof entry, entry.entrySize);
+    found->primary = valueOf(from + sizeof entry + entry.entrySize, entry.primarySize);
+    found->stored = valueOf(from + sizeof entry + entry.entrySize + entry.primarySize, entry.storedSize);
+    found->another = entry.another;
+    return sizeof entry + entry.entrySize + entry.primarySize + entry.storedSize;
 }
 
 // The lock of a record that was found, as the statement has it; a refusal is in the status. True if
@@ -162,8 +240,7 @@ bool lockFound(FCB *fcb, IndexedFile *file, const FoundEntry &found, uint32_t op
     return locks.forRead(fcb, number, options) && locks.holding;
 }
 
-void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, MDB_cursor *cursor, const FoundEntry &found,
-             uint8_t *record)
+void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, const FoundEntry &found, uint8_t *record)
 {
     size_t numbers = numbersSize(file), size = found.stored.mv_size - numbers;
     memcpy(file->lastKey, found.primary.mv_data, found.primary.mv_size);
@@ -172,35 +249,39 @@ void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, MDB_cursor *curs
     file->placeSize = found.entry.mv_size;
     file->exact = false;
     fcb->recordLength = request->recordLength = static_cast<uint32_t>(size);
-    bool another = hasDuplicates(file, file->reference) && hasFollower(file, cursor, &found.entry);
-    zvkSetStatus(fcb, another ? 2 : 0, another ? fs2DuplicateKey : fs2None);
+    zvkSetStatus(fcb, found.another ? 2 : 0, found.another ? fs2DuplicateKey : fs2None);
 }
 
 // One attempt at a READ. False: a lock was taken, and the record must be read anew behind it.
 bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uint8_t *record)
 {
-    bool keep = (fcb->mode & ZVK_OPEN_INPUT) && !random;
-    if (random || (file->cursor && (!file->cursorOn || snapshotIsOld(file)))) dropCursor(file);
-    int error;
-    MDB_txn *txn = reading(file, keep, &error);
-    MDB_cursor *cursor = nullptr;
+    bool back = request->options & ZVK_REQUEST_PREVIOUS, ahead = file->ahead.buffer && !random;
     FoundEntry found;
+    if (size_t size = ahead ? takeAhead(file, back, &found) : 0) {
+        lockFound(fcb, file, found, request->options);
+        if (fcb->status > 9) return true;
+        deliver(fcb, file, request, found, record);
+        file->ahead.at += size;
+        return true;
+    }
+    int error;
+    MDB_txn *txn = reading(file, &error);
+    MDB_cursor *cursor = nullptr;
     if (txn) error = findEntry(file, txn, request, random, record, &cursor, &found);
     bool again = !error && lockFound(fcb, file, found, request->options);
-    if (!error && !again && fcb->status < 10) deliver(fcb, file, request, cursor, found, record);
+    if (!error && !again && fcb->status < 10) {
+        deliver(fcb, file, request, found, record);
+        if (ahead)
+            fillAhead(file, txn, cursor, back);
+        else
+            dropAhead(file);
+    }
     if (error == MDB_NOTFOUND)
         zvkSetStatus(fcb, random ? 23 : 10, random ? fs2NoRecord : fs2AtEnd);
     else if (error)
         failWithStore(fcb, error);
-    if (cursor && keep && !again && !file->batch && fcb->status < 10) {
-        file->cursor = cursor;
-        file->cursorOn = true;
-        return true;
-    }
-    if (cursor == file->cursor) file->cursor = nullptr;
-    file->cursorOn = false;
     if (cursor) mdb_cursor_close(cursor);
-    if (!keep && !file->batch) endReading(file);
+    endReading(file);
     return !again;
 }
 
@@ -209,6 +290,7 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
     IndexedFile *file = indexedFileOf(fcb);
     fcb->currentVerb = ZVK_VERB_READ;
     zvkSetStatus(fcb, 0, fs2None);
+    if (endsForLostChanges(fcb, element, ZVK_VERB_READ)) return;
     bool random = !file->sequential && !(request->options & (ZVK_REQUEST_NEXT | ZVK_REQUEST_PREVIOUS));
     uint8_t *record = recordOf(fcb, request);
     if (!random && !(fcb->state & ZVK_FILE_POSITION_VALID)) {
@@ -242,7 +324,6 @@ void unlock(FCB *fcb, IPCB *element, FileRequest *)
 
 void endFile(IndexedFile *file)
 {
-    dropCursor(file);
     if (file->snapshot) mdb_txn_abort(file->snapshot);
     leaveStore(file->store);
     close(file->descriptor);
@@ -253,10 +334,14 @@ void closeFile(FCB *fcb, IPCB *element)
     IndexedFile *file = indexedFileOf(fcb);
     fcb->currentVerb = ZVK_VERB_CLOSE;
     zvkSetStatus(fcb, 0, fs2None);
-    dropCursor(file);
     SizeLimitHeldOff guard;
-    if (file->batch)
-        if (int error = mdb_txn_commit(file->batch)) failWithStore(fcb, error);
+    int error = commitBatch(file);
+    if (error)
+        failWithStore(fcb, error);
+    else if (file->lost)
+        fail(fcb, file->lost, fs2Lost);
+    else if (file->committed && (error = forceStore(file->store)))
+        failWithStore(fcb, error);
     endFile(file);
     _zvkGenericClose(fcb, element, 0);
 }
@@ -267,12 +352,13 @@ void closeFile(FCB *fcb, IPCB *element)
 static int takeHighestKey(IndexedFile *file)
 {
     int error;
-    MDB_txn *txn = reading(file, false, &error);
+    MDB_txn *txn = reading(file, &error);
     MDB_cursor *cursor = nullptr;
     MDB_val k, v;
     if (txn && !(error = cursorFor(file, txn, &cursor))) {
         error = mdb_cursor_get(cursor, &k, &v, MDB_LAST);
-        if (!error && k.mv_size <= keyRoom) {
+        if (!error && k.mv_size != file->keys[0].length) error = MDB_CORRUPTED;
+        if (!error) {
             memcpy(file->lastKey, k.mv_data, k.mv_size);
             file->wrote = true;
         }
@@ -306,7 +392,9 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
         file->sequential = fib->accessMode & 0x80;
         file->locks.start(fcb, fib, opened.descriptor);
         file->alone = !input && opened.held.alone;
-        fcb->moduleBuffer2 = malloc(recordRoom(file));
+        size_t own = recordRoom(file);
+        fcb->moduleBuffer2 = malloc(own + (input ? aheadSize : 0));
+        if (input) file->ahead = {static_cast<uint8_t *>(fcb->moduleBuffer2) + own, aheadSize, 0, 0, 1, false, 0};
     }
     if (!fcb->moduleBuffer2)
         fail(fcb, 34, fs2Storage);

@@ -2,7 +2,7 @@
 //
 // The place is an entry of the key of reference, kept as bytes: a sequential READ looks it up and
 // takes the entry behind or before it, or after START the entry itself (`exact`), even if somebody
-// deleted it in the meantime. INPUT keeps a cursor on it besides, while its snapshot lasts.
+// deleted it in the meantime.
 //
 // START with a part of a key compares that many bytes. Each relation is one bound: the first entry
 // not below the bytes, or the first beyond all that begin with them; LESS and NOT GREATER take the
@@ -15,14 +15,28 @@ namespace filesystems {
 
 int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_val *v)
 {
-    if (file->cursorOn && !file->exact) return mdb_cursor_get(cursor, k, v, previous ? MDB_PREV : MDB_NEXT);
     if (file->placeSize == 0) return previous ? MDB_NOTFOUND : mdb_cursor_get(cursor, k, v, MDB_FIRST);
     *k = valueOf(file->place, file->placeSize);
     int error = mdb_cursor_get(cursor, k, v, MDB_SET_RANGE);
     bool same = !error && k->mv_size == file->placeSize && memcmp(k->mv_data, file->place, file->placeSize) == 0;
     if (same && file->exact) return 0;
-    if (previous) return mdb_cursor_get(cursor, k, v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
-    return same ? mdb_cursor_get(cursor, k, v, MDB_NEXT) : error;
+    if (same) return mdb_cursor_get(cursor, k, v, previous ? MDB_PREV : MDB_NEXT);
+
+    // The entry at the place is gone. What comes before the place must be below it: a damaged entry
+    // leads the search astray, past good ones.
+    MDB_val before, record;
+    int none = mdb_cursor_get(cursor, &before, &record, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
+    if (!none && (before.mv_size != entrySize(file, file->reference) ||
+                  memcmp(before.mv_data, file->place, before.mv_size) >= 0))
+        return MDB_CORRUPTED;
+    if (previous) {
+        *k = before;
+        *v = record;
+        return none;
+    }
+    if (error) return error;
+    *k = valueOf(file->place, file->placeSize);
+    return mdb_cursor_get(cursor, k, v, MDB_SET_RANGE);
 }
 
 int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v)
@@ -40,10 +54,6 @@ int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond
 
 int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor)
 {
-    if (file->cursorOn) {
-        *cursor = file->cursor;
-        return 0;
-    }
     return mdb_cursor_open(txn, file->data[file->reference], cursor);
 }
 
@@ -53,17 +63,17 @@ bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at)
     uint8_t entry[keyRoom];
     size_t length = file->keys[file->reference].length, size = at->mv_size;
     memcpy(entry, at->mv_data, size);
-    bool follows = !mdb_cursor_get(cursor, &k, &v, MDB_NEXT) && memcmp(k.mv_data, entry, length) == 0;
+    bool follows =
+        !mdb_cursor_get(cursor, &k, &v, MDB_NEXT) && k.mv_size == size && memcmp(k.mv_data, entry, length) == 0;
     k = valueOf(entry, size);
     mdb_cursor_get(cursor, &k, &v, MDB_SET);
     return follows;
 }
 
-void dropCursor(IndexedFile *file)
+void dropAhead(IndexedFile *file)
 {
-    if (file->cursor) mdb_cursor_close(file->cursor);
-    file->cursor = nullptr;
-    file->cursorOn = false;
+    file->ahead.at = file->ahead.filled = 0;
+    file->ahead.wanted = 1;
 }
 
 static int seekRelation(MDB_cursor *cursor, uint32_t relation, const uint8_t *key, size_t size, MDB_val *k, MDB_val *v)
@@ -72,6 +82,7 @@ static int seekRelation(MDB_cursor *cursor, uint32_t relation, const uint8_t *ke
     if (relation == ZVK_RELATION_LAST) return mdb_cursor_get(cursor, k, v, MDB_LAST);
     bool beyond = relation == ZVK_RELATION_GREATER || relation == ZVK_RELATION_NOT_GREATER;
     int error = seekBound(cursor, key, size, beyond, k, v);
+    if (relation == ZVK_RELATION_EQUAL && !error && k->mv_size < size) return MDB_CORRUPTED;
     if (relation == ZVK_RELATION_EQUAL && !error && memcmp(k->mv_data, key, size) != 0) return MDB_NOTFOUND;
     if (relation == ZVK_RELATION_LESS || relation == ZVK_RELATION_NOT_GREATER)
         return mdb_cursor_get(cursor, k, v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
@@ -83,8 +94,9 @@ void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request)
     IndexedFile *file = indexedFileOf(fcb);
     fcb->currentVerb = ZVK_VERB_START;
     zvkSetStatus(fcb, 0, fs2None);
+    if (endsForLostChanges(fcb, element, ZVK_VERB_START)) return;
     file->locks.release();
-    dropCursor(file);
+    dropAhead(file);
     fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
     if (request->key >= file->keyCount) {
         zvkSetStatus(fcb, 23, fs2KeyNumber);
@@ -94,12 +106,13 @@ void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request)
     size_t size = file->keys[request->key].length;
     if (request->keyLength && request->keyLength < size) size = request->keyLength;
     int error;
-    MDB_txn *txn = reading(file, false, &error);
+    MDB_txn *txn = reading(file, &error);
     MDB_cursor *cursor = nullptr;
     MDB_val k, v;
     file->reference = request->key;
     if (txn && !(error = cursorFor(file, txn, &cursor))) {
         error = seekRelation(cursor, request->relation, key, size, &k, &v);
+        if (!error && k.mv_size != entrySize(file, file->reference)) error = MDB_CORRUPTED;
         if (!error) {
             memcpy(file->place, k.mv_data, k.mv_size);
             file->placeSize = k.mv_size;

@@ -12,16 +12,29 @@ namespace filesystems {
 constexpr uint32_t sequenceSize = 8;
 constexpr size_t keyRoom = 512;
 
+// INPUT reads ahead: entries with their records, copied out of one snapshot, which ends with the
+// verb. A reader that waits for its terminal, or was killed, so holds no page of the store.
+struct ReadAhead {
+    uint8_t *buffer;
+    size_t capacity, at, filled;
+    uint32_t wanted; // entries that the next filling takes: few after a change of place
+    bool back;
+    int64_t madeAt; // milliseconds
+};
+
 struct IndexedFile {
     int descriptor;
     Store *store;
     MDB_txn *batch;    // alone: the transaction that is being filled
     MDB_txn *snapshot; // reading
     bool snapshotLive;
-    MDB_cursor *cursor; // INPUT: on the record last read, while `cursorOn`
-    bool cursorOn;
     bool alone, sequential, exact;
-    uint32_t changes, reads;
+    bool committed; // something, since OPEN
+    bool dropped;   // acknowledged changes of a batch went with it
+    uint16_t lost;  // the status of that, which every verb gives from then on; 0: none
+    uint32_t changes, commits;
+    uint64_t changedBytes;
+    ReadAhead ahead;
     uint32_t keyCount, numbered; // keys; alternates with duplicates
     FileKey keys[mostKeys];
     MDB_dbi data[mostKeys];
@@ -48,18 +61,19 @@ inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t
 
 // --- indexed_transactions.cpp: one change at a time, or many in a batch
 
-// The transaction to read in: the batch, the snapshot as it is (`keep`), or a new one. Null with
-// `error` set.
-MDB_txn *reading(IndexedFile *file, bool keep, int *error);
-void endReading(IndexedFile *file);
-// Will the next `reading` begin a new snapshot, though it may keep the old one? Cursors on the old
-// one go first.
-bool snapshotIsOld(const IndexedFile *file);
+// The transaction to read in: the batch, or a new snapshot. Null with `error` set.
+MDB_txn *reading(IndexedFile *file, int *error);
+void endReading(IndexedFile *file); // every verb that reads ends with it
 
 MDB_txn *changing(IndexedFile *file, int *error);
 // Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be
-// told apart.
-int changed(IndexedFile *file, MDB_txn *txn, int error, bool made);
+// told apart (`dropped`).
+int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes);
+int commitBatch(IndexedFile *file);
+// FS1 and FS2 of a change that failed.
+void failChange(FCB *fcb, IndexedFile *file, int error);
+// True if acknowledged changes were lost before: the verb is over, with the status that says so.
+bool endsForLostChanges(FCB *fcb, IPCB *element, uint8_t verb);
 
 // --- indexed_record.cpp: a record and its entries in all keys
 
@@ -80,8 +94,13 @@ int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old);
 
 // --- indexed_position.cpp: cursors, the place of sequential reading, START
 
+// Bytes of an entry's key. An entry of another length is damage.
+inline size_t entrySize(const IndexedFile *file, uint32_t key)
+{
+    return file->keys[key].length + (hasDuplicates(file, key) ? sequenceSize : 0);
+}
 int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor);
-void dropCursor(IndexedFile *file);
+void dropAhead(IndexedFile *file);
 // Puts a cursor of the key of reference on the entry that a sequential READ takes next.
 int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_val *v);
 // Puts a cursor on the first entry that is not below `bytes`, or is not at them either (`beyond`).

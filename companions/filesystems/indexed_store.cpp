@@ -11,11 +11,12 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include "companions/filesystems/durability.h"
 #include "companions/filesystems/size_limit.h"
 
 namespace filesystems {
 
-static constexpr size_t mapSize = size_t(1) << 36;
+static constexpr uint32_t mostReaders = 8192; // of one store at the same time, 64 bytes each in NAME.mdb-lock
 
 // An environment with LMDB's locks may be open only once in a process; the files of a program that
 // are the same file share it. A child process takes none of its parent's.
@@ -28,17 +29,119 @@ struct Store {
     bool writable;
     bool shared;
     Store *next;
+    pthread_rwlock_t mapLock; // shared: held by every transaction, for itself alone by who changes the map
+    dev_t lockDevice;         // of the lock file
+    ino_t lockInode;
+    size_t pageSize;
+    char name[];
 };
 static Store *stores;
 static pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
 
-MDB_env *environmentOf(const Store *store) { return store->env; }
-
 static bool storeName(FCB *fcb, char *name, const char *suffix)
 {
-    if (snprintf(name, PATH_MAX, "%s.mdb%s", fcb->fileName, suffix) < PATH_MAX) return true;
+    char path[PATH_MAX];
+    const char *file = resolvedName(fcb->fileName, path);
+    if (!file) return failWithErrno(fcb, errno);
+    if (snprintf(name, PATH_MAX, "%s.mdb%s", file, suffix) < PATH_MAX) return true;
     return failWithErrno(fcb, ENAMETOOLONG);
 }
+
+// --- Transactions
+
+int storeIsReplaced(const Store *store)
+{
+    char lock[PATH_MAX];
+    struct stat about;
+    if (stat(store->name, &about) != 0 || about.st_dev != store->device || about.st_ino != store->inode)
+        return storeReplaced;
+    if (!store->lockInode) return 0;
+    snprintf(lock, sizeof lock, "%s-lock", store->name);
+    bool same = stat(lock, &about) == 0 && about.st_dev == store->lockDevice && about.st_ino == store->lockInode;
+    return same ? 0 : storeReplaced;
+}
+
+static void enterTransaction(Store *store)
+{
+    if (store->shared) pthread_rwlock_rdlock(&store->mapLock);
+}
+
+void leaveTransaction(Store *store)
+{
+    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
+}
+
+// With size 0 as large as another program made it.
+static void resizeMap(Store *store, size_t size)
+{
+    if (store->shared) pthread_rwlock_wrlock(&store->mapLock);
+    mdb_env_set_mapsize(store->env, size);
+    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
+}
+
+// Twice the address space while half of it is used. If the system gives no more, LMDB says so once
+// the store is full.
+static void growMap(Store *store)
+{
+    MDB_envinfo info;
+    if (mdb_env_info(store->env, &info) == 0 && (info.me_last_pgno + 1) * store->pageSize > info.me_mapsize / 2)
+        resizeMap(store, info.me_mapsize * 2);
+}
+
+static int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
+{
+    bool cleared = false;
+    for (;;) {
+        enterTransaction(store);
+        int error = flags && *txn ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
+        if (!error && store->shared && (error = storeIsReplaced(store))) {
+            if (flags) {
+                mdb_txn_reset(*txn);
+            } else {
+                mdb_txn_abort(*txn);
+                *txn = nullptr;
+            }
+        }
+        if (!error) return 0;
+        leaveTransaction(store);
+        if (error == MDB_MAP_RESIZED)
+            resizeMap(store, 0);
+        else if (error == MDB_READERS_FULL && !cleared)
+            clearDeadReaders(store), cleared = true;
+        else
+            return error;
+    }
+}
+
+int beginReading(Store *store, MDB_txn **txn) { return beginTransaction(store, MDB_RDONLY, txn); }
+
+int beginChange(Store *store, MDB_txn **txn)
+{
+    growMap(store);
+    *txn = nullptr;
+    return beginTransaction(store, 0, txn);
+}
+
+int forceStore(Store *store)
+{
+    unsigned flags;
+    bool never = mdb_env_get_flags(store->env, &flags) == 0 && (flags & MDB_NOSYNC);
+    return never ? 0 : mdb_env_sync(store->env, 1);
+}
+
+void clearDeadReaders(Store *store)
+{
+    int dead;
+    if (store->shared) mdb_reader_check(store->env, &dead);
+}
+
+uint64_t bytesPerCommit(const Store *store)
+{
+    MDB_envinfo info;
+    return mdb_env_info(store->env, &info) == 0 ? info.me_mapsize / 16 : 0;
+}
+
+// --- The store as a file
 
 // Is there no room for a store to grow? Asks for some behind its end, which no data is harmed by.
 static bool storeIsFull(FCB *fcb)
@@ -70,17 +173,38 @@ bool failWithStore(FCB *fcb, int error)
     // file-size limit makes it.
     if (error == EIO && storeIsFull(fcb)) return fail(fcb, 34, fs2Full);
     if (error > 0) return failWithErrno(fcb, error);
+    if (error == MDB_READERS_FULL) return fail(fcb, 93, fs2Readers);
+    if (error == storeReplaced) return fail(fcb, 30, fs2Replaced);
     if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
     return fail(fcb, 30, fs2Store);
+}
+
+// VFS_INDEXED_MAP, in megabytes.
+static size_t mapSize()
+{
+    constexpr size_t byDefault = size_t(1) << 36, least = 1 << 20;
+    const char *said = getenv("VFS_INDEXED_MAP");
+    char *end;
+    if (!said || *said < '0' || *said > '9') return byDefault;
+    unsigned long long megabytes = strtoull(said, &end, 10);
+    if (*end || megabytes == 0 || megabytes > size_t(1) << 26) return byDefault;
+    return static_cast<size_t>(megabytes) * least;
 }
 
 static int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
 {
     int error = mdb_env_create(env);
     if (error) return error;
-    mdb_env_set_mapsize(*env, mapSize);
+    mdb_env_set_mapsize(*env, mapSize());
+    mdb_env_set_maxreaders(*env, mostReaders);
     mdb_env_set_maxdbs(*env, mostKeys + 2);
-    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | MDB_NOSYNC | (writable ? 0 : MDB_RDONLY) | (locked ? 0 : MDB_NOLOCK);
+    // NOMETASYNC: data is forced before the page that leads to it is written, which the next commit
+    // or CLOSE forces.
+    Durability durability = wantedDurability();
+    unsigned forcing = durability == Durability::none    ? MDB_NOSYNC
+                       : durability == Durability::close ? MDB_NOMETASYNC
+                                                         : 0;
+    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | forcing | (writable ? 0 : MDB_RDONLY) | (locked ? 0 : MDB_NOLOCK);
     error = mdb_env_open(*env, name, flags, 0666);
     if (error) {
         mdb_env_close(*env);
@@ -109,16 +233,23 @@ static Store *openStore(const char *name, const struct stat &about, bool writabl
     MDB_env *env = nullptr;
     *error = openEnvironment(name, writable, locked, &env);
     if (*error) return nullptr;
-    int dead;
-    if (locked) mdb_reader_check(env, &dead); // frees the places of readers that were killed
-    auto *store = static_cast<Store *>(calloc(1, sizeof(Store)));
+    auto *store = static_cast<Store *>(calloc(1, sizeof(Store) + strlen(name) + 1));
     *error = !store ? ENOMEM : completePages(name, env) ? 0 : MDB_CORRUPTED;
+    char lock[PATH_MAX];
+    struct stat locks = {};
+    snprintf(lock, sizeof lock, "%s-lock", name);
+    if (!*error && locked && stat(lock, &locks) != 0) *error = storeReplaced;
     if (*error) {
         mdb_env_close(env);
         free(store);
         return nullptr;
     }
-    *store = {about.st_dev, about.st_ino, getpid(), env, 1, writable, locked, nullptr};
+    MDB_stat pages;
+    mdb_env_stat(env, &pages);
+    *store = {about.st_dev, about.st_ino, getpid(),      env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
+              locks.st_dev, locks.st_ino, pages.ms_psize};
+    strcpy(store->name, name);
+    clearDeadReaders(store);
     return store;
 }
 
@@ -159,11 +290,12 @@ void leaveStore(Store *store)
 }
 
 // The databases of all keys, and the store's identity.
-static int openDatabases(MDB_env *env, const StoredHeader &header, MDB_dbi *data)
+static int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
 {
-    MDB_txn *txn;
+    MDB_txn *txn = nullptr;
     MDB_dbi about;
-    int error = mdb_txn_begin(env, nullptr, MDB_RDONLY, &txn);
+    int error = beginReading(store, &txn);
+    if (error && txn) mdb_txn_abort(txn);
     if (error) return error;
     MDB_val k = valueOf("identity", 8), v;
     error = mdb_dbi_open(txn, "about", 0, &about);
@@ -179,6 +311,7 @@ static int openDatabases(MDB_env *env, const StoredHeader &header, MDB_dbi *data
         mdb_txn_abort(txn);
     else
         error = mdb_txn_commit(txn);
+    leaveTransaction(store);
     return error == MDB_NOTFOUND ? MDB_INCOMPATIBLE : error;
 }
 
@@ -205,7 +338,7 @@ Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeade
     }
     if (store) {
         pthread_mutex_lock(&storesLock); // handles of one environment are opened by one thread at a time
-        error = openDatabases(store->env, header, data);
+        error = openDatabases(store, header, data);
         pthread_mutex_unlock(&storesLock);
         if (error) leaveStore(store);
         if (error) store = nullptr;
@@ -228,8 +361,12 @@ bool createStore(FCB *fcb, const StoredHeader &header)
 {
     char name[PATH_MAX], lock[PATH_MAX];
     if (!storeName(fcb, name, "") || !storeName(fcb, lock, "-lock")) return false;
-    unlink(lock); // nobody uses it; LMDB makes it good if it stays
-    if (truncate(name, 0) != 0) return failWithErrno(fcb, errno);
+    // Nobody who has this file open uses them, but a program may still have a file open that was
+    // removed since: it keeps its own store, and finds that it was replaced.
+    struct stat old;
+    bool known = stat(name, &old) == 0;
+    unlink(lock);
+    if (unlink(name) != 0 && errno != ENOENT && truncate(name, 0) != 0) return failWithErrno(fcb, errno);
     SizeLimitHeldOff guard;
     MDB_env *env = nullptr;
     MDB_txn *txn = nullptr;
@@ -250,6 +387,8 @@ bool createStore(FCB *fcb, const StoredHeader &header)
     else if (txn)
         mdb_txn_abort(txn);
     if (env) mdb_env_close(env);
+    // The same people as before may use it. What is not ours to give stays as the system made it.
+    if (known && (chmod(name, old.st_mode & 0777) != 0 || chown(name, old.st_uid, old.st_gid) != 0)) errno = 0;
     return !error || failWithStore(fcb, error);
 }
 

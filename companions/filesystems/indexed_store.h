@@ -6,6 +6,11 @@
 // opened without them: a file that is open for this program alone, and one that is read while
 // nobody may write it. A transaction of such a file belongs to no thread. A reader who may not
 // write NAME.mdb-lock, as LMDB's locks need it, admits no writer instead.
+//
+// NAME is the file itself: a symbolic link to it leads to the same store.
+//
+// The address space of a store is given at its opening and grows when half of it is used, in this
+// program before a change and in others when they meet the new size.
 #ifndef COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
 #define COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
 
@@ -28,7 +33,24 @@ bool createStore(FCB *fcb, const StoredHeader &header);
 // Opens the file's store; null with the status set. `data` receives the databases of all keys.
 Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data);
 void leaveStore(Store *store);
-MDB_env *environmentOf(const Store *store);
+
+// Transactions. A change or a reading that could not begin needs no `leaveTransaction`; all others
+// do after their end. `beginReading` renews the one that it is given, or makes it.
+int beginReading(Store *store, MDB_txn **txn);
+int beginChange(Store *store, MDB_txn **txn);
+void leaveTransaction(Store *store);
+// Are NAME.mdb and its lock file those that were opened? 0, or `storeReplaced`: what others see and
+// lock is something else.
+int storeIsReplaced(const Store *store);
+constexpr int storeReplaced = -40001;
+
+// CLOSE: forces what was committed to the disk, if the program's durability has it so.
+int forceStore(Store *store);
+
+// Frees the places of readers that were killed, and with them the pages that they hold.
+void clearDeadReaders(Store *store);
+// A batch of so many bytes is committed, however few its changes.
+uint64_t bytesPerCommit(const Store *store);
 
 // FS1 and FS2 for what LMDB returned; returns false, for tail calls.
 bool failWithStore(FCB *fcb, int error);

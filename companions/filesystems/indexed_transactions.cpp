@@ -2,68 +2,101 @@
 //
 // A file that others may write commits each change before the verb returns; one that this program
 // has alone commits every 10,000 changes and at CLOSE. LMDB never overwrites a page in use, so a
-// killed program leaves the last commit. Reading goes in a snapshot: INPUT keeps one for some
-// records, the rest take a new one each time, so that a program sees at once what others did before
-// it read.
+// killed program leaves the last commit. Reading goes in a snapshot, which ends with the verb: one
+// that stays would hold back the pages that it shows, and the store would grow.
+//
+// The batch of a file that this program has alone goes as a whole when one of its writes fails.
+// Changes that the program was told are made go with it: from then on every verb and CLOSE fail.
 #include "companions/filesystems/indexed_state.h"
 #include "companions/filesystems/size_limit.h"
 
 namespace filesystems {
 
-static constexpr uint32_t changesPerCommit = 10000, readsPerSnapshot = 1000;
+static constexpr uint32_t changesPerCommit = 10000, commitsPerReaderCheck = 1000;
 
-bool snapshotIsOld(const IndexedFile *file) { return file->reads + 1 >= readsPerSnapshot; }
-
-MDB_txn *reading(IndexedFile *file, bool keep, int *error)
+MDB_txn *reading(IndexedFile *file, int *error)
 {
     *error = 0;
     if (file->batch) return file->batch;
-    if (file->snapshotLive && keep && ++file->reads < readsPerSnapshot) return file->snapshot;
-    if (file->snapshotLive) mdb_txn_reset(file->snapshot);
-    file->snapshotLive = file->cursorOn = false;
-    file->reads = 0;
-    *error = file->snapshot ? mdb_txn_renew(file->snapshot)
-                            : mdb_txn_begin(environmentOf(file->store), nullptr, MDB_RDONLY, &file->snapshot);
-    if (*error) return nullptr;
-    file->snapshotLive = true;
-    return file->snapshot;
+    *error = beginReading(file->store, &file->snapshot);
+    file->snapshotLive = !*error;
+    return *error ? nullptr : file->snapshot;
 }
 
 void endReading(IndexedFile *file)
 {
-    if (file->snapshotLive) mdb_txn_reset(file->snapshot);
-    file->snapshotLive = file->cursorOn = false;
+    if (!file->snapshotLive) return;
+    mdb_txn_reset(file->snapshot);
+    leaveTransaction(file->store);
+    file->snapshotLive = false;
 }
 
 MDB_txn *changing(IndexedFile *file, int *error)
 {
     *error = 0;
     if (file->batch) return file->batch;
-    endReading(file);
     MDB_txn *txn = nullptr;
-    *error = mdb_txn_begin(environmentOf(file->store), nullptr, 0, &txn);
+    *error = beginChange(file->store, &txn);
     if (!*error && file->alone) file->batch = txn;
     return txn;
 }
 
-int changed(IndexedFile *file, MDB_txn *txn, int error, bool made)
+int commitBatch(IndexedFile *file)
+{
+    if (!file->batch) return 0;
+    bool acknowledged = file->changes;
+    int error = storeIsReplaced(file->store);
+    if (error)
+        mdb_txn_abort(file->batch);
+    else
+        error = mdb_txn_commit(file->batch);
+    file->committed |= !error;
+    leaveTransaction(file->store);
+    file->batch = nullptr;
+    file->changes = 0;
+    file->changedBytes = 0;
+    file->dropped |= error && acknowledged;
+    return error;
+}
+
+int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes)
 {
     SizeLimitHeldOff guard;
-    if (error) {
+    if (file->batch && !error) {
+        if (!made) return 0;
+        file->changedBytes += bytes;
+        if (++file->changes < changesPerCommit && file->changedBytes < bytesPerCommit(file->store)) return 0;
+        return commitBatch(file);
+    }
+    if (error || !made) {
         mdb_txn_abort(txn);
+        file->dropped |= file->batch && file->changes;
         file->batch = nullptr;
         file->changes = 0;
-        return error;
+        file->changedBytes = 0;
+    } else {
+        error = mdb_txn_commit(txn);
+        file->committed |= !error;
+        if (++file->commits % commitsPerReaderCheck == 0) clearDeadReaders(file->store);
     }
-    if (file->batch) {
-        if (!made || ++file->changes < changesPerCommit) return 0;
-        file->batch = nullptr;
-        file->changes = 0;
-        return mdb_txn_commit(txn);
-    }
-    if (made) return mdb_txn_commit(txn);
-    mdb_txn_abort(txn);
-    return 0;
+    leaveTransaction(file->store);
+    return error;
+}
+
+void failChange(FCB *fcb, IndexedFile *file, int error)
+{
+    failWithStore(fcb, error);
+    if (file->dropped && !file->lost) file->lost = fcb->status;
+}
+
+bool endsForLostChanges(FCB *fcb, IPCB *element, uint8_t verb)
+{
+    uint16_t status = indexedFileOf(fcb)->lost;
+    if (!status) return false;
+    fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
+    zvkSetStatus(fcb, status, fs2Lost);
+    zvkFinishVerb(fcb, element, verb);
+    return true;
 }
 
 } // namespace filesystems

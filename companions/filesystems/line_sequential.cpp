@@ -4,8 +4,8 @@
 // the end, and fills the record with blanks. A line that is longer than the record gives its first
 // part with status 06, and the next READ goes on behind it. A last line without LF is a record:
 // editors write such files; EXTEND ends it first. But if it is what a kill left of a block, it is
-// none, and EXTEND writes over it. A record with an LF in it would come back as two, so WRITE
-// refuses it with status 30.
+// none, and EXTEND writes over it. A record with an LF in it would come back as two, and one that
+// ends in CR without it, so WRITE refuses them with status 30.
 #include "companions/filesystems/linage.h"
 #include "companions/filesystems/sequential_file.h"
 
@@ -27,11 +27,13 @@ struct Lines {
     static uint64_t wholeSize(FCB *fcb, SequentialFile *file, uint64_t size, bool extend)
     {
         int descriptor = file->stream.descriptor;
-        file->cutOff = isCutOff(descriptor, size);
+        if (int error = findCutOff(descriptor, size, &file->cutOff)) failWithErrno(fcb, error);
         if (!extend || size == 0) return size;
         file->stream.announced = file->cutOff; // by the program that was killed; withdrawn at CLOSE
         uint8_t last = '\n';
-        if (pread(descriptor, &last, 1, static_cast<off_t>(size - 1)) != 1) failWithErrno(fcb, errno);
+        size_t got;
+        int error = readAll(descriptor, &last, 1, size - 1, &got);
+        if (error || !got) failWithErrno(fcb, error ? error : EIO);
         if (last != '\n' && file->cutOff) return endOfLastLine(fcb, descriptor, size);
         file->lineOpen = last != '\n';
         return size;
@@ -42,8 +44,10 @@ struct Lines {
         char part[4096];
         while (size) {
             size_t length = size < sizeof part ? static_cast<size_t>(size) : sizeof part;
-            if (pread(descriptor, part, length, static_cast<off_t>(size - length)) != static_cast<ssize_t>(length)) {
-                failWithErrno(fcb, errno);
+            size_t got;
+            int error = readAll(descriptor, part, length, size - length, &got);
+            if (error || got != length) {
+                failWithErrno(fcb, error ? error : EIO);
                 return size;
             }
             if (const void *end = memrchr(part, '\n', length))
@@ -87,7 +91,7 @@ struct Lines {
     static bool write(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *request)
     {
         while (length && record[length - 1] == ' ') --length;
-        if (memchr(record, '\n', length)) return fail(fcb, 30, fs2Control);
+        if (memchr(record, '\n', length) || (length && record[length - 1] == '\r')) return fail(fcb, 30, fs2Control);
         if (__builtin_expect(
                 request->options & (ZVK_REQUEST_BEFORE | ZVK_REQUEST_AFTER) || file->linage || file->lineOpen, 0))
             return writeAdvancing(fcb, file, record, length, request);

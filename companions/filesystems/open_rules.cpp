@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -66,7 +67,10 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
     }
     ShareHeld held;
     if (!takeFile(fcb, fib, descriptor, policy, &held)) return refused(descriptor);
-    if (fstat(descriptor, &about) != 0) about.st_size = 0; // anew: another open may have written until now
+    if (fstat(descriptor, &about) != 0) { // anew: another open may have written until now
+        failWithErrno(fcb, errno);
+        return refused(descriptor);
+    }
     if (about.st_size == 0 && emptyIsAbsent && !output) {
         if (!optional) {
             fail(fcb, 35, fs2Absent);
@@ -80,6 +84,12 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
     }
     if (created && !output) zvkSetStatus(fcb, 5, fs2Absent);
     return {descriptor, true, created || output, static_cast<uint64_t>(about.st_size), held};
+}
+
+const char *resolvedName(const char *name, char *room)
+{
+    char link;
+    return readlink(name, &link, 1) == 1 ? realpath(name, room) : name;
 }
 
 bool emptyFile(FCB *fcb, const Opened &opened, uint64_t size)

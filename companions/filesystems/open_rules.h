@@ -25,6 +25,10 @@ struct Opened {
 // devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
 Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent);
 
+// The name of the file itself where the name is a symbolic link to it: what belongs to a file is
+// beside the file. `room` has PATH_MAX bytes; null with errno set.
+const char *resolvedName(const char *name, char *room);
+
 // OUTPUT: cuts a file down to `size` bytes; false with the status set.
 bool emptyFile(FCB *fcb, const Opened &opened, uint64_t size);
 

@@ -2,8 +2,8 @@
 //
 //     slot: length + 1 in four bytes, 0 for no record | the longest record's bytes
 //
-// A slot goes out in one pwrite, so a killed program leaves it as it was or as it should be; holes
-// of the file are empty slots. A slot that the file's end cuts off holds no record.
+// A slot is as it was or as it should be, also beside a writer and after a kill (whole_records.h);
+// holes of the file are empty slots. A slot that the file's end cuts off holds no record.
 //
 // READ NEXT, PREVIOUS and START look for a record in a window of slots, one pread for many. What
 // this program writes goes into the window, too. Where others may write, the window is only a hint:
@@ -18,10 +18,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/durability.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
 #include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/whole_records.h"
 
 namespace filesystems {
 
@@ -30,12 +31,16 @@ namespace {
 constexpr uint32_t word = 4;
 constexpr uint64_t mostRecords = uint64_t(1) << 40;
 constexpr size_t windowSize = 65536;
+constexpr int64_t noRecord = -1, noLength = -2; // an empty slot; a length word that no record has
+constexpr int damagedSlot = -1;                 // for an errno
 
 struct RelativeFile {
     int descriptor;
-    int error; // errno of the last failure
+    int error; // of the last transfer: an errno, or `damagedSlot`
     RecordFormat format;
     RecordLocks locks;
+    WholeRecords whole;
+    Durability durability;
     uint64_t slotSize;
     uint64_t place;    // record of the last READ, WRITE or START; 0 before the first
     uint64_t lastRead; // record of the last READ
@@ -54,28 +59,42 @@ uint64_t offsetOf(const RelativeFile *file, uint64_t record)
     return storedHeaderSize + (record - 1) * file->slotSize;
 }
 
-uint64_t slotCount(const RelativeFile *file)
+bool failWithFile(FCB *fcb, const RelativeFile *file)
 {
-    struct stat about;
-    if (fstat(file->descriptor, &about) != 0 || about.st_size < static_cast<off_t>(storedHeaderSize)) return 0;
-    return (static_cast<uint64_t>(about.st_size) - storedHeaderSize) / file->slotSize;
+    return file->error == damagedSlot ? fail(fcb, 30, fs2Damaged) : failWithErrno(fcb, file->error);
 }
 
-// Length of the record in a slot, or -1 for none.
+// False with `error` set: a file whose size cannot be had is not an empty one.
+bool slotCount(RelativeFile *file, uint64_t *count)
+{
+    struct stat about;
+    file->error = fstat(file->descriptor, &about) != 0 ? errno : 0;
+    if (file->error) return false;
+    uint64_t size = static_cast<uint64_t>(about.st_size);
+    *count = size < storedHeaderSize ? 0 : (size - storedHeaderSize) / file->slotSize;
+    return true;
+}
+
+// Length of the record in a slot, `noRecord` or `noLength`.
 int64_t lengthIn(const RelativeFile *file, const uint8_t *slot)
 {
     uint32_t mark;
     memcpy(&mark, slot, word);
-    return mark == 0 || mark - 1 > file->format.longest ? -1 : static_cast<int64_t>(mark) - 1;
+    return mark - 1 > file->format.longest && mark ? noLength : static_cast<int64_t>(mark) - 1;
 }
 
-// Reads a slot into `file->slot`; the record's length, or -1.
+// Reads a slot into `file->slot`; the record's length, or less than 0: there is none, or `error`
+// says why none could be read.
 int64_t load(RelativeFile *file, uint64_t record)
 {
-    if (record == 0 || record > mostRecords) return -1;
-    ssize_t got = pread(file->descriptor, file->slot, file->slotSize, static_cast<off_t>(offsetOf(file, record)));
-    file->error = got < 0 ? errno : 0;
-    return got == static_cast<ssize_t>(file->slotSize) ? lengthIn(file, file->slot) : -1;
+    size_t got;
+    file->error = 0;
+    if (record == 0 || record > mostRecords) return noRecord;
+    file->error = fetchBytes(&file->whole, file->slot, file->slotSize, offsetOf(file, record), &got);
+    if (file->error || got != file->slotSize) return noRecord;
+    int64_t length = lengthIn(file, file->slot);
+    if (length == noLength) file->error = damagedSlot;
+    return length;
 }
 
 bool inWindow(const RelativeFile *file, uint64_t record)
@@ -95,11 +114,13 @@ bool fillWindow(RelativeFile *file, uint64_t record, bool back)
     file->windowFirst = !back ? record : record > file->windowMost ? record - file->windowMost + 1 : 1;
     file->windowCount = 0;
     uint64_t wanted = back ? record - file->windowFirst + 1 : file->windowMost;
-    ssize_t got = pread(file->descriptor, file->window, wanted * file->slotSize,
-                        static_cast<off_t>(offsetOf(file, file->windowFirst)));
-    file->error = got < 0 ? errno : 0;
-    if (got > 0) file->windowCount = static_cast<uint64_t>(got) / file->slotSize;
-    return inWindow(file, record);
+    size_t got;
+    file->error =
+        fetchBytes(&file->whole, file->window, wanted * file->slotSize, offsetOf(file, file->windowFirst), &got);
+    file->windowCount = got / file->slotSize;
+    if (!inWindow(file, record)) return false;
+    file->error = 0; // what came before the failure is good
+    return true;
 }
 
 // What may be old goes: the program asks for a place of its own, or begins anew.
@@ -110,8 +131,9 @@ void forgetWindow(RelativeFile *file)
 
 bool put(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, size_t size)
 {
-    if (int error = writeAll(file->descriptor, true, data, size, offsetOf(file, record)))
-        return failWithErrno(fcb, error);
+    if (int error = replaceBytes(&file->whole, data, size, offsetOf(file, record))) return failWithErrno(fcb, error);
+    if (file->durability == Durability::commit && (fcb->mode & ZVK_OPEN_IO))
+        if (int error = forceData(file->descriptor)) return failWithErrno(fcb, error);
     if (inWindow(file, record)) memcpy(file->window + (record - file->windowFirst) * file->slotSize, data, size);
     return true;
 }
@@ -134,20 +156,50 @@ uint64_t beyondHole(const RelativeFile *file, uint64_t record)
     return data <= at ? record : (static_cast<uint64_t>(data) - storedHeaderSize) / file->slotSize + 1;
 }
 
-// The record at or behind `record`; its number, 0 for none. Its slot is in `file->slot`.
+// The last slot before `record` of which a byte is no hole of the file, 0 for none. The system looks
+// for data forward only, so the last data before a place is found by halves.
+uint64_t beforeHole(const RelativeFile *file, uint64_t record)
+{
+    off_t end = static_cast<off_t>(offsetOf(file, record)), low = static_cast<off_t>(storedHeaderSize), high = end - 1;
+    if (record == 1) return 0;
+    auto dataFrom = [&](off_t place) {
+        off_t data = lseek(file->descriptor, place, SEEK_DATA);
+        if (data < 0) return errno == ENXIO ? end : place; // a file system that knows no holes
+        return data < end ? data : end;
+    };
+    if (dataFrom(high) == high) return record - 1;
+    low = dataFrom(low);
+    if (low == end) return 0;
+    while (high - low > 1) {
+        off_t middle = low + (high - low) / 2, data = dataFrom(middle);
+        if (data < end)
+            low = data;
+        else
+            high = middle;
+    }
+    return (static_cast<uint64_t>(low) - storedHeaderSize) / file->slotSize + 1;
+}
+
+uint64_t takeFromWindow(RelativeFile *file, uint64_t record)
+{
+    memcpy(file->slot, windowSlot(file, record), file->slotSize);
+    return record;
+}
+
+// The record at or after `record`; its number, 0 for none or an error. Its slot is in `file->slot`.
 uint64_t findForward(RelativeFile *file, uint64_t record, int64_t *length)
 {
     bool fresh = file->alone || !file->locks.active;
+    file->error = 0;
     while (record && record <= mostRecords) {
         bool filled = false;
         if (!inWindow(file, record) && !(filled = fillWindow(file, record, false))) return 0;
         fresh |= filled;
         for (; inWindow(file, record); ++record) {
             *length = lengthIn(file, windowSlot(file, record));
-            if (*length >= 0) {
-                memcpy(file->slot, windowSlot(file, record), file->slotSize);
-                return record;
-            }
+            if (*length >= 0) return takeFromWindow(file, record);
+            if (fresh && *length == noLength) file->error = damagedSlot;
+            if (file->error) return 0;
             if (fresh) continue;
             if (!fillWindow(file, record--, false)) return 0; // looks at this slot again
             fresh = true;
@@ -160,21 +212,23 @@ uint64_t findForward(RelativeFile *file, uint64_t record, int64_t *length)
 uint64_t findBack(RelativeFile *file, uint64_t record, int64_t *length)
 {
     bool fresh = file->alone || !file->locks.active;
-    for (; record; --record) {
-        if (record > mostRecords) record = mostRecords;
+    file->error = 0;
+    if (record > mostRecords) record = mostRecords;
+    while (record) {
         if (!inWindow(file, record) || (!fresh && lengthIn(file, windowSlot(file, record)) < 0)) {
             fresh = true;
             if (!fillWindow(file, record, true)) {
-                if (file->error) return 0;
-                record = slotCount(file) + 1; // beyond the end: on with the last slot
-                if (record == 1) return 0;
+                uint64_t count;
+                if (file->error || !slotCount(file, &count)) return 0;
+                if (count < record) record = count; // beyond the end: on with the last slot
                 continue;
             }
         }
         *length = lengthIn(file, windowSlot(file, record));
-        if (*length < 0) continue;
-        memcpy(file->slot, windowSlot(file, record), file->slotSize);
-        return record;
+        if (*length >= 0) return takeFromWindow(file, record);
+        if (*length == noLength) file->error = damagedSlot;
+        if (file->error) return 0;
+        record = record > file->windowFirst ? record - 1 : beforeHole(file, record);
     }
     return 0;
 }
@@ -234,7 +288,7 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
     } else {
         record = readNextRecord(fcb, file, request, &length);
     }
-    if (file->error) failWithErrno(fcb, file->error);
+    if (file->error) failWithFile(fcb, file);
     if (fcb->status > 9) {
         fcb->state &= ~ZVK_FILE_READ_VALID;
         if (fcb->status != statusRecordLocked) {
@@ -268,8 +322,11 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
     else if (request->relativeKeyLimit && record > request->relativeKeyLimit)
         zvkSetStatus(fcb, 24, fs2KeyItem);
     else if (file->locks.forChange(fcb, record)) {
+        file->error = 0;
         if (!file->sequential && load(file, record) >= 0)
             zvkSetStatus(fcb, 22, fs2DuplicateKey);
+        else if (file->error)
+            failWithFile(fcb, file);
         else if (store(fcb, file, record, recordOf(fcb, request), length)) {
             if (file->sequential) file->place = record;
             fcb->recordNumber = request->relativeKey = record;
@@ -290,6 +347,14 @@ uint64_t recordToChange(FCB *fcb, RelativeFile *file, const FileRequest *request
     return request->relativeKey;
 }
 
+void noRecordToChange(FCB *fcb, const RelativeFile *file)
+{
+    if (file->error)
+        failWithFile(fcb, file);
+    else
+        zvkSetStatus(fcb, 23, fs2NoRecord);
+}
+
 void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
@@ -301,7 +366,7 @@ void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request)
         zvkSetStatus(fcb, 44, fs2RecordLength);
     else if (record && file->locks.forChange(fcb, record)) {
         if (load(file, record) < 0)
-            zvkSetStatus(fcb, 23, fs2NoRecord);
+            noRecordToChange(fcb, file);
         else
             store(fcb, file, record, recordOf(fcb, request), length);
         file->locks.release();
@@ -318,7 +383,7 @@ void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
     if (record && file->locks.forChange(fcb, record)) {
         uint32_t none = 0;
         if (load(file, record) < 0)
-            zvkSetStatus(fcb, 23, fs2NoRecord);
+            noRecordToChange(fcb, file);
         else
             put(fcb, file, record, reinterpret_cast<const uint8_t *>(&none), word);
         file->locks.release();
@@ -368,7 +433,7 @@ void startAt(FCB *fcb, IPCB *element, FileRequest *request)
     } else {
         fcb->state &= ~ZVK_FILE_POSITION_VALID;
         zvkSetStatus(fcb, 23, fs2NoRecord);
-        if (file->error) failWithErrno(fcb, file->error);
+        if (file->error) failWithFile(fcb, file);
     }
     fcb->state &= ~ZVK_FILE_READ_VALID;
     finish(fcb, element, ZVK_VERB_START);
@@ -387,6 +452,9 @@ void closeFile(FCB *fcb, IPCB *element)
     RelativeFile *file = fileOf(fcb);
     fcb->currentVerb = ZVK_VERB_CLOSE;
     zvkSetStatus(fcb, 0, fs2None);
+    if (!(fcb->mode & ZVK_OPEN_INPUT) && file->durability != Durability::none)
+        if (int error = forceData(file->descriptor)) failWithErrno(fcb, error);
+    endWhole(&file->whole);
     if (close(file->descriptor) != 0 && errno != EINTR) failWithErrno(fcb, errno);
     _zvkGenericClose(fcb, element, 0);
 }
@@ -415,7 +483,17 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     file->sequential = fib->accessMode & 0x80;
     file->locks.start(fcb, fib, opened.descriptor);
     int64_t length;
-    if (fcb->requestedMode & ZVK_OPEN_EXTEND) file->place = findBack(file, slotCount(file), &length);
+    file->durability = wantedDurability();
+    file->error = startWhole(fcb, opened, &file->whole);
+    uint64_t count;
+    if (!file->error && (fcb->requestedMode & ZVK_OPEN_EXTEND) && slotCount(file, &count))
+        file->place = findBack(file, count, &length);
+    if (file->error) { // the last record is not known, or one is half changed: nothing may be written
+        failWithFile(fcb, file);
+        endWhole(&file->whole);
+        close(opened.descriptor);
+        return dropBuffers(fcb);
+    }
     bool input = fcb->requestedMode & ZVK_OPEN_INPUT, io = fcb->requestedMode & ZVK_OPEN_IO;
     if (input || io) fcb->read = readRecord, fcb->start = startAt;
     if (!input && !(io && file->sequential)) fcb->write = writeRecord;

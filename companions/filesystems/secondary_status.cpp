@@ -33,6 +33,10 @@ static const char *const texts[fs2Last - fs2AtEnd] = {
     "record holds a line end",
     "key too long",
     "record number larger than the RELATIVE KEY item",
+    "record damaged",
+    "changes since the last commit are lost: a write failed; close the file",
+    "too many programs have the indexed file open",
+    "record store or its lock file removed or replaced while the file is open",
 };
 
 static const char *textOf(void *, uint32_t fs2, int32_t, int32_t)

@@ -42,6 +42,10 @@ enum Secondary : uint32_t {
     fs2Control,
     fs2KeyLength,
     fs2KeyItem,
+    fs2Damaged,
+    fs2Lost,
+    fs2Readers,
+    fs2Replaced,
     fs2Last,
     fs2System = 1000
 };

@@ -21,8 +21,10 @@
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/durability.h"
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_format.h"
+#include "companions/filesystems/whole_records.h"
 
 namespace filesystems {
 
@@ -30,6 +32,7 @@ enum class Found { record, cut, split, end, damaged, failed };
 
 struct SequentialFile {
     ByteStream stream;
+    WholeRecords changes;
     RecordFormat format;
     uint64_t dataStart;  // bytes of a header in front of the records
     uint64_t whole;      // input: end of the last whole record
@@ -133,7 +136,7 @@ struct SequentialVerbs {
     static void replace(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
     {
         ByteStream &stream = file->stream;
-        int error = writeAll(stream.descriptor, true, record, length, file->lastPlace);
+        int error = replaceBytes(&file->changes, record, length, file->lastPlace);
         if (error) {
             failWithErrno(fcb, error);
             return;
@@ -158,6 +161,9 @@ struct SequentialVerbs {
             if (!file->stream.flush() && fcb->status < 10) failWithErrno(fcb, file->stream.error);
             file->stream.withdraw();
         }
+        if (!(fcb->mode & ZVK_OPEN_INPUT) && file->stream.seekable && wantedDurability() != Durability::none)
+            if (int error = forceData(file->stream.descriptor); error && fcb->status < 10) failWithErrno(fcb, error);
+        if (file->stream.whole) endWhole(file->stream.whole);
         if (::close(file->stream.descriptor) != 0 && fcb->status < 10 && errno != EINTR) failWithErrno(fcb, errno);
         _zvkGenericClose(fcb, element, 0);
     }
@@ -196,7 +202,11 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
         stream.capacity = capacity;
         stream.base = dataStart;
         file->whole = ~uint64_t(0);
-        Format::open(fcb, fib, file);
+        if (Format::rewrites) {
+            stream.whole = &file->changes;
+            if (int error = startWhole(fcb, opened, &file->changes)) failWithErrno(fcb, error);
+        }
+        if (fcb->status < 10) Format::open(fcb, fib, file);
         if (fcb->status < 10 && (fcb->requestedMode & ZVK_OPEN_OUTPUT)) emptyFile(fcb, opened, dataStart);
         if (fcb->status < 10 && opened.seekable && !(fcb->requestedMode & ZVK_OPEN_OUTPUT)) {
             bool extend = fcb->requestedMode & ZVK_OPEN_EXTEND;
@@ -208,6 +218,7 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
         }
     }
     if (fcb->status > 9) {
+        if (file && file->stream.whole) endWhole(file->stream.whole);
         ::close(opened.descriptor);
         dropBuffers(fcb);
         return false;

@@ -10,7 +10,7 @@ namespace filesystems {
 
 static constexpr off_t firstRecordLock = off_t(1) << 60;
 static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3,
-                       making = present + 4;
+                       making = present + 4, changing = present + 5;
 
 static int setLock(int descriptor, short type, off_t start, off_t length = 1)
 {
@@ -79,18 +79,32 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
 
 bool denyWriters(int descriptor) { return takeDenying(descriptor) == 0; }
 
-void beginMaking(int descriptor)
+static void waitForLock(int descriptor, short type, off_t start, off_t length = 1)
 {
     struct flock lock = {};
-    lock.l_type = F_WRLCK;
+    lock.l_type = type;
     lock.l_whence = SEEK_SET;
-    lock.l_start = making;
-    lock.l_len = 1;
+    lock.l_start = start;
+    lock.l_len = length;
     while (fcntl(descriptor, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
     }
 }
 
+void beginMaking(int descriptor) { waitForLock(descriptor, F_WRLCK, making); }
 void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, making); }
+
+void beginChanging(int descriptor) { waitForLock(descriptor, F_WRLCK, changing); }
+void endChanging(int descriptor) { setLock(descriptor, F_UNLCK, changing); }
+
+void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size)
+{
+    waitForLock(descriptor, change ? F_WRLCK : F_RDLCK, static_cast<off_t>(offset), static_cast<off_t>(size));
+}
+
+void unlockBytes(int descriptor, uint64_t offset, uint64_t size)
+{
+    setLock(descriptor, F_UNLCK, static_cast<off_t>(offset), static_cast<off_t>(size));
+}
 
 static off_t lockOf(uint64_t record)
 {

@@ -10,6 +10,9 @@
 // one that admits no other writer. A reader's descriptor can take shared locks only: one that
 // admits no writer locks `deniers`, one that admits nobody `loners`. Each takes its locks first and
 // looks for the other side's afterwards: of two at the same moment at least one sees the other.
+//
+// Only transfers wait for each other: the bytes of a record while it is changed in place or read.
+// Who holds them waits for nothing but the disk.
 #ifndef COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
 #define COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
 
@@ -47,6 +50,14 @@ bool denyWriters(int descriptor);
 // alone.
 void beginMaking(int descriptor);
 void endMaking(int descriptor);
+
+// One program at a time changes records in place, of those that may at all; others wait.
+void beginChanging(int descriptor);
+void endChanging(int descriptor);
+
+// The bytes of a transfer, for its time; waits for those of others.
+void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size);
+void unlockBytes(int descriptor, uint64_t offset, uint64_t size);
 
 enum class Taken { yes, locked, failed };
 

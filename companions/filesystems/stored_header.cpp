@@ -52,12 +52,11 @@ bool writeHeader(FCB *fcb, int descriptor, StoredHeader *header)
 
 bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHeader *header)
 {
-    ssize_t got = pread(descriptor, header, sizeof *header, 0);
-    if (got < 0) return failWithErrno(fcb, errno);
+    size_t got;
+    if (int error = readAll(descriptor, header, sizeof *header, 0, &got)) return failWithErrno(fcb, error);
     if (got < 11 || memcmp(header->mark, "STL", 3) != 0 || memcmp(header->magic, magic, sizeof magic) != 0)
         return fail(fcb, 39, fs2Header);
-    if (got != static_cast<ssize_t>(sizeof *header) || header->checksum != checksumOf(*header))
-        return fail(fcb, 30, fs2Header);
+    if (got != sizeof *header || header->checksum != checksumOf(*header)) return fail(fcb, 30, fs2Header);
     StoredHeader wanted = expected;
     wanted.identity = header->identity;
     wanted.checksum = header->checksum;

@@ -1,6 +1,9 @@
 #include "failing_disk.h"
 
 #include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -9,6 +12,17 @@ namespace {
 
 FailingDisk::Failure failing = FailingDisk::none;
 int goodWrites, seen;
+
+bool recording;
+
+// Through a descriptor of O_DSYNC a write is on the disk at once.
+void record(int fd, long offset, const void *data, size_t size)
+{
+    struct stat about;
+    if (!recording || syscall(SYS_fstat, fd, &about) != 0) return;
+    RecordingDisk::writes.push_back({about.st_ino, offset, std::string(static_cast<const char *>(data), size)});
+    if (offset >= 0 && (fcntl(fd, F_GETFL) & O_DSYNC)) RecordingDisk::writes.push_back({about.st_ino, -1, ""});
+}
 
 // True if the call fails now; a short write is not one of them, `size` is what it may take.
 bool failsNow(size_t *size)
@@ -21,7 +35,17 @@ bool failsNow(size_t *size)
 
 ssize_t writeAt(int fd, const void *data, size_t size, off_t offset)
 {
-    return failsNow(&size) ? -1 : syscall(SYS_pwrite64, fd, data, size, offset);
+    if (failing == FailingDisk::killed) { // after so many bytes of all writes
+        if (static_cast<int>(size) > goodWrites) {
+            syscall(SYS_pwrite64, fd, data, goodWrites, offset);
+            kill(getpid(), SIGKILL);
+        }
+        goodWrites -= static_cast<int>(size);
+        return syscall(SYS_pwrite64, fd, data, size, offset);
+    }
+    if (failsNow(&size)) return -1;
+    record(fd, offset, data, size);
+    return syscall(SYS_pwrite64, fd, data, size, offset);
 }
 
 // With offset -1 where the file stands.
@@ -30,13 +54,39 @@ ssize_t writeVector(int fd, const iovec *parts, int count, off_t offset)
     size_t size = parts[0].iov_len;
     if (failsNow(&size)) return -1;
     bool cut = size != parts[0].iov_len;
+    long place = offset < 0 ? lseek(fd, 0, SEEK_CUR) : offset;
+    for (int i = 0; recording && i < count; ++i) {
+        record(fd, place, parts[i].iov_base, parts[i].iov_len);
+        place += static_cast<long>(parts[i].iov_len);
+    }
     if (offset < 0)
         return cut ? syscall(SYS_write, fd, parts[0].iov_base, size) : syscall(SYS_writev, fd, parts, count);
     return cut ? syscall(SYS_pwrite64, fd, parts[0].iov_base, size, offset)
                : syscall(SYS_pwritev, fd, parts, count, offset, 0);
 }
 
+int readsToGo = -1; // until one fails; -1: none does
+
+bool readFailsNow()
+{
+    if (readsToGo < 0 || readsToGo-- > 0) return false;
+    errno = EIO;
+    return true;
+}
+
 } // namespace
+
+RecordingDisk::RecordingDisk()
+{
+    writes.clear();
+    recording = true;
+}
+RecordingDisk::~RecordingDisk() { recording = false; }
+std::vector<RecordedWrite> RecordingDisk::writes;
+
+FailingRead::FailingRead(int nth) { readsToGo = nth; }
+FailingRead::~FailingRead() { readsToGo = -1; }
+bool FailingRead::happened() { return readsToGo < 0; }
 
 FailingDisk::FailingDisk(Failure failure, int good)
 {
@@ -62,3 +112,20 @@ TAKEN ssize_t pwritev64(int fd, const iovec *parts, int count, off64_t offset)
     return writeVector(fd, parts, count, offset);
 }
 TAKEN ssize_t writev(int fd, const iovec *parts, int count) { return writeVector(fd, parts, count, -1); }
+TAKEN ssize_t pread(int fd, void *data, size_t size, off_t offset)
+{
+    return readFailsNow() ? -1 : syscall(SYS_pread64, fd, data, size, offset);
+}
+TAKEN ssize_t pread64(int fd, void *data, size_t size, off64_t offset)
+{
+    return readFailsNow() ? -1 : syscall(SYS_pread64, fd, data, size, offset);
+}
+TAKEN int fstat(int fd, struct stat *about)
+{
+    return readFailsNow() ? -1 : static_cast<int>(syscall(SYS_fstat, fd, about));
+}
+TAKEN int fdatasync(int fd)
+{
+    record(fd, -1, "", 0);
+    return recording ? 0 : static_cast<int>(syscall(SYS_fdatasync, fd));
+}

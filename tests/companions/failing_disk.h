@@ -1,17 +1,47 @@
-// Writes of this process that fail as a disk or a full file system makes them fail: the system's
+// Transfers of this process that fail as a disk or a full file system makes them fail: the system's
 // calls are taken from the modules and from LMDB.
 //
 //     FailingDisk disk(FailingDisk::shortWrite);
 //     EXPECT_EQ(file.write("x"), "30");
 #pragma once
 
+#include <string>
+#include <vector>
+
 class FailingDisk {
 public:
-    enum Failure { none, inputOutput, shortWrite, full };
+    enum Failure { none, inputOutput, shortWrite, full, killed };
     // From the `good`-th write on, all writes fail; a short one takes half of what it was given.
+    // `killed`: the process ends after `good` bytes of a write at an offset.
     explicit FailingDisk(Failure failure, int good = 0);
     ~FailingDisk();
     FailingDisk(const FailingDisk &) = delete;
     FailingDisk &operator=(const FailingDisk &) = delete;
     static int writes(); // since it was made
+};
+
+// What the process writes, in order, with the moments at which it has it forced to the disk.
+struct RecordedWrite {
+    unsigned long inode;
+    long offset; // -1: all before it of this inode is on the disk
+    std::string bytes;
+};
+class RecordingDisk {
+public:
+    RecordingDisk();
+    ~RecordingDisk();
+    RecordingDisk(const RecordingDisk &) = delete;
+    RecordingDisk &operator=(const RecordingDisk &) = delete;
+    static std::vector<RecordedWrite> writes;
+};
+
+// One call that asks what a file holds (fstat, pread) fails with an input/output error: the `nth`
+// from here on.
+class FailingRead {
+public:
+    explicit FailingRead(int nth);
+    ~FailingRead();
+    FailingRead(const FailingRead &) = delete;
+    FailingRead &operator=(const FailingRead &) = delete;
+    static bool happened();
 };

@@ -59,6 +59,49 @@ TEST(FailedWrites, IndexedChangeIsUndone)
             }
 }
 
+// The disk fills under a file that this program has alone: changes that the program was told are
+// made go with the batch, so nothing after that may look as if all were well.
+TEST(FailedWrites, LostBatchIsTold)
+{
+    TemporaryDirectory directory;
+    FileAttributes attributes = {.longest = 20,
+                                 .shortest = 20,
+                                 .organization = ZVK_FILE_INDEXED,
+                                 .access = sequentialAccess,
+                                 .keys = {{6, 0, 0, {}}}};
+    for (bool atClose : {false, true}) {
+        CompiledFile file("stl-" + directory.file("i"), attributes);
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        int written = 0, failed = -1;
+        {
+            FailingDisk disk(FailingDisk::full);
+            for (; written < (atClose ? 100 : 20000) && failed < 0; ++written)
+                if (file.write(std::to_string(100000 + written)) > "02") failed = written;
+            if (atClose) {
+                EXPECT_EQ(failed, -1);
+                EXPECT_EQ(file.close(), "34");
+            }
+        }
+        if (!atClose) {
+            EXPECT_GT(failed, 0);
+            EXPECT_EQ(file.status(), "34");
+            for (int n = 0; n < 3; ++n) {
+                EXPECT_EQ(file.write(std::to_string(900000 + n)), "34");
+                EXPECT_NE(reason(file).find("lost"), string::npos) << reason(file);
+            }
+            EXPECT_EQ(file.close(), "34");
+        }
+        ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
+        EXPECT_EQ(file.write("000001"), "00") << "the next OPEN begins anew";
+        EXPECT_EQ(file.close(), "00");
+        ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+        EXPECT_EQ(file.read(next), "00");
+        EXPECT_EQ(file.record().substr(0, 6), "000001");
+        EXPECT_EQ(file.read(next), "10");
+        EXPECT_EQ(file.close(), "00");
+    }
+}
+
 TEST(FailedWrites, OthersSayWhatHappened)
 {
     for (string organization : {"rsd-", "lsq-", "wbr-", "stl-", "relative"})
@@ -84,6 +127,83 @@ TEST(FailedWrites, OthersSayWhatHappened)
             EXPECT_EQ(file.read(), "10") << organization;
             ASSERT_EQ(file.close(), "00");
         }
+}
+
+// One read of the file, or the question how long it is, fails at every place of OPEN and of the verb
+// in turn: it is never taken for an empty file or an absent record. What was there stays, what was
+// acknowledged is there, and the verb of a record that is there does not say 23.
+TEST(FailedReads, AreNoEmptyFileAndNoAbsentRecord)
+{
+    FileAttributes relative = relativeFile(), inOrder = relativeFile(sequentialAccess), indexed = indexedFile(),
+                   indexedInOrder = indexedFile(sequentialAccess);
+    struct Case {
+        const char *prefix, *what;
+        FileAttributes attributes;
+        uint16_t mode;
+        char verb;
+        uint64_t number;
+    };
+    const Case cases[] = {
+        {"rsd-", "variable", varying, ZVK_OPEN_EXTEND, 'w', 3},
+        {"rsd-", "fixed", fixed10, ZVK_OPEN_EXTEND, 'w', 3},
+        {"lsq-", "lines", varying, ZVK_OPEN_EXTEND, 'w', 3},
+        {"wbr-", "binary", fixed10, ZVK_OPEN_EXTEND, 'w', 3},
+        {"stl-", "sequential", varying, ZVK_OPEN_EXTEND, 'w', 3},
+        {"stl-", "relative", inOrder, ZVK_OPEN_EXTEND, 'w', 3},
+        {"stl-", "relative", relative, ZVK_OPEN_IO, 'w', 1},
+        {"stl-", "relative", relative, ZVK_OPEN_IO, 'x', 1},
+        {"stl-", "relative", relative, ZVK_OPEN_IO, 'd', 1},
+        {"stl-", "indexed", indexedInOrder, ZVK_OPEN_EXTEND, 'w', 3},
+        {"stl-", "indexed", indexed, ZVK_OPEN_IO, 'x', 1},
+    };
+    for (const Case &kind : cases) {
+        bool happened = true;
+        for (int nth = 0; happened && nth < 100; ++nth) {
+            TemporaryDirectory directory;
+            string where = string(kind.prefix) + kind.what + " " + kind.verb + " read " + std::to_string(nth);
+            CompiledFile file(kind.prefix + directory.file("f"), kind.attributes);
+            auto text = [&](int n) {
+                string number = std::to_string(n);
+                return "00000" + number + (kind.attributes.longest == 20 ? "aaaa000" + number : "");
+            };
+            ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+            for (int n = 1; n < 3; ++n) ASSERT_LE(file.write(text(n), {.relativeKey = uint64_t(n)}), "02") << where;
+            ASSERT_EQ(file.close(), "00");
+            string opened, status = "not done";
+            {
+                FailingRead disk(nth);
+                opened = file.open(kind.mode);
+                FileRequest request = {.relativeKey = kind.number};
+                file.move(text(1));
+                if (opened < "10") {
+                    status = kind.verb == 'w'   ? file.write(text(static_cast<int>(kind.number)), request)
+                             : kind.verb == 'x' ? file.rewrite(text(1), request)
+                                                : file.verb(file.fcb->deleteRecord, request);
+                    file.close();
+                }
+                happened = FailingRead::happened();
+            }
+            EXPECT_NE(opened, "35") << where;
+            EXPECT_NE(opened, "05") << where;
+            EXPECT_NE(status, "23") << where;
+            bool done = status < "10", first = !(done && kind.verb == 'd');
+            EXPECT_FALSE(done && kind.number == 1 && kind.verb == 'w') << where << ": it is there";
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00") << where;
+            if (first) {
+                EXPECT_EQ(file.read(next), "00") << where;
+                EXPECT_EQ(file.record().substr(0, 6), "000001") << where;
+            }
+            EXPECT_EQ(file.read(next), "00") << where;
+            EXPECT_EQ(file.record().substr(0, 6), "000002") << where;
+            if (done && kind.number == 3) {
+                EXPECT_EQ(file.read(next), "00") << where;
+                EXPECT_EQ(file.record().substr(0, 6), "000003") << where;
+            }
+            EXPECT_EQ(file.read(next), "10") << where;
+            file.close();
+        }
+        EXPECT_FALSE(happened) << kind.what << ": a hundred reads";
+    }
 }
 
 TEST(Threads, FileMovesBetweenThreads)

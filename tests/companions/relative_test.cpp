@@ -256,7 +256,68 @@ TEST(Relative, HolesCostNothing)
     EXPECT_EQ(file.read(next), "00");
     EXPECT_EQ(file.record().substr(0, 3), "far");
     EXPECT_EQ(file.read(next), "10");
+
+    // Back again, and from beyond the end. A walk would take minutes.
+    alarm(20);
+    EXPECT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_LAST}), "00");
+    EXPECT_EQ(file.read(previous), "00");
+    EXPECT_EQ(file.request.relativeKey, far);
+    EXPECT_EQ(file.read(previous), "00");
+    EXPECT_EQ(file.request.relativeKey, 2u);
+    EXPECT_EQ(file.read(previous), "10");
+    for (uint64_t key : {far, far - 1, far / 2, uint64_t(3)}) {
+        EXPECT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_LESS, .relativeKey = key}), "00");
+        EXPECT_EQ(file.read(next), "00");
+        EXPECT_EQ(file.request.relativeKey, 2u) << key;
+    }
+    EXPECT_EQ(file.verb(file.fcb->deleteRecord, {.relativeKey = far}), "00");
     EXPECT_EQ(file.close(), "00");
+    FileAttributes inOrder = relativeFile(sequentialAccess);
+    CompiledFile extended(directory.file("r"), inOrder);
+    ASSERT_EQ(extended.open(ZVK_OPEN_EXTEND), "00");
+    EXPECT_EQ(extended.write("third"), "00");
+    EXPECT_EQ(extended.request.relativeKey, 3u);
+    EXPECT_EQ(extended.close(), "00");
+    alarm(0);
+}
+
+// Something else has written into the file: a length that no record has is no empty slot, and the
+// records around it are as good as before.
+TEST(Relative, ImpossibleLengthIsDamage)
+{
+    TemporaryDirectory directory;
+    CompiledFile file("stl-" + directory.file("r"), relativeFile());
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    for (uint64_t n = 1; n < 4; ++n) ASSERT_EQ(file.write("record", {.relativeKey = n}), "00");
+    ASSERT_EQ(file.close(), "00");
+    string content = readFile(directory.file("r"));
+    content[4096 + 14] = 12; // a record of 11 bytes in a file of 10
+    for (int io = 0; io < 2; ++io) {
+        writeFile(directory.file("r"), content);
+        ASSERT_EQ(file.open(io ? uint16_t{ZVK_OPEN_IO} : uint16_t{ZVK_OPEN_INPUT}), "00");
+        EXPECT_EQ(file.read(next), "00");
+        EXPECT_EQ(file.read(next), "30");
+        EXPECT_EQ(reason(file), "record damaged");
+        EXPECT_EQ(file.read({.relativeKey = 2}), "30");
+        EXPECT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_EQUAL, .relativeKey = 2}), "30");
+        EXPECT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_LESS, .relativeKey = 3}), "30");
+        if (io) {
+            EXPECT_EQ(file.write("x", {.relativeKey = 2}), "30");
+            EXPECT_EQ(file.rewrite("x", {.relativeKey = 2}), "30");
+            EXPECT_EQ(file.verb(file.fcb->deleteRecord, {.relativeKey = 2}), "30");
+        }
+        EXPECT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_GREATER, .relativeKey = 2}), "00");
+        EXPECT_EQ(file.read(next), "00");
+        EXPECT_EQ(file.read(next), "10");
+        EXPECT_EQ(file.close(), "00");
+        EXPECT_EQ(readFile(directory.file("r")), content);
+    }
+    CompiledFile inOrder("stl-" + directory.file("r"), relativeFile(sequentialAccess));
+    ASSERT_EQ(inOrder.open(ZVK_OPEN_EXTEND), "00");
+    ASSERT_EQ(inOrder.close(), "00");
+    content[4096 + 28] = 12;
+    writeFile(directory.file("r"), content);
+    EXPECT_EQ(inOrder.open(ZVK_OPEN_EXTEND), "30") << "where its records end is not known";
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <random>
 #include <sys/xattr.h>
 
+#include "failing_disk.h"
 #include "stored_files.h"
 
 namespace {
@@ -113,28 +114,84 @@ TEST(LineSequential, LineThatAKillCutOffIsNoRecord)
 {
     TemporaryDirectory directory;
     const string path = directory.file("t");
-    for (string content : {"one\ntwo", "one\ntw", "tw", "one\n"}) {
-        const size_t whole = content.rfind('\n') + 1;
-        for (uint64_t blockEnd : {content.size(), content.size() + 1}) {
-            writeFile(path, content);
-            const bool cutOff = blockEnd > content.size();
-            if (setxattr(path.c_str(), "user.kvr2.block-end", &blockEnd, sizeof blockEnd, 0) != 0)
-                GTEST_SKIP() << "no extended attributes here";
-            CompiledFile file("lsq-" + path, fixed10);
-            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
-            int count = 0;
-            while (file.read() == "00") ++count;
-            EXPECT_EQ(count, std::count(content.begin(), content.end(), '\n') + (whole < content.size() && !cutOff))
-                << content;
+    const FileAttributes attributes = {.longest = 10, .shortest = 0};
+    string all = "old line\n"; // 6,000 bytes in one block
+    for (int n = 1000; all.size() < 6009; ++n) all += std::to_string(n) + "\n";
+    string lines;
+    while (lines.size() < 4200) lines += "another\n";
+    auto killed = [&](size_t size) { // leaves that much of the file, and what it said of its block
+        unlink(path.c_str());
+        writeFile(path, "old line\n");
+        pid_t child = fork();
+        if (child == 0) {
+            CompiledFile file("lsq-" + path, attributes);
+            file.open(ZVK_OPEN_EXTEND);
+            for (int n = 1000; n < 2200; ++n) file.write(std::to_string(n));
+            FailingDisk disk(FailingDisk::killed, static_cast<int>(size - 9));
             file.close();
-            ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
-            EXPECT_EQ(file.write("new"), "00");
-            EXPECT_EQ(file.close(), "00");
-            string kept = cutOff ? content.substr(0, whole) : content;
-            EXPECT_EQ(readFile(path), kept + (kept.empty() || kept.back() == '\n' ? "" : "\n") + "new\n");
-            EXPECT_LT(getxattr(path.c_str(), "user.kvr2.block-end", nullptr, 0), 0);
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        return getxattr(path.c_str(), "user.kvr2.block-end", nullptr, 0) > 0;
+    };
+    auto expect = [&](const string &content, bool cutOff) {
+        string where = std::to_string(content.size()) + (cutOff ? " cut off" : " good");
+        const size_t whole = content.rfind('\n') + 1;
+        CompiledFile file("lsq-" + path, attributes);
+        ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+        int count = 0;
+        while (file.read() == "00") ++count;
+        EXPECT_EQ(count, std::count(content.begin(), content.end(), '\n') + (whole < content.size() && !cutOff))
+            << where;
+        file.close();
+        ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
+        EXPECT_EQ(file.write("new"), "00");
+        EXPECT_EQ(file.close(), "00");
+        string kept = cutOff ? content.substr(0, whole) : content;
+        EXPECT_EQ(readFile(path), kept + (kept.empty() || kept.back() == '\n' ? "" : "\n") + "new\n") << where;
+    };
+    if (!killed(100)) GTEST_SKIP() << "no extended attributes here";
+    for (size_t size : {size_t(11), size_t(42), size_t(4096), size_t(4099), size_t(5000), size_t(5004)}) {
+        ASSERT_TRUE(killed(size));
+        ASSERT_EQ(readFile(path), all.substr(0, size));
+        expect(all.substr(0, size), true);
+        EXPECT_LT(getxattr(path.c_str(), "user.kvr2.block-end", nullptr, 0), 0);
+        // Somebody puts something else into the same file: its last line is nobody's torn one.
+        for (string other : {string("another\nlast"), string("x"), all.substr(0, 9) + "1000\n1001 new", lines + "last",
+                             all.substr(0, 9)}) {
+            ASSERT_TRUE(killed(size));
+            writeFile(path, other);
+            ASSERT_GT(getxattr(path.c_str(), "user.kvr2.block-end", nullptr, 0), 0) << "written over, not made anew";
+            expect(other, false);
         }
     }
+}
+
+// A record comes back as it was written, or is refused.
+TEST(LineSequential, RecordsThatLookLikeLineEnds)
+{
+    TemporaryDirectory directory;
+    const FileAttributes attributes = {.longest = 10, .shortest = 0};
+    CompiledFile file("lsq-" + directory.file("t"), attributes);
+    for (string text : {"a\r", "\r", "a\r\r", "a\rb", "\rb", "a\r  ", "a\nb", "ninebytes\r", "", "a"})
+        for (uint32_t option : {0u, uint32_t(ZVK_REQUEST_AFTER), uint32_t(ZVK_REQUEST_BEFORE)}) {
+            ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+            string status = file.write(text, {.options = option, .advance = 1});
+            ASSERT_EQ(file.write("second", {.options = option, .advance = 1}), "00");
+            ASSERT_EQ(file.close(), "00");
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            if (option == ZVK_REQUEST_AFTER) file.read(); // the line before the first
+            if (status == "00") {
+                EXPECT_EQ(file.read(), "00");
+                string blanks = pad(file.record(), 10);
+                EXPECT_EQ(blanks, pad(text, 10));
+            } else {
+                EXPECT_EQ(status, "30");
+            }
+            EXPECT_EQ(file.read(), "00");
+            EXPECT_EQ(file.record().substr(0, 6), "second");
+            file.close();
+        }
 }
 
 TEST(LineSequential, LinageCountsMixedAdvancing)

@@ -14,6 +14,9 @@
 
 using std::string;
 
+// The tests' files need no disk; those of the tests that do say so.
+inline const int durabilityOfTests = setenv("VFS_DURABILITY", "none", 1);
+
 inline string pad(string text, size_t size) { return text.append(size - text.size(), ' '); }
 
 inline const FileAttributes fixed10 = {.longest = 10, .shortest = 10};

@@ -1,0 +1,158 @@
+// Faults these tests are there to catch: a loss of power that takes what was promised, or that
+// leaves a store in which a record or a key is missing.
+//
+// The writes of a program are recorded with the moments at which they are forced. A cut leaves all
+// that was forced before it, and of the rest any part, in any order.
+#include <map>
+#include <random>
+#include <sys/stat.h>
+
+#include "failing_disk.h"
+#include "stored_files.h"
+
+namespace {
+
+string textOf(int n, char letter)
+{
+    char text[32];
+    snprintf(text, sizeof text, "%06d%c%03d%04d%06d", n, letter, n % 7, n, 0);
+    return text;
+}
+
+unsigned long inodeOf(const string &path)
+{
+    struct stat about;
+    return stat(path.c_str(), &about) == 0 ? about.st_ino : 0;
+}
+
+// The content of a file after a cut in front of write `end`.
+string afterCut(const std::vector<RecordedWrite> &writes, unsigned long inode, const string &before, size_t end,
+                std::mt19937 &random)
+{
+    size_t forced = 0;
+    for (size_t i = 0; i < end; ++i)
+        if (writes[i].inode == inode && writes[i].offset < 0) forced = i;
+    string content = before;
+    for (size_t i = 0; i < end; ++i) {
+        const RecordedWrite &one = writes[i];
+        if (one.inode != inode || one.offset < 0 || (i >= forced && random() % 3 == 0)) continue;
+        size_t at = static_cast<size_t>(one.offset);
+        if (content.size() < at + one.bytes.size()) content.resize(at + one.bytes.size());
+        content.replace(at, one.bytes.size(), one.bytes);
+    }
+    return content;
+}
+
+class PowerCut : public testing::TestWithParam<const char *> {};
+
+// A program that changes a shared file, or one that it has alone; `done` says after which write each
+// verb returned.
+TEST_P(PowerCut, LeavesAStoreOfOneCommit)
+{
+    std::mt19937 random(5);
+    setenv("VFS_DURABILITY", GetParam(), 1);
+    const bool commit = !strcmp(GetParam(), "commit");
+    for (bool alone : {false, true}) {
+        TemporaryDirectory directory;
+        const string path = directory.file("f"), store = path + ".mdb";
+        FileAttributes attributes = indexedFile();
+        if (alone) attributes.share = 3;
+        CompiledFile file("stl-" + path, attributes);
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        for (int n = 0; n < 60; ++n) ASSERT_LE(file.write(textOf(n, 'a')), "02");
+        ASSERT_EQ(file.close(), "00");
+        const string before = readFile(store);
+        const unsigned long inode = inodeOf(store);
+
+        // What the file should hold after each change.
+        std::vector<size_t> done;
+        std::vector<std::map<int, char>> states(1);
+        for (int n = 0; n < 60; ++n) states[0][n] = 'a';
+        std::vector<RecordedWrite> writes;
+        {
+            RecordingDisk disk;
+            ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+            for (int step = 0; step < 60; ++step) {
+                int n = static_cast<int>(random() % 80);
+                std::map<int, char> state = states.back();
+                string text = textOf(n, static_cast<char>('b' + step % 20));
+                if (!state.count(n)) {
+                    ASSERT_LE(file.write(text), "02");
+                    state[n] = text[6];
+                } else if (random() % 3) {
+                    ASSERT_LE(file.rewrite(text), "02");
+                    state[n] = text[6];
+                } else {
+                    file.move(text);
+                    ASSERT_EQ(file.verb(file.fcb->deleteRecord, {}), "00");
+                    state.erase(n);
+                }
+                states.push_back(state);
+                done.push_back(RecordingDisk::writes.size());
+            }
+            ASSERT_EQ(file.close(), "00");
+            writes = RecordingDisk::writes;
+        }
+        const size_t closed = writes.size();
+        ASSERT_GT(closed, 4u);
+        for (int round = 0; round < 150; ++round) {
+            size_t end = round ? random() % (closed + 1) : closed;
+            writeFile(store, afterCut(writes, inode, before, end, random));
+            string where = string(GetParam()) + (alone ? " alone" : " shared") + " cut at " + std::to_string(end);
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00") << where;
+            std::map<int, char> found[3];
+            for (uint32_t key = 0; key < 3; ++key) {
+                ASSERT_EQ(file.verb(file.fcb->start, {.relation = ZVK_RELATION_FIRST, .key = key}), "00") << where;
+                while (file.read(next) < "10") found[key][std::stoi(file.record().substr(0, 6))] = file.record()[6];
+                ASSERT_EQ(file.status(), "10") << where;
+                ASSERT_EQ(found[key], found[0]) << where << " key " << key;
+            }
+            file.close();
+            // `close`: the last change may still be under way to the disk.
+            size_t least = 0, most = 0;
+            while (most < done.size() && done[most] <= end) ++most;
+            if (!alone) least = commit || !most ? most : most - 1;
+            if (end == closed) least = states.size() - 1;
+            bool known = false;
+            for (size_t i = least; i < states.size(); ++i) known |= states[i] == found[0];
+            ASSERT_TRUE(known) << where << ": no state of after verb " << least;
+        }
+    }
+    setenv("VFS_DURABILITY", "none", 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Durabilities, PowerCut, testing::Values("close", "commit"));
+
+// CLOSE forces what the other kinds of files hold.
+TEST(Durability, CloseForcesTheData)
+{
+    std::mt19937 random(5);
+    setenv("VFS_DURABILITY", "close", 1);
+    for (string kind : {"rsd-", "wbr-", "lsq-", "stl-", "relative"})
+        for (uint16_t mode : {uint16_t{ZVK_OPEN_EXTEND}, uint16_t{ZVK_OPEN_IO}}) {
+            if (mode == ZVK_OPEN_IO && kind == "lsq-") continue;
+            TemporaryDirectory directory;
+            const string path = directory.file("f");
+            CompiledFile file((kind == "relative" ? "stl-" : kind) + path,
+                              kind == "relative" ? relativeFile(sequentialAccess) : fixed10);
+            ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+            ASSERT_EQ(file.write("one"), "00");
+            ASSERT_EQ(file.close(), "00");
+            string before = readFile(path);
+            std::vector<RecordedWrite> writes;
+            {
+                RecordingDisk disk;
+                ASSERT_EQ(file.open(mode), "00");
+                if (mode == ZVK_OPEN_IO) file.read(next);
+                EXPECT_EQ(mode == ZVK_OPEN_IO ? file.rewrite("new") : file.write("two"), "00");
+                EXPECT_EQ(file.close(), "00");
+                writes = RecordingDisk::writes;
+            }
+            for (int round = 0; round < 10; ++round)
+                EXPECT_EQ(afterCut(writes, inodeOf(path), before, writes.size(), random), readFile(path)) << kind;
+            EXPECT_NE(readFile(path), before);
+        }
+    setenv("VFS_DURABILITY", "none", 1);
+}
+
+} // namespace

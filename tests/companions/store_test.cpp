@@ -1,0 +1,265 @@
+// Faults these tests are there to catch: a store of an indexed file that runs out of places for
+// readers, that grows without bound beside a reader that does nothing, that two programs write
+// without seeing each other, or whose damage overruns a buffer.
+#include <lmdb.h>
+#include <memory>
+#include <sys/stat.h>
+
+#include "stored_files.h"
+
+namespace {
+
+const FileAttributes plain = {
+    .longest = 20, .shortest = 20, .organization = ZVK_FILE_INDEXED, .access = 0, .keys = {{6, 0, 0, {}}}};
+
+string keyed(int n) { return std::to_string(100000 + n) + "record"; }
+
+void makeFile(CompiledFile &file, int records)
+{
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    for (int n = 0; n < records; ++n) ASSERT_EQ(file.write(keyed(n)), "00");
+    ASSERT_EQ(file.close(), "00");
+}
+
+off_t sizeOf(const string &path)
+{
+    struct stat about;
+    return stat(path.c_str(), &about) == 0 ? about.st_size : -1;
+}
+
+TEST(Store, HundredsOfReaders)
+{
+    TemporaryDirectory directory;
+    CompiledFile made("stl-" + directory.file("i"), plain);
+    makeFile(made, 3);
+    std::vector<std::unique_ptr<CompiledFile>> readers;
+    for (int n = 0; n < 300; ++n) {
+        readers.push_back(std::make_unique<CompiledFile>("stl-" + directory.file("i"), plain));
+        ASSERT_EQ(readers.back()->open(ZVK_OPEN_INPUT), "00") << n;
+        ASSERT_EQ(readers.back()->read(next), "00") << n << reason(*readers.back());
+    }
+    for (auto &reader : readers) EXPECT_EQ(reader->close(), "00");
+}
+
+// All places are taken by readers that live: the status says so, and is not that of a damaged
+// store.
+TEST(Store, NoPlaceForAReaderIsTold)
+{
+    TemporaryDirectory directory;
+    CompiledFile file("stl-" + directory.file("i"), plain);
+    makeFile(file, 3);
+    int ready[2], done[2];
+    ASSERT_EQ(pipe(ready) + pipe(done), 0);
+    pid_t holder = fork();
+    if (holder == 0) {
+        close(done[1]);
+        MDB_env *env;
+        mdb_env_create(&env);
+        mdb_env_set_maxreaders(env, 1);
+        bool good = mdb_env_open(env, (directory.file("i") + ".mdb").c_str(), MDB_NOSUBDIR | MDB_NOTLS, 0666) == 0;
+        MDB_txn *txn;
+        while (good && mdb_txn_begin(env, nullptr, MDB_RDONLY, &txn) == 0) {
+        }
+        char byte = good;
+        if (write(ready[1], &byte, 1) != 1) _exit(1);
+        _exit(static_cast<int>(read(done[0], &byte, 1)));
+    }
+    char byte = 0;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    ASSERT_EQ(byte, 1);
+    EXPECT_EQ(file.open(ZVK_OPEN_INPUT), "93");
+    EXPECT_EQ(file.fcb->fs2, 130u);
+    close(done[0]);
+    close(done[1]);
+    close(ready[0]);
+    close(ready[1]);
+    waitpid(holder, nullptr, 0);
+    EXPECT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    EXPECT_EQ(file.close(), "00");
+}
+
+// A reader that waits for its user does not hold back the pages that it has read.
+TEST(Store, IdleReaderDoesNotMakeItGrow)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("i");
+    Peer idle("stl-" + path, plain);
+    CompiledFile file("stl-" + path, plain);
+    makeFile(file, 2000);
+    ASSERT_EQ(idle.open(ZVK_OPEN_INPUT), "00");
+    for (int n = 0; n < 50; ++n) ASSERT_EQ(idle.read(next), "00");
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    for (int n = 0; n < 300; ++n) ASSERT_EQ(file.rewrite(keyed(n * 7 % 2000)), "00");
+    off_t size = sizeOf(path + ".mdb");
+    for (int n = 0; n < 3000; ++n) ASSERT_EQ(file.rewrite(keyed(n * 7 % 2000)), "00");
+    EXPECT_LE(sizeOf(path + ".mdb"), size + size / 2);
+    for (int n = 50; n < 2000; ++n) {
+        ASSERT_EQ(idle.read(next), "00");
+        ASSERT_EQ(idle.record().substr(0, 6), keyed(n).substr(0, 6));
+    }
+    EXPECT_EQ(idle.read(next), "10");
+    EXPECT_EQ(file.close(), "00");
+}
+
+// What was read ahead is not old news for long, and a change of direction or of place drops it.
+TEST(Store, ReadAheadFollowsTheFile)
+{
+    TemporaryDirectory directory;
+    Peer reader("stl-" + directory.file("i"), plain);
+    CompiledFile file("stl-" + directory.file("i"), plain);
+    makeFile(file, 400);
+    ASSERT_EQ(reader.open(ZVK_OPEN_INPUT), "00");
+    auto at = [&](int n) { EXPECT_EQ(reader.record().substr(0, 6), keyed(n).substr(0, 6)); };
+    for (int n = 0; n < 100; ++n) ASSERT_EQ(reader.read(next), "00"), at(n);
+    for (int n = 98; n >= 50; --n) ASSERT_EQ(reader.read(previous), "00"), at(n);
+    for (int n = 51; n < 90; ++n) ASSERT_EQ(reader.read(next), "00"), at(n);
+    ASSERT_EQ(reader.read(keyed(200)), "00");
+    ASSERT_EQ(reader.read(next), "00"), at(201);
+    ASSERT_EQ(reader.start(keyed(300), {.relation = ZVK_RELATION_EQUAL}), "00");
+    for (int n = 300; n < 320; ++n) ASSERT_EQ(reader.read(next), "00"), at(n);
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    for (int n = 320; n < 399; ++n) {
+        file.move(keyed(n));
+        ASSERT_EQ(file.verb(file.fcb->deleteRecord, {}), "00");
+    }
+    EXPECT_EQ(file.close(), "00");
+    usleep(1'200'000);
+    ASSERT_EQ(reader.read(next), "00"), at(399);
+    EXPECT_EQ(reader.read(next), "10");
+}
+
+// The address space of a store grows while two programs have it open.
+TEST(Store, GrowsBeyondItsAddressSpace)
+{
+    TemporaryDirectory directory;
+    setenv("VFS_INDEXED_MAP", "1", 1);
+    FileAttributes attributes = plain;
+    attributes.longest = attributes.shortest = 150;
+    Peer other("stl-" + directory.file("i"), attributes);
+    CompiledFile file("stl-" + directory.file("i"), attributes);
+    makeFile(file, 0);
+    ASSERT_EQ(other.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    for (int n = 0; n < 20000; ++n) ASSERT_EQ(file.write(keyed(n)), "00") << n << reason(file);
+    for (int n = 0; n < 20000; n += 1000) EXPECT_EQ(other.read(keyed(n)), "00") << n;
+    EXPECT_EQ(other.write(keyed(20000)), "00");
+    file.move(keyed(20000));
+    EXPECT_EQ(file.read(), "00");
+    EXPECT_EQ(file.close(), "00");
+    EXPECT_EQ(other.close(), "00");
+    // One that has it alone commits before its batch is larger than the room.
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    for (int n = 0; n < 20000; ++n) ASSERT_EQ(file.write(keyed(n)), "00") << n << reason(file);
+    EXPECT_EQ(file.close(), "00");
+    EXPECT_GT(sizeOf(directory.file("i") + ".mdb"), 3 << 20);
+    unsetenv("VFS_INDEXED_MAP");
+}
+
+// Lengths of entries in a page that something else has written: a status, and no byte beyond a
+// buffer.
+TEST(Store, DamagedLengthsAreAStatus)
+{
+    TemporaryDirectory directory;
+    CompiledFile file("stl-" + directory.file("i"), plain);
+    makeFile(file, 3);
+    const string path = directory.file("i") + ".mdb";
+    const string whole = readFile(path);
+    for (uint16_t length : {uint16_t(0xFFFF), uint16_t(513), uint16_t(100), uint16_t(7), uint16_t(5), uint16_t(0)})
+        for (int record = 0; record < 3; ++record) {
+            // A node of a page: ..., length of the key in two bytes, the key.
+            string damaged = whole;
+            int found = 0;
+            for (size_t at = 0; (at = damaged.find(keyed(record).substr(0, 6) + keyed(record), at + 1)) != string::npos;
+                 ++found)
+                memcpy(&damaged[at - 2], &length, 2);
+            ASSERT_GT(found, 0);
+            writeFile(path, damaged);
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            for (uint8_t relation : {ZVK_RELATION_FIRST, ZVK_RELATION_NOT_LESS, ZVK_RELATION_LAST}) {
+                file.move("100000");
+                string status = file.verb(file.fcb->start, {.relation = relation});
+                while (status == "00" && (status = file.read(next)) == "00") EXPECT_EQ(file.record().size(), 20u);
+            }
+            file.close();
+            string opened = file.open(ZVK_OPEN_EXTEND);
+            if (opened < "10") file.close();
+            // The entry itself is never delivered.
+            ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+            int good = 0;
+            while (file.read(next) < "10") ++good;
+            EXPECT_EQ(file.status(), "30") << length << " " << record;
+            EXPECT_EQ(good, record);
+            file.close();
+        }
+}
+
+TEST(Store, SymbolicLinkIsTheFile)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("i"), link = directory.file("link");
+    ASSERT_EQ(symlink("i", link.c_str()), 0);
+    Peer direct("stl-" + path, plain);
+    CompiledFile file("stl-" + link, plain);
+    for (bool made : {false, true}) { // the link leads to nothing, or to a file
+        makeFile(file, 3);
+        EXPECT_EQ(sizeOf(link + ".mdb"), -1) << made;
+        ASSERT_EQ(direct.open(ZVK_OPEN_IO), "00");
+        ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+        EXPECT_EQ(direct.write(keyed(7)), "00");
+        file.move(keyed(7));
+        EXPECT_EQ(file.read(), "00");
+        EXPECT_EQ(direct.rewrite(keyed(7)), "99");
+        EXPECT_EQ(file.close(), "00");
+        EXPECT_EQ(direct.close(), "00");
+    }
+}
+
+// The lock file, or the file itself, goes while a program has it open. What it then writes would be
+// seen by nobody, or would meet another writer unseen: it is told.
+TEST(Store, RemovedFilesNeverHideAWriter)
+{
+    for (const char *gone : {".mdb-lock", "", ".mdb"})
+        for (bool alone : {false, true}) {
+            TemporaryDirectory directory;
+            const string path = directory.file("i"), where = string(gone) + (alone ? " alone" : "");
+            FileAttributes attributes = plain;
+            if (alone) attributes.share = 3;
+            CompiledFile file("stl-" + path, attributes), other("stl-" + path, plain);
+            makeFile(file, 3);
+            ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+            ASSERT_EQ(file.rewrite(keyed(1)), "00");
+            string removed = path + gone;
+            if (alone && !strcmp(gone, ".mdb-lock")) continue; // it has none
+            ASSERT_EQ(unlink(removed.c_str()), 0) << removed;
+            pid_t child = fork(); // another program makes what it needs
+            if (child == 0) {
+                bool good = other.open(*gone == '.' && gone[4] ? ZVK_OPEN_IO : ZVK_OPEN_OUTPUT) == "00";
+                good = good && other.write(keyed(5)) == "00";
+                _exit(good && other.close() == "00" ? 0 : 1);
+            }
+            int ending;
+            waitpid(child, &ending, 0);
+            // The file itself is still locked by the program that has it open.
+            bool refused = !strcmp(gone, ".mdb");
+            EXPECT_EQ(WEXITSTATUS(ending), refused ? 1 : 0) << where;
+            string status = file.write(keyed(8));
+            if (alone) {
+                EXPECT_EQ(status, "00") << where;
+                EXPECT_EQ(file.close(), "30") << where;
+            } else {
+                EXPECT_EQ(status, "30") << where;
+                EXPECT_NE(reason(file).find("replaced"), string::npos) << where;
+                EXPECT_EQ(file.read(next), "30") << where;
+                file.close();
+            }
+            if (refused) continue;
+            ASSERT_EQ(other.open(ZVK_OPEN_INPUT), "00") << where;
+            EXPECT_EQ(other.read(next), "00");
+            int count = 1;
+            while (other.read(next) == "00") ++count;
+            EXPECT_EQ(count, *gone ? 4 : 1) << where;
+            other.close();
+        }
+}
+
+} // namespace
