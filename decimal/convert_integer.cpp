@@ -159,6 +159,15 @@ void writePacked(uint64_t value, bool negative, uint8_t *dst, int32_t digits)
         Pckd::write(dst, digits, digitsOf(u128{value}), negative);
 }
 
+// Whether nothing but zeros is left of a number in so many digits.
+bool losesAll(uint64_t magnitude, int32_t digits)
+{
+    if (digits > 19) return magnitude == 0;
+    uint64_t unit = 1;
+    for (int32_t i = 0; i < digits && unit <= magnitude; i++) unit *= 10;
+    return unit <= magnitude && magnitude % unit == 0;
+}
+
 template <class Integer, class Form>
 struct FromBinary {
     Integer value;
@@ -174,6 +183,7 @@ struct FromBinary {
     {
         bool negative = value < 0;
         uint64_t magnitude = negative ? -static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+        if (negative && losesAll(magnitude, dn)) negative = false; // a zero is positive
         if constexpr (isPacked<Form>)
             writePacked(magnitude, negative, dst, dn);
         else if (dn > 0)

@@ -47,13 +47,14 @@ struct Copy {
     }
     uint8_t *work(uint32_t mode) const
     {
+        const uint8_t sign = sn > 0 ? copiedSign<Form>(src, sn) : uint8_t{0};
         if constexpr (isPacked<Form>) {
             zvkBcdMovePacked(src, sn, dst, dn);
         } else {
             if (dn < 1 || sn < 1) return dst;
             zvkBcdMoveZoned(Form::digits(src), sn, Form::digits(dst), dn);
         }
-        AfterCopy<Form>::finish(src, sn, dst, dn, mode & ZVK_BCD_KEEP_NEG_ZERO);
+        AfterCopy<Form>::finish(sign, dst, dn, mode & ZVK_BCD_KEEP_NEG_ZERO);
         return dst;
     }
     void dumpResult(const uint8_t *) const { dumpCopied("res:", dst, dn, shownBytes<Form>(dn)); }

@@ -10,7 +10,15 @@
 
 namespace bcd {
 
-// What follows the move, by form. `item` is the whole destination.
+// The byte that carries the source's sign; read before the move, since the items may overlap.
+template <class Form>
+uint8_t copiedSign(const uint8_t *src, int32_t sn)
+{
+    if constexpr (requires { Form::signByte(src, sn); }) return *Form::signByte(src, sn);
+    return 0;
+}
+
+// What follows the move, by form: `sign` is what copiedSign gave, `item` the whole destination.
 template <class Form>
 struct AfterCopy;
 
@@ -18,7 +26,7 @@ template <>
 struct AfterCopy<forms::Pckd> {
     static constexpr const char *copyTitle = "Copy packed ...";
 
-    static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
+    static void finish(uint8_t, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
         if (!keepNegativeZero && packedIsNegative(item, n) && zvkBcdIsZeroPacked(item, n))
             item[packedBytes(n) - 1] = kPlus;
@@ -28,7 +36,7 @@ struct AfterCopy<forms::Pckd> {
 template <>
 struct AfterCopy<forms::ZndTO> {
     static constexpr const char *copyTitle = "Copy zoned ...";
-    static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
+    static void finish(uint8_t, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
         if (!keepNegativeZero && forms::ZndTO::negative(item, n) && zvkBcdIsZeroZoned(item, n)) cleanLast(item, n);
     }
@@ -46,10 +54,10 @@ struct AfterCopy<forms::ZndLO> {
             zone == 0x30 || zone == 0x70 || zone == 0xC0 || zone == 0xD0 || zone == 0xF0 || kOverpunch[byte].valid;
         return known ? zoneOf(overpunchIsNegative(byte)) : uint8_t{0};
     }
-    static void finish(const uint8_t *src, int32_t, uint8_t *item, int32_t n, bool keepNegativeZero)
+    static void finish(uint8_t sign, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
         if (n > 1) cleanLast(item, n);
-        item[0] = static_cast<uint8_t>(zoneFrom(src[0]) | (overpunchDigit(item[0]) & 0x0F));
+        item[0] = static_cast<uint8_t>(zoneFrom(sign) | (overpunchDigit(item[0]) & 0x0F));
         if (!keepNegativeZero && forms::ZndLO::negative(item, n) && zvkBcdIsZeroZoned(item, n))
             item[0] = zonedDigit(item[0]);
     }
@@ -58,17 +66,16 @@ struct AfterCopy<forms::ZndLO> {
 template <>
 struct AfterCopy<forms::ZndUS> {
     static constexpr const char *copyTitle = "Copy zoned us...";
-    static void finish(const uint8_t *, int32_t, uint8_t *item, int32_t n, bool) { cleanLast(item, n); }
+    static void finish(uint8_t, uint8_t *item, int32_t n, bool) { cleanLast(item, n); }
 };
 
 template <class Form>
 struct AfterSeparateCopy {
-    static void finish(const uint8_t *src, int32_t sn, uint8_t *item, int32_t n, bool keepNegativeZero)
+    static void finish(uint8_t sign, uint8_t *item, int32_t n, bool keepNegativeZero)
     {
-        uint8_t &sign = *Form::signByte(item, n);
-        sign = *Form::signByte(src, sn);
         cleanLast(Form::digits(item), n);
         if (!keepNegativeZero && sign == '-' && zvkBcdIsZeroZoned(Form::digits(item), n)) sign = '+';
+        *Form::signByte(item, n) = sign;
     }
 };
 template <>

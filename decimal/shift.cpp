@@ -187,6 +187,7 @@ struct Shift {
     {
         constexpr bool round = direction == Direction::RightRounded;
         if (!isPacked<Form> && (sn < 1 || dn < 1)) return dst;
+        const uint8_t sign = sn > 0 ? copiedSign<Form>(src, sn) : uint8_t{0};
         if constexpr (isPacked<Form>) {
             if constexpr (direction == Direction::Left)
                 zvkBcdShiftLeftPacked(src, sn, dst, dn, shift);
@@ -198,7 +199,7 @@ struct Shift {
             else
                 zvkBcdShiftRightZoned(Form::digits(src), sn, Form::digits(dst), dn, shift, round);
         }
-        AfterCopy<Form>::finish(src, sn, dst, dn, mode & ZVK_BCD_KEEP_NEG_ZERO);
+        AfterCopy<Form>::finish(sign, dst, dn, mode & ZVK_BCD_KEEP_NEG_ZERO);
         return dst;
     }
     // The label of zoned results is "op2" on purpose.

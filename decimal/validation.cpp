@@ -21,7 +21,6 @@
 namespace {
 
 using bcd::all;
-using bcd::load;
 
 template <class T>
 bool packedWordIsBad(T word)

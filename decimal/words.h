@@ -1,4 +1,4 @@
-// Big-endian loads and stores of a few bytes at any alignment.
+// Words of digits: items of a few bytes loaded as one number.
 //
 // Decimal items are big-endian digit strings of odd lengths. An item of up to 16 bytes is loaded as
 // one right-aligned number by two loads that overlap in the middle (an item of 11 bytes: bytes 0 to
@@ -6,12 +6,11 @@
 // way.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-static_assert(std::endian::native == std::endian::little, "the loads reverse bytes");
+#include "base/bytes.h"
 
 namespace bcd {
 
@@ -22,37 +21,6 @@ template <class T>
 constexpr T all(uint8_t byte)
 {
     return static_cast<T>((u128{0x0101010101010101u} << 64 | 0x0101010101010101u) * byte);
-}
-
-// In memory order.
-template <class T>
-inline T load(const uint8_t *p)
-{
-    T value;
-    memcpy(&value, p, sizeof value);
-    return value;
-}
-
-template <class T>
-inline void store(uint8_t *p, T value)
-{
-    memcpy(p, &value, sizeof value);
-}
-
-inline uint64_t reversed(uint64_t value) { return __builtin_bswap64(value); }
-inline uint32_t reversed(uint32_t value) { return __builtin_bswap32(value); }
-inline uint16_t reversed(uint16_t value) { return __builtin_bswap16(value); }
-inline uint8_t reversed(uint8_t value) { return value; }
-
-template <class T>
-inline T loadBig(const uint8_t *p)
-{
-    return reversed(load<T>(p));
-}
-template <class T>
-inline void storeBig(uint8_t *p, T value)
-{
-    store<T>(p, reversed(value));
 }
 
 // Eight digits from a nibble each to a byte each, "12 34 56 78" to "01 02 03 04 05 06 07 08", and

@@ -207,12 +207,66 @@ void negate(Packed<digits> &item)
     _zvkcBCD_NEG_Pckd(old.bytes, item.bytes, digits, digits);
 }
 
-// Class test NUMERIC of an unsigned DISPLAY item. The library's own class tests do not exist yet.
+// Class test NUMERIC of a text, or of an unsigned item: digits and nothing else, which is a class
+// of the program's own to the library. Its class test of zoned items lets signs pass in the end
+// bytes.
 inline bool isNumeric(const void *item, size_t size)
 {
-    for (size_t i = 0; i < size; i++)
-        if (static_cast<const uint8_t *>(item)[i] < '0' || static_cast<const uint8_t *>(item)[i] > '9') return false;
-    return true;
+    static constexpr auto notDigits = [] {
+        struct {
+            uint8_t mark[256];
+        } table{};
+        for (int i = 0; i < 256; i++) table.mark[i] = i < '0' || i > '9';
+        return table;
+    }();
+    return _zvkcClasUserDef(static_cast<const uint8_t *>(item), static_cast<int32_t>(size), notDigits.mark);
+}
+
+// ---- UNSTRING and INSPECT
+
+// MOVE SPACES TO items.
+template <class... Items>
+void moveSpaces(Items &...items)
+{
+    (memset(items.bytes, ' ', sizeof items.bytes), ...);
+}
+
+// UNSTRING ... DELIMITED BY each of the characters INTO texts.
+template <size_t count, class... Items>
+void unstring(const void *source, size_t length, const char (&delimiters)[count], Items &...items)
+{
+    struct {
+        UnstringBlock head;
+        UnstringDelimiter more[count];
+    } block{};
+    UnstringTarget targets[sizeof...(Items)] = {};
+    size_t next = 0;
+    ((targets[next].address = items.bytes, targets[next++].size = sizeof items.bytes), ...);
+    block.head.source = source;
+    block.head.sourceLength = length;
+    block.head.delimiterCount = count - 1;
+    block.head.targetCount = sizeof...(Items);
+    for (size_t i = 0; i + 1 < count; i++) {
+        UnstringDelimiter &delimiter = i == 0 ? block.head.delimiters[0] : block.more[i - 1];
+        delimiter = {&delimiters[i], 1, 0, 0};
+    }
+    uint32_t overflow = 0;
+    _zvkcUnString(&block.head, targets, nullptr, &overflow);
+}
+
+// INSPECT ... TALLYING FOR ALL literal.
+template <size_t size>
+int64_t tallyAll(Text<size> &item, const char *literal)
+{
+    uint64_t counter = 0;
+    InspectBlock block{};
+    block.phraseCount = 1;
+    block.length = size;
+    block.data = item.bytes;
+    block.phrases[0].result = {ZVK_INSPECT_TALLYING, 0, sizeof counter, &counter};
+    block.phrases[0].compared = {0, 0, strlen(literal), const_cast<char *>(literal)};
+    _zvkcInspect(&block);
+    return static_cast<int64_t>(counter);
 }
 
 // ---- Edited moves

@@ -6,6 +6,7 @@
 // next name follows.
 #include "fileio/concatenation.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -96,12 +97,14 @@ void endWalk(ZvkConcatenation *record)
 ZvkConcatenation *_zvk_Concat_Check(char *name, uint32_t *isConcat, uint32_t create, uint32_t *prefix)
 {
     *isConcat = 0;
+    errno = 0;
     if (hasSplit(name)) {
         *isConcat = 1;
         return split(name, prefix);
     }
     char *file = nullptr;
     int32_t kind = ask(name, &file, create, reinterpret_cast<const char *>(prefix));
+    if (kind == 0 && errno != ENOMEM) return nullptr;
     ZvkConcatenation *record = nullptr;
     if (kind == kOneFile && file) {
         record = split(file, prefix);
@@ -109,6 +112,7 @@ ZvkConcatenation *_zvk_Concat_Check(char *name, uint32_t *isConcat, uint32_t cre
         *isConcat = 1;
         record = split(name, prefix);
     }
+    if (!record) errno = ENOMEM; // the name is no plain file's: a caller must not go on with it
     free(file);
     return record;
 }

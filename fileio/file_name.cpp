@@ -14,9 +14,11 @@
 #include <unistd.h>
 #include <wordexp.h>
 
+#include "base/environment.h"
 #include "fileio/file_slots.h"
 #include "fileio/file_status.h"
 #include "fileio/file_systems.h"
+#include "fileio/generation_catalogue.h"
 #include "frame/storage.h"
 
 namespace {
@@ -29,10 +31,7 @@ bool underServerRoot(const char *name) { return strncmp(name, kServerRoot, kServ
 // The wish of VFS_NO_FORCE_FS, read once at each of the two places that look at it.
 bool noForce(int &remembered)
 {
-    if (remembered < 0) {
-        const char *value = getenv("VFS_NO_FORCE_FS");
-        remembered = value && *value;
-    }
+    if (remembered < 0) remembered = environmentHas("VFS_NO_FORCE_FS");
     return remembered;
 }
 
@@ -53,22 +52,30 @@ char *trimmedCopy(const char *text, size_t length, size_t skip, bool *empty)
     return copy;
 }
 
-// Expands "~" and "$" without ever running a command. False if the name stands for several words.
-bool expandWords(char *&name)
+enum class Expansion { One, Several, NoStorage };
+
+// Expands "~" and "$" without ever running a command.
+Expansion expandWords(char *&name)
 {
-    if (name[0] != '~' && !strchr(name, '$')) return true;
+    if (name[0] != '~' && !strchr(name, '$')) return Expansion::One;
     wordexp_t words{};
-    if (wordexp(name, &words, WRDE_NOCMD) != 0) return true; // what cannot be expanded is a name as it stands
-    bool one = words.we_wordc == 1;
-    if (one) {
+    int rc = wordexp(name, &words, WRDE_NOCMD);
+    if (rc == WRDE_NOSPACE) {
+        wordfree(&words);
+        return Expansion::NoStorage;
+    }
+    if (rc != 0) return Expansion::One; // what cannot be expanded is a name as it stands
+    Expansion result = words.we_wordc > 1 ? Expansion::Several : Expansion::One;
+    if (words.we_wordc == 1) {
         if (char *expanded = strdup(words.we_wordv[0])) {
             free(name);
             name = expanded;
+        } else {
+            result = Expansion::NoStorage;
         }
     }
-    bool several = words.we_wordc > 1;
     wordfree(&words);
-    return !several;
+    return result;
 }
 
 // The assignment's text: the literal or the item's value, or the value of the environment variable
@@ -78,8 +85,8 @@ const char *assignedText(const FIB *fib, char *item, size_t *length, bool *prefi
     *length = fib->assignmentLength;
     *prefixAllowed = fib->attributes & (ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_ASSIGN_ITEM);
     if (!(fib->attributes & ZVK_FILE_ASSIGN_ENVIRONMENT) || !item) return fib->assignment;
-    const char *value = getenv(item);
-    if (!value || !*value) return fib->assignment;
+    const char *value = environmentText(item);
+    if (!value) return fib->assignment;
     *prefixAllowed = true;
     *length = strlen(value);
     return value;
@@ -121,9 +128,11 @@ void resolveConcatenation(FCB *fcb, const FIB *fib)
     memcpy(&prefix, fcb->prefix, 3);
     fcb->concatenation = _zvk_Concat_Check(fcb->fileName, &isConcat, wanted, &prefix);
     if (!fcb->concatenation) {
-        if (isConcat) zvkSetStatus(fcb, 33, 34);
+        // Without storage nobody knows what file the name stands for; its own text is not it.
+        if (isConcat || errno == ENOMEM) zvkSetStatus(fcb, isConcat ? 33 : 34, isConcat ? 34 : 0);
         return;
     }
+    if (zvkGdgMade()) fcb->state |= kGenerationMade;
     if (isConcat) fcb->state |= ZVK_FILE_CONCATENATED;
     const char *first = _zvk_Concat_Next(fcb->concatenation);
     if (!first) {
@@ -188,6 +197,10 @@ void zvkResolveName(FCB *fcb, const FIB *fib)
 {
     bool empty = false, prefixAllowed = false;
     char *item = trimmedCopy(fib->assignment, fib->assignmentLength, 0, &empty);
+    if (!item && !empty) {
+        zvkSetStatus(fcb, 34, 0); // the variable that it names could not be asked for
+        return;
+    }
     size_t length = 0;
     const char *text = assignedText(fib, item, &length, &prefixAllowed);
     // The prefix is looked for before blanks are dropped: "stl-" and blanks is a prefix with no
@@ -202,10 +215,10 @@ void zvkResolveName(FCB *fcb, const FIB *fib)
         zvkSetStatus(fcb, empty ? 95 : 34, empty ? 2 : 0);
         return;
     }
-    bool oneName = expandWords(name);
+    Expansion expansion = expandWords(name);
     zvkSetFileName(fcb, name, true);
-    if (!oneName) {
-        zvkSetStatus(fcb, 95, 0);
+    if (expansion != Expansion::One) {
+        zvkSetStatus(fcb, expansion == Expansion::Several ? 95 : 34, 0);
         return;
     }
     resolveConcatenation(fcb, fib);

@@ -18,5 +18,9 @@ void zvkResolveVolume(FCB *fcb, const FIB *fib);
 void zvkChooseByFile(FCB *fcb);
 void zvkAdaptName(FCB *fcb);
 
+// In FCB.state, from the resolution of a name to the end of OPEN: it entered a new generation into
+// its group's catalogue.
+constexpr uint32_t kGenerationMade = 0x00080000;
+
 // Sets code and canonical prefix.
 void zvkSetFileSystem(FCB *fcb, uint8_t code);

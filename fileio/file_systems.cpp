@@ -2,13 +2,13 @@
 #include "fileio/file_systems.h"
 
 #include <cctype>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
-#include <unistd.h>
 
+#include "base/environment.h"
+#include "frame/module_load.h"
 #include "frame/run_unit.h"
 #include "frame/upcalls.h"
 
@@ -42,33 +42,6 @@ constexpr FurtherPrefix kFurtherPrefixes[] = {
 constexpr FurtherPrefix kOptionCodes[] = {{"plx", kPlx}, {"wbr", kWbr}, {"rsd", kRsd}, {"psx", kPsx}, {"stl", kStl},
                                           {"lsq", kLsq}, {"hdk", kHdk}, {"rql", kRql}, {"jgt", kJgt}, {"nat", kLsq}};
 
-void *loadPath(const char *directory, const char *between, const char *file, int flags)
-{
-    char path[PATH_MAX];
-    int length = snprintf(path, sizeof path, "%s%s%s", directory, between, file);
-    if (length < 0 || static_cast<size_t>(length) >= sizeof path || access(path, R_OK | X_OK) != 0) return nullptr;
-    return dlopen(path, flags);
-}
-
-// `directory` plus the file; a "profiled" folder that has none that loads is followed by its
-// parent.
-void *loadFrom(const char *directory, const char *file, int flags)
-{
-    if (!directory || !*directory) return nullptr;
-    if (void *handle = loadPath(directory, "", file, flags)) return handle;
-    constexpr char profiled[] = "/profiled";
-    char parent[PATH_MAX];
-    size_t end = strlen(directory);
-    while (end && directory[end - 1] == '/') end--;
-    if (end < sizeof profiled - 1 || end >= sizeof parent ||
-        memcmp(directory + end - (sizeof profiled - 1), profiled, sizeof profiled - 1) != 0)
-        return nullptr;
-    end -= sizeof profiled - 1;
-    memcpy(parent, directory, end);
-    parent[end] = 0;
-    return loadPath(parent, "/", file, flags);
-}
-
 } // namespace
 
 ZvkFileSystem *zvkFileSystem(uint8_t code) { return code < 14 ? &systems[code] : &systems[kNoFileSystem]; }
@@ -93,16 +66,6 @@ uint8_t zvkDefaultCode()
     return kPlx;
 }
 
-void *zvkLoadModule(const char *file, int flags, const char *libDir, const char *installDir)
-{
-    void *handle = loadFrom(libDir, file, flags);
-    if (!handle) handle = dlopen(file, flags);
-    if (!handle) handle = loadFrom(installDir, file, flags);
-    if (!handle) handle = dlopen(file, flags);
-    if (!handle) fprintf(stderr, "dlopen(%s) error %s\n", file, dlerror());
-    return handle;
-}
-
 bool zvkReadyFileSystem(ZvkFileSystem *system)
 {
     if (system->init) return true;
@@ -111,8 +74,8 @@ bool zvkReadyFileSystem(ZvkFileSystem *system)
     dlerror();
     auto init = reinterpret_cast<FileModuleInit>(dlsym(handle, "_IO_Init"));
     if (!init) {
-        const char *debug = getenv("VFS_DEBUG_OPEN");
-        if (debug && *debug) fprintf(stderr, "dlsym(_IO_Init) in %s error=%s\n", system->module, dlerror());
+        if (environmentHas("VFS_DEBUG_OPEN"))
+            fprintf(stderr, "dlsym(_IO_Init) in %s error=%s\n", system->module, dlerror());
         dlclose(handle);
         return false;
     }

@@ -39,8 +39,5 @@ int zvkCodeOfPrefix(const char *prefix, size_t length);
 // The code that the option FILESYS stands for; an unknown one is replaced by "plx".
 uint8_t zvkDefaultCode();
 
-// Loads a module's shared object; null after a line on stderr. Also for the sort engine.
-void *zvkLoadModule(const char *file, int flags, const char *libDir, const char *installDir);
-
 // Makes the module of a code ready. False if there is none that works.
 bool zvkReadyFileSystem(ZvkFileSystem *system);

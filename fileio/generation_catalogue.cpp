@@ -15,6 +15,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/bytes.h"
+#include "base/environment.h"
 #include "frame/storage.h"
 
 namespace {
@@ -101,10 +103,10 @@ void detectFileSystem(GdgContext *context, const char *name, const Split &split)
 // The directory of catalogues for a file system that has none of its own.
 bool homeDirectory(const GdgContext *context, char (&directory)[1024])
 {
-    const char *home = getenv("gdg_home"), *fileSystem = zvkGdgFileSystemName(context->fsCode);
+    const char *home = environmentText("gdg_home"), *fileSystem = zvkGdgFileSystemName(context->fsCode);
     char root[512];
     int length;
-    if (home && *home)
+    if (home)
         length = snprintf(root, sizeof root, "%s", home);
     else if ((home = getenv("HOME")))
         length = snprintf(root, sizeof root, "%s/gdg/", home);
@@ -170,7 +172,7 @@ void swapOrder(GdgImage &image)
 {
     uint32_t words[1024];
     memcpy(words, &image, sizeof words);
-    for (uint32_t &word : words) word = __builtin_bswap32(word);
+    for (uint32_t &word : words) word = reversed(word);
     memcpy(&image, words, sizeof words);
     memcpy(image.magic, kMagic, sizeof kMagic);
     image.order = kOrder;
@@ -220,9 +222,16 @@ GdgContext *zvkGdgContext(const char *prefix)
     if (!context) return nullptr;
     context->fd = -1;
     context->generation = 0;
+    context->made = false;
     context->fsCode = codeOf(prefix);
     context->image.flags = 0;
     return context;
+}
+
+bool zvkGdgMade()
+{
+    const GdgContext *context = threadContext();
+    return context && context->made;
 }
 
 void zvkGdgReleaseFallback()

@@ -42,6 +42,7 @@ struct GdgContext {
     int32_t fd;
     int32_t generation; // 0 the whole group, -1 none
     uint32_t fsCode;
+    bool made; // the last question for a file's name entered a new generation
     GdgImage image;
     char baseName[1024];
     char cataloguePath[1024];
@@ -76,6 +77,12 @@ int GDG_add(GdgContext *context);
 
 // Roll-off: makes `room` for so many entries under the limit. 0 or -1.
 int GDG_empty(GdgContext *context, uint32_t room);
+
+// Whether this thread's last question for a file's name entered a new generation.
+bool zvkGdgMade();
+
+// Takes the entry of a generation back whose file was not made after all.
+void zvkGdgTakeBack(const char *file, const char *prefix);
 
 // Drops entries whose files are gone.
 void zvkGdgDropMissing(GdgContext *context);

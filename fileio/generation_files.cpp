@@ -13,15 +13,16 @@
 #include <string>
 #include <unistd.h>
 
+#include "base/shell_word.h"
 #include "fileio/generation_catalogue.h"
 
 namespace {
 
 std::string quoted(const std::string &text)
 {
-    std::string out = "'";
-    for (char c : text) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
+    std::string word(4 * text.size() + 3, 0);
+    quoteShellWord(text.c_str(), word.data(), word.size());
+    return word.c_str();
 }
 
 // Runs a command quietly; a failure counts as "no such file".

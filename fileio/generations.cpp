@@ -99,8 +99,19 @@ int resolveForFile(GdgContext *context, const char *name, bool create)
     if (rc == 1 && (!catalogueIsThere(context) || !create || context->generation < 1)) return 1;
     bool wholeGroup = rc == 0 && strcmp(context->fileName, context->baseName) == 0;
     if (wholeGroup || (rc == 0 && !create)) return 0;
+    uint32_t before = context->image.newest;
     if (GDG_add(context) != 0 || !zvkGdgFormName(context, static_cast<uint32_t>(context->generation))) return -1;
+    context->made = rc == 1 && context->image.newest != before;
     return 0;
+}
+
+// A catalogue that is there and cannot be used: the name is then a plain file's, and whoever looks
+// for the generation later must be able to read why there is none.
+void tellOfPlainFile(const GdgContext *context, const char *name, int error)
+{
+    if (context->cataloguePath[0] && access(context->cataloguePath, F_OK) == 0)
+        fprintf(stderr, "Warning: GDG catalogue %s cannot be used (%s). The output goes to a plain file, %s\n",
+                context->cataloguePath, strerror(error), name);
 }
 
 } // namespace
@@ -109,12 +120,38 @@ int32_t GDS_Name(const char *name, char **result, uint32_t create, const char *p
 {
     if (result) *result = nullptr;
     GdgContext *context = zvkGdgContext(prefix);
-    if (!context || !name) return 0;
+    // The answer's block comes first: an entry whose name cannot be handed out is one too many.
+    char *answer = context && result ? static_cast<char *>(malloc(sizeof context->fileName)) : nullptr;
+    if (!context || !name || (result && !answer)) {
+        free(answer);
+        errno = ENOMEM;
+        return 0;
+    }
+    errno = 0;
     int rc = resolveForFile(context, name, create);
     if (context->fd >= 0 && GDG_close(context) != 0) rc = -1; // an entry that could not be written is none
-    if (rc != 0) return 0;
-    if (result) *result = strdup(context->fileName);
+    if (rc != 0) {
+        if (rc < 0 && create) tellOfPlainFile(context, name, errno ? errno : EINVAL);
+        free(answer);
+        errno = 0;
+        return 0;
+    }
+    if (result) *result = strcpy(answer, context->fileName);
     return strcmp(context->fileName, context->baseName) == 0 ? -1 : 1;
+}
+
+void zvkGdgTakeBack(const char *file, const char *prefix)
+{
+    GdgContext *context = zvkGdgContext(prefix);
+    if (!context) return;
+    // 1: the catalogue is open and the file is not there.
+    if (GDG_stat(context, file, -1) == 1 && context->fd >= 0)
+        for (uint32_t i = 0; i < context->image.entries; i++)
+            if (gdgNumber(context->image.entry[i]) == static_cast<uint32_t>(context->generation)) {
+                zvkGdgCloseUp(context, i, 1);
+                break;
+            }
+    finish(context, 0);
 }
 
 int32_t GDG_Create(char *name, int32_t limit, int32_t days, int32_t flags, const char *prefix)

@@ -3,20 +3,18 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/environment.h"
 #include "fileio/file_name.h"
 #include "fileio/file_slots.h"
 #include "fileio/file_status.h"
 #include "fileio/file_systems.h"
+#include "fileio/generation_catalogue.h"
 
 namespace {
 
 constexpr uint32_t kNoModuleText = 51; // variant of message 201: no file system could be found or loaded
 
-bool debugging()
-{
-    const char *value = getenv("VFS_DEBUG_OPEN");
-    return value && *value;
-}
+bool debugging() { return environmentHas("VFS_DEBUG_OPEN"); }
 
 const char *concatText(const FCB *fcb) { return fcb->state & ZVK_FILE_CONCATENATED ? "(concat)" : ""; }
 
@@ -130,6 +128,8 @@ void _zvkGenericOpen(FCB *fcb, IPCB *element)
 
     zvkStoreStatus(fcb, fib);
     zvkStoreFeedback(fcb, fib);
+    if ((fcb->state & kGenerationMade) && fcb->status > 9 && fcb->fileName) zvkGdgTakeBack(fcb->fileName, fcb->prefix);
+    fcb->state &= ~kGenerationMade;
     if (fcb->status > 9) {
         fcb->currentVerb = ZVK_VERB_OPEN;
         fcb->open = _zvkGenericOpen;

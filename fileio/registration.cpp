@@ -3,7 +3,9 @@
 //
 // An EXTERNAL file has one FCB for the run unit, made by the library when the first program names
 // it. Later programs get that FCB in place of their own, and their FIB is held against the first
-// one's: any difference in an attribute ends the run, with the list of what differs.
+// one's: any difference in an attribute ends the run, with the list of what differs. The first
+// FIB is kept as a copy, with the tables that its offsets point to, because its program may be
+// unloaded before the others.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -50,10 +52,12 @@ void freeFile(HashEntry *entry)
     if (fcb->state & ZVK_FILE_NAME_ALLOCATED) free(fcb->fileName);
     _zvk_Concat_Free(fcb->concatenation);
     free(fcb->recordArea);
+    free(fcb->fib);
     free(fcb);
     free(entry);
 }
 
+// Null without storage.
 HashTable *externalFiles()
 {
     Runcom *runcom = _zvkProccom->runcom;
@@ -62,7 +66,6 @@ HashTable *externalFiles()
         params.print = printFile;
         params.free = freeFile;
         runcom->externalFiles = HashTable_Create(&params);
-        if (!runcom->externalFiles) zvkNoStorage();
     }
     return runcom->externalFiles;
 }
@@ -155,14 +158,45 @@ void requireAgreement(const FCB *shared, const FIB *fib, const PCB *pcb)
     zvkWriteMsg(75, ZVK_MSG_SEVERE, fib->name, program, list);
 }
 
+constexpr size_t kRelativeKeySize = 36, kAttributeSize = 8;
+
+// A FIB and the tables that it has offsets of, in one block; null without storage.
+FIB *copyOf(const FIB *fib)
+{
+    struct Piece {
+        uint32_t FIB::*offset;
+        size_t size;
+    };
+    const Piece pieces[] = {{&FIB::keysOffset, size_t{fib->keyCount} * sizeof(FileKey)},
+                            {&FIB::relativeKeyOffset, kRelativeKeySize},
+                            {&FIB::attributeOffset, kAttributeSize},
+                            {&FIB::linageOffset, 4 * sizeof(FileLinageGroup)}};
+    size_t size = sizeof(FIB);
+    for (const Piece &piece : pieces) size += fib->*piece.offset ? (piece.size + 7) & ~size_t{7} : 0;
+    auto *copy = static_cast<FIB *>(zvkCalloc(1, size));
+    if (!copy) return nullptr;
+
+    *copy = *fib;
+    size_t next = sizeof(FIB);
+    for (const Piece &piece : pieces) {
+        if (!(fib->*piece.offset)) continue;
+        memcpy(reinterpret_cast<uint8_t *>(copy) + next, at(fib, fib->*piece.offset), piece.size);
+        copy->*piece.offset = static_cast<uint32_t>(next);
+        next += (piece.size + 7) & ~size_t{7};
+    }
+    return copy;
+}
+
+// The run unit's FCB of an EXTERNAL file, with a FIB of its own; null without storage.
 FCB *makeShared(const FIB *fib)
 {
     auto *fcb = static_cast<FCB *>(zvkCalloc(1, sizeof(FCB)));
     auto *area = static_cast<uint8_t *>(zvkCalloc(1, size_t{fib->maxRecord} + kAreaExtra));
-    if (!fcb || !area) {
+    FIB *copy = copyOf(fib);
+    if (!fcb || !area || !copy) {
         free(fcb);
         free(area);
-        zvkNoStorage();
+        free(copy);
         return nullptr;
     }
     linkRecordArea(fcb, area);
@@ -170,29 +204,31 @@ FCB *makeShared(const FIB *fib)
     fcb->sharing = 1;
     fcb->index = fib->index;
     fcb->maxRecord = fib->maxRecord;
+    zvkInitSlots(fcb, copy);
     return fcb;
 }
 
-void registerExternal(FCB *&fcb, FIB *fib, const PCB *pcb)
+bool registerExternal(FCB *&fcb, FIB *fib)
 {
     HashTable *table = externalFiles();
-    if (!table) return;
+    if (!table) return false;
     size_t length = strnlen(fib->name, sizeof fib->name);
     if (HashEntry *found = HashTable_Find(table, nullptr, fib->name, length, 0, 0)) {
         fcb = static_cast<FCB *>(found->value);
-        requireAgreement(fcb, fib, pcb);
     } else {
         FCB *made = makeShared(fib);
-        if (!made) return;
-        zvkInitSlots(made, fib);
-        if (!HashTable_Insert(table, nullptr, fib->name, length, made, 0, 0, 0)) {
-            zvkNoStorage();
-            return;
+        if (!made) return false;
+        if (!HashTable_Insert(table, nullptr, made->fib->name, length, made, 0, 0, 0)) {
+            free(made->recordArea);
+            free(made->fib);
+            free(made);
+            return false;
         }
         fcb = made;
     }
     if (fib->recordArea) *fib->recordArea = fcb->recordArea;
     fcb->state |= ZVK_FILE_FIB_OF_PROGRAM;
+    return true;
 }
 
 // The error routines do not look at the statement's request.
@@ -227,27 +263,46 @@ void zvkSetFileName(FCB *fcb, char *name, bool allocated)
         fcb->state &= ~static_cast<uint32_t>(ZVK_FILE_NAME_ALLOCATED);
 }
 
-void zvkRegisterFiles(int32_t count, FCB **fcbs, FIB **fibs, PCB *pcb)
+bool zvkRegisterFiles(int32_t count, FCB **fcbs, FIB **fibs)
 {
     for (int32_t i = 0; fcbs && fibs && i < count; i++) {
         if (!fibs[i]) continue;
-        if (fibs[i]->attributes & ZVK_FILE_EXTERNAL)
-            registerExternal(fcbs[i], fibs[i], pcb);
-        else if (fcbs[i])
+        if (fibs[i]->attributes & ZVK_FILE_EXTERNAL) {
+            if (!registerExternal(fcbs[i], fibs[i])) return false;
+        } else if (fcbs[i]) {
             registerOwn(fcbs[i], fibs[i]);
+        }
     }
+    return true;
+}
+
+void zvkCheckFiles(int32_t count, FCB **fcbs, FIB **fibs, const PCB *pcb)
+{
+    for (int32_t i = 0; fcbs && fibs && i < count; i++)
+        if (fcbs[i] && fibs[i] && (fibs[i]->attributes & ZVK_FILE_EXTERNAL)) requireAgreement(fcbs[i], fibs[i], pcb);
 }
 
 bool zvkFileIsOpen(const FCB *file) { return file->mode != 0; }
 
 bool zvkFileIsExternal(const FCB *file) { return file->fib && (file->fib->attributes & ZVK_FILE_EXTERNAL); }
 
+// Set while a run unit's end closes the file; not part of the public record's states.
+constexpr uint32_t kFileClosing = 0x00100000;
+
+bool zvkFileIsClosing(const FCB *file) { return file->state & kFileClosing; }
+
 void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures)
 {
+    if (useProcedures) {
+        if (file->close) file->close(file, element);
+        return;
+    }
     uint16_t before = file->closeOptions;
-    if (!useProcedures) file->closeOptions |= ZVK_CLOSE_NO_USE;
+    file->closeOptions |= ZVK_CLOSE_NO_USE;
+    file->state |= kFileClosing;
     if (file->close) file->close(file, element);
-    if (!useProcedures && !(before & ZVK_CLOSE_NO_USE)) file->closeOptions &= static_cast<uint16_t>(~ZVK_CLOSE_NO_USE);
+    file->state &= ~kFileClosing;
+    if (!(before & ZVK_CLOSE_NO_USE)) file->closeOptions &= static_cast<uint16_t>(~ZVK_CLOSE_NO_USE);
 }
 
 void zvkForgetFailedOpen(FCB *file)

@@ -5,18 +5,15 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/environment.h"
 #include "fileio/file_status.h"
-#include "frame/message_catalog.h"
 #include "frame/messages.h"
+#include "frame/messages/message_catalog.h"
 #include "kvr2/fileio.h"
 
 namespace {
 
-bool debugging()
-{
-    const char *value = getenv("VFS_DEBUG_ERROR");
-    return value && *value;
-}
+bool debugging() { return environmentHas("VFS_DEBUG_ERROR"); }
 
 // The module's text for FS2, or null.
 const char *moduleText(FCB *fcb)

@@ -32,6 +32,9 @@ void zvk_init();
 // program.
 void InitCobolRte(PCB *pcb);
 
+// A new record that is no run unit yet; null after message 907.
+Runcom *zvkMakeRunUnitRecord();
+
 // Starts a run unit: takes or makes a Runcom and makes it current. `pcb` is for the trace only.
 void RunUnitInit(PCB *pcb);
 

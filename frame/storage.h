@@ -3,9 +3,9 @@
 // All blocks are 16-byte aligned. Sizes come from callers unchecked: one that cannot be met, be it
 // so large that header and rounding would wrap around, fails like any other allocation, with null.
 //
-//   plain zvkAlloc, zvkCalloc; free with free() tracked on a list of the run unit while storage is
-//   tracked, so that the run unit's end frees all of it sized know their size; for code that was
-//   written against an allocator that could be asked
+//     plain     zvkAlloc, zvkCalloc; free with free()
+//     tracked   on a list of the run unit while storage is tracked, so that its end frees all of it
+//     sized     know their size; for code that was written against an allocator that could be asked
 #pragma once
 
 #include <cstddef>

@@ -26,8 +26,10 @@ struct ZvkThreadRecord {
     uint32_t engineFlags;
     uint32_t sortErrno;
     uint16_t active;
+    int32_t spillHandle;   // descriptor of the spill file that RETURN reads, plus 1; 0 none
+    const void *verbBlock; // of the sort under way, for what RETURN has to say
 };
-static_assert(sizeof(ZvkThreadRecord) == 144 && offsetof(ZvkThreadRecord, active) == 136);
+static_assert(sizeof(ZvkThreadRecord) == 152 && offsetof(ZvkThreadRecord, active) == 136);
 
 // size -1: this thread's record, or null if it has none; 0: the record, made if need be; otherwise
 // scratch of at least `size` bytes, whose old content is not kept. Null without a Proccom, and

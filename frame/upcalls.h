@@ -4,15 +4,21 @@
 
 #include "kvr2/run_unit.h"
 
-// fileio: makes the files of a program that is being registered known (slots are set, EXTERNAL
-// files shared). Message 75.
-void zvkRegisterFiles(int32_t count, FCB **fcbs, FIB **fibs, PCB *pcb);
+// fileio: makes the files of a program that is being registered known: slots are set, EXTERNAL
+// files shared. False without storage. zvkCheckFiles then holds what the program says of its
+// EXTERNAL files against what the first program said of them: message 75.
+bool zvkRegisterFiles(int32_t count, FCB **fcbs, FIB **fibs);
+void zvkCheckFiles(int32_t count, FCB **fcbs, FIB **fibs, const PCB *pcb);
 
 // fileio: whether a file is open, whether it is EXTERNAL, and its CLOSE through its own slot.
 // Without USE procedures for a run unit that ends.
 bool zvkFileIsOpen(const FCB *file);
 bool zvkFileIsExternal(const FCB *file);
 void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures);
+
+// fileio: whether a run unit's end has begun to close the file. When that CLOSE does not come back
+// (its module ended the process, say), the second end leaves the file alone.
+bool zvkFileIsClosing(const FCB *file);
 
 // fileio: gives back what a failed OPEN left in a file that is not open: with its program's code
 // the record goes, too.

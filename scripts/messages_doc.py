@@ -11,6 +11,7 @@ conversions of every text are of the kinds that its inserts have.
 import pathlib
 import re
 import sys
+import textwrap
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCE = ROOT / "messages" / "kvr2run.msg"
@@ -72,11 +73,18 @@ def readable(inserts):
     return ", ".join(re.findall(r"\(([^)]*)\)", inserts)) or "none"
 
 
+def wrapped(text):
+    """A paragraph of the page."""
+    yield textwrap.fill(text, width=100, break_long_words=False, break_on_hyphens=False) + "\n"
+
+
 def document(sets):
     yield "# Run-time messages\n"
     yield "Generated from `messages/kvr2run.msg` by `scripts/messages_doc.py`.\n"
-    yield "A message begins with `ZVK`, its number and the letter of its severity: I and W let the program go on (a W counts against the option"
-    yield "ERRCOUNT), S and C end the run unit. Some callers force another severity; what a verb does with a failure stands in its public header.\n"
+    yield from wrapped(
+        "A message begins with `ZVK`, its number and the letter of its severity: I and W let the program go on (a W "
+        "counts against the option ERRCOUNT), S and C end the run unit. Some callers force another severity; the "
+        "public header of a verb says what it does with a failure.")
     for each in sets:
         if each["number"] == 9999:
             continue
@@ -86,15 +94,16 @@ def document(sets):
         several = len(each["texts"]) > 1
         for variant, (_, text) in each["texts"].items():
             text = re.sub(r"%\.0s", "", text).strip()
+            text = text.replace("\n", " ")
             yield (f"- variant {variant - 1}: `{text}`" if several else f"`{text}`\n")
         if several:
             yield ""
         inserts = each["inserts"]
         if set(inserts) != {None} or inserts[None] != "none":
             rows = [f"{readable(value)}" + (f" (variant {variant - 1})" if variant else "") for variant, value in inserts.items()]
-            yield f"Inserts: {'; '.join(rows)}.\n"
-        yield f"Cause: {each['cause']}\n"
-        yield f"What to do: {each['action']}\n"
+            yield from wrapped(f"Inserts: {'; '.join(rows)}.")
+        yield from wrapped(f"Cause: {each['cause']}")
+        yield from wrapped(f"What to do: {each['action']}")
 
 
 def main():

@@ -11,8 +11,9 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include "fileio/file_systems.h"
+#include "base/environment.h"
 #include "frame/messages.h"
+#include "frame/module_load.h"
 #include "frame/run_unit.h"
 
 namespace {
@@ -31,8 +32,8 @@ SortEngine findEntry(void *library)
 
 void chooseTempDir()
 {
-    const char *directory = getenv("TMPDIR");
-    if (!directory || !*directory || access(directory, W_OK) != 0) directory = ".";
+    const char *directory = environmentText("TMPDIR");
+    if (!directory || access(directory, W_OK) != 0) directory = ".";
     char *copy = strdup(directory), *none = nullptr;
     if (!copy)
         zvkNoStorage();

@@ -12,26 +12,20 @@
 
 #include "kvr2/sort.h"
 
+#include "base/bytes.h"
 #include "frame/storage.h"
 #include "frame/thread_record.h"
 #include "sort/spill_file.h"
 
 namespace {
 
-constexpr uint16_t kReleaseFailed = 16, kAtEnd = 1;
+constexpr uint16_t kSortFailed = 16, kAtEnd = 1;
 constexpr uint32_t kLengthWord = 4;
 
 ZvkThreadRecord *sortRecord()
 {
     auto *record = static_cast<ZvkThreadRecord *>(zvkThreadScratch(-1));
     return record && record->buffer && record->spillPath && record->recordDesc ? record : nullptr;
-}
-
-uint32_t loadWord(const uint8_t *from)
-{
-    uint32_t word;
-    memcpy(&word, from, sizeof word);
-    return word;
 }
 
 bool spillBuffer(ZvkThreadRecord *record)
@@ -81,27 +75,30 @@ bool releaseRecord(ZvkThreadRecord *record, uint32_t length, const void *data)
     return true;
 }
 
-// The next chunk of the result; false at its end.
-bool refill(ZvkThreadRecord *record)
+// How a RETURN ends.
+enum class Returned { Record, AtEnd, Failed };
+
+// The next chunk of the result.
+Returned refill(ZvkThreadRecord *record)
 {
     if (record->spillPath[0]) {
-        uint64_t count = zvkReadSpill(record->spillPath, record->buffer, record->capacity, record->fileOffset);
+        uint64_t count;
+        if (!zvkReadSpill(record, record->buffer, record->capacity, record->fileOffset, &count))
+            return Returned::Failed;
+        zvkForgetSpillBelow(record, record->fileOffset);
         record->fileOffset += count;
-        if (count < record->capacity) {
-            unlink(record->spillPath);
-            record->spillPath[0] = 0;
-        }
+        if (count < record->capacity) zvkDropSpill(record);
         if (count == 0) {
             record->fill = 0;
-            return false;
+            return Returned::AtEnd;
         }
         record->capacity = count;
     } else if (record->fill == 0) {
-        return false;
+        return Returned::AtEnd;
     }
     record->fill = 0;
     record->cursor = record->buffer;
-    return true;
+    return Returned::Record;
 }
 
 // Bytes of the record at the cursor with its length word; more than any buffer holds if the word
@@ -110,7 +107,7 @@ uint64_t sizeAtCursor(const ZvkThreadRecord *record, const SortRecordDesc *desc)
 {
     if (desc->recordFormat != ZVK_SORT_VARIABLE) return desc->recordLength;
     if (record->capacity - static_cast<uint64_t>(record->fill) <= kLengthWord) return record->capacity + 1;
-    return loadWord(record->cursor);
+    return load<uint32_t>(record->cursor);
 }
 
 // A record at the start of a chunk that does not hold it: longer than the buffer, it goes from the
@@ -119,36 +116,40 @@ bool returnLongRecord(ZvkThreadRecord *record, uint64_t head, uint64_t size, voi
 {
     const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);
     if (record->fill != 0 || !record->spillPath[0] || size > desc->recordLength) return false;
-    uint64_t start = record->fileOffset - record->capacity + head;
-    if (zvkReadSpill(record->spillPath, static_cast<uint8_t *>(data), size, start) != size) return false;
+    uint64_t start = record->fileOffset - record->capacity + head, count;
+    if (!zvkReadSpill(record, static_cast<uint8_t *>(data), size, start, &count) || count != size) return false;
     record->fileOffset = start + size;
     return true;
 }
 
-// What is there is no result of an engine.
-bool endReturning(ZvkThreadRecord *record)
+// The sorted records cannot be read, or what is there is no result of an engine. It is not the end
+// of the data, and must not be taken for it.
+Returned fail(ZvkThreadRecord *record)
 {
-    if (record->spillPath[0]) unlink(record->spillPath);
-    record->spillPath[0] = 0;
+    zvkDropSpill(record);
     record->fill = 0;
-    return false;
+    return Returned::Failed;
 }
 
-bool returnRecord(ZvkThreadRecord *record, uint32_t *length, void *data)
+Returned returnRecord(ZvkThreadRecord *record, uint32_t *length, void *data)
 {
     const auto *desc = static_cast<const SortRecordDesc *>(record->recordDesc);
-    if (record->fill < 1 && !refill(record)) return false;
+    if (record->fill < 1) {
+        Returned filled = refill(record);
+        if (filled == Returned::Failed) return fail(record);
+        if (filled == Returned::AtEnd) return filled;
+    }
 
     uint64_t left = record->capacity - static_cast<uint64_t>(record->fill), head = 0, size = desc->recordLength;
     if (desc->recordFormat == ZVK_SORT_VARIABLE) {
         head = kLengthWord;
-        if (left < head || loadWord(record->cursor) < head) return endReturning(record);
-        size = loadWord(record->cursor) - head;
+        if (left < head || load<uint32_t>(record->cursor) < head) return fail(record);
+        size = load<uint32_t>(record->cursor) - head;
     }
     if (head + size > left) {
-        if (!returnLongRecord(record, head, size, data)) return endReturning(record);
+        if (!returnLongRecord(record, head, size, data)) return fail(record);
         *length = static_cast<uint32_t>(size);
-        return true;
+        return Returned::Record;
     }
     record->cursor += head;
     record->fill += static_cast<int64_t>(head);
@@ -164,7 +165,7 @@ bool returnRecord(ZvkThreadRecord *record, uint32_t *length, void *data)
         record->cursor = record->buffer;
     }
     if (static_cast<uint64_t>(record->fill) == record->capacity) record->fill = 0;
-    return true;
+    return Returned::Record;
 }
 
 uint32_t sortErrno(uint32_t *value)
@@ -180,13 +181,17 @@ uint32_t sortErrno(uint32_t *value)
 void _zvkRelease(uint32_t length, void *record, uint16_t *status)
 {
     ZvkThreadRecord *thread = sortRecord();
-    if (!thread || !releaseRecord(thread, length, record)) *status = kReleaseFailed;
+    if (!thread || !releaseRecord(thread, length, record)) *status = kSortFailed;
 }
 
 void _zvkReturn(uint32_t *length, void *record, uint16_t *status)
 {
     ZvkThreadRecord *thread = sortRecord();
-    if (!thread || !returnRecord(thread, length, record)) *status = kAtEnd;
+    Returned end = thread ? returnRecord(thread, length, record) : Returned::AtEnd;
+    if (end == Returned::AtEnd) *status = kAtEnd;
+    if (end != Returned::Failed) return;
+    *status = kSortFailed;
+    zvkReportReturnFailure(thread, ZVK_SORT_EREAD);
 }
 
 uint32_t ZVKGETSORTERRNO(uint32_t *value) { return sortErrno(value); }

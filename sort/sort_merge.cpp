@@ -74,6 +74,13 @@ void writeFailureMessage(const SortVerbBlock *block, uint32_t errorWord)
     zvkWriteMsg(26, 0, name, block->lineNumber, errorWord);
 }
 
+// A sort that failed has told so; RETURN then finds the end of the data at once.
+void leaveNothingToReturn(ZvkThreadRecord *record)
+{
+    zvkDropSpill(record);
+    record->fill = 0;
+}
+
 // The result of a statement: SORT-RETURN, message, error number.
 void finish(const SortVerbBlock *block, ZvkThreadRecord *record, int16_t result, uint32_t errorWord)
 {
@@ -109,8 +116,9 @@ bool prepareBuffer(ZvkThreadRecord *record)
         zvkNoStorage();
         return false;
     }
-    record->spillPath[0] =
-        0; // the file of a result that was not returned to its end stays: nothing but its end removes it
+    // The file of a result that was not returned to its end stays: nothing but its end removes it.
+    zvkCloseSpill(record);
+    record->spillPath[0] = 0;
     record->capacity = kSortBufferBytes;
     record->fill = 0;
     record->fileOffset = 0;
@@ -127,6 +135,7 @@ void saveArguments(ZvkThreadRecord *record, const SortVerbBlock *block, const Ar
     record->givingList = arguments.givingList;
     record->eighthArg = arguments.eighth;
     record->engineFlags = block ? block->engineFlags : 0;
+    record->verbBlock = block;
 }
 
 Arguments savedArguments(const ZvkThreadRecord *record)
@@ -161,6 +170,7 @@ void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThr
     int16_t result = runEngine(engine, op, record, arguments, run);
     if (!_zvkProccom || zvkThreadScratch(-1) != record) return;
     if (run.output.path) record->fill = -1;
+    if (result != 0 && run.output.path) leaveNothingToReturn(record);
     finish(block, record, result, run.control.errnoValue);
 }
 
@@ -246,6 +256,8 @@ void runSort(SortEngine engine, const SortVerbBlock *block, ZvkThreadRecord *rec
     if (!_zvkProccom || zvkThreadScratch(-1) != record) return;
     record->fill = -1;
     record->cursor = record->buffer;
+    record->verbBlock = block;
+    if (result != 0) leaveNothingToReturn(record);
     finish(block, record, result, run.control.errnoValue);
 }
 
@@ -260,6 +272,15 @@ void endSorts()
         engine(ZVK_SORT_END, 0, 0, nullptr, nullptr, SortEighth{}, SortIoRecord{}, SortIoRecord{}, SortControlRecord{});
     zvkCloseSortEngine();
 }
+
+} // namespace
+
+void zvkReportReturnFailure(ZvkThreadRecord *record, uint32_t error)
+{
+    finish(static_cast<const SortVerbBlock *>(record->verbBlock), record, kFailure, error);
+}
+
+namespace {
 
 void cutAtBlank(char *text)
 {

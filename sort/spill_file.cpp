@@ -58,17 +58,38 @@ Append zvkAppendSpill(const char *path, const uint8_t *bytes, uint64_t size)
     return good ? Append::Done : whole ? Append::Refused : Append::Damaged;
 }
 
-uint64_t zvkReadSpill(const char *path, uint8_t *bytes, uint64_t size, uint64_t offset)
+bool zvkReadSpill(ZvkThreadRecord *record, uint8_t *bytes, uint64_t size, uint64_t offset, uint64_t *count)
 {
-    int fd = openSpill(path, O_RDONLY);
-    if (fd < 0) return 0;
-    uint64_t have = 0;
-    while (have < size) {
-        ssize_t count = pread(fd, bytes + have, size - have, static_cast<off_t>(offset + have));
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        have += static_cast<uint64_t>(count);
+    *count = 0;
+    if (!record->spillHandle) record->spillHandle = openSpill(record->spillPath, O_RDWR) + 1;
+    if (!record->spillHandle) return false;
+    while (*count < size) {
+        ssize_t got =
+            pread(record->spillHandle - 1, bytes + *count, size - *count, static_cast<off_t>(offset + *count));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return false;
+        if (got == 0) break;
+        *count += static_cast<uint64_t>(got);
     }
-    close(fd);
-    return have;
+    return true;
+}
+
+void zvkForgetSpillBelow(ZvkThreadRecord *record, uint64_t offset)
+{
+    // A file system that cannot do this keeps the space until the file goes.
+    if (record->spillHandle && offset)
+        fallocate(record->spillHandle - 1, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(offset));
+}
+
+void zvkCloseSpill(ZvkThreadRecord *record)
+{
+    if (record->spillHandle) close(record->spillHandle - 1);
+    record->spillHandle = 0;
+}
+
+void zvkDropSpill(ZvkThreadRecord *record)
+{
+    zvkCloseSpill(record);
+    if (record->spillPath[0]) unlink(record->spillPath);
+    record->spillPath[0] = 0;
 }

@@ -6,6 +6,9 @@
 
 #include "frame/thread_record.h"
 
+// sort_merge.cpp: RETURN could not get at the sorted records. SORT-RETURN 16, and message 26.
+void zvkReportReturnFailure(ZvkThreadRecord *record, uint32_t error);
+
 constexpr uint64_t kSortBufferBytes = 0x40000;
 constexpr uint64_t kSpillPathBytes = 1024;
 
@@ -20,5 +23,15 @@ bool zvkNameSpillFile(ZvkThreadRecord *record, Spill kind);
 enum class Append { Done, Refused, Damaged };
 Append zvkAppendSpill(const char *path, const uint8_t *bytes, uint64_t size);
 
-// Reads up to `size` bytes at `offset`; fewer at the end of the file, none if it cannot be read.
-uint64_t zvkReadSpill(const char *path, uint8_t *bytes, uint64_t size, uint64_t offset);
+// Reads up to `size` bytes at `offset` of the file that `record->spillPath` names; fewer come at
+// its end only. False if the file cannot be opened or read: what is missing is then not the end of
+// the data. The file is opened once, so that a program that uses up its descriptors in between can
+// still read it.
+bool zvkReadSpill(ZvkThreadRecord *record, uint8_t *bytes, uint64_t size, uint64_t offset, uint64_t *count);
+
+// Gives the file's space below `offset` back to the disk; its bytes are read and not needed again.
+void zvkForgetSpillBelow(ZvkThreadRecord *record, uint64_t offset);
+
+// Closes the file that RETURN reads. zvkDropSpill removes it, too.
+void zvkCloseSpill(ZvkThreadRecord *record);
+void zvkDropSpill(ZvkThreadRecord *record);

@@ -20,6 +20,7 @@
 
 #include "kvr2/sort_keys.h"
 
+#include "base/bytes.h"
 #include "frame/messages.h"
 #include "frame/storage.h"
 
@@ -43,12 +44,7 @@ struct TableSort {
     Entry *index;
 };
 
-uint64_t loadPrefix(const uint8_t *row)
-{
-    uint64_t prefix;
-    memcpy(&prefix, row, sizeof prefix);
-    return __builtin_bswap64(prefix);
-}
+uint64_t loadPrefix(const uint8_t *row) { return loadBig<uint64_t>(row); }
 
 // Space for the key strings of one element; 0 if a key is not valid.
 uint64_t keySpace(const TableSortKey *const *keys, int32_t keyCount, uint32_t elementLength)

@@ -12,6 +12,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "base/text_units.h"
 #include "chardata/code_page_choice.h"
 #include "frame/messages.h"
 #include "kvr2/console.h"
@@ -32,30 +33,19 @@ int readByte(FILE *stream)
     }
 }
 
-// What an item is made of: how a character is read (EOF if the input ends in it), and stored.
-struct Byte {
-    static constexpr int64_t size = 1;
-    static int read(FILE *stream) { return readByte(stream); }
-    static void store(uint8_t *target, int character) { *target = static_cast<uint8_t>(character); }
-};
-
-struct Utf16Unit {
-    static constexpr int64_t size = 2;
-    static int read(FILE *stream)
-    {
-        int low = readByte(stream), high = low == EOF ? EOF : readByte(stream);
-        return high == EOF ? EOF : low | high << 8;
-    }
-    static void store(uint8_t *target, int character)
-    {
-        uint16_t unit = static_cast<uint16_t>(character);
-        memcpy(target, &unit, sizeof unit);
-    }
-};
+// How a character is read; EOF if the input ends in it.
+template <class Unit>
+int readUnit(FILE *stream)
+{
+    int low = readByte(stream);
+    if constexpr (Unit::size == 1) return low;
+    int high = low == EOF ? EOF : readByte(stream);
+    return high == EOF ? EOF : low | high << 8;
+}
 
 // Fills the target with at most `length` characters; returns how many came, and in `error` what a
 // failed read left.
-template <class Character>
+template <class Unit>
 int64_t readItem(FILE *stream, int64_t length, uint8_t *target, int &error)
 {
     StreamLock lock(stream);
@@ -64,12 +54,14 @@ int64_t readItem(FILE *stream, int64_t length, uint8_t *target, int &error)
     int64_t stored = 0;
     bool lineEnded = false;
     while (stored < length && !lineEnded) {
-        int character = Character::read(stream);
+        int character = readUnit<Unit>(stream);
         if (character == EOF) break;
-        if (character == '\n')
+        if (character == '\n') {
             lineEnded = lineMode;
-        else
-            Character::store(target + Character::size * stored++, character);
+            continue;
+        }
+        target = putUnit<Unit>(target, static_cast<typename Unit::Code>(character));
+        stored++;
     }
     if (lineMode && stored == length && !lineEnded)
         for (int c = 0; c != '\n' && c != EOF;) c = readByte(stream);
@@ -86,8 +78,7 @@ void pad(uint8_t *rest, int64_t length, bool dbcs)
         memset(rest, ' ', static_cast<size_t>(length));
         return;
     }
-    const uint8_t(&blank)[2] = zvkCurrentCodePageRow().dbcsBlank;
-    for (; length > 0; length -= 2, rest += 2) memcpy(rest, blank, sizeof blank);
+    fillPairs(rest, static_cast<size_t>(length), zvkCurrentCodePageRow().dbcsBlank, ' ');
 }
 
 void reportFailure(int error)
@@ -112,7 +103,7 @@ void _zvkcAccept(uint32_t flags, int64_t length, uint8_t *target)
         zvkFlushOutputBeforeRead();
     }
     int error = 0;
-    int64_t stored = readItem<Byte>(stream, length, target, error);
+    int64_t stored = readItem<SingleByte>(stream, length, target, error);
     if (stored > 0 && stored < length) pad(target + stored, length - stored, flags & ZVK_ACCEPT_DBCS);
     reportFailure(error);
 }
@@ -125,7 +116,7 @@ void _zvkAcceptUnicode(int32_t flags, const uint64_t *length, uint16_t *target)
     zvkSysout(); // bound, though nothing is written
     if (stream == stdin) zvkFlushOutputBeforeRead();
     int error = 0;
-    readItem<Utf16Unit>(stream, units, reinterpret_cast<uint8_t *>(target), error);
+    readItem<Utf16>(stream, units, reinterpret_cast<uint8_t *>(target), error);
     reportFailure(error);
 }
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/environment.h"
 #include "frame/device_streams.h"
 #include "frame/messages.h"
 #include "verbs/console_streams.h"
@@ -27,7 +28,7 @@ bool flushesEveryDisplay()
     static std::atomic<uint8_t> answer{Unknown};
     uint8_t known = answer.load(std::memory_order_relaxed);
     if (known == Unknown) {
-        const char *value = getenv("COBOL_DISPLAY_FLUSH");
+        const char *value = environmentText("COBOL_DISPLAY_FLUSH");
         known = value && *value == '1' ? Flush : NoFlush;
         answer.store(known, std::memory_order_relaxed);
     }

@@ -16,17 +16,11 @@
 #include <cstring>
 #include <quadmath.h>
 
+#include "base/bytes.h"
+
 namespace {
 
 constexpr uint64_t kMostDigits = 1000; // so that sign, point and exponent fit into the buffer
-
-template <class T>
-T load(const void *address)
-{
-    T value;
-    memcpy(&value, address, sizeof value);
-    return value;
-}
 
 // The item as 64 bits, sign-extended or not. A size of 3 is read as 4 bytes, 5 to 7 as 8: the
 // storage is that large.

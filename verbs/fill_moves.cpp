@@ -2,20 +2,8 @@
 // time.
 #include <cstring>
 
+#include "base/signed_length.h"
 #include "kvr2/edited_moves.h"
-
-namespace {
-
-struct SignedLength {
-    explicit SignedLength(int32_t value)
-        : negative(value < 0), size(static_cast<size_t>(value < 0 ? -int64_t{value} : int64_t{value}))
-    {
-    }
-    bool negative;
-    size_t size;
-};
-
-} // namespace
 
 extern "C" {
 

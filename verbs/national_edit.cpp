@@ -8,39 +8,21 @@
 //     run X(3), source "A", repeat       ->  "AAAAA": at each position but the last the source is taken once for
 //                                         the position and once more
 //     source ended before the run begins ->  the full count of blanks, or of the source over and over
-#include <cstring>
-
+#include "base/text_units.h"
 #include "kvr2/edited_moves.h"
 
 namespace {
 
 constexpr uint16_t kBlank = 0x0020;
 
-struct Units {
-    const uint8_t *start;
-    int64_t count;
-    int64_t next = 0;
-    bool usedUp() const { return next == count; }
-    uint16_t take()
-    {
-        uint16_t unit;
-        memcpy(&unit, start + 2 * next++, sizeof unit);
-        return unit;
-    }
-};
-
-uint8_t *store(uint8_t *out, uint16_t unit)
-{
-    memcpy(out, &unit, sizeof unit);
-    return out + sizeof unit;
-}
+using Units = TextCursor<Utf16>;
 
 // The run begins with the source used up.
 uint8_t *storeAfterSource(uint8_t *out, Units &source, int count, bool repeat)
 {
     for (int position = 0; position < count; position++) {
-        if (repeat && source.usedUp()) source.next = 0;
-        out = store(out, source.usedUp() ? kBlank : source.take());
+        if (repeat && source.ended()) source.rewind();
+        out = putUnit<Utf16>(out, source.ended() ? kBlank : source.take());
     }
     return out;
 }
@@ -48,13 +30,14 @@ uint8_t *storeAfterSource(uint8_t *out, Units &source, int count, bool repeat)
 uint8_t *storeData(uint8_t *out, Units &source, int count, bool repeat)
 {
     for (int position = 0; position < count; position++) {
-        out = store(out, source.take());
-        if (!source.usedUp() || position == count - 1) continue;
-        if (!repeat) return store(out, kBlank);
-        source.next = 0;
-        for (int second = position; second < count && !source.usedUp(); second++) out = store(out, source.take());
+        out = putUnit<Utf16>(out, source.take());
+        if (!source.ended() || position == count - 1) continue;
+        if (!repeat) return putUnit<Utf16>(out, kBlank);
+        source.rewind();
+        for (int second = position; second < count && !source.ended(); second++)
+            out = putUnit<Utf16>(out, source.take());
         if (count <= 2) break;
-        source.next = 0;
+        source.rewind();
     }
     return out;
 }
@@ -64,16 +47,16 @@ uint8_t *storeData(uint8_t *out, Units &source, int count, bool repeat)
 extern "C" void _zvkcMoveUnicodeEdit(const NationalEditRecord *record, const uint8_t *source, int32_t sourceLength,
                                      uint8_t *destination)
 {
-    Units units{source, sourceLength > 0 ? sourceLength / 2 : 0};
+    Units units(source, sourceLength > 0 ? static_cast<size_t>(sourceLength) : 0);
     int runCount = record->runBytes > 0 ? (record->runBytes - 1) / 4 + 1 : 0;
     const NationalEditRun *runs = record->runs;
     for (int i = 0; i < runCount; i++) {
         uint16_t unit = runs[i].unit;
         int count = runs[i].count;
         if (unit == '0' || unit == '/' || unit == kBlank)
-            while (count-- > 0) destination = store(destination, unit);
-        else if (units.usedUp())
-            destination = storeAfterSource(destination, units, count, record->repeat && units.count > 0);
+            while (count-- > 0) destination = putUnit<Utf16>(destination, unit);
+        else if (units.ended())
+            destination = storeAfterSource(destination, units, count, record->repeat && !units.empty());
         else
             destination = storeData(destination, units, count, record->repeat);
     }

@@ -42,7 +42,8 @@ void readKey(const KeyPlan &plan, const uint8_t *data, uint8_t *scratch, KeyHead
         head->tail = plan.tailBytes ? plainTail(plan, data) : nullptr;
     } else {
         for (uint32_t i = 0; i < plan.count; i++)
-            end = zvkNormaliseKey(&plan.keys[i], data, plan.collating, ZVK_NORMALISE_UNSIGNED_PACKED, end);
+            end = zvkNormaliseKey(&plan.keys[i], data, plan.collating,
+                                  ZVK_NORMALISE_UNSIGNED_PACKED | ZVK_NORMALISE_ALL_SIGNS, end);
         head->tail = scratch + kPrefixBytes;
     }
     uint8_t *full = scratch + std::max(plan.plain ? 0 : plan.keyBytes, kPrefixBytes);

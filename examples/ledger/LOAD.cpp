@@ -1,5 +1,4 @@
-// LOAD as a compiler lays it out; see LOAD.cbl. UNSTRING and the class tests have no entries yet
-// and are done in place.
+// LOAD as a compiler lays it out; see LOAD.cbl.
 #include "records.h"
 
 extern "C" ZVK_EXPORT int LOAD();
@@ -21,20 +20,6 @@ LeadingSign<13> openingText; // S9(11)V99
 Unsigned<11> limitText;      // 9(9)V99
 Unsigned<5> rateText;        // 9V9(4)
 
-// UNSTRING DELIMITED BY X"09": each item gets the next field, left-justified.
-struct Unstring {
-    const char *at, *end;
-
-    template <class Item>
-    void into(Item &item)
-    {
-        const char *field = at;
-        while (at < end && *at != '\t') at++;
-        move(reinterpret_cast<char *>(item.bytes), sizeof item.bytes, field, static_cast<size_t>(at - field));
-        if (at < end) at++;
-    }
-};
-
 void notLoaded() { display("ACCOUNT NOT LOADED: ", Shown(accounts.record.text, sizeof accounts.record.text)); }
 
 bool openingIsNumeric()
@@ -45,15 +30,10 @@ bool openingIsNumeric()
 
 void loadAccount()
 {
-    const char *line = accounts.record.text;
-    Unstring fields = {line, line + sizeof accounts.record.text};
     MasterRecord &account = master.record;
-    fields.into(numberText);
-    fields.into(account.name);
-    fields.into(account.status);
-    fields.into(openingText);
-    fields.into(limitText);
-    fields.into(rateText);
+    moveSpaces(numberText, account.name, account.status, openingText, limitText, rateText);
+    unstring(accounts.record.text, sizeof accounts.record.text, "\t", numberText, account.name, account.status,
+             openingText, limitText, rateText);
     if (!isNumeric(numberText.bytes, 6) || !openingIsNumeric() || !isNumeric(limitText.bytes, 11) ||
         !isNumeric(rateText.bytes, 5))
         return notLoaded();

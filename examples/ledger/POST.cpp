@@ -1,5 +1,4 @@
-// POST as a compiler lays it out; see POST.cbl. The class tests have no entries yet and are done in
-// place.
+// POST as a compiler lays it out; see POST.cbl.
 #include "records.h"
 
 extern "C" ZVK_EXPORT int POST();

@@ -1,5 +1,4 @@
-// ZONES as a compiler lays it out; see ZONES.cbl. UNSTRING, INSPECT and the class test have no
-// entries yet and are done in place.
+// ZONES as a compiler lays it out; see ZONES.cbl.
 #include "../compiled.h"
 
 using namespace compiled;
@@ -35,6 +34,12 @@ File<ListingLine> listing({.name = "LISTING",
                            .top = 2,
                            .bottom = 2});
 ZoneRecord sortRecord;
+
+// The fields of a line, as text.
+Text<80> countryList;
+Text<16> place;
+Text<32> name;
+Text<8> latitudeText, longitudeText;
 
 Packed<5> zonesOfCountry, allZones, pageNumber;
 Text<2> lastCountry;
@@ -79,13 +84,13 @@ Packed<digits> number(const char *text)
 
 // COMPUTE-ANGLE: degrees, minutes and, if there are any, seconds, as ten-thousandths of a degree.
 template <int32_t degreeDigits>
-Packed<7> computeAngle(const char *text, size_t length, bool negative)
+Packed<7> computeAngle(const char *text, bool negative)
 {
     auto seconds = sum(product(number<degreeDigits>(text), packed<4>(3600)),
                        product(number<2>(text + degreeDigits), packed<2>(60)));
     Packed<7> total;
     move(total, seconds);
-    if (length > degreeDigits + 2u) add(total, number<2>(text + degreeDigits + 2));
+    if (isNumeric(text + degreeDigits + 2, 2)) add(total, number<2>(text + degreeDigits + 2));
     // One place more than the result has, for ROUNDED.
     Packed<7> angle;
     move(angle, rounded<1>(quotient(product(total, packed<6>(100000)), packed<4>(3600))));
@@ -95,37 +100,19 @@ Packed<7> computeAngle(const char *text, size_t length, bool negative)
 
 void loadOneZone()
 {
-    const char *line = zoneText.record.text, *end = line + sizeof zoneText.record.text;
     ZoneRecord &zone = zoneFile.record;
-    // UNSTRING ... DELIMITED BY X"09"
-    auto field = [&](const char *&from) {
-        const char *begin = from;
-        while (from < end && *from != '\t') from++;
-        size_t length = static_cast<size_t>(from - begin);
-        if (from < end) from++;
-        return length;
-    };
-    const char *at = line;
-    size_t countriesLength = field(at);
-    const char *place = at;
-    size_t placeLength = field(at);
-    const char *name = at;
-    size_t nameLength = field(at);
-    while (nameLength && name[nameLength - 1] == ' ') nameLength--;
-    move(zone.name.bytes, sizeof zone.name, name, nameLength);
-    move(zone.country.bytes, sizeof zone.country, line, countriesLength);
-    // INSPECT ... TALLYING
-    int64_t commas = 0;
-    for (size_t i = 0; i < countriesLength; i++) commas += line[i] == ',';
-    move(zone.countries, packed<3>(commas + 1));
+    unstring(zoneText.record.text, sizeof zoneText.record.text, "\t", countryList, place, name);
+    move(zone.name, name);
+    move(zone.country, countryList);
+    move(zone.countries, packed<3>(tallyAll(countryList, ",") + 1));
     // The second sign parts latitude and longitude.
-    size_t second = 1;
-    while (second < placeLength && place[second] != '+' && place[second] != '-') second++;
-    if (placeLength < 11 || second < 5 || placeLength - second < 6) return display("NO PLACE: ", zone.name);
+    unstring(place.bytes + 1, sizeof place.bytes - 1, "+- ", latitudeText, longitudeText);
+    if (!isNumeric(latitudeText.bytes, 4) || !isNumeric(longitudeText.bytes, 5))
+        return display("NO PLACE: ", zone.name);
     zone.latitude = 0;
     zone.longitude = 0;
-    move(zone.latitude, computeAngle<2>(place + 1, second - 1, place[0] == '-'));
-    move(zone.longitude, computeAngle<3>(place + second + 1, placeLength - second - 1, place[second] == '-'));
+    move(zone.latitude, computeAngle<2>(latitudeText.bytes, place.bytes[0] == '-'));
+    move(zone.longitude, computeAngle<3>(longitudeText.bytes, place.bytes[5] == '-' || place.bytes[7] == '-'));
     if (!zoneFile.write()) display("ZONE TWICE: ", zone.name);
 }
 

@@ -249,7 +249,10 @@ ZVK_EXPORT void _zvkRelease(uint32_t length, void *record, uint16_t *status);
 /**
  * RETURN: the next record in order.
  * @param length  receives its length in bytes
- * @param status  set to 1 at the end; otherwise left alone
+ * @param status  set to 1 at the end; to 16 where the sorted records cannot be read; otherwise left
+ *                alone
+ * @par SORT-RETURN 16 where the records cannot be read
+ * @messages 26 with error number ZVK_SORT_EREAD, with SORT-RETURN 16
  */
 ZVK_EXPORT void _zvkReturn(uint32_t *length, void *record, uint16_t *status);
 

@@ -32,6 +32,13 @@ ZVK_BEGIN_DECLS
  */
 #define ZVK_NORMALISE_UNSIGNED_PACKED 1u
 
+/**
+ * `flags` of zvkNormaliseKey: an overpunched sign is read as the decimal entries read it, that is
+ * also as a letter ("{", "A" to "I" plus, "}", "J" to "R" minus) and in the zones 0xC and 0xF
+ * (plus) and 0xD (minus). Without it, as in SORT of a table, zone 3 is plus and all else minus.
+ */
+#define ZVK_NORMALISE_ALL_SIGNS 2u
+
 /** Most bytes that the byte string of a key takes; 0 if the key is not valid. */
 static inline uint64_t zvkKeySpace(const TableSortKey *key)
 {
@@ -68,16 +75,34 @@ static inline uint8_t zvkPutSignAndCount(uint8_t *out, int negative, int ascendi
     return mask;
 }
 
-static inline uint8_t *zvkNormaliseZoned(const TableSortKey *key, const uint8_t *digits, int ascending, uint8_t *out)
+/** An overpunched byte: its digit, plus 0x10 where it is negative. */
+static inline uint8_t zvkSortOverpunch(uint8_t byte)
+{
+    uint8_t zone = (uint8_t)(byte & 0xF0);
+    if (byte == '{' || byte == ' ' || byte == 0) return 0;
+    if (byte == '}') return 0x10;
+    if (byte >= 'A' && byte <= 'I') return (uint8_t)(byte - 0x40);
+    if (byte >= 'J' && byte <= 'R') return (uint8_t)((byte - 0x49) | 0x10);
+    return (uint8_t)((byte & 15) | ((zone == 0x70 || zone == 0xD0) && (byte & 15) < 10 ? 0x10 : 0));
+}
+
+static inline uint8_t *zvkNormaliseZoned(const TableSortKey *key, const uint8_t *digits, int ascending, uint32_t flags,
+                                         uint8_t *out)
 {
     size_t length = key->length, i = 0;
     int negative = 0;
-    uint8_t mask;
+    uint8_t mask, plain[256];
     if (key->signFlags & ZVK_KEY_LEADING_SEPARATE) {
         negative = *digits++ != '+';
         length--;
     } else if (key->signFlags & ZVK_KEY_TRAILING_SEPARATE) {
         negative = digits[--length] != '+';
+    } else if ((key->signFlags & (ZVK_KEY_LEADING | ZVK_KEY_TRAILING)) && (flags & ZVK_NORMALISE_ALL_SIGNS)) {
+        uint8_t *sign = plain + (key->signFlags & ZVK_KEY_LEADING ? 0 : length - 1);
+        memcpy(plain, digits, length);
+        negative = zvkSortOverpunch(*sign) >> 4;
+        *sign = (uint8_t)(zvkSortOverpunch(*sign) & 15);
+        digits = plain;
     } else if (key->signFlags & (ZVK_KEY_LEADING | ZVK_KEY_TRAILING)) {
         negative = digits[key->signFlags & ZVK_KEY_LEADING ? 0 : length - 1] >> 4 != 3;
     }
@@ -133,7 +158,7 @@ static inline uint8_t *zvkNormaliseKey(const TableSortKey *key, const uint8_t *r
     size_t length = key->length, i;
     switch (key->keyType) {
     case ZVK_KEY_ZONED:
-        return zvkNormaliseZoned(key, item, ascending, out);
+        return zvkNormaliseZoned(key, item, ascending, flags, out);
     case ZVK_KEY_PACKED:
         return zvkNormalisePacked(key, item, ascending, flags, out);
     case ZVK_KEY_FLOAT:

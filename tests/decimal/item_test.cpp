@@ -7,6 +7,7 @@
 #include "decimal/validation.h"
 #include "decimal/zoned.h"
 #include "items.h"
+#include "kvr2/decimal_conversions.h"
 #include "support/child.h"
 
 namespace {
@@ -252,6 +253,49 @@ TEST(Move, OverlappingItems)
             EXPECT_EQ(hex(field), hex(separate));
         }
     }
+}
+
+// A copy onto itself, moved by up to two bytes, is the copy from elsewhere.
+TEST(Copy, OverlappingItemsOfAllForms)
+{
+    using Entry = uint8_t *(*)(const uint8_t *, uint8_t *, int32_t, int32_t);
+    struct Form {
+        const char *name;
+        Entry entry;
+        const char *item;
+        int digits;
+    };
+    const Form forms[] = {{"TO", _zvkcBCD_Cpy_Znd, "12345q", 6},
+                          {"LO", _zvkcBCD_Cpy_ZndLO, "q12345", 6},
+                          {"US", _zvkcBCD_Cpy_ZndUS, "123456", 6},
+                          {"LS", _zvkcBCD_Cpy_ZndLS, "-123456", 6},
+                          {"TS", _zvkcBCD_Cpy_ZndTS, "123456-", 6}};
+    for (const Form &form : forms)
+        for (int shift = -2; shift <= 2; shift++)
+            for (int dn = 4; dn <= 8; dn++) {
+                Bytes field(24, '#'), expected(24, '#');
+                memcpy(&field[8], form.item, strlen(form.item));
+                memcpy(&expected[8], form.item, strlen(form.item));
+                form.entry(&field[8], &field[static_cast<size_t>(8 + shift)], dn, form.digits);
+                form.entry(reinterpret_cast<const uint8_t *>(form.item), &expected[static_cast<size_t>(8 + shift)], dn,
+                           form.digits);
+                EXPECT_EQ(hex(field), hex(expected)) << form.name << " by " << shift << " into " << dn;
+            }
+}
+
+TEST(FromBinary, AZeroOfANegativeNumberIsPositive)
+{
+    uint8_t packed[8], zoned[8];
+    for (int64_t value : {int64_t{-100}, int64_t{-1000000}, INT64_MIN}) {
+        _zvkcBCD_CONV_Int8_To_Pckd(value, packed, 2);
+        EXPECT_EQ(packed[1], value == INT64_MIN ? 0x8D : 0x0C) << value;
+    }
+    _zvkcBCD_CONV_Int4_To_Pckd(-100, packed, 2);
+    EXPECT_EQ(packed[1], 0x0C);
+    _zvkcBCD_CONV_Int4_To_Pckd(-101, packed, 2);
+    EXPECT_EQ(packed[1], 0x1D);
+    _zvkcBCD_CONV_Int4_To_Znd(-100, zoned, 2);
+    EXPECT_EQ(memcmp(zoned, "00", 2), 0);
 }
 
 } // namespace

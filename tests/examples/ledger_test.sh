@@ -8,7 +8,7 @@ ledger=$1/examples/ledger build=$2
 programs=$build/examples/ledger
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-export LD_LIBRARY_PATH=$build/companions${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} PATH=$build/bin:$PATH LANG=C
+export LD_LIBRARY_PATH=$build/companions${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} PATH=$build/bin:$PATH LC_ALL=C
 
 "$ledger/data/generate.py" "$work/data" --accounts 300 --transactions 6000
 for day in 1 2; do

@@ -15,6 +15,7 @@
 
 #include "kvr2/generations.h"
 #include "support/child.h"
+#include "support/compiled_file.h"
 #include "support/require.h"
 
 using std::string;
@@ -256,6 +257,32 @@ TEST(Generations, TwentyProcessesAndThreadsAddTheirOwn)
     }
     EXPECT_EQ(group.word(kEntries), 500u);
     for (int i = 0; i < 500; i++) ASSERT_EQ(group.entry(i), static_cast<uint32_t>(i + 1));
+}
+
+// An OPEN that fails leaves no entry without a file, and a catalogue that cannot be used is named
+// where the output goes to a plain file.
+TEST(Generations, AFailedOpenLeavesNoEntry)
+{
+    Group group(5);
+    loadFileModules();
+    ChildRun run = runChild([&] {
+        CompiledFile refused("psx-" + group.base + "(+1)", {.longest = 20, .shortest = 20}); // no such module
+        for (int i = 0; i < 3; i++) REQUIRE(refused.open(ZVK_OPEN_OUTPUT) > "09");
+        CompiledFile file("rsd-" + group.base + "(+1)", {.longest = 20, .shortest = 20});
+        REQUIRE(file.open(ZVK_OPEN_OUTPUT) == "00" && file.close() == "00");
+    });
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(group.word(kEntries), 1u);
+    EXPECT_EQ(group.entry(0), 1u);
+
+    EXPECT_EQ(truncate((group.base + ".catalogue").c_str(), 100), 0);
+    run = runChild([&] {
+        CompiledFile file("rsd-" + group.base + "(+1)", {.longest = 20, .shortest = 20});
+        REQUIRE(file.open(ZVK_OPEN_OUTPUT) == "00" && file.close() == "00");
+    });
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.err.find("Warning: GDG catalogue " + group.base + ".catalogue cannot be used"), string::npos)
+        << run.err;
 }
 
 TEST(Generations, DamagedCataloguesAreHarmless)

@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
-#include "frame/library_load.h"
 #include "frame/run_unit.h"
+#include "frame/run_unit/library_load.h"
 #include "frame/thread_record.h"
 
 namespace {

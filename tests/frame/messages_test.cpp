@@ -8,21 +8,30 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fstream>
+#include <nl_types.h>
 #include <regex>
 #include <string>
 #include <thread>
 #include <unistd.h>
 
-#include "frame/message_catalog.h"
-#include "frame/message_wrap.h"
 #include "frame/messages.h"
+#include "frame/messages/message_catalog.h"
+#include "frame/messages/message_wrap.h"
 #include "frame/run_unit.h"
-#include "frame/traceback.h"
+#include "frame/signals/traceback.h"
 #include "support/child.h"
 #include "support/compiled_program.h"
 #include "support/require.h"
 
 using std::string;
+
+// A catalog that is installed in the system is none of ours.
+extern "C" nl_catd __real_catopen(const char *name, int flags);
+extern "C" nl_catd __wrap_catopen(const char *name, int flags);
+nl_catd __wrap_catopen(const char *name, int flags)
+{
+    return strncmp(name, "/usr/share/locale/", 18) == 0 ? reinterpret_cast<nl_catd>(-1) : __real_catopen(name, flags);
+}
 
 namespace {
 
@@ -67,11 +76,11 @@ TEST(MessageCatalog, TextsMustFitTheirInserts)
     EXPECT_TRUE(zvkTextFits("plain 100%% text", ""));
     EXPECT_TRUE(zvkTextFits("%s and %d", "sd"));
     EXPECT_TRUE(zvkTextFits("%s", "sd"));
+    EXPECT_TRUE(zvkTextFits("%d to %d", "ll")); // the low half of a long integer
     EXPECT_TRUE(zvkTextFits("%2$s then %1$d", "ds"));
     EXPECT_TRUE(zvkTextFits("%-10.5s %08x %ld %p", "sdlp"));
     for (const auto &[text, inserts] : {std::pair{"%s", ""},
                                         {"%s", "d"},
-                                        {"%d", "l"},
                                         {"%ld", "d"},
                                         {"%n", "p"},
                                         {"%*d", "dd"},
@@ -449,6 +458,37 @@ TEST(Traceback, SourceLinesOfAnObjectOfAnyName)
         EXPECT_EQ(plain.out, "");
         EXPECT_TRUE(contains(plain.err, "(hop+0x")) << plain.err;
     }
+}
+
+// Eight threads write long messages at once; the texts may mix, nothing is written beyond them.
+TEST(Messages, ManyThreadsAtOnce)
+{
+    ChildRun run = runChild(
+        [] {
+            const string name(1500, 'n'), value(1500, 'v');
+            std::vector<std::thread> threads;
+            for (int t = 0; t < 8; t++)
+                threads.emplace_back([&] {
+                    for (int i = 0; i < 200; i++)
+                        zvkWriteMsg(181, ZVK_MSG_NO_TRACEBACK | ZVK_MSG_INFORM, value.c_str(), name.c_str());
+                });
+            for (std::thread &thread : threads) thread.join();
+        },
+        {.env = {{"COBMSGS", "/dev/null"}}});
+    EXPECT_GOOD(run);
+}
+
+// A number beyond what a 64-bit integer holds is refused by message 182, with its own range.
+TEST(Messages, RangesBeyond32Bits)
+{
+    ChildRun run = runChild(
+        [] {
+            uint32_t rc;
+            _zvkCOBOLHostInit(&rc);
+        },
+        {.env = {{"COBRTOPT", "ERRCOUNT=99999999999999999999"}}});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.err.find("ZVK182I"), string::npos) << run.err;
 }
 
 } // namespace

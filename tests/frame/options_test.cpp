@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-#include "frame/options.h"
+#include "frame/options/options.h"
 #include "frame/run_unit.h"
 #include "support/child.h"
 

@@ -215,6 +215,82 @@ TEST_F(Programs, CacheEntries)
     EXPECT_NE(run.err.find("COBOL is Inactive\nExternal Programs - Cache\n"), string::npos);
 }
 
+// An object of two compiled programs. WRITER has an EXTERNAL file and calls HELPER, which
+// registers itself under its own name.
+void buildTwoPrograms(const string &path)
+{
+    writeFile(path + ".c", R"(
+#include <stdio.h>
+#include "kvr2/kvr2.h"
+static FIB fib = {.name = "SHARED-FILE", .attributes = ZVK_FILE_EXTERNAL, .index = 1, .maxRecord = 80};
+static FCB own, *files[] = {&own};
+static FIB *fibs[] = {&fib};
+static IPCB writerBlocks[1], helperBlocks[1];
+static PCB writer = {.ipcb = writerBlocks, .name = "WRITER", .nameLength = 6, .fibs = fibs};
+static PCB helper = {.ipcb = helperBlocks, .name = "HELPER", .nameLength = 6};
+int WRITER(void)
+{
+    writerBlocks[0].entry = (ZvkRoutine)WRITER;
+    writerBlocks[0].files = files;
+    writerBlocks[0].fileCount = 1;
+    helperBlocks[0].entry = (ZvkRoutine)(void *)helperBlocks;
+    _zvkPgmInit(&writer);
+    _zvkPgmInit(&helper);
+    int good = files[0] != &own && files[0]->recordArea && ((FCB **)files[0]->recordArea)[0] == files[0] &&
+               writer.upsi == _zvkProccom->runcom->upsi;
+    files[0]->recordLength = 7; // writes into the run unit's own record
+    _zvkPgmExit(&helperBlocks[0].ent);
+    _zvkPgmExit(&writerBlocks[0].ent);
+    return good;
+}
+)");
+    ChildRun run = runCommand(
+        {"cc", "-shared", "-fPIC", "-I", string(getenv("KVR2_SOURCE_DIR")) + "/include", "-o", path, path + ".c"});
+    ASSERT_EQ(run.status, 0) << run.err;
+}
+
+TEST_F(Programs, CachedProgramsAreRegisteredInEachRunUnit)
+{
+    buildTwoPrograms(directory->file("WRITER.so"));
+    ChildOptions options = where(directory->path());
+    options.env.emplace_back("COBOL_CPM_CACHE", "1");
+    ChildRun run = runChild(
+        [] {
+            for (int i = 0; i < 4; i++) {
+                Caller caller;
+                REQUIRE(caller.call("WRITER") == 1 && caller.call("WRITER") == 1);
+                _zvkPgmTerm(&caller.main.pcb);
+            }
+        },
+        options);
+    EXPECT_GOOD(run);
+}
+
+// Unloading forgets all programs of the object, and the EXTERNAL file outlives the program that
+// named it first.
+TEST_F(Programs, UnloadingAnObjectForgetsAllItsPrograms)
+{
+    buildTwoPrograms(directory->file("WRITER.so"));
+    ChildOptions options = where(directory->path());
+    options.env.emplace_back("COBOL_CPM_CACHE", "1");
+    ChildRun run = runChild(
+        [] {
+            Caller caller;
+            REQUIRE(caller.call("WRITER") == 1);
+            REQUIRE(ZVK_CPM_UNLOAD("WRITER") == 1);
+            REQUIRE(!dlopen(Programs::directory->file("WRITER.so").c_str(), RTLD_NOW | RTLD_NOLOAD));
+            HashEntry *helper = HashTable_Find(_zvkProccom->runcom->plle, nullptr, "HELPER", 6, 0, 0);
+            REQUIRE(helper && !static_cast<LLE *>(helper->value)->pcb);
+            HashTable_Dump(_zvkProccom->runcom->externalFiles);
+            HashEntry *file = HashTable_Find(_zvkProccom->runcom->externalFiles, nullptr, "SHARED-FILE", 11, 0, 0);
+            REQUIRE(file && static_cast<FCB *>(file->value)->recordLength == 7);
+            _zvkPgmTerm(&caller.main.pcb);
+        },
+        options);
+    EXPECT_GOOD(run);
+    EXPECT_NE(run.err.find("-SHARED-FILE"), string::npos) << run.err;
+}
+
 TEST_F(Programs, TwoThreadsLoadAProgramOnce)
 {
     ChildRun run = runChild(

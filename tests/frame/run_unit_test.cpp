@@ -2,6 +2,7 @@
 // run unit that inherits what belonged to the first; fields of the PCB set for a compiler that does
 // not know them; a year window resolved wrongly; host values lost or leaking into a run unit that
 // is not the host's; counts that drift; the trace lines.
+#include <csignal>
 #include <ctime>
 #include <string>
 #include <thread>
@@ -150,10 +151,47 @@ TEST(RunUnit, HostValuesReachTheNextRunUnit)
         Runcom *runcom = _zvkProccom->runcom;
         REQUIRE(runcom->stop == stopRoutine && runcom->abrt == abortRoutine && runcom->msg == messageRoutine);
         REQUIRE(runcom->token == 11 && runcom->context == 22);
-        // A host's run unit has no main program: what is called in it does not end it.
-        REQUIRE(runcom->main && runcom->main != &sub.pcb && !(sub.pcb.flag & ZVK_PCB_MAIN));
+        // The entry began this run unit, so its program is the main program, and its end the end.
+        REQUIRE(runcom->main == &sub.pcb && (sub.pcb.flag & ZVK_PCB_MAIN));
+        runcom->stop = nullptr;
         _zvkPgmTerm(&sub.pcb);
-        REQUIRE(_zvkProccom->runcom == runcom);
+        REQUIRE(!_zvkProccom->runcom);
+
+        _zvkCOBOLInit1(1, nullptr, &rc, 0, nullptr, nullptr, 0);
+        CompiledProgram main("MAIN", entry);
+        REQUIRE(compiledMain(main, [] { _zvkRunUnitTerm(3); }) == 3); // STOP RUN finds an armed buffer
+        REQUIRE(!_zvkProccom->runcom);
+    });
+    EXPECT_GOOD(run);
+
+    run = runChild([] {
+        uint32_t rc = 9;
+        ZVKCOBOLINIT(1, stopRoutine, &rc, 7);
+        Runcom *hosts = _zvkProccom->runcom;
+        CompiledProgram sub("SUB", entry);
+        _zvkPgmInit(&sub.pcb);
+        // A run unit that was there before has no main program: what is called in it does not end
+        // it.
+        REQUIRE(hosts->main && hosts->main != &sub.pcb && !(sub.pcb.flag & ZVK_PCB_MAIN));
+        _zvkPgmTerm(&sub.pcb);
+        REQUIRE(_zvkProccom->runcom == hosts);
+        hosts->stop = nullptr;
+    });
+    EXPECT_GOOD(run);
+
+    // A record that is only parked for the next run unit installs no handlers.
+    run = runChild([] {
+        CompiledProgram main("MAIN", entry);
+        _zvkPgmInit(&main.pcb);
+        struct sigaction before, after;
+        sigaction(SIGSEGV, nullptr, &before);
+        uint32_t rc = 9;
+        _zvkCOBOLInit1(1, nullptr, &rc, 0, nullptr, nullptr, 0);
+        REQUIRE(_zvkProccom->freeru && _zvkProccom->runcom);
+        _zvkPgmTerm(&main.pcb);
+        _zvkCOBOLTerm(1, &rc);
+        sigaction(SIGSEGV, nullptr, &after);
+        REQUIRE(before.sa_sigaction != after.sa_sigaction);
     });
     EXPECT_GOOD(run);
 

@@ -220,6 +220,147 @@ TEST(Termination, FatalMessagesAndAborts)
     EXPECT_FALSE(run.timedOut);
 }
 
+// What a program has made of SIGABRT does not matter to a fatal message.
+TEST(Termination, FatalMessagesNeverComeBack)
+{
+    for (void (*handler)(int) : {SIG_IGN, +[](int) {}})
+        for (bool trapped : {false, true}) {
+            ChildRun run = runChild(
+                [&] {
+                    CompiledProgram main("MAIN", entry);
+                    _zvkPgmInit(&main.pcb);
+                    signal(SIGABRT, handler);
+                    ZVKABEND();
+                    puts("came back");
+                },
+                {.env = {{"COBRTOPT", trapped ? "TRAP=ON" : "TRAP=OFF"}}});
+            EXPECT_EQ(run.signal, SIGABRT) << run.status;
+            EXPECT_EQ(run.out, "");
+        }
+    ChildRun without = runChild([] {
+        uint32_t rc;
+        CompiledProgram main("MAIN", entry);
+        _zvkPgmInit(&main.pcb);
+        _zvkCOBOLTerm(1, &rc);
+        REQUIRE(!_zvkProccom);
+        uint8_t name[] = "NOBODY";
+        _zvkDynLd(nullptr, 6, name, &main.pcb, nullptr, nullptr); // after the runtime's end
+        puts("came back");
+    });
+    EXPECT_EQ(without.signal, SIGABRT);
+    EXPECT_TRUE(contains(without.err, "ZVK096") || contains(without.err, "Message number is 96")) << without.err;
+}
+
+// The trace of a STOP RUN in a run unit that a host made.
+TEST(Termination, TraceOfAHostsRunUnitNamesTheStub)
+{
+    ChildRun run = runChild([] {
+        uint32_t rc;
+        ZVKCOBOLINIT(
+            1, [](uint64_t) {}, &rc, 0);
+        _zvkProccom->debug = 2;
+        if (sigsetjmp(*static_cast<sigjmp_buf *>(_zvkGetJmpBuffer()), 1) == 0) {
+            _zvkProccom->runcom->stop = nullptr;
+            _zvkRunUnitTerm(0);
+        }
+    });
+    EXPECT_TRUE(contains(run.err, "siglongjmp() to current wrapper stub via")) << run.err;
+}
+
+// CLOSE of a file at a run unit's end that ends the process, or stops the run, or fails for good:
+// the file is closed once, and the end goes on without it.
+TEST(Termination, ACloseThatDoesNotComeBack)
+{
+    static int closes;
+    for (const char *way : {"exit", "stop run", "message"}) {
+        ChildRun run = runChild(
+            [&] {
+                static FCB file;
+                static FIB fib;
+                static const char *does;
+                does = way;
+                static FCB *files[] = {&file};
+                static FIB *fibs[] = {&fib};
+                CompiledProgram main("MAIN", entry);
+                main.ipcb[0].files = files;
+                main.ipcb[0].fileCount = 1;
+                main.pcb.fibs = fibs;
+                int status = compiledMain(main, [] {
+                    file.mode = ZVK_OPEN_INPUT;
+                    file.close = [](FCB *, IPCB *) {
+                        printf("close %d ", ++closes);
+                        if (*does == 'e') exit(5);
+                        if (*does == 's') _zvkRunUnitTerm(6);
+                        ZVKABEND();
+                    };
+                });
+                exit(status);
+            },
+            {.seconds = 20});
+        EXPECT_FALSE(run.timedOut) << way;
+        EXPECT_TRUE(run.status == 5 || run.status == 6 || run.signal == SIGABRT) << way << run.status;
+        EXPECT_EQ(run.out, "close 1 ") << way;
+    }
+}
+
+// CANCEL runs a USE procedure that enters a program: no lock is held over it.
+TEST(Termination, CancelClosesWithoutALock)
+{
+    ChildRun run = runChild(
+        [] {
+            static CompiledProgram main("MAIN", entry), other("OTHER", otherEntry), sub("SUB", entry);
+            static FCB file;
+            static FIB fib;
+            static FCB *files[] = {&file};
+            static FIB *fibs[] = {&fib};
+            sub.ipcb[0].files = files;
+            sub.ipcb[0].fileCount = 1;
+            sub.pcb.fibs = fibs;
+            _zvkPgmInit(&main.pcb);
+            compiledCall(sub, [] {});
+            file.mode = ZVK_OPEN_INPUT;
+            file.close = [](FCB *closed, IPCB *) {
+                compiledCall(other, [] {});
+                closed->mode = 0;
+            };
+            uint8_t name[] = "SUB";
+            REQUIRE(_zvkCancel(nullptr, 3, name, &main.pcb) == 0 && file.mode == 0);
+            _zvkPgmTerm(&main.pcb);
+        },
+        {.seconds = 20});
+    EXPECT_GOOD(run);
+}
+
+// A host that starts and ends the runtime over and over keeps its descriptors.
+TEST(Termination, StreamsOfTheLibraryAreClosedAtTheRuntimesEnd)
+{
+    TemporaryDirectory directory;
+    ChildRun run = runChild(
+        [] {
+            auto lowestFree = [] {
+                int free = dup(0);
+                close(free);
+                return free;
+            };
+            int before = 0;
+            for (int i = 0; i < 20; i++) {
+                CompiledProgram main("MAIN", entry);
+                _zvkPgmInit(&main.pcb);
+                DisplayRequest request{};
+                request.itemCount = 1;
+                request.device = ZVK_DISPLAY_SYSOUT;
+                DisplayItem item{"text", 4, 4, ZVK_DISPLAY_TEXT, 0};
+                _zvkcDisplay(&request, &item);
+                uint32_t rc;
+                _zvkCOBOLTerm(1, &rc);
+                if (i == 2) before = lowestFree();
+            }
+            REQUIRE(lowestFree() == before);
+        },
+        {.env = {{"SYSOUT", directory.file("out")}, {"COBMSGS", directory.file("msgs")}}});
+    EXPECT_GOOD(run);
+}
+
 TEST(Termination, CoreFiles)
 {
     TemporaryDirectory directory;
@@ -241,6 +382,10 @@ TEST(Termination, CoreFiles)
     getrlimit(RLIMIT_CORE, &hard);
     if (hard.rlim_max == 0) GTEST_SKIP() << "this machine's hard limit forbids core files";
 #ifndef KVR2_SANITIZED
+    ChildRun quoted = dump(RLIM_INFINITY, "a b;touch proof;%");
+    EXPECT_NE(access(directory.file("proof").c_str(), F_OK), 0) << "COBCORE's value went to the shell as a command";
+    EXPECT_TRUE(!contains(quoted.err, "Created core file") || contains(quoted.err, directory.file("a b;touch proof;")))
+        << quoted.err;
     ChildRun run = dump(RLIM_INFINITY, "made%");
     EXPECT_TRUE(contains(run.out + run.err, "Created core file: " + directory.file("made.DUMPER.")) ||
                 contains(run.out + run.err, "Create core file failed: "))

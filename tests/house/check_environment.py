@@ -8,14 +8,15 @@ import re
 import sys
 
 root = pathlib.Path(sys.argv[1])
-ROOMS = "frame decimal chardata intrinsics verbs sort fileio xml datetime dateservices companions tools".split()
+ROOMS = [line.split(":")[0] for line in (root / "cmake/rooms.txt").read_text().splitlines() if re.match(r"\w", line)]
+ROOMS = [room for room in ROOMS if room not in ("include", "examples", "bench", "fuzz", "tests")]
 SYSTEM = {"LC_ALL", "LC_*", "LANG"}
 
 read = set()
 for room in ROOMS:
     for path in sorted((root / room).rglob("*.cpp")):
         text = path.read_text()
-        read.update(re.findall(r'(?:getenv|setting|levelFromEnvironment)\("(\w+)"\)', text))
+        read.update(re.findall(r'(?:getenv|environmentText|environmentHas|levelFromEnvironment)\("(\w+)"\)', text))
         for row in re.findall(r"^\s*\{'\w', &Proccom::.*$", text, re.M):
             read.update(re.findall(r'"([A-Z]{5,})"(?=[,}].*"[raw]")', row))
 documented = set()

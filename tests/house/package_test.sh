@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
 unset LD_LIBRARY_PATH NLSPATH CMAKE_PREFIX_PATH
-export LANG=C
+export LC_ALL=C
 
 (cd "$work" && cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/cpack.log" 2>&1) || { cat "$work/cpack.log"; exit 1; }
 for package in "$work"/packages/*.deb; do dpkg-deb -x "$package" "$root"; done

@@ -145,6 +145,31 @@ void expectSortedFiles(std::vector<Record> records, Call call, const TemporaryDi
 
 } // namespace
 
+// Signs as letters and in the zones of EBCDIC sort as the numbers that they are elsewhere.
+TEST(SortEngine, ZonedSignsInAllForms)
+{
+    const std::pair<const char *, int> items[] = {
+        {"00}", 0},  {"00{", 0},      {"01J", -11},   {"01A", 11},    {"99R", -999}, {"99I", 999}, {"01p", -10},
+        {"010", 10}, {"02\xD5", -25}, {"02\xC5", 25}, {"02\xF6", 26}, {"01}", -10},  {"01{", 10},  {"123", 123},
+    };
+    std::vector<Record> records;
+    for (const auto &[text, value] : items) records.push_back(std::string(text) + std::string(37, '.'));
+    Call call;
+    call.order.keys = {sortKey(0, 3, ZVK_KEY_ZONED, true, ZVK_KEY_TRAILING)};
+    std::string buffer = released(records, false);
+    call.input.bytes = call.output.bytes = static_cast<uint32_t>(buffer.size());
+    call.input.memory = call.output.memory = reinterpret_cast<uint8_t *>(buffer.data());
+    ASSERT_EQ(call.run(), 0) << call.error;
+    int last = -1000;
+    for (size_t at = 0; at < buffer.size(); at += 40) {
+        auto found = std::find_if(std::begin(items), std::end(items),
+                                  [&](const auto &item) { return buffer.compare(at, 3, item.first) == 0; });
+        ASSERT_NE(found, std::end(items));
+        EXPECT_LE(last, found->second) << found->first;
+        last = found->second;
+    }
+}
+
 TEST(SortEngine, OrdersEveryTypeFormAndDirection)
 {
     for (const TableSortKey &key : everyKey(true)) {

@@ -54,15 +54,15 @@ inline uint16_t release(const std::string &record)
     return status;
 }
 
-// The next record; "END" at the end.
+// The next record; "END" at the end, "FAILED" where it cannot be had.
 inline std::string next()
 {
     static thread_local std::vector<char> area(2 * kBuffer);
     uint32_t length = 0;
     uint16_t status = 7;
     _zvkReturn(&length, area.data(), &status);
-    REQUIRE(status == 7 || status == 1);
-    return status == 1 ? "END" : std::string(area.data(), length);
+    REQUIRE(status == 7 || status == 1 || status == 16);
+    return status == 16 ? "FAILED" : status == 1 ? "END" : std::string(area.data(), length);
 }
 
 inline std::string spillName(const char *prefix)

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 
@@ -225,8 +226,29 @@ KVR2_PIECE(sort_chunks)
         behaviour = [&](const EngineCall &call) {
             return writeFile(call.outPath, std::string(word, word[1] == 'b' ? 2 : word[0] == -1 ? 4 : 8)), 0;
         };
-        REQUIRE(damaged.op(1) == 0 && next() == "END" && next() == "END");
+        REQUIRE(damaged.op(1) == 0 && next() == "FAILED" && damaged.sortReturn == 16 && next() == "END");
     }
+    // A result that cannot be read is not the end of the data: no descriptor is left, or the file
+    // is gone.
+    std::string all;
+    for (size_t i = 0; i < 600; i++) all += numbered(i, 999);
+    behaviour = [&](const EngineCall &call) { return writeFile(call.outPath, all), 0; };
+    Statement without(ZVK_SORT_FIXED, 999);
+    without.usingList.count = 1;
+    REQUIRE(without.op(1) == 0);
+    rlimit before, none{3, 3};
+    getrlimit(RLIMIT_NOFILE, &before);
+    none.rlim_max = before.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &none);
+    std::string first = next();
+    setrlimit(RLIMIT_NOFILE, &before);
+    REQUIRE(first == "FAILED" && without.sortReturn == 16);
+    // Opened once: a program that uses its descriptors up in between reads on.
+    REQUIRE(without.op(1) == 0 && next() == numbered(0, 999));
+    setrlimit(RLIMIT_NOFILE, &none);
+    for (size_t i = 1; i < 600; i++) REQUIRE(next() == numbered(i, 999));
+    REQUIRE(next() == "END");
+    setrlimit(RLIMIT_NOFILE, &before);
     // An empty result.
     behaviour = [](const EngineCall &call) { return writeFile(call.outPath, ""), 0; };
     REQUIRE(fixed.op(1) == 0 && next() == "END");

@@ -29,7 +29,7 @@ struct ChildOptions {
     std::vector<std::pair<std::string, std::optional<std::string>>> env; // set, or with nullopt unset, in the child
     std::string input;                                                   // its standard input
     std::string directory;                                               // its working directory; empty: the parent's
-    int seconds = 60;
+    int seconds = 600;
 };
 
 // Forks and runs `body`; the child exits with 0 when it returns, through exit(), so that the

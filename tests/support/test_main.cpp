@@ -2,6 +2,8 @@
 // what the sanitizers' run time is to know.
 //
 // The tests find the build through the environment variables KVR2_BUILD_DIR and KVR2_SOURCE_DIR.
+#include <unistd.h>
+
 #include "support/child.h"
 
 extern "C" {
@@ -32,8 +34,20 @@ __attribute__((visibility("default"), used)) const char *__tsan_default_suppress
 }
 }
 
-__attribute__((constructor(101))) static void nameTheBuild()
+// The library reads the environment while it is loaded, before main and in part before this. So a
+// test program that was not started in the tests' own environment starts itself again in it: one
+// locale, and none of the variables that a site may have set for its COBOL programs.
+__attribute__((constructor(101))) static void enterTheTestsEnvironment(int, char **argv)
 {
+    if (!getenv("KVR2_TEST_ENVIRONMENT")) {
+        for (const char *name : {"LC_ALL", "LC_CTYPE", "LC_MESSAGES", "LC_TIME", "LC_NUMERIC", "LANGUAGE", "NLSPATH",
+                                 "COBRTOPT", "COBPATH", "COBOL_CPM_CACHE", "COB_CPM_SIZE_MAX", "CPM_CACHE", "COBCORE",
+                                 "COBMSGS", "COBOUTDIR", "EBCDIC_CODEPAGE", "gdg_home", "__ZVKDEBUG"})
+            unsetenv(name);
+        setenv("LANG", "C.UTF-8", 1);
+        setenv("KVR2_TEST_ENVIRONMENT", "1", 1);
+        execv("/proc/self/exe", argv);
+    }
     setenv("KVR2_BUILD_DIR", KVR2_BUILD_DIR, 0);
     setenv("KVR2_SOURCE_DIR", KVR2_SOURCE_DIR, 0);
 }

@@ -2,6 +2,7 @@
 # The command over generation data groups: each subcommand once, wrong usage, and its manual.
 # Catches: an option that goes to the wrong attribute, an exit status that hides a failure, a manual that lacks a command.
 set -euo pipefail
+export LC_ALL=C.UTF-8
 tool=$1 manual=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
