@@ -224,6 +224,7 @@ private:
     Num functionNumber(const Expr *e, int wantScale);
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);
+    void expandAll(const Expr *e, std::vector<const Expr *> &out);
 
     Meaning &meaning_;
     Group &group_;
