@@ -6,8 +6,8 @@
 //     up to 2^53 and 22 places         binary 64: integer and power are exact, one rounding
 //     other values                     binary 128, rounded once more into the narrower result
 //
-// For example +123.45 in five digits and two places is 12345 / 100. Binary 32 is binary 64 narrowed.
-// A zero is positive; a bad operand is reported and computed on as it stands.
+// For example +123.45 in five digits and two places is 12345 / 100. Binary 32 is binary 64
+// narrowed. A zero is positive; a bad operand is reported and computed on as it stands.
 #include "base/quiet_floats.h"
 #include "decimal/entry.h"
 #include "decimal/float_dump.h"

@@ -7,9 +7,9 @@
 //     Binary32, Binary64, Binary128     IEEE binary formats
 //     Decimal32, Decimal64, Decimal128  IEEE decimal formats, coefficient as a binary integer
 //
-// Powers of ten are exact where the format holds them: up to 10^22 in binary 64, 10^48 in binary 128
-// and all of them in the decimal formats, where they are 1 with an exponent. The C library's exp10
-// and its like differ in the last bit even there.
+// Powers of ten are exact where the format holds them: up to 10^22 in binary 64, 10^48 in binary
+// 128 and all of them in the decimal formats, where they are 1 with an exponent. The C library's
+// exp10 and its like differ in the last bit even there.
 #pragma once
 
 #include <array>

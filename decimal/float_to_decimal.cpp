@@ -1,9 +1,10 @@
 // Floating point to packed and zoned items.
 //
 // The magnitude, in the `Rnd` forms with half a unit of the item's last place added, is scaled by a
-// power of ten so that the item's last place becomes the units, cut to an integer, and the integer's
-// digits are the item's. All steps are rounded in the value's own format, which is what programs
-// expect: 0.7 lies below seven tenths, but scaled by ten it is 7, and so one decimal place gets 7.
+// power of ten so that the item's last place becomes the units, cut to an integer, and the
+// integer's digits are the item's. All steps are rounded in the value's own format, which is what
+// programs expect: 0.7 lies below seven tenths, but scaled by ten it is 7, and so one decimal place
+// gets 7.
 //
 //     binary formats    a magnitude up to 0.1 is scaled in two steps, first to one digit before the
 //                       point. An integer that is too long for its format to be exact in the item is
@@ -137,7 +138,8 @@ struct Limits<Binary32> {
     static constexpr double widerFrom = 1e6; // seven digits
     static constexpr int32_t widerPrec = 9;
     static constexpr int cut = 38, cap = 9;
-    // One limit for all items, however long: more than 10^9 units of the last place give zero. It stays.
+    // One limit for all items, however long: more than 10^9 units of the last place give zero. It
+    // stays.
     static bool absurd(float integer, int32_t) { return integer > 1e9F; }
 };
 template <>
@@ -208,8 +210,9 @@ inline ZvkFloat128 wholePart(ZvkFloat128 x)
     return bitsAs<ZvkFloat128>(bits);
 }
 
-// The digits of an integer of any size, eighteen a chunk from the right: its mantissa, doubled as often
-// as its exponent says, up to 59 times at once, which carries less than a chunk. Chunks to the left of `most` are dropped.
+// The digits of an integer of any size, eighteen a chunk from the right: its mantissa, doubled as
+// often as its exponent says, up to 59 times at once, which carries less than a chunk. Chunks to
+// the left of `most` are dropped.
 struct Chunks {
     static constexpr uint64_t kChunk = 1'000'000'000'000'000'000u;
     uint64_t chunk[4933 / 18 + 2]; // of the largest number
@@ -248,7 +251,8 @@ void storeLongValue(uint8_t *dst, int32_t prec, ZvkFloat128 integer, bool negati
     int64_t place = 0;
     for (int i = 0; i < digits.count && place <= prec; i++, place += 18) {
         uint64_t rest = digits.chunk[i];
-        // The digit to the left of the item counts: when it alone is there, the item is a negative zero.
+        // The digit to the left of the item counts: when it alone is there, the item is a negative
+        // zero.
         int64_t seen = prec + int64_t{1} - place;
         any |= (seen >= 18 ? rest : rest % static_cast<uint64_t>(kIntegerPower[static_cast<size_t>(seen)])) != 0;
         setDigits<Form>(dst, prec, place, rest);

@@ -15,7 +15,8 @@ inline uint64_t packedMagnitude(const uint8_t *item, int32_t digits)
     const uint8_t *at = skipZeroBytes(item, last);
     uint64_t value = 0;
     if (at < last) {
-        // The first nibble of an even item is no digit; after skipped bytes there is no such nibble any more.
+        // The first nibble of an even item is no digit; after skipped bytes there is no such nibble
+        // any more.
         uint8_t first = at == item && (digits & 1) == 0 ? *at & 0x0F : *at;
         value = kPairValue[first];
         for (at++; at < last; at++) value = value * 100 + kPairValue[*at];

@@ -1,8 +1,8 @@
 // External floating point ("+1.234E+05") to and from floating-point items.
 //
 // Out of the external form a table (base/scan_table.h) copies what belongs to a number into a clean
-// text and passes over the rest, and the C library's routine makes a number of it. Into it the number
-// is printed with the picture's digits and the point is moved to the picture's place:
+// text and passes over the rest, and the C library's routine makes a number of it. Into it the
+// number is printed with the picture's digits and the point is moved to the picture's place:
 //
 //     1234.5 in 99.999E+99:   +1.2345E+03  ->  +12.345E+02
 #include <cerrno>
@@ -56,8 +56,8 @@ constexpr auto kScan = scanTable<10, 6>({
     "9Q 9Q 9Q 9Q 9Q 9Q", // 9: stop
 });
 
-// The letter R has a class of its own, one past the last column: it reads the next row's first entry.
-// It stays.
+// The letter R has a class of its own, one past the last column: it reads the next row's first
+// entry. It stays.
 ScanStep stepOf(uint8_t state, uint8_t byte)
 {
     uint8_t column = kClass[byte];
@@ -66,7 +66,7 @@ ScanStep stepOf(uint8_t state, uint8_t byte)
 
 int lengthOf(int16_t length) { return length < 0 ? -length : length; }
 
-// The clean text: no longer than the item and a few more for the point and the exponent. False
+// The clean text: no longer than the item and a few more for sign, point and exponent. False
 // without a digit.
 bool cleanText(const ZvkExternalFloatSource &picture, const uint8_t *item, char *to)
 {
@@ -74,6 +74,8 @@ bool cleanText(const ZvkExternalFloatSource &picture, const uint8_t *item, char 
     int digits = 0;
     char exponentSign = '+';
     uint8_t state = 0;
+    char *const sign = to; // a blank when the item has none
+    *to++ = ' ';
     for (int i = 0; i < lengthOf(picture.length); i++) {
         const auto byte = static_cast<char>(item[i]);
         const ScanStep step = stepOf(state, item[i]);
@@ -240,7 +242,8 @@ void toExternal(const ZvkExternalFloatTarget &picture, ZvkFloat128 value, uint8_
         snprintf(exponent, sizeof exponent, "%+.2i", static_cast<int>(strtol(exponent, nullptr, 10)) - (integer - 1));
 
     out.put(signFor(picture.mantissaSign, printed.text[0]));
-    // An assumed point has no place in the item, nor has one without decimal places where there is no room.
+    // An assumed point has no place in the item, nor has one without decimal places where there is
+    // no room.
     const bool point = picture.length > 0 && out.length > digits + 5;
     for (int i = 0; i < digits; i++) {
         if (i == integer && point) out.put(static_cast<char>(picture.decimalPoint));

@@ -168,7 +168,8 @@ void putQuotient(const Power &power, int64_t zeros, const Field &field)
 {
     const int length = countDigits(power.limbs);
     int64_t place = zeros - (length - 1); // of the first digit
-    // As long only for powers of ten, whose reciprocal has one digit, far to the left, or for powers that were too long.
+    // As long only for powers of ten, whose reciprocal has one digit, far to the left, or for
+    // powers that were too long.
     if (place > 100000) return;
     if (isOneWord(power)) {
         const uint64_t divisor = oneWord(power);

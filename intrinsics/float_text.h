@@ -5,12 +5,10 @@
 
 namespace floats {
 
-// The text through the C library's routine for the format, with its point turned into the radix of
-// the locale. `outOfRange`: the value is too large, or became zero, for the format.
+// The nearest number. A binary one comes from the C library's routine for the format, with the
+// text's point turned into the radix of the locale. `outOfRange`: the value is too large, or became
+// zero, for the format. The text begins with a sign or a blank.
 template <class F>
 typename F::Value parseText(char *text, bool &outOfRange);
-
-// The locale's radix character.
-char radixCharacter();
 
 } // namespace floats

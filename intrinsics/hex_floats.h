@@ -1,8 +1,8 @@
-// Hexadecimal floating point: sign, exponent in excess 64 over base 16, 24 bits of fraction without a
-// hidden bit. 1.0 is 0x41100000: a sixteenth times 16 to the power of 1.
+// Hexadecimal floating point: sign, exponent in excess 64 over base 16, 24 bits of fraction without
+// a hidden bit. 1.0 is 0x41100000: a sixteenth times 16 to the power of 1.
 //
-// For callers that report errors themselves: 0, or the number of the message that tells the fault, and
-// then nothing is stored.
+// For callers that report errors themselves: 0, or the number of the message that tells the fault,
+// and then nothing is stored.
 #pragma once
 
 #include <cstdint>

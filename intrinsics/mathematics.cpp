@@ -53,9 +53,9 @@ typename F::Value integerPart(typename F::Value x)
     return quietly([&] { return Functions<F>::trunc(x); });
 }
 
-// By subtracting quotients in the format, as 1 has no rest by 0.1 although 0.1 is a little more than a
-// tenth. More than one turn is for quotients that the format does not hold; a turn that brings the
-// rest no nearer leaves it to the exact remainder.
+// By subtracting quotients in the format, as 1 has no rest by 0.1 although 0.1 is a little more
+// than a tenth. More than one turn is for quotients that the format does not hold; a turn that
+// brings the rest no nearer leaves it to the exact remainder.
 template <class F>
 typename F::Value remainderOf(typename F::Value dividend, typename F::Value divisor)
 {

@@ -1,10 +1,10 @@
 // FUNCTION NUMVAL and NUMVAL-C.
 //
-// One scanner engine checks the text against the grammar of the function, which is a table of states
-// (base/scan_table.h), and gathers sign and digits. Single-byte and national texts differ in how the
-// engine reads a character. At the end the digits become a number: up to what a format holds exactly
-// by one division, as "-12.50" is -1250 / 100; beyond that through the C library's routine for
-// texts, with the digits as a clean text ("-12.50"), so both ways round alike.
+// One scanner engine checks the text against the grammar of the function, which is a table of
+// states (base/scan_table.h), and gathers sign and digits. Single-byte and national texts differ in
+// how the engine reads a character. At the end the digits become a number: up to what a format
+// holds exactly by one division, as "-12.50" is -1250 / 100; beyond that through the C library's
+// routine for texts, with the digits as a clean text ("-12.50"), so both ways round alike.
 //
 // A byte that does not fit is reported, once, with its place. The scan then takes nothing more from
 // the text, and what was read so far is converted.
@@ -45,8 +45,9 @@ constexpr std::array<uint8_t, 256> kClass = [] {
     return table;
 }();
 
-// Actions: S the byte is the sign, M the sign is minus, D a digit, P the decimal point, C a currency
-// sign may begin here; the state after it is two further on, and the one in the table is not entered.
+// Actions: S the byte is the sign, M the sign is minus, D a digit, P the decimal point, C a
+// currency sign may begin here; the state after it is two further on, and the one in the table is
+// not entered.
 constexpr auto kNumval = scanTable<15, 10>({
     // space sign digit point C D R B comma other
     "0  1S  2D 5P -  -  -   -   - -", // 0: start

@@ -1,8 +1,8 @@
 // FUNCTION RANDOM: a Lehmer generator, x = x * 950706376 mod (2^31 - 1).
 //
-// Its state is a field of the run unit's record, so that each run unit has its own sequence; outside
-// of any run unit there is one for the process. A state of 0, like the 1 that a run unit starts with,
-// makes 950706376 the first number.
+// Its state is a field of the run unit's record, so that each run unit has its own sequence;
+// outside of any run unit there is one for the process. A state of 0, like the 1 that a run unit
+// starts with, makes 950706376 the first number.
 #include "base/quiet_floats.h"
 #include "frame/run_unit.h"
 #include "intrinsics/float_functions.h"
@@ -25,8 +25,8 @@ uint32_t &state()
     return run ? run->randomSeed : ownState;
 }
 
-// The number after `from`, which becomes the state. The product has up to 62 bits, and 2^31 is 1 here:
-// the parts above and below bit 31 add up to the same rest.
+// The number after `from`, which becomes the state. The product has up to 62 bits, and 2^31 is 1
+// here: the parts above and below bit 31 add up to the same rest.
 uint32_t next(uint32_t from)
 {
     uint64_t product = uint64_t{from ? from : 1} * kMultiplier;

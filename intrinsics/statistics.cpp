@@ -1,9 +1,9 @@
 // FUNCTION MEDIAN, VARIANCE and STANDARD-DEVIATION.
 //
 // MEDIAN is a quickselect in place: the array is split around its middle element, smaller ones to
-// the left, and the part that holds the middle place is split again. The split does not branch on the
-// values. Of values that are equal one split would take away only one, so after a lopsided split
-// those equal to the pivot are gathered, too.
+// the left, and the part that holds the middle place is split again. The split does not branch on
+// the values. Of values that are equal one split would take away only one, so after a lopsided
+// split those equal to the pivot are gathered, too.
 #include "intrinsics/statistics.h"
 #include "base/quiet_floats.h"
 #include "intrinsics/float_functions.h"
@@ -20,11 +20,10 @@ template <class Value, class First>
 uint32_t gather(Stored<Value> *array, uint32_t place, uint32_t high, First first)
 {
     for (uint32_t i = place; i++ != high;) {
-        Value value = array[i], other = array[place + 1];
-        bool moves = first(value);
-        array[i] = moves ? other : value;
-        array[place + 1] = moves ? value : other;
-        place += moves;
+        Value value = array[i];
+        array[i] = array[place + 1]; // one that stays, too, only changes places with another that stays
+        array[place + 1] = value;
+        place += first(value);
     }
     return place;
 }
@@ -67,7 +66,8 @@ typename F::Value median(uint32_t count, Stored<typename F::Value> *array)
     }
     const Value middle = array[k];
     if (count % 2) return middle;
-    // All up to `high` are not below the middle one; the first after them is not above those that follow.
+    // All up to `high` are not below the middle one; the first after them is not above those that
+    // follow.
     Value upper = array[k + 1];
     for (uint32_t i = k + 2; i <= high && i > k; i++) {
         Value value = array[i];

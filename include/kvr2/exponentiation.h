@@ -9,8 +9,9 @@
  * | 58 | a floating-point result is infinite | the infinity |
  * | 51, 59, 60, 61 | fixed point only, see `_zvkcExpFixedPt` | |
  *
- * ON SIZE ERROR: each entry takes the address of a counter. When the counter is not zero, an error adds one to it and no message is written. Set it to 1 before the
- * statement: more than 1 after it is the size error. With 0 in it errors are reported.
+ * ON SIZE ERROR: each entry takes the address of a counter. When the counter is not zero, an error
+ * adds one to it and no message is written. Set it to 1 before the statement: more than 1 after it
+ * is the size error. With 0 in it errors are reported.
  */
 #ifndef KVR2_EXPONENTIATION_H
 #define KVR2_EXPONENTIATION_H
@@ -37,13 +38,17 @@ ZVK_AT(ZvkPowerDescriptor, resultFraction, 14);
 ZVK_AT(ZvkPowerDescriptor, resultUnitsPosition, 16);
 
 /**
- * Fixed point: result = base ** exponent, exponent an integer. All three are a sign byte, "+" or "-", and then digits.
+ * Fixed point: result = base ** exponent, exponent an integer. All three are a sign byte, "+" or
+ * "-", and then digits.
  *
- * The power is computed digit by digit in 62 places. What does not fit the result is cut, on the right silently.
+ * The power is computed exactly, in 62 digits. What does not fit the result is cut, on the right
+ * silently.
  *
- * @messages 59: the exponent has more than 9 digits, its last 9 are used. 60: the power has more than 62 digits; nothing is stored. 61: a negative power of a value
- *           that vanished; the result is zero. 51: no digit of a power that is not zero fits the result; it is zero. 49 and 50 as above.
- *           With the counter not zero, 49, 50, 60, 61 and lost digits on the left count, and the result stays as it was
+ * @messages 59: the exponent has more than 9 digits, its last 9 are used. 60: the power has more
+ *           than 62 digits; its first 62 are used. 61: a negative power of a value that vanished;
+ *           the result is zero. 51: no digit of a power that is not zero fits the result; it is
+ *           zero. 49 and 50 as above. With the counter not zero, 49, 50, 60, 61 and lost digits on
+ *           the left count, and the result stays as it was
  */
 ZVK_EXPORT void _zvkcExpFixedPt(const ZvkPowerDescriptor *descriptor, const uint8_t *exponent, const uint8_t *base,
                                 uint8_t *result, int32_t *errorCount);
@@ -63,8 +68,8 @@ ZVK_EXPORT ZvkDecimal128 _zvkExpDFloat16Int8(ZvkDecimal128 base, int64_t exponen
 /**
  * The same as a service that programs call by name, on COMP-2 items: result = base ** exponent.
  *
- * @param feedback  the 12-byte condition token: all zero, or severity, number (48, 49, 50, 58), flags and facility of the error. Null: errors are
- *                  reported as messages
+ * @param feedback  the 12-byte condition token: all zero, or severity, number (48, 49, 50, 58),
+ *           flags and facility of the error. Null: errors are reported as messages
  */
 ZVK_EXPORT void LSVSDXPD(const ZvkFloat64Item *base, const ZvkFloat64Item *exponent, ZvkFloat64Item *result,
                          void *feedback);

@@ -10,8 +10,9 @@
  * | `DFlt64` | ZvkDecimal64 | FLOAT-DECIMAL-16 |
  * | `DFlt`, `DFlt128`, `DFloat16`, `decfloat16` | ZvkDecimal128 | FLOAT-DECIMAL-34 |
  *
- * Decimal floats are in the binary integer encoding. By value all of them travel as the processor's ABI has it: in the vector registers, a
- * result in xmm0. Where an entry takes an address, the number may lie there at any alignment: the `...Item` types say so.
+ * Decimal floats are in the binary integer encoding. By value all of them travel as the processor's
+ * ABI has it: in the vector registers, a result in xmm0. Where an entry takes an address, the
+ * number may lie there at any alignment: the `...Item` types say so.
  *
  * No entry that works on floating point traps, whatever its arguments are: infinities, NaNs,
  * denormal numbers and overflow go through it, although a run unit traps divisions by zero. The

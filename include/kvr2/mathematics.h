@@ -1,8 +1,9 @@
 /**
  * The mathematical intrinsic functions, REM, INTEGER, FACTORIAL and RANDOM.
  *
- * Every function exists for binary 64, binary 128 and Decimal128; it takes its arguments by value and returns the result. A wrong argument is reported, with the
- * function's name, and the function goes on if the message lets it:
+ * Every function exists for binary 64, binary 128 and Decimal128; it takes its arguments by value
+ * and returns the result. A wrong argument is reported, with the function's name, and the function
+ * goes on if the message lets it:
  *
  * | Message | When |
  * |---|---|
@@ -13,7 +14,8 @@
  * | 179 | ACOS, ASIN of less than -1; SQRT of a negative number |
  * | 180 | RANDOM of a number that is no integer |
  *
- * Formats: kvr2/floats.h. Threads: any; RANDOM's sequence belongs to the run unit and is not locked.
+ * Formats: kvr2/floats.h. Threads: any; RANDOM's sequence belongs to the run unit and is not
+ * locked.
  */
 #ifndef KVR2_MATHEMATICS_H
 #define KVR2_MATHEMATICS_H
@@ -85,13 +87,21 @@ ZVK_EXPORT ZvkFloat128 _zvkSqrtFloat16(ZvkFloat128 x);
 ZVK_EXPORT ZvkFloat128 _Dmr_sqrt_float16(ZvkFloat128 x);
 ZVK_EXPORT ZvkDecimal128 _Dmr_sqrt_decfloat16(ZvkDecimal128 x);
 
-/** FUNCTION INTEGER: the greatest integer that is not above x. FUNCTION INTEGER-PART: x without its fraction. @return the integer */
+/**
+ * FUNCTION INTEGER: the greatest integer that is not above x. FUNCTION INTEGER-PART: x without its
+ * fraction.
+ * @return the integer
+ */
 ZVK_EXPORT double _zvkInteger(double x);
 ZVK_EXPORT ZvkFloat128 _zvkInteger16(ZvkFloat128 x);
 ZVK_EXPORT double _zvkIntegerPart(double x);
 ZVK_EXPORT ZvkFloat128 _zvkIntegerPart16(ZvkFloat128 x);
 
-/** FUNCTION REM: what a division of `dividend` by `divisor` leaves, with the sign of the dividend. @return the remainder @messages 177 */
+/**
+ * FUNCTION REM: what a division of `dividend` by `divisor` leaves, with the sign of the dividend.
+ * @return the remainder
+ * @messages 177
+ */
 ZVK_EXPORT double _zvkRemFloat8Float8(double dividend, double divisor);
 ZVK_EXPORT double _Dmr_rem(double dividend, double divisor);
 ZVK_EXPORT ZvkFloat128 _zvkRemFloat16Float16(ZvkFloat128 dividend, ZvkFloat128 divisor);
@@ -99,24 +109,32 @@ ZVK_EXPORT ZvkFloat128 _Dmr_rem_float16(ZvkFloat128 dividend, ZvkFloat128 diviso
 ZVK_EXPORT ZvkDecimal128 _Dmr_rem_decfloat16(ZvkDecimal128 dividend, ZvkDecimal128 divisor);
 
 /**
- * FUNCTION RANDOM: the next number of the run unit's sequence, which begins with 0.4427071551059872 when no seed was given.
+ * FUNCTION RANDOM: the next number of the run unit's sequence, which begins with 0.4427071551059872
+ * when no seed was given.
  *
  * @return at least 0, below 1
  */
 ZVK_EXPORT double _zvkRandom(void);
 
-/** FUNCTION RANDOM with a seed: begins the run unit's sequence anew. @return its first number @messages 163, 176, 180 */
+/**
+ * FUNCTION RANDOM with a seed: begins the run unit's sequence anew.
+ * @return its first number
+ * @messages 163, 176, 180
+ */
 ZVK_EXPORT double _zvkRandomInt8(uint64_t seed);
 ZVK_EXPORT double _zvkRandomFloat8(double seed);
 ZVK_EXPORT ZvkFloat128 _zvkRandomFloat16(ZvkFloat128 seed);
 ZVK_EXPORT ZvkDecimal128 _Dmr_random_decfloat16(ZvkDecimal128 seed);
 
 /**
- * FUNCTION FACTORIAL. Arguments up to 50; above, and after message 163, nothing is stored and a value is 0, an address null.
+ * FUNCTION FACTORIAL. Arguments up to 50; above, and after message 163, nothing is stored and a
+ * value is 0, an address null.
  *
- * `_Dmr_factorial` stores 63 packed digits (32 bytes), `_Dmr_factorial_deczoned630` 63 zoned digits, and both return `destination`.
- * `_Dmr_factorial_decpacked320` gives the address of 31 packed digits (16 bytes, read only; the low-order ones of more than 31),
- * `_Dmr_factorial_decfloat16` the number, rounded to 34 digits; these two take arguments of up to 29.
+ * `_Dmr_factorial` stores 63 packed digits (32 bytes), `_Dmr_factorial_deczoned630` 63 zoned
+ * digits, and both return `destination`. `_Dmr_factorial_decpacked320` gives the address of 31
+ * packed digits (16 bytes, read only; the low-order ones of more than 31),
+ * `_Dmr_factorial_decfloat16` the number, rounded to 34 digits; more than 29 is reported first in
+ * these two.
  *
  * @messages 163; in the last two 176
  */

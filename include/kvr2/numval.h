@@ -1,18 +1,20 @@
 /**
  * FUNCTION NUMVAL and NUMVAL-C: a text to a number.
  *
- * Texts: blanks may stand between all parts. A sign before or after the number, or "CR" or "DB" after it, which is minus. NUMVAL-C takes a currency sign before the digits and
- * commas (or points, when the comma is the decimal point) between digits.
+ * Texts: blanks may stand between all parts. A sign before or after the number, or "CR" or "DB"
+ * after it, which is minus. NUMVAL-C takes a currency sign before the digits and commas (or points,
+ * when the comma is the decimal point) between digits.
  *
  *     NUMVAL      " - 12.5 "  "12.5CR"  ".5"
  *     NUMVAL-C    "EUR 1,234.50"  "+$12"  "12.00-"
  *
- * A character that does not fit is reported with its place and left out; after it nothing but message 152 comes of the rest of the text. The number read so far is still converted.
+ * The first character that does not fit is reported with its place, and nothing after it is read.
+ * The number up to it is stored.
  *
  * | Message | When |
  * |---|---|
  * | 97 | no digit |
- * | 151 | more than 62 digits, or a value that is out of the format's range |
+ * | 151 | 63 digits and more after them: at every further byte; or a value out of the format's range |
  * | 152 | a character that is not allowed at its place |
  * | 155 | NUMVAL-C: a currency string that is not allowed |
  *
@@ -65,7 +67,10 @@ ZVK_EXPORT void *_Dmr_numval_decpacked3232(const ZvkNumvalParameters *parameters
 ZVK_EXPORT void *_Dmr_numval_deczoned6332(const ZvkNumvalParameters *parameters, int64_t length, const uint8_t *string,
                                           void *result);
 
-/** NUMVAL-C; `currency` is looked at for ZVK_CURRENCY_STRING only. The three names are one. @messages 97, 151, 152, 155 */
+/**
+ * NUMVAL-C; `currency` is looked at for ZVK_CURRENCY_STRING only. The three names are one.
+ * @messages 97, 151, 152, 155
+ */
 ZVK_EXPORT void _Dmr_numval_c(const ZvkNumvalParameters *parameters, int64_t length, const uint8_t *string,
                               int64_t currencyLength, const uint8_t *currency, ZvkFloat64Item *result);
 ZVK_EXPORT void _zvkcNumvalC(const ZvkNumvalParameters *parameters, int64_t length, const uint8_t *string,
@@ -87,7 +92,11 @@ ZVK_EXPORT void *_Dmr_numval_c_deczoned6332(const ZvkNumvalParameters *parameter
                                             const uint8_t *string, int64_t currencyLength, const uint8_t *currency,
                                             void *result);
 
-/** National text: UTF-16, lengths in bytes, at any alignment; positions in messages count characters. @messages 97, 151, 152, 155 */
+/**
+ * National text: UTF-16, lengths in bytes, at any alignment; positions in messages count
+ * characters.
+ * @messages 97, 151, 152, 155
+ */
 ZVK_EXPORT void _zvkuNumval(const ZvkNumvalParameters *parameters, int64_t length, const uint8_t *string,
                             ZvkFloat64Item *result);
 ZVK_EXPORT void _zvkuNumval16(const ZvkNumvalParameters *parameters, int64_t length, const uint8_t *string,

@@ -1,7 +1,9 @@
 /**
- * FUNCTION MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE and ANNUITY, on arrays of `count` numbers in one format.
+ * FUNCTION MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE and ANNUITY, on arrays of `count`
+ * numbers in one format.
  *
- * The mean that VARIANCE and STANDARD-DEVIATION take is computed by compiled code. No numbers give 0. Formats: kvr2/floats.h. Threads: any.
+ * The mean that VARIANCE and STANDARD-DEVIATION take is computed by compiled code. No numbers give
+ * 0. Formats: kvr2/floats.h. Threads: any.
  */
 #ifndef KVR2_STATISTICS_H
 #define KVR2_STATISTICS_H
@@ -25,16 +27,26 @@ ZVK_EXPORT void _zvkcStandardDeviation(uint32_t count, ZvkFloat64Item *result, c
 ZVK_EXPORT void _zvkcStandardDeviation16(uint32_t count, ZvkFloat128Item *result, const ZvkFloat128Item *array,
                                          ZvkFloat128 mean);
 
-/** PRESENT-VALUE: the first number is the rate, the amounts follow it; `count` counts them all. @messages 100: the rate is not above -1 */
+/**
+ * PRESENT-VALUE: the first number is the rate, the amounts follow it; `count` counts them all.
+ * @messages 100: the rate is not above -1
+ */
 ZVK_EXPORT void _zvkcPresentValue(uint32_t count, ZvkFloat64Item *result, const ZvkFloat64Item *array);
 ZVK_EXPORT void _zvkcPresentValue16(uint32_t count, ZvkFloat128Item *result, const ZvkFloat128Item *array);
 
-/** PRESENT-VALUE computed by compiled code: looks at the rate only. @return 0, or 0xFFFFFFFF after message 100 */
+/**
+ * PRESENT-VALUE computed by compiled code: looks at the rate only.
+ * @return 0, or 0xFFFFFFFF after message 100
+ */
 ZVK_EXPORT uint32_t _Dmr_present_value(double rate);
 ZVK_EXPORT uint32_t _Dmr_present_value_float16(ZvkFloat128 rate);
 ZVK_EXPORT uint32_t _Dmr_present_value_decfloat16(ZvkDecimal128 rate);
 
-/** ANNUITY; the first two names are one. @return the annuity @messages 163: negative rate. 177: the number of periods is not above 0 */
+/**
+ * ANNUITY; the first two names are one.
+ * @return the annuity
+ * @messages 163: negative rate. 177: the number of periods is not above 0
+ */
 ZVK_EXPORT double _Dmr_annuity(double rate, double periods);
 ZVK_EXPORT double _zvkcAnnuityFloat8(double rate, double periods);
 ZVK_EXPORT ZvkFloat128 _zvkcAnnuityFloat16(ZvkFloat128 rate, ZvkFloat128 periods);

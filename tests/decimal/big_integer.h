@@ -117,7 +117,8 @@ struct BigInteger {
     std::string decimal() const
     {
         std::string text;
-        for (BigInteger left = *this; !left.isZero();) text.insert(text.begin(), static_cast<char>('0' + left.divideByTen()));
+        for (BigInteger left = *this; !left.isZero();)
+            text.insert(text.begin(), static_cast<char>('0' + left.divideByTen()));
         return text.empty() ? "0" : text;
     }
 
@@ -133,7 +134,8 @@ struct Dyadic {
     BigInteger mantissa;
     int exponent = 0;
 
-    // To so many bits, ties to even; the rest of a division that was not zero counts as a bit below all.
+    // To so many bits, ties to even; the rest of a division that was not zero counts as a bit below
+    // all.
     Dyadic rounded(int precision, bool sticky = false) const
     {
         int drop = mantissa.bits() - precision;

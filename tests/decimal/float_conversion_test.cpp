@@ -1,7 +1,8 @@
-// Faults that these tests are there to catch: a number that is not the nearest to an item; digits of
-// an item that are not those of the number, at any count of digits and places; a power of ten off by a
-// bit; a half unit added in the wrong place; a cap, limit or hand-over between formats that moved; a
-// sign on a zero; bytes beyond an item; any number or item that crashes, traps or hangs a conversion.
+// Faults that these tests are there to catch: a number that is not the nearest to an item; digits
+// of an item that are not those of the number, at any count of digits and places; a power of ten
+// off by a bit; a half unit added in the wrong place; a cap, limit or hand-over between formats
+// that moved; a sign on a zero; bytes beyond an item; any number or item that crashes, traps or
+// hangs a conversion.
 #include <cfenv>
 #include <cmath>
 #include <limits>
@@ -50,8 +51,8 @@ Dyadic dyadicOf(ZvkFloat128 value)
     return {BigInteger(static_cast<unsigned __int128>(ldexpq(mantissa, 113))), exponent - 113};
 }
 
-// Whether a value lies within half a unit of its last place of N / 10^decs, or a hair more: narrowing
-// from a wider format may round a tie that is none.
+// Whether a value lies within half a unit of its last place of N / 10^decs, or a hair more:
+// narrowing from a wider format may round a tie that is none.
 template <class Value>
 bool isNearest(Value value, const std::string &digits, int decs)
 {
@@ -91,8 +92,8 @@ Operand randomOperandOf(int prec)
 Bytes packed(const Operand &operand) { return packedItem(operand.digits, operand.negative ? 0x0D : 0x0C); }
 Bytes zoned(const Operand &operand) { return zonedItem(operand.digits, operand.negative); }
 
-// As the parsers of decimal texts take it. They cut what is too long for the format, so it is rounded
-// here, to the even digit in the middle.
+// As the parsers of decimal texts take it. They cut what is too long for the format, so it is
+// rounded here, to the even digit in the middle.
 std::string textOf(const Operand &operand, int decs, size_t most = 34)
 {
     std::string digits = reference::stripped(operand.digits);
@@ -101,7 +102,8 @@ std::string textOf(const Operand &operand, int decs, size_t most = 34)
         std::string rest = digits.substr(most), half = "5" + std::string(rest.size() - 1, '0');
         digits.resize(most);
         exponent += static_cast<int>(rest.size());
-        if (rest > half || (rest == half && (digits.back() - '0') % 2)) digits = reference::stripped(reference::add(digits, "1"));
+        if (rest > half || (rest == half && (digits.back() - '0') % 2))
+            digits = reference::stripped(reference::add(digits, "1"));
     }
     return (operand.negative ? "-" : "") + digits + "E" + std::to_string(exponent);
 }
@@ -154,7 +156,9 @@ TEST(DecimalToFloat, KeepsTheOrderOfMagnitudeOfLongItems)
         Bytes digits = zonedItem(std::string(static_cast<size_t>(prec), '7'), true);
         EXPECT_TRUE(fabsq(_zvkcBCD_CONV_Znd_To_BFlt128(digits.data(), prec, 3) / wanted - 1) < 1e-32Q) << prec;
         EXPECT_TRUE(fabs(static_cast<double>(_zvkcBCD_CONV_Znd_To_DFlt128(digits.data(), prec, 3)) /
-                             static_cast<double>(wanted) - 1) < 1e-15) << prec;
+                             static_cast<double>(wanted) -
+                         1) < 1e-15)
+            << prec;
     }
     const uint8_t even[] = {0x91, 0x2C}; // the first nibble of an even item is no digit
     EXPECT_EQ(_zvkcBCD_CONV_Pckd_To_LFlt(even, 2, 0), 12);
@@ -240,11 +244,13 @@ void checkOut(OutOf<Value> toPacked, OutOf<Value> toZoned, Value value, int prec
     auto side = randomBelow(2) ? GuardedItem::AtStart : GuardedItem::AtEnd;
     uint8_t *dst = place.put(randomBytes(wanted.size()), side);
     ASSERT_EQ(toPacked(dst, prec, decs, value), dst);
-    ASSERT_EQ(hex(dst, wanted.size()), hex(wanted)) << text << " in " << prec << ", " << decs << (round ? " rounded" : "");
+    ASSERT_EQ(hex(dst, wanted.size()), hex(wanted))
+        << text << " in " << prec << ", " << decs << (round ? " rounded" : "");
     wanted = zonedItem(digits, negative);
     dst = place.put(randomBytes(wanted.size()), side);
     ASSERT_EQ(toZoned(dst, prec, decs, value), dst);
-    ASSERT_EQ(hex(dst, wanted.size()), hex(wanted)) << text << " in " << prec << ", " << decs << (round ? " rounded" : "");
+    ASSERT_EQ(hex(dst, wanted.size()), hex(wanted))
+        << text << " in " << prec << ", " << decs << (round ? " rounded" : "");
 }
 
 template <class Value>
@@ -286,7 +292,8 @@ TEST(FloatToDecimal, Binary128GivesTheDigitsOfEveryStep)
 
 // Decimal formats: digits and exponent are moved, nothing is lost but by the half unit's rounding.
 template <class Value, class Parse>
-void checkDecimals(OutOf<Value> toPacked, OutOf<Value> packedRounded, OutOf<Value> toZoned, int formatDigits, Parse parse)
+void checkDecimals(OutOf<Value> toPacked, OutOf<Value> packedRounded, OutOf<Value> toZoned, int formatDigits,
+                   Parse parse)
 {
     for (int i = 0; i < 20000; i++) {
         int prec = static_cast<int>(randomBelow(31)) + 1, decs = static_cast<int>(randomBelow(33));
@@ -297,12 +304,14 @@ void checkDecimals(OutOf<Value> toPacked, OutOf<Value> packedRounded, OutOf<Valu
         // The integer digits of digits * 10^(exponent + decs).
         auto wholeOf = [](const std::string &n, int shift) {
             if (shift >= 0) return reference::stripped(n + std::string(static_cast<size_t>(shift), '0'));
-            return static_cast<int>(n.size()) + shift <= 0 ? std::string("0")
-                                                           : reference::stripped(n.substr(0, n.size() - static_cast<size_t>(-shift)));
+            return static_cast<int>(n.size()) + shift <= 0
+                       ? std::string("0")
+                       : reference::stripped(n.substr(0, n.size() - static_cast<size_t>(-shift)));
         };
         auto itemOf = [&](const std::string &whole) {
-            bool absurd = static_cast<int>(whole.size()) > prec + 35 ||
-                          (static_cast<int>(whole.size()) == prec + 35 && whole != "1" + std::string(whole.size() - 1, '0'));
+            bool absurd =
+                static_cast<int>(whole.size()) > prec + 35 ||
+                (static_cast<int>(whole.size()) == prec + 35 && whole != "1" + std::string(whole.size() - 1, '0'));
             std::string kept = absurd && whole.size() > 1 ? "0" : whole;
             kept = reference::cut(kept, prec);
             bool minus = negative && kept.find_first_not_of('0') != std::string::npos;
@@ -321,18 +330,22 @@ void checkDecimals(OutOf<Value> toPacked, OutOf<Value> packedRounded, OutOf<Valu
         if (shift >= 0 && static_cast<int>(tenths.size()) < formatDigits) {
             std::string sum = reference::add(tenths, "5");
             packedRounded(dst.data(), prec, decs, parse(text.c_str()));
-            ASSERT_EQ(hex(dst), hex(itemOf(reference::stripped(sum.substr(0, sum.size() - 1))).first)) << text << " rounded";
+            ASSERT_EQ(hex(dst), hex(itemOf(reference::stripped(sum.substr(0, sum.size() - 1))).first))
+                << text << " rounded";
         }
     }
 }
 
 TEST(FloatToDecimal, DecimalFormatsGiveAllTheirDigits)
 {
-    checkDecimals<ZvkDecimal32>(_zvkcBCD_CONV_DFlt32_To_Pckd, _zvkcBCD_CONV_DFlt32_To_PckdRnd, _zvkcBCD_CONV_DFlt32_To_Znd,
-                                7, [](const char *text) { return strtod32(text, nullptr); });
-    checkDecimals<ZvkDecimal64>(_zvkcBCD_CONV_DFlt64_To_Pckd, _zvkcBCD_CONV_DFlt64_To_PckdRnd, _zvkcBCD_CONV_DFlt64_To_Znd,
-                                16, [](const char *text) { return strtod64(text, nullptr); });
-    checkDecimals<ZvkDecimal128>(_zvkcBCD_CONV_DFlt_To_Pckd, _zvkcBCD_CONV_DFlt_To_PckdRnd, _zvkcBCD_CONV_DFlt128_To_Znd, 34,
+    checkDecimals<ZvkDecimal32>(_zvkcBCD_CONV_DFlt32_To_Pckd, _zvkcBCD_CONV_DFlt32_To_PckdRnd,
+                                _zvkcBCD_CONV_DFlt32_To_Znd, 7,
+                                [](const char *text) { return strtod32(text, nullptr); });
+    checkDecimals<ZvkDecimal64>(_zvkcBCD_CONV_DFlt64_To_Pckd, _zvkcBCD_CONV_DFlt64_To_PckdRnd,
+                                _zvkcBCD_CONV_DFlt64_To_Znd, 16,
+                                [](const char *text) { return strtod64(text, nullptr); });
+    checkDecimals<ZvkDecimal128>(_zvkcBCD_CONV_DFlt_To_Pckd, _zvkcBCD_CONV_DFlt_To_PckdRnd,
+                                 _zvkcBCD_CONV_DFlt128_To_Znd, 34,
                                  [](const char *text) { return strtod128(text, nullptr); });
 }
 
@@ -350,8 +363,8 @@ TEST(FloatToDecimal, LimitsSignsAndCaps)
     EXPECT_EQ(packedOf(0.7, 1, 1), "7c"); // although it lies below seven tenths
     EXPECT_EQ(packedOf(1e20, 31, 0), "0000000000100000000000000000000c");
     EXPECT_EQ(packedOf(123456789012345678e3, 31, 0), "0000000000123456789012345680000c"); // 17 digits
-    EXPECT_EQ(packedOf(-100, 2, 0), "000c");  // digits lost on the left take the sign with them
-    EXPECT_EQ(packedOf(1e19, 2, 0), "000c");  // up to 10^19 low-order digits are given
+    EXPECT_EQ(packedOf(-100, 2, 0), "000c"); // digits lost on the left take the sign with them
+    EXPECT_EQ(packedOf(1e19, 2, 0), "000c"); // up to 10^19 low-order digits are given
     EXPECT_EQ(packedOf(1.2345678901234512e19, 2, 0), "000c");
     Bytes dst(2);
     {
@@ -399,8 +412,10 @@ TEST(Floats, ConvertAmongThemselves)
     EXPECT_EQ(_zvkcBCD_CONV_DFlt_To_Int8(strtod128("-12.9", nullptr)), -12);
     EXPECT_EQ(_zvkcBCD_CONV_DFlt_To_UInt8(strtod128("18446744073709551615.9", nullptr)), UINT64_MAX);
     EXPECT_EQ(_zvkcBCD_CONV_EFlt_To_Int8(-9223372036854775807.5Q), -9223372036854775807);
-    EXPECT_TRUE(_zvkc_SUB_BFlt128(_zvkc_CONV_Int8_To_BFlt128(INT64_MAX), _zvkc_CONV_Int4_To_BFlt128(-1)) == 9223372036854775808.0Q);
-    EXPECT_TRUE(_zvkc_ADD_BFlt128(_zvkc_CONV_Uns8_To_BFlt128(UINT64_MAX), _zvkc_CONV_Uns4_To_BFlt128(1)) == 18446744073709551616.0Q);
+    EXPECT_TRUE(_zvkc_SUB_BFlt128(_zvkc_CONV_Int8_To_BFlt128(INT64_MAX), _zvkc_CONV_Int4_To_BFlt128(-1)) ==
+                9223372036854775808.0Q);
+    EXPECT_TRUE(_zvkc_ADD_BFlt128(_zvkc_CONV_Uns8_To_BFlt128(UINT64_MAX), _zvkc_CONV_Uns4_To_BFlt128(1)) ==
+                18446744073709551616.0Q);
     EXPECT_TRUE(_zvkc_DIV_BFlt128(_zvkc_CONV_SFlt_To_BFlt128(1), _zvkc_CONV_LFlt_To_BFlt128(3)) == 1 / 3.0Q);
     EXPECT_TRUE(_zvkc_ABS_BFlt128(_zvkc_MPY_BFlt128(-2, 3)) == 6);
     EXPECT_EQ(_zvkc_CONV_BFlt128_To_Int4(-1.9Q), -1);
@@ -527,8 +542,9 @@ TEST(FloatDump, HasTitlesItemAndNumber)
               "double to packed rounded... prec 3  decs 1\nin:    1.22500000000000000E+01\ndst: 3: 123c\n");
     EXPECT_EQ(dumpOf([] { _zvkcBCD_CONV_BFlt128_To_Znd(dst, 3, 1, -12.25Q); }),
               "quad to zoned... prec 3  decs 1\nin:   -1.2250000000000000000000000000000000000E+01\ndst: 3: 313272\n");
-    EXPECT_EQ(dumpOf([] { _zvkcBCD_CONV_DFlt_To_Pckd(dst, 3, 1, strtod128("12.3", nullptr)); }),
-              "Decimal128 to packed... prec 3  decs 1\nin:    1.2300000000000000000000000000000000E+01\ndst: 3: 123c\n");
+    EXPECT_EQ(
+        dumpOf([] { _zvkcBCD_CONV_DFlt_To_Pckd(dst, 3, 1, strtod128("12.3", nullptr)); }),
+        "Decimal128 to packed... prec 3  decs 1\nin:    1.2300000000000000000000000000000000E+01\ndst: 3: 123c\n");
 }
 
 TEST(DecimalToFloat, ReportsBadItems)
@@ -538,8 +554,7 @@ TEST(DecimalToFloat, ReportsBadItems)
         return runChild([=] {
                    zvkBcdMode = mode;
                    _zvkcBCD_CONV_Pckd_To_LFlt(bad, 3, 0);
-               })
-            .err.find("ZVK903") != std::string::npos;
+               }).err.find("ZVK903") != std::string::npos;
     };
     EXPECT_TRUE(reports(0));
     EXPECT_FALSE(reports(ZVK_BCD_NO_VALIDATION));

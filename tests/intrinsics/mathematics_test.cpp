@@ -1,7 +1,7 @@
-// Faults that these tests are there to catch: a name bound to another function or format; a missing or
-// wrong message; a remainder with the wrong sign, or that never ends; a sequence of random numbers that
-// is not the given one, is shared by run units or depends on the format of its seed; a factorial's digits
-// or bytes; a trap.
+// Faults that these tests are there to catch: a name bound to another function or format; a missing
+// or wrong message; a remainder with the wrong sign, or that never ends; a sequence of random
+// numbers that is not the given one, is shared by run units or depends on the format of its seed; a
+// factorial's digits or bytes; a trap.
 #include <cfenv>
 #include <cmath>
 #include <cstring>
@@ -29,8 +29,10 @@ struct Family {
 };
 
 #define FAMILY(Name, name, TEXT, argument, below, zero, above)                                                         \
-    {TEXT, _zvk##Name##Float8, _Dmr_##name, _zvk##Name##Float16, _Dmr_##name##_float16, _Dmr_##name##_decfloat16,      \
-     ::name, name##q, argument, below, zero, above}
+    {                                                                                                                  \
+        TEXT, _zvk##Name##Float8, _Dmr_##name, _zvk##Name##Float16, _Dmr_##name##_float16, _Dmr_##name##_decfloat16,   \
+            ::name, name##q, argument, below, zero, above                                                              \
+    }
 
 const Family kFamilies[] = {
     FAMILY(Acos, acos, "ACOS", 0.3, 179, 0, 176), FAMILY(Asin, asin, "ASIN", 0.3, 179, 0, 176),
@@ -90,16 +92,18 @@ TEST(Integer, GoesDownAndIntegerPartToZero)
 
 TEST(Rem, HasTheSignOfTheDividendAndEnds)
 {
-    const double rows[][3] = {{7, -2, 1},   {-7, 2, -1},   {7, 2, 1},    {6, 3, 0},      {5.5, 2, 1.5},
-                              {1, 3, 1},    {1, 0.1, 0},   {-1, 3, -1},  {1e17, 10, 0},  {9007199254740993e3, 1000, 976}};
+    const double rows[][3] = {{7, -2, 1}, {-7, 2, -1}, {7, 2, 1},   {6, 3, 0},     {5.5, 2, 1.5},
+                              {1, 3, 1},  {1, 0.1, 0}, {-1, 3, -1}, {1e17, 10, 0}, {9007199254740993e3, 1000, 976}};
     for (auto &[x, y, wanted] : rows) {
         EXPECT_EQ(_zvkRemFloat8Float8(x, y), wanted) << x << " " << y;
         EXPECT_EQ(_Dmr_rem(x, y), wanted);
     }
     EXPECT_TRUE(_zvkRemFloat16Float16(-7, 2) == -1 && _Dmr_rem_float16(1e30Q, 7) == 1);
-    EXPECT_TRUE(_Dmr_rem_decfloat16(-7, 2) == -1 && _Dmr_rem_decfloat16(strtod128("5.3", nullptr), 2) == strtod128("1.3", nullptr));
+    EXPECT_TRUE(_Dmr_rem_decfloat16(-7, 2) == -1 &&
+                _Dmr_rem_decfloat16(strtod128("5.3", nullptr), 2) == strtod128("1.3", nullptr));
     EXPECT_EQ(terse([] { printf("%g", _Dmr_rem(7, 0)); }).out, "0");
-    EXPECT_EQ(messagesOf([] { _Dmr_rem(7, 0), _Dmr_rem_float16(7, 0), _Dmr_rem_decfloat16(7, 0); }), Messages(3, "177 REM"));
+    EXPECT_EQ(messagesOf([] { _Dmr_rem(7, 0), _Dmr_rem_float16(7, 0), _Dmr_rem_decfloat16(7, 0); }),
+              Messages(3, "177 REM"));
     // Magnitudes: whatever comes out is below the divisor.
     std::mt19937_64 random(10);
     for (int i = 0; i < 20000; i++) {
@@ -146,7 +150,8 @@ TEST(Random, TakesSeedsInEveryFormat)
     EXPECT_EQ(_zvkRandomInt8(2147483646), first(1)); // one modulus for integers
     EXPECT_EQ(_zvkRandomInt8(999999999999999999), first(999999999999999999 % 2147483646 + 1));
     double turns = 2147483646.0 / 2147483645.0;
-    EXPECT_EQ(_zvkRandomFloat8(2147483646.0), first(static_cast<uint64_t>((turns - 1) * 2147483645.0 + 1))); // another for floats
+    EXPECT_EQ(_zvkRandomFloat8(2147483646.0),
+              first(static_cast<uint64_t>((turns - 1) * 2147483645.0 + 1))); // another for floats
 }
 
 TEST(Random, ReportsBadSeedsAndGoesOn)
@@ -164,8 +169,9 @@ TEST(Random, ReportsBadSeedsAndGoesOn)
     snprintf(wanted, sizeof wanted, "%.17g %.17g ", static_cast<double>(reduced * kMultiplier % kModulus),
              static_cast<double>(4294967292u * kMultiplier % kModulus)); // -4 as 32 bits
     EXPECT_EQ(run.out, wanted);
-    EXPECT_EQ(run.messages, (Messages{"176 RANDOM", "163 RANDOM", "176 RANDOM", "176 RANDOM", "180 RANDOM", "163 RANDOM", "180 RANDOM",
-                                      "176 RANDOM", "176 RANDOM", "163 RANDOM", "176 RANDOM", "163 RANDOM"}));
+    EXPECT_EQ(run.messages,
+              (Messages{"176 RANDOM", "163 RANDOM", "176 RANDOM", "176 RANDOM", "180 RANDOM", "163 RANDOM",
+                        "180 RANDOM", "176 RANDOM", "176 RANDOM", "163 RANDOM", "176 RANDOM", "163 RANDOM"}));
     EXPECT_EQ(run.status, 0);
 }
 
@@ -195,8 +201,10 @@ TEST(Factorial, HasTheDigitsOfEveryForm)
                       packed[32] = zoned[63] = 0xEE;
                       if (_Dmr_factorial(packed, n) != packed || _Dmr_factorial_deczoned630(zoned, n) != zoned) abort();
                       std::string found;
-                      for (int i = 0; i < 63; i++) found += static_cast<char>('0' + (i % 2 ? packed[i / 2] & 15 : packed[i / 2] >> 4));
-                      if (found != reference::cut(digits, 63) || (packed[31] & 15) != 0xC || packed[32] != 0xEE) abort();
+                      for (int i = 0; i < 63; i++)
+                          found += static_cast<char>('0' + (i % 2 ? packed[i / 2] & 15 : packed[i / 2] >> 4));
+                      if (found != reference::cut(digits, 63) || (packed[31] & 15) != 0xC || packed[32] != 0xEE)
+                          abort();
                       if (std::string(zoned, zoned + 63) != found || zoned[63] != 0xEE) abort();
                       if (n > 29) continue;
                       if (memcmp(_Dmr_factorial_decpacked320(n), packed + 16, 16) != 0) abort();
@@ -207,12 +215,15 @@ TEST(Factorial, HasTheDigitsOfEveryForm)
     uint8_t kept[32] = {0x77};
     _Dmr_factorial(kept, 51);
     EXPECT_EQ(kept[0], 0x77);
-    EXPECT_EQ(messagesOf([&] { _Dmr_factorial(kept, -1), _Dmr_factorial_decfloat16(-1), _Dmr_factorial_decpacked320(INT32_MIN); }),
+    EXPECT_EQ(messagesOf([&] {
+                  _Dmr_factorial(kept, -1), _Dmr_factorial_decfloat16(-1), _Dmr_factorial_decpacked320(INT32_MIN);
+              }),
               Messages(3, "163 FACTORIAL"));
     EXPECT_EQ(messagesOf([] {
                   if (!_Dmr_factorial_decpacked320(30) || _Dmr_factorial_decpacked320(51)) abort();
                   // 50! has 65 digits, 34 of them stay.
-                  if (_Dmr_factorial_decfloat16(50) != strtod128("3041409320171337804361260816606477E31", nullptr)) abort();
+                  if (_Dmr_factorial_decfloat16(50) != strtod128("3041409320171337804361260816606477E31", nullptr))
+                      abort();
               }),
               Messages(3, "176 FACTORIAL"));
 }
@@ -225,8 +236,15 @@ TEST(Functions, NeverTrap)
         std::mt19937_64 random(11);
         for (int i = 0; i < 300; i++) {
             uint64_t bits[4];
-            const uint64_t specials[] = {0, 1, 0x7FF0000000000000, 0x7FF0000000000001, 0xFFF8000000000000, 0x8000000000000000,
-                                         0x7FFF000000000001, 0x7800000000000000, 0x7E00000000000000};
+            const uint64_t specials[] = {0,
+                                         1,
+                                         0x7FF0000000000000,
+                                         0x7FF0000000000001,
+                                         0xFFF8000000000000,
+                                         0x8000000000000000,
+                                         0x7FFF000000000001,
+                                         0x7800000000000000,
+                                         0x7E00000000000000};
             for (uint64_t &word : bits) word = random() % 2 ? specials[random() % 9] : random();
             double d[4];
             ZvkFloat128 q[2];

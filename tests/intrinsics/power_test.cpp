@@ -1,6 +1,7 @@
-// Faults that these tests are there to catch: a digit of a fixed-point power or of a reciprocal; digits
-// that do not fit cut on the wrong side, or stored under ON SIZE ERROR; an error that is reported where
-// it should count, or the reverse; the rules for bases that are zero or negative mixed up in a format.
+// Faults that these tests are there to catch: a digit of a fixed-point power or of a reciprocal;
+// digits that do not fit cut on the wrong side, or stored under ON SIZE ERROR; an error that is
+// reported where it should count, or the reverse; the rules for bases that are zero or negative
+// mixed up in a format.
 #include <cfenv>
 #include <cmath>
 #include <cstring>
@@ -31,7 +32,8 @@ std::string power(const std::string &base, int baseFraction, const std::string &
     descriptor.resultUnitsPosition = static_cast<uint16_t>(field.digits - field.fraction);
     std::string result(static_cast<size_t>(field.digits) + 3, '?');
     auto bytes = [](const std::string &text) { return reinterpret_cast<const uint8_t *>(text.data()); };
-    _zvkcExpFixedPt(&descriptor, bytes(exponent), bytes(base), reinterpret_cast<uint8_t *>(result.data()) + 1, &counter);
+    _zvkcExpFixedPt(&descriptor, bytes(exponent), bytes(base), reinterpret_cast<uint8_t *>(result.data()) + 1,
+                    &counter);
     EXPECT_TRUE(result.front() == '?' && result.back() == '?');
     return result.substr(1, result.size() - 2);
 }
@@ -52,7 +54,7 @@ TEST(FixedPower, IsExact)
     EXPECT_EQ(power("+0", "+5"), "+000000");
     EXPECT_EQ(power("+2", "-2", {6, 3}), "+000250");
     EXPECT_EQ(power("-2", "-3", {6, 3}), "-000125");
-    EXPECT_EQ(power("+15", "+3", {6, 2}, 1), "+000337"); // 3.375, cut
+    EXPECT_EQ(power("+15", "+3", {6, 2}, 1), "+000337");  // 3.375, cut
     EXPECT_EQ(power("+005", "-1", {6, 2}, 2), "+002000"); // 1 / 0.05
 
     // By multiplying as often as the exponent says.
@@ -70,11 +72,14 @@ TEST(FixedPower, IsExact)
         for (int n = 0; n < times; n++) whole = reference::stripped(reference::multiply(whole, base));
         int places = baseFraction * times;
         if (reciprocal && times) // 10^(fraction + places) / power
-            whole = reference::divide("1" + std::string(static_cast<size_t>(field.fraction + places), '0'), whole).first;
+            whole =
+                reference::divide("1" + std::string(static_cast<size_t>(field.fraction + places), '0'), whole).first;
         else if (places > field.fraction)
-            whole = reference::cut("0" + whole, std::max(static_cast<int>(whole.size()), places - field.fraction + 1))
-                        .substr(0, static_cast<size_t>(std::max(static_cast<int>(whole.size()), places - field.fraction + 1) -
-                                                       (places - field.fraction)));
+            whole =
+                reference::cut("0" + whole, std::max(static_cast<int>(whole.size()), places - field.fraction + 1))
+                    .substr(0,
+                            static_cast<size_t>(std::max(static_cast<int>(whole.size()), places - field.fraction + 1) -
+                                                (places - field.fraction)));
         else
             whole += std::string(static_cast<size_t>(field.fraction - places), '0');
         whole = reference::stripped(whole);
@@ -82,7 +87,8 @@ TEST(FixedPower, IsExact)
         std::string wanted = (negative && times % 2 ? "-" : "+") + reference::cut(whole, field.digits);
         if (static_cast<int>(whole.size()) > field.digits)
             wanted = "counted " + std::string(static_cast<size_t>(field.digits) + 1, '?');
-        ASSERT_EQ(power((negative ? "-" : "+") + base, (reciprocal ? "-0" : "+0") + std::to_string(times), field, baseFraction),
+        ASSERT_EQ(power((negative ? "-" : "+") + base, (reciprocal ? "-0" : "+0") + std::to_string(times), field,
+                        baseFraction),
                   wanted)
             << base << " ** " << times << " with " << baseFraction << " in " << field.digits << "," << field.fraction;
     }
@@ -183,25 +189,38 @@ TEST(FloatPower, FollowsTheRulesInEveryFormat)
                 if (messages.empty()) return;
                 EXPECT_EQ(messagesOf([&] { with(0, call); }), messages) << name << base << exponent;
             };
-            check("Float8Float8 ", [&](int32_t *c) { return _zvkExpFloat8Float8(base, exponent, c); }, true);
-            check("Float16Float8 ", [&](int32_t *c) { return _zvkExpFloat16Float8(base, exponent, c); }, false);
+            check(
+                "Float8Float8 ", [&](int32_t *c) { return _zvkExpFloat8Float8(base, exponent, c); }, true);
+            check(
+                "Float16Float8 ", [&](int32_t *c) { return _zvkExpFloat16Float8(base, exponent, c); }, false);
             auto decimal = [](double x) { return static_cast<ZvkDecimal128>(x); };
-            check("DFloat16DFloat16 ", [&](int32_t *c) { return _zvkExpDFloat16DFloat16(decimal(base), decimal(exponent), c); },
-                  false);
+            check(
+                "DFloat16DFloat16 ",
+                [&](int32_t *c) { return _zvkExpDFloat16DFloat16(decimal(base), decimal(exponent), c); }, false);
             if (base == std::trunc(base) && exponent == std::trunc(exponent) && std::fabs(base) < 1e9) {
                 auto b = static_cast<int64_t>(base), e = static_cast<int64_t>(exponent);
                 auto b4 = static_cast<int32_t>(b), e4 = static_cast<int32_t>(e);
-                check("Int8Int8 ", [&](int32_t *c) { return _zvkExpInt8Int8(b, e, c); }, true);
-                check("Int4Int4 ", [&](int32_t *c) { return _zvkExpInt4Int4(b4, e4, c); }, true);
-                check("Float4Int4 ", [&](int32_t *c) { return _zvkExpFloat4Int4(static_cast<float>(base), e4, c); }, true);
-                check("Float8Int8 ", [&](int32_t *c) { return _zvkExpFloat8Int8(base, e, c); }, true);
-                check("Float16Int8 ", [&](int32_t *c) { return _zvkExpFloat16Int8(base, e, c); }, false);
-                check("DFloat16Int8 ", [&](int32_t *c) { return _zvkExpDFloat16Int8(decimal(base), e, c); }, false);
+                check(
+                    "Int8Int8 ", [&](int32_t *c) { return _zvkExpInt8Int8(b, e, c); }, true);
+                check(
+                    "Int4Int4 ", [&](int32_t *c) { return _zvkExpInt4Int4(b4, e4, c); }, true);
+                check(
+                    "Float4Int4 ", [&](int32_t *c) { return _zvkExpFloat4Int4(static_cast<float>(base), e4, c); },
+                    true);
+                check(
+                    "Float8Int8 ", [&](int32_t *c) { return _zvkExpFloat8Int8(base, e, c); }, true);
+                check(
+                    "Float16Int8 ", [&](int32_t *c) { return _zvkExpFloat16Int8(base, e, c); }, false);
+                check(
+                    "DFloat16Int8 ", [&](int32_t *c) { return _zvkExpDFloat16Int8(decimal(base), e, c); }, false);
             }
             if (std::fabs(base) < 1e30)
-                check("Float4Float4 ",
-                      [&](int32_t *c) { return _zvkExpFloat4Float4(static_cast<float>(base), static_cast<float>(exponent), c); },
-                      true);
+                check(
+                    "Float4Float4 ",
+                    [&](int32_t *c) {
+                        return _zvkExpFloat4Float4(static_cast<float>(base), static_cast<float>(exponent), c);
+                    },
+                    true);
         }
     // Infinite results of the 16-byte formats, and an exponent of 1, which computes nothing.
     EXPECT_EQ(messagesOf([] { with(0, [](int32_t *c) { return _zvkExpFloat16Int8(10, 5000, c); }); }), Messages{"58"});
@@ -244,8 +263,15 @@ TEST(FloatPower, NeverTraps)
         std::mt19937_64 random(6);
         for (int i = 0; i < 5000; i++) {
             uint64_t bits[4] = {random(), random(), random(), random()};
-            const uint64_t specials[] = {0, 1, 0x7FF0000000000000, 0x7FF0000000000001, 0xFFF8000000000000, 0x8000000000000000,
-                                         0x7FFF000000000000, 0x7800000000000000, 0x7C00000000000000};
+            const uint64_t specials[] = {0,
+                                         1,
+                                         0x7FF0000000000000,
+                                         0x7FF0000000000001,
+                                         0xFFF8000000000000,
+                                         0x8000000000000000,
+                                         0x7FFF000000000000,
+                                         0x7800000000000000,
+                                         0x7C00000000000000};
             for (uint64_t &word : bits)
                 if (random() % 3 == 0) word = specials[random() % 9];
             double d, e;
@@ -256,7 +282,8 @@ TEST(FloatPower, NeverTraps)
             memcpy(&q, bits, 16), memcpy(&x, bits, 16), memcpy(&y, bits + 2, 16);
             int32_t counter = 1;
             auto n = static_cast<int64_t>(bits[2]);
-            _zvkExpFloat8Float8(d, e, &counter), _zvkExpFloat16Float8(q, e, &counter), _zvkExpFloat4Float4(f, g, &counter);
+            _zvkExpFloat8Float8(d, e, &counter), _zvkExpFloat16Float8(q, e, &counter),
+                _zvkExpFloat4Float4(f, g, &counter);
             _zvkExpInt8Int8(static_cast<int64_t>(bits[0]), n, &counter), _zvkExpFloat8Int8(d, n, &counter);
             _zvkExpFloat4Int4(f, static_cast<int32_t>(n), &counter), _zvkExpFloat16Int8(q, n % 100, &counter);
             if (i % 20 == 0) _zvkExpDFloat16DFloat16(x, y, &counter), _zvkExpDFloat16Int8(x, n % 50, &counter);

@@ -1,6 +1,6 @@
-// Faults that these tests are there to catch: a median that is not the middle, takes quadratic time on
-// equal or sorted values or runs away on NaNs; elements lost from the array; a sum in another order or
-// precision; the rate counted as an amount; a wrong argument that is not reported; a trap.
+// Faults that these tests are there to catch: a median that is not the middle, takes quadratic time
+// on equal or sorted values or runs away on NaNs; elements lost from the array; a sum in another
+// order or precision; the rate counted as an amount; a wrong argument that is not reported; a trap.
 #include <algorithm>
 #include <cfenv>
 #include <cmath>
@@ -179,7 +179,8 @@ TEST(Statistics, NeverTrap)
         std::mt19937_64 random(9);
         for (int i = 0; i < 2000; i++) {
             uint64_t bits[20];
-            const uint64_t specials[] = {0, 1, 0x7FF0000000000000, 0x7FF0000000000001, 0xBFF0000000000001, 0xFFFF000000000001};
+            const uint64_t specials[] = {
+                0, 1, 0x7FF0000000000000, 0x7FF0000000000001, 0xBFF0000000000001, 0xFFFF000000000001};
             for (uint64_t &word : bits) word = random() % 2 ? specials[random() % 6] : random();
             double d[20], result;
             ZvkFloat128 q[10], quad;

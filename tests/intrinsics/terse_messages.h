@@ -12,29 +12,27 @@
 #include "support/child.h"
 
 // Removed at the end of the tests, not by a static's destructor: that would run in every child, too.
-struct TerseDirectory : testing::Environment {
-    TemporaryDirectory *directory = nullptr;
+inline TemporaryDirectory *terseDirectory;
+struct TerseCleaner : testing::Environment {
     void TearDown() override
     {
-        delete directory;
-        directory = nullptr;
+        delete terseDirectory;
+        terseDirectory = nullptr;
     }
 };
-inline auto *const terseDirectory =
-    static_cast<TerseDirectory *>(testing::AddGlobalTestEnvironment(new TerseDirectory));
+inline auto *const terseCleaner = testing::AddGlobalTestEnvironment(new TerseCleaner);
 
 inline const char *terseCatalog()
 {
-    if (!terseDirectory->directory) terseDirectory->directory = new TemporaryDirectory;
-    TemporaryDirectory &directory = *terseDirectory->directory;
+    if (!terseDirectory) terseDirectory = new TemporaryDirectory;
+    TemporaryDirectory &directory = *terseDirectory;
     static bool made = [&directory] {
         std::map<int, const char *> inserts; // gencat wants them in order
         for (int n : {48, 49, 50, 51, 53, 54, 58, 59, 60, 61, 903}) inserts[n] = "";
         for (int n : {97, 100, 151, 163, 176, 177, 178, 179, 180}) inserts[n] = " %s";
         for (int n : {152, 155}) inserts[n] = " %d %d %s";
         std::string text;
-        for (auto [n, tail] : inserts)
-            text += "$set " + std::to_string(n) + "\n1 1 " + std::to_string(n) + tail + "\n";
+        for (auto [n, tail] : inserts) text += "$set " + std::to_string(n) + "\n1 1 " + std::to_string(n) + tail + "\n";
         writeFile(directory.file("terse.msg"), text);
         ChildRun run = runCommand({"gencat", directory.file("kvr2run.cat"), directory.file("terse.msg")});
         return run.status == 0;
