@@ -196,18 +196,18 @@ void compareStampsSystem(benchmark::State &state)
     }
 }
 
-BENCHMARK(integerOfDate)->Name("INTEGER-OF-DATE");
-BENCHMARK(integerOfDateSystem)->Name("INTEGER-OF-DATE/timegm");
-BENCHMARK(lsvdays)->Name("LSVDAYS");
-BENCHMARK(lsvdaysSystem)->Name("LSVDAYS/strptime+timegm");
-BENCHMARK(lsvdate)->Name("LSVDATE");
-BENCHMARK(lsvdateSystem)->Name("LSVDATE/gmtime_r+strftime");
-BENCHMARK(lsvsecs)->Name("LSVSECS");
-BENCHMARK(lsvsecsSystem)->Name("LSVSECS/strptime+timegm");
-BENCHMARK(moveDate)->Name("MOVE DATE");
-BENCHMARK(moveDateSystem)->Name("MOVE DATE/strptime+strftime");
-BENCHMARK(compareStamps)->Name("compare TIMESTAMP");
-BENCHMARK(compareStampsSystem)->Name("compare TIMESTAMP/memcmp");
+BENCHMARK(integerOfDate)->Name("INTEGER-OF-DATE/ours");
+BENCHMARK(integerOfDateSystem)->Name("INTEGER-OF-DATE/peer:timegm");
+BENCHMARK(lsvdays)->Name("LSVDAYS/ours");
+BENCHMARK(lsvdaysSystem)->Name("LSVDAYS/peer:strptime+timegm");
+BENCHMARK(lsvdate)->Name("LSVDATE/ours");
+BENCHMARK(lsvdateSystem)->Name("LSVDATE/peer:gmtime_r+strftime");
+BENCHMARK(lsvsecs)->Name("LSVSECS/ours");
+BENCHMARK(lsvsecsSystem)->Name("LSVSECS/peer:strptime+timegm");
+BENCHMARK(moveDate)->Name("MOVE DATE/ours");
+BENCHMARK(moveDateSystem)->Name("MOVE DATE/peer:strptime+strftime");
+BENCHMARK(compareStamps)->Name("compare TIMESTAMP/ours");
+BENCHMARK(compareStampsSystem)->Name("compare TIMESTAMP/peer:memcmp");
 
 } // namespace
 

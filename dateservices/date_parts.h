@@ -68,8 +68,7 @@ void setDate(DateParts &parts, int64_t lilian);
 
 // Reads a date under a picture, both cleared of blanks (see normalise). `eras` is null where the
 // picture has none or none could be had.
-Status scanDate(const char *date, const char *dateEnd, const char *picture, const char *pictureEnd, DateParts &parts,
-                const EraTable *eras);
+Status scanDate(const char *date, const char *dateEnd, const Picture &picture, DateParts &parts, const EraTable *eras);
 
 // Holds parts against the calendar and the eras; turns an era's year into the calendar's.
 Status validateDate(DateParts &parts, const EraTable *eras);
@@ -77,7 +76,7 @@ Status validateDate(DateParts &parts, const EraTable *eras);
 inline constexpr size_t kOutput = 80;
 
 // Writes parts under a picture into 80 bytes that are blank.
-Status writeDate(char *out, const char *picture, const char *pictureEnd, const DateParts &parts, const EraTable *eras);
+Status writeDate(char *out, const Picture &picture, const DateParts &parts, const EraTable *eras);
 
 // Leading blanks away, a to z to upper case, each run of blanks to one "/", a last "/" away.
 // Returns the end; `out` has room for `length` bytes.

@@ -21,7 +21,7 @@ constexpr std::array<Letter, 256> kLetters = [] {
     return table;
 }();
 
-// What a run of one, two, three, and four or more letters is. A longer run than `longest` is none;
+// By letter: what a run of one, two, three, and four or more letters is. A longer run than `longest` is none;
 // one of H or S is cut there.
 struct RunRow {
     uint8_t longest;
@@ -30,18 +30,15 @@ struct RunRow {
 };
 constexpr uint8_t kLongestName = 20;
 constexpr RunRow kRuns[kRunLetters] = {
-    /* other */ {0, false, {}},
-    /* Y */ {4, false, {Element::year, Element::year, Element::year, Element::year}},
-    /* M */ {kLongestName, false, {Element::month, Element::month, Element::monthName, Element::monthFullName}},
-    /* D */ {3, false, {Element::day, Element::day, Element::dayOfYear, Element::badRun}},
-    /* W */ {kLongestName, false, {Element::badRun, Element::badRun, Element::weekdayName, Element::weekdayFullName}},
-    /* H */ {2, true, {Element::hour, Element::hour}},
-    /* S */ {2, true, {Element::second, Element::second}},
-    /* 9 */
-    {4,
-     true,
-     {Element::fraction, Element::fraction, Element::fraction,
-      Element::fraction}}, // the fourth is refused by its users
+    {0, false, {}}, // none
+    {4, false, {Element::year, Element::year, Element::year, Element::year}},
+    {kLongestName, false, {Element::month, Element::month, Element::monthName, Element::monthFullName}},
+    {3, false, {Element::day, Element::day, Element::dayOfYear, Element::badRun}},
+    {kLongestName, false, {Element::badRun, Element::badRun, Element::weekdayName, Element::weekdayFullName}},
+    {2, true, {Element::hour, Element::hour}},
+    {2, true, {Element::second, Element::second}},
+    // A fourth 9 is refused by those who use it.
+    {4, true, {Element::fraction, Element::fraction, Element::fraction, Element::fraction}},
 };
 
 Letter letterAt(const char *at, const char *end) { return at < end ? kLetters[static_cast<uint8_t>(*at)] : kOther; }
@@ -150,6 +147,25 @@ bool hasHalfOfDay(const char *picture, const char *end)
         if (is(at, end, 'A') && (is(at + 1, end, 'P') || (at + 1 < end && at[1] == '.' && is(at + 2, end, 'P'))))
             return true;
     return false;
+}
+
+Picture pictureOf(const char *begin, const char *end)
+{
+    return {begin, end, nullptr, erasOf(begin, end), hasHalfOfDay(begin, end)};
+}
+
+const Picture *KnownPicture::keep(const char *text, size_t length)
+{
+    given = 0;
+    char *end = clear(text, length, cleared);
+    if (end == cleared) return nullptr;
+    memcpy(key, text, length);
+    PictureElement *next = elements;
+    for (const char *at = cleared; at < end; at += next[-1].length) *next++ = nextElement(at, end);
+    picture = pictureOf(cleared, end);
+    picture.elements = elements;
+    given = length;
+    return &picture;
 }
 
 } // namespace dates

@@ -8,9 +8,9 @@
 //     "Zd. mmmm YYYY"     shorter, day (1 letter), literal ".", literal " ", monthFullName (4), literal " ", year (4)
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace dates {
 
@@ -48,15 +48,6 @@ struct PictureElement {
     const char *text;
 };
 
-// Whether a character begins no element at all.
-inline constexpr std::array<bool, 256> kPlainLiterals = [] {
-    std::array<bool, 256> table{};
-    table.fill(true);
-    for (const char *letter = "YMDWHS9RAZ<ymdwhsraz"; *letter; letter++) table[static_cast<uint8_t>(*letter)] = false;
-    return table;
-}();
-inline bool isPlainLiteral(char c) { return kPlainLiterals[static_cast<uint8_t>(c)]; }
-
 // The element at `at`, which is before `end`.
 PictureElement nextElement(const char *at, const char *end);
 
@@ -67,5 +58,61 @@ EraKind erasOf(const char *picture, const char *end);
 
 // Whether a picture has an element for the half of the day.
 bool hasHalfOfDay(const char *picture, const char *end);
+
+// A picture as it is walked, with what a walk wants to know before it begins.
+struct Picture {
+    const char *begin, *end;
+    const PictureElement *elements; // null where the walk is to find them as it goes
+    EraKind eras;
+    bool half;
+};
+
+Picture pictureOf(const char *begin, const char *end);
+
+// Goes through the elements of a picture.
+class ElementReader {
+public:
+    explicit ElementReader(const Picture &picture) : ready(picture.elements), at(picture.begin), end(picture.end) {}
+    bool more() const { return at < end; }
+    PictureElement next()
+    {
+        PictureElement element = ready ? *ready++ : nextElement(at, end);
+        at = element.text + element.length;
+        return element;
+    }
+    // Goes on at any place, where other elements may begin.
+    void resume(const char *place)
+    {
+        ready = nullptr;
+        at = place;
+    }
+
+private:
+    const PictureElement *ready;
+    const char *at, *end;
+};
+
+// The last picture that a thread used, taken apart: programs use the same few again and again.
+class KnownPicture {
+public:
+    // The picture for the text, as `clear` makes it of the text's copy; null if it is too long to be
+    // kept, or blank.
+    const Picture *find(const char *text, size_t length)
+    {
+        if (length == given && length && memcmp(text, key, length) == 0) return &picture;
+        return length && length <= kMost ? keep(text, length) : nullptr;
+    }
+    explicit constexpr KnownPicture(char *(*how)(const char *, size_t, char *)) : clear(how) {}
+
+private:
+    static constexpr size_t kMost = 40;
+    const Picture *keep(const char *text, size_t length);
+
+    char *(*clear)(const char *, size_t, char *);
+    size_t given = 0;
+    Picture picture{};
+    char key[kMost] = {}, cleared[kMost] = {};
+    PictureElement elements[kMost] = {};
+};
 
 } // namespace dates

@@ -280,20 +280,12 @@ Status applyHalf(DateParts &parts, bool dotted)
 
 } // namespace
 
-Status scanDate(const char *date, const char *dateEnd, const char *picture, const char *pictureEnd, DateParts &parts,
-                const EraTable *eras)
+Status scanDate(const char *date, const char *dateEnd, const Picture &picture, DateParts &parts, const EraTable *eras)
 {
     Scan scan{date, date, dateEnd, parts, eras, false, false, 0};
-    while (picture < pictureEnd) {
+    for (ElementReader reader(picture); reader.more();) {
         if (scan.date == scan.end) return kBadText;
-        if (isPlainLiteral(*picture) && scan.date != scan.start) {
-            picture++;
-            scan.date++;
-            scan.shorter = false;
-            continue;
-        }
-        PictureElement element = nextElement(picture, pictureEnd);
-        picture += element.length;
+        PictureElement element = reader.next();
         if (element.kind == Element::shorter || element.kind == Element::angle) {
             scan.shorter = true;
             continue;

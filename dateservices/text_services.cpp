@@ -38,18 +38,30 @@ bool isBlank(const Text &text)
     return true;
 }
 
-uint32_t scanAndValidate(Service service, const Text &date, const Text &picture, DateParts &parts)
+uint32_t scanAndValidate(Service service, const Text &date, const Picture &picture, DateParts &parts)
 {
-    parts.eraKind = erasOf(picture.begin, picture.end);
+    parts.eraKind = picture.eras;
     if (parts.eraKind == kBothEras) return messageOfScan(service, kBadPicture);
     EraTable *eras = nullptr;
     uint32_t message = parts.eraKind == kNoEra ? kSuccess : loadEras(parts.eraKind, &eras);
     if (message != kSuccess) return message;
-    message = messageOfScan(service, scanDate(date.begin, date.end, picture.begin, picture.end, parts, eras));
+    message = messageOfScan(service, scanDate(date.begin, date.end, picture, parts, eras));
     if (message == kSuccess) message = messageOfValidation(service, validateDate(parts, eras));
     free(eras);
     return message;
 }
+
+Picture usualPicture(const char *text) { return pictureOf(text, text + strlen(text)); }
+
+// For writing a picture stays as it is; a blank one stands for another.
+char *asGiven(const char *text, size_t length, char *out)
+{
+    if (isBlank({text, text + length})) return out;
+    memcpy(out, text, length);
+    return out + length;
+}
+
+thread_local KnownPicture lastRead(normalise), lastWritten(asGiven);
 
 } // namespace
 
@@ -57,16 +69,19 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 {
     parts = DateParts{};
     Text given = textOf(date), asked = textOf(picture);
+    const Picture *known = lastRead.find(asked.begin, asked.length());
     char own[kWorkStorage], *work = own;
-    size_t wanted = given.length() + asked.length();
+    size_t wanted = given.length() + (known ? 0 : asked.length());
     if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
     char *dateEnd = normalise(given.begin, given.length(), work);
-    Text cleared{dateEnd, normalise(asked.begin, asked.length(), dateEnd)};
-    if (cleared.length() == 0) {
-        const char *usual = service == Service::seconds ? kScannedTimePicture : kDatePicture;
-        cleared = {usual, usual + strlen(usual)};
+    Picture cleared;
+    if (!known) {
+        char *end = normalise(asked.begin, asked.length(), dateEnd);
+        cleared = end > dateEnd ? pictureOf(dateEnd, end)
+                                : usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
+        known = &cleared;
     }
-    uint32_t message = scanAndValidate(service, {work, dateEnd}, cleared, parts);
+    uint32_t message = scanAndValidate(service, {work, dateEnd}, *known, parts);
     if (work != own) free(work);
     return message;
 }
@@ -74,11 +89,14 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts &parts)
 {
     Text asked = textOf(picture);
-    if (isBlank(asked)) {
-        const char *usual = service == Service::secondsToText ? kTimePicture : kDatePicture;
-        asked = {usual, usual + strlen(usual)};
+    const Picture *known = lastWritten.find(asked.begin, asked.length());
+    Picture own;
+    if (!known) {
+        own = isBlank(asked) ? usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture)
+                             : pictureOf(asked.begin, asked.end);
+        known = &own;
     }
-    parts.eraKind = erasOf(asked.begin, asked.end);
+    parts.eraKind = known->eras;
     if (parts.eraKind == kBothEras) return messageOfWriting(service, kBadPicture);
     EraTable *eras = nullptr;
     if (parts.eraKind != kNoEra) {
@@ -90,7 +108,7 @@ uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts
         int32_t year = era ? parts.year - static_cast<int32_t>(eras->eras[era - 1].startYear) + 1 : 0;
         (japanese ? parts.japaneseYear : parts.chineseYear) = year;
     }
-    uint32_t message = messageOfWriting(service, writeDate(out, asked.begin, asked.end, parts, eras));
+    uint32_t message = messageOfWriting(service, writeDate(out, *known, parts, eras));
     free(eras);
     return message;
 }

@@ -18,8 +18,8 @@ namespace {
 
 struct Writer {
     char *out, *end;
-    const char *picture; // behind the present element
-    const char *pictureStart, *pictureEnd;
+    ElementReader reader;
+    bool twelve; // the picture has an element for the half of the day
     const DateParts &parts;
     const EraTable *eras;
     bool inEra;
@@ -60,7 +60,7 @@ Status number(Writer &writer, int32_t value, int width, bool shorter)
 
 Status copied(Writer &writer, const PictureElement &element)
 {
-    writer.picture = element.text + 1;
+    if (element.length > 1) writer.reader.resume(element.text + 1);
     return writer.put(*element.text);
 }
 
@@ -104,7 +104,7 @@ Status dayOfYear(Writer &writer, const PictureElement &) { return number(writer,
 Status hour(Writer &writer, const PictureElement &element)
 {
     int32_t value = writer.parts.hour;
-    if (hasHalfOfDay(writer.pictureStart, writer.pictureEnd)) value = value > 12 ? value - 12 : value == 0 ? 12 : value;
+    if (writer.twelve) value = value > 12 ? value - 12 : value == 0 ? 12 : value;
     return pair(writer, element, value);
 }
 
@@ -229,19 +229,14 @@ constexpr WriteStep kSteps[static_cast<size_t>(Element::count)] = {
 
 } // namespace
 
-Status writeDate(char *out, const char *picture, const char *pictureEnd, const DateParts &parts, const EraTable *eras)
+Status writeDate(char *out, const Picture &picture, const DateParts &parts, const EraTable *eras)
 {
-    Writer writer{out, out + kOutput, picture, picture, pictureEnd, parts, eras, parts.eraKind != kNoEra, false};
-    while (writer.picture < pictureEnd) {
-        if (isPlainLiteral(*writer.picture)) {
-            if (writer.put(*writer.picture++) != kGood) return kCut;
-            writer.shorter = false;
-            continue;
-        }
-        PictureElement element = nextElement(writer.picture, pictureEnd);
-        writer.picture += element.length;
+    Writer writer{out,   out + kOutput, ElementReader(picture),  picture.half,
+                  parts, eras,          parts.eraKind != kNoEra, false};
+    while (writer.reader.more()) {
+        PictureElement element = writer.reader.next();
         // The last character of a picture cannot shorten anything; there a Z is a letter.
-        if (element.kind == Element::shorter && writer.picture < pictureEnd) {
+        if (element.kind == Element::shorter && writer.reader.more()) {
             writer.shorter = true;
             continue;
         }

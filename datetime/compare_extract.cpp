@@ -3,6 +3,7 @@
 
 #include "datetime/assertion.h"
 #include "datetime/compare_extract.h"
+#include "datetime/format_entries.h"
 #include "datetime/move.h"
 #include "datetime/range_check.h"
 #include "decimal/conversion_workers.h"
@@ -40,6 +41,58 @@ int compareForms(const char *left, const char *right)
     return 0;
 }
 
+constexpr int kUndecided = 2;
+
+// Two items of one format whose parts lie in the order of their weight need no system form: the first
+// part that differs decides. kUndecided where that does not hold, or a fraction, a blank-like "X" or a
+// short item has a say. An entry that is none is left to the conversion, which refuses it.
+int compareInPlace(const char *left, const char *right, const FD *fd)
+{
+    uint64_t pos = 0, length = itemLength(fd);
+    int sign = 0, lastPlace = -1;
+    const FormatEntry *entry = fd->formatEntriesPtr, *last = entry + fd->numberOfEntries;
+    for (; entry < last; entry++) {
+        uint32_t type = entry->entryType;
+        if (!isEntryOf(kTextEntries | kDateEntries | kTimeEntries, type)) return kUndecided;
+        uint64_t width = kEntryWidth[type];
+        if (width == 0 || width > length - pos) return kUndecided;
+        const char *a = left + pos, *b = right + pos;
+        pos += width;
+        if (isEntryOf(kTextEntries, type)) continue;
+        int place = kCopiedTo[type];
+        if (place <= lastPlace) {
+            // A fraction at the end, of digits: it counts only where all else is the same.
+            if (type < ZVK_FE_FRACTION1 || entry + 1 < last) return kUndecided;
+            for (uint64_t i = 0; i < width; i++)
+                if (!isDigit(a[i]) || !isDigit(b[i])) return kUndecided;
+            return sign || memcmp(a, b, width) == 0 ? sign : kUndecided;
+        }
+        lastPlace = place;
+        for (uint64_t i = 0; sign == 0 && i < width; i++) {
+            if (a[i] == b[i]) continue;
+            if (a[i] == 'X' || b[i] == 'X') return kUndecided;
+            sign = static_cast<uint8_t>(a[i]) > static_cast<uint8_t>(b[i]) ? 1 : -1;
+        }
+    }
+    return sign;
+}
+
+bool sameFormat(const FD *left, const FD *right)
+{
+    return left->category == right->category && left->storageLength == right->storageLength &&
+           left->numberOfEntries == right->numberOfEntries && left->formatEntriesPtr == right->formatEntriesPtr;
+}
+
+// Which entries a category may have.
+bool fitsCategory(const FD *fd)
+{
+    if (fd->category == ctTIMESTAMP) return true;
+    uint64_t others = fd->category == ctDATE ? kTimeEntries : kDateEntries;
+    for (int i = 0; i < fd->numberOfEntries; i++)
+        if (isEntryOf(others, fd->formatEntriesPtr[i].entryType)) return false;
+    return true;
+}
+
 void toPacked(const char *digits, int32_t count, PackedField *packed)
 {
     zvkBcdZonedToPacked(reinterpret_cast<const uint8_t *>(digits), count, packed->bytes, kPackedDigits);
@@ -49,6 +102,10 @@ void toPacked(const char *digits, int32_t count, PackedField *packed)
 
 int compareItems(const char *left, const char *right, const FD *leftFD, const FD *rightFD, int16_t windowYear)
 {
+    if (sameFormat(leftFD, rightFD) && fitsCategory(leftFD)) {
+        int sign = compareInPlace(left, right, leftFD);
+        if (sign != kUndecided) return sign;
+    }
     SystemForm leftForm, rightForm;
     itemToSystemForm(left, leftFD, leftForm.text, windowYear, true);
     itemToSystemForm(right, rightFD, rightForm.text, windowYear, true);

@@ -45,6 +45,19 @@ inline char separatorOf(uint32_t type)
     return type <= ZVK_FE_COLON ? separators[type] : type == ZVK_FE_PERCENT ? '%' : type == ZVK_FE_AT ? '@' : '\0';
 }
 
+// Where an entry that is copied as it is lies in the timestamp's system form; -1 for others.
+inline constexpr std::array<int8_t, kHighestEntry + 1> kCopiedTo = [] {
+    std::array<int8_t, kHighestEntry + 1> places{};
+    places.fill(-1);
+    places[ZVK_FE_YEAR4] = places[ZVK_FE_YEAR4_RAW] = 0;
+    places[ZVK_FE_MONTH] = 5;
+    places[ZVK_FE_DAY] = 8;
+    places[ZVK_FE_HOUR24] = 11;
+    places[ZVK_FE_MINUTE] = 14;
+    places[ZVK_FE_SECOND] = 17;
+    return places;
+}();
+
 inline bool isDigit(char c) { return static_cast<unsigned>(static_cast<uint8_t>(c)) - '0' <= 9; }
 
 // Places of an item: as long as its descriptor says, or without end where that says nothing.

@@ -22,30 +22,34 @@ void timestampBase(const char *receiver, const FD *fd, char *base, int16_t windo
     memcpy(base + kTimeInTimestamp, kNoTime, sizeof kNoTime);
 }
 
+void mergeIntoTimestamp(SystemForm &form, uint32_t category, const char *receiver, const FD *fd, int16_t windowYear)
+{
+    SystemForm whole;
+    timestampBase(receiver, fd, whole.text, windowYear);
+    if (category == ctDATE)
+        memcpy(whole.text, form.text, kDateForm);
+    else
+        memcpy(whole.text + kTimeInTimestamp, form.text, kTimeForm);
+    form = whole;
+}
+
 } // namespace
 
 void moveItem(const char *sender, char *receiver, const FD *senderFD, const FD *receiverFD, int16_t windowYear)
 {
-    SystemForm from, to;
+    SystemForm from;
     itemToSystemForm(sender, senderFD, from.text, windowYear, false);
     bool stamp = senderFD->category == ctTIMESTAMP;
     switch (receiverFD->category) {
     case ctTIME:
         if (!stamp) break; // whatever it is, it goes to the writer as it is
-        memcpy(to.text, from.text + kTimeInTimestamp, kTimeForm);
-        from = to;
+        memmove(from.text, from.text + kTimeInTimestamp, kTimeForm + 1);
         break;
     case ctDATE:
         if (stamp) memset(from.text + kDateForm, 0, sizeof from.text - kDateForm);
         break;
     default:
-        if (stamp) break;
-        timestampBase(receiver, receiverFD, to.text, windowYear);
-        if (senderFD->category == ctDATE)
-            memcpy(to.text, from.text, kDateForm);
-        else
-            memcpy(to.text + kTimeInTimestamp, from.text, kTimeForm);
-        from = to;
+        if (!stamp) mergeIntoTimestamp(from, senderFD->category, receiver, receiverFD, windowYear);
         break;
     }
     systemFormToItem(from.text, receiver, receiverFD, windowYear);

@@ -26,13 +26,13 @@ enum Parts { kDate = 1, kTime = 2, kBoth = 3 };
 template <int parts>
 struct Layout {
     static constexpr int time = parts == kBoth ? kTimeInTimestamp : 0;
+    static constexpr int beforeForm = parts == kTime ? kTimeInTimestamp : 0; // of a timestamp's form
     static constexpr int length = parts == kDate ? kDateForm : parts == kTime ? kTimeForm : kTimestampForm;
     static constexpr uint64_t entries =
         kTextEntries | (parts & kDate ? kDateEntries : 0) | (parts & kTime ? kTimeEntries : 0);
     static const char *start(bool mask)
     {
-        constexpr int skipped = parts == kTime ? kTimeInTimestamp : 0;
-        return (mask ? "XXXX-XX-XX-XX:XX:XX.XXXXXXXXXXXX" : "0000-01-01-00:00:00.000000000000") + skipped;
+        return (mask ? "XXXX-XX-XX-XX:XX:XX.XXXXXXXXXXXX" : "0000-01-01-00:00:00.000000000000") + beforeForm;
     }
 };
 
@@ -157,17 +157,14 @@ void toSystemForm(const char *item, const FD *fd, char *out, int16_t windowYear,
         const char *at = item + pos;
         pos += width;
         if (isEntryOf(kTextEntries, type)) continue;
+        if (int place = kCopiedTo[type]; place >= 0) {
+            char *to = out + place - L::beforeForm;
+            memcpy(to, at, 2);
+            if (width == 4) memcpy(to + 2, at + 2, 2);
+            if (type == ZVK_FE_HOUR24) seen.hourSeen = true;
+            continue;
+        }
         switch (type) {
-        case ZVK_FE_DAY:
-            memcpy(out + 8, at, 2);
-            break;
-        case ZVK_FE_MONTH:
-            memcpy(out + 5, at, 2);
-            break;
-        case ZVK_FE_YEAR4:
-        case ZVK_FE_YEAR4_RAW:
-            memcpy(out, at, 4);
-            break;
         case ZVK_FE_YEAR2:
             readYear2(at, out, windowYear, seen);
             break;
@@ -182,19 +179,9 @@ void toSystemForm(const char *item, const FD *fd, char *out, int16_t windowYear,
         case ZVK_FE_DAY_OF_YEAR:
             seen.dayOfYear = at;
             break;
-        case ZVK_FE_HOUR24:
-            memcpy(time, at, 2);
-            seen.hourSeen = true;
-            break;
         case ZVK_FE_HOUR12:
             seen.hour12 = at;
             seen.hour12Digits = static_cast<int>(width);
-            break;
-        case ZVK_FE_MINUTE:
-            memcpy(time + 3, at, 2);
-            break;
-        case ZVK_FE_SECOND:
-            memcpy(time + 6, at, 2);
             break;
         case ZVK_FE_AM_PM:
         case ZVK_FE_AM_PM_LOCALE:
@@ -292,22 +279,22 @@ void toItem(const char *system, char *item, const FD *fd, int16_t windowYear)
     for (; entry < last; entry++) {
         uint32_t type = entry->entryType;
         DATETIME_ASSERT(isEntryOf(L::entries, type), "! \"entryType\"");
+        if (int place = kCopiedTo[type]; place >= 0) {
+            const char *from = system + place - L::beforeForm;
+            out.two(from);
+            if (place == 0) out.two(from + 2);
+            continue;
+        }
+        if (char separator = separatorOf(type)) {
+            out.character(separator);
+            continue;
+        }
         switch (type) {
         case ZVK_FE_LITERAL:
             out.put(fd->formatLiteralPtr + entry->literalOffset, entryWidth(entry, item, 0, 0));
             break;
         case ZVK_FE_CHAR:
             out.character(fd->formatLiteralPtr[entry->literalOffset]);
-            break;
-        case ZVK_FE_DAY:
-            out.two(system + 8);
-            break;
-        case ZVK_FE_MONTH:
-            out.two(system + 5);
-            break;
-        case ZVK_FE_YEAR4:
-        case ZVK_FE_YEAR4_RAW:
-            out.put(system, 4);
             break;
         case ZVK_FE_YEAR2:
             out.two(system + 2);
@@ -324,15 +311,6 @@ void toItem(const char *system, char *item, const FD *fd, int16_t windowYear)
             out.two(system + 8);
             out.character('/');
             out.two(system + 2);
-            break;
-        case ZVK_FE_HOUR24:
-            out.two(time);
-            break;
-        case ZVK_FE_MINUTE:
-            out.two(time + 3);
-            break;
-        case ZVK_FE_SECOND:
-            out.two(time + 6);
             break;
         case ZVK_FE_HOUR12:
             writeHour12(out, time);
@@ -358,7 +336,6 @@ void toItem(const char *system, char *item, const FD *fd, int16_t windowYear)
             out.put(time + 9, kEntryWidth[type]);
             break;
         default:
-            out.character(separatorOf(type));
             break;
         }
     }

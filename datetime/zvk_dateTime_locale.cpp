@@ -105,7 +105,7 @@ LocaleDescriptor *runRutAddLocaleToRut(const GeneratedLocaleInfo *wanted)
         if (sign == 0) return *link;
         link = sign < 0 ? &(*link)->left : &(*link)->right;
     }
-    *link = runRutCreateLocaleDescriptor(wanted->localeName, wanted->libraryName, *wanted->localeNameLen,
+    *link = runRutCreateLocaleDescriptor(wanted->localeName, wanted->libraryName, wanted->localeNameLen,
                                          wanted->libraryNameLen);
     return *link;
 }

@@ -112,11 +112,11 @@ typedef struct FD {
     struct {
         int16_t actualLength; /**< length of the format as written, at most `storageLength` */
     } diffLength;
-    uint8_t hasLocale;        /**< 1: the text is in the layout of a locale */
-    uint16_t localeIndex;     /**< 1 the current locale, otherwise a slot of the program's table */
-    int16_t numberOfEntries;  /**< above zero for a formatted item */
-    uint8_t formatUpdated;    /**< set to 1 by the library when the format has been taken from the locale */
-    uint8_t formatIsStrptime; /**< 1: `formatLiteralPtr` is a format of `strptime` and not the pool */
+    uint8_t hasLocale;             /**< 1: the text is in the layout of a locale */
+    uint16_t localeIndex;          /**< 1 the current locale, otherwise a slot of the program's table */
+    int16_t numberOfEntries;       /**< above zero for a formatted item */
+    uint8_t formatUpdated;         /**< set to 1 by the library when the format has been taken from the locale */
+    uint8_t formatIsStrptime;      /**< 1: `formatLiteralPtr` is a format of `strptime` and not the pool */
     const char *formatLiteralPtr;  /**< the pool of literal characters */
     FormatEntry *formatEntriesPtr; /**< so many entries */
     void *reserved[2];             /**< copied with the record and not read */
@@ -136,8 +136,7 @@ ZVK_STATIC_ASSERT(sizeof(FD) == 56, "FD");
 /** How a verb is called; passed by value. 8 bytes. */
 typedef struct NewCallInfo {
     uint16_t reserved0;
-    uint8_t
-        rangeCheck; /**< 1: what is sent must be a valid date or time, or the run unit stops on the assertion Range_check */
+    uint8_t rangeCheck; /**< 1: what is sent must be valid, or the run unit stops on Range_check */
     uint8_t reserved3;
     uint16_t reserved4[2];
 } NewCallInfo;

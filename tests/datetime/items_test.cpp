@@ -248,6 +248,22 @@ TEST(Items, Relations)
     EXPECT_EQ(relations("2026-03-07-08:09:10.000000", isoStamp(), "2026-03-07-08:09:10.500000", isoStamp()), equal);
 }
 
+// Items of one descriptor are compared in place, those of two equal ones by their system forms.
+TEST(Items, OneDescriptorOrTwoMakeNoDifference)
+{
+    std::mt19937 random(8);
+    const Format stamp = isoStamp(), date = isoDate(), backwards(ctDATE, {entry(10), entry(12), entry(15)}, 8);
+    for (int i = 0; i < 20000; i++) {
+        const Format &one = i % 3 == 0 ? stamp : i % 3 == 1 ? date : backwards;
+        const Format two = one;
+        std::string a = i % 3 == 0 ? "2026-03-07-08:09:10.000456" : i % 3 == 1 ? "2026-03-07" : "07032026", b = a;
+        for (std::string *text : {&a, &b})
+            for (size_t n = random() % 4; n > 0; n--) (*text)[random() % a.size()] = "0123456789 X"[random() % 12];
+        if (a.find_first_of("X", 20) != std::string::npos || b.find_first_of("X", 20) != std::string::npos) continue;
+        ASSERT_EQ(relations(a, one, b, one), relations(a, one, b, two)) << a << " and " << b;
+    }
+}
+
 TEST(Items, OnlyDatesAndTimesTestValid)
 {
     struct Case {
