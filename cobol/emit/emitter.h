@@ -217,6 +217,9 @@ private:
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);
     void inspectStatement(const InspectStatement &s);
+    std::string pointerIn(Reference *pointer, const std::string &length, std::string &value);
+    void storeInteger(Reference *target, const std::string &c);
+    bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
     void searchStatement(const SearchStatement &s);
 
