@@ -8,12 +8,12 @@
 //     "C"                becomes "en_US.ISO8859-1"
 #include "chardata/code_page_choice.h"
 
-#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
 
 #include "chardata/copy_text.h"
+#include "frame/locale/locale_handles.h"
 #include "frame/messages.h"
 #include "kvr2/code_pages.h"
 
@@ -108,8 +108,8 @@ void chooseEbcdicPage(const char *value, CodePageChoice &choice)
 
 void chooseFromProcess(CodePageChoice &choice)
 {
-    const char *locale = setlocale(LC_CTYPE, "");
-    if (!locale) locale = setlocale(LC_CTYPE, nullptr);
+    const char *locale = zvkSetLocale(LC_CTYPE, "");
+    if (!locale) locale = zvkLocaleName(LC_CTYPE);
     zvkChooseCodePages(locale ? locale : "C", nl_langinfo(CODESET), getenv("EBCDIC_CODEPAGE"), choice);
 }
 

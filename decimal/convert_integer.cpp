@@ -7,6 +7,7 @@
 
 #include "decimal/dump.h"
 #include "decimal/entry.h"
+#include "decimal/magnitude.h"
 #include "decimal/packed.h"
 #include "decimal/short_product.h"
 #include "decimal/validation.h"
@@ -70,29 +71,6 @@ void dumpConversion(const From &from, const To &to)
 }
 
 // ---- Decimal to binary.
-
-uint64_t packedMagnitude(const uint8_t *item, int32_t digits)
-{
-    const uint8_t *last = item + packedBytes(digits) - 1;
-    const uint8_t *at = skipZeroBytes(item, last);
-    uint64_t value = 0;
-    if (at < last) {
-        // The first nibble of an even item is no digit; behind skipped bytes there is no such
-        // nibble any more.
-        uint8_t first = at == item && (digits & 1) == 0 ? *at & 0x0F : *at;
-        value = kPairValue[first];
-        for (at++; at < last; at++) value = value * 100 + kPairValue[*at];
-    }
-    return value * 10 + (*last >> 4);
-}
-
-// The digits by their low nibbles: a letter in the last place is not decoded here.
-uint64_t zonedMagnitude(const uint8_t *item, int32_t digits)
-{
-    uint64_t value = 0;
-    for (int32_t i = 0; i < digits; i++) value = value * 10 + (item[i] & 0x0F);
-    return value;
-}
 
 template <class Form>
 uint64_t magnitude(const uint8_t *item, int32_t digits)

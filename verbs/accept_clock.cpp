@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <sys/time.h>
 
+#include "calendar/clock.h"
 #include "kvr2/console.h"
 
 ClockText zvkClockText(uint32_t flags, const tm &local, long microseconds)
@@ -29,11 +29,9 @@ ClockText zvkClockText(uint32_t flags, const tm &local, long microseconds)
 
 void zvkAcceptFromClock(uint32_t flags, int64_t length, uint8_t *target)
 {
-    timeval now;
-    gettimeofday(&now, nullptr);
-    tm local;
-    if (!localtime_r(&now.tv_sec, &local)) return;
-    ClockText clock = zvkClockText(flags, local, now.tv_usec);
+    calendar::ClockReading now;
+    if (!calendar::readClock(now)) return;
+    ClockText clock = zvkClockText(flags, now.local, now.microseconds);
     if (clock.length == 0) return;
     size_t room = static_cast<size_t>(length), copied = std::min(room, clock.length);
     memcpy(target, clock.text, copied);

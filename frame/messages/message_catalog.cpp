@@ -3,13 +3,13 @@
 
 #include <algorithm>
 #include <climits>
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <nl_types.h>
 
+#include "frame/locale/locale_handles.h"
 #include "frame/messages/catalog_file.h"
 
 namespace {
@@ -145,7 +145,7 @@ nl_catd openUnder(const char *locale)
 nl_catd openUnderSomeLocale()
 {
     char name[256];
-    const char *present = setlocale(LC_MESSAGES, nullptr);
+    const char *present = zvkLocaleName(LC_MESSAGES);
     snprintf(name, sizeof name, "%s", present ? present : "C");
     nl_catd opened = openUnder(name);
     for (const char *mark : {"@", ".", "_"}) {

@@ -6,7 +6,6 @@
 // /x/lib, /x/usr/lib or one of their "profiled" folders finds its catalogs under
 // /x/usr/share/locale/%L/%N; one in any other folder beside itself.
 #include <climits>
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +15,7 @@
 #include <unistd.h>
 
 #include "base/environment.h"
+#include "frame/locale/locale_handles.h"
 #include "frame/messages.h"
 #include "frame/run_unit.h"
 #include "frame/run_unit/banner.h"
@@ -29,12 +29,6 @@ constexpr char kInstallDirectory[] = "/opt/tqx/cobol/rte/usr/lib/";
 constexpr char kInstalledCatalogs[] = "/opt/tqx/cobol/rte/usr/share/locale/%L/%N";
 
 void noHook() {}
-
-void adoptLocale()
-{
-    if (setlocale(LC_ALL, "")) return;
-    if (const char *language = environmentText("LANG")) setlocale(LC_ALL, language);
-}
 
 uint32_t traceLevel()
 {
@@ -154,7 +148,7 @@ void zvkReadWindowSize(int descriptor, ZvkWindowSize *into)
 __attribute__((constructor)) void zvk_init()
 {
     if (getenv("__ZVKDEBUG")) fprintf(stderr, "%s\n", kBanner);
-    adoptLocale();
+    zvkAdoptEnvironmentLocale();
     if (!makeProccom()) return;
     traceInit();
     makeSpareRunUnit();

@@ -1,0 +1,71 @@
+// Date pictures: a picture string as a row of elements, the same for reading a date and for writing
+// one.
+//
+// An element is a run of one letter ("YYYY"), or one of a few pairs ("MI", "AP"). What a run of so
+// many letters means is a table, a row for each letter; only what is no plain run is told in code.
+// Letters count in either case.
+//
+//     "Zd. mmmm YYYY"     shorter, day (1 letter), literal ".", literal " ", monthFullName (4), literal " ", year (4)
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace dates {
+
+enum class Element : uint8_t {
+    literal,
+    badRun, // a run that means nothing: not valid in a date that is read, copied letter by letter when one is written
+    year,
+    month,
+    monthName,
+    monthFullName,
+    romanMonth,
+    minute,
+    day,
+    dayOfYear,
+    weekdayName,
+    weekdayFullName,
+    hour,
+    second,
+    fraction,
+    half,       // AP
+    dottedHalf, // A.P, A.P.
+    shorter,    // Z: the next element may be shorter
+    angle,      // "<" that opens no era
+    japaneseEra,
+    chineseEra,
+    brokenEra,
+    count
+};
+
+struct PictureElement {
+    Element kind;
+    uint8_t letters; // of the run, without a Z behind it
+    bool open;       // a Z ends it: no padding
+    uint8_t length;  // bytes of the picture
+    const char *text;
+};
+
+// Whether a character begins no element at all.
+inline constexpr std::array<bool, 256> kPlainLiterals = [] {
+    std::array<bool, 256> table{};
+    table.fill(true);
+    for (const char *letter = "YMDWHS9RAZ<ymdwhsraz"; *letter; letter++) table[static_cast<uint8_t>(*letter)] = false;
+    return table;
+}();
+inline bool isPlainLiteral(char c) { return kPlainLiterals[static_cast<uint8_t>(c)]; }
+
+// The element at `at`, which is before `end`.
+PictureElement nextElement(const char *at, const char *end);
+
+enum EraKind : int32_t { kNoEra = 0, kJapanese = 1, kChinese = 2, kBothEras = 3 };
+
+// What eras a picture asks for.
+EraKind erasOf(const char *picture, const char *end);
+
+// Whether a picture has an element for the half of the day.
+bool hasHalfOfDay(const char *picture, const char *end);
+
+} // namespace dates

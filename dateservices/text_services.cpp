@@ -1,0 +1,127 @@
+// The services between text and days: LSVDAYS, LSVCBLDY, LSVDATE, and what LSVSECS and LSVDATM
+// share with them.
+#include "dateservices/text_services.h"
+
+#include <cstring>
+
+#include "frame/storage.h"
+#include "kvr2/date_functions.h"
+
+namespace dates {
+namespace {
+
+constexpr uint32_t kLilianRange = 2512;
+
+constexpr char kDatePicture[] = "MM/DD/YY";
+constexpr char kTimePicture[] = "MM/DD/YY HH:MI:SS AP";
+constexpr char kScannedTimePicture[] = "MM/DD/YY/HH:MI:SS/AP"; // cleared of blanks
+
+// Room for the cleared texts of a call. Only texts that are longer than any date take storage.
+constexpr size_t kWorkStorage = 793;
+
+struct Text {
+    const char *begin, *end;
+    size_t length() const { return static_cast<size_t>(end - begin); }
+};
+
+// A length that is negative as a signed number stands for no text.
+Text textOf(const VSTRING *string)
+{
+    size_t length = static_cast<int16_t>(string->length) < 0 ? 0 : string->length;
+    return {string->text, string->text + length};
+}
+
+bool isBlank(const Text &text)
+{
+    for (const char *at = text.begin; at < text.end; at++)
+        if (*at != ' ') return false;
+    return true;
+}
+
+uint32_t scanAndValidate(Service service, const Text &date, const Text &picture, DateParts &parts)
+{
+    parts.eraKind = erasOf(picture.begin, picture.end);
+    if (parts.eraKind == kBothEras) return messageOfScan(service, kBadPicture);
+    EraTable *eras = nullptr;
+    uint32_t message = parts.eraKind == kNoEra ? kSuccess : loadEras(parts.eraKind, &eras);
+    if (message != kSuccess) return message;
+    message = messageOfScan(service, scanDate(date.begin, date.end, picture.begin, picture.end, parts, eras));
+    if (message == kSuccess) message = messageOfValidation(service, validateDate(parts, eras));
+    free(eras);
+    return message;
+}
+
+} // namespace
+
+uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, DateParts &parts)
+{
+    parts = DateParts{};
+    Text given = textOf(date), asked = textOf(picture);
+    char own[kWorkStorage], *work = own;
+    size_t wanted = given.length() + asked.length();
+    if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
+    char *dateEnd = normalise(given.begin, given.length(), work);
+    Text cleared{dateEnd, normalise(asked.begin, asked.length(), dateEnd)};
+    if (cleared.length() == 0) {
+        const char *usual = service == Service::seconds ? kScannedTimePicture : kDatePicture;
+        cleared = {usual, usual + strlen(usual)};
+    }
+    uint32_t message = scanAndValidate(service, {work, dateEnd}, cleared, parts);
+    if (work != own) free(work);
+    return message;
+}
+
+uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts &parts)
+{
+    Text asked = textOf(picture);
+    if (isBlank(asked)) {
+        const char *usual = service == Service::secondsToText ? kTimePicture : kDatePicture;
+        asked = {usual, usual + strlen(usual)};
+    }
+    parts.eraKind = erasOf(asked.begin, asked.end);
+    if (parts.eraKind == kBothEras) return messageOfWriting(service, kBadPicture);
+    EraTable *eras = nullptr;
+    if (parts.eraKind != kNoEra) {
+        uint32_t message = loadEras(parts.eraKind, &eras);
+        if (message != kSuccess) return message;
+        uint32_t era = eraOfDate(eras, parts);
+        bool japanese = parts.eraKind == kJapanese;
+        (japanese ? parts.japaneseEra : parts.chineseEra) = static_cast<int32_t>(era);
+        int32_t year = era ? parts.year - static_cast<int32_t>(eras->eras[era - 1].startYear) + 1 : 0;
+        (japanese ? parts.japaneseYear : parts.chineseYear) = year;
+    }
+    uint32_t message = messageOfWriting(service, writeDate(out, asked.begin, asked.end, parts, eras));
+    free(eras);
+    return message;
+}
+
+} // namespace dates
+
+void LSVDAYS(const VSTRING *date, const VSTRING *picture, LsvNumber *lilian, FeedbackCode *fc)
+{
+    dates::DateParts parts;
+    uint32_t message = dates::readDate(dates::Service::days, date, picture, parts);
+    *lilian = message == dates::kSuccess ? static_cast<int32_t>(dates::lilianOf(parts)) : 0;
+    dates::report(fc, message);
+}
+
+void LSVCBLDY(const VSTRING *date, const VSTRING *picture, LsvNumber *days, FeedbackCode *fc)
+{
+    dates::DateParts parts;
+    uint32_t message = dates::readDate(dates::Service::days, date, picture, parts);
+    *days = 0;
+    if (message == dates::kSuccess && parts.dayOfYear) *days = _zvkIntegerOfDay(parts.year * 1000 + parts.dayOfYear);
+    if (message == dates::kSuccess && !parts.dayOfYear)
+        *days = _zvkIntegerOfDate(parts.year * 10000 + parts.month * 100 + parts.day);
+    dates::report(fc, message);
+}
+
+void LSVDATE(const LsvNumber *lilian, const VSTRING *picture, char *out, FeedbackCode *fc)
+{
+    memset(out, ' ', dates::kOutput);
+    int32_t day = *lilian;
+    if (day < 1 || day > calendar::kLastLilian) return dates::report(fc, dates::kLilianRange);
+    dates::DateParts parts{};
+    dates::setDate(parts, day);
+    dates::report(fc, dates::printDate(dates::Service::lilianToText, picture, out, parts));
+}
