@@ -154,6 +154,8 @@ private:
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
     void moveText(const Text &source, const Loc &target);
+    void moveCharacters(const Text &t, const Loc &target);
+    Num textNumber(const Text &t);
     void moveNumber(Num n, const Loc &target, bool fromInteger);
     void moveLoc(const Loc &source, const Loc &target);
     void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);

@@ -228,7 +228,7 @@ void Emitter::unstringStatement(const UnstringStatement &s)
         Text field;
         field.address = buffers[i];
         field.length = cat("(int64_t)", targets.name, "[", 8 * i + 7, "]");
-        moveText(field, target);
+        moveCharacters(field, target);
         put("}\n");
     }
     for (size_t i = 0; i < s.targets.size(); i++) {
