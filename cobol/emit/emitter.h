@@ -154,6 +154,8 @@ private:
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
     void moveText(const Text &source, const Loc &target);
+    void moveCharacters(const Text &t, const Loc &target);
+    Num textNumber(const Text &t);
     void moveNumber(Num n, const Loc &target, bool fromInteger);
     void moveLoc(const Loc &source, const Loc &target);
     void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);
@@ -217,6 +219,9 @@ private:
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);
     void inspectStatement(const InspectStatement &s);
+    std::string pointerIn(Reference *pointer, const std::string &length, std::string &value);
+    void storeInteger(Reference *target, const std::string &c);
+    bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
     void searchStatement(const SearchStatement &s);
 

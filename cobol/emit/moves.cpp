@@ -197,22 +197,40 @@ void Emitter::move(const Expr *source, const Loc &target)
             if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
             n = literalNumber(decimalOf(digits, false));
         } else {
-            n.kind = Num::Packed;
-            n.digits = static_cast<int>(t.fixed >= 0 ? std::min<int64_t>(t.fixed, 38) : 31);
-            std::string p = tempBytes(n.digits / 2 + 1);
-            n.text = cat("kvr_text_number(", t.address, ", ", t.length, ", ", p, ", ", n.digits, ")");
+            n = textNumber(t);
         }
         store(n, target, false, "");
         return;
     }
     Text t = text(source);
     if (!t.good) return;
-    if (!plainTo && to.category == Category::AlphanumericEdited) {
+    moveCharacters(t, target);
+}
+
+// Characters as an unsigned integer.
+Num Emitter::textNumber(const Text &t)
+{
+    Num n;
+    n.kind = Num::Packed;
+    n.digits = static_cast<int>(t.fixed >= 0 ? std::min<int64_t>(t.fixed, 38) : 31);
+    std::string p = tempBytes(n.digits / 2 + 1);
+    n.text = cat("kvr_text_number(", t.address, ", ", t.length, ", ", p, ", ", n.digits, ")");
+    return n;
+}
+
+// Characters to an item of any category, as MOVE of an alphanumeric item has it.
+void Emitter::moveCharacters(const Text &t, const Loc &target)
+{
+    const Item &to = *target.item;
+    bool plainTo = target.refmod || to.category == Category::Group;
+    if (!plainTo && (isNumericItem(to) || to.category == Category::NumericEdited)) {
+        store(textNumber(t), target, false, "");
+    } else if (!plainTo && to.category == Category::AlphanumericEdited) {
         std::string record = editedRecord(to, cat("P", ++constants_), t.kind != Text::Bytes, globals_);
         put(cat("_zvkcMoveAlphaNumEdit(", record, ", ", t.address, ", ", t.length, ", ", target.address, ");\n"));
-        return;
+    } else {
+        moveText(t, target);
     }
-    moveText(t, target);
 }
 
 // ---- CORRESPONDING
