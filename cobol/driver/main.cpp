@@ -95,7 +95,8 @@ Home findHome()
         home.include = root + "/include";
     else if (exists(directoryOf(root) + "/include/kvr2/kvrcob.h"))
         home.include = directoryOf(root) + "/include";
-    home.companions = exists(root + "/companions") ? root + "/companions" : home.library + "/kvr2";
+    if (exists(root + "/run/lib")) home.library = root + "/run/lib"; // the build tree, laid out as an installation
+    home.companions = home.library + "/kvr2";
     return home;
 }
 
