@@ -78,9 +78,9 @@ std::string stemOf(const std::string &path)
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
-// Library and headers, beside the command: in the build tree build/bin, build/lib, include; installed bin, lib, include.
+// Library and headers, beside the command: in the build tree build/bin, build/kvrcob/lib, include; installed bin, lib, include.
 struct Home {
-    std::string include, library, companions;
+    std::string include, library;
 };
 
 Home findHome()
@@ -90,13 +90,11 @@ Home findHome()
     std::string bin = n > 0 ? directoryOf(std::string(buffer, static_cast<size_t>(n))) : ".";
     std::string root = directoryOf(bin);
     Home home;
-    home.library = root + "/lib";
+    home.library = exists(root + "/kvrcob/lib") ? root + "/kvrcob/lib" : root + "/lib";
     if (exists(root + "/include/kvr2/kvrcob.h"))
         home.include = root + "/include";
     else if (exists(directoryOf(root) + "/include/kvr2/kvrcob.h"))
         home.include = directoryOf(root) + "/include";
-    if (exists(root + "/run/lib")) home.library = root + "/run/lib"; // the build tree, laid out as an installation
-    home.companions = home.library + "/kvr2";
     return home;
 }
 
@@ -425,7 +423,7 @@ int compile(Options &o)
             files.push_back(std::string(directory) + "/" + std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c");
             if (!writeFile(files.back(), translated[i].c)) return 1;
         }
-        std::vector<std::string> link = {"-L" + home.library, "-Wl,-rpath," + home.library, "-Wl,-rpath," + home.companions, "-Wl,--disable-new-dtags"};
+        std::vector<std::string> link = {"-L" + home.library, "-Wl,-rpath," + home.library, "-Wl,--disable-new-dtags"};
         for (const std::string &l : o.linker) link.push_back(l);
         link.push_back("-lkvr2_64r");
         link.push_back("-lm");

@@ -397,6 +397,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
             occursClause(p, *item);
             continue;
         }
+        if (item->occurs && (at(K_DEPENDING) || at(K_ASCENDING) || at(K_DESCENDING) || at(K_INDEXED))) {
+            occursPhrases(p, *item);
+            continue;
+        }
         if (at(K_VALUE) || at(K_VALUES)) {
             valueClause(*item);
             continue;
@@ -523,7 +527,6 @@ void Parser::usageClause(Item &item)
 
 void Parser::occursClause(Program &p, Item &item)
 {
-    (void)p;
     item.occurs = true;
     if (at(K_DYNAMIC)) {
         notBuilt(here(), "OCCURS DYNAMIC");
@@ -541,6 +544,12 @@ void Parser::occursClause(Program &p, Item &item)
         item.occursMaxExpr = count();
     }
     take(K_TIMES);
+    occursPhrases(p, item);
+}
+
+// DEPENDING ON, keys, INDEXED BY. Other clauses may stand between them and OCCURS.
+void Parser::occursPhrases(Program &, Item &item)
+{
     for (;;) {
         if (panic_) return;
         if (take(K_DEPENDING)) {

@@ -81,6 +81,7 @@ private:
     void records(Program &program, Item::Section section, File *file);
     Item *dataDescription(Program &program, Item::Section section);
     void occursClause(Program &program, Item &item);
+    void occursPhrases(Program &program, Item &item);
     void usageClause(Item &item);
     bool usageWord(Item &item);
     void valueClause(Item &item);
