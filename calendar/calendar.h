@@ -28,7 +28,8 @@ struct Date {
 
 constexpr int64_t floorDiv(int64_t a, int64_t b) { return a / b - (a % b != 0 && (a < 0) != (b < 0)); }
 
-constexpr bool isLeapYear(int64_t year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+// Of the years that 4 divides, 25 divides those that 100 does, and 16 those of them that 400 does.
+constexpr bool isLeapYear(int64_t year) { return (year & 3) == 0 && ((year & 15) == 0 || year % 25 != 0); }
 constexpr int32_t yearLength(int64_t year) { return isLeapYear(year) ? 366 : 365; }
 
 // Months of 31 days and of 30 as bits, January in bit 0.
@@ -105,7 +106,7 @@ inline constexpr int32_t kLastLilian = static_cast<int32_t>(dayNumber(9999, 12, 
 static_assert(kLastInteger == 3067671 && kLastLilian == 3074324);
 
 // 0 Sunday to 6 Saturday, of a day number that is not negative.
-constexpr int32_t weekday(int64_t number) { return static_cast<int32_t>(static_cast<uint64_t>(number + 3) % 7); }
+constexpr int32_t weekday(int64_t number) { return static_cast<int32_t>(static_cast<uint32_t>(number + 3) % 7); }
 static_assert(weekday(kLilianBase + 1) == 5); // a Friday
 
 } // namespace calendar

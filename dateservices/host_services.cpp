@@ -6,6 +6,7 @@
 // EBCDIC bytes; on purpose, in all of them.
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 
 #include "dateservices/date_parts.h"
 #include "kvr2/code_pages.h"
@@ -66,11 +67,12 @@ struct Zeros {
     LsvSeconds seconds = 0;
 };
 
-template <class... Number>
-void clear(Number *...numbers)
+// Results lie at any address.
+void clear(std::initializer_list<void *> numbers)
 {
-    ((*numbers = 0), ...);
+    for (void *number : numbers) memset(number, 0, sizeof(int32_t));
 }
+void clearSeconds(void *seconds) { memset(seconds, 0, sizeof(double)); }
 
 using TextToNumber = void (*)(const VSTRING *, const VSTRING *, LsvNumber *, FeedbackCode *);
 void textToNumber(TextToNumber service, const VSTRING *date, const VSTRING *picture, LsvNumber *result,
@@ -81,7 +83,7 @@ void textToNumber(TextToNumber service, const VSTRING *date, const VSTRING *pict
     Zeros zeros;
     service(nativeDate.string(), nativePicture.string(), zeros.numbers, feedback.token());
     feedback.handBack();
-    clear(result);
+    clear({result});
 }
 
 } // namespace
@@ -103,7 +105,7 @@ void LSVSECS_HOST(const VSTRING *timestamp, const VSTRING *picture, LsvSeconds *
     Zeros zeros;
     LSVSECS(nativeTime.string(), nativePicture.string(), &zeros.seconds, feedback.token());
     feedback.handBack();
-    clear(lilianSeconds);
+    clearSeconds(lilianSeconds);
 }
 
 void LSVDATE_HOST(const LsvNumber *, const VSTRING *picture, char *out, FeedbackCode *fc)
@@ -134,7 +136,7 @@ void LSVDYWK_HOST(const LsvNumber *, LsvNumber *weekday, FeedbackCode *fc)
     Zeros zeros;
     LSVDYWK(&zeros.numbers[0], &zeros.numbers[1], feedback.token());
     feedback.handBack();
-    clear(weekday);
+    clear({weekday});
 }
 
 void LSVGMT_HOST(LsvNumber *lilian, LsvSeconds *lilianSeconds, FeedbackCode *fc)
@@ -143,8 +145,8 @@ void LSVGMT_HOST(LsvNumber *lilian, LsvSeconds *lilianSeconds, FeedbackCode *fc)
     Zeros zeros;
     LSVGMT(zeros.numbers, &zeros.seconds, feedback.token());
     feedback.handBack();
-    clear(lilian);
-    clear(lilianSeconds);
+    clear({lilian});
+    clearSeconds(lilianSeconds);
 }
 
 void LSVUTC_HOST(LsvNumber *lilian, LsvSeconds *lilianSeconds, FeedbackCode *fc)
@@ -158,8 +160,8 @@ void LSVGMTO_HOST(LsvNumber *hours, LsvNumber *minutes, LsvSeconds *seconds, Fee
     Zeros zeros;
     LSVGMTO(&zeros.numbers[0], &zeros.numbers[1], &zeros.seconds, feedback.token());
     feedback.handBack();
-    clear(hours, minutes);
-    clear(seconds);
+    clear({hours, minutes});
+    clearSeconds(seconds);
 }
 
 void LSVISEC_HOST(const LsvNumber *, const LsvNumber *, const LsvNumber *, const LsvNumber *, const LsvNumber *,
@@ -170,7 +172,7 @@ void LSVISEC_HOST(const LsvNumber *, const LsvNumber *, const LsvNumber *, const
     const LsvNumber *none = zeros.numbers;
     LSVISEC(none, none, none, none, none, none, none, &zeros.seconds, feedback.token());
     feedback.handBack();
-    clear(lilianSeconds);
+    clearSeconds(lilianSeconds);
 }
 
 void LSVLOCT_HOST(LsvNumber *lilian, LsvSeconds *lilianSeconds, char *gregorian, FeedbackCode *fc)
@@ -180,8 +182,8 @@ void LSVLOCT_HOST(LsvNumber *lilian, LsvSeconds *lilianSeconds, char *gregorian,
     char native[17];
     LSVLOCT(zeros.numbers, &zeros.seconds, native, feedback.token());
     feedback.handBack();
-    clear(lilian);
-    clear(lilianSeconds);
+    clear({lilian});
+    clearSeconds(lilianSeconds);
     toEbcdic(native, sizeof native, gregorian);
 }
 
@@ -191,7 +193,7 @@ void LSVQCEN_HOST(LsvUnsigned *century, FeedbackCode *fc)
     LsvUnsigned kept;
     LSVQCEN(&kept, feedback.token());
     feedback.handBack();
-    clear(century);
+    clear({century});
 }
 
 void LSVSCEN_HOST(const LsvUnsigned *, FeedbackCode *fc)
@@ -214,7 +216,7 @@ void LSVSECI_HOST(const LsvUnsigned *hexSeconds, LsvNumber *year, LsvNumber *mon
     LsvNumber *out = zeros.numbers;
     LSVSECI(&zeros.seconds, out, out + 1, out + 2, out + 3, out + 4, out + 5, out + 6, feedback.token());
     feedback.handBack();
-    clear(year, month, day, hours, minutes, seconds, milliseconds);
+    clear({year, month, day, hours, minutes, seconds, milliseconds});
 }
 
 void TKJEDT4_HOST(char *out, FeedbackCode *fc)

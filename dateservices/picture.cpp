@@ -21,8 +21,8 @@ constexpr std::array<Letter, 256> kLetters = [] {
     return table;
 }();
 
-// By letter: what a run of one, two, three, and four or more letters is. A longer run than `longest` is none;
-// one of H or S is cut there.
+// By letter: what a run of one, two, three, and four or more letters is. A longer run than
+// `longest` is none; one of H or S is cut there.
 struct RunRow {
     uint8_t longest;
     bool cut;

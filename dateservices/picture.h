@@ -95,8 +95,8 @@ private:
 // The last picture that a thread used, taken apart: programs use the same few again and again.
 class KnownPicture {
 public:
-    // The picture for the text, as `clear` makes it of the text's copy; null if it is too long to be
-    // kept, or blank.
+    // The picture for the text, as `clear` makes it of the text's copy; null if it is too long to
+    // be kept, or blank.
     const Picture *find(const char *text, size_t length)
     {
         if (length == given && length && memcmp(text, key, length) == 0) return &picture;

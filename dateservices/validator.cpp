@@ -50,7 +50,7 @@ Status validateDate(DateParts &parts, const EraTable *eras)
         if (parts.month < 1 || parts.month > 12) return kBadMonth;
         if (!calendar::isDate(parts.year, parts.month, parts.day)) return kBadDay;
     }
-    return lilianOf(parts) < 1 ? kBeforeCalendar : kGood;
+    return parts.year == calendar::kFirstLilianYear && lilianOf(parts) < 1 ? kBeforeCalendar : kGood;
 }
 
 void setDate(DateParts &parts, int64_t lilian)

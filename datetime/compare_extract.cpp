@@ -15,7 +15,7 @@ constexpr uint32_t kExtractArea = 256;
 
 // Where a field is in the three system forms, -1 where it is not, and its digits. From 13 on.
 struct FieldPlace {
-    int8_t date, time, timestamp, digits;
+    int date, time, timestamp, digits;
 };
 constexpr FieldPlace kFields[] = {
     {0, -1, 0, 4},    // year
@@ -43,9 +43,9 @@ int compareForms(const char *left, const char *right)
 
 constexpr int kUndecided = 2;
 
-// Two items of one format whose parts lie in the order of their weight need no system form: the first
-// part that differs decides. kUndecided where that does not hold, or a fraction, a blank-like "X" or a
-// short item has a say. An entry that is none is left to the conversion, which refuses it.
+// Two items of one format whose parts lie in the order of their weight need no system form: the
+// first part that differs decides. kUndecided where that does not hold, or a fraction, a blank-like
+// "X" or a short item has a say. An entry that is none is left to the conversion, which refuses it.
 int compareInPlace(const char *left, const char *right, const FD *fd)
 {
     uint64_t pos = 0, length = itemLength(fd);

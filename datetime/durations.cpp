@@ -229,7 +229,8 @@ double inUnit(const Difference &difference, uint32_t unit)
     if (unit == duMinutes) return value;
     value = static_cast<double>(difference.seconds) + value * 60.0;
     if (unit == duSeconds) return value;
-    if (unit == duMicroseconds) return static_cast<double>(difference.picoseconds / kMicrosecond) + value * 1e6;
+    int64_t micros = difference.picoseconds / kMicrosecond; // whole ones
+    if (unit == duMicroseconds) return static_cast<double>(micros) + value * 1e6;
     return static_cast<double>(difference.picoseconds) + value * 1e12;
 }
 

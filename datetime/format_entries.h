@@ -31,10 +31,8 @@ inline constexpr uint64_t kTextEntries =
     entryBits({ZVK_FE_LITERAL, ZVK_FE_SLASH, ZVK_FE_MINUS, ZVK_FE_PERIOD, ZVK_FE_COMMA, ZVK_FE_SPACE, ZVK_FE_COLON,
                ZVK_FE_CHAR, ZVK_FE_PERCENT, ZVK_FE_AT});
 
-// Those of one place that need no look at the item.
-inline constexpr uint64_t kOnePlace =
-    entryBits({ZVK_FE_SLASH, ZVK_FE_MINUS, ZVK_FE_PERIOD, ZVK_FE_COMMA, ZVK_FE_SPACE, ZVK_FE_COLON, ZVK_FE_PERCENT,
-               ZVK_FE_AT, ZVK_FE_CHAR, ZVK_FE_CENTURY, ZVK_FE_FRACTION1});
+// Texts of one place.
+inline constexpr uint64_t kOnePlace = kTextEntries & ~entryBits({ZVK_FE_LITERAL});
 
 inline bool isEntryOf(uint64_t entries, uint32_t type) { return type <= kHighestEntry && (entries >> type & 1); }
 
@@ -46,8 +44,8 @@ inline char separatorOf(uint32_t type)
 }
 
 // Where an entry that is copied as it is lies in the timestamp's system form; -1 for others.
-inline constexpr std::array<int8_t, kHighestEntry + 1> kCopiedTo = [] {
-    std::array<int8_t, kHighestEntry + 1> places{};
+inline constexpr std::array<int32_t, kHighestEntry + 1> kCopiedTo = [] {
+    std::array<int32_t, kHighestEntry + 1> places{};
     places.fill(-1);
     places[ZVK_FE_YEAR4] = places[ZVK_FE_YEAR4_RAW] = 0;
     places[ZVK_FE_MONTH] = 5;

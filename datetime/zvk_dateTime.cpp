@@ -150,20 +150,26 @@ void toSystemForm(const char *item, const FD *fd, char *out, int16_t windowYear,
     for (; entry < last; entry++) {
         uint32_t type = entry->entryType;
         DATETIME_ASSERT(isEntryOf(L::entries, type), "! \"entryType\"");
-        uint64_t width = kEntryWidth[type];
-        if (width < 2 && !isEntryOf(kOnePlace, type)) width = entryWidth(entry, item, pos, length);
-        if (type == ZVK_FE_HOUR12) width = entryWidth(entry, item, pos, length);
+        // Most entries are a separator or two or four places that are copied.
+        if (isEntryOf(kOnePlace, type)) {
+            if (pos == length) break;
+            pos++;
+            continue;
+        }
+        if (int place = kCopiedTo[type]; place >= 0) {
+            uint64_t places = place == 0 ? 4 : 2;
+            if (places > length - pos) break;
+            char *to = out + place - L::beforeForm;
+            memcpy(to, item + pos, 2);
+            if (places == 4) memcpy(to + 2, item + pos + 2, 2);
+            seen.hourSeen |= type == ZVK_FE_HOUR24;
+            pos += places;
+            continue;
+        }
+        uint64_t width = entryWidth(entry, item, pos, length);
         if (width > length - pos) break;
         const char *at = item + pos;
         pos += width;
-        if (isEntryOf(kTextEntries, type)) continue;
-        if (int place = kCopiedTo[type]; place >= 0) {
-            char *to = out + place - L::beforeForm;
-            memcpy(to, at, 2);
-            if (width == 4) memcpy(to + 2, at + 2, 2);
-            if (type == ZVK_FE_HOUR24) seen.hourSeen = true;
-            continue;
-        }
         switch (type) {
         case ZVK_FE_YEAR2:
             readYear2(at, out, windowYear, seen);

@@ -16,6 +16,7 @@
 
 #include "datetime/format_entries.h"
 #include "datetime/locale_text.h"
+#include "datetime/move.h"
 #include "frame/locale/locale_handles.h"
 #include "frame/messages.h"
 #include "frame/storage.h"
@@ -379,9 +380,7 @@ static void saveName(const LocaleInfo *info, uint32_t category, char *saveTo, ui
     int slot = category == ZVK_LC_ALL ? kCtype : kCategories[category].slot;
     const char *name = info->names[slot];
     if (*name == 0 || strcmp(name, "C") == 0 || strcmp(name, "POSIX") == 0) name = "DEFAULT";
-    size_t length = std::min<size_t>(strlen(name), saveLength);
-    memcpy(saveTo, name, length);
-    memset(saveTo + length, ' ', saveLength - length);
+    copyPadded(name, strlen(name), saveTo, saveLength);
 }
 
 static void setCategory(LocaleInfo *info, uint32_t code, const char *name)

@@ -74,7 +74,7 @@ inline constexpr std::array<ZvkFloat128, kExact128 + 1> kPower128 = [] {
 inline ZvkFloat128 power128(int64_t n)
 {
     if (n <= kExact128) return kPower128[static_cast<size_t>(n)];
-    if (n > 4932) return __builtin_huge_valq();
+    if (n > 4932) return static_cast<ZvkFloat128>(__builtin_huge_val());
     ZvkFloat128 result = kPower128[static_cast<size_t>(n) % 32];
     ZvkFloat128 square = kPower128[32];
     for (n /= 32; n; n /= 2, square *= square)

@@ -27,5 +27,8 @@ void zvkForgetFailedOpen(FCB *file);
 // fileio: closes the file-system modules at the runtime's end.
 void zvkUnloadModules();
 
+// sort: removes the spill files of this thread's sort, where a signal ends the process.
+void zvkRemoveSpillFiles();
+
 // sort: abandons a sort of this thread that is still under way; true if one could not be stopped.
 bool zvkAbandonSort();

@@ -82,7 +82,10 @@ bool cleanText(const ZvkExternalFloatSource &picture, const uint8_t *item, char 
         state = step.next;
         switch (step.action) {
         case 'S':
-            *to++ = byte == ',' ? '.' : byte;
+            if (byte == '+' || byte == '-')
+                *sign = byte;
+            else
+                *to++ = byte == ',' ? '.' : byte;
             break;
         case 'D':
             if (digits == assumed) {

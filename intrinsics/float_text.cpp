@@ -11,8 +11,8 @@ namespace floats {
 
 namespace {
 
-// The decimal library's own routine keeps a locale of every call, so this is done here: 38 digits and
-// a mark for those after them, rounded once to the format's 34, and then the exponent.
+// The decimal library's own routine keeps a locale of every call, so this is done here: 38 digits
+// and a mark for those after them, rounded once to the format's 34, and then the exponent.
 ZvkDecimal128 parseDecimal(const char *text, bool &outOfRange)
 {
     const bool negative = *text == '-';

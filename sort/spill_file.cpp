@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "frame/run_unit.h"
+#include "frame/upcalls.h"
 
 namespace {
 
@@ -85,6 +86,12 @@ void zvkCloseSpill(ZvkThreadRecord *record)
 {
     if (record->spillHandle) close(record->spillHandle - 1);
     record->spillHandle = 0;
+}
+
+void zvkRemoveSpillFiles()
+{
+    auto *record = static_cast<ZvkThreadRecord *>(zvkThreadScratch(-1));
+    if (record && record->spillPath && record->spillPath[0]) unlink(record->spillPath);
 }
 
 void zvkDropSpill(ZvkThreadRecord *record)

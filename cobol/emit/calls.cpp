@@ -92,7 +92,7 @@ void Emitter::callStatement(const CallStatement &s)
     if (target->kind == ExprKind::String) {
         Word name = internWord(target->text);
         if (Program *p = visibleProgram(*program_, name)) {
-            routine = cat("((int (*)())kvr_entry_", p->number, ")");
+            routine = cat("((int64_t (*)())kvr_entry_", p->number, ")");
             direct = true;
         }
     }
@@ -126,14 +126,16 @@ void Emitter::callStatement(const CallStatement &s)
                 put(cat("kvr_put_8(", loc.address, ", (int64_t)((uint8_t *(*)())", routine, ")(", arguments, "));\n"));
             } else if (isNumericItem(*loc.item)) {
                 std::string t = temp("int64_t");
-                put(cat(t, " = ", call, ";\n"));
-                store(integerNumber(t, 10), loc, false, "");
+                // A C function may return an int, and the upper half of the register is anything then.
+                bool wide = loc.item->size == 8 || loc.item->picture.digits > 9;
+                put(cat(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n"));
+                store(integerNumber(t, wide ? 18 : 10), loc, false, "");
             } else {
                 error(s.returning->at, "RETURNING needs a numeric item or a pointer");
             }
         }
     } else {
-        put(cat("p", program_->number, "_returnCode = ", call, ";\n"));
+        put(cat("p", program_->number, "_returnCode = (int32_t)", call, ";\n"));
     }
     if (s.exception.hasNot) block(s.exception.onNot);
     if (!direct) {

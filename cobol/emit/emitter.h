@@ -78,6 +78,7 @@ private:
     void fileRecords(Program &p);
     void procedures(Program &p);
     void entry(Program &p);
+    std::string parameterType(Program &p, size_t index);
     void paragraph(size_t index);
     void alphabets(Program &p);
     std::string defaultBytes(const Item &item);

@@ -517,21 +517,48 @@ void Emitter::procedures(Program &p)
 
 // ---- Entry
 
+// The C type of a parameter: an address, or what a value of the item's usage travels as.
+std::string Emitter::parameterType(Program &p, size_t index)
+{
+    const CallStatement::Argument &parameter = p.parameters[index];
+    if (parameter.mode != CallStatement::Value || !parameter.value || parameter.value->kind != ExprKind::Reference) return "uint8_t *";
+    const Item *item = meaning_.resolve(p, *parameter.value->ref, true);
+    return item && (item->usage == Usage::Float || item->usage == Usage::Double) ? "double " : "uint8_t *";
+}
+
 void Emitter::entry(Program &p)
 {
     std::string prefix = cat("p", p.number, "_");
     std::string out;
     // Parameters: fields of PROCEDURE DIVISION USING.
     std::string parameters, saves, sets, restores;
-    for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", "uint8_t *a", i);
+    for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i), "a", i);
+    const Item *returned = p.returning ? meaning_.resolve(p, *p.returning) : nullptr;
     size_t localBytes = 0;
     for (Item *record : p.records) {
         if (record->redefines) continue;
         if (record->section == Item::Linkage) {
             saves += cat("uint8_t *saved", record->number, " = L", record->number, ";\n");
             restores += cat("L", record->number, " = saved", record->number, ";\n");
-            if (record->parameter >= 0 && p.parameters[static_cast<size_t>(record->parameter)].mode == CallStatement::Value)
-                sets += cat("L", record->number, " = (uint8_t *)&a", record->parameter, ";\n");
+            if (record->parameter >= 0 && p.parameters[static_cast<size_t>(record->parameter)].mode == CallStatement::Value) {
+                std::string value = cat("a", record->parameter);
+                if (!isNumericItem(*record) || record->usage == Usage::Native || record->usage == Usage::Index || record->usage == Usage::Double) {
+                    sets += cat("L", record->number, " = (uint8_t *)&", value, ";\n");
+                } else {
+                    // The number arrives as an integer or a double; the item has another form.
+                    sets += cat("uint8_t value", record->number, "[", record->size, "];\nL", record->number, " = value", record->number, ";\n");
+                    std::string before;
+                    before.swap(code_);
+                    openBlock();
+                    store(record->usage == Usage::Float ? floatNumber(value) : integerNumber(cat("(int64_t)(intptr_t)", value), 18), locateItem(*record, "", true), false, "");
+                    std::string stored = code_.substr(2);
+                    sets += cat("{ ", insertions_[blocks_.back()].text, stored, "}\n");
+                    insertions_.pop_back();
+                    blocks_.pop_back();
+                    code_.swap(before);
+                }
+            } else if (record == returned && record->parameter < 0)
+                sets += cat("uint8_t returned[", record->storageSize(), "];\nmemset(returned, 0, sizeof returned);\nL", record->number, " = returned;\n");
             else if (record->parameter >= 0)
                 sets += cat("L", record->number, " = a", record->parameter, ";\n");
         } else if (record->section == Item::LocalStorage) {
@@ -546,7 +573,7 @@ void Emitter::entry(Program &p)
     }
     bool outermost = !p.parent;
     std::string name = outermost ? p.cName : cat("kvr_entry_", p.number);
-    out += cat(outermost ? "__attribute__((visibility(\"default\"))) " : "static ", "int ", name, "(", parameters.empty() ? "void" : parameters, ")\n{\n");
+    out += cat(outermost ? "__attribute__((visibility(\"default\"))) " : "static ", "int64_t ", name, "(", parameters.empty() ? "void" : parameters, ")\n{\n");
     out += cat("volatile int status = 0;\nint outerCalled = ", prefix, "called;\n", saves);
     if (localBytes) out += cat("uint8_t locals[", localBytes, "] __attribute__((aligned(16)));\n");
     out += cat("_zvkPgmInit(&", prefix, "pcb);\n", prefix, "called = !((", prefix, "pcb.flag & ZVK_PCB_MAIN) && ", prefix, "element[0].ent == 1);\n");
@@ -598,14 +625,15 @@ void Emitter::entry(Program &p)
     out += cat("if (status == 0) ", prefix, "body(0);\n");
     if (p.initial) out += cat("if (", prefix, "called) _zvkCloseReset((int32_t *)", prefix, "element);\nelse ");
     if (outermost || true) out += cat("_zvkPgmTerm(&", prefix, "pcb);\n");
-    std::string result = cat(prefix, "returnCode");
+    std::string result = cat("(int64_t)", prefix, "returnCode");
     if (p.returning) {
         Loc loc = locate(*p.returning);
         if (loc.good() && isNumericItem(*loc.item)) {
             blocks_.push_back(insertions_.size());
             insertions_.push_back({0, ""});
             Num n = toInt(scaleTo(itemNumber(loc), 0, false));
-            out += cat("{ ", insertions_.back().text, prefix, "returnCode = (int32_t)(", n.text, "); }\n");
+            out += cat("int64_t returning; { ", insertions_.back().text, "returning = (int64_t)(", n.text, "); }\n");
+            result = "returning";
             insertions_.pop_back();
             blocks_.pop_back();
         }
@@ -662,12 +690,12 @@ std::string Emitter::emit()
     auto declare = [&](auto &self, Program &p) -> void {
         if (p.parent) {
             std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", "uint8_t *");
-            declarations += cat("static int kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
+            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
+            declarations += cat("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
         } else {
             std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", "uint8_t *");
-            declarations += cat("int ", p.cName, "(", parameters.empty() ? "void" : parameters, ");\n#define kvr_entry_", p.number, " ", p.cName, "\n");
+            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
+            declarations += cat("int64_t ", p.cName, "(", parameters.empty() ? "void" : parameters, ");\n#define kvr_entry_", p.number, " ", p.cName, "\n");
         }
         declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
@@ -678,7 +706,7 @@ std::string Emitter::emit()
     out += declarations + "\n" + globals_ + "\n" + functions_;
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
-        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0, ");\nreturn ((int (*)())", first->cName, ")(");
+        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())", first->cName, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
         out += ") & 255;\n}\n";
     }

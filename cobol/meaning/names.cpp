@@ -273,8 +273,8 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
         Item *match = nullptr;
         int count = 0;
         for (Item *item : found->second) {
-            if (p != &program && !isGlobal(item) && item->section != Item::Special) continue;
-            if (p != &program && item->section == Item::Special && !item->file) continue;
+            if (p != &program && !isGlobal(item) && (item->section != Item::Special || item->isIndexName)) continue;
+            if (p != &program && item->section == Item::Special && !item->file && !item->isIndexName) continue;
             if (!matches(item, ref)) continue;
             if (count++ == 0) match = item;
         }

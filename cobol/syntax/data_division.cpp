@@ -106,8 +106,9 @@ void Parser::fileDescription(Program &p)
             if (take(K_TO)) parseInteger(n);
             take(K_RECORDS);
             take(K_CHARACTERS);
-        } else if (at(K_RECORD) && !aheadIs(1, K_IS) && !aheadIs(1, K_ARE)) {
+        } else if (at(K_RECORD) && ((!aheadIs(1, K_IS) && !aheadIs(1, K_ARE)) || aheadIs(2, K_VARYING))) {
             step();
+            take(K_IS);
             f->hasRecordClause = true;
             if (at(K_VARYING)) {
                 step();

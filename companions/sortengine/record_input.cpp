@@ -4,6 +4,7 @@
 // When the budget's last segment is full, the worker merges the older half of them into a run while
 // this thread goes on filling what the run before has freed.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -30,10 +31,7 @@ Segment *newSegment(Sort *sort)
     segment->plan = &sort->plan;
     segment->layout = &sort->layout;
     segment->worker = &sort->worker;
-    if (!openSegment(segment, sort->segmentBytes)) {
-        fail(sort, ZVK_SORT_ESTORAGE);
-        return nullptr;
-    }
+    if (!openSegment(segment, sort->segmentBytes)) return nullptr; // told apart by `error`: there is none
     sort->segments[sort->segmentCount++] = segment;
     return segment;
 }
@@ -96,7 +94,16 @@ bool finishRun(Sort *sort)
 
 bool nextSegment(Sort *sort)
 {
-    if (!sort->freeSegments && sort->segmentCount < sort->segmentLimit) return (sort->filling = newSegment(sort));
+    if (!sort->freeSegments && sort->segmentCount < sort->segmentLimit) {
+        sort->filling = newSegment(sort);
+        if (sort->filling || sort->error) return sort->filling;
+        // The system has no more for us: what there is is the budget, and the merge gets the least.
+        if (!sort->segmentCount) return fail(sort, ZVK_SORT_ESTORAGE);
+        sort->segmentLimit = sort->segmentCount;
+        sort->settings.memory = 0;
+        free(sort->reserve);
+        sort->reserve = nullptr;
+    }
     if (!sort->freeSegments) {
         if (!sort->runJob.count && !startRun(sort)) return false;
         if (!finishRun(sort)) return false;

@@ -50,6 +50,24 @@ struct Less {
     }
 };
 
+// Storage for sorting: in the arena between the records and the offsets, which is kept free for as
+// much, so that a segment takes no more than its share of the budget.
+void *indexStorage(Segment *segment, uint64_t *taken, uint64_t bytes)
+{
+    uint64_t start = (segment->used + *taken + 15) & ~uint64_t{15};
+    uint64_t offsets = segment->layout->variable ? segment->count * sizeof(uint32_t) : 0;
+    if (start + bytes + offsets > segment->capacity) return malloc(bytes); // a few bytes of alignment
+    *taken = start + bytes - segment->used;
+    return segment->records + start;
+}
+
+void freeIndexStorage(const Segment *segment, void *block)
+{
+    auto *at = static_cast<uint8_t *>(block);
+    bool inArena = at && at >= segment->records && at < segment->records + segment->capacity;
+    if (!inArena) free(block);
+}
+
 // Deals the entries out by the first bits in which any two differ, then sorts each bucket.
 void radixSort(Segment *segment, Entry *spare)
 {
@@ -59,7 +77,7 @@ void radixSort(Segment *segment, Entry *spare)
     for (uint32_t i = 1; i < count; i++) differ |= entries[i].first ^ entries[0].first;
     if (differ == 0) {
         std::sort(entries, entries + count, Less{segment});
-        free(spare);
+        freeIndexStorage(segment, spare);
         return;
     }
     int shift = std::max(64 - __builtin_clzll(differ) - kRadixBits, 0);
@@ -82,7 +100,7 @@ void radixSort(Segment *segment, Entry *spare)
         if (end - start > 1) std::sort(segment->entries + start, segment->entries + end, Less{segment});
         start = end;
     }
-    free(spare);
+    freeIndexStorage(segment, spare);
 }
 
 } // namespace
@@ -101,8 +119,8 @@ bool openSegment(Segment *segment, uint64_t capacity)
 
 void emptySegment(Segment *segment)
 {
-    free(segment->entries);
-    free(segment->tails);
+    freeIndexStorage(segment, segment->entries);
+    freeIndexStorage(segment, segment->tails);
     segment->entries = nullptr;
     segment->tails = nullptr;
     segment->used = 0;
@@ -123,17 +141,20 @@ void sortSegment(Job *job)
     const KeyPlan &plan = *segment->plan;
     uint64_t count = segment->count;
     if (count == 0 || segment->worker->cancel) return;
-    segment->entries = static_cast<Entry *>(malloc(count * sizeof(Entry)));
-    if (!plan.plain && plan.tailBytes) segment->tails = static_cast<uint8_t *>(malloc(count * plan.tailBytes));
-    bool radix = count >= kRadixLeast;
-    auto *spare = radix ? static_cast<Entry *>(malloc(count * sizeof(Entry))) : nullptr;
-    if (!segment->entries || (!plan.plain && plan.tailBytes && !segment->tails) || (radix && !spare)) {
+    uint64_t taken = 0;
+    segment->entries = static_cast<Entry *>(indexStorage(segment, &taken, count * sizeof(Entry)));
+    bool needsTails = !plan.plain && plan.tailBytes;
+    if (needsTails) segment->tails = static_cast<uint8_t *>(indexStorage(segment, &taken, count * plan.tailBytes));
+    if (!segment->entries || (needsTails && !segment->tails)) {
         job->error = ZVK_SORT_ESTORAGE;
-        free(spare);
         return;
     }
+    // Without room for a second index the entries are sorted where they are.
+    auto *spare =
+        count >= kRadixLeast ? static_cast<Entry *>(indexStorage(segment, &taken, count * sizeof(Entry))) : nullptr;
+    bool radix = spare;
     if (!buildIndex(segment)) {
-        free(spare);
+        freeIndexStorage(segment, spare);
     } else if (radix) {
         radixSort(segment, spare);
     } else {

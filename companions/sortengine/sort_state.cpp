@@ -10,8 +10,11 @@ struct MemoryBlock {
     uint64_t pad;
 };
 
-static thread_local Sort *innermost;
-static thread_local Sort *abandoned;
+// In the thread's static block: storage that is taken at the first use would end the process where
+// there is none.
+#define IN_STATIC_BLOCK __attribute__((tls_model("initial-exec")))
+IN_STATIC_BLOCK static thread_local Sort *innermost;
+IN_STATIC_BLOCK static thread_local Sort *abandoned;
 
 void openSort(Sort *sort)
 {
@@ -27,6 +30,8 @@ static void freeAll(Sort *sort)
     for (uint32_t i = 0; i < sort->segmentCount; i++) closeSegment(sort->segments[i]);
     for (int fd : {sort->inputFd, sort->outputFd, sort->work.fd})
         if (fd >= 0) close(fd);
+    free(sort->reserve);
+    sort->reserve = nullptr;
     while (MemoryBlock *block = sort->blocks) {
         sort->blocks = block->next;
         free(block);

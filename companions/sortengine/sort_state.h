@@ -48,6 +48,7 @@ struct Sort {
     uint32_t runCount, runRoom;
     uint32_t runsWritten, passes; // for the statistics: runs made from segments, merges before the last one
 
+    void *reserve; // storage that is given back when the system refuses more: runs and merges need some
     int inputFd, outputFd;
     MemoryBlock *blocks;
     uint64_t recordCount;

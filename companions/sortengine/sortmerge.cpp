@@ -5,6 +5,7 @@
 //     MERGE   USING files, each in order -> one merge -> output
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -29,6 +30,7 @@ constexpr uint64_t kLeastSegment = 32u << 10;
 constexpr uint32_t kSegments = 8;
 constexpr uint64_t kLeastRunBuffer = 16u << 10, kMostRunBuffer = 1u << 20;
 constexpr uint64_t kLeastMergeMemory = 4u << 20; // below this a budget would only cost passes
+constexpr uint64_t kReserve = 2 * kLeastMergeMemory;
 constexpr uint32_t kLeastFanIn = 8;
 constexpr uint32_t kMostRecord = 1u << 28; // offsets within a segment are 32 bits
 
@@ -41,6 +43,7 @@ void planMemory(Sort *sort)
     sort->segmentBytes = std::max((bytes + 4095) & ~uint64_t{4095}, 4 * record);
     sort->segmentLimit =
         static_cast<uint32_t>(std::clamp<uint64_t>(sort->settings.memory / sort->segmentBytes, 2, 1u << 20));
+    sort->reserve = malloc(kReserve); // null: then there is nothing to give back
 }
 
 bool mergeOut(Sort *sort, Source *sources, uint32_t count, Output *output)

@@ -14,6 +14,7 @@
 #include "frame/signals/traceback.h"
 #include "frame/streams/stream_sync.h"
 #include "frame/trace.h"
+#include "frame/upcalls.h"
 #include "kvr2/termination.h"
 
 namespace {
@@ -89,6 +90,7 @@ void _zvkSignal(int signal, void *, void *context)
     }
 
     _zvkProccom->flags |= ZVK_SIGNAL_IN_PROGRESS;
+    zvkRemoveSpillFiles();
     int32_t cored = reportFatal(row->name, location);
     if (_zvkProccom->txmn) {
         ZvkTracedName name(runcom->main);

@@ -10,8 +10,8 @@
 ZVK_BEGIN_DECLS
 
 /**
- * The picture of an external floating-point item, for a move out of it. The item's length counts the
- * sign, the digits, the point, the "E", and the exponent's sign and two digits.
+ * The picture of an external floating-point item, for a move out of it. The item's length counts
+ * the sign, the digits, the point, the "E", and the exponent's sign and two digits.
  */
 typedef struct ZvkExternalFloatSource {
     int16_t length;         /**< bytes of the item; negated when the point is assumed ("V") */

@@ -28,15 +28,9 @@ __extension__ typedef __float128 ZvkFloat128;
 
 #if defined(__clang__)
 /* A compiler without decimal floating point can declare these entries, not call them. */
-typedef struct ZvkDecimal32 {
-    float encoding;
-} ZvkDecimal32;
-typedef struct ZvkDecimal64 {
-    double encoding;
-} ZvkDecimal64;
-typedef struct ZvkDecimal128 {
-    ZvkFloat128 encoding;
-} ZvkDecimal128;
+typedef struct ZvkDecimal32 ZvkDecimal32;
+typedef struct ZvkDecimal64 ZvkDecimal64;
+typedef struct ZvkDecimal128 ZvkDecimal128;
 #elif defined(__cplusplus)
 typedef float ZvkDecimal32 __attribute__((mode(SD)));
 typedef float ZvkDecimal64 __attribute__((mode(DD)));

@@ -25,7 +25,7 @@
 
 #define KVR_INLINE static inline __attribute__((unused))
 
-typedef int (*KvrProgram)();
+typedef int64_t (*KvrProgram)();
 
 /** A program that the source contains. */
 typedef struct KvrVisible {

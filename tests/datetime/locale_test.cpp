@@ -47,9 +47,10 @@ FD localeItem(uint32_t category, uint16_t index, uint32_t storage)
     return fd;
 }
 
+TemporaryDirectory *directory; // outlives the environment in a child, where nothing removes it
+
 // Made at the first use; removed by it alone and by none of its children.
 struct Locales : testing::Environment {
-    TemporaryDirectory *directory = nullptr;
     std::string path;
     const std::string &made()
     {

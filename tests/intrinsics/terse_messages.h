@@ -11,7 +11,8 @@
 #include "frame/messages.h"
 #include "support/child.h"
 
-// Removed at the end of the tests, not by a static's destructor: that would run in every child, too.
+// Removed at the end of the tests, not by a static's destructor: that would run in every child,
+// too.
 inline TemporaryDirectory *terseDirectory;
 struct TerseCleaner : testing::Environment {
     void TearDown() override

@@ -145,6 +145,42 @@ void expectSortedFiles(std::vector<Record> records, Call call, const TemporaryDi
 
 } // namespace
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which reserve terabytes of addresses
+// A process with little memory left sorts through the work file, by the budget that it chooses
+// itself and by one that cannot be had.
+TEST(SortEngine, ALimitOfMemoryIsABudget)
+{
+    for (uint64_t wish : {uint64_t{0}, uint64_t{1} << 30}) {
+        TemporaryDirectory directory;
+        ChildRun run = runChild([&] {
+            Call call;
+            call.order.keys = {sortKey(0, 8, ZVK_KEY_ALPHANUMERIC, true)};
+            call.memory = wish;
+            call.directory = directory.path();
+            std::vector<Record> records = makeRecords(600000, call.order.keys, false);
+            std::string in = directory.file("in"), out = directory.file("out");
+            writeFile(in, released(records, false));
+            std::stable_sort(records.begin(), records.end(), call.order);
+            call.input.path = in.c_str();
+            call.output.path = out.c_str();
+
+            long pages = 0;
+            FILE *size = fopen("/proc/self/statm", "r");
+            REQUIRE(size && fscanf(size, "%ld", &pages) == 1);
+            fclose(size);
+            rlimit limit{static_cast<rlim_t>(pages) * 4096 + (28u << 20), RLIM_INFINITY};
+            REQUIRE(setrlimit(RLIMIT_AS, &limit) == 0);
+            int result = call.run();
+            limit.rlim_cur = RLIM_INFINITY;
+            setrlimit(RLIMIT_AS, &limit);
+            REQUIRE(result == 0 && call.error == 0);
+            REQUIRE(readFile(out) == released(records, false));
+        });
+        EXPECT_GOOD(run);
+    }
+}
+#endif
+
 // Signs as letters and in the zones of EBCDIC sort as the numbers that they are elsewhere.
 TEST(SortEngine, ZonedSignsInAllForms)
 {
