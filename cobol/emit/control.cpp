@@ -99,12 +99,12 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     uint32_t site = ++sites_;
     program_->procedures[end].returns.push_back(site);
     program_->procedures[static_cast<size_t>(from)].referenced = true;
-    functionLocals_ += cat("int s", site, " = 0;\n");
-    put(cat("if (x", end, " != ", site, ") s", site, " = x", end, ";\nx", end, " = ", site, ";\n"));
+    // Number of the site in this program, for its place in the array of saved cells.
+    put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site, ";\n"));
     if (debugs_) put(cat("way = \"PERFORM LOOP\"; wayLine = ", group_.spot(first.at).line, ";\n"));
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     if (fromSegment >= 50) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
-    put(cat("goto p", from, ";\nr", site, ": x", end, " = s", site, ";\n"));
+    put(cat("goto p", from, ";\nr", site, ": x[", end, "] = s[", site - firstSite_, "];\n"));
 }
 
 void Emitter::performOnce(const PerformStatement &s)
@@ -131,8 +131,7 @@ void Emitter::performStatement(const PerformStatement &s)
         body();
         put("}\n");
     } else if (s.times) {
-        std::string counter = cat("n", ++temps_);
-        functionLocals_ += cat("int64_t ", counter, " = 0;\n");
+        std::string counter = cat("n[", counters_++, "]");
         put(cat("for (", counter, " = ", integer(s.times), "; ", counter, " > 0; ", counter, "--) {\n"));
         body();
         put("}\n");

@@ -250,7 +250,7 @@ private:
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
     bool debugs_ = false; // USE FOR DEBUGGING is in force
-    std::string functionLocals_;
+    uint32_t firstSite_ = 1, counters_ = 0; // of the program in hand: PERFORM sites, PERFORM n TIMES
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;
     bool sentenceEndUsed_ = false;

@@ -469,7 +469,8 @@ void Emitter::procedures(Program &p)
     code_.clear();
     insertions_.clear();
     blocks_.clear();
-    functionLocals_.clear();
+    firstSite_ = sites_ + 1;
+    counters_ = 0;
     alterTargets_.clear();
     openBlock();
     size_t n = 0;
@@ -497,8 +498,7 @@ void Emitter::procedures(Program &p)
         while (end + 1 < p.procedures.size() && !p.procedures[end + 1].isSection && p.procedures[end + 1].section == static_cast<int>(p.uses[i].procedure)) end++;
         uint32_t site = ++sites_;
         p.procedures[end].returns.push_back(site);
-        functionLocals_ += cat("int s", site, " __attribute__((unused)) = 0;\n");
-        entries += cat("case ", i + 1, ": x", end, " = ", site, "; goto p", p.uses[i].procedure, ";\n");
+        entries += cat("case ", i + 1, ": x[", end, "] = ", site, "; goto p", p.uses[i].procedure, ";\n");
         insertions_.push_back({code_.size(), ""});
         p.procedures[end].returns.back() = site;
         useReturns_ += cat("r", site, ": goto leave;\n");
@@ -528,8 +528,7 @@ void Emitter::procedures(Program &p)
             size_t index = static_cast<size_t>(std::atoi(insertion.text.c_str() + 5));
             const Procedure &procedure = p.procedures[index];
             if (procedure.returns.empty()) continue;
-            cells += cat("int x", index, " = 0;\n");
-            out += cat("switch (x", index, ") {");
+            out += cat("switch (x[", index, "]) {");
             for (uint32_t site : procedure.returns) out += cat(" case ", site, ": goto r", site, ";");
             out += " }\n";
         } else if (insertion.text.rfind("@alter", 0) == 0) {
@@ -540,8 +539,11 @@ void Emitter::procedures(Program &p)
         }
     }
     out.append(code_, from, std::string::npos);
+    // In memory, and not in as many variables: those would be live everywhere, and the C compiler would take its time.
+    size_t saved = sites_ + 1 - firstSite_;
+    cells = cat("int x[", p.procedures.size() + 1, "], s[", saved + 1, "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
     if (debugs_) cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
-    code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, functionLocals_, "switch (entry) { default: break;\n", entries, "}\n",
+    code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries, "}\n",
                 p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();
 }

@@ -27,6 +27,11 @@
 
 typedef int64_t (*KvrProgram)();
 
+/* Cells of PERFORM: zero at the start, and in memory as far as the C compiler knows. */
+#define KVR_CELLS(array)                                                                                                                    \
+    memset(array, 0, sizeof array);                                                                                                        \
+    __asm__ volatile("" : : "r"(array) : "memory")
+
 /** A program that the source contains. */
 typedef struct KvrVisible {
     const char *name;
