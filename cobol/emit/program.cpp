@@ -398,6 +398,19 @@ void Emitter::storage(Program &p)
     std::strftime(when, sizeof when, "%m/%d/%y%H.%M.%S", &local);
     globals_ += cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
     globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix, "body(int entry);\n");
+
+    // What CALL identifier finds without the program manager.
+    globals_ += cat("static const KvrVisible ", prefix, "visible[] __attribute__((unused)) = {");
+    std::vector<Program *> visible;
+    auto add = [&](Program *other) {
+        if (std::find(visible.begin(), visible.end(), other) == visible.end() && visibleProgram(p, other->name) == other) visible.push_back(other);
+    };
+    for (Program *inner : p.nested) add(inner);
+    for (Program *outer = p.parent; outer; outer = outer->parent)
+        for (Program *inner : outer->nested) add(inner);
+    for (Program *other : group_.programs) add(other);
+    for (Program *other : visible) globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number, ", kvr_cancel_", other->number, "}, ");
+    globals_ += "{0, 0, 0}};\n";
 }
 
 // ---- Procedures
@@ -517,19 +530,6 @@ void Emitter::entry(Program &p)
 {
     std::string prefix = cat("p", p.number, "_");
     std::string out;
-    // What CALL identifier finds without the program manager.
-    globals_ += cat("static const KvrVisible ", prefix, "visible[] __attribute__((unused)) = {");
-    std::vector<Program *> visible;
-    auto add = [&](Program *other) {
-        if (std::find(visible.begin(), visible.end(), other) == visible.end() && visibleProgram(p, other->name) == other) visible.push_back(other);
-    };
-    for (Program *inner : p.nested) add(inner);
-    for (Program *outer = p.parent; outer; outer = outer->parent)
-        for (Program *inner : outer->nested) add(inner);
-    for (Program *other : group_.programs) add(other);
-    for (Program *other : visible) globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number, ", kvr_cancel_", other->number, "}, ");
-    globals_ += "{0, 0, 0}};\n";
-
     // Parameters: fields of PROCEDURE DIVISION USING.
     std::string parameters, saves, sets, restores;
     for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i), "a", i);

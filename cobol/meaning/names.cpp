@@ -178,6 +178,16 @@ void Meaning::program(Program &p)
         else
             item->parameter = static_cast<int>(i);
     }
+    // How files are used decides what a sequential one is: a report, or records.
+    for (Word record : p.advancedRecords)
+        for (Program *q = &p; q; q = q->parent)
+            for (File *f : q->files)
+                for (const Item *r : f->records)
+                    if (r->name == record) f->advancing = true;
+    for (Word name : p.readFiles)
+        for (Program *q = &p; q; q = q->parent)
+            for (File *f : q->files)
+                if (f->name == name) f->readable = true;
     for (Program *inner : p.nested) program(*inner);
 }
 

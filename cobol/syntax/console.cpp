@@ -36,7 +36,7 @@ Statement *Parser::displayStatement()
             break;
         }
     }
-    phrases(s->exception, K_ON, K_EXCEPTION, 0);
+    if (s->upon == K_ENVIRONMENT_VALUE || s->upon == K_ARGUMENT_NUMBER) phrases(s->exception, K_ON, K_EXCEPTION, 0);
     take(K_END_DISPLAY);
     return s;
 }
@@ -67,7 +67,7 @@ Statement *Parser::acceptStatement()
         notBuilt(here(), "ACCEPT MESSAGE COUNT (communication)");
     }
     if (at(K_AT) || at(K_LINE) || at(K_COLUMN) || (at(K_WITH) && !aheadIs(1, K_NO))) notBuilt(here(), "ACCEPT ... AT (screen handling)");
-    phrases(s->exception, K_ON, K_EXCEPTION, 0);
+    if (s->from == K_ENVIRONMENT || s->from == K_ENVIRONMENT_VALUE || s->from == K_ARGUMENT_VALUE) phrases(s->exception, K_ON, K_EXCEPTION, 0);
     take(K_END_ACCEPT);
     return s;
 }

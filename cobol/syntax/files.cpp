@@ -25,6 +25,7 @@ Statement *Parser::openStatement()
             part.file = now().word;
             part.at = here();
             part.sharing = sharing;
+            if (program_ && mode != K_OUTPUT && mode != K_EXTEND) program_->readFiles.push_back(part.file);
             step();
             if (take(K_REVERSED)) part.reversed = true;
             if (at(K_WITH) && (aheadIs(1, K_NO) || aheadIs(1, K_LOCK))) step();
@@ -161,6 +162,7 @@ Statement *Parser::writeStatement()
     if (take(K_FROM)) s->from = operand();
     if (at(K_BEFORE) || at(K_AFTER)) {
         (at(K_BEFORE) ? s->before : s->after) = true;
+        if (program_) program_->advancedRecords.push_back(s->record->names[0]);
         step();
         take(K_ADVANCING);
         if (take(K_PAGE)) {

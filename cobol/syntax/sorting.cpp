@@ -45,6 +45,7 @@ Statement *Parser::sortStatement()
         } else if (take(K_USING)) {
             while (atName()) {
                 s->usingFiles.push_back({now().word, here()});
+                if (program_) program_->readFiles.push_back(now().word);
                 step();
             }
             if (s->usingFiles.empty()) error("expected a file before " + shown());

@@ -577,6 +577,8 @@ struct Program {
     Reference *returning = nullptr;
     std::vector<Procedure> procedures;
     std::vector<UseStatement> uses;
+    std::vector<Word> advancedRecords; // written with ADVANCING
+    std::vector<Word> readFiles;       // opened INPUT or I-O, or used by SORT
     size_t firstProcedure = 0; // first one after the declaratives
 
     // meaning
