@@ -19,7 +19,9 @@ install(CODE "
 install(DIRECTORY include/kvr2 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/kvr2/examples COMPONENT dev USE_SOURCE_PERMISSIONS)
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT dev FILES_MATCHING PATTERN "*.md")
+# What operators read goes with the library; what compiler writers read, with the headers.
+install(FILES docs/messages.md docs/statuses.md docs/environment.md docs/files.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+install(FILES docs/abi.md docs/hacking.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT dev)
 
 # find_package(kvr2 CONFIG) gives the target kvr2::kvr2; pkg-config knows the library as kvr2.
 set(KVR2_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kvr2)

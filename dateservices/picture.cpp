@@ -154,18 +154,4 @@ Picture pictureOf(const char *begin, const char *end)
     return {begin, end, nullptr, erasOf(begin, end), hasHalfOfDay(begin, end)};
 }
 
-const Picture *KnownPicture::keep(const char *text, size_t length)
-{
-    given = 0;
-    char *end = clear(text, length, cleared);
-    if (end == cleared) return nullptr;
-    memcpy(key, text, length);
-    PictureElement *next = elements;
-    for (const char *at = cleared; at < end; at += next[-1].length) *next++ = nextElement(at, end);
-    picture = pictureOf(cleared, end);
-    picture.elements = elements;
-    given = length;
-    return &picture;
-}
-
 } // namespace dates

@@ -10,7 +10,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 namespace dates {
 
@@ -90,29 +89,6 @@ public:
 private:
     const PictureElement *ready;
     const char *at, *end;
-};
-
-// The last picture that a thread used, taken apart: programs use the same few again and again.
-class KnownPicture {
-public:
-    // The picture for the text, as `clear` makes it of the text's copy; null if it is too long to
-    // be kept, or blank.
-    const Picture *find(const char *text, size_t length)
-    {
-        if (length == given && length && memcmp(text, key, length) == 0) return &picture;
-        return length && length <= kMost ? keep(text, length) : nullptr;
-    }
-    explicit constexpr KnownPicture(char *(*how)(const char *, size_t, char *)) : clear(how) {}
-
-private:
-    static constexpr size_t kMost = 40;
-    const Picture *keep(const char *text, size_t length);
-
-    char *(*clear)(const char *, size_t, char *);
-    size_t given = 0;
-    Picture picture{};
-    char key[kMost] = {}, cleared[kMost] = {};
-    PictureElement elements[kMost] = {};
 };
 
 } // namespace dates

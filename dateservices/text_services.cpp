@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "dateservices/known_pictures.h"
 #include "frame/storage.h"
 #include "kvr2/date_functions.h"
 
@@ -53,35 +54,22 @@ uint32_t scanAndValidate(Service service, const Text &date, const Picture &pictu
 
 Picture usualPicture(const char *text) { return pictureOf(text, text + strlen(text)); }
 
-// For writing a picture stays as it is; a blank one stands for another.
-char *asGiven(const char *text, size_t length, char *out)
-{
-    if (isBlank({text, text + length})) return out;
-    memcpy(out, text, length);
-    return out + length;
-}
-
-thread_local KnownPicture lastRead(normalise), lastWritten(asGiven);
-
 } // namespace
 
 uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, DateParts &parts)
 {
     parts = DateParts{};
     Text given = textOf(date), asked = textOf(picture);
-    const Picture *known = lastRead.find(asked.begin, asked.length());
     char own[kWorkStorage], *work = own;
-    size_t wanted = given.length() + (known ? 0 : asked.length());
+    size_t wanted = given.length() + asked.length();
     if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
     char *dateEnd = normalise(given.begin, given.length(), work);
     Picture cleared;
-    if (!known) {
-        char *end = normalise(asked.begin, asked.length(), dateEnd);
-        cleared = end > dateEnd ? pictureOf(dateEnd, end)
-                                : usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
-        known = &cleared;
-    }
-    uint32_t message = scanAndValidate(service, {work, dateEnd}, *known, parts);
+    if (!knownPicture(asked.begin, asked.length(), Clearing::Yes, &cleared))
+        cleared = pictureOf(dateEnd, normalise(asked.begin, asked.length(), dateEnd));
+    if (cleared.begin == cleared.end)
+        cleared = usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
+    uint32_t message = scanAndValidate(service, {work, dateEnd}, cleared, parts);
     if (work != own) free(work);
     return message;
 }
@@ -89,14 +77,12 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts &parts)
 {
     Text asked = textOf(picture);
-    const Picture *known = lastWritten.find(asked.begin, asked.length());
     Picture own;
-    if (!known) {
-        own = isBlank(asked) ? usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture)
-                             : pictureOf(asked.begin, asked.end);
-        known = &own;
-    }
-    parts.eraKind = known->eras;
+    if (isBlank(asked))
+        own = usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture);
+    else if (!knownPicture(asked.begin, asked.length(), Clearing::No, &own))
+        own = pictureOf(asked.begin, asked.end);
+    parts.eraKind = own.eras;
     if (parts.eraKind == kBothEras) return messageOfWriting(service, kBadPicture);
     EraTable *eras = nullptr;
     if (parts.eraKind != kNoEra) {
@@ -108,7 +94,7 @@ uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts
         int32_t year = era ? parts.year - static_cast<int32_t>(eras->eras[era - 1].startYear) + 1 : 0;
         (japanese ? parts.japaneseYear : parts.chineseYear) = year;
     }
-    uint32_t message = messageOfWriting(service, writeDate(out, *known, parts, eras));
+    uint32_t message = messageOfWriting(service, writeDate(out, own, parts, eras));
     free(eras);
     return message;
 }

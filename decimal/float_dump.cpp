@@ -1,5 +1,4 @@
-// The dump's lines; see float_dump.h. Decimal floats print through the conversions that libdfp adds
-// to the C library's printf.
+// The dump's lines; see float_dump.h.
 #include "decimal/float_dump.h"
 
 #include <cstdio>
@@ -14,11 +13,19 @@ void quadLine(const char *label, ZvkFloat128 value)
     fprintf(stderr, "%s%s\n", label, text);
 }
 
-// The compiler's check of formats does not know the decimal conversions.
-void decimalLine(const char *format, ZvkDecimal128 value)
+// One digit, 34 after the point, exponent.
+void decimalLine(ZvkDecimal128 value)
 {
-    int (*print)(FILE *, const char *, ...) = fprintf;
-    print(stderr, format, value);
+    floats::DecimalParts number = floats::Decimal128::parts(value);
+    const char sign = number.negative ? '-' : ' ';
+    if (!number.finite) {
+        fprintf(stderr, "in:   %c%s\n", sign, floats::Decimal128::isNan(value) ? "NAN" : "INF");
+        return;
+    }
+    const int count = floats::digitCount(number.coefficient);
+    char digits[36] = "00000000000000000000000000000000000";
+    for (int i = count; i-- > 0; number.coefficient /= 10) digits[i] = static_cast<char>('0' + number.coefficient % 10);
+    fprintf(stderr, "in:   %c%c.%sE%+.2d\n", sign, digits[0], digits + 1, count ? number.exponent + count - 1 : 0);
 }
 
 } // namespace
@@ -42,11 +49,11 @@ void bcd::dumpFloatResult(double value) { fprintf(stderr, "dst % .37E\n", value)
 void bcd::dumpFloatResult(ZvkFloat128 value) { quadLine("dst ", value); }
 void bcd::dumpFloatResult(ZvkDecimal32 value) { dumpFloatResult(static_cast<ZvkDecimal128>(value)); }
 void bcd::dumpFloatResult(ZvkDecimal64 value) { dumpFloatResult(static_cast<ZvkDecimal128>(value)); }
-// The conversion ends in L and so shows no number. It stays.
-void bcd::dumpFloatResult(ZvkDecimal128 value) { decimalLine("dst:  % .34DDL\n", value); }
+// A conversion that printf does not know: it shows itself and no number. It stays.
+void bcd::dumpFloatResult(ZvkDecimal128) { fputs("dst:  % .34L\n", stderr); }
 void bcd::dumpFloatSource(float value) { dumpFloatSource(static_cast<double>(value)); }
 void bcd::dumpFloatSource(double value) { fprintf(stderr, "in:   % .17E\n", value); }
 void bcd::dumpFloatSource(ZvkFloat128 value) { quadLine("in:   ", value); }
 void bcd::dumpFloatSource(ZvkDecimal32 value) { dumpFloatSource(static_cast<ZvkDecimal128>(value)); }
 void bcd::dumpFloatSource(ZvkDecimal64 value) { dumpFloatSource(static_cast<ZvkDecimal128>(value)); }
-void bcd::dumpFloatSource(ZvkDecimal128 value) { decimalLine("in:   % .34DDE\n", value); }
+void bcd::dumpFloatSource(ZvkDecimal128 value) { decimalLine(value); }

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "base/environment.h"
 #include "fileio/file_status.h"
@@ -62,16 +63,37 @@ const UseProcedure *chooseUse(const FCB *fcb, int mode)
     return use && use->routine ? use : nullptr;
 }
 
-void reportAndEnd(const FCB *fcb, const FIB *fib, uint32_t variant, const char *verb, const char *fs2Text)
+// Which file it was: the name in force, what it was made from, and whose statement it is.
+void appendWhere(char *text, size_t size, const FCB *fcb, const FIB *fib, const IPCB *element)
 {
-    char text[80] = "";
-    // A variant without a text says nothing; string mode would put "cannot find message" in its
-    // place.
+    size_t length = strlen(text);
+    auto add = [&](const char *format, int most, const char *part) {
+        if (length < size) length += static_cast<size_t>(snprintf(text + length, size - length, format, most, part));
+    };
+    int assigned = fib->assignment ? static_cast<int>(fib->assignmentLength) : 0;
+    while (assigned && fib->assignment[assigned - 1] == ' ') assigned--;
+    bool other = fcb->fileName && (static_cast<int>(strlen(fcb->fileName)) != assigned ||
+                                   memcmp(fcb->fileName, fib->assignment, static_cast<size_t>(assigned)) != 0);
+    if (fcb->fileName && *fcb->fileName) add(" Its name is %.*s.", 400, fcb->fileName);
+    if (other && assigned) add(" It is assigned to %.*s.", assigned, fib->assignment);
+    const PCB *pcb = element ? element->pcb : nullptr;
+    if (pcb && pcb->name) add(" Program %.*s.", static_cast<int>(pcb->nameLength), pcb->name);
+}
+
+void reportAndEnd(const FCB *fcb, const FIB *fib, uint32_t variant, const IPCB *element, const char *fs2Text)
+{
+    char text[1024] = "";
+    // The text of the failure; a module that has none leaves that of the file status. A variant
+    // without a text says nothing: string mode would put "cannot find message" in its place.
+    constexpr size_t kReason = 80;
+    if (!variant && !fs2Text) variant = fcb->status;
     if (variant && zvkCatalogText(201, variant & 0xFF))
-        zvkWriteMsg(201, variant | ZVK_MSG_TO_STRING | ZVK_MSG_INFORM, text, sizeof text);
+        zvkWriteMsg(201, variant | ZVK_MSG_TO_STRING | ZVK_MSG_INFORM, text, kReason);
     else if (fs2Text)
-        snprintf(text, sizeof text, "%s", fs2Text);
-    zvkWriteMsg(200, ZVK_MSG_SEVERE, verb, fib->name, static_cast<int>(fcb->status), text);
+        snprintf(text, kReason, "%s", fs2Text);
+    appendWhere(text, sizeof text, fcb, fib, element);
+    const char *reason = text[0] == ' ' ? text + 1 : text;
+    zvkWriteMsg(200, ZVK_MSG_SEVERE, verbText(fcb->currentVerb), fib->name, static_cast<int>(fcb->status), reason);
 }
 
 } // namespace
@@ -98,5 +120,5 @@ void _zvkCallUseProc(FCB *fcb, uint32_t variant, IPCB *element)
         return;
     }
     if (statusField || zvkFeedbackField(fib) || fcb->status < 30) return;
-    reportAndEnd(fcb, fib, variant, verbText(fcb->currentVerb), fs2Text);
+    reportAndEnd(fcb, fib, variant, element, fs2Text);
 }

@@ -1,6 +1,7 @@
 // See float_text.h.
 #include "intrinsics/float_text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -33,7 +34,8 @@ ZvkDecimal128 parseDecimal(const char *text, bool &outOfRange)
             exponent += !point;
         }
     }
-    if (*text == 'E') exponent += strtol(text + 1, nullptr, 10);
+    if (*text == 'E') // far beyond the format all exponents are one
+        exponent += std::clamp(strtol(text + 1, nullptr, 10), -100000L, 100000L);
     if (more && value % 5 == 0) value++; // no tie any more
     auto result = decimal128Of(value);
     if (value != 0) { // in two steps, as the powers alone may lie beyond the format

@@ -69,12 +69,22 @@ def main():
     build = pathlib.Path(__file__).resolve().parent.parent / "build" / "bin"
     wanted = sys.argv[1:]
     programs = sorted(build.glob("bench_*"))
+    names = [program.name.removeprefix("bench_") for program in programs]
+    for name in wanted:
+        if name not in names:
+            sys.exit(f"no benchmark is called {name}; there are: {' '.join(names)}")
     if wanted:
         programs = [build / f"bench_{name}" for name in wanted]
-    print("| Figure | ours | peer | peer's | times as fast |\n|---|---|---|---|---|")
+    lines = ["| Figure | ours | peer | peer's | times as fast |", "|---|---|---|---|---|"]
+    print("\n".join(lines))
     for program in programs:
         for row in table(run(program)):
-            print("| " + " | ".join(row) + " |", flush=True)
+            lines.append("| " + " | ".join(row) + " |")
+            print(lines[-1], flush=True)
+    if not wanted:  # a whole run is the table of the page
+        page = build.parent.parent / "bench" / "README.md"
+        head = page.read_text().split("| Figure |")[0]
+        page.write_text(head + "\n".join(lines) + "\n")
 
 
 main()

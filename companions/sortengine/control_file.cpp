@@ -143,7 +143,8 @@ uint64_t limitedMemory(int resource, int field, uint64_t page)
         fclose(file);
     }
     uint64_t used = pages[field] * page;
-    // Half of it: the worker's stack, the buffers of files and runs, and the program itself count too.
+    // Half of it: the worker's stack, the buffers of files and runs, and the program itself count
+    // too.
     return limit.rlim_cur > used ? (limit.rlim_cur - used) / 2 : 0;
 }
 

@@ -85,7 +85,7 @@ ZVK_BEGIN_DECLS
     }
 typedef struct VSTRING {
     uint16_t length; /**< may lie at any address */
-    char text[];
+    __extension__ char text[];
 } __attribute__((packed, aligned(1))) VSTRING;
 ZVK_AT(VSTRING, text, 2);
 
@@ -151,7 +151,7 @@ typedef struct Era {
  */
 typedef struct EraTable {
     uint32_t count; /**< at most 20 */
-    Era eras[];
+    __extension__ Era eras[];
 } EraTable;
 ZVK_STATIC_ASSERT(sizeof(Era) == 16, "Era");
 ZVK_AT(EraTable, eras, 4);

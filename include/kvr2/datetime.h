@@ -220,7 +220,7 @@ ZVK_STATIC_ASSERT(sizeof(RutLocaleTable) == 24, "RutLocaleTable");
 /** The locales of a program. Slot 0 is not used, slot 1 is "POSIX", the program's own follow. */
 typedef struct MgtLocaleTable {
     uint32_t mgtLocaleTableLength; /**< slots, at least 2 */
-    struct {
+    __extension__ struct {
         void *generatedLocaleInfoPtr; /**< a GeneratedLocaleInfo until Init_Locale, then its LocaleDescriptor */
     } generatedLocaleInfoPtrStruct[];
 } MgtLocaleTable;

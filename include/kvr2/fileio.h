@@ -114,8 +114,9 @@ typedef struct FileRequest {
     uint32_t keyLength;    /**< START: bytes of the key that count, 0 all of it */
     uint32_t recordLength; /**< WRITE, REWRITE: bytes of the record; result of READ: bytes read */
     /**
-     * WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE; without BEFORE and AFTER one line follows
-     * the record
+     * WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE. Without BEFORE and AFTER the record has its
+     * line end after it; in a file that is advanced anywhere, or has LINAGE, compiled code makes
+     * such a WRITE one AFTER 1 line
      */
     int32_t advance;
     uint64_t relativeKey; /**< relative file: record number, from 1; result of a sequential READ or WRITE */

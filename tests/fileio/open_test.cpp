@@ -315,8 +315,9 @@ TEST(FileVerbs, UseProceduresAndTheEndWithoutThem)
 // nothing.
 TEST(FileVerbs, TextsOfMessage200)
 {
-    for (auto [variant, text] :
-         {std::pair{51u, "47. No file system could be found or loaded for the file."}, {60u, "47.\n"}, {0u, "47.\n"}}) {
+    for (auto [variant, text] : {std::pair{51u, "47. No file system could be found or loaded for the file."},
+                                 {60u, "47. Its name is"},
+                                 {0u, "47. The file is not open for INPUT or I-O."}}) {
         ChildRun run = runChild([variant = variant] {
             File &file = File::make("BLIND", "x");
             file.fib.statusBase = nullptr;
@@ -324,12 +325,16 @@ TEST(FileVerbs, TextsOfMessage200)
             file.start();
             file.fcb->status = 47;
             file.fcb->currentVerb = ZVK_VERB_READ;
-            _zvkCallUseProc(file.fcb, variant, nullptr);
+            file.fcb->fileName = strdup("/data/x");
+            _zvkCallUseProc(file.fcb, variant, &file.program.ipcb[0]);
         });
         EXPECT_EQ(run.signal, SIGABRT);
         string out = run.err;
         for (size_t at; (at = out.find(" \n")) != string::npos;) out.erase(at, 1);
+        for (char &c : out) c = c == '\n' ? ' ' : c; // the text is wrapped
+        for (size_t at; (at = out.find("  ")) != string::npos;) out.erase(at, 1);
         EXPECT_NE(out.find(text), string::npos) << variant << out;
+        EXPECT_NE(out.find("Its name is /data/x. It is assigned to x. Program BLIND."), string::npos) << out;
         EXPECT_EQ(out.find("Cannot find"), string::npos) << out;
     }
 }

@@ -187,6 +187,7 @@ TEST(ExternalFloat, TakesAnyPictureItemAndNumber)
             _zvkcConvIntFltToExtFlt(&to, &value, at), _zvkcConvIntEFltToExtFlt(&to, &quad, at);
         }
     });
+    EXPECT_EQ(run.messages, Messages{});
     EXPECT_EQ(run.status, 0);
 }
 
