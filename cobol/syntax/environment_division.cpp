@@ -147,7 +147,11 @@ void Parser::specialNames(Program &p)
             expect(K_COMMA);
             p.commaIsPoint = true;
         } else if (at(K_CURSOR) || at(K_CRT)) {
-            notBuilt(here(), wordText(now().word) + " of SPECIAL-NAMES");
+            // Both speak of screens only, and the statements for these are told where they are met.
+            step();
+            take(K_STATUS);
+            take(K_IS);
+            if (atName()) identifier();
         } else if (at(K_NUMERIC) && aheadIs(1, K_SIGN)) {
             notBuilt(here(), "NUMERIC SIGN of SPECIAL-NAMES");
         } else if (!mnemonicClause(p)) {
