@@ -101,6 +101,7 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     program_->procedures[static_cast<size_t>(from)].referenced = true;
     functionLocals_ += cat("int s", site, " = 0;\n");
     put(cat("if (x", end, " != ", site, ") s", site, " = x", end, ";\nx", end, " = ", site, ";\n"));
+    if (debugs_) put(cat("way = \"PERFORM LOOP\"; wayLine = ", group_.spot(first.at).line, ";\n"));
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     if (fromSegment >= 50) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
     put(cat("goto p", from, ";\nr", site, ": x", end, " = s", site, ";\n"));
@@ -210,6 +211,7 @@ void Emitter::jump(const ProcedureName &name)
     const Procedure &target = program_->procedures[static_cast<size_t>(to)];
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now) put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
+    if (debugs_) put(cat("way = \"\"; wayLine = ", group_.spot(name.at).line, ";\n"));
     put(cat("goto p", to, ";\n"));
 }
 

@@ -81,6 +81,7 @@ private:
     std::string parameterType(Program &p, size_t index);
     void paragraph(size_t index);
     void alphabets(Program &p);
+    void debugProcedure(size_t index);
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
 
@@ -248,6 +249,7 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
+    bool debugs_ = false; // USE FOR DEBUGGING is in force
     std::string functionLocals_;
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;

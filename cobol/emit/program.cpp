@@ -391,6 +391,7 @@ void Emitter::storage(Program &p)
     std::string prefix = cat("p", p.number, "_");
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix, "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[130] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -424,6 +425,7 @@ void Emitter::paragraph(size_t index)
         put(cat("kvr_segment_", p.number, "(", procedure.segment, ");\n"));
     line(procedure.at);
     put(cat("p", index, ": __attribute__((unused));\n"));
+    debugProcedure(index);
     for (const Sentence &sentence : procedure.sentences) {
         sentenceEnd_ = label();
         sentenceEndUsed_ = false;
@@ -434,8 +436,36 @@ void Emitter::paragraph(size_t index)
     insertions_.push_back({code_.size(), cat("@exit", index)});
 }
 
+// USE FOR DEBUGGING: the section that watches a procedure runs before it.
+void Emitter::debugProcedure(size_t index)
+{
+    Program &p = *program_;
+    const Procedure &procedure = p.procedures[index];
+    if (!debugs_ || procedure.declarative || !procedure.name) return;
+    for (size_t u = 0; u < p.uses.size(); u++) {
+        const UseStatement &use = p.uses[u];
+        if (!use.debugging) continue;
+        bool watched = use.allProcedures;
+        for (const Reference *ref : use.debugged) {
+            if (ref->names[0] != procedure.name) continue;
+            if (ref->names.size() == 1 || (procedure.section >= 0 && p.procedures[static_cast<size_t>(procedure.section)].name == ref->names[1])) watched = true;
+        }
+        if (!watched) continue;
+        put(cat("kvr_debug(p", p.number, "_debugItem, way, wayLine, ", bytesLiteral(wordText(procedure.name)), ");\np", p.number, "_body(", u + 1, ");\n"));
+        break;
+    }
+    put("way = \"FALL THROUGH\";\n");
+}
+
 void Emitter::procedures(Program &p)
 {
+    debugs_ = false;
+    for (const UseStatement &use : p.uses) {
+        if (!use.debugging || !p.debugging) continue;
+        debugs_ = true;
+        for (const Reference *ref : use.debugged)
+            if (!p.names->procedures.count(ref->names[0])) notBuilt(ref->at, "USE FOR DEBUGGING ON an item or file");
+    }
     code_.clear();
     insertions_.clear();
     blocks_.clear();
@@ -510,6 +540,7 @@ void Emitter::procedures(Program &p)
         }
     }
     out.append(code_, from, std::string::npos);
+    if (debugs_) cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
     code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, functionLocals_, "switch (entry) { default: break;\n", entries, "}\n",
                 p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();

@@ -63,7 +63,46 @@ void Meaning::specials(Program &p)
     add(K_SORT_RETURN, Usage::Native, 2, 4, "((uint8_t *)&" + prefix + "sortReturn)");
     add(K_TALLY, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "tally)");
     add(K_WHEN_COMPILED, Usage::Display, 16, 0, "((uint8_t *)" + prefix + "whenCompiled)");
-    for (Mnemonic &m : p.mnemonics) (void)m;
+    if (!p.uses.empty()) {
+        // DEBUG-ITEM, for USE FOR DEBUGGING.
+        Item *group = make<Item>();
+        group->name = K_DEBUG_ITEM;
+        group->at = p.at;
+        group->program = &p;
+        group->section = Item::Special;
+        group->category = Category::Group;
+        group->laidOut = true;
+        group->special = prefix + "debugItem";
+        uint32_t offset = 0;
+        auto part = [&](Word name, uint32_t size, bool number) {
+            Item *item = make<Item>();
+            item->name = name;
+            item->at = p.at;
+            item->program = &p;
+            item->section = Item::Special;
+            item->parent = group;
+            item->offset = offset;
+            item->size = size;
+            item->category = number ? Category::Numeric : Category::Alphanumeric;
+            item->picture.category = item->category;
+            item->picture.positions = size;
+            item->picture.digits = number ? static_cast<int>(size) - 1 : 0;
+            item->picture.sign = number;
+            item->signForm = number ? SignForm::LeadingSeparate : SignForm::None;
+            item->laidOut = true;
+            offset += size + 1; // a blank between them
+            group->children.push_back(item);
+            if (!p.names->items.count(name)) enter(p, item);
+        };
+        part(K_DEBUG_LINE, 6, false);
+        part(K_DEBUG_NAME, 30, false);
+        part(K_DEBUG_SUB_1, 5, true);
+        part(K_DEBUG_SUB_2, 5, true);
+        part(K_DEBUG_SUB_3, 5, true);
+        part(K_DEBUG_CONTENTS, 72, false);
+        group->size = offset - 1;
+        if (!p.names->items.count(K_DEBUG_ITEM)) enter(p, group);
+    }
     for (File *f : p.files) {
         if (!f->linage) continue;
         Item *counter = make<Item>();

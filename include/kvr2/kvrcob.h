@@ -662,6 +662,18 @@ KVR_INLINE void kvr_when_compiled(const char *date, const char *time, char *out)
     snprintf(out, 22, "%.4s%02d%02d%.2s%.2s%.2s00+0000", date + 7, month, atoi(date + 4), time, time + 3, time + 6);
 }
 
+/* DEBUG-ITEM for a procedure that is about to run */
+KVR_INLINE void kvr_debug(uint8_t *item, const char *way, int line, const char *name)
+{
+    char number[16];
+    size_t n = strlen(name), w = strlen(way);
+    memset(item, ' ', 130);
+    snprintf(number, sizeof number, "%06d", line % 1000000);
+    memcpy(item, number, 6);
+    memcpy(item + 7, name, n < 30 ? n : 30);
+    memcpy(item + 56, way, w < 72 ? w : 72);
+}
+
 /* ---- The process */
 
 static int kvr_argc __attribute__((unused));
