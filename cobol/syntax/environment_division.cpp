@@ -81,7 +81,7 @@ void Parser::configurationSection(Program &p)
                         static const char *const names[] = {
                             "ABS", "ACOS", "ANNUITY", "ASIN", "ATAN", "BYTE-LENGTH", "CHAR", "CONCATENATE", "CONCAT", "COS", "CURRENT-DATE",
                             "DATE-OF-INTEGER", "DATE-TO-YYYYMMDD", "DAY-OF-INTEGER", "DAY-TO-YYYYDDD", "EXP", "FACTORIAL", "INTEGER",
-                            "INTEGER-OF-DATE", "INTEGER-OF-DAY", "INTEGER-PART", "LOG", "LOG10", "LOWER-CASE", "MAX", "MEAN", "MEDIAN",
+                            "INTEGER-OF-DATE", "INTEGER-OF-DAY", "INTEGER-PART", "LENGTH", "LOG", "LOG10", "LOWER-CASE", "MAX", "MEAN", "MEDIAN",
                             "MIDRANGE", "MIN", "MOD", "NUMVAL", "NUMVAL-C", "ORD", "ORD-MAX", "ORD-MIN", "PRESENT-VALUE", "RANDOM", "RANGE",
                             "REM", "REVERSE", "SIN", "SQRT", "STANDARD-DEVIATION", "SUBSTITUTE", "TAN", "TRIM", "UPPER-CASE", "VARIANCE",
                             "WHEN-COMPILED", "YEAR-TO-YYYY", "STORED-CHAR-LENGTH", "SIGN", "FRACTION-PART", "TEST-NUMVAL", "TEST-DATE-YYYYMMDD",
