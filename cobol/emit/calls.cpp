@@ -127,7 +127,7 @@ void Emitter::callStatement(const CallStatement &s)
             } else if (isNumericItem(*loc.item)) {
                 std::string t = temp("int64_t");
                 // A C function may return an int, and the upper half of the register is anything then.
-                bool wide = loc.item->size == 8 || loc.item->picture.digits > 9;
+                bool wide = direct || loc.item->size == 8 || loc.item->picture.digits > 9;
                 put(cat(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n"));
                 store(integerNumber(t, wide ? 18 : 10), loc, false, "");
             } else {

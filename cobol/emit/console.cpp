@@ -165,12 +165,11 @@ void Emitter::acceptStatement(const AcceptStatement &s)
             t.length = length;
             moveText(t, loc);
         }
-        put("}\n");
         if (s.exception.hasNot) block(s.exception.onNot);
+        put("}\n");
         put("else {\n");
         if (s.exception.has) block(s.exception.on);
         put("}\n");
-        if (s.exception.hasNot) error(s.at, "NOT ON EXCEPTION of ACCEPT is not supported yet");
         return;
     } else if (from == 0 || name == "SYSIN" || name == "SYSIPT" || name == "STDIN") {
         flags = "ZVK_ACCEPT_SYSIN";

@@ -389,7 +389,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     // MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE: an array of numbers.
     std::string array = temp("double", cat("[", args.size(), "]"));
     for (size_t i = 0; i < args.size(); i++) put(cat(array, "[", i, "] = ", floating(i), ";\n"));
-    return floatNumber(cat("kvr_statistic(", name == "MEDIAN" ? 'M' : name == "VARIANCE" ? 'V' : name == "STANDARD-DEVIATION" ? 'S' : 'P', ", ", array, ", ", args.size(), ")"));
+    return floatNumber(cat("kvr_statistic('", name == "MEDIAN" ? 'M' : name == "VARIANCE" ? 'V' : name == "STANDARD-DEVIATION" ? 'S' : 'P', "', ", array, ", ", args.size(), ")"));
 }
 
 Text Emitter::functionText(const Expr *e)

@@ -81,7 +81,7 @@ void Parser::configurationSection(Program &p)
                         static const char *const names[] = {
                             "ABS", "ACOS", "ANNUITY", "ASIN", "ATAN", "BYTE-LENGTH", "CHAR", "CONCATENATE", "CONCAT", "COS", "CURRENT-DATE",
                             "DATE-OF-INTEGER", "DATE-TO-YYYYMMDD", "DAY-OF-INTEGER", "DAY-TO-YYYYDDD", "EXP", "FACTORIAL", "INTEGER",
-                            "INTEGER-OF-DATE", "INTEGER-OF-DAY", "INTEGER-PART", "LOG", "LOG10", "LOWER-CASE", "MAX", "MEAN", "MEDIAN",
+                            "INTEGER-OF-DATE", "INTEGER-OF-DAY", "INTEGER-PART", "LENGTH", "LOG", "LOG10", "LOWER-CASE", "MAX", "MEAN", "MEDIAN",
                             "MIDRANGE", "MIN", "MOD", "NUMVAL", "NUMVAL-C", "ORD", "ORD-MAX", "ORD-MIN", "PRESENT-VALUE", "RANDOM", "RANGE",
                             "REM", "REVERSE", "SIN", "SQRT", "STANDARD-DEVIATION", "SUBSTITUTE", "TAN", "TRIM", "UPPER-CASE", "VARIANCE",
                             "WHEN-COMPILED", "YEAR-TO-YYYY", "STORED-CHAR-LENGTH", "SIGN", "FRACTION-PART", "TEST-NUMVAL", "TEST-DATE-YYYYMMDD",
@@ -147,7 +147,11 @@ void Parser::specialNames(Program &p)
             expect(K_COMMA);
             p.commaIsPoint = true;
         } else if (at(K_CURSOR) || at(K_CRT)) {
-            notBuilt(here(), wordText(now().word) + " of SPECIAL-NAMES");
+            // Both speak of screens only, and the statements for these are told where they are met.
+            step();
+            take(K_STATUS);
+            take(K_IS);
+            if (atName()) identifier();
         } else if (at(K_NUMERIC) && aheadIs(1, K_SIGN)) {
             notBuilt(here(), "NUMERIC SIGN of SPECIAL-NAMES");
         } else if (!mnemonicClause(p)) {

@@ -321,6 +321,14 @@ Expr *Parser::primary()
         for (Word known : program_->functions)
             if (known == now().word) return functionCall();
     }
+    if (program_ && at(K_LENGTH) && ahead().kind == TokenKind::Punct && ahead().word == '(') {
+        for (Word known : program_->functions)
+            if (known == K_LENGTH) return functionCall();
+    }
+    if (program_ && now().kind == TokenKind::Name && wordText(now().word) == "CURRENT-DATE") {
+        for (Word known : program_->functions)
+            if (known == now().word) return functionCall();
+    }
     if (at(K_LENGTH)) {
         step();
         take(K_OF);

@@ -77,7 +77,10 @@ void Lexer::string(Token &token, char quote, size_t begin)
 void Lexer::picture(Token &token)
 {
     size_t begin = position_, end = begin;
-    while (end < running_.text.size() && !std::strchr(" \n", running_.text[end])) end++;
+    while (end < running_.text.size() && !std::strchr(" \n", running_.text[end])) {
+        if (running_.text.compare(end, 2, "==") == 0) break; // the end of a pseudo-text
+        end++;
+    }
     // The period, comma or semicolon before a space is a separator.
     while (end > begin && std::strchr(".,;", running_.text[end - 1])) end--;
     if (end == begin) end = begin + 1;

@@ -16,6 +16,7 @@ namespace {
 struct Replacement {
     enum Mode : uint8_t { Whole, Leading, Trailing } mode = Whole;
     std::vector<Token> from, to;
+    std::string fromText; // of `from`, where its words touch
 };
 
 bool isPunct(const Token &token, uint32_t mark) { return token.kind == TokenKind::Punct && token.word == mark; }
@@ -63,9 +64,21 @@ void join(std::vector<Token> &out, const Token &token, bool mayJoin)
     out.push_back(token);
 }
 
-std::vector<Token> replaceAll(const std::vector<Token> &in, const std::vector<Replacement> &rules)
+// Where `part` is in `text`, in letters of either case.
+size_t findFolded(std::string_view text, std::string_view part, size_t from = 0)
+{
+    for (; from + part.size() <= text.size(); from++) {
+        size_t n = 0;
+        while (n < part.size() && std::toupper(static_cast<unsigned char>(text[from + n])) == std::toupper(static_cast<unsigned char>(part[n]))) n++;
+        if (n == part.size()) return from;
+    }
+    return std::string::npos;
+}
+
+std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replacement> &rules)
 {
     if (rules.empty()) return in;
+    Token picture;
     std::vector<Token> out;
     out.reserve(in.size());
     bool touched = false; // the last token of out came from a replacement
@@ -74,8 +87,8 @@ std::vector<Token> replaceAll(const std::vector<Token> &in, const std::vector<Re
         const Replacement *match = nullptr;
         for (const Replacement &rule : rules) {
             if (rule.mode != Replacement::Whole) {
-                if (in[i].kind != TokenKind::Name || rule.from.size() != 1) continue;
-                const std::string &text = wordText(in[i].word), part = wordText(internWord(rule.from[0].text));
+                if (in[i].kind != TokenKind::Name || rule.fromText.empty()) continue;
+                const std::string &text = wordText(in[i].word), part = wordText(internWord(rule.fromText));
                 if (text.size() < part.size()) continue;
                 size_t at = rule.mode == Replacement::Leading ? 0 : text.size() - part.size();
                 if (text.compare(at, part.size(), part) != 0) continue;
@@ -83,6 +96,21 @@ std::vector<Token> replaceAll(const std::vector<Token> &in, const std::vector<Re
                 break;
             }
             if (rule.from.empty() || i + rule.from.size() > in.size()) continue;
+            // A tag within a picture, as in X(:LENGTH:): the lexer has not divided the string.
+            if (in[i].kind == TokenKind::Picture && !rule.fromText.empty() && rule.fromText.front() == ':' && in[i].text.find(':') != std::string_view::npos) {
+                size_t at = findFolded(in[i].text, rule.fromText);
+                if (at == std::string::npos) continue;
+                picture = in[i];
+                std::string text(picture.text), with;
+                for (const Token &t : rule.to) with += t.text;
+                while (at != std::string::npos) {
+                    text.replace(at, rule.fromText.size(), with);
+                    at = findFolded(text, rule.fromText, at + with.size());
+                }
+                setText(picture, text);
+                in[i] = picture;
+                continue; // another rule may have its tag here too
+            }
             size_t n = 0;
             while (n < rule.from.size() && sameToken(in[i + n], rule.from[n])) n++;
             if (n == rule.from.size()) {
@@ -100,7 +128,7 @@ std::vector<Token> replaceAll(const std::vector<Token> &in, const std::vector<Re
             Token token = in[i];
             std::string text(token.text), with;
             for (const Token &t : match->to) with += t.text;
-            size_t n = match->from[0].text.size();
+            size_t n = match->fromText.size();
             text = match->mode == Replacement::Leading ? with + text.substr(n) : text.substr(0, text.size() - n) + with;
             if (!text.empty()) {
                 setText(token, text);
@@ -282,6 +310,12 @@ private:
             source.step();
             operand(source, rule.to);
             if (rule.from.empty()) continue;
+            bool touching = true;
+            for (size_t i = 0; i < rule.from.size(); i++) {
+                touching &= i == 0 || !rule.from[i].spaceBefore;
+                rule.fromText += rule.from[i].text;
+            }
+            if (!touching) rule.fromText.clear();
             rules.push_back(std::move(rule));
         }
         return rules;
