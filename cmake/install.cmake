@@ -21,7 +21,7 @@ install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/kvr2/examples C
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 # What operators read goes with the library; what compiler writers read, with the headers.
 install(FILES docs/messages.md docs/statuses.md docs/environment.md docs/files.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
-install(FILES docs/abi.md docs/hacking.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT dev)
+install(FILES docs/abi.md docs/cobol.md docs/hacking.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT dev)
 
 # find_package(kvr2 CONFIG) gives the target kvr2::kvr2; pkg-config knows the library as kvr2.
 set(KVR2_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kvr2)

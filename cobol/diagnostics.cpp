@@ -1,0 +1,141 @@
+// See diagnostics.h.
+#include "cobol/diagnostics.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace kvrcob {
+
+Diagnostics &diagnostics()
+{
+    static Diagnostics all;
+    return all;
+}
+
+Sources &sources()
+{
+    static Sources all;
+    return all;
+}
+
+int Sources::open(const std::string &path, Spot includedAt)
+{
+    FILE *stream = std::fopen(path.c_str(), "rb");
+    if (!stream) return -1;
+    SourceFile file;
+    file.path = path;
+    file.includedAt = includedAt;
+    char buffer[65536];
+    size_t got;
+    while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0) file.text.append(buffer, got);
+    bool failed = std::ferror(stream) != 0;
+    std::fclose(stream);
+    if (failed) return -1; // a directory, for one
+    file.lineStarts.push_back(0);
+    for (size_t i = 0; i < file.text.size(); i++)
+        if (file.text[i] == '\n') file.lineStarts.push_back(i + 1);
+    files_.push_back(std::move(file));
+    return static_cast<int>(files_.size()) - 1;
+}
+
+std::string_view Sources::line(const Spot &spot) const
+{
+    if (spot.line == 0 || spot.file >= files_.size()) return {};
+    const SourceFile &file = files_[spot.file];
+    if (spot.line > file.lineStarts.size()) return {};
+    size_t from = file.lineStarts[spot.line - 1];
+    size_t to = spot.line < file.lineStarts.size() ? file.lineStarts[spot.line] : file.text.size();
+    while (to > from && (file.text[to - 1] == '\n' || file.text[to - 1] == '\r')) to--;
+    return std::string_view(file.text).substr(from, to - from);
+}
+
+static std::string jsonText(std::string_view text)
+{
+    std::string out = "\"";
+    for (unsigned char c : text) {
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += static_cast<char>(c);
+        } else if (c < 0x20) {
+            char code[8];
+            std::snprintf(code, sizeof code, "\\u%04x", c);
+            out += code;
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out + "\"";
+}
+
+void Diagnostics::show(const char *severity, Spot spot, const std::string &text, const char *name)
+{
+    const std::string path =
+        sources && spot.line && spot.file < sources->size() ? (*sources)[spot.file].path : "kvrcob";
+    if (json) {
+        std::fprintf(stderr, "{\"file\":%s,\"line\":%u,\"column\":%u,\"severity\":\"%s\",\"message\":%s%s%s%s}\n",
+                     jsonText(path).c_str(), spot.line, spot.column, severity, jsonText(text).c_str(),
+                     name ? ",\"option\":\"-W" : "", name ? name : "", name ? "\"" : "");
+        return;
+    }
+    if (spot.line == 0) {
+        std::fprintf(stderr, "%s: %s: %s\n", path.c_str(), severity, text.c_str());
+        return;
+    }
+    std::fprintf(stderr, "%s:%u:%u: %s: %s", path.c_str(), spot.line, spot.column, severity, text.c_str());
+    if (name) std::fprintf(stderr, " [-W%s]", name);
+    std::fputc('\n', stderr);
+
+    // The source line, tabs kept in front of the caret so that it stands below its column. Very
+    // long lines are shown in part.
+    std::string_view line = sources->line(spot);
+    size_t column = spot.column ? spot.column - 1 : 0, from = 0;
+    if (line.size() > 200 && column > 100) from = column - 100;
+    if (from > line.size()) from = line.size();
+    std::string_view part = line.substr(from, 200);
+    std::fprintf(stderr, " %.*s\n ", static_cast<int>(part.size()), part.data());
+    for (size_t i = from; i < column && i - from < 200; i++)
+        std::fputc(i < line.size() && line[i] == '\t' ? '\t' : ' ', stderr);
+    std::fputc('^', stderr);
+    for (uint32_t i = 1; i < spot.length && i < 60 && column + i < line.size(); i++) std::fputc('~', stderr);
+    std::fputc('\n', stderr);
+
+    // Where the copybook came from.
+    for (Spot at = (*sources)[spot.file].includedAt; at.line; at = (*sources)[at.file].includedAt)
+        std::fprintf(stderr, "%s:%u:%u: note: copied from here\n", (*sources)[at.file].path.c_str(), at.line,
+                     at.column);
+}
+
+void Diagnostics::error(Spot spot, const std::string &text)
+{
+    // One error a place: what follows from the first one is noise.
+    uint64_t place = static_cast<uint64_t>(spot.file) << 32 | spot.line;
+    lastShown_ = placesOfErrors_.insert({place, spot.column}).second && errors_ < limit;
+    if (lastShown_) show("error", spot, text, nullptr);
+    if (++errors_ == limit) std::fprintf(stderr, "kvrcob: too many errors, no more are shown\n");
+}
+
+void Diagnostics::warning(const char *name, Spot spot, const std::string &text)
+{
+    lastShown_ = false;
+    if (disabled.count(name) || (disabled.count("all") && !enabled.count(name))) return;
+    lastShown_ = true;
+    if (warningsAreErrors) {
+        errors_++;
+        show("error", spot, text, name);
+    } else {
+        show("warning", spot, text, name);
+    }
+}
+
+void Diagnostics::note(Spot spot, const std::string &text)
+{
+    if (lastShown_) show("note", spot, text, nullptr);
+}
+
+void Diagnostics::fatal(const std::string &text)
+{
+    errors_++;
+    show("error", Spot{}, text, nullptr);
+}
+
+} // namespace kvrcob

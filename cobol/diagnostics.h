@@ -1,0 +1,72 @@
+// Everything that kvrcob says about a source: errors, warnings, notes, in one place.
+//
+// A message names a spot: a file (or rather one reading of it: a copybook that is copied twice is
+// read twice), a line, a column. Shown is `file:line:column: error: text`, the source line with a
+// caret, and for a copybook's line a note at the COPY that brought it in. Warnings carry the name
+// of the option that turns them off. With -fdiagnostics-format=json each message is one JSON object
+// on a line of its own.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kvrcob {
+
+// A place in a source. `file` indexes Sources; column and line count from 1, 0 is "nowhere".
+struct Spot {
+    uint32_t file = 0;
+    uint32_t line = 0;
+    uint32_t column = 0;
+    uint32_t length = 1;
+};
+
+// One reading of a file.
+struct SourceFile {
+    std::string path;
+    std::string text;
+    std::vector<size_t> lineStarts;
+    Spot includedAt; // the COPY; line 0 for the main source
+};
+
+class Sources {
+public:
+    // Reads a file; -1 if it cannot be read.
+    int open(const std::string &path, Spot includedAt);
+    const SourceFile &operator[](uint32_t index) const { return files_[index]; }
+    size_t size() const { return files_.size(); }
+    std::string_view line(const Spot &spot) const;
+
+private:
+    std::vector<SourceFile> files_;
+};
+
+class Diagnostics {
+public:
+    void error(Spot spot, const std::string &text);
+    void warning(const char *name, Spot spot, const std::string &text);
+    void note(Spot spot, const std::string &text);
+    // An error that has no place in a source.
+    void fatal(const std::string &text);
+
+    size_t errors() const { return errors_; }
+
+    bool json = false;
+    bool warningsAreErrors = false;
+    std::set<std::string, std::less<>> disabled, enabled;
+    size_t limit = 100; // errors shown
+    Sources *sources = nullptr;
+
+private:
+    void show(const char *severity, Spot spot, const std::string &text, const char *name);
+    size_t errors_ = 0;
+    bool lastShown_ = true;
+    std::set<std::pair<uint64_t, uint64_t>> placesOfErrors_;
+};
+
+Diagnostics &diagnostics();
+Sources &sources();
+
+} // namespace kvrcob

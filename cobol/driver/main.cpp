@@ -1,0 +1,525 @@
+// kvrcob: the command.
+//
+//   kvrcob hello.cbl                 makes ./hello
+//   kvrcob -o pay pay.cbl tax.cbl    several sources, one program
+//   kvrcob -m tax.cbl                TAX.so, for a dynamic CALL
+//   kvrcob run hello.cbl [ARGS...]   compiles into a cache, then runs it
+//   kvrcob check *.cbl               diagnostics only
+//
+// Sources become C in a temporary directory, and the system's C compiler (CC, else cc) makes the
+// rest.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "cobol/emit/emitter.h"
+#include "cobol/syntax/parser.h"
+#include "cobol/text/preprocessor.h"
+
+namespace kvrcob {
+namespace {
+
+const char kVersion[] = KVRCOB_VERSION;
+
+const char kHelp[] = "usage: kvrcob [options] source...\n"
+                     "       kvrcob run [options] source... [-- argument...]\n"
+                     "       kvrcob check [options] source...\n"
+                     "\n"
+                     "  -o FILE          the program's name (default: that of the first source)\n"
+                     "  -m               make loadable modules NAME.so, one for each outermost program\n"
+                     "  -c, -S, -E       stop after the object file, the C text, COPY and REPLACE\n"
+                     "  -I DIR           look for copybooks here, too (also COBCPY)\n"
+                     "  -fixed, -free, -variable   the reference format (default: told from the source)\n"
+                     "  -ftabstop=N      columns from tab to tab (8)\n"
+                     "  -D NAME=VALUE    a value for conditional compilation\n"
+                     "  -O0, -O1, -O2, -g   as for cc\n"
+                     "  -fcheck=all      check subscripts, reference modification and numeric content at run time\n"
+                     "  -fno-trunc       binary items are not cut to their pictures\n"
+                     "  -W..., -Wno-..., -Werror, -w   warnings\n"
+                     "  -fdiagnostics-format=json   one JSON object for each message\n"
+                     "  --list           print the source with the map of its data\n"
+                     "  -MD              write a file of dependencies for make\n"
+                     "  -L, -l           handed on to the linker\n"
+                     "  -v, --help, --version\n";
+
+struct Options {
+    enum Mode { Program, Module, Object, Assembly, Preprocess, Check, Run } mode = Program;
+    std::string output;
+    std::vector<std::string> sources, linker, arguments, objects;
+    TextOptions text;
+    CopyPath copy;
+    EmitOptions emit;
+    std::string optimisation = "-O1";
+    bool debug = false, verbose = false, dependencies = false, list = false, keep = false;
+};
+
+bool exists(const std::string &path)
+{
+    struct stat info;
+    return stat(path.c_str(), &info) == 0;
+}
+
+std::string directoryOf(const std::string &path)
+{
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string stemOf(const std::string &path)
+{
+    size_t slash = path.rfind('/');
+    std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    size_t dot = name.rfind('.');
+    return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+// Library and headers, beside the command: in the build tree build/bin, build/kvrcob/lib, include;
+// installed bin, lib, include.
+struct Home {
+    std::string include, library;
+};
+
+Home findHome()
+{
+    char buffer[4096];
+    ssize_t n = readlink("/proc/self/exe", buffer, sizeof buffer - 1);
+    std::string bin = n > 0 ? directoryOf(std::string(buffer, static_cast<size_t>(n))) : ".";
+    std::string root = directoryOf(bin);
+    Home home;
+    home.library = exists(root + "/kvrcob/lib") ? root + "/kvrcob/lib" : root + "/lib";
+    if (exists(root + "/include/kvr2/kvrcob.h"))
+        home.include = root + "/include";
+    else if (exists(directoryOf(root) + "/include/kvr2/kvrcob.h"))
+        home.include = directoryOf(root) + "/include";
+    return home;
+}
+
+int runCommand(const std::vector<std::string> &command, bool verbose)
+{
+    if (verbose) {
+        for (const std::string &word : command) std::fprintf(stderr, "%s ", word.c_str());
+        std::fputc('\n', stderr);
+    }
+    std::vector<char *> argv;
+    for (const std::string &word : command) argv.push_back(const_cast<char *>(word.c_str()));
+    argv.push_back(nullptr);
+    pid_t child = fork();
+    if (child < 0) return 127;
+    if (child == 0) {
+        execvp(argv[0], argv.data());
+        std::fprintf(stderr, "kvrcob: cannot run %s\n", argv[0]);
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
+}
+
+bool writeFile(const std::string &path, const std::string &text)
+{
+    FILE *f = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+    if (!f) {
+        diagnostics().fatal("cannot write " + path);
+        return false;
+    }
+    bool good = std::fwrite(text.data(), 1, text.size(), f) == text.size();
+    if (f != stdout) good = std::fclose(f) == 0 && good;
+    if (!good) diagnostics().fatal("cannot write " + path);
+    return good;
+}
+
+// One source as C; empty after errors.
+struct Translated {
+    std::string c;
+    std::vector<std::string> programs, dependencies;
+};
+
+const char *usageName(const Item &item)
+{
+    switch (item.usage) {
+    case Usage::Display:
+        return item.elementary() ? "DISPLAY" : "GROUP";
+    case Usage::Binary:
+        return "BINARY";
+    case Usage::Native:
+        return "COMP-5";
+    case Usage::Packed:
+        return "PACKED-DECIMAL";
+    case Usage::Float:
+        return "COMP-1";
+    case Usage::Double:
+        return "COMP-2";
+    case Usage::Index:
+        return "INDEX";
+    case Usage::Pointer:
+        return "POINTER";
+    case Usage::ProcedurePointer:
+        return "PROCEDURE-POINTER";
+    default:
+        return "OTHER";
+    }
+}
+
+void listItem(const Item &item, int depth)
+{
+    std::printf("  %02d  %*s%-*s %8u %8u  %s", item.level, depth * 2, "", 32 - depth * 2 > 1 ? 32 - depth * 2 : 1,
+                item.name ? wordText(item.name).c_str() : "FILLER", item.offset, item.size,
+                item.elementary() ? usageName(item) : "GROUP");
+    if (item.occurs) std::printf(" OCCURS %u", item.occursMax);
+    if (item.redefines)
+        std::printf(" REDEFINES %s", item.redefines->name ? wordText(item.redefines->name).c_str() : "FILLER");
+    std::putchar('\n');
+    for (const Item *child : item.children) listItem(*child, depth + 1);
+}
+
+void listing(const Group &group, uint32_t file)
+{
+    const SourceFile &source = sources()[file];
+    for (size_t i = 0; i < source.lineStarts.size(); i++) {
+        Spot spot{file, static_cast<uint32_t>(i + 1), 1, 1};
+        std::string_view line = sources().line(spot);
+        std::printf("%6zu  %.*s\n", i + 1, static_cast<int>(line.size()), line.data());
+    }
+    auto show = [](auto &self, const Program &p) -> void {
+        std::printf("\nProgram %s\n  Level  Name                           Offset   Length  Usage\n",
+                    wordText(p.name).c_str());
+        for (const File *f : p.files)
+            for (const Item *record : f->records) listItem(*record, 0);
+        for (const Item *record : p.records) listItem(*record, 0);
+        for (const Program *inner : p.nested) self(self, *inner);
+    };
+    for (const Program *p : group.programs) show(show, *p);
+}
+
+Translated translate(const std::string &path, const Options &options, bool mainProgram)
+{
+    Translated out;
+    int file = sources().open(path, Spot{});
+    if (file < 0) {
+        diagnostics().fatal("cannot read " + path);
+        return out;
+    }
+    TextOptions text = options.text;
+    if (options.verbose) {
+        SourceFormat format = text.format != SourceFormat::Unknown
+                                  ? text.format
+                                  : guessFormat(sources()[static_cast<uint32_t>(file)].text);
+        std::fprintf(stderr, "%s: %s form\n", path.c_str(),
+                     format == SourceFormat::Free       ? "free"
+                     : format == SourceFormat::Variable ? "variable"
+                                                        : "fixed");
+    }
+    Group *group = new Group();
+    group->tokens = readSource(static_cast<uint32_t>(file), text, options.copy, out.dependencies);
+    if (options.mode == Options::Preprocess) {
+        out.c = printTokens(group->tokens);
+        return out;
+    }
+    Parser(*group).parse();
+    Meaning meaning(*group);
+    meaning.analyse();
+    EmitOptions emit = options.emit;
+    emit.mainProgram = mainProgram;
+    Emitter emitter(meaning, emit);
+    out.c = emitter.emit();
+    for (const Program *p : group->programs) out.programs.push_back(wordText(p->name));
+    if (options.list) listing(*group, static_cast<uint32_t>(file));
+    if (diagnostics().errors()) out.c.clear();
+    return out;
+}
+
+[[noreturn]] void usage(const std::string &text)
+{
+    std::fprintf(stderr, "kvrcob: %s\nTry kvrcob --help.\n", text.c_str());
+    std::exit(2);
+}
+
+void parseOptions(int argc, char **argv, Options &o)
+{
+    int i = 1;
+    if (argc > 1 && std::strcmp(argv[1], "run") == 0) {
+        o.mode = Options::Run;
+        i = 2;
+    } else if (argc > 1 && std::strcmp(argv[1], "check") == 0) {
+        o.mode = Options::Check;
+        i = 2;
+    }
+    auto value = [&](const std::string &option) -> std::string {
+        if (i + 1 >= argc) usage("the option " + option + " needs a value");
+        return argv[++i];
+    };
+    for (; i < argc; i++) {
+        std::string a = argv[i];
+        if (o.mode == Options::Run && !o.sources.empty() && (a == "--" || a[0] != '-')) {
+            // After the sources come the program's arguments. Further sources end in .cbl or .cob.
+            size_t dot = a.rfind('.');
+            std::string extension = dot == std::string::npos ? "" : a.substr(dot);
+            bool source = a != "--" && (extension == ".cbl" || extension == ".cob") && exists(a) && false;
+            if (!source) {
+                if (a == "--") i++;
+                for (; i < argc; i++) o.arguments.push_back(argv[i]);
+                return;
+            }
+        }
+        if (a.empty() || a[0] != '-' || a == "-") {
+            size_t dot = a.rfind('.');
+            std::string extension = dot == std::string::npos ? "" : a.substr(dot);
+            if (extension == ".o" || extension == ".a" || extension == ".so" || extension == ".c")
+                o.objects.push_back(a);
+            else
+                o.sources.push_back(a);
+        } else if (a == "--help") {
+            std::fputs(kHelp, stdout);
+            std::exit(0);
+        } else if (a == "--version") {
+            std::printf("kvrcob %s\n", kVersion);
+            std::exit(0);
+        } else if (a == "-o") {
+            o.output = value(a);
+        } else if (a == "-m") {
+            o.mode = Options::Module;
+        } else if (a == "-c") {
+            o.mode = Options::Object;
+        } else if (a == "-S") {
+            o.mode = Options::Assembly;
+        } else if (a == "-E") {
+            o.mode = Options::Preprocess;
+        } else if (a == "-v") {
+            o.verbose = true;
+        } else if (a == "-g") {
+            o.debug = true;
+        } else if (a == "-MD") {
+            o.dependencies = true;
+        } else if (a == "--list") {
+            o.list = true;
+        } else if (a == "--save-temps" || a == "-save-temps") {
+            o.keep = true;
+        } else if (a == "-fixed") {
+            o.text.format = SourceFormat::Fixed;
+        } else if (a == "-free") {
+            o.text.format = SourceFormat::Free;
+        } else if (a == "-variable") {
+            o.text.format = SourceFormat::Variable;
+        } else if (a.rfind("-ftabstop=", 0) == 0) {
+            o.text.tabStop = std::atoi(a.c_str() + 10);
+            if (o.text.tabStop < 1 || o.text.tabStop > 100) usage("-ftabstop takes a number from 1 to 100");
+        } else if (a.rfind("-fcheck", 0) == 0) {
+            if (a != "-fcheck=all" && a != "-fcheck" && a != "-fcheck=none") usage("-fcheck takes all or none");
+            o.emit.check = a != "-fcheck=none";
+        } else if (a == "-fno-trunc") {
+            o.emit.truncate = false;
+        } else if (a == "-ftrunc") {
+            o.emit.truncate = true;
+        } else if (a == "-febcdic") {
+            usage("-febcdic is not supported yet");
+        } else if (a == "-fdiagnostics-format=json") {
+            diagnostics().json = true;
+        } else if (a == "-fdiagnostics-format=text") {
+            diagnostics().json = false;
+        } else if (a == "-Werror") {
+            diagnostics().warningsAreErrors = true;
+        } else if (a == "-w") {
+            diagnostics().disabled.insert("all");
+        } else if (a.rfind("-Wno-", 0) == 0) {
+            diagnostics().disabled.insert(a.substr(5));
+        } else if (a.rfind("-W", 0) == 0) {
+            std::string name = a.substr(2);
+            if (name == "all" || name == "extra") {
+                diagnostics().disabled.clear();
+            } else {
+                diagnostics().enabled.insert(name);
+                diagnostics().disabled.erase(name);
+            }
+        } else if (a.rfind("-I", 0) == 0) {
+            o.copy.directories.push_back(a.size() > 2 ? a.substr(2) : value(a));
+        } else if (a.rfind("-D", 0) == 0) {
+            std::string definition = a.size() > 2 ? a.substr(2) : value(a);
+            size_t equal = definition.find('=');
+            std::string name = definition.substr(0, equal);
+            for (char &c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+            o.text.defines[name] = equal == std::string::npos ? "1" : definition.substr(equal + 1);
+        } else if (a == "-O0" || a == "-O1" || a == "-O2" || a == "-O") {
+            o.optimisation = a;
+        } else if (a.rfind("-L", 0) == 0 || a.rfind("-l", 0) == 0) {
+            o.linker.push_back(a.size() > 2 ? a : a + value(a));
+        } else {
+            usage("there is no option " + a);
+        }
+    }
+}
+
+// The hash of what a cached program is made of.
+std::string hashOf(const std::vector<std::string> &parts)
+{
+    uint64_t a = 1469598103934665603u, b = 7809847782465536322u;
+    for (const std::string &part : parts) {
+        for (unsigned char c : part) {
+            a = (a ^ c) * 1099511628211u;
+            b = (b + c) * 6364136223846793005u + 1442695040888963407u;
+        }
+        a = (a ^ 0xFF) * 1099511628211u;
+        b += part.size();
+    }
+    char text[40];
+    std::snprintf(text, sizeof text, "%016llx%016llx", static_cast<unsigned long long>(a),
+                  static_cast<unsigned long long>(b));
+    return text;
+}
+
+int compile(Options &o)
+{
+    if (o.sources.empty()) usage("there is no source");
+    Home home = findHome();
+    if (const char *path = std::getenv("COBCPY")) {
+        std::string all = path;
+        size_t from = 0;
+        while (from <= all.size()) {
+            size_t to = all.find(':', from);
+            if (to == std::string::npos) to = all.size();
+            if (to > from) o.copy.directories.push_back(all.substr(from, to - from));
+            from = to + 1;
+        }
+    }
+
+    std::vector<Translated> translated;
+    for (size_t i = 0; i < o.sources.size(); i++) {
+        bool mainProgram = i == 0 && o.mode != Options::Module && o.mode != Options::Object;
+        translated.push_back(translate(o.sources[i], o, mainProgram));
+    }
+    if (diagnostics().errors()) return 1;
+    if (o.mode == Options::Check) return 0;
+    if (o.mode == Options::Preprocess) {
+        for (const Translated &t : translated)
+            if (!writeFile(o.output.empty() ? "-" : o.output, t.c)) return 1;
+        return 0;
+    }
+    if (o.mode == Options::Assembly) {
+        for (size_t i = 0; i < translated.size(); i++)
+            if (!writeFile(o.output.empty() ? stemOf(o.sources[i]) + ".c" : o.output, translated[i].c)) return 1;
+        return 0;
+    }
+
+    // The cache of `run`.
+    std::string runProgram;
+    if (o.mode == Options::Run) {
+        std::string cache;
+        if (const char *x = std::getenv("XDG_CACHE_HOME"))
+            cache = x;
+        else if (const char *h = std::getenv("HOME"))
+            cache = std::string(h) + "/.cache";
+        else
+            cache = "/tmp";
+        mkdir(cache.c_str(), 0777);
+        cache += "/kvrcob";
+        mkdir(cache.c_str(), 0777);
+        std::vector<std::string> parts = {kVersion, o.optimisation, home.include, o.debug ? "g" : "",
+                                          o.emit.check ? "check" : ""};
+        char self[4096];
+        ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+        struct stat info;
+        if (n > 0 && stat(std::string(self, static_cast<size_t>(n)).c_str(), &info) == 0)
+            parts.push_back(std::to_string(info.st_mtime) + "." + std::to_string(info.st_size));
+        for (const Translated &t : translated) parts.push_back(t.c);
+        for (const std::string &l : o.linker) parts.push_back(l);
+        for (const std::string &l : o.objects) parts.push_back(l);
+        runProgram = cache + "/" + hashOf(parts);
+        o.output = runProgram + "." + std::to_string(getpid());
+    }
+
+    int result = 0;
+    if (o.mode != Options::Run || !exists(runProgram)) {
+        char directory[] = "/tmp/kvrcob.XXXXXX";
+        if (!mkdtemp(directory)) {
+            diagnostics().fatal("cannot make a temporary directory");
+            return 1;
+        }
+        const char *cc = std::getenv("CC");
+        std::vector<std::string> command = {cc && *cc ? cc : "cc", "-std=gnu11",   "-fno-strict-aliasing", "-fwrapv",
+                                            "-fno-gcse",           o.optimisation, "-I" + home.include};
+        if (o.debug)
+            command.push_back("-g");
+        else
+            command.push_back("-g1");
+        std::vector<std::string> files;
+        for (size_t i = 0; i < translated.size(); i++) {
+            files.push_back(std::string(directory) + "/" + std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c");
+            if (!writeFile(files.back(), translated[i].c)) return 1;
+        }
+        std::vector<std::string> link = {"-L" + home.library, "-Wl,-rpath," + home.library, "-Wl,--disable-new-dtags"};
+        for (const std::string &l : o.linker) link.push_back(l);
+        link.push_back("-lkvr2_64r");
+        link.push_back("-lm");
+        if (o.mode == Options::Object) {
+            for (size_t i = 0; i < files.size() && result == 0; i++) {
+                std::vector<std::string> one = command;
+                one.insert(one.end(),
+                           {"-fPIC", "-c", files[i], "-o", o.output.empty() ? stemOf(o.sources[i]) + ".o" : o.output});
+                result = runCommand(one, o.verbose);
+            }
+        } else if (o.mode == Options::Module) {
+            for (size_t i = 0; i < files.size() && result == 0; i++) {
+                // One module a source, under the name of each of its outermost programs.
+                for (size_t j = 0; j < translated[i].programs.size() && result == 0; j++) {
+                    std::vector<std::string> one = command;
+                    std::string name = o.output.empty() ? translated[i].programs[j] + ".so" : o.output;
+                    one.insert(one.end(), {"-fPIC", "-shared", files[i], "-o", name});
+                    one.insert(one.end(), link.begin(), link.end());
+                    result = runCommand(one, o.verbose);
+                }
+            }
+        } else {
+            command.insert(command.end(), files.begin(), files.end());
+            command.insert(command.end(), o.objects.begin(), o.objects.end());
+            command.insert(command.end(), {"-rdynamic", "-o", o.output.empty() ? stemOf(o.sources[0]) : o.output});
+            command.insert(command.end(), link.begin(), link.end());
+            result = runCommand(command, o.verbose);
+        }
+        if (!o.keep) {
+            for (const std::string &file : files) unlink(file.c_str());
+            rmdir(directory);
+        } else {
+            std::fprintf(stderr, "kvrcob: the C text is in %s\n", directory);
+        }
+        if (result != 0) {
+            diagnostics().fatal("the C compiler failed; this is a fault of kvrcob");
+            return 1;
+        }
+        if (o.mode == Options::Run) rename(o.output.c_str(), runProgram.c_str());
+    }
+    if (o.dependencies) {
+        std::string target = o.output.empty() ? stemOf(o.sources[0]) : o.output, text = target + ":";
+        for (size_t i = 0; i < translated.size(); i++) {
+            text += " " + o.sources[i];
+            for (const std::string &d : translated[i].dependencies) text += " " + d;
+        }
+        if (!writeFile(target + ".d", text + "\n")) return 1;
+    }
+    if (o.mode == Options::Run) {
+        std::vector<char *> argv;
+        std::string name = stemOf(o.sources[0]);
+        argv.push_back(name.data());
+        for (std::string &a : o.arguments) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        execv(runProgram.c_str(), argv.data());
+        diagnostics().fatal("cannot run " + runProgram);
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace
+} // namespace kvrcob
+
+int main(int argc, char **argv)
+{
+    using namespace kvrcob;
+    diagnostics().sources = &sources();
+    Options options;
+    parseOptions(argc, argv, options);
+    return compile(options);
+}

@@ -1,0 +1,222 @@
+// ADD, SUBTRACT, MULTIPLY, DIVIDE, COMPUTE.
+//
+// The operands are evaluated once, before anything is stored. With ON SIZE ERROR a receiving item
+// that cannot hold its result keeps its value; the others get theirs. Without the phrase high-order
+// digits are lost. A division by zero stores nothing.
+#include "cobol/emit/emitter.h"
+
+#include <algorithm>
+
+namespace kvrcob {
+
+std::string Emitter::sizeErrorFlag(const ArithmeticStatement &s)
+{
+    if (!s.sizeError.has && !s.sizeError.hasNot) return "";
+    std::string flag = temp("int");
+    put(cat(flag, " = 0;\n"));
+    return flag;
+}
+
+void Emitter::phrases(const Phrases &p, const std::string &failed)
+{
+    if (!p.has && !p.hasNot) return;
+    if (p.has) {
+        put(cat("if (", failed, ") {\n"));
+        block(p.on);
+        put("}\n");
+        if (p.hasNot) {
+            put("else {\n");
+            block(p.onNot);
+            put("}\n");
+        }
+        return;
+    }
+    put(cat("if (!(", failed, ")) {\n"));
+    block(p.onNot);
+    put("}\n");
+}
+
+static bool arithmeticTarget(const Item &item, bool giving)
+{
+    return item.category == Category::Numeric || item.category == Category::Index ||
+           (giving && item.category == Category::NumericEdited);
+}
+
+void Emitter::correspondingArithmetic(const ArithmeticStatement &s)
+{
+    bool minus = s.verb == K_SUBTRACT;
+    const Expr *source = s.operands[0];
+    Loc from = locate(*source->ref);
+    std::string flag = sizeErrorFlag(s);
+    for (const Target &target : s.targets) {
+        Loc to = locate(*target.ref, true);
+        if (!from.good() || !to.good()) continue;
+        if (from.item->elementary() || to.item->elementary()) {
+            error(s.at, "CORRESPONDING needs groups");
+            continue;
+        }
+        std::vector<std::pair<const Item *, const Item *>> pairs;
+        corresponding(*from.item, *to.item, pairs, true);
+        for (const auto &[a, b] : pairs) {
+            Loc x = member(*source->ref, *from.item, *a, false), y = member(*target.ref, *to.item, *b, true);
+            store(add(itemNumber(y), itemNumber(x), minus), y, target.rounded, flag);
+        }
+    }
+    if (!flag.empty()) phrases(s.sizeError, flag);
+}
+
+void Emitter::addStatement(const ArithmeticStatement &s)
+{
+    if (s.corresponding) {
+        correspondingArithmetic(s);
+        return;
+    }
+    // The sum of the operands, or the product's first factor.
+    std::string flag = sizeErrorFlag(s);
+    Num sum;
+    for (size_t i = 0; i < s.operands.size(); i++) {
+        Num n = number(s.operands[i]);
+        if (!n.good()) return;
+        sum = i == 0 ? n : add(sum, n, false);
+    }
+    auto combine = [&](Num first) {
+        if (s.verb == K_ADD) return add(first, sum, false);
+        if (s.verb == K_SUBTRACT) return add(first, sum, true);
+        return multiply(first, sum);
+    };
+    bool several = s.targets.size() > 1;
+    if (s.giving) {
+        Num result = sum;
+        if (s.verb != K_ADD) {
+            Num second = number(s.second);
+            if (!second.good()) return;
+            result = combine(second);
+        }
+        if (several) result = keep(result, true);
+        for (const Target &t : s.targets) {
+            Loc loc = locate(*t.ref, true);
+            if (!loc.good()) continue;
+            if (!arithmeticTarget(*loc.item, true) || loc.refmod) {
+                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
+                continue;
+            }
+            store(result, loc, t.rounded, flag);
+        }
+    } else {
+        if (several) sum = keep(sum, true);
+        for (const Target &t : s.targets) {
+            Loc loc = locate(*t.ref, true);
+            if (!loc.good()) continue;
+            if (!arithmeticTarget(*loc.item, false) || loc.refmod) {
+                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
+                continue;
+            }
+            store(combine(itemNumber(loc)), loc, t.rounded, flag);
+        }
+    }
+    if (!flag.empty()) phrases(s.sizeError, flag);
+}
+
+void Emitter::divideStatement(const ArithmeticStatement &s)
+{
+    std::string flag = sizeErrorFlag(s);
+    std::string zero = zeroFlag();
+    Num first = number(s.operands[0]);
+    if (!first.good()) return;
+    if (s.giving) {
+        Num second = number(s.second);
+        if (!second.good()) return;
+        Num dividend = s.into ? second : first, divisor = s.into ? first : second;
+        if (s.targets.size() > 1 || s.remainder.ref) dividend = keep(dividend, true), divisor = keep(divisor, true);
+        Num quotient; // as stored in the first target, for REMAINDER
+        for (size_t i = 0; i < s.targets.size(); i++) {
+            const Target &t = s.targets[i];
+            Loc loc = locate(*t.ref, true);
+            if (!loc.good()) continue;
+            if (!arithmeticTarget(*loc.item, true) || loc.refmod) {
+                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
+                continue;
+            }
+            int scale = std::max(loc.item->picture.scale, 0);
+            bool floating = loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
+            Num q = keep(divide(dividend, divisor, floating ? -1 : scale + (t.rounded ? 1 : 0)), true);
+            if (i == 0 && s.remainder.ref) quotient = scaleTo(q, loc.item->picture.scale, false);
+            put(cat("if (!", zero, ") {\n"));
+            store(q, loc, t.rounded, flag);
+            put("}\n");
+        }
+        if (s.remainder.ref) {
+            Loc loc = locate(*s.remainder.ref, true);
+            if (loc.good() && quotient.good()) {
+                if (dividend.kind == Num::Float || divisor.kind == Num::Float || quotient.kind == Num::Float) {
+                    error(s.remainder.ref->at, "REMAINDER does not go with floating-point items");
+                    return;
+                }
+                put(cat("if (!", zero, flag.empty() ? "" : cat(" && !", flag), ") {\n"));
+                Num remainder = add(dividend, multiply(quotient, divisor), true);
+                store(remainder, loc, s.remainder.rounded, flag);
+                put("}\n");
+            }
+        }
+    } else {
+        if (s.targets.size() > 1) first = keep(first, true);
+        for (const Target &t : s.targets) {
+            Loc loc = locate(*t.ref, true);
+            if (!loc.good()) continue;
+            if (!arithmeticTarget(*loc.item, false) || loc.refmod) {
+                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
+                continue;
+            }
+            bool floating = loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
+            Num q = keep(divide(itemNumber(loc), first,
+                                floating ? -1 : std::max(loc.item->picture.scale, 0) + (t.rounded ? 1 : 0)),
+                         true);
+            put(cat("if (!", zero, ") {\n"));
+            store(q, loc, t.rounded, flag);
+            put("}\n");
+        }
+    }
+    if (!flag.empty()) {
+        put(cat(flag, " |= ", zero, ";\n"));
+        phrases(s.sizeError, flag);
+    }
+}
+
+void Emitter::computeStatement(const ArithmeticStatement &s)
+{
+    if (s.operands.empty()) return;
+    std::string flag = sizeErrorFlag(s);
+    int scale = 0;
+    bool rounded = false, floating = false;
+    std::vector<Loc> locs;
+    for (const Target &t : s.targets) {
+        Loc loc = locate(*t.ref, true);
+        locs.push_back(loc);
+        if (!loc.good()) continue;
+        if (!arithmeticTarget(*loc.item, true) || loc.refmod) {
+            error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
+            return;
+        }
+        scale = std::max(scale, loc.item->picture.scale);
+        rounded |= t.rounded;
+        floating |= loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
+    }
+    const Expr *e = s.operands[0];
+    if (e->kind != ExprKind::Arithmetic && e->kind != ExprKind::Function && !isNumericExpr(e) &&
+        e->kind != ExprKind::Figurative) {
+        // COMPUTE of a text is told there.
+    }
+    Num value = number(e, floating ? -1 : scale + (rounded ? 1 : 0));
+    if (!value.good()) return;
+    bool guarded = !zeroFlag_.empty();
+    if (s.targets.size() > 1 || guarded) value = keep(value, true);
+    if (guarded) put(cat("if (!", zeroFlag_, ") {\n"));
+    for (size_t i = 0; i < s.targets.size(); i++) store(value, locs[i], s.targets[i].rounded, flag);
+    if (guarded) put("}\n");
+    if (!flag.empty()) {
+        if (guarded) put(cat(flag, " |= ", zeroFlag_, ";\n"));
+        phrases(s.sizeError, flag);
+    }
+}
+
+} // namespace kvrcob

@@ -1,0 +1,174 @@
+// CALL, CANCEL.
+//
+// A program that the source contains and that is visible here is called directly. Any other is
+// looked for among the symbols of the running program, and then by the library's program manager
+// along COBPATH. Arguments BY REFERENCE are addresses, BY CONTENT addresses of copies, BY VALUE
+// integers.
+#include "cobol/emit/emitter.h"
+
+namespace kvrcob {
+
+// The program of this source that a CALL in `from` reaches by a name.
+Program *Emitter::visibleProgram(Program &from, Word name)
+{
+    for (Program *inner : from.nested)
+        if (inner->name == name) return inner;
+    // COMMON programs of those around it; a program's own siblings only if they are COMMON.
+    for (Program *outer = from.parent; outer; outer = outer->parent)
+        for (Program *inner : outer->nested)
+            if (inner->name == name && (inner->common || (inner == &from && inner->recursive))) return inner;
+    for (Program *p : group_.programs)
+        if (p->name == name) return p;
+    return nullptr;
+}
+
+void Emitter::callStatement(const CallStatement &s)
+{
+    const Expr *target = constant(s.program);
+    std::string failed, arguments;
+    // BY CONTENT: copies.
+    for (const CallStatement::Argument &argument : s.arguments) {
+        const Expr *e = constant(argument.value);
+        std::string a;
+        if (e->kind == ExprKind::Omitted) {
+            a = "(uint8_t *)0";
+        } else if (argument.mode == CallStatement::Value) {
+            if (e->kind == ExprKind::Reference) {
+                Loc loc = locate(*e->ref);
+                if (!loc.good()) return;
+                if (loc.item->category == Category::Pointer)
+                    a = cat("kvr_get_u8(", loc.address, ")");
+                else if (loc.item->usage == Usage::Double || loc.item->usage == Usage::Float)
+                    a = itemNumber(loc).text;
+                else if (isNumericItem(*loc.item) && !loc.refmod)
+                    a = integer(e);
+                else
+                    a = cat("(int64_t)*", loc.address);
+            } else if (e->kind == ExprKind::String) {
+                a = cat("(int64_t)", static_cast<int>(static_cast<unsigned char>(e->text.empty() ? 0 : e->text[0])));
+            } else if (e->kind == ExprKind::Figurative && e->op == K_NULL) {
+                a = "(int64_t)0";
+            } else {
+                a = integer(e);
+            }
+        } else if (e->kind == ExprKind::Reference) {
+            Item *item = meaning_.resolve(*program_, *e->ref, true);
+            if (!item && e->ref->names.size() == 1) {
+                bool isFile = false;
+                for (File *f : program_->files)
+                    if (f->name == e->ref->names[0]) isFile = true;
+                if (isFile) {
+                    notBuilt(e->at, "a file as an argument of CALL");
+                    return;
+                }
+            }
+            Loc loc = locate(*e->ref);
+            if (!loc.good()) return;
+            if (argument.mode == CallStatement::Content) {
+                if (loc.fixed >= 0 && loc.fixed <= 65536) {
+                    std::string copy = tempBytes(loc.fixed ? loc.fixed : 1);
+                    a = cat("memcpy(", copy, ", ", loc.address, ", ", loc.fixed, ")");
+                } else {
+                    a = cat("kvr_copy(__builtin_alloca((size_t)", loc.length, "), ", loc.address, ", ", loc.length,
+                            ")");
+                }
+            } else {
+                a = loc.address;
+            }
+        } else if (e->kind == ExprKind::AddressOf) {
+            std::string t = temp("uint8_t *");
+            a = cat("(", t, " = ", locate(*e->ref).address, ", (uint8_t *)&", t, ")");
+        } else if (isNumericExpr(e)) {
+            // A number: an integer as a binary item of 4 bytes.
+            std::string t = temp("int32_t");
+            a = cat("(", t, " = (int32_t)", integer(e), ", (uint8_t *)&", t, ")");
+        } else {
+            Text t = text(e);
+            if (!t.good) return;
+            std::string copy = tempBytes((t.fixed > 0 ? t.fixed : 256) + 1);
+            a = cat("kvr_copy(", copy, ", ", t.address, ", ", t.length, ")");
+        }
+        arguments += cat(arguments.empty() ? "" : ", ", a);
+    }
+    std::string result = "(void)", routine;
+    bool direct = false;
+    if (target->kind == ExprKind::String) {
+        Word name = internWord(target->text);
+        if (Program *p = visibleProgram(*program_, name)) {
+            routine = cat("((int64_t (*)())kvr_entry_", p->number, ")");
+            direct = true;
+        }
+    }
+    bool phrases_ = s.exception.has || s.exception.hasNot;
+    if (!direct) {
+        routine = temp("KvrProgram");
+        Text name = text(target, true);
+        if (!name.good) return;
+        bool literalName = target->kind == ExprKind::String;
+        if (target->kind == ExprKind::Reference) {
+            Loc loc = locate(*target->ref);
+            if (loc.good() && loc.item->category == Category::Pointer) {
+                put(cat(routine, " = (KvrProgram)(intptr_t)kvr_get_u8(", loc.address, ");\n"));
+                name.address.clear();
+            }
+        }
+        if (!name.address.empty()) {
+            put(cat(routine, " = kvr_find_program(", name.address, ", ", name.length, ", &p", program_->number,
+                    "_pcb, ", "p", program_->number, "_visible, ", phrases_ ? 1 : 0, ");\n"));
+            (void)literalName;
+        }
+        put(cat("if (", routine, ") {\n"));
+    } else if (phrases_) {
+        put("{\n");
+    }
+    std::string call = cat(routine, "(", arguments, ")");
+    if (s.returning) {
+        Loc loc = locate(*s.returning, true);
+        if (loc.good()) {
+            if (loc.item->category == Category::Pointer) {
+                put(cat("kvr_put_8(", loc.address, ", (int64_t)((uint8_t *(*)())", routine, ")(", arguments, "));\n"));
+            } else if (isNumericItem(*loc.item)) {
+                std::string t = temp("int64_t");
+                // A C function may return an int, and the upper half of the register is anything
+                // then.
+                bool wide = direct || loc.item->size == 8 || loc.item->picture.digits > 9;
+                put(cat(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n"));
+                store(integerNumber(t, wide ? 18 : 10), loc, false, "");
+            } else {
+                error(s.returning->at, "RETURNING needs a numeric item or a pointer");
+            }
+        }
+    } else {
+        put(cat("p", program_->number, "_returnCode = (int32_t)", call, ";\n"));
+    }
+    if (s.exception.hasNot) block(s.exception.onNot);
+    if (!direct) {
+        put("}\n");
+        if (s.exception.has) {
+            put("else {\n");
+            block(s.exception.on);
+            put("}\n");
+        }
+    } else if (phrases_) {
+        put("}\n");
+    }
+}
+
+void Emitter::cancelStatement(const CancelStatement &s)
+{
+    for (const Expr *e : s.programs) {
+        const Expr *target = constant(e);
+        if (target->kind == ExprKind::String) {
+            if (Program *p = visibleProgram(*program_, internWord(target->text))) {
+                put(cat("kvr_cancel_", p->number, "();\n"));
+                continue;
+            }
+        }
+        Text name = text(target, true);
+        if (!name.good) continue;
+        put(cat("kvr_cancel(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p", program_->number,
+                "_visible);\n"));
+    }
+}
+
+} // namespace kvrcob

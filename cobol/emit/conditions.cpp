@@ -1,0 +1,318 @@
+// Conditions: relations, class and sign tests, condition-names, switches, AND, OR, NOT,
+// abbreviations.
+#include "cobol/emit/emitter.h"
+
+namespace kvrcob {
+
+bool Emitter::isConditionName(const Expr *e)
+{
+    if (e->kind != ExprKind::Reference) return false;
+    bool on;
+    Item *item = meaning_.resolve(*program_, *e->ref, true);
+    if (item) return item->level == 88;
+    return e->ref->names.size() == 1 && meaning_.switchCondition(*program_, e->ref->names[0], on) >= 0;
+}
+
+bool Emitter::isCondition(const Expr *e)
+{
+    switch (e->kind) {
+    case ExprKind::Relation:
+    case ExprKind::ClassTest:
+    case ExprKind::SignTest:
+    case ExprKind::And:
+    case ExprKind::Or:
+    case ExprKind::Not:
+    case ExprKind::Truth:
+        return true;
+    default:
+        return isConditionName(e);
+    }
+}
+
+std::string Emitter::condition(const Expr *e)
+{
+    Subject subject;
+    return condition(e, subject);
+}
+
+// `subject` is what an abbreviated relation takes over from the relation before it.
+std::string Emitter::condition(const Expr *e, Subject &subject)
+{
+    switch (e->kind) {
+    case ExprKind::And:
+    case ExprKind::Or: {
+        // A chain of the same operator may be long: from the left, without recursion.
+        std::vector<const Expr *> chain;
+        const Expr *first = e;
+        while (first->kind == e->kind) {
+            chain.push_back(first->right);
+            first = first->left;
+        }
+        std::string out = cat("(", condition(first, subject));
+        for (size_t i = chain.size(); i-- > 0;)
+            out += cat(e->kind == ExprKind::And ? " && " : " || ", condition(chain[i], subject));
+        return out + ")";
+    }
+    case ExprKind::Not:
+        return cat("!", condition(e->left, subject));
+    case ExprKind::Truth:
+        return e->op == K_TRUE ? "1" : "0";
+    case ExprKind::Relation: {
+        if (e->left) subject.left = e->left;
+        if (!subject.left) {
+            error(e->at, "this relation has no left side");
+            return "0";
+        }
+        subject.op = e->op;
+        return relation(subject.left, e->op, e->right);
+    }
+    case ExprKind::ClassTest:
+        if (e->left) subject.left = e->left;
+        return classTest(e->left ? e : e);
+    case ExprKind::SignTest:
+        if (e->left) subject.left = e->left;
+        return signTest(e);
+    case ExprKind::Reference: {
+        bool on = false;
+        Item *item = meaning_.resolve(*program_, *e->ref, true);
+        if (item && item->level == 88) {
+            return conditionName(*item, *e->ref);
+        }
+        if (!item && e->ref->names.size() == 1) {
+            int number = meaning_.switchCondition(*program_, e->ref->names[0], on);
+            if (number >= 0) return cat("(p", program_->number, "_pcb.upsi[", number, "] ", on ? "==" : "!=", " '1')");
+        }
+        [[fallthrough]];
+    }
+    default:
+        if (subject.left && subject.op) return relation(subject.left, subject.op, e);
+        if (e->kind == ExprKind::Reference) {
+            if (meaning_.resolve(*program_, *e->ref)) error(e->at, wordText(e->ref->names[0]) + " is no condition");
+        } else {
+            error(e->at, "a condition is needed here");
+        }
+        return "0";
+    }
+}
+
+static const char *signOf(uint32_t op)
+{
+    return op == '='             ? "=="
+           : op == '<'           ? "<"
+           : op == '>'           ? ">"
+           : op == kLessEqual    ? "<="
+           : op == kGreaterEqual ? ">="
+                                 : "!=";
+}
+
+static uint32_t swapped(uint32_t op)
+{
+    return op == '<'             ? static_cast<uint32_t>('>')
+           : op == '>'           ? static_cast<uint32_t>('<')
+           : op == kLessEqual    ? static_cast<uint32_t>(kGreaterEqual)
+           : op == kGreaterEqual ? static_cast<uint32_t>(kLessEqual)
+                                 : op;
+}
+
+std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
+{
+    if (!a.good || !b.good) return "0";
+    if (a.kind != Text::Bytes && b.kind == Text::Bytes) return compareTexts(b, a, swapped(op));
+    std::string weights;
+    if (program_->collating) {
+        const Alphabet *alphabet = meaning_.alphabet(*program_, program_->collating);
+        if (alphabet && !alphabet->weights.empty()) weights = cat("alphabet", alphabet->number);
+    }
+    std::string call;
+    if (!weights.empty())
+        call = cat("kvr_compare_weights(", a.address, ", ", a.length, ", ", b.address, ", ",
+                   b.kind != Text::Bytes ? "-" : "", b.length, ", ", weights, ")");
+    else if (b.kind == Text::Figurative)
+        call = cat("kvr_compare_fill(", a.address, ", ", a.length, ", ", static_cast<int>(b.fill), ")");
+    else if (b.kind == Text::All)
+        call = cat("kvr_compare_all(", a.address, ", ", a.length, ", ", b.address, ", ", b.length, ")");
+    else if (a.fixed >= 0 && a.fixed == b.fixed)
+        call = cat("memcmp(", a.address, ", ", b.address, ", ", a.fixed, ")");
+    else
+        call = cat("kvr_compare(", a.address, ", ", a.length, ", ", b.address, ", ", b.length, ")");
+    return cat("(", call, " ", signOf(op), " 0)");
+}
+
+std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
+{
+    left = constant(left), right = constant(right);
+    // A = (B OR C) and its like.
+    if (right->kind == ExprKind::Or || right->kind == ExprKind::And) {
+        Subject subject{left, op};
+        return condition(right, subject);
+    }
+    if (isCondition(left) || (isCondition(right) && !isConditionName(right))) {
+        error(left->at, "a condition cannot be compared");
+        return "0";
+    }
+    Category a = categoryOf(left), b = categoryOf(right);
+    bool figurativeA = left->kind == ExprKind::Figurative || left->kind == ExprKind::All,
+         figurativeB = right->kind == ExprKind::Figurative || right->kind == ExprKind::All;
+    bool numericA = a == Category::Numeric || a == Category::Index,
+         numericB = b == Category::Numeric || b == Category::Index;
+    bool zeroA = left->kind == ExprKind::Figurative && left->op == K_ZERO,
+         zeroB = right->kind == ExprKind::Figurative && right->op == K_ZERO;
+    if (a == Category::Pointer || b == Category::Pointer) {
+        auto address = [&](const Expr *e) -> std::string {
+            if (e->kind == ExprKind::Figurative && e->op == K_NULL) return "0";
+            if (e->kind == ExprKind::AddressOf) return cat("(int64_t)(intptr_t)(", locate(*e->ref).address, ")");
+            if (e->kind == ExprKind::Reference) return cat("(int64_t)kvr_get_u8(", locate(*e->ref).address, ")");
+            error(e->at, "a pointer is needed here");
+            return "0";
+        };
+        if (op != '=' && op != kNotEqual) error(left->at, "pointers are equal or not equal, nothing else");
+        std::string x = address(left), y = address(right);
+        return cat("(", x, " ", signOf(op), " ", y, ")");
+    }
+    if ((numericA || zeroA) && (numericB || zeroB) && (numericA || numericB)) {
+        Num x = number(left), y = number(right);
+        return compareNumbers(x, y, op);
+    }
+    // A number of usage DISPLAY with a text: the number as a text of its digits.
+    if (figurativeA && figurativeB) {
+        Text x = text(left), y = text(right);
+        return compareTexts(x, y, op);
+    }
+    if (numericA && !figurativeB &&
+        (b == Category::NumericEdited || b == Category::Group || b == Category::Alphanumeric ||
+         b == Category::Alphabetic || b == Category::AlphanumericEdited)) {
+        bool wholeText = b == Category::Group;
+        Text x = text(left, !wholeText), y = text(right);
+        return compareTexts(x, y, op);
+    }
+    if (numericB && !figurativeA) {
+        bool wholeText = a == Category::Group;
+        Text x = text(left), y = text(right, !wholeText);
+        return compareTexts(x, y, op);
+    }
+    Text x = text(left, numericA), y = text(right, numericB);
+    return compareTexts(x, y, op);
+}
+
+std::string Emitter::conditionName(const Item &item, const Reference &ref)
+{
+    // The condition-name's subscripts are those of its item.
+    Item *owner = item.parent;
+    Reference variable = ref;
+    // Qualifiers of the condition-name may begin with the item itself.
+    variable.names.clear();
+    Loc loc;
+    {
+        Reference plain;
+        plain.at = ref.at;
+        plain.subscripts = ref.subscripts;
+        for (const Item *a = owner; a; a = a->parent)
+            if (a->name) plain.names.push_back(a->name);
+        if (owner->name == 0 || meaning_.resolve(*program_, plain, true) != owner) {
+            // FILLER or a name that does not tell: the item itself, with its tables' subscripts.
+            std::vector<const Item *> tables;
+            for (const Item *a = owner; a; a = a->parent)
+                if (a->occurs) tables.insert(tables.begin(), a);
+            std::string displacement;
+            for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
+                displacement += cat(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
+            if (tables.size() != ref.subscripts.size())
+                error(ref.at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
+            loc = locateItem(*owner, displacement);
+        } else {
+            loc = locate(plain);
+        }
+    }
+    if (!loc.good()) return "0";
+    bool numeric = isNumericItem(*owner);
+    std::string out = "(";
+    for (size_t i = 0; i < item.values.size(); i++) {
+        if (i) out += " || ";
+        const Expr *from = constant(item.values[i].from),
+                   *to = item.values[i].to ? constant(item.values[i].to) : nullptr;
+        auto test = [&](const Expr *value, uint32_t op) {
+            Decimal d;
+            if (numeric && decimalOf(value, d)) return compareNumbers(itemNumber(loc), literalNumber(d), op);
+            Text v = text(value);
+            return compareTexts(textOf(loc), v, op);
+        };
+        if (to)
+            out += cat("(", test(from, kGreaterEqual), " && ", test(to, kLessEqual), ")");
+        else
+            out += test(from, '=');
+    }
+    return out + ")";
+}
+
+std::string Emitter::signTest(const Expr *e)
+{
+    if (!e->left) {
+        error(e->at, "a sign test needs an operand");
+        return "0";
+    }
+    Num n = number(e->left);
+    Decimal zero;
+    zero.digits = "0";
+    uint32_t op = e->op == K_POSITIVE ? '>' : e->op == K_NEGATIVE ? '<' : '=';
+    std::string test = compareNumbers(n, literalNumber(zero), op);
+    return e->negated ? cat("!", test) : test;
+}
+
+std::string Emitter::classTest(const Expr *e)
+{
+    if (!e->left || e->left->kind != ExprKind::Reference) {
+        if (e->left && e->left->kind == ExprKind::Function && !functionIsNumeric(e->left)) {
+            // goes on below with the function's text
+        } else {
+            error(e->at, "a class test needs a data item");
+            return "0";
+        }
+    }
+    std::string test;
+    const char *bang = e->negated ? "!" : "";
+    if (e->op == K_NUMERIC && e->left->kind == ExprKind::Reference) {
+        Loc loc = locate(*e->left->ref);
+        if (!loc.good()) return "0";
+        const Item &item = *loc.item;
+        if (!loc.refmod && item.category == Category::Numeric) {
+            if (item.usage == Usage::Packed)
+                test =
+                    cat("kvr_is_packed(", loc.address, ", ", item.picture.digits, ", ", item.picture.sign ? 1 : 0, ")");
+            else if (item.usage == Usage::Display)
+                test = cat("kvr_is_zoned(", loc.address, ", ", item.picture.digits, ", ",
+                           static_cast<int>(item.signForm), ")");
+            else
+                test = "1";
+        } else {
+            test = cat("kvr_is_zoned(", loc.address, ", ", loc.length, ", 0)");
+        }
+        return cat(bang, test);
+    }
+    Text t = text(e->left);
+    if (!t.good) return "0";
+    switch (e->op) {
+    case K_NUMERIC:
+        test = cat("kvr_is_zoned(", t.address, ", ", t.length, ", 0)");
+        break;
+    case K_ALPHABETIC:
+        test = cat("kvr_is_alphabetic(", t.address, ", ", t.length, ")");
+        break;
+    case K_ALPHABETIC_LOWER:
+        test = cat("kvr_is_lower(", t.address, ", ", t.length, ")");
+        break;
+    case K_ALPHABETIC_UPPER:
+        test = cat("kvr_is_upper(", t.address, ", ", t.length, ")");
+        break;
+    default: {
+        const UserClass *c = meaning_.userClass(*program_, e->op);
+        if (!c) {
+            error(e->at, "there is no class " + wordText(e->op));
+            return "0";
+        }
+        test = cat("kvr_is_class(", t.address, ", ", t.length, ", class", c->number, ")");
+    }
+    }
+    return cat(bang, test);
+}
+
+} // namespace kvrcob

@@ -1,0 +1,346 @@
+// IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, CONTINUE, NEXT SENTENCE, STOP, GOBACK.
+//
+// A procedure division is one C function with a label for each paragraph. PERFORM of a range writes
+// its number into the cell of the paragraph that ends the range, and jumps to the first one; at the
+// end of every such paragraph stands a switch over the numbers that can be in its cell. So ranges
+// may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs nothing. A
+// cell's former number comes back after the PERFORM, for a range around it that ends in the same
+// place.
+#include "cobol/emit/emitter.h"
+
+namespace kvrcob {
+
+void Emitter::ifStatement(const IfStatement &s)
+{
+    std::string c = condition(s.condition);
+    put(cat("if (", c, ") {\n"));
+    block(s.then);
+    put("}\n");
+    if (s.hasElse) {
+        put("else {\n");
+        block(s.otherwise);
+        put("}\n");
+    }
+}
+
+// ---- EVALUATE
+
+std::string Emitter::evaluateObject(const Expr *subject, const EvaluateStatement::Object &object)
+{
+    const Expr *value = object.value;
+    std::string test;
+    if (value->kind == ExprKind::Any) {
+        test = "1";
+    } else if (value->kind == ExprKind::Range) {
+        test = cat("(", relation(subject, kGreaterEqual, value->left), " && ",
+                   relation(subject, kLessEqual, value->right), ")");
+    } else if (subject->kind == ExprKind::Truth) {
+        std::string c = value->kind == ExprKind::Truth ? (value->op == K_TRUE ? "1" : "0") : condition(value);
+        test = subject->op == K_TRUE ? c : cat("!", c);
+    } else if (isCondition(subject)) {
+        std::string c = condition(subject);
+        if (value->kind == ExprKind::Truth)
+            test = value->op == K_TRUE ? c : cat("!", c);
+        else
+            test = cat("(!", c, " == !", condition(value), ")");
+    } else if (value->kind == ExprKind::Truth) {
+        error(value->at, "TRUE and FALSE need a condition as their subject");
+        test = "0";
+    } else if (value->kind == ExprKind::Relation && !value->left) {
+        test = relation(subject, value->op, value->right); // WHEN > 5
+    } else if (isCondition(value) && !isConditionName(value)) {
+        error(value->at, "a condition as the object needs TRUE, FALSE or a condition as its subject");
+        test = "0";
+    } else {
+        test = relation(subject, '=', value);
+    }
+    return object.negated ? cat("!", test) : test;
+}
+
+void Emitter::evaluateStatement(const EvaluateStatement &s)
+{
+    // A chain of if and else; each test's temporaries are computed where it stands.
+    std::string done = label();
+    for (const EvaluateStatement::When &when : s.whens) {
+        std::string test;
+        if (when.other) {
+            test = "1";
+        } else {
+            for (const auto &row : when.rows) {
+                std::string all;
+                for (size_t i = 0; i < row.size() && i < s.subjects.size(); i++) {
+                    if (!row[i].value) continue;
+                    all += cat(all.empty() ? "" : " && ", evaluateObject(s.subjects[i], row[i]));
+                }
+                test += cat(test.empty() ? "" : " || ", "(", all.empty() ? "0" : all, ")");
+            }
+        }
+        put(cat("if (", test.empty() ? "0" : test, ") {\n"));
+        block(when.block);
+        put(cat("goto ", done, ";\n}\n"));
+    }
+    put(cat(done, ": ;\n"));
+}
+
+// ---- PERFORM
+
+static size_t lastOf(const Program &p, size_t index)
+{
+    // A section ends with its last paragraph.
+    if (!p.procedures[index].isSection) return index;
+    size_t last = index;
+    while (last + 1 < p.procedures.size() && !p.procedures[last + 1].isSection &&
+           p.procedures[last + 1].section == static_cast<int>(index))
+        last++;
+    return last;
+}
+
+void Emitter::performRange(const ProcedureName &first, const ProcedureName &last, uint32_t)
+{
+    long from = meaning_.procedure(*program_, first, procedure_);
+    long to = last.name ? meaning_.procedure(*program_, last, procedure_) : from;
+    if (from < 0 || to < 0) return;
+    size_t end = lastOf(*program_, static_cast<size_t>(to));
+    uint32_t site = ++sites_;
+    program_->procedures[end].returns.push_back(site);
+    program_->procedures[static_cast<size_t>(from)].referenced = true;
+    // Number of the site in this program, for its place in the array of saved cells.
+    put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site,
+            ";\n"));
+    if (debugs_) put(cat("way = \"PERFORM LOOP\"; wayLine = ", group_.spot(first.at).line, ";\n"));
+    int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
+    if (fromSegment >= 50) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
+    put(cat("goto p", from, ";\nr", site, ": x[", end, "] = s[", site - firstSite_, "];\n"));
+}
+
+void Emitter::performOnce(const PerformStatement &s)
+{
+    if (s.isInline)
+        block(s.body);
+    else
+        performRange(s.first, s.last, 0);
+}
+
+void Emitter::performStatement(const PerformStatement &s)
+{
+    std::string exit, cycle;
+    if (s.isInline) {
+        exit = label(), cycle = label();
+        performLabels_.push_back({exit, cycle});
+    }
+    auto body = [&] {
+        performOnce(s);
+        if (s.isInline) put(cat(cycle, ": __attribute__((unused));\n"));
+    };
+    if (s.forever) {
+        put("for (;;) {\n");
+        body();
+        put("}\n");
+    } else if (s.times) {
+        std::string counter = cat("n[", counters_++, "]");
+        put(cat("for (", counter, " = ", integer(s.times), "; ", counter, " > 0; ", counter, "--) {\n"));
+        body();
+        put("}\n");
+    } else if (!s.varying.empty()) {
+        // VARYING a ... AFTER b ...: the last one runs fastest.
+        size_t n = s.varying.size();
+        auto set = [&](size_t i) {
+            Loc loc = locate(*s.varying[i].item, true);
+            if (!loc.good()) return;
+            if (!isNumericItem(*loc.item)) {
+                error(s.varying[i].item->at, wordText(s.varying[i].item->names[0]) + " is no numeric item");
+                return;
+            }
+            store(number(s.varying[i].from), loc, false, "");
+        };
+        auto step = [&](size_t i) {
+            Loc loc = locate(*s.varying[i].item, true);
+            if (!loc.good() || !isNumericItem(*loc.item)) return;
+            Num by = s.varying[i].by ? number(s.varying[i].by) : integerNumber("1LL", 1);
+            store(add(itemNumber(loc), by, false), loc, false, "");
+        };
+        for (size_t i = 0; i < n; i++) set(i);
+        std::vector<std::string> tops;
+        if (!s.testAfter) {
+            // Loops inside each other. When an inner one ends, its item gets its FROM value again
+            // before the outer item is stepped... the standard of 1985 steps the outer one first
+            // and then sets the inner one, which is what happens here.
+            for (size_t i = 0; i < n; i++) {
+                put("for (;;) {\n");
+                std::string c = s.varying[i].until ? condition(s.varying[i].until) : "1";
+                put(cat("if (", c, ") break;\n"));
+            }
+            body();
+            for (size_t i = n; i-- > 0;) {
+                step(i);
+                for (size_t j = i + 1; j <= i + 1 && j < n; j++) set(j);
+                put("}\n");
+            }
+        } else {
+            for (size_t i = 0; i < n; i++) put("for (;;) {\n");
+            body();
+            for (size_t i = n; i-- > 0;) {
+                std::string c = s.varying[i].until ? condition(s.varying[i].until) : "1";
+                put(cat("if (", c, ") break;\n"));
+                step(i);
+                put("}\n");
+                if (i > 0) continue;
+            }
+        }
+    } else if (s.until) {
+        put("for (;;) {\n");
+        if (!s.testAfter) {
+            std::string c = condition(s.until);
+            put(cat("if (", c, ") break;\n"));
+        }
+        body();
+        if (s.testAfter) {
+            std::string c = condition(s.until);
+            put(cat("if (", c, ") break;\n"));
+        }
+        put("}\n");
+    } else {
+        body();
+    }
+    if (s.isInline) {
+        put(cat(exit, ": __attribute__((unused));\n"));
+        performLabels_.pop_back();
+    }
+}
+
+// ---- GO TO, ALTER
+
+void Emitter::jump(const ProcedureName &name)
+{
+    long to = meaning_.procedure(*program_, name, procedure_);
+    if (to < 0) return;
+    const Procedure &target = program_->procedures[static_cast<size_t>(to)];
+    int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
+    if (target.segment >= 50 && target.segment != now)
+        put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
+    if (debugs_) put(cat("way = \"\"; wayLine = ", group_.spot(name.at).line, ";\n"));
+    put(cat("goto p", to, ";\n"));
+}
+
+void Emitter::goStatement(const GoStatement &s)
+{
+    if (s.depending) {
+        Loc loc = locate(*s.depending);
+        if (!loc.good()) return;
+        Expr e;
+        e.kind = ExprKind::Reference;
+        e.at = s.depending->at;
+        e.ref = const_cast<Reference *>(s.depending);
+        put(cat("switch (", integer(&e), ") {\n"));
+        for (size_t i = 0; i < s.targets.size(); i++) {
+            put(cat("case ", i + 1, ": "));
+            jump(s.targets[i]);
+        }
+        put("}\n");
+        return;
+    }
+    // A paragraph that consists of this GO TO only can be altered.
+    Procedure &here = program_->procedures[procedure_];
+    if (here.altered) {
+        put(cat("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n"));
+        insertions_.push_back({code_.size(), cat("@alter", procedure_)});
+        put("}\n");
+    }
+    if (s.targets.empty()) {
+        if (!here.altered) {
+            error(s.at, "GO TO without a paragraph needs an ALTER that sets it");
+            return;
+        }
+        put("kvr_unaltered();\n");
+        return;
+    }
+    jump(s.targets[0]);
+}
+
+void Emitter::alterStatement(const AlterStatement &s)
+{
+    for (const AlterStatement::Pair &pair : s.pairs) {
+        long paragraph = meaning_.procedure(*program_, pair.paragraph, procedure_);
+        long target = meaning_.procedure(*program_, pair.target, procedure_);
+        if (paragraph < 0 || target < 0) continue;
+        if (!program_->procedures[static_cast<size_t>(paragraph)].altered) {
+            error(pair.paragraph.at, wordText(pair.paragraph.name) + " does not consist of a GO TO");
+            continue;
+        }
+        put(cat("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n"));
+        alterTargets_[static_cast<size_t>(paragraph)].insert(static_cast<size_t>(target));
+    }
+}
+
+// ---- EXIT and its like
+
+void Emitter::leaveProgram(bool goback)
+{
+    (void)goback;
+    put("goto leave;\n");
+}
+
+void Emitter::exitStatement(const ExitStatement &s)
+{
+    std::string code = cat("p", program_->number, "_returnCode");
+    if (s.value && s.form != ExitStatement::StopLiteral) {
+        const Expr *e = constant(s.value);
+        if (e->kind == ExprKind::Reference) {
+            Loc loc = locate(*e->ref);
+            if (loc.good() && loc.item->category == Category::Pointer) {
+                error(e->at, "a number is needed here");
+                return;
+            }
+        }
+        put(cat(code, " = (int32_t)", integer(s.value), ";\n"));
+    }
+    switch (s.form) {
+    case ExitStatement::Plain:
+    case ExitStatement::Continue:
+        put(";\n");
+        break;
+    case ExitStatement::Program:
+        put(cat("if (p", program_->number, "_called) goto leave;\n"));
+        break;
+    case ExitStatement::Goback:
+    case ExitStatement::Function:
+        leaveProgram(true);
+        break;
+    case ExitStatement::StopRun:
+        put(cat("_zvkRunUnitTerm(", code, " & 255);\n"));
+        break;
+    case ExitStatement::StopLiteral: {
+        Text t = text(s.value);
+        put(cat("_zvkcStopLiteral(", t.length, ", ", t.address, ");\n"));
+        break;
+    }
+    case ExitStatement::Perform:
+    case ExitStatement::PerformCycle:
+        if (performLabels_.empty())
+            error(s.at, "EXIT PERFORM without an inline PERFORM");
+        else
+            put(cat("goto ",
+                    s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
+                    ";\n"));
+        break;
+    case ExitStatement::Paragraph:
+    case ExitStatement::Section: {
+        size_t end = procedure_;
+        if (s.form == ExitStatement::Section) {
+            const Procedure &here = program_->procedures[procedure_];
+            size_t section = here.isSection      ? procedure_
+                             : here.section >= 0 ? static_cast<size_t>(here.section)
+                                                 : procedure_;
+            end = lastOf(*program_, section);
+        }
+        put(cat("goto e", end, ";\n"));
+        break;
+    }
+    case ExitStatement::NextSentence:
+        sentenceEndUsed_ = true;
+        put(cat("goto ", sentenceEnd_, ";\n"));
+        break;
+    }
+}
+
+} // namespace kvrcob

@@ -1,0 +1,300 @@
+// The emitter: trees to C. One file a group of statements, as in syntax/:
+//
+//   program.cpp the C file: storage, records of the run time, prologue and epilogue, paragraphs
+//   operands.cpp where an operand is: addresses, subscripts, lengths, texts numbers.cpp arithmetic
+//   expressions and the storing of numbers conditions.cpp relations, class tests, condition-names
+//   functions.cpp intrinsic functions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp
+//   files.cpp sorting.cpp strings.cpp searching.cpp statements
+//
+// What is emitted for an operand is always a C expression; a statement may use it once.
+// Intermediate results live in temporaries, which are declared at the start of the statement's
+// block (`temp`). Statements check what they emit: an error means that no C is written.
+#pragma once
+
+#include <map>
+#include <set>
+#include <type_traits>
+
+#include "cobol/meaning/names.h"
+
+namespace kvrcob {
+
+struct EmitOptions {
+    bool check = false;                     // -fcheck=all
+    bool truncate = true;                   // -fno-trunc turns it off
+    bool ebcdic = false;                    // -febcdic
+    bool mainProgram = true;                // the first program is the main program
+    bool lines = true;                      // #line
+    std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
+};
+
+// Where a data item is.
+struct Loc {
+    const Item *item = nullptr;
+    std::string address; // of type uint8_t *
+    std::string length;  // in bytes
+    int64_t fixed = -1;  // the length, if it is known now
+    Category category = Category::Alphanumeric;
+    bool refmod = false;
+    bool good() const { return !address.empty(); }
+};
+
+// A text operand.
+struct Text {
+    enum Kind : uint8_t { Bytes, Figurative, All } kind = Bytes;
+    std::string address, length;
+    int64_t fixed = -1;
+    std::string bytes; // of a literal, and of ALL literal
+    bool isLiteral = false;
+    uint8_t fill = ' '; // Figurative
+    const Item *item = nullptr;
+    bool good = true;
+};
+
+// A number.
+struct Num {
+    enum Kind : uint8_t { Int, Packed, Float } kind = Int;
+    std::string
+        text; // Int: a C integer, 64 bits wide up to 18 digits, else 128; Packed: the address of a packed item; Float: a double
+    int digits = 1; // at most so many
+    int scale = 0;
+    bool isSigned = true;
+    bool literal = false;
+    Decimal value;       // of a literal
+    bool direct = false; // Packed: the item itself, not a copy
+    bool wide() const { return digits > 18; }
+    bool good() const { return !text.empty(); }
+};
+
+class Emitter {
+public:
+    Emitter(Meaning &meaning, const EmitOptions &options)
+        : meaning_(meaning), group_(meaning.group()), options_(options)
+    {
+    }
+    std::string emit();
+
+private:
+    // ---- program.cpp
+    void program(Program &p);
+    void storage(Program &p);
+    void initialValues(Program &p);
+    void fileRecords(Program &p);
+    void procedures(Program &p);
+    void entry(Program &p);
+    std::string parameterType(Program &p, size_t index);
+    void paragraph(size_t index);
+    void alphabets(Program &p);
+    void debugProcedure(size_t index);
+    std::string defaultBytes(const Item &item);
+    std::string valueBytes(Program &p, const Item &item);
+
+    // ---- tools
+    void line(Tok at);
+    void error(Tok at, const std::string &text) { meaning_.error(at, text); }
+    void notBuilt(Tok at, const std::string &phrase) { meaning_.error(at, phrase + " is not supported yet"); }
+    void put(const std::string &text) { code_ += text; }
+    std::string temp(const char *type, const std::string &suffix = "");
+    std::string tempBytes(int64_t size);
+    std::string label() { return "l" + std::to_string(++labels_); }
+    std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
+    std::string constantBytes(std::string_view bytes); // an address of static bytes
+    void openBlock();
+    void closeBlock();
+
+    // ---- operands.cpp
+    Loc locate(const Reference &ref, bool receiving = false);
+    Loc locateItem(const Item &item, const std::string &displacement = "", bool receiving = false);
+    std::string baseOf(const Item &item);
+    std::string subscript(const Expr *e);
+    std::string integer(const Expr *e); // a C integer of 64 bits
+    Text text(const Expr *e, bool numericAsText = false);
+    Text textOf(const Loc &loc);
+    std::string currentCount(const Item &table);
+    bool isNumericExpr(const Expr *e);
+    bool isNumericItem(const Item &item)
+    {
+        return item.category == Category::Numeric || item.category == Category::Index;
+    }
+    const Expr *constant(const Expr *e) { return meaning_.constant(*program_, e); }
+    Category categoryOf(const Expr *e);
+    void range(int64_t low, int64_t high);
+
+    // ---- numbers.cpp
+    Num number(const Expr *e, int wantScale = -1);
+    Num itemNumber(const Loc &loc);
+    Num literalNumber(const Decimal &value);
+    Num integerNumber(const std::string &c, int digits, bool isSigned = true);
+    Num floatNumber(const std::string &c);
+    Num add(Num a, Num b, bool minus);
+    Num multiply(Num a, Num b);
+    Num divide(Num a, Num b, int scale);
+    Num power(Num a, Num b, const Expr *exponent);
+    Num negate(Num a);
+    Num toPacked(Num a);
+    Num toInt(Num a);
+    Num toFloat(Num a);
+    Num scaleUp(Num a, int scale);
+    Num scaleTo(Num a, int scale, bool rounded);
+    Num keep(Num a, bool copy); // evaluated once, for several uses
+    std::string powerOfTen(int n);
+    std::string compareNumbers(Num a, Num b, uint32_t op);
+    // Stores a number. `sizeError`: a C int that becomes 1 where the number does not fit, in which
+    // case nothing is stored; empty: cut.
+    void store(Num value, const Loc &target, bool rounded, const std::string &sizeError);
+    void storeEdited(Num value, const Loc &target);
+    std::string zeroFlag(); // C int that a division by zero sets, in this statement
+    std::string lengthAsText(const Num &n);
+
+    // ---- conditions.cpp
+    struct Subject {
+        const Expr *left = nullptr;
+        uint32_t op = 0;
+    };
+    std::string condition(const Expr *e);
+    std::string condition(const Expr *e, Subject &subject);
+    std::string relation(const Expr *left, uint32_t op, const Expr *right);
+    std::string compareTexts(const Text &a, const Text &b, uint32_t op);
+    std::string conditionName(const Item &item, const Reference &ref);
+    std::string classTest(const Expr *e);
+    std::string signTest(const Expr *e);
+    bool isConditionName(const Expr *e);
+    bool isCondition(const Expr *e);
+
+    // ---- moves.cpp
+    void move(const Expr *source, const Loc &target);
+    void moveText(const Text &source, const Loc &target);
+    void moveCharacters(const Text &t, const Loc &target);
+    Num textNumber(const Text &t);
+    void moveNumber(Num n, const Loc &target, bool fromInteger);
+    void moveLoc(const Loc &source, const Loc &target);
+    void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);
+    void initializeOne(const Loc &loc, const Item &item, const InitializeStatement &s);
+    void corresponding(const Item &from, const Item &to, std::vector<std::pair<const Item *, const Item *>> &pairs,
+                       bool numeric);
+    Loc member(const Reference &ref, const Item &group, const Item &item, bool receiving);
+
+    // ---- statements
+    void statement(const Statement &s);
+    void block(const Block &b);
+    void addStatement(const ArithmeticStatement &s);
+    void divideStatement(const ArithmeticStatement &s);
+    void correspondingArithmetic(const ArithmeticStatement &s);
+    void computeStatement(const ArithmeticStatement &s);
+    void phrases(const Phrases &p, const std::string &failed);
+    std::string sizeErrorFlag(const ArithmeticStatement &s);
+
+    void moveStatement(const MoveStatement &s);
+    void initializeStatement(const InitializeStatement &s);
+    void setStatement(const SetStatement &s);
+
+    void ifStatement(const IfStatement &s);
+    void evaluateStatement(const EvaluateStatement &s);
+    std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
+    void performStatement(const PerformStatement &s);
+    void performOnce(const PerformStatement &s);
+    void performRange(const ProcedureName &first, const ProcedureName &last, uint32_t site);
+    void goStatement(const GoStatement &s);
+    void jump(const ProcedureName &name);
+    void alterStatement(const AlterStatement &s);
+    void exitStatement(const ExitStatement &s);
+    void leaveProgram(bool goback);
+
+    void displayStatement(const DisplayStatement &s);
+    void acceptStatement(const AcceptStatement &s);
+
+    void callStatement(const CallStatement &s);
+    void cancelStatement(const CancelStatement &s);
+    Program *visibleProgram(Program &from, Word name);
+
+    void openStatement(const OpenStatement &s);
+    void closeStatement(const CloseStatement &s);
+    void readStatement(const FileStatement &s);
+    void writeStatement(const FileStatement &s);
+    void rewriteStatement(const FileStatement &s);
+    void deleteStatement(const FileStatement &s);
+    void startStatement(const FileStatement &s);
+    void unlockStatement(const FileStatement &s);
+    File *fileOfRecord(const FileStatement &s, Loc &record);
+    void relativeKeyIn(const File &f, const std::string &request);
+    void relativeKeyOut(const File &f, const std::string &request);
+    void afterVerb(const FileStatement &s, const File &f, bool endIsInvalid);
+    void linageValues(const File &f);
+    int keyNumber(const File &f, const Item &item, bool generic);
+
+    void sortStatement(const SortStatement &s);
+    void releaseStatement(const FileStatement &s);
+    void returnStatement(const FileStatement &s);
+    bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
+
+    void stringStatement(const StringStatement &s);
+    void unstringStatement(const UnstringStatement &s);
+    void inspectStatement(const InspectStatement &s);
+    std::string pointerIn(Reference *pointer, const std::string &length, std::string &value);
+    void storeInteger(Reference *target, const std::string &c);
+    bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
+
+    void searchStatement(const SearchStatement &s);
+
+    // ---- functions.cpp
+    Num functionNumber(const Expr *e, int wantScale);
+    Text functionText(const Expr *e);
+    bool functionIsNumeric(const Expr *e);
+    void expandAll(const Expr *e, std::vector<const Expr *> &out);
+
+    Meaning &meaning_;
+    Group &group_;
+    const EmitOptions &options_;
+    Program *program_ = nullptr;
+    std::string globals_; // static data before the functions
+    std::string code_;    // the function in hand
+    std::string functions_, useReturns_;
+    struct Insertion {
+        size_t at;
+        std::string text;
+    };
+    std::vector<Insertion> insertions_;
+    std::vector<size_t> blocks_; // indices into insertions_ of the open blocks
+    uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
+    size_t procedure_ = 0; // index of the procedure in hand
+    std::string zeroFlag_;
+    bool debugs_ = false;                   // USE FOR DEBUGGING is in force
+    uint32_t firstSite_ = 1, counters_ = 0; // of the program in hand: PERFORM sites, PERFORM n TIMES
+    std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
+    std::string sentenceEnd_;
+    bool sentenceEndUsed_ = false;
+    uint32_t lastLine_ = 0, lastFile_ = UINT32_MAX;
+    std::map<size_t, std::set<size_t>> alterTargets_;
+    struct InitOp {
+        uint64_t offset;
+        std::string bytes;            // these bytes, or
+        uint64_t size = 0, count = 0; // so many copies of the element there
+    };
+    void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);
+};
+
+// Joins texts and numbers.
+inline void appendTo(std::string &out, const std::string &text) { out += text; }
+inline void appendTo(std::string &out, const char *text) { out += text; }
+inline void appendTo(std::string &out, std::string_view text) { out += text; }
+inline void appendTo(std::string &out, char c) { out += c; }
+template <class T>
+requires std::is_integral_v<T>
+void appendTo(std::string &out, T number) { out += std::to_string(number); }
+template <class... Parts>
+std::string cat(const Parts &...parts)
+{
+    std::string out;
+    (appendTo(out, parts), ...);
+    return out;
+}
+
+// The item with its record (level 01 or 77).
+inline const Item &recordOf(const Item &item)
+{
+    const Item *record = &item;
+    while (record->parent) record = record->parent;
+    return *record;
+}
+
+} // namespace kvrcob

@@ -1,0 +1,552 @@
+// OPEN, CLOSE, READ, WRITE, REWRITE, DELETE, START, UNLOCK; the records of each file.
+#include "cobol/emit/emitter.h"
+
+#include <cstring>
+
+namespace kvrcob {
+
+// A name as it is handed to OPEN. The library takes "abc-name" for a file system's prefix, so other
+// names with a "-" get "./" in front.
+static std::string assignmentOf(const std::string &name)
+{
+    static const char *const prefixes[] = {"jgt-", "qvr-", "hdk-", "psx-", "lsq-", "nat-", "stl-", "rsd-", "str-",
+                                           "wbr-", "raw-", "rql-", "pip-", "fif-", "sok-", "mqu-", "plx-"};
+    if (name.find('-') == std::string::npos || name.empty() || name[0] == '/' || name[0] == '.' || name[0] == '~' ||
+        name[0] == '$')
+        return name;
+    for (const char *prefix : prefixes)
+        if (name.compare(0, 4, prefix) == 0) return name;
+    return "./" + name;
+}
+
+void Emitter::fileRecords(Program &p)
+{
+    std::string prefix = cat("p", p.number, "_");
+    std::vector<File *> files;
+    for (File *f : p.files)
+        if (!f->sortFile) files.push_back(f);
+    // Which files are printed: WRITE ... ADVANCING or LINAGE, and never read.
+    std::string list, fibs;
+    size_t index = 0;
+    for (File *f : p.files) {
+        uint32_t n = f->number;
+        uint32_t room = f->maxRecord ? f->maxRecord : 1;
+        for (const Item *record : f->records) room = std::max(room, record->size);
+        globals_ += cat("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n,
+                        " __attribute__((aligned(16)));\n");
+        if (f->sortFile) {
+            globals_ += cat("static FCB C", n, " __attribute__((unused)) = {.eyecatcher = \"FCB\", .record = A", n,
+                            ".record};\n#define F", n, " (&C", n, ")\n");
+            continue;
+        }
+        index++;
+        globals_ += cat("#define F", n, " (", prefix, "files[", index - 1, "])\n");
+        if (f->organization == K_INDEXED && !f->recordKey) error(f->at, "an indexed file needs a RECORD KEY");
+        bool print =
+            (f->organization == K_SEQUENTIAL) && (f->advancing || f->linage || f->device == K_PRINTER) && !f->readable;
+        std::string organization = f->organization == K_LINE || print ? "ZVK_FILE_LINE_SEQUENTIAL"
+                                   : f->organization == K_INDEXED     ? "ZVK_FILE_INDEXED"
+                                   : f->organization == K_RELATIVE    ? "ZVK_FILE_RELATIVE"
+                                                                      : "0";
+        std::string attributes = f->optional ? "ZVK_FILE_OPTIONAL" : "0", name;
+        if (f->external) attributes += " | ZVK_FILE_EXTERNAL";
+        std::string nameText;
+        bool dynamic = false;
+        if (f->assign && f->assign->kind == ExprKind::String) {
+            nameText = assignmentOf(std::string(f->assign->text));
+            attributes += " | ZVK_FILE_ASSIGN_LITERAL";
+        } else if (f->assignItem) {
+            Item *item = f->assignExternal ? nullptr : meaning_.resolve(p, *f->assignItem, true);
+            const Expr *constantName = nullptr;
+            if (item && item->isConstant) constantName = item->constant;
+            if (constantName && constantName->kind == ExprKind::String) {
+                nameText = assignmentOf(std::string(constantName->text));
+                attributes += " | ZVK_FILE_ASSIGN_LITERAL";
+            } else if (item && item->level != 88) {
+                dynamic = true;
+                attributes += " | ZVK_FILE_ASSIGN_ITEM";
+            } else {
+                nameText = wordText(f->assignItem->names[0]);
+                // UT-S-NAME and AS-NAME: the last part is the name.
+                for (const char *lead : {"UT-S-", "DA-S-", "UR-S-", "DA-I-", "DA-R-", "UT-", "UR-", "DA-", "AS-", "S-"})
+                    if (nameText.rfind(lead, 0) == 0 && nameText.size() > std::strlen(lead)) {
+                        nameText = nameText.substr(std::strlen(lead));
+                        break;
+                    }
+                attributes += " | ZVK_FILE_ASSIGN_ENVIRONMENT";
+            }
+        } else if (f->valueOfFileId && f->valueOfFileId->kind == ExprKind::String) {
+            nameText = assignmentOf(std::string(f->valueOfFileId->text));
+            attributes += " | ZVK_FILE_ASSIGN_LITERAL";
+        } else {
+            nameText = f->device == K_KEYBOARD  ? "/dev/stdin"
+                       : f->device == K_DISPLAY ? "/dev/stdout"
+                                                : wordText(f->name);
+            attributes += f->device == K_KEYBOARD || f->device == K_DISPLAY ? " | ZVK_FILE_ASSIGN_LITERAL"
+                                                                            : " | ZVK_FILE_ASSIGN_ENVIRONMENT";
+            if (f->device == K_KEYBOARD || f->device == K_DISPLAY) organization = "ZVK_FILE_LINE_SEQUENTIAL";
+        }
+        globals_ += cat("static char N", n, "[", dynamic ? 4096 : nameText.size() + 1, "]",
+                        dynamic ? "" : cat(" = ", bytesLiteral(nameText)), ";\n");
+        globals_ += cat("static uint8_t *A", n, "cell = (uint8_t *)&A", n, ";\n");
+        if (f->status) globals_ += cat("static uint8_t *I", n, "status;\n");
+
+        // Keys
+        std::string keys;
+        size_t keyCount = 0;
+        auto key = [&](const Reference &ref, bool duplicates) {
+            Item *item = meaning_.resolve(p, ref);
+            if (!item) return;
+            if (item->file != f && recordOf(*item).file != f) error(ref.at, "a key is an item of the file's record");
+            keys += cat("{", item->size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
+                        ", {0, 0, 0}}, ");
+            keyCount++;
+        };
+        if (f->organization == K_INDEXED) {
+            if (f->recordKey) key(*f->recordKey, false);
+            for (const auto &alternate : f->alternateKeys) key(*alternate.item, alternate.duplicates);
+        }
+        std::string linage;
+        if (f->linage) {
+            linage = "ZVK_FILE_LINAGE";
+            if (f->footing) linage += " | ZVK_FILE_LINAGE_FOOTING";
+            if (f->top) linage += " | ZVK_FILE_LINAGE_TOP";
+            if (f->bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
+        }
+        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount : 1,
+                               "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; }");
+        globals_ += cat("typedef ", type, " T", n, ";\nstatic T", n, " I", n, " = {.fib = {\n");
+        bool sharing = f->sharing || f->lockMode;
+        if (sharing) {
+            globals_ += cat(".sharing = 1, .lockMode = ",
+                            f->lockMode == K_MANUAL      ? 1
+                            : f->lockMode == K_AUTOMATIC ? 2
+                            : f->lockMode == K_EXCLUSIVE ? 3
+                                                         : 0,
+                            ", .shareMode = ",
+                            (f->sharing == K_ALL          ? 1
+                             : f->sharing == K_READ       ? 2
+                             : f->sharing == K_NO         ? 3
+                             : f->lockMode == K_EXCLUSIVE ? 3
+                                                          : 0),
+                            f->lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "", ",\n");
+        }
+        globals_ +=
+            cat(".index = ", index, ", .prefix = \"???\", .organization = ", organization, ", .accessMode = ",
+                f->access == K_SEQUENTIAL ? "0x80"
+                : f->access == K_RANDOM   ? "0x40"
+                                          : "0",
+                ", .recordFormat = ", f->minRecord != f->maxRecord ? 1 : 0, ", .attributes = ", attributes,
+                ",\n.maxRecord = ", f->maxRecord, ", .minRecord = ", f->minRecord, ", .keyCount = ", keyCount,
+                ", .name = ", bytesLiteral(wordText(f->name).substr(0, 43)), ", .assignmentLength = ", nameText.size(),
+                ", .linage = ", linage.empty() ? "0" : linage, ",\n.keysOffset = offsetof(T", n,
+                ", keys), .relativeKeyOffset = offsetof(T", n, ", relative), .attributeOffset = offsetof(T", n,
+                ", attribute), .linageOffset = offsetof(T", n, ", linage),\n.recordArea = &A", n,
+                "cell, .assignment = N", n, f->status ? cat(", .statusBase = &I", n, "status") : "", "}",
+                keyCount ? cat(", .keys = {", keys, "}") : "", "};\n");
+        // USE procedures
+        std::string rows[5];
+        bool any = false;
+        for (size_t u = 0; u < p.uses.size(); u++) {
+            const UseStatement &use = p.uses[u];
+            if (use.debugging) continue;
+            bool named = false;
+            for (const auto &[word, at] : use.files)
+                if (word == f->name) named = true;
+            for (int m = 0; m < 5; m++) {
+                static const Word modes[] = {K_INPUT, K_OUTPUT, K_I_O, K_EXTEND, K_none};
+                bool applies = named || (use.mode && use.mode == modes[m]);
+                if (applies && (named || rows[m].empty())) {
+                    rows[m] = cat("(void *)(intptr_t)&", prefix, "use", u + 1);
+                    any = true;
+                }
+            }
+        }
+        if (any) {
+            globals_ += cat("static void *U", n, "[5] = {");
+            for (int m = 0; m < 5; m++) globals_ += cat(rows[m].empty() ? "0" : rows[m], ", ");
+            globals_ += "};\n";
+        }
+        globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", index,
+                        ", .maxRecord = ", f->maxRecord, any ? cat(", .useTable = U", n) : "", "};\n");
+        list += cat("&C", n, ", ");
+        fibs += cat("&I", n, ".fib, ");
+    }
+    globals_ += cat("static FCB *", prefix, "files[", files.size() + 1, "] = {", list, "0};\nstatic FIB *", prefix,
+                    "fibs[", files.size() + 1, "] = {", fibs, "0};\n");
+}
+
+File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
+{
+    record = locate(*s.record, true);
+    if (!record.good()) return nullptr;
+    const Item &top = recordOf(*record.item);
+    if (!top.file || record.item->parent) {
+        error(s.record->at, wordText(s.record->names[0]) + " is no record of a file");
+        return nullptr;
+    }
+    return top.file;
+}
+
+void Emitter::linageValues(const File &f)
+{
+    if (!f.linage) return;
+    const Expr *values[4] = {f.linage, f.footing, f.top, f.bottom};
+    for (int i = 0; i < 4; i++) {
+        if (!values[i]) continue;
+        put(cat("I", f.number, ".linage[", i, "].value = (uint32_t)", integer(values[i]), ";\n"));
+    }
+}
+
+void Emitter::openStatement(const OpenStatement &s)
+{
+    for (const OpenStatement::Part &part : s.parts) {
+        File *f = meaning_.file(*program_, part.file, part.at);
+        if (!f) continue;
+        if (f->sortFile) {
+            error(part.at, "a sort file is not opened");
+            continue;
+        }
+        if (part.reversed) {
+            notBuilt(part.at, "OPEN ... REVERSED");
+            continue;
+        }
+        linageValues(*f);
+        if (f->assignItem && !f->assignExternal) {
+            Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
+            if (item && !item->isConstant && item->level != 88) {
+                Loc loc = locate(*f->assignItem);
+                if (loc.good())
+                    put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ", loc.address,
+                            ", ", loc.length, ");\n"));
+            }
+        }
+        const char *mode = part.mode == K_INPUT    ? "ZVK_OPEN_INPUT"
+                           : part.mode == K_OUTPUT ? "ZVK_OPEN_OUTPUT"
+                           : part.mode == K_I_O    ? "ZVK_OPEN_IO"
+                                                   : "ZVK_OPEN_EXTEND";
+        put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
+                f->number, "->statement = 0;\n"));
+        put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
+    }
+}
+
+void Emitter::closeStatement(const CloseStatement &s)
+{
+    for (const CloseStatement::Part &part : s.parts) {
+        File *f = meaning_.file(*program_, part.file, part.at);
+        if (!f) continue;
+        if (f->sortFile) {
+            error(part.at, "a sort file is not closed");
+            continue;
+        }
+        if (part.reel) {
+            // There are no reels: the statement is successful, with status 07, and the file stays
+            // open.
+            put(cat("kvr_close_reel(F", f->number, ", p", f->program->number, "_element);\n"));
+            continue;
+        }
+        put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
+                part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
+        put(cat("F", f->number, "->close(F", f->number, ", p", f->program->number, "_element);\n"));
+    }
+}
+
+// The RELATIVE KEY item's value into the request.
+void Emitter::relativeKeyIn(const File &f, const std::string &request)
+{
+    if (f.organization != K_RELATIVE || !f.relativeKey) return;
+    Loc loc = locate(*f.relativeKey);
+    if (!loc.good()) return;
+    Num n = toInt(scaleTo(itemNumber(loc), 0, false));
+    put(cat(request, ".relativeKey = (uint64_t)(", n.text, ");\n"));
+    if (loc.item->picture.digits < 18) {
+        std::string limit(static_cast<size_t>(loc.item->picture.digits), '9');
+        put(cat(request, ".relativeKeyLimit = ", limit, ";\n"));
+    }
+}
+
+void Emitter::relativeKeyOut(const File &f, const std::string &request)
+{
+    if (f.organization != K_RELATIVE || !f.relativeKey) return;
+    Loc loc = locate(*f.relativeKey, true);
+    if (!loc.good()) return;
+    put(cat("if (F", f.number, "->status < 10) {\n"));
+    store(integerNumber(cat("(int64_t)", request, ".relativeKey"), 18, false), loc, false, "");
+    put("}\n");
+}
+
+// The branches of AT END, INVALID KEY and their opposites.
+void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
+{
+    std::string status = cat("F", f.number, "->status");
+    if (s.end.has || s.end.hasNot) {
+        if (s.end.has) {
+            put(cat("if (", status, " >= 10 && ", status, " < 20) {\n"));
+            block(s.end.on);
+            put("}\n");
+        }
+        if (s.end.hasNot) {
+            put(cat(s.end.has ? "else " : "", "if (", status, " < 10) {\n"));
+            block(s.end.onNot);
+            put("}\n");
+        }
+        if ((s.invalid.has || s.invalid.hasNot) && s.end.has) put("else ");
+    }
+    if (s.invalid.has) {
+        put(cat("if (", status, " >= 20 && ", status, " < 30) {\n"));
+        block(s.invalid.on);
+        put("}\n");
+        if (s.invalid.hasNot) put("else ");
+    }
+    if (s.invalid.hasNot) {
+        put(cat("if (", status, " < 10) {\n"));
+        block(s.invalid.onNot);
+        put("}\n");
+    }
+    if (!s.invalid.has && !s.invalid.hasNot && (s.end.has || s.end.hasNot)) put(";\n");
+}
+
+// The number of the key that an item is: 0 the primary one; -1 none. Generic: the item begins where
+// the key begins.
+int Emitter::keyNumber(const File &f, const Item &item, bool generic)
+{
+    auto is = [&](const Reference &ref) {
+        Item *key = meaning_.resolve(*f.program, ref, true);
+        return key && (key == &item ||
+                       (key->offset == item.offset && (generic ? item.size <= key->size : item.size == key->size) &&
+                        recordOf(item).file == &f));
+    };
+    if (f.recordKey && is(*f.recordKey)) return 0;
+    for (size_t i = 0; i < f.alternateKeys.size(); i++)
+        if (is(*f.alternateKeys[i].item)) return static_cast<int>(i) + 1;
+    return -1;
+}
+
+static std::string statementFlags(const FileStatement &s, bool next)
+{
+    std::string flags = "0";
+    if (s.end.has) flags += " | ZVK_STATEMENT_AT_END";
+    if (s.invalid.has) flags += " | ZVK_STATEMENT_INVALID_KEY";
+    if (next) flags += " | ZVK_STATEMENT_NEXT";
+    return flags;
+}
+
+void Emitter::readStatement(const FileStatement &s)
+{
+    File *f = meaning_.file(*program_, s.file, s.fileAt);
+    if (!f) return;
+    if (f->sortFile) {
+        error(s.fileAt, "a sort file is read with RETURN");
+        return;
+    }
+    std::string request = temp("FileRequest");
+    bool sequential =
+        s.next || s.previous || f->access == K_SEQUENTIAL || f->organization == K_SEQUENTIAL ||
+        f->organization == K_LINE ||
+        (f->access == K_DYNAMIC && !s.key && (s.end.has || s.end.hasNot) && !(s.invalid.has || s.invalid.hasNot));
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    std::string options = sequential ? (s.previous ? "ZVK_REQUEST_PREVIOUS" : "ZVK_REQUEST_NEXT") : "ZVK_REQUEST_KEY";
+    if (s.lock == K_LOCK) options += " | ZVK_REQUEST_LOCK";
+    if (s.lock == K_NO) options += " | ZVK_REQUEST_NO_LOCK";
+    if (s.lock == K_IGNORING) options += " | ZVK_REQUEST_IGNORE_LOCK";
+    if (!sequential && s.key) {
+        Item *item = meaning_.resolve(*program_, *s.key);
+        if (!item) return;
+        int key = keyNumber(*f, *item, false);
+        if (key < 0 && f->organization == K_INDEXED) {
+            error(s.key->at, wordText(item->name) + " is no key of the file");
+            return;
+        }
+        if (key > 0) put(cat(request, ".key = ", key, ";\n"));
+    }
+    put(cat(request, ".options = ", options, ";\n"));
+    relativeKeyIn(*f, request);
+    put(cat("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n"));
+    put(cat("F", f->number, "->read(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    if (sequential) relativeKeyOut(*f, request);
+    if (f->recordDepending) {
+        Loc loc = locate(*f->recordDepending, true);
+        if (loc.good()) {
+            put(cat("if (F", f->number, "->status < 10) {\n"));
+            store(integerNumber(cat("(int64_t)", request, ".recordLength"), 9, false), loc, false, "");
+            put("}\n");
+        }
+    }
+    if (s.into) {
+        Loc to = locate(*s.into, true);
+        if (to.good()) {
+            put(cat("if (F", f->number, "->status < 10) {\n"));
+            // As a move of the record; of several records as a group.
+            if (f->records.size() == 1 && f->minRecord == f->maxRecord) {
+                moveLoc(locateItem(*f->records[0]), to);
+            } else {
+                Text t;
+                t.address = cat("F", f->number, "->record");
+                t.length = f->minRecord == f->maxRecord ? cat(f->maxRecord) : cat(request, ".recordLength");
+                if (f->minRecord == f->maxRecord) t.fixed = f->maxRecord;
+                moveText(t, to);
+            }
+            put("}\n");
+        }
+    }
+    afterVerb(s, *f, false);
+}
+
+void Emitter::writeStatement(const FileStatement &s)
+{
+    Loc record;
+    File *f = fileOfRecord(s, record);
+    if (!f) return;
+    if (f->sortFile) {
+        error(s.record->at, "a record of a sort file is written with RELEASE");
+        return;
+    }
+    if (s.from) move(s.from, record);
+    std::string request = temp("FileRequest");
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    if (s.before || s.after) {
+        std::string advance = "1";
+        if (s.page) {
+            advance = "ZVK_ADVANCE_PAGE";
+        } else if (s.mnemonic) {
+            const std::string &device = wordText(s.mnemonic);
+            if (device == "C01" || device == "FORMFEED" || device == "TOP" || device == "PAGE" ||
+                device == "TOP-OF-PAGE" || device == "XXXXX049")
+                advance = "ZVK_ADVANCE_PAGE";
+            else if (device.rfind("CSP", 0) == 0)
+                advance = "0";
+            else
+                advance = "1";
+        } else if (s.advancing) {
+            advance = cat("(int32_t)", integer(s.advancing));
+        }
+        put(cat(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request,
+                ".advance = ", advance, ";\n"));
+    }
+    linageValues(*f);
+    if (f->linage) put(cat("kvr_linage(F", f->number, ", &I", f->number, ".linage[0]);\n"));
+    std::string length;
+    if (f->recordDepending) {
+        Loc loc = locate(*f->recordDepending);
+        if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
+    } else {
+        // The record's own length, with the present number of occurrences.
+        Loc now = locateItem(*record.item);
+        length = cat("(uint32_t)", now.length);
+    }
+    if (f->minRecord == f->maxRecord && f->organization != K_LINE) length = cat(f->maxRecord);
+    put(cat(request, ".recordLength = ", length, ";\n"));
+    if (f->access != K_SEQUENTIAL)
+        relativeKeyIn(*f, request);
+    else if (f->organization == K_RELATIVE && f->relativeKey) {
+        relativeKeyIn(*f, request);
+        put(cat(request, ".relativeKey = 0;\n"));
+    }
+    if (f->organization == K_RELATIVE && f->access != K_SEQUENTIAL) put(cat(request, ".options |= ZVK_REQUEST_KEY;\n"));
+    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    put(cat("F", f->number, "->write(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    if (f->access == K_SEQUENTIAL) relativeKeyOut(*f, request);
+    if (s.eop.has || s.eop.hasNot) {
+        if (s.eop.has) {
+            put(cat("if (", request, ".options & ZVK_REQUEST_END_OF_PAGE) {\n"));
+            block(s.eop.on);
+            put("}\n");
+        }
+        if (s.eop.hasNot) {
+            put(cat(s.eop.has ? "else " : cat("if (!(", request, ".options & ZVK_REQUEST_END_OF_PAGE)) "), "{\n"));
+            block(s.eop.onNot);
+            put("}\n");
+        }
+    }
+    afterVerb(s, *f, true);
+}
+
+void Emitter::rewriteStatement(const FileStatement &s)
+{
+    Loc record;
+    File *f = fileOfRecord(s, record);
+    if (!f) return;
+    if (s.from) move(s.from, record);
+    std::string request = temp("FileRequest");
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    std::string length = cat("(uint32_t)", locateItem(*record.item).length);
+    if (f->recordDepending) {
+        Loc loc = locate(*f->recordDepending);
+        if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
+    }
+    if (f->minRecord == f->maxRecord) length = cat(f->maxRecord);
+    put(cat(request, ".recordLength = ", length, ";\n"));
+    if (f->access != K_SEQUENTIAL) {
+        put(cat(request, ".options = ZVK_REQUEST_KEY;\n"));
+        relativeKeyIn(*f, request);
+    }
+    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    put(cat("F", f->number, "->rewrite(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    afterVerb(s, *f, true);
+}
+
+void Emitter::deleteStatement(const FileStatement &s)
+{
+    File *f = meaning_.file(*program_, s.file, s.fileAt);
+    if (!f) return;
+    std::string request = temp("FileRequest");
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    if (f->access != K_SEQUENTIAL) {
+        put(cat(request, ".options = ZVK_REQUEST_KEY;\n"));
+        relativeKeyIn(*f, request);
+    }
+    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    put(cat("F", f->number, "->deleteRecord(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    afterVerb(s, *f, true);
+}
+
+void Emitter::startStatement(const FileStatement &s)
+{
+    File *f = meaning_.file(*program_, s.file, s.fileAt);
+    if (!f) return;
+    std::string request = temp("FileRequest");
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    const char *relation = s.relation == '='             ? "ZVK_RELATION_EQUAL"
+                           : s.relation == '>'           ? "ZVK_RELATION_GREATER"
+                           : s.relation == kGreaterEqual ? "ZVK_RELATION_NOT_LESS"
+                           : s.relation == '<'           ? "ZVK_RELATION_LESS"
+                           : s.relation == kLessEqual    ? "ZVK_RELATION_NOT_GREATER"
+                           : s.relation == K_FIRST       ? "ZVK_RELATION_FIRST"
+                           : s.relation == K_LAST        ? "ZVK_RELATION_LAST"
+                                                         : nullptr;
+    if (!relation) {
+        error(s.at, "START does not go with NOT EQUAL");
+        return;
+    }
+    put(cat(request, ".relation = ", relation, ";\n"));
+    if (f->organization == K_INDEXED && s.key) {
+        Item *item = meaning_.resolve(*program_, *s.key);
+        if (!item) return;
+        int key = keyNumber(*f, *item, true);
+        if (key < 0) {
+            error(s.key->at, wordText(item->name) + " is no key of the file, and no beginning of one");
+            return;
+        }
+        put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item->size, ";\n"));
+    }
+    relativeKeyIn(*f, request);
+    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    put(cat("F", f->number, "->start(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    afterVerb(s, *f, true);
+}
+
+void Emitter::unlockStatement(const FileStatement &s)
+{
+    File *f = meaning_.file(*program_, s.file, s.fileAt);
+    if (!f) return;
+    if (!f->sharing && !f->lockMode) {
+        put(";\n"); // no record of it can be locked by this program
+        return;
+    }
+    std::string request = temp("FileRequest");
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, "->unlock(F", f->number, ", p",
+            f->program->number, "_element, &", request, ");\n"));
+}
+
+} // namespace kvrcob

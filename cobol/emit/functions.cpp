@@ -1,0 +1,535 @@
+// Intrinsic functions.
+//
+// The table says of each function what comes out and what goes in. Integer and decimal functions
+// are computed exactly, on numbers as arithmetic has them; the others are floating point, by the
+// library's entries. A text function leaves its result in a temporary, and its length is known at
+// run time only where it depends on what the argument holds.
+#include "cobol/emit/emitter.h"
+
+#include <algorithm>
+
+namespace kvrcob {
+namespace {
+
+enum class Result : uint8_t { Integer, Number, Float, Text, OfArgument };
+
+struct FunctionRow {
+    const char *name;
+    Result result;
+    int least, most; // arguments; -1: any number
+};
+
+const FunctionRow kFunctions[] = {
+    {"ABS", Result::Number, 1, 1},
+    {"ACOS", Result::Float, 1, 1},
+    {"ANNUITY", Result::Float, 2, 2},
+    {"ASIN", Result::Float, 1, 1},
+    {"ATAN", Result::Float, 1, 1},
+    {"BYTE-LENGTH", Result::Integer, 1, 1},
+    {"CHAR", Result::Text, 1, 1},
+    {"CONCATENATE", Result::Text, 1, -1},
+    {"CONCAT", Result::Text, 1, -1},
+    {"COS", Result::Float, 1, 1},
+    {"CURRENT-DATE", Result::Text, 0, 0},
+    {"DATE-OF-INTEGER", Result::Integer, 1, 1},
+    {"DATE-TO-YYYYMMDD", Result::Integer, 1, 2},
+    {"DAY-OF-INTEGER", Result::Integer, 1, 1},
+    {"DAY-TO-YYYYDDD", Result::Integer, 1, 2},
+    {"E", Result::Float, 0, 0},
+    {"EXP", Result::Float, 1, 1},
+    {"EXP10", Result::Float, 1, 1},
+    {"FACTORIAL", Result::Integer, 1, 1},
+    {"FRACTION-PART", Result::Number, 1, 1},
+    {"INTEGER", Result::Integer, 1, 1},
+    {"INTEGER-OF-DATE", Result::Integer, 1, 1},
+    {"INTEGER-OF-DAY", Result::Integer, 1, 1},
+    {"INTEGER-PART", Result::Integer, 1, 1},
+    {"LENGTH", Result::Integer, 1, 1},
+    {"LOG", Result::Float, 1, 1},
+    {"LOG10", Result::Float, 1, 1},
+    {"LOWER-CASE", Result::Text, 1, 1},
+    {"MAX", Result::OfArgument, 1, -1},
+    {"MEAN", Result::Number, 1, -1},
+    {"MEDIAN", Result::Float, 1, -1},
+    {"MIDRANGE", Result::Number, 1, -1},
+    {"MIN", Result::OfArgument, 1, -1},
+    {"MOD", Result::Integer, 2, 2},
+    {"NUMVAL", Result::Number, 1, 1},
+    {"NUMVAL-C", Result::Number, 1, 2},
+    {"ORD", Result::Integer, 1, 1},
+    {"ORD-MAX", Result::Integer, 1, -1},
+    {"ORD-MIN", Result::Integer, 1, -1},
+    {"PI", Result::Float, 0, 0},
+    {"PRESENT-VALUE", Result::Float, 2, -1},
+    {"RANDOM", Result::Float, 0, 1},
+    {"RANGE", Result::Number, 1, -1},
+    {"REM", Result::Number, 2, 2},
+    {"REVERSE", Result::Text, 1, 1},
+    {"SIGN", Result::Integer, 1, 1},
+    {"SIN", Result::Float, 1, 1},
+    {"SQRT", Result::Float, 1, 1},
+    {"STANDARD-DEVIATION", Result::Float, 1, -1},
+    {"STORED-CHAR-LENGTH", Result::Integer, 1, 1},
+    {"SUBSTITUTE", Result::Text, 3, -1},
+    {"SUM", Result::Number, 1, -1},
+    {"TAN", Result::Float, 1, 1},
+    {"TRIM", Result::Text, 1, 2},
+    {"UPPER-CASE", Result::Text, 1, 1},
+    {"VARIANCE", Result::Float, 1, -1},
+    {"WHEN-COMPILED", Result::Text, 0, 0},
+    {"YEAR-TO-YYYY", Result::Integer, 1, 2},
+};
+
+const FunctionRow *rowOf(Word name)
+{
+    const std::string &text = wordText(name);
+    for (const FunctionRow &row : kFunctions)
+        if (text == row.name) return &row;
+    return nullptr;
+}
+
+} // namespace
+
+bool Emitter::functionIsNumeric(const Expr *e)
+{
+    if (e->ref) return false;
+    const FunctionRow *row = rowOf(e->op);
+    if (!row) return true;
+    if (row->result == Result::Text) return false;
+    if (row->result == Result::OfArgument) return !e->args.empty() && isNumericExpr(e->args[0]);
+    return true;
+}
+
+// The arguments, with a table under the subscript ALL as each of its elements. A table of variable
+// length is not built.
+static bool hasAll(const Expr *e)
+{
+    if (e->kind != ExprKind::Reference) return false;
+    for (const Expr *s : e->ref->subscripts)
+        if (s->kind == ExprKind::AllSubscript) return true;
+    return false;
+}
+
+// The occurrences that ALL stands for, as references of their own. At most 10,000.
+void Emitter::expandAll(const Expr *e, std::vector<const Expr *> &out)
+{
+    if (!hasAll(e)) {
+        out.push_back(e);
+        return;
+    }
+    Item *item = meaning_.resolve(*program_, *e->ref);
+    if (!item) return;
+    std::vector<const Item *> tables;
+    for (const Item *a = item; a; a = a->parent)
+        if (a->occurs) tables.insert(tables.begin(), a);
+    size_t i = 0;
+    while (e->ref->subscripts[i]->kind != ExprKind::AllSubscript) i++;
+    if (i >= tables.size()) {
+        error(e->at, "there is no table for this subscript");
+        return;
+    }
+    if (tables[i]->dependingItem) {
+        notBuilt(e->at, "the subscript ALL for a table of variable length");
+        return;
+    }
+    for (uint32_t k = 1; k <= tables[i]->occursMax; k++) {
+        Expr *copy = make<Expr>();
+        *copy = *e;
+        copy->ref = make<Reference>();
+        *copy->ref = *e->ref;
+        Expr *number = make<Expr>();
+        number->kind = ExprKind::Number;
+        number->at = e->at;
+        number->text = keepText(std::to_string(k));
+        copy->ref->subscripts[i] = number;
+        expandAll(copy, out);
+        if (out.size() > 10000) {
+            error(e->at, "these are too many arguments");
+            return;
+        }
+    }
+}
+
+Num Emitter::functionNumber(const Expr *e, int wantScale)
+{
+    const std::string &name = wordText(e->op);
+    const FunctionRow *row = rowOf(e->op);
+    if (!row) {
+        notBuilt(e->at, "FUNCTION " + name);
+        return Num{};
+    }
+    std::vector<const Expr *> args;
+    for (const Expr *a : e->args) expandAll(a, args);
+    if (static_cast<int>(args.size()) < row->least || (row->most >= 0 && static_cast<int>(args.size()) > row->most)) {
+        error(e->at, "FUNCTION " + name + " has " + std::to_string(args.size()) + " arguments; it needs " +
+                         std::to_string(row->least) +
+                         (row->most < 0            ? " or more"
+                          : row->most > row->least ? " to " + std::to_string(row->most)
+                                                   : ""));
+        return Num{};
+    }
+    if (row->result == Result::Text || e->ref) {
+        error(e->at, "FUNCTION " + name + " gives a text; a number is needed here");
+        return Num{};
+    }
+    auto argument = [&](size_t i) { return number(args[i], -1); };
+    auto whole = [&](size_t i) { return integer(args[i]); };
+    auto floating = [&](size_t i) { return toFloat(number(args[i], -1)).text; };
+
+    if (name == "LENGTH" || name == "BYTE-LENGTH") {
+        const Expr *a = constant(args[0]);
+        if (a->kind == ExprKind::Reference) {
+            Item *item = meaning_.resolve(*program_, *a->ref, true);
+            if (item && !a->ref->refmod && a->ref->subscripts.empty() && !item->hasDepending)
+                return integerNumber(cat(item->size, "LL"), 10, false);
+            Loc loc = locate(*a->ref);
+            if (!loc.good()) return Num{};
+            return integerNumber(cat("(int64_t)(", loc.length, ")"), 10, false);
+        }
+        Text t = text(a);
+        if (!t.good) return Num{};
+        if (t.fixed >= 0) return integerNumber(cat(t.fixed, "LL"), 10, false);
+        return integerNumber(cat("((void)", t.address, ", (int64_t)(", t.length, "))"), 10, false);
+    }
+    if (name == "ORD") {
+        Text t = text(args[0]);
+        if (!t.good) return Num{};
+        return integerNumber(cat("((int64_t)*", t.address, " + 1)"), 3, false);
+    }
+    if (name == "STORED-CHAR-LENGTH") {
+        Text t = text(args[0]);
+        if (!t.good) return Num{};
+        return integerNumber(cat("kvr_stored_length(", t.address, ", ", t.length, ")"), 10, false);
+    }
+    if (name == "NUMVAL" || name == "NUMVAL-C") {
+        Text t = text(args[0]);
+        if (!t.good) return Num{};
+        std::string record = tempBytes(20);
+        std::string currency = "0, 0";
+        if (args.size() > 1) {
+            Text c = text(args[1]);
+            currency = cat(c.address, ", ", c.length);
+        } else if (name == "NUMVAL-C") {
+            currency = cat(bytesLiteral(std::string(1, program_->currency)), ", 1");
+        }
+        Num n;
+        n.kind = Num::Packed;
+        n.digits = 36;
+        n.scale = 18;
+        n.text = cat("kvr_numval(", t.address, ", ", t.length, ", ", record, ", '", program_->commaIsPoint ? ',' : '.',
+                     "', (const uint8_t *)", currency, ")");
+        return n;
+    }
+    if (name == "MAX" || name == "MIN" || name == "ORD-MAX" || name == "ORD-MIN" || name == "RANGE" ||
+        name == "MIDRANGE") {
+        bool numeric = isNumericExpr(args[0]);
+        bool most = name == "MAX" || name == "ORD-MAX";
+        if (!numeric) {
+            if (name != "ORD-MAX" && name != "ORD-MIN") {
+                error(args[0]->at, "FUNCTION " + name + " needs numbers here");
+                return Num{};
+            }
+            std::string address = temp("const uint8_t *"), length = temp("int64_t"), place = temp("int64_t");
+            for (size_t i = 0; i < args.size(); i++) {
+                Text t = text(args[i]);
+                if (!t.good) return Num{};
+                if (i == 0) {
+                    put(cat(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n"));
+                } else {
+                    put(cat("if (kvr_compare(", t.address, ", ", t.length, ", ", address, ", ", length, ") ",
+                            most ? ">" : "<", " 0) { ", address, " = ", t.address, "; ", length, " = ", t.length, "; ",
+                            place, " = ", i + 1, "; }\n"));
+                }
+            }
+            return integerNumber(place, 5, false);
+        }
+        // All arguments at the same scale, then the greatest and the least.
+        std::vector<Num> all;
+        bool isFloat = false;
+        int scale = 0, wholes = 1;
+        for (const Expr *a : args) {
+            Num n = number(a, -1);
+            if (!n.good()) return Num{};
+            isFloat |= n.kind == Num::Float;
+            scale = std::max(scale, n.scale);
+            wholes = std::max(wholes, n.digits - n.scale);
+            all.push_back(n);
+        }
+        int digits = std::min(wholes + scale, 38);
+        const char *type = isFloat ? "double" : digits > 18 ? "__int128" : "int64_t";
+        std::string best = temp(type), least = temp(type), now = temp(type), place = temp("int64_t");
+        for (size_t i = 0; i < all.size(); i++) {
+            Num n = isFloat ? toFloat(all[i]) : toInt(scaleTo(all[i], scale, false));
+            put(cat(now, " = ", n.text, ";\n"));
+            if (i == 0)
+                put(cat(best, " = ", least, " = ", now, "; ", place, " = 1;\n"));
+            else
+                put(cat("if (", now, " > ", best, ") { ", best, " = ", now, "; ",
+                        most ? cat(place, " = ", i + 1, "; ") : "", "}\nif (", now, " < ", least, ") { ", least, " = ",
+                        now, "; ", most ? "" : cat(place, " = ", i + 1, "; "), "}\n"));
+        }
+        if (name == "ORD-MAX" || name == "ORD-MIN") return integerNumber(place, 5, false);
+        auto made = [&](const std::string &t) {
+            if (isFloat) return floatNumber(t);
+            Num n = integerNumber(t, digits);
+            n.scale = scale;
+            return n;
+        };
+        if (name == "MAX") return made(best);
+        if (name == "MIN") return made(least);
+        if (name == "RANGE") return add(made(best), made(least), true);
+        Decimal two;
+        two.digits = "2";
+        return divide(add(made(best), made(least), false), literalNumber(two), scale + 1);
+    }
+    if (name == "SUM" || name == "MEAN") {
+        Num sum;
+        for (size_t i = 0; i < args.size(); i++) {
+            Num n = number(args[i], -1);
+            if (!n.good()) return Num{};
+            sum = i == 0 ? n : add(sum, n, false);
+            if (args.size() > 8 && i % 8 == 7) {
+                // Many terms: no more digits than needed.
+                Num kept = keep(sum, true);
+                if (kept.kind != Num::Float) kept.digits = std::min(kept.digits, 37);
+                sum = kept;
+            }
+        }
+        if (name == "SUM") return sum;
+        Decimal count;
+        count.digits = std::to_string(args.size());
+        return divide(sum, literalNumber(count), std::max({wantScale, sum.scale, 0}) + 10);
+    }
+    if (name == "ABS") {
+        Num n = argument(0);
+        if (!n.good()) return n;
+        if (n.kind == Num::Float) return floatNumber(cat("fabs(", n.text, ")"));
+        if (n.kind == Num::Int) {
+            n.text = cat(n.wide() ? "kvr_abs_wide(" : "kvr_abs(", n.text, ")");
+            n.literal = false;
+            n.isSigned = false;
+            return n;
+        }
+        std::string t = tempBytes(n.digits / 2 + 1);
+        n.text = cat("_zvkcBCD_ABS_Pckd(", n.text, ", ", t, ", ", n.digits, ", ", n.digits, ")");
+        n.direct = false;
+        return n;
+    }
+    if (name == "SIGN") {
+        Num n = keep(argument(0), false);
+        Decimal zero;
+        zero.digits = "0";
+        std::string above = compareNumbers(n, literalNumber(zero), '>'),
+                    below = compareNumbers(n, literalNumber(zero), '<');
+        return integerNumber(cat("((int64_t)", above, " - ", below, ")"), 1);
+    }
+    if (name == "INTEGER" || name == "INTEGER-PART" || name == "FRACTION-PART") {
+        Num n = argument(0);
+        if (!n.good()) return n;
+        if (n.kind == Num::Float) {
+            if (name == "INTEGER") return scaleTo(floatNumber(cat("_zvkInteger(kvr_settled(", n.text, "))")), 0, false);
+            if (name == "INTEGER-PART")
+                return scaleTo(floatNumber(cat("_zvkIntegerPart(kvr_settled(", n.text, "))")), 0, false);
+            n = scaleTo(n, 9, false);
+        }
+        if (n.scale <= 0) {
+            if (name != "FRACTION-PART") return scaleUp(n, 0);
+            return integerNumber("0LL", 1);
+        }
+        n = keep(n, false);
+        Num part = scaleTo(n, 0, false);
+        if (name == "INTEGER-PART") return part;
+        if (name == "FRACTION-PART") return add(n, part, true);
+        // The greatest integer not above: one less where a fraction of a negative number was cut.
+        part = toInt(part);
+        part = keep(part, false);
+        std::string below = compareNumbers(n, part, '<');
+        Num result = integerNumber(cat("(", part.text, " - ", below, ")"), std::min(part.digits + 1, 38));
+        return result;
+    }
+    if (name == "MOD" || name == "REM") {
+        Num a = argument(0), b = argument(1);
+        if (!a.good() || !b.good()) return Num{};
+        if (a.kind == Num::Float || b.kind == Num::Float) {
+            if (name == "REM") return floatNumber(cat("_Dmr_rem(", toFloat(a).text, ", ", toFloat(b).text, ")"));
+            a = scaleTo(a, 0, false), b = scaleTo(b, 0, false);
+        }
+        int scale = std::max({a.scale, b.scale, 0});
+        a = toInt(scaleUp(a, scale)), b = toInt(scaleUp(b, scale));
+        Num n =
+            integerNumber(cat(name == "MOD" ? "kvr_mod(" : "kvr_rem(", a.text, ", ", b.text, ", &", zeroFlag(), ")"),
+                          std::min(std::max(b.digits, 19), 38));
+        n.scale = scale;
+        if (b.digits <= 18) {
+            n.text = cat("(int64_t)", n.text);
+            n.digits = b.digits;
+        }
+        return n;
+    }
+    if (name == "FACTORIAL") {
+        std::string t = tempBytes(33);
+        Num n;
+        n.kind = Num::Packed;
+        n.digits = 38;
+        n.text = cat("kvr_factorial(", whole(0), ", ", t, ")");
+        return n;
+    }
+    if (name == "DATE-OF-INTEGER")
+        return integerNumber(cat("(int64_t)_zvkDateOfInteger((int32_t)", whole(0), ")"), 8, false);
+    if (name == "DAY-OF-INTEGER")
+        return integerNumber(cat("(int64_t)_zvkDayOfInteger((int32_t)", whole(0), ")"), 7, false);
+    if (name == "INTEGER-OF-DATE")
+        return integerNumber(cat("(int64_t)_zvkIntegerOfDate((int32_t)", whole(0), ")"), 7, false);
+    if (name == "INTEGER-OF-DAY")
+        return integerNumber(cat("(int64_t)_zvkIntegerOfDay((int32_t)", whole(0), ")"), 7, false);
+    if (name == "YEAR-TO-YYYY" || name == "DATE-TO-YYYYMMDD" || name == "DAY-TO-YYYYDDD") {
+        std::string window = args.size() > 1 ? whole(1) : "50";
+        int digits = name[0] == 'Y' ? 4 : name == "DATE-TO-YYYYMMDD" ? 8 : 7;
+        return integerNumber(cat("kvr_windowed(", digits, ", (int32_t)", whole(0), ", (int32_t)", window, ")"), digits,
+                             false);
+    }
+    struct FloatRow {
+        const char *name, *entry;
+    };
+    static const FloatRow floats[] = {{"ACOS", "_zvkAcosFloat8"}, {"ASIN", "_zvkAsinFloat8"},
+                                      {"ATAN", "_zvkAtanFloat8"}, {"COS", "_zvkCosFloat8"},
+                                      {"SIN", "_zvkSinFloat8"},   {"TAN", "_zvkTanFloat8"},
+                                      {"LOG", "_zvkLogFloat8"},   {"LOG10", "_zvkLog10Float8"},
+                                      {"SQRT", "_zvkSqrtFloat8"}, {"EXP", "exp"},
+                                      {"EXP10", "exp10"}};
+    for (const FloatRow &f : floats)
+        if (name == f.name) return floatNumber(cat(f.entry, "(", floating(0), ")"));
+    if (name == "PI") return floatNumber("3.14159265358979323846");
+    if (name == "E") return floatNumber("2.71828182845904523536");
+    if (name == "ANNUITY") {
+        std::string a = floating(0), b = floating(1);
+        return floatNumber(cat("_zvkcAnnuityFloat8(", a, ", ", b, ")"));
+    }
+    if (name == "RANDOM") {
+        if (args.empty()) return floatNumber("_zvkRandom()");
+        return floatNumber(cat("_zvkRandomInt8((uint64_t)", whole(0), ")"));
+    }
+    // MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE: an array of numbers.
+    std::string array = temp("double", cat("[", args.size(), "]"));
+    for (size_t i = 0; i < args.size(); i++) put(cat(array, "[", i, "] = ", floating(i), ";\n"));
+    return floatNumber(cat("kvr_statistic('",
+                           name == "MEDIAN"               ? 'M'
+                           : name == "VARIANCE"           ? 'V'
+                           : name == "STANDARD-DEVIATION" ? 'S'
+                                                          : 'P',
+                           "', ", array, ", ", args.size(), ")"));
+}
+
+Text Emitter::functionText(const Expr *e)
+{
+    Text t;
+    const std::string &name = wordText(e->op);
+    const FunctionRow *row = rowOf(e->op);
+    t.good = false;
+    if (!row) {
+        notBuilt(e->at, "FUNCTION " + name);
+        return t;
+    }
+    std::vector<const Expr *> args;
+    for (const Expr *a : e->args) expandAll(a, args);
+    if (static_cast<int>(args.size()) < row->least || (row->most >= 0 && static_cast<int>(args.size()) > row->most)) {
+        error(e->at, "FUNCTION " + name + " does not have " + std::to_string(args.size()) + " arguments");
+        return t;
+    }
+    std::string address = temp("uint8_t *"), length = temp("int64_t");
+    auto argument = [&](size_t i) {
+        Text a = text(args[i], true);
+        return a;
+    };
+    t.fixed = -1;
+    if (name == "CURRENT-DATE" || name == "WHEN-COMPILED") {
+        std::string buffer = tempBytes(22);
+        put(cat(name == "CURRENT-DATE" ? "_zvkCurrentDate((char *)" : "kvr_when_compiled(__DATE__, __TIME__, (char *)",
+                buffer, ");\n"));
+        put(cat(address, " = ", buffer, "; ", length, " = 21;\n"));
+        t.fixed = 21;
+    } else if (name == "UPPER-CASE" || name == "LOWER-CASE" || name == "REVERSE") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        const char *entry = name == "UPPER-CASE"   ? "_zvkToUpper"
+                            : name == "LOWER-CASE" ? "_zvkToLower"
+                                                   : "_Dmr_reverse";
+        if (a.fixed >= 0) {
+            std::string buffer = tempBytes(a.fixed + 1);
+            put(cat(address, " = ", buffer, "; ", length, " = ", a.fixed, "; ", entry, "(", length, ", ", a.address,
+                    ", ", address, ");\n"));
+            t.fixed = a.fixed;
+        } else {
+            std::string from = temp("const uint8_t *");
+            put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, "); ",
+                    entry, "(", length, ", ", from, ", ", address, ");\n"));
+        }
+    } else if (name == "TRIM") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        int mode = 3;
+        if (args.size() > 1) mode = args[1]->op == K_LEADING ? 1 : 2;
+        put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; kvr_trim(&",
+                address, ", &", length, ", ", mode, ");\n"));
+    } else if (name == "CHAR") {
+        std::string buffer = tempBytes(1);
+        put(cat(buffer, "[0] = (uint8_t)(", integer(args[0]), " - 1); ", address, " = ", buffer, "; ", length,
+                " = 1;\n"));
+        t.fixed = 1;
+    } else if (name == "CONCATENATE" || name == "CONCAT") {
+        std::string list = temp("KvrPiece", cat("[", args.size(), "]"));
+        for (size_t i = 0; i < args.size(); i++) {
+            Text a = argument(i);
+            if (!a.good) return t;
+            put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
+        }
+        put(cat(address, " = kvr_concatenate(", list, ", ", args.size(), ", &", length, ");\n"));
+    } else if (name == "SUBSTITUTE") {
+        std::string list = temp("KvrPiece", cat("[", args.size(), "]"));
+        for (size_t i = 0; i < args.size(); i++) {
+            Text a = argument(i);
+            if (!a.good) return t;
+            put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
+        }
+        put(cat(address, " = kvr_substitute(", list, ", ", args.size(), ", &", length, ");\n"));
+    } else if (name == "MAX" || name == "MIN") {
+        if (isNumericExpr(args[0])) {
+            Num n = functionNumber(e, -1);
+            (void)n;
+            return t;
+        }
+        std::string now = temp("const uint8_t *"), nowLength = temp("int64_t");
+        for (size_t i = 0; i < args.size(); i++) {
+            Text a = argument(i);
+            if (!a.good) return t;
+            if (i == 0)
+                put(cat(address, " = (uint8_t *)(intptr_t)", a.address, "; ", length, " = ", a.length, ";\n"));
+            else
+                put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (kvr_compare(", now, ", ",
+                        nowLength, ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<", " 0) { ", address,
+                        " = (uint8_t *)(intptr_t)", now, "; ", length, " = ", nowLength, "; }\n"));
+        }
+    } else {
+        // A numeric function with a reference modifier: none.
+        error(e->at, "FUNCTION " + name + " gives a number and has no parts");
+        return t;
+    }
+    t.good = true;
+    t.address = address;
+    t.length = t.fixed >= 0 ? cat(t.fixed) : length;
+    if (e->ref) {
+        std::string from = integer(e->ref->from);
+        std::string size = e->ref->length ? integer(e->ref->length) : "0";
+        put(cat("kvr_part(&", address, ", &", length, ", ", from, ", ", size, ");\n"));
+        t.length = length;
+        Decimal d;
+        t.fixed = -1;
+        if (e->ref->length && meaning_.constantNumber(*program_, e->ref->length, d) && d.scale == 0 &&
+            d.digits.size() < 9) {
+            // kvr_part may shorten, but a valid program stays inside.
+        }
+    }
+    return t;
+}
+
+} // namespace kvrcob

@@ -1,0 +1,511 @@
+// MOVE, INITIALIZE, SET.
+//
+// | From                       | To alphanumeric       | To numeric, numeric-edited | To alphanumeric-edited |
+// |----------------------------|-----------------------|----------------------------|------------------------|
+// | text, group, edited        | bytes, cut or padded  | its digits as an integer   | edited                 |
+// | integer                    | its digits            | the number                 | its digits, edited     |
+// | number with decimal places | not allowed           | the number                 | not allowed            |
+// | numeric-edited             | bytes                 | de-edited                  | edited                 |
+// | figurative                 | repeated              | ZERO; else its characters  | edited                 |
+//
+// A group on either side makes the move one of plain bytes.
+#include "cobol/emit/emitter.h"
+
+#include <algorithm>
+
+namespace kvrcob {
+
+void Emitter::moveText(const Text &source, const Loc &target)
+{
+    if (!source.good || !target.good()) return;
+    bool right = target.item && target.item->justified && !target.refmod;
+    if (source.kind == Text::Figurative) {
+        put(cat("memset(", target.address, ", ", static_cast<int>(source.fill), ", ", target.length, ");\n"));
+        return;
+    }
+    if (source.kind == Text::All) {
+        put(cat("_zvkcMoveFigConst(", target.address, ", ", target.length, ", ", source.address, ", ", source.length,
+                ");\n"));
+        return;
+    }
+    if (source.fixed >= 0 && target.fixed >= 0) {
+        int64_t n = std::min(source.fixed, target.fixed), pad = target.fixed - n;
+        const char *copy = source.isLiteral ? "memcpy" : "memmove";
+        std::string to = target.address, from = source.address;
+        if (right) {
+            if (n)
+                put(cat(copy, "(", to, pad ? cat(" + ", pad) : "", ", ", from,
+                        source.fixed > n ? cat(" + ", source.fixed - n) : "", ", ", n, ");\n"));
+            if (pad) put(cat("memset(", to, ", ' ', ", pad, ");\n"));
+            return;
+        }
+        if (source.isLiteral && target.fixed <= 64) {
+            std::string bytes =
+                source.bytes.substr(0, static_cast<size_t>(n)) + std::string(static_cast<size_t>(pad), ' ');
+            put(cat("memcpy(", to, ", ", bytesLiteral(bytes), ", ", target.fixed, ");\n"));
+            return;
+        }
+        if (n) put(cat(copy, "(", to, ", ", from, ", ", n, ");\n"));
+        if (pad) put(cat("memset(", to, n ? cat(" + ", n) : "", ", ' ', ", pad, ");\n"));
+        return;
+    }
+    put(cat("_zvkcMoveVarLenOverlap(", target.address, ", ", right ? "-(int32_t)" : "(int32_t)", target.length, ", ",
+            source.address, ", (int32_t)", source.length, ");\n"));
+}
+
+// From text to an alphanumeric-edited item.
+static std::string editedRecord(const Item &item, const std::string &name, bool repeat, std::string &globals)
+{
+    const std::string &picture = item.picture.expanded;
+    std::string bytes;
+    for (char c : picture) {
+        char code[5] = {'\\', static_cast<char>('0' + (static_cast<unsigned char>(c) >> 6)),
+                        static_cast<char>('0' + (static_cast<unsigned char>(c) >> 3 & 7)),
+                        static_cast<char>('0' + (static_cast<unsigned char>(c) & 7)), 0};
+        bytes += code;
+    }
+    globals += cat("static const struct { int16_t length; uint8_t repeat, picture[", picture.size(),
+                   "]; } __attribute__((packed)) ", name, " = {", picture.size(), ", ", repeat ? 1 : 0, ", \"", bytes,
+                   "\"};\n");
+    return cat("(const AlphaEditRecord *)&", name);
+}
+
+void Emitter::moveNumber(Num n, const Loc &target, bool fromInteger)
+{
+    (void)fromInteger;
+    store(n, target, false, "");
+}
+
+void Emitter::moveLoc(const Loc &source, const Loc &target)
+{
+    if (!source.good() || !target.good()) return;
+    Expr e;
+    (void)e;
+    const Item &from = *source.item, &to = *target.item;
+    bool plainFrom = source.refmod || from.category == Category::Group,
+         plainTo = target.refmod || to.category == Category::Group;
+    bool numericFrom = !plainFrom && isNumericItem(from),
+         numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
+    if (plainTo || (plainFrom && from.category == Category::Group && !source.refmod)) {
+        moveText(textOf(source), target);
+        return;
+    }
+    if (numericTo) {
+        if (numericFrom && isNumericItem(to) && from.usage == to.usage && from.picture.digits == to.picture.digits &&
+            from.picture.scale == to.picture.scale && from.picture.sign == to.picture.sign &&
+            from.signForm == to.signForm && from.size == to.size && !from.isIndexName && !to.isIndexName &&
+            (from.usage != Usage::Display || from.picture.sign)) {
+            put(cat("memmove(", target.address, ", ", source.address, ", ", from.size, ");\n"));
+            return;
+        }
+        store(itemNumber(source), target, false, "");
+        return;
+    }
+    Text t;
+    if (numericFrom) {
+        if (from.picture.scale > 0 && from.usage != Usage::Float && from.usage != Usage::Double) {
+            // The digits, without the point: what compilers do, the standard does not allow it.
+        }
+        Num n = itemNumber(source);
+        if (n.kind == Num::Float) n = scaleTo(n, 0, false);
+        n = toPacked(n);
+        int digits = from.picture.digits;
+        if (n.scale < 0) {
+            n = scaleUp(n, 0);
+            digits = n.digits;
+        }
+        std::string buffer = tempBytes(digits + 1);
+        t.address = cat("_zvkcBCD_CONV_Pckd_To_ZndUS(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
+        t.fixed = digits;
+        t.length = cat(digits);
+    } else {
+        t = textOf(source);
+    }
+    if (to.category == Category::AlphanumericEdited) {
+        std::string record = editedRecord(to, cat("P", ++constants_), false, globals_);
+        put(cat("_zvkcMoveAlphaNumEdit(", record, ", ", t.address, ", ", t.length, ", ", target.address, ");\n"));
+        return;
+    }
+    moveText(t, target);
+}
+
+void Emitter::move(const Expr *source, const Loc &target)
+{
+    if (!target.good()) return;
+    source = constant(source);
+    const Item &to = *target.item;
+    bool plainTo = target.refmod || to.category == Category::Group;
+    if (!plainTo && to.category == Category::Pointer) {
+        std::string value = "0";
+        if (source->kind == ExprKind::Figurative && source->op == K_NULL)
+            value = "0";
+        else if (source->kind == ExprKind::AddressOf)
+            value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
+        else if (source->kind == ExprKind::Reference) {
+            Loc from = locate(*source->ref);
+            value = cat("(int64_t)kvr_get_u8(", from.address, ")");
+        } else
+            error(source->at, "a pointer is needed here");
+        put(cat("kvr_put_8(", target.address, ", ", value, ");\n"));
+        return;
+    }
+    bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
+    if (source->kind == ExprKind::Reference && meaning_.resolve(*program_, *source->ref, true)) {
+        Loc from = locate(*source->ref);
+        if (!from.good()) return;
+        if (from.item->isIndexName && !numericTo) error(source->at, "an index-name is set with SET");
+        moveLoc(from, target);
+        return;
+    }
+    if (source->kind == ExprKind::Reference && meaning_.symbolic(*program_, source->ref->names[0]) < 0) {
+        meaning_.resolve(*program_, *source->ref); // tells that it is not declared
+        return;
+    }
+    bool numericFrom = source->kind == ExprKind::Number || source->kind == ExprKind::Negate ||
+                       source->kind == ExprKind::Arithmetic || source->kind == ExprKind::LengthOf ||
+                       (source->kind == ExprKind::Function && functionIsNumeric(source)) ||
+                       (source->kind == ExprKind::Figurative && source->op == K_ZERO);
+    if (numericTo) {
+        if (numericFrom) {
+            store(number(source, std::max(to.picture.scale, 0)), target, false, "");
+            return;
+        }
+        Text t = text(source);
+        if (!t.good) return;
+        if (t.kind != Text::Bytes) {
+            if (to.category == Category::NumericEdited && t.kind == Text::Figurative && t.fill == ' ') {
+                put(cat("memset(", target.address, ", ' ', ", target.length, ");\n"));
+                return;
+            }
+            if (to.category == Category::Numeric && to.usage == Usage::Display && t.kind == Text::Figurative) {
+                // SPACES and the like to a number: the characters themselves.
+                put(cat("memset(", target.address, ", ", static_cast<int>(t.fill), ", ", target.length, ");\n"));
+                return;
+            }
+            if (t.kind == Text::Figurative && (t.fill < '0' || t.fill > '9')) {
+                if (to.usage == Usage::Packed || to.usage == Usage::Binary || to.usage == Usage::Native) {
+                    error(source->at, "this figurative constant cannot be moved to a numeric item");
+                    return;
+                }
+            }
+            // ALL "12": as many characters as the item has digits.
+            std::string digits;
+            int want = to.picture.digits;
+            while (static_cast<int>(digits.size()) < want) digits += t.bytes;
+            digits.resize(static_cast<size_t>(want));
+            t = Text{};
+            t.bytes = digits;
+            t.isLiteral = true;
+            t.fixed = want;
+            t.length = cat(want);
+            t.address = constantBytes(digits);
+        }
+        Num n;
+        if (t.isLiteral) {
+            std::string digits;
+            for (char c : t.bytes) {
+                if (c < '0' || c > '9')
+                    meaning_.warning("move", source->at, "this literal has characters that are no digits");
+                digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
+            }
+            if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
+            n = literalNumber(decimalOf(digits, false));
+        } else {
+            n = textNumber(t);
+        }
+        store(n, target, false, "");
+        return;
+    }
+    Text t = text(source);
+    if (!t.good) return;
+    moveCharacters(t, target);
+}
+
+// Characters as an unsigned integer.
+Num Emitter::textNumber(const Text &t)
+{
+    Num n;
+    n.kind = Num::Packed;
+    n.digits = static_cast<int>(t.fixed >= 0 ? std::min<int64_t>(t.fixed, 38) : 31);
+    std::string p = tempBytes(n.digits / 2 + 1);
+    n.text = cat("kvr_text_number(", t.address, ", ", t.length, ", ", p, ", ", n.digits, ")");
+    return n;
+}
+
+// Characters to an item of any category, as MOVE of an alphanumeric item has it.
+void Emitter::moveCharacters(const Text &t, const Loc &target)
+{
+    const Item &to = *target.item;
+    bool plainTo = target.refmod || to.category == Category::Group;
+    if (!plainTo && (isNumericItem(to) || to.category == Category::NumericEdited)) {
+        store(textNumber(t), target, false, "");
+    } else if (!plainTo && to.category == Category::AlphanumericEdited) {
+        std::string record = editedRecord(to, cat("P", ++constants_), t.kind != Text::Bytes, globals_);
+        put(cat("_zvkcMoveAlphaNumEdit(", record, ", ", t.address, ", ", t.length, ", ", target.address, ");\n"));
+    } else {
+        moveText(t, target);
+    }
+}
+
+// ---- CORRESPONDING
+
+// The pairs of items with the same name and qualifiers below two groups.
+void Emitter::corresponding(const Item &from, const Item &to, std::vector<std::pair<const Item *, const Item *>> &pairs,
+                            bool numeric)
+{
+    for (const Item *a : from.children) {
+        if (!a->name || a->redefines || a->occurs || a->usage == Usage::Index || a->category == Category::Pointer)
+            continue;
+        for (const Item *b : to.children) {
+            if (b->name != a->name || b->redefines || b->occurs || b->usage == Usage::Index ||
+                b->category == Category::Pointer)
+                continue;
+            if (!a->elementary() && !b->elementary()) {
+                corresponding(*a, *b, pairs, numeric);
+            } else if (numeric ? (a->elementary() && b->elementary() && isNumericItem(*a) &&
+                                  (isNumericItem(*b) || b->category == Category::NumericEdited))
+                               : (a->elementary() || b->elementary())) {
+                pairs.push_back({a, b});
+            }
+            break;
+        }
+    }
+}
+
+// An item below a group that a reference names, with the reference's subscripts.
+Loc Emitter::member(const Reference &ref, const Item &group, const Item &item, bool receiving)
+{
+    std::vector<const Item *> tables;
+    for (const Item *a = &group; a; a = a->parent)
+        if (a->occurs) tables.insert(tables.begin(), a);
+    std::string displacement;
+    for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
+        displacement += cat(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
+    return locateItem(item, displacement, receiving);
+}
+
+void Emitter::moveStatement(const MoveStatement &s)
+{
+    if (s.corresponding) {
+        if (s.source->kind != ExprKind::Reference) {
+            error(s.source->at, "MOVE CORRESPONDING needs groups");
+            return;
+        }
+        Loc from = locate(*s.source->ref);
+        for (const Reference *ref : s.targets) {
+            Loc to = locate(*ref, true);
+            if (!from.good() || !to.good()) continue;
+            if (from.item->elementary() || to.item->elementary()) {
+                error(s.at, "MOVE CORRESPONDING needs groups");
+                continue;
+            }
+            std::vector<std::pair<const Item *, const Item *>> pairs;
+            corresponding(*from.item, *to.item, pairs, false);
+            if (pairs.empty()) meaning_.warning("corresponding", s.at, "no items correspond; nothing is moved");
+            for (const auto &[a, b] : pairs) {
+                Loc x = member(*s.source->ref, *from.item, *a, false), y = member(*ref, *to.item, *b, true);
+                moveLoc(x, y);
+            }
+        }
+        return;
+    }
+    // Several receivers: the sender is looked at once, so that a receiver that is its subscript
+    // does no harm.
+    if (s.targets.size() > 1 && s.source->kind == ExprKind::Function) {
+        if (functionIsNumeric(s.source)) {
+            Num n = keep(number(s.source), true);
+            for (const Reference *ref : s.targets) {
+                Loc to = locate(*ref, true);
+                if (to.good()) store(n, to, false, "");
+            }
+            return;
+        }
+    }
+    for (const Reference *ref : s.targets) {
+        Loc to = locate(*ref, true);
+        if (!to.good()) {
+            continue;
+        }
+        move(s.source, to);
+    }
+}
+
+// ---- INITIALIZE
+
+void Emitter::initializeOne(const Loc &loc, const Item &item, const InitializeStatement &s)
+{
+    Category category = item.category;
+    bool numeric = category == Category::Numeric;
+    auto categoryWord = [&](Word word) {
+        switch (word) {
+        case K_ALPHABETIC:
+            return category == Category::Alphabetic;
+        case K_ALPHANUMERIC:
+            return category == Category::Alphanumeric;
+        case K_NUMERIC:
+            return category == Category::Numeric;
+        case K_ALPHANUMERIC_EDITED:
+            return category == Category::AlphanumericEdited;
+        case K_NUMERIC_EDITED:
+            return category == Category::NumericEdited;
+        default:
+            return false;
+        }
+    };
+    bool toValue = s.allToValue;
+    for (Word w : s.toValue)
+        if (categoryWord(w)) toValue = true;
+    if (toValue && item.hasValue) {
+        move(item.values[0].from, loc);
+        return;
+    }
+    for (const auto &r : s.replacing)
+        if (categoryWord(r.category)) {
+            move(r.value, loc);
+            return;
+        }
+    if ((!s.replacing.empty() || s.allToValue || !s.toValue.empty()) && !s.thenToDefault) return;
+    if (category == Category::Index || category == Category::Pointer) return;
+    if (numeric || category == Category::NumericEdited) {
+        Decimal zero;
+        zero.digits = "0";
+        store(literalNumber(zero), loc, false, "");
+    } else {
+        put(cat("memset(", loc.address, ", ' ', ", loc.length, ");\n"));
+    }
+}
+
+void Emitter::initialize(const Loc &target, const Item &item, const InitializeStatement &s,
+                         const std::string &displacement)
+{
+    if (item.elementary()) {
+        initializeOne(target, item, s);
+        return;
+    }
+    for (const Item *child : item.children) {
+        if (child->redefines) continue;
+        if (!child->name && child->elementary() && !s.withFiller) continue;
+        if (child->occurs) {
+            std::string i = temp("int64_t");
+            put(cat("for (", i, " = 0; ", i, " < ", currentCount(*child), "; ", i, "++) {\n"));
+            std::string inner = cat(displacement, " + ", i, " * ", child->size);
+            initialize(locateItem(*child, inner, true), *child, s, inner);
+            put("}\n");
+        } else {
+            initialize(locateItem(*child, displacement, true), *child, s, displacement);
+        }
+    }
+}
+
+void Emitter::initializeStatement(const InitializeStatement &s)
+{
+    for (const Reference *ref : s.targets) {
+        Loc loc = locate(*ref, true);
+        if (!loc.good()) continue;
+        if (loc.refmod || loc.item->elementary()) {
+            if (loc.refmod) {
+                put(cat("memset(", loc.address, ", ' ', ", loc.length, ");\n"));
+            } else {
+                initializeOne(loc, *loc.item, s);
+            }
+            continue;
+        }
+        std::vector<const Item *> tables;
+        for (const Item *a = loc.item; a; a = a->parent)
+            if (a->occurs) tables.insert(tables.begin(), a);
+        std::string displacement;
+        for (size_t i = 0; i < tables.size() && i < ref->subscripts.size(); i++)
+            displacement += cat(" + (", subscript(ref->subscripts[i]), " - 1) * ", tables[i]->size);
+        initialize(loc, *loc.item, s, displacement);
+    }
+}
+
+// ---- SET
+
+void Emitter::setStatement(const SetStatement &s)
+{
+    for (const SetStatement::Part &part : s.parts) {
+        if (!part.value) continue;
+        for (const Expr *t : part.targets) {
+            if (t->kind == ExprKind::AddressOf) {
+                Item *item = meaning_.resolve(*program_, *t->ref);
+                if (!item) continue;
+                if (item->section != Item::Linkage || item->parent) {
+                    error(t->at, "SET ADDRESS OF needs a record of the LINKAGE SECTION");
+                    continue;
+                }
+                const Expr *v = part.value;
+                std::string value;
+                if (v->kind == ExprKind::Figurative && v->op == K_NULL)
+                    value = "0";
+                else if (v->kind == ExprKind::AddressOf)
+                    value = locate(*v->ref).address;
+                else if (v->kind == ExprKind::Reference)
+                    value = cat("(uint8_t *)(intptr_t)kvr_get_u8(", locate(*v->ref).address, ")");
+                else
+                    error(v->at, "a pointer is needed here");
+                put(cat("L", item->number, " = ", value, ";\n"));
+                continue;
+            }
+            if (part.value->kind == ExprKind::Truth && (part.value->op == K_ON || part.value->op == K_OFF)) {
+                int number = meaning_.switchOf(*program_, t->ref->names[0]);
+                if (number < 0)
+                    error(t->at, wordText(t->ref->names[0]) + " is no switch of SPECIAL-NAMES");
+                else
+                    put(cat("p", program_->number, "_pcb.upsi[", number, "] = '", part.value->op == K_ON ? '1' : '0',
+                            "';\n"));
+                continue;
+            }
+            if (part.value->kind == ExprKind::Truth) {
+                Item *item = meaning_.resolve(*program_, *t->ref);
+                if (!item) continue;
+                if (item->level != 88) {
+                    error(t->at, wordText(item->name) + " is no condition-name");
+                    continue;
+                }
+                const Expr *value = part.value->op == K_TRUE ? (item->values.empty() ? nullptr : item->values[0].from)
+                                                             : item->whenFalse;
+                if (!value) {
+                    error(t->at, "this condition-name has no value for FALSE");
+                    continue;
+                }
+                Item *owner = item->parent;
+                std::vector<const Item *> tables;
+                for (const Item *a = owner; a; a = a->parent)
+                    if (a->occurs) tables.insert(tables.begin(), a);
+                if (tables.size() != t->ref->subscripts.size()) {
+                    error(t->at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
+                    continue;
+                }
+                std::string displacement;
+                for (size_t i = 0; i < tables.size(); i++)
+                    displacement += cat(" + (", subscript(t->ref->subscripts[i]), " - 1) * ", tables[i]->size);
+                move(value, locateItem(*owner, displacement, true));
+                continue;
+            }
+            Loc loc = locate(*t->ref, true);
+            if (!loc.good()) continue;
+            if (s.form == SetStatement::UpBy || s.form == SetStatement::DownBy) {
+                if (loc.item->category == Category::Pointer) {
+                    put(cat("kvr_put_8(", loc.address, ", (int64_t)kvr_get_u8(", loc.address, ") ",
+                            s.form == SetStatement::UpBy ? "+" : "-", " ", integer(part.value), ");\n"));
+                    continue;
+                }
+                Num now = itemNumber(loc), by = integerNumber(integer(part.value), 10);
+                store(add(now, by, s.form == SetStatement::DownBy), loc, false, "");
+                continue;
+            }
+            if (loc.item->category == Category::Pointer) {
+                move(part.value, loc);
+                continue;
+            }
+            if (!isNumericItem(*loc.item)) {
+                error(t->at, "SET needs an index, a pointer or a condition-name");
+                continue;
+            }
+            store(integerNumber(integer(part.value), 10), loc, false, "");
+        }
+    }
+}
+
+} // namespace kvrcob

@@ -1,0 +1,256 @@
+// SORT, MERGE, RELEASE, RETURN.
+#include "cobol/emit/emitter.h"
+
+namespace kvrcob {
+
+// A key as the engine wants it. False if there is no key of this kind.
+bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out)
+{
+    const char *type = "ZVK_KEY_ALPHANUMERIC", *sign = "0";
+    if (item.category == Category::Numeric) {
+        switch (item.usage) {
+        case Usage::Packed:
+            type = "ZVK_KEY_PACKED";
+            break;
+        case Usage::Float:
+        case Usage::Double:
+            type = "ZVK_KEY_FLOAT";
+            break;
+        case Usage::Display:
+            type = "ZVK_KEY_ZONED";
+            sign = item.signForm == SignForm::Trailing           ? "ZVK_KEY_TRAILING"
+                   : item.signForm == SignForm::Leading          ? "ZVK_KEY_LEADING"
+                   : item.signForm == SignForm::TrailingSeparate ? "ZVK_KEY_TRAILING_SEPARATE"
+                   : item.signForm == SignForm::LeadingSeparate  ? "ZVK_KEY_LEADING_SEPARATE"
+                                                                 : "0";
+            break;
+        default:
+            type = "ZVK_KEY_BINARY";
+            sign = item.picture.sign ? "ZVK_KEY_SIGNED" : "0";
+            break;
+        }
+    } else if (item.category == Category::Index) {
+        type = "ZVK_KEY_BINARY", sign = "ZVK_KEY_SIGNED";
+    } else if (item.category == Category::Pointer) {
+        return false;
+    }
+    out = cat("{", offset, ", ", item.size, ", ", type, ", ", sign, ", ", ascending ? "ZVK_KEY_ASCENDING" : "0",
+              ", {0, 0}}");
+    return true;
+}
+
+void Emitter::sortStatement(const SortStatement &s)
+{
+    std::string weights = "0";
+    if (Word name = s.collating ? s.collating : program_->collating) {
+        const Alphabet *a = meaning_.alphabet(*program_, name);
+        if (!a)
+            error(s.at, "there is no alphabet " + wordText(name));
+        else if (!a->kind)
+            weights = cat("alphabet", a->number);
+    }
+    File *file = nullptr;
+    for (Program *p = program_; p && !file; p = p->parent)
+        for (File *f : p->files)
+            if (f->name == s.file->names[0] && f->sortFile) file = f;
+    if (!file) {
+        // SORT of a table.
+        if (s.verb == K_MERGE) {
+            meaning_.file(*program_, s.file->names[0], s.file->at);
+            return;
+        }
+        Item *table = meaning_.resolve(*program_, *s.file);
+        if (!table) return;
+        if (!table->occurs) {
+            error(s.file->at, wordText(table->name) + " is neither a sort file nor a table");
+            return;
+        }
+        std::vector<SortKey> keys = s.keys;
+        if (keys.empty()) keys = table->keys;
+        if (keys.empty()) keys.push_back({true, nullptr});
+        std::string rows;
+        size_t count = 0;
+        for (const SortKey &key : keys) {
+            const Item *item = table;
+            if (key.item) item = meaning_.resolve(*program_, *key.item);
+            if (!item) return;
+            std::string row;
+            if (item->offset < table->offset || item->offset + item->size > table->offset + table->size ||
+                !sortKey(*item, item->offset - table->offset, key.ascending, row)) {
+                error(key.item ? key.item->at : s.at, "this is no key of the table");
+                return;
+            }
+            rows += cat(row, ", ");
+            count++;
+        }
+        std::string name = cat("K", ++constants_);
+        globals_ += cat("static const TableSortKey ", name, "[", count, "] = {", rows, "};\n");
+        // The table's address: its first occurrence; tables around it need their subscripts.
+        Reference first = *s.file;
+        Expr one;
+        one.kind = ExprKind::Number;
+        one.text = "1";
+        one.at = s.at;
+        size_t tables = 0;
+        for (const Item *a = table; a; a = a->parent) tables += a->occurs;
+        if (first.subscripts.size() + 1 == tables) first.subscripts.push_back(&one);
+        Loc loc = locate(first, true);
+        if (!loc.good()) return;
+        std::string list;
+        for (size_t i = 0; i < count; i++) list += cat(", &", name, "[", i, "]");
+        put(cat("_zvkcTSort(0, ", loc.address, ", ", table->size, ", (int32_t)", currentCount(*table), ", ", weights,
+                ", ", count, list, ");\n"));
+        return;
+    }
+    std::string rows;
+    size_t count = 0;
+    for (const SortKey &key : s.keys) {
+        if (!key.item) {
+            error(s.at, "a sort key needs an item");
+            continue;
+        }
+        Item *item = meaning_.resolve(*program_, *key.item);
+        if (!item) continue;
+        std::string row;
+        if (recordOf(*item).file != file || !sortKey(*item, item->offset, key.ascending, row)) {
+            error(key.item->at, wordText(item->name) + " is no key in a record of " + wordText(file->name));
+            continue;
+        }
+        rows += cat(row, ", ");
+        count++;
+    }
+    if (count == 0) {
+        error(s.at, "SORT needs a key (ON ASCENDING KEY or ON DESCENDING KEY)");
+        return;
+    }
+    std::string n = cat(++constants_), prefix = cat("p", program_->number, "_");
+    bool variable = file->minRecord != file->maxRecord;
+    auto files = [&](const std::vector<std::pair<Word, Tok>> &list, const std::string &name) {
+        std::string all;
+        for (const auto &[word, at] : list) {
+            File *f = meaning_.file(*program_, word, at);
+            if (!f) continue;
+            if (f->sortFile) {
+                error(at, "a sort file cannot stand here");
+                continue;
+            }
+            all += cat("F", f->number, ", ");
+            // Its assignment, if a data item holds it.
+            if (f->assignItem && !f->assignExternal) {
+                Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
+                if (item && !item->isConstant && item->level != 88) {
+                    Loc loc = locate(*f->assignItem);
+                    if (loc.good())
+                        put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ",
+                                loc.address, ", ", loc.length, ");\n"));
+                }
+            }
+        }
+        std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
+        size_t i = 0;
+        (void)name;
+        std::string rest = all;
+        while (!rest.empty()) {
+            size_t comma = rest.find(", ");
+            put(cat(array, "[", i++, "] = ", rest.substr(0, comma), ";\n"));
+            rest = rest.substr(comma + 2);
+        }
+        put(cat("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", i, "; ", record,
+                ".files = ", array, ";\n"));
+        return record;
+    };
+    globals_ += cat("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {", count,
+                    ", 0, {", rows, "}};\n");
+    globals_ += cat("static SortVerbBlock B", n, " = {.sortReturn = &", prefix,
+                    "sortReturn, .lineNumber = ", group_.spot(s.at).line, ", .program = &", prefix, "pcb};\n");
+    globals_ +=
+        cat("static SortRecordDesc R", n, " = {.recordFormat = ", variable ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
+            ", .recordLength = ", file->maxRecord, "};\n");
+    globals_ += cat("static char Q", n, "[2];\n");
+    std::string usingList = files(s.usingFiles, "u"), givingList = files(s.givingFiles, "g");
+    std::string eighth = temp("uint64_t", "[3]");
+    put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
+            "[2] = ZVK_SORT_STABLE;\n"));
+    std::string rest =
+        cat(", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n");
+    put(cat(prefix, "sortReturn = 0;\n"));
+    put(cat("_zvkSortMerge(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
+    if (s.hasInput) {
+        openBlock();
+        performRange(s.inputFirst, s.inputLast, 0);
+        closeBlock();
+        // The lists are temporaries of this block: fill them again, for the procedure may have
+        // jumped through the block.
+        usingList = files(s.usingFiles, "u"), givingList = files(s.givingFiles, "g");
+        put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
+                "[2] = ZVK_SORT_STABLE;\n"));
+        put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
+                givingList, ", ", eighth, ");\n"));
+    }
+    if (s.hasOutput) {
+        openBlock();
+        performRange(s.outputFirst, s.outputLast, 0);
+        closeBlock();
+    }
+}
+
+void Emitter::releaseStatement(const FileStatement &s)
+{
+    Loc record;
+    File *f = fileOfRecord(s, record);
+    if (!f) return;
+    if (!f->sortFile) {
+        error(s.record->at, wordText(s.record->names[0]) + " is no record of a sort file");
+        return;
+    }
+    if (s.from) move(s.from, record);
+    std::string status = temp("uint16_t");
+    bool variable = f->minRecord != f->maxRecord;
+    std::string length = variable ? cat("(uint32_t)", locateItem(*record.item).length) : cat(f->maxRecord);
+    if (f->recordDepending) {
+        Loc loc = locate(*f->recordDepending);
+        if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
+    }
+    put(cat(status, " = 0;\n_zvkRelease(", length, ", F", f->number, "->record, &", status, ");\n"));
+    put(cat("if (", status, ") p", program_->number, "_sortReturn = (int16_t)", status, ";\n"));
+}
+
+void Emitter::returnStatement(const FileStatement &s)
+{
+    File *f = meaning_.file(*program_, s.file, s.fileAt);
+    if (!f) return;
+    if (!f->sortFile) {
+        error(s.fileAt, wordText(s.file) + " is no sort file");
+        return;
+    }
+    std::string status = temp("uint16_t"), length = temp("uint32_t");
+    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n_zvkReturn(&", length, ", F", f->number, "->record, &",
+            status, ");\n"));
+    if (f->recordDepending) {
+        Loc loc = locate(*f->recordDepending, true);
+        if (loc.good()) {
+            put(cat("if (!", status, ") {\n"));
+            store(integerNumber(cat("(int64_t)", length), 9, false), loc, false, "");
+            put("}\n");
+        }
+    }
+    if (s.into) {
+        Loc to = locate(*s.into, true);
+        if (to.good()) {
+            put(cat("if (!", status, ") {\n"));
+            if (f->records.size() == 1 && f->minRecord == f->maxRecord) {
+                moveLoc(locateItem(*f->records[0]), to);
+            } else {
+                Text t;
+                t.address = cat("F", f->number, "->record");
+                t.length = f->minRecord == f->maxRecord ? cat(f->maxRecord) : length;
+                if (f->minRecord == f->maxRecord) t.fixed = f->maxRecord;
+                moveText(t, to);
+            }
+            put("}\n");
+        }
+    }
+    phrases(s.end, status);
+}
+
+} // namespace kvrcob

@@ -1,0 +1,328 @@
+// STRING, UNSTRING, INSPECT.
+//
+// Each statement is one call of the library with a block of words that lists its operands. The
+// block is an array of 64-bit words, filled here word by word as kvr2/string_unstring.h and
+// kvr2/inspect.h lay it out; a word that holds narrower fields is put together with its shifts:
+//
+//     STRING A DELIMITED BY "," INTO B    ->    t1[0] = flags << 24; t1[1] = (uint64_t)B; ...
+//                                               _zvkcString((StringBlock *)t1, 0, &overflow);
+//
+// A receiving item that the library does not know (packed, binary, edited) gets its text in a
+// buffer first and is then moved to.
+#include "cobol/emit/emitter.h"
+
+#include "kvr2/inspect.h"
+#include "kvr2/string_unstring.h"
+
+namespace kvrcob {
+
+namespace {
+
+// Fills the words of a block one after the other.
+struct Words {
+    explicit Words(std::string array) : name(std::move(array)) {}
+    std::string name;
+    size_t next = 0;
+    std::string code;
+
+    void put(const std::string &value) { code += cat(name, "[", next++, "] = ", value, ";\n"); }
+    void put(uint64_t value) { put(cat(value, "u")); }
+    void address(const std::string &value) { put(cat("(uint64_t)(uintptr_t)(", value, ")")); }
+    void length(const std::string &value) { put(cat("(uint64_t)(", value, ")")); }
+};
+
+Expr *expressionOf(Reference *ref)
+{
+    Expr *e = make<Expr>();
+    e->kind = ExprKind::Reference;
+    e->ref = ref;
+    e->at = ref->at;
+    return e;
+}
+
+constexpr uint64_t kThirdByte = 1u << 24; // a flag byte at offset 3 of its word
+
+// How the library knows a signed numeric DISPLAY item in INSPECT.
+uint32_t signFlags(const Loc &loc)
+{
+    if (!loc.item || loc.refmod || loc.item->category != Category::Numeric || loc.item->usage != Usage::Display)
+        return 0;
+    switch (loc.item->signForm) {
+    case SignForm::Trailing:
+        return ZVK_INSPECT_DISPLAY_SIGNED;
+    case SignForm::Leading:
+        return ZVK_INSPECT_DISPLAY_SIGNED | ZVK_INSPECT_SIGN_LEADING;
+    case SignForm::TrailingSeparate:
+        return ZVK_INSPECT_DISPLAY_SIGNED | ZVK_INSPECT_SIGN_SEPARATE;
+    case SignForm::LeadingSeparate:
+        return ZVK_INSPECT_DISPLAY_SIGNED | ZVK_INSPECT_SIGN_SEPARATE | ZVK_INSPECT_SIGN_LEADING;
+    default:
+        return 0;
+    }
+}
+
+bool isDisplay(const Item &item)
+{
+    return !item.elementary() || item.category != Category::Numeric || item.usage == Usage::Display;
+}
+
+} // namespace
+
+// A C condition: the POINTER item is a place in a string of so many bytes.
+std::string Emitter::pointerIn(Reference *pointer, const std::string &length, std::string &value)
+{
+    value = temp("int64_t");
+    put(cat(value, " = ", integer(expressionOf(pointer)), ";\n"));
+    return cat(value, " >= 1 && ", value, " <= (int64_t)(", length, ")");
+}
+
+void Emitter::storeInteger(Reference *target, const std::string &c)
+{
+    Loc loc = locate(*target, true);
+    if (!loc.good()) return;
+    if (!loc.refmod && !isNumericItem(*loc.item)) return error(target->at, "a numeric item is needed here");
+    store(integerNumber(cat("(int64_t)", c), 18), loc, false, "");
+}
+
+// ---- STRING
+
+void Emitter::stringStatement(const StringStatement &s)
+{
+    Loc target = locate(*s.target, true);
+    if (!target.good()) return;
+    size_t size = 5;
+    for (const StringStatement::Group &group : s.groups) size += 3 + 2 * group.sources.size();
+    Words block{temp("uint64_t", cat("[", size, "]"))};
+    std::string overflow = temp("uint32_t"), pointer, inRange = "1";
+    put(cat(overflow, " = 1;\n"));
+
+    block.put(s.pointer ? ZVK_STRING_POINTER * kThirdByte : 0);
+    block.address(target.address);
+    block.length(target.length);
+    if (s.pointer) inRange = pointerIn(s.pointer, target.length, pointer);
+    block.put(s.pointer ? cat("(uint64_t)", pointer) : "1");
+    block.put(s.groups.size());
+    for (const StringStatement::Group &group : s.groups) {
+        if (group.delimiter) {
+            Text t = text(group.delimiter, true);
+            if (!t.good) return;
+            block.address(t.address);
+            block.length(t.length);
+        } else {
+            block.put(uint64_t{0});
+            block.put(uint64_t{0});
+        }
+        block.put(group.sources.size());
+        for (const Expr *source : group.sources) {
+            Text t = text(source, true);
+            if (!t.good) return;
+            block.address(t.address);
+            block.length(t.length);
+        }
+    }
+
+    if (s.pointer) put(cat("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n"));
+    put(block.code);
+    put(cat("_zvkcString((StringBlock *)", block.name, ", 0, &", overflow, ");\n"));
+    if (s.pointer) {
+        storeInteger(s.pointer, cat(block.name, "[3]"));
+        put("}\n");
+    }
+    phrases(s.overflow, cat(overflow, " != 1"));
+}
+
+// ---- UNSTRING
+
+// Whether the library can put a field into an item of this kind itself, and as what.
+static bool unstringKind(const Item &item, uint32_t &kind, int64_t &integerSize)
+{
+    kind = 0;
+    integerSize = 0;
+    if (!item.elementary() || item.category == Category::Alphanumeric || item.category == Category::Alphabetic) {
+        kind = item.justified ? ZVK_UNSTRING_JUST_RIGHT : 0;
+        return true;
+    }
+    if (item.category != Category::Numeric || item.usage != Usage::Display || item.picture.scale < 0 ||
+        item.picture.scale > item.picture.digits)
+        return false;
+    kind = ZVK_UNSTRING_NUMERIC;
+    if (item.signForm == SignForm::TrailingSeparate) kind |= ZVK_UNSTRING_SIGN_SEPARATE;
+    if (item.signForm == SignForm::LeadingSeparate) kind |= ZVK_UNSTRING_SIGN_SEPARATE | ZVK_UNSTRING_SIGN_LEADING;
+    integerSize = item.picture.digits - item.picture.scale;
+    return true;
+}
+
+void Emitter::unstringStatement(const UnstringStatement &s)
+{
+    Text source = text(s.source, true);
+    if (!source.good) return;
+    int64_t longest = source.fixed >= 0 ? source.fixed : source.item ? source.item->storageSize() : 4096;
+    Words block{temp("uint64_t", cat("[", 6 + 3 * std::max<size_t>(1, s.delimiters.size()), "]"))};
+    Words targets{temp("uint64_t", cat("[", 8 * s.targets.size(), "]"))};
+    std::string overflow = temp("uint32_t"), pointer, inRange = "1";
+    put(cat(overflow, " = 1;\n"));
+
+    // The block: source, POINTER, TALLYING, delimiters.
+    uint64_t flags =
+        (s.pointer ? uint64_t{ZVK_UNSTRING_POINTER} : 0) | (s.tallying ? uint64_t{ZVK_UNSTRING_TALLYING} : 0);
+    block.put(flags * kThirdByte);
+    block.address(source.address);
+    block.length(source.length);
+    if (s.pointer) inRange = pointerIn(s.pointer, source.length, pointer);
+    block.put(s.pointer ? cat("(uint64_t)", pointer) : "1");
+    std::string tally = "0";
+    if (s.tallying) {
+        tally = temp("int64_t");
+        put(cat(tally, " = ", integer(expressionOf(s.tallying)), ";\n"));
+    }
+    block.put(cat("(uint32_t)", tally));
+    block.put(cat(s.delimiters.size(), "u | (uint64_t)", s.targets.size(), "u << 32"));
+    for (const UnstringStatement::Delimiter &d : s.delimiters) {
+        Text t = text(d.value, true);
+        if (!t.good) return;
+        block.address(t.address);
+        block.length(t.length);
+        block.put(cat(d.all || t.kind == Text::All ? ZVK_UNSTRING_ALL : 0u, "u"));
+    }
+
+    // The receiving items. A count that stays all ones is of an item that the source did not reach.
+    std::vector<std::pair<size_t, Loc>> moved; // those that get their field by a MOVE, from a buffer
+    std::vector<std::string> buffers(s.targets.size());
+    for (size_t i = 0; i < s.targets.size(); i++) {
+        const UnstringStatement::Into &into = s.targets[i];
+        Loc target = locate(*into.target, true);
+        if (!target.good()) return;
+        uint32_t kind = 0;
+        int64_t integerSize = 0;
+        if (target.refmod || unstringKind(*target.item, kind, integerSize)) {
+            targets.address(target.address);
+            targets.length(target.length);
+        } else {
+            buffers[i] = tempBytes(longest ? longest : 1);
+            targets.address(buffers[i]);
+            targets.put(static_cast<uint64_t>(longest ? longest : 1));
+            moved.emplace_back(i, target);
+        }
+        targets.put(static_cast<uint64_t>(integerSize));
+        targets.put(kind * kThirdByte);
+        if (into.delimiter) {
+            Loc delimiter = locate(*into.delimiter, true);
+            if (!delimiter.good()) return;
+            targets.address(delimiter.address);
+            targets.length(delimiter.length);
+            targets.put(!delimiter.refmod && delimiter.item->justified ? ZVK_UNSTRING_JUST_RIGHT * kThirdByte : 0);
+        } else {
+            for (int word = 0; word < 3; word++) targets.put(uint64_t{0});
+        }
+        targets.put("~(uint64_t)0");
+    }
+
+    if (s.pointer) put(cat("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n"));
+    put(block.code);
+    put(targets.code);
+    put(cat("_zvkcUnString((UnstringBlock *)", block.name, ", (UnstringTarget *)", targets.name, ", 0, &", overflow,
+            ");\n"));
+    auto reached = [&](size_t i) { return cat("if (~", targets.name, "[", 8 * i + 7, "]) {\n"); };
+    for (auto &[i, target] : moved) {
+        put(reached(i));
+        Text field;
+        field.address = buffers[i];
+        field.length = cat("(int64_t)", targets.name, "[", 8 * i + 7, "]");
+        moveCharacters(field, target);
+        put("}\n");
+    }
+    for (size_t i = 0; i < s.targets.size(); i++) {
+        if (!s.targets[i].count) continue;
+        put(reached(i));
+        storeInteger(s.targets[i].count, cat(targets.name, "[", 8 * i + 7, "]"));
+        put("}\n");
+    }
+    if (s.pointer) storeInteger(s.pointer, cat(block.name, "[3]"));
+    if (s.tallying) storeInteger(s.tallying, cat("(uint32_t)", block.name, "[4]"));
+    if (s.pointer) put("}\n");
+    phrases(s.overflow, cat(overflow, " != 1"));
+}
+
+// ---- INSPECT
+
+// An operand of a phrase as three words: flags, length, address.
+bool Emitter::inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative)
+{
+    Text t;
+    uint32_t flags = kind;
+    const Expr *plain = constant(e);
+    Item *item = plain->kind == ExprKind::Reference ? meaning_.resolve(*program_, *plain->ref, true) : nullptr;
+    if (item && item->level != 88 && isDisplay(*item)) {
+        Loc loc = locate(*plain->ref);
+        if (!loc.good()) return false;
+        flags |= signFlags(loc);
+        t = textOf(loc);
+    } else {
+        t = text(e, true);
+    }
+    if (!t.good) return false;
+    *figurative = t.kind != Text::Bytes;
+    if (*figurative) flags |= ZVK_INSPECT_FIGURATIVE;
+    *fixed = flags & ZVK_INSPECT_SIGN_SEPARATE && t.fixed > 0 ? t.fixed - 1 : t.fixed;
+    words[0] = cat(flags, "u");
+    words[1] = cat("(uint64_t)(", t.length, ")");
+    words[2] = cat("(uint64_t)(uintptr_t)(", t.address, ")");
+    return true;
+}
+
+void Emitter::inspectStatement(const InspectStatement &s)
+{
+    Loc target = locate(*s.target, true);
+    if (!target.good()) return;
+    if (!target.refmod && !isDisplay(*target.item))
+        return error(s.target->at, "INSPECT needs an item of USAGE DISPLAY");
+    Words block{temp("uint64_t", cat("[", 4 + 12 * s.phrases.size(), "]"))};
+    block.put(s.phrases.size());
+    block.put(signFlags(target));
+    block.length(target.length);
+    block.address(target.address);
+
+    std::vector<std::pair<Reference *, std::string>> counters;
+    for (const InspectStatement::Phrase &phrase : s.phrases) {
+        uint32_t kind = phrase.kind == K_TALLYING    ? ZVK_INSPECT_TALLYING
+                        : phrase.kind == K_REPLACING ? ZVK_INSPECT_REPLACING
+                                                     : ZVK_INSPECT_CONVERTING;
+        if (phrase.mode == K_CHARACTERS) kind |= ZVK_INSPECT_CHARACTERS;
+        if (phrase.mode == K_LEADING) kind |= ZVK_INSPECT_LEADING;
+        if (phrase.mode == K_FIRST) kind |= ZVK_INSPECT_FIRST;
+        if (phrase.before) kind |= ZVK_INSPECT_BEFORE;
+        if (phrase.after) kind |= ZVK_INSPECT_AFTER;
+
+        std::string words[4][3];
+        int64_t sizes[4] = {-1, -1, -1, -1};
+        bool figurative[4] = {};
+        const Expr *operands[4] = {phrase.result, phrase.compared, phrase.before, phrase.after};
+        for (int i = 0; i < 4; i++)
+            if (operands[i] && !inspectOperand(operands[i], i ? 0 : kind, words[i], &sizes[i], &figurative[i])) return;
+        if (phrase.kind == K_TALLYING) {
+            if (counters.empty() || counters.back().first != phrase.counter) {
+                counters.emplace_back(phrase.counter, temp("uint64_t"));
+                put(cat(counters.back().second, " = 0;\n"));
+            }
+            words[0][0] = cat(kind, "u");
+            words[0][1] = "8";
+            words[0][2] = cat("(uint64_t)(uintptr_t)&", counters.back().second);
+        } else if (phrase.mode == K_CHARACTERS
+                       ? sizes[0] > 1 && !figurative[0]
+                       : sizes[0] >= 0 && sizes[1] >= 0 && sizes[0] != sizes[1] && !figurative[0]) {
+            return error(phrase.result->at, "the two operands must have the same length");
+        }
+        for (auto &operand : words)
+            for (std::string &word : operand) block.put(word.empty() ? "0" : word);
+    }
+    put(block.code);
+    put(cat("_zvkcInspect((InspectBlock *)", block.name, ");\n"));
+    for (auto &[counter, sum] : counters) {
+        Loc loc = locate(*counter, true);
+        if (!loc.good()) return;
+        if (!isNumericItem(*loc.item)) return error(counter->at, "a numeric item is needed here");
+        store(add(itemNumber(loc), integerNumber(cat("(int64_t)", sum), 18), false), loc, false, "");
+    }
+}
+
+} // namespace kvrcob

@@ -1,0 +1,335 @@
+// Layout: category, size and offset of every item of a record.
+//
+// Binary items are native: 2 bytes up to 4 digits, 4 up to 9, 8 up to 18. Packed ones have digits /
+// 2 + 1 bytes. SYNCHRONIZED aligns binary and floating-point items to their size, counted from the
+// start of the record. A table with DEPENDING ON has room for all its occurrences.
+#include "cobol/meaning/names.h"
+#include "cobol/meaning/picture.h"
+
+#include <algorithm>
+
+namespace kvrcob {
+
+struct Layout {
+    Meaning &meaning;
+    Program &program;
+
+    // Usage and SIGN go down from a group.
+    void inherit(Item &item)
+    {
+        for (Item *child : item.children) {
+            if (item.hasUsage && !child->hasUsage) {
+                child->usage = item.usage;
+                child->hasUsage = true;
+                child->nativeBinary = item.nativeBinary;
+                child->nativeSize = item.nativeSize;
+            }
+            if (item.hasSign && !child->hasSign) {
+                child->hasSign = true;
+                child->signLeading = item.signLeading;
+                child->signSeparate = item.signSeparate;
+            }
+            if (item.synchronized) child->synchronized = true;
+            child->section = item.section;
+            child->program = item.program;
+        }
+    }
+
+    void counts(Item &item)
+    {
+        if (!item.occurs) return;
+        auto number = [&](const Expr *e, uint32_t &out) {
+            if (!e) return;
+            Decimal d;
+            if (!meaning.constantNumber(program, e, d) || d.negative || d.scale || d.digits.size() > 9) {
+                meaning.error(e->at, "OCCURS needs a positive integer");
+                out = 1;
+                return;
+            }
+            out = static_cast<uint32_t>(std::atoll(d.digits.c_str()));
+        };
+        number(item.occursMaxExpr, item.occursMax);
+        item.occursMin = item.depending ? 0 : item.occursMax;
+        if (item.occursMinExpr) number(item.occursMinExpr, item.occursMin);
+        if (item.occursMax == 0) {
+            meaning.error(item.at, "OCCURS needs at least one occurrence");
+            item.occursMax = 1;
+        }
+        if (item.occursMin > item.occursMax) {
+            meaning.error(item.at, "OCCURS: the first number is greater than the second");
+            item.occursMin = item.occursMax;
+        }
+        if (item.level == 1 || item.level == 77)
+            meaning.warning("occurs", item.at, "OCCURS at level 01 is an extension");
+    }
+
+    void elementary(Item &item)
+    {
+        switch (item.usage) {
+        case Usage::Index:
+            item.category = Category::Index;
+            item.size = 4;
+            item.picture.digits = 9;
+            item.picture.sign = true;
+            item.picture.category = Category::Numeric;
+            return;
+        case Usage::Pointer:
+        case Usage::ProcedurePointer:
+            item.category = Category::Pointer;
+            item.size = 8;
+            return;
+        case Usage::Float:
+        case Usage::Double:
+            item.category = Category::Numeric;
+            item.size = item.usage == Usage::Float ? 4 : 8;
+            item.picture.digits = item.usage == Usage::Float ? 7 : 15;
+            item.picture.sign = true;
+            item.picture.category = Category::Numeric;
+            return;
+        default:
+            break;
+        }
+        if (item.nativeBinary) {
+            item.category = Category::Numeric;
+            item.picture.category = Category::Numeric;
+            item.size = item.nativeSize;
+            item.picture.digits = item.nativeSize == 1 ? 3 : item.nativeSize == 2 ? 5 : item.nativeSize == 4 ? 10 : 19;
+            item.picture.sign = !item.isUnsigned;
+            return;
+        }
+        if (!item.hasPicture) {
+            if (item.level != 66 && !(item.hasValue && item.values.size() == 1 && item.values[0].from &&
+                                      item.values[0].from->kind == ExprKind::String)) {
+                meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
+                                           " has neither a PICTURE nor items below it");
+                item.size = 1;
+                item.category = Category::Alphanumeric;
+                item.picture.positions = 1;
+                return;
+            }
+            // The picture follows from the VALUE.
+            item.category = Category::Alphanumeric;
+            item.size = item.level == 66 ? item.size : static_cast<uint32_t>(item.values[0].from->text.size());
+            item.picture.positions = item.size;
+            return;
+        }
+        std::string wrong = readPicture(item.pictureText, program.currency, program.commaIsPoint, item.picture);
+        if (!wrong.empty()) {
+            meaning.error(item.pictureAt, wrong);
+            item.size = 1;
+            item.picture = Picture{};
+            item.picture.positions = 1;
+            return;
+        }
+        item.category = item.picture.category;
+        if (item.blankWhenZero && item.category == Category::Numeric) {
+            item.category = Category::NumericEdited; // BLANK WHEN ZERO makes a numeric item an edited one
+            item.picture.category = Category::NumericEdited;
+            if (item.picture.sign) meaning.error(item.at, "BLANK WHEN ZERO does not go with S");
+        }
+        bool numeric = item.category == Category::Numeric;
+        if (item.picture.digits > 38 && item.picture.category != Category::Alphanumeric) {
+            meaning.error(item.pictureAt, "a numeric item has at most 38 digits");
+            item.picture.digits = 38;
+        }
+        if (item.isUnsigned) item.picture.sign = false;
+        switch (item.usage) {
+        case Usage::CompX:
+            meaning.error(item.at, "USAGE COMP-X is not supported yet");
+            [[fallthrough]];
+        case Usage::Binary:
+        case Usage::Native:
+            if (!numeric) {
+                meaning.error(item.at, "a binary item needs a numeric picture");
+                item.usage = Usage::Display;
+                break;
+            }
+            if (item.picture.digits > 18) {
+                meaning.error(item.at, "binary items of more than 18 digits are not supported yet");
+                item.picture.digits = 18;
+            }
+            item.size = item.picture.digits <= 4 ? 2 : item.picture.digits <= 9 ? 4 : 8;
+            return;
+        case Usage::Packed:
+            if (!numeric) {
+                meaning.error(item.at, "a packed item needs a numeric picture");
+                item.usage = Usage::Display;
+                break;
+            }
+            item.size = static_cast<uint32_t>(item.picture.digits) / 2 + 1;
+            return;
+        default:
+            break;
+        }
+        item.size = item.picture.positions;
+        if (numeric && item.picture.sign) {
+            item.signForm = item.signSeparate
+                                ? (item.signLeading ? SignForm::LeadingSeparate : SignForm::TrailingSeparate)
+                                : (item.signLeading ? SignForm::Leading : SignForm::Trailing);
+            if (item.signSeparate) item.size++;
+        }
+    }
+
+    uint32_t alignment(const Item &item) const
+    {
+        if (!item.synchronized || !item.elementary()) return 1;
+        switch (item.usage) {
+        case Usage::Binary:
+        case Usage::Native:
+        case Usage::Float:
+        case Usage::Double:
+        case Usage::Index:
+        case Usage::Pointer:
+        case Usage::ProcedurePointer:
+            return item.size ? item.size : 1;
+        default:
+            return 1;
+        }
+    }
+
+    // Slack bytes before the elements of a table, so that each occurrence is aligned alike.
+    uint32_t greatestAlignment(const Item &item) const
+    {
+        uint32_t most = alignment(item);
+        for (const Item *child : item.children) most = std::max(most, greatestAlignment(*child));
+        return most;
+    }
+
+    // Lays an item out at an offset.
+    void place(Item &item, uint64_t offset, int depth)
+    {
+        inherit(item);
+        counts(item);
+        item.offset = static_cast<uint32_t>(offset);
+        item.laidOut = true;
+        if (item.elementary()) {
+            elementary(item);
+            if (item.depending) item.hasDepending = true;
+            checkValue(item);
+            return;
+        }
+        if (item.hasPicture) meaning.error(item.pictureAt, "a group has no PICTURE");
+        item.category = Category::Group;
+        uint64_t at = offset, end = offset;
+        for (size_t i = 0; i < item.children.size(); i++) {
+            Item &child = *item.children[i];
+            if (child.redefinesName) {
+                for (size_t j = i; j-- > 0;) {
+                    Item *other = item.children[j];
+                    if (other->name != child.redefinesName) continue;
+                    child.redefines = other->redefines ? other->redefines : other;
+                    break;
+                }
+                if (!child.redefines) {
+                    meaning.error(child.redefinesAt, "there is no item " + wordText(child.redefinesName) +
+                                                         " at this level in front of it to redefine");
+                } else {
+                    place(child, child.redefines->offset, depth + 1);
+                    end = std::max(end, child.offset + static_cast<uint64_t>(child.storageSize()));
+                    at = std::max(at, end);
+                    if (child.hasDepending) item.hasDepending = true;
+                    continue;
+                }
+            }
+            uint32_t align = child.elementary() ? 1 : child.occurs ? 1 : 1;
+            place(child, at, depth + 1);
+            align = child.elementary() ? alignment(child) : 1;
+            if (child.occurs && !child.elementary()) {
+                // A table of groups: occurrences begin at the alignment of what is in them if that
+                // is synchronized.
+                align = greatestAlignment(child);
+            }
+            if (align > 1 && (at % align)) {
+                at += align - at % align;
+                place(child, at, depth + 1);
+            }
+            if (child.occurs && align > 1 && child.size % align) child.size += align - child.size % align;
+            if (child.hasDepending) item.hasDepending = true;
+            at += static_cast<uint64_t>(child.storageSize());
+            end = std::max(end, at);
+            if (end > 0x40000000) {
+                meaning.error(child.at, "the record is too large");
+                at = end = 0x1000;
+            }
+        }
+        item.size = static_cast<uint32_t>(end - offset);
+        if (item.depending) item.hasDepending = true;
+        checkValue(item);
+    }
+
+    void checkValue(Item &item)
+    {
+        if (!item.hasValue || item.values.empty()) return;
+        if (item.values.size() > 1 || item.values[0].to) {
+            meaning.error(item.at, "only a condition-name has several values");
+            return;
+        }
+        const Expr *value = meaning.constant(program, item.values[0].from);
+        Decimal d;
+        if (item.elementary() && item.category == Category::Numeric && item.usage != Usage::Float &&
+            item.usage != Usage::Double) {
+            if (!decimalOf(value, d)) {
+                if (value && value->kind == ExprKind::Figurative && value->op != K_ZERO && value->op != K_NULL) {
+                    meaning.warning("value", value->at, "VALUE of a numeric item should be a number");
+                } else if (value && (value->kind == ExprKind::String || value->kind == ExprKind::All)) {
+                    meaning.warning("value", value->at, "VALUE of a numeric item should be a number");
+                }
+                return;
+            }
+            if (item.category == Category::Numeric && !item.nativeBinary) {
+                std::string digits = digitsAtScale(d, item.picture.scale);
+                if (digits != "0" && digits.size() > static_cast<size_t>(item.picture.digits))
+                    meaning.warning("value", value->at, "VALUE has more digits than the item; the first ones are lost");
+            }
+        } else if (value && value->kind == ExprKind::String && item.category != Category::Numeric &&
+                   value->text.size() > item.size && item.category != Category::Group) {
+            meaning.warning("value", value->at, "VALUE is longer than the item; its end is lost");
+        }
+    }
+
+    void renames(Item &record)
+    {
+        for (Item *item : record.conditions) {
+            if (item->level != 66) continue;
+            Item *from = meaning.resolve(program, *item->renamesFrom);
+            Item *thru = item->renamesThru ? meaning.resolve(program, *item->renamesThru) : from;
+            if (!from || !thru) continue;
+            item->section = record.section;
+            item->offset = from->offset;
+            uint64_t end = thru->offset + static_cast<uint64_t>(thru->storageSize());
+            if (end <= from->offset) {
+                meaning.error(item->at, "RENAMES: the second item ends before the first one begins");
+                continue;
+            }
+            item->size = static_cast<uint32_t>(end - from->offset);
+            item->laidOut = true;
+            if (item->renamesThru) {
+                item->category = Category::Group;
+            } else {
+                item->category = from->category;
+                item->picture = from->picture;
+                item->usage = from->usage;
+                item->signForm = from->signForm;
+                item->justified = from->justified;
+                item->size = from->size;
+            }
+        }
+    }
+
+    void depending(Item &item)
+    {
+        if (item.depending) item.dependingItem = meaning.resolve(program, *item.depending);
+        for (Item *child : item.children) depending(*child);
+    }
+};
+
+void layOut(Meaning &meaning, Program &program, Item &record)
+{
+    if (record.laidOut) return;
+    Layout layout{meaning, program};
+    layout.place(record, 0, 0);
+    layout.renames(record);
+    layout.depending(record);
+}
+
+} // namespace kvrcob

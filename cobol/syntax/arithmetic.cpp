@@ -1,0 +1,175 @@
+// ADD, SUBTRACT, MULTIPLY, DIVIDE, COMPUTE.
+#include "cobol/syntax/parser.h"
+
+namespace kvrcob {
+
+void Parser::sizeError(Phrases &out) { phrases(out, K_ON, K_SIZE, K_ERROR); }
+
+// Receiving items, each with ROUNDED.
+void Parser::arithmeticTargets(std::vector<Target> &targets)
+{
+    do {
+        Target target;
+        target.ref = identifier();
+        if (take(K_ROUNDED)) {
+            target.rounded = true;
+            if (at(K_MODE)) {
+                take(K_MODE);
+                take(K_IS);
+                if (!take(K_NEAREST_AWAY_FROM_ZERO)) {
+                    if (take(K_TRUNCATION))
+                        target.rounded = false;
+                    else
+                        notBuilt(here(), "ROUNDED MODE IS " + shown());
+                }
+            }
+        }
+        targets.push_back(target);
+    } while (atName() && !panic_);
+}
+
+Statement *Parser::addStatement()
+{
+    auto *s = begin<ArithmeticStatement>();
+    if (take(K_CORRESPONDING) || take(K_CORR)) {
+        s->corresponding = true;
+        Expr *group = node(ExprKind::Reference, here());
+        group->ref = identifier();
+        s->operands.push_back(group);
+        expect(K_TO);
+        arithmeticTargets(s->targets);
+    } else {
+        while (atOperand() || at(K_FUNCTION) || atMark('(')) {
+            inArguments_ = true; // "ADD A -1 TO B" has two operands
+            s->operands.push_back(operand());
+            inArguments_ = false;
+            if (panic_) break;
+        }
+        if (s->operands.empty()) error("expected an operand before " + shown());
+        if (take(K_TO)) {
+            // ADD a TO b GIVING c: b is an operand; else a receiving item.
+            size_t saved = position_;
+            Expr *to = operand();
+            if (at(K_GIVING)) {
+                s->operands.push_back(to);
+            } else {
+                position_ = saved;
+                arithmeticTargets(s->targets);
+                if (at(K_GIVING)) { // ADD a TO b c GIVING d
+                    for (Target &target : s->targets) {
+                        Expr *e = node(ExprKind::Reference, target.ref->at);
+                        e->ref = target.ref;
+                        s->operands.push_back(e);
+                    }
+                    s->targets.clear();
+                }
+            }
+        }
+        if (take(K_GIVING)) {
+            s->giving = true;
+            arithmeticTargets(s->targets);
+        }
+        if (s->targets.empty()) error("expected TO or GIVING before " + shown());
+    }
+    sizeError(s->sizeError);
+    take(K_END_ADD);
+    return s;
+}
+
+Statement *Parser::subtractStatement()
+{
+    auto *s = begin<ArithmeticStatement>();
+    if (take(K_CORRESPONDING) || take(K_CORR)) {
+        s->corresponding = true;
+        Expr *group = node(ExprKind::Reference, here());
+        group->ref = identifier();
+        s->operands.push_back(group);
+        expect(K_FROM);
+        arithmeticTargets(s->targets);
+    } else {
+        while (atOperand() || at(K_FUNCTION) || atMark('(')) {
+            inArguments_ = true;
+            s->operands.push_back(operand());
+            inArguments_ = false;
+            if (panic_) break;
+        }
+        if (s->operands.empty()) error("expected an operand before " + shown());
+        expect(K_FROM);
+        size_t saved = position_;
+        Expr *from = panic_ ? nullptr : operand();
+        if (from && at(K_GIVING)) {
+            step();
+            s->giving = true;
+            s->second = from;
+        } else {
+            position_ = saved;
+        }
+        if (!panic_) arithmeticTargets(s->targets);
+    }
+    sizeError(s->sizeError);
+    take(K_END_SUBTRACT);
+    return s;
+}
+
+Statement *Parser::multiplyStatement()
+{
+    auto *s = begin<ArithmeticStatement>();
+    s->operands.push_back(operand());
+    expect(K_BY);
+    size_t saved = position_;
+    Expr *by = panic_ ? nullptr : operand();
+    if (by && at(K_GIVING)) {
+        step();
+        s->giving = true;
+        s->second = by;
+    } else {
+        position_ = saved;
+    }
+    if (!panic_) arithmeticTargets(s->targets);
+    sizeError(s->sizeError);
+    take(K_END_MULTIPLY);
+    return s;
+}
+
+Statement *Parser::divideStatement()
+{
+    auto *s = begin<ArithmeticStatement>();
+    s->operands.push_back(operand());
+    if (take(K_INTO)) {
+        s->into = true;
+        size_t saved = position_;
+        Expr *into = operand();
+        if (at(K_GIVING)) {
+            step();
+            s->giving = true;
+            s->second = into;
+        } else {
+            position_ = saved;
+        }
+    } else if (expect(K_BY)) {
+        s->second = operand();
+        s->giving = true;
+        expect(K_GIVING);
+    }
+    if (!panic_) arithmeticTargets(s->targets);
+    if (take(K_REMAINDER)) {
+        s->remainder.ref = identifier();
+        if (take(K_ROUNDED)) s->remainder.rounded = true;
+    }
+    sizeError(s->sizeError);
+    take(K_END_DIVIDE);
+    return s;
+}
+
+Statement *Parser::computeStatement()
+{
+    auto *s = begin<ArithmeticStatement>();
+    arithmeticTargets(s->targets);
+    if (!takeMark('=') && !take(K_EQUAL)) error("expected \"=\" before " + shown());
+    if (!panic_) s->operands.push_back(expression());
+    sizeError(s->sizeError);
+    take(K_END_COMPUTE);
+    return s;
+}
+
+} // namespace kvrcob

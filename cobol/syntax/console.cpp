@@ -1,0 +1,78 @@
+// DISPLAY, ACCEPT.
+#include "cobol/syntax/parser.h"
+
+namespace kvrcob {
+
+Statement *Parser::displayStatement()
+{
+    auto *s = begin<DisplayStatement>();
+    while ((atOperand() || at(K_FUNCTION) || atMark('(')) && !panic_) {
+        if (at(K_LINE) || at(K_UPON)) break;
+        inArguments_ = true;
+        s->items.push_back(atMark('(') ? expression() : operand());
+        inArguments_ = false;
+    }
+    if (s->items.empty()) error("expected an operand before " + shown());
+    for (;;) {
+        if (panic_) break;
+        if (take(K_UPON)) {
+            s->uponAt = here();
+            s->upon = now().word;
+            if (now().kind != TokenKind::Name) error("expected a device before " + shown());
+            step();
+        } else if (at(K_WITH) && aheadIs(1, K_NO)) {
+            step();
+        } else if (at(K_NO) && (aheadIs(1, K_ADVANCING))) {
+            step();
+            step();
+            s->noAdvancing = true;
+        } else if (at(K_AT) && (aheadIs(1, K_LINE) || ahead().kind == TokenKind::Number || aheadIs(1, K_COLUMN))) {
+            notBuilt(here(), "DISPLAY ... AT (screen handling)");
+        } else if ((at(K_LINE) || at(K_COLUMN)) &&
+                   (ahead().kind == TokenKind::Number || ahead().kind == TokenKind::Name)) {
+            notBuilt(here(), "DISPLAY ... LINE (screen handling)");
+        } else if (at(K_WITH)) {
+            notBuilt(here(), "DISPLAY ... WITH (screen handling)");
+        } else {
+            break;
+        }
+    }
+    if (s->upon == K_ENVIRONMENT_VALUE || s->upon == K_ARGUMENT_NUMBER) phrases(s->exception, K_ON, K_EXCEPTION, 0);
+    take(K_END_DISPLAY);
+    return s;
+}
+
+Statement *Parser::acceptStatement()
+{
+    auto *s = begin<AcceptStatement>();
+    if (at(K_OMITTED)) {
+        notBuilt(here(), "ACCEPT OMITTED");
+        return s;
+    }
+    s->target = identifier();
+    if (take(K_FROM)) {
+        s->from = now().word;
+        if (now().kind != TokenKind::Name) error("expected a device, DATE, DAY, TIME or DAY-OF-WEEK before " + shown());
+        bool environment = at(K_ENVIRONMENT) || at(K_ENVIRONMENT_VARIABLE);
+        if (at(K_ENVIRONMENT) && aheadIs(1, internWord("VARIABLE"))) step();
+        step();
+        if (environment) {
+            s->from = K_ENVIRONMENT;
+            s->name = operand();
+        }
+        if ((s->from == K_DATE && at(K_YYYYMMDD)) || (s->from == K_DAY && at(K_YYYYDDD))) {
+            step();
+            s->longYear = true;
+        }
+    } else if (at(K_MESSAGE) && aheadIs(1, K_COUNT)) {
+        notBuilt(here(), "ACCEPT MESSAGE COUNT (communication)");
+    }
+    if (at(K_AT) || at(K_LINE) || at(K_COLUMN) || (at(K_WITH) && !aheadIs(1, K_NO)))
+        notBuilt(here(), "ACCEPT ... AT (screen handling)");
+    if (s->from == K_ENVIRONMENT || s->from == K_ENVIRONMENT_VALUE || s->from == K_ARGUMENT_VALUE)
+        phrases(s->exception, K_ON, K_EXCEPTION, 0);
+    take(K_END_ACCEPT);
+    return s;
+}
+
+} // namespace kvrcob

@@ -1,0 +1,705 @@
+// DATA DIVISION: file descriptions and data descriptions. Levels become a tree here; sizes and
+// places come later (meaning/layout.cpp).
+#include "cobol/syntax/parser.h"
+
+#include <cstdlib>
+
+namespace kvrcob {
+
+void Parser::dataDivision(Program &p)
+{
+    if (at(K_DATA, K_DIVISION)) {
+        step();
+        step();
+        expectPeriod();
+        panic_ = false;
+    }
+    for (;;) {
+        panic_ = false;
+        if (takeMark('.')) continue;
+        bool section = aheadIs(1, K_SECTION);
+        if (at(K_FILE) && section) {
+            step();
+            step();
+            expectPeriod();
+            fileSection(p);
+        } else if (at(K_WORKING_STORAGE) && section) {
+            step();
+            step();
+            expectPeriod();
+            records(p, Item::WorkingStorage, nullptr);
+        } else if (at(K_LOCAL_STORAGE) && section) {
+            step();
+            step();
+            expectPeriod();
+            records(p, Item::LocalStorage, nullptr);
+        } else if (at(K_LINKAGE) && section) {
+            step();
+            step();
+            expectPeriod();
+            records(p, Item::Linkage, nullptr);
+        } else if ((at(K_REPORT) || at(K_SCREEN) || at(K_COMMUNICATION)) && section) {
+            notBuilt(here(), "the " + wordText(now().word) + " SECTION");
+            step();
+            while (!atEnd() && !(atSectionOrDivision())) step();
+        } else if (at(K_FD) || at(K_SD)) {
+            fileSection(p);
+        } else if (at(K_PROCEDURE) || at(K_END) || at(K_IDENTIFICATION) || at(K_ID) || atEnd()) {
+            return;
+        } else {
+            error("expected a section of the DATA DIVISION or the PROCEDURE DIVISION before " + shown());
+            skipToPeriod();
+        }
+    }
+}
+
+void Parser::fileSection(Program &p)
+{
+    for (;;) {
+        panic_ = false;
+        if (takeMark('.')) continue;
+        if (at(K_FD) || at(K_SD)) {
+            fileDescription(p);
+        } else if (at(K_RD) || at(K_CD)) {
+            notBuilt(here(), wordText(now().word));
+            skipToPeriod();
+        } else {
+            return;
+        }
+    }
+}
+
+void Parser::fileDescription(Program &p)
+{
+    bool sort = at(K_SD);
+    step();
+    File *f = atName() ? findFile(p, now().word) : nullptr;
+    if (!f) {
+        if (atName())
+            error("the file " + wordText(now().word) + " has no SELECT");
+        else
+            error("expected the file's name before " + shown());
+        panic_ = false;
+        f = make<File>();
+        f->program = &p;
+        f->name = now().word;
+        f->at = here();
+        p.files.push_back(f);
+    }
+    if (f->described) {
+        error("the file " + wordText(f->name) + " has a description already");
+        panic_ = false;
+    }
+    f->described = true;
+    f->sortFile = sort;
+    f->at = here();
+    step();
+    while (!atMark('.') && !atEnd() && !panic_) {
+        take(K_IS);
+        if (take(K_EXTERNAL)) {
+            f->external = true;
+        } else if (take(K_GLOBAL)) {
+            f->global = true;
+        } else if (take(K_BLOCK)) {
+            take(K_CONTAINS);
+            int64_t n;
+            parseInteger(n);
+            if (take(K_TO)) parseInteger(n);
+            take(K_RECORDS);
+            take(K_CHARACTERS);
+        } else if (at(K_RECORD) && ((!aheadIs(1, K_IS) && !aheadIs(1, K_ARE)) || aheadIs(2, K_VARYING))) {
+            step();
+            take(K_IS);
+            f->hasRecordClause = true;
+            if (at(K_VARYING)) {
+                step();
+                f->recordVarying = true;
+                take(K_IN);
+                take(K_SIZE);
+                take(K_FROM);
+                int64_t low = 0, high = 0;
+                if (atNumber()) {
+                    parseInteger(low);
+                    f->recordMin = static_cast<uint32_t>(low);
+                }
+                if (take(K_TO)) {
+                    parseInteger(high);
+                    f->recordMax = static_cast<uint32_t>(high);
+                }
+                take(K_CHARACTERS);
+                if (take(K_DEPENDING)) {
+                    take(K_ON);
+                    f->recordDepending = identifier();
+                }
+            } else {
+                take(K_CONTAINS);
+                int64_t low = 0, high = 0;
+                if (parseInteger(low)) {
+                    high = low;
+                    if (take(K_TO)) {
+                        parseInteger(high);
+                        f->recordVarying = true;
+                    }
+                    f->recordMin = static_cast<uint32_t>(low);
+                    f->recordMax = static_cast<uint32_t>(high);
+                    take(K_CHARACTERS);
+                    if (take(K_DEPENDING)) {
+                        take(K_ON);
+                        f->recordDepending = identifier();
+                    }
+                }
+            }
+        } else if (take(K_LABEL)) {
+            warn("obsolete", here(), "LABEL RECORDS is obsolete");
+            take(K_RECORDS);
+            take(K_RECORD);
+            take(K_IS);
+            take(K_ARE);
+            if (!take(K_STANDARD) && !take(K_OMITTED))
+                while (atName()) step();
+        } else if (take(K_VALUE)) {
+            take(K_OF);
+            while (now().kind == TokenKind::Name && !atMark('.') && !at(K_RECORD) && !at(K_DATA) && !at(K_LABEL) &&
+                   !at(K_BLOCK) && !at(K_LINAGE) && !at(K_CODE_SET) && !at(K_REPORT) && !at(K_REPORTS)) {
+                bool fileId = at(K_FILE_ID) || wordText(now().word) == "FILE-ID" || wordText(now().word) == "ID" ||
+                              wordText(now().word) == "IDENTIFICATION";
+                step();
+                take(K_IS);
+                Expr *value = nullptr;
+                if (atString() || atNumber() || atFigurative())
+                    value = literal();
+                else if (atName()) {
+                    value = node(ExprKind::Reference, here());
+                    value->ref = identifier();
+                }
+                if (fileId) f->valueOfFileId = value;
+            }
+        } else if (at(K_DATA) || (at(K_RECORD) && (aheadIs(1, K_IS) || aheadIs(1, K_ARE)))) {
+            take(K_DATA);
+            take(K_RECORD);
+            take(K_RECORDS);
+            take(K_IS);
+            take(K_ARE);
+            while (atName()) step();
+        } else if (take(K_LINAGE)) {
+            take(K_IS);
+            f->linage = operand();
+            take(K_LINES);
+            for (;;) {
+                if (at(K_WITH) && aheadIs(1, K_FOOTING)) step();
+                if (take(K_FOOTING)) {
+                    take(K_AT);
+                    f->footing = operand();
+                    continue;
+                }
+                if (at(K_LINES) && (aheadIs(1, K_AT) || aheadIs(1, K_TOP) || aheadIs(1, K_BOTTOM))) step();
+                if (at(K_AT) && (aheadIs(1, K_TOP) || aheadIs(1, K_BOTTOM))) step();
+                if (take(K_TOP)) {
+                    f->top = operand();
+                    take(K_LINES);
+                    continue;
+                }
+                if (take(K_BOTTOM)) {
+                    f->bottom = operand();
+                    take(K_LINES);
+                    continue;
+                }
+                break;
+            }
+        } else if (take(K_CODE_SET)) {
+            take(K_IS);
+            f->codeSet = now().word;
+            step();
+        } else if (take(K_RECORDING)) {
+            take(K_MODE);
+            take(K_IS);
+            f->recordingMode = std::string(now().text);
+            step();
+        } else if (at(K_REPORT) || at(K_REPORTS)) {
+            notBuilt(here(), "REPORT IS (the report writer)");
+        } else {
+            error("expected a clause of the file description before " + shown());
+        }
+    }
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
+    panic_ = false;
+    records(p, Item::FileSection, f);
+}
+
+// Data descriptions up to the next header; levels become a tree.
+void Parser::records(Program &p, Item::Section section, File *file)
+{
+    std::vector<Item *> open; // the path to the latest item
+    Item *lastItem = nullptr; // takes level 88
+    for (;;) {
+        panic_ = false;
+        if (takeMark('.')) continue;
+        if (!atNumber()) {
+            if (atName() && !aheadIs(1, K_SECTION) && !aheadIs(1, K_DIVISION) && section != Item::FileSection) {
+                error("expected a level number before " + shown());
+                skipToPeriod();
+                continue;
+            }
+            return;
+        }
+        Item *item = dataDescription(p, section);
+        if (!item) continue;
+        item->file = file;
+        item->program = &p;
+        if (item->level == 88) {
+            if (!lastItem) {
+                errorAt(item->at, "a condition-name (level 88) needs an item in front of it");
+                continue;
+            }
+            item->parent = lastItem;
+            lastItem->conditions.push_back(item);
+            continue;
+        }
+        if (item->isConstant) {
+            p.constants.push_back(item);
+            continue;
+        }
+        if (item->level == 66) {
+            Item *record = open.empty() ? nullptr : open.front();
+            if (!record) {
+                errorAt(item->at, "RENAMES needs a record in front of it");
+                continue;
+            }
+            item->parent = record;
+            record->conditions.push_back(item); // found by name there
+            lastItem = item;
+            continue;
+        }
+        if (item->level == 1 || item->level == 77) {
+            open.clear();
+            open.push_back(item);
+            lastItem = item;
+            if (section == Item::FileSection && file)
+                file->records.push_back(item);
+            else
+                p.records.push_back(item);
+            continue;
+        }
+        while (!open.empty() && open.back()->level >= item->level) open.pop_back();
+        if (open.empty()) {
+            errorAt(item->at, "level " + std::to_string(item->level) + " has no record (level 01) above it");
+            panic_ = false;
+            // Treat it as a record of its own, so that its names are known.
+            item->level = 1;
+            open.push_back(item);
+            (section == Item::FileSection && file ? file->records : p.records).push_back(item);
+            lastItem = item;
+            continue;
+        }
+        if (open.back()->level == 77) errorAt(item->at, "an item of level 77 cannot be divided");
+        if (!open.back()->children.empty() && open.back()->children.back()->level != item->level &&
+            open.back()->children.back()->level > item->level && item->level != 66)
+            warn("level", item->at,
+                 "the level number " + std::to_string(item->level) + " differs from that of the items before it");
+        item->parent = open.back();
+        open.back()->children.push_back(item);
+        open.push_back(item);
+        lastItem = item;
+    }
+}
+
+Item *Parser::dataDescription(Program &p, Item::Section section)
+{
+    Item *item = make<Item>();
+    item->at = here();
+    item->section = section;
+    item->level = std::atoi(std::string(now().text).c_str());
+    Tok levelAt = here();
+    if (now().text.size() > 2 || item->level < 1 ||
+        (item->level > 49 && item->level != 66 && item->level != 77 && item->level != 78 && item->level != 88)) {
+        error("a level number is from 01 to 49, or 66, 77, 78 or 88");
+        skipToPeriod();
+        return nullptr;
+    }
+    step();
+    if (take(K_FILLER)) {
+    } else if (atName() && !((at(K_CONSTANT)) && false)) {
+        // Words that are clauses only where no name stands before them.
+        item->at = here();
+        item->name = now().word;
+        step();
+    } else if (now().kind == TokenKind::Name && !at(K_PIC) && !at(K_PICTURE) && !at(K_REDEFINES) && !at(K_OCCURS) &&
+               !at(K_USAGE) && !at(K_VALUE) && !at(K_VALUES) && !at(K_COMP) && !at(K_COMP_3) && !at(K_BINARY) &&
+               !at(K_PACKED_DECIMAL) && !at(K_SIGN) && !at(K_IS) && !at(K_DISPLAY) && !at(K_INDEX) && !at(K_JUST) &&
+               !at(K_JUSTIFIED) && !at(K_SYNC) && !at(K_BLANK) && !at(K_EXTERNAL) && !at(K_GLOBAL)) {
+        error(wordText(now().word) + " is a reserved word; it cannot be an item's name");
+        skipToPeriod();
+        return nullptr;
+    }
+    if (item->level == 78 || (item->level == 1 && at(K_CONSTANT))) {
+        item->isConstant = true;
+        take(K_CONSTANT);
+        take(K_IS);
+        take(K_GLOBAL);
+        if (take(internWord("AS")) || take(K_VALUE)) {
+        } else if (at(K_FROM)) {
+            notBuilt(here(), "CONSTANT FROM");
+        }
+        take(K_IS);
+        item->constant = expression();
+        if (panic_)
+            skipToPeriod();
+        else
+            expectPeriod();
+        panic_ = false;
+        return item;
+    }
+    if (item->level == 66) {
+        expect(K_RENAMES);
+        item->renamesFrom = identifier();
+        if (take(K_THRU) || take(K_THROUGH)) item->renamesThru = identifier();
+        if (panic_)
+            skipToPeriod();
+        else
+            expectPeriod();
+        panic_ = false;
+        return item;
+    }
+    if (item->level == 88) {
+        if (!item->name) errorAt(levelAt, "a condition-name (level 88) needs a name");
+        valueClause(*item);
+        if (at(K_WHEN) || at(K_FALSE)) {
+            take(K_WHEN);
+            take(K_SET);
+            take(K_TO);
+            if (take(K_FALSE)) {
+                take(K_IS);
+                item->whenFalse = literal();
+            }
+        }
+        if (panic_)
+            skipToPeriod();
+        else
+            expectPeriod();
+        panic_ = false;
+        return item;
+    }
+    while (!atMark('.') && !atEnd() && !panic_) {
+        Tok clause = here();
+        if (take(K_REDEFINES)) {
+            item->redefinesAt = here();
+            if (atName()) {
+                item->redefinesName = now().word;
+                step();
+            } else {
+                error("expected the name of the item that is redefined before " + shown());
+            }
+            continue;
+        }
+        if (take(K_PIC) || take(K_PICTURE)) {
+            take(K_IS);
+            if (now().kind != TokenKind::Picture) {
+                error("expected a picture string before " + shown());
+                continue;
+            }
+            if (item->hasPicture) errorAt(clause, "a second PICTURE clause");
+            item->hasPicture = true;
+            item->pictureText = now().text;
+            item->pictureAt = here();
+            step();
+            continue;
+        }
+        if (take(K_OCCURS)) {
+            occursClause(p, *item);
+            continue;
+        }
+        if (item->occurs && (at(K_DEPENDING) || at(K_ASCENDING) || at(K_DESCENDING) || at(K_INDEXED))) {
+            occursPhrases(p, *item);
+            continue;
+        }
+        if (at(K_VALUE) || at(K_VALUES)) {
+            valueClause(*item);
+            continue;
+        }
+        if (at(K_SIGN) || at(K_LEADING) || at(K_TRAILING)) {
+            take(K_SIGN);
+            take(K_IS);
+            item->hasSign = true;
+            if (take(K_LEADING))
+                item->signLeading = true;
+            else if (!take(K_TRAILING))
+                error("expected LEADING or TRAILING before " + shown());
+            if (take(K_SEPARATE)) {
+                item->signSeparate = true;
+                take(K_CHARACTER);
+            }
+            continue;
+        }
+        if (take(K_SYNC) || take(K_SYNCHRONIZED)) {
+            item->synchronized = true;
+            take(K_LEFT);
+            take(K_RIGHT);
+            continue;
+        }
+        if (take(K_JUST) || take(K_JUSTIFIED)) {
+            take(K_RIGHT);
+            item->justified = true;
+            continue;
+        }
+        if (take(K_BLANK)) {
+            take(K_WHEN);
+            if (!take(K_ZERO) && !take(K_ZEROS) && !take(K_ZEROES)) error("expected ZERO before " + shown());
+            item->blankWhenZero = true;
+            continue;
+        }
+        if (at(K_IS) && (aheadIs(1, K_EXTERNAL) || aheadIs(1, K_GLOBAL))) step();
+        if (take(K_EXTERNAL)) {
+            item->external = true;
+            if (take(internWord("AS")) && atString()) {
+                item->externalName = internWord(now().text);
+                step();
+            }
+            continue;
+        }
+        if (take(K_GLOBAL)) {
+            item->global = true;
+            continue;
+        }
+        if (at(K_USAGE) || usageWord(*item)) {
+            usageClause(*item);
+            continue;
+        }
+        if (take(K_VOLATILE)) continue;
+        if (at(K_BASED) || at(K_ANY) || at(K_TYPEDEF) || at(K_TYPE)) {
+            notBuilt(here(), "the clause " + wordText(now().word));
+            continue;
+        }
+        if (at(K_LINE) || at(K_COLUMN) || at(K_SOURCE) || at(K_GROUP)) {
+            notBuilt(here(), "the clause " + wordText(now().word));
+            continue;
+        }
+        errorAt(clause, "expected a clause of the data description before " + shown());
+    }
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
+    panic_ = false;
+    return item;
+}
+
+// Is the present word a usage? Does not take it.
+bool Parser::usageWord(Item &)
+{
+    if (now().kind != TokenKind::Name) return false;
+    switch (now().word) {
+    case K_DISPLAY:
+    case K_COMP:
+    case K_COMP_1:
+    case K_COMP_2:
+    case K_COMP_3:
+    case K_COMP_4:
+    case K_COMP_5:
+    case K_COMP_6:
+    case K_COMP_X:
+    case K_COMP_N:
+    case K_COMPUTATIONAL:
+    case K_COMPUTATIONAL_1:
+    case K_COMPUTATIONAL_2:
+    case K_COMPUTATIONAL_3:
+    case K_COMPUTATIONAL_4:
+    case K_COMPUTATIONAL_5:
+    case K_BINARY:
+    case K_PACKED_DECIMAL:
+    case K_INDEX:
+    case K_POINTER:
+    case K_PROCEDURE_POINTER:
+    case K_PROGRAM_POINTER:
+    case K_FUNCTION_POINTER:
+    case K_BINARY_CHAR:
+    case K_BINARY_SHORT:
+    case K_BINARY_LONG:
+    case K_BINARY_DOUBLE:
+    case K_BINARY_LONG_LONG:
+    case K_FLOAT_SHORT:
+    case K_FLOAT_LONG:
+    case K_NATIONAL:
+    case K_DISPLAY_1:
+    case K_OBJECT:
+    case K_SIGNED:
+    case K_UNSIGNED:
+    case K_FLOAT_BINARY_32:
+    case K_FLOAT_BINARY_64:
+        return true;
+    default:
+        return false;
+    }
+}
+
+void Parser::usageClause(Item &item)
+{
+    if (take(K_USAGE)) take(K_IS);
+    auto native = [&](uint8_t size) {
+        item.usage = Usage::Native;
+        item.nativeBinary = true;
+        item.nativeSize = size;
+    };
+    if (!usageWord(item)) {
+        error("expected a usage before " + shown());
+        return;
+    }
+    Tok at = here();
+    Word word = now().word;
+    step();
+    if (word != K_SIGNED && word != K_UNSIGNED) item.hasUsage = true;
+    switch (word) {
+    case K_DISPLAY:
+        item.usage = Usage::Display;
+        break;
+    case K_COMP:
+    case K_COMPUTATIONAL:
+    case K_COMP_4:
+    case K_COMPUTATIONAL_4:
+    case K_BINARY:
+        item.usage = Usage::Binary;
+        break;
+    case K_COMP_5:
+    case K_COMPUTATIONAL_5:
+    case K_COMP_N:
+        item.usage = Usage::Native;
+        break;
+    case K_COMP_X:
+        item.usage = Usage::CompX;
+        break;
+    case K_COMP_1:
+    case K_COMPUTATIONAL_1:
+    case K_FLOAT_SHORT:
+    case K_FLOAT_BINARY_32:
+        item.usage = Usage::Float;
+        break;
+    case K_COMP_2:
+    case K_COMPUTATIONAL_2:
+    case K_FLOAT_LONG:
+    case K_FLOAT_BINARY_64:
+        item.usage = Usage::Double;
+        break;
+    case K_COMP_3:
+    case K_COMPUTATIONAL_3:
+    case K_PACKED_DECIMAL:
+        item.usage = Usage::Packed;
+        break;
+    case K_INDEX:
+        item.usage = Usage::Index;
+        break;
+    case K_POINTER:
+        item.usage = Usage::Pointer;
+        break;
+    case K_PROCEDURE_POINTER:
+    case K_PROGRAM_POINTER:
+    case K_FUNCTION_POINTER:
+        item.usage = Usage::ProcedurePointer;
+        break;
+    case K_BINARY_CHAR:
+        native(1);
+        break;
+    case K_BINARY_SHORT:
+        native(2);
+        break;
+    case K_BINARY_LONG:
+        native(4);
+        break;
+    case K_BINARY_DOUBLE:
+    case K_BINARY_LONG_LONG:
+        native(8);
+        break;
+    case K_SIGNED:
+        item.isUnsigned = false;
+        break;
+    case K_UNSIGNED:
+        item.isUnsigned = true;
+        break;
+    default:
+        notBuilt(at, "USAGE " + wordText(word));
+        break;
+    }
+    if (item.nativeBinary) {
+        if (take(K_UNSIGNED))
+            item.isUnsigned = true;
+        else
+            take(K_SIGNED);
+    }
+}
+
+void Parser::occursClause(Program &p, Item &item)
+{
+    item.occurs = true;
+    if (at(K_DYNAMIC)) {
+        notBuilt(here(), "OCCURS DYNAMIC");
+        return;
+    }
+    // A number or a constant.
+    auto count = [&]() -> Expr * {
+        if (atNumber() || atName()) return operand();
+        error("expected a number before " + shown());
+        return nullptr;
+    };
+    item.occursMaxExpr = count();
+    if (take(K_TO)) {
+        item.occursMinExpr = item.occursMaxExpr;
+        item.occursMaxExpr = count();
+    }
+    take(K_TIMES);
+    occursPhrases(p, item);
+}
+
+// DEPENDING ON, keys, INDEXED BY. Other clauses may stand between them and OCCURS.
+void Parser::occursPhrases(Program &, Item &item)
+{
+    for (;;) {
+        if (panic_) return;
+        if (take(K_DEPENDING)) {
+            take(K_ON);
+            item.depending = identifier();
+        } else if (at(K_ASCENDING) || at(K_DESCENDING)) {
+            bool ascending = at(K_ASCENDING);
+            step();
+            take(K_KEY);
+            take(K_IS);
+            if (!atName()) error("expected a key before " + shown());
+            while (atName() && !at(K_INDEXED)) item.keys.push_back({ascending, identifier()});
+        } else if (take(K_INDEXED)) {
+            take(K_BY);
+            if (!atName()) error("expected an index-name before " + shown());
+            while (atName() && !usageWord(item)) {
+                Item *index = make<Item>();
+                index->name = now().word;
+                index->at = here();
+                index->usage = Usage::Index;
+                index->category = Category::Index;
+                index->isIndexName = true;
+                index->section = Item::Special;
+                index->table = &item;
+                item.indexes.push_back(index);
+                step();
+            }
+        } else {
+            return;
+        }
+    }
+}
+
+void Parser::valueClause(Item &item)
+{
+    step(); // VALUE, VALUES
+    take(K_IS);
+    take(K_ARE);
+    item.hasValue = true;
+    do {
+        ValueRange range;
+        range.from = literal();
+        if (take(K_THRU) || take(K_THROUGH)) range.to = literal();
+        item.values.push_back(range);
+        if (panic_) return;
+    } while (atString() || atNumber() || atFigurative() || at(K_ALL) ||
+             ((atMark('-') || atMark('+')) && ahead().kind == TokenKind::Number) || (item.level == 88 && atName()));
+}
+
+} // namespace kvrcob

@@ -1,0 +1,598 @@
+// ENVIRONMENT DIVISION: CONFIGURATION SECTION with SPECIAL-NAMES, INPUT-OUTPUT SECTION with SELECT
+// and I-O-CONTROL.
+#include "cobol/syntax/parser.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace kvrcob {
+
+bool Parser::atSectionOrDivision() const
+{
+    return now().kind == TokenKind::Name && ahead().kind == TokenKind::Name &&
+           (ahead().word == K_SECTION || ahead().word == K_DIVISION);
+}
+
+void Parser::environmentDivision(Program &p)
+{
+    if (at(K_ENVIRONMENT, K_DIVISION)) {
+        step();
+        step();
+        expectPeriod();
+        panic_ = false;
+    }
+    for (;;) {
+        if (at(K_CONFIGURATION, K_SECTION)) {
+            step();
+            step();
+            expectPeriod();
+            panic_ = false;
+            configurationSection(p);
+        } else if (at(K_SOURCE_COMPUTER) || at(K_OBJECT_COMPUTER) || at(K_SPECIAL_NAMES) || at(K_REPOSITORY)) {
+            configurationSection(p);
+        } else if (at(K_INPUT_OUTPUT, K_SECTION)) {
+            step();
+            step();
+            expectPeriod();
+            panic_ = false;
+            inputOutputSection(p);
+        } else if (at(K_FILE_CONTROL) || at(K_I_O_CONTROL)) {
+            inputOutputSection(p);
+        } else {
+            return;
+        }
+    }
+}
+
+void Parser::configurationSection(Program &p)
+{
+    for (;;) {
+        panic_ = false;
+        if (take(K_SOURCE_COMPUTER)) {
+            takeMark('.');
+            while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_OBJECT_COMPUTER) &&
+                   !at(K_SPECIAL_NAMES)) {
+                if (at(K_DEBUGGING, K_MODE)) p.debugging = true;
+                step();
+            }
+            takeMark('.');
+        } else if (take(K_OBJECT_COMPUTER)) {
+            takeMark('.');
+            while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_SPECIAL_NAMES)) {
+                if (at(K_MEMORY)) warn("obsolete", here(), "MEMORY SIZE is obsolete and has no effect");
+                if (take(K_SEQUENCE)) {
+                    take(K_IS);
+                    p.collatingAt = here();
+                    p.collating = now().word;
+                } else if (at(K_SEGMENT_LIMIT)) {
+                    warn("obsolete", here(), "SEGMENT-LIMIT has no effect");
+                }
+                step();
+            }
+            takeMark('.');
+        } else if (take(K_SPECIAL_NAMES)) {
+            takeMark('.');
+            specialNames(p);
+        } else if (take(K_REPOSITORY)) {
+            takeMark('.');
+            while (!atEnd() && !atMark('.') && !atSectionOrDivision()) {
+                if (take(K_FUNCTION)) {
+                    if (at(K_ALL)) {
+                        p.allFunctions = true;
+                        step();
+                        take(K_INTRINSIC);
+                        static const char *const names[] = {"ABS",
+                                                            "ACOS",
+                                                            "ANNUITY",
+                                                            "ASIN",
+                                                            "ATAN",
+                                                            "BYTE-LENGTH",
+                                                            "CHAR",
+                                                            "CONCATENATE",
+                                                            "CONCAT",
+                                                            "COS",
+                                                            "CURRENT-DATE",
+                                                            "DATE-OF-INTEGER",
+                                                            "DATE-TO-YYYYMMDD",
+                                                            "DAY-OF-INTEGER",
+                                                            "DAY-TO-YYYYDDD",
+                                                            "EXP",
+                                                            "FACTORIAL",
+                                                            "INTEGER",
+                                                            "INTEGER-OF-DATE",
+                                                            "INTEGER-OF-DAY",
+                                                            "INTEGER-PART",
+                                                            "LENGTH",
+                                                            "LOG",
+                                                            "LOG10",
+                                                            "LOWER-CASE",
+                                                            "MAX",
+                                                            "MEAN",
+                                                            "MEDIAN",
+                                                            "MIDRANGE",
+                                                            "MIN",
+                                                            "MOD",
+                                                            "NUMVAL",
+                                                            "NUMVAL-C",
+                                                            "ORD",
+                                                            "ORD-MAX",
+                                                            "ORD-MIN",
+                                                            "PRESENT-VALUE",
+                                                            "RANDOM",
+                                                            "RANGE",
+                                                            "REM",
+                                                            "REVERSE",
+                                                            "SIN",
+                                                            "SQRT",
+                                                            "STANDARD-DEVIATION",
+                                                            "SUBSTITUTE",
+                                                            "TAN",
+                                                            "TRIM",
+                                                            "UPPER-CASE",
+                                                            "VARIANCE",
+                                                            "WHEN-COMPILED",
+                                                            "YEAR-TO-YYYY",
+                                                            "STORED-CHAR-LENGTH",
+                                                            "SIGN",
+                                                            "FRACTION-PART",
+                                                            "TEST-NUMVAL",
+                                                            "TEST-DATE-YYYYMMDD",
+                                                            "TEST-DAY-YYYYDDD",
+                                                            "PI",
+                                                            "E",
+                                                            "EXP10"};
+                        for (const char *name : names) p.functions.push_back(internWord(name));
+                    } else {
+                        while (now().kind == TokenKind::Name && !at(K_FUNCTION) && !at(K_PROGRAM) && !at(K_CLASS)) {
+                            if (!at(K_INTRINSIC)) p.functions.push_back(now().word);
+                            step();
+                        }
+                    }
+                } else {
+                    step();
+                }
+            }
+            takeMark('.');
+        } else {
+            return;
+        }
+    }
+}
+
+void Parser::specialNames(Program &p)
+{
+    while (!atEnd() && !atSectionOrDivision() && !at(K_SOURCE_COMPUTER) && !at(K_OBJECT_COMPUTER) &&
+           !at(K_REPOSITORY) && !at(K_FILE_CONTROL)) {
+        panic_ = false;
+        if (takeMark('.')) continue;
+        if (take(K_ALPHABET)) {
+            alphabetClause(p);
+        } else if (take(K_CLASS)) {
+            classClause(p);
+        } else if (take(K_SYMBOLIC)) {
+            take(K_CHARACTERS);
+            take(K_CHARACTER);
+            symbolicClause(p);
+        } else if (take(K_CURRENCY)) {
+            take(K_SIGN);
+            take(K_IS);
+            if (atString() && !now().text.empty()) {
+                if (now().text.size() == 1)
+                    p.currency = now().text[0];
+                else
+                    notBuilt(here(), "a CURRENCY SIGN of more than one character");
+                step();
+                if (at(K_WITH) || at(K_PICTURE) || at(K_PIC)) {
+                    take(K_WITH);
+                    step();
+                    take(K_SYMBOL);
+                    if (!atString() && now().kind == TokenKind::Picture && now().text.size() == 3) {
+                        p.currency = now().text[1];
+                        step();
+                    } else if (atString()) {
+                        p.currency = now().text[0];
+                        step();
+                    }
+                }
+            } else {
+                error("expected a literal before " + shown());
+            }
+        } else if (take(K_DECIMAL_POINT)) {
+            take(K_IS);
+            expect(K_COMMA);
+            p.commaIsPoint = true;
+        } else if (at(K_CURSOR) || at(K_CRT)) {
+            // Both speak of screens only, and the statements for these are told where they are met.
+            step();
+            take(K_STATUS);
+            take(K_IS);
+            if (atName()) identifier();
+        } else if (at(K_NUMERIC) && aheadIs(1, K_SIGN)) {
+            notBuilt(here(), "NUMERIC SIGN of SPECIAL-NAMES");
+        } else if (!mnemonicClause(p)) {
+            error("expected a clause of SPECIAL-NAMES before " + shown());
+        }
+        if (panic_) {
+            while (!atEnd() && !atMark('.') && !at(K_ALPHABET) && !at(K_CLASS) && !at(K_SYMBOLIC) && !at(K_CURRENCY) &&
+                   !at(K_DECIMAL_POINT) && !atSectionOrDivision())
+                step();
+        }
+    }
+}
+
+void Parser::alphabetClause(Program &p)
+{
+    Alphabet *alphabet = make<Alphabet>();
+    alphabet->at = here();
+    if (!atName()) {
+        error("expected the alphabet's name before " + shown());
+        return;
+    }
+    alphabet->name = now().word;
+    step();
+    take(K_IS);
+    p.alphabets.push_back(alphabet);
+    if (at(K_NATIVE) || at(K_STANDARD_1) || at(K_STANDARD_2) || at(K_EBCDIC)) {
+        alphabet->kind = now().word;
+        step();
+        return;
+    }
+    if (now().kind == TokenKind::Name && wordText(now().word) == "ASCII") {
+        alphabet->kind = K_STANDARD_1;
+        step();
+        return;
+    }
+    while (atString() || atNumber() || atFigurative()) {
+        Alphabet::Part part;
+        part.from = literal();
+        if (take(K_THRU) || take(K_THROUGH)) part.thru = literal();
+        while (take(K_ALSO)) part.also.push_back(literal());
+        alphabet->parts.push_back(part);
+        if (panic_) return;
+    }
+    if (alphabet->parts.empty()) error("expected the alphabet's characters before " + shown());
+}
+
+void Parser::classClause(Program &p)
+{
+    UserClass *c = make<UserClass>();
+    c->at = here();
+    if (!atName()) {
+        error("expected the class's name before " + shown());
+        return;
+    }
+    c->name = now().word;
+    step();
+    take(K_IS);
+    while (atString() || atNumber() || atFigurative()) {
+        ValueRange range;
+        range.from = literal();
+        if (take(K_THRU) || take(K_THROUGH)) range.to = literal();
+        c->ranges.push_back(range);
+        if (panic_) return;
+    }
+    p.classes.push_back(c);
+}
+
+void Parser::symbolicClause(Program &p)
+{
+    while (atName()) {
+        std::vector<Word> names;
+        while (atName()) {
+            names.push_back(now().word);
+            step();
+        }
+        take(K_IS);
+        take(K_ARE);
+        size_t first = p.symbolics.size();
+        for (Word name : names) {
+            int64_t ordinal = 0;
+            if (!parseInteger(ordinal)) return;
+            if (ordinal < 1 || ordinal > 256) {
+                error("a symbolic character's number is from 1 to 256");
+                ordinal = 1;
+            }
+            p.symbolics.push_back({name, static_cast<int>(ordinal), 0});
+        }
+        if (take(K_IN)) {
+            for (size_t i = first; i < p.symbolics.size(); i++) p.symbolics[i].alphabet = now().word;
+            step();
+        }
+    }
+}
+
+// device IS mnemonic; switch IS mnemonic ON STATUS IS ... OFF STATUS IS ...
+bool Parser::mnemonicClause(Program &p)
+{
+    if (now().kind != TokenKind::Name && !atString()) return false;
+    Mnemonic m;
+    m.at = here();
+    m.device = internWord(now().text);
+    const std::string &device = wordText(m.device);
+    if (device.rfind("UPSI-", 0) == 0 && device.size() == 6)
+        m.switchNumber = device[5] - '0';
+    else if (device.rfind("SWITCH-", 0) == 0)
+        m.switchNumber = std::atoi(device.c_str() + 7) - (device == "SWITCH-0" ? 0 : 1);
+    else if (device.rfind("SW", 0) == 0 && device.size() >= 3 &&
+             device.find_first_not_of("0123456789", 2) == std::string::npos)
+        m.switchNumber = std::atoi(device.c_str() + 2);
+    step();
+    take(K_IS);
+    bool named = false;
+    if (atName() && !at(K_ON)) {
+        m.name = now().word;
+        step();
+        named = true;
+    }
+    while (at(K_ON) || at(K_OFF)) {
+        bool on = at(K_ON);
+        step();
+        take(K_STATUS);
+        take(K_IS);
+        if (!atName()) {
+            error("expected a condition-name before " + shown());
+            return true;
+        }
+        (on ? m.onName : m.offName) = now().word;
+        step();
+        named = true;
+    }
+    if (!named) {
+        error("expected a mnemonic-name before " + shown());
+        return true;
+    }
+    if ((m.onName || m.offName) && m.switchNumber < 0) {
+        // Any other device-name with a status phrase is a switch; the first one is number 0.
+        int next = 0;
+        for (const Mnemonic &other : p.mnemonics)
+            if (other.switchNumber >= next) next = other.switchNumber + 1;
+        m.switchNumber = next;
+    }
+    m.switchNumber = m.switchNumber > 7 ? m.switchNumber % 8 : m.switchNumber;
+    p.mnemonics.push_back(m);
+    return true;
+}
+
+void Parser::inputOutputSection(Program &p)
+{
+    for (;;) {
+        panic_ = false;
+        if (take(K_FILE_CONTROL)) {
+            takeMark('.');
+            for (;;) {
+                panic_ = false;
+                if (takeMark('.')) continue;
+                if (!at(K_SELECT)) break;
+                selectEntry(p);
+            }
+        } else if (take(K_I_O_CONTROL)) {
+            takeMark('.');
+            ioControl(p);
+        } else {
+            return;
+        }
+    }
+}
+
+void Parser::selectEntry(Program &p)
+{
+    step();
+    File *f = make<File>();
+    f->program = &p;
+    f->selected = true;
+    if (take(K_OPTIONAL)) f->optional = true;
+    if (take(K_NOT)) take(K_OPTIONAL);
+    f->at = here();
+    if (!atName()) {
+        error("expected the file's name before " + shown());
+        skipToPeriod();
+        return;
+    }
+    f->name = now().word;
+    step();
+    for (const File *other : p.files)
+        if (other->name == f->name) {
+            errorAt(f->at, "the file " + wordText(f->name) + " has a SELECT already");
+            panic_ = false;
+        }
+    p.files.push_back(f);
+    while (!atMark('.') && !atEnd() && !at(K_SELECT) && !panic_ && !atSectionOrDivision()) {
+        Tok clause = here();
+        if (take(K_ASSIGN)) {
+            take(K_TO);
+            bool any = false;
+            for (;;) {
+                if (take(K_DYNAMIC)) {
+                    f->assignDynamic = true;
+                } else if (at(K_EXTERNAL)) {
+                    step();
+                    f->assignExternal = true;
+                } else if (at(K_DISK) || at(K_PRINTER) || at(K_KEYBOARD) || at(K_DISPLAY) || at(K_TAPE) || at(K_DISC)) {
+                    f->device = now().word;
+                    step();
+                    any = true;
+                } else if (at(K_USING)) {
+                    step();
+                    f->assignDynamic = true;
+                } else if (at(K_LINE) && aheadIs(1, K_ADVANCING)) {
+                    step();
+                    step();
+                    take(K_FILE);
+                    f->device = K_PRINTER;
+                } else {
+                    break;
+                }
+            }
+            while (atString() || (atName() && !at(K_FILE) && !at(K_SHARING) && !at(K_INDEXED))) {
+                if (atString()) {
+                    Expr *e = literal();
+                    if (!f->assign) f->assign = e;
+                } else {
+                    Reference *ref = identifier();
+                    if (!f->assign && !f->assignItem) f->assignItem = ref;
+                }
+                any = true;
+            }
+            if (!any && atNumber()) {
+                f->assign = literal();
+                f->assign->kind = ExprKind::String;
+                any = true;
+            }
+            if (!any) error("expected a file's assignment before " + shown());
+        } else if (take(K_RESERVE)) {
+            if (atNumber() || at(K_NO)) step();
+            take(K_ALTERNATE);
+            take(K_AREA);
+            take(K_AREAS);
+        } else if (at(K_ORGANIZATION) || at(K_SEQUENTIAL) || at(K_RELATIVE) || at(K_INDEXED) || at(K_LINE) ||
+                   (at(K_RECORD) && aheadIs(1, K_SEQUENTIAL)) || (at(K_BINARY) && aheadIs(1, K_SEQUENTIAL))) {
+            if (take(K_ORGANIZATION)) take(K_IS);
+            if (at(K_RELATIVE) && (aheadIs(1, K_KEY) || (!aheadIs(1, K_ORGANIZATION) && f->hasOrganization &&
+                                                         f->organization == K_RELATIVE))) {
+                step();
+                take(K_KEY);
+                take(K_IS);
+                f->relativeKey = identifier();
+                continue;
+            }
+            f->hasOrganization = true;
+            if (take(K_LINE)) {
+                take(K_SEQUENTIAL);
+                f->organization = K_LINE;
+            } else if (take(K_RECORD) || take(K_BINARY)) {
+                take(K_SEQUENTIAL);
+                f->organization = K_SEQUENTIAL;
+            } else if (at(K_SEQUENTIAL) || at(K_RELATIVE) || at(K_INDEXED)) {
+                f->organization = now().word;
+                step();
+            } else {
+                error("expected an organization before " + shown());
+            }
+        } else if (take(K_PADDING)) {
+            take(K_CHARACTER);
+            take(K_IS);
+            if (atString() || atFigurative())
+                literal();
+            else
+                identifier();
+        } else if (at(K_RECORD) && aheadIs(1, K_DELIMITER)) {
+            step();
+            step();
+            take(K_IS);
+            if (!take(K_STANDARD_1)) step();
+        } else if (take(K_ACCESS)) {
+            take(K_MODE);
+            take(K_IS);
+            if (at(K_SEQUENTIAL) || at(K_RANDOM) || at(K_DYNAMIC)) {
+                f->access = now().word;
+                step();
+            } else {
+                error("expected SEQUENTIAL, RANDOM or DYNAMIC before " + shown());
+            }
+            // ACCESS MODE IS SEQUENTIAL, RELATIVE KEY IS ... may follow without KEY.
+            if (at(K_RELATIVE)) {
+                step();
+                take(K_KEY);
+                take(K_IS);
+                f->relativeKey = identifier();
+            }
+        } else if (take(K_RECORD)) {
+            take(K_KEY);
+            take(K_IS);
+            f->recordKey = identifier();
+            if (at(K_SOURCE)) notBuilt(here(), "RECORD KEY ... SOURCE IS");
+            if (at(K_WITH) && aheadIs(1, K_DUPLICATES)) notBuilt(here(), "WITH DUPLICATES of a primary key");
+        } else if (take(K_ALTERNATE)) {
+            take(K_RECORD);
+            take(K_KEY);
+            take(K_IS);
+            File::AlternateKey key{identifier(), false};
+            if (at(K_WITH) && aheadIs(1, K_DUPLICATES)) step();
+            if (take(K_DUPLICATES)) key.duplicates = true;
+            f->alternateKeys.push_back(key);
+        } else if ((at(K_FILE) && aheadIs(1, K_STATUS)) || at(K_STATUS) || (at(K_FILE) && aheadIs(2, K_STATUS))) {
+            take(K_FILE);
+            take(K_STATUS);
+            take(K_IS);
+            f->status = identifier();
+            if (atName() && !at(K_SHARING) && !(at(K_LOCK))) f->status2 = identifier();
+        } else if (take(K_LOCK)) {
+            take(K_MODE);
+            take(K_IS);
+            if (at(K_MANUAL) || at(K_AUTOMATIC) || at(K_EXCLUSIVE)) {
+                f->lockMode = now().word;
+                step();
+            } else {
+                error("expected MANUAL, AUTOMATIC or EXCLUSIVE before " + shown());
+            }
+            if (at(K_WITH)) step();
+            if (take(K_LOCK)) {
+                take(K_ON);
+                if (take(K_MULTIPLE)) f->lockMultiple = true;
+                take(K_RECORD);
+                take(K_RECORDS);
+            }
+        } else if (take(K_SHARING)) {
+            take(K_WITH);
+            if (take(K_ALL)) {
+                take(K_OTHER);
+                f->sharing = K_ALL;
+            } else if (take(K_NO)) {
+                take(K_OTHER);
+                f->sharing = K_NO;
+            } else if (take(K_READ)) {
+                take(K_ONLY);
+                f->sharing = K_READ;
+            } else {
+                error("expected ALL, NO or READ before " + shown());
+            }
+        } else {
+            errorAt(clause, "expected a clause of SELECT before " + shown());
+        }
+    }
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
+    panic_ = false;
+}
+
+// I-O-CONTROL: SAME RECORD AREA counts; the other clauses have no effect.
+void Parser::ioControl(Program &p)
+{
+    static size_t areas = 0;
+    while (!atEnd() && !atSectionOrDivision() && !at(K_FILE_CONTROL) && !atMark('.')) {
+        if (take(K_SAME)) {
+            bool record = take(K_RECORD);
+            if (take(K_SORT) || take(K_SORT_MERGE)) record = false;
+            take(K_AREA);
+            take(K_FOR);
+            areas++;
+            while (atName()) {
+                File *f = findFile(p, now().word);
+                if (!f)
+                    error("there is no file " + wordText(now().word));
+                else if (record)
+                    f->sameArea = areas;
+                step();
+            }
+        } else {
+            if (at(K_RERUN) || at(K_MULTIPLE)) warn("obsolete", here(), wordText(now().word) + " has no effect");
+            step();
+        }
+        if (atMark('.') && (ahead().kind == TokenKind::Name &&
+                            (ahead().word == K_SAME || ahead().word == K_RERUN || ahead().word == K_MULTIPLE)))
+            step();
+    }
+    takeMark('.');
+    panic_ = false;
+}
+
+File *Parser::findFile(Program &p, Word name)
+{
+    for (File *f : p.files)
+        if (f->name == name) return f;
+    return nullptr;
+}
+
+} // namespace kvrcob

@@ -1,0 +1,279 @@
+// OPEN, CLOSE, READ, WRITE, REWRITE, DELETE, START, UNLOCK.
+#include "cobol/syntax/parser.h"
+
+namespace kvrcob {
+
+Statement *Parser::openStatement()
+{
+    auto *s = begin<OpenStatement>();
+    bool any = false;
+    while (at(K_INPUT) || at(K_OUTPUT) || at(K_I_O) || at(K_EXTEND)) {
+        Word mode = now().word;
+        step();
+        Word sharing = 0;
+        if (take(K_SHARING)) {
+            take(K_WITH);
+            if (take(K_ALL))
+                sharing = K_ALL;
+            else if (take(K_NO))
+                sharing = K_NO;
+            else if (take(K_READ))
+                sharing = K_READ;
+            take(K_OTHER);
+            take(K_ONLY);
+        }
+        while (atName() && !panic_) {
+            OpenStatement::Part part;
+            part.mode = mode;
+            part.file = now().word;
+            part.at = here();
+            part.sharing = sharing;
+            if (program_ && mode != K_OUTPUT && mode != K_EXTEND) program_->readFiles.push_back(part.file);
+            step();
+            if (take(K_REVERSED)) part.reversed = true;
+            if (at(K_WITH) && (aheadIs(1, K_NO) || aheadIs(1, K_LOCK))) step();
+            if (take(K_NO)) {
+                take(K_REWIND);
+                part.noRewind = true;
+            }
+            if (take(K_LOCK)) part.sharing = K_NO;
+            s->parts.push_back(part);
+            any = true;
+        }
+    }
+    if (!any) error("expected INPUT, OUTPUT, I-O or EXTEND and a file before " + shown());
+    return s;
+}
+
+Statement *Parser::closeStatement()
+{
+    auto *s = begin<CloseStatement>();
+    do {
+        CloseStatement::Part part;
+        part.file = now().word;
+        part.at = here();
+        if (!atName()) {
+            error("expected a file before " + shown());
+            return s;
+        }
+        step();
+        if (take(K_REEL) || take(K_UNIT)) {
+            part.reel = true;
+            if (take(K_FOR)) {
+                take(K_REMOVAL);
+                part.removal = true;
+            }
+        }
+        if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_NO))) step();
+        if (take(K_LOCK)) part.lock = true;
+        if (at(K_NO) && aheadIs(1, K_REWIND)) {
+            step();
+            step();
+            part.noRewind = true;
+        }
+        s->parts.push_back(part);
+    } while (atName() && !panic_);
+    return s;
+}
+
+Statement *Parser::readStatement()
+{
+    auto *s = begin<FileStatement>();
+    s->fileAt = here();
+    if (!atName()) {
+        error("expected a file before " + shown());
+        return s;
+    }
+    s->file = now().word;
+    step();
+    if (take(K_NEXT))
+        s->next = true;
+    else if (take(K_PREVIOUS))
+        s->previous = true;
+    take(K_RECORD);
+    if (take(K_INTO)) s->into = identifier();
+    for (;;) {
+        if (panic_) return s;
+        if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_NO) || aheadIs(1, K_WAIT) || aheadIs(1, K_IGNORE))) {
+            step();
+            if (take(K_NO)) {
+                take(K_LOCK);
+                s->lock = K_NO;
+            } else if (take(K_IGNORE)) {
+                take(K_LOCK);
+                s->lock = K_IGNORING;
+            } else {
+                step();
+                s->lock = K_LOCK;
+            }
+        } else if (at(K_IGNORING)) {
+            step();
+            take(K_LOCK);
+            s->lock = K_IGNORING;
+        } else if (at(K_KEY)) {
+            step();
+            take(K_IS);
+            s->key = identifier();
+        } else if (at(K_INTO)) {
+            step();
+            s->into = identifier();
+        } else {
+            break;
+        }
+    }
+    for (;;) {
+        bool any = phrases(s->end, K_AT, K_END, 0);
+        if (at(K_INVALID) || (at(K_NOT) && aheadIs(1, K_INVALID))) {
+            bool negated = take(K_NOT);
+            if (negated ? s->invalid.hasNot : s->invalid.has) break;
+            step();
+            take(K_KEY);
+            (negated ? s->invalid.hasNot : s->invalid.has) = true;
+            block(negated ? s->invalid.onNot : s->invalid.on);
+            any = true;
+        }
+        if (!any || panic_) break;
+    }
+    take(K_END_READ);
+    return s;
+}
+
+// INVALID KEY and NOT INVALID KEY; KEY may be left out.
+static bool atInvalid(const Token &a, const Token &b)
+{
+    return a.kind == TokenKind::Name &&
+           (a.word == K_INVALID || (a.word == K_NOT && b.kind == TokenKind::Name && b.word == K_INVALID));
+}
+
+#define KVRCOB_INVALID(s)                                                                                              \
+    while (atInvalid(now(), ahead()) && !panic_) {                                                                     \
+        bool negated = at(K_NOT);                                                                                      \
+        if (negated ? (s)->invalid.hasNot : (s)->invalid.has) break;                                                   \
+        if (negated) step();                                                                                           \
+        step();                                                                                                        \
+        take(K_KEY);                                                                                                   \
+        (negated ? (s)->invalid.hasNot : (s)->invalid.has) = true;                                                     \
+        block(negated ? (s)->invalid.onNot : (s)->invalid.on);                                                         \
+    }
+
+Statement *Parser::writeStatement()
+{
+    auto *s = begin<FileStatement>();
+    if (at(K_FILE)) {
+        notBuilt(here(), "WRITE FILE");
+        return s;
+    }
+    s->record = identifier();
+    if (take(K_FROM)) s->from = operand();
+    if (at(K_BEFORE) || at(K_AFTER)) {
+        (at(K_BEFORE) ? s->before : s->after) = true;
+        if (program_) program_->advancedRecords.push_back(s->record->names[0]);
+        step();
+        take(K_ADVANCING);
+        if (take(K_PAGE)) {
+            s->page = true;
+        } else if (atName() && program_) {
+            for (const Mnemonic &m : program_->mnemonics)
+                if (m.name == now().word) s->mnemonic = m.device;
+            if (s->mnemonic)
+                step();
+            else
+                s->advancing = operand();
+        } else {
+            s->advancing = operand();
+        }
+        take(K_LINE);
+        take(K_LINES);
+    }
+    for (;;) {
+        if (panic_) return s;
+        bool negated = at(K_NOT);
+        size_t i = negated ? 1 : 0;
+        if (aheadIs(i, K_AT)) i++;
+        if (!(aheadIs(i, K_END_OF_PAGE) || aheadIs(i, K_EOP))) break;
+        if (negated ? s->eop.hasNot : s->eop.has) break;
+        if (negated) step();
+        take(K_AT);
+        step();
+        (negated ? s->eop.hasNot : s->eop.has) = true;
+        block(negated ? s->eop.onNot : s->eop.on);
+    }
+    KVRCOB_INVALID(s)
+    take(K_END_WRITE);
+    return s;
+}
+
+Statement *Parser::rewriteStatement()
+{
+    auto *s = begin<FileStatement>();
+    s->record = identifier();
+    if (take(K_FROM)) s->from = operand();
+    KVRCOB_INVALID(s)
+    take(K_END_REWRITE);
+    return s;
+}
+
+Statement *Parser::deleteStatement()
+{
+    auto *s = begin<FileStatement>();
+    if (at(K_FILE)) {
+        notBuilt(here(), "DELETE FILE");
+        return s;
+    }
+    s->fileAt = here();
+    if (!atName()) {
+        error("expected a file before " + shown());
+        return s;
+    }
+    s->file = now().word;
+    step();
+    take(K_RECORD);
+    KVRCOB_INVALID(s)
+    take(K_END_DELETE);
+    return s;
+}
+
+Statement *Parser::startStatement()
+{
+    auto *s = begin<FileStatement>();
+    s->fileAt = here();
+    if (!atName()) {
+        error("expected a file before " + shown());
+        return s;
+    }
+    s->file = now().word;
+    step();
+    if (at(K_FIRST) || at(K_LAST)) {
+        s->relation = now().word;
+        step();
+    } else if (take(K_KEY)) {
+        take(K_IS);
+        bool negated = take(K_NOT);
+        if (!atRelationalOperator()) {
+            error("expected a relation before " + shown());
+            return s;
+        }
+        uint32_t op = relationalOperator();
+        if (negated) op = op == '=' ? kNotEqual : op == '<' ? kGreaterEqual : op == '>' ? kLessEqual : op;
+        s->relation = op;
+        s->key = identifier();
+        if (at(K_WITH) && (aheadIs(1, K_SIZE) || aheadIs(1, K_LENGTH))) notBuilt(here(), "START ... WITH LENGTH");
+    }
+    KVRCOB_INVALID(s)
+    take(K_END_START);
+    return s;
+}
+
+Statement *Parser::unlockStatement()
+{
+    auto *s = begin<FileStatement>();
+    s->fileAt = here();
+    s->file = now().word;
+    if (!atName()) error("expected a file before " + shown());
+    step();
+    take(K_RECORD);
+    take(K_RECORDS);
+    return s;
+}
+
+} // namespace kvrcob

@@ -1,0 +1,171 @@
+// Programs and their nesting; the IDENTIFICATION DIVISION. Comment entries (AUTHOR and its like)
+// are gone already: text/source_lines.cpp.
+#include "cobol/syntax/parser.h"
+
+namespace kvrcob {
+
+bool Parser::atProgramStart() const
+{
+    return ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) ||
+           (at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct);
+}
+
+void Parser::parse()
+{
+    while (!atEnd()) {
+        if (takeMark('.')) continue;
+        size_t before = position_;
+        if (atProgramStart() || at(K_ENVIRONMENT, K_DIVISION) || at(K_DATA, K_DIVISION) ||
+            at(K_PROCEDURE, K_DIVISION)) {
+            if (Program *made = program(nullptr)) group_.programs.push_back(made);
+        } else {
+            if (now().kind == TokenKind::Name && wordText(now().word) == "FUNCTION-ID")
+                notBuilt(here(), "FUNCTION-ID");
+            else if (now().kind == TokenKind::Name && wordText(now().word) == "CLASS-ID")
+                notBuilt(here(), "CLASS-ID");
+            else
+                error("expected IDENTIFICATION DIVISION before " + shown());
+            while (!atEnd() && !atProgramStart()) step();
+            panic_ = false;
+        }
+        if (position_ == before) step();
+    }
+    if (group_.programs.empty() && diagnostics().errors() == 0) error("the source holds no program");
+}
+
+Program *Parser::program(Program *parent)
+{
+    Depth guard(*this);
+    if (deep()) return nullptr;
+    Program *p = make<Program>();
+    p->parent = parent;
+    p->at = here();
+    Program *outer = program_;
+    program_ = p;
+    if (parent) {
+        // Contained programs take over what the outermost one's CONFIGURATION SECTION says.
+        p->alphabets = parent->alphabets;
+        p->classes = parent->classes;
+        p->symbolics = parent->symbolics;
+        p->mnemonics = parent->mnemonics;
+        p->currency = parent->currency;
+        p->commaIsPoint = parent->commaIsPoint;
+        p->collating = parent->collating;
+        p->collatingAt = parent->collatingAt;
+        p->allFunctions = parent->allFunctions;
+        p->functions = parent->functions;
+        p->debugging = parent->debugging;
+    }
+    if (at(K_IDENTIFICATION) || at(K_ID)) {
+        step();
+        expect(K_DIVISION);
+        expectPeriod();
+        panic_ = false;
+    }
+    if (take(K_PROGRAM_ID)) {
+        takeMark('.');
+        p->at = here();
+        if (now().kind == TokenKind::Name || atString() || atNumber()) {
+            p->nameText = now().text;
+            p->name = internWord(now().text);
+            step();
+        } else {
+            error("expected the program's name before " + shown());
+        }
+        take(K_IS);
+        for (;;) {
+            if (take(K_COMMON)) {
+                p->common = true;
+            } else if (take(K_INITIAL)) {
+                p->initial = true;
+            } else if (take(K_RECURSIVE)) {
+                p->recursive = true;
+            } else if (take(K_PROGRAM)) {
+                break;
+            } else if (take(internWord("AS"))) {
+                if (atString()) {
+                    p->nameText = now().text;
+                    p->name = internWord(now().text);
+                    step();
+                }
+            } else {
+                break;
+            }
+        }
+        take(K_PROGRAM);
+        if (!takeMark('.') && !atEnd()) {
+            if (!at(K_ENVIRONMENT) && !at(K_DATA) && !at(K_PROCEDURE)) {
+                expectPeriod();
+                skipToPeriod();
+            } else {
+                expectPeriod();
+            }
+        }
+        panic_ = false;
+    } else {
+        // A source without PROGRAM-ID; it gets the name MAIN.
+        if (!at(K_ENVIRONMENT) && !at(K_DATA) && !at(K_PROCEDURE)) error("expected PROGRAM-ID before " + shown());
+        panic_ = false;
+        p->name = internWord("MAIN");
+        p->nameText = wordText(p->name);
+    }
+    if (at(K_OPTIONS)) skipToPeriod();
+    if (at(K_ENVIRONMENT, K_DIVISION)) environmentDivision(*p);
+    if (at(K_CONFIGURATION, K_SECTION) || at(K_INPUT_OUTPUT, K_SECTION)) environmentDivision(*p);
+    if (at(K_DATA, K_DIVISION) || at(K_FILE, K_SECTION) || at(K_WORKING_STORAGE, K_SECTION) ||
+        at(K_LINKAGE, K_SECTION) || at(K_LOCAL_STORAGE, K_SECTION))
+        dataDivision(*p);
+    if (at(K_PROCEDURE, K_DIVISION)) procedureDivision(*p);
+    // Contained programs, then END PROGRAM.
+    for (;;) {
+        panic_ = false;
+        if (takeMark('.')) continue;
+        if (at(K_IDENTIFICATION) || at(K_ID) || at(K_PROGRAM_ID)) {
+            // Without END PROGRAM in front of it, it can be the next outermost program only where
+            // this one is not contained; a program that is followed by another and has an END
+            // PROGRAM of its own later contains it. So look for END PROGRAM with this name.
+            bool contains = false;
+            int depth = 0;
+            for (size_t i = position_; i + 1 < tokens_.size(); i++) {
+                const Token &t = tokens_[i];
+                if (t.kind != TokenKind::Name) continue;
+                if (t.word == K_END && tokens_[i + 1].kind == TokenKind::Name && tokens_[i + 1].word == K_PROGRAM) {
+                    if (i + 2 < tokens_.size() && internWord(tokens_[i + 2].text) == p->name) {
+                        contains = true;
+                        break;
+                    }
+                    depth++;
+                }
+                if (depth > 10000) break;
+            }
+            if (!contains) break;
+            if (Program *inner = program(p)) p->nested.push_back(inner);
+            continue;
+        }
+        break;
+    }
+    p->endAt = here();
+    if (at(K_END, K_PROGRAM)) endProgram(*p);
+    program_ = outer;
+    return p;
+}
+
+void Parser::endProgram(Program &p)
+{
+    // END PROGRAM of an outer program ends this one too; it is taken there.
+    if (ahead(2).kind != TokenKind::Punct && ahead(2).kind != TokenKind::End && internWord(ahead(2).text) != p.name) {
+        for (Program *outer = p.parent; outer; outer = outer->parent)
+            if (outer->name == internWord(ahead(2).text)) return;
+        panic_ = false;
+        errorAt(here() + 2,
+                "END PROGRAM names " + std::string(ahead(2).text) + ", but the program is " + std::string(p.nameText));
+        panic_ = false;
+    }
+    step();
+    step();
+    if (!atMark('.') && !atEnd()) step();
+    if (!takeMark('.') && !atEnd()) expectPeriod();
+    panic_ = false;
+}
+
+} // namespace kvrcob

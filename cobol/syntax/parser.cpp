@@ -1,0 +1,100 @@
+// The parser's tools: looking at words, expecting them, and going on after an error. See parser.h.
+#include "cobol/syntax/parser.h"
+
+namespace kvrcob {
+
+bool Parser::atName() const { return now().kind == TokenKind::Name && !isReserved(now().word); }
+
+bool Parser::take(Word word)
+{
+    if (!at(word)) return false;
+    step();
+    return true;
+}
+
+bool Parser::takeMark(uint32_t mark)
+{
+    if (!atMark(mark)) return false;
+    step();
+    return true;
+}
+
+bool Parser::expect(Word word)
+{
+    if (take(word)) return true;
+    error("expected " + wordText(word) + " before " + shown());
+    return false;
+}
+
+void Parser::expectPeriod()
+{
+    if (takeMark('.')) return;
+    // A missing period before a header or at the end of the text is told, but nothing is skipped
+    // for it.
+    error("expected a period before " + shown());
+}
+
+std::string Parser::shown() const
+{
+    const Token &token = now();
+    switch (token.kind) {
+    case TokenKind::End:
+        return "the end of the source";
+    case TokenKind::String:
+        return "the literal \"" + std::string(token.text.substr(0, 30)) + "\"";
+    case TokenKind::Punct:
+        return "\"" + std::string(token.text) + "\"";
+    default:
+        return std::string(token.text.substr(0, 40));
+    }
+}
+
+void Parser::error(const std::string &text) { errorAt(here(), text); }
+
+void Parser::errorAt(Tok at, const std::string &text)
+{
+    if (panic_) return;
+    panic_ = true;
+    diagnostics().error(group_.spot(at), text);
+}
+
+void Parser::warn(const char *name, Tok at, const std::string &text)
+{
+    if (!panic_) diagnostics().warning(name, group_.spot(at), text);
+}
+
+void Parser::notBuilt(Tok at, const std::string &phrase) { errorAt(at, phrase + " is not supported yet"); }
+
+void Parser::skipToPeriod()
+{
+    while (!atEnd() && !atMark('.')) step();
+    takeMark('.');
+    panic_ = false;
+}
+
+void Parser::skipToVerb()
+{
+    while (!atEnd() && !atMark('.') && !atVerb() && !at(K_ELSE) && !at(K_WHEN) &&
+           !(now().kind == TokenKind::Name && wordText(now().word).rfind("END-", 0) == 0 && isReserved(now().word)))
+        step();
+    panic_ = false;
+}
+
+void Parser::recover()
+{
+    if (panic_) skipToVerb();
+}
+
+bool Parser::deep()
+{
+    if (depth_ < 1000) return false;
+    if (!tooDeep_) {
+        panic_ = false;
+        error("this is nested too deep");
+        tooDeep_ = true;
+    }
+    panic_ = true;
+    return true;
+}
+
+} // namespace kvrcob

@@ -1,0 +1,211 @@
+// The parser: tokens to trees, by recursive descent. One file a division or group of statements:
+//
+//   parser.cpp the tools: looking at words, expecting them, recovering from errors
+//   identification.cpp programs, nesting, IDENTIFICATION DIVISION environment_division.cpp
+//   SPECIAL-NAMES, SELECT data_division.cpp FD, data descriptions procedure_division.cpp sections,
+//   paragraphs, sentences, the table of verbs expressions.cpp identifiers, arithmetic expressions,
+//   conditions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp
+//   strings.cpp searching.cpp statements
+//
+// After an error the parser is in panic: it says no more until the next verb, period or header.
+#pragma once
+
+#include "cobol/syntax/tree.h"
+
+namespace kvrcob {
+
+class Parser {
+public:
+    explicit Parser(Group &group) : group_(group), tokens_(group.tokens) {}
+    void parse();
+
+private:
+    // ---- parser.cpp
+    const Token &now() const { return tokens_[position_]; }
+    const Token &ahead(size_t n = 1) const
+    {
+        return tokens_[position_ + n < tokens_.size() ? position_ + n : tokens_.size() - 1];
+    }
+    Tok here() const { return static_cast<Tok>(position_); }
+    bool at(Word word) const { return now().kind == TokenKind::Name && now().word == word; }
+    bool at(Word a, Word b) const { return at(a) && ahead().kind == TokenKind::Name && ahead().word == b; }
+    bool atMark(uint32_t mark) const { return now().kind == TokenKind::Punct && now().word == mark; }
+    bool atEnd() const { return now().kind == TokenKind::End; }
+    bool atName() const; // a user-defined word
+    bool atNumber() const { return now().kind == TokenKind::Number; }
+    bool atString() const { return now().kind == TokenKind::String; }
+    bool aheadIs(size_t n, Word word) const { return ahead(n).kind == TokenKind::Name && ahead(n).word == word; }
+    void step()
+    {
+        if (position_ + 1 < tokens_.size()) position_++;
+    }
+    bool take(Word word);
+    bool takeMark(uint32_t mark);
+    bool expect(Word word);
+    void expectPeriod();
+    void error(const std::string &text);
+    void errorAt(Tok at, const std::string &text);
+    void warn(const char *name, Tok at, const std::string &text);
+    void notBuilt(Tok at, const std::string &phrase);
+    std::string shown() const; // the present token, for messages
+    void skipToPeriod();
+    void skipToVerb();
+    void recover();
+    bool deep(); // nesting is too deep; reports
+    struct Depth {
+        Parser &parser;
+        explicit Depth(Parser &p) : parser(p) { p.depth_++; }
+        ~Depth() { parser.depth_--; }
+    };
+
+    // ---- identification.cpp
+    Program *program(Program *parent);
+    bool atProgramStart() const;
+    void endProgram(Program &program);
+
+    // ---- environment_division.cpp
+    void environmentDivision(Program &program);
+    void configurationSection(Program &program);
+    void specialNames(Program &program);
+    void alphabetClause(Program &program);
+    void classClause(Program &program);
+    void symbolicClause(Program &program);
+    bool mnemonicClause(Program &program);
+    void inputOutputSection(Program &program);
+    void selectEntry(Program &program);
+    void ioControl(Program &program);
+    bool atSectionOrDivision() const;
+
+    // ---- data_division.cpp
+    void dataDivision(Program &program);
+    void fileSection(Program &program);
+    void fileDescription(Program &program);
+    void records(Program &program, Item::Section section, File *file);
+    Item *dataDescription(Program &program, Item::Section section);
+    void occursClause(Program &program, Item &item);
+    void occursPhrases(Program &program, Item &item);
+    void usageClause(Item &item);
+    bool usageWord(Item &item);
+    void valueClause(Item &item);
+    File *findFile(Program &program, Word name);
+
+    // ---- procedure_division.cpp
+    void procedureDivision(Program &program);
+    void paragraphs(Program &program, bool declaratives);
+    void useStatement(Program &program, size_t procedure);
+    void sentences(Procedure &procedure);
+    bool atVerb() const;
+    bool atProcedureHeader() const;
+    Statement *statement();
+    void block(Block &out);
+    template <class T>
+    T *begin()
+    {
+        T *node = make<T>();
+        node->verb = now().word;
+        node->at = here();
+        step();
+        return node;
+    }
+    // ON x / NOT ON x: `lead` are the words that may stand before (AT, ON), `words` those that make
+    // it.
+    bool phrases(Phrases &out, Word lead, Word first, Word second);
+    bool atPhrase(Word lead, Word first, Word second, size_t from = 0) const;
+    ProcedureName procedureName();
+    bool atProcedureName() const;
+    friend struct VerbRow;
+
+    // ---- expressions.cpp
+    Expr *expression(); // arithmetic
+    Expr *condition();  // or any of the rest
+    Expr *operand();    // identifier, literal, figurative constant, function
+    Expr *literal();    // with sign
+    Reference *identifier();
+    Reference *fileOrName(); // without subscripts
+    bool atOperand() const;
+    bool atFigurative() const;
+    Expr *orCondition();
+    Expr *andCondition();
+    Expr *notCondition();
+    Expr *relation();
+    Expr *additive();
+    Expr *multiplicative();
+    Expr *power();
+    Expr *unary();
+    Expr *primary();
+    Expr *functionCall();
+    void subscriptsAndRefmod(Reference &ref);
+    uint32_t relationalOperator(); // 0: none; takes its words
+    bool atRelationalOperator() const;
+    Expr *node(ExprKind kind, Tok at);
+    Expr *number(std::string_view text, Tok at);
+    bool parseInteger(int64_t &value);
+
+    // ---- statements
+    Statement *addStatement();
+    Statement *subtractStatement();
+    Statement *multiplyStatement();
+    Statement *divideStatement();
+    Statement *computeStatement();
+    void arithmeticTargets(std::vector<Target> &targets);
+    void sizeError(Phrases &out);
+
+    Statement *moveStatement();
+    Statement *initializeStatement();
+    Statement *setStatement();
+
+    Statement *ifStatement();
+    Statement *evaluateStatement();
+    Expr *evaluateOperand(bool object);
+    Statement *performStatement();
+    Statement *goStatement();
+    Statement *alterStatement();
+    Statement *exitStatement();
+    Statement *continueStatement();
+    Statement *nextSentence();
+    Statement *stopStatement();
+    Statement *gobackStatement();
+
+    Statement *displayStatement();
+    Statement *acceptStatement();
+
+    Statement *callStatement();
+    Statement *cancelStatement();
+    Statement *entryStatement();
+    void usingPhrase(std::vector<CallStatement::Argument> &arguments);
+
+    Statement *openStatement();
+    Statement *closeStatement();
+    Statement *readStatement();
+    Statement *writeStatement();
+    Statement *rewriteStatement();
+    Statement *deleteStatement();
+    Statement *startStatement();
+    Statement *unlockStatement();
+
+    Statement *sortStatement();
+    Statement *releaseStatement();
+    Statement *returnStatement();
+    bool sortKeys(std::vector<SortKey> &keys);
+
+    Statement *stringStatement();
+    Statement *unstringStatement();
+    Statement *inspectStatement();
+    void beforeAfter(InspectStatement::Phrase &phrase);
+
+    Statement *searchStatement();
+
+    Statement *notBuiltStatement();
+    Statement *enterStatement();
+
+    Group &group_;
+    std::vector<Token> &tokens_;
+    size_t position_ = 0;
+    bool panic_ = false;
+    bool tooDeep_ = false;
+    int depth_ = 0;
+    bool inArguments_ = false; // of a function: "A -1" are two
+    Program *program_ = nullptr;
+};
+
+} // namespace kvrcob

@@ -1,0 +1,404 @@
+// PROCEDURE DIVISION: sections, paragraphs, sentences, declaratives, and the table of verbs, which
+// leads to each statement's routine.
+#include "cobol/syntax/parser.h"
+
+#include <vector>
+
+namespace kvrcob {
+
+// A newcomer finds a statement here: its verb, its routine, and with the routine its file.
+struct VerbRow {
+    Word verb;
+    Statement *(Parser::*parse)();
+    static const VerbRow *of(Word verb);
+};
+
+const VerbRow *VerbRow::of(Word verb)
+{
+    static const VerbRow rows[] = {
+        // arithmetic.cpp
+        {K_ADD, &Parser::addStatement},
+        {K_SUBTRACT, &Parser::subtractStatement},
+        {K_MULTIPLY, &Parser::multiplyStatement},
+        {K_DIVIDE, &Parser::divideStatement},
+        {K_COMPUTE, &Parser::computeStatement},
+        // moves.cpp
+        {K_MOVE, &Parser::moveStatement},
+        {K_INITIALIZE, &Parser::initializeStatement},
+        {K_SET, &Parser::setStatement},
+        // control.cpp
+        {K_IF, &Parser::ifStatement},
+        {K_EVALUATE, &Parser::evaluateStatement},
+        {K_PERFORM, &Parser::performStatement},
+        {K_GO, &Parser::goStatement},
+        {K_ALTER, &Parser::alterStatement},
+        {K_EXIT, &Parser::exitStatement},
+        {K_CONTINUE, &Parser::continueStatement},
+        {K_NEXT, &Parser::nextSentence},
+        {K_STOP, &Parser::stopStatement},
+        {K_GOBACK, &Parser::gobackStatement},
+        // console.cpp
+        {K_DISPLAY, &Parser::displayStatement},
+        {K_ACCEPT, &Parser::acceptStatement},
+        // calls.cpp
+        {K_CALL, &Parser::callStatement},
+        {K_CANCEL, &Parser::cancelStatement},
+        {K_ENTRY, &Parser::entryStatement},
+        // files.cpp
+        {K_OPEN, &Parser::openStatement},
+        {K_CLOSE, &Parser::closeStatement},
+        {K_READ, &Parser::readStatement},
+        {K_WRITE, &Parser::writeStatement},
+        {K_REWRITE, &Parser::rewriteStatement},
+        {K_DELETE, &Parser::deleteStatement},
+        {K_START, &Parser::startStatement},
+        {K_UNLOCK, &Parser::unlockStatement},
+        // sorting.cpp
+        {K_SORT, &Parser::sortStatement},
+        {K_MERGE, &Parser::sortStatement},
+        {K_RELEASE, &Parser::releaseStatement},
+        {K_RETURN, &Parser::returnStatement},
+        // strings.cpp
+        {K_STRING, &Parser::stringStatement},
+        {K_UNSTRING, &Parser::unstringStatement},
+        {K_INSPECT, &Parser::inspectStatement},
+        // searching.cpp
+        {K_SEARCH, &Parser::searchStatement},
+        // not built
+        {K_ENTER, &Parser::enterStatement},
+        {K_GENERATE, &Parser::notBuiltStatement},
+        {K_INITIATE, &Parser::notBuiltStatement},
+        {K_TERMINATE, &Parser::notBuiltStatement},
+        {K_SUPPRESS, &Parser::notBuiltStatement},
+        {K_SEND, &Parser::notBuiltStatement},
+        {K_RECEIVE, &Parser::notBuiltStatement},
+        {K_ENABLE, &Parser::notBuiltStatement},
+        {K_DISABLE, &Parser::notBuiltStatement},
+        {K_PURGE, &Parser::notBuiltStatement},
+        {K_EXEC, &Parser::notBuiltStatement},
+        {K_XML, &Parser::notBuiltStatement},
+        {K_JSON, &Parser::notBuiltStatement},
+        {K_INVOKE, &Parser::notBuiltStatement},
+        {K_EXAMINE, &Parser::notBuiltStatement},
+        {K_TRANSFORM, &Parser::notBuiltStatement},
+        {K_EXHIBIT, &Parser::notBuiltStatement},
+        {K_ALLOCATE, &Parser::notBuiltStatement},
+        {K_FREE, &Parser::notBuiltStatement},
+        {K_RAISE, &Parser::notBuiltStatement},
+    };
+    static const std::vector<const VerbRow *> index = [] {
+        std::vector<const VerbRow *> all(K_count, nullptr);
+        for (const VerbRow &row : rows) all[row.verb] = &row;
+        return all;
+    }();
+    return verb < index.size() ? index[verb] : nullptr;
+}
+
+bool Parser::atVerb() const
+{
+    if (now().kind != TokenKind::Name || !VerbRow::of(now().word)) return false;
+    if (isReserved(now().word)) return true;
+    // A word of some context only (UNLOCK, EXEC): a verb if an operand follows, and not a
+    // paragraph's name or a qualifier.
+    const Token &next = ahead();
+    return next.kind == TokenKind::Name && next.word != K_OF && next.word != K_IN && next.word != K_TO &&
+           next.word != K_SECTION && !(next.word < K_count && VerbRow::of(next.word) && isReserved(next.word));
+}
+
+Statement *Parser::notBuiltStatement()
+{
+    Word verb = now().word;
+    Tok start = here();
+    Statement *s = begin<Statement>();
+    notBuilt(start, "the statement " + wordText(verb));
+    if (verb == K_EXEC) {
+        while (!atEnd() && !at(K_END_EXEC)) step();
+        take(K_END_EXEC);
+        panic_ = false;
+    }
+    return s;
+}
+
+// ENTER language [routine]. Obsolete, no effect.
+Statement *Parser::enterStatement()
+{
+    ExitStatement *s = begin<ExitStatement>();
+    s->form = ExitStatement::Continue;
+    warn("obsolete", s->at, "ENTER is obsolete and has no effect");
+    while (!atEnd() && !atMark('.')) step();
+    return s;
+}
+
+bool Parser::atPhrase(Word lead, Word first, Word second, size_t from) const
+{
+    size_t i = from;
+    if (aheadIs(i, lead)) i++;
+    return aheadIs(i, first) && (!second || aheadIs(i + 1, second));
+}
+
+// A pair of phrases such as ON SIZE ERROR ... NOT ON SIZE ERROR ...
+bool Parser::phrases(Phrases &out, Word lead, Word first, Word second)
+{
+    bool any = false;
+    for (;;) {
+        if (panic_) return any;
+        bool negated = at(K_NOT) && atPhrase(lead, first, second, 1);
+        if (!negated && !atPhrase(lead, first, second)) return any;
+        if ((negated ? out.hasNot : out.has)) return any; // belongs to a statement around this one
+        if (!negated && out.hasNot && !out.has) {
+            // NOT ... first, then the positive one: some programs have them in this order.
+        }
+        if (negated) step();
+        if (at(lead)) step();
+        step();
+        if (second) step();
+        any = true;
+        if (negated) {
+            out.hasNot = true;
+            block(out.onNot);
+        } else {
+            out.has = true;
+            block(out.on);
+        }
+    }
+}
+
+Statement *Parser::statement()
+{
+    const VerbRow *row = VerbRow::of(now().word);
+    Statement *s = (this->*row->parse)();
+    recover();
+    return s;
+}
+
+// Statements up to what ends the block: a period, ELSE, WHEN, END-..., a phrase of the statement
+// around.
+void Parser::block(Block &out)
+{
+    Depth guard(*this);
+    if (deep()) return;
+    while (!atEnd() && !atMark('.')) {
+        if (panic_) recover();
+        if (!atVerb()) return;
+        if (at(K_NEXT) && !aheadIs(1, K_SENTENCE)) return;
+        out.push_back(statement());
+    }
+}
+
+bool Parser::atProcedureName() const
+{
+    return now().kind == TokenKind::Name ? !isReserved(now().word) : now().kind == TokenKind::Number;
+}
+
+ProcedureName Parser::procedureName()
+{
+    ProcedureName name;
+    name.at = here();
+    if (!atProcedureName()) {
+        error("expected the name of a paragraph or section before " + shown());
+        return name;
+    }
+    name.name = internWord(now().text);
+    step();
+    if ((at(K_OF) || at(K_IN)) && (ahead().kind == TokenKind::Name || ahead().kind == TokenKind::Number)) {
+        step();
+        name.section = internWord(now().text);
+        step();
+    }
+    return name;
+}
+
+// A paragraph or section header: a name in front of a period or SECTION.
+bool Parser::atProcedureHeader() const
+{
+    if (now().kind != TokenKind::Name && now().kind != TokenKind::Number) return false;
+    if (now().kind == TokenKind::Name && isReserved(now().word)) return false;
+    const Token &next = ahead();
+    if (next.kind == TokenKind::Punct && next.word == '.') return true;
+    return next.kind == TokenKind::Name && next.word == K_SECTION;
+}
+
+void Parser::procedureDivision(Program &p)
+{
+    p.hasProcedures = true;
+    p.procedureAt = here();
+    step();
+    step();
+    if (take(K_USING)) usingPhrase(p.parameters);
+    if (take(K_CHAINING)) notBuilt(here(), "PROCEDURE DIVISION CHAINING");
+    if (take(K_RETURNING)) {
+        if (take(K_OMITTED)) {
+        } else {
+            p.returning = identifier();
+        }
+    }
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
+    panic_ = false;
+    if (at(K_DECLARATIVES)) {
+        step();
+        expectPeriod();
+        panic_ = false;
+        paragraphs(p, true);
+        if (at(K_END, K_DECLARATIVES)) {
+            step();
+            step();
+            expectPeriod();
+            panic_ = false;
+        } else {
+            error("expected END DECLARATIVES before " + shown());
+            panic_ = false;
+        }
+    }
+    p.firstProcedure = p.procedures.size();
+    paragraphs(p, false);
+}
+
+void Parser::paragraphs(Program &p, bool declaratives)
+{
+    int section = -1;
+    bool open = false; // a procedure takes statements
+    for (;;) {
+        panic_ = false;
+        if (atEnd()) return;
+        if (at(K_END, K_PROGRAM) || at(K_END, K_DECLARATIVES)) return;
+        if ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) return;
+        if (at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct) return;
+        if (takeMark('.')) continue;
+        if (atProcedureHeader()) {
+            Procedure procedure;
+            procedure.name = internWord(now().text);
+            procedure.at = here();
+            procedure.declarative = declaratives;
+            step();
+            if (take(K_SECTION)) {
+                procedure.isSection = true;
+                if (atNumber()) {
+                    int64_t number = 0;
+                    parseInteger(number);
+                    procedure.segment = static_cast<int>(number);
+                }
+                section = static_cast<int>(p.procedures.size());
+            } else {
+                procedure.section = section;
+                if (section >= 0) procedure.segment = p.procedures[static_cast<size_t>(section)].segment;
+            }
+            expectPeriod();
+            panic_ = false;
+            p.procedures.push_back(std::move(procedure));
+            open = true;
+            if (at(K_USE)) useStatement(p, p.procedures.size() - 1);
+            continue;
+        }
+        if (!atVerb()) {
+            if (now().kind == TokenKind::Name && !isReserved(now().word)) {
+                // A word where a statement should begin: perhaps a verb in other letters, perhaps a
+                // header without its period.
+                error(wordText(now().word) + " is neither a statement nor a paragraph's name with a period after it");
+            } else {
+                error("expected a statement before " + shown());
+            }
+            step();
+            skipToVerb();
+            continue;
+        }
+        if (!open) {
+            Procedure procedure;
+            procedure.at = here();
+            procedure.declarative = declaratives;
+            procedure.section = section;
+            p.procedures.push_back(std::move(procedure));
+            open = true;
+        }
+        sentences(p.procedures.back());
+    }
+}
+
+void Parser::sentences(Procedure &procedure)
+{
+    Sentence sentence;
+    block(sentence.statements);
+    if (!takeMark('.') && !atEnd()) {
+        if (at(K_END, K_PROGRAM) || at(K_END, K_DECLARATIVES) || at(K_IDENTIFICATION) || at(K_ID)) {
+            error("expected a period before " + shown());
+        } else if (atProcedureHeader()) {
+            error("expected a period before " + shown());
+        } else {
+            if (at(K_ELSE))
+                error("ELSE without IF");
+            else if (at(K_WHEN))
+                error("WHEN without EVALUATE or SEARCH");
+            else if (now().kind == TokenKind::Name && wordText(now().word).rfind("END-", 0) == 0)
+                error(wordText(now().word) + " without its statement");
+            else
+                error("expected a statement or a period before " + shown());
+            step();
+            skipToVerb();
+        }
+    }
+    procedure.sentences.push_back(std::move(sentence));
+}
+
+void Parser::useStatement(Program &p, size_t procedure)
+{
+    UseStatement use;
+    use.at = here();
+    use.procedure = procedure;
+    step();
+    use.global = take(K_GLOBAL);
+    if (at(K_BEFORE)) {
+        notBuilt(here(), "USE BEFORE REPORTING");
+        skipToPeriod();
+        return;
+    }
+    take(K_FOR);
+    if (take(K_DEBUGGING)) {
+        use.debugging = true;
+        take(K_ON);
+        while (!atMark('.') && !atEnd() && !panic_) {
+            if (at(K_ALL)) {
+                step();
+                if (take(K_PROCEDURES)) {
+                    use.allProcedures = true;
+                } else {
+                    take(K_REFERENCES);
+                    take(K_OF);
+                    use.debugged.push_back(identifier());
+                }
+            } else if (atNumber()) {
+                use.debugged.push_back(make<Reference>());
+                use.debugged.back()->at = here();
+                use.debugged.back()->names.push_back(internWord(now().text));
+                step();
+            } else {
+                use.debugged.push_back(identifier());
+            }
+        }
+    } else {
+        take(K_AFTER);
+        take(K_STANDARD);
+        if (!take(K_EXCEPTION) && !take(K_ERROR)) error("expected ERROR or EXCEPTION before " + shown());
+        take(K_PROCEDURE);
+        take(K_ON);
+        if (at(K_INPUT) || at(K_OUTPUT) || at(K_I_O) || at(K_EXTEND)) {
+            use.mode = now().word;
+            step();
+        } else {
+            while (atName()) {
+                use.files.push_back({now().word, here()});
+                step();
+            }
+            if (use.files.empty()) error("expected a file or an open mode before " + shown());
+        }
+    }
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
+    panic_ = false;
+    p.uses.push_back(use);
+}
+
+} // namespace kvrcob

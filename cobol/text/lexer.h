@@ -1,0 +1,35 @@
+// The lexer: running text to tokens, one at a time.
+#pragma once
+
+#include "cobol/text/source_lines.h"
+#include "cobol/text/token.h"
+
+namespace kvrcob {
+
+class Lexer {
+public:
+    // The running text stays for the whole compilation: tokens point into it.
+    Lexer(uint32_t file, TextOptions &options) : options_(options), running_(*new RunningText(readLines(file, options)))
+    {
+    }
+
+    // The next token; End at the end.
+    Token next();
+
+private:
+    char at(size_t i) const { return i < running_.text.size() ? running_.text[i] : '\n'; }
+    void skipSpace(Token &token);
+    void string(Token &token, char quote, size_t begin);
+    void picture(Token &token);
+    void watch(const Token &token);
+
+    TextOptions &options_;
+    RunningText &running_;
+    size_t position_ = 0;
+    bool expectPicture_ = false;
+    bool lineStart_ = true;
+    Word before_ = 0, beforeThat_ = 0;
+    size_t markHint_ = 0;
+};
+
+} // namespace kvrcob

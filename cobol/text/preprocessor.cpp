@@ -1,0 +1,496 @@
+// See preprocessor.h.
+//
+// COPY is carried out as the words are read; a copybook's words go through its REPLACING phrase and
+// then take the statement's place. REPLACE is a second pass over the whole. Replacing works on
+// whole words. Where a replaced piece touched other characters, as in :TAG:-NAME, the pieces are
+// joined to one word again.
+#include "cobol/text/preprocessor.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <memory>
+#include <sys/stat.h>
+
+namespace kvrcob {
+namespace {
+
+struct Replacement {
+    enum Mode : uint8_t { Whole, Leading, Trailing } mode = Whole;
+    std::vector<Token> from, to;
+    std::string fromText; // of `from`, where its words touch
+};
+
+bool isPunct(const Token &token, uint32_t mark) { return token.kind == TokenKind::Punct && token.word == mark; }
+bool isWord(const Token &token, Word word) { return token.kind == TokenKind::Name && token.word == word; }
+
+bool sameToken(const Token &a, const Token &b)
+{
+    if (a.kind != b.kind) {
+        // A picture string and a word with the same letters are the same text-word.
+        auto plain = [](const Token &t) {
+            return t.kind == TokenKind::Name || t.kind == TokenKind::Picture || t.kind == TokenKind::Number;
+        };
+        return plain(a) && plain(b) && internWord(a.text) == internWord(b.text);
+    }
+    if (a.kind == TokenKind::Name || a.kind == TokenKind::Punct) return a.word == b.word;
+    if (a.kind == TokenKind::Picture) return internWord(a.text) == internWord(b.text);
+    return a.text == b.text;
+}
+
+// Can this token be a piece of a word?
+bool isPiece(const Token &token)
+{
+    return token.kind == TokenKind::Name || token.kind == TokenKind::Number || token.kind == TokenKind::Picture ||
+           isPunct(token, '-') || isPunct(token, '_');
+}
+
+void setText(Token &token, std::string text)
+{
+    token.text = keepText(std::move(text));
+    if (token.kind == TokenKind::Picture) return;
+    bool digits = !token.text.empty();
+    for (char c : token.text)
+        if (!std::isdigit(static_cast<unsigned char>(c))) digits = false;
+    token.kind = digits ? TokenKind::Number : TokenKind::Name;
+    if (!digits) token.word = internWord(token.text);
+}
+
+// Puts `token` after `out`, joined with the last one if they touch and make one word.
+void join(std::vector<Token> &out, const Token &token, bool mayJoin)
+{
+    // After a "-" that was joined, its other half.
+    if (!mayJoin && !out.empty()) mayJoin = out.back().kind == TokenKind::Name && out.back().text.back() == '-';
+    if (mayJoin && !out.empty() && !token.spaceBefore && isPiece(out.back()) && isPiece(token)) {
+        setText(out.back(), std::string(out.back().text) + std::string(token.text));
+        return;
+    }
+    out.push_back(token);
+}
+
+// Where `part` is in `text`, in letters of either case.
+size_t findFolded(std::string_view text, std::string_view part, size_t from = 0)
+{
+    for (; from + part.size() <= text.size(); from++) {
+        size_t n = 0;
+        while (n < part.size() && std::toupper(static_cast<unsigned char>(text[from + n])) ==
+                                      std::toupper(static_cast<unsigned char>(part[n])))
+            n++;
+        if (n == part.size()) return from;
+    }
+    return std::string::npos;
+}
+
+std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replacement> &rules)
+{
+    if (rules.empty()) return in;
+    Token picture;
+    std::vector<Token> out;
+    out.reserve(in.size());
+    bool touched = false; // the last token of out came from a replacement
+    size_t i = 0;
+    while (i < in.size()) {
+        const Replacement *match = nullptr;
+        for (const Replacement &rule : rules) {
+            if (rule.mode != Replacement::Whole) {
+                if (in[i].kind != TokenKind::Name || rule.fromText.empty()) continue;
+                const std::string &text = wordText(in[i].word), part = wordText(internWord(rule.fromText));
+                if (text.size() < part.size()) continue;
+                size_t at = rule.mode == Replacement::Leading ? 0 : text.size() - part.size();
+                if (text.compare(at, part.size(), part) != 0) continue;
+                match = &rule;
+                break;
+            }
+            if (rule.from.empty() || i + rule.from.size() > in.size()) continue;
+            // A tag within a picture, as in X(:LENGTH:): the lexer has not divided the string.
+            if (in[i].kind == TokenKind::Picture && !rule.fromText.empty() && rule.fromText.front() == ':' &&
+                in[i].text.find(':') != std::string_view::npos) {
+                size_t at = findFolded(in[i].text, rule.fromText);
+                if (at == std::string::npos) continue;
+                picture = in[i];
+                std::string text(picture.text), with;
+                for (const Token &t : rule.to) with += t.text;
+                while (at != std::string::npos) {
+                    text.replace(at, rule.fromText.size(), with);
+                    at = findFolded(text, rule.fromText, at + with.size());
+                }
+                setText(picture, text);
+                in[i] = picture;
+                continue; // another rule may have its tag here too
+            }
+            size_t n = 0;
+            while (n < rule.from.size() && sameToken(in[i + n], rule.from[n])) n++;
+            if (n == rule.from.size()) {
+                match = &rule;
+                break;
+            }
+        }
+        if (!match) {
+            join(out, in[i], touched);
+            touched = false;
+            i++;
+            continue;
+        }
+        if (match->mode != Replacement::Whole) {
+            Token token = in[i];
+            std::string text(token.text), with;
+            for (const Token &t : match->to) with += t.text;
+            size_t n = match->fromText.size();
+            text = match->mode == Replacement::Leading ? with + text.substr(n) : text.substr(0, text.size() - n) + with;
+            if (!text.empty()) {
+                setText(token, text);
+                out.push_back(token);
+            }
+            i++;
+            touched = false;
+            continue;
+        }
+        // The place of what is replaced, for messages. Text before and after that touches is
+        // joined.
+        bool first = true;
+        for (const Token &with : match->to) {
+            Token token = with;
+            token.spot = in[i].spot;
+            if (first) {
+                token.spaceBefore = in[i].spaceBefore;
+                token.areaA = in[i].areaA;
+            }
+            // A number that becomes the string after PICTURE.
+            if (in[i].kind == TokenKind::Picture && match->to.size() == 1) {
+                token.kind = TokenKind::Picture;
+                token.word = 0;
+            }
+            join(out, token, first);
+            first = false;
+        }
+        i += match->from.size();
+        touched = !match->to.empty();
+        if (match->to.empty() && i < in.size()) touched = true;
+    }
+    return out;
+}
+
+class Reader {
+public:
+    Reader(TextOptions &options, const CopyPath &path, std::vector<std::string> &dependencies)
+        : options_(options), path_(path), dependencies_(dependencies)
+    {
+    }
+
+    void file(uint32_t number, std::vector<Token> &out, int depth)
+    {
+        Lexer lexer(number, options_);
+        Token token = lexer.next();
+        while (token.kind != TokenKind::End) {
+            if (isWord(token, K_COPY)) {
+                copy(lexer, token, out, depth);
+            } else {
+                out.push_back(token);
+                token = lexer.next();
+            }
+        }
+        if (depth == 0) out.push_back(token);
+    }
+
+    // REPLACE, over the whole text.
+    std::vector<Token> replaceStatements(std::vector<Token> in)
+    {
+        bool any = false;
+        for (const Token &t : in)
+            if (isWord(t, K_REPLACE)) any = true;
+        if (!any) return in;
+        std::vector<Token> out, stretch;
+        std::vector<Replacement> rules;
+        auto flush = [&] {
+            std::vector<Token> done = replaceAll(stretch, rules);
+            out.insert(out.end(), done.begin(), done.end());
+            stretch.clear();
+        };
+        size_t i = 0;
+        while (i < in.size()) {
+            if (!isWord(in[i], K_REPLACE)) {
+                stretch.push_back(in[i++]);
+                continue;
+            }
+            flush();
+            size_t j = i + 1;
+            Source source{&in, &j};
+            rules.clear();
+            if (isWord(in[j], K_OFF) || (isWord(in[j], K_LAST) && isWord(in[j + 1], K_OFF))) {
+                while (!isPunct(in[j], '.') && in[j].kind != TokenKind::End) j++;
+            } else {
+                rules = pairs(source);
+            }
+            if (isPunct(in[j], '.')) {
+                j++;
+            } else {
+                diagnostics().error(in[j].spot, "REPLACE ends with a period");
+            }
+            i = j;
+        }
+        flush();
+        return out;
+    }
+
+private:
+    // Tokens out of a vector that ends with End.
+    struct Source {
+        const std::vector<Token> *tokens;
+        size_t *index;
+        const Token &peek() const { return (*tokens)[*index]; }
+        void step() const
+        {
+            if (peek().kind != TokenKind::End) ++*index;
+        }
+    };
+
+    static void pseudo(const Source &source, std::vector<Token> &out)
+    {
+        Spot open = source.peek().spot;
+        source.step();
+        while (!isPunct(source.peek(), kPseudo)) {
+            if (source.peek().kind == TokenKind::End) {
+                diagnostics().error(open, "this pseudo-text has no closing ==");
+                return;
+            }
+            out.push_back(source.peek());
+            source.step();
+        }
+        source.step();
+        if (!out.empty()) out.front().spaceBefore = true;
+    }
+
+    // One operand of REPLACING: pseudo-text, a literal, a word, an identifier with qualifiers and
+    // subscripts.
+    static void operand(const Source &source, std::vector<Token> &out)
+    {
+        const Token &token = source.peek();
+        if (isPunct(token, kPseudo)) {
+            pseudo(source, out);
+            return;
+        }
+        if (token.kind == TokenKind::End || isPunct(token, '.')) {
+            diagnostics().error(token.spot, "REPLACING needs a text here");
+            return;
+        }
+        out.push_back(token);
+        bool word = token.kind == TokenKind::Name;
+        bool sign = isPunct(token, '-') || isPunct(token, '+');
+        source.step();
+        if (sign && source.peek().kind == TokenKind::Number) {
+            out.push_back(source.peek());
+            source.step();
+        }
+        if (!word) return;
+        while (isWord(source.peek(), K_OF) || isWord(source.peek(), K_IN)) {
+            out.push_back(source.peek());
+            source.step();
+            if (source.peek().kind == TokenKind::Name) {
+                out.push_back(source.peek());
+                source.step();
+            }
+        }
+        if (isPunct(source.peek(), '(')) {
+            int depth = 0;
+            do {
+                if (isPunct(source.peek(), '(')) depth++;
+                if (isPunct(source.peek(), ')')) depth--;
+                out.push_back(source.peek());
+                source.step();
+            } while (depth > 0 && source.peek().kind != TokenKind::End);
+        }
+    }
+
+    static std::vector<Replacement> pairs(const Source &source)
+    {
+        std::vector<Replacement> rules;
+        while (!isPunct(source.peek(), '.') && source.peek().kind != TokenKind::End) {
+            Replacement rule;
+            if (isWord(source.peek(), K_LEADING) || isWord(source.peek(), K_TRAILING)) {
+                rule.mode = isWord(source.peek(), K_LEADING) ? Replacement::Leading : Replacement::Trailing;
+                source.step();
+            }
+            operand(source, rule.from);
+            if (!isWord(source.peek(), K_BY)) {
+                diagnostics().error(source.peek().spot, "BY is missing here");
+                while (!isPunct(source.peek(), '.') && source.peek().kind != TokenKind::End) source.step();
+                return rules;
+            }
+            source.step();
+            operand(source, rule.to);
+            if (rule.from.empty()) continue;
+            bool touching = true;
+            for (size_t i = 0; i < rule.from.size(); i++) {
+                touching &= i == 0 || !rule.from[i].spaceBefore;
+                rule.fromText += rule.from[i].text;
+            }
+            if (!touching) rule.fromText.clear();
+            rules.push_back(std::move(rule));
+        }
+        return rules;
+    }
+
+    static bool isFile(const std::string &path)
+    {
+        struct stat info;
+        return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+    }
+
+    std::string find(const std::string &name, const std::string &library, uint32_t includer, std::string &tried) const
+    {
+        std::vector<std::string> directories;
+        if (!name.empty() && name[0] == '/') {
+            directories.push_back("");
+        } else {
+            const std::string &from = sources()[includer].path;
+            size_t slash = from.rfind('/');
+            directories.push_back(slash == std::string::npos ? "" : from.substr(0, slash + 1));
+            if (directories[0] != "") directories.push_back("");
+            for (const std::string &directory : path_.directories) directories.push_back(directory + "/");
+        }
+        std::string lower = name, upper = name, lowerLibrary = library;
+        for (char &c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        for (char &c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        for (char &c : lowerLibrary) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        static const char *const extensions[] = {"", ".cpy", ".cbl", ".cob", ".CPY", ".CBL", ".COB"};
+        for (const std::string &directory : directories) {
+            std::vector<std::string> places;
+            if (library.empty()) {
+                places = {directory};
+            } else {
+                places = {directory + library + "/", directory + lowerLibrary + "/"};
+                // A library that is no folder: the name alone may still be found.
+                struct stat info;
+                if (stat((directory + library).c_str(), &info) != 0 &&
+                    stat((directory + lowerLibrary).c_str(), &info) != 0)
+                    places.push_back(directory);
+            }
+            for (const std::string &place : places)
+                for (const char *extension : extensions)
+                    for (const std::string &spelling : {name, upper, lower})
+                        if (isFile(place + spelling + extension)) return place + spelling + extension;
+            tried += (tried.empty() ? "" : ", ") + (directory.empty() ? std::string(".") : directory);
+        }
+        return "";
+    }
+
+    void copy(Lexer &lexer, Token &token, std::vector<Token> &out, int depth)
+    {
+        Spot statement = token.spot;
+        // The statement's own words, up to the period.
+        std::vector<Token> words;
+        token = lexer.next();
+        bool inPseudo = false;
+        while (token.kind != TokenKind::End && (inPseudo || !isPunct(token, '.'))) {
+            if (isPunct(token, kPseudo)) inPseudo = !inPseudo;
+            words.push_back(token);
+            token = lexer.next();
+        }
+        bool ended = token.kind != TokenKind::End;
+        if (ended) token = lexer.next();
+        Token end;
+        end.spot = token.spot;
+        words.push_back(end);
+        if (!ended) diagnostics().error(statement, "this COPY has no period at its end");
+
+        size_t index = 0;
+        Source source{&words, &index};
+        const Token nameToken = source.peek();
+        if (nameToken.kind != TokenKind::Name && nameToken.kind != TokenKind::String &&
+            nameToken.kind != TokenKind::Number) {
+            diagnostics().error(nameToken.spot, "COPY needs the name of a text");
+            return;
+        }
+        std::string name(nameToken.text), library;
+        source.step();
+        if (isWord(source.peek(), K_OF) || isWord(source.peek(), K_IN)) {
+            source.step();
+            library = std::string(source.peek().text);
+            source.step();
+        }
+        if (isWord(source.peek(), K_SUPPRESS)) {
+            source.step();
+            if (isWord(source.peek(), K_PRINTING)) source.step();
+        }
+        std::vector<Replacement> rules;
+        if (isWord(source.peek(), K_REPLACING)) {
+            source.step();
+            rules = pairs(source);
+        } else if (source.peek().kind != TokenKind::End) {
+            diagnostics().error(source.peek().spot, "REPLACING or a period belongs here");
+        }
+
+        std::string tried, path = find(name, library, statement.file, tried);
+        if (path.empty()) {
+            diagnostics().error(nameToken.spot, "the text " + name + (library.empty() ? "" : " of " + library) +
+                                                    " to be copied was not found in " + tried);
+            return;
+        }
+        if (depth >= 100) {
+            diagnostics().error(nameToken.spot, "COPY is nested too deep; does the text copy itself?");
+            return;
+        }
+        for (Spot at = statement; at.line; at = sources()[at.file].includedAt) {
+            if (sources()[at.file].path == path) {
+                diagnostics().error(nameToken.spot, "the text " + name + " copies itself");
+                return;
+            }
+        }
+        int number = sources().open(path, statement);
+        if (number < 0) {
+            diagnostics().error(nameToken.spot, "cannot read " + path);
+            return;
+        }
+        dependencies_.push_back(path);
+        std::vector<Token> copied;
+        file(static_cast<uint32_t>(number), copied, depth + 1);
+        if (!rules.empty()) copied = replaceAll(copied, rules);
+        out.insert(out.end(), copied.begin(), copied.end());
+    }
+
+    TextOptions &options_;
+    const CopyPath &path_;
+    std::vector<std::string> &dependencies_;
+};
+
+} // namespace
+
+std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPath &path,
+                              std::vector<std::string> &dependencies)
+{
+    Reader reader(options, path, dependencies);
+    std::vector<Token> tokens;
+    reader.file(file, tokens, 0);
+    return reader.replaceStatements(std::move(tokens));
+}
+
+std::string printTokens(const std::vector<Token> &tokens)
+{
+    std::string out;
+    Spot last;
+    for (const Token &token : tokens) {
+        if (token.kind == TokenKind::End) break;
+        if (token.spot.file != last.file || token.spot.line != last.line) {
+            if (!out.empty()) out += '\n';
+            if (token.areaA)
+                out += "";
+            else
+                out += "    ";
+        } else if (token.spaceBefore) {
+            out += ' ';
+        }
+        last = token.spot;
+        if (token.kind == TokenKind::String) {
+            out += '"';
+            for (char c : token.text) {
+                out += c;
+                if (c == '"') out += c;
+            }
+            out += '"';
+        } else {
+            out += token.text;
+        }
+    }
+    return out + "\n";
+}
+
+} // namespace kvrcob

@@ -1,0 +1,543 @@
+// See source_lines.h.
+//
+// In fixed form columns 1 to 6 and those after 72 say nothing, column 7 is the indicator: "*" and
+// "/" comment, "D" debugging line, "-" continuation. A continued word goes on at the first
+// character that is no blank; a continued literal is filled up to column 72 and goes on after the
+// quotation mark of the next line. So the reader keeps track of literals that are open at a line's
+// end.
+//
+// Conditional compilation (>>IF) and comment entries of the IDENTIFICATION DIVISION go here, too:
+// their lines are no program text, and what stands in them need not even be words.
+#include "cobol/text/source_lines.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <string_view>
+
+namespace kvrcob {
+namespace {
+
+std::string_view trimLeft(std::string_view text)
+{
+    size_t i = 0;
+    while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) i++;
+    return text.substr(i);
+}
+
+std::string upperOf(std::string_view text)
+{
+    std::string out(text);
+    for (char &c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return out;
+}
+
+bool isWordByte(unsigned char c) { return std::isalnum(c) || c == '-' || c == '_' || c >= 0x80; }
+
+std::string firstWord(std::string_view text)
+{
+    text = trimLeft(text);
+    size_t n = 0;
+    while (n < text.size() && isWordByte(static_cast<unsigned char>(text[n]))) n++;
+    return upperOf(text.substr(0, n));
+}
+
+std::string expandTabs(std::string_view line, int tabStop)
+{
+    std::string out;
+    out.reserve(line.size());
+    for (char c : line) {
+        if (c == '\t') {
+            do out += ' ';
+            while (out.size() % static_cast<size_t>(tabStop) != 0);
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+// The reader of one file.
+class LineReader {
+public:
+    LineReader(uint32_t file, TextOptions &options) : options_(options)
+    {
+        out_.file = file;
+        const SourceFile &source = sources()[file];
+        format_ = options.format != SourceFormat::Unknown ? options.format : guessFormat(source.text);
+        out_.format = format_;
+    }
+
+    RunningText read()
+    {
+        const std::string &text = sources()[out_.file].text;
+        out_.text.reserve(text.size());
+        size_t from = 0;
+        while (from < text.size()) {
+            size_t to = text.find('\n', from);
+            if (to == std::string::npos) to = text.size();
+            size_t end = to;
+            while (end > from && (text[end - 1] == '\r' || text[end - 1] == 0x1A)) end--;
+            line_++;
+            std::string_view raw(text.data() + from, end - from);
+            if (raw.find('\t') != std::string_view::npos)
+                oneLine(expandTabs(raw, options_.tabStop));
+            else
+                oneLine(raw);
+            from = to + 1;
+        }
+        for (const Spot &open : openIfs_) diagnostics().error(open, ">>IF without >>END-IF");
+        return std::move(out_);
+    }
+
+private:
+    Spot here(uint32_t column = 1) const { return {out_.file, line_, column, 1}; }
+
+    void oneLine(std::string_view line)
+    {
+        if (directive(line)) return;
+        if (skipping()) return;
+        if (format_ == SourceFormat::Free)
+            freeLine(line);
+        else
+            fixedLine(line);
+    }
+
+    // ---- Directives
+
+    bool skipping() const
+    {
+        return std::any_of(conditions_.begin(), conditions_.end(), [](const Condition &c) { return !c.active; });
+    }
+
+    bool directive(std::string_view line)
+    {
+        std::string_view body = trimLeft(line);
+        if (format_ != SourceFormat::Free && body.size() < line.size() && line.size() > 6 &&
+            (line[6] == '*' || line[6] == '/'))
+            return false;
+        if (body.substr(0, 2) != ">>" && line.size() > 8 && line.substr(7, 2) == ">>") body = line.substr(7);
+        bool dollar =
+            (format_ != SourceFormat::Free && line.size() > 7 && line[6] == '$') || (!body.empty() && body[0] == '$');
+        if (body.substr(0, 2) != ">>" && !dollar) return false;
+        std::string text = upperOf(dollar ? line.substr(line.find('$') + 1) : body.substr(2));
+        std::vector<std::string> words = split(text);
+        std::string verb = words.empty() ? "" : words[0];
+        if (verb == "IF") {
+            conditions_.push_back({!skipping() && evaluate(words), false});
+            conditions_.back().taken = conditions_.back().active || skippingOuter();
+            openIfs_.push_back(here());
+        } else if (verb == "ELSE") {
+            if (conditions_.empty()) {
+                diagnostics().error(here(), ">>ELSE without >>IF");
+            } else {
+                conditions_.back().active = !conditions_.back().taken;
+                conditions_.back().taken = true;
+            }
+        } else if (verb == "ELIF" || verb == "ELSE-IF") {
+            if (conditions_.empty()) {
+                diagnostics().error(here(), ">>ELIF without >>IF");
+            } else {
+                conditions_.back().active = !conditions_.back().taken && evaluate(words);
+                if (conditions_.back().active) conditions_.back().taken = true;
+            }
+        } else if (verb == "END-IF" || (verb == "END" && dollar)) {
+            if (conditions_.empty()) {
+                diagnostics().error(here(), ">>END-IF without >>IF");
+            } else {
+                conditions_.pop_back();
+                openIfs_.pop_back();
+            }
+        } else if (skipping()) {
+            return true;
+        } else if (verb == "DEFINE") {
+            define(words);
+        } else if (verb == "SOURCE" || (verb == "SET" && dollar)) {
+            if (text.find("FREE") != std::string::npos)
+                format_ = SourceFormat::Free;
+            else if (text.find("VARIABLE") != std::string::npos)
+                format_ = SourceFormat::Variable;
+            else if (text.find("FIXED") != std::string::npos)
+                format_ = SourceFormat::Fixed;
+        } else if (verb == "D") {
+            size_t at = line.find(">>");
+            std::string_view rest = line.substr(std::min(line.size(), at + 3));
+            append(std::string(1, kDebugLine) + std::string(rest), static_cast<uint32_t>(at + 4));
+            out_.text += '\n';
+        } else if (verb != "TURN" && verb != "LISTING" && verb != "PAGE" && verb != "CALL-CONVENTION" &&
+                   verb != "FLAG-02" && verb != "FLAG-85" && verb != "LEAP-SECOND" && verb != "PROPAGATE" &&
+                   verb != "COBOL-WORDS") {
+            diagnostics().warning("directive", here(), "the directive >>" + verb + " is not known and has no effect");
+        }
+        return true;
+    }
+
+    bool skippingOuter() const
+    {
+        for (size_t i = 0; i + 1 < conditions_.size(); i++)
+            if (!conditions_[i].active) return true;
+        return false;
+    }
+
+    static std::vector<std::string> split(const std::string &text)
+    {
+        std::vector<std::string> words;
+        size_t i = 0;
+        while (i < text.size()) {
+            if (text[i] == ' ') {
+                i++;
+            } else if (text[i] == '"' || text[i] == '\'') {
+                size_t end = text.find(text[i], i + 1);
+                if (end == std::string::npos) end = text.size();
+                words.push_back(text.substr(i + 1, end - i - 1));
+                i = end + 1;
+            } else if (std::strchr("=<>()", text[i])) {
+                size_t n =
+                    i + 1 < text.size() && std::strchr("=>", text[i + 1]) && text[i] != '(' && text[i] != ')' ? 2 : 1;
+                words.push_back(text.substr(i, n));
+                i += n;
+            } else {
+                size_t end = text.find_first_of(" =<>()\"'", i);
+                if (end == std::string::npos) end = text.size();
+                words.push_back(text.substr(i, end - i));
+                i = end;
+            }
+        }
+        return words;
+    }
+
+    void define(const std::vector<std::string> &words)
+    {
+        if (words.size() < 2) return;
+        if (std::find(words.begin(), words.end(), "OFF") != words.end()) {
+            options_.defines.erase(words[1]);
+            return;
+        }
+        size_t value = words.size() > 2 && words[2] == "AS" ? 3 : 2;
+        if (value < words.size() && words[value] == "PARAMETER") {
+            const char *given = std::getenv(words[1].c_str());
+            if (given) options_.defines[words[1]] = given;
+            return;
+        }
+        bool override_ = words.back() == "OVERRIDE";
+        if (options_.defines.count(words[1]) && !override_) return; // -D goes before the source's own value
+        options_.defines[words[1]] = value < words.size() && words[value] != "OVERRIDE" ? words[value] : "1";
+    }
+
+    // name [IS] [NOT] DEFINED, name = value, name alone, joined by AND and OR from left to right.
+    bool evaluate(const std::vector<std::string> &words)
+    {
+        bool result = false, join = true;
+        size_t i = 1;
+        while (i < words.size()) {
+            bool term = false, negate = false;
+            while (i < words.size() && (words[i] == "NOT" || words[i] == "(")) negate ^= words[i++] == "NOT";
+            if (i >= words.size()) break;
+            std::string name = words[i++];
+            if (i < words.size() && words[i] == "IS") i++;
+            if (i < words.size() && words[i] == "NOT") {
+                negate = !negate;
+                i++;
+            }
+            if (i < words.size() && (words[i] == "DEFINED" || words[i] == "SET")) {
+                term = options_.defines.count(name) != 0;
+                i++;
+            } else if (i + 1 < words.size() &&
+                       (words[i] == "=" || words[i] == "<" || words[i] == ">" || words[i] == "<>" || words[i] == "<=" ||
+                        words[i] == ">=" || words[i] == "EQUAL")) {
+                std::string relation = words[i++];
+                if (i < words.size() && words[i] == "TO") i++;
+                std::string left = valueOf(name), right = i < words.size() ? valueOf(words[i]) : "";
+                i++;
+                bool numbers = !left.empty() && !right.empty() &&
+                               left.find_first_not_of("0123456789") == std::string::npos &&
+                               right.find_first_not_of("0123456789") == std::string::npos;
+                int order = numbers ? (std::atoll(left.c_str()) > std::atoll(right.c_str())) -
+                                          (std::atoll(left.c_str()) < std::atoll(right.c_str()))
+                                    : left.compare(right);
+                term = relation == "=" || relation == "EQUAL" ? order == 0
+                       : relation == "<"                      ? order < 0
+                       : relation == ">"                      ? order > 0
+                       : relation == "<>"                     ? order != 0
+                       : relation == "<="                     ? order <= 0
+                                                              : order >= 0;
+            } else {
+                std::string value = valueOf(name);
+                term = value != "" && value != "0" && value != "OFF" && value != "FALSE";
+            }
+            while (i < words.size() && words[i] == ")") i++;
+            if (negate) term = !term;
+            result = join ? term : result;
+            if (i < words.size() && words[i] == "AND") {
+                join = result;
+                if (!result) {
+                    // A false left side: skip to the next OR.
+                    while (i < words.size() && words[i] != "OR") i++;
+                    if (i >= words.size()) return false;
+                    join = true;
+                }
+                i++;
+            } else if (i < words.size() && words[i] == "OR") {
+                if (result) return true;
+                join = true;
+                i++;
+            } else {
+                break;
+            }
+        }
+        return result;
+    }
+
+    std::string valueOf(const std::string &word) const
+    {
+        auto found = options_.defines.find(word);
+        if (found != options_.defines.end()) return found->second;
+        return !word.empty() && std::isalpha(static_cast<unsigned char>(word[0])) ? "" : word;
+    }
+
+    // ---- Comment entries: AUTHOR and its like, up to the next line that begins in area A.
+
+    // True for a line that is not to be read.
+    bool commentEntry(std::string_view body, bool beginsInAreaA)
+    {
+        std::string word = firstWord(body);
+        if (word.empty()) return inEntry_;
+        if ((word == "IDENTIFICATION" || word == "ID") && beginsInAreaA &&
+            upperOf(body).find("DIVISION") != std::string::npos) {
+            inIdentification_ = true;
+            inEntry_ = false;
+            return false;
+        }
+        if (!inIdentification_) return false;
+        if (beginsInAreaA &&
+            (word == "ENVIRONMENT" || word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" ||
+             word == "CONFIGURATION" || word == "LINKAGE" || word == "FILE" || word == "INPUT-OUTPUT") &&
+            (upperOf(body).find("DIVISION") != std::string::npos ||
+             upperOf(body).find("SECTION") != std::string::npos)) {
+            inIdentification_ = inEntry_ = false;
+            return false;
+        }
+        static const char *const entries[] = {"AUTHOR",        "INSTALLATION", "DATE-WRITTEN",
+                                              "DATE-COMPILED", "SECURITY",     "REMARKS"};
+        bool entry = beginsInAreaA &&
+                     std::any_of(std::begin(entries), std::end(entries), [&](const char *e) { return word == e; });
+        if (entry) {
+            std::string_view rest = trimLeft(body).substr(word.size());
+            rest = trimLeft(rest);
+            if (rest.empty() || rest[0] == '.') {
+                diagnostics().warning("obsolete", here(), "the paragraph " + word + " is obsolete");
+                inEntry_ = true;
+                return true;
+            }
+        }
+        if (inEntry_ && beginsInAreaA &&
+            (format_ != SourceFormat::Free || word == "PROGRAM-ID" || word == "COPY" || word == "OPTIONS"))
+            inEntry_ = false;
+        return inEntry_;
+    }
+
+    // ---- The formats
+
+    void append(std::string_view text, uint32_t column)
+    {
+        out_.marks.push_back({out_.text.size(), line_, column});
+        out_.text.append(text);
+    }
+
+    // Follows the literals of a piece of text: open_ is the quotation mark of one that is open at
+    // its end. Comments after *> end the piece.
+    std::string_view track(std::string_view text)
+    {
+        for (size_t i = 0; i < text.size(); i++) {
+            char c = text[i];
+            if (open_) {
+                if (c == open_) open_ = 0;
+            } else if (c == '"' || c == '\'') {
+                open_ = c;
+            } else if (c == '*' && i + 1 < text.size() && text[i + 1] == '>') {
+                return text.substr(0, i);
+            }
+        }
+        return text;
+    }
+
+    void fixedLine(std::string_view line)
+    {
+        if (line.size() < 7) return;
+        char indicator = line[6];
+        size_t limit = format_ == SourceFormat::Variable ? line.size() : std::min<size_t>(line.size(), 72);
+        std::string_view body = line.substr(7, limit > 7 ? limit - 7 : 0);
+        if (indicator == '*' || indicator == '/') return;
+        if (indicator == '-') {
+            continuation(body);
+            return;
+        }
+        if (indicator != ' ' && indicator != 'D' && indicator != 'd' && !badIndicator_) {
+            badIndicator_ = true;
+            diagnostics().warning("indicator", here(7),
+                                  "this character in column 7 is no indicator; use -free for a source in free form");
+        }
+        if (trimLeft(body).empty()) return;
+        bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
+        if (commentEntry(body, areaA)) return;
+        openColumns_ = open_ = 0;
+        bool debug = indicator == 'D' || indicator == 'd';
+        if (debug) out_.text += kDebugLine;
+        append(track(body), 8);
+        openColumns_ = open_ ? body.size() : 0;
+        out_.text += '\n';
+    }
+
+    void continuation(std::string_view body)
+    {
+        if (inEntry_) return;
+        size_t first = body.find_first_not_of(' ');
+        if (first == std::string_view::npos) return;
+        if (!out_.text.empty() && out_.text.back() == '\n') out_.text.pop_back();
+        if (open_) {
+            // The literal reaches to column 72 of the line before.
+            if (format_ == SourceFormat::Fixed && openColumns_ < 65) out_.text.append(65 - openColumns_, ' ');
+            char quote = open_;
+            if (body[first] != quote) {
+                diagnostics().error(here(static_cast<uint32_t>(first) + 8),
+                                    "the continuation of a literal begins with its quotation mark");
+                open_ = 0;
+            } else {
+                first++;
+            }
+        } else {
+            // A literal that is closed at the end of its line goes on if its quotation mark is
+            // repeated here: "" in two halves.
+            while (!out_.text.empty() && out_.text.back() == ' ') out_.text.pop_back();
+        }
+        std::string_view rest = body.substr(first);
+        append(track(rest), static_cast<uint32_t>(first) + 8);
+        openColumns_ = open_ ? body.size() : 0;
+        out_.text += '\n';
+    }
+
+    void freeLine(std::string_view line)
+    {
+        std::string_view body = trimLeft(line);
+        if (body.empty()) return;
+        if (!open_ && (body.substr(0, 2) == "*>" || (body[0] == '*' && line[0] == '*'))) return;
+        // A fixed-form comment in a source that was taken for free form.
+        if (!open_ && line.size() > 6 && line.substr(0, 6).find_first_not_of(' ') == std::string_view::npos &&
+            line[6] == '*')
+            return;
+        if (!open_ && commentEntry(body, true)) return;
+        if ((body[0] == 'D' || body[0] == 'd') && body.size() > 1 && body[1] == ' ' && line[0] == body[0]) {
+            out_.text += kDebugLine;
+            append(track(body.substr(2)), 3);
+            out_.text += '\n';
+            return;
+        }
+        // A literal goes on in the next line if it ends with its quotation mark and "-", as in
+        // "abc"-.
+        std::string_view text = line;
+        if (pending_) {
+            size_t first = text.find_first_not_of(' ');
+            if (first != std::string_view::npos && text[first] == pending_) {
+                // Take back the closing mark of the line before.
+                while (!out_.text.empty() && out_.text.back() != pending_) out_.text.pop_back();
+                if (!out_.text.empty()) out_.text.pop_back();
+                open_ = pending_;
+                std::string_view rest = text.substr(first + 1);
+                finishFree(rest, static_cast<uint32_t>(first) + 2);
+                return;
+            }
+            pending_ = 0;
+        }
+        open_ = 0;
+        finishFree(text, 1);
+    }
+
+    void finishFree(std::string_view text, uint32_t column)
+    {
+        std::string_view kept = track(text);
+        pending_ = 0;
+        size_t end = kept.size();
+        while (end > 0 && kept[end - 1] == ' ') end--;
+        if (!open_ && end >= 2 && kept[end - 1] == '-' && (kept[end - 2] == '"' || kept[end - 2] == '\'')) {
+            pending_ = kept[end - 2];
+            kept = kept.substr(0, end - 1);
+        }
+        append(kept, column);
+        out_.text += '\n';
+        open_ = 0;
+    }
+
+    struct Condition {
+        bool active, taken;
+    };
+
+    TextOptions &options_;
+    RunningText out_;
+    SourceFormat format_ = SourceFormat::Fixed;
+    uint32_t line_ = 0;
+    std::vector<Condition> conditions_;
+    std::vector<Spot> openIfs_;
+    bool inIdentification_ = false, inEntry_ = false, badIndicator_ = false;
+    char open_ = 0, pending_ = 0;
+    size_t openColumns_ = 0;
+};
+
+} // namespace
+
+Spot RunningText::spot(size_t offset) const
+{
+    auto after =
+        std::upper_bound(marks.begin(), marks.end(), offset, [](size_t o, const Mark &m) { return o < m.offset; });
+    if (after == marks.begin()) return {file, 1, 1, 1};
+    const Mark &mark = *(after - 1);
+    return {file, mark.line, mark.column + static_cast<uint32_t>(offset - mark.offset), 1};
+}
+
+SourceFormat guessFormat(std::string_view text)
+{
+    // Where the first header stands tells most; a letter in column 7 of a line with text before it
+    // tells the rest.
+    size_t from = 0, lines = 0, againstFixed = 0, seen = 0;
+    int verdict = 0; // 1 fixed, 2 free
+    while (from < text.size() && lines < 400) {
+        size_t to = text.find('\n', from);
+        if (to == std::string_view::npos) to = text.size();
+        std::string_view raw = text.substr(from, to - from);
+        from = to + 1;
+        lines++;
+        while (!raw.empty() && (raw.back() == '\r' || raw.back() == ' ')) raw.remove_suffix(1);
+        std::string line = expandTabs(raw.substr(0, 200), 8);
+        std::string_view body = trimLeft(line);
+        if (body.empty()) continue;
+        std::string upper = upperOf(body.substr(0, 60));
+        if (upper.rfind(">>SOURCE", 0) == 0 || upper.rfind("$SET SOURCEFORMAT", 0) == 0) {
+            if (upper.find("FREE") != std::string::npos)
+                return line[0] == ' ' && line.size() > 7 && seen == 0 ? SourceFormat::Fixed : SourceFormat::Free;
+            if (upper.find("FIXED") != std::string::npos) return SourceFormat::Fixed;
+            if (upper.find("VARIABLE") != std::string::npos) return SourceFormat::Variable;
+        }
+        if (body.substr(0, 2) == "*>" || body.substr(0, 2) == ">>") continue;
+        if (line.size() >= 7 && (line[6] == '*' || line[6] == '/')) continue;
+        seen++;
+        size_t column = line.size() - body.size(); // from 0
+        if (verdict == 0) {
+            std::string word = firstWord(body);
+            bool header = word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID" || word == "ENVIRONMENT" ||
+                          word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" || word == "FUNCTION-ID";
+            if (header) verdict = column >= 7 ? 1 : 2;
+            // A sequence number in front of a header.
+            if (!header && line.size() > 8 && line[6] == ' ' && verdict == 0) {
+                word = firstWord(std::string_view(line).substr(7));
+                if (word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID") verdict = 1;
+            }
+        }
+        if (line.size() > 7 && !std::strchr(" *-/Dd$", line[6])) againstFixed++;
+    }
+    if (verdict == 2) return SourceFormat::Free;
+    if (verdict == 1) return againstFixed > 2 && againstFixed * 4 > seen ? SourceFormat::Free : SourceFormat::Fixed;
+    return againstFixed * 4 > seen ? SourceFormat::Free : SourceFormat::Fixed;
+}
+
+RunningText readLines(uint32_t file, TextOptions &options) { return LineReader(file, options).read(); }
+
+} // namespace kvrcob

@@ -1,0 +1,1 @@
+       P1. MOVE 5 TO A. DISPLAY REC " " A. IF SW-OFF DISPLAY "OFF".

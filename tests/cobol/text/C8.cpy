@@ -1,0 +1,1 @@
+           SAME AREA TF TF2.

@@ -1,0 +1,1 @@
+          05 NESTED-ITEM PIC X(3) VALUE "NST".
