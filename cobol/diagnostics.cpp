@@ -69,11 +69,12 @@ static std::string jsonText(std::string_view text)
 
 void Diagnostics::show(const char *severity, Spot spot, const std::string &text, const char *name)
 {
-    const std::string path = sources && spot.line && spot.file < sources->size() ? (*sources)[spot.file].path : "kvrcob";
+    const std::string path =
+        sources && spot.line && spot.file < sources->size() ? (*sources)[spot.file].path : "kvrcob";
     if (json) {
-        std::fprintf(stderr, "{\"file\":%s,\"line\":%u,\"column\":%u,\"severity\":\"%s\",\"message\":%s%s%s%s}\n", jsonText(path).c_str(),
-                     spot.line, spot.column, severity, jsonText(text).c_str(), name ? ",\"option\":\"-W" : "", name ? name : "",
-                     name ? "\"" : "");
+        std::fprintf(stderr, "{\"file\":%s,\"line\":%u,\"column\":%u,\"severity\":\"%s\",\"message\":%s%s%s%s}\n",
+                     jsonText(path).c_str(), spot.line, spot.column, severity, jsonText(text).c_str(),
+                     name ? ",\"option\":\"-W" : "", name ? name : "", name ? "\"" : "");
         return;
     }
     if (spot.line == 0) {
@@ -91,14 +92,16 @@ void Diagnostics::show(const char *severity, Spot spot, const std::string &text,
     if (from > line.size()) from = line.size();
     std::string_view part = line.substr(from, 200);
     std::fprintf(stderr, " %.*s\n ", static_cast<int>(part.size()), part.data());
-    for (size_t i = from; i < column && i - from < 200; i++) std::fputc(i < line.size() && line[i] == '\t' ? '\t' : ' ', stderr);
+    for (size_t i = from; i < column && i - from < 200; i++)
+        std::fputc(i < line.size() && line[i] == '\t' ? '\t' : ' ', stderr);
     std::fputc('^', stderr);
     for (uint32_t i = 1; i < spot.length && i < 60 && column + i < line.size(); i++) std::fputc('~', stderr);
     std::fputc('\n', stderr);
 
     // Where the copybook came from.
     for (Spot at = (*sources)[spot.file].includedAt; at.line; at = (*sources)[at.file].includedAt)
-        std::fprintf(stderr, "%s:%u:%u: note: copied from here\n", (*sources)[at.file].path.c_str(), at.line, at.column);
+        std::fprintf(stderr, "%s:%u:%u: note: copied from here\n", (*sources)[at.file].path.c_str(), at.line,
+                     at.column);
 }
 
 void Diagnostics::error(Spot spot, const std::string &text)

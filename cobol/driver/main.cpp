@@ -25,27 +25,26 @@ namespace {
 
 const char kVersion[] = KVRCOB_VERSION;
 
-const char kHelp[] =
-    "usage: kvrcob [options] source...\n"
-    "       kvrcob run [options] source... [-- argument...]\n"
-    "       kvrcob check [options] source...\n"
-    "\n"
-    "  -o FILE          the program's name (default: that of the first source)\n"
-    "  -m               make loadable modules NAME.so, one for each outermost program\n"
-    "  -c, -S, -E       stop after the object file, the C text, COPY and REPLACE\n"
-    "  -I DIR           look for copybooks here, too (also COBCPY)\n"
-    "  -fixed, -free, -variable   the reference format (default: told from the source)\n"
-    "  -ftabstop=N      columns from tab to tab (8)\n"
-    "  -D NAME=VALUE    a value for conditional compilation\n"
-    "  -O0, -O1, -O2, -g   as for cc\n"
-    "  -fcheck=all      check subscripts, reference modification and numeric content at run time\n"
-    "  -fno-trunc       binary items are not cut to their pictures\n"
-    "  -W..., -Wno-..., -Werror, -w   warnings\n"
-    "  -fdiagnostics-format=json   one JSON object for each message\n"
-    "  --list           print the source with the map of its data\n"
-    "  -MD              write a file of dependencies for make\n"
-    "  -L, -l           handed on to the linker\n"
-    "  -v, --help, --version\n";
+const char kHelp[] = "usage: kvrcob [options] source...\n"
+                     "       kvrcob run [options] source... [-- argument...]\n"
+                     "       kvrcob check [options] source...\n"
+                     "\n"
+                     "  -o FILE          the program's name (default: that of the first source)\n"
+                     "  -m               make loadable modules NAME.so, one for each outermost program\n"
+                     "  -c, -S, -E       stop after the object file, the C text, COPY and REPLACE\n"
+                     "  -I DIR           look for copybooks here, too (also COBCPY)\n"
+                     "  -fixed, -free, -variable   the reference format (default: told from the source)\n"
+                     "  -ftabstop=N      columns from tab to tab (8)\n"
+                     "  -D NAME=VALUE    a value for conditional compilation\n"
+                     "  -O0, -O1, -O2, -g   as for cc\n"
+                     "  -fcheck=all      check subscripts, reference modification and numeric content at run time\n"
+                     "  -fno-trunc       binary items are not cut to their pictures\n"
+                     "  -W..., -Wno-..., -Werror, -w   warnings\n"
+                     "  -fdiagnostics-format=json   one JSON object for each message\n"
+                     "  --list           print the source with the map of its data\n"
+                     "  -MD              write a file of dependencies for make\n"
+                     "  -L, -l           handed on to the linker\n"
+                     "  -v, --help, --version\n";
 
 struct Options {
     enum Mode { Program, Module, Object, Assembly, Preprocess, Check, Run } mode = Program;
@@ -141,25 +140,37 @@ struct Translated {
 const char *usageName(const Item &item)
 {
     switch (item.usage) {
-    case Usage::Display: return item.elementary() ? "DISPLAY" : "GROUP";
-    case Usage::Binary: return "BINARY";
-    case Usage::Native: return "COMP-5";
-    case Usage::Packed: return "PACKED-DECIMAL";
-    case Usage::Float: return "COMP-1";
-    case Usage::Double: return "COMP-2";
-    case Usage::Index: return "INDEX";
-    case Usage::Pointer: return "POINTER";
-    case Usage::ProcedurePointer: return "PROCEDURE-POINTER";
-    default: return "OTHER";
+    case Usage::Display:
+        return item.elementary() ? "DISPLAY" : "GROUP";
+    case Usage::Binary:
+        return "BINARY";
+    case Usage::Native:
+        return "COMP-5";
+    case Usage::Packed:
+        return "PACKED-DECIMAL";
+    case Usage::Float:
+        return "COMP-1";
+    case Usage::Double:
+        return "COMP-2";
+    case Usage::Index:
+        return "INDEX";
+    case Usage::Pointer:
+        return "POINTER";
+    case Usage::ProcedurePointer:
+        return "PROCEDURE-POINTER";
+    default:
+        return "OTHER";
     }
 }
 
 void listItem(const Item &item, int depth)
 {
-    std::printf("  %02d  %*s%-*s %8u %8u  %s", item.level, depth * 2, "", 32 - depth * 2 > 1 ? 32 - depth * 2 : 1, item.name ? wordText(item.name).c_str() : "FILLER",
-                item.offset, item.size, item.elementary() ? usageName(item) : "GROUP");
+    std::printf("  %02d  %*s%-*s %8u %8u  %s", item.level, depth * 2, "", 32 - depth * 2 > 1 ? 32 - depth * 2 : 1,
+                item.name ? wordText(item.name).c_str() : "FILLER", item.offset, item.size,
+                item.elementary() ? usageName(item) : "GROUP");
     if (item.occurs) std::printf(" OCCURS %u", item.occursMax);
-    if (item.redefines) std::printf(" REDEFINES %s", item.redefines->name ? wordText(item.redefines->name).c_str() : "FILLER");
+    if (item.redefines)
+        std::printf(" REDEFINES %s", item.redefines->name ? wordText(item.redefines->name).c_str() : "FILLER");
     std::putchar('\n');
     for (const Item *child : item.children) listItem(*child, depth + 1);
 }
@@ -173,7 +184,8 @@ void listing(const Group &group, uint32_t file)
         std::printf("%6zu  %.*s\n", i + 1, static_cast<int>(line.size()), line.data());
     }
     auto show = [](auto &self, const Program &p) -> void {
-        std::printf("\nProgram %s\n  Level  Name                           Offset   Length  Usage\n", wordText(p.name).c_str());
+        std::printf("\nProgram %s\n  Level  Name                           Offset   Length  Usage\n",
+                    wordText(p.name).c_str());
         for (const File *f : p.files)
             for (const Item *record : f->records) listItem(*record, 0);
         for (const Item *record : p.records) listItem(*record, 0);
@@ -192,8 +204,13 @@ Translated translate(const std::string &path, const Options &options, bool mainP
     }
     TextOptions text = options.text;
     if (options.verbose) {
-        SourceFormat format = text.format != SourceFormat::Unknown ? text.format : guessFormat(sources()[static_cast<uint32_t>(file)].text);
-        std::fprintf(stderr, "%s: %s form\n", path.c_str(), format == SourceFormat::Free ? "free" : format == SourceFormat::Variable ? "variable" : "fixed");
+        SourceFormat format = text.format != SourceFormat::Unknown
+                                  ? text.format
+                                  : guessFormat(sources()[static_cast<uint32_t>(file)].text);
+        std::fprintf(stderr, "%s: %s form\n", path.c_str(),
+                     format == SourceFormat::Free       ? "free"
+                     : format == SourceFormat::Variable ? "variable"
+                                                        : "fixed");
     }
     Group *group = new Group();
     group->tokens = readSource(static_cast<uint32_t>(file), text, options.copy, out.dependencies);
@@ -347,7 +364,8 @@ std::string hashOf(const std::vector<std::string> &parts)
         b += part.size();
     }
     char text[40];
-    std::snprintf(text, sizeof text, "%016llx%016llx", static_cast<unsigned long long>(a), static_cast<unsigned long long>(b));
+    std::snprintf(text, sizeof text, "%016llx%016llx", static_cast<unsigned long long>(a),
+                  static_cast<unsigned long long>(b));
     return text;
 }
 
@@ -388,13 +406,17 @@ int compile(Options &o)
     std::string runProgram;
     if (o.mode == Options::Run) {
         std::string cache;
-        if (const char *x = std::getenv("XDG_CACHE_HOME")) cache = x;
-        else if (const char *h = std::getenv("HOME")) cache = std::string(h) + "/.cache";
-        else cache = "/tmp";
+        if (const char *x = std::getenv("XDG_CACHE_HOME"))
+            cache = x;
+        else if (const char *h = std::getenv("HOME"))
+            cache = std::string(h) + "/.cache";
+        else
+            cache = "/tmp";
         mkdir(cache.c_str(), 0777);
         cache += "/kvrcob";
         mkdir(cache.c_str(), 0777);
-        std::vector<std::string> parts = {kVersion, o.optimisation, home.include, o.debug ? "g" : "", o.emit.check ? "check" : ""};
+        std::vector<std::string> parts = {kVersion, o.optimisation, home.include, o.debug ? "g" : "",
+                                          o.emit.check ? "check" : ""};
         char self[4096];
         ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
         struct stat info;
@@ -415,9 +437,12 @@ int compile(Options &o)
             return 1;
         }
         const char *cc = std::getenv("CC");
-        std::vector<std::string> command = {cc && *cc ? cc : "cc", "-std=gnu11", "-fno-strict-aliasing", "-fwrapv", "-fno-gcse", o.optimisation, "-I" + home.include};
-        if (o.debug) command.push_back("-g");
-        else command.push_back("-g1");
+        std::vector<std::string> command = {cc && *cc ? cc : "cc", "-std=gnu11",   "-fno-strict-aliasing", "-fwrapv",
+                                            "-fno-gcse",           o.optimisation, "-I" + home.include};
+        if (o.debug)
+            command.push_back("-g");
+        else
+            command.push_back("-g1");
         std::vector<std::string> files;
         for (size_t i = 0; i < translated.size(); i++) {
             files.push_back(std::string(directory) + "/" + std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c");
@@ -430,7 +455,8 @@ int compile(Options &o)
         if (o.mode == Options::Object) {
             for (size_t i = 0; i < files.size() && result == 0; i++) {
                 std::vector<std::string> one = command;
-                one.insert(one.end(), {"-fPIC", "-c", files[i], "-o", o.output.empty() ? stemOf(o.sources[i]) + ".o" : o.output});
+                one.insert(one.end(),
+                           {"-fPIC", "-c", files[i], "-o", o.output.empty() ? stemOf(o.sources[i]) + ".o" : o.output});
                 result = runCommand(one, o.verbose);
             }
         } else if (o.mode == Options::Module) {

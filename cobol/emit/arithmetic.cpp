@@ -37,7 +37,8 @@ void Emitter::phrases(const Phrases &p, const std::string &failed)
 
 static bool arithmeticTarget(const Item &item, bool giving)
 {
-    return item.category == Category::Numeric || item.category == Category::Index || (giving && item.category == Category::NumericEdited);
+    return item.category == Category::Numeric || item.category == Category::Index ||
+           (giving && item.category == Category::NumericEdited);
 }
 
 void Emitter::correspondingArithmetic(const ArithmeticStatement &s)
@@ -166,7 +167,9 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
                 continue;
             }
             bool floating = loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
-            Num q = keep(divide(itemNumber(loc), first, floating ? -1 : std::max(loc.item->picture.scale, 0) + (t.rounded ? 1 : 0)), true);
+            Num q = keep(divide(itemNumber(loc), first,
+                                floating ? -1 : std::max(loc.item->picture.scale, 0) + (t.rounded ? 1 : 0)),
+                         true);
             put(cat("if (!", zero, ") {\n"));
             store(q, loc, t.rounded, flag);
             put("}\n");
@@ -198,7 +201,8 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
         floating |= loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
     }
     const Expr *e = s.operands[0];
-    if (e->kind != ExprKind::Arithmetic && e->kind != ExprKind::Function && !isNumericExpr(e) && e->kind != ExprKind::Figurative) {
+    if (e->kind != ExprKind::Arithmetic && e->kind != ExprKind::Function && !isNumericExpr(e) &&
+        e->kind != ExprKind::Figurative) {
         // COMPUTE of a text is told there.
     }
     Num value = number(e, floating ? -1 : scale + (rounded ? 1 : 0));

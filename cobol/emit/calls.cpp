@@ -67,7 +67,8 @@ void Emitter::callStatement(const CallStatement &s)
                     std::string copy = tempBytes(loc.fixed ? loc.fixed : 1);
                     a = cat("memcpy(", copy, ", ", loc.address, ", ", loc.fixed, ")");
                 } else {
-                    a = cat("kvr_copy(__builtin_alloca((size_t)", loc.length, "), ", loc.address, ", ", loc.length, ")");
+                    a = cat("kvr_copy(__builtin_alloca((size_t)", loc.length, "), ", loc.address, ", ", loc.length,
+                            ")");
                 }
             } else {
                 a = loc.address;
@@ -110,8 +111,8 @@ void Emitter::callStatement(const CallStatement &s)
             }
         }
         if (!name.address.empty()) {
-            put(cat(routine, " = kvr_find_program(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, ", "p", program_->number, "_visible, ",
-                    phrases_ ? 1 : 0, ");\n"));
+            put(cat(routine, " = kvr_find_program(", name.address, ", ", name.length, ", &p", program_->number,
+                    "_pcb, ", "p", program_->number, "_visible, ", phrases_ ? 1 : 0, ");\n"));
             (void)literalName;
         }
         put(cat("if (", routine, ") {\n"));
@@ -162,7 +163,8 @@ void Emitter::cancelStatement(const CancelStatement &s)
         }
         Text name = text(target, true);
         if (!name.good) continue;
-        put(cat("kvr_cancel(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p", program_->number, "_visible);\n"));
+        put(cat("kvr_cancel(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p", program_->number,
+                "_visible);\n"));
     }
 }
 

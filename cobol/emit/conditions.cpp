@@ -21,8 +21,10 @@ bool Emitter::isCondition(const Expr *e)
     case ExprKind::And:
     case ExprKind::Or:
     case ExprKind::Not:
-    case ExprKind::Truth: return true;
-    default: return isConditionName(e);
+    case ExprKind::Truth:
+        return true;
+    default:
+        return isConditionName(e);
     }
 }
 
@@ -46,11 +48,14 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
             first = first->left;
         }
         std::string out = cat("(", condition(first, subject));
-        for (size_t i = chain.size(); i-- > 0;) out += cat(e->kind == ExprKind::And ? " && " : " || ", condition(chain[i], subject));
+        for (size_t i = chain.size(); i-- > 0;)
+            out += cat(e->kind == ExprKind::And ? " && " : " || ", condition(chain[i], subject));
         return out + ")";
     }
-    case ExprKind::Not: return cat("!", condition(e->left, subject));
-    case ExprKind::Truth: return e->op == K_TRUE ? "1" : "0";
+    case ExprKind::Not:
+        return cat("!", condition(e->left, subject));
+    case ExprKind::Truth:
+        return e->op == K_TRUE ? "1" : "0";
     case ExprKind::Relation: {
         if (e->left) subject.left = e->left;
         if (!subject.left) {
@@ -91,12 +96,21 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
 
 static const char *signOf(uint32_t op)
 {
-    return op == '=' ? "==" : op == '<' ? "<" : op == '>' ? ">" : op == kLessEqual ? "<=" : op == kGreaterEqual ? ">=" : "!=";
+    return op == '='             ? "=="
+           : op == '<'           ? "<"
+           : op == '>'           ? ">"
+           : op == kLessEqual    ? "<="
+           : op == kGreaterEqual ? ">="
+                                 : "!=";
 }
 
 static uint32_t swapped(uint32_t op)
 {
-    return op == '<' ? static_cast<uint32_t>('>') : op == '>' ? static_cast<uint32_t>('<') : op == kLessEqual ? static_cast<uint32_t>(kGreaterEqual) : op == kGreaterEqual ? static_cast<uint32_t>(kLessEqual) : op;
+    return op == '<'             ? static_cast<uint32_t>('>')
+           : op == '>'           ? static_cast<uint32_t>('<')
+           : op == kLessEqual    ? static_cast<uint32_t>(kGreaterEqual)
+           : op == kGreaterEqual ? static_cast<uint32_t>(kLessEqual)
+                                 : op;
 }
 
 std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
@@ -110,7 +124,8 @@ std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
     }
     std::string call;
     if (!weights.empty())
-        call = cat("kvr_compare_weights(", a.address, ", ", a.length, ", ", b.address, ", ", b.kind != Text::Bytes ? "-" : "", b.length, ", ", weights, ")");
+        call = cat("kvr_compare_weights(", a.address, ", ", a.length, ", ", b.address, ", ",
+                   b.kind != Text::Bytes ? "-" : "", b.length, ", ", weights, ")");
     else if (b.kind == Text::Figurative)
         call = cat("kvr_compare_fill(", a.address, ", ", a.length, ", ", static_cast<int>(b.fill), ")");
     else if (b.kind == Text::All)
@@ -135,9 +150,12 @@ std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
         return "0";
     }
     Category a = categoryOf(left), b = categoryOf(right);
-    bool figurativeA = left->kind == ExprKind::Figurative || left->kind == ExprKind::All, figurativeB = right->kind == ExprKind::Figurative || right->kind == ExprKind::All;
-    bool numericA = a == Category::Numeric || a == Category::Index, numericB = b == Category::Numeric || b == Category::Index;
-    bool zeroA = left->kind == ExprKind::Figurative && left->op == K_ZERO, zeroB = right->kind == ExprKind::Figurative && right->op == K_ZERO;
+    bool figurativeA = left->kind == ExprKind::Figurative || left->kind == ExprKind::All,
+         figurativeB = right->kind == ExprKind::Figurative || right->kind == ExprKind::All;
+    bool numericA = a == Category::Numeric || a == Category::Index,
+         numericB = b == Category::Numeric || b == Category::Index;
+    bool zeroA = left->kind == ExprKind::Figurative && left->op == K_ZERO,
+         zeroB = right->kind == ExprKind::Figurative && right->op == K_ZERO;
     if (a == Category::Pointer || b == Category::Pointer) {
         auto address = [&](const Expr *e) -> std::string {
             if (e->kind == ExprKind::Figurative && e->op == K_NULL) return "0";
@@ -159,7 +177,9 @@ std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
         Text x = text(left), y = text(right);
         return compareTexts(x, y, op);
     }
-    if (numericA && !figurativeB && (b == Category::NumericEdited || b == Category::Group || b == Category::Alphanumeric || b == Category::Alphabetic || b == Category::AlphanumericEdited)) {
+    if (numericA && !figurativeB &&
+        (b == Category::NumericEdited || b == Category::Group || b == Category::Alphanumeric ||
+         b == Category::Alphabetic || b == Category::AlphanumericEdited)) {
         bool wholeText = b == Category::Group;
         Text x = text(left, !wholeText), y = text(right);
         return compareTexts(x, y, op);
@@ -195,7 +215,8 @@ std::string Emitter::conditionName(const Item &item, const Reference &ref)
             std::string displacement;
             for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
                 displacement += cat(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
-            if (tables.size() != ref.subscripts.size()) error(ref.at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
+            if (tables.size() != ref.subscripts.size())
+                error(ref.at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
             loc = locateItem(*owner, displacement);
         } else {
             loc = locate(plain);
@@ -206,7 +227,8 @@ std::string Emitter::conditionName(const Item &item, const Reference &ref)
     std::string out = "(";
     for (size_t i = 0; i < item.values.size(); i++) {
         if (i) out += " || ";
-        const Expr *from = constant(item.values[i].from), *to = item.values[i].to ? constant(item.values[i].to) : nullptr;
+        const Expr *from = constant(item.values[i].from),
+                   *to = item.values[i].to ? constant(item.values[i].to) : nullptr;
         auto test = [&](const Expr *value, uint32_t op) {
             Decimal d;
             if (numeric && decimalOf(value, d)) return compareNumbers(itemNumber(loc), literalNumber(d), op);
@@ -253,9 +275,11 @@ std::string Emitter::classTest(const Expr *e)
         const Item &item = *loc.item;
         if (!loc.refmod && item.category == Category::Numeric) {
             if (item.usage == Usage::Packed)
-                test = cat("kvr_is_packed(", loc.address, ", ", item.picture.digits, ", ", item.picture.sign ? 1 : 0, ")");
+                test =
+                    cat("kvr_is_packed(", loc.address, ", ", item.picture.digits, ", ", item.picture.sign ? 1 : 0, ")");
             else if (item.usage == Usage::Display)
-                test = cat("kvr_is_zoned(", loc.address, ", ", item.picture.digits, ", ", static_cast<int>(item.signForm), ")");
+                test = cat("kvr_is_zoned(", loc.address, ", ", item.picture.digits, ", ",
+                           static_cast<int>(item.signForm), ")");
             else
                 test = "1";
         } else {
@@ -266,10 +290,18 @@ std::string Emitter::classTest(const Expr *e)
     Text t = text(e->left);
     if (!t.good) return "0";
     switch (e->op) {
-    case K_NUMERIC: test = cat("kvr_is_zoned(", t.address, ", ", t.length, ", 0)"); break;
-    case K_ALPHABETIC: test = cat("kvr_is_alphabetic(", t.address, ", ", t.length, ")"); break;
-    case K_ALPHABETIC_LOWER: test = cat("kvr_is_lower(", t.address, ", ", t.length, ")"); break;
-    case K_ALPHABETIC_UPPER: test = cat("kvr_is_upper(", t.address, ", ", t.length, ")"); break;
+    case K_NUMERIC:
+        test = cat("kvr_is_zoned(", t.address, ", ", t.length, ", 0)");
+        break;
+    case K_ALPHABETIC:
+        test = cat("kvr_is_alphabetic(", t.address, ", ", t.length, ")");
+        break;
+    case K_ALPHABETIC_LOWER:
+        test = cat("kvr_is_lower(", t.address, ", ", t.length, ")");
+        break;
+    case K_ALPHABETIC_UPPER:
+        test = cat("kvr_is_upper(", t.address, ", ", t.length, ")");
+        break;
     default: {
         const UserClass *c = meaning_.userClass(*program_, e->op);
         if (!c) {

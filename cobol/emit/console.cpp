@@ -20,12 +20,15 @@ void Emitter::displayStatement(const DisplayStatement &s)
             device = "ZVK_DISPLAY_SYSPUNCH";
         else if (text == "SYSERR" || text == "STDERR")
             device = "KVR_DISPLAY_ERROR";
-        else if (text == "SYSOUT" || text == "SYSLST" || text == "SYSLIST" || text == "STDOUT" || text == "PRINTER" || name != s.upon)
+        else if (text == "SYSOUT" || text == "SYSLST" || text == "SYSLIST" || text == "STDOUT" || text == "PRINTER" ||
+                 name != s.upon)
             device = "ZVK_DISPLAY_SYSOUT";
-        else if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE" || text == "ARGUMENT-NUMBER" || text == "COMMAND-LINE") {
+        else if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE" || text == "ARGUMENT-NUMBER" ||
+                 text == "COMMAND-LINE") {
             if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE") {
                 Text t = this->text(s.items[0], true);
-                put(cat(text == "ENVIRONMENT-NAME" ? "kvr_environment_name(" : "kvr_environment_value(", t.address, ", ", t.length, ");\n"));
+                put(cat(text == "ENVIRONMENT-NAME" ? "kvr_environment_name(" : "kvr_environment_value(", t.address,
+                        ", ", t.length, ");\n"));
                 return;
             }
             notBuilt(s.uponAt, "DISPLAY UPON " + text);
@@ -53,7 +56,9 @@ void Emitter::displayStatement(const DisplayStatement &s)
             const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(*program_, *e->ref) : nullptr;
             Loc loc = item ? locate(*e->ref) : Loc{};
             if (item && !loc.good()) return;
-            if (item && item->usage == Usage::Display && (item->signForm == SignForm::LeadingSeparate || item->signForm == SignForm::TrailingSeparate || item->signForm == SignForm::None) &&
+            if (item && item->usage == Usage::Display &&
+                (item->signForm == SignForm::LeadingSeparate || item->signForm == SignForm::TrailingSeparate ||
+                 item->signForm == SignForm::None) &&
                 item->picture.scale == 0) {
                 address = loc.address;
                 size = loc.length;
@@ -62,14 +67,23 @@ void Emitter::displayStatement(const DisplayStatement &s)
                 if (!n.good()) return;
                 if (n.kind == Num::Float) {
                     std::string buffer = tempBytes(48), length = temp("int");
-                    put(cat(length, " = kvr_show_float(", n.text, ", ", buffer, ", ", item && item->usage == Usage::Float ? 7 : 15, ");\n"));
+                    put(cat(length, " = kvr_show_float(", n.text, ", ", buffer, ", ",
+                            item && item->usage == Usage::Float ? 7 : 15, ");\n"));
                     address = buffer;
                     size = length;
                 } else {
                     int digits = n.digits;
-                    if (item && (item->usage == Usage::Native || item->usage == Usage::Index || item->nativeBinary || item->isIndexName)) {
-                        digits = item->isIndexName ? 9 : item->usage == Usage::Index ? 9 : item->nativeBinary ? item->picture.digits : (item->size == 2 ? 5 : item->size == 4 ? 10 : item->size == 8 ? 19 : 3);
-                        if (item->usage == Usage::Native && !item->nativeBinary) digits = item->picture.digits > digits ? item->picture.digits : digits;
+                    if (item && (item->usage == Usage::Native || item->usage == Usage::Index || item->nativeBinary ||
+                                 item->isIndexName)) {
+                        digits = item->isIndexName             ? 9
+                                 : item->usage == Usage::Index ? 9
+                                 : item->nativeBinary          ? item->picture.digits
+                                                               : (item->size == 2   ? 5
+                                                                  : item->size == 4 ? 10
+                                                                  : item->size == 8 ? 19
+                                                                                    : 3);
+                        if (item->usage == Usage::Native && !item->nativeBinary)
+                            digits = item->picture.digits > digits ? item->picture.digits : digits;
                         if (item->specialKind) digits = item->picture.digits;
                     } else if (item) {
                         digits = item->picture.digits;
@@ -85,14 +99,16 @@ void Emitter::displayStatement(const DisplayStatement &s)
                     int places = n.scale;
                     std::string buffer = tempBytes(digits + places + 8), length = temp("int");
                     if (computed) {
-                        put(cat(length, " = kvr_show_number(", n.text, ", ", n.digits, ", ", n.digits, ", ", places, ", 2, '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
+                        put(cat(length, " = kvr_show_number(", n.text, ", ", n.digits, ", ", n.digits, ", ", places,
+                                ", 2, '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
                     } else {
                         if (digits > n.digits) {
                             std::string wider = tempBytes(digits / 2 + 1);
                             n.text = cat("_zvkcBCD_Cpy_Pckd(", n.text, ", ", wider, ", ", digits, ", ", n.digits, ")");
                             n.digits = digits;
                         }
-                        put(cat(length, " = kvr_show_number(", n.text, ", ", n.digits, ", ", digits, ", ", places, ", ", showSign, ", '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
+                        put(cat(length, " = kvr_show_number(", n.text, ", ", n.digits, ", ", digits, ", ", places, ", ",
+                                showSign, ", '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
                     }
                     address = buffer;
                     size = length;
@@ -132,11 +148,18 @@ void Emitter::acceptStatement(const AcceptStatement &s)
     bool clock = false;
     int clockDigits = 0;
     std::string flags;
-    if (from == K_DATE) flags = s.longYear ? "ZVK_ACCEPT_DATE | ZVK_ACCEPT_LONG_YEAR" : "ZVK_ACCEPT_DATE", clock = true, clockDigits = s.longYear ? 8 : 6;
-    else if (from == K_DAY) flags = s.longYear ? "ZVK_ACCEPT_DAY | ZVK_ACCEPT_LONG_YEAR" : "ZVK_ACCEPT_DAY", clock = true, clockDigits = s.longYear ? 7 : 5;
-    else if (from == K_TIME) flags = "ZVK_ACCEPT_TIME", clock = true, clockDigits = 8;
-    else if (from == K_DAY_OF_WEEK) flags = "ZVK_ACCEPT_DAY_OF_WEEK", clock = true, clockDigits = 1;
-    else if (from == K_ENVIRONMENT || name == "ENVIRONMENT-VALUE" || name == "COMMAND-LINE" || name == "ARGUMENT-NUMBER" || name == "ARGUMENT-VALUE") {
+    if (from == K_DATE)
+        flags = s.longYear ? "ZVK_ACCEPT_DATE | ZVK_ACCEPT_LONG_YEAR" : "ZVK_ACCEPT_DATE", clock = true,
+        clockDigits = s.longYear ? 8 : 6;
+    else if (from == K_DAY)
+        flags = s.longYear ? "ZVK_ACCEPT_DAY | ZVK_ACCEPT_LONG_YEAR" : "ZVK_ACCEPT_DAY", clock = true,
+        clockDigits = s.longYear ? 7 : 5;
+    else if (from == K_TIME)
+        flags = "ZVK_ACCEPT_TIME", clock = true, clockDigits = 8;
+    else if (from == K_DAY_OF_WEEK)
+        flags = "ZVK_ACCEPT_DAY_OF_WEEK", clock = true, clockDigits = 1;
+    else if (from == K_ENVIRONMENT || name == "ENVIRONMENT-VALUE" || name == "COMMAND-LINE" ||
+             name == "ARGUMENT-NUMBER" || name == "ARGUMENT-VALUE") {
         std::string buffer = tempBytes(4096), length = temp("int"), call;
         if (from == K_ENVIRONMENT) {
             Text t = text(s.name, true);
@@ -185,7 +208,8 @@ void Emitter::acceptStatement(const AcceptStatement &s)
         put(cat("_zvkcAccept(", flags, ", ", clockDigits, ", ", buffer, ");\n"));
         bool plain = loc.refmod || loc.item->category == Category::Group;
         if (!plain && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited)) {
-            Num n = integerNumber(cat("_zvkcBCD_CONV_Znd_To_Int8(", buffer, ", ", clockDigits, ")"), clockDigits, false);
+            Num n =
+                integerNumber(cat("_zvkcBCD_CONV_Znd_To_Int8(", buffer, ", ", clockDigits, ")"), clockDigits, false);
             store(n, loc, false, "");
         } else {
             Text t;

@@ -30,7 +30,8 @@ std::string Emitter::evaluateObject(const Expr *subject, const EvaluateStatement
     if (value->kind == ExprKind::Any) {
         test = "1";
     } else if (value->kind == ExprKind::Range) {
-        test = cat("(", relation(subject, kGreaterEqual, value->left), " && ", relation(subject, kLessEqual, value->right), ")");
+        test = cat("(", relation(subject, kGreaterEqual, value->left), " && ",
+                   relation(subject, kLessEqual, value->right), ")");
     } else if (subject->kind == ExprKind::Truth) {
         std::string c = value->kind == ExprKind::Truth ? (value->op == K_TRUE ? "1" : "0") : condition(value);
         test = subject->op == K_TRUE ? c : cat("!", c);
@@ -86,7 +87,9 @@ static size_t lastOf(const Program &p, size_t index)
     // A section ends with its last paragraph.
     if (!p.procedures[index].isSection) return index;
     size_t last = index;
-    while (last + 1 < p.procedures.size() && !p.procedures[last + 1].isSection && p.procedures[last + 1].section == static_cast<int>(index)) last++;
+    while (last + 1 < p.procedures.size() && !p.procedures[last + 1].isSection &&
+           p.procedures[last + 1].section == static_cast<int>(index))
+        last++;
     return last;
 }
 
@@ -100,7 +103,8 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     program_->procedures[end].returns.push_back(site);
     program_->procedures[static_cast<size_t>(from)].referenced = true;
     // Number of the site in this program, for its place in the array of saved cells.
-    put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site, ";\n"));
+    put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site,
+            ";\n"));
     if (debugs_) put(cat("way = \"PERFORM LOOP\"; wayLine = ", group_.spot(first.at).line, ";\n"));
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     if (fromSegment >= 50) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
@@ -209,7 +213,8 @@ void Emitter::jump(const ProcedureName &name)
     if (to < 0) return;
     const Procedure &target = program_->procedures[static_cast<size_t>(to)];
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
-    if (target.segment >= 50 && target.segment != now) put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
+    if (target.segment >= 50 && target.segment != now)
+        put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
     if (debugs_) put(cat("way = \"\"; wayLine = ", group_.spot(name.at).line, ";\n"));
     put(cat("goto p", to, ";\n"));
 }
@@ -288,11 +293,19 @@ void Emitter::exitStatement(const ExitStatement &s)
     }
     switch (s.form) {
     case ExitStatement::Plain:
-    case ExitStatement::Continue: put(";\n"); break;
-    case ExitStatement::Program: put(cat("if (p", program_->number, "_called) goto leave;\n")); break;
+    case ExitStatement::Continue:
+        put(";\n");
+        break;
+    case ExitStatement::Program:
+        put(cat("if (p", program_->number, "_called) goto leave;\n"));
+        break;
     case ExitStatement::Goback:
-    case ExitStatement::Function: leaveProgram(true); break;
-    case ExitStatement::StopRun: put(cat("_zvkRunUnitTerm(", code, " & 255);\n")); break;
+    case ExitStatement::Function:
+        leaveProgram(true);
+        break;
+    case ExitStatement::StopRun:
+        put(cat("_zvkRunUnitTerm(", code, " & 255);\n"));
+        break;
     case ExitStatement::StopLiteral: {
         Text t = text(s.value);
         put(cat("_zvkcStopLiteral(", t.length, ", ", t.address, ");\n"));
@@ -303,14 +316,18 @@ void Emitter::exitStatement(const ExitStatement &s)
         if (performLabels_.empty())
             error(s.at, "EXIT PERFORM without an inline PERFORM");
         else
-            put(cat("goto ", s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second, ";\n"));
+            put(cat("goto ",
+                    s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
+                    ";\n"));
         break;
     case ExitStatement::Paragraph:
     case ExitStatement::Section: {
         size_t end = procedure_;
         if (s.form == ExitStatement::Section) {
             const Procedure &here = program_->procedures[procedure_];
-            size_t section = here.isSection ? procedure_ : here.section >= 0 ? static_cast<size_t>(here.section) : procedure_;
+            size_t section = here.isSection      ? procedure_
+                             : here.section >= 0 ? static_cast<size_t>(here.section)
+                                                 : procedure_;
             end = lastOf(*program_, section);
         }
         put(cat("goto e", end, ";\n"));

@@ -20,11 +20,11 @@
 namespace kvrcob {
 
 struct EmitOptions {
-    bool check = false;      // -fcheck=all
-    bool truncate = true;    // -fno-trunc turns it off
-    bool ebcdic = false;     // -febcdic
-    bool mainProgram = true; // the first program is the main program
-    bool lines = true;       // #line
+    bool check = false;                     // -fcheck=all
+    bool truncate = true;                   // -fno-trunc turns it off
+    bool ebcdic = false;                    // -febcdic
+    bool mainProgram = true;                // the first program is the main program
+    bool lines = true;                      // #line
     std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
 };
 
@@ -44,9 +44,9 @@ struct Text {
     enum Kind : uint8_t { Bytes, Figurative, All } kind = Bytes;
     std::string address, length;
     int64_t fixed = -1;
-    std::string bytes;    // of a literal, and of ALL literal
+    std::string bytes; // of a literal, and of ALL literal
     bool isLiteral = false;
-    uint8_t fill = ' ';   // Figurative
+    uint8_t fill = ' '; // Figurative
     const Item *item = nullptr;
     bool good = true;
 };
@@ -54,12 +54,13 @@ struct Text {
 // A number.
 struct Num {
     enum Kind : uint8_t { Int, Packed, Float } kind = Int;
-    std::string text;   // Int: a C integer, 64 bits wide up to 18 digits, else 128; Packed: the address of a packed item; Float: a double
-    int digits = 1;     // at most so many
+    std::string
+        text; // Int: a C integer, 64 bits wide up to 18 digits, else 128; Packed: the address of a packed item; Float: a double
+    int digits = 1; // at most so many
     int scale = 0;
     bool isSigned = true;
     bool literal = false;
-    Decimal value;      // of a literal
+    Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
     bool wide() const { return digits > 18; }
     bool good() const { return !text.empty(); }
@@ -67,7 +68,10 @@ struct Num {
 
 class Emitter {
 public:
-    Emitter(Meaning &meaning, const EmitOptions &options) : meaning_(meaning), group_(meaning.group()), options_(options) {}
+    Emitter(Meaning &meaning, const EmitOptions &options)
+        : meaning_(meaning), group_(meaning.group()), options_(options)
+    {
+    }
     std::string emit();
 
 private:
@@ -93,8 +97,8 @@ private:
     std::string temp(const char *type, const std::string &suffix = "");
     std::string tempBytes(int64_t size);
     std::string label() { return "l" + std::to_string(++labels_); }
-    std::string bytesLiteral(std::string_view bytes);       // "..." as C has it
-    std::string constantBytes(std::string_view bytes);      // an address of static bytes
+    std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
+    std::string constantBytes(std::string_view bytes); // an address of static bytes
     void openBlock();
     void closeBlock();
 
@@ -108,7 +112,10 @@ private:
     Text textOf(const Loc &loc);
     std::string currentCount(const Item &table);
     bool isNumericExpr(const Expr *e);
-    bool isNumericItem(const Item &item) { return item.category == Category::Numeric || item.category == Category::Index; }
+    bool isNumericItem(const Item &item)
+    {
+        return item.category == Category::Numeric || item.category == Category::Index;
+    }
     const Expr *constant(const Expr *e) { return meaning_.constant(*program_, e); }
     Category categoryOf(const Expr *e);
     void range(int64_t low, int64_t high);
@@ -162,7 +169,8 @@ private:
     void moveLoc(const Loc &source, const Loc &target);
     void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);
     void initializeOne(const Loc &loc, const Item &item, const InitializeStatement &s);
-    void corresponding(const Item &from, const Item &to, std::vector<std::pair<const Item *, const Item *>> &pairs, bool numeric);
+    void corresponding(const Item &from, const Item &to, std::vector<std::pair<const Item *, const Item *>> &pairs,
+                       bool numeric);
     Loc member(const Reference &ref, const Item &group, const Item &item, bool receiving);
 
     // ---- statements
@@ -249,7 +257,7 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool debugs_ = false; // USE FOR DEBUGGING is in force
+    bool debugs_ = false;                   // USE FOR DEBUGGING is in force
     uint32_t firstSite_ = 1, counters_ = 0; // of the program in hand: PERFORM sites, PERFORM n TIMES
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;
@@ -258,7 +266,7 @@ private:
     std::map<size_t, std::set<size_t>> alterTargets_;
     struct InitOp {
         uint64_t offset;
-        std::string bytes;        // these bytes, or
+        std::string bytes;            // these bytes, or
         uint64_t size = 0, count = 0; // so many copies of the element there
     };
     void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);

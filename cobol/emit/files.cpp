@@ -8,8 +8,11 @@ namespace kvrcob {
 // A name as it is handed to OPEN. The library takes "abc-name" for a file system's prefix, so other names with a "-" get "./" in front.
 static std::string assignmentOf(const std::string &name)
 {
-    static const char *const prefixes[] = {"jgt-", "qvr-", "hdk-", "psx-", "lsq-", "nat-", "stl-", "rsd-", "str-", "wbr-", "raw-", "rql-", "pip-", "fif-", "sok-", "mqu-", "plx-"};
-    if (name.find('-') == std::string::npos || name.empty() || name[0] == '/' || name[0] == '.' || name[0] == '~' || name[0] == '$') return name;
+    static const char *const prefixes[] = {"jgt-", "qvr-", "hdk-", "psx-", "lsq-", "nat-", "stl-", "rsd-", "str-",
+                                           "wbr-", "raw-", "rql-", "pip-", "fif-", "sok-", "mqu-", "plx-"};
+    if (name.find('-') == std::string::npos || name.empty() || name[0] == '/' || name[0] == '.' || name[0] == '~' ||
+        name[0] == '$')
+        return name;
     for (const char *prefix : prefixes)
         if (name.compare(0, 4, prefix) == 0) return name;
     return "./" + name;
@@ -28,16 +31,22 @@ void Emitter::fileRecords(Program &p)
         uint32_t n = f->number;
         uint32_t room = f->maxRecord ? f->maxRecord : 1;
         for (const Item *record : f->records) room = std::max(room, record->size);
-        globals_ += cat("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n, " __attribute__((aligned(16)));\n");
+        globals_ += cat("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n,
+                        " __attribute__((aligned(16)));\n");
         if (f->sortFile) {
-            globals_ += cat("static FCB C", n, " __attribute__((unused)) = {.eyecatcher = \"FCB\", .record = A", n, ".record};\n#define F", n, " (&C", n, ")\n");
+            globals_ += cat("static FCB C", n, " __attribute__((unused)) = {.eyecatcher = \"FCB\", .record = A", n,
+                            ".record};\n#define F", n, " (&C", n, ")\n");
             continue;
         }
         index++;
         globals_ += cat("#define F", n, " (", prefix, "files[", index - 1, "])\n");
         if (f->organization == K_INDEXED && !f->recordKey) error(f->at, "an indexed file needs a RECORD KEY");
-        bool print = (f->organization == K_SEQUENTIAL) && (f->advancing || f->linage || f->device == K_PRINTER) && !f->readable;
-        std::string organization = f->organization == K_LINE || print ? "ZVK_FILE_LINE_SEQUENTIAL" : f->organization == K_INDEXED ? "ZVK_FILE_INDEXED" : f->organization == K_RELATIVE ? "ZVK_FILE_RELATIVE" : "0";
+        bool print =
+            (f->organization == K_SEQUENTIAL) && (f->advancing || f->linage || f->device == K_PRINTER) && !f->readable;
+        std::string organization = f->organization == K_LINE || print ? "ZVK_FILE_LINE_SEQUENTIAL"
+                                   : f->organization == K_INDEXED     ? "ZVK_FILE_INDEXED"
+                                   : f->organization == K_RELATIVE    ? "ZVK_FILE_RELATIVE"
+                                                                      : "0";
         std::string attributes = f->optional ? "ZVK_FILE_OPTIONAL" : "0", name;
         if (f->external) attributes += " | ZVK_FILE_EXTERNAL";
         std::string nameText;
@@ -69,11 +78,15 @@ void Emitter::fileRecords(Program &p)
             nameText = assignmentOf(std::string(f->valueOfFileId->text));
             attributes += " | ZVK_FILE_ASSIGN_LITERAL";
         } else {
-            nameText = f->device == K_KEYBOARD ? "/dev/stdin" : f->device == K_DISPLAY ? "/dev/stdout" : wordText(f->name);
-            attributes += f->device == K_KEYBOARD || f->device == K_DISPLAY ? " | ZVK_FILE_ASSIGN_LITERAL" : " | ZVK_FILE_ASSIGN_ENVIRONMENT";
+            nameText = f->device == K_KEYBOARD  ? "/dev/stdin"
+                       : f->device == K_DISPLAY ? "/dev/stdout"
+                                                : wordText(f->name);
+            attributes += f->device == K_KEYBOARD || f->device == K_DISPLAY ? " | ZVK_FILE_ASSIGN_LITERAL"
+                                                                            : " | ZVK_FILE_ASSIGN_ENVIRONMENT";
             if (f->device == K_KEYBOARD || f->device == K_DISPLAY) organization = "ZVK_FILE_LINE_SEQUENTIAL";
         }
-        globals_ += cat("static char N", n, "[", dynamic ? 4096 : nameText.size() + 1, "]", dynamic ? "" : cat(" = ", bytesLiteral(nameText)), ";\n");
+        globals_ += cat("static char N", n, "[", dynamic ? 4096 : nameText.size() + 1, "]",
+                        dynamic ? "" : cat(" = ", bytesLiteral(nameText)), ";\n");
         globals_ += cat("static uint8_t *A", n, "cell = (uint8_t *)&A", n, ";\n");
         if (f->status) globals_ += cat("static uint8_t *I", n, "status;\n");
 
@@ -84,7 +97,8 @@ void Emitter::fileRecords(Program &p)
             Item *item = meaning_.resolve(p, ref);
             if (!item) return;
             if (item->file != f && recordOf(*item).file != f) error(ref.at, "a key is an item of the file's record");
-            keys += cat("{", item->size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0", ", {0, 0, 0}}, ");
+            keys += cat("{", item->size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
+                        ", {0, 0, 0}}, ");
             keyCount++;
         };
         if (f->organization == K_INDEXED) {
@@ -98,19 +112,37 @@ void Emitter::fileRecords(Program &p)
             if (f->top) linage += " | ZVK_FILE_LINAGE_TOP";
             if (f->bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
         }
-        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount : 1, "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; }");
+        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount : 1,
+                               "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; }");
         globals_ += cat("typedef ", type, " T", n, ";\nstatic T", n, " I", n, " = {.fib = {\n");
         bool sharing = f->sharing || f->lockMode;
         if (sharing) {
-            globals_ += cat(".sharing = 1, .lockMode = ", f->lockMode == K_MANUAL ? 1 : f->lockMode == K_AUTOMATIC ? 2 : f->lockMode == K_EXCLUSIVE ? 3 : 0, ", .shareMode = ",
-                            (f->sharing == K_ALL ? 1 : f->sharing == K_READ ? 2 : f->sharing == K_NO ? 3 : f->lockMode == K_EXCLUSIVE ? 3 : 0), f->lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "", ",\n");
+            globals_ += cat(".sharing = 1, .lockMode = ",
+                            f->lockMode == K_MANUAL      ? 1
+                            : f->lockMode == K_AUTOMATIC ? 2
+                            : f->lockMode == K_EXCLUSIVE ? 3
+                                                         : 0,
+                            ", .shareMode = ",
+                            (f->sharing == K_ALL          ? 1
+                             : f->sharing == K_READ       ? 2
+                             : f->sharing == K_NO         ? 3
+                             : f->lockMode == K_EXCLUSIVE ? 3
+                                                          : 0),
+                            f->lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "", ",\n");
         }
-        globals_ += cat(".index = ", index, ", .prefix = \"???\", .organization = ", organization, ", .accessMode = ", f->access == K_SEQUENTIAL ? "0x80" : f->access == K_RANDOM ? "0x40" : "0",
-                        ", .recordFormat = ", f->minRecord != f->maxRecord ? 1 : 0, ", .attributes = ", attributes, ",\n.maxRecord = ", f->maxRecord, ", .minRecord = ", f->minRecord, ", .keyCount = ", keyCount, ", .name = ",
-                        bytesLiteral(wordText(f->name).substr(0, 43)), ", .assignmentLength = ", nameText.size(), ", .linage = ", linage.empty() ? "0" : linage,
-                        ",\n.keysOffset = offsetof(T", n, ", keys), .relativeKeyOffset = offsetof(T", n, ", relative), .attributeOffset = offsetof(T", n,
-                        ", attribute), .linageOffset = offsetof(T", n, ", linage),\n.recordArea = &A", n, "cell, .assignment = N", n,
-                        f->status ? cat(", .statusBase = &I", n, "status") : "", "}", keyCount ? cat(", .keys = {", keys, "}") : "", "};\n");
+        globals_ +=
+            cat(".index = ", index, ", .prefix = \"???\", .organization = ", organization, ", .accessMode = ",
+                f->access == K_SEQUENTIAL ? "0x80"
+                : f->access == K_RANDOM   ? "0x40"
+                                          : "0",
+                ", .recordFormat = ", f->minRecord != f->maxRecord ? 1 : 0, ", .attributes = ", attributes,
+                ",\n.maxRecord = ", f->maxRecord, ", .minRecord = ", f->minRecord, ", .keyCount = ", keyCount,
+                ", .name = ", bytesLiteral(wordText(f->name).substr(0, 43)), ", .assignmentLength = ", nameText.size(),
+                ", .linage = ", linage.empty() ? "0" : linage, ",\n.keysOffset = offsetof(T", n,
+                ", keys), .relativeKeyOffset = offsetof(T", n, ", relative), .attributeOffset = offsetof(T", n,
+                ", attribute), .linageOffset = offsetof(T", n, ", linage),\n.recordArea = &A", n,
+                "cell, .assignment = N", n, f->status ? cat(", .statusBase = &I", n, "status") : "", "}",
+                keyCount ? cat(", .keys = {", keys, "}") : "", "};\n");
         // USE procedures
         std::string rows[5];
         bool any = false;
@@ -134,11 +166,13 @@ void Emitter::fileRecords(Program &p)
             for (int m = 0; m < 5; m++) globals_ += cat(rows[m].empty() ? "0" : rows[m], ", ");
             globals_ += "};\n";
         }
-        globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", index, ", .maxRecord = ", f->maxRecord, any ? cat(", .useTable = U", n) : "", "};\n");
+        globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", index,
+                        ", .maxRecord = ", f->maxRecord, any ? cat(", .useTable = U", n) : "", "};\n");
         list += cat("&C", n, ", ");
         fibs += cat("&I", n, ".fib, ");
     }
-    globals_ += cat("static FCB *", prefix, "files[", files.size() + 1, "] = {", list, "0};\nstatic FIB *", prefix, "fibs[", files.size() + 1, "] = {", fibs, "0};\n");
+    globals_ += cat("static FCB *", prefix, "files[", files.size() + 1, "] = {", list, "0};\nstatic FIB *", prefix,
+                    "fibs[", files.size() + 1, "] = {", fibs, "0};\n");
 }
 
 File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
@@ -181,11 +215,17 @@ void Emitter::openStatement(const OpenStatement &s)
             Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
             if (item && !item->isConstant && item->level != 88) {
                 Loc loc = locate(*f->assignItem);
-                if (loc.good()) put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ", loc.address, ", ", loc.length, ");\n"));
+                if (loc.good())
+                    put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ", loc.address,
+                            ", ", loc.length, ");\n"));
             }
         }
-        const char *mode = part.mode == K_INPUT ? "ZVK_OPEN_INPUT" : part.mode == K_OUTPUT ? "ZVK_OPEN_OUTPUT" : part.mode == K_I_O ? "ZVK_OPEN_IO" : "ZVK_OPEN_EXTEND";
-        put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F", f->number, "->statement = 0;\n"));
+        const char *mode = part.mode == K_INPUT    ? "ZVK_OPEN_INPUT"
+                           : part.mode == K_OUTPUT ? "ZVK_OPEN_OUTPUT"
+                           : part.mode == K_I_O    ? "ZVK_OPEN_IO"
+                                                   : "ZVK_OPEN_EXTEND";
+        put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
+                f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
     }
 }
@@ -204,7 +244,8 @@ void Emitter::closeStatement(const CloseStatement &s)
             put(cat("kvr_close_reel(F", f->number, ", p", f->program->number, "_element);\n"));
             continue;
         }
-        put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0", part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
+        put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
+                part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->close(F", f->number, ", p", f->program->number, "_element);\n"));
     }
 }
@@ -269,7 +310,9 @@ int Emitter::keyNumber(const File &f, const Item &item, bool generic)
 {
     auto is = [&](const Reference &ref) {
         Item *key = meaning_.resolve(*f.program, ref, true);
-        return key && (key == &item || (key->offset == item.offset && (generic ? item.size <= key->size : item.size == key->size) && recordOf(item).file == &f));
+        return key && (key == &item ||
+                       (key->offset == item.offset && (generic ? item.size <= key->size : item.size == key->size) &&
+                        recordOf(item).file == &f));
     };
     if (f.recordKey && is(*f.recordKey)) return 0;
     for (size_t i = 0; i < f.alternateKeys.size(); i++)
@@ -295,8 +338,10 @@ void Emitter::readStatement(const FileStatement &s)
         return;
     }
     std::string request = temp("FileRequest");
-    bool sequential = s.next || s.previous || f->access == K_SEQUENTIAL || f->organization == K_SEQUENTIAL || f->organization == K_LINE ||
-                      (f->access == K_DYNAMIC && !s.key && (s.end.has || s.end.hasNot) && !(s.invalid.has || s.invalid.hasNot));
+    bool sequential =
+        s.next || s.previous || f->access == K_SEQUENTIAL || f->organization == K_SEQUENTIAL ||
+        f->organization == K_LINE ||
+        (f->access == K_DYNAMIC && !s.key && (s.end.has || s.end.hasNot) && !(s.invalid.has || s.invalid.hasNot));
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     std::string options = sequential ? (s.previous ? "ZVK_REQUEST_PREVIOUS" : "ZVK_REQUEST_NEXT") : "ZVK_REQUEST_KEY";
     if (s.lock == K_LOCK) options += " | ZVK_REQUEST_LOCK";
@@ -363,7 +408,8 @@ void Emitter::writeStatement(const FileStatement &s)
             advance = "ZVK_ADVANCE_PAGE";
         } else if (s.mnemonic) {
             const std::string &device = wordText(s.mnemonic);
-            if (device == "C01" || device == "FORMFEED" || device == "TOP" || device == "PAGE" || device == "TOP-OF-PAGE" || device == "XXXXX049")
+            if (device == "C01" || device == "FORMFEED" || device == "TOP" || device == "PAGE" ||
+                device == "TOP-OF-PAGE" || device == "XXXXX049")
                 advance = "ZVK_ADVANCE_PAGE";
             else if (device.rfind("CSP", 0) == 0)
                 advance = "0";
@@ -372,7 +418,8 @@ void Emitter::writeStatement(const FileStatement &s)
         } else if (s.advancing) {
             advance = cat("(int32_t)", integer(s.advancing));
         }
-        put(cat(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request, ".advance = ", advance, ";\n"));
+        put(cat(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request,
+                ".advance = ", advance, ";\n"));
     }
     linageValues(*f);
     if (f->linage) put(cat("kvr_linage(F", f->number, ", &I", f->number, ".linage[0]);\n"));
@@ -387,7 +434,8 @@ void Emitter::writeStatement(const FileStatement &s)
     }
     if (f->minRecord == f->maxRecord && f->organization != K_LINE) length = cat(f->maxRecord);
     put(cat(request, ".recordLength = ", length, ";\n"));
-    if (f->access != K_SEQUENTIAL) relativeKeyIn(*f, request);
+    if (f->access != K_SEQUENTIAL)
+        relativeKeyIn(*f, request);
     else if (f->organization == K_RELATIVE && f->relativeKey) {
         relativeKeyIn(*f, request);
         put(cat(request, ".relativeKey = 0;\n"));
@@ -456,9 +504,14 @@ void Emitter::startStatement(const FileStatement &s)
     if (!f) return;
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
-    const char *relation = s.relation == '=' ? "ZVK_RELATION_EQUAL" : s.relation == '>' ? "ZVK_RELATION_GREATER" : s.relation == kGreaterEqual ? "ZVK_RELATION_NOT_LESS"
-                           : s.relation == '<' ? "ZVK_RELATION_LESS" : s.relation == kLessEqual ? "ZVK_RELATION_NOT_GREATER" : s.relation == K_FIRST ? "ZVK_RELATION_FIRST"
-                           : s.relation == K_LAST ? "ZVK_RELATION_LAST" : nullptr;
+    const char *relation = s.relation == '='             ? "ZVK_RELATION_EQUAL"
+                           : s.relation == '>'           ? "ZVK_RELATION_GREATER"
+                           : s.relation == kGreaterEqual ? "ZVK_RELATION_NOT_LESS"
+                           : s.relation == '<'           ? "ZVK_RELATION_LESS"
+                           : s.relation == kLessEqual    ? "ZVK_RELATION_NOT_GREATER"
+                           : s.relation == K_FIRST       ? "ZVK_RELATION_FIRST"
+                           : s.relation == K_LAST        ? "ZVK_RELATION_LAST"
+                                                         : nullptr;
     if (!relation) {
         error(s.at, "START does not go with NOT EQUAL");
         return;
@@ -489,7 +542,8 @@ void Emitter::unlockStatement(const FileStatement &s)
         return;
     }
     std::string request = temp("FileRequest");
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, "->unlock(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, "->unlock(F", f->number, ", p",
+            f->program->number, "_element, &", request, ");\n"));
 }
 
 } // namespace kvrcob

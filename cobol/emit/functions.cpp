@@ -159,8 +159,11 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     std::vector<const Expr *> args;
     for (const Expr *a : e->args) expandAll(a, args);
     if (static_cast<int>(args.size()) < row->least || (row->most >= 0 && static_cast<int>(args.size()) > row->most)) {
-        error(e->at, "FUNCTION " + name + " has " + std::to_string(args.size()) + " arguments; it needs " + std::to_string(row->least) +
-                         (row->most < 0 ? " or more" : row->most > row->least ? " to " + std::to_string(row->most) : ""));
+        error(e->at, "FUNCTION " + name + " has " + std::to_string(args.size()) + " arguments; it needs " +
+                         std::to_string(row->least) +
+                         (row->most < 0            ? " or more"
+                          : row->most > row->least ? " to " + std::to_string(row->most)
+                                                   : ""));
         return Num{};
     }
     if (row->result == Result::Text || e->ref) {
@@ -175,7 +178,8 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         const Expr *a = constant(args[0]);
         if (a->kind == ExprKind::Reference) {
             Item *item = meaning_.resolve(*program_, *a->ref, true);
-            if (item && !a->ref->refmod && a->ref->subscripts.empty() && !item->hasDepending) return integerNumber(cat(item->size, "LL"), 10, false);
+            if (item && !a->ref->refmod && a->ref->subscripts.empty() && !item->hasDepending)
+                return integerNumber(cat(item->size, "LL"), 10, false);
             Loc loc = locate(*a->ref);
             if (!loc.good()) return Num{};
             return integerNumber(cat("(int64_t)(", loc.length, ")"), 10, false);
@@ -210,10 +214,12 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         n.kind = Num::Packed;
         n.digits = 36;
         n.scale = 18;
-        n.text = cat("kvr_numval(", t.address, ", ", t.length, ", ", record, ", '", program_->commaIsPoint ? ',' : '.', "', (const uint8_t *)", currency, ")");
+        n.text = cat("kvr_numval(", t.address, ", ", t.length, ", ", record, ", '", program_->commaIsPoint ? ',' : '.',
+                     "', (const uint8_t *)", currency, ")");
         return n;
     }
-    if (name == "MAX" || name == "MIN" || name == "ORD-MAX" || name == "ORD-MIN" || name == "RANGE" || name == "MIDRANGE") {
+    if (name == "MAX" || name == "MIN" || name == "ORD-MAX" || name == "ORD-MIN" || name == "RANGE" ||
+        name == "MIDRANGE") {
         bool numeric = isNumericExpr(args[0]);
         bool most = name == "MAX" || name == "ORD-MAX";
         if (!numeric) {
@@ -228,8 +234,9 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
                 if (i == 0) {
                     put(cat(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n"));
                 } else {
-                    put(cat("if (kvr_compare(", t.address, ", ", t.length, ", ", address, ", ", length, ") ", most ? ">" : "<", " 0) { ", address, " = ", t.address, "; ", length, " = ", t.length,
-                            "; ", place, " = ", i + 1, "; }\n"));
+                    put(cat("if (kvr_compare(", t.address, ", ", t.length, ", ", address, ", ", length, ") ",
+                            most ? ">" : "<", " 0) { ", address, " = ", t.address, "; ", length, " = ", t.length, "; ",
+                            place, " = ", i + 1, "; }\n"));
                 }
             }
             return integerNumber(place, 5, false);
@@ -255,8 +262,9 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
             if (i == 0)
                 put(cat(best, " = ", least, " = ", now, "; ", place, " = 1;\n"));
             else
-                put(cat("if (", now, " > ", best, ") { ", best, " = ", now, "; ", most ? cat(place, " = ", i + 1, "; ") : "", "}\nif (", now, " < ", least, ") { ", least, " = ", now, "; ",
-                        most ? "" : cat(place, " = ", i + 1, "; "), "}\n"));
+                put(cat("if (", now, " > ", best, ") { ", best, " = ", now, "; ",
+                        most ? cat(place, " = ", i + 1, "; ") : "", "}\nif (", now, " < ", least, ") { ", least, " = ",
+                        now, "; ", most ? "" : cat(place, " = ", i + 1, "; "), "}\n"));
         }
         if (name == "ORD-MAX" || name == "ORD-MIN") return integerNumber(place, 5, false);
         auto made = [&](const std::string &t) {
@@ -309,7 +317,8 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         Num n = keep(argument(0), false);
         Decimal zero;
         zero.digits = "0";
-        std::string above = compareNumbers(n, literalNumber(zero), '>'), below = compareNumbers(n, literalNumber(zero), '<');
+        std::string above = compareNumbers(n, literalNumber(zero), '>'),
+                    below = compareNumbers(n, literalNumber(zero), '<');
         return integerNumber(cat("((int64_t)", above, " - ", below, ")"), 1);
     }
     if (name == "INTEGER" || name == "INTEGER-PART" || name == "FRACTION-PART") {
@@ -317,7 +326,8 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         if (!n.good()) return n;
         if (n.kind == Num::Float) {
             if (name == "INTEGER") return scaleTo(floatNumber(cat("_zvkInteger(kvr_settled(", n.text, "))")), 0, false);
-            if (name == "INTEGER-PART") return scaleTo(floatNumber(cat("_zvkIntegerPart(kvr_settled(", n.text, "))")), 0, false);
+            if (name == "INTEGER-PART")
+                return scaleTo(floatNumber(cat("_zvkIntegerPart(kvr_settled(", n.text, "))")), 0, false);
             n = scaleTo(n, 9, false);
         }
         if (n.scale <= 0) {
@@ -344,7 +354,9 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         }
         int scale = std::max({a.scale, b.scale, 0});
         a = toInt(scaleUp(a, scale)), b = toInt(scaleUp(b, scale));
-        Num n = integerNumber(cat(name == "MOD" ? "kvr_mod(" : "kvr_rem(", a.text, ", ", b.text, ", &", zeroFlag(), ")"), std::min(std::max(b.digits, 19), 38));
+        Num n =
+            integerNumber(cat(name == "MOD" ? "kvr_mod(" : "kvr_rem(", a.text, ", ", b.text, ", &", zeroFlag(), ")"),
+                          std::min(std::max(b.digits, 19), 38));
         n.scale = scale;
         if (b.digits <= 18) {
             n.text = cat("(int64_t)", n.text);
@@ -360,20 +372,29 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         n.text = cat("kvr_factorial(", whole(0), ", ", t, ")");
         return n;
     }
-    if (name == "DATE-OF-INTEGER") return integerNumber(cat("(int64_t)_zvkDateOfInteger((int32_t)", whole(0), ")"), 8, false);
-    if (name == "DAY-OF-INTEGER") return integerNumber(cat("(int64_t)_zvkDayOfInteger((int32_t)", whole(0), ")"), 7, false);
-    if (name == "INTEGER-OF-DATE") return integerNumber(cat("(int64_t)_zvkIntegerOfDate((int32_t)", whole(0), ")"), 7, false);
-    if (name == "INTEGER-OF-DAY") return integerNumber(cat("(int64_t)_zvkIntegerOfDay((int32_t)", whole(0), ")"), 7, false);
+    if (name == "DATE-OF-INTEGER")
+        return integerNumber(cat("(int64_t)_zvkDateOfInteger((int32_t)", whole(0), ")"), 8, false);
+    if (name == "DAY-OF-INTEGER")
+        return integerNumber(cat("(int64_t)_zvkDayOfInteger((int32_t)", whole(0), ")"), 7, false);
+    if (name == "INTEGER-OF-DATE")
+        return integerNumber(cat("(int64_t)_zvkIntegerOfDate((int32_t)", whole(0), ")"), 7, false);
+    if (name == "INTEGER-OF-DAY")
+        return integerNumber(cat("(int64_t)_zvkIntegerOfDay((int32_t)", whole(0), ")"), 7, false);
     if (name == "YEAR-TO-YYYY" || name == "DATE-TO-YYYYMMDD" || name == "DAY-TO-YYYYDDD") {
         std::string window = args.size() > 1 ? whole(1) : "50";
         int digits = name[0] == 'Y' ? 4 : name == "DATE-TO-YYYYMMDD" ? 8 : 7;
-        return integerNumber(cat("kvr_windowed(", digits, ", (int32_t)", whole(0), ", (int32_t)", window, ")"), digits, false);
+        return integerNumber(cat("kvr_windowed(", digits, ", (int32_t)", whole(0), ", (int32_t)", window, ")"), digits,
+                             false);
     }
     struct FloatRow {
         const char *name, *entry;
     };
-    static const FloatRow floats[] = {{"ACOS", "_zvkAcosFloat8"}, {"ASIN", "_zvkAsinFloat8"}, {"ATAN", "_zvkAtanFloat8"}, {"COS", "_zvkCosFloat8"}, {"SIN", "_zvkSinFloat8"},
-                                      {"TAN", "_zvkTanFloat8"},   {"LOG", "_zvkLogFloat8"},   {"LOG10", "_zvkLog10Float8"}, {"SQRT", "_zvkSqrtFloat8"}, {"EXP", "exp"}, {"EXP10", "exp10"}};
+    static const FloatRow floats[] = {{"ACOS", "_zvkAcosFloat8"}, {"ASIN", "_zvkAsinFloat8"},
+                                      {"ATAN", "_zvkAtanFloat8"}, {"COS", "_zvkCosFloat8"},
+                                      {"SIN", "_zvkSinFloat8"},   {"TAN", "_zvkTanFloat8"},
+                                      {"LOG", "_zvkLogFloat8"},   {"LOG10", "_zvkLog10Float8"},
+                                      {"SQRT", "_zvkSqrtFloat8"}, {"EXP", "exp"},
+                                      {"EXP10", "exp10"}};
     for (const FloatRow &f : floats)
         if (name == f.name) return floatNumber(cat(f.entry, "(", floating(0), ")"));
     if (name == "PI") return floatNumber("3.14159265358979323846");
@@ -389,7 +410,12 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     // MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE: an array of numbers.
     std::string array = temp("double", cat("[", args.size(), "]"));
     for (size_t i = 0; i < args.size(); i++) put(cat(array, "[", i, "] = ", floating(i), ";\n"));
-    return floatNumber(cat("kvr_statistic('", name == "MEDIAN" ? 'M' : name == "VARIANCE" ? 'V' : name == "STANDARD-DEVIATION" ? 'S' : 'P', "', ", array, ", ", args.size(), ")"));
+    return floatNumber(cat("kvr_statistic('",
+                           name == "MEDIAN"               ? 'M'
+                           : name == "VARIANCE"           ? 'V'
+                           : name == "STANDARD-DEVIATION" ? 'S'
+                                                          : 'P',
+                           "', ", array, ", ", args.size(), ")"));
 }
 
 Text Emitter::functionText(const Expr *e)
@@ -416,30 +442,37 @@ Text Emitter::functionText(const Expr *e)
     t.fixed = -1;
     if (name == "CURRENT-DATE" || name == "WHEN-COMPILED") {
         std::string buffer = tempBytes(22);
-        put(cat(name == "CURRENT-DATE" ? "_zvkCurrentDate((char *)" : "kvr_when_compiled(__DATE__, __TIME__, (char *)", buffer, ");\n"));
+        put(cat(name == "CURRENT-DATE" ? "_zvkCurrentDate((char *)" : "kvr_when_compiled(__DATE__, __TIME__, (char *)",
+                buffer, ");\n"));
         put(cat(address, " = ", buffer, "; ", length, " = 21;\n"));
         t.fixed = 21;
     } else if (name == "UPPER-CASE" || name == "LOWER-CASE" || name == "REVERSE") {
         Text a = argument(0);
         if (!a.good) return t;
-        const char *entry = name == "UPPER-CASE" ? "_zvkToUpper" : name == "LOWER-CASE" ? "_zvkToLower" : "_Dmr_reverse";
+        const char *entry = name == "UPPER-CASE"   ? "_zvkToUpper"
+                            : name == "LOWER-CASE" ? "_zvkToLower"
+                                                   : "_Dmr_reverse";
         if (a.fixed >= 0) {
             std::string buffer = tempBytes(a.fixed + 1);
-            put(cat(address, " = ", buffer, "; ", length, " = ", a.fixed, "; ", entry, "(", length, ", ", a.address, ", ", address, ");\n"));
+            put(cat(address, " = ", buffer, "; ", length, " = ", a.fixed, "; ", entry, "(", length, ", ", a.address,
+                    ", ", address, ");\n"));
             t.fixed = a.fixed;
         } else {
             std::string from = temp("const uint8_t *");
-            put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, "); ", entry, "(", length, ", ", from, ", ", address, ");\n"));
+            put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, "); ",
+                    entry, "(", length, ", ", from, ", ", address, ");\n"));
         }
     } else if (name == "TRIM") {
         Text a = argument(0);
         if (!a.good) return t;
         int mode = 3;
         if (args.size() > 1) mode = args[1]->op == K_LEADING ? 1 : 2;
-        put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; kvr_trim(&", address, ", &", length, ", ", mode, ");\n"));
+        put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; kvr_trim(&",
+                address, ", &", length, ", ", mode, ");\n"));
     } else if (name == "CHAR") {
         std::string buffer = tempBytes(1);
-        put(cat(buffer, "[0] = (uint8_t)(", integer(args[0]), " - 1); ", address, " = ", buffer, "; ", length, " = 1;\n"));
+        put(cat(buffer, "[0] = (uint8_t)(", integer(args[0]), " - 1); ", address, " = ", buffer, "; ", length,
+                " = 1;\n"));
         t.fixed = 1;
     } else if (name == "CONCATENATE" || name == "CONCAT") {
         std::string list = temp("KvrPiece", cat("[", args.size(), "]"));
@@ -470,8 +503,9 @@ Text Emitter::functionText(const Expr *e)
             if (i == 0)
                 put(cat(address, " = (uint8_t *)(intptr_t)", a.address, "; ", length, " = ", a.length, ";\n"));
             else
-                put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (kvr_compare(", now, ", ", nowLength, ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<",
-                        " 0) { ", address, " = (uint8_t *)(intptr_t)", now, "; ", length, " = ", nowLength, "; }\n"));
+                put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (kvr_compare(", now, ", ",
+                        nowLength, ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<", " 0) { ", address,
+                        " = (uint8_t *)(intptr_t)", now, "; ", length, " = ", nowLength, "; }\n"));
         }
     } else {
         // A numeric function with a reference modifier: none.
@@ -488,7 +522,8 @@ Text Emitter::functionText(const Expr *e)
         t.length = length;
         Decimal d;
         t.fixed = -1;
-        if (e->ref->length && meaning_.constantNumber(*program_, e->ref->length, d) && d.scale == 0 && d.digits.size() < 9) {
+        if (e->ref->length && meaning_.constantNumber(*program_, e->ref->length, d) && d.scale == 0 &&
+            d.digits.size() < 9) {
             // kvr_part may shorten, but a valid program stays inside.
         }
     }

@@ -24,7 +24,8 @@ void Emitter::moveText(const Text &source, const Loc &target)
         return;
     }
     if (source.kind == Text::All) {
-        put(cat("_zvkcMoveFigConst(", target.address, ", ", target.length, ", ", source.address, ", ", source.length, ");\n"));
+        put(cat("_zvkcMoveFigConst(", target.address, ", ", target.length, ", ", source.address, ", ", source.length,
+                ");\n"));
         return;
     }
     if (source.fixed >= 0 && target.fixed >= 0) {
@@ -32,12 +33,15 @@ void Emitter::moveText(const Text &source, const Loc &target)
         const char *copy = source.isLiteral ? "memcpy" : "memmove";
         std::string to = target.address, from = source.address;
         if (right) {
-            if (n) put(cat(copy, "(", to, pad ? cat(" + ", pad) : "", ", ", from, source.fixed > n ? cat(" + ", source.fixed - n) : "", ", ", n, ");\n"));
+            if (n)
+                put(cat(copy, "(", to, pad ? cat(" + ", pad) : "", ", ", from,
+                        source.fixed > n ? cat(" + ", source.fixed - n) : "", ", ", n, ");\n"));
             if (pad) put(cat("memset(", to, ", ' ', ", pad, ");\n"));
             return;
         }
         if (source.isLiteral && target.fixed <= 64) {
-            std::string bytes = source.bytes.substr(0, static_cast<size_t>(n)) + std::string(static_cast<size_t>(pad), ' ');
+            std::string bytes =
+                source.bytes.substr(0, static_cast<size_t>(n)) + std::string(static_cast<size_t>(pad), ' ');
             put(cat("memcpy(", to, ", ", bytesLiteral(bytes), ", ", target.fixed, ");\n"));
             return;
         }
@@ -45,7 +49,8 @@ void Emitter::moveText(const Text &source, const Loc &target)
         if (pad) put(cat("memset(", to, n ? cat(" + ", n) : "", ", ' ', ", pad, ");\n"));
         return;
     }
-    put(cat("_zvkcMoveVarLenOverlap(", target.address, ", ", right ? "-(int32_t)" : "(int32_t)", target.length, ", ", source.address, ", (int32_t)", source.length, ");\n"));
+    put(cat("_zvkcMoveVarLenOverlap(", target.address, ", ", right ? "-(int32_t)" : "(int32_t)", target.length, ", ",
+            source.address, ", (int32_t)", source.length, ");\n"));
 }
 
 // From text to an alphanumeric-edited item.
@@ -54,12 +59,14 @@ static std::string editedRecord(const Item &item, const std::string &name, bool 
     const std::string &picture = item.picture.expanded;
     std::string bytes;
     for (char c : picture) {
-        char code[5] = {'\\', static_cast<char>('0' + (static_cast<unsigned char>(c) >> 6)), static_cast<char>('0' + (static_cast<unsigned char>(c) >> 3 & 7)),
+        char code[5] = {'\\', static_cast<char>('0' + (static_cast<unsigned char>(c) >> 6)),
+                        static_cast<char>('0' + (static_cast<unsigned char>(c) >> 3 & 7)),
                         static_cast<char>('0' + (static_cast<unsigned char>(c) & 7)), 0};
         bytes += code;
     }
-    globals += cat("static const struct { int16_t length; uint8_t repeat, picture[", picture.size(), "]; } __attribute__((packed)) ", name, " = {",
-                   picture.size(), ", ", repeat ? 1 : 0, ", \"", bytes, "\"};\n");
+    globals += cat("static const struct { int16_t length; uint8_t repeat, picture[", picture.size(),
+                   "]; } __attribute__((packed)) ", name, " = {", picture.size(), ", ", repeat ? 1 : 0, ", \"", bytes,
+                   "\"};\n");
     return cat("(const AlphaEditRecord *)&", name);
 }
 
@@ -75,15 +82,18 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
     Expr e;
     (void)e;
     const Item &from = *source.item, &to = *target.item;
-    bool plainFrom = source.refmod || from.category == Category::Group, plainTo = target.refmod || to.category == Category::Group;
-    bool numericFrom = !plainFrom && isNumericItem(from), numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
+    bool plainFrom = source.refmod || from.category == Category::Group,
+         plainTo = target.refmod || to.category == Category::Group;
+    bool numericFrom = !plainFrom && isNumericItem(from),
+         numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
     if (plainTo || (plainFrom && from.category == Category::Group && !source.refmod)) {
         moveText(textOf(source), target);
         return;
     }
     if (numericTo) {
-        if (numericFrom && isNumericItem(to) && from.usage == to.usage && from.picture.digits == to.picture.digits && from.picture.scale == to.picture.scale &&
-            from.picture.sign == to.picture.sign && from.signForm == to.signForm && from.size == to.size && !from.isIndexName && !to.isIndexName &&
+        if (numericFrom && isNumericItem(to) && from.usage == to.usage && from.picture.digits == to.picture.digits &&
+            from.picture.scale == to.picture.scale && from.picture.sign == to.picture.sign &&
+            from.signForm == to.signForm && from.size == to.size && !from.isIndexName && !to.isIndexName &&
             (from.usage != Usage::Display || from.picture.sign)) {
             put(cat("memmove(", target.address, ", ", source.address, ", ", from.size, ");\n"));
             return;
@@ -127,8 +137,10 @@ void Emitter::move(const Expr *source, const Loc &target)
     bool plainTo = target.refmod || to.category == Category::Group;
     if (!plainTo && to.category == Category::Pointer) {
         std::string value = "0";
-        if (source->kind == ExprKind::Figurative && source->op == K_NULL) value = "0";
-        else if (source->kind == ExprKind::AddressOf) value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
+        if (source->kind == ExprKind::Figurative && source->op == K_NULL)
+            value = "0";
+        else if (source->kind == ExprKind::AddressOf)
+            value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
         else if (source->kind == ExprKind::Reference) {
             Loc from = locate(*source->ref);
             value = cat("(int64_t)kvr_get_u8(", from.address, ")");
@@ -149,8 +161,9 @@ void Emitter::move(const Expr *source, const Loc &target)
         meaning_.resolve(*program_, *source->ref); // tells that it is not declared
         return;
     }
-    bool numericFrom = source->kind == ExprKind::Number || source->kind == ExprKind::Negate || source->kind == ExprKind::Arithmetic ||
-                       source->kind == ExprKind::LengthOf || (source->kind == ExprKind::Function && functionIsNumeric(source)) ||
+    bool numericFrom = source->kind == ExprKind::Number || source->kind == ExprKind::Negate ||
+                       source->kind == ExprKind::Arithmetic || source->kind == ExprKind::LengthOf ||
+                       (source->kind == ExprKind::Function && functionIsNumeric(source)) ||
                        (source->kind == ExprKind::Figurative && source->op == K_ZERO);
     if (numericTo) {
         if (numericFrom) {
@@ -191,7 +204,8 @@ void Emitter::move(const Expr *source, const Loc &target)
         if (t.isLiteral) {
             std::string digits;
             for (char c : t.bytes) {
-                if (c < '0' || c > '9') meaning_.warning("move", source->at, "this literal has characters that are no digits");
+                if (c < '0' || c > '9')
+                    meaning_.warning("move", source->at, "this literal has characters that are no digits");
                 digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
             }
             if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
@@ -236,15 +250,20 @@ void Emitter::moveCharacters(const Text &t, const Loc &target)
 // ---- CORRESPONDING
 
 // The pairs of items with the same name and qualifiers below two groups.
-void Emitter::corresponding(const Item &from, const Item &to, std::vector<std::pair<const Item *, const Item *>> &pairs, bool numeric)
+void Emitter::corresponding(const Item &from, const Item &to, std::vector<std::pair<const Item *, const Item *>> &pairs,
+                            bool numeric)
 {
     for (const Item *a : from.children) {
-        if (!a->name || a->redefines || a->occurs || a->usage == Usage::Index || a->category == Category::Pointer) continue;
+        if (!a->name || a->redefines || a->occurs || a->usage == Usage::Index || a->category == Category::Pointer)
+            continue;
         for (const Item *b : to.children) {
-            if (b->name != a->name || b->redefines || b->occurs || b->usage == Usage::Index || b->category == Category::Pointer) continue;
+            if (b->name != a->name || b->redefines || b->occurs || b->usage == Usage::Index ||
+                b->category == Category::Pointer)
+                continue;
             if (!a->elementary() && !b->elementary()) {
                 corresponding(*a, *b, pairs, numeric);
-            } else if (numeric ? (a->elementary() && b->elementary() && isNumericItem(*a) && (isNumericItem(*b) || b->category == Category::NumericEdited))
+            } else if (numeric ? (a->elementary() && b->elementary() && isNumericItem(*a) &&
+                                  (isNumericItem(*b) || b->category == Category::NumericEdited))
                                : (a->elementary() || b->elementary())) {
                 pairs.push_back({a, b});
             }
@@ -318,12 +337,18 @@ void Emitter::initializeOne(const Loc &loc, const Item &item, const InitializeSt
     bool numeric = category == Category::Numeric;
     auto categoryWord = [&](Word word) {
         switch (word) {
-        case K_ALPHABETIC: return category == Category::Alphabetic;
-        case K_ALPHANUMERIC: return category == Category::Alphanumeric;
-        case K_NUMERIC: return category == Category::Numeric;
-        case K_ALPHANUMERIC_EDITED: return category == Category::AlphanumericEdited;
-        case K_NUMERIC_EDITED: return category == Category::NumericEdited;
-        default: return false;
+        case K_ALPHABETIC:
+            return category == Category::Alphabetic;
+        case K_ALPHANUMERIC:
+            return category == Category::Alphanumeric;
+        case K_NUMERIC:
+            return category == Category::Numeric;
+        case K_ALPHANUMERIC_EDITED:
+            return category == Category::AlphanumericEdited;
+        case K_NUMERIC_EDITED:
+            return category == Category::NumericEdited;
+        default:
+            return false;
         }
     };
     bool toValue = s.allToValue;
@@ -349,7 +374,8 @@ void Emitter::initializeOne(const Loc &loc, const Item &item, const InitializeSt
     }
 }
 
-void Emitter::initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement)
+void Emitter::initialize(const Loc &target, const Item &item, const InitializeStatement &s,
+                         const std::string &displacement)
 {
     if (item.elementary()) {
         initializeOne(target, item, s);
@@ -425,7 +451,8 @@ void Emitter::setStatement(const SetStatement &s)
                 if (number < 0)
                     error(t->at, wordText(t->ref->names[0]) + " is no switch of SPECIAL-NAMES");
                 else
-                    put(cat("p", program_->number, "_pcb.upsi[", number, "] = '", part.value->op == K_ON ? '1' : '0', "';\n"));
+                    put(cat("p", program_->number, "_pcb.upsi[", number, "] = '", part.value->op == K_ON ? '1' : '0',
+                            "';\n"));
                 continue;
             }
             if (part.value->kind == ExprKind::Truth) {
@@ -435,7 +462,8 @@ void Emitter::setStatement(const SetStatement &s)
                     error(t->at, wordText(item->name) + " is no condition-name");
                     continue;
                 }
-                const Expr *value = part.value->op == K_TRUE ? (item->values.empty() ? nullptr : item->values[0].from) : item->whenFalse;
+                const Expr *value = part.value->op == K_TRUE ? (item->values.empty() ? nullptr : item->values[0].from)
+                                                             : item->whenFalse;
                 if (!value) {
                     error(t->at, "this condition-name has no value for FALSE");
                     continue;
@@ -458,7 +486,8 @@ void Emitter::setStatement(const SetStatement &s)
             if (!loc.good()) continue;
             if (s.form == SetStatement::UpBy || s.form == SetStatement::DownBy) {
                 if (loc.item->category == Category::Pointer) {
-                    put(cat("kvr_put_8(", loc.address, ", (int64_t)kvr_get_u8(", loc.address, ") ", s.form == SetStatement::UpBy ? "+" : "-", " ", integer(part.value), ");\n"));
+                    put(cat("kvr_put_8(", loc.address, ", (int64_t)kvr_get_u8(", loc.address, ") ",
+                            s.form == SetStatement::UpBy ? "+" : "-", " ", integer(part.value), ");\n"));
                     continue;
                 }
                 Num now = itemNumber(loc), by = integerNumber(integer(part.value), 10);

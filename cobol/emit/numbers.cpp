@@ -63,7 +63,8 @@ Num Emitter::literalNumber(const Decimal &value)
     if (n.digits <= 18) {
         n.text = cat(value.negative ? "(-" : "", value.digits, "LL", value.negative ? ")" : "");
     } else if (n.digits <= kMostInt) {
-        std::string high = value.digits.substr(0, value.digits.size() - 18), low = value.digits.substr(value.digits.size() - 18);
+        std::string high = value.digits.substr(0, value.digits.size() - 18),
+                    low = value.digits.substr(value.digits.size() - 18);
         low.erase(0, std::min(low.find_first_not_of('0'), low.size() - 1));
         n.text = cat(value.negative ? "(-" : "(", "((__int128)");
         if (high.size() > 18) {
@@ -91,8 +92,8 @@ Num Emitter::itemNumber(const Loc &loc)
     n.digits = item.picture.digits;
     n.scale = item.picture.scale;
     n.isSigned = item.picture.sign;
-    if (loc.refmod || item.category == Category::Group || item.category == Category::Alphanumeric || item.category == Category::Alphabetic ||
-        item.category == Category::AlphanumericEdited) {
+    if (loc.refmod || item.category == Category::Group || item.category == Category::Alphanumeric ||
+        item.category == Category::Alphabetic || item.category == Category::AlphanumericEdited) {
         // A text taken as an integer.
         int64_t length = loc.fixed >= 0 ? loc.fixed : 18;
         n.kind = Num::Packed;
@@ -101,8 +102,8 @@ Num Emitter::itemNumber(const Loc &loc)
         n.isSigned = true;
         std::string t = tempBytes(n.digits / 2 + 1);
         if (loc.fixed >= 0)
-            n.text = cat("_zvkcBCD_CONV_ZndUS_To_Pckd(", loc.address, length > 38 ? cat(" + ", length - 38) : "", ", ", t, ", ", n.digits, ", ",
-                         n.digits, ")");
+            n.text = cat("_zvkcBCD_CONV_ZndUS_To_Pckd(", loc.address, length > 38 ? cat(" + ", length - 38) : "", ", ",
+                         t, ", ", n.digits, ", ", n.digits, ")");
         else
             n.text = cat("kvr_text_number(", loc.address, ", ", loc.length, ", ", t, ", ", n.digits, ")");
         return n;
@@ -114,21 +115,26 @@ Num Emitter::itemNumber(const Loc &loc)
         std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
         std::string record = cat("D", ++constants_);
         std::string picture = item.picture.expanded;
-        globals_ += cat("static const struct { int16_t length; uint8_t picture[", picture.size(), "]; } __attribute__((packed)) ", record, " = {",
-                        picture.size(), ", ", bytesLiteral(picture), "};\n");
-        n.text = cat("kvr_de_edit((const DeEditRecord *)&", record, ", ", loc.address, ", ", raw, ", ", t, ", ", n.digits, ")");
+        globals_ +=
+            cat("static const struct { int16_t length; uint8_t picture[", picture.size(),
+                "]; } __attribute__((packed)) ", record, " = {", picture.size(), ", ", bytesLiteral(picture), "};\n");
+        n.text = cat("kvr_de_edit((const DeEditRecord *)&", record, ", ", loc.address, ", ", raw, ", ", t, ", ",
+                     n.digits, ")");
         return n;
     }
     switch (item.usage) {
-    case Usage::Float: return floatNumber(cat("kvr_get_float(", loc.address, ")"));
-    case Usage::Double: return floatNumber(cat("kvr_get_double(", loc.address, ")"));
+    case Usage::Float:
+        return floatNumber(cat("kvr_get_float(", loc.address, ")"));
+    case Usage::Double:
+        return floatNumber(cat("kvr_get_double(", loc.address, ")"));
     case Usage::Binary:
     case Usage::Native:
     case Usage::Index:
     case Usage::CompX:
         if (item.usage == Usage::Native || item.nativeBinary || !options_.truncate)
             n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
-        n.text = cat(n.wide() ? "(__int128)" : "", "kvr_get_", item.picture.sign || item.usage == Usage::Index ? "s" : "u", item.size, "(", loc.address, ")");
+        n.text = cat(n.wide() ? "(__int128)" : "", "kvr_get_",
+                     item.picture.sign || item.usage == Usage::Index ? "s" : "u", item.size, "(", loc.address, ")");
         if (!n.wide() && item.size < 8) n.text = cat("(int64_t)", n.text);
         if (!n.wide() && item.size == 8) n.text = cat("(int64_t)", n.text);
         return n;
@@ -138,8 +144,10 @@ Num Emitter::itemNumber(const Loc &loc)
         n.direct = true;
         return n;
     case Usage::Pointer:
-    case Usage::ProcedurePointer: return integerNumber(cat("(int64_t)kvr_get_u8(", loc.address, ")"), 18);
-    default: break;
+    case Usage::ProcedurePointer:
+        return integerNumber(cat("(int64_t)kvr_get_u8(", loc.address, ")"), 18);
+    default:
+        break;
     }
     // Zoned
     if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
@@ -149,7 +157,8 @@ Num Emitter::itemNumber(const Loc &loc)
     static const char *const forms[] = {"US", "TO", "LO", "TS", "LS"};
     n.kind = Num::Packed;
     std::string t = tempBytes(n.digits / 2 + 1);
-    n.text = cat("_zvkcBCD_CONV_Znd", forms[static_cast<int>(item.signForm)], "_To_Pckd(", loc.address, ", ", t, ", ", n.digits, ", ", n.digits, ")");
+    n.text = cat("_zvkcBCD_CONV_Znd", forms[static_cast<int>(item.signForm)], "_To_Pckd(", loc.address, ", ", t, ", ",
+                 n.digits, ", ", n.digits, ")");
     return n;
 }
 
@@ -252,8 +261,10 @@ Num Emitter::scaleTo(Num a, int scale, bool rounded)
         if (rounded && static_cast<int>(digits.size()) >= k && digits[digits.size() - static_cast<size_t>(k)] >= '5') {
             size_t i = d.digits.size();
             while (i > 0 && d.digits[i - 1] == '9') d.digits[--i] = '0';
-            if (i == 0) d.digits.insert(0, "1");
-            else d.digits[i - 1]++;
+            if (i == 0)
+                d.digits.insert(0, "1");
+            else
+                d.digits[i - 1]++;
         }
         if (d.isZero()) d.negative = false;
         bool packed = a.kind == Num::Packed;
@@ -267,7 +278,10 @@ Num Emitter::scaleTo(Num a, int scale, bool rounded)
             return zero;
         }
         if (rounded)
-            a.text = cat(a.wide() ? "kvr_round_wide(" : k > 18 ? "kvr_round_wide(" : "kvr_round(", a.text, ", ", powerOfTen(k), ")");
+            a.text = cat(a.wide() ? "kvr_round_wide("
+                         : k > 18 ? "kvr_round_wide("
+                                  : "kvr_round(",
+                         a.text, ", ", powerOfTen(k), ")");
         else
             a.text = cat("((", a.text, ") / ", powerOfTen(k), ")");
         bool wasWide = a.wide();
@@ -279,7 +293,8 @@ Num Emitter::scaleTo(Num a, int scale, bool rounded)
     }
     int digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
     std::string t = tempBytes(digits / 2 + 1);
-    a.text = cat("_zvkcBCD_SHFD_Pckd_Right", rounded ? "Rnd" : "", "(", a.text, ", ", t, ", ", digits, ", ", a.digits, ", ", k, ")");
+    a.text = cat("_zvkcBCD_SHFD_Pckd_Right", rounded ? "Rnd" : "", "(", a.text, ", ", t, ", ", digits, ", ", a.digits,
+                 ", ", k, ")");
     a.digits = digits;
     a.scale = scale;
     a.direct = false;
@@ -322,13 +337,14 @@ Num Emitter::add(Num a, Num b, bool minus)
     int scale = std::max(a.scale, b.scale);
     int whole = std::max(a.digits - a.scale, b.digits - b.scale);
     int digits = whole + scale + 1;
-    bool packed = (a.kind == Num::Packed || b.kind == Num::Packed) && !(a.kind == Num::Int && !a.literal && b.digits <= 18 && digits <= kMostInt && false);
+    bool packed = (a.kind == Num::Packed || b.kind == Num::Packed) &&
+                  !(a.kind == Num::Int && !a.literal && b.digits <= 18 && digits <= kMostInt && false);
     if (!packed && digits <= kMostInt) {
         a = scaleUp(a, scale), b = scaleUp(b, scale);
         if (a.kind == Num::Int && b.kind == Num::Int) {
             bool wide = digits > 18;
-            Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")", minus ? " - " : " + ",
-                                      wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"),
+            Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
+                                      minus ? " - " : " + ", wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"),
                                   digits);
             n.scale = scale;
             return n;
@@ -348,7 +364,8 @@ Num Emitter::add(Num a, Num b, bool minus)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.text = cat("_zvkcBCD_ADD_Pckd(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ")");
+    n.text =
+        cat("_zvkcBCD_ADD_Pckd(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ")");
     return n;
 }
 
@@ -384,7 +401,9 @@ Num Emitter::multiply(Num a, Num b)
     int digits = a.digits + b.digits, scale = a.scale + b.scale;
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
         bool wide = digits > 18;
-        Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ") * ", wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"), digits);
+        Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ") * ",
+                                  wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"),
+                              digits);
         n.scale = scale;
         return n;
     }
@@ -403,7 +422,8 @@ Num Emitter::multiply(Num a, Num b)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.text = cat("_zvkcBCD_MPY_Pckd(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ")");
+    n.text =
+        cat("_zvkcBCD_MPY_Pckd(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ")");
     return n;
 }
 
@@ -438,7 +458,9 @@ Num Emitter::divide(Num a, Num b, int scale)
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
         bool wide = digits > 18 || b.wide();
         a = scaleUp(a, a.scale + k);
-        Num n = integerNumber(cat(wide ? "kvr_divide_wide(" : "kvr_divide(", a.text, ", ", b.text, ", &", zeroFlag(), ")"), std::max(digits, b.wide() ? 19 : 1));
+        Num n =
+            integerNumber(cat(wide ? "kvr_divide_wide(" : "kvr_divide(", a.text, ", ", b.text, ", &", zeroFlag(), ")"),
+                          std::max(digits, b.wide() ? 19 : 1));
         n.scale = scale;
         return n;
     }
@@ -456,14 +478,16 @@ Num Emitter::divide(Num a, Num b, int scale)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.text = cat("kvr_divide_packed(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ", &", zeroFlag(), ")");
+    n.text = cat("kvr_divide_packed(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits,
+                 ", &", zeroFlag(), ")");
     return n;
 }
 
 Num Emitter::power(Num a, Num b, const Expr *exponent)
 {
     Decimal d;
-    if (a.kind != Num::Float && meaning_.constantNumber(*program_, exponent, d) && !d.negative && d.scale == 0 && d.digits.size() <= 2) {
+    if (a.kind != Num::Float && meaning_.constantNumber(*program_, exponent, d) && !d.negative && d.scale == 0 &&
+        d.digits.size() <= 2) {
         int n = std::atoi(d.digits.c_str());
         if (n == 0) return integerNumber("1LL", 1);
         if (n == 1) return a;
@@ -482,7 +506,8 @@ Num Emitter::number(const Expr *e, int wantScale)
     e = constant(e);
     Decimal d;
     switch (e->kind) {
-    case ExprKind::Number: return literalNumber(decimalOf(e->text, false));
+    case ExprKind::Number:
+        return literalNumber(decimalOf(e->text, false));
     case ExprKind::Figurative:
         if (e->op == K_ZERO) {
             d.digits = "0";
@@ -497,7 +522,8 @@ Num Emitter::number(const Expr *e, int wantScale)
     case ExprKind::Reference: {
         Loc loc = locate(*e->ref);
         if (!loc.good()) return Num{};
-        if (!loc.refmod && !isNumericItem(*loc.item) && loc.item->category != Category::NumericEdited && loc.item->category != Category::Pointer) {
+        if (!loc.refmod && !isNumericItem(*loc.item) && loc.item->category != Category::NumericEdited &&
+            loc.item->category != Category::Pointer) {
             error(e->at, wordText(e->ref->names[0]) + " is no numeric item");
             return Num{};
         }
@@ -513,7 +539,8 @@ Num Emitter::number(const Expr *e, int wantScale)
         Item *item = meaning_.resolve(*program_, *e->ref);
         if (!item) return Num{};
         // A table's own length of one occurrence needs no subscripts.
-        if (e->ref->subscripts.empty() && !e->ref->refmod && !item->hasDepending) return integerNumber(cat(item->size, "LL"), 10);
+        if (e->ref->subscripts.empty() && !e->ref->refmod && !item->hasDepending)
+            return integerNumber(cat(item->size, "LL"), 10);
         Loc loc = locate(*e->ref);
         return integerNumber(cat("(int64_t)(", loc.length, ")"), 10);
     }
@@ -534,7 +561,8 @@ Num Emitter::number(const Expr *e, int wantScale)
         if (!a.good() || !b.good()) return Num{};
         return power(a, b, e->right);
     }
-    case ExprKind::Function: return functionNumber(e, wantScale);
+    case ExprKind::Function:
+        return functionNumber(e, wantScale);
     case ExprKind::AddressOf: {
         Loc loc = locate(*e->ref);
         return integerNumber(cat("(int64_t)(intptr_t)", loc.address), 18);
@@ -550,13 +578,19 @@ Num Emitter::number(const Expr *e, int wantScale)
 std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
 {
     if (!a.good() || !b.good()) return "0";
-    const char *sign = op == '=' ? "==" : op == '<' ? "<" : op == '>' ? ">" : op == kLessEqual ? "<=" : op == kGreaterEqual ? ">=" : "!=";
+    const char *sign = op == '='             ? "=="
+                       : op == '<'           ? "<"
+                       : op == '>'           ? ">"
+                       : op == kLessEqual    ? "<="
+                       : op == kGreaterEqual ? ">="
+                                             : "!=";
     if (a.kind == Num::Float || b.kind == Num::Float) {
         a = toFloat(a), b = toFloat(b);
         return cat("(kvr_compare_float(", a.text, ", ", b.text, ") ", sign, " 0)");
     }
     int scale = std::max(a.scale, b.scale);
-    if ((a.kind == Num::Int && b.kind == Num::Int) && std::max(a.digits - a.scale, b.digits - b.scale) + scale <= kMostInt) {
+    if ((a.kind == Num::Int && b.kind == Num::Int) &&
+        std::max(a.digits - a.scale, b.digits - b.scale) + scale <= kMostInt) {
         a = scaleUp(a, scale), b = scaleUp(b, scale);
         return cat("(", a.text, " ", sign, " ", b.text, ")");
     }
@@ -564,7 +598,12 @@ std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
         return cat("(", op == '=' ? "" : "!", "_zvkcBCD_NOT_Pckd(", a.text, ", ", a.digits, "))");
     a = toPacked(a), b = toPacked(b);
     a = scaleUp(a, scale), b = scaleUp(b, scale);
-    const char *entry = op == '=' ? "EQU" : op == '<' ? "LES" : op == '>' ? "GRT" : op == kLessEqual ? "LEQ" : op == kGreaterEqual ? "GEQ" : "NEQ";
+    const char *entry = op == '='             ? "EQU"
+                        : op == '<'           ? "LES"
+                        : op == '>'           ? "GRT"
+                        : op == kLessEqual    ? "LEQ"
+                        : op == kGreaterEqual ? "GEQ"
+                                              : "NEQ";
     return cat("(_zvkcBCD_", entry, "_Pckd(", a.text, ", ", b.text, ", ", b.digits, ", ", a.digits, "))");
 }
 
@@ -580,14 +619,15 @@ void Emitter::storeEdited(Num value, const Loc &target)
     bool allSuppressed = picture.find('9') == std::string::npos && picture.find_first_of("Z*") != std::string::npos;
     if (picture.find('9') == std::string::npos && klass >= 6) allSuppressed = true;
     std::string record = cat("P", ++constants_);
-    globals_ += cat("static const struct { int16_t length; uint8_t point, currency, editClass, picture[", picture.size(),
-                    "]; } __attribute__((packed)) ", record, " = {", allSuppressed ? "-" : "", picture.size(), ", ",
-                    static_cast<int>(program_->commaIsPoint ? ',' : '.'), ", ", static_cast<int>(static_cast<uint8_t>(item.picture.currency)), ", ", code, ", ",
+    globals_ += cat("static const struct { int16_t length; uint8_t point, currency, editClass, picture[",
+                    picture.size(), "]; } __attribute__((packed)) ", record, " = {", allSuppressed ? "-" : "",
+                    picture.size(), ", ", static_cast<int>(program_->commaIsPoint ? ',' : '.'), ", ",
+                    static_cast<int>(static_cast<uint8_t>(item.picture.currency)), ", ", code, ", ",
                     bytesLiteral(picture), "};\n");
     value = toPacked(value);
     std::string digits = tempBytes(item.picture.digits + 1);
-    put(cat("_zvkcMoveNumToNumEdit((const NumericEditRecord *)&", record, ", _zvkcBCD_CONV_Pckd_To_ZndLS(", value.text, ", ", digits, ", ",
-            item.picture.digits, ", ", value.digits, "), ", target.address, ");\n"));
+    put(cat("_zvkcMoveNumToNumEdit((const NumericEditRecord *)&", record, ", _zvkcBCD_CONV_Pckd_To_ZndLS(", value.text,
+            ", ", digits, ", ", item.picture.digits, ", ", value.digits, "), ", target.address, ");\n"));
 }
 
 void Emitter::store(Num value, const Loc &target, bool rounded, const std::string &sizeError)
@@ -601,33 +641,39 @@ void Emitter::store(Num value, const Loc &target, bool rounded, const std::strin
     }
     if (item.usage == Usage::Float || item.usage == Usage::Double) {
         value = toFloat(value);
-        put(cat("kvr_put_", item.usage == Usage::Float ? "float" : "double", "(", target.address, ", ", value.text, ");\n"));
+        put(cat("kvr_put_", item.usage == Usage::Float ? "float" : "double", "(", target.address, ", ", value.text,
+                ");\n"));
         return;
     }
     int scale = item.picture.scale, digits = item.picture.digits;
     value = scaleTo(value, scale, rounded);
     if (value.kind == Num::Int && value.digits > kMostInt) value = toPacked(value);
-    if (value.kind == Num::Packed && value.digits <= 18 && (item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index)) value = toInt(value);
+    if (value.kind == Num::Packed && value.digits <= 18 &&
+        (item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index))
+        value = toInt(value);
 
     // Does it fit?
-    bool binary = item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index || item.usage == Usage::CompX;
+    bool binary = item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index ||
+                  item.usage == Usage::CompX;
     bool byCapacity = binary && (item.usage != Usage::Binary || item.nativeBinary || !options_.truncate);
     bool check = false;
     if (!sizeError.empty()) {
         if (byCapacity) {
             value = keep(toInt(value), false);
             bool isSigned = item.picture.sign || item.usage == Usage::Index;
-            put(cat("if (!kvr_fits_binary(", value.text, ", ", item.size, ", ", isSigned ? 1 : 0, ")) ", sizeError, " = 1; else {\n"));
+            put(cat("if (!kvr_fits_binary(", value.text, ", ", item.size, ", ", isSigned ? 1 : 0, ")) ", sizeError,
+                    " = 1; else {\n"));
             check = true;
         } else if (value.digits > digits) {
             value = keep(value, false);
             if (value.kind == Num::Int) {
-                put(cat("if (", value.text, " >= ", powerOfTen(digits), " || ", value.text, " <= -", powerOfTen(digits), ") ", sizeError,
-                        " = 1; else {\n"));
+                put(cat("if (", value.text, " >= ", powerOfTen(digits), " || ", value.text, " <= -", powerOfTen(digits),
+                        ") ", sizeError, " = 1; else {\n"));
             } else {
                 std::string t = tempBytes((value.digits - digits) / 2 + 1);
-                put(cat("if (!_zvkcBCD_NOT_Pckd(_zvkcBCD_SHFD_Pckd_Right(", value.text, ", ", t, ", ", value.digits - digits, ", ", value.digits,
-                        ", ", digits, "), ", value.digits - digits, ")) ", sizeError, " = 1; else {\n"));
+                put(cat("if (!_zvkcBCD_NOT_Pckd(_zvkcBCD_SHFD_Pckd_Right(", value.text, ", ", t, ", ",
+                        value.digits - digits, ", ", value.digits, ", ", digits, "), ", value.digits - digits, ")) ",
+                        sizeError, " = 1; else {\n"));
             }
             check = true;
         }
@@ -641,7 +687,8 @@ void Emitter::store(Num value, const Loc &target, bool rounded, const std::strin
             value.text = cat("((", value.text, ") % ", powerOfTen(digits), ")");
         }
         value = toInt(value);
-        if (!item.picture.sign && mayBeNegative && item.usage != Usage::Index) value.text = cat(value.wide() ? "kvr_abs_wide(" : "kvr_abs(", value.text, ")");
+        if (!item.picture.sign && mayBeNegative && item.usage != Usage::Index)
+            value.text = cat(value.wide() ? "kvr_abs_wide(" : "kvr_abs(", value.text, ")");
         put(cat("kvr_put_", item.size, "(", target.address, ", ", "(int64_t)(", value.text, "));\n"));
     } else if (item.usage == Usage::Packed) {
         if (value.kind == Num::Int && !value.wide() && !(!item.picture.sign && mayBeNegative)) {
@@ -650,9 +697,11 @@ void Emitter::store(Num value, const Loc &target, bool rounded, const std::strin
             value = toPacked(value);
             if (!item.picture.sign && mayBeNegative) {
                 std::string t = tempBytes(digits / 2 + 1);
-                put(cat("memcpy(", target.address, ", _zvkcBCD_ABS_Pckd(", value.text, ", ", t, ", ", digits, ", ", value.digits, "), ", digits / 2 + 1, ");\n"));
+                put(cat("memcpy(", target.address, ", _zvkcBCD_ABS_Pckd(", value.text, ", ", t, ", ", digits, ", ",
+                        value.digits, "), ", digits / 2 + 1, ");\n"));
             } else {
-                put(cat("_zvkcBCD_Cpy_Pckd(", value.text, ", ", target.address, ", ", digits, ", ", value.digits, ");\n"));
+                put(cat("_zvkcBCD_Cpy_Pckd(", value.text, ", ", target.address, ", ", digits, ", ", value.digits,
+                        ");\n"));
             }
         }
         if (!item.picture.sign) put(cat(target.address, "[", item.size - 1, "] |= 0x0F;\n"));
@@ -661,13 +710,15 @@ void Emitter::store(Num value, const Loc &target, bool rounded, const std::strin
         bool plain = item.signForm == SignForm::None || item.signForm == SignForm::Trailing;
         if (value.kind == Num::Int && !value.wide() && plain) {
             if (item.signForm == SignForm::None)
-                put(cat("_zvkcBCD_CONV_UInt8_To_Znd((uint64_t)", mayBeNegative ? cat("kvr_abs(", value.text, ")") : cat("(", value.text, ")"), ", ", target.address, ", ", digits, ");\n"));
+                put(cat("_zvkcBCD_CONV_UInt8_To_Znd((uint64_t)",
+                        mayBeNegative ? cat("kvr_abs(", value.text, ")") : cat("(", value.text, ")"), ", ",
+                        target.address, ", ", digits, ");\n"));
             else
                 put(cat("_zvkcBCD_CONV_Int8_To_Znd(", value.text, ", ", target.address, ", ", digits, ");\n"));
         } else {
             value = toPacked(value);
-            put(cat("_zvkcBCD_CONV_Pckd_To_Znd", forms[static_cast<int>(item.signForm)], "(", value.text, ", ", target.address, ", ", digits, ", ",
-                    value.digits, ");\n"));
+            put(cat("_zvkcBCD_CONV_Pckd_To_Znd", forms[static_cast<int>(item.signForm)], "(", value.text, ", ",
+                    target.address, ", ", digits, ", ", value.digits, ");\n"));
         }
     }
     if (check) put("}\n");

@@ -15,7 +15,8 @@ std::string Emitter::bytesLiteral(std::string_view bytes)
         } else if (c >= 32 && c < 127) {
             out += static_cast<char>(c);
         } else {
-            char code[5] = {'\\', static_cast<char>('0' + (c >> 6)), static_cast<char>('0' + (c >> 3 & 7)), static_cast<char>('0' + (c & 7)), 0};
+            char code[5] = {'\\', static_cast<char>('0' + (c >> 6)), static_cast<char>('0' + (c >> 3 & 7)),
+                            static_cast<char>('0' + (c & 7)), 0};
             out += code;
         }
     }
@@ -30,10 +31,14 @@ std::string Emitter::baseOf(const Item &item)
     if (record->section == Item::Special) return record->special;
     while (record->redefines && !record->parent) record = record->redefines;
     switch (record->section) {
-    case Item::FileSection: return record->file ? cat("F", record->file->number, "->record") : "0";
-    case Item::LocalStorage: return cat("S", record->number);
-    case Item::Linkage: return cat("L", record->number);
-    default: return record->external ? cat("E", record->number) : cat("W", record->number);
+    case Item::FileSection:
+        return record->file ? cat("F", record->file->number, "->record") : "0";
+    case Item::LocalStorage:
+        return cat("S", record->number);
+    case Item::Linkage:
+        return cat("L", record->number);
+    default:
+        return record->external ? cat("E", record->number) : cat("W", record->number);
     }
 }
 
@@ -70,7 +75,9 @@ Loc Emitter::locateItem(const Item &item, const std::string &displacement, bool 
         return loc;
     }
     std::string base = baseOf(item);
-    loc.address = item.offset || !displacement.empty() ? cat("(", base, item.offset ? cat(" + ", item.offset) : "", displacement, ")") : base;
+    loc.address = item.offset || !displacement.empty()
+                      ? cat("(", base, item.offset ? cat(" + ", item.offset) : "", displacement, ")")
+                      : base;
     loc.fixed = item.size;
     loc.length = cat(item.size);
     if (item.hasDepending && !item.elementary() && !(item.depending && item.dependingItem == nullptr)) {
@@ -86,7 +93,8 @@ Loc Emitter::locateItem(const Item &item, const std::string &displacement, bool 
 std::string Emitter::integer(const Expr *e)
 {
     Decimal d;
-    if (meaning_.constantNumber(*program_, e, d) && d.scale == 0 && d.digits.size() <= 18) return cat(d.negative ? "-" : "", d.digits, "L");
+    if (meaning_.constantNumber(*program_, e, d) && d.scale == 0 && d.digits.size() <= 18)
+        return cat(d.negative ? "-" : "", d.digits, "L");
     Num n = number(e, 0);
     if (!n.good()) return "0";
     if (n.scale != 0 || n.kind == Num::Float) n = scaleTo(n, 0, false);
@@ -122,9 +130,10 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
             error(ref.at, wordText(ref.names[0]) + " is in a table and needs " + std::to_string(tables.size()) +
                               (tables.size() == 1 ? " subscript" : " subscripts"));
         else
-            error(ref.at, wordText(ref.names[0]) + (tables.empty() ? " is in no table and has no subscripts"
-                                                                   : " needs " + std::to_string(tables.size()) + " subscripts, not " +
-                                                                         std::to_string(ref.subscripts.size())));
+            error(ref.at, wordText(ref.names[0]) +
+                              (tables.empty() ? " is in no table and has no subscripts"
+                                              : " needs " + std::to_string(tables.size()) + " subscripts, not " +
+                                                    std::to_string(ref.subscripts.size())));
         return Loc{};
     }
     int64_t known = 0;
@@ -149,8 +158,9 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
         }
         std::string index = subscript(e);
         if (options_.check)
-            index = cat("kvr_subscript(", index, ", ", currentCount(table), ", ", bytesLiteral(wordText(ref.names[0])), ", ",
-                        bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
+            index =
+                cat("kvr_subscript(", index, ", ", currentCount(table), ", ", bytesLiteral(wordText(ref.names[0])),
+                    ", ", bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
         displacement += cat(" + (", index, " - 1) * ", table.size);
     }
     if (known) displacement = cat(" + ", known, displacement);
@@ -158,21 +168,27 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     if (!ref.refmod) return loc;
 
     // (from : length)
-    if (item->usage != Usage::Display && item->category != Category::Group) error(ref.at, "reference modification needs an item of usage DISPLAY");
+    if (item->usage != Usage::Display && item->category != Category::Group)
+        error(ref.at, "reference modification needs an item of usage DISPLAY");
     Loc part;
     part.item = item;
     part.refmod = true;
     part.category = Category::Alphanumeric;
     Decimal from, length;
     bool fromKnown = meaning_.constantNumber(*program_, ref.from, from) && from.scale == 0 && from.digits.size() < 10;
-    bool lengthKnown = ref.length && meaning_.constantNumber(*program_, ref.length, length) && length.scale == 0 && length.digits.size() < 10;
-    int64_t begin = fromKnown ? std::atoll(from.digits.c_str()) : 0, count = lengthKnown ? std::atoll(length.digits.c_str()) : 0;
+    bool lengthKnown = ref.length && meaning_.constantNumber(*program_, ref.length, length) && length.scale == 0 &&
+                       length.digits.size() < 10;
+    int64_t begin = fromKnown ? std::atoll(from.digits.c_str()) : 0,
+            count = lengthKnown ? std::atoll(length.digits.c_str()) : 0;
     if (fromKnown && (from.negative || begin < 1 || (loc.fixed >= 0 && begin > loc.fixed))) {
-        error(ref.from->at, "this position is outside the item, which has " + std::to_string(loc.fixed) + " characters");
+        error(ref.from->at,
+              "this position is outside the item, which has " + std::to_string(loc.fixed) + " characters");
         return Loc{};
     }
-    if (lengthKnown && (length.negative || count < 1 || (fromKnown && loc.fixed >= 0 && begin + count - 1 > loc.fixed))) {
-        error(ref.length->at, "this length goes beyond the item, which has " + std::to_string(loc.fixed) + " characters");
+    if (lengthKnown &&
+        (length.negative || count < 1 || (fromKnown && loc.fixed >= 0 && begin + count - 1 > loc.fixed))) {
+        error(ref.length->at,
+              "this length goes beyond the item, which has " + std::to_string(loc.fixed) + " characters");
         return Loc{};
     }
     std::string start;
@@ -188,7 +204,8 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
             start = t;
         }
     }
-    if (part.address.empty()) part.address = fromKnown && begin == 1 ? loc.address : cat("(", loc.address, " + ", start, " - 1)");
+    if (part.address.empty())
+        part.address = fromKnown && begin == 1 ? loc.address : cat("(", loc.address, " + ", start, " - 1)");
     if (lengthKnown) {
         part.fixed = count;
         part.length = cat(count);
@@ -204,9 +221,10 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
         part.length = cat("(", loc.length, " + 1 - ", integer(ref.from), ")");
     }
     if (options_.check && !(fromKnown && lengthKnown && loc.fixed >= 0)) {
-        std::string check = cat("kvr_refmod(", fromKnown ? cat(begin, "L") : integer(ref.from), ", ", part.length, ", ", loc.length, ", ",
-                                bytesLiteral(wordText(ref.names[0])), ", ", bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ",
-                                group_.spot(ref.at).line, ")");
+        std::string check =
+            cat("kvr_refmod(", fromKnown ? cat(begin, "L") : integer(ref.from), ", ", part.length, ", ", loc.length,
+                ", ", bytesLiteral(wordText(ref.names[0])), ", ",
+                bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
         part.address = cat("(", check, ", ", part.address, ")");
     }
     return part;
@@ -230,15 +248,19 @@ Category Emitter::categoryOf(const Expr *e)
     case ExprKind::Number:
     case ExprKind::Negate:
     case ExprKind::Arithmetic:
-    case ExprKind::LengthOf: return Category::Numeric;
-    case ExprKind::AddressOf: return Category::Pointer;
-    case ExprKind::Function: return functionIsNumeric(e) ? Category::Numeric : Category::Alphanumeric;
+    case ExprKind::LengthOf:
+        return Category::Numeric;
+    case ExprKind::AddressOf:
+        return Category::Pointer;
+    case ExprKind::Function:
+        return functionIsNumeric(e) ? Category::Numeric : Category::Alphanumeric;
     case ExprKind::Reference: {
         if (e->ref->refmod) return Category::Alphanumeric;
         Item *item = meaning_.resolve(*program_, *e->ref, true);
         return item ? item->category : Category::Alphanumeric;
     }
-    default: return Category::Alphanumeric;
+    default:
+        return Category::Alphanumeric;
     }
 }
 
@@ -251,11 +273,17 @@ bool Emitter::isNumericExpr(const Expr *e)
 static uint8_t figurativeByte(uint32_t op)
 {
     switch (op) {
-    case K_ZERO: return '0';
-    case K_QUOTE: return '"';
-    case K_HIGH_VALUE: return 0xFF;
-    case K_LOW_VALUE: case K_NULL: return 0;
-    default: return ' ';
+    case K_ZERO:
+        return '0';
+    case K_QUOTE:
+        return '"';
+    case K_HIGH_VALUE:
+        return 0xFF;
+    case K_LOW_VALUE:
+    case K_NULL:
+        return 0;
+    default:
+        return ' ';
     }
 }
 

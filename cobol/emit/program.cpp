@@ -54,44 +54,108 @@ void Emitter::statement(const Statement &s)
     switch (s.verb) {
     case K_ADD:
     case K_SUBTRACT:
-    case K_MULTIPLY: addStatement(static_cast<const ArithmeticStatement &>(s)); break;
-    case K_DIVIDE: divideStatement(static_cast<const ArithmeticStatement &>(s)); break;
-    case K_COMPUTE: computeStatement(static_cast<const ArithmeticStatement &>(s)); break;
-    case K_MOVE: moveStatement(static_cast<const MoveStatement &>(s)); break;
-    case K_INITIALIZE: initializeStatement(static_cast<const InitializeStatement &>(s)); break;
-    case K_SET: setStatement(static_cast<const SetStatement &>(s)); break;
-    case K_IF: ifStatement(static_cast<const IfStatement &>(s)); break;
-    case K_EVALUATE: evaluateStatement(static_cast<const EvaluateStatement &>(s)); break;
-    case K_PERFORM: performStatement(static_cast<const PerformStatement &>(s)); break;
-    case K_GO: goStatement(static_cast<const GoStatement &>(s)); break;
-    case K_ALTER: alterStatement(static_cast<const AlterStatement &>(s)); break;
+    case K_MULTIPLY:
+        addStatement(static_cast<const ArithmeticStatement &>(s));
+        break;
+    case K_DIVIDE:
+        divideStatement(static_cast<const ArithmeticStatement &>(s));
+        break;
+    case K_COMPUTE:
+        computeStatement(static_cast<const ArithmeticStatement &>(s));
+        break;
+    case K_MOVE:
+        moveStatement(static_cast<const MoveStatement &>(s));
+        break;
+    case K_INITIALIZE:
+        initializeStatement(static_cast<const InitializeStatement &>(s));
+        break;
+    case K_SET:
+        setStatement(static_cast<const SetStatement &>(s));
+        break;
+    case K_IF:
+        ifStatement(static_cast<const IfStatement &>(s));
+        break;
+    case K_EVALUATE:
+        evaluateStatement(static_cast<const EvaluateStatement &>(s));
+        break;
+    case K_PERFORM:
+        performStatement(static_cast<const PerformStatement &>(s));
+        break;
+    case K_GO:
+        goStatement(static_cast<const GoStatement &>(s));
+        break;
+    case K_ALTER:
+        alterStatement(static_cast<const AlterStatement &>(s));
+        break;
     case K_EXIT:
     case K_CONTINUE:
     case K_NEXT:
     case K_STOP:
     case K_ENTER:
-    case K_GOBACK: exitStatement(static_cast<const ExitStatement &>(s)); break;
-    case K_DISPLAY: displayStatement(static_cast<const DisplayStatement &>(s)); break;
-    case K_ACCEPT: acceptStatement(static_cast<const AcceptStatement &>(s)); break;
-    case K_CALL: callStatement(static_cast<const CallStatement &>(s)); break;
-    case K_CANCEL: cancelStatement(static_cast<const CancelStatement &>(s)); break;
-    case K_OPEN: openStatement(static_cast<const OpenStatement &>(s)); break;
-    case K_CLOSE: closeStatement(static_cast<const CloseStatement &>(s)); break;
-    case K_READ: readStatement(static_cast<const FileStatement &>(s)); break;
-    case K_WRITE: writeStatement(static_cast<const FileStatement &>(s)); break;
-    case K_REWRITE: rewriteStatement(static_cast<const FileStatement &>(s)); break;
-    case K_DELETE: deleteStatement(static_cast<const FileStatement &>(s)); break;
-    case K_START: startStatement(static_cast<const FileStatement &>(s)); break;
-    case K_UNLOCK: unlockStatement(static_cast<const FileStatement &>(s)); break;
+    case K_GOBACK:
+        exitStatement(static_cast<const ExitStatement &>(s));
+        break;
+    case K_DISPLAY:
+        displayStatement(static_cast<const DisplayStatement &>(s));
+        break;
+    case K_ACCEPT:
+        acceptStatement(static_cast<const AcceptStatement &>(s));
+        break;
+    case K_CALL:
+        callStatement(static_cast<const CallStatement &>(s));
+        break;
+    case K_CANCEL:
+        cancelStatement(static_cast<const CancelStatement &>(s));
+        break;
+    case K_OPEN:
+        openStatement(static_cast<const OpenStatement &>(s));
+        break;
+    case K_CLOSE:
+        closeStatement(static_cast<const CloseStatement &>(s));
+        break;
+    case K_READ:
+        readStatement(static_cast<const FileStatement &>(s));
+        break;
+    case K_WRITE:
+        writeStatement(static_cast<const FileStatement &>(s));
+        break;
+    case K_REWRITE:
+        rewriteStatement(static_cast<const FileStatement &>(s));
+        break;
+    case K_DELETE:
+        deleteStatement(static_cast<const FileStatement &>(s));
+        break;
+    case K_START:
+        startStatement(static_cast<const FileStatement &>(s));
+        break;
+    case K_UNLOCK:
+        unlockStatement(static_cast<const FileStatement &>(s));
+        break;
     case K_SORT:
-    case K_MERGE: sortStatement(static_cast<const SortStatement &>(s)); break;
-    case K_RELEASE: releaseStatement(static_cast<const FileStatement &>(s)); break;
-    case K_RETURN: returnStatement(static_cast<const FileStatement &>(s)); break;
-    case K_STRING: stringStatement(static_cast<const StringStatement &>(s)); break;
-    case K_UNSTRING: unstringStatement(static_cast<const UnstringStatement &>(s)); break;
-    case K_INSPECT: inspectStatement(static_cast<const InspectStatement &>(s)); break;
-    case K_SEARCH: searchStatement(static_cast<const SearchStatement &>(s)); break;
-    default: notBuilt(s.at, "the statement " + wordText(s.verb)); break;
+    case K_MERGE:
+        sortStatement(static_cast<const SortStatement &>(s));
+        break;
+    case K_RELEASE:
+        releaseStatement(static_cast<const FileStatement &>(s));
+        break;
+    case K_RETURN:
+        returnStatement(static_cast<const FileStatement &>(s));
+        break;
+    case K_STRING:
+        stringStatement(static_cast<const StringStatement &>(s));
+        break;
+    case K_UNSTRING:
+        unstringStatement(static_cast<const UnstringStatement &>(s));
+        break;
+    case K_INSPECT:
+        inspectStatement(static_cast<const InspectStatement &>(s));
+        break;
+    case K_SEARCH:
+        searchStatement(static_cast<const SearchStatement &>(s));
+        break;
+    default:
+        notBuilt(s.at, "the statement " + wordText(s.verb));
+        break;
     }
     zeroFlag_.swap(outerZero);
     closeBlock();
@@ -108,8 +172,10 @@ std::string Emitter::defaultBytes(const Item &item)
         return numericBytes(item, zero);
     }
     case Category::Index:
-    case Category::Pointer: return std::string(item.size, '\0');
-    default: return std::string(item.size, ' ');
+    case Category::Pointer:
+        return std::string(item.size, '\0');
+    default:
+        return std::string(item.size, ' ');
     }
 }
 
@@ -125,8 +191,12 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     if (numeric && isNumber) return numericBytes(item, d);
     std::string bytes;
     switch (value->kind) {
-    case ExprKind::String: bytes = value->text; break;
-    case ExprKind::Number: bytes = value->text; break;
+    case ExprKind::String:
+        bytes = value->text;
+        break;
+    case ExprKind::Number:
+        bytes = value->text;
+        break;
     case ExprKind::Figurative:
         if (value->op == K_NULL && item.category == Category::Pointer) return std::string(item.size, '\0');
         [[fallthrough]];
@@ -144,18 +214,22 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         while (bytes.size() < item.size) bytes += t.bytes;
         break;
     }
-    default: error(value->at, "VALUE needs a literal"); return defaultBytes(item);
+    default:
+        error(value->at, "VALUE needs a literal");
+        return defaultBytes(item);
     }
     if (numeric && value->kind == ExprKind::String) {
         // A literal for a number: its digits, if it has only those.
-        if (bytes.find_first_not_of("0123456789") == std::string::npos && !bytes.empty()) return numericBytes(item, decimalOf(bytes, false));
+        if (bytes.find_first_not_of("0123456789") == std::string::npos && !bytes.empty())
+            return numericBytes(item, decimalOf(bytes, false));
         if (item.usage != Usage::Display) return defaultBytes(item);
     }
     if (numeric && item.usage != Usage::Display && value->kind != ExprKind::Figurative) return defaultBytes(item);
     if (item.category == Category::NumericEdited && value->kind == ExprKind::Number) {
         // A number for an edited item stands as it is written, right-aligned is nobody's rule; programs use literals.
     }
-    if (bytes.size() > item.size) return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
+    if (bytes.size() > item.size)
+        return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
     if (item.justified) return std::string(item.size - bytes.size(), ' ') + bytes;
     return bytes + std::string(item.size - bytes.size(), ' ');
 }
@@ -192,7 +266,9 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
 static std::string fillOrCopy(Emitter *, const std::string &to, const std::string &bytes, const std::string &literal)
 {
     bool same = bytes.find_first_not_of(bytes[0]) == std::string::npos;
-    if (same && bytes.size() > 8) return cat("memset(", to, ", ", static_cast<int>(static_cast<unsigned char>(bytes[0])), ", ", bytes.size(), ");\n");
+    if (same && bytes.size() > 8)
+        return cat("memset(", to, ", ", static_cast<int>(static_cast<unsigned char>(bytes[0])), ", ", bytes.size(),
+                   ");\n");
     return cat("memcpy(", to, ", ", literal, ", ", bytes.size(), ");\n");
 }
 
@@ -230,7 +306,8 @@ void Emitter::initialValues(Program &p)
                     if (j < bytes.size()) {
                         size_t run = j;
                         while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                        put(cat("memset(", base, " + ", op.offset + j, ", ", static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n"));
+                        put(cat("memset(", base, " + ", op.offset + j, ", ",
+                                static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n"));
                         j = run;
                     }
                     i = j;
@@ -278,7 +355,11 @@ void Emitter::alphabets(Program &p)
                 else
                     out = std::string(1, static_cast<char>(ordinal - 1));
             } else if (e->kind == ExprKind::Figurative) {
-                out = std::string(1, static_cast<char>(e->op == K_ZERO ? '0' : e->op == K_QUOTE ? '"' : e->op == K_HIGH_VALUE ? 0xFF : e->op == K_LOW_VALUE ? 0 : ' '));
+                out = std::string(1, static_cast<char>(e->op == K_ZERO         ? '0'
+                                                       : e->op == K_QUOTE      ? '"'
+                                                       : e->op == K_HIGH_VALUE ? 0xFF
+                                                       : e->op == K_LOW_VALUE  ? 0
+                                                                               : ' '));
             } else {
                 error(e->at, "an alphabet has literals");
             }
@@ -341,9 +422,14 @@ void Emitter::alphabets(Program &p)
         std::vector<int> in(256, 1);
         auto one = [&](const Expr *e) -> std::string {
             if (e->kind == ExprKind::String) return std::string(e->text);
-            if (e->kind == ExprKind::Number) return std::string(1, static_cast<char>(std::atoi(std::string(e->text).c_str()) - 1));
+            if (e->kind == ExprKind::Number)
+                return std::string(1, static_cast<char>(std::atoi(std::string(e->text).c_str()) - 1));
             if (e->kind == ExprKind::Figurative)
-                return std::string(1, static_cast<char>(e->op == K_ZERO ? '0' : e->op == K_QUOTE ? '"' : e->op == K_HIGH_VALUE ? 0xFF : e->op == K_LOW_VALUE ? 0 : ' '));
+                return std::string(1, static_cast<char>(e->op == K_ZERO         ? '0'
+                                                        : e->op == K_QUOTE      ? '"'
+                                                        : e->op == K_HIGH_VALUE ? 0xFF
+                                                        : e->op == K_LOW_VALUE  ? 0
+                                                                                : ' '));
             return "";
         };
         for (const ValueRange &range : c->ranges) {
@@ -380,16 +466,24 @@ void Emitter::storage(Program &p)
             if (record->external)
                 globals_ += cat("static uint8_t *E", record->number, ";\n");
             else
-                globals_ += cat("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16), unused));\n");
+                globals_ +=
+                    cat("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16), unused));\n");
             break;
-        case Item::LocalStorage: globals_ += cat("static uint8_t *S", record->number, " __attribute__((unused));\n"); break;
-        case Item::Linkage: globals_ += cat("static uint8_t *L", record->number, " __attribute__((unused));\n"); break;
-        default: break;
+        case Item::LocalStorage:
+            globals_ += cat("static uint8_t *S", record->number, " __attribute__((unused));\n");
+            break;
+        case Item::Linkage:
+            globals_ += cat("static uint8_t *L", record->number, " __attribute__((unused));\n");
+            break;
+        default:
+            break;
         }
     }
-    for (Item *index : p.indexNames) globals_ += cat("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
+    for (Item *index : p.indexNames)
+        globals_ += cat("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
     std::string prefix = cat("p", p.number, "_");
-    globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix, "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
+    globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
+                    "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
     if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[130] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
@@ -397,20 +491,26 @@ void Emitter::storage(Program &p)
     std::tm local;
     localtime_r(&now, &local);
     std::strftime(when, sizeof when, "%m/%d/%y%H.%M.%S", &local);
-    globals_ += cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
-    globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix, "body(int entry);\n");
+    globals_ +=
+        cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
+    globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
+                    "body(int entry);\n");
 
     // What CALL identifier finds without the program manager.
     globals_ += cat("static const KvrVisible ", prefix, "visible[] __attribute__((unused)) = {");
     std::vector<Program *> visible;
     auto add = [&](Program *other) {
-        if (std::find(visible.begin(), visible.end(), other) == visible.end() && visibleProgram(p, other->name) == other) visible.push_back(other);
+        if (std::find(visible.begin(), visible.end(), other) == visible.end() &&
+            visibleProgram(p, other->name) == other)
+            visible.push_back(other);
     };
     for (Program *inner : p.nested) add(inner);
     for (Program *outer = p.parent; outer; outer = outer->parent)
         for (Program *inner : outer->nested) add(inner);
     for (Program *other : group_.programs) add(other);
-    for (Program *other : visible) globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number, ", kvr_cancel_", other->number, "}, ");
+    for (Program *other : visible)
+        globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
+                        ", kvr_cancel_", other->number, "}, ");
     globals_ += "{0, 0, 0}};\n";
 }
 
@@ -448,10 +548,13 @@ void Emitter::debugProcedure(size_t index)
         bool watched = use.allProcedures;
         for (const Reference *ref : use.debugged) {
             if (ref->names[0] != procedure.name) continue;
-            if (ref->names.size() == 1 || (procedure.section >= 0 && p.procedures[static_cast<size_t>(procedure.section)].name == ref->names[1])) watched = true;
+            if (ref->names.size() == 1 ||
+                (procedure.section >= 0 && p.procedures[static_cast<size_t>(procedure.section)].name == ref->names[1]))
+                watched = true;
         }
         if (!watched) continue;
-        put(cat("kvr_debug(p", p.number, "_debugItem, way, wayLine, ", bytesLiteral(wordText(procedure.name)), ");\np", p.number, "_body(", u + 1, ");\n"));
+        put(cat("kvr_debug(p", p.number, "_debugItem, way, wayLine, ", bytesLiteral(wordText(procedure.name)), ");\np",
+                p.number, "_body(", u + 1, ");\n"));
         break;
     }
     put("way = \"FALL THROUGH\";\n");
@@ -475,19 +578,21 @@ void Emitter::procedures(Program &p)
     openBlock();
     size_t n = 0;
     for (Procedure &procedure : p.procedures) {
-        procedure.altered = p.hasAlter && procedure.sentences.size() >= 1 && procedure.sentences[0].statements.size() == 1 &&
+        procedure.altered = p.hasAlter && procedure.sentences.size() >= 1 &&
+                            procedure.sentences[0].statements.size() == 1 &&
                             procedure.sentences[0].statements[0]->verb == K_GO &&
                             !static_cast<const GoStatement *>(procedure.sentences[0].statements[0])->depending;
-        if (procedure.altered) globals_ += cat("#define a", p.number, "_", procedure.number, " p", p.number, "_altered[", n++, "]\n");
+        if (procedure.altered)
+            globals_ += cat("#define a", p.number, "_", procedure.number, " p", p.number, "_altered[", n++, "]\n");
     }
     if (n) {
-        globals_ += cat("static void *p", p.number, "_altered[", n, "];\nstatic void *const p", p.number, "_unaltered[", n, "];\nstatic const uint8_t p", p.number,
-                        "_segments[", n, "] = {");
+        globals_ += cat("static void *p", p.number, "_altered[", n, "];\nstatic void *const p", p.number, "_unaltered[",
+                        n, "];\nstatic const uint8_t p", p.number, "_segments[", n, "] = {");
         for (const Procedure &procedure : p.procedures)
             if (procedure.altered) globals_ += cat(procedure.segment, ",");
         globals_ += "};\n";
-        globals_ += cat("#define kvr_segment_", p.number, "(segment) _zvkcRfshUncond((segment), ", n, ", p", p.number, "_altered, p", p.number, "_unaltered, p",
-                        p.number, "_segments)\n");
+        globals_ += cat("#define kvr_segment_", p.number, "(segment) _zvkcRfshUncond((segment), ", n, ", p", p.number,
+                        "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
     } else {
         globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
     }
@@ -495,7 +600,9 @@ void Emitter::procedures(Program &p)
     std::string entries;
     for (size_t i = 0; i < p.uses.size(); i++) {
         size_t end = p.uses[i].procedure;
-        while (end + 1 < p.procedures.size() && !p.procedures[end + 1].isSection && p.procedures[end + 1].section == static_cast<int>(p.uses[i].procedure)) end++;
+        while (end + 1 < p.procedures.size() && !p.procedures[end + 1].isSection &&
+               p.procedures[end + 1].section == static_cast<int>(p.uses[i].procedure))
+            end++;
         uint32_t site = ++sites_;
         p.procedures[end].returns.push_back(site);
         entries += cat("case ", i + 1, ": x[", end, "] = ", site, "; goto p", p.uses[i].procedure, ";\n");
@@ -516,7 +623,8 @@ void Emitter::procedures(Program &p)
     closeBlock();
 
     // Exits and altered GO TOs, now that all of them are known.
-    std::stable_sort(insertions_.begin(), insertions_.end(), [](const Insertion &a, const Insertion &b) { return a.at < b.at; });
+    std::stable_sort(insertions_.begin(), insertions_.end(),
+                     [](const Insertion &a, const Insertion &b) { return a.at < b.at; });
     std::string out;
     out.reserve(code_.size() + code_.size() / 4);
     size_t from = 0;
@@ -541,10 +649,12 @@ void Emitter::procedures(Program &p)
     out.append(code_, from, std::string::npos);
     // In memory, and not in as many variables: those would be live everywhere, and the C compiler would take its time.
     size_t saved = sites_ + 1 - firstSite_;
-    cells = cat("int x[", p.procedures.size() + 1, "], s[", saved + 1, "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
-    if (debugs_) cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
-    code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries, "}\n",
-                p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
+    cells = cat("int x[", p.procedures.size() + 1, "], s[", saved + 1, "];\nint64_t n[", counters_ + 1,
+                "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
+    if (debugs_)
+        cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
+    code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries,
+                "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();
 }
 
@@ -554,7 +664,8 @@ void Emitter::procedures(Program &p)
 std::string Emitter::parameterType(Program &p, size_t index)
 {
     const CallStatement::Argument &parameter = p.parameters[index];
-    if (parameter.mode != CallStatement::Value || !parameter.value || parameter.value->kind != ExprKind::Reference) return "uint8_t *";
+    if (parameter.mode != CallStatement::Value || !parameter.value || parameter.value->kind != ExprKind::Reference)
+        return "uint8_t *";
     const Item *item = meaning_.resolve(p, *parameter.value->ref, true);
     return item && (item->usage == Usage::Float || item->usage == Usage::Double) ? "double " : "uint8_t *";
 }
@@ -573,17 +684,22 @@ void Emitter::entry(Program &p)
         if (record->section == Item::Linkage) {
             saves += cat("uint8_t *saved", record->number, " = L", record->number, ";\n");
             restores += cat("L", record->number, " = saved", record->number, ";\n");
-            if (record->parameter >= 0 && p.parameters[static_cast<size_t>(record->parameter)].mode == CallStatement::Value) {
+            if (record->parameter >= 0 &&
+                p.parameters[static_cast<size_t>(record->parameter)].mode == CallStatement::Value) {
                 std::string value = cat("a", record->parameter);
-                if (!isNumericItem(*record) || record->usage == Usage::Native || record->usage == Usage::Index || record->usage == Usage::Double) {
+                if (!isNumericItem(*record) || record->usage == Usage::Native || record->usage == Usage::Index ||
+                    record->usage == Usage::Double) {
                     sets += cat("L", record->number, " = (uint8_t *)&", value, ";\n");
                 } else {
                     // The number arrives as an integer or a double; the item has another form.
-                    sets += cat("uint8_t value", record->number, "[", record->size, "];\nL", record->number, " = value", record->number, ";\n");
+                    sets += cat("uint8_t value", record->number, "[", record->size, "];\nL", record->number, " = value",
+                                record->number, ";\n");
                     std::string before;
                     before.swap(code_);
                     openBlock();
-                    store(record->usage == Usage::Float ? floatNumber(value) : integerNumber(cat("(int64_t)(intptr_t)", value), 18), locateItem(*record, "", true), false, "");
+                    store(record->usage == Usage::Float ? floatNumber(value)
+                                                        : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
+                          locateItem(*record, "", true), false, "");
                     std::string stored = code_.substr(2);
                     sets += cat("{ ", insertions_[blocks_.back()].text, stored, "}\n");
                     insertions_.pop_back();
@@ -591,7 +707,8 @@ void Emitter::entry(Program &p)
                     code_.swap(before);
                 }
             } else if (record == returned && record->parameter < 0)
-                sets += cat("uint8_t returned[", record->storageSize(), "];\nmemset(returned, 0, sizeof returned);\nL", record->number, " = returned;\n");
+                sets += cat("uint8_t returned[", record->storageSize(), "];\nmemset(returned, 0, sizeof returned);\nL",
+                            record->number, " = returned;\n");
             else if (record->parameter >= 0)
                 sets += cat("L", record->number, " = a", record->parameter, ";\n");
         } else if (record->section == Item::LocalStorage) {
@@ -606,10 +723,12 @@ void Emitter::entry(Program &p)
     }
     bool outermost = !p.parent;
     std::string name = cat("kvr_entry_", p.number);
-    out += cat(outermost ? "__attribute__((visibility(\"default\"))) " : "static ", "int64_t ", name, "(", parameters.empty() ? "void" : parameters, ")\n{\n");
+    out += cat(outermost ? "__attribute__((visibility(\"default\"))) " : "static ", "int64_t ", name, "(",
+               parameters.empty() ? "void" : parameters, ")\n{\n");
     out += cat("volatile int status = 0;\nint outerCalled = ", prefix, "called;\n", saves);
     if (localBytes) out += cat("uint8_t locals[", localBytes, "] __attribute__((aligned(16)));\n");
-    out += cat("_zvkPgmInit(&", prefix, "pcb);\n", prefix, "called = !((", prefix, "pcb.flag & ZVK_PCB_MAIN) && ", prefix, "element[0].ent == 1);\n");
+    out += cat("_zvkPgmInit(&", prefix, "pcb);\n", prefix, "called = !((", prefix, "pcb.flag & ZVK_PCB_MAIN) && ",
+               prefix, "element[0].ent == 1);\n");
     std::string externals;
     int externalCount = 0;
     for (Item *record : p.records)
@@ -619,11 +738,13 @@ void Emitter::entry(Program &p)
             externalCount++;
         }
     if (externalCount) {
-        out += cat("{ static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", externalCount, "]; } items = {", externalCount, ", {0}, {",
-                   externals, "}};\nvoid *addresses[", externalCount, "];\n_zvkExtVarInit(&items.count, addresses);\n");
+        out += cat("{ static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", externalCount,
+                   "]; } items = {", externalCount, ", {0}, {", externals, "}};\nvoid *addresses[", externalCount,
+                   "];\n_zvkExtVarInit(&items.count, addresses);\n");
         int i = 0;
         for (Item *record : p.records)
-            if (record->external && !record->redefines) out += cat("E", record->number, " = (uint8_t *)addresses[", i++, "];\n");
+            if (record->external && !record->redefines)
+                out += cat("E", record->number, " = (uint8_t *)addresses[", i++, "];\n");
         out += "}\n";
     }
     out += sets;
@@ -652,7 +773,8 @@ void Emitter::entry(Program &p)
     if (p.initial)
         out += cat(prefix, "initialize();\n");
     else
-        out += cat("if (!(", prefix, "element[0].status & ZVK_IPCB_STATUS_30)) {\n", prefix, "initialize();\n", prefix, "element[0].status |= ZVK_IPCB_STATUS_30;\n}\n");
+        out += cat("if (!(", prefix, "element[0].status & ZVK_IPCB_STATUS_30)) {\n", prefix, "initialize();\n", prefix,
+                   "element[0].status |= ZVK_IPCB_STATUS_30;\n}\n");
     if (localBytes) out += cat(prefix, "initialize_local();\n");
     out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)_zvkGetJmpBuffer(), 1);\n");
     out += cat("if (status == 0) ", prefix, "body(0);\n");
@@ -675,16 +797,20 @@ void Emitter::entry(Program &p)
     out += cat(prefix, "called = outerCalled;\n");
     out += cat("return status ? (status == 255 ? 0 : status) : ", result, ";\n}\n");
     if (outermost && p.cName != std::string(wordText(p.name)))
-        out += cat("__asm__(\".globl \\\"", wordText(p.name), "\\\"\\n.set \\\"", wordText(p.name), "\\\", ", p.cName, "\");\n");
-    out += cat("static void kvr_cancel_", p.number, "(void)\n{\nif (", prefix, "element[0].ent == 0) _zvkCloseReset((int32_t *)", prefix, "element);\n");
+        out += cat("__asm__(\".globl \\\"", wordText(p.name), "\\\"\\n.set \\\"", wordText(p.name), "\\\", ", p.cName,
+                   "\");\n");
+    out += cat("static void kvr_cancel_", p.number, "(void)\n{\nif (", prefix,
+               "element[0].ent == 0) _zvkCloseReset((int32_t *)", prefix, "element);\n");
     for (Program *inner : p.nested) out += cat("kvr_cancel_", inner->number, "();\n");
     out += "}\n";
     // The records.
-    out += cat("static IPCB ", prefix, "element[1] = {{.entry = (ZvkRoutine)", name, ", .files = ", prefix, "files, .fileCount = ",
+    out += cat("static IPCB ", prefix, "element[1] = {{.entry = (ZvkRoutine)", name, ", .files = ", prefix,
+               "files, .fileCount = ",
                std::count_if(p.files.begin(), p.files.end(), [](const File *f) { return !f->sortFile; }), "}};\n");
     std::string pcbName = wordText(p.name);
     for (Program *outer = p.parent; outer; outer = outer->parent) pcbName = wordText(outer->name) + "." + pcbName;
-    out += cat("static PCB ", prefix, "pcb = {.version = {5, 1, 1}, .ipcb = ", prefix, "element, .name = ", bytesLiteral(pcbName), ", .nameLength = ", pcbName.size(),
+    out += cat("static PCB ", prefix, "pcb = {.version = {5, 1, 1}, .ipcb = ", prefix,
+               "element, .name = ", bytesLiteral(pcbName), ", .nameLength = ", pcbName.size(),
                ", .flag = ZVK_PCB_FOLD_NAMES, .fibs = ", prefix, "fibs, .yearWindow = ZVK_NO_YEAR_WINDOW};\n");
     code_ += out;
 }
@@ -696,9 +822,12 @@ void Emitter::program(Program &p)
     storage(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
         if (u == 0)
-            globals_ += cat("static void p", p.number, "_useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode) { (void)a; (void)b; (void)mode; p", p.number,
-                            "_body((int)entry); }\n");
-        globals_ += cat("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1, " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
+            globals_ += cat(
+                "static void p", p.number,
+                "_useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode) { (void)a; (void)b; (void)mode; p",
+                p.number, "_body((int)entry); }\n");
+        globals_ += cat("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
+                        " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
     }
     fileRecords(p);
     code_.clear();
@@ -724,12 +853,15 @@ std::string Emitter::emit()
         if (p.parent) {
             std::string parameters;
             for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
-            declarations += cat("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
+            declarations += cat("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters,
+                                ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
         } else {
             std::string parameters;
             for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
             // The symbol has the program's name; the C name is our own, for a program may be called FIB or W1.
-            declarations += cat("int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ") __asm__(", bytesLiteral(p.cName), ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
+            declarations +=
+                cat("int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ") __asm__(",
+                    bytesLiteral(p.cName), ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
             const std::string &symbol = p.cName;
             if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
                 declarations += cat("#define ", symbol, " kvr_", symbol, "\n");
@@ -743,7 +875,8 @@ std::string Emitter::emit()
     out += declarations + "\n" + globals_ + "\n" + functions_;
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
-        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0,
+                   ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
         out += ") & 255;\n}\n";
     }

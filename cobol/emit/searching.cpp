@@ -38,7 +38,8 @@ void Emitter::searchStatement(const SearchStatement &s)
         }
     }
     std::string x = cat("X", index->number), most = currentCount(*table), done = label();
-    if (s.all && table->keys.empty()) error(s.table->at, "SEARCH ALL needs a table with keys (ASCENDING or DESCENDING KEY)");
+    if (s.all && table->keys.empty())
+        error(s.table->at, "SEARCH ALL needs a table with keys (ASCENDING or DESCENDING KEY)");
     if (s.all) put(cat(x, " = 1;\n"));
     put(cat("for (;; ", x, "++", ") {\n"));
     put(cat("if (", x, " < 1 || ", x, " > ", most, ") {\n"));

@@ -9,9 +9,13 @@ bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::st
     const char *type = "ZVK_KEY_ALPHANUMERIC", *sign = "0";
     if (item.category == Category::Numeric) {
         switch (item.usage) {
-        case Usage::Packed: type = "ZVK_KEY_PACKED"; break;
+        case Usage::Packed:
+            type = "ZVK_KEY_PACKED";
+            break;
         case Usage::Float:
-        case Usage::Double: type = "ZVK_KEY_FLOAT"; break;
+        case Usage::Double:
+            type = "ZVK_KEY_FLOAT";
+            break;
         case Usage::Display:
             type = "ZVK_KEY_ZONED";
             sign = item.signForm == SignForm::Trailing           ? "ZVK_KEY_TRAILING"
@@ -30,7 +34,8 @@ bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::st
     } else if (item.category == Category::Pointer) {
         return false;
     }
-    out = cat("{", offset, ", ", item.size, ", ", type, ", ", sign, ", ", ascending ? "ZVK_KEY_ASCENDING" : "0", ", {0, 0}}");
+    out = cat("{", offset, ", ", item.size, ", ", type, ", ", sign, ", ", ascending ? "ZVK_KEY_ASCENDING" : "0",
+              ", {0, 0}}");
     return true;
 }
 
@@ -70,7 +75,8 @@ void Emitter::sortStatement(const SortStatement &s)
             if (key.item) item = meaning_.resolve(*program_, *key.item);
             if (!item) return;
             std::string row;
-            if (item->offset < table->offset || item->offset + item->size > table->offset + table->size || !sortKey(*item, item->offset - table->offset, key.ascending, row)) {
+            if (item->offset < table->offset || item->offset + item->size > table->offset + table->size ||
+                !sortKey(*item, item->offset - table->offset, key.ascending, row)) {
                 error(key.item ? key.item->at : s.at, "this is no key of the table");
                 return;
             }
@@ -92,7 +98,8 @@ void Emitter::sortStatement(const SortStatement &s)
         if (!loc.good()) return;
         std::string list;
         for (size_t i = 0; i < count; i++) list += cat(", &", name, "[", i, "]");
-        put(cat("_zvkcTSort(0, ", loc.address, ", ", table->size, ", (int32_t)", currentCount(*table), ", ", weights, ", ", count, list, ");\n"));
+        put(cat("_zvkcTSort(0, ", loc.address, ", ", table->size, ", (int32_t)", currentCount(*table), ", ", weights,
+                ", ", count, list, ");\n"));
         return;
     }
     std::string rows;
@@ -133,7 +140,9 @@ void Emitter::sortStatement(const SortStatement &s)
                 Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
                 if (item && !item->isConstant && item->level != 88) {
                     Loc loc = locate(*f->assignItem);
-                    if (loc.good()) put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ", loc.address, ", ", loc.length, ");\n"));
+                    if (loc.good())
+                        put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ",
+                                loc.address, ", ", loc.length, ");\n"));
                 }
             }
         }
@@ -146,17 +155,24 @@ void Emitter::sortStatement(const SortStatement &s)
             put(cat(array, "[", i++, "] = ", rest.substr(0, comma), ";\n"));
             rest = rest.substr(comma + 2);
         }
-        put(cat("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", i, "; ", record, ".files = ", array, ";\n"));
+        put(cat("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", i, "; ", record,
+                ".files = ", array, ";\n"));
         return record;
     };
-    globals_ += cat("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {", count, ", 0, {", rows, "}};\n");
-    globals_ += cat("static SortVerbBlock B", n, " = {.sortReturn = &", prefix, "sortReturn, .lineNumber = ", group_.spot(s.at).line, ", .program = &", prefix, "pcb};\n");
-    globals_ += cat("static SortRecordDesc R", n, " = {.recordFormat = ", variable ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED", ", .recordLength = ", file->maxRecord, "};\n");
+    globals_ += cat("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {", count,
+                    ", 0, {", rows, "}};\n");
+    globals_ += cat("static SortVerbBlock B", n, " = {.sortReturn = &", prefix,
+                    "sortReturn, .lineNumber = ", group_.spot(s.at).line, ", .program = &", prefix, "pcb};\n");
+    globals_ +=
+        cat("static SortRecordDesc R", n, " = {.recordFormat = ", variable ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
+            ", .recordLength = ", file->maxRecord, "};\n");
     globals_ += cat("static char Q", n, "[2];\n");
     std::string usingList = files(s.usingFiles, "u"), givingList = files(s.givingFiles, "g");
     std::string eighth = temp("uint64_t", "[3]");
-    put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth, "[2] = ZVK_SORT_STABLE;\n"));
-    std::string rest = cat(", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n");
+    put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
+            "[2] = ZVK_SORT_STABLE;\n"));
+    std::string rest =
+        cat(", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n");
     put(cat(prefix, "sortReturn = 0;\n"));
     put(cat("_zvkSortMerge(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
     if (s.hasInput) {
@@ -165,8 +181,10 @@ void Emitter::sortStatement(const SortStatement &s)
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have jumped through the block.
         usingList = files(s.usingFiles, "u"), givingList = files(s.givingFiles, "g");
-        put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth, "[2] = ZVK_SORT_STABLE;\n"));
-        put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n"));
+        put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
+                "[2] = ZVK_SORT_STABLE;\n"));
+        put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
+                givingList, ", ", eighth, ");\n"));
     }
     if (s.hasOutput) {
         openBlock();
@@ -205,7 +223,8 @@ void Emitter::returnStatement(const FileStatement &s)
         return;
     }
     std::string status = temp("uint16_t"), length = temp("uint32_t");
-    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n_zvkReturn(&", length, ", F", f->number, "->record, &", status, ");\n"));
+    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n_zvkReturn(&", length, ", F", f->number, "->record, &",
+            status, ");\n"));
     if (f->recordDepending) {
         Loc loc = locate(*f->recordDepending, true);
         if (loc.good()) {

@@ -75,7 +75,8 @@ std::string digitsAtScale(const Decimal &value, int scale)
 
 static std::string fitted(const std::string &digits, size_t count)
 {
-    return digits.size() >= count ? digits.substr(digits.size() - count) : std::string(count - digits.size(), '0') + digits;
+    return digits.size() >= count ? digits.substr(digits.size() - count)
+                                  : std::string(count - digits.size(), '0') + digits;
 }
 
 std::string packedBytes(const std::string &digits, bool negative, int count, bool isSigned)
@@ -84,7 +85,8 @@ std::string packedBytes(const std::string &digits, bool negative, int count, boo
     if (text.find_first_not_of('0') == std::string::npos) negative = false;
     if (count % 2 == 0) text = "0" + text;
     std::string out;
-    for (size_t i = 0; i + 1 < text.size(); i += 2) out += static_cast<char>((text[i] - '0') << 4 | (text[i + 1] - '0'));
+    for (size_t i = 0; i + 1 < text.size(); i += 2)
+        out += static_cast<char>((text[i] - '0') << 4 | (text[i + 1] - '0'));
     out += static_cast<char>((text.back() - '0') << 4 | (isSigned ? (negative ? 0xD : 0xC) : 0xF));
     return out;
 }
@@ -102,7 +104,8 @@ std::string numericBytes(const Item &item, const Decimal &value)
         double f = value.value();
         return std::string(reinterpret_cast<const char *>(&f), 8);
     }
-    case Usage::Packed: return packedBytes(digits, negative && item.picture.sign, item.picture.digits, item.picture.sign);
+    case Usage::Packed:
+        return packedBytes(digits, negative && item.picture.sign, item.picture.digits, item.picture.sign);
     case Usage::Binary:
     case Usage::Native:
     case Usage::Index:
@@ -113,20 +116,24 @@ std::string numericBytes(const Item &item, const Decimal &value)
         if (negative) number = 0 - number;
         return std::string(reinterpret_cast<const char *>(&number), item.size < 8 ? item.size : 8);
     }
-    default: break;
+    default:
+        break;
     }
     std::string text = fitted(digits, static_cast<size_t>(item.picture.digits));
     if (text.find_first_not_of('0') == std::string::npos) negative = false;
     switch (item.signForm) {
-    case SignForm::None: return text;
+    case SignForm::None:
+        return text;
     case SignForm::Trailing:
         if (negative) text.back() = static_cast<char>(text.back() + 0x40);
         return text;
     case SignForm::Leading:
         if (negative) text.front() = static_cast<char>(text.front() + 0x40);
         return text;
-    case SignForm::TrailingSeparate: return text + (negative ? "-" : "+");
-    case SignForm::LeadingSeparate: return (negative ? "-" : "+") + text;
+    case SignForm::TrailingSeparate:
+        return text + (negative ? "-" : "+");
+    case SignForm::LeadingSeparate:
+        return (negative ? "-" : "+") + text;
     }
     return text;
 }

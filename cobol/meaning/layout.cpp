@@ -58,7 +58,8 @@ struct Layout {
             meaning.error(item.at, "OCCURS: the first number is greater than the second");
             item.occursMin = item.occursMax;
         }
-        if (item.level == 1 || item.level == 77) meaning.warning("occurs", item.at, "OCCURS at level 01 is an extension");
+        if (item.level == 1 || item.level == 77)
+            meaning.warning("occurs", item.at, "OCCURS at level 01 is an extension");
     }
 
     void elementary(Item &item)
@@ -84,7 +85,8 @@ struct Layout {
             item.picture.sign = true;
             item.picture.category = Category::Numeric;
             return;
-        default: break;
+        default:
+            break;
         }
         if (item.nativeBinary) {
             item.category = Category::Numeric;
@@ -97,7 +99,8 @@ struct Layout {
         if (!item.hasPicture) {
             if (item.level != 66 && !(item.hasValue && item.values.size() == 1 && item.values[0].from &&
                                       item.values[0].from->kind == ExprKind::String)) {
-                meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") + " has neither a PICTURE nor items below it");
+                meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
+                                           " has neither a PICTURE nor items below it");
                 item.size = 1;
                 item.category = Category::Alphanumeric;
                 item.picture.positions = 1;
@@ -154,12 +157,14 @@ struct Layout {
             }
             item.size = static_cast<uint32_t>(item.picture.digits) / 2 + 1;
             return;
-        default: break;
+        default:
+            break;
         }
         item.size = item.picture.positions;
         if (numeric && item.picture.sign) {
-            item.signForm = item.signSeparate ? (item.signLeading ? SignForm::LeadingSeparate : SignForm::TrailingSeparate)
-                                              : (item.signLeading ? SignForm::Leading : SignForm::Trailing);
+            item.signForm = item.signSeparate
+                                ? (item.signLeading ? SignForm::LeadingSeparate : SignForm::TrailingSeparate)
+                                : (item.signLeading ? SignForm::Leading : SignForm::Trailing);
             if (item.signSeparate) item.size++;
         }
     }
@@ -174,8 +179,10 @@ struct Layout {
         case Usage::Double:
         case Usage::Index:
         case Usage::Pointer:
-        case Usage::ProcedurePointer: return item.size ? item.size : 1;
-        default: return 1;
+        case Usage::ProcedurePointer:
+            return item.size ? item.size : 1;
+        default:
+            return 1;
         }
     }
 
@@ -213,7 +220,8 @@ struct Layout {
                     break;
                 }
                 if (!child.redefines) {
-                    meaning.error(child.redefinesAt, "there is no item " + wordText(child.redefinesName) + " at this level in front of it to redefine");
+                    meaning.error(child.redefinesAt, "there is no item " + wordText(child.redefinesName) +
+                                                         " at this level in front of it to redefine");
                 } else {
                     place(child, child.redefines->offset, depth + 1);
                     end = std::max(end, child.offset + static_cast<uint64_t>(child.storageSize()));
@@ -256,7 +264,8 @@ struct Layout {
         }
         const Expr *value = meaning.constant(program, item.values[0].from);
         Decimal d;
-        if (item.elementary() && item.category == Category::Numeric && item.usage != Usage::Float && item.usage != Usage::Double) {
+        if (item.elementary() && item.category == Category::Numeric && item.usage != Usage::Float &&
+            item.usage != Usage::Double) {
             if (!decimalOf(value, d)) {
                 if (value && value->kind == ExprKind::Figurative && value->op != K_ZERO && value->op != K_NULL) {
                     meaning.warning("value", value->at, "VALUE of a numeric item should be a number");
@@ -270,8 +279,8 @@ struct Layout {
                 if (digits != "0" && digits.size() > static_cast<size_t>(item.picture.digits))
                     meaning.warning("value", value->at, "VALUE has more digits than the item; the first ones are lost");
             }
-        } else if (value && value->kind == ExprKind::String && item.category != Category::Numeric && value->text.size() > item.size &&
-                   item.category != Category::Group) {
+        } else if (value && value->kind == ExprKind::String && item.category != Category::Numeric &&
+                   value->text.size() > item.size && item.category != Category::Group) {
             meaning.warning("value", value->at, "VALUE is longer than the item; its end is lost");
         }
     }

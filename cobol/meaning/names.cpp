@@ -190,7 +190,8 @@ void Meaning::program(Program &p)
             }
         }
         if (f->minRecord > f->maxRecord) f->minRecord = f->maxRecord;
-        if (f->recordVarying && f->minRecord == f->maxRecord && f->recordMin == 0) f->minRecord = low == high ? (low ? 1 : 0) : low;
+        if (f->recordVarying && f->minRecord == f->maxRecord && f->recordMin == 0)
+            f->minRecord = low == high ? (low ? 1 : 0) : low;
         if (!f->described && f->selected) error(f->at, "the file " + wordText(f->name) + " has no FD or SD");
         if (!f->selected && f->described) {
         }
@@ -202,10 +203,13 @@ void Meaning::program(Program &p)
                     record->redefines = other->redefines ? other->redefines : other;
                     break;
                 }
-            if (!record->redefines) error(record->redefinesAt, "there is no record " + wordText(record->redefinesName) + " here to redefine");
+            if (!record->redefines)
+                error(record->redefinesAt,
+                      "there is no record " + wordText(record->redefinesName) + " here to redefine");
         }
         layOut(*this, p, *record);
-        if (record->redefines && record->size > record->redefines->size) record->redefines->size = record->redefines->size; // storage takes the longest, see emit
+        if (record->redefines && record->size > record->redefines->size)
+            record->redefines->size = record->redefines->size; // storage takes the longest, see emit
     }
     for (size_t i = 0; i < p.parameters.size(); i++) {
         const Expr *e = p.parameters[i].value;
@@ -288,7 +292,9 @@ void Meaning::suggest(Program &p, Word name, Tok at)
     }
     for (const auto &[word, items] : p.names->items) {
         const std::string &other = wordText(word);
-        if (items.empty() || items[0]->section == Item::Special || other.size() + bestDistance < text.size() || text.size() + bestDistance < other.size()) continue;
+        if (items.empty() || items[0]->section == Item::Special || other.size() + bestDistance < text.size() ||
+            text.size() + bestDistance < other.size())
+            continue;
         size_t d = distance(text, other);
         if (d < bestDistance || (d == bestDistance && best && wordText(best->name) > other)) {
             bestDistance = d;
@@ -337,7 +343,8 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
                 error(ref.at, wordText(ref.names[0]) + " is ambiguous; qualify it");
                 int shown = 0;
                 for (Item *item : found->second)
-                    if (matches(item, ref) && shown++ < 4) diagnostics().note(group_.spot(item->at), "one is declared here");
+                    if (matches(item, ref) && shown++ < 4)
+                        diagnostics().note(group_.spot(item->at), "one is declared here");
                 return nullptr;
             } else {
                 return nullptr;
@@ -378,16 +385,20 @@ long Meaning::procedure(Program &p, const ProcedureName &name, size_t from)
                 best = wordText(word);
             }
         }
-        error(name.at, "there is no paragraph or section " + wordText(name.name) + (best.empty() ? "" : "; did you mean " + best + "?"));
+        error(name.at, "there is no paragraph or section " + wordText(name.name) +
+                           (best.empty() ? "" : "; did you mean " + best + "?"));
         return -1;
     }
     long match = -1;
     int count = 0;
-    int section = from < p.procedures.size() ? (p.procedures[from].isSection ? static_cast<int>(from) : p.procedures[from].section) : -1;
+    int section = from < p.procedures.size()
+                      ? (p.procedures[from].isSection ? static_cast<int>(from) : p.procedures[from].section)
+                      : -1;
     for (size_t i : found->second) {
         const Procedure &candidate = p.procedures[i];
         if (name.section) {
-            if (candidate.section < 0 || p.procedures[static_cast<size_t>(candidate.section)].name != name.section) continue;
+            if (candidate.section < 0 || p.procedures[static_cast<size_t>(candidate.section)].name != name.section)
+                continue;
         } else if (found->second.size() > 1 && candidate.section == section && !candidate.isSection) {
             match = static_cast<long>(i); // in the same section: needs no qualifier
             count = 1;
@@ -458,7 +469,9 @@ int Meaning::symbolic(Program &p, Word name) const
 const Expr *Meaning::constant(Program &p, const Expr *e)
 {
     for (int depth = 0; e && depth < 100; depth++) {
-        if (e->kind != ExprKind::Reference || !e->ref->subscripts.empty() || e->ref->refmod || e->ref->names.size() != 1) return e;
+        if (e->kind != ExprKind::Reference || !e->ref->subscripts.empty() || e->ref->refmod ||
+            e->ref->names.size() != 1)
+            return e;
         Item *item = nullptr;
         for (Program *q = &p; q && !item; q = q->parent) {
             auto found = q->names->items.find(e->ref->names[0]);
@@ -499,14 +512,21 @@ bool Meaning::constantNumber(Program &p, const Expr *e, Decimal &out)
         if (a.negative) x = -x;
         if (b.negative) y = -y;
         switch (e->op) {
-        case '+': z = x + y; break;
-        case '-': z = x - y; break;
-        case '*': z = x * y; break;
+        case '+':
+            z = x + y;
+            break;
+        case '-':
+            z = x - y;
+            break;
+        case '*':
+            z = x * y;
+            break;
         case '/':
             if (y == 0) return false;
             z = x / y;
             break;
-        default: return false;
+        default:
+            return false;
         }
         bool negative = z < 0;
         out = decimalOf(std::to_string(static_cast<int64_t>(negative ? -z : z)), negative);

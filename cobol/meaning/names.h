@@ -38,7 +38,10 @@ public:
     const Expr *constant(Program &program, const Expr *e);
 
     void error(Tok at, const std::string &text) { diagnostics().error(group_.spot(at), text); }
-    void warning(const char *name, Tok at, const std::string &text) { diagnostics().warning(name, group_.spot(at), text); }
+    void warning(const char *name, Tok at, const std::string &text)
+    {
+        diagnostics().warning(name, group_.spot(at), text);
+    }
     Group &group() { return group_; }
 
 private:

@@ -35,7 +35,8 @@ std::string readPicture(std::string_view text, char currency, bool commaIsPoint,
         uint64_t count = 1;
         if (i + 1 < text.size() && text[i + 1] == '(') {
             size_t close = text.find(')', i + 1);
-            if (close == std::string_view::npos || close == i + 2) return "a repetition in this picture has no closing \")\"";
+            if (close == std::string_view::npos || close == i + 2)
+                return "a repetition in this picture has no closing \")\"";
             count = 0;
             for (size_t j = i + 2; j < close; j++) {
                 if (!std::isdigit(static_cast<unsigned char>(text[j]))) return "a repetition in a picture is a number";
@@ -57,26 +58,61 @@ std::string readPicture(std::string_view text, char currency, bool commaIsPoint,
     if (expanded.empty()) return "the picture is empty";
     (void)simple;
 
-    size_t n9 = 0, nX = 0, nA = 0, nN = 0, nZ = 0, nStar = 0, nPlus = 0, nMinus = 0, nCurrency = 0, nInsert = 0, nComma = 0, nV = 0, nPoint = 0,
-           nS = 0, nP = 0, nCrDb = 0;
+    size_t n9 = 0, nX = 0, nA = 0, nN = 0, nZ = 0, nStar = 0, nPlus = 0, nMinus = 0, nCurrency = 0, nInsert = 0,
+           nComma = 0, nV = 0, nPoint = 0, nS = 0, nP = 0, nCrDb = 0;
     for (size_t i = 0; i < expanded.size(); i++) {
         switch (expanded[i]) {
-        case '9': n9++; break;
-        case 'X': nX++; break;
-        case 'A': nA++; break;
-        case 'N': nN++; break;
-        case 'Z': nZ++; break;
-        case '*': nStar++; break;
-        case '+': nPlus++; break;
-        case '-': nMinus++; break;
-        case '$': nCurrency++; break;
-        case 'B': case '0': case '/': nInsert++; break;
-        case ',': nComma++; break;
-        case 'V': nV++; break;
-        case '.': nPoint++; break;
-        case 'S': nS++; break;
-        case 'P': nP++; break;
-        case 'C': case 'D': nCrDb++, i++; break;
+        case '9':
+            n9++;
+            break;
+        case 'X':
+            nX++;
+            break;
+        case 'A':
+            nA++;
+            break;
+        case 'N':
+            nN++;
+            break;
+        case 'Z':
+            nZ++;
+            break;
+        case '*':
+            nStar++;
+            break;
+        case '+':
+            nPlus++;
+            break;
+        case '-':
+            nMinus++;
+            break;
+        case '$':
+            nCurrency++;
+            break;
+        case 'B':
+        case '0':
+        case '/':
+            nInsert++;
+            break;
+        case ',':
+            nComma++;
+            break;
+        case 'V':
+            nV++;
+            break;
+        case '.':
+            nPoint++;
+            break;
+        case 'S':
+            nS++;
+            break;
+        case 'P':
+            nP++;
+            break;
+        case 'C':
+        case 'D':
+            nCrDb++, i++;
+            break;
         }
     }
     if (nV + nPoint > 1) return "a picture has at most one decimal point";
@@ -88,7 +124,9 @@ std::string readPicture(std::string_view text, char currency, bool commaIsPoint,
     if (nX || nA) {
         if (edits || nV || nS || nP) return "this picture mixes symbols of different categories";
         out.positions = static_cast<uint32_t>(expanded.size() + plain);
-        out.category = nInsert ? Category::AlphanumericEdited : nX || n9 ? Category::Alphanumeric : Category::Alphabetic;
+        out.category = nInsert    ? Category::AlphanumericEdited
+                       : nX || n9 ? Category::Alphanumeric
+                                  : Category::Alphabetic;
         if (nInsert)
             for (char &c : out.expanded)
                 if (c == 'B') c = ' ';
@@ -104,7 +142,8 @@ std::string readPicture(std::string_view text, char currency, bool commaIsPoint,
         if (nS) return "S does not go with editing";
         if ((nZ && nStar) || nPlus + nMinus + nCrDb > 0) {
             if (nZ && nStar) return "Z and * do not go together";
-            if ((nPlus && nMinus) || ((nPlus || nMinus) && nCrDb) || nCrDb > 1) return "a picture has at most one kind of sign";
+            if ((nPlus && nMinus) || ((nPlus || nMinus) && nCrDb) || nCrDb > 1)
+                return "a picture has at most one kind of sign";
         }
         out.category = Category::NumericEdited;
         size_t floats = nPlus + nMinus > 1 ? nPlus + nMinus - 1 : 0;

@@ -28,7 +28,8 @@ Statement *Parser::displayStatement()
             s->noAdvancing = true;
         } else if (at(K_AT) && (aheadIs(1, K_LINE) || ahead().kind == TokenKind::Number || aheadIs(1, K_COLUMN))) {
             notBuilt(here(), "DISPLAY ... AT (screen handling)");
-        } else if ((at(K_LINE) || at(K_COLUMN)) && (ahead().kind == TokenKind::Number || ahead().kind == TokenKind::Name)) {
+        } else if ((at(K_LINE) || at(K_COLUMN)) &&
+                   (ahead().kind == TokenKind::Number || ahead().kind == TokenKind::Name)) {
             notBuilt(here(), "DISPLAY ... LINE (screen handling)");
         } else if (at(K_WITH)) {
             notBuilt(here(), "DISPLAY ... WITH (screen handling)");
@@ -66,8 +67,10 @@ Statement *Parser::acceptStatement()
     } else if (at(K_MESSAGE) && aheadIs(1, K_COUNT)) {
         notBuilt(here(), "ACCEPT MESSAGE COUNT (communication)");
     }
-    if (at(K_AT) || at(K_LINE) || at(K_COLUMN) || (at(K_WITH) && !aheadIs(1, K_NO))) notBuilt(here(), "ACCEPT ... AT (screen handling)");
-    if (s->from == K_ENVIRONMENT || s->from == K_ENVIRONMENT_VALUE || s->from == K_ARGUMENT_VALUE) phrases(s->exception, K_ON, K_EXCEPTION, 0);
+    if (at(K_AT) || at(K_LINE) || at(K_COLUMN) || (at(K_WITH) && !aheadIs(1, K_NO)))
+        notBuilt(here(), "ACCEPT ... AT (screen handling)");
+    if (s->from == K_ENVIRONMENT || s->from == K_ENVIRONMENT_VALUE || s->from == K_ARGUMENT_VALUE)
+        phrases(s->exception, K_ON, K_EXCEPTION, 0);
     take(K_END_ACCEPT);
     return s;
 }

@@ -71,7 +71,8 @@ Statement *Parser::evaluateStatement()
                 row.push_back(object);
             } while (take(K_ALSO) && !panic_);
             if (row.size() != s->subjects.size() && !panic_)
-                error("this WHEN has " + std::to_string(row.size()) + " objects, EVALUATE has " + std::to_string(s->subjects.size()) + " subjects");
+                error("this WHEN has " + std::to_string(row.size()) + " objects, EVALUATE has " +
+                      std::to_string(s->subjects.size()) + " subjects");
             when.rows.push_back(std::move(row));
             if (panic_) {
                 recover();
@@ -90,7 +91,8 @@ Statement *Parser::performStatement()
     // A procedure, unless the word is the count of an inline PERFORM n TIMES or belongs to a phrase.
     bool countsInline = (atNumber() || atName()) && (aheadIs(1, K_TIMES));
     bool named = atProcedureName() && !countsInline;
-    if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '(')) named = false; // PERFORM T (I) TIMES
+    if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '('))
+        named = false; // PERFORM T (I) TIMES
     if (named && atName() && (aheadIs(1, K_OF) || aheadIs(1, K_IN))) {
         // PERFORM A OF B TIMES: a count; PERFORM P OF S: a procedure.
         size_t i = 1;
@@ -223,8 +225,10 @@ Statement *Parser::stopStatement()
             bool failed = at(K_ERROR);
             if (!take(K_ERROR)) take(K_NORMAL);
             take(K_STATUS);
-            if (atOperand()) s->value = operand();
-            else s->value = number(failed ? "1" : "0", here());
+            if (atOperand())
+                s->value = operand();
+            else
+                s->value = number(failed ? "1" : "0", here());
         } else if (atOperand()) {
             s->value = operand();
         }

@@ -158,13 +158,15 @@ void Parser::fileDescription(Program &p)
                 while (atName()) step();
         } else if (take(K_VALUE)) {
             take(K_OF);
-            while (now().kind == TokenKind::Name && !atMark('.') && !at(K_RECORD) && !at(K_DATA) && !at(K_LABEL) && !at(K_BLOCK) && !at(K_LINAGE) &&
-                   !at(K_CODE_SET) && !at(K_REPORT) && !at(K_REPORTS)) {
-                bool fileId = at(K_FILE_ID) || wordText(now().word) == "FILE-ID" || wordText(now().word) == "ID" || wordText(now().word) == "IDENTIFICATION";
+            while (now().kind == TokenKind::Name && !atMark('.') && !at(K_RECORD) && !at(K_DATA) && !at(K_LABEL) &&
+                   !at(K_BLOCK) && !at(K_LINAGE) && !at(K_CODE_SET) && !at(K_REPORT) && !at(K_REPORTS)) {
+                bool fileId = at(K_FILE_ID) || wordText(now().word) == "FILE-ID" || wordText(now().word) == "ID" ||
+                              wordText(now().word) == "IDENTIFICATION";
                 step();
                 take(K_IS);
                 Expr *value = nullptr;
-                if (atString() || atNumber() || atFigurative()) value = literal();
+                if (atString() || atNumber() || atFigurative())
+                    value = literal();
                 else if (atName()) {
                     value = node(ExprKind::Reference, here());
                     value->ref = identifier();
@@ -218,8 +220,10 @@ void Parser::fileDescription(Program &p)
             error("expected a clause of the file description before " + shown());
         }
     }
-    if (panic_) skipToPeriod();
-    else expectPeriod();
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
     panic_ = false;
     records(p, Item::FileSection, f);
 }
@@ -292,7 +296,8 @@ void Parser::records(Program &p, Item::Section section, File *file)
         if (open.back()->level == 77) errorAt(item->at, "an item of level 77 cannot be divided");
         if (!open.back()->children.empty() && open.back()->children.back()->level != item->level &&
             open.back()->children.back()->level > item->level && item->level != 66)
-            warn("level", item->at, "the level number " + std::to_string(item->level) + " differs from that of the items before it");
+            warn("level", item->at,
+                 "the level number " + std::to_string(item->level) + " differs from that of the items before it");
         item->parent = open.back();
         open.back()->children.push_back(item);
         open.push_back(item);
@@ -307,7 +312,8 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
     item->section = section;
     item->level = std::atoi(std::string(now().text).c_str());
     Tok levelAt = here();
-    if (now().text.size() > 2 || item->level < 1 || (item->level > 49 && item->level != 66 && item->level != 77 && item->level != 78 && item->level != 88)) {
+    if (now().text.size() > 2 || item->level < 1 ||
+        (item->level > 49 && item->level != 66 && item->level != 77 && item->level != 78 && item->level != 88)) {
         error("a level number is from 01 to 49, or 66, 77, 78 or 88");
         skipToPeriod();
         return nullptr;
@@ -319,9 +325,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         item->at = here();
         item->name = now().word;
         step();
-    } else if (now().kind == TokenKind::Name && !at(K_PIC) && !at(K_PICTURE) && !at(K_REDEFINES) && !at(K_OCCURS) && !at(K_USAGE) && !at(K_VALUE) &&
-               !at(K_VALUES) && !at(K_COMP) && !at(K_COMP_3) && !at(K_BINARY) && !at(K_PACKED_DECIMAL) && !at(K_SIGN) && !at(K_IS) &&
-               !at(K_DISPLAY) && !at(K_INDEX) && !at(K_JUST) && !at(K_JUSTIFIED) && !at(K_SYNC) && !at(K_BLANK) && !at(K_EXTERNAL) && !at(K_GLOBAL)) {
+    } else if (now().kind == TokenKind::Name && !at(K_PIC) && !at(K_PICTURE) && !at(K_REDEFINES) && !at(K_OCCURS) &&
+               !at(K_USAGE) && !at(K_VALUE) && !at(K_VALUES) && !at(K_COMP) && !at(K_COMP_3) && !at(K_BINARY) &&
+               !at(K_PACKED_DECIMAL) && !at(K_SIGN) && !at(K_IS) && !at(K_DISPLAY) && !at(K_INDEX) && !at(K_JUST) &&
+               !at(K_JUSTIFIED) && !at(K_SYNC) && !at(K_BLANK) && !at(K_EXTERNAL) && !at(K_GLOBAL)) {
         error(wordText(now().word) + " is a reserved word; it cannot be an item's name");
         skipToPeriod();
         return nullptr;
@@ -337,8 +344,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         }
         take(K_IS);
         item->constant = expression();
-        if (panic_) skipToPeriod();
-        else expectPeriod();
+        if (panic_)
+            skipToPeriod();
+        else
+            expectPeriod();
         panic_ = false;
         return item;
     }
@@ -346,8 +355,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         expect(K_RENAMES);
         item->renamesFrom = identifier();
         if (take(K_THRU) || take(K_THROUGH)) item->renamesThru = identifier();
-        if (panic_) skipToPeriod();
-        else expectPeriod();
+        if (panic_)
+            skipToPeriod();
+        else
+            expectPeriod();
         panic_ = false;
         return item;
     }
@@ -363,8 +374,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
                 item->whenFalse = literal();
             }
         }
-        if (panic_) skipToPeriod();
-        else expectPeriod();
+        if (panic_)
+            skipToPeriod();
+        else
+            expectPeriod();
         panic_ = false;
         return item;
     }
@@ -409,8 +422,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
             take(K_SIGN);
             take(K_IS);
             item->hasSign = true;
-            if (take(K_LEADING)) item->signLeading = true;
-            else if (!take(K_TRAILING)) error("expected LEADING or TRAILING before " + shown());
+            if (take(K_LEADING))
+                item->signLeading = true;
+            else if (!take(K_TRAILING))
+                error("expected LEADING or TRAILING before " + shown());
             if (take(K_SEPARATE)) {
                 item->signSeparate = true;
                 take(K_CHARACTER);
@@ -462,8 +477,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         }
         errorAt(clause, "expected a clause of the data description before " + shown());
     }
-    if (panic_) skipToPeriod();
-    else expectPeriod();
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
     panic_ = false;
     return item;
 }
@@ -473,11 +490,43 @@ bool Parser::usageWord(Item &)
 {
     if (now().kind != TokenKind::Name) return false;
     switch (now().word) {
-    case K_DISPLAY: case K_COMP: case K_COMP_1: case K_COMP_2: case K_COMP_3: case K_COMP_4: case K_COMP_5: case K_COMP_6: case K_COMP_X: case K_COMP_N:
-    case K_COMPUTATIONAL: case K_COMPUTATIONAL_1: case K_COMPUTATIONAL_2: case K_COMPUTATIONAL_3: case K_COMPUTATIONAL_4: case K_COMPUTATIONAL_5:
-    case K_BINARY: case K_PACKED_DECIMAL: case K_INDEX: case K_POINTER: case K_PROCEDURE_POINTER: case K_PROGRAM_POINTER: case K_FUNCTION_POINTER:
-    case K_BINARY_CHAR: case K_BINARY_SHORT: case K_BINARY_LONG: case K_BINARY_DOUBLE: case K_BINARY_LONG_LONG: case K_FLOAT_SHORT: case K_FLOAT_LONG:
-    case K_NATIONAL: case K_DISPLAY_1: case K_OBJECT: case K_SIGNED: case K_UNSIGNED: case K_FLOAT_BINARY_32: case K_FLOAT_BINARY_64:
+    case K_DISPLAY:
+    case K_COMP:
+    case K_COMP_1:
+    case K_COMP_2:
+    case K_COMP_3:
+    case K_COMP_4:
+    case K_COMP_5:
+    case K_COMP_6:
+    case K_COMP_X:
+    case K_COMP_N:
+    case K_COMPUTATIONAL:
+    case K_COMPUTATIONAL_1:
+    case K_COMPUTATIONAL_2:
+    case K_COMPUTATIONAL_3:
+    case K_COMPUTATIONAL_4:
+    case K_COMPUTATIONAL_5:
+    case K_BINARY:
+    case K_PACKED_DECIMAL:
+    case K_INDEX:
+    case K_POINTER:
+    case K_PROCEDURE_POINTER:
+    case K_PROGRAM_POINTER:
+    case K_FUNCTION_POINTER:
+    case K_BINARY_CHAR:
+    case K_BINARY_SHORT:
+    case K_BINARY_LONG:
+    case K_BINARY_DOUBLE:
+    case K_BINARY_LONG_LONG:
+    case K_FLOAT_SHORT:
+    case K_FLOAT_LONG:
+    case K_NATIONAL:
+    case K_DISPLAY_1:
+    case K_OBJECT:
+    case K_SIGNED:
+    case K_UNSIGNED:
+    case K_FLOAT_BINARY_32:
+    case K_FLOAT_BINARY_64:
         return true;
     default:
         return false;
@@ -501,27 +550,80 @@ void Parser::usageClause(Item &item)
     step();
     if (word != K_SIGNED && word != K_UNSIGNED) item.hasUsage = true;
     switch (word) {
-    case K_DISPLAY: item.usage = Usage::Display; break;
-    case K_COMP: case K_COMPUTATIONAL: case K_COMP_4: case K_COMPUTATIONAL_4: case K_BINARY: item.usage = Usage::Binary; break;
-    case K_COMP_5: case K_COMPUTATIONAL_5: case K_COMP_N: item.usage = Usage::Native; break;
-    case K_COMP_X: item.usage = Usage::CompX; break;
-    case K_COMP_1: case K_COMPUTATIONAL_1: case K_FLOAT_SHORT: case K_FLOAT_BINARY_32: item.usage = Usage::Float; break;
-    case K_COMP_2: case K_COMPUTATIONAL_2: case K_FLOAT_LONG: case K_FLOAT_BINARY_64: item.usage = Usage::Double; break;
-    case K_COMP_3: case K_COMPUTATIONAL_3: case K_PACKED_DECIMAL: item.usage = Usage::Packed; break;
-    case K_INDEX: item.usage = Usage::Index; break;
-    case K_POINTER: item.usage = Usage::Pointer; break;
-    case K_PROCEDURE_POINTER: case K_PROGRAM_POINTER: case K_FUNCTION_POINTER: item.usage = Usage::ProcedurePointer; break;
-    case K_BINARY_CHAR: native(1); break;
-    case K_BINARY_SHORT: native(2); break;
-    case K_BINARY_LONG: native(4); break;
-    case K_BINARY_DOUBLE: case K_BINARY_LONG_LONG: native(8); break;
-    case K_SIGNED: item.isUnsigned = false; break;
-    case K_UNSIGNED: item.isUnsigned = true; break;
-    default: notBuilt(at, "USAGE " + wordText(word)); break;
+    case K_DISPLAY:
+        item.usage = Usage::Display;
+        break;
+    case K_COMP:
+    case K_COMPUTATIONAL:
+    case K_COMP_4:
+    case K_COMPUTATIONAL_4:
+    case K_BINARY:
+        item.usage = Usage::Binary;
+        break;
+    case K_COMP_5:
+    case K_COMPUTATIONAL_5:
+    case K_COMP_N:
+        item.usage = Usage::Native;
+        break;
+    case K_COMP_X:
+        item.usage = Usage::CompX;
+        break;
+    case K_COMP_1:
+    case K_COMPUTATIONAL_1:
+    case K_FLOAT_SHORT:
+    case K_FLOAT_BINARY_32:
+        item.usage = Usage::Float;
+        break;
+    case K_COMP_2:
+    case K_COMPUTATIONAL_2:
+    case K_FLOAT_LONG:
+    case K_FLOAT_BINARY_64:
+        item.usage = Usage::Double;
+        break;
+    case K_COMP_3:
+    case K_COMPUTATIONAL_3:
+    case K_PACKED_DECIMAL:
+        item.usage = Usage::Packed;
+        break;
+    case K_INDEX:
+        item.usage = Usage::Index;
+        break;
+    case K_POINTER:
+        item.usage = Usage::Pointer;
+        break;
+    case K_PROCEDURE_POINTER:
+    case K_PROGRAM_POINTER:
+    case K_FUNCTION_POINTER:
+        item.usage = Usage::ProcedurePointer;
+        break;
+    case K_BINARY_CHAR:
+        native(1);
+        break;
+    case K_BINARY_SHORT:
+        native(2);
+        break;
+    case K_BINARY_LONG:
+        native(4);
+        break;
+    case K_BINARY_DOUBLE:
+    case K_BINARY_LONG_LONG:
+        native(8);
+        break;
+    case K_SIGNED:
+        item.isUnsigned = false;
+        break;
+    case K_UNSIGNED:
+        item.isUnsigned = true;
+        break;
+    default:
+        notBuilt(at, "USAGE " + wordText(word));
+        break;
     }
     if (item.nativeBinary) {
-        if (take(K_UNSIGNED)) item.isUnsigned = true;
-        else take(K_SIGNED);
+        if (take(K_UNSIGNED))
+            item.isUnsigned = true;
+        else
+            take(K_SIGNED);
     }
 }
 
@@ -595,8 +697,8 @@ void Parser::valueClause(Item &item)
         if (take(K_THRU) || take(K_THROUGH)) range.to = literal();
         item.values.push_back(range);
         if (panic_) return;
-    } while (atString() || atNumber() || atFigurative() || at(K_ALL) || ((atMark('-') || atMark('+')) && ahead().kind == TokenKind::Number) ||
-             (item.level == 88 && atName()));
+    } while (atString() || atNumber() || atFigurative() || at(K_ALL) ||
+             ((atMark('-') || atMark('+')) && ahead().kind == TokenKind::Number) || (item.level == 88 && atName()));
 }
 
 } // namespace kvrcob

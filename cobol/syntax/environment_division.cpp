@@ -8,7 +8,8 @@ namespace kvrcob {
 
 bool Parser::atSectionOrDivision() const
 {
-    return now().kind == TokenKind::Name && ahead().kind == TokenKind::Name && (ahead().word == K_SECTION || ahead().word == K_DIVISION);
+    return now().kind == TokenKind::Name && ahead().kind == TokenKind::Name &&
+           (ahead().word == K_SECTION || ahead().word == K_DIVISION);
 }
 
 void Parser::environmentDivision(Program &p)
@@ -48,7 +49,8 @@ void Parser::configurationSection(Program &p)
         panic_ = false;
         if (take(K_SOURCE_COMPUTER)) {
             takeMark('.');
-            while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_OBJECT_COMPUTER) && !at(K_SPECIAL_NAMES)) {
+            while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_OBJECT_COMPUTER) &&
+                   !at(K_SPECIAL_NAMES)) {
                 if (at(K_DEBUGGING, K_MODE)) p.debugging = true;
                 step();
             }
@@ -78,14 +80,66 @@ void Parser::configurationSection(Program &p)
                         p.allFunctions = true;
                         step();
                         take(K_INTRINSIC);
-                        static const char *const names[] = {
-                            "ABS", "ACOS", "ANNUITY", "ASIN", "ATAN", "BYTE-LENGTH", "CHAR", "CONCATENATE", "CONCAT", "COS", "CURRENT-DATE",
-                            "DATE-OF-INTEGER", "DATE-TO-YYYYMMDD", "DAY-OF-INTEGER", "DAY-TO-YYYYDDD", "EXP", "FACTORIAL", "INTEGER",
-                            "INTEGER-OF-DATE", "INTEGER-OF-DAY", "INTEGER-PART", "LENGTH", "LOG", "LOG10", "LOWER-CASE", "MAX", "MEAN", "MEDIAN",
-                            "MIDRANGE", "MIN", "MOD", "NUMVAL", "NUMVAL-C", "ORD", "ORD-MAX", "ORD-MIN", "PRESENT-VALUE", "RANDOM", "RANGE",
-                            "REM", "REVERSE", "SIN", "SQRT", "STANDARD-DEVIATION", "SUBSTITUTE", "TAN", "TRIM", "UPPER-CASE", "VARIANCE",
-                            "WHEN-COMPILED", "YEAR-TO-YYYY", "STORED-CHAR-LENGTH", "SIGN", "FRACTION-PART", "TEST-NUMVAL", "TEST-DATE-YYYYMMDD",
-                            "TEST-DAY-YYYYDDD", "PI", "E", "EXP10"};
+                        static const char *const names[] = {"ABS",
+                                                            "ACOS",
+                                                            "ANNUITY",
+                                                            "ASIN",
+                                                            "ATAN",
+                                                            "BYTE-LENGTH",
+                                                            "CHAR",
+                                                            "CONCATENATE",
+                                                            "CONCAT",
+                                                            "COS",
+                                                            "CURRENT-DATE",
+                                                            "DATE-OF-INTEGER",
+                                                            "DATE-TO-YYYYMMDD",
+                                                            "DAY-OF-INTEGER",
+                                                            "DAY-TO-YYYYDDD",
+                                                            "EXP",
+                                                            "FACTORIAL",
+                                                            "INTEGER",
+                                                            "INTEGER-OF-DATE",
+                                                            "INTEGER-OF-DAY",
+                                                            "INTEGER-PART",
+                                                            "LENGTH",
+                                                            "LOG",
+                                                            "LOG10",
+                                                            "LOWER-CASE",
+                                                            "MAX",
+                                                            "MEAN",
+                                                            "MEDIAN",
+                                                            "MIDRANGE",
+                                                            "MIN",
+                                                            "MOD",
+                                                            "NUMVAL",
+                                                            "NUMVAL-C",
+                                                            "ORD",
+                                                            "ORD-MAX",
+                                                            "ORD-MIN",
+                                                            "PRESENT-VALUE",
+                                                            "RANDOM",
+                                                            "RANGE",
+                                                            "REM",
+                                                            "REVERSE",
+                                                            "SIN",
+                                                            "SQRT",
+                                                            "STANDARD-DEVIATION",
+                                                            "SUBSTITUTE",
+                                                            "TAN",
+                                                            "TRIM",
+                                                            "UPPER-CASE",
+                                                            "VARIANCE",
+                                                            "WHEN-COMPILED",
+                                                            "YEAR-TO-YYYY",
+                                                            "STORED-CHAR-LENGTH",
+                                                            "SIGN",
+                                                            "FRACTION-PART",
+                                                            "TEST-NUMVAL",
+                                                            "TEST-DATE-YYYYMMDD",
+                                                            "TEST-DAY-YYYYDDD",
+                                                            "PI",
+                                                            "E",
+                                                            "EXP10"};
                         for (const char *name : names) p.functions.push_back(internWord(name));
                     } else {
                         while (now().kind == TokenKind::Name && !at(K_FUNCTION) && !at(K_PROGRAM) && !at(K_CLASS)) {
@@ -106,8 +160,8 @@ void Parser::configurationSection(Program &p)
 
 void Parser::specialNames(Program &p)
 {
-    while (!atEnd() && !atSectionOrDivision() && !at(K_SOURCE_COMPUTER) && !at(K_OBJECT_COMPUTER) && !at(K_REPOSITORY) &&
-           !at(K_FILE_CONTROL)) {
+    while (!atEnd() && !atSectionOrDivision() && !at(K_SOURCE_COMPUTER) && !at(K_OBJECT_COMPUTER) &&
+           !at(K_REPOSITORY) && !at(K_FILE_CONTROL)) {
         panic_ = false;
         if (takeMark('.')) continue;
         if (take(K_ALPHABET)) {
@@ -158,8 +212,8 @@ void Parser::specialNames(Program &p)
             error("expected a clause of SPECIAL-NAMES before " + shown());
         }
         if (panic_) {
-            while (!atEnd() && !atMark('.') && !at(K_ALPHABET) && !at(K_CLASS) && !at(K_SYMBOLIC) && !at(K_CURRENCY) && !at(K_DECIMAL_POINT) &&
-                   !atSectionOrDivision())
+            while (!atEnd() && !atMark('.') && !at(K_ALPHABET) && !at(K_CLASS) && !at(K_SYMBOLIC) && !at(K_CURRENCY) &&
+                   !at(K_DECIMAL_POINT) && !atSectionOrDivision())
                 step();
         }
     }
@@ -258,7 +312,8 @@ bool Parser::mnemonicClause(Program &p)
         m.switchNumber = device[5] - '0';
     else if (device.rfind("SWITCH-", 0) == 0)
         m.switchNumber = std::atoi(device.c_str() + 7) - (device == "SWITCH-0" ? 0 : 1);
-    else if (device.rfind("SW", 0) == 0 && device.size() >= 3 && device.find_first_not_of("0123456789", 2) == std::string::npos)
+    else if (device.rfind("SW", 0) == 0 && device.size() >= 3 &&
+             device.find_first_not_of("0123456789", 2) == std::string::npos)
         m.switchNumber = std::atoi(device.c_str() + 2);
     step();
     take(K_IS);
@@ -388,10 +443,11 @@ void Parser::selectEntry(Program &p)
             take(K_ALTERNATE);
             take(K_AREA);
             take(K_AREAS);
-        } else if (at(K_ORGANIZATION) || at(K_SEQUENTIAL) || at(K_RELATIVE) || at(K_INDEXED) || at(K_LINE) || (at(K_RECORD) && aheadIs(1, K_SEQUENTIAL)) ||
-                   (at(K_BINARY) && aheadIs(1, K_SEQUENTIAL))) {
+        } else if (at(K_ORGANIZATION) || at(K_SEQUENTIAL) || at(K_RELATIVE) || at(K_INDEXED) || at(K_LINE) ||
+                   (at(K_RECORD) && aheadIs(1, K_SEQUENTIAL)) || (at(K_BINARY) && aheadIs(1, K_SEQUENTIAL))) {
             if (take(K_ORGANIZATION)) take(K_IS);
-            if (at(K_RELATIVE) && (aheadIs(1, K_KEY) || (!aheadIs(1, K_ORGANIZATION) && f->hasOrganization && f->organization == K_RELATIVE))) {
+            if (at(K_RELATIVE) && (aheadIs(1, K_KEY) || (!aheadIs(1, K_ORGANIZATION) && f->hasOrganization &&
+                                                         f->organization == K_RELATIVE))) {
                 step();
                 take(K_KEY);
                 take(K_IS);
@@ -414,8 +470,10 @@ void Parser::selectEntry(Program &p)
         } else if (take(K_PADDING)) {
             take(K_CHARACTER);
             take(K_IS);
-            if (atString() || atFigurative()) literal();
-            else identifier();
+            if (atString() || atFigurative())
+                literal();
+            else
+                identifier();
         } else if (at(K_RECORD) && aheadIs(1, K_DELIMITER)) {
             step();
             step();
@@ -491,8 +549,10 @@ void Parser::selectEntry(Program &p)
             errorAt(clause, "expected a clause of SELECT before " + shown());
         }
     }
-    if (panic_) skipToPeriod();
-    else expectPeriod();
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
     panic_ = false;
 }
 
@@ -519,7 +579,9 @@ void Parser::ioControl(Program &p)
             if (at(K_RERUN) || at(K_MULTIPLE)) warn("obsolete", here(), wordText(now().word) + " has no effect");
             step();
         }
-        if (atMark('.') && (ahead().kind == TokenKind::Name && (ahead().word == K_SAME || ahead().word == K_RERUN || ahead().word == K_MULTIPLE))) step();
+        if (atMark('.') && (ahead().kind == TokenKind::Name &&
+                            (ahead().word == K_SAME || ahead().word == K_RERUN || ahead().word == K_MULTIPLE)))
+            step();
     }
     takeMark('.');
     panic_ = false;

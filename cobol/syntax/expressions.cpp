@@ -43,8 +43,19 @@ bool Parser::atFigurative() const
 {
     if (now().kind != TokenKind::Name) return false;
     switch (now().word) {
-    case K_ZERO: case K_ZEROS: case K_ZEROES: case K_SPACE: case K_SPACES: case K_HIGH_VALUE: case K_HIGH_VALUES: case K_LOW_VALUE:
-    case K_LOW_VALUES: case K_QUOTE: case K_QUOTES: case K_NULL: case K_NULLS:
+    case K_ZERO:
+    case K_ZEROS:
+    case K_ZEROES:
+    case K_SPACE:
+    case K_SPACES:
+    case K_HIGH_VALUE:
+    case K_HIGH_VALUES:
+    case K_LOW_VALUE:
+    case K_LOW_VALUES:
+    case K_QUOTE:
+    case K_QUOTES:
+    case K_NULL:
+    case K_NULLS:
         return true;
     default:
         return false;
@@ -54,13 +65,21 @@ bool Parser::atFigurative() const
 static uint32_t figurativeOf(Word word)
 {
     switch (word) {
-    case K_ZEROS: case K_ZEROES: return K_ZERO;
-    case K_SPACES: return K_SPACE;
-    case K_HIGH_VALUES: return K_HIGH_VALUE;
-    case K_LOW_VALUES: return K_LOW_VALUE;
-    case K_QUOTES: return K_QUOTE;
-    case K_NULLS: return K_NULL;
-    default: return word;
+    case K_ZEROS:
+    case K_ZEROES:
+        return K_ZERO;
+    case K_SPACES:
+        return K_SPACE;
+    case K_HIGH_VALUES:
+        return K_HIGH_VALUE;
+    case K_LOW_VALUES:
+        return K_LOW_VALUE;
+    case K_QUOTES:
+        return K_QUOTE;
+    case K_NULLS:
+        return K_NULL;
+    default:
+        return word;
     }
 }
 
@@ -68,11 +87,12 @@ bool Parser::atOperand() const
 {
     const Token &token = now();
     if (token.kind == TokenKind::Number || token.kind == TokenKind::String) return true;
-    if (token.kind == TokenKind::Punct) return (token.word == '-' || token.word == '+') && ahead().kind == TokenKind::Number && !ahead().spaceBefore;
+    if (token.kind == TokenKind::Punct)
+        return (token.word == '-' || token.word == '+') && ahead().kind == TokenKind::Number && !ahead().spaceBefore;
     if (token.kind != TokenKind::Name) return false;
     if (!isReserved(token.word)) return true;
-    return atFigurative() || token.word == K_ALL || token.word == K_LINAGE_COUNTER || (token.word == K_LENGTH && true) ||
-           token.word == K_PAGE_COUNTER || token.word == K_LINE_COUNTER;
+    return atFigurative() || token.word == K_ALL || token.word == K_LINAGE_COUNTER ||
+           (token.word == K_LENGTH && true) || token.word == K_PAGE_COUNTER || token.word == K_LINE_COUNTER;
 }
 
 // A literal, with a sign if it is a number; figurative constants and ALL.
@@ -317,7 +337,8 @@ Expr *Parser::primary()
     }
     if (atNumber() || atString() || atFigurative() || at(K_ALL)) return literal();
     if (at(K_FUNCTION) && ahead().kind == TokenKind::Name) return functionCall();
-    if (program_ && now().kind == TokenKind::Name && !isReserved(now().word) && ahead().kind == TokenKind::Punct && ahead().word == '(') {
+    if (program_ && now().kind == TokenKind::Name && !isReserved(now().word) && ahead().kind == TokenKind::Punct &&
+        ahead().word == '(') {
         for (Word known : program_->functions)
             if (known == now().word) return functionCall();
     }
@@ -464,8 +485,8 @@ Expr *Parser::andCondition()
 bool Parser::atRelationalOperator() const
 {
     if (now().kind == TokenKind::Punct)
-        return now().word == '=' || now().word == '<' || now().word == '>' || now().word == kLessEqual || now().word == kGreaterEqual ||
-               now().word == kNotEqual;
+        return now().word == '=' || now().word == '<' || now().word == '>' || now().word == kLessEqual ||
+               now().word == kGreaterEqual || now().word == kNotEqual;
     return at(K_EQUAL) || at(K_EQUALS) || at(K_GREATER) || at(K_LESS);
 }
 
@@ -511,12 +532,18 @@ uint32_t Parser::relationalOperator()
 static uint32_t turned(uint32_t op)
 {
     switch (op) {
-    case '=': return kNotEqual;
-    case kNotEqual: return '=';
-    case '<': return kGreaterEqual;
-    case '>': return kLessEqual;
-    case kLessEqual: return '>';
-    default: return '<';
+    case '=':
+        return kNotEqual;
+    case kNotEqual:
+        return '=';
+    case '<':
+        return kGreaterEqual;
+    case '>':
+        return kLessEqual;
+    case kLessEqual:
+        return '>';
+    default:
+        return '<';
     }
 }
 
@@ -550,8 +577,8 @@ Expr *Parser::relation()
     } else if (!atRelationalOperator()) {
         left = expression();
         if (panic_) return left;
-        if (left->kind == ExprKind::Or || left->kind == ExprKind::And || left->kind == ExprKind::Not || left->kind == ExprKind::Relation ||
-            left->kind == ExprKind::ClassTest || left->kind == ExprKind::SignTest)
+        if (left->kind == ExprKind::Or || left->kind == ExprKind::And || left->kind == ExprKind::Not ||
+            left->kind == ExprKind::Relation || left->kind == ExprKind::ClassTest || left->kind == ExprKind::SignTest)
             return left;
     }
     size_t saved = position_;
@@ -575,7 +602,8 @@ Expr *Parser::relation()
         step();
         return e;
     }
-    if (word == K_POSITIVE || word == K_NEGATIVE || ((is || negated) && (word == K_ZERO || word == K_ZEROS || word == K_ZEROES))) {
+    if (word == K_POSITIVE || word == K_NEGATIVE ||
+        ((is || negated) && (word == K_ZERO || word == K_ZEROS || word == K_ZEROES))) {
         Expr *e = node(ExprKind::SignTest, here());
         e->op = word == K_POSITIVE || word == K_NEGATIVE ? word : static_cast<Word>(K_ZERO);
         e->left = left;
@@ -590,7 +618,8 @@ Expr *Parser::relation()
         step();
         return e;
     }
-    if (left && program_ && now().kind == TokenKind::Name && !isReserved(word)) { // a class of SPECIAL-NAMES; IS may be left out
+    if (left && program_ && now().kind == TokenKind::Name &&
+        !isReserved(word)) { // a class of SPECIAL-NAMES; IS may be left out
         for (const UserClass *known : program_->classes) {
             if (known->name != word) continue;
             Expr *e = node(ExprKind::ClassTest, here());

@@ -13,9 +13,12 @@ Statement *Parser::openStatement()
         Word sharing = 0;
         if (take(K_SHARING)) {
             take(K_WITH);
-            if (take(K_ALL)) sharing = K_ALL;
-            else if (take(K_NO)) sharing = K_NO;
-            else if (take(K_READ)) sharing = K_READ;
+            if (take(K_ALL))
+                sharing = K_ALL;
+            else if (take(K_NO))
+                sharing = K_NO;
+            else if (take(K_READ))
+                sharing = K_READ;
             take(K_OTHER);
             take(K_ONLY);
         }
@@ -73,7 +76,6 @@ Statement *Parser::closeStatement()
     return s;
 }
 
-
 Statement *Parser::readStatement()
 {
     auto *s = begin<FileStatement>();
@@ -84,8 +86,10 @@ Statement *Parser::readStatement()
     }
     s->file = now().word;
     step();
-    if (take(K_NEXT)) s->next = true;
-    else if (take(K_PREVIOUS)) s->previous = true;
+    if (take(K_NEXT))
+        s->next = true;
+    else if (take(K_PREVIOUS))
+        s->previous = true;
     take(K_RECORD);
     if (take(K_INTO)) s->into = identifier();
     for (;;) {
@@ -137,18 +141,19 @@ Statement *Parser::readStatement()
 // INVALID KEY and NOT INVALID KEY; KEY may be left out.
 static bool atInvalid(const Token &a, const Token &b)
 {
-    return a.kind == TokenKind::Name && (a.word == K_INVALID || (a.word == K_NOT && b.kind == TokenKind::Name && b.word == K_INVALID));
+    return a.kind == TokenKind::Name &&
+           (a.word == K_INVALID || (a.word == K_NOT && b.kind == TokenKind::Name && b.word == K_INVALID));
 }
 
-#define KVRCOB_INVALID(s)                                                                                                                  \
-    while (atInvalid(now(), ahead()) && !panic_) {                                                                                         \
-        bool negated = at(K_NOT);                                                                                                          \
-        if (negated ? (s)->invalid.hasNot : (s)->invalid.has) break;                                                                       \
-        if (negated) step();                                                                                                               \
-        step();                                                                                                                            \
-        take(K_KEY);                                                                                                                       \
-        (negated ? (s)->invalid.hasNot : (s)->invalid.has) = true;                                                                         \
-        block(negated ? (s)->invalid.onNot : (s)->invalid.on);                                                                             \
+#define KVRCOB_INVALID(s)                                                                                              \
+    while (atInvalid(now(), ahead()) && !panic_) {                                                                     \
+        bool negated = at(K_NOT);                                                                                      \
+        if (negated ? (s)->invalid.hasNot : (s)->invalid.has) break;                                                   \
+        if (negated) step();                                                                                           \
+        step();                                                                                                        \
+        take(K_KEY);                                                                                                   \
+        (negated ? (s)->invalid.hasNot : (s)->invalid.has) = true;                                                     \
+        block(negated ? (s)->invalid.onNot : (s)->invalid.on);                                                         \
     }
 
 Statement *Parser::writeStatement()

@@ -5,7 +5,8 @@ namespace kvrcob {
 
 bool Parser::atProgramStart() const
 {
-    return ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) || (at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct);
+    return ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) ||
+           (at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct);
 }
 
 void Parser::parse()
@@ -13,7 +14,8 @@ void Parser::parse()
     while (!atEnd()) {
         if (takeMark('.')) continue;
         size_t before = position_;
-        if (atProgramStart() || at(K_ENVIRONMENT, K_DIVISION) || at(K_DATA, K_DIVISION) || at(K_PROCEDURE, K_DIVISION)) {
+        if (atProgramStart() || at(K_ENVIRONMENT, K_DIVISION) || at(K_DATA, K_DIVISION) ||
+            at(K_PROCEDURE, K_DIVISION)) {
             if (Program *made = program(nullptr)) group_.programs.push_back(made);
         } else {
             if (now().kind == TokenKind::Name && wordText(now().word) == "FUNCTION-ID")
@@ -109,8 +111,8 @@ Program *Parser::program(Program *parent)
     if (at(K_OPTIONS)) skipToPeriod();
     if (at(K_ENVIRONMENT, K_DIVISION)) environmentDivision(*p);
     if (at(K_CONFIGURATION, K_SECTION) || at(K_INPUT_OUTPUT, K_SECTION)) environmentDivision(*p);
-    if (at(K_DATA, K_DIVISION) || at(K_FILE, K_SECTION) || at(K_WORKING_STORAGE, K_SECTION) || at(K_LINKAGE, K_SECTION) ||
-        at(K_LOCAL_STORAGE, K_SECTION))
+    if (at(K_DATA, K_DIVISION) || at(K_FILE, K_SECTION) || at(K_WORKING_STORAGE, K_SECTION) ||
+        at(K_LINKAGE, K_SECTION) || at(K_LOCAL_STORAGE, K_SECTION))
         dataDivision(*p);
     if (at(K_PROCEDURE, K_DIVISION)) procedureDivision(*p);
     // Contained programs, then END PROGRAM.
@@ -153,7 +155,8 @@ void Parser::endProgram(Program &p)
         for (Program *outer = p.parent; outer; outer = outer->parent)
             if (outer->name == internWord(ahead(2).text)) return;
         panic_ = false;
-        errorAt(here() + 2, "END PROGRAM names " + std::string(ahead(2).text) + ", but the program is " + std::string(p.nameText));
+        errorAt(here() + 2,
+                "END PROGRAM names " + std::string(ahead(2).text) + ", but the program is " + std::string(p.nameText));
         panic_ = false;
     }
     step();

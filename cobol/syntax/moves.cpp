@@ -25,12 +25,18 @@ Statement *Parser::initializeStatement()
     if (take(K_FILLER)) s->withFiller = true;
     auto category = [&](Word &out) {
         switch (now().kind == TokenKind::Name ? now().word : 0) {
-        case K_ALPHABETIC: case K_ALPHANUMERIC: case K_NUMERIC: case K_ALPHANUMERIC_EDITED: case K_NUMERIC_EDITED: case K_NATIONAL:
+        case K_ALPHABETIC:
+        case K_ALPHANUMERIC:
+        case K_NUMERIC:
+        case K_ALPHANUMERIC_EDITED:
+        case K_NUMERIC_EDITED:
+        case K_NATIONAL:
         case K_NATIONAL_EDITED:
             out = now().word;
             step();
             return true;
-        default: return false;
+        default:
+            return false;
         }
     };
     // [ALL | category] TO VALUE

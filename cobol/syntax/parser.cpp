@@ -37,10 +37,14 @@ std::string Parser::shown() const
 {
     const Token &token = now();
     switch (token.kind) {
-    case TokenKind::End: return "the end of the source";
-    case TokenKind::String: return "the literal \"" + std::string(token.text.substr(0, 30)) + "\"";
-    case TokenKind::Punct: return "\"" + std::string(token.text) + "\"";
-    default: return std::string(token.text.substr(0, 40));
+    case TokenKind::End:
+        return "the end of the source";
+    case TokenKind::String:
+        return "the literal \"" + std::string(token.text.substr(0, 30)) + "\"";
+    case TokenKind::Punct:
+        return "\"" + std::string(token.text) + "\"";
+    default:
+        return std::string(token.text.substr(0, 40));
     }
 }
 

@@ -23,7 +23,10 @@ public:
 private:
     // ---- parser.cpp
     const Token &now() const { return tokens_[position_]; }
-    const Token &ahead(size_t n = 1) const { return tokens_[position_ + n < tokens_.size() ? position_ + n : tokens_.size() - 1]; }
+    const Token &ahead(size_t n = 1) const
+    {
+        return tokens_[position_ + n < tokens_.size() ? position_ + n : tokens_.size() - 1];
+    }
     Tok here() const { return static_cast<Tok>(position_); }
     bool at(Word word) const { return now().kind == TokenKind::Name && now().word == word; }
     bool at(Word a, Word b) const { return at(a) && ahead().kind == TokenKind::Name && ahead().word == b; }
@@ -113,12 +116,12 @@ private:
     friend struct VerbRow;
 
     // ---- expressions.cpp
-    Expr *expression();           // arithmetic
-    Expr *condition();            // or any of the rest
-    Expr *operand();              // identifier, literal, figurative constant, function
-    Expr *literal();              // with sign
+    Expr *expression(); // arithmetic
+    Expr *condition();  // or any of the rest
+    Expr *operand();    // identifier, literal, figurative constant, function
+    Expr *literal();    // with sign
     Reference *identifier();
-    Reference *fileOrName();      // without subscripts
+    Reference *fileOrName(); // without subscripts
     bool atOperand() const;
     bool atFigurative() const;
     Expr *orCondition();

@@ -99,8 +99,8 @@ bool Parser::atVerb() const
     if (isReserved(now().word)) return true;
     // A word of some context only (UNLOCK, EXEC): a verb if an operand follows, and not a paragraph's name or a qualifier.
     const Token &next = ahead();
-    return next.kind == TokenKind::Name && next.word != K_OF && next.word != K_IN && next.word != K_TO && next.word != K_SECTION &&
-           !(next.word < K_count && VerbRow::of(next.word) && isReserved(next.word));
+    return next.kind == TokenKind::Name && next.word != K_OF && next.word != K_IN && next.word != K_TO &&
+           next.word != K_SECTION && !(next.word < K_count && VerbRow::of(next.word) && isReserved(next.word));
 }
 
 Statement *Parser::notBuiltStatement()
@@ -229,8 +229,10 @@ void Parser::procedureDivision(Program &p)
             p.returning = identifier();
         }
     }
-    if (panic_) skipToPeriod();
-    else expectPeriod();
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
     panic_ = false;
     if (at(K_DECLARATIVES)) {
         step();
@@ -387,8 +389,10 @@ void Parser::useStatement(Program &p, size_t procedure)
             if (use.files.empty()) error("expected a file or an open mode before " + shown());
         }
     }
-    if (panic_) skipToPeriod();
-    else expectPeriod();
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
     panic_ = false;
     p.uses.push_back(use);
 }

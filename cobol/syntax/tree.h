@@ -54,9 +54,9 @@ enum class ExprKind : uint8_t {
     And,
     Or,
     Not,
-    Truth,  // op: K_TRUE, K_FALSE
-    Any,    // ANY of EVALUATE
-    Range,  // left THRU right, of EVALUATE
+    Truth, // op: K_TRUE, K_FALSE
+    Any,   // ANY of EVALUATE
+    Range, // left THRU right, of EVALUATE
     AllSubscript,
     Omitted
 };
@@ -100,10 +100,10 @@ struct ProcedureName {
 };
 
 // syntax/arithmetic.cpp
-struct ArithmeticStatement : Statement { // ADD, SUBTRACT, MULTIPLY, DIVIDE, COMPUTE
+struct ArithmeticStatement : Statement {                      // ADD, SUBTRACT, MULTIPLY, DIVIDE, COMPUTE
     bool corresponding = false, giving = false, into = false; // into: DIVIDE a INTO b
-    std::vector<Expr *> operands;                            // ADD a b, SUBTRACT a b, MULTIPLY a, DIVIDE a; COMPUTE: the expression
-    Expr *second = nullptr;                                  // FROM, BY, INTO of the GIVING form; TO of ADD ... TO ... GIVING is an operand
+    std::vector<Expr *> operands; // ADD a b, SUBTRACT a b, MULTIPLY a, DIVIDE a; COMPUTE: the expression
+    Expr *second = nullptr;       // FROM, BY, INTO of the GIVING form; TO of ADD ... TO ... GIVING is an operand
     std::vector<Target> targets;
     Target remainder;
     Phrases sizeError;
@@ -185,7 +185,20 @@ struct AlterStatement : Statement {
 };
 
 struct ExitStatement : Statement { // EXIT, CONTINUE, NEXT SENTENCE, GOBACK, STOP
-    enum Form : uint8_t { Plain, Program, Perform, PerformCycle, Paragraph, Section, Continue, NextSentence, Goback, StopRun, StopLiteral, Function } form = Plain;
+    enum Form : uint8_t {
+        Plain,
+        Program,
+        Perform,
+        PerformCycle,
+        Paragraph,
+        Section,
+        Continue,
+        NextSentence,
+        Goback,
+        StopRun,
+        StopLiteral,
+        Function
+    } form = Plain;
     Expr *value = nullptr;
 };
 
@@ -263,9 +276,9 @@ struct FileStatement : Statement {
     bool before = false, after = false, page = false;
     Expr *advancing = nullptr;
     Word mnemonic = 0;
-    Phrases end;   // AT END
+    Phrases end;     // AT END
     Phrases invalid; // INVALID KEY
-    Phrases eop;   // AT END-OF-PAGE
+    Phrases eop;     // AT END-OF-PAGE
 };
 
 // syntax/sorting.cpp
@@ -275,7 +288,7 @@ struct SortKey {
 };
 
 struct SortStatement : Statement { // SORT, MERGE
-    Reference *file = nullptr; // or a table
+    Reference *file = nullptr;     // or a table
     std::vector<SortKey> keys;
     bool duplicates = false;
     Word collating = 0;
@@ -340,7 +353,7 @@ struct SearchStatement : Statement {
 
 struct Sentence {
     Block statements;
-    uint32_t number = 0;       // meaning: for NEXT SENTENCE
+    uint32_t number = 0; // meaning: for NEXT SENTENCE
 };
 
 struct Procedure {
@@ -371,7 +384,19 @@ struct UseStatement {
 
 // ---- Data
 
-enum class Usage : uint8_t { Display, Binary, Native, Packed, Float, Double, Index, Pointer, ProcedurePointer, National, CompX };
+enum class Usage : uint8_t {
+    Display,
+    Binary,
+    Native,
+    Packed,
+    Float,
+    Double,
+    Index,
+    Pointer,
+    ProcedurePointer,
+    National,
+    CompX
+};
 
 // What kind of picture and content an elementary item has.
 enum class Category : uint8_t {
@@ -431,9 +456,9 @@ struct Item {
     Reference *depending = nullptr;
     Expr *occursMinExpr = nullptr, *occursMaxExpr = nullptr;
     std::vector<SortKey> keys;
-    std::vector<Item *> indexes; // INDEXED BY: pseudo items of usage Index
+    std::vector<Item *> indexes;                              // INDEXED BY: pseudo items of usage Index
     Reference *renamesFrom = nullptr, *renamesThru = nullptr; // level 66
-    bool isConstant = false;                                   // level 78 and CONSTANT
+    bool isConstant = false;                                  // level 78 and CONSTANT
     Word externalName = 0;
 
     // structure
@@ -453,7 +478,7 @@ struct Item {
     bool laidOut = false, hasDepending = false; // an OCCURS DEPENDING in it
     Item *dependingItem = nullptr;
     bool referenced = false;
-    int parameter = -1; // LINKAGE: place in PROCEDURE DIVISION USING
+    int parameter = -1;  // LINKAGE: place in PROCEDURE DIVISION USING
     std::string special; // C text of a special register's address
     Word specialKind = 0;
     Item *table = nullptr; // of an index: the table it belongs to
@@ -469,7 +494,7 @@ struct File {
     Tok at = 0;
     Program *program = nullptr;
     bool selected = false, optional = false, sortFile = false, described = false;
-    Expr *assign = nullptr;    // literal
+    Expr *assign = nullptr;          // literal
     Reference *assignItem = nullptr; // data item or plain word
     Word assignWord = 0;
     Word device = 0; // PRINTER, DISK ...
@@ -579,7 +604,7 @@ struct Program {
     std::vector<UseStatement> uses;
     std::vector<Word> advancedRecords; // written with ADVANCING
     std::vector<Word> readFiles;       // opened INPUT or I-O, or used by SORT
-    size_t firstProcedure = 0; // first one after the declaratives
+    size_t firstProcedure = 0;         // first one after the declaratives
 
     // meaning
     uint32_t number = 0;

@@ -36,8 +36,8 @@ void Lexer::skipSpace(Token &token)
         } else if (c == ' ' || c == '\0' || c == '\f' || c == '\v') {
             token.spaceBefore = true;
             position_++;
-        } else if ((c == ',' || c == ';') &&
-                   !(c == ',' && options_.commaIsPoint && std::isdigit(static_cast<unsigned char>(at(position_ + 1))))) {
+        } else if ((c == ',' || c == ';') && !(c == ',' && options_.commaIsPoint &&
+                                               std::isdigit(static_cast<unsigned char>(at(position_ + 1))))) {
             token.spaceBefore = true;
             position_++;
         } else {
@@ -94,8 +94,10 @@ void Lexer::watch(const Token &token)
 {
     if (token.kind == TokenKind::Name) {
         Word word = token.word;
-        expectPicture_ = word == K_PIC || word == K_PICTURE || (word == K_IS && (before_ == K_PIC || before_ == K_PICTURE));
-        if (word == K_COMMA && (before_ == K_DECIMAL_POINT || (before_ == K_IS && beforeThat_ == K_DECIMAL_POINT))) options_.commaIsPoint = true;
+        expectPicture_ =
+            word == K_PIC || word == K_PICTURE || (word == K_IS && (before_ == K_PIC || before_ == K_PICTURE));
+        if (word == K_COMMA && (before_ == K_DECIMAL_POINT || (before_ == K_IS && beforeThat_ == K_DECIMAL_POINT)))
+            options_.commaIsPoint = true;
         if (word == K_MODE && before_ == K_DEBUGGING) options_.debugging = true;
         beforeThat_ = before_;
         before_ = word;
@@ -118,7 +120,8 @@ Token Lexer::next()
     size_t begin = position_;
     unsigned char c = static_cast<unsigned char>(text[begin]);
 
-    if (expectPicture_ && std::toupper(c) == 'I' && std::toupper(static_cast<unsigned char>(at(begin + 1))) == 'S' && at(begin + 2) == ' ') {
+    if (expectPicture_ && std::toupper(c) == 'I' && std::toupper(static_cast<unsigned char>(at(begin + 1))) == 'S' &&
+        at(begin + 2) == ' ') {
         // PICTURE IS: the string comes next.
     } else if (expectPicture_) {
         picture(token);
@@ -141,12 +144,13 @@ Token Lexer::next()
         if ((quote == '"' || quote == '\'') && end - begin <= 2) {
             char first = static_cast<char>(std::toupper(c));
             bool known = end - begin == 1 ? std::strchr("XNZGBH", first) != nullptr
-                                          : (first == 'N' || first == 'B') && std::toupper(static_cast<unsigned char>(text[begin + 1])) == 'X';
+                                          : (first == 'N' || first == 'B') &&
+                                                std::toupper(static_cast<unsigned char>(text[begin + 1])) == 'X';
             if (known) {
                 string(token, quote, end);
-                token.form = first == 'Z'                             ? StringForm::NullEnded
-                             : first == 'N' || first == 'G'           ? StringForm::National
-                             : StringForm::Hex;
+                token.form = first == 'Z'                   ? StringForm::NullEnded
+                             : first == 'N' || first == 'G' ? StringForm::National
+                                                            : StringForm::Hex;
                 if (first == 'X' && end - begin == 1) {
                     std::string bytes;
                     bool good = token.text.size() % 2 == 0;
@@ -158,7 +162,9 @@ Token Lexer::next()
                         }
                         bytes += static_cast<char>(std::stoi(std::string(token.text.substr(i, 2)), nullptr, 16));
                     }
-                    if (!good) diagnostics().error(token.spot, "a hexadecimal literal has pairs of the digits 0 to 9 and A to F");
+                    if (!good)
+                        diagnostics().error(token.spot,
+                                            "a hexadecimal literal has pairs of the digits 0 to 9 and A to F");
                     token.text = keepText(std::move(bytes));
                     token.form = StringForm::Plain;
                 } else if (first == 'Z') {
@@ -211,11 +217,16 @@ Token Lexer::next()
         size_t n = 1;
         token.word = c;
         char second = at(begin + 1);
-        if (c == '*' && second == '*') token.word = kPower, n = 2;
-        else if (c == '<' && second == '=') token.word = kLessEqual, n = 2;
-        else if (c == '>' && second == '=') token.word = kGreaterEqual, n = 2;
-        else if (c == '<' && second == '>') token.word = kNotEqual, n = 2;
-        else if (c == '=' && second == '=') token.word = kPseudo, n = 2;
+        if (c == '*' && second == '*')
+            token.word = kPower, n = 2;
+        else if (c == '<' && second == '=')
+            token.word = kLessEqual, n = 2;
+        else if (c == '>' && second == '=')
+            token.word = kGreaterEqual, n = 2;
+        else if (c == '<' && second == '>')
+            token.word = kNotEqual, n = 2;
+        else if (c == '=' && second == '=')
+            token.word = kPseudo, n = 2;
         token.text = std::string_view(text).substr(begin, n);
         position_ = begin + n;
     }

@@ -9,7 +9,9 @@ namespace kvrcob {
 class Lexer {
 public:
     // The running text stays for the whole compilation: tokens point into it.
-    Lexer(uint32_t file, TextOptions &options) : options_(options), running_(*new RunningText(readLines(file, options))) {}
+    Lexer(uint32_t file, TextOptions &options) : options_(options), running_(*new RunningText(readLines(file, options)))
+    {
+    }
 
     // The next token; End at the end.
     Token next();

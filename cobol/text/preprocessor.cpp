@@ -26,7 +26,9 @@ bool sameToken(const Token &a, const Token &b)
 {
     if (a.kind != b.kind) {
         // A picture string and a word with the same letters are the same text-word.
-        auto plain = [](const Token &t) { return t.kind == TokenKind::Name || t.kind == TokenKind::Picture || t.kind == TokenKind::Number; };
+        auto plain = [](const Token &t) {
+            return t.kind == TokenKind::Name || t.kind == TokenKind::Picture || t.kind == TokenKind::Number;
+        };
         return plain(a) && plain(b) && internWord(a.text) == internWord(b.text);
     }
     if (a.kind == TokenKind::Name || a.kind == TokenKind::Punct) return a.word == b.word;
@@ -37,8 +39,8 @@ bool sameToken(const Token &a, const Token &b)
 // Can this token be a piece of a word?
 bool isPiece(const Token &token)
 {
-    return token.kind == TokenKind::Name || token.kind == TokenKind::Number || token.kind == TokenKind::Picture || isPunct(token, '-') ||
-           isPunct(token, '_');
+    return token.kind == TokenKind::Name || token.kind == TokenKind::Number || token.kind == TokenKind::Picture ||
+           isPunct(token, '-') || isPunct(token, '_');
 }
 
 void setText(Token &token, std::string text)
@@ -69,7 +71,9 @@ size_t findFolded(std::string_view text, std::string_view part, size_t from = 0)
 {
     for (; from + part.size() <= text.size(); from++) {
         size_t n = 0;
-        while (n < part.size() && std::toupper(static_cast<unsigned char>(text[from + n])) == std::toupper(static_cast<unsigned char>(part[n]))) n++;
+        while (n < part.size() && std::toupper(static_cast<unsigned char>(text[from + n])) ==
+                                      std::toupper(static_cast<unsigned char>(part[n])))
+            n++;
         if (n == part.size()) return from;
     }
     return std::string::npos;
@@ -97,7 +101,8 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
             }
             if (rule.from.empty() || i + rule.from.size() > in.size()) continue;
             // A tag within a picture, as in X(:LENGTH:): the lexer has not divided the string.
-            if (in[i].kind == TokenKind::Picture && !rule.fromText.empty() && rule.fromText.front() == ':' && in[i].text.find(':') != std::string_view::npos) {
+            if (in[i].kind == TokenKind::Picture && !rule.fromText.empty() && rule.fromText.front() == ':' &&
+                in[i].text.find(':') != std::string_view::npos) {
                 size_t at = findFolded(in[i].text, rule.fromText);
                 if (at == std::string::npos) continue;
                 picture = in[i];
@@ -352,7 +357,8 @@ private:
                 places = {directory + library + "/", directory + lowerLibrary + "/"};
                 // A library that is no folder: the name alone may still be found.
                 struct stat info;
-                if (stat((directory + library).c_str(), &info) != 0 && stat((directory + lowerLibrary).c_str(), &info) != 0)
+                if (stat((directory + library).c_str(), &info) != 0 &&
+                    stat((directory + lowerLibrary).c_str(), &info) != 0)
                     places.push_back(directory);
             }
             for (const std::string &place : places)
@@ -386,7 +392,8 @@ private:
         size_t index = 0;
         Source source{&words, &index};
         const Token nameToken = source.peek();
-        if (nameToken.kind != TokenKind::Name && nameToken.kind != TokenKind::String && nameToken.kind != TokenKind::Number) {
+        if (nameToken.kind != TokenKind::Name && nameToken.kind != TokenKind::String &&
+            nameToken.kind != TokenKind::Number) {
             diagnostics().error(nameToken.spot, "COPY needs the name of a text");
             return;
         }
@@ -411,7 +418,8 @@ private:
 
         std::string tried, path = find(name, library, statement.file, tried);
         if (path.empty()) {
-            diagnostics().error(nameToken.spot, "the text " + name + (library.empty() ? "" : " of " + library) + " to be copied was not found in " + tried);
+            diagnostics().error(nameToken.spot, "the text " + name + (library.empty() ? "" : " of " + library) +
+                                                    " to be copied was not found in " + tried);
             return;
         }
         if (depth >= 100) {
@@ -443,7 +451,8 @@ private:
 
 } // namespace
 
-std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPath &path, std::vector<std::string> &dependencies)
+std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPath &path,
+                              std::vector<std::string> &dependencies)
 {
     Reader reader(options, path, dependencies);
     std::vector<Token> tokens;

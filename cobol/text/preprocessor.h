@@ -13,7 +13,8 @@ struct CopyPath {
 };
 
 // Reads a main source with everything that it copies. The last token is an End. `dependencies` gets the paths of the copybooks.
-std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPath &path, std::vector<std::string> &dependencies);
+std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPath &path,
+                              std::vector<std::string> &dependencies);
 
 // -E: the tokens as a source in free form.
 std::string printTokens(const std::vector<Token> &tokens);

@@ -111,9 +111,12 @@ private:
     bool directive(std::string_view line)
     {
         std::string_view body = trimLeft(line);
-        if (format_ != SourceFormat::Free && body.size() < line.size() && line.size() > 6 && (line[6] == '*' || line[6] == '/')) return false;
+        if (format_ != SourceFormat::Free && body.size() < line.size() && line.size() > 6 &&
+            (line[6] == '*' || line[6] == '/'))
+            return false;
         if (body.substr(0, 2) != ">>" && line.size() > 8 && line.substr(7, 2) == ">>") body = line.substr(7);
-        bool dollar = (format_ != SourceFormat::Free && line.size() > 7 && line[6] == '$') || (!body.empty() && body[0] == '$');
+        bool dollar =
+            (format_ != SourceFormat::Free && line.size() > 7 && line[6] == '$') || (!body.empty() && body[0] == '$');
         if (body.substr(0, 2) != ">>" && !dollar) return false;
         std::string text = upperOf(dollar ? line.substr(line.find('$') + 1) : body.substr(2));
         std::vector<std::string> words = split(text);
@@ -159,8 +162,9 @@ private:
             std::string_view rest = line.substr(std::min(line.size(), at + 3));
             append(std::string(1, kDebugLine) + std::string(rest), static_cast<uint32_t>(at + 4));
             out_.text += '\n';
-        } else if (verb != "TURN" && verb != "LISTING" && verb != "PAGE" && verb != "CALL-CONVENTION" && verb != "FLAG-02" &&
-                   verb != "FLAG-85" && verb != "LEAP-SECOND" && verb != "PROPAGATE" && verb != "COBOL-WORDS") {
+        } else if (verb != "TURN" && verb != "LISTING" && verb != "PAGE" && verb != "CALL-CONVENTION" &&
+                   verb != "FLAG-02" && verb != "FLAG-85" && verb != "LEAP-SECOND" && verb != "PROPAGATE" &&
+                   verb != "COBOL-WORDS") {
             diagnostics().warning("directive", here(), "the directive >>" + verb + " is not known and has no effect");
         }
         return true;
@@ -186,7 +190,8 @@ private:
                 words.push_back(text.substr(i + 1, end - i - 1));
                 i = end + 1;
             } else if (std::strchr("=<>()", text[i])) {
-                size_t n = i + 1 < text.size() && std::strchr("=>", text[i + 1]) && text[i] != '(' && text[i] != ')' ? 2 : 1;
+                size_t n =
+                    i + 1 < text.size() && std::strchr("=>", text[i + 1]) && text[i] != '(' && text[i] != ')' ? 2 : 1;
                 words.push_back(text.substr(i, n));
                 i += n;
             } else {
@@ -235,13 +240,15 @@ private:
             if (i < words.size() && (words[i] == "DEFINED" || words[i] == "SET")) {
                 term = options_.defines.count(name) != 0;
                 i++;
-            } else if (i + 1 < words.size() && (words[i] == "=" || words[i] == "<" || words[i] == ">" || words[i] == "<>" ||
-                                                words[i] == "<=" || words[i] == ">=" || words[i] == "EQUAL")) {
+            } else if (i + 1 < words.size() &&
+                       (words[i] == "=" || words[i] == "<" || words[i] == ">" || words[i] == "<>" || words[i] == "<=" ||
+                        words[i] == ">=" || words[i] == "EQUAL")) {
                 std::string relation = words[i++];
                 if (i < words.size() && words[i] == "TO") i++;
                 std::string left = valueOf(name), right = i < words.size() ? valueOf(words[i]) : "";
                 i++;
-                bool numbers = !left.empty() && !right.empty() && left.find_first_not_of("0123456789") == std::string::npos &&
+                bool numbers = !left.empty() && !right.empty() &&
+                               left.find_first_not_of("0123456789") == std::string::npos &&
                                right.find_first_not_of("0123456789") == std::string::npos;
                 int order = numbers ? (std::atoll(left.c_str()) > std::atoll(right.c_str())) -
                                           (std::atoll(left.c_str()) < std::atoll(right.c_str()))
@@ -293,20 +300,25 @@ private:
     {
         std::string word = firstWord(body);
         if (word.empty()) return inEntry_;
-        if ((word == "IDENTIFICATION" || word == "ID") && beginsInAreaA && upperOf(body).find("DIVISION") != std::string::npos) {
+        if ((word == "IDENTIFICATION" || word == "ID") && beginsInAreaA &&
+            upperOf(body).find("DIVISION") != std::string::npos) {
             inIdentification_ = true;
             inEntry_ = false;
             return false;
         }
         if (!inIdentification_) return false;
-        if (beginsInAreaA && (word == "ENVIRONMENT" || word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" ||
-                              word == "CONFIGURATION" || word == "LINKAGE" || word == "FILE" || word == "INPUT-OUTPUT") &&
-            (upperOf(body).find("DIVISION") != std::string::npos || upperOf(body).find("SECTION") != std::string::npos)) {
+        if (beginsInAreaA &&
+            (word == "ENVIRONMENT" || word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" ||
+             word == "CONFIGURATION" || word == "LINKAGE" || word == "FILE" || word == "INPUT-OUTPUT") &&
+            (upperOf(body).find("DIVISION") != std::string::npos ||
+             upperOf(body).find("SECTION") != std::string::npos)) {
             inIdentification_ = inEntry_ = false;
             return false;
         }
-        static const char *const entries[] = {"AUTHOR", "INSTALLATION", "DATE-WRITTEN", "DATE-COMPILED", "SECURITY", "REMARKS"};
-        bool entry = beginsInAreaA && std::any_of(std::begin(entries), std::end(entries), [&](const char *e) { return word == e; });
+        static const char *const entries[] = {"AUTHOR",        "INSTALLATION", "DATE-WRITTEN",
+                                              "DATE-COMPILED", "SECURITY",     "REMARKS"};
+        bool entry = beginsInAreaA &&
+                     std::any_of(std::begin(entries), std::end(entries), [&](const char *e) { return word == e; });
         if (entry) {
             std::string_view rest = trimLeft(body).substr(word.size());
             rest = trimLeft(rest);
@@ -359,7 +371,8 @@ private:
         }
         if (indicator != ' ' && indicator != 'D' && indicator != 'd' && !badIndicator_) {
             badIndicator_ = true;
-            diagnostics().warning("indicator", here(7), "this character in column 7 is no indicator; use -free for a source in free form");
+            diagnostics().warning("indicator", here(7),
+                                  "this character in column 7 is no indicator; use -free for a source in free form");
         }
         if (trimLeft(body).empty()) return;
         bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
@@ -405,7 +418,9 @@ private:
         if (body.empty()) return;
         if (!open_ && (body.substr(0, 2) == "*>" || (body[0] == '*' && line[0] == '*'))) return;
         // A fixed-form comment in a source that was taken for free form.
-        if (!open_ && line.size() > 6 && line.substr(0, 6).find_first_not_of(' ') == std::string_view::npos && line[6] == '*') return;
+        if (!open_ && line.size() > 6 && line.substr(0, 6).find_first_not_of(' ') == std::string_view::npos &&
+            line[6] == '*')
+            return;
         if (!open_ && commentEntry(body, true)) return;
         if ((body[0] == 'D' || body[0] == 'd') && body.size() > 1 && body[1] == ' ' && line[0] == body[0]) {
             out_.text += kDebugLine;
@@ -466,7 +481,8 @@ private:
 
 Spot RunningText::spot(size_t offset) const
 {
-    auto after = std::upper_bound(marks.begin(), marks.end(), offset, [](size_t o, const Mark &m) { return o < m.offset; });
+    auto after =
+        std::upper_bound(marks.begin(), marks.end(), offset, [](size_t o, const Mark &m) { return o < m.offset; });
     if (after == marks.begin()) return {file, 1, 1, 1};
     const Mark &mark = *(after - 1);
     return {file, mark.line, mark.column + static_cast<uint32_t>(offset - mark.offset), 1};
@@ -489,7 +505,8 @@ SourceFormat guessFormat(std::string_view text)
         if (body.empty()) continue;
         std::string upper = upperOf(body.substr(0, 60));
         if (upper.rfind(">>SOURCE", 0) == 0 || upper.rfind("$SET SOURCEFORMAT", 0) == 0) {
-            if (upper.find("FREE") != std::string::npos) return line[0] == ' ' && line.size() > 7 && seen == 0 ? SourceFormat::Fixed : SourceFormat::Free;
+            if (upper.find("FREE") != std::string::npos)
+                return line[0] == ' ' && line.size() > 7 && seen == 0 ? SourceFormat::Fixed : SourceFormat::Free;
             if (upper.find("FIXED") != std::string::npos) return SourceFormat::Fixed;
             if (upper.find("VARIABLE") != std::string::npos) return SourceFormat::Variable;
         }
@@ -499,8 +516,8 @@ SourceFormat guessFormat(std::string_view text)
         size_t column = line.size() - body.size(); // from 0
         if (verdict == 0) {
             std::string word = firstWord(body);
-            bool header = word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID" || word == "ENVIRONMENT" || word == "DATA" ||
-                          word == "PROCEDURE" || word == "WORKING-STORAGE" || word == "FUNCTION-ID";
+            bool header = word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID" || word == "ENVIRONMENT" ||
+                          word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" || word == "FUNCTION-ID";
             if (header) verdict = column >= 7 ? 1 : 2;
             // A sequence number in front of a header.
             if (!header && line.size() > 8 && line[6] == ' ' && verdict == 0) {

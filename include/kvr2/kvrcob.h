@@ -16,10 +16,10 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "kvr2/kvr2.h"
 #include "kvr2/date_functions.h"
 #include "kvr2/exponentiation.h"
 #include "kvr2/floats.h"
+#include "kvr2/kvr2.h"
 #include "kvr2/mathematics.h"
 #include "kvr2/statistics.h"
 
@@ -28,8 +28,8 @@
 typedef int64_t (*KvrProgram)();
 
 /* Cells of PERFORM: zero at the start, and in memory as far as the C compiler knows. */
-#define KVR_CELLS(array)                                                                                                                    \
-    memset(array, 0, sizeof array);                                                                                                        \
+#define KVR_CELLS(array)                                                                                               \
+    memset(array, 0, sizeof array);                                                                                    \
     __asm__ volatile("" : : "r"(array) : "memory")
 
 /** A program that the source contains. */
@@ -41,23 +41,23 @@ typedef struct KvrVisible {
 
 /* ---- Binary items, at any alignment */
 
-#define KVR_BINARY(bits, size)                                                                                                              \
-    KVR_INLINE int##bits##_t kvr_get_s##size(const uint8_t *p)                                                                             \
-    {                                                                                                                                      \
-        int##bits##_t v;                                                                                                                   \
-        memcpy(&v, p, size);                                                                                                               \
-        return v;                                                                                                                          \
-    }                                                                                                                                      \
-    KVR_INLINE uint##bits##_t kvr_get_u##size(const uint8_t *p)                                                                            \
-    {                                                                                                                                      \
-        uint##bits##_t v;                                                                                                                  \
-        memcpy(&v, p, size);                                                                                                               \
-        return v;                                                                                                                          \
-    }                                                                                                                                      \
-    KVR_INLINE void kvr_put_##size(uint8_t *p, int64_t value)                                                                              \
-    {                                                                                                                                      \
-        int##bits##_t v = (int##bits##_t)value;                                                                                            \
-        memcpy(p, &v, size);                                                                                                               \
+#define KVR_BINARY(bits, size)                                                                                         \
+    KVR_INLINE int##bits##_t kvr_get_s##size(const uint8_t *p)                                                         \
+    {                                                                                                                  \
+        int##bits##_t v;                                                                                               \
+        memcpy(&v, p, size);                                                                                           \
+        return v;                                                                                                      \
+    }                                                                                                                  \
+    KVR_INLINE uint##bits##_t kvr_get_u##size(const uint8_t *p)                                                        \
+    {                                                                                                                  \
+        uint##bits##_t v;                                                                                              \
+        memcpy(&v, p, size);                                                                                           \
+        return v;                                                                                                      \
+    }                                                                                                                  \
+    KVR_INLINE void kvr_put_##size(uint8_t *p, int64_t value)                                                          \
+    {                                                                                                                  \
+        int##bits##_t v = (int##bits##_t)value;                                                                        \
+        memcpy(p, &v, size);                                                                                           \
     }
 KVR_BINARY(8, 1)
 KVR_BINARY(16, 2)
@@ -191,7 +191,8 @@ KVR_INLINE __int128 kvr_unpack(const uint8_t *from, int32_t digits)
     return v;
 }
 
-KVR_INLINE uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_t *to, int32_t digits, int32_t bDigits, int32_t aDigits, int *zero)
+KVR_INLINE uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_t *to, int32_t digits, int32_t bDigits,
+                                      int32_t aDigits, int *zero)
 {
     if (_zvkcBCD_NOT_Pckd(b, bDigits)) {
         *zero = 1;
@@ -229,8 +230,10 @@ KVR_INLINE uint8_t *kvr_typed_number(const uint8_t *text, int length, uint8_t *t
     memset(part, '0', sizeof part);
     for (i = 0; i < length; i++) {
         char c = (char)text[i];
-        if (c == '-') negative = 1;
-        else if (c == point && places < 0) places = 0;
+        if (c == '-')
+            negative = 1;
+        else if (c == point && places < 0)
+            places = 0;
         else if (c >= '0' && c <= '9') {
             if (places < 0) {
                 if (wholes == 18) memmove(whole, whole + 1, 17), wholes = 17;
@@ -248,7 +251,8 @@ KVR_INLINE uint8_t *kvr_typed_number(const uint8_t *text, int length, uint8_t *t
     return _zvkcBCD_CONV_ZndTS_To_Pckd(zoned, to, 36, 36);
 }
 
-KVR_INLINE uint8_t *kvr_de_edit(const DeEditRecord *record, const uint8_t *from, uint8_t *raw, uint8_t *to, int32_t digits)
+KVR_INLINE uint8_t *kvr_de_edit(const DeEditRecord *record, const uint8_t *from, uint8_t *raw, uint8_t *to,
+                                int32_t digits)
 {
     if (_zvkcMoveNumEditToNum(record, from, raw) != 0) {
         /* not what the picture makes: zero */
@@ -302,7 +306,10 @@ KVR_INLINE double kvr_power(double a, double b, int *invalid)
 
 /* ---- Bytes */
 
-KVR_INLINE uint8_t *kvr_copy(void *to, const uint8_t *from, int64_t length) { return (uint8_t *)memcpy(to, from, length < 0 ? 0 : (size_t)length); }
+KVR_INLINE uint8_t *kvr_copy(void *to, const uint8_t *from, int64_t length)
+{
+    return (uint8_t *)memcpy(to, from, length < 0 ? 0 : (size_t)length);
+}
 
 /* Copies of the element at `first` after it, `count` in all. */
 KVR_INLINE void kvr_replicate(uint8_t *first, uint64_t size, uint64_t count)
@@ -343,7 +350,8 @@ KVR_INLINE int kvr_compare_all(const uint8_t *a, int64_t length, const uint8_t *
 }
 
 /* Under a collating sequence. A negative length of b: repeated over the length of a. */
-KVR_INLINE int kvr_compare_weights(const uint8_t *a, int64_t aLength, const uint8_t *b, int64_t bLength, const uint8_t *weights)
+KVR_INLINE int kvr_compare_weights(const uint8_t *a, int64_t aLength, const uint8_t *b, int64_t bLength,
+                                   const uint8_t *weights)
 {
     int64_t i, repeat = bLength < 0 ? -bLength : 0, n = repeat ? aLength : aLength > bLength ? aLength : bLength;
     for (i = 0; i < n; i++) {
@@ -436,7 +444,8 @@ KVR_INLINE void kvr_display(DisplayItem *items, int count, int device, int noAdv
 }
 
 /* A packed number as text. `width`: digits shown; `sign`: 0 none, 1 "-" or "+" in front, 2 "-" in front of a negative one, without leading zeros. */
-KVR_INLINE int kvr_show_number(const uint8_t *packed, int digits, int width, int places, int sign, char point, uint8_t *out)
+KVR_INLINE int kvr_show_number(const uint8_t *packed, int digits, int width, int places, int sign, char point,
+                               uint8_t *out)
 {
     uint8_t text[70];
     int length = 0, i, whole = width - places;
@@ -465,7 +474,10 @@ KVR_INLINE int kvr_show_float(double v, uint8_t *out, int digits)
     return snprintf((char *)out, 48, "%.*g", digits, v);
 }
 
-KVR_INLINE int kvr_show_pointer(const uint8_t *p, uint8_t *out) { return snprintf((char *)out, 24, "0x%016llx", (unsigned long long)kvr_get_u8(p)); }
+KVR_INLINE int kvr_show_pointer(const uint8_t *p, uint8_t *out)
+{
+    return snprintf((char *)out, 24, "0x%016llx", (unsigned long long)kvr_get_u8(p));
+}
 
 /* One line into an item, whatever the run-time option says of ACCEPT from files. */
 KVR_INLINE void kvr_accept(uint32_t flags, int64_t length, uint8_t *to) { _zvkcAccept(flags, length, to); }
@@ -524,17 +536,26 @@ KVR_INLINE double kvr_statistic(int what, double *values, uint32_t count)
     for (i = 0; i < count; i++) mean += values[i];
     mean /= count ? count : 1;
     switch (what) {
-    case 'M': _zvkcMedian(count, &result, array); break;
-    case 'V': _zvkcVariance(count, &result, array, mean); break;
-    case 'S': _zvkcStandardDeviation(count, &result, array, mean); break;
-    default: _zvkcPresentValue(count, &result, array); break;
+    case 'M':
+        _zvkcMedian(count, &result, array);
+        break;
+    case 'V':
+        _zvkcVariance(count, &result, array, mean);
+        break;
+    case 'S':
+        _zvkcStandardDeviation(count, &result, array, mean);
+        break;
+    default:
+        _zvkcPresentValue(count, &result, array);
+        break;
     }
     memcpy(&v, &result, 8);
     return v;
 }
 
 /* NUMVAL, NUMVAL-C: packed, 36 digits with 18 decimal places. Of a text that is no number, 0. */
-KVR_INLINE uint8_t *kvr_numval(const uint8_t *text, int64_t length, uint8_t *to, char point, const uint8_t *currency, int64_t currencyLength)
+KVR_INLINE uint8_t *kvr_numval(const uint8_t *text, int64_t length, uint8_t *to, char point, const uint8_t *currency,
+                               int64_t currencyLength)
 {
     uint8_t zoned[37];
     int64_t i = 0;
@@ -544,7 +565,8 @@ KVR_INLINE uint8_t *kvr_numval(const uint8_t *text, int64_t length, uint8_t *to,
     while (currencyLength > 0 && currency[currencyLength - 1] == ' ') currencyLength--;
     while (i < length) {
         char c = (char)text[i];
-        if (currencyLength > 0 && i + currencyLength <= length && memcmp(text + i, currency, (size_t)currencyLength) == 0) {
+        if (currencyLength > 0 && i + currencyLength <= length &&
+            memcmp(text + i, currency, (size_t)currencyLength) == 0) {
             i += currencyLength;
             continue;
         }
@@ -559,7 +581,8 @@ KVR_INLINE uint8_t *kvr_numval(const uint8_t *text, int64_t length, uint8_t *to,
             places = 0;
         } else if (c == '-') {
             negative = 1;
-        } else if ((c == 'C' || c == 'c' || c == 'D' || c == 'd') && i + 1 < length && (text[i + 1] | 32) == ((c | 32) == 'c' ? 'r' : 'b')) {
+        } else if ((c == 'C' || c == 'c' || c == 'D' || c == 'd') && i + 1 < length &&
+                   (text[i + 1] | 32) == ((c | 32) == 'c' ? 'r' : 'b')) {
             negative = 1;
             i++;
         } else if (c != ' ' && c != '+' && c != ',' && c != '.') {
@@ -616,7 +639,9 @@ KVR_INLINE uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *l
     for (i = 0; i < pieces[0].length;) {
         int found = 0;
         for (k = 1; k + 1 < count; k += 2) {
-            if (pieces[k].length == 0 || i + pieces[k].length > pieces[0].length || memcmp(pieces[0].text + i, pieces[k].text, (size_t)pieces[k].length) != 0) continue;
+            if (pieces[k].length == 0 || i + pieces[k].length > pieces[0].length ||
+                memcmp(pieces[0].text + i, pieces[k].text, (size_t)pieces[k].length) != 0)
+                continue;
             memcpy(out + n, pieces[k + 1].text, (size_t)pieces[k + 1].length);
             n += pieces[k + 1].length;
             i += pieces[k].length;
@@ -637,7 +662,7 @@ KVR_INLINE void kvr_trim(uint8_t **text, int64_t *length, int mode)
     if (mode & 1)
         while (*length > 0 && **text == ' ') ++*text, --*length;
     if (*length == 0) {
-        *text = (uint8_t *)(intptr_t)" ";
+        *text = (uint8_t *)(intptr_t) " ";
         *length = 1;
     }
 }
@@ -785,7 +810,10 @@ KVR_INLINE int kvr_get_environment(const uint8_t *name, int64_t length, uint8_t 
     memcpy(out, value, (size_t)n);
     return n;
 }
-KVR_INLINE int kvr_accept_environment(uint8_t *out, int room) { return kvr_get_environment((const uint8_t *)kvr_environment, (int64_t)strlen(kvr_environment), out, room); }
+KVR_INLINE int kvr_accept_environment(uint8_t *out, int room)
+{
+    return kvr_get_environment((const uint8_t *)kvr_environment, (int64_t)strlen(kvr_environment), out, room);
+}
 
 /* ---- CALL, CANCEL */
 
@@ -798,7 +826,8 @@ KVR_INLINE int64_t kvr_program_name(const uint8_t *name, int64_t length, char *o
     return n;
 }
 
-KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB *pcb, const KvrVisible *visible, int exception)
+KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB *pcb, const KvrVisible *visible,
+                                       int exception)
 {
     char text[161], upper[161];
     int64_t n = kvr_program_name(name, length, text), i;
@@ -809,7 +838,8 @@ KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB 
     for (; visible->name; visible++)
         if (strcmp(visible->name, upper) == 0) return visible->entry;
     if (n > 0 && (symbol = dlsym(RTLD_DEFAULT, upper)) != 0) return (KvrProgram)(intptr_t)symbol;
-    if (n > 0 && strcmp(text, upper) != 0 && (symbol = dlsym(RTLD_DEFAULT, text)) != 0) return (KvrProgram)(intptr_t)symbol;
+    if (n > 0 && strcmp(text, upper) != 0 && (symbol = dlsym(RTLD_DEFAULT, text)) != 0)
+        return (KvrProgram)(intptr_t)symbol;
     found = _zvkDynLd(0, n, (uint8_t *)upper, pcb, 0, &failures);
     if (failures > (exception ? 1u : 0u) || !found || !*found) return 0;
     return (KvrProgram)(intptr_t)*found;
@@ -892,7 +922,8 @@ KVR_INLINE int64_t kvr_subscript(int64_t v, int64_t most, const char *name, cons
 {
     if (v < 1 || v > most) {
         char text[200];
-        snprintf(text, sizeof text, "the subscript %lld of %.60s is not from 1 to %lld", (long long)v, name, (long long)most);
+        snprintf(text, sizeof text, "the subscript %lld of %.60s is not from 1 to %lld", (long long)v, name,
+                 (long long)most);
         kvr_check_failed(file, line, text);
     }
     return v;
@@ -901,7 +932,8 @@ KVR_INLINE void kvr_refmod(int64_t from, int64_t length, int64_t size, const cha
 {
     if (from < 1 || length < 1 || from + length - 1 > size) {
         char text[200];
-        snprintf(text, sizeof text, "the part (%lld:%lld) of %.60s is outside of its %lld characters", (long long)from, (long long)length, name, (long long)size);
+        snprintf(text, sizeof text, "the part (%lld:%lld) of %.60s is outside of its %lld characters", (long long)from,
+                 (long long)length, name, (long long)size);
         kvr_check_failed(file, line, text);
     }
 }
