@@ -1,8 +1,10 @@
 // Everything that kvrcob says about a source: errors, warnings, notes, in one place.
 //
-// A message names a spot: a file (or rather one reading of it: a copybook that is copied twice is read twice), a line, a column. Shown is
-// `file:line:column: error: text`, the source line with a caret, and for a copybook's line a note at the COPY that brought it in. Warnings carry
-// the name of the option that turns them off. With -fdiagnostics-format=json each message is one JSON object on a line of its own.
+// A message names a spot: a file (or rather one reading of it: a copybook that is copied twice is
+// read twice), a line, a column. Shown is `file:line:column: error: text`, the source line with a
+// caret, and for a copybook's line a note at the COPY that brought it in. Warnings carry the name
+// of the option that turns them off. With -fdiagnostics-format=json each message is one JSON object
+// on a line of its own.
 #pragma once
 
 #include <cstdint>

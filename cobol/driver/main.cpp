@@ -6,7 +6,8 @@
 //   kvrcob run hello.cbl [ARGS...]   compiles into a cache, then runs it
 //   kvrcob check *.cbl               diagnostics only
 //
-// Sources become C in a temporary directory, and the system's C compiler (CC, else cc) makes the rest.
+// Sources become C in a temporary directory, and the system's C compiler (CC, else cc) makes the
+// rest.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -77,7 +78,8 @@ std::string stemOf(const std::string &path)
     return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
 }
 
-// Library and headers, beside the command: in the build tree build/bin, build/kvrcob/lib, include; installed bin, lib, include.
+// Library and headers, beside the command: in the build tree build/bin, build/kvrcob/lib, include;
+// installed bin, lib, include.
 struct Home {
     std::string include, library;
 };

@@ -1,7 +1,8 @@
 // ADD, SUBTRACT, MULTIPLY, DIVIDE, COMPUTE.
 //
-// The operands are evaluated once, before anything is stored. With ON SIZE ERROR a receiving item that cannot hold its result keeps its value; the
-// others get theirs. Without the phrase high-order digits are lost. A division by zero stores nothing.
+// The operands are evaluated once, before anything is stored. With ON SIZE ERROR a receiving item
+// that cannot hold its result keeps its value; the others get theirs. Without the phrase high-order
+// digits are lost. A division by zero stores nothing.
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>

@@ -1,7 +1,9 @@
 // CALL, CANCEL.
 //
-// A program that the source contains and that is visible here is called directly. Any other is looked for among the symbols of the running program, and then
-// by the library's program manager along COBPATH. Arguments BY REFERENCE are addresses, BY CONTENT addresses of copies, BY VALUE integers.
+// A program that the source contains and that is visible here is called directly. Any other is
+// looked for among the symbols of the running program, and then by the library's program manager
+// along COBPATH. Arguments BY REFERENCE are addresses, BY CONTENT addresses of copies, BY VALUE
+// integers.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -127,7 +129,8 @@ void Emitter::callStatement(const CallStatement &s)
                 put(cat("kvr_put_8(", loc.address, ", (int64_t)((uint8_t *(*)())", routine, ")(", arguments, "));\n"));
             } else if (isNumericItem(*loc.item)) {
                 std::string t = temp("int64_t");
-                // A C function may return an int, and the upper half of the register is anything then.
+                // A C function may return an int, and the upper half of the register is anything
+                // then.
                 bool wide = direct || loc.item->size == 8 || loc.item->picture.digits > 9;
                 put(cat(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n"));
                 store(integerNumber(t, wide ? 18 : 10), loc, false, "");

@@ -1,4 +1,5 @@
-// Conditions: relations, class and sign tests, condition-names, switches, AND, OR, NOT, abbreviations.
+// Conditions: relations, class and sign tests, condition-names, switches, AND, OR, NOT,
+// abbreviations.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {

@@ -1,9 +1,11 @@
 // IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, CONTINUE, NEXT SENTENCE, STOP, GOBACK.
 //
-// A procedure division is one C function with a label for each paragraph. PERFORM of a range writes its number into the cell of the paragraph that
-// ends the range, and jumps to the first one; at the end of every such paragraph stands a switch over the numbers that can be in its cell. So
-// ranges may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs nothing. A cell's former number comes
-// back after the PERFORM, for a range around it that ends in the same place.
+// A procedure division is one C function with a label for each paragraph. PERFORM of a range writes
+// its number into the cell of the paragraph that ends the range, and jumps to the first one; at the
+// end of every such paragraph stands a switch over the numbers that can be in its cell. So ranges
+// may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs nothing. A
+// cell's former number comes back after the PERFORM, for a range around it that ends in the same
+// place.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -160,8 +162,9 @@ void Emitter::performStatement(const PerformStatement &s)
         for (size_t i = 0; i < n; i++) set(i);
         std::vector<std::string> tops;
         if (!s.testAfter) {
-            // Loops inside each other. When an inner one ends, its item gets its FROM value again before the outer item is stepped... the standard
-            // of 1985 steps the outer one first and then sets the inner one, which is what happens here.
+            // Loops inside each other. When an inner one ends, its item gets its FROM value again
+            // before the outer item is stepped... the standard of 1985 steps the outer one first
+            // and then sets the inner one, which is what happens here.
             for (size_t i = 0; i < n; i++) {
                 put("for (;;) {\n");
                 std::string c = s.varying[i].until ? condition(s.varying[i].until) : "1";

@@ -1,14 +1,14 @@
 // The emitter: trees to C. One file a group of statements, as in syntax/:
 //
-//   program.cpp      the C file: storage, records of the run time, prologue and epilogue, paragraphs
-//   operands.cpp     where an operand is: addresses, subscripts, lengths, texts
-//   numbers.cpp      arithmetic expressions and the storing of numbers
-//   conditions.cpp   relations, class tests, condition-names
-//   functions.cpp    intrinsic functions
-//   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp strings.cpp searching.cpp    statements
+//   program.cpp the C file: storage, records of the run time, prologue and epilogue, paragraphs
+//   operands.cpp where an operand is: addresses, subscripts, lengths, texts numbers.cpp arithmetic
+//   expressions and the storing of numbers conditions.cpp relations, class tests, condition-names
+//   functions.cpp intrinsic functions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp
+//   files.cpp sorting.cpp strings.cpp searching.cpp statements
 //
-// What is emitted for an operand is always a C expression; a statement may use it once. Intermediate results live in temporaries, which are
-// declared at the start of the statement's block (`temp`). Statements check what they emit: an error means that no C is written.
+// What is emitted for an operand is always a C expression; a statement may use it once.
+// Intermediate results live in temporaries, which are declared at the start of the statement's
+// block (`temp`). Statements check what they emit: an error means that no C is written.
 #pragma once
 
 #include <map>
@@ -139,7 +139,8 @@ private:
     Num keep(Num a, bool copy); // evaluated once, for several uses
     std::string powerOfTen(int n);
     std::string compareNumbers(Num a, Num b, uint32_t op);
-    // Stores a number. `sizeError`: a C int that becomes 1 where the number does not fit, in which case nothing is stored; empty: cut.
+    // Stores a number. `sizeError`: a C int that becomes 1 where the number does not fit, in which
+    // case nothing is stored; empty: cut.
     void store(Num value, const Loc &target, bool rounded, const std::string &sizeError);
     void storeEdited(Num value, const Loc &target);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement

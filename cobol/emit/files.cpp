@@ -5,7 +5,8 @@
 
 namespace kvrcob {
 
-// A name as it is handed to OPEN. The library takes "abc-name" for a file system's prefix, so other names with a "-" get "./" in front.
+// A name as it is handed to OPEN. The library takes "abc-name" for a file system's prefix, so other
+// names with a "-" get "./" in front.
 static std::string assignmentOf(const std::string &name)
 {
     static const char *const prefixes[] = {"jgt-", "qvr-", "hdk-", "psx-", "lsq-", "nat-", "stl-", "rsd-", "str-",
@@ -240,7 +241,8 @@ void Emitter::closeStatement(const CloseStatement &s)
             continue;
         }
         if (part.reel) {
-            // There are no reels: the statement is successful, with status 07, and the file stays open.
+            // There are no reels: the statement is successful, with status 07, and the file stays
+            // open.
             put(cat("kvr_close_reel(F", f->number, ", p", f->program->number, "_element);\n"));
             continue;
         }
@@ -305,7 +307,8 @@ void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
     if (!s.invalid.has && !s.invalid.hasNot && (s.end.has || s.end.hasNot)) put(";\n");
 }
 
-// The number of the key that an item is: 0 the primary one; -1 none. Generic: the item begins where the key begins.
+// The number of the key that an item is: 0 the primary one; -1 none. Generic: the item begins where
+// the key begins.
 int Emitter::keyNumber(const File &f, const Item &item, bool generic)
 {
     auto is = [&](const Reference &ref) {

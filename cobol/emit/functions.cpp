@@ -1,8 +1,9 @@
 // Intrinsic functions.
 //
-// The table says of each function what comes out and what goes in. Integer and decimal functions are computed exactly, on numbers as arithmetic has them;
-// the others are floating point, by the library's entries. A text function leaves its result in a temporary, and its length is known at run time only where it
-// depends on what the argument holds.
+// The table says of each function what comes out and what goes in. Integer and decimal functions
+// are computed exactly, on numbers as arithmetic has them; the others are floating point, by the
+// library's entries. A text function leaves its result in a temporary, and its length is known at
+// run time only where it depends on what the argument holds.
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>
@@ -99,7 +100,8 @@ bool Emitter::functionIsNumeric(const Expr *e)
     return true;
 }
 
-// The arguments, with a table under the subscript ALL as each of its elements. A table of variable length is not built.
+// The arguments, with a table under the subscript ALL as each of its elements. A table of variable
+// length is not built.
 static bool hasAll(const Expr *e)
 {
     if (e->kind != ExprKind::Reference) return false;

@@ -309,7 +309,8 @@ void Emitter::moveStatement(const MoveStatement &s)
         }
         return;
     }
-    // Several receivers: the sender is looked at once, so that a receiver that is its subscript does no harm.
+    // Several receivers: the sender is looked at once, so that a receiver that is its subscript
+    // does no harm.
     if (s.targets.size() > 1 && s.source->kind == ExprKind::Function) {
         if (functionIsNumeric(s.source)) {
             Num n = keep(number(s.source), true);

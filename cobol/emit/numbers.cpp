@@ -1,7 +1,7 @@
 // Numbers: arithmetic expressions, conversions, and the storing of results.
 //
-// Every number carries how many digits it can have and how many of them are decimal places, so that each intermediate result has the room it
-// needs and nothing is lost before the last step:
+// Every number carries how many digits it can have and how many of them are decimal places, so that
+// each intermediate result has the room it needs and nothing is lost before the last step:
 //
 // | Kind   | For                                                | Operations                                    |
 // |--------|----------------------------------------------------|-----------------------------------------------|
@@ -9,10 +9,12 @@
 // | Packed | packed items, long zoned ones, more than 38 digits | the library's, up to 63 digits                |
 // | Float  | COMP-1, COMP-2, floating-point functions           | in line                                       |
 //
-// Mixed operands: Float wins, then Packed. A result of more than 63 digits loses decimal places first.
+// Mixed operands: Float wins, then Packed. A result of more than 63 digits loses decimal places
+// first.
 //
-// A quotient at the top of an expression has the decimal places that the receiving item needs, one more for ROUNDED, and is exact to them. One
-// inside an expression has as many as 38 digits in all allow.
+// A quotient at the top of an expression has the decimal places that the receiving item needs, one
+// more for ROUNDED, and is exact to them. One inside an expression has as many as 38 digits in all
+// allow.
 #include "cobol/emit/emitter.h"
 #include "cobol/meaning/picture.h"
 
@@ -301,7 +303,8 @@ Num Emitter::scaleTo(Num a, int scale, bool rounded)
     return a;
 }
 
-// Evaluates a number once; what comes back may be used several times. `copy`: also of an item that is changed later.
+// Evaluates a number once; what comes back may be used several times. `copy`: also of an item that
+// is changed later.
 Num Emitter::keep(Num a, bool copy)
 {
     if (a.literal || !a.good()) return a;

@@ -1,6 +1,7 @@
 // Operands: where a data item is, how long it is, and what text an expression stands for.
 //
-// An address is the start of the record plus what is known plus (subscript - 1) * stride for each table around the item.
+// An address is the start of the record plus what is known plus (subscript - 1) * stride for each
+// table around the item.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -217,7 +218,8 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     } else if (fromKnown) {
         part.length = cat("(", loc.length, " - ", begin - 1, ")");
     } else {
-        // The length is evaluated before the address in some calls, so the start is evaluated again for it.
+        // The length is evaluated before the address in some calls, so the start is evaluated again
+        // for it.
         part.length = cat("(", loc.length, " + 1 - ", integer(ref.from), ")");
     }
     if (options_.check && !(fromKnown && lengthKnown && loc.fixed >= 0)) {

@@ -1,4 +1,5 @@
-// The C file: storage, the records of the run time, prologue and epilogue of each program, its paragraphs.
+// The C file: storage, the records of the run time, prologue and epilogue of each program, its
+// paragraphs.
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>
@@ -226,7 +227,8 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     }
     if (numeric && item.usage != Usage::Display && value->kind != ExprKind::Figurative) return defaultBytes(item);
     if (item.category == Category::NumericEdited && value->kind == ExprKind::Number) {
-        // A number for an edited item stands as it is written, right-aligned is nobody's rule; programs use literals.
+        // A number for an edited item stands as it is written, right-aligned is nobody's rule;
+        // programs use literals.
     }
     if (bytes.size() > item.size)
         return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
@@ -647,7 +649,8 @@ void Emitter::procedures(Program &p)
         }
     }
     out.append(code_, from, std::string::npos);
-    // In memory, and not in as many variables: those would be live everywhere, and the C compiler would take its time.
+    // In memory, and not in as many variables: those would be live everywhere, and the C compiler
+    // would take its time.
     size_t saved = sites_ + 1 - firstSite_;
     cells = cat("int x[", p.procedures.size() + 1, "], s[", saved + 1, "];\nint64_t n[", counters_ + 1,
                 "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");

@@ -1,8 +1,9 @@
 // SEARCH, SEARCH ALL.
 //
-// SEARCH looks at one occurrence after the other, from the index's present value. SEARCH ALL is a binary search by the library where every condition is
-// "key = operand" of the usual kinds, on a table whose only subscript is its index; otherwise the occurrences are tried one after the other from the
-// first one, which finds the same in a table that is in order.
+// SEARCH looks at one occurrence after the other, from the index's present value. SEARCH ALL is a
+// binary search by the library where every condition is "key = operand" of the usual kinds, on a
+// table whose only subscript is its index; otherwise the occurrences are tried one after the other
+// from the first one, which finds the same in a table that is in order.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {

@@ -179,7 +179,8 @@ void Emitter::sortStatement(const SortStatement &s)
         openBlock();
         performRange(s.inputFirst, s.inputLast, 0);
         closeBlock();
-        // The lists are temporaries of this block: fill them again, for the procedure may have jumped through the block.
+        // The lists are temporaries of this block: fill them again, for the procedure may have
+        // jumped through the block.
         usingList = files(s.usingFiles, "u"), givingList = files(s.givingFiles, "g");
         put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
                 "[2] = ZVK_SORT_STABLE;\n"));

@@ -1,14 +1,14 @@
 // STRING, UNSTRING, INSPECT.
 //
-// Each statement is one call of the library with a block of words that lists its operands. The block
-// is an array of 64-bit words, filled here word by word as kvr2/string_unstring.h and kvr2/inspect.h
-// lay it out; a word that holds narrower fields is put together with its shifts:
+// Each statement is one call of the library with a block of words that lists its operands. The
+// block is an array of 64-bit words, filled here word by word as kvr2/string_unstring.h and
+// kvr2/inspect.h lay it out; a word that holds narrower fields is put together with its shifts:
 //
 //     STRING A DELIMITED BY "," INTO B    ->    t1[0] = flags << 24; t1[1] = (uint64_t)B; ...
 //                                               _zvkcString((StringBlock *)t1, 0, &overflow);
 //
-// A receiving item that the library does not know (packed, binary, edited) gets its text in a buffer
-// first and is then moved to.
+// A receiving item that the library does not know (packed, binary, edited) gets its text in a
+// buffer first and is then moved to.
 #include "cobol/emit/emitter.h"
 
 #include "kvr2/inspect.h"

@@ -1,7 +1,8 @@
 // Layout: category, size and offset of every item of a record.
 //
-// Binary items are native: 2 bytes up to 4 digits, 4 up to 9, 8 up to 18. Packed ones have digits / 2 + 1 bytes. SYNCHRONIZED aligns binary and
-// floating-point items to their size, counted from the start of the record. A table with DEPENDING ON has room for all its occurrences.
+// Binary items are native: 2 bytes up to 4 digits, 4 up to 9, 8 up to 18. Packed ones have digits /
+// 2 + 1 bytes. SYNCHRONIZED aligns binary and floating-point items to their size, counted from the
+// start of the record. A table with DEPENDING ON has room for all its occurrences.
 #include "cobol/meaning/names.h"
 #include "cobol/meaning/picture.h"
 
@@ -234,7 +235,8 @@ struct Layout {
             place(child, at, depth + 1);
             align = child.elementary() ? alignment(child) : 1;
             if (child.occurs && !child.elementary()) {
-                // A table of groups: occurrences begin at the alignment of what is in them if that is synchronized.
+                // A table of groups: occurrences begin at the alignment of what is in them if that
+                // is synchronized.
                 align = greatestAlignment(child);
             }
             if (align > 1 && (at % align)) {

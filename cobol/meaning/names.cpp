@@ -325,7 +325,8 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
         }
         if (count == 0) continue;
         if (count > 1) {
-            // A name that only its record or nobody qualifies: the one that needs no more qualifiers than were given, if there is just one.
+            // A name that only its record or nobody qualifies: the one that needs no more
+            // qualifiers than were given, if there is just one.
             Item *complete = nullptr;
             int complets = 0;
             for (Item *item : found->second) {

@@ -23,7 +23,8 @@ public:
     // The item that a reference means; null after an error (which was told unless `silent`).
     Item *resolve(Program &program, const Reference &ref, bool silent = false);
     File *file(Program &program, Word name, Tok at);
-    // The index of a procedure, or -1 after an error. `from`: the procedure in which the name stands.
+    // The index of a procedure, or -1 after an error. `from`: the procedure in which the name
+    // stands.
     long procedure(Program &program, const ProcedureName &name, size_t from);
     const Alphabet *alphabet(Program &program, Word name) const;
     const UserClass *userClass(Program &program, Word name) const;

@@ -1,7 +1,8 @@
 // See picture.h.
 //
-// The string is expanded first ("9(3)V99" to "999V99"), with "." as decimal point and "," as separator whatever DECIMAL-POINT says, which is
-// how the library wants it. Then the symbols are counted.
+// The string is expanded first ("9(3)V99" to "999V99"), with "." as decimal point and "," as
+// separator whatever DECIMAL-POINT says, which is how the library wants it. Then the symbols are
+// counted.
 #include "cobol/meaning/picture.h"
 
 #include <cctype>
@@ -177,7 +178,8 @@ std::string readPicture(std::string_view text, char currency, bool commaIsPoint,
             out.scale = -static_cast<int>(nP);
         if (point != std::string::npos && expanded[point] == '.') return "P and a decimal point do not go together";
     } else if (point != std::string::npos) {
-        // A floating string gives one digit less than it has symbols, and its first symbol is before the point, unless nothing else is.
+        // A floating string gives one digit less than it has symbols, and its first symbol is
+        // before the point, unless nothing else is.
         int after = digitPositions(point + 1, expanded.size());
         if (out.category == Category::NumericEdited) {
             // Fixed signs are no digit positions.

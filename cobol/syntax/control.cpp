@@ -62,7 +62,8 @@ Statement *Parser::evaluateStatement()
             std::vector<EvaluateStatement::Object> row;
             do {
                 EvaluateStatement::Object object;
-                // NOT before a plain value; NOT of a condition belongs to the condition itself, with the same meaning.
+                // NOT before a plain value; NOT of a condition belongs to the condition itself,
+                // with the same meaning.
                 if (at(K_NOT)) {
                     step();
                     object.negated = true;
@@ -88,7 +89,8 @@ Statement *Parser::evaluateStatement()
 Statement *Parser::performStatement()
 {
     auto *s = begin<PerformStatement>();
-    // A procedure, unless the word is the count of an inline PERFORM n TIMES or belongs to a phrase.
+    // A procedure, unless the word is the count of an inline PERFORM n TIMES or belongs to a
+    // phrase.
     bool countsInline = (atNumber() || atName()) && (aheadIs(1, K_TIMES));
     bool named = atProcedureName() && !countsInline;
     if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '('))

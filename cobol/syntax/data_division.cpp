@@ -1,4 +1,5 @@
-// DATA DIVISION: file descriptions and data descriptions. Levels become a tree here; sizes and places come later (meaning/layout.cpp).
+// DATA DIVISION: file descriptions and data descriptions. Levels become a tree here; sizes and
+// places come later (meaning/layout.cpp).
 #include "cobol/syntax/parser.h"
 
 #include <cstdlib>

@@ -1,7 +1,8 @@
 // Identifiers, arithmetic expressions and conditions.
 //
-// One grammar serves them all, since only what follows tells "(A + B) > C" from "(A > B) AND C". What makes sense where is told when code is
-// made (emit/conditions.cpp, emit/numbers.cpp). An abbreviated relation has no left side; a bare operand after AND or OR may be a condition-name or
+// One grammar serves them all, since only what follows tells "(A + B) > C" from "(A > B) AND C".
+// What makes sense where is told when code is made (emit/conditions.cpp, emit/numbers.cpp). An
+// abbreviated relation has no left side; a bare operand after AND or OR may be a condition-name or
 // an abbreviated relation, which only the names can tell.
 #include <cstdlib>
 
@@ -396,7 +397,8 @@ Expr *Parser::functionCall()
     Reference *ref = nullptr;
     if (atMark('(')) {
         Tok open = here();
-        // A reference modifier of a function without arguments: FUNCTION CURRENT-DATE (1:8). Its first operand is followed by a colon.
+        // A reference modifier of a function without arguments: FUNCTION CURRENT-DATE (1:8). Its
+        // first operand is followed by a colon.
         size_t saved = position_;
         step();
         bool refmod = false;

@@ -1,4 +1,5 @@
-// Programs and their nesting; the IDENTIFICATION DIVISION. Comment entries (AUTHOR and its like) are gone already: text/source_lines.cpp.
+// Programs and their nesting; the IDENTIFICATION DIVISION. Comment entries (AUTHOR and its like)
+// are gone already: text/source_lines.cpp.
 #include "cobol/syntax/parser.h"
 
 namespace kvrcob {
@@ -120,8 +121,9 @@ Program *Parser::program(Program *parent)
         panic_ = false;
         if (takeMark('.')) continue;
         if (at(K_IDENTIFICATION) || at(K_ID) || at(K_PROGRAM_ID)) {
-            // Without END PROGRAM in front of it, it can be the next outermost program only where this one is not contained; a program that is
-            // followed by another and has an END PROGRAM of its own later contains it. So look for END PROGRAM with this name.
+            // Without END PROGRAM in front of it, it can be the next outermost program only where
+            // this one is not contained; a program that is followed by another and has an END
+            // PROGRAM of its own later contains it. So look for END PROGRAM with this name.
             bool contains = false;
             int depth = 0;
             for (size_t i = position_; i + 1 < tokens_.size(); i++) {

@@ -74,7 +74,8 @@ Statement *Parser::initializeStatement()
     return s;
 }
 
-// SET index TO value, SET index UP BY n, SET condition TO TRUE, SET switch TO ON, SET ADDRESS OF x TO pointer. Several in one statement.
+// SET index TO value, SET index UP BY n, SET condition TO TRUE, SET switch TO ON, SET ADDRESS OF x
+// TO pointer. Several in one statement.
 Statement *Parser::setStatement()
 {
     auto *s = begin<SetStatement>();

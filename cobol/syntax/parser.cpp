@@ -29,7 +29,8 @@ bool Parser::expect(Word word)
 void Parser::expectPeriod()
 {
     if (takeMark('.')) return;
-    // A missing period before a header or at the end of the text is told, but nothing is skipped for it.
+    // A missing period before a header or at the end of the text is told, but nothing is skipped
+    // for it.
     error("expected a period before " + shown());
 }
 

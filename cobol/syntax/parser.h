@@ -1,12 +1,11 @@
 // The parser: tokens to trees, by recursive descent. One file a division or group of statements:
 //
-//   parser.cpp                 the tools: looking at words, expecting them, recovering from errors
-//   identification.cpp         programs, nesting, IDENTIFICATION DIVISION
-//   environment_division.cpp   SPECIAL-NAMES, SELECT
-//   data_division.cpp          FD, data descriptions
-//   procedure_division.cpp     sections, paragraphs, sentences, the table of verbs
-//   expressions.cpp            identifiers, arithmetic expressions, conditions
-//   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp strings.cpp searching.cpp    statements
+//   parser.cpp the tools: looking at words, expecting them, recovering from errors
+//   identification.cpp programs, nesting, IDENTIFICATION DIVISION environment_division.cpp
+//   SPECIAL-NAMES, SELECT data_division.cpp FD, data descriptions procedure_division.cpp sections,
+//   paragraphs, sentences, the table of verbs expressions.cpp identifiers, arithmetic expressions,
+//   conditions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp
+//   strings.cpp searching.cpp statements
 //
 // After an error the parser is in panic: it says no more until the next verb, period or header.
 #pragma once
@@ -108,7 +107,8 @@ private:
         step();
         return node;
     }
-    // ON x / NOT ON x: `lead` are the words that may stand before (AT, ON), `words` those that make it.
+    // ON x / NOT ON x: `lead` are the words that may stand before (AT, ON), `words` those that make
+    // it.
     bool phrases(Phrases &out, Word lead, Word first, Word second);
     bool atPhrase(Word lead, Word first, Word second, size_t from = 0) const;
     ProcedureName procedureName();

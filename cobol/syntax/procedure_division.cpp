@@ -1,4 +1,5 @@
-// PROCEDURE DIVISION: sections, paragraphs, sentences, declaratives, and the table of verbs, which leads to each statement's routine.
+// PROCEDURE DIVISION: sections, paragraphs, sentences, declaratives, and the table of verbs, which
+// leads to each statement's routine.
 #include "cobol/syntax/parser.h"
 
 #include <vector>
@@ -97,7 +98,8 @@ bool Parser::atVerb() const
 {
     if (now().kind != TokenKind::Name || !VerbRow::of(now().word)) return false;
     if (isReserved(now().word)) return true;
-    // A word of some context only (UNLOCK, EXEC): a verb if an operand follows, and not a paragraph's name or a qualifier.
+    // A word of some context only (UNLOCK, EXEC): a verb if an operand follows, and not a
+    // paragraph's name or a qualifier.
     const Token &next = ahead();
     return next.kind == TokenKind::Name && next.word != K_OF && next.word != K_IN && next.word != K_TO &&
            next.word != K_SECTION && !(next.word < K_count && VerbRow::of(next.word) && isReserved(next.word));
@@ -169,7 +171,8 @@ Statement *Parser::statement()
     return s;
 }
 
-// Statements up to what ends the block: a period, ELSE, WHEN, END-..., a phrase of the statement around.
+// Statements up to what ends the block: a period, ELSE, WHEN, END-..., a phrase of the statement
+// around.
 void Parser::block(Block &out)
 {
     Depth guard(*this);
@@ -291,7 +294,8 @@ void Parser::paragraphs(Program &p, bool declaratives)
         }
         if (!atVerb()) {
             if (now().kind == TokenKind::Name && !isReserved(now().word)) {
-                // A word where a statement should begin: perhaps a verb in other letters, perhaps a header without its period.
+                // A word where a statement should begin: perhaps a verb in other letters, perhaps a
+                // header without its period.
                 error(wordText(now().word) + " is neither a statement nor a paragraph's name with a period after it");
             } else {
                 error("expected a statement before " + shown());

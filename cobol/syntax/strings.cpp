@@ -105,7 +105,8 @@ Statement *Parser::inspectStatement()
                     s->phrases.push_back(phrase);
                     continue;
                 }
-                // ALL "a" "b": one mode for several operands; but "name FOR" begins the next counter.
+                // ALL "a" "b": one mode for several operands; but "name FOR" begins the next
+                // counter.
                 while ((atOperand() || at(K_FUNCTION)) && !at(K_ALL) && !panic_) {
                     if (atName() && !at(K_FUNCTION)) {
                         size_t saved = position_;

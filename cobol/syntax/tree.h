@@ -1,7 +1,8 @@
 // The tree of a program, as the parser makes it and `meaning` completes it.
 //
-// A node names its place by the index of its token. Nodes live as long as the compilation: they are made with `make<T>()` and never freed.
-// Fields under "meaning" are empty after parsing; meaning/layout.cpp and meaning/names.cpp fill them.
+// A node names its place by the index of its token. Nodes live as long as the compilation: they are
+// made with `make<T>()` and never freed. Fields under "meaning" are empty after parsing;
+// meaning/layout.cpp and meaning/names.cpp fill them.
 #pragma once
 
 #include <string>

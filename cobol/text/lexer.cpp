@@ -1,7 +1,8 @@
 // See lexer.h.
 //
-// Two things in COBOL cannot be told apart by their letters alone, so the lexer looks at the words before: what follows PICTURE is a picture
-// string, and a comma between digits is a decimal point after DECIMAL-POINT IS COMMA.
+// Two things in COBOL cannot be told apart by their letters alone, so the lexer looks at the words
+// before: what follows PICTURE is a picture string, and a comma between digits is a decimal point
+// after DECIMAL-POINT IS COMMA.
 #include "cobol/text/lexer.h"
 
 #include <cctype>

@@ -1,8 +1,9 @@
 // See preprocessor.h.
 //
-// COPY is carried out as the words are read; a copybook's words go through its REPLACING phrase and then take the statement's place. REPLACE is
-// a second pass over the whole. Replacing works on whole words. Where a replaced piece touched other characters, as in :TAG:-NAME, the pieces
-// are joined to one word again.
+// COPY is carried out as the words are read; a copybook's words go through its REPLACING phrase and
+// then take the statement's place. REPLACE is a second pass over the whole. Replacing works on
+// whole words. Where a replaced piece touched other characters, as in :TAG:-NAME, the pieces are
+// joined to one word again.
 #include "cobol/text/preprocessor.h"
 
 #include <cctype>
@@ -143,7 +144,8 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
             touched = false;
             continue;
         }
-        // The place of what is replaced, for messages. Text before and after that touches is joined.
+        // The place of what is replaced, for messages. Text before and after that touches is
+        // joined.
         bool first = true;
         for (const Token &with : match->to) {
             Token token = with;
@@ -257,7 +259,8 @@ private:
         if (!out.empty()) out.front().spaceBefore = true;
     }
 
-    // One operand of REPLACING: pseudo-text, a literal, a word, an identifier with qualifiers and subscripts.
+    // One operand of REPLACING: pseudo-text, a literal, a word, an identifier with qualifiers and
+    // subscripts.
     static void operand(const Source &source, std::vector<Token> &out)
     {
         const Token &token = source.peek();

@@ -12,7 +12,8 @@ struct CopyPath {
     std::vector<std::string> directories; // -I, then COBCPY
 };
 
-// Reads a main source with everything that it copies. The last token is an End. `dependencies` gets the paths of the copybooks.
+// Reads a main source with everything that it copies. The last token is an End. `dependencies` gets
+// the paths of the copybooks.
 std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPath &path,
                               std::vector<std::string> &dependencies);
 

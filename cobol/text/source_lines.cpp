@@ -1,11 +1,13 @@
 // See source_lines.h.
 //
-// In fixed form columns 1 to 6 and those after 72 say nothing, column 7 is the indicator: "*" and "/" comment, "D" debugging line, "-"
-// continuation. A continued word goes on at the first character that is no blank; a continued literal is filled up to column 72 and goes on
-// after the quotation mark of the next line. So the reader keeps track of literals that are open at a line's end.
+// In fixed form columns 1 to 6 and those after 72 say nothing, column 7 is the indicator: "*" and
+// "/" comment, "D" debugging line, "-" continuation. A continued word goes on at the first
+// character that is no blank; a continued literal is filled up to column 72 and goes on after the
+// quotation mark of the next line. So the reader keeps track of literals that are open at a line's
+// end.
 //
-// Conditional compilation (>>IF) and comment entries of the IDENTIFICATION DIVISION go here, too: their lines are no program text, and what
-// stands in them need not even be words.
+// Conditional compilation (>>IF) and comment entries of the IDENTIFICATION DIVISION go here, too:
+// their lines are no program text, and what stands in them need not even be words.
 #include "cobol/text/source_lines.h"
 
 #include <algorithm>
@@ -342,7 +344,8 @@ private:
         out_.text.append(text);
     }
 
-    // Follows the literals of a piece of text: open_ is the quotation mark of one that is open at its end. Comments after *> end the piece.
+    // Follows the literals of a piece of text: open_ is the quotation mark of one that is open at
+    // its end. Comments after *> end the piece.
     std::string_view track(std::string_view text)
     {
         for (size_t i = 0; i < text.size(); i++) {
@@ -403,7 +406,8 @@ private:
                 first++;
             }
         } else {
-            // A literal that is closed at the end of its line goes on if its quotation mark is repeated here: "" in two halves.
+            // A literal that is closed at the end of its line goes on if its quotation mark is
+            // repeated here: "" in two halves.
             while (!out_.text.empty() && out_.text.back() == ' ') out_.text.pop_back();
         }
         std::string_view rest = body.substr(first);
@@ -428,7 +432,8 @@ private:
             out_.text += '\n';
             return;
         }
-        // A literal goes on in the next line if it ends with its quotation mark and "-", as in "abc"-.
+        // A literal goes on in the next line if it ends with its quotation mark and "-", as in
+        // "abc"-.
         std::string_view text = line;
         if (pending_) {
             size_t first = text.find_first_not_of(' ');
@@ -490,7 +495,8 @@ Spot RunningText::spot(size_t offset) const
 
 SourceFormat guessFormat(std::string_view text)
 {
-    // Where the first header stands tells most; a letter in column 7 of a line with text before it tells the rest.
+    // Where the first header stands tells most; a letter in column 7 of a line with text before it
+    // tells the rest.
     size_t from = 0, lines = 0, againstFixed = 0, seen = 0;
     int verdict = 0; // 1 fixed, 2 free
     while (from < text.size() && lines < 400) {

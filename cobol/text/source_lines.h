@@ -1,4 +1,5 @@
-// Source lines: a file in one of the reference formats becomes one running text, without sequence areas, comments and continuations.
+// Source lines: a file in one of the reference formats becomes one running text, without sequence
+// areas, comments and continuations.
 #pragma once
 
 #include <map>

@@ -1,4 +1,5 @@
-// Words of a program as numbers: equal words (case does not count) have equal numbers, and the words that the language knows have their names K_...
+// Words of a program as numbers: equal words (case does not count) have equal numbers, and the
+// words that the language knows have their names K_...
 #pragma once
 
 #include <cstdint>

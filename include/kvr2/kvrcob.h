@@ -1,9 +1,15 @@
 /**
- * What the C that kvrcob emits leans on besides the library: loads and stores of binary items, wide integers, comparisons of plain bytes, the look-up of
- * called programs. Inline only; not for hand-written programs.
+ * What the C that kvrcob emits leans on besides the library: loads and stores of binary items, wide
+ * integers, comparisons of plain bytes, the look-up of called programs. Inline only; not for
+ * hand-written programs.
  */
 #ifndef KVR2_KVRCOB_H
 #define KVR2_KVRCOB_H
+
+/* 128-bit integers are no ISO C. */
+#if defined(__GNUC__)
+#pragma GCC system_header
+#endif
 
 #ifndef _GNU_SOURCE
 #define _GNU_SOURCE
@@ -220,7 +226,10 @@ KVR_INLINE uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t
     return _zvkcBCD_CONV_ZndUS_To_Pckd(zoned, to, digits, digits);
 }
 
-/* What somebody typed for a number: sign, digits, decimal point. As packed, 36 digits with 18 decimal places. */
+/*
+ * What somebody typed for a number: sign, digits, decimal point. As packed, 36 digits with 18
+ * decimal places.
+ */
 KVR_INLINE uint8_t *kvr_typed_number(const uint8_t *text, int length, uint8_t *to, char point)
 {
     uint8_t zoned[37];
@@ -263,7 +272,10 @@ KVR_INLINE uint8_t *kvr_de_edit(const DeEditRecord *record, const uint8_t *from,
     return _zvkcBCD_CONV_ZndTS_To_Pckd(raw, to, digits, digits);
 }
 
-/* A floating-point number with so many decimal places. What 15 significant digits do not show does not count. */
+/*
+ * A floating-point number with so many decimal places. What 15 significant digits do not show does
+ * not count.
+ */
 KVR_INLINE __int128 kvr_fixed(double v, int scale, int rounded)
 {
     char text[64];
@@ -363,7 +375,10 @@ KVR_INLINE int kvr_compare_weights(const uint8_t *a, int64_t aLength, const uint
 
 /* ---- Class tests */
 
-/* form: 0 no sign, 1 trailing, 2 leading, 3 trailing separate, 4 leading separate; digits without a separate sign */
+/*
+ * form: 0 no sign, 1 trailing, 2 leading, 3 trailing separate, 4 leading separate; digits without a
+ * separate sign
+ */
 KVR_INLINE int kvr_is_zoned(const uint8_t *p, int64_t digits, int form)
 {
     int64_t i;
@@ -443,7 +458,10 @@ KVR_INLINE void kvr_display(DisplayItem *items, int count, int device, int noAdv
     _zvkcDisplay(&request, items);
 }
 
-/* A packed number as text. `width`: digits shown; `sign`: 0 none, 1 "-" or "+" in front, 2 "-" in front of a negative one, without leading zeros. */
+/*
+ * A packed number as text. `width`: digits shown; `sign`: 0 none, 1 "-" or "+" in front, 2 "-" in
+ * front of a negative one, without leading zeros.
+ */
 KVR_INLINE int kvr_show_number(const uint8_t *packed, int digits, int width, int places, int sign, char point,
                                uint8_t *out)
 {
@@ -713,7 +731,10 @@ KVR_INLINE void kvr_main(int argc, char **argv, int check)
 {
     kvr_argc = argc;
     kvr_argv = argv;
-    /* Without -fcheck numbers are taken as they stand, as the options of the compiler say; ACCEPT reads lines. */
+    /*
+     * Without -fcheck numbers are taken as they stand, as the options of the compiler say; ACCEPT
+     * reads lines.
+     */
     if (!check) setenv("COBOL_BCD_NOVALIDATE", "1", 0);
     if (!getenv("COBRTOPT")) setenv("COBRTOPT", "ACCEPT=NEW", 0);
 }
