@@ -725,7 +725,7 @@ void Emitter::entry(Program &p)
         }
     }
     bool outermost = !p.parent;
-    std::string name = outermost ? p.cName : cat("kvr_entry_", p.number);
+    std::string name = cat("kvr_entry_", p.number);
     out += cat(outermost ? "__attribute__((visibility(\"default\"))) " : "static ", "int64_t ", name, "(",
                parameters.empty() ? "void" : parameters, ")\n{\n");
     out += cat("volatile int status = 0;\nint outerCalled = ", prefix, "called;\n", saves);
@@ -861,8 +861,13 @@ std::string Emitter::emit()
         } else {
             std::string parameters;
             for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
-            declarations += cat("int64_t ", p.cName, "(", parameters.empty() ? "void" : parameters,
-                                ");\n#define kvr_entry_", p.number, " ", p.cName, "\n");
+            // The symbol has the program's name; the C name is our own, for a program may be called FIB or W1.
+            declarations +=
+                cat("int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ") __asm__(",
+                    bytesLiteral(p.cName), ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
+            const std::string &symbol = p.cName;
+            if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
+                declarations += cat("#define ", symbol, " kvr_", symbol, "\n");
         }
         declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
@@ -874,7 +879,7 @@ std::string Emitter::emit()
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
         out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0,
-                   ");\nreturn (int)((int64_t (*)())", first->cName, ")(");
+                   ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
         out += ") & 255;\n}\n";
     }
