@@ -861,7 +861,8 @@ std::string Emitter::emit()
         } else {
             std::string parameters;
             for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
-            // The symbol has the program's name; the C name is our own, for a program may be called FIB or W1.
+            // The symbol has the program's name; the C name is our own, for a program may be called
+            // FIB or W1.
             declarations +=
                 cat("int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ") __asm__(",
                     bytesLiteral(p.cName), ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");

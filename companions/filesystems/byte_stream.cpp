@@ -20,7 +20,8 @@ struct BlockMark {
     uint8_t firstBytes[32];
 };
 
-// Fills the mark from the block, or from as much of it as there is; returns how many sums there are.
+// Fills the mark from the block, or from as much of it as there is; returns how many sums there
+// are.
 static size_t describeBlock(const uint8_t *block, uint64_t size, BlockMark *mark)
 {
     uint32_t sum = 2166136261u;

@@ -156,8 +156,8 @@ uint64_t beyondHole(const RelativeFile *file, uint64_t record)
     return data <= at ? record : (static_cast<uint64_t>(data) - storedHeaderSize) / file->slotSize + 1;
 }
 
-// The last slot before `record` of which a byte is no hole of the file, 0 for none. The system looks
-// for data forward only, so the last data before a place is found by halves.
+// The last slot before `record` of which a byte is no hole of the file, 0 for none. The system
+// looks for data forward only, so the last data before a place is found by halves.
 uint64_t beforeHole(const RelativeFile *file, uint64_t record)
 {
     off_t end = static_cast<off_t>(offsetOf(file, record)), low = static_cast<off_t>(storedHeaderSize), high = end - 1;

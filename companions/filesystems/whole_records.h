@@ -5,12 +5,13 @@
 // transfer), where somebody else may be there at all.
 //
 // After a kill: the system stops a write between two pages only, so a record that lies in one page
-// is old or new. One that crosses a page goes to a journal beside the file first, NAME.kvr2-rewrite,
-// as it was and as it shall be, with a checksum; then to its place; then the journal is made void.
-// The next program that opens the file for changes completes what it finds there, and a reader does
-// so in its own buffer. The journal is heeded only where the file holds a mixture of the two images,
-// byte for byte: a file that was restored from a copy in the meantime keeps what it has. It goes
-// with CLOSE. Where the directory takes no new file there is no journal, and only the locks protect.
+// is old or new. One that crosses a page goes to a journal beside the file first,
+// NAME.kvr2-rewrite, as it was and as it shall be, with a checksum; then to its place; then the
+// journal is made void. The next program that opens the file for changes completes what it finds
+// there, and a reader does so in its own buffer. The journal is heeded only where the file holds a
+// mixture of the two images, byte for byte: a file that was restored from a copy in the meantime
+// keeps what it has. It goes with CLOSE. Where the directory takes no new file there is no journal,
+// and only the locks protect.
 //
 //     error = replaceBytes(&whole, record, size, offset);      // REWRITE
 //     error = fetchBytes(&whole, buffer, room, offset, &got);  // READ

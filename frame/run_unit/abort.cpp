@@ -59,8 +59,8 @@ void zvkForbidCore()
 uint32_t zvkMakeCore()
 {
     if (coreForbidden()) return 0;
-    // Not on the stack: a signal's alternate stack has no room for them. A process that dumps in two
-    // threads at once gets two core files at most, one of them perhaps under a mixed name.
+    // Not on the stack: a signal's alternate stack has no room for them. A process that dumps in
+    // two threads at once gets two core files at most, one of them perhaps under a mixed name.
     static char name[4096], word[4 * sizeof name + 3]; // a name of quotes only grows fourfold
     static char command[sizeof word + 128];
     coreName(name);

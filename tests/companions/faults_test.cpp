@@ -129,9 +129,9 @@ TEST(FailedWrites, OthersSayWhatHappened)
         }
 }
 
-// One read of the file, or the question how long it is, fails at every place of OPEN and of the verb
-// in turn: it is never taken for an empty file or an absent record. What was there stays, what was
-// acknowledged is there, and the verb of a record that is there does not say 23.
+// One read of the file, or the question how long it is, fails at every place of OPEN and of the
+// verb in turn: it is never taken for an empty file or an absent record. What was there stays, what
+// was acknowledged is there, and the verb of a record that is there does not say 23.
 TEST(FailedReads, AreNoEmptyFileAndNoAbsentRecord)
 {
     FileAttributes relative = relativeFile(), inOrder = relativeFile(sequentialAccess), indexed = indexedFile(),

@@ -45,8 +45,8 @@ string afterCut(const std::vector<RecordedWrite> &writes, unsigned long inode, c
 
 class PowerCut : public testing::TestWithParam<const char *> {};
 
-// A program that changes a shared file, or one that it has alone; `done` says after which write each
-// verb returned.
+// A program that changes a shared file, or one that it has alone; `done` says after which write
+// each verb returned.
 TEST_P(PowerCut, LeavesAStoreOfOneCommit)
 {
     std::mt19937 random(5);
