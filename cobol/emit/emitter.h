@@ -55,7 +55,8 @@ struct Text {
 struct Num {
     enum Kind : uint8_t { Int, Packed, Float } kind = Int;
     std::string
-        text; // Int: a C integer, 64 bits wide up to 18 digits, else 128; Packed: the address of a packed item; Float: a double
+        // Int: a C integer, 64 bits wide up to 18 digits, else 128; Packed: the address of a packed item; Float: a double
+        text;
     int digits = 1; // at most so many
     int scale = 0;
     bool isSigned = true;
