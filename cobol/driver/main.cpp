@@ -106,6 +106,7 @@ int runCommand(const std::vector<std::string> &command, bool verbose)
         std::fputc('\n', stderr);
     }
     std::vector<char *> argv;
+    argv.reserve(command.size() + 1);
     for (const std::string &word : command) argv.push_back(const_cast<char *>(word.c_str()));
     argv.push_back(nullptr);
     pid_t child = fork();

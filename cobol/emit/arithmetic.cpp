@@ -79,7 +79,7 @@ void Emitter::addStatement(const ArithmeticStatement &s)
         if (!n.good()) return;
         sum = i == 0 ? n : add(sum, n, false);
     }
-    auto combine = [&](Num first) {
+    auto combine = [&](const Num &first) {
         if (s.verb == K_ADD) return add(first, sum, false);
         if (s.verb == K_SUBTRACT) return add(first, sum, true);
         return multiply(first, sum);

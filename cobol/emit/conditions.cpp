@@ -68,7 +68,7 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
     }
     case ExprKind::ClassTest:
         if (e->left) subject.left = e->left;
-        return classTest(e->left ? e : e);
+        return classTest(e);
     case ExprKind::SignTest:
         if (e->left) subject.left = e->left;
         return signTest(e);
@@ -253,7 +253,7 @@ std::string Emitter::signTest(const Expr *e)
     Num n = number(e->left);
     Decimal zero;
     zero.digits = "0";
-    uint32_t op = e->op == K_POSITIVE ? '>' : e->op == K_NEGATIVE ? '<' : '=';
+    uint32_t op = e->op == K_POSITIVE ? uint32_t{'>'} : e->op == K_NEGATIVE ? uint32_t{'<'} : uint32_t{'='};
     std::string test = compareNumbers(n, literalNumber(zero), op);
     return e->negated ? cat("!", test) : test;
 }

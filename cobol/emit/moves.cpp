@@ -73,7 +73,7 @@ static std::string editedRecord(const Item &item, const std::string &name, bool 
 void Emitter::moveNumber(Num n, const Loc &target, bool fromInteger)
 {
     (void)fromInteger;
-    store(n, target, false, "");
+    store(std::move(n), target, false, "");
 }
 
 void Emitter::moveLoc(const Loc &source, const Loc &target)

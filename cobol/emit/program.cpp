@@ -811,7 +811,7 @@ void Emitter::entry(Program &p)
                "files, .fileCount = ",
                std::count_if(p.files.begin(), p.files.end(), [](const File *f) { return !f->sortFile; }), "}};\n");
     std::string pcbName = wordText(p.name);
-    for (Program *outer = p.parent; outer; outer = outer->parent) pcbName = wordText(outer->name) + "." + pcbName;
+    for (Program *outer = p.parent; outer; outer = outer->parent) pcbName.insert(0, wordText(outer->name) + ".");
     out += cat("static PCB ", prefix, "pcb = {.version = {5, 1, 1}, .ipcb = ", prefix,
                "element, .name = ", bytesLiteral(pcbName), ", .nameLength = ", pcbName.size(),
                ", .flag = ZVK_PCB_FOLD_NAMES, .fibs = ", prefix, "fibs, .yearWindow = ZVK_NO_YEAR_WINDOW};\n");

@@ -231,7 +231,7 @@ struct Layout {
                     continue;
                 }
             }
-            uint32_t align = child.elementary() ? 1 : child.occurs ? 1 : 1;
+            uint32_t align = 1;
             place(child, at, depth + 1);
             align = child.elementary() ? alignment(child) : 1;
             if (child.occurs && !child.elementary()) {

@@ -29,7 +29,6 @@ private:
     bool expectPicture_ = false;
     bool lineStart_ = true;
     Word before_ = 0, beforeThat_ = 0;
-    size_t markHint_ = 0;
 };
 
 } // namespace kvrcob

@@ -135,7 +135,10 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
             std::string text(token.text), with;
             for (const Token &t : match->to) with += t.text;
             size_t n = match->fromText.size();
-            text = match->mode == Replacement::Leading ? with + text.substr(n) : text.substr(0, text.size() - n) + with;
+            if (match->mode == Replacement::Leading)
+                text.replace(0, n, with);
+            else
+                text.replace(text.size() - n, n, with);
             if (!text.empty()) {
                 setText(token, text);
                 out.push_back(token);

@@ -233,7 +233,7 @@ private:
             bool term = false, negate = false;
             while (i < words.size() && (words[i] == "NOT" || words[i] == "(")) negate ^= words[i++] == "NOT";
             if (i >= words.size()) break;
-            std::string name = words[i++];
+            const std::string &name = words[i++];
             if (i < words.size() && words[i] == "IS") i++;
             if (i < words.size() && words[i] == "NOT") {
                 negate = !negate;
@@ -245,7 +245,7 @@ private:
             } else if (i + 1 < words.size() &&
                        (words[i] == "=" || words[i] == "<" || words[i] == ">" || words[i] == "<>" || words[i] == "<=" ||
                         words[i] == ">=" || words[i] == "EQUAL")) {
-                std::string relation = words[i++];
+                const std::string &relation = words[i++];
                 if (i < words.size() && words[i] == "TO") i++;
                 std::string left = valueOf(name), right = i < words.size() ? valueOf(words[i]) : "";
                 i++;
@@ -380,7 +380,8 @@ private:
         if (trimLeft(body).empty()) return;
         bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
         if (commentEntry(body, areaA)) return;
-        openColumns_ = open_ = 0;
+        open_ = 0;
+        openColumns_ = 0;
         bool debug = indicator == 'D' || indicator == 'd';
         if (debug) out_.text += kDebugLine;
         append(track(body), 8);
