@@ -14,7 +14,7 @@ SYSTEM = {"LC_ALL", "LC_*", "LANG"}
 
 read = set()
 for room in ROOMS:
-    for path in sorted((root / room).rglob("*.cpp")):
+    for path in sorted([*(root / room).rglob("*.cpp"), *(root / room).rglob("*.h")]):
         text = path.read_text()
         read.update(re.findall(r'(?:getenv|environmentText|environmentHas|levelFromEnvironment)\("(\w+)"\)', text))
         for row in re.findall(r"^\s*\{'\w', &Proccom::.*$", text, re.M):
