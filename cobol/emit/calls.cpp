@@ -42,8 +42,12 @@ void Emitter::callStatement(const CallStatement &s)
                     a = itemNumber(loc).text;
                 else if (isNumericItem(*loc.item) && !loc.refmod)
                     a = integer(e);
-                else
+                else if (loc.fixed == 1)
                     a = cat("(int64_t)*", loc.address);
+                else
+                    return notBuilt(e->at, "BY VALUE of more than one character");
+            } else if (e->kind == ExprKind::String && e->text.size() > 1) {
+                return notBuilt(e->at, "BY VALUE of more than one character");
             } else if (e->kind == ExprKind::String) {
                 a = cat("(int64_t)", static_cast<int>(static_cast<unsigned char>(e->text.empty() ? 0 : e->text[0])));
             } else if (e->kind == ExprKind::Figurative && e->op == K_NULL) {
