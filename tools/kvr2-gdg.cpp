@@ -154,7 +154,8 @@ int main(int argc, char **argv)
     for (int i = first; i < argc; i++) {
         errno = 0;
         if (wanted->run(argv[i], arguments) == 0) continue;
-        // The library has said why, for most reasons; this line says for which group, and nothing fails in silence.
+        // The library has said why, for most reasons; this line says for which group, and nothing
+        // fails in silence.
         fprintf(stderr, "kvr2-gdg: %s %s: %s\n", wanted->name, argv[i],
                 errno ? strerror(errno) : "no such group or generation");
         status = kFailed;
