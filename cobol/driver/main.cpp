@@ -227,6 +227,7 @@ Translated translate(const std::string &path, const Options &options, bool mainP
     meaning.analyse();
     EmitOptions emit = options.emit;
     emit.mainProgram = mainProgram;
+    emit.readable = options.mode == Options::Assembly;
     Emitter emitter(meaning, emit);
     out.c = emitter.emit();
     for (const Program *p : group->programs) out.programs.push_back(wordText(p->name));
@@ -244,13 +245,6 @@ Translated translate(const std::string &path, const Options &options, bool mainP
 void parseOptions(int argc, char **argv, Options &o)
 {
     int i = 1;
-    if (argc > 1 && std::strcmp(argv[1], "run") == 0) {
-        o.mode = Options::Run;
-        i = 2;
-    } else if (argc > 1 && std::strcmp(argv[1], "check") == 0) {
-        o.mode = Options::Check;
-        i = 2;
-    }
     auto value = [&](const std::string &option) -> std::string {
         if (i + 1 >= argc) usage("the option " + option + " needs a value");
         return argv[++i];
@@ -263,7 +257,9 @@ void parseOptions(int argc, char **argv, Options &o)
             for (; i < argc; i++) o.arguments.push_back(argv[i]);
             return;
         }
-        if (a.empty() || a[0] != '-' || a == "-") {
+        if ((a == "run" || a == "check") && o.mode == Options::Program && o.sources.empty()) {
+            o.mode = a == "run" ? Options::Run : Options::Check;
+        } else if (a.empty() || a[0] != '-' || a == "-") {
             size_t dot = a.rfind('.');
             std::string extension = dot == std::string::npos ? "" : a.substr(dot);
             if (extension == ".o" || extension == ".a" || extension == ".so" || extension == ".c")
@@ -289,7 +285,7 @@ void parseOptions(int argc, char **argv, Options &o)
         } else if (a == "-v") {
             o.verbose = true;
         } else if (a == "-g") {
-            o.debug = true;
+            o.debug = o.emit.debugMap = true;
         } else if (a == "-MD") {
             o.dependencies = true;
         } else if (a == "--list") {

@@ -25,6 +25,8 @@ struct EmitOptions {
     bool ebcdic = false;                    // -febcdic
     bool mainProgram = true;                // the first program is the main program
     bool lines = true;                      // #line
+    bool readable = false;                  // -S: C for people, several lines a statement
+    bool debugMap = false;                  // -g: what lies where, for the debugger
     std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
 };
 
@@ -89,6 +91,8 @@ private:
     void debugProcedure(size_t index);
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
+
+    void debugMap(Program &p); // debug_map.cpp
 
     // ---- tools
     void line(Tok at);

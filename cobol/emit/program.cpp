@@ -823,6 +823,7 @@ void Emitter::program(Program &p)
     program_ = &p;
     alphabets(p);
     storage(p);
+    if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
         if (u == 0)
             globals_ += cat(
@@ -840,6 +841,7 @@ void Emitter::program(Program &p)
     procedures(p);
     functions += code_;
     code_.clear();
+    line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
     functions += code_;
     code_.clear();
@@ -847,6 +849,26 @@ void Emitter::program(Program &p)
     functions += code_;
     for (Program *inner : p.nested) program(*inner);
     functions_ += functions;
+}
+
+// A line of COBOL may become several of C, and #line counts on from each. So what belongs to one
+// #line is joined into one line: a debugger then never shows lines that the source does not have.
+static std::string joinLines(const std::string &text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); i++) {
+        bool directive = i == 0 || text[i - 1] == '\n' ? text[i] == '#' : false;
+        if (directive) {
+            if (!out.empty() && out.back() == ' ') out.back() = '\n';
+            size_t end = std::min(text.find('\n', i), text.size() - 1);
+            out.append(text, i, end - i + 1);
+            i = end;
+        } else {
+            out += text[i] == '\n' ? ' ' : text[i];
+        }
+    }
+    return out;
 }
 
 std::string Emitter::emit()
@@ -876,11 +898,11 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n\n";
-    out += declarations + "\n" + globals_ + "\n" + functions_;
+    out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
-        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0,
-                   ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
+                   options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
         out += ") & 255;\n}\n";
     }
