@@ -88,6 +88,7 @@ private:
     std::string parameterType(Program &p, size_t index);
     void paragraph(size_t index);
     void alphabets(Program &p);
+    std::string alphabetCharacters(const Expr *e);
     void debugProcedure(size_t index);
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
@@ -168,6 +169,8 @@ private:
 
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
+    Loc pinned(Loc loc, bool copy);
+    void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);
     void moveCharacters(const Text &t, const Loc &target);
     Num textNumber(const Text &t);
@@ -251,6 +254,7 @@ private:
     Group &group_;
     const EmitOptions &options_;
     Program *program_ = nullptr;
+    std::map<const Expr *, std::string> guards_; // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
     std::string functions_, useReturns_;
@@ -293,6 +297,9 @@ std::string cat(const Parts &...parts)
     (appendTo(out, parts), ...);
     return out;
 }
+
+// The character that a figurative constant repeats, in the native order.
+uint8_t figurativeByte(uint32_t op);
 
 // The item with its record (level 01 or 77).
 inline const Item &recordOf(const Item &item)

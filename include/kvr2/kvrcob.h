@@ -672,17 +672,13 @@ KVR_INLINE uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *l
     return out;
 }
 
-/* TRIM; mode 1 leading, 2 trailing, 3 both. Of blanks only one stays. */
+/* TRIM; mode 1 leading, 2 trailing, 3 both. Of blanks nothing stays. */
 KVR_INLINE void kvr_trim(uint8_t **text, int64_t *length, int mode)
 {
     if (mode & 2)
         while (*length > 0 && (*text)[*length - 1] == ' ') --*length;
     if (mode & 1)
         while (*length > 0 && **text == ' ') ++*text, --*length;
-    if (*length == 0) {
-        *text = (uint8_t *)(intptr_t) " ";
-        *length = 1;
-    }
 }
 
 KVR_INLINE void kvr_part(uint8_t **text, int64_t *length, int64_t from, int64_t size)
