@@ -221,6 +221,8 @@ private:
     void relativeKeyOut(const File &f, const std::string &request);
     void afterVerb(const FileStatement &s, const File &f, bool endIsInvalid);
     void linageValues(const File &f);
+    std::string useTable(Program &p, const File &f);
+    void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
 
     void sortStatement(const SortStatement &s);
@@ -266,6 +268,7 @@ private:
     bool sentenceEndUsed_ = false;
     uint32_t lastLine_ = 0, lastFile_ = UINT32_MAX;
     std::map<size_t, std::set<size_t>> alterTargets_;
+    std::map<std::pair<uint32_t, uint32_t>, std::string> useTables_; // of program and file
     struct InitOp {
         uint64_t offset;
         std::string bytes;            // these bytes, or

@@ -135,6 +135,7 @@ void Emitter::sortStatement(const SortStatement &s)
                 continue;
             }
             all += cat("F", f->number, ", ");
+            prepare(*f);
             // Its assignment, if a data item holds it.
             if (f->assignItem && !f->assignExternal) {
                 Item *item = meaning_.resolve(*f->program, *f->assignItem, true);

@@ -524,6 +524,7 @@ struct File {
     std::vector<Item *> records;
     // meaning
     uint32_t number = 0;
+    uint32_t index = 0; // in its program, from 1
     uint32_t minRecord = 0, maxRecord = 0;
     bool advancing = false, readable = false; // WRITE ADVANCING is used; OPEN INPUT or I-O is used
     Item *linageCounter = nullptr;

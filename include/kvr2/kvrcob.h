@@ -24,6 +24,7 @@
 
 #include "kvr2/date_functions.h"
 #include "kvr2/exponentiation.h"
+#include "kvr2/file_module.h"
 #include "kvr2/floats.h"
 #include "kvr2/kvr2.h"
 #include "kvr2/mathematics.h"
@@ -914,6 +915,14 @@ KVR_INLINE void kvr_close_reel(FCB *fcb, IPCB *element)
         field[0] = '0';
         field[1] = '7';
     }
+}
+
+/* A statement that the file's state does not allow: its status, and the USE procedure. */
+KVR_INLINE void kvr_refuse(FCB *fcb, IPCB *element, uint16_t status, uint8_t verb)
+{
+    fcb->currentVerb = verb;
+    zvkSetStatus(fcb, status, 0);
+    zvkFinishVerb(fcb, element, verb);
 }
 
 /* The page that begins next takes the present values of LINAGE. */
