@@ -258,6 +258,7 @@ void Emitter::openStatement(const OpenStatement &s)
         put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
                 f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
+        debugFile(*f, nullptr);
     }
 }
 
@@ -275,11 +276,13 @@ void Emitter::closeStatement(const CloseStatement &s)
             // There are no reels: the statement is successful, with status 07, and the file stays
             // open.
             put(cat("kvr_close_reel(F", f->number, ", p", f->program->number, "_element);\n"));
+            debugFile(*f, nullptr);
             continue;
         }
         put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
                 part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->close(F", f->number, ", p", f->program->number, "_element);\n"));
+        debugFile(*f, nullptr);
     }
 }
 
@@ -287,6 +290,7 @@ void Emitter::closeStatement(const CloseStatement &s)
 void Emitter::relativeKeyIn(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
+    Unwatched unwatched(*this);
     Loc loc = locate(*f.relativeKey);
     if (!loc.good()) return;
     Num n = toInt(scaleTo(itemNumber(loc), 0, false));
@@ -300,6 +304,7 @@ void Emitter::relativeKeyIn(const File &f, const std::string &request)
 void Emitter::relativeKeyOut(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
+    Unwatched unwatched(*this);
     Loc loc = locate(*f.relativeKey, true);
     if (!loc.good()) return;
     put(cat("if (F", f.number, "->status < 10) {\n"));
@@ -311,6 +316,7 @@ void Emitter::relativeKeyOut(const File &f, const std::string &request)
 void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
 {
     std::string status = cat("F", f.number, "->status");
+    debugNow();
     if (s.end.has || s.end.hasNot) {
         if (s.end.has) {
             put(cat("if (", status, " >= 10 && ", status, " < 20) {\n"));
@@ -398,6 +404,7 @@ void Emitter::readStatement(const FileStatement &s)
     put(cat("F", f->number, "->read(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
     if (sequential) relativeKeyOut(*f, request);
     if (f->recordDepending) {
+        Unwatched unwatched(*this);
         Loc loc = locate(*f->recordDepending, true);
         if (loc.good()) {
             put(cat("if (F", f->number, "->status < 10) {\n"));
@@ -422,6 +429,7 @@ void Emitter::readStatement(const FileStatement &s)
             put("}\n");
         }
     }
+    debugFile(*f, &s);
     afterVerb(s, *f, false);
 }
 
@@ -462,6 +470,7 @@ void Emitter::writeStatement(const FileStatement &s)
     if (f->linage) put(cat("kvr_linage(F", f->number, ", &I", f->number, ".linage[0]);\n"));
     std::string length;
     if (f->recordDepending) {
+        Unwatched unwatched(*this);
         Loc loc = locate(*f->recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     } else {
@@ -479,6 +488,7 @@ void Emitter::writeStatement(const FileStatement &s)
     }
     if (f->organization == K_RELATIVE && f->access != K_SEQUENTIAL) put(cat(request, ".options |= ZVK_REQUEST_KEY;\n"));
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    debugNow();
     prepare(*f);
     if (f->access == K_SEQUENTIAL && f->organization != K_LINE)
         put(cat("if (F", f->number, "->mode & ZVK_OPEN_IO) kvr_refuse(F", f->number, ", p", f->program->number,
@@ -510,6 +520,7 @@ void Emitter::rewriteStatement(const FileStatement &s)
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     std::string length = cat("(uint32_t)", locateItem(*record.item).length);
     if (f->recordDepending) {
+        Unwatched unwatched(*this);
         Loc loc = locate(*f->recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
@@ -520,6 +531,7 @@ void Emitter::rewriteStatement(const FileStatement &s)
         relativeKeyIn(*f, request);
     }
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    debugNow();
     prepare(*f);
     put(cat("F", f->number, "->rewrite(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
     afterVerb(s, *f, true);
@@ -538,6 +550,7 @@ void Emitter::deleteStatement(const FileStatement &s)
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     prepare(*f);
     put(cat("F", f->number, "->deleteRecord(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
 
@@ -574,6 +587,7 @@ void Emitter::startStatement(const FileStatement &s)
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     prepare(*f);
     put(cat("F", f->number, "->start(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
 

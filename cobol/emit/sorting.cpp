@@ -178,6 +178,7 @@ void Emitter::sortStatement(const SortStatement &s)
     put(cat("_zvkSortMerge(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
     if (s.hasInput) {
         openBlock();
+        performWay_ = "SORT INPUT";
         performRange(s.inputFirst, s.inputLast, 0);
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have
@@ -188,11 +189,14 @@ void Emitter::sortStatement(const SortStatement &s)
         put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
                 givingList, ", ", eighth, ");\n"));
     }
+    performWay_ = "PERFORM LOOP";
     if (s.hasOutput) {
         openBlock();
+        performWay_ = s.verb == K_MERGE ? "MERGE OUTPUT" : "SORT OUTPUT";
         performRange(s.outputFirst, s.outputLast, 0);
         closeBlock();
     }
+    performWay_ = "PERFORM LOOP";
 }
 
 void Emitter::releaseStatement(const FileStatement &s)

@@ -5,6 +5,7 @@
 // meaning/layout.cpp and meaning/names.cpp fill them.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -380,6 +381,7 @@ struct UseStatement {
     std::vector<std::pair<Word, Tok>> files;
     bool allProcedures = false;
     std::vector<Reference *> debugged;
+    std::set<size_t> allReferences; // indices into `debugged`: ALL REFERENCES OF
     Tok at = 0;
 };
 
