@@ -47,6 +47,13 @@ void Emitter::fileRecords(Program &p)
         }
         f->index = ++index;
         globals_ += cat("#define F", n, " (", prefix, "files[", index - 1, "])\n");
+        if (f->codeSet) {
+            const Alphabet *a = meaning_.alphabet(p, f->codeSet);
+            if (!a)
+                error(f->at, "there is no alphabet " + wordText(f->codeSet));
+            else if (a->kind == K_EBCDIC || !a->kind)
+                notBuilt(f->at, "CODE-SET of another alphabet than the native one");
+        }
         if (f->organization == K_INDEXED && !f->recordKey) error(f->at, "an indexed file needs a RECORD KEY");
         bool print = isPrinted(*f);
         std::string organization = f->organization == K_LINE || print ? "ZVK_FILE_LINE_SEQUENTIAL"

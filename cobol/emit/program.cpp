@@ -2,6 +2,8 @@
 // paragraphs.
 #include "cobol/emit/emitter.h"
 
+#include "cobol/emit/ebcdic.h"
+
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -344,13 +346,11 @@ void Emitter::alphabets(Program &p)
     for (Alphabet *a : p.alphabets) {
         if (!a->weights.empty()) continue;
         a->number = ++constants_;
-        if (a->kind == K_EBCDIC) {
-            notBuilt(a->at, "ALPHABET IS EBCDIC");
-            continue;
-        }
         std::vector<int> weight(256, -1);
         int next = 0;
-        if (a->parts.empty()) {
+        if (a->kind == K_EBCDIC) {
+            std::copy(std::begin(kEbcdicOrder), std::end(kEbcdicOrder), weight.begin());
+        } else if (a->parts.empty()) {
             for (int i = 0; i < 256; i++) weight[static_cast<size_t>(i)] = i;
         }
         auto characters = [&](const Expr *e) {
@@ -421,7 +421,7 @@ void Emitter::alphabets(Program &p)
         if (!a) {
             error(p.collatingAt, "there is no alphabet " + wordText(p.collating));
             p.collating = 0;
-        } else if (a->kind) {
+        } else if (a->kind && a->kind != K_EBCDIC) {
             p.collating = 0; // native
         }
     }

@@ -46,7 +46,7 @@ void Emitter::sortStatement(const SortStatement &s)
         const Alphabet *a = meaning_.alphabet(*program_, name);
         if (!a)
             error(s.at, "there is no alphabet " + wordText(name));
-        else if (!a->kind)
+        else if (!a->kind || a->kind == K_EBCDIC)
             weights = cat("alphabet", a->number);
     }
     File *file = nullptr;
