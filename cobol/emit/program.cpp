@@ -230,9 +230,8 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         // A number for an edited item stands as it is written, right-aligned is nobody's rule;
         // programs use literals.
     }
-    if (bytes.size() > item.size)
-        return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
-    if (item.justified) return std::string(item.size - bytes.size(), ' ') + bytes;
+    // JUSTIFIED does not count here.
+    if (bytes.size() > item.size) return bytes.substr(0, item.size);
     return bytes + std::string(item.size - bytes.size(), ' ');
 }
 

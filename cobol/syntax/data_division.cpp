@@ -344,7 +344,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         skipToPeriod();
         return nullptr;
     }
-    if (item->level == 78 || (item->level == 1 && at(K_CONSTANT))) {
+    if (item->level == 78 || ((item->level == 1 || item->level == 77) && at(K_CONSTANT))) {
         item->isConstant = true;
         take(K_CONSTANT);
         take(K_IS);
