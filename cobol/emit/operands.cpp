@@ -166,6 +166,7 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     }
     if (known) displacement = cat(" + ", known, displacement);
     Loc loc = locateItem(*item, displacement, receiving);
+    if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
     if (!ref.refmod) return loc;
 
     // (from : length)

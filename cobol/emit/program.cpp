@@ -2,6 +2,7 @@
 // paragraphs.
 #include "cobol/emit/emitter.h"
 
+
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -52,6 +53,10 @@ void Emitter::statement(const Statement &s)
     openBlock();
     std::string outerZero;
     outerZero.swap(zeroFlag_);
+    std::vector<std::string> outerDebugs;
+    outerDebugs.swap(pendingDebugs_);
+    Tok outerAt = statementAt_;
+    statementAt_ = s.at;
     switch (s.verb) {
     case K_ADD:
     case K_SUBTRACT:
@@ -158,6 +163,9 @@ void Emitter::statement(const Statement &s)
         notBuilt(s.at, "the statement " + wordText(s.verb));
         break;
     }
+    debugNow();
+    statementAt_ = outerAt;
+    pendingDebugs_.swap(outerDebugs);
     zeroFlag_.swap(outerZero);
     closeBlock();
 }
@@ -363,7 +371,7 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
-    if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[130] __attribute__((unused));\n");
+    if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -411,42 +419,14 @@ void Emitter::paragraph(size_t index)
         if (sentenceEndUsed_) put(cat(sentenceEnd_, ": ;\n"));
     }
     put(cat("e", index, ": __attribute__((unused));\n"));
+    if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
+        debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
     insertions_.push_back({code_.size(), cat("@exit", index)});
-}
-
-// USE FOR DEBUGGING: the section that watches a procedure runs before it.
-void Emitter::debugProcedure(size_t index)
-{
-    Program &p = *program_;
-    const Procedure &procedure = p.procedures[index];
-    if (!debugs_ || procedure.declarative || !procedure.name) return;
-    for (size_t u = 0; u < p.uses.size(); u++) {
-        const UseStatement &use = p.uses[u];
-        if (!use.debugging) continue;
-        bool watched = use.allProcedures;
-        for (const Reference *ref : use.debugged) {
-            if (ref->names[0] != procedure.name) continue;
-            if (ref->names.size() == 1 ||
-                (procedure.section >= 0 && p.procedures[static_cast<size_t>(procedure.section)].name == ref->names[1]))
-                watched = true;
-        }
-        if (!watched) continue;
-        put(cat("kvr_debug(p", p.number, "_debugItem, way, wayLine, ", bytesLiteral(wordText(procedure.name)), ");\np",
-                p.number, "_body(", u + 1, ");\n"));
-        break;
-    }
-    put("way = \"FALL THROUGH\";\n");
 }
 
 void Emitter::procedures(Program &p)
 {
-    debugs_ = false;
-    for (const UseStatement &use : p.uses) {
-        if (!use.debugging || !p.debugging) continue;
-        debugs_ = true;
-        for (const Reference *ref : use.debugged)
-            if (!p.names->procedures.count(ref->names[0])) notBuilt(ref->at, "USE FOR DEBUGGING ON an item or file");
-    }
+    findWatched(p);
     code_.clear();
     insertions_.clear();
     blocks_.clear();
@@ -483,7 +463,9 @@ void Emitter::procedures(Program &p)
             end++;
         uint32_t site = ++sites_;
         p.procedures[end].returns.push_back(site);
-        entries += cat("case ", i + 1, ": x[", end, "] = ", site, "; goto p", p.uses[i].procedure, ";\n");
+        entries += cat("case ", i + 1, ": x[", end, "] = ", site, ";",
+                       debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
+                       " goto p", p.uses[i].procedure, ";\n");
         insertions_.push_back({code_.size(), ""});
         p.procedures[end].returns.back() = site;
         useReturns_ += cat("r", site, ": goto leave;\n");
@@ -532,6 +514,7 @@ void Emitter::procedures(Program &p)
                 "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
     if (debugs_)
         cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
+    debugs_ = false;
     code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries,
                 "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();
@@ -699,6 +682,7 @@ void Emitter::program(Program &p)
     program_ = &p;
     alphabets(p);
     storage(p);
+    if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
         if (u == 0)
             globals_ += cat(
@@ -716,6 +700,7 @@ void Emitter::program(Program &p)
     procedures(p);
     functions += code_;
     code_.clear();
+    line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
     functions += code_;
     code_.clear();
@@ -723,6 +708,26 @@ void Emitter::program(Program &p)
     functions += code_;
     for (Program *inner : p.nested) program(*inner);
     functions_ += functions;
+}
+
+// A line of COBOL may become several of C, and #line counts on from each. So what belongs to one
+// #line is joined into one line: a debugger then never shows lines that the source does not have.
+static std::string joinLines(const std::string &text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); i++) {
+        bool directive = i == 0 || text[i - 1] == '\n' ? text[i] == '#' : false;
+        if (directive) {
+            if (!out.empty() && out.back() == ' ') out.back() = '\n';
+            size_t end = std::min(text.find('\n', i), text.size() - 1);
+            out.append(text, i, end - i + 1);
+            i = end;
+        } else {
+            out += text[i] == '\n' ? ' ' : text[i];
+        }
+    }
+    return out;
 }
 
 std::string Emitter::emit()
@@ -752,11 +757,11 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n\n";
-    out += declarations + "\n" + globals_ + "\n" + functions_;
+    out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
-        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0,
-                   ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
+                   options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
         out += ") & 255;\n}\n";
     }

@@ -419,6 +419,9 @@ void Parser::selectEntry(Program &p)
                     f->device = now().word;
                     step();
                     any = true;
+                } else if (at(K_SORT) || at(K_MERGE) || at(K_RANDOM) || at(K_INPUT) || at(K_OUTPUT)) {
+                    step(); // a device as some systems have it; the file's own name then says which
+                    any = true;
                 } else if (at(K_USING)) {
                     step();
                     f->assignDynamic = true;
@@ -447,6 +450,11 @@ void Parser::selectEntry(Program &p)
                 any = true;
             }
             if (!any) error("expected a file's assignment before " + shown());
+            if (at(K_FOR) && aheadIs(1, K_MULTIPLE)) {
+                step();
+                step();
+                if (at(K_REEL) || at(K_UNIT)) step();
+            }
         } else if (take(K_RESERVE)) {
             if (atNumber() || at(K_NO)) step();
             take(K_ALTERNATE);
