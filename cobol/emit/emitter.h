@@ -270,6 +270,12 @@ private:
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
     void searchStatement(const SearchStatement &s);
+    struct SearchPair {
+        const Item *key;
+        const Expr *operand;
+    };
+    bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
+    bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
     Num functionNumber(const Expr *e, int wantScale);
