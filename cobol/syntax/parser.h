@@ -51,6 +51,7 @@ private:
     void notBuilt(Tok at, const std::string &phrase);
     std::string shown() const; // the present token, for messages
     void skipToPeriod();
+    void skipToDataEntry();
     void skipToVerb();
     void recover();
     bool deep(); // nesting is too deep; reports
