@@ -434,7 +434,7 @@ int compile(Options &o)
         }
         const char *cc = std::getenv("CC");
         std::vector<std::string> command = {cc && *cc ? cc : "cc", "-std=gnu11",   "-fno-strict-aliasing", "-fwrapv",
-                                            "-fno-gcse",           o.optimisation, "-I" + home.include};
+                                            "-fno-gcse", "-fno-tree-pta", o.optimisation, "-I" + home.include};
         if (o.debug)
             command.push_back("-g");
         else

@@ -95,9 +95,9 @@ private:
 
     // ---- debugging.cpp: USE FOR DEBUGGING
     struct Watch {
-        size_t use = 0;      // index of the USE statement
-        bool all = false;    // ALL REFERENCES OF
-        std::string name;    // as the USE statement has it
+        size_t use = 0;   // index of the USE statement
+        bool all = false; // ALL REFERENCES OF
+        std::string name; // as the USE statement has it
     };
     // References that the program does not write itself, such as that to a RELATIVE KEY.
     struct Unwatched {
@@ -270,6 +270,12 @@ private:
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
     void searchStatement(const SearchStatement &s);
+    struct SearchPair {
+        const Item *key;
+        const Expr *operand;
+    };
+    bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
+    bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
     Num functionNumber(const Expr *e, int wantScale);
@@ -281,7 +287,8 @@ private:
     Group &group_;
     const EmitOptions &options_;
     Program *program_ = nullptr;
-    std::map<const Expr *, std::string> guards_; // of arguments that ALL made: the condition that there is such an element
+    std::map<const Expr *, std::string>
+        guards_;          // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
     std::string functions_, useReturns_;
@@ -294,7 +301,7 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool debugs_ = false;   // USE FOR DEBUGGING is in force
+    bool debugs_ = false;    // USE FOR DEBUGGING is in force
     bool anyChange_ = false; // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;

@@ -2,7 +2,6 @@
 // paragraphs.
 #include "cobol/emit/emitter.h"
 
-
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -238,9 +237,8 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         // A number for an edited item stands as it is written, right-aligned is nobody's rule;
         // programs use literals.
     }
-    if (bytes.size() > item.size)
-        return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
-    if (item.justified) return std::string(item.size - bytes.size(), ' ') + bytes;
+    // JUSTIFIED does not count here.
+    if (bytes.size() > item.size) return bytes.substr(0, item.size);
     return bytes + std::string(item.size - bytes.size(), ' ');
 }
 
@@ -372,7 +370,8 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
-    if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
+    if (!p.uses.empty())
+        globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
