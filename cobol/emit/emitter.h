@@ -232,6 +232,9 @@ private:
 
     void callStatement(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
+    void entryStatement(const EntryStatement &s);
+    void entryPoints(Program &p, std::string &out);
+    std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
 
     void openStatement(const OpenStatement &s);
@@ -277,7 +280,7 @@ private:
     Program *program_ = nullptr;
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
-    std::string functions_, useReturns_;
+    std::string functions_, useReturns_, entryCases_;
     struct Insertion {
         size_t at;
         std::string text;
