@@ -889,7 +889,9 @@ std::string Emitter::emit()
     };
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
-    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n\n";
+    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
+    if (reversed_) out += "#include \"kvr2/kvrcob_reversed.h\"\n";
+    out += "\n";
     out += declarations + "\n" + globals_ + "\n" + functions_;
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
