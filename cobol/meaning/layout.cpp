@@ -295,8 +295,8 @@ struct Layout {
             auto here = [&](const Reference &ref) {
                 Reference whole = ref;
                 if (record.name && whole.names.back() != record.name) whole.names.push_back(record.name);
-                Item *item = meaning.resolve(program, whole, true);
-                return item ? item : meaning.resolve(program, ref);
+                Item *found = meaning.resolve(program, whole, true);
+                return found ? found : meaning.resolve(program, ref);
             };
             Item *from = here(*item->renamesFrom);
             Item *thru = item->renamesThru ? here(*item->renamesThru) : from;

@@ -223,13 +223,13 @@ void Parser::subscriptsAndRefmod(Reference &ref)
     if (deep()) return;
     for (int round = 0; round < 2 && atMark('('); round++) {
         // Of a function's arguments "A (B + 1)" are two, unless A is a table.
-        if (inArguments_ && !ref.names.empty() && !beginsRefmod(position_) &&
+        if (inArguments_ == FunctionList && !ref.names.empty() && !beginsRefmod(position_) &&
             (now().commaBefore || round == 1 || !tableNames_.count(ref.names[0])))
             return;
         Tok open = here();
         step();
-        bool saved = inArguments_;
-        inArguments_ = false;
+        Listing saved = inArguments_;
+        inArguments_ = NoList;
         bool first = true;
         while (!atMark(')') && !atEnd() && !panic_) {
             if (atMark(':')) {
@@ -346,8 +346,8 @@ Expr *Parser::primary()
     if (deep()) return number("0", here());
     Tok start = here();
     if (takeMark('(')) {
-        bool saved = inArguments_;
-        inArguments_ = false;
+        Listing saved = inArguments_;
+        inArguments_ = NoList;
         Expr *e = orCondition();
         inArguments_ = saved;
         if (!takeMark(')') && !panic_) {
@@ -421,8 +421,8 @@ Expr *Parser::functionCall()
         // first operand is followed by a colon.
         if (!beginsRefmod(position_)) {
             step();
-            bool outer = inArguments_;
-            inArguments_ = true;
+            Listing outer = inArguments_;
+            inArguments_ = FunctionList;
             while (!atMark(')') && !atEnd() && !panic_) {
                 if (at(K_LEADING) || at(K_TRAILING)) { // of TRIM
                     Expr *word = node(ExprKind::Truth, here());

@@ -208,7 +208,9 @@ private:
     bool tooDeep_ = false;
     int depth_ = 0;
     std::set<Word> tableNames_; // names of items that need subscripts
-    bool inArguments_ = false; // of a function: "A -1" are two
+    // Where "A -1" are two operands: among the operands of DISPLAY, and of a function, where "A (B)" may
+    // be two as well.
+    enum Listing : uint8_t { NoList, DisplayList, FunctionList } inArguments_ = NoList;
     Program *program_ = nullptr;
 };
 
