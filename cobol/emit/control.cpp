@@ -192,8 +192,8 @@ void Emitter::performStatement(const PerformStatement &s)
                 std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
                 put(cat("if (", c, ") break;\n"));
                 step(i);
+                if (i + 1 < n) set(i + 1); // the inner item begins again
                 put("}\n");
-                if (i > 0) continue;
             }
         }
         anyChange_ = false;

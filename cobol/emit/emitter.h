@@ -25,6 +25,8 @@ struct EmitOptions {
     bool ebcdic = false;                    // -febcdic
     bool mainProgram = true;                // the first program is the main program
     bool lines = true;                      // #line
+    bool readable = false;                  // -S: C for people, several lines a statement
+    bool debugMap = false;                  // -g: what lies where, for the debugger
     std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
 };
 
@@ -86,6 +88,8 @@ private:
     std::string parameterType(Program &p, size_t index);
     void paragraph(size_t index);
     void alphabets(Program &p);
+    std::string alphabetCharacters(const Expr *e);
+    void debugMap(Program &p); // debug_map.cpp
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
 
@@ -190,6 +194,8 @@ private:
 
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
+    Loc pinned(Loc loc, bool copy);
+    void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);
     void moveCharacters(const Text &t, const Loc &target);
     Num textNumber(const Text &t);
@@ -267,6 +273,12 @@ private:
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
     void searchStatement(const SearchStatement &s);
+    struct SearchPair {
+        const Item *key;
+        const Expr *operand;
+    };
+    bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
+    bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
     Num functionNumber(const Expr *e, int wantScale);
@@ -278,6 +290,7 @@ private:
     Group &group_;
     const EmitOptions &options_;
     Program *program_ = nullptr;
+    std::map<const Expr *, std::string> guards_; // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
     std::string functions_, useReturns_, entryCases_;
@@ -328,6 +341,9 @@ std::string cat(const Parts &...parts)
     (appendTo(out, parts), ...);
     return out;
 }
+
+// The character that a figurative constant repeats, in the native order.
+uint8_t figurativeByte(uint32_t op);
 
 // The item with its record (level 01 or 77).
 inline const Item &recordOf(const Item &item)

@@ -273,7 +273,7 @@ bool Emitter::isNumericExpr(const Expr *e)
     return c == Category::Numeric || c == Category::Index;
 }
 
-static uint8_t figurativeByte(uint32_t op)
+uint8_t figurativeByte(uint32_t op)
 {
     switch (op) {
     case K_ZERO:

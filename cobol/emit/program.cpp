@@ -2,7 +2,6 @@
 // paragraphs.
 #include "cobol/emit/emitter.h"
 
-#include "cobol/emit/ebcdic.h"
 
 #include <algorithm>
 #include <cstring>
@@ -242,9 +241,8 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         // A number for an edited item stands as it is written, right-aligned is nobody's rule;
         // programs use literals.
     }
-    if (bytes.size() > item.size)
-        return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
-    if (item.justified) return std::string(item.size - bytes.size(), ' ') + bytes;
+    // JUSTIFIED does not count here.
+    if (bytes.size() > item.size) return bytes.substr(0, item.size);
     return bytes + std::string(item.size - bytes.size(), ' ');
 }
 
@@ -343,127 +341,6 @@ void Emitter::initialValues(Program &p)
 }
 
 // ---- Storage
-
-void Emitter::alphabets(Program &p)
-{
-    for (Alphabet *a : p.alphabets) {
-        if (!a->weights.empty()) continue;
-        a->number = ++constants_;
-        std::vector<int> weight(256, -1);
-        int next = 0;
-        if (a->kind == K_EBCDIC) {
-            std::copy(std::begin(kEbcdicOrder), std::end(kEbcdicOrder), weight.begin());
-        } else if (a->parts.empty()) {
-            for (int i = 0; i < 256; i++) weight[static_cast<size_t>(i)] = i;
-        }
-        auto characters = [&](const Expr *e) {
-            std::string out;
-            if (e->kind == ExprKind::String) {
-                out = e->text;
-            } else if (e->kind == ExprKind::Number) {
-                int ordinal = std::atoi(std::string(e->text).c_str());
-                if (ordinal < 1 || ordinal > 256)
-                    error(e->at, "a character's number is from 1 to 256");
-                else
-                    out = std::string(1, static_cast<char>(ordinal - 1));
-            } else if (e->kind == ExprKind::Figurative) {
-                out = std::string(1, static_cast<char>(e->op == K_ZERO         ? '0'
-                                                       : e->op == K_QUOTE      ? '"'
-                                                       : e->op == K_HIGH_VALUE ? 0xFF
-                                                       : e->op == K_LOW_VALUE  ? 0
-                                                                               : ' '));
-            } else {
-                error(e->at, "an alphabet has literals");
-            }
-            return out;
-        };
-        auto give = [&](unsigned char c, int w, const Expr *e) {
-            if (weight[c] >= 0)
-                error(e->at, "this character is in the alphabet already");
-            else
-                weight[c] = w;
-        };
-        for (const Alphabet::Part &part : a->parts) {
-            std::string from = characters(part.from);
-            if (from.empty()) continue;
-            if (part.thru) {
-                std::string to = characters(part.thru);
-                if (from.size() != 1 || to.size() != 1) {
-                    error(part.from->at, "THRU goes between single characters");
-                    continue;
-                }
-                int x = static_cast<unsigned char>(from[0]), y = static_cast<unsigned char>(to[0]);
-                for (int c = x;; c += x <= y ? 1 : -1) {
-                    give(static_cast<unsigned char>(c), next++, part.from);
-                    if (c == y) break;
-                }
-                continue;
-            }
-            if (!part.also.empty()) {
-                give(static_cast<unsigned char>(from[0]), next, part.from);
-                for (const Expr *e : part.also)
-                    for (char c : characters(e)) give(static_cast<unsigned char>(c), next, e);
-                next++;
-                continue;
-            }
-            for (char c : from) give(static_cast<unsigned char>(c), next++, part.from);
-        }
-        // What was not named comes after, in native order.
-        for (int c = 0; c < 256; c++)
-            if (weight[static_cast<size_t>(c)] < 0) weight[static_cast<size_t>(c)] = std::min(next++, 255);
-        a->weights.resize(256);
-        globals_ += cat("static const uint8_t alphabet", a->number, "[256] __attribute__((unused)) = {");
-        for (int c = 0; c < 256; c++) {
-            a->weights[static_cast<size_t>(c)] = static_cast<uint8_t>(weight[static_cast<size_t>(c)]);
-            globals_ += cat(c ? "," : "", weight[static_cast<size_t>(c)]);
-        }
-        globals_ += "};\n";
-    }
-    if (p.collating) {
-        const Alphabet *a = meaning_.alphabet(p, p.collating);
-        if (!a) {
-            error(p.collatingAt, "there is no alphabet " + wordText(p.collating));
-            p.collating = 0;
-        } else if (a->kind && a->kind != K_EBCDIC) {
-            p.collating = 0; // native
-        }
-    }
-    for (UserClass *c : p.classes) {
-        if (c->number) continue;
-        c->number = ++constants_;
-        std::vector<int> in(256, 1);
-        auto one = [&](const Expr *e) -> std::string {
-            if (e->kind == ExprKind::String) return std::string(e->text);
-            if (e->kind == ExprKind::Number)
-                return std::string(1, static_cast<char>(std::atoi(std::string(e->text).c_str()) - 1));
-            if (e->kind == ExprKind::Figurative)
-                return std::string(1, static_cast<char>(e->op == K_ZERO         ? '0'
-                                                        : e->op == K_QUOTE      ? '"'
-                                                        : e->op == K_HIGH_VALUE ? 0xFF
-                                                        : e->op == K_LOW_VALUE  ? 0
-                                                                                : ' '));
-            return "";
-        };
-        for (const ValueRange &range : c->ranges) {
-            std::string from = one(range.from);
-            if (range.to) {
-                std::string to = one(range.to);
-                if (from.size() != 1 || to.size() != 1) {
-                    error(range.from->at, "THRU goes between single characters");
-                    continue;
-                }
-                int x = static_cast<unsigned char>(from[0]), y = static_cast<unsigned char>(to[0]);
-                if (x > y) std::swap(x, y);
-                for (int k = x; k <= y; k++) in[static_cast<size_t>(k)] = 0;
-            } else {
-                for (char k : from) in[static_cast<unsigned char>(k)] = 0;
-            }
-        }
-        globals_ += cat("static const uint8_t class", c->number, "[256] __attribute__((unused)) = {");
-        for (int k = 0; k < 256; k++) globals_ += cat(k ? "," : "", in[static_cast<size_t>(k)]);
-        globals_ += "};\n";
-    }
-}
 
 void Emitter::storage(Program &p)
 {
@@ -831,6 +708,7 @@ void Emitter::program(Program &p)
     program_ = &p;
     alphabets(p);
     storage(p);
+    if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
         if (u == 0)
             globals_ += cat(
@@ -848,6 +726,7 @@ void Emitter::program(Program &p)
     procedures(p);
     functions += code_;
     code_.clear();
+    line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
     functions += code_;
     code_.clear();
@@ -855,6 +734,26 @@ void Emitter::program(Program &p)
     functions += code_;
     for (Program *inner : p.nested) program(*inner);
     functions_ += functions;
+}
+
+// A line of COBOL may become several of C, and #line counts on from each. So what belongs to one
+// #line is joined into one line: a debugger then never shows lines that the source does not have.
+static std::string joinLines(const std::string &text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); i++) {
+        bool directive = i == 0 || text[i - 1] == '\n' ? text[i] == '#' : false;
+        if (directive) {
+            if (!out.empty() && out.back() == ' ') out.back() = '\n';
+            size_t end = std::min(text.find('\n', i), text.size() - 1);
+            out.append(text, i, end - i + 1);
+            i = end;
+        } else {
+            out += text[i] == '\n' ? ' ' : text[i];
+        }
+    }
+    return out;
 }
 
 std::string Emitter::emit()
@@ -892,11 +791,11 @@ std::string Emitter::emit()
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob_reversed.h\"\n";
     out += "\n";
-    out += declarations + "\n" + globals_ + "\n" + functions_;
+    out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
-        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0,
-                   ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
+                   options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
         out += ") & 255;\n}\n";
     }

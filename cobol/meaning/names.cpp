@@ -61,7 +61,7 @@ void Meaning::specials(Program &p)
     std::string prefix = "p" + std::to_string(p.number) + "_";
     add(K_RETURN_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "returnCode)");
     add(K_SORT_RETURN, Usage::Native, 2, 4, "((uint8_t *)&" + prefix + "sortReturn)");
-    add(K_TALLY, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "tally)");
+    add(K_TALLY, Usage::Native, 4, 5, "((uint8_t *)&" + prefix + "tally)");
     add(K_WHEN_COMPILED, Usage::Display, 16, 0, "((uint8_t *)" + prefix + "whenCompiled)");
     if (!p.uses.empty()) {
         // DEBUG-ITEM, for USE FOR DEBUGGING.

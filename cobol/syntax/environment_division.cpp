@@ -276,7 +276,15 @@ void Parser::classClause(Program &p)
 
 void Parser::symbolicClause(Program &p)
 {
-    while (atName()) {
+    // Another list begins only where numbers follow its names: "CONSOLE IS CRT" is the next clause.
+    auto atList = [&] {
+        size_t n = 0;
+        while (ahead(n).kind == TokenKind::Name && !isReserved(ahead(n).word)) n++;
+        if (n == 0) return false;
+        if (aheadIs(n, K_IS) || aheadIs(n, K_ARE)) n++;
+        return ahead(n).kind == TokenKind::Number;
+    };
+    for (bool first = true; first ? atName() : atList(); first = false) {
         std::vector<Word> names;
         while (atName()) {
             names.push_back(now().word);
@@ -284,7 +292,7 @@ void Parser::symbolicClause(Program &p)
         }
         take(K_IS);
         take(K_ARE);
-        size_t first = p.symbolics.size();
+        size_t from = p.symbolics.size();
         for (Word name : names) {
             int64_t ordinal = 0;
             if (!parseInteger(ordinal)) return;
@@ -295,7 +303,7 @@ void Parser::symbolicClause(Program &p)
             p.symbolics.push_back({name, static_cast<int>(ordinal), 0});
         }
         if (take(K_IN)) {
-            for (size_t i = first; i < p.symbolics.size(); i++) p.symbolics[i].alphabet = now().word;
+            for (size_t i = from; i < p.symbolics.size(); i++) p.symbolics[i].alphabet = now().word;
             step();
         }
     }

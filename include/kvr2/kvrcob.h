@@ -22,6 +22,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "kvr2/conditions.h"
 #include "kvr2/date_functions.h"
 #include "kvr2/exponentiation.h"
 #include "kvr2/file_module.h"
@@ -307,14 +308,11 @@ KVR_INLINE int kvr_compare_float(double a, double b)
 
 KVR_INLINE double kvr_power(double a, double b, int *invalid)
 {
-    double v;
-    if ((a == 0 && b <= 0) || (a < 0 && b != floor(b))) {
-        *invalid = 1;
-        return 0;
-    }
-    v = pow(a, b);
-    if (!isfinite(v)) *invalid = 1, v = 0;
-    return v;
+    int32_t errors = 1; /* counted, not reported */
+    double v = _zvkExpFloat8Float8(a, b, &errors);
+    if (errors == 1) return v;
+    *invalid = 1;
+    return 0;
 }
 
 /* ---- Bytes */
@@ -335,106 +333,39 @@ KVR_INLINE void kvr_replicate(uint8_t *first, uint64_t size, uint64_t count)
     }
 }
 
-KVR_INLINE int kvr_compare_fill(const uint8_t *a, int64_t length, int fill)
-{
-    int64_t i;
-    for (i = 0; i < length; i++)
-        if (a[i] != fill) return a[i] < fill ? -1 : 1;
-    return 0;
-}
-
 KVR_INLINE int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, int64_t bLength)
 {
     int64_t n = aLength < bLength ? aLength : bLength;
     int order = memcmp(a, b, n > 0 ? (size_t)n : 0);
     if (order) return order;
-    if (aLength > n) return kvr_compare_fill(a + n, aLength - n, ' ');
-    return -kvr_compare_fill(b + n, bLength - n, ' ');
-}
-
-KVR_INLINE int kvr_compare_all(const uint8_t *a, int64_t length, const uint8_t *literal, int64_t n)
-{
-    int64_t i;
-    for (i = 0; i < length; i++) {
-        uint8_t c = literal[i % n];
-        if (a[i] != c) return a[i] < c ? -1 : 1;
-    }
-    return 0;
-}
-
-/* Under a collating sequence. A negative length of b: repeated over the length of a. */
-KVR_INLINE int kvr_compare_weights(const uint8_t *a, int64_t aLength, const uint8_t *b, int64_t bLength,
-                                   const uint8_t *weights)
-{
-    int64_t i, repeat = bLength < 0 ? -bLength : 0, n = repeat ? aLength : aLength > bLength ? aLength : bLength;
-    for (i = 0; i < n; i++) {
-        uint8_t x = weights[i < aLength ? a[i] : ' '], y = weights[repeat ? b[i % repeat] : i < bLength ? b[i] : ' '];
-        if (x != y) return x < y ? -1 : 1;
-    }
-    return 0;
+    if (aLength > n) return _zvkcCmpToPad(a + n, ' ', (int32_t)(aLength - n));
+    return -_zvkcCmpToPad(b + n, ' ', (int32_t)(bLength - n));
 }
 
 /* ---- Class tests */
 
+/* The table of the class of digits, for _zvkcClasUserDef. */
+static const uint8_t kvr_digits[256] __attribute__((unused)) = {[0 ... '0' - 1] = 1, ['9' + 1 ... 255] = 1};
+
 /*
- * form: 0 no sign, 1 trailing, 2 leading, 3 trailing separate, 4 leading separate; digits without a
- * separate sign
+ * NUMERIC of signed zoned items. form: 1 trailing, 2 leading, 3 trailing separate, 4 leading
+ * separate; digits without a separate sign. The library's own test lets blanks pass at both ends.
  */
-KVR_INLINE int kvr_is_zoned(const uint8_t *p, int64_t digits, int form)
+KVR_INLINE int kvr_is_zoned(const uint8_t *p, int32_t digits, int form)
 {
-    int64_t i;
-    if (form == 3 && p[digits] != '+' && p[digits] != '-') return 0;
-    if (form == 4) {
-        if (*p != '+' && *p != '-') return 0;
-        p++;
-    }
-    for (i = 0; i < digits; i++) {
-        uint8_t c = p[i];
-        if (c >= '0' && c <= '9') continue;
-        if (((form == 1 && i == digits - 1) || (form == 2 && i == 0)) && c >= 'p' && c <= 'y') continue;
+    const uint8_t *sign = form == 1 ? p + digits - 1 : form == 3 ? p + digits : p;
+    if (form >= 3) return (*sign == '+' || *sign == '-') && _zvkcClasUserDef(form == 4 ? p + 1 : p, digits, kvr_digits);
+    /* The native form of a sign, or as punched cards and EBCDIC machines have it: {, A to R, }. */
+    if (!((*sign >= '0' && *sign <= '9') || (*sign >= 'p' && *sign <= 'y') || (*sign >= 'A' && *sign <= 'R') ||
+          *sign == '{' || *sign == '}'))
         return 0;
-    }
-    return 1;
+    return _zvkcClasUserDef(form == 2 ? p + 1 : p, digits - 1, kvr_digits);
 }
 
-KVR_INLINE int kvr_is_packed(const uint8_t *p, int digits, int isSigned)
+/* NUMERIC of packed items; one without a sign is not negative. */
+KVR_INLINE int kvr_is_packed(const uint8_t *p, int32_t digits, int isSigned)
 {
-    int i, bytes = digits / 2 + 1, sign = p[bytes - 1] & 15;
-    if (digits % 2 == 0 && p[0] >> 4) return 0;
-    for (i = 0; i < bytes; i++) {
-        if (p[i] >> 4 > 9) return 0;
-        if (i < bytes - 1 && (p[i] & 15) > 9) return 0;
-    }
-    return isSigned ? sign == 0xC || sign == 0xD : sign == 0xF || sign == 0xC;
-}
-
-KVR_INLINE int kvr_is_alphabetic(const uint8_t *p, int64_t n)
-{
-    int64_t i;
-    for (i = 0; i < n; i++)
-        if (!((p[i] >= 'A' && p[i] <= 'Z') || (p[i] >= 'a' && p[i] <= 'z') || p[i] == ' ')) return 0;
-    return 1;
-}
-KVR_INLINE int kvr_is_upper(const uint8_t *p, int64_t n)
-{
-    int64_t i;
-    for (i = 0; i < n; i++)
-        if (!((p[i] >= 'A' && p[i] <= 'Z') || p[i] == ' ')) return 0;
-    return 1;
-}
-KVR_INLINE int kvr_is_lower(const uint8_t *p, int64_t n)
-{
-    int64_t i;
-    for (i = 0; i < n; i++)
-        if (!((p[i] >= 'a' && p[i] <= 'z') || p[i] == ' ')) return 0;
-    return 1;
-}
-KVR_INLINE int kvr_is_class(const uint8_t *p, int64_t n, const uint8_t *table)
-{
-    int64_t i;
-    for (i = 0; i < n; i++)
-        if (table[p[i]]) return 0;
-    return 1;
+    return _zvkcClasPackedDec(p, digits) && (isSigned || ((p[digits / 2] & 15) != 0x0D && (p[digits / 2] & 15) != 0x0B));
 }
 
 /* ---- DISPLAY, ACCEPT */
@@ -673,17 +604,13 @@ KVR_INLINE uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *l
     return out;
 }
 
-/* TRIM; mode 1 leading, 2 trailing, 3 both. Of blanks only one stays. */
+/* TRIM; mode 1 leading, 2 trailing, 3 both. Of blanks nothing stays. */
 KVR_INLINE void kvr_trim(uint8_t **text, int64_t *length, int mode)
 {
     if (mode & 2)
         while (*length > 0 && (*text)[*length - 1] == ' ') --*length;
     if (mode & 1)
         while (*length > 0 && **text == ' ') ++*text, --*length;
-    if (*length == 0) {
-        *text = (uint8_t *)(intptr_t) " ";
-        *length = 1;
-    }
 }
 
 KVR_INLINE void kvr_part(uint8_t **text, int64_t *length, int64_t from, int64_t size)
