@@ -8,7 +8,7 @@ Statement *Parser::displayStatement()
     auto *s = begin<DisplayStatement>();
     while ((atOperand() || at(K_FUNCTION) || atMark('(')) && !panic_) {
         if (at(K_LINE) || at(K_UPON)) break;
-        inArguments_ = DisplayList;
+        inArguments_ = OperandList;
         s->items.push_back(atMark('(') ? expression() : operand());
         inArguments_ = NoList;
     }
