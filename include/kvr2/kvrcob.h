@@ -342,6 +342,20 @@ KVR_INLINE int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, 
     return -_zvkcCmpToPad(b + n, ' ', (int32_t)(bLength - n));
 }
 
+/*
+ * A zoned item of up to 18 digits with its sign in the last one. The arithmetic entries know the
+ * native form of the sign only; one that is a letter becomes native first.
+ */
+KVR_INLINE int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
+{
+    uint8_t last = p[digits - 1], native[18];
+    if ((last >= 'A' && last <= 'R') || last == '{' || last == '}') {
+        _zvkcBCD_CONV_ZndTO_To_ZndTO(p, native, digits, digits);
+        return _zvkcBCD_CONV_Znd_To_Int8(native, digits);
+    }
+    return _zvkcBCD_CONV_Znd_To_Int8(p, digits);
+}
+
 /* ---- Class tests */
 
 /* The table of the class of digits, for _zvkcClasUserDef. */
