@@ -109,6 +109,9 @@ void Emitter::statement(const Statement &s)
     case K_CALL:
         callStatement(static_cast<const CallStatement &>(s));
         break;
+    case K_ENTRY:
+        entryStatement(static_cast<const EntryStatement &>(s));
+        break;
     case K_CANCEL:
         cancelStatement(static_cast<const CancelStatement &>(s));
         break;
@@ -394,9 +397,13 @@ void Emitter::storage(Program &p)
     for (Program *outer = p.parent; outer; outer = outer->parent)
         for (Program *inner : outer->nested) add(inner);
     for (Program *other : group_.programs) add(other);
-    for (Program *other : visible)
+    for (Program *other : visible) {
         globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
                         ", kvr_cancel_", other->number, "}, ");
+        for (const EntryStatement *entry : other->entryPoints)
+            globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
+                            entry->number, ", kvr_cancel_", other->number, "}, ");
+    }
     globals_ += "{0, 0, 0}};\n";
 }
 
@@ -454,6 +461,7 @@ void Emitter::procedures(Program &p)
     } else {
         globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
     }
+    entryCases_.clear();
     // USE procedures are entered from the library: each by a number of its own.
     std::string entries;
     for (size_t i = 0; i < p.uses.size(); i++) {
@@ -516,7 +524,7 @@ void Emitter::procedures(Program &p)
         cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
     debugs_ = false;
     code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries,
-                "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
+                entryCases_, "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();
 }
 
@@ -610,6 +618,23 @@ void Emitter::entry(Program &p)
         out += "}\n";
     }
     out += sets;
+    size_t most = 0;
+    for (const EntryStatement *entry : p.entryPoints) most = std::max(most, entry->parameters.size());
+    if (!p.entryPoints.empty()) {
+        globals_ += cat("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
+        out += cat("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
+                   "entry) {\n");
+        for (const EntryStatement *entry : p.entryPoints) {
+            out += cat("case ", entry->number, ":\n");
+            for (size_t i = 0; i < entry->parameters.size(); i++) {
+                const Expr *e = entry->parameters[i].value;
+                const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(p, *e->ref, true) : nullptr;
+                if (item) out += cat("L", item->number, " = ", prefix, "entryArguments[", i, "];\n");
+            }
+            out += "break;\n";
+        }
+        out += cat("}\n", prefix, "entry = 0;\n");
+    }
     std::string fileEntry;
     for (File *f : p.files) {
         if (f->sortFile) continue;
@@ -639,7 +664,7 @@ void Emitter::entry(Program &p)
                    "element[0].status |= ZVK_IPCB_STATUS_30;\n}\n");
     if (localBytes) out += cat(prefix, "initialize_local();\n");
     out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)_zvkGetJmpBuffer(), 1);\n");
-    out += cat("if (status == 0) ", prefix, "body(0);\n");
+    out += cat("if (status == 0) ", prefix, "body(", p.entryPoints.empty() ? "0" : "entered", ");\n");
     if (p.initial) out += cat("if (", prefix, "called) _zvkCloseReset((int32_t *)", prefix, "element);\nelse ");
     if (outermost || true) out += cat("_zvkPgmTerm(&", prefix, "pcb);\n");
     std::string result = cat("(int64_t)", prefix, "returnCode");
@@ -665,6 +690,7 @@ void Emitter::entry(Program &p)
                "element[0].ent == 0) _zvkCloseReset((int32_t *)", prefix, "element);\n");
     for (Program *inner : p.nested) out += cat("kvr_cancel_", inner->number, "();\n");
     out += "}\n";
+    entryPoints(p, out);
     // The records.
     out += cat("static IPCB ", prefix, "element[1] = {{.entry = (ZvkRoutine)", name, ", .files = ", prefix,
                "files, .fileCount = ",
@@ -751,12 +777,20 @@ std::string Emitter::emit()
             if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
                 declarations += cat("#define ", symbol, " kvr_", symbol, "\n");
         }
+        for (const EntryStatement *entry : p.entryPoints) {
+            std::string parameters;
+            for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
+            declarations += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(",
+                                parameters.empty() ? "void" : parameters, ");\n");
+        }
         declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
     };
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
-    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n\n";
+    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
+    if (reversed_) out += "#include \"kvr2/kvrcob_reversed.h\"\n";
+    out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
