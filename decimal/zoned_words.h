@@ -15,8 +15,8 @@
 
 namespace bcd {
 
-// Gathers digits and keeps what is found wrong on the way, so that one test at the end is enough for
-// all items of a call.
+// Gathers digits and keeps what is found wrong on the way, so that one test at the end is enough
+// for all items of a call.
 class Gatherer {
 public:
     // 1 to 16 bytes, a digit each.
