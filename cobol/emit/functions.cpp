@@ -100,8 +100,6 @@ bool Emitter::functionIsNumeric(const Expr *e)
     return true;
 }
 
-// The arguments, with a table under the subscript ALL as each of its elements. A table of variable
-// length is not built.
 static bool hasAll(const Expr *e)
 {
     if (e->kind != ExprKind::Reference) return false;
@@ -128,10 +126,13 @@ void Emitter::expandAll(const Expr *e, std::vector<const Expr *> &out)
         error(e->at, "there is no table for this subscript");
         return;
     }
+    std::string count;
     if (tables[i]->dependingItem) {
-        notBuilt(e->at, "the subscript ALL for a table of variable length");
-        return;
+        // Only the occurrences that the table has now are arguments.
+        count = temp("int64_t");
+        put(cat(count, " = ", currentCount(*tables[i]), ";\n"));
     }
+    std::string outer = guards_.count(e) ? guards_[e] : "";
     for (uint32_t k = 1; k <= tables[i]->occursMax; k++) {
         Expr *copy = make<Expr>();
         *copy = *e;
@@ -142,6 +143,8 @@ void Emitter::expandAll(const Expr *e, std::vector<const Expr *> &out)
         number->at = e->at;
         number->text = keepText(std::to_string(k));
         copy->ref->subscripts[i] = number;
+        std::string guard = count.empty() ? outer : cat(outer, outer.empty() ? "" : " && ", k, " <= ", count);
+        if (!guard.empty()) guards_[copy] = guard;
         expandAll(copy, out);
         if (out.size() > 10000) {
             error(e->at, "these are too many arguments");
@@ -172,6 +175,9 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         error(e->at, "FUNCTION " + name + " gives a text; a number is needed here");
         return Num{};
     }
+    auto guardOf = [&](size_t i) { return guards_.count(args[i]) ? guards_[args[i]] : std::string(); };
+    bool guarded = false;
+    for (size_t i = 0; i < args.size(); i++) guarded |= !guardOf(i).empty();
     auto argument = [&](size_t i) { return number(args[i], -1); };
     auto whole = [&](size_t i) { return integer(args[i]); };
     auto floating = [&](size_t i) { return toFloat(number(args[i], -1)).text; };
@@ -236,7 +242,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
                 if (i == 0) {
                     put(cat(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n"));
                 } else {
-                    put(cat("if (kvr_compare(", t.address, ", ", t.length, ", ", address, ", ", length, ") ",
+                    put(cat("if (", guardOf(i), guardOf(i).empty() ? "" : " && ", "kvr_compare(", t.address, ", ", t.length, ", ", address, ", ", length, ") ",
                             most ? ">" : "<", " 0) { ", address, " = ", t.address, "; ", length, " = ", t.length, "; ",
                             place, " = ", i + 1, "; }\n"));
                 }
@@ -260,6 +266,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         std::string best = temp(type), least = temp(type), now = temp(type), place = temp("int64_t");
         for (size_t i = 0; i < all.size(); i++) {
             Num n = isFloat ? toFloat(all[i]) : toInt(scaleTo(all[i], scale, false));
+            if (!guardOf(i).empty()) put(cat("if (", guardOf(i), ") {\n"));
             put(cat(now, " = ", n.text, ";\n"));
             if (i == 0)
                 put(cat(best, " = ", least, " = ", now, "; ", place, " = 1;\n"));
@@ -267,6 +274,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
                 put(cat("if (", now, " > ", best, ") { ", best, " = ", now, "; ",
                         most ? cat(place, " = ", i + 1, "; ") : "", "}\nif (", now, " < ", least, ") { ", least, " = ",
                         now, "; ", most ? "" : cat(place, " = ", i + 1, "; "), "}\n"));
+            if (!guardOf(i).empty()) put("}\n");
         }
         if (name == "ORD-MAX" || name == "ORD-MIN") return integerNumber(place, 5, false);
         auto made = [&](const std::string &t) {
@@ -284,9 +292,21 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     }
     if (name == "SUM" || name == "MEAN") {
         Num sum;
+        std::string count;
+        if (guarded) {
+            count = temp("int64_t");
+            put(cat(count, " = 0;\n"));
+        }
         for (size_t i = 0; i < args.size(); i++) {
             Num n = number(args[i], -1);
             if (!n.good()) return Num{};
+            if (guarded) {
+                std::string guard = guardOf(i).empty() ? "1" : guardOf(i);
+                n = n.kind == Num::Float ? n : toInt(n);
+                n.text = cat("(", guard, " ? ", n.text, " : 0)");
+                n.literal = n.direct = false;
+                put(cat("if (", guard, ") ", count, "++;\n"));
+            }
             sum = i == 0 ? n : add(sum, n, false);
             if (args.size() > 8 && i % 8 == 7) {
                 // Many terms: no more digits than needed.
@@ -296,9 +316,10 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
             }
         }
         if (name == "SUM") return sum;
-        Decimal count;
-        count.digits = std::to_string(args.size());
-        return divide(sum, literalNumber(count), std::max({wantScale, sum.scale, 0}) + 10);
+        if (guarded) return divide(sum, integerNumber(count, 5), std::max({wantScale, sum.scale, 0}) + 10);
+        Decimal howMany;
+        howMany.digits = std::to_string(args.size());
+        return divide(sum, literalNumber(howMany), std::max({wantScale, sum.scale, 0}) + 10);
     }
     if (name == "ABS") {
         Num n = argument(0);
@@ -411,13 +432,23 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     }
     // MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE: an array of numbers.
     std::string array = temp("double", cat("[", args.size(), "]"));
-    for (size_t i = 0; i < args.size(); i++) put(cat(array, "[", i, "] = ", floating(i), ";\n"));
+    std::string count = cat(args.size());
+    if (guarded) {
+        count = temp("int");
+        put(cat(count, " = 0;\n"));
+    }
+    for (size_t i = 0; i < args.size(); i++) {
+        if (!guarded)
+            put(cat(array, "[", i, "] = ", floating(i), ";\n"));
+        else
+            put(cat("if (", guardOf(i).empty() ? "1" : guardOf(i), ") ", array, "[", count, "++] = ", floating(i), ";\n"));
+    }
     return floatNumber(cat("kvr_statistic('",
                            name == "MEDIAN"               ? 'M'
                            : name == "VARIANCE"           ? 'V'
                            : name == "STANDARD-DEVIATION" ? 'S'
                                                           : 'P',
-                           "', ", array, ", ", args.size(), ")"));
+                           "', ", array, ", ", count, ")"));
 }
 
 Text Emitter::functionText(const Expr *e)
@@ -505,7 +536,8 @@ Text Emitter::functionText(const Expr *e)
             if (i == 0)
                 put(cat(address, " = (uint8_t *)(intptr_t)", a.address, "; ", length, " = ", a.length, ";\n"));
             else
-                put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (kvr_compare(", now, ", ",
+                put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (",
+                        guards_.count(args[i]) ? guards_[args[i]] + " && " : "", "kvr_compare(", now, ", ",
                         nowLength, ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<", " 0) { ", address,
                         " = (uint8_t *)(intptr_t)", now, "; ", length, " = ", nowLength, "; }\n"));
         }

@@ -47,7 +47,7 @@ void Emitter::searchStatement(const SearchStatement &s)
     block(s.atEnd);
     put(cat("goto ", done, ";\n}\n"));
     for (const SearchStatement::When &when : s.whens) {
-        std::string c = condition(when.condition);
+        std::string c = debugCondition(condition(when.condition));
         put(cat("if (", c, ") {\n"));
         block(when.block);
         put(cat("goto ", done, ";\n}\n"));

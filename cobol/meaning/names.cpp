@@ -99,7 +99,7 @@ void Meaning::specials(Program &p)
         part(K_DEBUG_SUB_1, 5, true);
         part(K_DEBUG_SUB_2, 5, true);
         part(K_DEBUG_SUB_3, 5, true);
-        part(K_DEBUG_CONTENTS, 72, false);
+        part(K_DEBUG_CONTENTS, 200, false);
         group->size = offset - 1;
         if (!p.names->items.count(K_DEBUG_ITEM)) enter(p, group);
     }

@@ -229,6 +229,13 @@ void Parser::fileDescription(Program &p)
     records(p, Item::FileSection, f);
 }
 
+static bool inTable(const Item &item)
+{
+    for (const Item *a = &item; a; a = a->parent)
+        if (a->occurs) return true;
+    return false;
+}
+
 // Data descriptions up to the next header; levels become a tree.
 void Parser::records(Program &p, Item::Section section, File *file)
 {
@@ -256,6 +263,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
             }
             item->parent = lastItem;
             lastItem->conditions.push_back(item);
+            if (inTable(*item)) tableNames_.insert(item->name);
             continue;
         }
         if (item->isConstant) {
@@ -276,6 +284,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
         if (item->level == 1 || item->level == 77) {
             open.clear();
             open.push_back(item);
+            if (item->occurs) tableNames_.insert(item->name);
             lastItem = item;
             if (section == Item::FileSection && file)
                 file->records.push_back(item);
@@ -302,6 +311,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
         item->parent = open.back();
         open.back()->children.push_back(item);
         open.push_back(item);
+        if (inTable(*item)) tableNames_.insert(item->name);
         lastItem = item;
     }
 }

@@ -276,7 +276,15 @@ void Parser::classClause(Program &p)
 
 void Parser::symbolicClause(Program &p)
 {
-    while (atName()) {
+    // Another list begins only where numbers follow its names: "CONSOLE IS CRT" is the next clause.
+    auto atList = [&] {
+        size_t n = 0;
+        while (ahead(n).kind == TokenKind::Name && !isReserved(ahead(n).word)) n++;
+        if (n == 0) return false;
+        if (aheadIs(n, K_IS) || aheadIs(n, K_ARE)) n++;
+        return ahead(n).kind == TokenKind::Number;
+    };
+    for (bool first = true; first ? atName() : atList(); first = false) {
         std::vector<Word> names;
         while (atName()) {
             names.push_back(now().word);
@@ -284,7 +292,7 @@ void Parser::symbolicClause(Program &p)
         }
         take(K_IS);
         take(K_ARE);
-        size_t first = p.symbolics.size();
+        size_t from = p.symbolics.size();
         for (Word name : names) {
             int64_t ordinal = 0;
             if (!parseInteger(ordinal)) return;
@@ -295,7 +303,7 @@ void Parser::symbolicClause(Program &p)
             p.symbolics.push_back({name, static_cast<int>(ordinal), 0});
         }
         if (take(K_IN)) {
-            for (size_t i = first; i < p.symbolics.size(); i++) p.symbolics[i].alphabet = now().word;
+            for (size_t i = from; i < p.symbolics.size(); i++) p.symbolics[i].alphabet = now().word;
             step();
         }
     }
@@ -411,6 +419,9 @@ void Parser::selectEntry(Program &p)
                     f->device = now().word;
                     step();
                     any = true;
+                } else if (at(K_SORT) || at(K_MERGE) || at(K_RANDOM) || at(K_INPUT) || at(K_OUTPUT)) {
+                    step(); // a device as some systems have it; the file's own name then says which
+                    any = true;
                 } else if (at(K_USING)) {
                     step();
                     f->assignDynamic = true;
@@ -439,6 +450,11 @@ void Parser::selectEntry(Program &p)
                 any = true;
             }
             if (!any) error("expected a file's assignment before " + shown());
+            if (at(K_FOR) && aheadIs(1, K_MULTIPLE)) {
+                step();
+                step();
+                if (at(K_REEL) || at(K_UNIT)) step();
+            }
         } else if (take(K_RESERVE)) {
             if (atNumber() || at(K_NO)) step();
             take(K_ALTERNATE);

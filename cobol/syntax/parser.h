@@ -10,6 +10,8 @@
 // After an error the parser is in panic: it says no more until the next verb, period or header.
 #pragma once
 
+#include <set>
+
 #include "cobol/syntax/tree.h"
 
 namespace kvrcob {
@@ -134,6 +136,7 @@ private:
     Expr *unary();
     Expr *primary();
     Expr *functionCall();
+    bool beginsRefmod(size_t open) const;
     void subscriptsAndRefmod(Reference &ref);
     uint32_t relationalOperator(); // 0: none; takes its words
     bool atRelationalOperator() const;
@@ -204,6 +207,7 @@ private:
     bool panic_ = false;
     bool tooDeep_ = false;
     int depth_ = 0;
+    std::set<Word> tableNames_; // names of items that need subscripts
     bool inArguments_ = false; // of a function: "A -1" are two
     Program *program_ = nullptr;
 };

@@ -39,7 +39,7 @@ void Lexer::skipSpace(Token &token)
             position_++;
         } else if ((c == ',' || c == ';') && !(c == ',' && options_.commaIsPoint &&
                                                std::isdigit(static_cast<unsigned char>(at(position_ + 1))))) {
-            token.spaceBefore = true;
+            token.spaceBefore = token.commaBefore = true;
             position_++;
         } else {
             return;

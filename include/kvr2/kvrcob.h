@@ -24,6 +24,7 @@
 
 #include "kvr2/date_functions.h"
 #include "kvr2/exponentiation.h"
+#include "kvr2/file_module.h"
 #include "kvr2/floats.h"
 #include "kvr2/kvr2.h"
 #include "kvr2/mathematics.h"
@@ -672,17 +673,13 @@ KVR_INLINE uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *l
     return out;
 }
 
-/* TRIM; mode 1 leading, 2 trailing, 3 both. Of blanks only one stays. */
+/* TRIM; mode 1 leading, 2 trailing, 3 both. Of blanks nothing stays. */
 KVR_INLINE void kvr_trim(uint8_t **text, int64_t *length, int mode)
 {
     if (mode & 2)
         while (*length > 0 && (*text)[*length - 1] == ' ') --*length;
     if (mode & 1)
         while (*length > 0 && **text == ' ') ++*text, --*length;
-    if (*length == 0) {
-        *text = (uint8_t *)(intptr_t) " ";
-        *length = 1;
-    }
 }
 
 KVR_INLINE void kvr_part(uint8_t **text, int64_t *length, int64_t from, int64_t size)
@@ -710,16 +707,28 @@ KVR_INLINE void kvr_when_compiled(const char *date, const char *time, char *out)
     snprintf(out, 22, "%.4s%02d%02d%.2s%.2s%.2s00+0000", date + 7, month, atoi(date + 4), time, time + 3, time + 6);
 }
 
-/* DEBUG-ITEM for a procedure that is about to run */
-KVR_INLINE void kvr_debug(uint8_t *item, const char *way, int line, const char *name)
+/* ---- USE FOR DEBUGGING */
+
+#define KVR_DEBUG_CONTENTS 200
+
+/* DEBUG-ITEM: the line, the name, and what the event is or the item's bytes. */
+KVR_INLINE void kvr_debug(uint8_t *item, int line, const char *name, const void *contents, uint32_t length)
 {
     char number[16];
-    size_t n = strlen(name), w = strlen(way);
-    memset(item, ' ', 130);
+    size_t n = strlen(name);
+    memset(item, ' ', 56 + KVR_DEBUG_CONTENTS);
     snprintf(number, sizeof number, "%06d", line % 1000000);
     memcpy(item, number, 6);
     memcpy(item + 7, name, n < 30 ? n : 30);
-    memcpy(item + 56, way, w < 72 ? w : 72);
+    memcpy(item + 56, contents, length < KVR_DEBUG_CONTENTS ? length : KVR_DEBUG_CONTENTS);
+}
+
+/* A subscript in DEBUG-SUB-1 (place 0) to DEBUG-SUB-3. */
+KVR_INLINE void kvr_debug_subscript(uint8_t *item, int place, int64_t value)
+{
+    char number[16];
+    snprintf(number, sizeof number, "%+05d", (int)(value % 10000));
+    memcpy(item + 38 + 6 * place, number, 5);
 }
 
 /* ---- The process */
@@ -914,6 +923,14 @@ KVR_INLINE void kvr_close_reel(FCB *fcb, IPCB *element)
         field[0] = '0';
         field[1] = '7';
     }
+}
+
+/* A statement that the file's state does not allow: its status, and the USE procedure. */
+KVR_INLINE void kvr_refuse(FCB *fcb, IPCB *element, uint16_t status, uint8_t verb)
+{
+    fcb->currentVerb = verb;
+    zvkSetStatus(fcb, status, 0);
+    zvkFinishVerb(fcb, element, verb);
 }
 
 /* The page that begins next takes the present values of LINAGE. */
