@@ -8,8 +8,6 @@
 
 namespace filesystems {
 
-constexpr uint32_t longestKey = 500; // LMDB's 511 less the number that keeps duplicates apart
-
 void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHeader &header);
 
 } // namespace filesystems

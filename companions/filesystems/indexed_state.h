@@ -9,7 +9,6 @@
 
 namespace filesystems {
 
-constexpr uint32_t sequenceSize = 8;
 constexpr size_t keyRoom = 512;
 
 // INPUT reads ahead: entries with their records, copied out of one snapshot, which ends with the

@@ -16,8 +16,6 @@
 
 namespace filesystems {
 
-static constexpr uint32_t mostReaders = 8192; // of one store at the same time, 64 bytes each in NAME.mdb-lock
-
 // An environment with LMDB's locks may be open only once in a process; the files of a program that
 // are the same file share it. A child process takes none of its parent's.
 struct Store {
@@ -179,18 +177,6 @@ bool failWithStore(FCB *fcb, int error)
     return fail(fcb, 30, fs2Store);
 }
 
-// VFS_INDEXED_MAP, in megabytes.
-static size_t mapSize()
-{
-    constexpr size_t byDefault = size_t(1) << 36, least = 1 << 20;
-    const char *said = getenv("VFS_INDEXED_MAP");
-    char *end;
-    if (!said || *said < '0' || *said > '9') return byDefault;
-    unsigned long long megabytes = strtoull(said, &end, 10);
-    if (*end || megabytes == 0 || megabytes > size_t(1) << 26) return byDefault;
-    return static_cast<size_t>(megabytes) * least;
-}
-
 static int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
 {
     int error = mdb_env_create(env);
@@ -212,8 +198,6 @@ static int openEnvironment(const char *name, bool writable, bool locked, MDB_env
     }
     return error;
 }
-
-static void databaseName(uint32_t key, char *name) { snprintf(name, 8, key ? "%u" : "r", key); }
 
 // Pages that the file's end cuts off would end the program when they are touched; as zeros they are
 // an error of the store.
@@ -297,8 +281,8 @@ static int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data
     int error = beginReading(store, &txn);
     if (error && txn) mdb_txn_abort(txn);
     if (error) return error;
-    MDB_val k = valueOf("identity", 8), v;
-    error = mdb_dbi_open(txn, "about", 0, &about);
+    MDB_val k = identityKey(), v;
+    error = mdb_dbi_open(txn, aboutDatabase, 0, &about);
     if (!error) error = mdb_get(txn, about, &k, &v);
     if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
     for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
@@ -379,8 +363,8 @@ bool createStore(FCB *fcb, const StoredHeader &header)
         error = mdb_dbi_open(txn, database, MDB_CREATE, &data);
     }
     MDB_dbi about;
-    if (!error) error = mdb_dbi_open(txn, "about", MDB_CREATE, &about);
-    MDB_val k = valueOf("identity", 8), v = valueOf(&header.identity, 8);
+    if (!error) error = mdb_dbi_open(txn, aboutDatabase, MDB_CREATE, &about);
+    MDB_val k = identityKey(), v = valueOf(&header.identity, 8);
     if (!error) error = mdb_put(txn, about, &k, &v, 0);
     if (!error)
         error = mdb_txn_commit(txn);

@@ -14,10 +14,8 @@
 #ifndef COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
 #define COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
 
-#include <lmdb.h>
-
 #include "companions/filesystems/open_rules.h"
-#include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/store_layout.h"
 
 namespace filesystems {
 

@@ -8,10 +8,6 @@
 
 namespace filesystems {
 
-static constexpr off_t firstRecordLock = off_t(1) << 60;
-static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3,
-                       making = present + 4, changing = present + 5;
-
 static int setLock(int descriptor, short type, off_t start, off_t length = 1)
 {
     struct flock lock = {};
@@ -36,25 +32,25 @@ static int takeShared(int descriptor, off_t start) { return setLock(descriptor, 
 
 static int takePresence(int descriptor, bool alone, bool writes)
 {
-    if (alone && writes) return setLock(descriptor, F_WRLCK, present);
-    int error = takeShared(descriptor, present);
+    if (alone && writes) return setLock(descriptor, F_WRLCK, kPresent);
+    int error = takeShared(descriptor, kPresent);
     if (!error && alone) {
-        error = takeShared(descriptor, loners);
-        if (!error && othersHold(descriptor, present)) error = EAGAIN;
+        error = takeShared(descriptor, kLoners);
+        if (!error && othersHold(descriptor, kPresent)) error = EAGAIN;
     }
-    return !error && othersHold(descriptor, loners) ? EAGAIN : error;
+    return !error && othersHold(descriptor, kLoners) ? EAGAIN : error;
 }
 
 static int takeWriting(int descriptor, ShareMode share)
 {
-    int error = share == shareAllOther ? takeShared(descriptor, writers) : setLock(descriptor, F_WRLCK, writers);
-    return !error && othersHold(descriptor, deniers) ? EAGAIN : error;
+    int error = share == shareAllOther ? takeShared(descriptor, kWriters) : setLock(descriptor, F_WRLCK, kWriters);
+    return !error && othersHold(descriptor, kDeniers) ? EAGAIN : error;
 }
 
 static int takeDenying(int descriptor)
 {
-    int error = takeShared(descriptor, deniers);
-    return !error && othersHold(descriptor, writers) ? EAGAIN : error;
+    int error = takeShared(descriptor, kDeniers);
+    return !error && othersHold(descriptor, kWriters) ? EAGAIN : error;
 }
 
 bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held)
@@ -90,11 +86,11 @@ static void waitForLock(int descriptor, short type, off_t start, off_t length = 
     }
 }
 
-void beginMaking(int descriptor) { waitForLock(descriptor, F_WRLCK, making); }
-void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, making); }
+void beginMaking(int descriptor) { waitForLock(descriptor, F_WRLCK, kMaking); }
+void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, kMaking); }
 
-void beginChanging(int descriptor) { waitForLock(descriptor, F_WRLCK, changing); }
-void endChanging(int descriptor) { setLock(descriptor, F_UNLCK, changing); }
+void beginChanging(int descriptor) { waitForLock(descriptor, F_WRLCK, kChanging); }
+void endChanging(int descriptor) { setLock(descriptor, F_UNLCK, kChanging); }
 
 void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size)
 {
@@ -108,7 +104,7 @@ void unlockBytes(int descriptor, uint64_t offset, uint64_t size)
 
 static off_t lockOf(uint64_t record)
 {
-    return firstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1));
+    return kFirstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1));
 }
 
 Taken lockRecord(int descriptor, uint64_t record)
@@ -127,6 +123,6 @@ Taken lookAtLock(int descriptor, uint64_t record)
 
 void unlockRecord(int descriptor, uint64_t record) { setLock(descriptor, F_UNLCK, lockOf(record)); }
 
-void unlockAllRecords(int descriptor) { setLock(descriptor, F_UNLCK, firstRecordLock, off_t(1) << 60); }
+void unlockAllRecords(int descriptor) { setLock(descriptor, F_UNLCK, kFirstRecordLock, off_t(1) << 60); }
 
 } // namespace filesystems

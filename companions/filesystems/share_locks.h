@@ -5,11 +5,11 @@
 // nothing locked. They never wait, so there is no deadlock: what another open holds gives status 94
 // at OPEN (file in use) or 99 at a verb (record locked).
 //
-// Three bytes say who has the file open. `present` is locked shared by every open, exclusively by
-// one that shares with nobody. `writers` is locked shared by every open that writes, exclusively by
-// one that admits no other writer. A reader's descriptor can take shared locks only: one that
-// admits no writer locks `deniers`, one that admits nobody `loners`. Each takes its locks first and
-// looks for the other side's afterwards: of two at the same moment at least one sees the other.
+// Three bytes say who has the file open. `kPresent` is locked shared by every open, exclusively by
+// one that shares with nobody. `kWriters` is locked shared by every open that writes, exclusively
+// by one that admits no other writer. A reader's descriptor can take shared locks only: one that
+// admits no writer locks `kDeniers`, one that admits nobody `kLoners`. Each takes its locks first
+// and looks for the other side's afterwards: of two at the same moment at least one sees the other.
 //
 // Only transfers wait for each other: the bytes of a record while it is changed in place or read.
 // Who holds them waits for nothing but the disk.
@@ -26,6 +26,11 @@ namespace filesystems {
 enum ShareMode : uint8_t { shareDefault = 0, shareAllOther = 1, shareReadOnly = 2, shareNoOther = 3 };
 // `FIB.lockMode`, its lowest three bits.
 enum LockMode : uint8_t { lockDefault = 0, lockManual = 1, lockAutomatic = 2, lockExclusive = 3 };
+
+// The bytes that are locked; those of transfers are the data's own.
+constexpr int64_t kFirstRecordLock = int64_t(1) << 60;
+constexpr int64_t kPresent = int64_t(1) << 62, kWriters = kPresent + 1, kDeniers = kPresent + 2, kLoners = kPresent + 3,
+                  kMaking = kPresent + 4, kChanging = kPresent + 5;
 
 // How an open shares: what it has without a SHARE clause, and the freest that a clause may give it.
 struct SharePolicy {

@@ -10,13 +10,18 @@ namespace filesystems {
 
 static const char magic[8] = {'K', 'V', 'R', '2', 'F', 'I', 'L', 'E'};
 
-static uint64_t checksumOf(StoredHeader header)
+uint64_t checksumOf(StoredHeader header)
 {
     const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&header);
     uint64_t sum = 0xcbf29ce484222325u;
     header.checksum = 0;
     for (size_t i = 0; i < sizeof header; ++i) sum = (sum ^ bytes[i]) * 0x100000001b3u;
     return sum;
+}
+
+bool hasMark(const StoredHeader &header)
+{
+    return memcmp(header.mark, "STL", 3) == 0 && memcmp(header.magic, magic, sizeof magic) == 0;
 }
 
 void describeFile(const FIB *fib, StoredHeader *header)
@@ -54,8 +59,7 @@ bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHe
 {
     size_t got;
     if (int error = readAll(descriptor, header, sizeof *header, 0, &got)) return failWithErrno(fcb, error);
-    if (got < 11 || memcmp(header->mark, "STL", 3) != 0 || memcmp(header->magic, magic, sizeof magic) != 0)
-        return fail(fcb, 39, fs2Header);
+    if (got < 11 || !hasMark(*header)) return fail(fcb, 39, fs2Header);
     if (got != sizeof *header || header->checksum != checksumOf(*header)) return fail(fcb, 30, fs2Header);
     StoredHeader wanted = expected;
     wanted.identity = header->identity;

@@ -32,6 +32,10 @@ struct StoredHeader {
 };
 static_assert(sizeof(StoredHeader) == storedHeaderSize);
 
+uint64_t checksumOf(StoredHeader header);
+// Do its first bytes say that it is one?
+bool hasMark(const StoredHeader &header);
+
 // The header that a file of these attributes has, identity and checksum apart.
 void describeFile(const FIB *fib, StoredHeader *header);
 
