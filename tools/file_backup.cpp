@@ -95,7 +95,7 @@ bool copyIndexed(const std::string &from, const std::string &to, const struct st
     if (pages.descriptor < 0) return false;
     MDB_env *env = nullptr;
     int error = mdb_env_create(&env);
-    if (!error) mdb_env_set_maxreaders(env, filesystems::mostReaders);
+    if (!error) mdb_env_set_maxreaders(env, filesystems::kMostReaders);
     if (!error) mdb_env_set_mapsize(env, filesystems::mapSize());
     if (!error) error = mdb_env_open(env, storeName.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY, 0666);
     if (!error) error = mdb_env_copyfd(env, pages.descriptor);

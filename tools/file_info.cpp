@@ -170,7 +170,7 @@ bool printFile(std::string name, const Arguments &arguments)
         printStore(path, shape);
     } else if (header.read(path) && shape.relative()) {
         printf("  slots       %lld\n",
-               (static_cast<long long>(about.st_size) - static_cast<long long>(filesystems::storedHeaderSize)) /
+               (static_cast<long long>(about.st_size) - static_cast<long long>(filesystems::kStoredHeaderSize)) /
                    (4 + static_cast<long long>(shape.longest)));
     }
     bool all;

@@ -16,9 +16,9 @@ namespace file_tool {
 
 namespace {
 
-using filesystems::sequenceSize;
+using filesystems::kSequenceSize;
+using filesystems::kStoredHeaderSize;
 using filesystems::StoredHeader;
-using filesystems::storedHeaderSize;
 
 constexpr uint64_t kMostTold = 20;
 
@@ -41,7 +41,7 @@ bool hasDuplicates(const StoredHeader &header, uint32_t key)
 size_t numbersSize(const StoredHeader &header)
 {
     size_t size = 0;
-    for (uint32_t key = 1; key < header.keyCount; ++key) size += hasDuplicates(header, key) ? sequenceSize : 0;
+    for (uint32_t key = 1; key < header.keyCount; ++key) size += hasDuplicates(header, key) ? kSequenceSize : 0;
     return size;
 }
 
@@ -52,7 +52,7 @@ bool takeApart(const StoredHeader &header, std::string_view stored, std::vector<
     size_t size = numbersSize(header);
     if (stored.size() < size || stored.size() - size > header.longest || stored.size() - size < header.shortest)
         return false;
-    numbers->resize(size / sequenceSize);
+    numbers->resize(size / kSequenceSize);
     if (size) memcpy(numbers->data(), stored.data(), size);
     *record = stored.substr(size);
     for (uint32_t key = 0; key < header.keyCount; ++key)
@@ -73,7 +73,7 @@ std::string entryOf(const StoredHeader &header, uint32_t key, std::string_view r
     for (uint32_t before = 1; before < key; ++before) n += hasDuplicates(header, before);
     if (!hasDuplicates(header, key) || n >= numbers.size()) return entry;
     uint64_t swapped = __builtin_bswap64(numbers[n]);
-    return entry.append(reinterpret_cast<char *>(&swapped), sequenceSize);
+    return entry.append(reinterpret_cast<char *>(&swapped), kSequenceSize);
 }
 
 std::string quoted(std::string_view key)
@@ -106,7 +106,7 @@ public:
     bool take(const std::string &store, std::string *why)
     {
         int error = mdb_env_create(&env_);
-        if (!error) mdb_env_set_maxreaders(env_, filesystems::mostReaders);
+        if (!error) mdb_env_set_maxreaders(env_, filesystems::kMostReaders);
         if (!error) mdb_env_set_mapsize(env_, filesystems::mapSize());
         if (!error) error = mdb_env_open(env_, store.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY, 0666);
         if (!error) error = mdb_txn_begin(env_, nullptr, MDB_RDONLY, &txn_);
@@ -195,9 +195,9 @@ void verifyIndexed(const StoredHeader &header, const std::string &path, Findings
     pages.onDamage = [&](const std::string &what) { findings->add("store: " + what); };
     if (!mapSnapshot(storeOf(path), &snapshot, &pages, findings)) return findings->add("its store has no head page");
     if (pages.headLost()) findings->add("one of the two head pages of its store is damaged");
-    Tree trees[filesystems::mostKeys], about;
+    Tree trees[filesystems::kMostKeys], about;
     std::string_view identity;
-    if (!pages.findTree(filesystems::aboutDatabase, &about) || !pages.find(about, "identity", &identity) ||
+    if (!pages.findTree(filesystems::kAboutDatabase, &about) || !pages.find(about, "identity", &identity) ||
         identity.size() != sizeof header.identity || memcmp(identity.data(), &header.identity, identity.size()) != 0)
         findings->add("its store belongs to another file");
     for (uint32_t key = 0; key < header.keyCount; ++key) {
@@ -253,7 +253,7 @@ bool walkSlots(const StoredHeader &header, OpenFile &file,
     std::string slot(slotSize, 0);
     Progress progress("slots", file.size);
     for (uint64_t number = 1;; ++number) {
-        uint64_t at = storedHeaderSize + (number - 1) * slotSize;
+        uint64_t at = kStoredHeaderSize + (number - 1) * slotSize;
         if (at + slotSize > file.size) break;
         size_t got;
         if (int error = filesystems::readAll(file.descriptor, slot.data(), slotSize, at, &got))
@@ -265,7 +265,7 @@ bool walkSlots(const StoredHeader &header, OpenFile &file,
         off_t data = mark ? -2 : lseek(file.descriptor, static_cast<off_t>(at + slotSize), SEEK_DATA);
         if (data == -1 && errno == ENXIO) break; // a hole up to the end
         if (data > 0 && static_cast<uint64_t>(data) > at + slotSize)
-            number = (static_cast<uint64_t>(data) - storedHeaderSize) / slotSize; // the next one is there
+            number = (static_cast<uint64_t>(data) - kStoredHeaderSize) / slotSize; // the next one is there
     }
     return true;
 }
@@ -304,7 +304,7 @@ void verifySequential(const std::string &name, const Shape &shape, Findings *fin
     OpenFile about(pathOf(name));
     bool lines = prefixOf(name) == "lsq" || prefixOf(name) == "nat";
     uint64_t start =
-        prefixOf(name) == "stl" || prefixOf(name) == "jgt" || prefixOf(name) == "qvr" ? storedHeaderSize : 0;
+        prefixOf(name) == "stl" || prefixOf(name) == "jgt" || prefixOf(name) == "qvr" ? kStoredHeaderSize : 0;
     if (!lines && !file.failed() && about.size > start + bytes)
         findings->add(std::to_string(about.size - start - bytes) + " bytes at its end are no record");
     printf("%s: %llu records\n", name.c_str(), static_cast<unsigned long long>(records));
@@ -443,16 +443,16 @@ bool salvageSequential(const StoredHeader &header, const std::string &path, cons
     FileProgram made("stl-" + to, shape);
     if (file.descriptor < 0 || !made.open(ZVK_OPEN_OUTPUT)) return false;
     std::string record(header.longest + 4, 0);
-    uint64_t at = storedHeaderSize;
+    uint64_t at = kStoredHeaderSize;
     while (at < file.size) {
         uint32_t length = header.longest;
-        size_t got = 0, word = shape.variable() ? 4 : 0;
-        if (word && (filesystems::readAll(file.descriptor, &length, 4, at, &got) || got != 4)) break;
+        size_t got = 0, kWord = shape.variable() ? 4 : 0;
+        if (kWord && (filesystems::readAll(file.descriptor, &length, 4, at, &got) || got != 4)) break;
         if (length > header.longest || length < header.shortest) break; // where the next one begins is not known
-        if (filesystems::readAll(file.descriptor, record.data(), length, at + word, &got) || got != length) break;
+        if (filesystems::readAll(file.descriptor, record.data(), length, at + kWord, &got) || got != length) break;
         if (made.write(std::string_view(record).substr(0, length)) > "09") return false;
         ++salvage->kept;
-        at += word + length;
+        at += kWord + length;
     }
     if (at < file.size) {
         say("%llu bytes at the end are no record", static_cast<unsigned long long>(file.size - at));
@@ -580,7 +580,7 @@ int runCompact(const Arguments &arguments)
         OwnedFile owned(path);
         StoredHeaderFile header;
         StorePages pages;
-        auto trees = std::make_unique<Tree[]>(filesystems::mostKeys);
+        auto trees = std::make_unique<Tree[]>(filesystems::kMostKeys);
         int now = kFailed;
         if (openOwned(owned, path, &header, &pages, trees.get())) {
             if (!(header.header().organization & ZVK_FILE_INDEXED)) {
@@ -622,7 +622,7 @@ int runKeysAdd(const Arguments &arguments)
     OwnedFile owned(path);
     StoredHeaderFile file;
     StorePages pages;
-    auto trees = std::make_unique<Tree[]>(filesystems::mostKeys);
+    auto trees = std::make_unique<Tree[]>(filesystems::kMostKeys);
     if (arguments.shape.keys.empty()) return say("say which: --key=POSITION:LENGTH[:d]"), kUsage;
     if (!openOwned(owned, path, &file, &pages, trees.get())) return kFailed;
     StoredHeader old = file.header();
@@ -631,12 +631,12 @@ int runKeysAdd(const Arguments &arguments)
     std::vector<int> from;
     for (size_t key = 0; key < wanted.keys.size(); ++key) from.push_back(static_cast<int>(key));
     for (const FileKey &key : arguments.shape.keys) {
-        if (uint64_t(key.position) + key.length > wanted.longest || key.length > filesystems::longestKey)
+        if (uint64_t(key.position) + key.length > wanted.longest || key.length > filesystems::kLongestKey)
             return say("%s: the key does not fit its records", path.c_str()), kFailed;
         wanted.keys.push_back(key);
         from.push_back(-1);
     }
-    if (wanted.keys.size() > filesystems::mostKeys) return say("%s: too many keys", path.c_str()), kFailed;
+    if (wanted.keys.size() > filesystems::kMostKeys) return say("%s: too many keys", path.c_str()), kFailed;
     return changeKeys(path, owned, old, pages, trees.get(), headerOf(wanted), from);
 }
 
@@ -646,7 +646,7 @@ int runKeysDrop(const Arguments &arguments)
     OwnedFile owned(path);
     StoredHeaderFile file;
     StorePages pages;
-    auto trees = std::make_unique<Tree[]>(filesystems::mostKeys);
+    auto trees = std::make_unique<Tree[]>(filesystems::kMostKeys);
     char *end;
     unsigned long number = strtoul(arguments.names[1].c_str(), &end, 10);
     if (*end || number == 0) return say("'%s' is no number of an alternate key", arguments.names[1].c_str()), kUsage;

@@ -14,7 +14,7 @@
 
 namespace file_tool {
 
-using filesystems::sequenceSize;
+using filesystems::kSequenceSize;
 
 static constexpr uint32_t kChangesPerCommit = 20000;
 
@@ -58,7 +58,7 @@ bool StoreBuilder::create(const std::string &path, const filesystems::StoredHead
     unlink((path + ".mdb").c_str());
     made_ = true;
     if (!good(mdb_env_create(&env_))) return false;
-    mdb_env_set_maxdbs(env_, filesystems::mostKeys + 2);
+    mdb_env_set_maxdbs(env_, filesystems::kMostKeys + 2);
     mdb_env_set_mapsize(env_, filesystems::mapSize());
     if (!good(mdb_env_open(env_, (path + ".mdb").c_str(), MDB_NOSUBDIR | MDB_NOLOCK | MDB_NOTLS | MDB_NOSYNC, 0666)))
         return false;
@@ -70,7 +70,7 @@ bool StoreBuilder::create(const std::string &path, const filesystems::StoredHead
     }
     MDB_dbi about;
     MDB_val k = filesystems::identityKey(), v = {sizeof header_.identity, &header_.identity};
-    return good(mdb_dbi_open(txn_, filesystems::aboutDatabase, MDB_CREATE, &about)) &&
+    return good(mdb_dbi_open(txn_, filesystems::kAboutDatabase, MDB_CREATE, &about)) &&
            good(mdb_put(txn_, about, &k, &v, 0));
 }
 
@@ -88,7 +88,7 @@ bool StoreBuilder::has(std::string_view primaryKey)
 
 int StoreBuilder::nextNumber(uint32_t key, std::string_view value, uint64_t *number)
 {
-    std::string last = std::string(value) + std::string(sequenceSize, '\xFF');
+    std::string last = std::string(value) + std::string(kSequenceSize, '\xFF');
     MDB_cursor *cursor;
     MDB_val k = valueOf(last), v;
     int error = mdb_cursor_open(txn_, data_[key], &cursor);
@@ -97,7 +97,7 @@ int StoreBuilder::nextNumber(uint32_t key, std::string_view value, uint64_t *num
     error = mdb_cursor_get(cursor, &k, &v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
     *number = 1;
     if (!error && k.mv_size == last.size() && memcmp(k.mv_data, value.data(), value.size()) == 0) {
-        memcpy(number, static_cast<char *>(k.mv_data) + value.size(), sequenceSize);
+        memcpy(number, static_cast<char *>(k.mv_data) + value.size(), kSequenceSize);
         *number = __builtin_bswap64(*number) + 1;
     }
     mdb_cursor_close(cursor);
@@ -119,8 +119,8 @@ StoreBuilder::Added StoreBuilder::add(std::string_view record, const std::vector
         ++n;
         if (!number && !good(nextNumber(key, entries[key], &number))) return Added::failed;
         uint64_t swapped = __builtin_bswap64(number);
-        stored_.append(reinterpret_cast<char *>(&number), sequenceSize);
-        entries[key].append(reinterpret_cast<char *>(&swapped), sequenceSize);
+        stored_.append(reinterpret_cast<char *>(&number), kSequenceSize);
+        entries[key].append(reinterpret_cast<char *>(&swapped), kSequenceSize);
     }
     // All that can refuse comes before the first change.
     for (uint32_t key = 0; key < header_.keyCount; ++key) {
@@ -213,7 +213,7 @@ bool OwnedFile::replaceByNew()
         if (rename(store.c_str(), old.c_str()) != 0) return say("%s: %s", old.c_str(), strerror(errno)), false;
     }
     int error = forceFile(old);
-    if (!error) error = filesystems::writeAll(descriptor_, true, &made.header(), filesystems::storedHeaderSize, 0);
+    if (!error) error = filesystems::writeAll(descriptor_, true, &made.header(), filesystems::kStoredHeaderSize, 0);
     if (!error && fsync(descriptor_) != 0) error = errno;
     if (error) return say("%s: %s", path_.c_str(), strerror(error)), false;
     unlink(newName().c_str());

@@ -40,7 +40,7 @@ private:
     filesystems::StoredHeader header_{};
     MDB_env *env_ = nullptr;
     MDB_txn *txn_ = nullptr;
-    MDB_dbi data_[filesystems::mostKeys]{};
+    MDB_dbi data_[filesystems::kMostKeys]{};
     std::string stored_;
     uint32_t changes_ = 0;
     bool made_ = false;

@@ -12,7 +12,7 @@
 
 namespace file_tool {
 
-using filesystems::storedHeaderSize;
+using filesystems::kStoredHeaderSize;
 
 // --- the header
 
@@ -33,7 +33,7 @@ bool StoredHeaderFile::read(const std::string &path)
         reason_ = "it has no header";
     else if (size != sizeof header_ || header_.checksum != filesystems::checksumOf(header_))
         reason_ = "its header is damaged";
-    else if (header_.keyCount > filesystems::mostKeys)
+    else if (header_.keyCount > filesystems::kMostKeys)
         reason_ = "its header has too many keys";
     return reason_.empty();
 }
@@ -52,7 +52,7 @@ filesystems::StoredHeader headerOf(const Shape &shape)
 {
     struct {
         FIB fib{};
-        FileKey keys[filesystems::mostKeys]{};
+        FileKey keys[filesystems::kMostKeys]{};
     } laidOut;
     laidOut.fib.organization = shape.organization;
     laidOut.fib.maxRecord = shape.longest;
@@ -60,7 +60,7 @@ filesystems::StoredHeader headerOf(const Shape &shape)
     laidOut.fib.keyCount = static_cast<uint32_t>(shape.keys.size());
     laidOut.fib.keysOffset =
         static_cast<uint32_t>(reinterpret_cast<uint8_t *>(laidOut.keys) - reinterpret_cast<uint8_t *>(&laidOut.fib));
-    for (size_t i = 0; i < shape.keys.size() && i < filesystems::mostKeys; ++i) laidOut.keys[i] = shape.keys[i];
+    for (size_t i = 0; i < shape.keys.size() && i < filesystems::kMostKeys; ++i) laidOut.keys[i] = shape.keys[i];
     filesystems::StoredHeader header;
     filesystems::describeFile(&laidOut.fib, &header);
     return header;

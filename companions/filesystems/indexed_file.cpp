@@ -3,10 +3,10 @@
 // START (indexed_position.cpp).
 #include "companions/filesystems/indexed_file.h"
 
-#include <errno.h>
-#include <stdlib.h>
-#include <string.h>
-#include <time.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <unistd.h>
 
 #include "companions/filesystems/indexed_state.h"
@@ -167,11 +167,9 @@ int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool 
     return error ? error : followEntry(file, txn, *cursor, k, v, found);
 }
 
-// --- INPUT reads ahead
-
-constexpr size_t aheadSize = 65536;
-constexpr uint32_t mostAhead = 1000;
-constexpr int64_t aheadLife = 1000; // milliseconds; what others write is seen after that at the latest
+constexpr size_t kAheadSize = 65536;
+constexpr uint32_t kMostAhead = 1000;
+constexpr int64_t kAheadLife = 1000; // milliseconds; what others write is seen after that at the latest
 
 struct AheadEntry {
     uint32_t entrySize, primarySize, storedSize, another;
@@ -191,7 +189,7 @@ void fillAhead(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, bool back)
     ReadAhead &ahead = file->ahead;
     uint32_t wanted = ahead.wanted;
     dropAhead(file);
-    ahead.wanted = wanted < mostAhead / 4 ? wanted * 4 : mostAhead;
+    ahead.wanted = wanted < kMostAhead / 4 ? wanted * 4 : kMostAhead;
     ahead.back = back;
     ahead.madeAt = milliseconds();
     for (uint32_t n = 1; n < wanted; ++n) {
@@ -217,7 +215,7 @@ size_t takeAhead(IndexedFile *file, bool back, FoundEntry *found)
 {
     ReadAhead &ahead = file->ahead;
     if (ahead.at == ahead.filled || ahead.back != back || file->exact) return 0;
-    if (milliseconds() - ahead.madeAt > aheadLife) return 0;
+    if (milliseconds() - ahead.madeAt > kAheadLife) return 0;
     AheadEntry entry;
     uint8_t *from = ahead.buffer + ahead.at;
     memcpy(&entry, from, sizeof entry);
@@ -346,10 +344,8 @@ void closeFile(FCB *fcb, IPCB *element)
     _zvkGenericClose(fcb, element, 0);
 }
 
-} // namespace
-
 // EXTEND goes on behind the highest key.
-static int takeHighestKey(IndexedFile *file)
+int takeHighestKey(IndexedFile *file)
 {
     int error;
     MDB_txn *txn = reading(file, &error);
@@ -370,7 +366,7 @@ static int takeHighestKey(IndexedFile *file)
 
 // A record that ends before one of its keys does has no such key: the shortest record reaches to
 // the end of the last.
-static void describeRecords(IndexedFile *file, const FIB *fib, const StoredHeader &header)
+void describeRecords(IndexedFile *file, const FIB *fib, const StoredHeader &header)
 {
     file->format = recordFormatOf(fib);
     file->keyCount = header.keyCount;
@@ -381,6 +377,8 @@ static void describeRecords(IndexedFile *file, const FIB *fib, const StoredHeade
         file->numbered += hasDuplicates(file, key);
     }
 }
+
+} // namespace
 
 void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHeader &header)
 {
@@ -393,8 +391,8 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
         file->locks.start(fcb, fib, opened.descriptor);
         file->alone = !input && opened.held.alone;
         size_t own = recordRoom(file);
-        fcb->moduleBuffer2 = malloc(own + (input ? aheadSize : 0));
-        if (input) file->ahead = {static_cast<uint8_t *>(fcb->moduleBuffer2) + own, aheadSize, 0, 0, 1, false, 0};
+        fcb->moduleBuffer2 = malloc(own + (input ? kAheadSize : 0));
+        if (input) file->ahead = {static_cast<uint8_t *>(fcb->moduleBuffer2) + own, kAheadSize, 0, 0, 1, false, 0};
     }
     if (!fcb->moduleBuffer2)
         fail(fcb, 34, fs2Storage);

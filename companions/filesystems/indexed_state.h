@@ -1,7 +1,6 @@
 // An open indexed file, and what its verbs are made of: transactions, the record with its entries
 // in all keys, the place of sequential reading.
-#ifndef COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
-#define COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
+#pragma once
 
 #include "companions/filesystems/indexed_store.h"
 #include "companions/filesystems/record_format.h"
@@ -9,7 +8,7 @@
 
 namespace filesystems {
 
-constexpr size_t keyRoom = 512;
+constexpr size_t kKeyRoom = 512;
 
 // INPUT reads ahead: entries with their records, copied out of one snapshot, which ends with the
 // verb. A reader that waits for its terminal, or was killed, so holds no page of the store.
@@ -35,14 +34,14 @@ struct IndexedFile {
     uint64_t changedBytes;
     ReadAhead ahead;
     uint32_t keyCount, numbered; // keys; alternates with duplicates
-    FileKey keys[mostKeys];
-    MDB_dbi data[mostKeys];
+    FileKey keys[kMostKeys];
+    MDB_dbi data[kMostKeys];
     RecordFormat format;
     RecordLocks locks;
     uint32_t reference; // key of reference
-    uint8_t place[keyRoom];
+    uint8_t place[kKeyRoom];
     size_t placeSize;
-    uint8_t lastKey[keyRoom]; // primary key of the last READ, or of the last sequential WRITE
+    uint8_t lastKey[kKeyRoom]; // primary key of the last READ, or of the last sequential WRITE
     bool wrote;
 };
 
@@ -77,7 +76,7 @@ bool endsForLostChanges(FCB *fcb, IPCB *element, uint8_t verb);
 // --- indexed_record.cpp: a record and its entries in all keys
 
 // Bytes in front of a record as it is stored: the numbers of its keys with duplicates.
-inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * sequenceSize; }
+inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * kSequenceSize; }
 // Bytes that `moduleBuffer2` needs: two records as stored.
 inline size_t recordRoom(const IndexedFile *file) { return 2 * (numbersSize(file) + file->format.longest); }
 
@@ -96,7 +95,7 @@ int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old);
 // Bytes of an entry's key. An entry of another length is damage.
 inline size_t entrySize(const IndexedFile *file, uint32_t key)
 {
-    return file->keys[key].length + (hasDuplicates(file, key) ? sequenceSize : 0);
+    return file->keys[key].length + (hasDuplicates(file, key) ? kSequenceSize : 0);
 }
 int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor);
 void dropAhead(IndexedFile *file);
@@ -109,5 +108,3 @@ bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at);
 void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request);
 
 } // namespace filesystems
-
-#endif

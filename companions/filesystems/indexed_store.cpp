@@ -1,11 +1,12 @@
 #include "companions/filesystems/indexed_store.h"
 
-#include <errno.h>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
-#include <limits.h>
 #include <pthread.h>
-#include <stdlib.h>
-#include <string.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -33,44 +34,58 @@ struct Store {
     size_t pageSize;
     char name[];
 };
-static Store *stores;
-static pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
 
-static bool storeName(FCB *fcb, char *name, const char *suffix)
+namespace {
+
+Store *stores;
+pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
+
+// Another name of the same file, in the same folder, that has a store: a hard link to it shares its
+// records. False: there is none.
+bool otherName(const char *file, const struct stat &about, char *name)
 {
-    char path[PATH_MAX];
+    const char *slash = strrchr(file, '/');
+    char folder[PATH_MAX], path[PATH_MAX];
+    snprintf(folder, sizeof folder, "%.*s", slash ? static_cast<int>(slash - file + 1) : 2, slash ? file : "./");
+    DIR *entries = opendir(folder);
+    bool found = false;
+    while (dirent *entry = entries && !found ? readdir(entries) : nullptr) {
+        struct stat other;
+        if (entry->d_ino != about.st_ino || snprintf(path, sizeof path, "%s%s", folder, entry->d_name) >= PATH_MAX)
+            continue;
+        if (snprintf(name, PATH_MAX, "%s.mdb", path) >= PATH_MAX || access(name, F_OK) != 0) continue;
+        found = stat(path, &other) == 0 && other.st_dev == about.st_dev && other.st_ino == about.st_ino;
+    }
+    if (entries) closedir(entries);
+    if (found) snprintf(name, PATH_MAX, "%s", path);
+    return found;
+}
+
+bool storeName(FCB *fcb, char *name, const char *suffix)
+{
+    char path[PATH_MAX], linked[PATH_MAX];
+    struct stat about;
     const char *file = resolvedName(fcb->fileName, path);
     if (!file) return failWithErrno(fcb, errno);
+    if (snprintf(name, PATH_MAX, "%s.mdb", file) >= PATH_MAX) return failWithErrno(fcb, ENAMETOOLONG);
+    // A file of several names has its store beside one of them.
+    if (access(name, F_OK) != 0 && stat(file, &about) == 0 && about.st_nlink > 1) {
+        if (otherName(file, about, linked))
+            file = linked;
+        else if (about.st_size)
+            return fail(fcb, 30, fs2Link);
+    }
     if (snprintf(name, PATH_MAX, "%s.mdb%s", file, suffix) < PATH_MAX) return true;
     return failWithErrno(fcb, ENAMETOOLONG);
 }
 
-// --- Transactions
-
-int storeIsReplaced(const Store *store)
-{
-    char lock[PATH_MAX];
-    struct stat about;
-    if (stat(store->name, &about) != 0 || about.st_dev != store->device || about.st_ino != store->inode)
-        return storeReplaced;
-    if (!store->lockInode) return 0;
-    snprintf(lock, sizeof lock, "%s-lock", store->name);
-    bool same = stat(lock, &about) == 0 && about.st_dev == store->lockDevice && about.st_ino == store->lockInode;
-    return same ? 0 : storeReplaced;
-}
-
-static void enterTransaction(Store *store)
+void enterTransaction(Store *store)
 {
     if (store->shared) pthread_rwlock_rdlock(&store->mapLock);
 }
 
-void leaveTransaction(Store *store)
-{
-    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
-}
-
 // With size 0 as large as another program made it.
-static void resizeMap(Store *store, size_t size)
+void resizeMap(Store *store, size_t size)
 {
     if (store->shared) pthread_rwlock_wrlock(&store->mapLock);
     mdb_env_set_mapsize(store->env, size);
@@ -79,14 +94,14 @@ static void resizeMap(Store *store, size_t size)
 
 // Twice the address space while half of it is used. If the system gives no more, LMDB says so once
 // the store is full.
-static void growMap(Store *store)
+void growMap(Store *store)
 {
     MDB_envinfo info;
     if (mdb_env_info(store->env, &info) == 0 && (info.me_last_pgno + 1) * store->pageSize > info.me_mapsize / 2)
         resizeMap(store, info.me_mapsize * 2);
 }
 
-static int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
+int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
 {
     bool cleared = false;
     for (;;) {
@@ -109,6 +124,155 @@ static int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
         else
             return error;
     }
+}
+
+// Is there no room for a store to grow? Asks for some behind its end, which no data is harmed by.
+bool storeIsFull(FCB *fcb)
+{
+    constexpr off_t some = 65536;
+    char name[PATH_MAX];
+    if (!storeName(fcb, name, "")) return false;
+    int descriptor = open(name, O_RDWR | O_CLOEXEC);
+    struct stat about;
+    rlimit limit;
+    bool full = false;
+    if (descriptor >= 0 && fstat(descriptor, &about) == 0) {
+        SizeLimitHeldOff guard;
+        if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+            full = static_cast<rlim_t>(about.st_size + some) > limit.rlim_cur;
+        if (!full && fallocate(descriptor, FALLOC_FL_KEEP_SIZE, about.st_size, some) != 0) {
+            struct statvfs space;
+            full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG ||
+                   (fstatvfs(descriptor, &space) == 0 && space.f_bavail * space.f_frsize < static_cast<uint64_t>(some));
+        }
+    }
+    if (descriptor >= 0) close(descriptor);
+    return full;
+}
+
+int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
+{
+    int error = mdb_env_create(env);
+    if (error) return error;
+    mdb_env_set_mapsize(*env, mapSize());
+    mdb_env_set_maxreaders(*env, kMostReaders);
+    mdb_env_set_maxdbs(*env, kMostKeys + 2);
+    // NOMETASYNC: data is forced before the page that leads to it is written, which the next commit
+    // or CLOSE forces.
+    Durability durability = wantedDurability();
+    unsigned forcing = durability == Durability::none    ? MDB_NOSYNC
+                       : durability == Durability::close ? MDB_NOMETASYNC
+                                                         : 0;
+    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | forcing | (writable ? 0 : MDB_RDONLY) | (locked ? 0 : MDB_NOLOCK);
+    error = mdb_env_open(*env, name, flags, 0666);
+    if (error) {
+        mdb_env_close(*env);
+        *env = nullptr;
+    }
+    return error;
+}
+
+// Pages that the file's end cuts off would end the program when they are touched; as zeros they are
+// an error of the store.
+bool completePages(const char *name, MDB_env *env)
+{
+    MDB_envinfo info;
+    MDB_stat about;
+    struct stat file;
+    if (mdb_env_info(env, &info) || mdb_env_stat(env, &about) || stat(name, &file)) return false;
+    off_t size = static_cast<off_t>((info.me_last_pgno + 1) * about.ms_psize);
+    return file.st_size >= size || truncate(name, size) == 0;
+}
+
+// Opens the environment and makes its record; the caller puts it into the list.
+Store *openStore(const char *name, const struct stat &about, bool writable, bool locked, int *error)
+{
+    MDB_env *env = nullptr;
+    *error = openEnvironment(name, writable, locked, &env);
+    if (*error) return nullptr;
+    auto *store = static_cast<Store *>(calloc(1, sizeof(Store) + strlen(name) + 1));
+    *error = !store ? ENOMEM : completePages(name, env) ? 0 : MDB_CORRUPTED;
+    char lock[PATH_MAX];
+    struct stat locks = {};
+    snprintf(lock, sizeof lock, "%s-lock", name);
+    if (!*error && locked && stat(lock, &locks) != 0) *error = kStoreReplaced;
+    if (*error) {
+        mdb_env_close(env);
+        free(store);
+        return nullptr;
+    }
+    MDB_stat pages;
+    mdb_env_stat(env, &pages);
+    *store = {about.st_dev, about.st_ino, getpid(),      env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
+              locks.st_dev, locks.st_ino, pages.ms_psize};
+    strcpy(store->name, name);
+    clearDeadReaders(store);
+    return store;
+}
+
+// Writable if it can be: another file of this program may want to write.
+Store *shareStore(const char *name, const struct stat &about, bool writable, int *error)
+{
+    writable |= faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) == 0;
+    pthread_mutex_lock(&storesLock);
+    Store *store = stores;
+    while (store && !(store->device == about.st_dev && store->inode == about.st_ino && store->process == getpid()))
+        store = store->next;
+    if (store && writable && !store->writable)
+        *error = EBUSY, store = nullptr;
+    else if (store)
+        ++store->users;
+    else if ((store = openStore(name, about, writable, true, error))) {
+        store->next = stores;
+        stores = store;
+    }
+    pthread_mutex_unlock(&storesLock);
+    return store;
+}
+
+// The databases of all keys, and the store's identity.
+int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
+{
+    MDB_txn *txn = nullptr;
+    MDB_dbi about;
+    int error = beginReading(store, &txn);
+    if (error && txn) mdb_txn_abort(txn);
+    if (error) return error;
+    MDB_val k = identityKey(), v;
+    error = mdb_dbi_open(txn, kAboutDatabase, 0, &about);
+    if (!error) error = mdb_get(txn, about, &k, &v);
+    if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
+    for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
+        char name[8];
+        databaseName(key, name);
+        error = mdb_dbi_open(txn, name, 0, &data[key]);
+    }
+    // Committed, or the handles go with it.
+    if (error)
+        mdb_txn_abort(txn);
+    else
+        error = mdb_txn_commit(txn);
+    leaveTransaction(store);
+    return error == MDB_NOTFOUND ? MDB_INCOMPATIBLE : error;
+}
+
+} // namespace
+
+int storeIsReplaced(const Store *store)
+{
+    char lock[PATH_MAX];
+    struct stat about;
+    if (stat(store->name, &about) != 0 || about.st_dev != store->device || about.st_ino != store->inode)
+        return kStoreReplaced;
+    if (!store->lockInode) return 0;
+    snprintf(lock, sizeof lock, "%s-lock", store->name);
+    bool same = stat(lock, &about) == 0 && about.st_dev == store->lockDevice && about.st_ino == store->lockInode;
+    return same ? 0 : kStoreReplaced;
+}
+
+void leaveTransaction(Store *store)
+{
+    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
 }
 
 int beginReading(Store *store, MDB_txn **txn) { return beginTransaction(store, MDB_RDONLY, txn); }
@@ -139,32 +303,6 @@ uint64_t bytesPerCommit(const Store *store)
     return mdb_env_info(store->env, &info) == 0 ? info.me_mapsize / 16 : 0;
 }
 
-// --- The store as a file
-
-// Is there no room for a store to grow? Asks for some behind its end, which no data is harmed by.
-static bool storeIsFull(FCB *fcb)
-{
-    constexpr off_t some = 65536;
-    char name[PATH_MAX];
-    if (!storeName(fcb, name, "")) return false;
-    int descriptor = open(name, O_RDWR | O_CLOEXEC);
-    struct stat about;
-    rlimit limit;
-    bool full = false;
-    if (descriptor >= 0 && fstat(descriptor, &about) == 0) {
-        SizeLimitHeldOff guard;
-        if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
-            full = static_cast<rlim_t>(about.st_size + some) > limit.rlim_cur;
-        if (!full && fallocate(descriptor, FALLOC_FL_KEEP_SIZE, about.st_size, some) != 0) {
-            struct statvfs space;
-            full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG ||
-                   (fstatvfs(descriptor, &space) == 0 && space.f_bavail * space.f_frsize < static_cast<uint64_t>(some));
-        }
-    }
-    if (descriptor >= 0) close(descriptor);
-    return full;
-}
-
 bool failWithStore(FCB *fcb, int error)
 {
     // LMDB says EIO also when the system took only a part of what it wrote, as a full disk or the
@@ -172,89 +310,9 @@ bool failWithStore(FCB *fcb, int error)
     if (error == EIO && storeIsFull(fcb)) return fail(fcb, 34, fs2Full);
     if (error > 0) return failWithErrno(fcb, error);
     if (error == MDB_READERS_FULL) return fail(fcb, 93, fs2Readers);
-    if (error == storeReplaced) return fail(fcb, 30, fs2Replaced);
+    if (error == kStoreReplaced) return fail(fcb, 30, fs2Replaced);
     if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
     return fail(fcb, 30, fs2Store);
-}
-
-static int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
-{
-    int error = mdb_env_create(env);
-    if (error) return error;
-    mdb_env_set_mapsize(*env, mapSize());
-    mdb_env_set_maxreaders(*env, mostReaders);
-    mdb_env_set_maxdbs(*env, mostKeys + 2);
-    // NOMETASYNC: data is forced before the page that leads to it is written, which the next commit
-    // or CLOSE forces.
-    Durability durability = wantedDurability();
-    unsigned forcing = durability == Durability::none    ? MDB_NOSYNC
-                       : durability == Durability::close ? MDB_NOMETASYNC
-                                                         : 0;
-    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | forcing | (writable ? 0 : MDB_RDONLY) | (locked ? 0 : MDB_NOLOCK);
-    error = mdb_env_open(*env, name, flags, 0666);
-    if (error) {
-        mdb_env_close(*env);
-        *env = nullptr;
-    }
-    return error;
-}
-
-// Pages that the file's end cuts off would end the program when they are touched; as zeros they are
-// an error of the store.
-static bool completePages(const char *name, MDB_env *env)
-{
-    MDB_envinfo info;
-    MDB_stat about;
-    struct stat file;
-    if (mdb_env_info(env, &info) || mdb_env_stat(env, &about) || stat(name, &file)) return false;
-    off_t size = static_cast<off_t>((info.me_last_pgno + 1) * about.ms_psize);
-    return file.st_size >= size || truncate(name, size) == 0;
-}
-
-// Opens the environment and makes its record; the caller puts it into the list.
-static Store *openStore(const char *name, const struct stat &about, bool writable, bool locked, int *error)
-{
-    MDB_env *env = nullptr;
-    *error = openEnvironment(name, writable, locked, &env);
-    if (*error) return nullptr;
-    auto *store = static_cast<Store *>(calloc(1, sizeof(Store) + strlen(name) + 1));
-    *error = !store ? ENOMEM : completePages(name, env) ? 0 : MDB_CORRUPTED;
-    char lock[PATH_MAX];
-    struct stat locks = {};
-    snprintf(lock, sizeof lock, "%s-lock", name);
-    if (!*error && locked && stat(lock, &locks) != 0) *error = storeReplaced;
-    if (*error) {
-        mdb_env_close(env);
-        free(store);
-        return nullptr;
-    }
-    MDB_stat pages;
-    mdb_env_stat(env, &pages);
-    *store = {about.st_dev, about.st_ino, getpid(),      env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
-              locks.st_dev, locks.st_ino, pages.ms_psize};
-    strcpy(store->name, name);
-    clearDeadReaders(store);
-    return store;
-}
-
-// Writable if it can be: another file of this program may want to write.
-static Store *shareStore(const char *name, const struct stat &about, bool writable, int *error)
-{
-    writable |= faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) == 0;
-    pthread_mutex_lock(&storesLock);
-    Store *store = stores;
-    while (store && !(store->device == about.st_dev && store->inode == about.st_ino && store->process == getpid()))
-        store = store->next;
-    if (store && writable && !store->writable)
-        *error = EBUSY, store = nullptr;
-    else if (store)
-        ++store->users;
-    else if ((store = openStore(name, about, writable, true, error))) {
-        store->next = stores;
-        stores = store;
-    }
-    pthread_mutex_unlock(&storesLock);
-    return store;
 }
 
 void leaveStore(Store *store)
@@ -271,32 +329,6 @@ void leaveStore(Store *store)
         free(store);
     }
     pthread_mutex_unlock(&storesLock);
-}
-
-// The databases of all keys, and the store's identity.
-static int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
-{
-    MDB_txn *txn = nullptr;
-    MDB_dbi about;
-    int error = beginReading(store, &txn);
-    if (error && txn) mdb_txn_abort(txn);
-    if (error) return error;
-    MDB_val k = identityKey(), v;
-    error = mdb_dbi_open(txn, aboutDatabase, 0, &about);
-    if (!error) error = mdb_get(txn, about, &k, &v);
-    if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
-    for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
-        char name[8];
-        databaseName(key, name);
-        error = mdb_dbi_open(txn, name, 0, &data[key]);
-    }
-    // Committed, or the handles go with it.
-    if (error)
-        mdb_txn_abort(txn);
-    else
-        error = mdb_txn_commit(txn);
-    leaveTransaction(store);
-    return error == MDB_NOTFOUND ? MDB_INCOMPATIBLE : error;
 }
 
 Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data)
@@ -363,7 +395,7 @@ bool createStore(FCB *fcb, const StoredHeader &header)
         error = mdb_dbi_open(txn, database, MDB_CREATE, &data);
     }
     MDB_dbi about;
-    if (!error) error = mdb_dbi_open(txn, aboutDatabase, MDB_CREATE, &about);
+    if (!error) error = mdb_dbi_open(txn, kAboutDatabase, MDB_CREATE, &about);
     MDB_val k = identityKey(), v = valueOf(&header.identity, 8);
     if (!error) error = mdb_put(txn, about, &k, &v, 0);
     if (!error)

@@ -11,8 +11,7 @@
 //
 // The address space of a store is given at its opening and grows when half of it is used, in this
 // program before a change and in others when they meet the new size.
-#ifndef COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
-#define COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
+#pragma once
 
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/store_layout.h"
@@ -37,10 +36,10 @@ void leaveStore(Store *store);
 int beginReading(Store *store, MDB_txn **txn);
 int beginChange(Store *store, MDB_txn **txn);
 void leaveTransaction(Store *store);
-// Are NAME.mdb and its lock file those that were opened? 0, or `storeReplaced`: what others see and
+// Are NAME.mdb and its lock file those that were opened? 0, or `kStoreReplaced`: what others see and
 // lock is something else.
 int storeIsReplaced(const Store *store);
-constexpr int storeReplaced = -40001;
+constexpr int kStoreReplaced = -40001;
 
 // CLOSE: forces what was committed to the disk, if the program's durability has it so.
 int forceStore(Store *store);
@@ -56,5 +55,3 @@ bool failWithStore(FCB *fcb, int error);
 inline MDB_val valueOf(const void *data, size_t size) { return {size, const_cast<void *>(data)}; }
 
 } // namespace filesystems
-
-#endif

@@ -12,7 +12,11 @@
 
 namespace filesystems {
 
-static constexpr uint32_t changesPerCommit = 10000, commitsPerReaderCheck = 1000;
+namespace {
+
+constexpr uint32_t kChangesPerCommit = 10000, kCommitsPerReaderCheck = 1000;
+
+} // namespace
 
 MDB_txn *reading(IndexedFile *file, int *error)
 {
@@ -65,7 +69,7 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
     if (file->batch && !error) {
         if (!made) return 0;
         file->changedBytes += bytes;
-        if (++file->changes < changesPerCommit && file->changedBytes < bytesPerCommit(file->store)) return 0;
+        if (++file->changes < kChangesPerCommit && file->changedBytes < bytesPerCommit(file->store)) return 0;
         return commitBatch(file);
     }
     if (error || !made) {
@@ -77,7 +81,7 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
     } else {
         error = mdb_txn_commit(txn);
         file->committed |= !error;
-        if (++file->commits % commitsPerReaderCheck == 0) clearDeadReaders(file->store);
+        if (++file->commits % kCommitsPerReaderCheck == 0) clearDeadReaders(file->store);
     }
     leaveTransaction(file->store);
     return error;

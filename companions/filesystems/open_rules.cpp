@@ -1,14 +1,16 @@
 #include "companions/filesystems/open_rules.h"
 
-#include <errno.h>
+#include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace filesystems {
 
-static Opened refused(int descriptor = -1)
+namespace {
+
+Opened refused(int descriptor = -1)
 {
     if (descriptor >= 0) close(descriptor);
     return {-1, false, false, 0, {}};
@@ -16,12 +18,14 @@ static Opened refused(int descriptor = -1)
 
 // An OPTIONAL file that is not there: a success for INPUT, which reads none; created by I-O and
 // EXTEND.
-static Opened absent(FCB *fcb)
+Opened absent(FCB *fcb)
 {
     fcb->state |= ZVK_FILE_ABSENT;
     fail(fcb, 5, fs2Absent);
     return refused();
 }
+
+} // namespace
 
 Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent)
 {

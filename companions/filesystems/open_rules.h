@@ -4,8 +4,7 @@
 // A name is opened without waiting and without cutting it, then looked at, then taken
 // (share_locks.h). OUTPUT empties it only when nothing can refuse any more. So a pipe does not hang
 // the program, and a file that is refused is not touched.
-#ifndef COMPANIONS_FILESYSTEMS_OPEN_RULES_H
-#define COMPANIONS_FILESYSTEMS_OPEN_RULES_H
+#pragma once
 
 #include "companions/filesystems/secondary_status.h"
 #include "companions/filesystems/share_locks.h"
@@ -49,5 +48,3 @@ inline void dropBuffers(FCB *fcb)
 }
 
 } // namespace filesystems
-
-#endif

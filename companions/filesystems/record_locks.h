@@ -5,8 +5,7 @@
 // or, with locks on several records, with UNLOCK or CLOSE. REWRITE and DELETE of a record that
 // somebody else has locked are refused whether or not this open reads with locks. A file that
 // nobody else can write has no locks at all.
-#ifndef COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
-#define COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
+#pragma once
 
 #include "companions/filesystems/secondary_status.h"
 #include "companions/filesystems/share_locks.h"
@@ -76,5 +75,3 @@ private:
 };
 
 } // namespace filesystems
-
-#endif

@@ -11,10 +11,10 @@
 // from that slot on before the search goes on.
 #include "companions/filesystems/relative_file.h"
 
-#include <errno.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
-#include <stdlib.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,15 +28,15 @@ namespace filesystems {
 
 namespace {
 
-constexpr uint32_t word = 4;
-constexpr uint64_t mostRecords = uint64_t(1) << 40;
-constexpr size_t windowSize = 65536;
-constexpr int64_t noRecord = -1, noLength = -2; // an empty slot; a length word that no record has
-constexpr int damagedSlot = -1;                 // for an errno
+constexpr uint32_t kWord = 4;
+constexpr uint64_t kMostRecords = uint64_t(1) << 40;
+constexpr size_t kWindowSize = 65536;
+constexpr int64_t kNoRecord = -1, kNoLength = -2; // an empty slot; a length word that no record has
+constexpr int kDamagedSlot = -1;                  // for an errno
 
 struct RelativeFile {
     int descriptor;
-    int error; // of the last transfer: an errno, or `damagedSlot`
+    int error; // of the last transfer: an errno, or `kDamagedSlot`
     RecordFormat format;
     RecordLocks locks;
     WholeRecords whole;
@@ -56,12 +56,12 @@ RelativeFile *fileOf(FCB *fcb) { return static_cast<RelativeFile *>(fcb->moduleB
 
 uint64_t offsetOf(const RelativeFile *file, uint64_t record)
 {
-    return storedHeaderSize + (record - 1) * file->slotSize;
+    return kStoredHeaderSize + (record - 1) * file->slotSize;
 }
 
 bool failWithFile(FCB *fcb, const RelativeFile *file)
 {
-    return file->error == damagedSlot ? fail(fcb, 30, fs2Damaged) : failWithErrno(fcb, file->error);
+    return file->error == kDamagedSlot ? fail(fcb, 30, fs2Damaged) : failWithErrno(fcb, file->error);
 }
 
 // False with `error` set: a file whose size cannot be had is not an empty one.
@@ -71,16 +71,16 @@ bool slotCount(RelativeFile *file, uint64_t *count)
     file->error = fstat(file->descriptor, &about) != 0 ? errno : 0;
     if (file->error) return false;
     uint64_t size = static_cast<uint64_t>(about.st_size);
-    *count = size < storedHeaderSize ? 0 : (size - storedHeaderSize) / file->slotSize;
+    *count = size < kStoredHeaderSize ? 0 : (size - kStoredHeaderSize) / file->slotSize;
     return true;
 }
 
-// Length of the record in a slot, `noRecord` or `noLength`.
+// Length of the record in a slot, `kNoRecord` or `kNoLength`.
 int64_t lengthIn(const RelativeFile *file, const uint8_t *slot)
 {
     uint32_t mark;
-    memcpy(&mark, slot, word);
-    return mark - 1 > file->format.longest && mark ? noLength : static_cast<int64_t>(mark) - 1;
+    memcpy(&mark, slot, kWord);
+    return mark - 1 > file->format.longest && mark ? kNoLength : static_cast<int64_t>(mark) - 1;
 }
 
 // Reads a slot into `file->slot`; the record's length, or less than 0: there is none, or `error`
@@ -89,11 +89,11 @@ int64_t load(RelativeFile *file, uint64_t record)
 {
     size_t got;
     file->error = 0;
-    if (record == 0 || record > mostRecords) return noRecord;
+    if (record == 0 || record > kMostRecords) return kNoRecord;
     file->error = fetchBytes(&file->whole, file->slot, file->slotSize, offsetOf(file, record), &got);
-    if (file->error || got != file->slotSize) return noRecord;
+    if (file->error || got != file->slotSize) return kNoRecord;
     int64_t length = lengthIn(file, file->slot);
-    if (length == noLength) file->error = damagedSlot;
+    if (length == kNoLength) file->error = kDamagedSlot;
     return length;
 }
 
@@ -141,9 +141,9 @@ bool put(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, siz
 bool store(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, uint32_t length)
 {
     uint32_t mark = length + 1;
-    memcpy(file->slot, &mark, word);
-    memcpy(file->slot + word, data, length);
-    memset(file->slot + word + length, 0, file->format.longest - length);
+    memcpy(file->slot, &mark, kWord);
+    memcpy(file->slot + kWord, data, length);
+    memset(file->slot + kWord + length, 0, file->format.longest - length);
     return put(fcb, file, record, file->slot, file->slotSize);
 }
 
@@ -153,14 +153,14 @@ uint64_t beyondHole(const RelativeFile *file, uint64_t record)
 {
     off_t at = static_cast<off_t>(offsetOf(file, record)), data = lseek(file->descriptor, at, SEEK_DATA);
     if (data < 0) return errno == ENXIO ? 0 : record;
-    return data <= at ? record : (static_cast<uint64_t>(data) - storedHeaderSize) / file->slotSize + 1;
+    return data <= at ? record : (static_cast<uint64_t>(data) - kStoredHeaderSize) / file->slotSize + 1;
 }
 
 // The last slot before `record` of which a byte is no hole of the file, 0 for none. The system
 // looks for data forward only, so the last data before a place is found by halves.
 uint64_t beforeHole(const RelativeFile *file, uint64_t record)
 {
-    off_t end = static_cast<off_t>(offsetOf(file, record)), low = static_cast<off_t>(storedHeaderSize), high = end - 1;
+    off_t end = static_cast<off_t>(offsetOf(file, record)), low = static_cast<off_t>(kStoredHeaderSize), high = end - 1;
     if (record == 1) return 0;
     auto dataFrom = [&](off_t place) {
         off_t data = lseek(file->descriptor, place, SEEK_DATA);
@@ -177,7 +177,7 @@ uint64_t beforeHole(const RelativeFile *file, uint64_t record)
         else
             high = middle;
     }
-    return (static_cast<uint64_t>(low) - storedHeaderSize) / file->slotSize + 1;
+    return (static_cast<uint64_t>(low) - kStoredHeaderSize) / file->slotSize + 1;
 }
 
 uint64_t takeFromWindow(RelativeFile *file, uint64_t record)
@@ -191,14 +191,14 @@ uint64_t findForward(RelativeFile *file, uint64_t record, int64_t *length)
 {
     bool fresh = file->alone || !file->locks.active;
     file->error = 0;
-    while (record && record <= mostRecords) {
+    while (record && record <= kMostRecords) {
         bool filled = false;
         if (!inWindow(file, record) && !(filled = fillWindow(file, record, false))) return 0;
         fresh |= filled;
         for (; inWindow(file, record); ++record) {
             *length = lengthIn(file, windowSlot(file, record));
             if (*length >= 0) return takeFromWindow(file, record);
-            if (fresh && *length == noLength) file->error = damagedSlot;
+            if (fresh && *length == kNoLength) file->error = kDamagedSlot;
             if (file->error) return 0;
             if (fresh) continue;
             if (!fillWindow(file, record--, false)) return 0; // looks at this slot again
@@ -213,7 +213,7 @@ uint64_t findBack(RelativeFile *file, uint64_t record, int64_t *length)
 {
     bool fresh = file->alone || !file->locks.active;
     file->error = 0;
-    if (record > mostRecords) record = mostRecords;
+    if (record > kMostRecords) record = kMostRecords;
     while (record) {
         if (!inWindow(file, record) || (!fresh && lengthIn(file, windowSlot(file, record)) < 0)) {
             fresh = true;
@@ -226,7 +226,7 @@ uint64_t findBack(RelativeFile *file, uint64_t record, int64_t *length)
         }
         *length = lengthIn(file, windowSlot(file, record));
         if (*length >= 0) return takeFromWindow(file, record);
-        if (*length == noLength) file->error = damagedSlot;
+        if (*length == kNoLength) file->error = kDamagedSlot;
         if (file->error) return 0;
         record = record > file->windowFirst ? record - 1 : beforeHole(file, record);
     }
@@ -296,7 +296,7 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
             file->locks.release();
         }
     } else {
-        memcpy(recordOf(fcb, request), file->slot + word, static_cast<size_t>(length));
+        memcpy(recordOf(fcb, request), file->slot + kWord, static_cast<size_t>(length));
         file->place = file->lastRead = record;
         file->exact = false;
         fcb->state |= ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID;
@@ -317,7 +317,7 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
     uint64_t record = file->sequential ? file->place + 1 : request->relativeKey;
     if (!file->format.allows(length))
         zvkSetStatus(fcb, 44, fs2RecordLength);
-    else if (record == 0 || record > mostRecords)
+    else if (record == 0 || record > kMostRecords)
         zvkSetStatus(fcb, 24, fs2Boundary);
     else if (request->relativeKeyLimit && record > request->relativeKeyLimit)
         zvkSetStatus(fcb, 24, fs2KeyItem);
@@ -385,7 +385,7 @@ void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
         if (load(file, record) < 0)
             noRecordToChange(fcb, file);
         else
-            put(fcb, file, record, reinterpret_cast<const uint8_t *>(&none), word);
+            put(fcb, file, record, reinterpret_cast<const uint8_t *>(&none), kWord);
         file->locks.release();
     }
     finish(fcb, element, ZVK_VERB_DELETE);
@@ -406,7 +406,7 @@ void startAt(FCB *fcb, IPCB *element, FileRequest *request)
         found = load(file, key) >= 0 ? key : 0;
         break;
     case ZVK_RELATION_GREATER:
-        found = key < mostRecords ? findForward(file, key + 1, &length) : 0;
+        found = key < kMostRecords ? findForward(file, key + 1, &length) : 0;
         break;
     case ZVK_RELATION_NOT_LESS:
         found = findForward(file, key ? key : 1, &length);
@@ -421,7 +421,7 @@ void startAt(FCB *fcb, IPCB *element, FileRequest *request)
         found = findBack(file, key, &length);
         break;
     case ZVK_RELATION_LAST:
-        found = findBack(file, mostRecords, &length);
+        found = findBack(file, kMostRecords, &length);
         break;
     default:
         break;
@@ -465,8 +465,8 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
 {
     RelativeFile *file = newState<RelativeFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
-    size_t slotSize = size_t(word) + format.longest;
-    size_t most = windowSize / slotSize ? windowSize / slotSize : 1;
+    size_t slotSize = size_t(kWord) + format.longest;
+    size_t most = kWindowSize / slotSize ? kWindowSize / slotSize : 1;
     fcb->moduleBuffer2 = malloc((most + 1) * slotSize);
     if (!file || !fcb->moduleBuffer2) {
         fail(fcb, 34, fs2Storage);

@@ -12,12 +12,11 @@
 //         static void finish(FCB *, SequentialFile *);                      // before the last flush
 //         static constexpr bool devices, rewrites;
 //     };
-#ifndef COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
-#define COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
+#pragma once
 
-#include <errno.h>
-#include <stdlib.h>
-#include <string.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
@@ -45,7 +44,7 @@ struct SequentialFile {
     bool firstPage; // LINAGE: the first page's top margin is still to be written
 };
 
-constexpr size_t streamBufferSize = 256 * 1024;
+constexpr size_t kStreamBufferSize = 256 * 1024;
 
 inline SequentialFile *sequentialFileOf(FCB *fcb) { return static_cast<SequentialFile *>(fcb->moduleBuffer); }
 
@@ -188,7 +187,7 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
     SequentialFile *file = newState<SequentialFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
     size_t capacity =
-        streamBufferSize > 2 * size_t(format.longest) + 64 ? streamBufferSize : 2 * size_t(format.longest) + 64;
+        kStreamBufferSize > 2 * size_t(format.longest) + 64 ? kStreamBufferSize : 2 * size_t(format.longest) + 64;
     fcb->moduleBuffer2 = malloc(capacity);
     if (!file || !fcb->moduleBuffer2) fail(fcb, 34, fs2Storage);
     if (fcb->status < 10) {
@@ -257,5 +256,3 @@ void initSequential(FCB *fcb, IPCB *element)
 }
 
 } // namespace filesystems
-
-#endif

@@ -1,6 +1,6 @@
 #include "companions/filesystems/share_locks.h"
 
-#include <errno.h>
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -8,7 +8,9 @@
 
 namespace filesystems {
 
-static int setLock(int descriptor, short type, off_t start, off_t length = 1)
+namespace {
+
+int setLock(int descriptor, short type, off_t start, off_t length = 1)
 {
     struct flock lock = {};
     lock.l_type = type;
@@ -18,7 +20,7 @@ static int setLock(int descriptor, short type, off_t start, off_t length = 1)
     return fcntl(descriptor, F_OFD_SETLK, &lock) == 0 ? 0 : errno;
 }
 
-static bool othersHold(int descriptor, off_t start)
+bool othersHold(int descriptor, off_t start)
 {
     struct flock lock = {};
     lock.l_type = F_WRLCK;
@@ -28,9 +30,9 @@ static bool othersHold(int descriptor, off_t start)
     return fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-static int takeShared(int descriptor, off_t start) { return setLock(descriptor, F_RDLCK, start); }
+int takeShared(int descriptor, off_t start) { return setLock(descriptor, F_RDLCK, start); }
 
-static int takePresence(int descriptor, bool alone, bool writes)
+int takePresence(int descriptor, bool alone, bool writes)
 {
     if (alone && writes) return setLock(descriptor, F_WRLCK, kPresent);
     int error = takeShared(descriptor, kPresent);
@@ -41,17 +43,32 @@ static int takePresence(int descriptor, bool alone, bool writes)
     return !error && othersHold(descriptor, kLoners) ? EAGAIN : error;
 }
 
-static int takeWriting(int descriptor, ShareMode share)
+int takeWriting(int descriptor, ShareMode share)
 {
     int error = share == shareAllOther ? takeShared(descriptor, kWriters) : setLock(descriptor, F_WRLCK, kWriters);
     return !error && othersHold(descriptor, kDeniers) ? EAGAIN : error;
 }
 
-static int takeDenying(int descriptor)
+int takeDenying(int descriptor)
 {
     int error = takeShared(descriptor, kDeniers);
     return !error && othersHold(descriptor, kWriters) ? EAGAIN : error;
 }
+
+void waitForLock(int descriptor, short type, off_t start, off_t length = 1)
+{
+    struct flock lock = {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = start;
+    lock.l_len = length;
+    while (fcntl(descriptor, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
+    }
+}
+
+off_t lockOf(uint64_t record) { return kFirstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1)); }
+
+} // namespace
 
 bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held)
 {
@@ -75,17 +92,6 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
 
 bool denyWriters(int descriptor) { return takeDenying(descriptor) == 0; }
 
-static void waitForLock(int descriptor, short type, off_t start, off_t length = 1)
-{
-    struct flock lock = {};
-    lock.l_type = type;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = start;
-    lock.l_len = length;
-    while (fcntl(descriptor, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
-    }
-}
-
 void beginMaking(int descriptor) { waitForLock(descriptor, F_WRLCK, kMaking); }
 void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, kMaking); }
 
@@ -100,11 +106,6 @@ void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size)
 void unlockBytes(int descriptor, uint64_t offset, uint64_t size)
 {
     setLock(descriptor, F_UNLCK, static_cast<off_t>(offset), static_cast<off_t>(size));
-}
-
-static off_t lockOf(uint64_t record)
-{
-    return kFirstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1));
 }
 
 Taken lockRecord(int descriptor, uint64_t record)

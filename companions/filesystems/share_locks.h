@@ -13,10 +13,9 @@
 //
 // Only transfers wait for each other: the bytes of a record while it is changed in place or read.
 // Who holds them waits for nothing but the disk.
-#ifndef COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
-#define COMPANIONS_FILESYSTEMS_SHARE_LOCKS_H
+#pragma once
 
-#include <stdint.h>
+#include <cstdint>
 
 #include "kvr2/file_module.h"
 
@@ -73,5 +72,3 @@ void unlockRecord(int descriptor, uint64_t record);
 void unlockAllRecords(int descriptor);
 
 } // namespace filesystems
-
-#endif

@@ -5,8 +5,8 @@
 //     database "about"        "identity" -> that of the header
 #pragma once
 
-#include <stdio.h>
-#include <stdlib.h>
+#include <cstdio>
+#include <cstdlib>
 
 #include <lmdb.h>
 
@@ -14,10 +14,10 @@
 
 namespace filesystems {
 
-constexpr uint32_t sequenceSize = 8;   // of the number that keeps duplicates apart, big-endian in the entry
-constexpr uint32_t longestKey = 500;   // LMDB's 511 less that number
-constexpr uint32_t mostReaders = 8192; // of one store at the same time, 64 bytes each in NAME.mdb-lock
-constexpr char aboutDatabase[] = "about";
+constexpr uint32_t kSequenceSize = 8;   // of the number that keeps duplicates apart, big-endian in the entry
+constexpr uint32_t kLongestKey = 500;   // LMDB's 511 less that number
+constexpr uint32_t kMostReaders = 8192; // of one store at the same time, 64 bytes each in NAME.mdb-lock
+constexpr char kAboutDatabase[] = "about";
 
 inline MDB_val identityKey() { return {8, const_cast<char *>("identity")}; }
 
