@@ -11,6 +11,7 @@
 
 #include "companions/filesystems/indexed_state.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/verb.h"
 
 namespace filesystems {
 
@@ -23,12 +24,10 @@ uint64_t lockNumber(const uint8_t *key, size_t size)
     return sum ^ (sum >> 60);
 }
 
-void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void writeRecord(FCB *fcb, FileRequest *request)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_WRITE;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, ZVK_VERB_WRITE)) return;
+    if (endsForLostChanges(fcb)) return;
     file->locks.release();
     const uint8_t *record = recordOf(fcb, request);
     uint32_t length = lengthOfRequest(file->format, request), keySize = file->keys[0].length;
@@ -61,17 +60,13 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
             file->wrote = true;
         }
     }
-    zvkFinishVerb(fcb, element, ZVK_VERB_WRITE);
 }
 
 // REWRITE with a record, DELETE with none.
-void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
+void changeRecord(FCB *fcb, FileRequest *request, bool rewrite)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    bool rewrite = verb == ZVK_VERB_REWRITE;
-    fcb->currentVerb = verb;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, verb)) return;
+    if (endsForLostChanges(fcb)) return;
     const uint8_t *record = recordOf(fcb, request);
     uint32_t keySize = file->keys[0].length, length = rewrite ? lengthOfRequest(file->format, request) : 0;
     const uint8_t *primary = file->sequential && !rewrite ? file->lastKey : keyIn(file, 0, record);
@@ -81,7 +76,7 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
         zvkSetStatus(fcb, 21, fs2Sequence);
     else if (rewrite && !file->format.allows(length))
         zvkSetStatus(fcb, 44, fs2RecordLength);
-    else if (file->locks.forChange(fcb, lockNumber(primary, keySize))) {
+    else if (file->locks.forChange(fcb, request, lockNumber(primary, keySize))) {
         int error;
         bool refused = false, missing = false;
         MDB_txn *txn = changing(file, &error);
@@ -105,17 +100,10 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
         else if (missing)
             zvkSetStatus(fcb, 23, fs2NoRecord);
     }
-    zvkFinishVerb(fcb, element, verb);
 }
 
-void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request)
-{
-    changeRecord(fcb, element, request, ZVK_VERB_REWRITE);
-}
-void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
-{
-    changeRecord(fcb, element, request, ZVK_VERB_DELETE);
-}
+void rewriteRecord(FCB *fcb, FileRequest *request) { changeRecord(fcb, request, true); }
+void deleteRecord(FCB *fcb, FileRequest *request) { changeRecord(fcb, request, false); }
 
 // What a READ found: the entry in the key of reference, the primary key and the record as stored.
 // All of it lies in the store's pages.
@@ -283,12 +271,10 @@ bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uin
     return !again;
 }
 
-void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void readRecord(FCB *fcb, FileRequest *request)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_READ;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, ZVK_VERB_READ)) return;
+    if (endsForLostChanges(fcb)) return;
     bool random = !file->sequential && !(request->options & (ZVK_REQUEST_NEXT | ZVK_REQUEST_PREVIOUS));
     uint8_t *record = recordOf(fcb, request);
     if (!random && !(fcb->state & ZVK_FILE_POSITION_VALID)) {
@@ -297,7 +283,8 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
         zvkSetStatus(fcb, 23, fs2KeyNumber);
     } else {
         if (random) file->reference = request->key;
-        while (!tryRead(fcb, file, request, random, record)) {
+        LockWait wait(file->locks.wait, request);
+        while (!tryRead(fcb, file, request, random, record) || wait.again(fcb)) {
         }
     }
     if (fcb->status > 9) {
@@ -309,16 +296,9 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
     } else {
         fcb->state |= ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID;
     }
-    zvkFinishVerb(fcb, element, ZVK_VERB_READ);
 }
 
-void unlock(FCB *fcb, IPCB *element, FileRequest *)
-{
-    fcb->currentVerb = ZVK_VERB_UNLOCK;
-    zvkSetStatus(fcb, 0, fs2None);
-    indexedFileOf(fcb)->locks.releaseAll();
-    zvkFinishVerb(fcb, element, ZVK_VERB_UNLOCK);
-}
+void unlock(FCB *fcb, FileRequest *) { indexedFileOf(fcb)->locks.releaseAll(); }
 
 void endFile(IndexedFile *file)
 {
@@ -327,11 +307,9 @@ void endFile(IndexedFile *file)
     close(file->descriptor);
 }
 
-void closeFile(FCB *fcb, IPCB *element)
+void closeFile(FCB *fcb)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_CLOSE;
-    zvkSetStatus(fcb, 0, fs2None);
     SizeLimitHeldOff guard;
     int error = commitBatch(file);
     if (error)
@@ -341,7 +319,6 @@ void closeFile(FCB *fcb, IPCB *element)
     else if (file->committed && (error = forceStore(file->store)))
         failWithStore(fcb, error);
     endFile(file);
-    _zvkGenericClose(fcb, element, 0);
 }
 
 // EXTEND goes on behind the highest key.
@@ -407,11 +384,12 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
             close(opened.descriptor);
         return dropBuffers(fcb);
     }
-    if (input || io) fcb->read = readRecord, fcb->start = startIndexedAt;
-    if (!input && !(io && file->sequential)) fcb->write = writeRecord;
-    if (io) fcb->rewrite = rewriteRecord, fcb->deleteRecord = deleteRecord;
-    if (fib->sharing) fcb->unlock = unlock;
-    fcb->close = closeFile;
+    if (input || io) fcb->read = verb<ZVK_VERB_READ, readRecord>, fcb->start = verb<ZVK_VERB_START, startIndexedAt>;
+    if (!input && !(io && file->sequential)) fcb->write = verb<ZVK_VERB_WRITE, writeRecord>;
+    if (io) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewriteRecord>;
+    if (io) fcb->deleteRecord = verb<ZVK_VERB_DELETE, deleteRecord>;
+    if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;
+    fcb->close = closing<closeFile>;
 }
 
 } // namespace filesystems

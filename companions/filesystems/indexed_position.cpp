@@ -93,19 +93,14 @@ void dropAhead(IndexedFile *file)
     file->ahead.wanted = 1;
 }
 
-void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request)
+void startIndexedAt(FCB *fcb, FileRequest *request)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_START;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, ZVK_VERB_START)) return;
+    if (endsForLostChanges(fcb)) return;
     file->locks.release();
     dropAhead(file);
     fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
-    if (request->key >= file->keyCount) {
-        zvkSetStatus(fcb, 23, fs2KeyNumber);
-        return zvkFinishVerb(fcb, element, ZVK_VERB_START);
-    }
+    if (request->key >= file->keyCount) return zvkSetStatus(fcb, 23, fs2KeyNumber);
     const uint8_t *key = keyIn(file, request->key, recordOf(fcb, request));
     size_t size = file->keys[request->key].length;
     if (request->keyLength && request->keyLength < size) size = request->keyLength;
@@ -130,7 +125,6 @@ void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request)
         zvkSetStatus(fcb, 23, fs2NoRecord);
     else if (error)
         failWithStore(fcb, error);
-    zvkFinishVerb(fcb, element, ZVK_VERB_START);
 }
 
 } // namespace filesystems

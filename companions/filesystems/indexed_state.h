@@ -70,8 +70,8 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
 int commitBatch(IndexedFile *file);
 // FS1 and FS2 of a change that failed.
 void failChange(FCB *fcb, IndexedFile *file, int error);
-// True if acknowledged changes were lost before: the verb is over, with the status that says so.
-bool endsForLostChanges(FCB *fcb, IPCB *element, uint8_t verb);
+// True if acknowledged changes were lost before: the verb has no work, and the status says so.
+bool endsForLostChanges(FCB *fcb);
 
 // --- indexed_record.cpp: a record and its entries in all keys
 
@@ -105,6 +105,6 @@ int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_v
 int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v);
 // Does another record of the same alternate key follow? Leaves the cursor where it was.
 bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at);
-void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request);
+void startIndexedAt(FCB *fcb, FileRequest *request);
 
 } // namespace filesystems

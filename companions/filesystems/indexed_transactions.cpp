@@ -93,13 +93,12 @@ void failChange(FCB *fcb, IndexedFile *file, int error)
     if (file->dropped && !file->lost) file->lost = fcb->status;
 }
 
-bool endsForLostChanges(FCB *fcb, IPCB *element, uint8_t verb)
+bool endsForLostChanges(FCB *fcb)
 {
     uint16_t status = indexedFileOf(fcb)->lost;
     if (!status) return false;
     fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
     zvkSetStatus(fcb, status, fs2Lost);
-    zvkFinishVerb(fcb, element, verb);
     return true;
 }
 

@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "companions/filesystems/lock_wait.h"
+
 namespace filesystems {
 
 namespace {
@@ -70,7 +72,12 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
         return {descriptor, false, false, 0, {}};
     }
     ShareHeld held;
-    if (!takeFile(fcb, fib, descriptor, policy, &held)) return refused(descriptor);
+    LockWait wait(lockWaitByDefault(), nullptr);
+    while (!takeFile(fcb, fib, descriptor, policy, &held)) {
+        if (fcb->status != statusFileInUse) return refused(descriptor);
+        releaseFile(descriptor); // what was taken of it would hold off the others meanwhile
+        if (!wait.again(fcb)) return refused(descriptor);
+    }
     if (fstat(descriptor, &about) != 0) { // anew: another open may have written until now
         failWithErrno(fcb, errno);
         return refused(descriptor);

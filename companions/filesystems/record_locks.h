@@ -7,6 +7,7 @@
 // nobody else can write has no locks at all.
 #pragma once
 
+#include "companions/filesystems/lock_wait.h"
 #include "companions/filesystems/secondary_status.h"
 #include "companions/filesystems/share_locks.h"
 
@@ -20,12 +21,14 @@ struct RecordLocks {
     bool looks; // INPUT with sharing: READ does not read what is locked
     bool holding;
     uint64_t held;
+    int64_t wait; // milliseconds, of verbs that do not say
 
     void start(const FCB *fcb, const FIB *fib, int file)
     {
         uint8_t share = fib->sharing ? fib->shareMode & ZVK_FILE_SHARE_MASK : 0,
                 lock = fib->sharing ? fib->lockMode & 7 : 0;
         descriptor = file;
+        wait = lockWaitByDefault();
         active = (fcb->requestedMode & ZVK_OPEN_IO) && share != shareNoOther && share != shareReadOnly &&
                  lock != lockExclusive;
         automatic = lock != lockManual;
@@ -58,7 +61,14 @@ struct RecordLocks {
     }
 
     // Before a change; the lock goes with the next verb.
-    bool forChange(FCB *fcb, uint64_t record) { return !active || take(fcb, record); }
+    bool forChange(FCB *fcb, const FileRequest *request, uint64_t record)
+    {
+        if (!active) return true;
+        LockWait waiting(wait, request);
+        while (!take(fcb, record))
+            if (!waiting.again(fcb)) return false;
+        return true;
+    }
 
 private:
     bool take(FCB *fcb, uint64_t record)

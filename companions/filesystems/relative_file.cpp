@@ -22,6 +22,7 @@
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
 #include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/verb.h"
 #include "companions/filesystems/whole_records.h"
 
 namespace filesystems {
@@ -239,14 +240,18 @@ uint64_t findFromPlace(RelativeFile *file, bool back, int64_t *length)
     return findForward(file, file->exact && file->place ? file->place : file->place + 1, length);
 }
 
-void finish(FCB *fcb, IPCB *element, uint8_t verb) { zvkFinishVerb(fcb, element, verb); }
-
 // Locks the record that a READ found, as the statement has it, and reads it anew where others
 // write. False: it is gone. A refusal is in the status.
-bool takeRecord(FCB *fcb, RelativeFile *file, uint64_t record, uint32_t options, int64_t *length)
+bool takeRecord(FCB *fcb, RelativeFile *file, uint64_t record, const FileRequest *request, int64_t *length)
 {
     if (!(file->locks.holding && file->locks.held == record)) file->locks.release();
-    if (!file->locks.forRead(fcb, record, options) || !file->locks.active) return true;
+    LockWait wait(file->locks.wait, request);
+    bool waited = false;
+    while (!file->locks.forRead(fcb, record, request->options)) {
+        if (!wait.again(fcb)) return true;
+        waited = true;
+    }
+    if (!file->locks.active && !waited) return true;
     *length = load(file, record);
     return *length >= 0;
 }
@@ -263,17 +268,15 @@ uint64_t readNextRecord(FCB *fcb, RelativeFile *file, const FileRequest *request
             zvkSetStatus(fcb, 14, fs2KeyItem);
             return 0;
         }
-        if (takeRecord(fcb, file, record, request->options, length) || file->error) return record;
+        if (takeRecord(fcb, file, record, request, length) || file->error) return record;
         file->place = record; // deleted in the meantime: on from there
         file->exact = false;
     }
 }
 
-void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void readRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_READ;
-    zvkSetStatus(fcb, 0, fs2None);
     bool random = !file->sequential && !(request->options & (ZVK_REQUEST_NEXT | ZVK_REQUEST_PREVIOUS));
     uint64_t record = 0;
     int64_t length = -1;
@@ -282,7 +285,7 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
         forgetWindow(file);
         record = request->relativeKey;
         length = load(file, record);
-        if (length < 0 || !takeRecord(fcb, file, record, request->options, &length)) zvkSetStatus(fcb, 23, fs2NoRecord);
+        if (length < 0 || !takeRecord(fcb, file, record, request, &length)) zvkSetStatus(fcb, 23, fs2NoRecord);
     } else if (!(fcb->state & ZVK_FILE_POSITION_VALID)) {
         zvkSetStatus(fcb, 46, fs2NoPosition);
     } else {
@@ -303,15 +306,12 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
         fcb->recordLength = request->recordLength = static_cast<uint32_t>(length);
         fcb->recordNumber = request->relativeKey = record;
     }
-    finish(fcb, element, ZVK_VERB_READ);
 }
 
 // Sequential WRITE goes behind the last record; random WRITE into an empty slot.
-void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void writeRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_WRITE;
-    zvkSetStatus(fcb, 0, fs2None);
     file->locks.release();
     uint32_t length = lengthOfRequest(file->format, request);
     uint64_t record = file->sequential ? file->place + 1 : request->relativeKey;
@@ -321,7 +321,7 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
         zvkSetStatus(fcb, 24, fs2Boundary);
     else if (request->relativeKeyLimit && record > request->relativeKeyLimit)
         zvkSetStatus(fcb, 24, fs2KeyItem);
-    else if (file->locks.forChange(fcb, record)) {
+    else if (file->locks.forChange(fcb, request, record)) {
         file->error = 0;
         if (!file->sequential && load(file, record) >= 0)
             zvkSetStatus(fcb, 22, fs2DuplicateKey);
@@ -333,7 +333,6 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
         }
         file->locks.release();
     }
-    finish(fcb, element, ZVK_VERB_WRITE);
 }
 // REWRITE and DELETE: the record that they are about, or 0 with the status set.
 uint64_t recordToChange(FCB *fcb, RelativeFile *file, const FileRequest *request)
@@ -355,32 +354,27 @@ void noRecordToChange(FCB *fcb, const RelativeFile *file)
         zvkSetStatus(fcb, 23, fs2NoRecord);
 }
 
-void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void rewriteRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_REWRITE;
-    zvkSetStatus(fcb, 0, fs2None);
     uint32_t length = lengthOfRequest(file->format, request);
     uint64_t record = recordToChange(fcb, file, request);
     if (record && !file->format.allows(length))
         zvkSetStatus(fcb, 44, fs2RecordLength);
-    else if (record && file->locks.forChange(fcb, record)) {
+    else if (record && file->locks.forChange(fcb, request, record)) {
         if (load(file, record) < 0)
             noRecordToChange(fcb, file);
         else
             store(fcb, file, record, recordOf(fcb, request), length);
         file->locks.release();
     }
-    finish(fcb, element, ZVK_VERB_REWRITE);
 }
 
-void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void deleteRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_DELETE;
-    zvkSetStatus(fcb, 0, fs2None);
     uint64_t record = recordToChange(fcb, file, request);
-    if (record && file->locks.forChange(fcb, record)) {
+    if (record && file->locks.forChange(fcb, request, record)) {
         uint32_t none = 0;
         if (load(file, record) < 0)
             noRecordToChange(fcb, file);
@@ -388,14 +382,11 @@ void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
             put(fcb, file, record, reinterpret_cast<const uint8_t *>(&none), kWord);
         file->locks.release();
     }
-    finish(fcb, element, ZVK_VERB_DELETE);
 }
 
-void startAt(FCB *fcb, IPCB *element, FileRequest *request)
+void startAt(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_START;
-    zvkSetStatus(fcb, 0, fs2None);
     file->locks.release();
     file->error = 0;
     forgetWindow(file);
@@ -436,27 +427,17 @@ void startAt(FCB *fcb, IPCB *element, FileRequest *request)
         if (file->error) failWithFile(fcb, file);
     }
     fcb->state &= ~ZVK_FILE_READ_VALID;
-    finish(fcb, element, ZVK_VERB_START);
 }
 
-void unlock(FCB *fcb, IPCB *element, FileRequest *)
-{
-    fcb->currentVerb = ZVK_VERB_UNLOCK;
-    zvkSetStatus(fcb, 0, fs2None);
-    fileOf(fcb)->locks.releaseAll();
-    finish(fcb, element, ZVK_VERB_UNLOCK);
-}
+void unlock(FCB *fcb, FileRequest *) { fileOf(fcb)->locks.releaseAll(); }
 
-void closeFile(FCB *fcb, IPCB *element)
+void closeFile(FCB *fcb)
 {
     RelativeFile *file = fileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_CLOSE;
-    zvkSetStatus(fcb, 0, fs2None);
     if (!(fcb->mode & ZVK_OPEN_INPUT) && file->durability != Durability::none)
         if (int error = forceData(file->descriptor)) failWithErrno(fcb, error);
     endWhole(&file->whole);
     if (close(file->descriptor) != 0 && errno != EINTR) failWithErrno(fcb, errno);
-    _zvkGenericClose(fcb, element, 0);
 }
 
 } // namespace
@@ -495,11 +476,12 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
         return dropBuffers(fcb);
     }
     bool input = fcb->requestedMode & ZVK_OPEN_INPUT, io = fcb->requestedMode & ZVK_OPEN_IO;
-    if (input || io) fcb->read = readRecord, fcb->start = startAt;
-    if (!input && !(io && file->sequential)) fcb->write = writeRecord;
-    if (io) fcb->rewrite = rewriteRecord, fcb->deleteRecord = deleteRecord;
-    if (fib->sharing) fcb->unlock = unlock;
-    fcb->close = closeFile;
+    if (input || io) fcb->read = verb<ZVK_VERB_READ, readRecord>, fcb->start = verb<ZVK_VERB_START, startAt>;
+    if (!input && !(io && file->sequential)) fcb->write = verb<ZVK_VERB_WRITE, writeRecord>;
+    if (io) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewriteRecord>;
+    if (io) fcb->deleteRecord = verb<ZVK_VERB_DELETE, deleteRecord>;
+    if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;
+    fcb->close = closing<closeFile>;
 }
 
 } // namespace filesystems

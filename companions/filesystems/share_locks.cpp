@@ -90,6 +90,8 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
     return failWithErrno(fcb, error);
 }
 
+void releaseFile(int descriptor) { setLock(descriptor, F_UNLCK, kPresent, kLoners - kPresent + 1); }
+
 bool denyWriters(int descriptor) { return takeDenying(descriptor) == 0; }
 
 void beginMaking(int descriptor) { waitForLock(descriptor, F_WRLCK, kMaking); }

@@ -46,6 +46,9 @@ struct ShareHeld {
 // Takes the file for an open in this mode. False: in use, or an error; the status is set.
 bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held);
 
+// Gives back what `takeFile` has taken.
+void releaseFile(int descriptor);
+
 // A reader admits no writer from now on, whatever it said; false if there is one, or no lock can be
 // had.
 bool denyWriters(int descriptor);
