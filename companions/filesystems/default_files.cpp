@@ -1,6 +1,7 @@
 // The default file system, "stl", "jgt" and "qvr": sequential, relative and indexed files behind a
 // header that holds their attributes.
 #include <cerrno>
+#include <climits>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include "companions/filesystems/indexed_store.h"
 #include "companions/filesystems/relative_file.h"
 #include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/transaction.h"
 
 namespace filesystems {
 
@@ -57,9 +59,18 @@ void openStored(FCB *fcb, IPCB *element)
         sharing = sequentialSharing(fcb);
     else if (fcb->requestedMode & ZVK_OPEN_EXTEND) // a relative file's EXTEND keeps its place
         sharing = {shareNoOther, relative ? shareReadOnly : shareAllOther};
-    Opened opened = openByRules(fcb, fib, sharing, false, true);
+    Opened opened = openByRules(fcb, fib, sharing, false, true, indexed || relative ? parkedDescriptor : nullptr);
     if (opened.descriptor < 0) return;
 
+    // A commit that somebody was killed in comes first. OUTPUT, too: the file may be one of
+    // several.
+    char path[PATH_MAX];
+    const char *settled = indexed || relative ? resolvedName(fcb->fileName, path) : nullptr;
+    if (int error = settled && hasJournal(settled) ? settleJournal(settled) : 0) {
+        failWithStore(fcb, error);
+        close(opened.descriptor);
+        return;
+    }
     StoredHeader expected, header;
     describeFile(fib, &expected);
     if (opened.created) {

@@ -11,6 +11,7 @@
 
 #include "companions/filesystems/indexed_state.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/transaction.h"
 #include "companions/filesystems/verb.h"
 
 namespace filesystems {
@@ -39,7 +40,7 @@ void writeRecord(FCB *fcb, FileRequest *request)
     else {
         int error;
         bool refused = false;
-        MDB_txn *txn = changing(file, &error);
+        MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
             MDB_val k = valueOf(primary, keySize), v;
             error = mdb_get(txn, file->data[0], &k, &v);
@@ -50,6 +51,7 @@ void writeRecord(FCB *fcb, FileRequest *request)
                 error = insertRecord(fcb, file, txn, record, length, &refused);
             }
             error = changed(file, txn, error, !refused, length);
+            if (file->transactional && !error && !refused) logChange(file->store, false, record, length);
         }
         if (error)
             failChange(fcb, file, error);
@@ -79,7 +81,7 @@ void changeRecord(FCB *fcb, FileRequest *request, bool rewrite)
     else if (file->locks.forChange(fcb, request, lockNumber(primary, keySize))) {
         int error;
         bool refused = false, missing = false;
-        MDB_txn *txn = changing(file, &error);
+        MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
             SizeLimitHeldOff guard;
             MDB_val k = valueOf(primary, keySize), old;
@@ -91,6 +93,8 @@ void changeRecord(FCB *fcb, FileRequest *request, bool rewrite)
             else if (!error)
                 error = removeRecord(fcb, file, txn, old);
             error = changed(file, txn, error, !refused && !missing, length);
+            if (file->transactional && !error && !refused && !missing)
+                logChange(file->store, !rewrite, rewrite ? record : primary, rewrite ? length : keySize);
         }
         file->locks.release();
         if (error)
@@ -304,6 +308,7 @@ void endFile(IndexedFile *file)
 {
     if (file->snapshot) mdb_txn_abort(file->snapshot);
     leaveStore(file->store);
+    if (file->transactional) registerClosed(file->descriptor);
     close(file->descriptor);
 }
 
@@ -320,6 +325,8 @@ void closeFile(FCB *fcb)
         failWithStore(fcb, error);
     endFile(file);
 }
+
+} // namespace
 
 // EXTEND goes on behind the highest key.
 int takeHighestKey(IndexedFile *file)
@@ -343,9 +350,9 @@ int takeHighestKey(IndexedFile *file)
 
 // A record that ends before one of its keys does has no such key: the shortest record reaches to
 // the end of the last.
-void describeRecords(IndexedFile *file, const FIB *fib, const StoredHeader &header)
+void describeRecords(IndexedFile *file, uint32_t longest, uint32_t shortest, const StoredHeader &header)
 {
-    file->format = recordFormatOf(fib);
+    file->format = {longest, shortest, longest != shortest};
     file->keyCount = header.keyCount;
     memcpy(file->keys, header.keys, sizeof file->keys);
     for (uint32_t key = 0; key < file->keyCount; ++key) {
@@ -355,18 +362,19 @@ void describeRecords(IndexedFile *file, const FIB *fib, const StoredHeader &head
     }
 }
 
-} // namespace
-
 void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHeader &header)
 {
     bool input = fcb->requestedMode & ZVK_OPEN_INPUT, io = fcb->requestedMode & ZVK_OPEN_IO;
     IndexedFile *file = newState<IndexedFile>(fcb);
     if (file) {
         file->descriptor = opened.descriptor;
-        describeRecords(file, fib, header);
+        describeRecords(file, fib->maxRecord, fib->minRecord, header);
         file->sequential = fib->accessMode & 0x80;
         file->locks.start(fcb, fib, opened.descriptor);
-        file->alone = !input && opened.held.alone;
+        file->transactional = file->locks.transactional = transactionsWanted();
+        file->seen = transactionNumber();
+        if (file->transactional) registerOpen(opened.descriptor);
+        file->alone = !input && opened.held.alone && !file->transactional;
         size_t own = recordRoom(file);
         fcb->moduleBuffer2 = malloc(own + (input ? kAheadSize : 0));
         if (input) file->ahead = {static_cast<uint8_t *>(fcb->moduleBuffer2) + own, kAheadSize, 0, 0, 1, false, 0};
@@ -374,7 +382,7 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
     if (!fcb->moduleBuffer2)
         fail(fcb, 34, fs2Storage);
     else
-        file->store = useStore(fcb, opened, !input, header, file->data);
+        file->store = useStore(fcb, opened, !input, file->transactional, header, file->data);
     if (file && file->store && (fcb->requestedMode & ZVK_OPEN_EXTEND) && file->sequential)
         if (int error = takeHighestKey(file)) failWithStore(fcb, error);
     if (fcb->status > 9) {

@@ -27,6 +27,8 @@ struct IndexedFile {
     MDB_txn *snapshot; // reading
     bool snapshotLive;
     bool alone, sequential, exact;
+    bool transactional;
+    uint64_t seen;  // the transaction that the last verb was in
     bool committed; // something, since OPEN
     bool dropped;   // acknowledged changes of a batch went with it
     uint16_t lost;  // the status of that, which every verb gives from then on; 0: none
@@ -63,7 +65,7 @@ inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t
 MDB_txn *reading(IndexedFile *file, int *error);
 void endReading(IndexedFile *file); // every verb that reads ends with it
 
-MDB_txn *changing(IndexedFile *file, int *error);
+MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error);
 // Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be
 // told apart (`dropped`).
 int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes);
@@ -72,6 +74,11 @@ int commitBatch(IndexedFile *file);
 void failChange(FCB *fcb, IndexedFile *file, int error);
 // True if acknowledged changes were lost before: the verb has no work, and the status says so.
 bool endsForLostChanges(FCB *fcb);
+
+// The keys and records of the file, out of its header.
+void describeRecords(IndexedFile *file, uint32_t longest, uint32_t shortest, const StoredHeader &header);
+// EXTEND, and sequential WRITE after a rollback, go on after the highest key.
+int takeHighestKey(IndexedFile *file);
 
 // --- indexed_record.cpp: a record and its entries in all keys
 

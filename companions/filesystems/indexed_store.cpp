@@ -14,6 +14,7 @@
 
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/transaction.h"
 
 namespace filesystems {
 
@@ -32,6 +33,7 @@ struct Store {
     dev_t lockDevice;         // of the lock file
     ino_t lockInode;
     size_t pageSize;
+    MDB_dbi about;
     char name[];
 };
 
@@ -101,13 +103,18 @@ void growMap(Store *store)
         resizeMap(store, info.me_mapsize * 2);
 }
 
-int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
+// `settles`: not before what journals say.
+int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, bool settles = true)
 {
+    char file[PATH_MAX];
+    bool unsettled = false;
     bool cleared = false;
     for (;;) {
         enterTransaction(store);
         int error = flags && *txn ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
-        if (!error && store->shared && (error = storeIsReplaced(store))) {
+        if (!error && store->shared) error = storeIsReplaced(store);
+        if (!error && store->shared && settles) unsettled = hasJournal(fileOfStore(store, file));
+        if (*txn && (error == kStoreReplaced || unsettled)) {
             if (flags) {
                 mdb_txn_reset(*txn);
             } else {
@@ -115,8 +122,11 @@ int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
                 *txn = nullptr;
             }
         }
-        if (!error) return 0;
+        if (!error && !unsettled) return 0;
         leaveTransaction(store);
+        if (unsettled && !error) error = settleJournal(file);
+        unsettled = false;
+        if (!error) continue;
         if (error == MDB_MAP_RESIZED)
             resizeMap(store, 0);
         else if (error == MDB_READERS_FULL && !cleared)
@@ -203,8 +213,8 @@ Store *openStore(const char *name, const struct stat &about, bool writable, bool
     }
     MDB_stat pages;
     mdb_env_stat(env, &pages);
-    *store = {about.st_dev, about.st_ino, getpid(),      env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
-              locks.st_dev, locks.st_ino, pages.ms_psize};
+    *store = {about.st_dev, about.st_ino, getpid(),       env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
+              locks.st_dev, locks.st_ino, pages.ms_psize, 0};
     strcpy(store->name, name);
     clearDeadReaders(store);
     return store;
@@ -235,11 +245,12 @@ int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
 {
     MDB_txn *txn = nullptr;
     MDB_dbi about;
-    int error = beginReading(store, &txn);
+    int error = beginTransaction(store, MDB_RDONLY, &txn, false);
     if (error && txn) mdb_txn_abort(txn);
     if (error) return error;
     MDB_val k = identityKey(), v;
     error = mdb_dbi_open(txn, kAboutDatabase, 0, &about);
+    if (!error) store->about = about;
     if (!error) error = mdb_get(txn, about, &k, &v);
     if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
     for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
@@ -284,6 +295,34 @@ int beginChange(Store *store, MDB_txn **txn)
     return beginTransaction(store, 0, txn);
 }
 
+const char *fileOfStore(const Store *store, char *room)
+{
+    snprintf(room, PATH_MAX, "%.*s", static_cast<int>(strlen(store->name) - strlen(".mdb")), store->name);
+    return room;
+}
+
+int beginRedo(Store *store, MDB_txn **txn)
+{
+    growMap(store);
+    *txn = nullptr;
+    return beginTransaction(store, 0, txn, false);
+}
+
+uint64_t lastJournal(const Store *store, MDB_txn *txn)
+{
+    MDB_val k = valueOf("journal", 7), v;
+    uint64_t number = 0;
+    if (mdb_get(txn, store->about, &k, &v) == 0 && v.mv_size == sizeof number)
+        memcpy(&number, v.mv_data, sizeof number);
+    return number;
+}
+
+int noteJournal(const Store *store, MDB_txn *txn, uint64_t number)
+{
+    MDB_val k = valueOf("journal", 7), v = valueOf(&number, sizeof number);
+    return mdb_put(txn, store->about, &k, &v, 0);
+}
+
 int forceStore(Store *store)
 {
     unsigned flags;
@@ -311,6 +350,7 @@ bool failWithStore(FCB *fcb, int error)
     if (error > 0) return failWithErrno(fcb, error);
     if (error == MDB_READERS_FULL) return fail(fcb, 93, fs2Readers);
     if (error == kStoreReplaced) return fail(fcb, 30, fs2Replaced);
+    if (error == kInTransaction) return fail(fcb, statusRecordLocked, fs2InTransaction);
     if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
     return fail(fcb, 30, fs2Store);
 }
@@ -331,7 +371,35 @@ void leaveStore(Store *store)
     pthread_mutex_unlock(&storesLock);
 }
 
-Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data)
+// The databases, for the handles of one environment are opened by one thread at a time.
+Store *withDatabases(Store *store, const StoredHeader &header, MDB_dbi *data, int *error)
+{
+    if (!store) return nullptr;
+    pthread_mutex_lock(&storesLock);
+    *error = openDatabases(store, header, data);
+    pthread_mutex_unlock(&storesLock);
+    if (!*error) return store;
+    leaveStore(store);
+    return nullptr;
+}
+
+void keepStore(Store *store)
+{
+    pthread_mutex_lock(&storesLock);
+    ++store->users;
+    pthread_mutex_unlock(&storesLock);
+}
+
+Store *useSharedStore(FCB *fcb, const StoredHeader &header, MDB_dbi *data, int *error)
+{
+    char name[PATH_MAX];
+    struct stat about;
+    *error = 0;
+    if (!storeName(fcb, name, "") || stat(name, &about) != 0) return *error = MDB_INVALID, nullptr;
+    return withDatabases(shareStore(name, about, true, error), header, data, error);
+}
+
+Store *useStore(FCB *fcb, const Opened &opened, bool writable, bool shared, const StoredHeader &header, MDB_dbi *data)
 {
     char name[PATH_MAX];
     struct stat about;
@@ -340,7 +408,7 @@ Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeade
     if (!storeName(fcb, name, "")) return nullptr;
     if (stat(name, &about) != 0 || about.st_size == 0)
         error = MDB_INVALID;
-    else if (opened.held.alone || (!writable && opened.held.noWriters))
+    else if (!shared && (opened.held.alone || (!writable && opened.held.noWriters)))
         store = openStore(name, about, writable, false, &error);
     else
         store = shareStore(name, about, writable, &error);
@@ -352,13 +420,7 @@ Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeade
         }
         store = openStore(name, about, false, false, &error);
     }
-    if (store) {
-        pthread_mutex_lock(&storesLock); // handles of one environment are opened by one thread at a time
-        error = openDatabases(store, header, data);
-        pthread_mutex_unlock(&storesLock);
-        if (error) leaveStore(store);
-        if (error) store = nullptr;
-    }
+    store = withDatabases(store, header, data, &error);
     if (error) failWithStore(fcb, error);
     return store;
 }

@@ -28,16 +28,28 @@ bool storeCanBeMade(FCB *fcb);
 bool createStore(FCB *fcb, const StoredHeader &header);
 
 // Opens the file's store; null with the status set. `data` receives the databases of all keys.
-Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data);
+// `shared`: with LMDB's locks in any case.
+Store *useStore(FCB *fcb, const Opened &opened, bool writable, bool shared, const StoredHeader &header, MDB_dbi *data);
+// For a journal: the store of `fcb->fileName`; null with `error` set.
+Store *useSharedStore(FCB *fcb, const StoredHeader &header, MDB_dbi *data, int *error);
+void keepStore(Store *store); // one more `leaveStore` is due
 void leaveStore(Store *store);
+
+// The name of the file whose store it is, in `room` of PATH_MAX bytes.
+const char *fileOfStore(const Store *store, char *room);
 
 // Transactions. A change or a reading that could not begin needs no `leaveTransaction`; all others
 // do after their end. `beginReading` renews the one that it is given, or makes it.
 int beginReading(Store *store, MDB_txn **txn);
 int beginChange(Store *store, MDB_txn **txn);
+// For the changes of a journal, which wait for none.
+int beginRedo(Store *store, MDB_txn **txn);
 void leaveTransaction(Store *store);
-// Are NAME.mdb and its lock file those that were opened? 0, or `kStoreReplaced`: what others see and
-// lock is something else.
+// The number of the journal that was brought in last (commit_journal.h); 0: none.
+uint64_t lastJournal(const Store *store, MDB_txn *txn);
+int noteJournal(const Store *store, MDB_txn *txn, uint64_t number);
+// Are NAME.mdb and its lock file those that were opened? 0, or `kStoreReplaced`: what others see
+// and lock is something else.
 int storeIsReplaced(const Store *store);
 constexpr int kStoreReplaced = -40001;
 

@@ -29,7 +29,7 @@ Opened absent(FCB *fcb)
 
 } // namespace
 
-Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent)
+Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked)
 {
     bool output = fcb->requestedMode & ZVK_OPEN_OUTPUT, input = fcb->requestedMode & ZVK_OPEN_INPUT;
     bool optional = fib->attributes & ZVK_FILE_OPTIONAL;
@@ -70,6 +70,16 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
     if (!regular) {
         fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
         return {descriptor, false, false, 0, {}};
+    }
+    bool changed = false;
+    int goesOn = parked ? parked(about.st_dev, about.st_ino, &changed) : -1;
+    if (goesOn >= 0) {
+        close(descriptor);
+        descriptor = goesOn;
+    }
+    if (changed && output) {
+        fail(fcb, statusFileInUse, fs2Uncommitted);
+        return refused(descriptor);
     }
     ShareHeld held;
     LockWait wait(lockWaitByDefault(), nullptr);

@@ -6,6 +6,8 @@
 // the program, and a file that is refused is not touched.
 #pragma once
 
+#include <sys/types.h>
+
 #include "companions/filesystems/secondary_status.h"
 #include "companions/filesystems/share_locks.h"
 
@@ -22,7 +24,10 @@ struct Opened {
 // Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status
 // is set; status 5 with an ABSENT state is a success for the caller too. `devices`: character
 // devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
-Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent);
+// `parked`: finds the descriptor of a file that was closed, but goes on (transaction.h).
+using Parked = int (*)(dev_t device, ino_t inode, bool *changed);
+Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent,
+                   Parked parked = nullptr);
 
 // The name of the file itself where the name is a symbolic link to it: what belongs to a file is
 // beside the file. `room` has PATH_MAX bytes; null with errno set.

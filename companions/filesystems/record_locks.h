@@ -18,7 +18,8 @@ struct RecordLocks {
     bool active;    // others may write
     bool automatic; // READ locks by itself
     bool multiple;
-    bool looks; // INPUT with sharing: READ does not read what is locked
+    bool transactional; // locks stay until the transaction ends
+    bool looks;         // INPUT with sharing: READ does not read what is locked
     bool holding;
     uint64_t held;
     int64_t wait; // milliseconds, of verbs that do not say
@@ -39,13 +40,13 @@ struct RecordLocks {
     // The lock of the verb before goes, unless this verb is about that record.
     void release()
     {
-        if (holding && !multiple) unlockRecord(descriptor, held);
+        if (holding && !multiple && !transactional) unlockRecord(descriptor, held);
         holding = false;
     }
 
     void releaseAll()
     {
-        unlockAllRecords(descriptor);
+        if (!transactional) unlockAllRecords(descriptor);
         holding = false;
     }
 
@@ -73,7 +74,7 @@ struct RecordLocks {
 private:
     bool take(FCB *fcb, uint64_t record)
     {
-        if (holding && held == record) return true;
+        if (holding && held == record && !transactional) return true;
         Taken taken = lockRecord(descriptor, record);
         if (taken == Taken::locked) return fail(fcb, statusRecordLocked, fs2RecordLocked);
         if (taken == Taken::failed) return fail(fcb, 93, fs2TooManyLocks);

@@ -12,6 +12,7 @@
 #include "companions/filesystems/relative_file.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -22,6 +23,7 @@
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
 #include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/transaction.h"
 #include "companions/filesystems/verb.h"
 #include "companions/filesystems/whole_records.h"
 
@@ -47,9 +49,15 @@ struct RelativeFile {
     uint64_t lastRead; // record of the last READ
     bool exact;        // the next sequential READ takes `place` itself
     bool sequential;   // access mode
-    bool alone;        // nobody else writes: the window is what the file holds
-    uint8_t *slot;     // the slot that a verb works on
-    uint8_t *window;   // `windowCount` slots from record `windowFirst` on, of at most `windowMost`
+    bool transactional;
+    uint64_t seen; // the transaction that the last verb was in
+    char *name;    // of the file itself
+    dev_t device;
+    ino_t inode;
+    SlotChanges *changes; // what it has changed in this file, for the time of a verb
+    bool alone;           // nobody else writes: the window is what the file holds
+    uint8_t *slot;        // the slot that a verb works on
+    uint8_t *window;      // `windowCount` slots from record `windowFirst` on, of at most `windowMost`
     uint64_t windowFirst, windowCount, windowMost;
 };
 
@@ -73,6 +81,8 @@ bool slotCount(RelativeFile *file, uint64_t *count)
     if (file->error) return false;
     uint64_t size = static_cast<uint64_t>(about.st_size);
     *count = size < kStoredHeaderSize ? 0 : (size - kStoredHeaderSize) / file->slotSize;
+    uint64_t last = file->changes ? file->changes->before(kMostRecords) : 0;
+    if (last > *count) *count = last;
     return true;
 }
 
@@ -84,6 +94,17 @@ int64_t lengthIn(const RelativeFile *file, const uint8_t *slot)
     return mark - 1 > file->format.longest && mark ? kNoLength : static_cast<int64_t>(mark) - 1;
 }
 
+// A transfer of the file. Where others may write, what a killed commit has left comes first: it may
+// be half in the file.
+int fetch(RelativeFile *file, uint8_t *to, uint64_t size, uint64_t offset, size_t *got)
+{
+    for (;;) {
+        int error = fetchBytes(&file->whole, to, size, offset, got);
+        if (error || !file->whole.locksReads || !hasJournal(file->name)) return error;
+        if ((error = settleJournal(file->name))) return error;
+    }
+}
+
 // Reads a slot into `file->slot`; the record's length, or less than 0: there is none, or `error`
 // says why none could be read.
 int64_t load(RelativeFile *file, uint64_t record)
@@ -91,7 +112,11 @@ int64_t load(RelativeFile *file, uint64_t record)
     size_t got;
     file->error = 0;
     if (record == 0 || record > kMostRecords) return kNoRecord;
-    file->error = fetchBytes(&file->whole, file->slot, file->slotSize, offsetOf(file, record), &got);
+    if (const uint8_t *changed = file->changes ? file->changes->find(record) : nullptr) {
+        memcpy(file->slot, changed, file->slotSize);
+        return lengthIn(file, file->slot);
+    }
+    file->error = fetch(file, file->slot, file->slotSize, offsetOf(file, record), &got);
     if (file->error || got != file->slotSize) return kNoRecord;
     int64_t length = lengthIn(file, file->slot);
     if (length == kNoLength) file->error = kDamagedSlot;
@@ -108,6 +133,21 @@ const uint8_t *windowSlot(const RelativeFile *file, uint64_t record)
     return file->window + (record - file->windowFirst) * file->slotSize;
 }
 
+// The window as the transaction has changed it, also where the file ends before.
+void showChanges(RelativeFile *file, uint64_t wanted)
+{
+    const SlotChanges &changes = *file->changes;
+    for (size_t at = changes.from(file->windowFirst);
+         at < changes.count && changes.slots[at].record - file->windowFirst < wanted; ++at) {
+        uint64_t place = changes.slots[at].record - file->windowFirst;
+        if (place >= file->windowCount) {
+            memset(file->window + file->windowCount * file->slotSize, 0, (place - file->windowCount) * file->slotSize);
+            file->windowCount = place + 1;
+        }
+        memcpy(file->window + place * file->slotSize, changes.slots[at].bytes, file->slotSize);
+    }
+}
+
 // Fills the window with the slots from `record` on, or, going back, up to it. False if that slot is
 // beyond the end, or on an error.
 bool fillWindow(RelativeFile *file, uint64_t record, bool back)
@@ -116,9 +156,9 @@ bool fillWindow(RelativeFile *file, uint64_t record, bool back)
     file->windowCount = 0;
     uint64_t wanted = back ? record - file->windowFirst + 1 : file->windowMost;
     size_t got;
-    file->error =
-        fetchBytes(&file->whole, file->window, wanted * file->slotSize, offsetOf(file, file->windowFirst), &got);
+    file->error = fetch(file, file->window, wanted * file->slotSize, offsetOf(file, file->windowFirst), &got);
     file->windowCount = got / file->slotSize;
+    if (file->changes) showChanges(file, wanted);
     if (!inWindow(file, record)) return false;
     file->error = 0; // what came before the failure is good
     return true;
@@ -132,6 +172,17 @@ void forgetWindow(RelativeFile *file)
 
 bool put(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, size_t size)
 {
+    if (file->transactional) {
+        if (!file->changes) file->changes = joinTransaction(fcb->fileName, file->descriptor, file->slotSize);
+        if (!file->changes || !file->changes->put(record, data, size)) {
+            doomTransaction(34);
+            return fail(fcb, 34, fs2Storage);
+        }
+        if (inWindow(file, record)) memcpy(file->window + (record - file->windowFirst) * file->slotSize, data, size);
+        return true;
+    }
+    while (file->whole.locksReads && hasJournal(file->name))
+        if (int error = settleJournal(file->name)) return failWithErrno(fcb, error);
     if (int error = replaceBytes(&file->whole, data, size, offsetOf(file, record))) return failWithErrno(fcb, error);
     if (file->durability == Durability::commit && (fcb->mode & ZVK_OPEN_IO))
         if (int error = forceData(file->descriptor)) return failWithErrno(fcb, error);
@@ -150,35 +201,47 @@ bool store(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, u
 
 // The first slot from `record` on that is no hole of the file, 0 for none: a number far out must
 // not cost a walk through all before it.
-uint64_t beyondHole(const RelativeFile *file, uint64_t record)
+uint64_t dataFrom(const RelativeFile *file, uint64_t record)
 {
     off_t at = static_cast<off_t>(offsetOf(file, record)), data = lseek(file->descriptor, at, SEEK_DATA);
     if (data < 0) return errno == ENXIO ? 0 : record;
     return data <= at ? record : (static_cast<uint64_t>(data) - kStoredHeaderSize) / file->slotSize + 1;
 }
 
+uint64_t beyondHole(const RelativeFile *file, uint64_t record)
+{
+    uint64_t data = dataFrom(file, record), changed = file->changes ? file->changes->next(record) : 0;
+    return changed && (!data || changed < data) ? changed : data;
+}
+
 // The last slot before `record` of which a byte is no hole of the file, 0 for none. The system
 // looks for data forward only, so the last data before a place is found by halves.
-uint64_t beforeHole(const RelativeFile *file, uint64_t record)
+uint64_t dataBefore(const RelativeFile *file, uint64_t record)
 {
     off_t end = static_cast<off_t>(offsetOf(file, record)), low = static_cast<off_t>(kStoredHeaderSize), high = end - 1;
     if (record == 1) return 0;
-    auto dataFrom = [&](off_t place) {
+    auto nextData = [&](off_t place) {
         off_t data = lseek(file->descriptor, place, SEEK_DATA);
         if (data < 0) return errno == ENXIO ? end : place; // a file system that knows no holes
         return data < end ? data : end;
     };
-    if (dataFrom(high) == high) return record - 1;
-    low = dataFrom(low);
+    if (nextData(high) == high) return record - 1;
+    low = nextData(low);
     if (low == end) return 0;
     while (high - low > 1) {
-        off_t middle = low + (high - low) / 2, data = dataFrom(middle);
+        off_t middle = low + (high - low) / 2, data = nextData(middle);
         if (data < end)
             low = data;
         else
             high = middle;
     }
     return (static_cast<uint64_t>(low) - kStoredHeaderSize) / file->slotSize + 1;
+}
+
+uint64_t beforeHole(const RelativeFile *file, uint64_t record)
+{
+    uint64_t data = dataBefore(file, record), changed = file->changes ? file->changes->before(record - 1) : 0;
+    return changed > data ? changed : data;
 }
 
 uint64_t takeFromWindow(RelativeFile *file, uint64_t record)
@@ -194,7 +257,13 @@ uint64_t findForward(RelativeFile *file, uint64_t record, int64_t *length)
     file->error = 0;
     while (record && record <= kMostRecords) {
         bool filled = false;
-        if (!inWindow(file, record) && !(filled = fillWindow(file, record, false))) return 0;
+        if (!inWindow(file, record) && !(filled = fillWindow(file, record, false))) {
+            // Beyond the end of the file; the transaction may have records there.
+            uint64_t changed = file->error || !file->changes ? 0 : file->changes->next(record);
+            if (changed <= record) return 0;
+            record = changed;
+            continue;
+        }
         fresh |= filled;
         for (; inWindow(file, record); ++record) {
             *length = lengthIn(file, windowSlot(file, record));
@@ -240,6 +309,26 @@ uint64_t findFromPlace(RelativeFile *file, bool back, int64_t *length)
     return findForward(file, file->exact && file->place ? file->place : file->place + 1, length);
 }
 
+// What the transaction has changed, and whether it can go on. After a rollback the window may show
+// what is gone, and sequential WRITE goes on after the last record again.
+bool endsForTransaction(FCB *fcb, RelativeFile *file)
+{
+    if (!file->transactional) return false;
+    file->changes = slotChangesOf(file->device, file->inode);
+    if (file->seen != transactionNumber()) {
+        bool back = file->seen < lastRollback();
+        file->seen = transactionNumber();
+        uint64_t count;
+        int64_t length;
+        if (back) file->windowCount = 0;
+        if (back && !(fcb->mode & (ZVK_OPEN_INPUT | ZVK_OPEN_IO)) && slotCount(file, &count))
+            file->place = findBack(file, count, &length);
+    }
+    if (!doomOfTransaction()) return false;
+    zvkSetStatus(fcb, doomOfTransaction(), fs2Doomed);
+    return true;
+}
+
 // Locks the record that a READ found, as the statement has it, and reads it anew where others
 // write. False: it is gone. A refusal is in the status.
 bool takeRecord(FCB *fcb, RelativeFile *file, uint64_t record, const FileRequest *request, int64_t *length)
@@ -277,6 +366,7 @@ uint64_t readNextRecord(FCB *fcb, RelativeFile *file, const FileRequest *request
 void readRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
+    if (endsForTransaction(fcb, file)) return;
     bool random = !file->sequential && !(request->options & (ZVK_REQUEST_NEXT | ZVK_REQUEST_PREVIOUS));
     uint64_t record = 0;
     int64_t length = -1;
@@ -312,6 +402,7 @@ void readRecord(FCB *fcb, FileRequest *request)
 void writeRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
+    if (endsForTransaction(fcb, file)) return;
     file->locks.release();
     uint32_t length = lengthOfRequest(file->format, request);
     uint64_t record = file->sequential ? file->place + 1 : request->relativeKey;
@@ -357,6 +448,7 @@ void noRecordToChange(FCB *fcb, const RelativeFile *file)
 void rewriteRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
+    if (endsForTransaction(fcb, file)) return;
     uint32_t length = lengthOfRequest(file->format, request);
     uint64_t record = recordToChange(fcb, file, request);
     if (record && !file->format.allows(length))
@@ -373,6 +465,7 @@ void rewriteRecord(FCB *fcb, FileRequest *request)
 void deleteRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
+    if (endsForTransaction(fcb, file)) return;
     uint64_t record = recordToChange(fcb, file, request);
     if (record && file->locks.forChange(fcb, request, record)) {
         uint32_t none = 0;
@@ -387,6 +480,7 @@ void deleteRecord(FCB *fcb, FileRequest *request)
 void startAt(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);
+    if (endsForTransaction(fcb, file)) return;
     file->locks.release();
     file->error = 0;
     forgetWindow(file);
@@ -437,6 +531,8 @@ void closeFile(FCB *fcb)
     if (!(fcb->mode & ZVK_OPEN_INPUT) && file->durability != Durability::none)
         if (int error = forceData(file->descriptor)) failWithErrno(fcb, error);
     endWhole(&file->whole);
+    if (file->transactional) registerClosed(file->descriptor);
+    free(file->name);
     if (close(file->descriptor) != 0 && errno != EINTR) failWithErrno(fcb, errno);
 }
 
@@ -463,6 +559,19 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     file->slotSize = slotSize;
     file->sequential = fib->accessMode & 0x80;
     file->locks.start(fcb, fib, opened.descriptor);
+    file->transactional = file->locks.transactional = transactionsWanted();
+    file->seen = transactionNumber();
+    char path[PATH_MAX];
+    const char *resolved = resolvedName(fcb->fileName, path);
+    file->name = strdup(resolved ? resolved : fcb->fileName);
+    if (!file->name) {
+        fail(fcb, 34, fs2Storage);
+        close(opened.descriptor);
+        return dropBuffers(fcb);
+    }
+    struct stat about;
+    if (fstat(opened.descriptor, &about) == 0) file->device = about.st_dev, file->inode = about.st_ino;
+    if (file->transactional) file->changes = slotChangesOf(file->device, file->inode);
     int64_t length;
     file->durability = wantedDurability();
     file->error = startWhole(fcb, opened, &file->whole);
@@ -472,12 +581,14 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     if (file->error) { // the last record is not known, or one is half changed: nothing may be written
         failWithFile(fcb, file);
         endWhole(&file->whole);
+        free(file->name);
         close(opened.descriptor);
         return dropBuffers(fcb);
     }
     bool input = fcb->requestedMode & ZVK_OPEN_INPUT, io = fcb->requestedMode & ZVK_OPEN_IO;
     if (input || io) fcb->read = verb<ZVK_VERB_READ, readRecord>, fcb->start = verb<ZVK_VERB_START, startAt>;
     if (!input && !(io && file->sequential)) fcb->write = verb<ZVK_VERB_WRITE, writeRecord>;
+    if (file->transactional) registerOpen(opened.descriptor);
     if (io) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewriteRecord>;
     if (io) fcb->deleteRecord = verb<ZVK_VERB_DELETE, deleteRecord>;
     if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;

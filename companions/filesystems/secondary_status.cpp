@@ -40,6 +40,9 @@ const char *const kTexts[fs2Last - fs2AtEnd] = {
     "too many programs have the indexed file open",
     "record store or its lock file removed or replaced while the file is open",
     "hard link to an indexed file whose store is beside a name in another folder",
+    "file has changes of another transaction",
+    "transaction cannot be committed: a change failed; roll it back",
+    "file has changes that are not committed",
 };
 
 const char *textOf(void *, uint32_t fs2, int32_t, int32_t)

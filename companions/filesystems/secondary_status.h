@@ -46,6 +46,9 @@ enum Secondary : uint32_t {
     fs2Readers,
     fs2Replaced,
     fs2Link,
+    fs2InTransaction,
+    fs2Doomed,
+    fs2Uncommitted,
     fs2Last,
     fs2System = 1000
 };

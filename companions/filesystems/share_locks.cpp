@@ -100,6 +100,12 @@ void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, kMaking); }
 void beginChanging(int descriptor) { waitForLock(descriptor, F_WRLCK, kChanging); }
 void endChanging(int descriptor) { setLock(descriptor, F_UNLCK, kChanging); }
 
+bool lockTransaction(int descriptor)
+{
+    int error = setLock(descriptor, F_WRLCK, kTransaction);
+    return error != EAGAIN && error != EACCES;
+}
+
 void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size)
 {
     waitForLock(descriptor, change ? F_WRLCK : F_RDLCK, static_cast<off_t>(offset), static_cast<off_t>(size));

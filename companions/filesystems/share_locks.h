@@ -29,7 +29,7 @@ enum LockMode : uint8_t { lockDefault = 0, lockManual = 1, lockAutomatic = 2, lo
 // The bytes that are locked; those of transfers are the data's own.
 constexpr int64_t kFirstRecordLock = int64_t(1) << 60;
 constexpr int64_t kPresent = int64_t(1) << 62, kWriters = kPresent + 1, kDeniers = kPresent + 2, kLoners = kPresent + 3,
-                  kMaking = kPresent + 4, kChanging = kPresent + 5;
+                  kMaking = kPresent + 4, kChanging = kPresent + 5, kTransaction = kPresent + 6;
 
 // How an open shares: what it has without a SHARE clause, and the freest that a clause may give it.
 struct SharePolicy {
@@ -61,6 +61,9 @@ void endMaking(int descriptor);
 // One program at a time changes records in place, of those that may at all; others wait.
 void beginChanging(int descriptor);
 void endChanging(int descriptor);
+
+// One transaction at a time changes an indexed file. False: another has; it does not wait.
+bool lockTransaction(int descriptor);
 
 // The bytes of a transfer, for its time; waits for those of others.
 void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size);

@@ -118,9 +118,9 @@ typedef struct FileRequest {
     uint32_t keyLength;    /**< START: bytes of the key that count, 0 all of it */
     uint32_t recordLength; /**< WRITE, REWRITE: bytes of the record; result of READ: bytes read */
     /**
-     * WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE; all verbs with RETRY: `retry`. Without BEFORE and AFTER the record has its
+     * WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE. Without BEFORE and AFTER the record has its
      * line end after it; in a file that is advanced anywhere, or has LINAGE, compiled code makes
-     * such a WRITE one AFTER 1 line
+     * such a WRITE one AFTER 1 line. With RETRY it is `retry`
      */
     union {
         int32_t advance;
