@@ -1,5 +1,6 @@
-# Installation, in two components: `runtime`, what running compiled COBOL takes, and `dev`, what compiling against the library takes. What the rooms
-# install themselves goes to `runtime` (CMAKE_INSTALL_DEFAULT_COMPONENT_NAME).
+# Installation, in three components: `runtime`, what running compiled COBOL takes; `dev`, what compiling against the
+# library takes; `cobol`, the front end. What the rooms install themselves goes to `runtime`
+# (CMAKE_INSTALL_DEFAULT_COMPONENT_NAME).
 include(CMakePackageConfigHelpers)
 
 # Shared objects keep their execute bit, which Debian's CMake takes away: the library can be run, too.
@@ -21,7 +22,8 @@ install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/kvr2/examples C
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 # What operators read goes with the library; what compiler writers read, with the headers.
 install(FILES docs/messages.md docs/statuses.md docs/environment.md docs/files.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
-install(FILES docs/abi.md docs/cobol.md docs/hacking.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT dev)
+install(FILES docs/abi.md docs/entries.md docs/hacking.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT dev)
+install(FILES docs/cobol.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT cobol)
 
 # find_package(kvr2 CONFIG) gives the target kvr2::kvr2; pkg-config knows the library as kvr2.
 set(KVR2_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kvr2)
@@ -29,5 +31,17 @@ install(EXPORT kvr2Targets NAMESPACE kvr2:: DESTINATION ${KVR2_CMAKE_DIR} COMPON
 configure_package_config_file(cmake/kvr2Config.cmake.in ${CMAKE_BINARY_DIR}/kvr2Config.cmake INSTALL_DESTINATION ${KVR2_CMAKE_DIR})
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/kvr2ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/kvr2Config.cmake ${CMAKE_BINARY_DIR}/kvr2ConfigVersion.cmake DESTINATION ${KVR2_CMAKE_DIR} COMPONENT dev)
-configure_file(cmake/kvr2.pc.in ${CMAKE_BINARY_DIR}/kvr2.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/kvr2.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+
+# pkg-config leaves out directories of the system only where it knows them by their names; elsewhere the prefix is where
+# the file is, so that an installation can move.
+set(KVR2_PC_PREFIX /usr)
+configure_file(cmake/kvr2.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/system/kvr2.pc @ONLY)
+set(KVR2_PC_PREFIX "\${pcfiledir}/../..")
+configure_file(cmake/kvr2.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/relocatable/kvr2.pc @ONLY)
+install(CODE "
+    set(kind relocatable)
+    if(\"\${CMAKE_INSTALL_PREFIX}\" MATCHES \"^/usr/?$\")
+        set(kind system)
+    endif()
+    file(INSTALL DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig\" TYPE FILE
+        FILES \"${CMAKE_BINARY_DIR}/pkgconfig/\${kind}/kvr2.pc\")" COMPONENT dev)

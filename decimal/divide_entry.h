@@ -72,7 +72,7 @@ struct Division : DivisionItems {
     {
         DivisionOperand dividend = Form::strip({op1, op1Digits});
         DivisionOperand divisor = Form::strip({op2, op2Digits});
-        if (Form::isZero(divisor.item, divisor.digits)) zvkWriteMsg(kMsgZeroDivisor, 0);
+        if (Form::isZero(divisor.item, divisor.digits)) reportZeroDivisor();
         return Form::divide(dividend.item, dividend.digits, divisor.item, divisor.digits, quotient, quotientDigits,
                             remainder, remainderDigits);
     }

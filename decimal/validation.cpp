@@ -17,8 +17,11 @@
 #include "decimal/packed.h"
 #include "decimal/words.h"
 #include "decimal/zoned.h"
+#include "frame/signals/call_site.h"
 
 namespace {
+
+constexpr uint32_t kPlaced = 1; // the variant with the program and line
 
 using bcd::all;
 
@@ -105,6 +108,23 @@ int zvkBcdCheckZoned(const uint8_t *address, int32_t digits, int checkMode)
     return bcd::kOverpunch[*start].valid ? 0 : 1;
 }
 
-void bcd::reportBadData() { zvkWriteMsg(kMsgBadData, 0); }
-void bcd::reportBadSource(int answer) { zvkWriteMsg(answer > 1 ? kMsgBadSourceData : kMsgBadData, 0); }
+// With the place in the program where that is known.
+static void report(uint32_t number)
+{
+    char place[512];
+    if (zvkHasMessage(number, kPlaced) && zvkDescribeCallSite(place, sizeof place))
+        zvkWriteMsg(number, kPlaced, place);
+    else
+        zvkWriteMsg(number, 0);
+}
+
+void bcd::reportBadData() { report(kMsgBadData); }
+void bcd::reportZeroDivisor() { report(kMsgZeroDivisor); }
+void bcd::reportBadSource(int answer)
+{
+    if (answer > 1)
+        zvkWriteMsg(kMsgBadSourceData, 0);
+    else
+        report(kMsgBadData);
+}
 void bcd::reportBadSeparateSign() { zvkWriteMsg(kMsgBadSeparateSign, 0); }

@@ -40,6 +40,7 @@ enum : uint32_t {
 };
 
 [[gnu::cold, gnu::noinline]] void reportBadData();
+[[gnu::cold, gnu::noinline]] void reportZeroDivisor();
 [[gnu::cold, gnu::noinline]] void reportBadSource(int answer);
 [[gnu::cold, gnu::noinline]] void reportBadSeparateSign();
 

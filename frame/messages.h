@@ -22,5 +22,10 @@ enum : uint32_t {
 
 uint32_t zvkWriteMsg(uint32_t number, uint32_t control, ...);
 
+// Whether the catalog has a text for a number's variant that fits the library's inserts. Where a
+// variant only says more than the set's first text, callers fall back on that: a site's own catalog
+// may lack it.
+bool zvkHasMessage(uint32_t number, uint32_t variant);
+
 // The general answer to a failed allocation.
 inline void zvkNoStorage() { zvkWriteMsg(907, 0); }

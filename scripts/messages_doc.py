@@ -78,6 +78,43 @@ def wrapped(text):
     yield textwrap.fill(text, width=100, break_long_words=False, break_on_hyphens=False) + "\n"
 
 
+def heading(each):
+    """The number and the letter that a message is shown with."""
+    severity = next(iter(each["texts"].values()))[0]
+    return f"{each['number']:03}{LETTERS[int(severity)] if severity in '0123' else ''}"
+
+
+def first_text(each):
+    return re.sub(r"%\.0[sd]", "", next(iter(each["texts"].values()))[1]).replace("\n", " ").strip()
+
+
+def front_matter():
+    """What is true of all messages and stands in none of them."""
+    yield "## How a run ends\n"
+    yield from wrapped(
+        "A message of severity S or C, or the warning that ERRCOUNT does not allow any more, has a traceback in front "
+        "and the line `ZVK901S` after it. Then the run unit ends in an orderly way (files are closed) and the process "
+        "ends by SIGABRT. A shell shows that as exit status 134 (128 and the signal's number, 6). The other exit "
+        "statuses:\n")
+    yield "| Exit status | The run ended by |"
+    yield "|---|---|"
+    yield "| 0, or the RETURN-CODE | the main program's end, or STOP RUN |"
+    yield "| 134 | a message of severity S or C, more warnings than ERRCOUNT allows, or a signal that the library caught (message 995) |"
+    yield "| 128 and a signal's number, such as 139 for SIGSEGV | a signal with `COBRTOPT=TRAP=OFF`; nothing is reported then |"
+    yield "| what the host says | the run unit of a host with an abort routine of its own |"
+    yield ""
+    yield "## Without a catalog\n"
+    yield from wrapped(
+        "The texts are in `kvr2run.cat`. The library looks for it by NLSPATH, in front of which it puts the "
+        "places of its own installation. An entry of NLSPATH is a pattern (`%N` is the "
+        "catalog's name, `%L` the locale, `%l` its language) or a plain directory that holds the catalog. Where no "
+        "entry leads to a whole catalog, a message reads\n")
+    yield "    ZVK168Cannot find message catalog kvr2run.cat in NLSPATH. Message number is 168. Cannot find message 994 in kvr2run.cat\n"
+    yield from wrapped(
+        "and ends the run unit, whatever the severity of message 168 is: without the catalog the library does not know "
+        "it. Install the catalog or correct NLSPATH; the number's entry below says what happened.")
+
+
 def document(sets):
     yield "# Run-time messages\n"
     yield "Generated from `messages/kvr2run.msg` by `scripts/messages_doc.py`.\n"
@@ -85,15 +122,20 @@ def document(sets):
         "A message begins with `ZVK`, its number and the letter of its severity: I and W let the program go on (a W "
         "counts against the option ERRCOUNT), S and C end the run unit. Some callers force another severity; the "
         "public header of a verb says what it does with a failure.")
+    yield from front_matter()
+    yield "## Contents\n"
+    for each in sets:
+        if each["number"] != 9999:
+            text = first_text(each)
+            yield f"- [{heading(each)}](#{heading(each).lower()}) {text[:70] + '...' if len(text) > 73 else text}"
+    yield ""
     for each in sets:
         if each["number"] == 9999:
             continue
-        severity = next(iter(each["texts"].values()))[0]
-        letter = LETTERS[int(severity)] if severity in "0123" else ""
-        yield f"## {each['number']:03}{letter}\n"
+        yield f"## {heading(each)}\n"
         several = len(each["texts"]) > 1
         for variant, (_, text) in each["texts"].items():
-            text = re.sub(r"%\.0s", "", text).strip()
+            text = re.sub(r"%\.0[sd]", "", text).strip()
             text = text.replace("\n", " ")
             yield (f"- variant {variant - 1}: `{text}`" if several else f"`{text}`\n")
         if several:

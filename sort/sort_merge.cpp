@@ -23,6 +23,7 @@
 #include "frame/thread_record.h"
 #include "frame/upcalls.h"
 #include "sort/engine_load.h"
+#include "sort/failure.h"
 #include "sort/spill_file.h"
 
 namespace {
@@ -65,13 +66,20 @@ void listFiles(SortIoRecord *side, const SortFileList *list)
 uint32_t fileCount(const SortFileList *list) { return list ? list->count : 0; }
 uint32_t fileCount(const void *list) { return fileCount(static_cast<const SortFileList *>(list)); }
 
-void writeFailureMessage(const SortVerbBlock *block, uint32_t errorWord)
+// The engine's own errors have texts with the reason and the file; any other, and those of a
+// catalog that has no such texts, the general one.
+void writeFailureMessage(const SortVerbBlock *block, uint32_t errorWord, const SortSides &sides)
 {
     char name[161] = "";
     if (const PCB *program = block->program; program && program->name)
         snprintf(name, sizeof name, "%.*s", static_cast<int>(program->nameLength < 160 ? program->nameLength : 160),
                  program->name);
-    zvkWriteMsg(26, 0, name, block->lineNumber, errorWord);
+    char file[600];
+    zvkDescribeSortFailure(errorWord, sides, file, sizeof file);
+    if (errorWord && errorWord <= ZVK_SORT_EREQUEST && zvkHasMessage(26, errorWord))
+        zvkWriteMsg(26, errorWord, name, block->lineNumber, errorWord, file);
+    else
+        zvkWriteMsg(26, 0, name, block->lineNumber, errorWord);
 }
 
 // A sort that failed has told so; RETURN then finds the end of the data at once.
@@ -82,11 +90,12 @@ void leaveNothingToReturn(ZvkThreadRecord *record)
 }
 
 // The result of a statement: SORT-RETURN, message, error number.
-void finish(const SortVerbBlock *block, ZvkThreadRecord *record, int16_t result, uint32_t errorWord)
+void finish(const SortVerbBlock *block, ZvkThreadRecord *record, int16_t result, uint32_t errorWord,
+            const SortSides &sides = {})
 {
     if (block) {
         if (block->sortReturn) *block->sortReturn = result;
-        if (result != 0 && block->messageOff == 0) writeFailureMessage(block, errorWord);
+        if (result != 0 && block->messageOff == 0) writeFailureMessage(block, errorWord, sides);
     }
     // The message may have ended the run unit, and this record with it.
     if (_zvkProccom && zvkThreadScratch(-1) == record) record->sortErrno = errorWord;
@@ -170,8 +179,11 @@ void startSort(SortEngine engine, int32_t op, const SortVerbBlock *block, ZvkThr
     int16_t result = runEngine(engine, op, record, arguments, run);
     if (!_zvkProccom || zvkThreadScratch(-1) != record) return;
     if (run.output.path) record->fill = -1;
+    char output[kSpillPathBytes];
+    snprintf(output, sizeof output, "%s", run.output.path ? run.output.path : "");
     if (result != 0 && run.output.path) leaveNothingToReturn(record);
-    finish(block, record, result, run.control.errnoValue);
+    finish(block, record, result, run.control.errnoValue,
+           {arguments.usingList, arguments.givingList, nullptr, output, arguments.fifth});
 }
 
 // Returns the engine's error number for what went wrong, or 0.
@@ -243,12 +255,17 @@ void runSort(SortEngine engine, const SortVerbBlock *block, ZvkThreadRecord *rec
         if (fileCount(record->givingList) == 0) record->capacity = 0;
         uint32_t error = makeFilesEmpty(static_cast<const SortFileList *>(record->givingList), block);
         if (!_zvkProccom || zvkThreadScratch(-1) != record) return;
-        if (error) return finish(block, record, kFailure, error);
+        if (error)
+            return finish(block, record, kFailure, error,
+                          {nullptr, savedArguments(record).givingList, nullptr, nullptr, nullptr});
         if (block && block->sortReturn) *block->sortReturn = 0;
         return;
     }
     bool ready = prepareRun(record, &run, &inPath);
     int16_t result = ready ? runEngine(engine, ZVK_SORT_START, record, savedArguments(record), run) : kFailure;
+    char input[kSpillPathBytes], output[kSpillPathBytes];
+    snprintf(input, sizeof input, "%s", inPath ? inPath : "");
+    snprintf(output, sizeof output, "%s", run.output.path ? run.output.path : "");
     if (inPath) {
         unlink(inPath);
         free(inPath);
@@ -258,7 +275,8 @@ void runSort(SortEngine engine, const SortVerbBlock *block, ZvkThreadRecord *rec
     record->cursor = record->buffer;
     record->verbBlock = block;
     if (result != 0) leaveNothingToReturn(record);
-    finish(block, record, result, run.control.errnoValue);
+    const Arguments saved = savedArguments(record);
+    finish(block, record, result, run.control.errnoValue, {nullptr, saved.givingList, input, output, saved.fifth});
 }
 
 void endSorts()

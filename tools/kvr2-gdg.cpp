@@ -1,5 +1,6 @@
 // kvr2-gdg: administration of generation data groups from the command line, over the library's own
 // entries. kvr2-gdg.1 is its manual.
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -55,6 +56,7 @@ void help(FILE *stream)
           "  -S, --no-scratch     it stays\n"
           "  -f, --file-system=P  prefix of the file system: sys, plx, lsq, jgt, hdk, rql, ora\n"
           "  -h, --help           this text\n"
+          "      --version        the release\n"
           "\nGROUP is a group's base name; for remove also a generation: base(0), base(-1), base.g0007v00.\n"
           "Exit status: 0 done, 1 failed for one of the groups, 2 wrong usage.\n",
           stream);
@@ -128,6 +130,10 @@ int main(int argc, char **argv)
         help(stdout);
         return 0;
     }
+    if (argc > 1 && strcmp(argv[1], "--version") == 0) {
+        puts("kvr2-gdg " KVR2_RELEASE);
+        return 0;
+    }
     const Command *wanted = nullptr;
     for (const Command &command : kCommands)
         if (argc > 1 && strcmp(argv[1], command.name) == 0) wanted = &command;
@@ -145,7 +151,14 @@ int main(int argc, char **argv)
         return kUsage;
     }
     int status = 0;
-    for (int i = first; i < argc; i++)
-        if (wanted->run(argv[i], arguments) != 0) status = kFailed;
+    for (int i = first; i < argc; i++) {
+        errno = 0;
+        if (wanted->run(argv[i], arguments) == 0) continue;
+        // The library has said why, for most reasons; this line says for which group, and nothing
+        // fails in silence.
+        fprintf(stderr, "kvr2-gdg: %s %s: %s\n", wanted->name, argv[i],
+                errno ? strerror(errno) : "no such group or generation");
+        status = kFailed;
+    }
     return status;
 }

@@ -27,7 +27,7 @@ namespace {
 const char kVersion[] = KVRCOB_VERSION;
 
 const char kHelp[] = "usage: kvrcob [options] source...\n"
-                     "       kvrcob run [options] source... [-- argument...]\n"
+                     "       kvrcob run [options] source [argument...]\n"
                      "       kvrcob check [options] source...\n"
                      "\n"
                      "  -o FILE          the program's name (default: that of the first source)\n"
@@ -99,6 +99,8 @@ Home findHome()
     return home;
 }
 
+constexpr int kCannotRun = 127;
+
 int runCommand(const std::vector<std::string> &command, bool verbose)
 {
     if (verbose) {
@@ -110,11 +112,10 @@ int runCommand(const std::vector<std::string> &command, bool verbose)
     for (const std::string &word : command) argv.push_back(const_cast<char *>(word.c_str()));
     argv.push_back(nullptr);
     pid_t child = fork();
-    if (child < 0) return 127;
+    if (child < 0) return kCannotRun;
     if (child == 0) {
         execvp(argv[0], argv.data());
-        std::fprintf(stderr, "kvrcob: cannot run %s\n", argv[0]);
-        _exit(127);
+        _exit(kCannotRun);
     }
     int status = 0;
     waitpid(child, &status, 0);
@@ -226,6 +227,7 @@ Translated translate(const std::string &path, const Options &options, bool mainP
     meaning.analyse();
     EmitOptions emit = options.emit;
     emit.mainProgram = mainProgram;
+    emit.readable = options.mode == Options::Assembly;
     Emitter emitter(meaning, emit);
     out.c = emitter.emit();
     for (const Program *p : group->programs) out.programs.push_back(wordText(p->name));
@@ -243,31 +245,21 @@ Translated translate(const std::string &path, const Options &options, bool mainP
 void parseOptions(int argc, char **argv, Options &o)
 {
     int i = 1;
-    if (argc > 1 && std::strcmp(argv[1], "run") == 0) {
-        o.mode = Options::Run;
-        i = 2;
-    } else if (argc > 1 && std::strcmp(argv[1], "check") == 0) {
-        o.mode = Options::Check;
-        i = 2;
-    }
     auto value = [&](const std::string &option) -> std::string {
         if (i + 1 >= argc) usage("the option " + option + " needs a value");
         return argv[++i];
     };
     for (; i < argc; i++) {
         std::string a = argv[i];
-        if (o.mode == Options::Run && !o.sources.empty() && (a == "--" || a[0] != '-')) {
-            // After the sources come the program's arguments. Further sources end in .cbl or .cob.
-            size_t dot = a.rfind('.');
-            std::string extension = dot == std::string::npos ? "" : a.substr(dot);
-            bool source = a != "--" && (extension == ".cbl" || extension == ".cob") && exists(a) && false;
-            if (!source) {
-                if (a == "--") i++;
-                for (; i < argc; i++) o.arguments.push_back(argv[i]);
-                return;
-            }
+        if (o.mode == Options::Run && !o.sources.empty()) {
+            // After the source come the program's arguments.
+            if (a == "--") i++;
+            for (; i < argc; i++) o.arguments.push_back(argv[i]);
+            return;
         }
-        if (a.empty() || a[0] != '-' || a == "-") {
+        if ((a == "run" || a == "check") && o.mode == Options::Program && o.sources.empty()) {
+            o.mode = a == "run" ? Options::Run : Options::Check;
+        } else if (a.empty() || a[0] != '-' || a == "-") {
             size_t dot = a.rfind('.');
             std::string extension = dot == std::string::npos ? "" : a.substr(dot);
             if (extension == ".o" || extension == ".a" || extension == ".so" || extension == ".c")
@@ -293,7 +285,7 @@ void parseOptions(int argc, char **argv, Options &o)
         } else if (a == "-v") {
             o.verbose = true;
         } else if (a == "-g") {
-            o.debug = true;
+            o.debug = o.emit.debugMap = true;
         } else if (a == "-MD") {
             o.dependencies = true;
         } else if (a == "--list") {
@@ -434,24 +426,27 @@ int compile(Options &o)
 
     int result = 0;
     if (o.mode != Options::Run || !exists(runProgram)) {
-        char directory[] = "/tmp/kvrcob.XXXXXX";
-        if (!mkdtemp(directory)) {
-            diagnostics().fatal("cannot make a temporary directory");
+        const char *temporary = std::getenv("TMPDIR");
+        std::string directory = std::string(temporary && *temporary ? temporary : "/tmp") + "/kvrcob.XXXXXX";
+        if (!mkdtemp(directory.data())) {
+            diagnostics().fatal("cannot make a temporary directory " + directory);
             return 1;
         }
         const char *cc = std::getenv("CC");
         std::vector<std::string> command = {cc && *cc ? cc : "cc", "-std=gnu11",   "-fno-strict-aliasing", "-fwrapv",
-                                            "-fno-gcse",           o.optimisation, "-I" + home.include};
+                                            "-fno-gcse", "-fno-tree-pta", o.optimisation, "-I" + home.include};
         if (o.debug)
             command.push_back("-g");
         else
             command.push_back("-g1");
         std::vector<std::string> files;
         for (size_t i = 0; i < translated.size(); i++) {
-            files.push_back(std::string(directory) + "/" + std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c");
+            files.push_back(directory + "/" + std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c");
             if (!writeFile(files.back(), translated[i].c)) return 1;
         }
-        std::vector<std::string> link = {"-L" + home.library, "-Wl,-rpath," + home.library, "-Wl,--disable-new-dtags"};
+        std::vector<std::string> link = {"-L" + home.library};
+        if (home.library != "/usr/lib")
+            link.insert(link.end(), {"-Wl,-rpath," + home.library, "-Wl,--disable-new-dtags"});
         for (const std::string &l : o.linker) link.push_back(l);
         link.push_back("-lkvr2_64r");
         link.push_back("-lm");
@@ -482,12 +477,17 @@ int compile(Options &o)
         }
         if (!o.keep) {
             for (const std::string &file : files) unlink(file.c_str());
-            rmdir(directory);
+            rmdir(directory.c_str());
         } else {
-            std::fprintf(stderr, "kvrcob: the C text is in %s\n", directory);
+            std::fprintf(stderr, "kvrcob: the C text is in %s\n", directory.c_str());
+        }
+        if (result == kCannotRun) {
+            diagnostics().fatal("there is no C compiler " + command[0] + ": install one, or name it in CC");
+            return 1;
         }
         if (result != 0) {
-            diagnostics().fatal("the C compiler failed; this is a fault of kvrcob");
+            diagnostics().fatal("the C compiler failed; unless it says that a library or object file is missing or the "
+                                "disk is full, this is a fault of kvrcob");
             return 1;
         }
         if (o.mode == Options::Run) rename(o.output.c_str(), runProgram.c_str());

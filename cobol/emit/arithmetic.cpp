@@ -19,6 +19,7 @@ std::string Emitter::sizeErrorFlag(const ArithmeticStatement &s)
 
 void Emitter::phrases(const Phrases &p, const std::string &failed)
 {
+    debugNow();
     if (!p.has && !p.hasNot) return;
     if (p.has) {
         put(cat("if (", failed, ") {\n"));

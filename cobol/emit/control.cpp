@@ -12,7 +12,7 @@ namespace kvrcob {
 
 void Emitter::ifStatement(const IfStatement &s)
 {
-    std::string c = condition(s.condition);
+    std::string c = debugCondition(condition(s.condition));
     put(cat("if (", c, ") {\n"));
     block(s.then);
     put("}\n");
@@ -75,7 +75,7 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
                 test += cat(test.empty() ? "" : " || ", "(", all.empty() ? "0" : all, ")");
             }
         }
-        put(cat("if (", test.empty() ? "0" : test, ") {\n"));
+        put(cat("if (", test.empty() ? "0" : debugCondition(test), ") {\n"));
         block(when.block);
         put(cat("goto ", done, ";\n}\n"));
     }
@@ -107,7 +107,7 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     // Number of the site in this program, for its place in the array of saved cells.
     put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site,
             ";\n"));
-    if (debugs_) put(cat("way = \"PERFORM LOOP\"; wayLine = ", group_.spot(first.at).line, ";\n"));
+    debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     if (fromSegment >= 50) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
     put(cat("goto p", from, ";\nr", site, ": x[", end, "] = s[", site - firstSite_, "];\n"));
@@ -138,12 +138,15 @@ void Emitter::performStatement(const PerformStatement &s)
         put("}\n");
     } else if (s.times) {
         std::string counter = cat("n[", counters_++, "]");
-        put(cat("for (", counter, " = ", integer(s.times), "; ", counter, " > 0; ", counter, "--) {\n"));
+        put(cat(counter, " = ", integer(s.times), ";\n"));
+        debugNow();
+        put(cat("for (; ", counter, " > 0; ", counter, "--) {\n"));
         body();
         put("}\n");
     } else if (!s.varying.empty()) {
         // VARYING a ... AFTER b ...: the last one runs fastest.
         size_t n = s.varying.size();
+        anyChange_ = true;
         auto set = [&](size_t i) {
             Loc loc = locate(*s.varying[i].item, true);
             if (!loc.good()) return;
@@ -152,12 +155,14 @@ void Emitter::performStatement(const PerformStatement &s)
                 return;
             }
             store(number(s.varying[i].from), loc, false, "");
+            debugNow();
         };
         auto step = [&](size_t i) {
             Loc loc = locate(*s.varying[i].item, true);
             if (!loc.good() || !isNumericItem(*loc.item)) return;
             Num by = s.varying[i].by ? number(s.varying[i].by) : integerNumber("1LL", 1);
             store(add(itemNumber(loc), by, false), loc, false, "");
+            debugNow();
         };
         for (size_t i = 0; i < n; i++) set(i);
         std::vector<std::string> tops;
@@ -167,10 +172,12 @@ void Emitter::performStatement(const PerformStatement &s)
             // and then sets the inner one, which is what happens here.
             for (size_t i = 0; i < n; i++) {
                 put("for (;;) {\n");
-                std::string c = s.varying[i].until ? condition(s.varying[i].until) : "1";
+                std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
                 put(cat("if (", c, ") break;\n"));
             }
+            anyChange_ = false;
             body();
+            anyChange_ = true;
             for (size_t i = n; i-- > 0;) {
                 step(i);
                 for (size_t j = i + 1; j <= i + 1 && j < n; j++) set(j);
@@ -178,26 +185,29 @@ void Emitter::performStatement(const PerformStatement &s)
             }
         } else {
             for (size_t i = 0; i < n; i++) put("for (;;) {\n");
+            anyChange_ = false;
             body();
+            anyChange_ = true;
             for (size_t i = n; i-- > 0;) {
-                std::string c = s.varying[i].until ? condition(s.varying[i].until) : "1";
+                std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
                 put(cat("if (", c, ") break;\n"));
                 step(i);
+                if (i + 1 < n) set(i + 1); // the inner item begins again
                 put("}\n");
-                if (i > 0) continue;
             }
         }
+        anyChange_ = false;
     } else if (s.until) {
         put("for (;;) {\n");
-        if (!s.testAfter) {
-            std::string c = condition(s.until);
+        auto test = [&] {
+            anyChange_ = true;
+            std::string c = debugCondition(condition(s.until));
+            anyChange_ = false;
             put(cat("if (", c, ") break;\n"));
-        }
+        };
+        if (!s.testAfter) test();
         body();
-        if (s.testAfter) {
-            std::string c = condition(s.until);
-            put(cat("if (", c, ") break;\n"));
-        }
+        if (s.testAfter) test();
         put("}\n");
     } else {
         body();
@@ -218,7 +228,7 @@ void Emitter::jump(const ProcedureName &name)
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now)
         put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
-    if (debugs_) put(cat("way = \"\"; wayLine = ", group_.spot(name.at).line, ";\n"));
+    debugWay("", name.at);
     put(cat("goto p", to, ";\n"));
 }
 
@@ -231,7 +241,11 @@ void Emitter::goStatement(const GoStatement &s)
         e.kind = ExprKind::Reference;
         e.at = s.depending->at;
         e.ref = const_cast<Reference *>(s.depending);
-        put(cat("switch (", integer(&e), ") {\n"));
+        anyChange_ = true;
+        std::string number = integer(&e);
+        anyChange_ = false;
+        debugNow();
+        put(cat("switch (", number, ") {\n"));
         for (size_t i = 0; i < s.targets.size(); i++) {
             put(cat("case ", i + 1, ": "));
             jump(s.targets[i]);
@@ -269,6 +283,7 @@ void Emitter::alterStatement(const AlterStatement &s)
         }
         put(cat("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n"));
         alterTargets_[static_cast<size_t>(paragraph)].insert(static_cast<size_t>(target));
+        debugAlter(paragraph, target, pair.paragraph.at);
     }
 }
 

@@ -25,6 +25,8 @@ struct EmitOptions {
     bool ebcdic = false;                    // -febcdic
     bool mainProgram = true;                // the first program is the main program
     bool lines = true;                      // #line
+    bool readable = false;                  // -S: C for people, several lines a statement
+    bool debugMap = false;                  // -g: what lies where, for the debugger
     std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
 };
 
@@ -86,9 +88,37 @@ private:
     std::string parameterType(Program &p, size_t index);
     void paragraph(size_t index);
     void alphabets(Program &p);
-    void debugProcedure(size_t index);
+    std::string alphabetCharacters(const Expr *e);
+    void debugMap(Program &p); // debug_map.cpp
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
+
+    // ---- debugging.cpp: USE FOR DEBUGGING
+    struct Watch {
+        size_t use = 0;   // index of the USE statement
+        bool all = false; // ALL REFERENCES OF
+        std::string name; // as the USE statement has it
+    };
+    // References that the program does not write itself, such as that to a RELATIVE KEY.
+    struct Unwatched {
+        explicit Unwatched(Emitter &e) : emitter(e), debugs(e.debugs_) { e.debugs_ = false; }
+        ~Unwatched() { emitter.debugs_ = debugs; }
+        Unwatched(const Unwatched &) = delete;
+        Unwatched &operator=(const Unwatched &) = delete;
+        Emitter &emitter;
+        bool debugs;
+    };
+    void findWatched(Program &p);
+    bool inDebuggingSection(size_t procedure) const;
+    bool watches(const UseStatement &use, size_t procedure) const;
+    void debugProcedure(size_t index);
+    void debugWay(const std::string &way, Tok at);
+    void debugAlter(long paragraph, long target, Tok at);
+    void debugItem(const Reference &ref, const Item &item, const Loc &loc, bool changed);
+    void debugFile(const File &f, const FileStatement *read);
+    void debugNow();
+    std::string debugCondition(const std::string &c);
+    std::string debugSection(const Watch &watch, const std::string &arguments);
 
     // ---- tools
     void line(Tok at);
@@ -164,6 +194,8 @@ private:
 
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
+    Loc pinned(Loc loc, bool copy);
+    void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);
     void moveCharacters(const Text &t, const Loc &target);
     Num textNumber(const Text &t);
@@ -221,6 +253,8 @@ private:
     void relativeKeyOut(const File &f, const std::string &request);
     void afterVerb(const FileStatement &s, const File &f, bool endIsInvalid);
     void linageValues(const File &f);
+    std::string useTable(Program &p, const File &f);
+    void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
 
     void sortStatement(const SortStatement &s);
@@ -236,6 +270,12 @@ private:
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
     void searchStatement(const SearchStatement &s);
+    struct SearchPair {
+        const Item *key;
+        const Expr *operand;
+    };
+    bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
+    bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
     Num functionNumber(const Expr *e, int wantScale);
@@ -247,6 +287,8 @@ private:
     Group &group_;
     const EmitOptions &options_;
     Program *program_ = nullptr;
+    std::map<const Expr *, std::string>
+        guards_;          // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
     std::string functions_, useReturns_;
@@ -259,13 +301,20 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool debugs_ = false;                   // USE FOR DEBUGGING is in force
-    uint32_t firstSite_ = 1, counters_ = 0; // of the program in hand: PERFORM sites, PERFORM n TIMES
+    bool debugs_ = false;    // USE FOR DEBUGGING is in force
+    bool anyChange_ = false; // every reference counts as one that may change the item
+    Tok statementAt_ = 0;
+    std::map<const Item *, Watch> watchedItems_;
+    std::map<const File *, Watch> watchedFiles_;
+    std::vector<std::string> pendingDebugs_;  // of the statement in hand: debugging sections to run
+    const char *performWay_ = "PERFORM LOOP"; // what DEBUG-CONTENTS says of the range performed next
+    uint32_t firstSite_ = 1, counters_ = 0;   // of the program in hand: PERFORM sites, PERFORM n TIMES
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;
     bool sentenceEndUsed_ = false;
     uint32_t lastLine_ = 0, lastFile_ = UINT32_MAX;
     std::map<size_t, std::set<size_t>> alterTargets_;
+    std::map<std::pair<uint32_t, uint32_t>, std::string> useTables_; // of program and file
     struct InitOp {
         uint64_t offset;
         std::string bytes;            // these bytes, or
@@ -289,6 +338,9 @@ std::string cat(const Parts &...parts)
     (appendTo(out, parts), ...);
     return out;
 }
+
+// The character that a figurative constant repeats, in the native order.
+uint8_t figurativeByte(uint32_t op);
 
 // The item with its record (level 01 or 77).
 inline const Item &recordOf(const Item &item)

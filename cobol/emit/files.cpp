@@ -19,13 +19,19 @@ static std::string assignmentOf(const std::string &name)
     return "./" + name;
 }
 
+// A sequential file that is printed, and so a file of lines: WRITE ... ADVANCING or LINAGE, and
+// never read.
+static bool isPrinted(const File &f)
+{
+    return f.organization == K_SEQUENTIAL && (f.advancing || f.linage || f.device == K_PRINTER) && !f.readable;
+}
+
 void Emitter::fileRecords(Program &p)
 {
     std::string prefix = cat("p", p.number, "_");
     std::vector<File *> files;
     for (File *f : p.files)
         if (!f->sortFile) files.push_back(f);
-    // Which files are printed: WRITE ... ADVANCING or LINAGE, and never read.
     std::string list, fibs;
     size_t index = 0;
     for (File *f : p.files) {
@@ -39,11 +45,17 @@ void Emitter::fileRecords(Program &p)
                             ".record};\n#define F", n, " (&C", n, ")\n");
             continue;
         }
-        index++;
+        f->index = ++index;
         globals_ += cat("#define F", n, " (", prefix, "files[", index - 1, "])\n");
+        if (f->codeSet) {
+            const Alphabet *a = meaning_.alphabet(p, f->codeSet);
+            if (!a)
+                error(f->at, "there is no alphabet " + wordText(f->codeSet));
+            else if (a->kind == K_EBCDIC || !a->kind)
+                notBuilt(f->at, "CODE-SET of another alphabet than the native one");
+        }
         if (f->organization == K_INDEXED && !f->recordKey) error(f->at, "an indexed file needs a RECORD KEY");
-        bool print =
-            (f->organization == K_SEQUENTIAL) && (f->advancing || f->linage || f->device == K_PRINTER) && !f->readable;
+        bool print = isPrinted(*f);
         std::string organization = f->organization == K_LINE || print ? "ZVK_FILE_LINE_SEQUENTIAL"
                                    : f->organization == K_INDEXED     ? "ZVK_FILE_INDEXED"
                                    : f->organization == K_RELATIVE    ? "ZVK_FILE_RELATIVE"
@@ -144,36 +156,60 @@ void Emitter::fileRecords(Program &p)
                 ", attribute), .linageOffset = offsetof(T", n, ", linage),\n.recordArea = &A", n,
                 "cell, .assignment = N", n, f->status ? cat(", .statusBase = &I", n, "status") : "", "}",
                 keyCount ? cat(", .keys = {", keys, "}") : "", "};\n");
-        // USE procedures
-        std::string rows[5];
-        bool any = false;
-        for (size_t u = 0; u < p.uses.size(); u++) {
-            const UseStatement &use = p.uses[u];
-            if (use.debugging) continue;
-            bool named = false;
-            for (const auto &[word, at] : use.files)
-                if (word == f->name) named = true;
-            for (int m = 0; m < 5; m++) {
-                static const Word modes[] = {K_INPUT, K_OUTPUT, K_I_O, K_EXTEND, K_none};
-                bool applies = named || (use.mode && use.mode == modes[m]);
-                if (applies && (named || rows[m].empty())) {
-                    rows[m] = cat("(void *)(intptr_t)&", prefix, "use", u + 1);
-                    any = true;
-                }
-            }
-        }
-        if (any) {
-            globals_ += cat("static void *U", n, "[5] = {");
-            for (int m = 0; m < 5; m++) globals_ += cat(rows[m].empty() ? "0" : rows[m], ", ");
-            globals_ += "};\n";
-        }
+        std::string use = useTable(p, *f);
         globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", index,
-                        ", .maxRecord = ", f->maxRecord, any ? cat(", .useTable = U", n) : "", "};\n");
+                        ", .maxRecord = ", f->maxRecord, use == "0" ? "" : cat(", .useTable = ", use), "};\n");
         list += cat("&C", n, ", ");
         fibs += cat("&I", n, ".fib, ");
     }
     globals_ += cat("static FCB *", prefix, "files[", files.size() + 1, "] = {", list, "0};\nstatic FIB *", prefix,
                     "fibs[", files.size() + 1, "] = {", fibs, "0};\n");
+}
+
+// The USE procedures that serve a file's statements in a program, by the mode in which the file is
+// open. The program's own come first, then the GLOBAL ones of the programs around it. In one
+// program a procedure for the file goes before one for a mode.
+std::string Emitter::useTable(Program &p, const File &f)
+{
+    auto known = useTables_.find({p.number, f.number});
+    if (known != useTables_.end()) return known->second;
+    static const Word modes[] = {K_INPUT, K_OUTPUT, K_I_O, K_EXTEND, K_none};
+    std::string rows[5];
+    bool any = false;
+    for (Program *q = &p; q; q = q->parent) {
+        for (int pass = 0; pass < 2; pass++)
+            for (size_t u = 0; u < q->uses.size(); u++) {
+                const UseStatement &use = q->uses[u];
+                if (use.debugging || (q != &p && !use.global)) continue;
+                bool named = false;
+                for (const auto &[word, at] : use.files)
+                    if (word == f.name && meaning_.file(*q, word, at) == &f) named = true;
+                for (int m = 0; m < 5; m++) {
+                    bool applies = pass == 0 ? named : use.mode && use.mode == modes[m];
+                    if (!applies || !rows[m].empty()) continue;
+                    rows[m] = cat("(void *)(intptr_t)&p", q->number, "_use", u + 1);
+                    any = true;
+                }
+            }
+    }
+    std::string name = "0";
+    if (any) {
+        name = cat("U", p.number, "_", f.number);
+        globals_ += cat("static void *", name, "[5] = {");
+        for (int m = 0; m < 5; m++) globals_ += cat(rows[m].empty() ? "0" : rows[m], ", ");
+        globals_ += "};\n";
+    }
+    useTables_[{p.number, f.number}] = name;
+    return name;
+}
+
+// A file that several programs share has one FCB. Before a statement it takes what is the
+// program's own: the index of its attributes, its USE procedures.
+void Emitter::prepare(const File &f)
+{
+    if (f.external) put(cat("F", f.number, "->index = ", f.index, ";\n"));
+    if (f.external || (f.global && (program_ != f.program || !f.program->nested.empty())))
+        put(cat("F", f.number, "->useTable = ", useTable(*program_, f), ";\n"));
 }
 
 File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
@@ -221,6 +257,7 @@ void Emitter::openStatement(const OpenStatement &s)
                             ", ", loc.length, ");\n"));
             }
         }
+        prepare(*f);
         const char *mode = part.mode == K_INPUT    ? "ZVK_OPEN_INPUT"
                            : part.mode == K_OUTPUT ? "ZVK_OPEN_OUTPUT"
                            : part.mode == K_I_O    ? "ZVK_OPEN_IO"
@@ -228,6 +265,7 @@ void Emitter::openStatement(const OpenStatement &s)
         put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
                 f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
+        debugFile(*f, nullptr);
     }
 }
 
@@ -240,15 +278,18 @@ void Emitter::closeStatement(const CloseStatement &s)
             error(part.at, "a sort file is not closed");
             continue;
         }
+        prepare(*f);
         if (part.reel) {
             // There are no reels: the statement is successful, with status 07, and the file stays
             // open.
             put(cat("kvr_close_reel(F", f->number, ", p", f->program->number, "_element);\n"));
+            debugFile(*f, nullptr);
             continue;
         }
         put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
                 part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->close(F", f->number, ", p", f->program->number, "_element);\n"));
+        debugFile(*f, nullptr);
     }
 }
 
@@ -256,6 +297,7 @@ void Emitter::closeStatement(const CloseStatement &s)
 void Emitter::relativeKeyIn(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
+    Unwatched unwatched(*this);
     Loc loc = locate(*f.relativeKey);
     if (!loc.good()) return;
     Num n = toInt(scaleTo(itemNumber(loc), 0, false));
@@ -269,6 +311,7 @@ void Emitter::relativeKeyIn(const File &f, const std::string &request)
 void Emitter::relativeKeyOut(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
+    Unwatched unwatched(*this);
     Loc loc = locate(*f.relativeKey, true);
     if (!loc.good()) return;
     put(cat("if (F", f.number, "->status < 10) {\n"));
@@ -280,6 +323,7 @@ void Emitter::relativeKeyOut(const File &f, const std::string &request)
 void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
 {
     std::string status = cat("F", f.number, "->status");
+    debugNow();
     if (s.end.has || s.end.hasNot) {
         if (s.end.has) {
             put(cat("if (", status, " >= 10 && ", status, " < 20) {\n"));
@@ -363,9 +407,11 @@ void Emitter::readStatement(const FileStatement &s)
     put(cat(request, ".options = ", options, ";\n"));
     relativeKeyIn(*f, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n"));
+    prepare(*f);
     put(cat("F", f->number, "->read(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
     if (sequential) relativeKeyOut(*f, request);
     if (f->recordDepending) {
+        Unwatched unwatched(*this);
         Loc loc = locate(*f->recordDepending, true);
         if (loc.good()) {
             put(cat("if (F", f->number, "->status < 10) {\n"));
@@ -390,6 +436,7 @@ void Emitter::readStatement(const FileStatement &s)
             put("}\n");
         }
     }
+    debugFile(*f, &s);
     afterVerb(s, *f, false);
 }
 
@@ -405,7 +452,9 @@ void Emitter::writeStatement(const FileStatement &s)
     if (s.from) move(s.from, record);
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
-    if (s.before || s.after) {
+    // In a file of pages or one that is advanced anywhere, a WRITE without ADVANCING is one AFTER a
+    // line.
+    if (s.before || s.after || f->linage || isPrinted(*f)) {
         std::string advance = "1";
         if (s.page) {
             advance = "ZVK_ADVANCE_PAGE";
@@ -428,6 +477,7 @@ void Emitter::writeStatement(const FileStatement &s)
     if (f->linage) put(cat("kvr_linage(F", f->number, ", &I", f->number, ".linage[0]);\n"));
     std::string length;
     if (f->recordDepending) {
+        Unwatched unwatched(*this);
         Loc loc = locate(*f->recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     } else {
@@ -445,6 +495,11 @@ void Emitter::writeStatement(const FileStatement &s)
     }
     if (f->organization == K_RELATIVE && f->access != K_SEQUENTIAL) put(cat(request, ".options |= ZVK_REQUEST_KEY;\n"));
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    debugNow();
+    prepare(*f);
+    if (f->access == K_SEQUENTIAL && f->organization != K_LINE)
+        put(cat("if (F", f->number, "->mode & ZVK_OPEN_IO) kvr_refuse(F", f->number, ", p", f->program->number,
+                "_element, 48, ZVK_VERB_WRITE);\nelse "));
     put(cat("F", f->number, "->write(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
     if (f->access == K_SEQUENTIAL) relativeKeyOut(*f, request);
     if (s.eop.has || s.eop.hasNot) {
@@ -472,6 +527,7 @@ void Emitter::rewriteStatement(const FileStatement &s)
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     std::string length = cat("(uint32_t)", locateItem(*record.item).length);
     if (f->recordDepending) {
+        Unwatched unwatched(*this);
         Loc loc = locate(*f->recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
@@ -482,6 +538,8 @@ void Emitter::rewriteStatement(const FileStatement &s)
         relativeKeyIn(*f, request);
     }
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    debugNow();
+    prepare(*f);
     put(cat("F", f->number, "->rewrite(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
     afterVerb(s, *f, true);
 }
@@ -497,7 +555,9 @@ void Emitter::deleteStatement(const FileStatement &s)
         relativeKeyIn(*f, request);
     }
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    prepare(*f);
     put(cat("F", f->number, "->deleteRecord(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
 
@@ -532,7 +592,9 @@ void Emitter::startStatement(const FileStatement &s)
     }
     relativeKeyIn(*f, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    prepare(*f);
     put(cat("F", f->number, "->start(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
 
@@ -544,6 +606,7 @@ void Emitter::unlockStatement(const FileStatement &s)
         put(";\n"); // no record of it can be locked by this program
         return;
     }
+    prepare(*f);
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, "->unlock(F", f->number, ", p",
             f->program->number, "_element, &", request, ");\n"));

@@ -102,10 +102,9 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
         return;
     }
     Text t;
-    if (numericFrom) {
-        if (from.picture.scale > 0 && from.usage != Usage::Float && from.usage != Usage::Double) {
-            // The digits, without the point: what compilers do, the standard does not allow it.
-        }
+    if (numericFrom && from.usage == Usage::Display && from.signForm == SignForm::None && from.picture.scale >= 0) {
+        t = textOf(source); // its digits, and whatever else it may hold
+    } else if (numericFrom) {
         Num n = itemNumber(source);
         if (n.kind == Num::Float) n = scaleTo(n, 0, false);
         n = toPacked(n);
@@ -129,6 +128,43 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
     moveText(t, target);
 }
 
+// The same item at an address that is computed now. `copy`: a copy of its bytes, where they are not
+// too many, for receivers that overlap it.
+Loc Emitter::pinned(Loc loc, bool copy)
+{
+    if (!loc.good() || loc.item->isIndexName) return loc;
+    if (copy && loc.fixed >= 0 && loc.fixed <= 1 << 16) {
+        std::string t = tempBytes(loc.fixed);
+        put(cat("memcpy(", t, ", ", loc.address, ", ", loc.fixed, ");\n"));
+        loc.address = t;
+        return loc;
+    }
+    std::string t = temp("uint8_t *");
+    put(cat(t, " = ", loc.address, ";\n"));
+    loc.address = t;
+    if (loc.fixed < 0) {
+        std::string length = temp("int64_t");
+        put(cat(length, " = ", loc.length, ";\n"));
+        loc.length = length;
+    }
+    return loc;
+}
+
+// MOVE of the item that `source` names, from where it was located.
+void Emitter::moveFrom(const Expr *source, const Loc &from, const Loc &target)
+{
+    if (!from.good() || !target.good()) return;
+    const Item &to = *target.item;
+    bool plainTo = target.refmod || to.category == Category::Group;
+    if (!plainTo && to.category == Category::Pointer) {
+        put(cat("kvr_put_8(", target.address, ", (int64_t)kvr_get_u8(", from.address, "));\n"));
+        return;
+    }
+    bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
+    if (from.item->isIndexName && !numericTo) error(source->at, "an index-name is set with SET");
+    moveLoc(from, target);
+}
+
 void Emitter::move(const Expr *source, const Loc &target)
 {
     if (!target.good()) return;
@@ -142,8 +178,8 @@ void Emitter::move(const Expr *source, const Loc &target)
         else if (source->kind == ExprKind::AddressOf)
             value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
         else if (source->kind == ExprKind::Reference) {
-            Loc from = locate(*source->ref);
-            value = cat("(int64_t)kvr_get_u8(", from.address, ")");
+            moveFrom(source, locate(*source->ref), target);
+            return;
         } else
             error(source->at, "a pointer is needed here");
         put(cat("kvr_put_8(", target.address, ", ", value, ");\n"));
@@ -151,10 +187,7 @@ void Emitter::move(const Expr *source, const Loc &target)
     }
     bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
     if (source->kind == ExprKind::Reference && meaning_.resolve(*program_, *source->ref, true)) {
-        Loc from = locate(*source->ref);
-        if (!from.good()) return;
-        if (from.item->isIndexName && !numericTo) error(source->at, "an index-name is set with SET");
-        moveLoc(from, target);
+        moveFrom(source, locate(*source->ref), target);
         return;
     }
     if (source->kind == ExprKind::Reference && meaning_.symbolic(*program_, source->ref->names[0]) < 0) {
@@ -320,6 +353,13 @@ void Emitter::moveStatement(const MoveStatement &s)
             }
             return;
         }
+    }
+    const Expr *source = constant(s.source);
+    if (s.targets.size() > 1 && source->kind == ExprKind::Reference &&
+        meaning_.resolve(*program_, *source->ref, true)) {
+        Loc from = pinned(locate(*source->ref), true);
+        for (const Reference *ref : s.targets) moveFrom(source, from, locate(*ref, true));
+        return;
     }
     for (const Reference *ref : s.targets) {
         Loc to = locate(*ref, true);

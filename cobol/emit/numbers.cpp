@@ -492,7 +492,13 @@ Num Emitter::power(Num a, Num b, const Expr *exponent)
     if (a.kind != Num::Float && meaning_.constantNumber(*program_, exponent, d) && !d.negative && d.scale == 0 &&
         d.digits.size() <= 2) {
         int n = std::atoi(d.digits.c_str());
-        if (n == 0) return integerNumber("1LL", 1);
+        if (n == 0) {
+            if (a.literal && !a.value.isZero()) return integerNumber("1LL", 1);
+            Decimal zero;
+            zero.digits = "0";
+            std::string test = compareNumbers(a, literalNumber(zero), '=');
+            return integerNumber(cat("(", zeroFlag(), " |= ", test, ", 1LL)"), 1); // zero to the power of zero
+        }
         if (n == 1) return a;
         if (a.digits * n <= kMostPacked) {
             Num base = keep(a, false), result = base;

@@ -166,6 +166,7 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     }
     if (known) displacement = cat(" + ", known, displacement);
     Loc loc = locateItem(*item, displacement, receiving);
+    if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
     if (!ref.refmod) return loc;
 
     // (from : length)
@@ -272,7 +273,7 @@ bool Emitter::isNumericExpr(const Expr *e)
     return c == Category::Numeric || c == Category::Index;
 }
 
-static uint8_t figurativeByte(uint32_t op)
+uint8_t figurativeByte(uint32_t op)
 {
     switch (op) {
     case K_ZERO:

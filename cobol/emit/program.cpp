@@ -52,6 +52,10 @@ void Emitter::statement(const Statement &s)
     openBlock();
     std::string outerZero;
     outerZero.swap(zeroFlag_);
+    std::vector<std::string> outerDebugs;
+    outerDebugs.swap(pendingDebugs_);
+    Tok outerAt = statementAt_;
+    statementAt_ = s.at;
     switch (s.verb) {
     case K_ADD:
     case K_SUBTRACT:
@@ -158,6 +162,9 @@ void Emitter::statement(const Statement &s)
         notBuilt(s.at, "the statement " + wordText(s.verb));
         break;
     }
+    debugNow();
+    statementAt_ = outerAt;
+    pendingDebugs_.swap(outerDebugs);
     zeroFlag_.swap(outerZero);
     closeBlock();
 }
@@ -230,9 +237,8 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         // A number for an edited item stands as it is written, right-aligned is nobody's rule;
         // programs use literals.
     }
-    if (bytes.size() > item.size)
-        return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
-    if (item.justified) return std::string(item.size - bytes.size(), ' ') + bytes;
+    // JUSTIFIED does not count here.
+    if (bytes.size() > item.size) return bytes.substr(0, item.size);
     return bytes + std::string(item.size - bytes.size(), ' ');
 }
 
@@ -332,129 +338,6 @@ void Emitter::initialValues(Program &p)
 
 // ---- Storage
 
-void Emitter::alphabets(Program &p)
-{
-    for (Alphabet *a : p.alphabets) {
-        if (!a->weights.empty()) continue;
-        a->number = ++constants_;
-        if (a->kind == K_EBCDIC) {
-            notBuilt(a->at, "ALPHABET IS EBCDIC");
-            continue;
-        }
-        std::vector<int> weight(256, -1);
-        int next = 0;
-        if (a->parts.empty()) {
-            for (int i = 0; i < 256; i++) weight[static_cast<size_t>(i)] = i;
-        }
-        auto characters = [&](const Expr *e) {
-            std::string out;
-            if (e->kind == ExprKind::String) {
-                out = e->text;
-            } else if (e->kind == ExprKind::Number) {
-                int ordinal = std::atoi(std::string(e->text).c_str());
-                if (ordinal < 1 || ordinal > 256)
-                    error(e->at, "a character's number is from 1 to 256");
-                else
-                    out = std::string(1, static_cast<char>(ordinal - 1));
-            } else if (e->kind == ExprKind::Figurative) {
-                out = std::string(1, static_cast<char>(e->op == K_ZERO         ? '0'
-                                                       : e->op == K_QUOTE      ? '"'
-                                                       : e->op == K_HIGH_VALUE ? 0xFF
-                                                       : e->op == K_LOW_VALUE  ? 0
-                                                                               : ' '));
-            } else {
-                error(e->at, "an alphabet has literals");
-            }
-            return out;
-        };
-        auto give = [&](unsigned char c, int w, const Expr *e) {
-            if (weight[c] >= 0)
-                error(e->at, "this character is in the alphabet already");
-            else
-                weight[c] = w;
-        };
-        for (const Alphabet::Part &part : a->parts) {
-            std::string from = characters(part.from);
-            if (from.empty()) continue;
-            if (part.thru) {
-                std::string to = characters(part.thru);
-                if (from.size() != 1 || to.size() != 1) {
-                    error(part.from->at, "THRU goes between single characters");
-                    continue;
-                }
-                int x = static_cast<unsigned char>(from[0]), y = static_cast<unsigned char>(to[0]);
-                for (int c = x;; c += x <= y ? 1 : -1) {
-                    give(static_cast<unsigned char>(c), next++, part.from);
-                    if (c == y) break;
-                }
-                continue;
-            }
-            if (!part.also.empty()) {
-                give(static_cast<unsigned char>(from[0]), next, part.from);
-                for (const Expr *e : part.also)
-                    for (char c : characters(e)) give(static_cast<unsigned char>(c), next, e);
-                next++;
-                continue;
-            }
-            for (char c : from) give(static_cast<unsigned char>(c), next++, part.from);
-        }
-        // What was not named comes after, in native order.
-        for (int c = 0; c < 256; c++)
-            if (weight[static_cast<size_t>(c)] < 0) weight[static_cast<size_t>(c)] = std::min(next++, 255);
-        a->weights.resize(256);
-        globals_ += cat("static const uint8_t alphabet", a->number, "[256] __attribute__((unused)) = {");
-        for (int c = 0; c < 256; c++) {
-            a->weights[static_cast<size_t>(c)] = static_cast<uint8_t>(weight[static_cast<size_t>(c)]);
-            globals_ += cat(c ? "," : "", weight[static_cast<size_t>(c)]);
-        }
-        globals_ += "};\n";
-    }
-    if (p.collating) {
-        const Alphabet *a = meaning_.alphabet(p, p.collating);
-        if (!a) {
-            error(p.collatingAt, "there is no alphabet " + wordText(p.collating));
-            p.collating = 0;
-        } else if (a->kind) {
-            p.collating = 0; // native
-        }
-    }
-    for (UserClass *c : p.classes) {
-        if (c->number) continue;
-        c->number = ++constants_;
-        std::vector<int> in(256, 1);
-        auto one = [&](const Expr *e) -> std::string {
-            if (e->kind == ExprKind::String) return std::string(e->text);
-            if (e->kind == ExprKind::Number)
-                return std::string(1, static_cast<char>(std::atoi(std::string(e->text).c_str()) - 1));
-            if (e->kind == ExprKind::Figurative)
-                return std::string(1, static_cast<char>(e->op == K_ZERO         ? '0'
-                                                        : e->op == K_QUOTE      ? '"'
-                                                        : e->op == K_HIGH_VALUE ? 0xFF
-                                                        : e->op == K_LOW_VALUE  ? 0
-                                                                                : ' '));
-            return "";
-        };
-        for (const ValueRange &range : c->ranges) {
-            std::string from = one(range.from);
-            if (range.to) {
-                std::string to = one(range.to);
-                if (from.size() != 1 || to.size() != 1) {
-                    error(range.from->at, "THRU goes between single characters");
-                    continue;
-                }
-                int x = static_cast<unsigned char>(from[0]), y = static_cast<unsigned char>(to[0]);
-                if (x > y) std::swap(x, y);
-                for (int k = x; k <= y; k++) in[static_cast<size_t>(k)] = 0;
-            } else {
-                for (char k : from) in[static_cast<unsigned char>(k)] = 0;
-            }
-        }
-        globals_ += cat("static const uint8_t class", c->number, "[256] __attribute__((unused)) = {");
-        for (int k = 0; k < 256; k++) globals_ += cat(k ? "," : "", in[static_cast<size_t>(k)]);
-        globals_ += "};\n";
-    }
-}
-
 void Emitter::storage(Program &p)
 {
     for (Item *record : p.records) {
@@ -487,7 +370,8 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
-    if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[130] __attribute__((unused));\n");
+    if (!p.uses.empty())
+        globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -535,42 +419,14 @@ void Emitter::paragraph(size_t index)
         if (sentenceEndUsed_) put(cat(sentenceEnd_, ": ;\n"));
     }
     put(cat("e", index, ": __attribute__((unused));\n"));
+    if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
+        debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
     insertions_.push_back({code_.size(), cat("@exit", index)});
-}
-
-// USE FOR DEBUGGING: the section that watches a procedure runs before it.
-void Emitter::debugProcedure(size_t index)
-{
-    Program &p = *program_;
-    const Procedure &procedure = p.procedures[index];
-    if (!debugs_ || procedure.declarative || !procedure.name) return;
-    for (size_t u = 0; u < p.uses.size(); u++) {
-        const UseStatement &use = p.uses[u];
-        if (!use.debugging) continue;
-        bool watched = use.allProcedures;
-        for (const Reference *ref : use.debugged) {
-            if (ref->names[0] != procedure.name) continue;
-            if (ref->names.size() == 1 ||
-                (procedure.section >= 0 && p.procedures[static_cast<size_t>(procedure.section)].name == ref->names[1]))
-                watched = true;
-        }
-        if (!watched) continue;
-        put(cat("kvr_debug(p", p.number, "_debugItem, way, wayLine, ", bytesLiteral(wordText(procedure.name)), ");\np",
-                p.number, "_body(", u + 1, ");\n"));
-        break;
-    }
-    put("way = \"FALL THROUGH\";\n");
 }
 
 void Emitter::procedures(Program &p)
 {
-    debugs_ = false;
-    for (const UseStatement &use : p.uses) {
-        if (!use.debugging || !p.debugging) continue;
-        debugs_ = true;
-        for (const Reference *ref : use.debugged)
-            if (!p.names->procedures.count(ref->names[0])) notBuilt(ref->at, "USE FOR DEBUGGING ON an item or file");
-    }
+    findWatched(p);
     code_.clear();
     insertions_.clear();
     blocks_.clear();
@@ -607,7 +463,9 @@ void Emitter::procedures(Program &p)
             end++;
         uint32_t site = ++sites_;
         p.procedures[end].returns.push_back(site);
-        entries += cat("case ", i + 1, ": x[", end, "] = ", site, "; goto p", p.uses[i].procedure, ";\n");
+        entries += cat("case ", i + 1, ": x[", end, "] = ", site, ";",
+                       debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
+                       " goto p", p.uses[i].procedure, ";\n");
         insertions_.push_back({code_.size(), ""});
         p.procedures[end].returns.back() = site;
         useReturns_ += cat("r", site, ": goto leave;\n");
@@ -656,6 +514,7 @@ void Emitter::procedures(Program &p)
                 "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
     if (debugs_)
         cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
+    debugs_ = false;
     code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries,
                 "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();
@@ -823,6 +682,7 @@ void Emitter::program(Program &p)
     program_ = &p;
     alphabets(p);
     storage(p);
+    if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
         if (u == 0)
             globals_ += cat(
@@ -840,6 +700,7 @@ void Emitter::program(Program &p)
     procedures(p);
     functions += code_;
     code_.clear();
+    line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
     functions += code_;
     code_.clear();
@@ -847,6 +708,26 @@ void Emitter::program(Program &p)
     functions += code_;
     for (Program *inner : p.nested) program(*inner);
     functions_ += functions;
+}
+
+// A line of COBOL may become several of C, and #line counts on from each. So what belongs to one
+// #line is joined into one line: a debugger then never shows lines that the source does not have.
+static std::string joinLines(const std::string &text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); i++) {
+        bool directive = i == 0 || text[i - 1] == '\n' ? text[i] == '#' : false;
+        if (directive) {
+            if (!out.empty() && out.back() == ' ') out.back() = '\n';
+            size_t end = std::min(text.find('\n', i), text.size() - 1);
+            out.append(text, i, end - i + 1);
+            i = end;
+        } else {
+            out += text[i] == '\n' ? ' ' : text[i];
+        }
+    }
+    return out;
 }
 
 std::string Emitter::emit()
@@ -876,11 +757,11 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n\n";
-    out += declarations + "\n" + globals_ + "\n" + functions_;
+    out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];
-        out += cat("\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ", options_.check ? 1 : 0,
-                   ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
+                   options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
         out += ") & 255;\n}\n";
     }

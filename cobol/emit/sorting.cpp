@@ -46,7 +46,7 @@ void Emitter::sortStatement(const SortStatement &s)
         const Alphabet *a = meaning_.alphabet(*program_, name);
         if (!a)
             error(s.at, "there is no alphabet " + wordText(name));
-        else if (!a->kind)
+        else if (!a->kind || a->kind == K_EBCDIC)
             weights = cat("alphabet", a->number);
     }
     File *file = nullptr;
@@ -135,6 +135,7 @@ void Emitter::sortStatement(const SortStatement &s)
                 continue;
             }
             all += cat("F", f->number, ", ");
+            prepare(*f);
             // Its assignment, if a data item holds it.
             if (f->assignItem && !f->assignExternal) {
                 Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
@@ -177,6 +178,7 @@ void Emitter::sortStatement(const SortStatement &s)
     put(cat("_zvkSortMerge(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
     if (s.hasInput) {
         openBlock();
+        performWay_ = "SORT INPUT";
         performRange(s.inputFirst, s.inputLast, 0);
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have
@@ -187,11 +189,14 @@ void Emitter::sortStatement(const SortStatement &s)
         put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
                 givingList, ", ", eighth, ");\n"));
     }
+    performWay_ = "PERFORM LOOP";
     if (s.hasOutput) {
         openBlock();
+        performWay_ = s.verb == K_MERGE ? "MERGE OUTPUT" : "SORT OUTPUT";
         performRange(s.outputFirst, s.outputLast, 0);
         closeBlock();
     }
+    performWay_ = "PERFORM LOOP";
 }
 
 void Emitter::releaseStatement(const FileStatement &s)

@@ -276,7 +276,7 @@ struct Layout {
                 }
                 return;
             }
-            if (item.category == Category::Numeric && !item.nativeBinary) {
+            if (item.category == Category::Numeric && item.usage != Usage::Native && !item.nativeBinary) {
                 std::string digits = digitsAtScale(d, item.picture.scale);
                 if (digits != "0" && digits.size() > static_cast<size_t>(item.picture.digits))
                     meaning.warning("value", value->at, "VALUE has more digits than the item; the first ones are lost");
@@ -291,8 +291,15 @@ struct Layout {
     {
         for (Item *item : record.conditions) {
             if (item->level != 66) continue;
-            Item *from = meaning.resolve(program, *item->renamesFrom);
-            Item *thru = item->renamesThru ? meaning.resolve(program, *item->renamesThru) : from;
+            // The names are those of this record, whatever else has them.
+            auto here = [&](const Reference &ref) {
+                Reference whole = ref;
+                if (record.name && whole.names.back() != record.name) whole.names.push_back(record.name);
+                Item *found = meaning.resolve(program, whole, true);
+                return found ? found : meaning.resolve(program, ref);
+            };
+            Item *from = here(*item->renamesFrom);
+            Item *thru = item->renamesThru ? here(*item->renamesThru) : from;
             if (!from || !thru) continue;
             item->section = record.section;
             item->offset = from->offset;

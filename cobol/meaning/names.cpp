@@ -61,7 +61,7 @@ void Meaning::specials(Program &p)
     std::string prefix = "p" + std::to_string(p.number) + "_";
     add(K_RETURN_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "returnCode)");
     add(K_SORT_RETURN, Usage::Native, 2, 4, "((uint8_t *)&" + prefix + "sortReturn)");
-    add(K_TALLY, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "tally)");
+    add(K_TALLY, Usage::Native, 4, 5, "((uint8_t *)&" + prefix + "tally)");
     add(K_WHEN_COMPILED, Usage::Display, 16, 0, "((uint8_t *)" + prefix + "whenCompiled)");
     if (!p.uses.empty()) {
         // DEBUG-ITEM, for USE FOR DEBUGGING.
@@ -99,7 +99,7 @@ void Meaning::specials(Program &p)
         part(K_DEBUG_SUB_1, 5, true);
         part(K_DEBUG_SUB_2, 5, true);
         part(K_DEBUG_SUB_3, 5, true);
-        part(K_DEBUG_CONTENTS, 72, false);
+        part(K_DEBUG_CONTENTS, 200, false);
         group->size = offset - 1;
         if (!p.names->items.count(K_DEBUG_ITEM)) enter(p, group);
     }
@@ -283,6 +283,7 @@ static size_t distance(const std::string &a, const std::string &b)
 
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
+    if (!told_.insert(name).second) return; // once for each name
     const std::string &text = wordText(name);
     const Item *best = nullptr;
     size_t bestDistance = text.size() / 3 + 1;
@@ -341,6 +342,7 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
             if (complets == 1) {
                 match = complete;
             } else if (!silent) {
+                if (!told_.insert(ref.names[0]).second) return nullptr;
                 error(ref.at, wordText(ref.names[0]) + " is ambiguous; qualify it");
                 int shown = 0;
                 for (Item *item : found->second)

@@ -40,9 +40,9 @@ Statement *Parser::addStatement()
         arithmeticTargets(s->targets);
     } else {
         while (atOperand() || at(K_FUNCTION) || atMark('(')) {
-            inArguments_ = true; // "ADD A -1 TO B" has two operands
+            inArguments_ = OperandList; // "ADD A -1 TO B" has two operands
             s->operands.push_back(operand());
-            inArguments_ = false;
+            inArguments_ = NoList;
             if (panic_) break;
         }
         if (s->operands.empty()) error("expected an operand before " + shown());
@@ -88,9 +88,9 @@ Statement *Parser::subtractStatement()
         arithmeticTargets(s->targets);
     } else {
         while (atOperand() || at(K_FUNCTION) || atMark('(')) {
-            inArguments_ = true;
+            inArguments_ = OperandList;
             s->operands.push_back(operand());
-            inArguments_ = false;
+            inArguments_ = NoList;
             if (panic_) break;
         }
         if (s->operands.empty()) error("expected an operand before " + shown());

@@ -6,6 +6,14 @@
 
 namespace kvrcob {
 
+// After an error: to the next entry that begins with a level number, or to a header.
+void Parser::skipToDataEntry()
+{
+    do skipToPeriod();
+    while (!atEnd() && !atNumber() && !atSectionOrDivision() && !at(K_FD) && !at(K_SD) && !at(K_END, K_PROGRAM) &&
+           !(at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct));
+}
+
 void Parser::dataDivision(Program &p)
 {
     if (at(K_DATA, K_DIVISION)) {
@@ -48,7 +56,9 @@ void Parser::dataDivision(Program &p)
             return;
         } else {
             error("expected a section of the DATA DIVISION or the PROCEDURE DIVISION before " + shown());
-            skipToPeriod();
+            if (!atNumber()) skipToDataEntry();
+            panic_ = false;
+            if (atNumber()) records(p, Item::WorkingStorage, nullptr); // its header is missing
         }
     }
 }
@@ -229,6 +239,13 @@ void Parser::fileDescription(Program &p)
     records(p, Item::FileSection, f);
 }
 
+static bool inTable(const Item &item)
+{
+    for (const Item *a = &item; a; a = a->parent)
+        if (a->occurs) return true;
+    return false;
+}
+
 // Data descriptions up to the next header; levels become a tree.
 void Parser::records(Program &p, Item::Section section, File *file)
 {
@@ -240,7 +257,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
         if (!atNumber()) {
             if (atName() && !aheadIs(1, K_SECTION) && !aheadIs(1, K_DIVISION) && section != Item::FileSection) {
                 error("expected a level number before " + shown());
-                skipToPeriod();
+                skipToDataEntry();
                 continue;
             }
             return;
@@ -256,6 +273,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
             }
             item->parent = lastItem;
             lastItem->conditions.push_back(item);
+            if (inTable(*item)) tableNames_.insert(item->name);
             continue;
         }
         if (item->isConstant) {
@@ -276,6 +294,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
         if (item->level == 1 || item->level == 77) {
             open.clear();
             open.push_back(item);
+            if (item->occurs) tableNames_.insert(item->name);
             lastItem = item;
             if (section == Item::FileSection && file)
                 file->records.push_back(item);
@@ -302,6 +321,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
         item->parent = open.back();
         open.back()->children.push_back(item);
         open.push_back(item);
+        if (inTable(*item)) tableNames_.insert(item->name);
         lastItem = item;
     }
 }
@@ -334,7 +354,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         skipToPeriod();
         return nullptr;
     }
-    if (item->level == 78 || (item->level == 1 && at(K_CONSTANT))) {
+    if (item->level == 78 || ((item->level == 1 || item->level == 77) && at(K_CONSTANT))) {
         item->isConstant = true;
         take(K_CONSTANT);
         take(K_IS);

@@ -1,5 +1,6 @@
 // ENVIRONMENT DIVISION: CONFIGURATION SECTION with SPECIAL-NAMES, INPUT-OUTPUT SECTION with SELECT
 // and I-O-CONTROL.
+#include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
 #include <cstdlib>
@@ -81,67 +82,9 @@ void Parser::configurationSection(Program &p)
                         p.allFunctions = true;
                         step();
                         take(K_INTRINSIC);
-                        static const char *const names[] = {"ABS",
-                                                            "ACOS",
-                                                            "ANNUITY",
-                                                            "ASIN",
-                                                            "ATAN",
-                                                            "BYTE-LENGTH",
-                                                            "CHAR",
-                                                            "CONCATENATE",
-                                                            "CONCAT",
-                                                            "COS",
-                                                            "CURRENT-DATE",
-                                                            "DATE-OF-INTEGER",
-                                                            "DATE-TO-YYYYMMDD",
-                                                            "DAY-OF-INTEGER",
-                                                            "DAY-TO-YYYYDDD",
-                                                            "EXP",
-                                                            "FACTORIAL",
-                                                            "INTEGER",
-                                                            "INTEGER-OF-DATE",
-                                                            "INTEGER-OF-DAY",
-                                                            "INTEGER-PART",
-                                                            "LENGTH",
-                                                            "LOG",
-                                                            "LOG10",
-                                                            "LOWER-CASE",
-                                                            "MAX",
-                                                            "MEAN",
-                                                            "MEDIAN",
-                                                            "MIDRANGE",
-                                                            "MIN",
-                                                            "MOD",
-                                                            "NUMVAL",
-                                                            "NUMVAL-C",
-                                                            "ORD",
-                                                            "ORD-MAX",
-                                                            "ORD-MIN",
-                                                            "PRESENT-VALUE",
-                                                            "RANDOM",
-                                                            "RANGE",
-                                                            "REM",
-                                                            "REVERSE",
-                                                            "SIN",
-                                                            "SQRT",
-                                                            "STANDARD-DEVIATION",
-                                                            "SUBSTITUTE",
-                                                            "TAN",
-                                                            "TRIM",
-                                                            "UPPER-CASE",
-                                                            "VARIANCE",
-                                                            "WHEN-COMPILED",
-                                                            "YEAR-TO-YYYY",
-                                                            "STORED-CHAR-LENGTH",
-                                                            "SIGN",
-                                                            "FRACTION-PART",
-                                                            "TEST-NUMVAL",
-                                                            "TEST-DATE-YYYYMMDD",
-                                                            "TEST-DAY-YYYYDDD",
-                                                            "PI",
-                                                            "E",
-                                                            "EXP10"};
-                        for (const char *name : names) p.functions.push_back(internWord(name));
+                        size_t count = 0;
+                        const FunctionRow *rows = functionRows(count);
+                        for (size_t i = 0; i < count; i++) p.functions.push_back(internWord(rows[i].name));
                     } else {
                         while (now().kind == TokenKind::Name && !at(K_FUNCTION) && !at(K_PROGRAM) && !at(K_CLASS)) {
                             if (!at(K_INTRINSIC)) p.functions.push_back(now().word);
@@ -276,7 +219,15 @@ void Parser::classClause(Program &p)
 
 void Parser::symbolicClause(Program &p)
 {
-    while (atName()) {
+    // Another list begins only where numbers follow its names: "CONSOLE IS CRT" is the next clause.
+    auto atList = [&] {
+        size_t n = 0;
+        while (ahead(n).kind == TokenKind::Name && !isReserved(ahead(n).word)) n++;
+        if (n == 0) return false;
+        if (aheadIs(n, K_IS) || aheadIs(n, K_ARE)) n++;
+        return ahead(n).kind == TokenKind::Number;
+    };
+    for (bool first = true; first ? atName() : atList(); first = false) {
         std::vector<Word> names;
         while (atName()) {
             names.push_back(now().word);
@@ -284,7 +235,7 @@ void Parser::symbolicClause(Program &p)
         }
         take(K_IS);
         take(K_ARE);
-        size_t first = p.symbolics.size();
+        size_t from = p.symbolics.size();
         for (Word name : names) {
             int64_t ordinal = 0;
             if (!parseInteger(ordinal)) return;
@@ -295,7 +246,7 @@ void Parser::symbolicClause(Program &p)
             p.symbolics.push_back({name, static_cast<int>(ordinal), 0});
         }
         if (take(K_IN)) {
-            for (size_t i = first; i < p.symbolics.size(); i++) p.symbolics[i].alphabet = now().word;
+            for (size_t i = from; i < p.symbolics.size(); i++) p.symbolics[i].alphabet = now().word;
             step();
         }
     }
@@ -411,6 +362,9 @@ void Parser::selectEntry(Program &p)
                     f->device = now().word;
                     step();
                     any = true;
+                } else if (at(K_SORT) || at(K_MERGE) || at(K_RANDOM) || at(K_INPUT) || at(K_OUTPUT)) {
+                    step(); // a device as some systems have it; the file's own name then says which
+                    any = true;
                 } else if (at(K_USING)) {
                     step();
                     f->assignDynamic = true;
@@ -439,6 +393,11 @@ void Parser::selectEntry(Program &p)
                 any = true;
             }
             if (!any) error("expected a file's assignment before " + shown());
+            if (at(K_FOR) && aheadIs(1, K_MULTIPLE)) {
+                step();
+                step();
+                if (at(K_REEL) || at(K_UNIT)) step();
+            }
         } else if (take(K_RESERVE)) {
             if (atNumber() || at(K_NO)) step();
             take(K_ALTERNATE);

@@ -201,15 +201,35 @@ Reference *Parser::identifier()
     return ref;
 }
 
+// Does the parenthesis at `open` begin a reference modifier, a colon at its own level?
+bool Parser::beginsRefmod(size_t open) const
+{
+    int depth = 0;
+    for (size_t i = open; i < tokens_.size() && i < open + 200; i++) {
+        const Token &t = tokens_[i];
+        if (t.kind == TokenKind::End) return false;
+        if (t.kind != TokenKind::Punct) continue;
+        if (t.word == '(') depth++;
+        if (t.word == ')' && --depth == 0) return false;
+        if (t.word == '.') return false;
+        if (t.word == ':' && depth == 1) return true;
+    }
+    return false;
+}
+
 void Parser::subscriptsAndRefmod(Reference &ref)
 {
     Depth guard(*this);
     if (deep()) return;
     for (int round = 0; round < 2 && atMark('('); round++) {
+        // Of a function's arguments "A (B + 1)" are two, unless A is a table.
+        if (inArguments_ == FunctionList && !ref.names.empty() && !beginsRefmod(position_) &&
+            (now().commaBefore || round == 1 || !tableNames_.count(ref.names[0])))
+            return;
         Tok open = here();
         step();
-        bool saved = inArguments_;
-        inArguments_ = false;
+        Listing saved = inArguments_;
+        inArguments_ = NoList;
         bool first = true;
         while (!atMark(')') && !atEnd() && !panic_) {
             if (atMark(':')) {
@@ -260,8 +280,8 @@ Expr *Parser::additive()
 {
     Expr *left = multiplicative();
     while (atMark('+') || atMark('-')) {
-        // In a list of arguments "A -1" are two.
-        if (inArguments_ && now().spaceBefore && !ahead().spaceBefore && ahead().kind == TokenKind::Number) break;
+        // In a list of arguments "A -1" and "A, - B" are two.
+        if (inArguments_ && (now().commaBefore || (now().spaceBefore && !ahead().spaceBefore))) break;
         Expr *e = node(ExprKind::Arithmetic, here());
         e->op = now().word;
         step();
@@ -326,8 +346,8 @@ Expr *Parser::primary()
     if (deep()) return number("0", here());
     Tok start = here();
     if (takeMark('(')) {
-        bool saved = inArguments_;
-        inArguments_ = false;
+        Listing saved = inArguments_;
+        inArguments_ = NoList;
         Expr *e = orCondition();
         inArguments_ = saved;
         if (!takeMark(')') && !panic_) {
@@ -399,31 +419,10 @@ Expr *Parser::functionCall()
         Tok open = here();
         // A reference modifier of a function without arguments: FUNCTION CURRENT-DATE (1:8). Its
         // first operand is followed by a colon.
-        size_t saved = position_;
-        step();
-        bool refmod = false;
-        if (!atMark(')')) {
-            int depth = 0;
-            for (size_t i = position_; i < tokens_.size() && i < position_ + 200; i++) {
-                const Token &t = tokens_[i];
-                if (t.kind != TokenKind::Punct) {
-                    if (t.kind == TokenKind::End) break;
-                    continue;
-                }
-                if (t.word == '(') depth++;
-                if (t.word == ')' && depth-- == 0) break;
-                if (t.word == '.') break;
-                if (t.word == ':' && depth == 0) {
-                    refmod = true;
-                    break;
-                }
-            }
-        }
-        position_ = saved;
-        if (!refmod) {
+        if (!beginsRefmod(position_)) {
             step();
-            bool outer = inArguments_;
-            inArguments_ = true;
+            Listing outer = inArguments_;
+            inArguments_ = FunctionList;
             while (!atMark(')') && !atEnd() && !panic_) {
                 if (at(K_LEADING) || at(K_TRAILING)) { // of TRIM
                     Expr *word = node(ExprKind::Truth, here());

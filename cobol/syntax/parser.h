@@ -10,6 +10,8 @@
 // After an error the parser is in panic: it says no more until the next verb, period or header.
 #pragma once
 
+#include <set>
+
 #include "cobol/syntax/tree.h"
 
 namespace kvrcob {
@@ -49,6 +51,7 @@ private:
     void notBuilt(Tok at, const std::string &phrase);
     std::string shown() const; // the present token, for messages
     void skipToPeriod();
+    void skipToDataEntry();
     void skipToVerb();
     void recover();
     bool deep(); // nesting is too deep; reports
@@ -134,6 +137,7 @@ private:
     Expr *unary();
     Expr *primary();
     Expr *functionCall();
+    bool beginsRefmod(size_t open) const;
     void subscriptsAndRefmod(Reference &ref);
     uint32_t relationalOperator(); // 0: none; takes its words
     bool atRelationalOperator() const;
@@ -204,7 +208,10 @@ private:
     bool panic_ = false;
     bool tooDeep_ = false;
     int depth_ = 0;
-    bool inArguments_ = false; // of a function: "A -1" are two
+    std::set<Word> tableNames_; // names of items that need subscripts
+    // Where "A -1" are two operands: among the operands of DISPLAY and ADD, and of a function, where "A (B)" may
+    // be two as well.
+    enum Listing : uint8_t { NoList, OperandList, FunctionList } inArguments_ = NoList;
     Program *program_ = nullptr;
 };
 

@@ -365,6 +365,7 @@ void Parser::useStatement(Program &p, size_t procedure)
                 } else {
                     take(K_REFERENCES);
                     take(K_OF);
+                    use.allReferences.insert(use.debugged.size());
                     use.debugged.push_back(identifier());
                 }
             } else if (atNumber()) {

@@ -5,6 +5,7 @@
 // meaning/layout.cpp and meaning/names.cpp fill them.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -380,6 +381,7 @@ struct UseStatement {
     std::vector<std::pair<Word, Tok>> files;
     bool allProcedures = false;
     std::vector<Reference *> debugged;
+    std::set<size_t> allReferences; // indices into `debugged`: ALL REFERENCES OF
     Tok at = 0;
 };
 
@@ -524,6 +526,7 @@ struct File {
     std::vector<Item *> records;
     // meaning
     uint32_t number = 0;
+    uint32_t index = 0; // in its program, from 1
     uint32_t minRecord = 0, maxRecord = 0;
     bool advancing = false, readable = false; // WRITE ADVANCING is used; OPEN INPUT or I-O is used
     Item *linageCounter = nullptr;

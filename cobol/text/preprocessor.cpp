@@ -155,6 +155,7 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
             token.spot = in[i].spot;
             if (first) {
                 token.spaceBefore = in[i].spaceBefore;
+                token.commaBefore = in[i].commaBefore;
                 token.areaA = in[i].areaA;
             }
             // A number that becomes the string after PICTURE.

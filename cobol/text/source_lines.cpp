@@ -297,6 +297,13 @@ private:
 
     // ---- Comment entries: AUTHOR and its like, up to the next line that begins in area A.
 
+    static bool isEntry(const std::string &word)
+    {
+        static const char *const entries[] = {"AUTHOR",        "INSTALLATION", "DATE-WRITTEN",
+                                              "DATE-COMPILED", "SECURITY",     "REMARKS"};
+        return std::any_of(std::begin(entries), std::end(entries), [&](const char *e) { return word == e; });
+    }
+
     // True for a line that is not to be read.
     bool commentEntry(std::string_view body, bool beginsInAreaA)
     {
@@ -308,6 +315,10 @@ private:
             inEntry_ = false;
             return false;
         }
+        // A copied text may begin inside the division.
+        bool first = first_;
+        first_ = false;
+        if (first && (word == "PROGRAM-ID" || isEntry(word))) inIdentification_ = true;
         if (!inIdentification_) return false;
         if (beginsInAreaA &&
             (word == "ENVIRONMENT" || word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" ||
@@ -317,11 +328,7 @@ private:
             inIdentification_ = inEntry_ = false;
             return false;
         }
-        static const char *const entries[] = {"AUTHOR",        "INSTALLATION", "DATE-WRITTEN",
-                                              "DATE-COMPILED", "SECURITY",     "REMARKS"};
-        bool entry = beginsInAreaA &&
-                     std::any_of(std::begin(entries), std::end(entries), [&](const char *e) { return word == e; });
-        if (entry) {
+        if (beginsInAreaA && isEntry(word)) {
             std::string_view rest = trimLeft(body).substr(word.size());
             rest = trimLeft(rest);
             if (rest.empty() || rest[0] == '.') {
@@ -478,7 +485,7 @@ private:
     uint32_t line_ = 0;
     std::vector<Condition> conditions_;
     std::vector<Spot> openIfs_;
-    bool inIdentification_ = false, inEntry_ = false, badIndicator_ = false;
+    bool inIdentification_ = false, inEntry_ = false, badIndicator_ = false, first_ = true;
     char open_ = 0, pending_ = 0;
     size_t openColumns_ = 0;
 };

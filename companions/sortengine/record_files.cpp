@@ -11,6 +11,8 @@
 
 static constexpr uint16_t kStatusCut = 4; // READ: the file's record is longer than its area and was cut
 
+static constexpr uint16_t kStatusAtEnd = 10;
+
 static bool abandoned(const Sort *sort) { return sort->error == ZVK_SORT_EABANDONED; }
 
 bool openFile(Sort *sort, FCB *fcb, uint16_t mode, uint32_t error)
@@ -24,9 +26,12 @@ bool openFile(Sort *sort, FCB *fcb, uint16_t mode, uint32_t error)
 bool closeFile(Sort *sort, FCB *fcb, uint32_t error)
 {
     if (abandoned(sort)) return false;
+    // The status of a verb that failed before stays, for whoever reports the failure.
+    uint16_t failed = sort->error && fcb->status > kStatusAtEnd ? fcb->status : uint16_t{0};
     fcb->closeOptions = 0;
     fcb->close(fcb, sort->element);
     if (abandoned(sort)) return false;
+    if (failed) fcb->status = failed;
     return fcb->status <= 9 || fail(sort, error);
 }
 
@@ -48,7 +53,7 @@ bool readFile(Sort *sort, FCB *fcb, uint8_t *record, uint32_t *bytes)
     if (abandoned(sort)) return false;
     fcb->statement = statement;
     *bytes = 0;
-    if (fcb->status == 10) return true;
+    if (fcb->status == kStatusAtEnd) return true;
     if (fcb->status > 9) return fail(sort, ZVK_SORT_EREAD);
     if (fcb->status == kStatusCut) return fail(sort, ZVK_SORT_ELONG);
     uint32_t length = cutBlanks(fcb->record, request.recordLength, layout.recordLength);

@@ -8,8 +8,10 @@
 #include <cstring>
 #include <iterator>
 #include <nl_types.h>
+#include <sys/stat.h>
 
 #include "frame/locale/locale_handles.h"
+#include "frame/messages.h"
 #include "frame/messages/catalog_file.h"
 
 namespace {
@@ -112,6 +114,15 @@ bool foreignTextFits(const char *format)
     return true;
 }
 
+// An entry that names a plain directory means the catalog in it.
+void addCatalogName(char *path, size_t size)
+{
+    struct stat status;
+    size_t length = strlen(path);
+    if (length + sizeof kCatalogName + 1 > size || stat(path, &status) != 0 || !S_ISDIR(status.st_mode)) return;
+    snprintf(path + length, size - length, "/%s", kCatalogName);
+}
+
 nl_catd openFromList(const char *list, const char *locale)
 {
     char path[PATH_MAX] = "./";
@@ -121,7 +132,8 @@ nl_catd openFromList(const char *list, const char *locale)
         if (zvkCatalogCandidate(entry, end, locale, name, sizeof path - 2)) {
             // A name with a "/" in it is opened as it stands. One that is not whole would be read
             // beyond its end.
-            const char *whole = strchr(name, '/') ? name : path;
+            char *whole = strchr(name, '/') ? name : path;
+            addCatalogName(whole, static_cast<size_t>(std::end(path) - whole));
             nl_catd opened = zvkCatalogIsWhole(whole) ? catopen(whole, NL_CAT_LOCALE) : kClosed;
             if (opened != kClosed) return opened;
         }
@@ -271,4 +283,9 @@ const char *zvkCatalogText(uint32_t number, uint32_t variant)
     const char *text = catgets(catalog, static_cast<int>(number), static_cast<int>(variant + 1), nullptr);
     if (!text || strlen(text) < 2 || !zvkTextFits(text + 2, insertsOf(number, variant))) return nullptr;
     return text;
+}
+
+bool zvkHasMessage(uint32_t number, uint32_t variant)
+{
+    return messageSettings.buffer && zvkCatalogText(number, variant);
 }

@@ -69,11 +69,24 @@ void *open(const char *path)
     }
 }
 
-int openFailure(const char *path)
+// The loader's words, unless they are that no such object was found: those begin with the name that
+// was asked for, while a library that the object needs and that is missing has its own name there.
+void keepRefusal(ZvkRefusal *refusal, const char *path, const char *loaderText)
+{
+    constexpr char notThere[] = ": cannot open shared object file: No such file or directory";
+    size_t length = strlen(path);
+    if (strncmp(loaderText, path, length) == 0 && strcmp(loaderText + length, notThere) == 0) return;
+    snprintf(refusal->text, sizeof refusal->text, "%s", loaderText);
+}
+
+int openFailure(const char *path, ZvkRefusal *refusal)
 {
     int error = errno;
     const char *loaderText = dlerror();
-    if (loaderText) ZVK_TRACE("CPM: dlopen(%s) error: %d %s\n", path, error, loaderText);
+    if (loaderText) {
+        ZVK_TRACE("CPM: dlopen(%s) error: %d %s\n", path, error, loaderText);
+        keepRefusal(refusal, path, loaderText);
+    }
     return error == ENOMEM ? kNoMemory : kNotFound;
 }
 
@@ -96,14 +109,14 @@ bool findInDirectories(const char *name, char *path)
     return false;
 }
 
-int openProgram(const char *name, void **handle)
+int openProgram(const char *name, void **handle, ZvkRefusal *refusal)
 {
     char path[kPathSize];
     if (findInDirectories(name, path)) {
         *handle = open(path);
         if (*handle) return kLoaded;
         ZVK_TRACE("_zvk_cpm: Failed to locate %s in COBPATH (%s)\n", name, searchDirectories());
-        return openFailure(path);
+        return openFailure(path, refusal);
     }
     if (_zvkProccom->txmn) {
         snprintf(path, sizeof path, "%s%s", name, kContainerSuffix);
@@ -113,7 +126,7 @@ int openProgram(const char *name, void **handle)
     *handle = open(name);
     if (*handle) return kLoaded;
     ZVK_TRACE("_zvk_cpm: Failed to locate %s in default search\n", name);
-    return openFailure(name);
+    return openFailure(name, refusal);
 }
 
 ZvkRoutine findEntry(void *handle, const char *name)
@@ -160,12 +173,13 @@ void forgetProgramsOf(void *handle)
 
 } // namespace
 
-int zvkLoadProgram(LLE *lle)
+int zvkLoadProgram(LLE *lle, ZvkRefusal *refusal)
 {
     char name[161];
+    refusal->text[0] = 0;
     snprintf(name, sizeof name, "%.*s", static_cast<int>(lle->nameLength), lle->name);
     void *handle = nullptr;
-    int result = openProgram(name, &handle);
+    int result = openProgram(name, &handle, refusal);
     if (handle) {
         lle->entry = findEntry(handle, name);
         if (lle->entry) {

@@ -16,7 +16,7 @@
 namespace {
 
 // Why a CALL failed; the message's variant is this less one.
-enum Cause { kNoAddress = 0, kNoStorage = 3, kBlankName = 6, kNotFound = 7 };
+enum Cause { kNoAddress = 0, kNoStorage = 3, kBlankName = 6, kNotFound = 7, kRefused = 8 };
 
 // What _zvkDynLd hands to compiled code, in this thread's scratch.
 uint64_t *callResult(ZvkRoutine entry)
@@ -28,8 +28,8 @@ uint64_t *callResult(ZvkRoutine entry)
     return record;
 }
 
-// Finds or loads the program; null with *cause set.
-ZvkRoutine resolve(const char *name, uint32_t length, const PCB *caller, int *cause)
+// Finds or loads the program; null with *cause and *refusal set.
+ZvkRoutine resolve(const char *name, uint32_t length, const PCB *caller, int *cause, ZvkRefusal *refusal)
 {
     HashState state{};
     bool locked = false;
@@ -42,7 +42,7 @@ ZvkRoutine resolve(const char *name, uint32_t length, const PCB *caller, int *ca
     LLE lle{};
     lle.name = name;
     lle.nameLength = length;
-    *cause = zvkLoadProgram(&lle);
+    *cause = zvkLoadProgram(&lle, refusal);
     ZvkRoutine entry = nullptr;
     if (*cause == 0) {
         if (zvkAddProgram(&lle, nullptr, ZVK_ADD_PROCESS)) {
@@ -56,7 +56,7 @@ ZvkRoutine resolve(const char *name, uint32_t length, const PCB *caller, int *ca
     return entry;
 }
 
-void reportFailure(char *name, size_t nameSize, int cause)
+void reportFailure(char *name, size_t nameSize, int cause, const ZvkRefusal &refusal)
 {
     if (cause == kNoAddress) {
         // All bits of the control word are set here, which among others is string mode: the text
@@ -64,7 +64,11 @@ void reportFailure(char *name, size_t nameSize, int cause)
         zvkWriteMsg(96, ~uint32_t{0}, name, nameSize, name, name, 0);
         return;
     }
-    zvkWriteMsg(96, static_cast<uint32_t>(cause - 1), name, name, 0);
+    // Found and refused is "not found" to the program, but not to the operator.
+    if (cause == kNotFound && refusal.text[0] && zvkHasMessage(96, kRefused - 1))
+        zvkWriteMsg(96, kRefused - 1, name, name, 0, refusal.text);
+    else
+        zvkWriteMsg(96, static_cast<uint32_t>(cause - 1), name, name, 0);
 }
 
 // The cache mode that a value of COBOL_CPM_CACHE asks for.
@@ -109,19 +113,21 @@ uint64_t *_zvkDynLd(int32_t *names, int64_t length, uint8_t *name, PCB *caller, 
         text = copy;
     }
     int cause = kBlankName;
+    ZvkRefusal refusal;
+    refusal.text[0] = 0;
     bool active = zvkCurrentRuncom() && zvkCurrentRuncom()->plle;
     if (size && !active) {
         cause = kNotFound; // before any run unit, or after the runtime's end, no program can be found
     } else if (size) {
         int32_t row = zvkBoundNameRow(names, text, size);
         if (row >= 0) return reinterpret_cast<uint64_t *>(entries[row]);
-        if (ZvkRoutine entry = resolve(text, size, caller, &cause)) return callResult(entry);
+        if (ZvkRoutine entry = resolve(text, size, caller, &cause, &refusal)) return callResult(entry);
     }
     if (failures && *failures) {
         ++*failures; // the program has an ON EXCEPTION phrase and looks at this count
     } else {
         zvkCopyCallName(name, size, caller, copy);
-        reportFailure(copy, sizeof copy, cause);
+        reportFailure(copy, sizeof copy, cause, refusal);
     }
     return callResult(nullptr);
 }

@@ -47,6 +47,11 @@ inline LLE *zvkProgramOf(const HashEntry *entry)
 // Forgets what was loaded and closes it, if the program manager loaded it.
 void zvkUnloadProgram(LLE *lle);
 
-// Finds and loads a program by its name: 0 loaded, 3 no memory, 5 or 7 not found, 1 loaded but
-// broken.
-int zvkLoadProgram(LLE *lle);
+// What the loader said of an object that is there and was refused; empty for one that is not there.
+struct ZvkRefusal {
+    char text[600];
+};
+
+// Finds and loads a program by its name: 0 loaded, 3 no memory, 5 or 7 not found or refused, 1
+// loaded but broken.
+int zvkLoadProgram(LLE *lle, ZvkRefusal *refusal);

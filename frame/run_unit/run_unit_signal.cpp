@@ -47,7 +47,11 @@ int32_t reportFatal(const char *name, void *location)
     zvkTraceback(0, stderr);
     if (!_zvkProccom->msgs) openDeviceStream('M');
     bool elsewhere = _zvkProccom->msgs != stderr;
-    if (elsewhere) flockfile(_zvkProccom->msgs);
+    if (elsewhere) {
+        // Whoever reads the message there wants to see where it happened.
+        flockfile(_zvkProccom->msgs);
+        zvkTraceback(0, _zvkProccom->msgs);
+    }
     zvkWriteMsg(995, ZVK_MSG_NO_TRACEBACK | 1, name, location);
     zvkSyncStream(_zvkProccom->msgs);
     if (elsewhere) funlockfile(stderr);

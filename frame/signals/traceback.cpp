@@ -23,12 +23,6 @@ void flushAll(FILE *stream)
     fflush(nullptr);
 }
 
-bool wantsLines()
-{
-    const char *value = environmentText("traceback_lines");
-    return value && *value != '0';
-}
-
 // One frame as backtrace_symbols shows it, "object(function+offset) [0xaddress]", and the source
 // line of the address.
 void printWithLine(const char *symbol, FILE *stream)
@@ -56,19 +50,9 @@ const void *objectOf(const void *address)
     return dladdr(address, &info) ? info.dli_fbase : nullptr;
 }
 
-// How many of the innermost frames are the library's own: the program's begin after them. None
-// where all are.
-int ownFrames(void *const *frames, int count)
-{
-    const void *library = objectOf(reinterpret_cast<const void *>(&zvkTraceback));
-    int own = 0;
-    while (own < count && objectOf(frames[own]) == library) own++;
-    return own == count ? 0 : own;
-}
-
 void printFrames(void *const *frames, int count, FILE *stream)
 {
-    char **symbols = wantsLines() ? backtrace_symbols(frames, count) : nullptr;
+    char **symbols = zvkTracebackWantsLines() ? backtrace_symbols(frames, count) : nullptr;
     for (int i = 0; i < count;) {
         if (symbols) {
             printWithLine(symbols[i], stream);
@@ -88,6 +72,20 @@ void printFrames(void *const *frames, int count, FILE *stream)
 
 } // namespace
 
+int zvkOwnFrames(void *const *frames, int count)
+{
+    const void *library = objectOf(reinterpret_cast<const void *>(&zvkTraceback));
+    int own = 0;
+    while (own < count && objectOf(frames[own]) == library) own++;
+    return own == count ? 0 : own;
+}
+
+bool zvkTracebackWantsLines()
+{
+    const char *value = environmentText("traceback_lines");
+    return value && *value != '0';
+}
+
 void zvkTraceback(uint64_t, FILE *stream)
 {
     if (!stream) stream = stderr;
@@ -97,7 +95,7 @@ void zvkTraceback(uint64_t, FILE *stream)
     if (count > 0) {
         fputs("  Traceback:\n", stream);
         fflush(stream);
-        int own = ownFrames(frames, count);
+        int own = zvkOwnFrames(frames, count);
         printFrames(frames + own, count - own, stream);
     }
     fputs("    --- End of call chain ---\n", stream);

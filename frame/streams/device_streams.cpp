@@ -1,6 +1,7 @@
 // Binding of the device streams; see device_streams.h.
 #include "frame/device_streams.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include "frame/locks.h"
+#include "frame/messages.h"
 #include "frame/run_unit.h"
 
 namespace {
@@ -58,13 +60,11 @@ const char *assignedName(const Device &device)
     return nullptr;
 }
 
-FILE *openAssigned(const Device &device, const char *value)
+FILE *openAssigned(const Device &device, const char *value, char (&name)[4096])
 {
-    if (!device.defaultWord) return fopen(value, device.mode);
-    char name[4096];
-    snprintf(name, sizeof name, "%s", expandOutputName(value, 0, device.defaultWord));
-    FILE *stream = fopen(name, device.mode);
-    if (stream && strcmp(name, value) != 0) printf("Creating %s file: %s\n", device.title, name);
+    snprintf(name, sizeof name, "%s", device.defaultWord ? expandOutputName(value, 0, device.defaultWord) : value);
+    FILE *stream = fopen(device.defaultWord ? name : value, device.mode);
+    if (stream && device.defaultWord && strcmp(name, value) != 0) printf("Creating %s file: %s\n", device.title, name);
     return stream;
 }
 
@@ -76,6 +76,24 @@ void recordWindow(const Device &device, FILE *stream)
         ioctl(fileno(stream), TIOCGWINSZ, &window);
     else
         window = ZvkWindowSize{};
+}
+
+// What a failed open of a device's file is reported with, after the binding: the message itself
+// binds the message stream.
+struct Failure {
+    bool happened = false;
+    char file[4096];
+    int error;
+};
+
+void report(const Device &device, const Failure &failure, const FILE *stream)
+{
+    const char *instead = stream == stdin    ? "the standard input"
+                          : stream == stdout ? "the standard output"
+                          : stream == stderr ? "the standard error stream"
+                                             : "no file";
+    zvkWriteMsg(183, ZVK_MSG_INFORM | ZVK_MSG_NO_TRACEBACK, device.variables[0], failure.file,
+                strerrordesc_np(failure.error), instead);
 }
 
 } // namespace
@@ -90,10 +108,15 @@ void openDeviceStream(uint8_t letter)
         ZvkGuard guard(&streamMutex);
         if (bound) return;
         const char *value = assignedName(device);
-        FILE *stream = value ? openAssigned(device, value) : nullptr;
+        Failure failure;
+        FILE *stream = value ? openAssigned(device, value, failure.file) : nullptr;
+        failure.happened = value && !stream;
+        failure.error = errno;
         if (!stream) stream = defaultStream(letter);
         recordWindow(device, stream);
         __atomic_store_n(&bound, stream, __ATOMIC_RELEASE);
+        guard.release();
+        if (failure.happened) report(device, failure, stream);
         return;
     }
 }

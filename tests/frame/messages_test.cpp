@@ -14,6 +14,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "frame/device_streams.h"
 #include "frame/messages.h"
 #include "frame/messages/message_catalog.h"
 #include "frame/messages/message_wrap.h"
@@ -327,7 +328,8 @@ TEST(Messages, EveryTextIsFormatted)
             bool own = false; // a row of the variant's own goes before the set's
             for (const Row &other : rows)
                 own |= row.variant < 0 && other.number == row.number && other.variant == static_cast<int32_t>(variant);
-            if (own || !zvkCatalogText(row.number, variant)) {
+            if (own) continue;
+            if (!zvkCatalogText(row.number, variant)) {
                 EXPECT_FALSE(variant == 0 && row.variant < 0 && row.number != 201)
                     << row.number << " has no text that fits its inserts";
                 continue;
@@ -431,9 +433,37 @@ TEST(Messages, MessageStreamIsAFileWhereCobmsgsSaysSo)
     EXPECT_TRUE(contains(readFile(match[1]), "ZVK168W"));
     run = writing({.env = {{"COBMSGS", "/nowhere/at/all"}}}, [] { zvkWriteMsg(168, 0); });
     EXPECT_TRUE(contains(run.err, "ZVK168W")) << "a file that cannot be opened leaves stderr";
+    EXPECT_TRUE(contains(run.err, "ZVK183I  The file of COBMSGS, /nowhere/at/all, cannot be opened")) << run.err;
     run = writing({.env = {{"COBMSGS", "log%"}, {"COBOUTDIR", "/nowhere"}}}, [] { zvkWriteMsg(168, 0); });
     EXPECT_TRUE(contains(run.err, "ZVK168W"));
     EXPECT_EQ(run.out, "") << "no file is announced that is not there";
+}
+
+// Each device's file that cannot be opened is told of once, and the program goes on.
+TEST(Messages, DeviceFilesThatCannotBeOpened)
+{
+    TemporaryDirectory directory;
+    ChildRun run = writing({.env = {{"SYSOUT", "/nowhere/out"}, {"SYSIN", directory.file("absent")}}}, [] {
+        for (int i = 0; i < 2; i++)
+            for (uint8_t letter : {'O', 'I'}) openDeviceStream(letter);
+    });
+    EXPECT_GOOD(run);
+    const string flat = std::regex_replace(run.err, std::regex("\\s+"), " ");
+    for (const string &told : {string("SYSOUT, /nowhere/out, cannot be opened: No such file or directory. Instead the "
+                                      "standard output is used."),
+                               "SYSIN, " + directory.file("absent") + ", cannot"}) {
+        EXPECT_TRUE(contains(flat, told)) << told << "\n" << flat;
+        EXPECT_EQ(flat.find(told), flat.rfind(told));
+    }
+}
+
+TEST(Messages, NlspathMayNameADirectory)
+{
+    Catalog own("$set 5001\n1 1 Found in the directory.\n");
+    for (const string &path : {own.directory.path(), "/nowhere:" + own.directory.path() + "/"}) {
+        ChildRun run = writing({.env = {{"NLSPATH", path}}}, [] { zvkWriteMsg(5001, 0); });
+        EXPECT_EQ(run.err, "ZVK5001W Found in the directory.\n\n") << path;
+    }
 }
 
 TEST(Traceback, SourceLinesOfAnObjectOfAnyName)

@@ -6,8 +6,10 @@
 #include <csignal>
 #include <cstring>
 #include <dlfcn.h>
+#include <regex>
 #include <string>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include "kvr2/kvr2.h"
@@ -40,6 +42,14 @@ struct Programs : testing::Test {
         build(directory->file("STARTONLY.so"), "int _start(void) { return 4; }");
         build(directory->file("NOENTRY.so"), "int x;");
         build(directory->file("TASK.tqxcob"), "int _zvk_cobol_main(void) { return 5; } int main(void) { return 6; }");
+        build(directory->file("libnobody.so"), "int nobody;");
+        writeFile(directory->file("NEEDY.c"), "int NEEDY(void) { return 7; }");
+        ASSERT_EQ(
+            runCommand({"cc", "-shared", "-fPIC", "-nostdlib", "-Wl,--no-as-needed", "-o", directory->file("NEEDY.so"),
+                        directory->file("NEEDY.c"), "-L" + directory->path(), "-lnobody"})
+                .status,
+            0);
+        unlink(directory->file("libnobody.so").c_str());
         writeFile(directory->file("BROKEN.so"), "not a shared object");
         ASSERT_EQ(runCommand({"chmod", "755", directory->file("BROKEN.so")}).status, 0);
     }
@@ -151,6 +161,12 @@ TEST_F(Programs, FailureWithoutOnExceptionIsMessage96WithItsCause)
     }
     EXPECT_NE(fail("NOWHERE").err.find("NOWHERE"), string::npos);
     EXPECT_NE(fail("NOWHERE").err, fail("NOENTRY").err) << "the causes have texts of their own";
+    // What is there and refused is told from what is not there, with the loader's reason.
+    auto flat = [&](const char *name) { return std::regex_replace(fail(name).err, std::regex("\\s+"), " "); };
+    EXPECT_NE(flat("NOWHERE").find("it was not found"), string::npos);
+    EXPECT_NE(flat("BROKEN").find("BROKEN was found but cannot be loaded. The loader says:"), string::npos);
+    EXPECT_NE(flat("BROKEN").find("too short"), string::npos) << flat("BROKEN");
+    EXPECT_NE(flat("NEEDY").find("libnobody.so: cannot open shared object file"), string::npos) << flat("NEEDY");
 }
 
 TEST_F(Programs, CacheKeepsProgramsBetweenRunUnits)

@@ -197,4 +197,16 @@ TEST(Signals, AnotherThreadsCrashAndASignalWithinTheReport)
     EXPECT_EQ(run.signal, SIGABRT) << run.err;
 }
 
+// The message of a signal is in the message file; so is the traceback that goes with it.
+TEST(Signals, TheMessageFileGetsTheTracebackToo)
+{
+    TemporaryDirectory directory;
+    ChildRun run = mainThat(nullPointer, {{"COBMSGS", directory.file("log")}});
+    EXPECT_EQ(run.signal, SIGABRT);
+    const string log = readFile(directory.file("log"));
+    size_t traceback = log.find("  Traceback:\n"), message = log.find("ZVK995C  ");
+    EXPECT_TRUE(traceback != string::npos && message != string::npos && traceback < message) << log;
+    EXPECT_TRUE(contains(run.err, "  Traceback:\n"));
+}
+
 } // namespace

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The Debian packages are whole: both are made, unpacked side by side, and the worked program is compiled against them alone, with pkg-config as well as with
-# CMake, and run. It finds its messages, file systems and sort engine inside the packages.
+# The Debian packages are whole: all three are made and looked over by lintian, unpacked side by side, and the worked
+# program is compiled against them alone, with pkg-config as well as with CMake, and run. It finds its messages, file
+# systems and sort engine inside the packages; kvrcob finds library and headers there.
 #
 #   package_test.sh BUILD
 set -euo pipefail
@@ -13,12 +14,19 @@ export LC_ALL=C
 
 (cd "$work" && cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work/packages" >"$work/cpack.log" 2>&1) || { cat "$work/cpack.log"; exit 1; }
 for package in "$work"/packages/*.deb; do dpkg-deb -x "$package" "$root"; done
-[ "$(ls "$work"/packages/*.deb | wc -l)" = 2 ] || { echo "not two packages"; exit 1; }
+[ "$(ls "$work"/packages/*.deb | wc -l)" = 3 ] || { echo "not three packages"; exit 1; }
+
+# The owner has not chosen a licence yet, so there is no copyright file.
+chmod 755 "$work"
+lintian --allow-root --suppress-tags no-copyright-file "$work"/packages/*.deb >"$work/lintian.log" 2>&1 || true
+! grep -q '^[EW]:' "$work/lintian.log" || { cat "$work/lintian.log"; exit 1; }
+dpkg-deb -I "$work"/packages/libkvr2_*.deb symbols | grep -q '^ _zvkPgmInit@KVR2_5.1.0 6' || { echo "no symbols file"; exit 1; }
 [[ $(dpkg-deb -f "$work"/packages/libkvr2_*.deb Depends) = *libicu* ]] || { echo "the runtime package does not depend on ICU"; exit 1; }
 
 # Nothing of the build or the source may be needed.
 examples=$root/usr/share/kvr2/examples
-export PKG_CONFIG_PATH=$root/usr/lib/pkgconfig
+export PKG_CONFIG_PATH=$root/usr/lib/pkgconfig PKG_CONFIG_SYSROOT_DIR=$root
+[ "$(PKG_CONFIG_SYSROOT_DIR='' pkg-config --cflags --libs kvr2)" = '-lkvr2_64r ' ] || { echo "pkg-config names paths of the system"; exit 1; }
 # shellcheck disable=SC2046
 cc "$examples/sumup/sumup.c" $(pkg-config --cflags --libs kvr2) -Wl,-rpath,"$root/usr/lib" -o "$work/sumup"
 printf '000012345\n00000010p\n' >"$work/amounts.txt"
@@ -38,3 +46,16 @@ shown=$(AMOUNTS=lsq-$work/amounts.txt "$work/cmake/sumup")
 [ "$shown" = 'TOTAL          $50.00CR' ] || { echo "wrong total of CMake's program: '$shown'"; exit 1; }
 
 "$root/usr/bin/kvr2-gdg" --help >/dev/null
+"$root/usr/bin/kvr2-explain" 200 | grep -q 'What to do' || { echo "kvr2-explain does not find its page"; exit 1; }
+
+# The front end, from its package.
+printf '       PROGRAM-ID. HI.\n       PROCEDURE DIVISION.\n           DISPLAY "HI" UPON CONSOLE.\n' >"$work/hi.cbl"
+shown=$(XDG_CACHE_HOME=$work "$root/usr/bin/kvrcob" run "$work/hi.cbl")
+[ "$shown" = HI ] || { echo "kvrcob from its package: '$shown'"; exit 1; }
+for page in "$root"/usr/share/man/man?/*; do
+    [ -z "$(LC_ALL=C.UTF-8 man --warnings -l "$page" 2>&1 >/dev/null)" ] || { echo "the manual page $page has faults"; exit 1; }
+done
+for completion in "$root"/usr/share/bash-completion/completions/*; do
+    bash -c 'source "$1" && complete -p "${1##*/}" >/dev/null' - "$completion" || { echo "completion of $completion"; exit 1; }
+done
+echo "the packages are whole"

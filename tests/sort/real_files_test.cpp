@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <regex>
 #include <sys/resource.h>
 
 #include "kvr2/messages.h"
@@ -434,7 +435,15 @@ TEST(SortOverFiles, RecordsThatReadWouldCut) { EXPECT_GOOD(runOverFiles("files_l
 TEST(SortOverFiles, SeveralVolumesAndNone) { EXPECT_GOOD(runOverFiles("files_volumes")); }
 TEST(SortOverFiles, IndexedResult) { EXPECT_GOOD(runOverFiles("files_to_indexed")); }
 TEST(SortOverFiles, Merge) { EXPECT_GOOD(runOverFiles("files_merge")); }
-TEST(SortOverFiles, InputThatCannotBeReadAndOutputThatCannotBeMade) { EXPECT_GOOD(runOverFiles("files_failures")); }
+TEST(SortOverFiles, InputThatCannotBeReadAndOutputThatCannotBeMade)
+{
+    ChildRun run = runOverFiles("files_failures");
+    EXPECT_GOOD(run);
+    std::string flat = std::regex_replace(run.err, std::regex("\\s+"), " ");
+    EXPECT_THAT(flat, HasSubstr("sort error 3: a USING file could not be opened: file DATA-FILE (")) << "the reason";
+    EXPECT_THAT(flat, HasSubstr("absent), file status 35. SORT-RETURN is 16.")) << "the file";
+    EXPECT_THAT(flat, HasSubstr("sort error 6: the output could not be opened: file DATA-FILE ("));
+}
 TEST(SortOverFiles, FullDisk) { EXPECT_GOOD(runOverFiles("files_full_disk")); }
 TEST(SortOverFiles, StopRunInTheMiddle)
 {

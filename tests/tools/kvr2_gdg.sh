@@ -31,6 +31,13 @@ expect "$(status "$tool" frobnicate daily)" 2
 expect "$(status "$tool" list --limit=3 daily)" 2
 expect "$(status "$tool" create --limit=x daily)" 2
 expect "$(status "$tool" create --limit=2000 daily)" 1
+# A failure says for which group.
+for words in "list nothing" "remove nothing" "remove daily(-3)" "verify nothing" "alter nothing" "unlink nothing" "create /proc/x"; do
+    # shellcheck disable=SC2086
+    "$tool" $words 2>said >/dev/null && fail "$words succeeds"
+    grep -q "^kvr2-gdg: $words: ..*" said || fail "$words fails without saying so"
+done
+"$tool" --version | grep -q '^kvr2-gdg [0-9]' || fail "--version"
 "$tool" --help >help
 for command in $(sed -n '/^Commands:/,/^$/p' help | awk 'NR>1 && NF {print $1}'); do
     grep -q "^\.B $command\$" "$manual" || fail "the manual lacks $command"
