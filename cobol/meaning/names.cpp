@@ -50,7 +50,7 @@ void Meaning::specials(Program &p)
         item->picture.category = item->category;
         item->picture.digits = digits;
         item->picture.positions = size;
-        item->picture.sign = true;
+        item->picture.sign = name != K_TALLY;
         item->signForm = SignForm::None;
         item->special = address;
         item->laidOut = true;
