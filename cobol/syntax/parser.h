@@ -209,7 +209,7 @@ private:
     bool tooDeep_ = false;
     int depth_ = 0;
     std::set<Word> tableNames_; // names of items that need subscripts
-    // Where "A -1" are two operands: among the operands of DISPLAY and ADD, and of a function, where
+    // Where "A -1" are two operands: among those of DISPLAY and ADD, and in a function's, where
     // "A (B)" may be two as well.
     enum Listing : uint8_t { NoList, OperandList, FunctionList } inArguments_ = NoList;
     Program *program_ = nullptr;
