@@ -131,6 +131,7 @@ private:
     Expr *andCondition();
     Expr *notCondition();
     Expr *relation();
+    Expr *joined(ExprKind kind, Expr *left, Expr *(Parser::*right)());
     Expr *additive();
     Expr *multiplicative();
     Expr *power();
@@ -152,6 +153,7 @@ private:
     Statement *divideStatement();
     Statement *computeStatement();
     void arithmeticTargets(std::vector<Target> &targets);
+    void operandOfGiving(ArithmeticStatement &s);
     void sizeError(Phrases &out);
 
     Statement *moveStatement();
