@@ -241,6 +241,9 @@ private:
 
     void callStatement(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
+    void entryStatement(const EntryStatement &s);
+    void entryPoints(Program &p, std::string &out);
+    std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
 
     void openStatement(const OpenStatement &s);
@@ -294,7 +297,7 @@ private:
         guards_;          // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
-    std::string functions_, useReturns_;
+    std::string functions_, useReturns_, entryCases_;
     struct Insertion {
         size_t at;
         std::string text;
@@ -304,6 +307,7 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
+    bool reversed_ = false;  // an OPEN REVERSED was emitted
     bool debugs_ = false;    // USE FOR DEBUGGING is in force
     bool anyChange_ = false; // every reference counts as one that may change the item
     Tok statementAt_ = 0;

@@ -97,6 +97,23 @@ void Emitter::entry(Program &p)
         out += "}\n";
     }
     out += sets;
+    size_t most = 0;
+    for (const EntryStatement *entry : p.entryPoints) most = std::max(most, entry->parameters.size());
+    if (!p.entryPoints.empty()) {
+        globals_ += cat("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
+        out += cat("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
+                   "entry) {\n");
+        for (const EntryStatement *entry : p.entryPoints) {
+            out += cat("case ", entry->number, ":\n");
+            for (size_t i = 0; i < entry->parameters.size(); i++) {
+                const Expr *e = entry->parameters[i].value;
+                const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(p, *e->ref, true) : nullptr;
+                if (item) out += cat("L", item->number, " = ", prefix, "entryArguments[", i, "];\n");
+            }
+            out += "break;\n";
+        }
+        out += cat("}\n", prefix, "entry = 0;\n");
+    }
     std::string fileEntry;
     for (File *f : p.files) {
         if (f->sortFile) continue;
@@ -126,7 +143,7 @@ void Emitter::entry(Program &p)
                    "element[0].status |= ZVK_IPCB_STATUS_30;\n}\n");
     if (localBytes) out += cat(prefix, "initialize_local();\n");
     out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)_zvkGetJmpBuffer(), 1);\n");
-    out += cat("if (status == 0) ", prefix, "body(0);\n");
+    out += cat("if (status == 0) ", prefix, "body(", p.entryPoints.empty() ? "0" : "entered", ");\n");
     if (p.initial) out += cat("if (", prefix, "called) _zvkCloseReset((int32_t *)", prefix, "element);\nelse ");
     if (outermost || true) out += cat("_zvkPgmTerm(&", prefix, "pcb);\n");
     std::string result = cat("(int64_t)", prefix, "returnCode");
@@ -152,6 +169,7 @@ void Emitter::entry(Program &p)
                "element[0].ent == 0) _zvkCloseReset((int32_t *)", prefix, "element);\n");
     for (Program *inner : p.nested) out += cat("kvr_cancel_", inner->number, "();\n");
     out += "}\n";
+    entryPoints(p, out);
     // The records.
     out += cat("static IPCB ", prefix, "element[1] = {{.entry = (ZvkRoutine)", name, ", .files = ", prefix,
                "files, .fileCount = ",

@@ -243,10 +243,8 @@ void Emitter::openStatement(const OpenStatement &s)
             error(part.at, "a sort file is not opened");
             continue;
         }
-        if (part.reversed) {
-            notBuilt(part.at, "OPEN ... REVERSED");
-            continue;
-        }
+        if (part.reversed && (part.mode != K_INPUT || f->organization == K_RELATIVE || f->organization == K_INDEXED))
+            error(part.at, "REVERSED goes with OPEN INPUT of a sequential file");
         linageValues(*f);
         if (f->assignItem && !f->assignExternal) {
             Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
@@ -265,6 +263,10 @@ void Emitter::openStatement(const OpenStatement &s)
         put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
                 f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
+        if (part.reversed) {
+            reversed_ = true;
+            put(cat("kvr_open_reversed(F", f->number, ", p", f->program->number, "_element);\n"));
+        }
         debugFile(*f, nullptr);
     }
 }

@@ -109,6 +109,9 @@ void Emitter::statement(const Statement &s)
     case K_CALL:
         callStatement(static_cast<const CallStatement &>(s));
         break;
+    case K_ENTRY:
+        entryStatement(static_cast<const EntryStatement &>(s));
+        break;
     case K_CANCEL:
         cancelStatement(static_cast<const CancelStatement &>(s));
         break;
@@ -227,9 +230,13 @@ void Emitter::storage(Program &p)
     for (Program *outer = p.parent; outer; outer = outer->parent)
         for (Program *inner : outer->nested) add(inner);
     for (Program *other : group_.programs) add(other);
-    for (Program *other : visible)
+    for (Program *other : visible) {
         globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
                         ", kvr_cancel_", other->number, "}, ");
+        for (const EntryStatement *entry : other->entryPoints)
+            globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
+                            entry->number, ", kvr_cancel_", other->number, "}, ");
+    }
     globals_ += "{0, 0, 0}};\n";
 }
 
@@ -287,6 +294,7 @@ void Emitter::procedures(Program &p)
     } else {
         globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
     }
+    entryCases_.clear();
     // USE procedures are entered from the library: each by a number of its own.
     std::string entries;
     for (size_t i = 0; i < p.uses.size(); i++) {
@@ -349,7 +357,7 @@ void Emitter::procedures(Program &p)
         cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
     debugs_ = false;
     code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries,
-                "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
+                entryCases_, "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();
 }
 
@@ -427,12 +435,20 @@ std::string Emitter::emit()
             if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
                 declarations += cat("#define ", symbol, " kvr_", symbol, "\n");
         }
+        for (const EntryStatement *entry : p.entryPoints) {
+            std::string parameters;
+            for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
+            declarations += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(",
+                                parameters.empty() ? "void" : parameters, ");\n");
+        }
         declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
     };
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
-    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n\n";
+    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
+    if (reversed_) out += "#include \"kvr2/kvrcob_reversed.h\"\n";
+    out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];

@@ -52,7 +52,10 @@ KVR_INLINE int kvr_is_zoned(const uint8_t *p, int32_t digits, int form)
 {
     const uint8_t *sign = form == 1 ? p + digits - 1 : form == 3 ? p + digits : p;
     if (form >= 3) return (*sign == '+' || *sign == '-') && _zvkcClasUserDef(form == 4 ? p + 1 : p, digits, kvr_digits);
-    if (!((*sign >= '0' && *sign <= '9') || (*sign >= 'p' && *sign <= 'y'))) return 0;
+    /* The native form of a sign, or as punched cards and EBCDIC machines have it: {, A to R, }. */
+    if (!((*sign >= '0' && *sign <= '9') || (*sign >= 'p' && *sign <= 'y') || (*sign >= 'A' && *sign <= 'R') ||
+          *sign == '{' || *sign == '}'))
+        return 0;
     return _zvkcClasUserDef(form == 2 ? p + 1 : p, digits - 1, kvr_digits);
 }
 

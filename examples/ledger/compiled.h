@@ -1,9 +1,8 @@
-// What compiled COBOL programs have in common, so that the examples' programs hold only what is
-// their own.
+// What the compiled form of XMLSTMT takes from the library's records, and its copybooks.
 //
-// A compiler emits all of this as static data and straight-line calls for each program; here it is
-// templates over the same public headers. examples/sumup/ shows a program without any of it,
-// docs/abi.md says what each piece is for.
+// A compiler emits all of this as static data and straight-line calls; here it is templates over the
+// same public headers. examples/sumup/ shows a program without any of it, docs/abi.md says what each
+// piece is for.
 //
 //     static File<Line> input({.name = "INPUT-FILE", .assignment = "INPUTFILE",
 //                              .organization = ZVK_FILE_LINE_SEQUENTIAL});
@@ -53,20 +52,6 @@ struct Unsigned {
     uint8_t bytes[digits];
 };
 
-// PIC S9(digits) DISPLAY: the sign is in the zone of the last digit.
-template <int32_t digits>
-struct Zoned {
-    static constexpr int32_t kDigits = digits;
-    uint8_t bytes[digits];
-};
-
-// PIC S9(digits) SIGN LEADING SEPARATE.
-template <int32_t digits>
-struct LeadingSign {
-    static constexpr int32_t kDigits = digits;
-    uint8_t bytes[digits + 1];
-};
-
 // PIC X(size).
 template <size_t size>
 struct Text {
@@ -105,30 +90,10 @@ void move(Packed<d> &target, const Packed<s> &source)
 {
     _zvkcBCD_Cpy_Pckd(source.bytes, target.bytes, d, s);
 }
-template <int32_t d, int32_t s>
-void move(Packed<d> &target, const Unsigned<s> &source)
+template <int32_t d>
+void move(Unsigned<d> &target, const Unsigned<d> &source)
 {
-    _zvkcBCD_CONV_ZndUS_To_Pckd(source.bytes, target.bytes, d, s);
-}
-template <int32_t d, int32_t s>
-void move(Packed<d> &target, const Zoned<s> &source)
-{
-    _zvkcBCD_CONV_ZndTO_To_Pckd(source.bytes, target.bytes, d, s);
-}
-template <int32_t d, int32_t s>
-void move(Packed<d> &target, const LeadingSign<s> &source)
-{
-    _zvkcBCD_CONV_ZndLS_To_Pckd(source.bytes, target.bytes, d, s);
-}
-template <int32_t d, int32_t s>
-void move(Unsigned<d> &target, const Packed<s> &source)
-{
-    _zvkcBCD_CONV_Pckd_To_ZndUS(source.bytes, target.bytes, d, s);
-}
-template <int32_t d, int32_t s>
-void move(Unsigned<d> &target, const Unsigned<s> &source)
-{
-    _zvkcBCD_Cpy_ZndUS(source.bytes, target.bytes, d, s);
+    target = source;
 }
 
 // ---- Arithmetic. The intermediate item has room for all digits of the result, so nothing is lost
@@ -142,133 +107,15 @@ auto sum(const Packed<a> &left, const Packed<b> &right)
     return result;
 }
 template <int32_t a, int32_t b>
-auto difference(const Packed<a> &left, const Packed<b> &right)
-{
-    // Subtraction of packed items drops tens where the second is greater; a sum with the sign
-    // turned does not.
-    Packed<b> turned;
-    _zvkcBCD_NEG_Pckd(right.bytes, turned.bytes, b, b);
-    return sum(left, turned);
-}
-template <int32_t a, int32_t b>
-auto product(const Packed<a> &left, const Packed<b> &right)
-{
-    Packed<a + b> result;
-    _zvkcBCD_MPY_Pckd(left.bytes, right.bytes, result.bytes, a + b, b, a);
-    return result;
-}
-template <int32_t a, int32_t b>
-auto quotient(const Packed<a> &left, const Packed<b> &right)
-{
-    Packed<a> result;
-    _zvkcBCD_DIV_Pckd(left.bytes, right.bytes, result.bytes, a, b, a);
-    if constexpr (a % 2 == 0) result.bytes[0] &= 0x0F; // a quotient keeps what stands in front of its digits
-    return result;
-}
-template <int32_t a, int32_t b>
-auto remainder(const Packed<a> &left, const Packed<b> &right)
-{
-    Packed<b> result;
-    _zvkcBCD_MOD_Pckd(left.bytes, right.bytes, result.bytes, b, b, a);
-    return result;
-}
-// Moved to the right by `places` digits with ROUNDED.
-template <int32_t places, int32_t a>
-auto rounded(const Packed<a> &item)
-{
-    Packed<a - places + 1> result;
-    _zvkcBCD_SHFD_Pckd_RightRnd(item.bytes, result.bytes, result.kDigits, a, places);
-    return result;
-}
-template <int32_t a, int32_t b>
 void add(Packed<a> &target, const Packed<b> &addend)
 {
     move(target, sum(target, addend));
-}
-template <int32_t a, int32_t b>
-bool less(const Packed<a> &left, const Packed<b> &right)
-{
-    return _zvkcBCD_LES_Pckd(left.bytes, right.bytes, b, a) != 0;
 }
 template <int32_t a, int32_t b>
 bool equal(const Packed<a> &left, const Packed<b> &right)
 {
     return _zvkcBCD_EQU_Pckd(left.bytes, right.bytes, b, a) != 0;
 }
-template <int32_t digits>
-bool isZero(const Packed<digits> &item)
-{
-    return _zvkcBCD_NOT_Pckd(item.bytes, digits) != 0;
-}
-template <int32_t digits>
-void negate(Packed<digits> &item)
-{
-    Packed<digits> old = item;
-    _zvkcBCD_NEG_Pckd(old.bytes, item.bytes, digits, digits);
-}
-
-// Class test NUMERIC of a text, or of an unsigned item: digits and nothing else, which is a class
-// of the program's own to the library. Its class test of zoned items lets signs pass in the end
-// bytes.
-inline bool isNumeric(const void *item, size_t size)
-{
-    static constexpr auto notDigits = [] {
-        struct {
-            uint8_t mark[256];
-        } table{};
-        for (int i = 0; i < 256; i++) table.mark[i] = i < '0' || i > '9';
-        return table;
-    }();
-    return _zvkcClasUserDef(static_cast<const uint8_t *>(item), static_cast<int32_t>(size), notDigits.mark);
-}
-
-// ---- UNSTRING and INSPECT
-
-// MOVE SPACES TO items.
-template <class... Items>
-void moveSpaces(Items &...items)
-{
-    (memset(items.bytes, ' ', sizeof items.bytes), ...);
-}
-
-// UNSTRING ... DELIMITED BY each of the characters INTO texts.
-template <size_t count, class... Items>
-void unstring(const void *source, size_t length, const char (&delimiters)[count], Items &...items)
-{
-    struct {
-        UnstringBlock head;
-        UnstringDelimiter more[count];
-    } block{};
-    UnstringTarget targets[sizeof...(Items)] = {};
-    size_t next = 0;
-    ((targets[next].address = items.bytes, targets[next++].size = sizeof items.bytes), ...);
-    block.head.source = source;
-    block.head.sourceLength = length;
-    block.head.delimiterCount = count - 1;
-    block.head.targetCount = sizeof...(Items);
-    for (size_t i = 0; i + 1 < count; i++) {
-        UnstringDelimiter &delimiter = i == 0 ? block.head.delimiters[0] : block.more[i - 1];
-        delimiter = {&delimiters[i], 1, 0, 0};
-    }
-    uint32_t overflow = 0;
-    _zvkcUnString(&block.head, targets, nullptr, &overflow);
-}
-
-// INSPECT ... TALLYING FOR ALL literal.
-template <size_t size>
-int64_t tallyAll(Text<size> &item, const char *literal)
-{
-    uint64_t counter = 0;
-    InspectBlock block{};
-    block.phraseCount = 1;
-    block.length = size;
-    block.data = item.bytes;
-    block.phrases[0].result = {ZVK_INSPECT_TALLYING, 0, sizeof counter, &counter};
-    block.phrases[0].compared = {0, 0, strlen(literal), const_cast<char *>(literal)};
-    _zvkcInspect(&block);
-    return static_cast<int64_t>(counter);
-}
-
 // ---- Edited moves
 
 // A numeric picture as the library takes it; `digits` is the number of digit positions.
@@ -345,7 +192,6 @@ struct FileDescription {
     bool alone = false;    // SHARE WITH NO OTHER
     FileKey keys[2] = {};  // an indexed file's primary and alternate key
     uint32_t keyCount = 0;
-    uint32_t body = 0, footing = 0, top = 0, bottom = 0; // LINAGE
 };
 
 // The part of a file that does not depend on its record: FIB with what lies behind it, FCB, FILE
@@ -354,7 +200,6 @@ struct FileRecords {
     struct {
         FIB fib;
         FileKey keys[2];
-        FileLinageGroup linage[4];
     } information{};
     FCB control{};
     IPCB *element = nullptr; // the program's, set by Program
@@ -381,11 +226,6 @@ struct FileRecords {
         fib.keyCount = file.keyCount;
         memcpy(information.keys, file.keys, sizeof information.keys);
         fib.keysOffset = offsetof(decltype(information), keys);
-        fib.linageOffset = offsetof(decltype(information), linage);
-        const uint32_t lines[4] = {file.body, file.footing, file.top, file.bottom};
-        for (int i = 0; i < 4; i++) information.linage[i].value = lines[i];
-        if (file.body)
-            fib.linage = ZVK_FILE_LINAGE | ZVK_FILE_LINAGE_FOOTING | ZVK_FILE_LINAGE_TOP | ZVK_FILE_LINAGE_BOTTOM;
         fib.recordArea = &areaCell;
         fib.statusBase = &statusCell;
     }
@@ -438,35 +278,9 @@ struct FileRecords {
         verb(control.read, byKey);
         return !failed();
     }
-    bool start(uint32_t relation, uint32_t key = 0)
-    {
-        FileRequest from{};
-        from.relation = relation;
-        from.key = key;
-        verb(control.start, from);
-        return !failed();
-    }
     bool write()
     {
         verb(control.write, {});
-        return !failed();
-    }
-    // WRITE ... AFTER ADVANCING PAGE (ZVK_ADVANCE_PAGE) or so many lines; afterwards endOfPage()
-    // tells
-    bool writeAfter(int32_t advance)
-    {
-        FileRequest line{};
-        line.options = ZVK_REQUEST_AFTER;
-        line.advance = advance;
-        verb(control.write, line);
-        return !failed();
-    }
-    bool endOfPage() const { return request.options & ZVK_REQUEST_END_OF_PAGE; }
-    bool rewrite()
-    {
-        FileRequest byKey{};
-        byKey.options = ZVK_REQUEST_KEY;
-        verb(control.rewrite, byKey);
         return !failed();
     }
 };
@@ -561,38 +375,55 @@ struct Program {
 template <class... Files>
 Program(const char *, ZvkRoutine, Files &...) -> Program<sizeof...(Files)>;
 
-// CALL name USING arguments BY REFERENCE, without ON EXCEPTION: a program that is not found ends
-// the run unit. Gives its RETURN-CODE.
-template <class... Arguments>
-int call(PCB &caller, const char *name, Arguments *...arguments)
-{
-    uint32_t failures = 0;
-    uint8_t item[160];
-    size_t length = strlen(name);
-    memcpy(item, name, length);
-    uint64_t *found = _zvkDynLd(nullptr, static_cast<int64_t>(length), item, &caller, nullptr, &failures);
-    return reinterpret_cast<int (*)(Arguments * ...)>(*found)(arguments...);
-}
-
-// EXTERNAL items: a table of one item, and its address from the run unit.
-template <class Item>
-struct External {
-    struct {
-        uint32_t count;
-        uint8_t reserved[ZVK_EXTERNAL_ROWS - 4];
-        ZvkExternalRow row;
-    } table{1, {}, {sizeof(Item), {}}};
-    Item *item = nullptr;
-
-    explicit External(const char *name) { memcpy(table.row.name, name, strlen(name) < 32 ? strlen(name) + 1 : 32); }
-    // In the prologue, at every entry.
-    void find()
-    {
-        void *address = nullptr;
-        _zvkExtVarInit(&table.count, &address);
-        item = static_cast<Item *>(address);
-    }
-    Item *operator->() { return item; }
-};
-
 } // namespace compiled
+
+// ---- The copybooks MASTER.cpy and POSTED.cpy, and their files
+
+using namespace compiled;
+
+struct MasterRecord {
+    Unsigned<6> number;
+    Text<24> name;
+    Text<1> status;
+    Packed<13> opening, balance; // S9(11)V99
+    Packed<11> limit;            // S9(9)V99
+    Packed<5> rate;              // S9V9(4)
+    Packed<7> posted;
+    Unsigned<8> lastDate;
+};
+static_assert(sizeof(MasterRecord) == 66);
+
+struct PostedRecord {
+    Text<8> reference;
+    Unsigned<6> account;
+    Unsigned<8> date;
+    Packed<9> sequence;
+    Text<1> type;
+    Packed<13> amount; // S9(11)V99
+    Unsigned<8> days;
+};
+static_assert(sizeof(PostedRecord) == 43);
+
+// SELECT MASTER: the account's number, and its name with duplicates.
+inline FileDescription masterFile(uint8_t access)
+{
+    return {.name = "MASTER",
+            .assignment = "MASTER",
+            .organization = ZVK_FILE_INDEXED,
+            .access = access,
+            .alone = true,
+            .keys = {{6, 0, 0, {}}, {24, 6, ZVK_FILE_KEY_DUPLICATES, {}}},
+            .keyCount = 2};
+}
+// SELECT POSTED
+inline FileDescription postedFile(uint8_t access)
+{
+    return {.name = "POSTED",
+            .assignment = "POSTED",
+            .organization = ZVK_FILE_INDEXED,
+            .access = access,
+            .alone = true,
+            .keys = {{8, 0, 0, {}}},
+            .keyCount = 1};
+}
+constexpr uint8_t kSequential = 0x80, kDynamic = 0;
