@@ -53,6 +53,9 @@ struct Text {
     bool good = true;
 };
 
+// Digits that a C integer and a packed number can have.
+constexpr int kMostInt = 38, kMostPacked = 63;
+
 // A number.
 struct Num {
     enum Kind : uint8_t { Int, Packed, Float } kind = Int;
