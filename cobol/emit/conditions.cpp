@@ -140,8 +140,8 @@ std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
     else if (b.kind == Text::Figurative)
         call = cat("_zvkcCmpToPad(", a.address, ", ", static_cast<int>(b.fill), ", (int32_t)", a.length, ")");
     else if (b.kind == Text::All)
-        call = cat("_zvkcCmpMultiByteFig(", a.address, ", (int32_t)", a.length, ", ", b.address, ", (int32_t)", b.length,
-                   ")");
+        call = cat("_zvkcCmpMultiByteFig(", a.address, ", (int32_t)", a.length, ", ", b.address, ", (int32_t)",
+                   b.length, ")");
     else if (a.fixed >= 0 && b.isLiteral && b.fixed < a.fixed && a.fixed <= 256)
         call = cat("memcmp(", a.address, ", ", constantBytes(padded(b.bytes, a.fixed)), ", ", a.fixed, ")");
     else if (b.fixed >= 0 && a.isLiteral && a.fixed < b.fixed && b.fixed <= 256)

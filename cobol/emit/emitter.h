@@ -65,6 +65,8 @@ struct Num {
     bool literal = false;
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
+    // Packed, while `text` is `cutOf`: the same, cut by the library to so many digits as stand for @
+    std::string cut, cutOf;
     bool wide() const { return digits > 18; }
     bool good() const { return !text.empty(); }
 };
@@ -95,9 +97,9 @@ private:
 
     // ---- debugging.cpp: USE FOR DEBUGGING
     struct Watch {
-        size_t use = 0;      // index of the USE statement
-        bool all = false;    // ALL REFERENCES OF
-        std::string name;    // as the USE statement has it
+        size_t use = 0;   // index of the USE statement
+        bool all = false; // ALL REFERENCES OF
+        std::string name; // as the USE statement has it
     };
     // References that the program does not write itself, such as that to a RELATIVE KEY.
     struct Unwatched {
@@ -290,7 +292,8 @@ private:
     Group &group_;
     const EmitOptions &options_;
     Program *program_ = nullptr;
-    std::map<const Expr *, std::string> guards_; // of arguments that ALL made: the condition that there is such an element
+    std::map<const Expr *, std::string>
+        guards_;          // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
     std::string functions_, useReturns_, entryCases_;

@@ -355,7 +355,8 @@ void Emitter::moveStatement(const MoveStatement &s)
         }
     }
     const Expr *source = constant(s.source);
-    if (s.targets.size() > 1 && source->kind == ExprKind::Reference && meaning_.resolve(*program_, *source->ref, true)) {
+    if (s.targets.size() > 1 && source->kind == ExprKind::Reference &&
+        meaning_.resolve(*program_, *source->ref, true)) {
         Loc from = pinned(locate(*source->ref), true);
         for (const Reference *ref : s.targets) moveFrom(source, from, locate(*ref, true));
         return;

@@ -368,8 +368,10 @@ Num Emitter::add(Num a, Num b, bool minus)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.text =
-        cat("_zvkcBCD_ADD_Pckd(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ")");
+    n.cut = cat("_zvkcBCD_ADD_Pckd(", a.text, ", ", b.text, ", ", t, ", @, ", b.digits, ", ", a.digits, ")");
+    n.text = n.cut;
+    n.text.replace(n.text.rfind('@'), 1, std::to_string(digits));
+    n.cutOf = n.text;
     return n;
 }
 
@@ -709,6 +711,10 @@ void Emitter::store(Num value, const Loc &target, bool rounded, const std::strin
                 std::string t = tempBytes(digits / 2 + 1);
                 put(cat("memcpy(", target.address, ", _zvkcBCD_ABS_Pckd(", value.text, ", ", t, ", ", digits, ", ",
                         value.digits, "), ", digits / 2 + 1, ");\n"));
+            } else if (!value.cut.empty() && value.text == value.cutOf && value.digits >= digits) {
+                std::string cut = value.cut;
+                cut.replace(cut.rfind('@'), 1, std::to_string(digits));
+                put(cat("kvr_put_packed(", target.address, ", ", cut, ", ", item.size, ");\n"));
             } else {
                 put(cat("_zvkcBCD_Cpy_Pckd(", value.text, ", ", target.address, ", ", digits, ", ", value.digits,
                         ");\n"));

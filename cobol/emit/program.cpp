@@ -2,7 +2,6 @@
 // paragraphs.
 #include "cobol/emit/emitter.h"
 
-
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -374,7 +373,8 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
-    if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
+    if (!p.uses.empty())
+        globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -789,7 +789,7 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
-    if (reversed_) out += "#include \"kvr2/kvrcob_reversed.h\"\n";
+    if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {

@@ -16,8 +16,7 @@ namespace kvrcob {
 bool Emitter::searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs)
 {
     if (e->kind == ExprKind::And) return searchKeys(e->left, table, pairs) && searchKeys(e->right, table, pairs);
-    if (e->kind != ExprKind::Relation || e->op != '=' || !e->left || e->left->kind != ExprKind::Reference)
-        return false;
+    if (e->kind != ExprKind::Relation || e->op != '=' || !e->left || e->left->kind != ExprKind::Reference) return false;
     const Reference &ref = *e->left->ref;
     const Item *key = meaning_.resolve(*program_, ref, true);
     if (!key || ref.refmod || ref.subscripts.size() != 1 || ref.subscripts[0]->kind != ExprKind::Reference ||
@@ -97,14 +96,14 @@ bool Emitter::searchByLibrary(const SearchStatement &s, const Item &table)
     std::string header = cat("K", ++constants_), list = temp("SearchArgument", cat("[", pairs.size(), "]"));
     globals_ += cat("static const struct { uint16_t base; int16_t keys, arguments; uint16_t reserved; SearchKey key[",
                     pairs.size(), "]; uint64_t length[", pairs.size(), "]; uint8_t form[", pairs.size(),
-                    "]; } __attribute__((packed)) ", header, " = {0, ", pairs.size(), ", ", pairs.size(), ", 0, {", keys,
-                    "}, {", lengths, "}, {", forms, "}};\n");
+                    "]; } __attribute__((packed)) ", header, " = {0, ", pairs.size(), ", ", pairs.size(), ", 0, {",
+                    keys, "}, {", lengths, "}, {", forms, "}};\n");
     for (size_t i = 0; i < arguments.size(); i++)
         put(cat(list, "[", i, "].value = ", list, "[", i, "].item = ", arguments[i].text, ";\n"));
     std::string found = temp("int64_t");
-    put(cat(found, " = _zvkcSrchAll((const SearchHeader *)(const void *)&", header, ", ", locateItem(table).address, ", ",
-            currentCount(table), ", ", table.size, ", ", list, ", 0, 0);\nX", table.indexes[0]->number, " = ", found,
-            " < 0 ? 0 : ", found, " / ", table.size, " + 1;\n"));
+    put(cat(found, " = _zvkcSrchAll((const SearchHeader *)(const void *)&", header, ", ", locateItem(table).address,
+            ", ", currentCount(table), ", ", table.size, ", ", list, ", 0, 0);\nX", table.indexes[0]->number, " = ",
+            found, " < 0 ? 0 : ", found, " / ", table.size, " + 1;\n"));
     return true;
 }
 

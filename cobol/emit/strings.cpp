@@ -88,6 +88,7 @@ void Emitter::storeInteger(Reference *target, const std::string &c)
 
 void Emitter::stringStatement(const StringStatement &s)
 {
+    if (!s.target) return;
     Loc target = locate(*s.target, true);
     if (!target.good()) return;
     size_t size = 5;

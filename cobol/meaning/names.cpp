@@ -50,7 +50,7 @@ void Meaning::specials(Program &p)
         item->picture.category = item->category;
         item->picture.digits = digits;
         item->picture.positions = size;
-        item->picture.sign = true;
+        item->picture.sign = name != K_TALLY;
         item->signForm = SignForm::None;
         item->special = address;
         item->laidOut = true;
@@ -292,6 +292,7 @@ static size_t distance(const std::string &a, const std::string &b)
 
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
+    if (!told_.insert(name).second) return; // once for each name
     const std::string &text = wordText(name);
     const Item *best = nullptr;
     size_t bestDistance = text.size() / 3 + 1;
@@ -350,6 +351,7 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
             if (complets == 1) {
                 match = complete;
             } else if (!silent) {
+                if (!told_.insert(ref.names[0]).second) return nullptr;
                 error(ref.at, wordText(ref.names[0]) + " is ambiguous; qualify it");
                 int shown = 0;
                 for (Item *item : found->second)

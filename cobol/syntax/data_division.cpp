@@ -6,6 +6,14 @@
 
 namespace kvrcob {
 
+// After an error: to the next entry that begins with a level number, or to a header.
+void Parser::skipToDataEntry()
+{
+    do skipToPeriod();
+    while (!atEnd() && !atNumber() && !atSectionOrDivision() && !at(K_FD) && !at(K_SD) && !at(K_END, K_PROGRAM) &&
+           !(at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct));
+}
+
 void Parser::dataDivision(Program &p)
 {
     if (at(K_DATA, K_DIVISION)) {
@@ -48,7 +56,9 @@ void Parser::dataDivision(Program &p)
             return;
         } else {
             error("expected a section of the DATA DIVISION or the PROCEDURE DIVISION before " + shown());
-            skipToPeriod();
+            if (!atNumber()) skipToDataEntry();
+            panic_ = false;
+            if (atNumber()) records(p, Item::WorkingStorage, nullptr); // its header is missing
         }
     }
 }
@@ -247,7 +257,7 @@ void Parser::records(Program &p, Item::Section section, File *file)
         if (!atNumber()) {
             if (atName() && !aheadIs(1, K_SECTION) && !aheadIs(1, K_DIVISION) && section != Item::FileSection) {
                 error("expected a level number before " + shown());
-                skipToPeriod();
+                skipToDataEntry();
                 continue;
             }
             return;

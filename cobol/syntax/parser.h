@@ -51,6 +51,7 @@ private:
     void notBuilt(Tok at, const std::string &phrase);
     std::string shown() const; // the present token, for messages
     void skipToPeriod();
+    void skipToDataEntry();
     void skipToVerb();
     void recover();
     bool deep(); // nesting is too deep; reports
@@ -208,8 +209,8 @@ private:
     bool tooDeep_ = false;
     int depth_ = 0;
     std::set<Word> tableNames_; // names of items that need subscripts
-    // Where "A -1" are two operands: among the operands of DISPLAY and ADD, and of a function, where "A (B)" may
-    // be two as well.
+    // Where "A -1" are two operands: among the operands of DISPLAY and ADD, and of a function, where
+    // "A (B)" may be two as well.
     enum Listing : uint8_t { NoList, OperandList, FunctionList } inArguments_ = NoList;
     Program *program_ = nullptr;
 };
