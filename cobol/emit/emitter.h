@@ -53,6 +53,9 @@ struct Text {
     bool good = true;
 };
 
+// Digits that a C integer and a packed number can have.
+constexpr int kMostInt = 38, kMostPacked = 63;
+
 // A number.
 struct Num {
     enum Kind : uint8_t { Int, Packed, Float } kind = Int;
@@ -241,6 +244,7 @@ private:
     void callStatement(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
     void entryStatement(const EntryStatement &s);
+    void entryArguments(Program &p, std::string &out);
     void entryPoints(Program &p, std::string &out);
     std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);

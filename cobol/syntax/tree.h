@@ -330,6 +330,7 @@ struct UnstringStatement : Statement {
 
 struct InspectStatement : Statement {
     Reference *target = nullptr;
+    Expr *function = nullptr; // instead of the target, for TALLYING
     struct Phrase {
         Word kind = 0; // K_TALLYING, K_REPLACING, K_CONVERTING
         Word mode = 0; // K_CHARACTERS, K_ALL, K_LEADING, K_FIRST, K_TRAILING
