@@ -171,6 +171,28 @@ void Emitter::entryStatement(const EntryStatement &s)
     put(cat("entry", s.number, ": __attribute__((unused));\n"));
 }
 
+// In the program's function: by which ENTRY it was entered, and that one's arguments.
+void Emitter::entryArguments(Program &p, std::string &out)
+{
+    if (p.entryPoints.empty()) return;
+    std::string prefix = cat("p", p.number, "_");
+    size_t most = 0;
+    for (const EntryStatement *entry : p.entryPoints) most = std::max(most, entry->parameters.size());
+    globals_ += cat("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
+    out += cat("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
+               "entry) {\n");
+    for (const EntryStatement *entry : p.entryPoints) {
+        out += cat("case ", entry->number, ":\n");
+        for (size_t i = 0; i < entry->parameters.size(); i++) {
+            const Expr *e = entry->parameters[i].value;
+            const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(p, *e->ref, true) : nullptr;
+            if (item) out += cat("L", item->number, " = ", prefix, "entryArguments[", i, "];\n");
+        }
+        out += "break;\n";
+    }
+    out += cat("}\n", prefix, "entry = 0;\n");
+}
+
 // The functions of the ENTRY statements: each leaves its number and arguments for the program's own
 // function, which does all that an entry into the program does.
 void Emitter::entryPoints(Program &p, std::string &out)

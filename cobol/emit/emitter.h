@@ -68,6 +68,8 @@ struct Num {
     bool literal = false;
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
+    // Packed, while `text` is `cutOf`: the same, cut by the library to so many digits as stand for @
+    std::string cut, cutOf;
     bool wide() const { return digits > 18; }
     bool good() const { return !text.empty(); }
 };
@@ -242,6 +244,7 @@ private:
     void callStatement(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
     void entryStatement(const EntryStatement &s);
+    void entryArguments(Program &p, std::string &out);
     void entryPoints(Program &p, std::string &out);
     std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);

@@ -97,23 +97,7 @@ void Emitter::entry(Program &p)
         out += "}\n";
     }
     out += sets;
-    size_t most = 0;
-    for (const EntryStatement *entry : p.entryPoints) most = std::max(most, entry->parameters.size());
-    if (!p.entryPoints.empty()) {
-        globals_ += cat("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
-        out += cat("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
-                   "entry) {\n");
-        for (const EntryStatement *entry : p.entryPoints) {
-            out += cat("case ", entry->number, ":\n");
-            for (size_t i = 0; i < entry->parameters.size(); i++) {
-                const Expr *e = entry->parameters[i].value;
-                const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(p, *e->ref, true) : nullptr;
-                if (item) out += cat("L", item->number, " = ", prefix, "entryArguments[", i, "];\n");
-            }
-            out += "break;\n";
-        }
-        out += cat("}\n", prefix, "entry = 0;\n");
-    }
+    entryArguments(p, out);
     std::string fileEntry;
     for (File *f : p.files) {
         if (f->sortFile) continue;

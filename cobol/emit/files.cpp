@@ -38,6 +38,12 @@ void Emitter::fileRecords(Program &p)
         uint32_t n = f->number;
         uint32_t room = f->maxRecord ? f->maxRecord : 1;
         for (const Item *record : f->records) room = std::max(room, record->size);
+        // A record area that files share has room for the longest.
+        for (const File *other : p.files)
+            if (f->sameArea && other->sameArea == f->sameArea) {
+                room = std::max(room, other->maxRecord);
+                for (const Item *record : other->records) room = std::max(room, record->size);
+            }
         globals_ += cat("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n,
                         " __attribute__((aligned(16)));\n");
         if (f->sortFile) {

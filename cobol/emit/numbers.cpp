@@ -122,8 +122,10 @@ Num Emitter::add(Num a, Num b, bool minus)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.text =
-        cat("_zvkcBCD_ADD_Pckd(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ")");
+    n.cut = cat("_zvkcBCD_ADD_Pckd(", a.text, ", ", b.text, ", ", t, ", @, ", b.digits, ", ", a.digits, ")");
+    n.text = n.cut;
+    n.text.replace(n.text.rfind('@'), 1, std::to_string(digits));
+    n.cutOf = n.text;
     return n;
 }
 

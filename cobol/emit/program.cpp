@@ -447,7 +447,7 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
-    if (reversed_) out += "#include \"kvr2/kvrcob_reversed.h\"\n";
+    if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {

@@ -98,6 +98,10 @@ void Emitter::store(Num value, const Loc &target, bool rounded, const std::strin
                 std::string t = tempBytes(digits / 2 + 1);
                 put(cat("memcpy(", target.address, ", _zvkcBCD_ABS_Pckd(", value.text, ", ", t, ", ", digits, ", ",
                         value.digits, "), ", digits / 2 + 1, ");\n"));
+            } else if (!value.cut.empty() && value.text == value.cutOf && value.digits >= digits) {
+                std::string cut = value.cut;
+                cut.replace(cut.rfind('@'), 1, std::to_string(digits));
+                put(cat("kvr_put_packed(", target.address, ", ", cut, ", ", item.size, ");\n"));
             } else {
                 put(cat("_zvkcBCD_Cpy_Pckd(", value.text, ", ", target.address, ", ", digits, ", ", value.digits,
                         ");\n"));
