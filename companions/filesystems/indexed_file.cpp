@@ -42,14 +42,13 @@ void writeRecord(FCB *fcb, FileRequest *request)
         bool refused = false;
         MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
+            SizeLimitHeldOff guard;
             MDB_val k = valueOf(primary, keySize), v;
             error = mdb_get(txn, file->data[0], &k, &v);
             if (error == 0)
                 refused = true;
-            else if (error == MDB_NOTFOUND) {
-                SizeLimitHeldOff guard;
+            else if (error == MDB_NOTFOUND)
                 error = insertRecord(fcb, file, txn, record, length, &refused);
-            }
             error = changed(file, txn, error, !refused, length);
             if (file->transactional && !error && !refused) logChange(file->store, false, record, length);
         }

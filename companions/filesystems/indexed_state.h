@@ -66,8 +66,8 @@ MDB_txn *reading(IndexedFile *file, int *error);
 void endReading(IndexedFile *file); // every verb that reads ends with it
 
 MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error);
-// Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be
-// told apart (`dropped`).
+// Ends a change, with the signal of the size limit held off: an `error` undoes it, and in a batch
+// all since the last commit, which cannot be told apart (`dropped`).
 int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes);
 int commitBatch(IndexedFile *file);
 // FS1 and FS2 of a change that failed.
