@@ -87,7 +87,10 @@ int takeHighestKey(IndexedFile *file);
 // Bytes in front of a record as it is stored: the numbers of its keys with duplicates.
 inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * kSequenceSize; }
 // Bytes that `moduleBuffer2` needs: two records as stored.
-inline size_t recordRoom(const IndexedFile *file) { return 2 * (numbersSize(file) + file->format.longest + file->sumSize); }
+inline size_t recordRoom(const IndexedFile *file)
+{
+    return 2 * (numbersSize(file) + file->format.longest + file->sumSize);
+}
 
 // Is this a record that this file can have, as it was written? Others are damage of the store.
 bool isRecord(const IndexedFile *file, const MDB_val &stored);
