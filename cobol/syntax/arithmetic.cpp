@@ -76,7 +76,8 @@ Statement *Parser::addStatement()
     return s;
 }
 
-// After FROM, BY or INTO: an operand if GIVING follows it, else the first receiving item, which stays.
+// After FROM, BY or INTO: an operand if GIVING follows it, else the first receiving item, which
+// stays.
 void Parser::operandOfGiving(ArithmeticStatement &s)
 {
     if (panic_) return;

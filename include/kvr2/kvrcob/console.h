@@ -16,7 +16,7 @@
 
 #define KVR_DISPLAY_ERROR 100
 
-KVR_INLINE void kvr_display(DisplayItem *items, int count, int device, int noAdvancing)
+KVR_SHARED void kvr_display(DisplayItem *items, int count, int device, int noAdvancing)
 {
     DisplayRequest request;
     if (device == KVR_DISPLAY_ERROR) {
@@ -38,7 +38,7 @@ KVR_INLINE void kvr_display(DisplayItem *items, int count, int device, int noAdv
  * A packed number as text. `width`: digits shown; `sign`: 0 none, 1 "-" or "+" in front, 2 "-" in
  * front of a negative one, without leading zeros.
  */
-KVR_INLINE int kvr_show_number(const uint8_t *packed, int digits, int width, int places, int sign, char point,
+KVR_SHARED int kvr_show_number(const uint8_t *packed, int digits, int width, int places, int sign, char point,
                                uint8_t *out)
 {
     uint8_t text[70];
@@ -63,12 +63,12 @@ KVR_INLINE int kvr_show_number(const uint8_t *packed, int digits, int width, int
     return length;
 }
 
-KVR_INLINE int kvr_show_float(double v, uint8_t *out, int digits)
+KVR_SHARED int kvr_show_float(double v, uint8_t *out, int digits)
 {
     return snprintf((char *)out, 48, "%.*g", digits, v);
 }
 
-KVR_INLINE int kvr_show_pointer(const uint8_t *p, uint8_t *out)
+KVR_SHARED int kvr_show_pointer(const uint8_t *p, uint8_t *out)
 {
     return snprintf((char *)out, 24, "0x%016llx", (unsigned long long)kvr_get_u8(p));
 }

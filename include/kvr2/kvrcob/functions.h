@@ -27,7 +27,7 @@ KVR_INLINE double kvr_settled(double v)
     return fabs(v - nearest) <= fabs(v) * 1e-14 ? nearest : v;
 }
 
-KVR_INLINE __int128 kvr_rem(__int128 a, __int128 b, int *zero)
+KVR_SHARED __int128 kvr_rem(__int128 a, __int128 b, int *zero)
 {
     if (b == 0) {
         *zero = 1;
@@ -35,14 +35,14 @@ KVR_INLINE __int128 kvr_rem(__int128 a, __int128 b, int *zero)
     }
     return a % b;
 }
-KVR_INLINE __int128 kvr_mod(__int128 a, __int128 b, int *zero)
+KVR_SHARED __int128 kvr_mod(__int128 a, __int128 b, int *zero)
 {
     __int128 r = kvr_rem(a, b, zero);
     return r != 0 && (r < 0) != (b < 0) ? r + b : r;
 }
 
 /* Packed, 38 digits */
-KVR_INLINE uint8_t *kvr_factorial(int64_t n, uint8_t *to)
+KVR_SHARED uint8_t *kvr_factorial(int64_t n, uint8_t *to)
 {
     uint8_t bytes[40];
     memset(bytes, 0, sizeof bytes);
@@ -50,7 +50,7 @@ KVR_INLINE uint8_t *kvr_factorial(int64_t n, uint8_t *to)
     return _zvkcBCD_Cpy_Pckd(bytes, to, 38, 63);
 }
 
-KVR_INLINE int64_t kvr_windowed(int digits, int32_t value, int32_t window)
+KVR_SHARED int64_t kvr_windowed(int digits, int32_t value, int32_t window)
 {
     char text[9];
     memset(text, 0, sizeof text);
@@ -63,7 +63,7 @@ KVR_INLINE int64_t kvr_windowed(int digits, int32_t value, int32_t window)
     return atoll(text);
 }
 
-KVR_INLINE double kvr_statistic(int what, double *values, uint32_t count)
+KVR_SHARED double kvr_statistic(int what, double *values, uint32_t count)
 {
     ZvkFloat64Item result, *array = (ZvkFloat64Item *)(void *)values;
     double mean = 0, v;
@@ -90,7 +90,7 @@ KVR_INLINE double kvr_statistic(int what, double *values, uint32_t count)
 }
 
 /* NUMVAL, NUMVAL-C: packed, 36 digits with 18 decimal places. Of a text that is no number, 0. */
-KVR_INLINE uint8_t *kvr_numval(const uint8_t *text, int64_t length, uint8_t *to, char point, const uint8_t *currency,
+KVR_SHARED uint8_t *kvr_numval(const uint8_t *text, int64_t length, uint8_t *to, char point, const uint8_t *currency,
                                int64_t currencyLength)
 {
     uint8_t zoned[37];
@@ -132,7 +132,7 @@ KVR_INLINE uint8_t *kvr_numval(const uint8_t *text, int64_t length, uint8_t *to,
 }
 
 /* TEST-NUMVAL, TEST-NUMVAL-C: 0, or the place of the first character that does not fit. */
-KVR_INLINE int64_t kvr_test_numval(const uint8_t *text, int64_t length, char point, const uint8_t *currency,
+KVR_SHARED int64_t kvr_test_numval(const uint8_t *text, int64_t length, char point, const uint8_t *currency,
                                    int64_t currencyLength)
 {
     int64_t i = 0, digits = 0;
@@ -166,7 +166,7 @@ KVR_INLINE int64_t kvr_test_numval(const uint8_t *text, int64_t length, char poi
 }
 
 /* NUMVAL-F: a number with an exponent. */
-KVR_INLINE double kvr_numval_float(const uint8_t *text, int64_t length, char point)
+KVR_SHARED double kvr_numval_float(const uint8_t *text, int64_t length, char point)
 {
     char plain[128];
     int64_t n = 0, i;
@@ -177,7 +177,7 @@ KVR_INLINE double kvr_numval_float(const uint8_t *text, int64_t length, char poi
 }
 
 /* TEST-DATE-YYYYMMDD, TEST-DAY-YYYYDDD: 0, or which part is wrong: year 1, month 2, day 3 (2). */
-KVR_INLINE int64_t kvr_test_date(int64_t date, int isDay)
+KVR_SHARED int64_t kvr_test_date(int64_t date, int isDay)
 {
     static const int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     int64_t year = isDay ? date / 1000 : date / 10000, month = date / 100 % 100, day = isDay ? date % 1000 : date % 100;
@@ -212,7 +212,7 @@ typedef struct KvrPiece {
 } KvrPiece;
 
 /* Room for a result whose length is known at run time only; good until 32 more were asked for. */
-KVR_INLINE uint8_t *kvr_room(int64_t length)
+KVR_SHARED uint8_t *kvr_room(int64_t length)
 {
     static __thread uint8_t *rooms[32];
     static __thread unsigned next;
@@ -223,7 +223,7 @@ KVR_INLINE uint8_t *kvr_room(int64_t length)
     return rooms[i];
 }
 
-KVR_INLINE uint8_t *kvr_concatenate(const KvrPiece *pieces, int count, int64_t *length)
+KVR_SHARED uint8_t *kvr_concatenate(const KvrPiece *pieces, int count, int64_t *length)
 {
     int64_t total = 0, at = 0;
     uint8_t *out;
@@ -239,7 +239,7 @@ KVR_INLINE uint8_t *kvr_concatenate(const KvrPiece *pieces, int count, int64_t *
 }
 
 /* SUBSTITUTE: the text, then pairs of what is replaced by what. */
-KVR_INLINE uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *length)
+KVR_SHARED uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *length)
 {
     int64_t most = 1, i, n = 0;
     uint8_t *out;
@@ -266,7 +266,7 @@ KVR_INLINE uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *l
 }
 
 /* TRIM; mode 1 leading, 2 trailing, 3 both. Of blanks nothing stays. */
-KVR_INLINE void kvr_trim(uint8_t **text, int64_t *length, int mode)
+KVR_SHARED void kvr_trim(uint8_t **text, int64_t *length, int mode)
 {
     if (mode & 2)
         while (*length > 0 && (*text)[*length - 1] == ' ') --*length;
@@ -274,7 +274,7 @@ KVR_INLINE void kvr_trim(uint8_t **text, int64_t *length, int mode)
         while (*length > 0 && **text == ' ') ++*text, --*length;
 }
 
-KVR_INLINE void kvr_part(uint8_t **text, int64_t *length, int64_t from, int64_t size)
+KVR_SHARED void kvr_part(uint8_t **text, int64_t *length, int64_t from, int64_t size)
 {
     if (from < 1) from = 1;
     if (from > *length) from = *length > 0 ? *length : 1;
@@ -290,7 +290,7 @@ KVR_INLINE int64_t kvr_stored_length(const uint8_t *text, int64_t length)
 }
 
 /* "Nov 22 2026", "05:20:00" to the form of CURRENT-DATE */
-KVR_INLINE void kvr_when_compiled(const char *date, const char *time, char *out)
+KVR_SHARED void kvr_when_compiled(const char *date, const char *time, char *out)
 {
     static const char months[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
     int month = 1, i;

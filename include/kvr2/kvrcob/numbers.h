@@ -76,7 +76,7 @@ KVR_INLINE void kvr_put_double(uint8_t *p, double value) { memcpy(p, &value, 8);
  * A zoned item of up to 18 digits with its sign in the last one. The arithmetic entries know the
  * native form of the sign only; one that is a letter becomes native first.
  */
-KVR_INLINE int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
+KVR_SHARED int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
 {
     uint8_t last = p[digits - 1], native[18];
     if ((last >= 'A' && last <= 'R') || last == '{' || last == '}') {
@@ -155,7 +155,7 @@ KVR_INLINE void kvr_put_packed(uint8_t *to, const uint8_t *from, int bytes)
 }
 
 /* A wide integer to packed and back, through the library's conversions of 18 digits each. */
-KVR_INLINE uint8_t *kvr_pack(__int128 v, uint8_t *to, int32_t digits)
+KVR_SHARED uint8_t *kvr_pack(__int128 v, uint8_t *to, int32_t digits)
 {
     const __int128 unit = 1000000000000000000LL;
     uint8_t high[32], moved[32], low[16];
@@ -185,7 +185,7 @@ KVR_INLINE uint8_t *kvr_pack(__int128 v, uint8_t *to, int32_t digits)
     return _zvkcBCD_Cpy_Pckd(high, to, digits, 39);
 }
 
-KVR_INLINE __int128 kvr_unpack(const uint8_t *from, int32_t digits)
+KVR_SHARED __int128 kvr_unpack(const uint8_t *from, int32_t digits)
 {
     const __int128 unit = 1000000000000000000LL;
     uint8_t part[32], rest[40];
@@ -208,7 +208,7 @@ KVR_INLINE __int128 kvr_unpack(const uint8_t *from, int32_t digits)
     return v;
 }
 
-KVR_INLINE uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_t *to, int32_t digits, int32_t bDigits,
+KVR_SHARED uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_t *to, int32_t digits, int32_t bDigits,
                                       int32_t aDigits, int *zero)
 {
     if (_zvkcBCD_NOT_Pckd(b, bDigits)) {
@@ -223,7 +223,7 @@ KVR_INLINE uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_
 }
 
 /* A text taken as an unsigned integer: its last digits. Blanks at its end do not count. */
-KVR_INLINE uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t *to, int32_t digits)
+KVR_SHARED uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t *to, int32_t digits)
 {
     uint8_t zoned[64];
     int64_t n, i;
@@ -241,7 +241,7 @@ KVR_INLINE uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t
  * What somebody typed for a number: sign, digits, decimal point. As packed, 36 digits with 18
  * decimal places.
  */
-KVR_INLINE uint8_t *kvr_typed_number(const uint8_t *text, int length, uint8_t *to, char point)
+KVR_SHARED uint8_t *kvr_typed_number(const uint8_t *text, int length, uint8_t *to, char point)
 {
     uint8_t zoned[37];
     int i, places = -1, count = 0, negative = 0;
@@ -271,7 +271,7 @@ KVR_INLINE uint8_t *kvr_typed_number(const uint8_t *text, int length, uint8_t *t
     return _zvkcBCD_CONV_ZndTS_To_Pckd(zoned, to, 36, 36);
 }
 
-KVR_INLINE uint8_t *kvr_de_edit(const DeEditRecord *record, const uint8_t *from, uint8_t *raw, uint8_t *to,
+KVR_SHARED uint8_t *kvr_de_edit(const DeEditRecord *record, const uint8_t *from, uint8_t *raw, uint8_t *to,
                                 int32_t digits)
 {
     if (_zvkcMoveNumEditToNum(record, from, raw) != 0) {
@@ -287,7 +287,7 @@ KVR_INLINE uint8_t *kvr_de_edit(const DeEditRecord *record, const uint8_t *from,
  * A floating-point number with so many decimal places. What 15 significant digits do not show does
  * not count.
  */
-KVR_INLINE __int128 kvr_fixed(double v, int scale, int rounded)
+KVR_SHARED __int128 kvr_fixed(double v, int scale, int rounded)
 {
     char text[64];
     __int128 result = 0;
@@ -308,14 +308,14 @@ KVR_INLINE __int128 kvr_fixed(double v, int scale, int rounded)
     return negative ? -result : result;
 }
 
-KVR_INLINE int kvr_compare_float(double a, double b)
+KVR_SHARED int kvr_compare_float(double a, double b)
 {
     double difference = fabs(a - b), size = fabs(a) > fabs(b) ? fabs(a) : fabs(b);
     if (difference <= size * 1e-14) return 0;
     return a < b ? -1 : 1;
 }
 
-KVR_INLINE double kvr_power(double a, double b, int *invalid)
+KVR_SHARED double kvr_power(double a, double b, int *invalid)
 {
     int32_t errors = 1; /* counted, not reported */
     double v = _zvkExpFloat8Float8(a, b, &errors);

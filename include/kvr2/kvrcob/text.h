@@ -20,7 +20,7 @@ KVR_INLINE uint8_t *kvr_copy(void *to, const uint8_t *from, int64_t length)
 }
 
 /* Copies of the element at `first` after it, `count` in all. */
-KVR_INLINE void kvr_replicate(uint8_t *first, uint64_t size, uint64_t count)
+KVR_SHARED void kvr_replicate(uint8_t *first, uint64_t size, uint64_t count)
 {
     uint64_t done = 1;
     while (done < count) {
@@ -30,7 +30,7 @@ KVR_INLINE void kvr_replicate(uint8_t *first, uint64_t size, uint64_t count)
     }
 }
 
-KVR_INLINE int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, int64_t bLength)
+KVR_SHARED int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, int64_t bLength)
 {
     int64_t n = aLength < bLength ? aLength : bLength;
     int order = memcmp(a, b, n > 0 ? (size_t)n : 0);
@@ -52,7 +52,7 @@ static const uint8_t kvr_digits[256] __attribute__((unused)) = {
  * NUMERIC of signed zoned items. form: 1 trailing, 2 leading, 3 trailing separate, 4 leading
  * separate; digits without a separate sign. The library's own test lets blanks pass at both ends.
  */
-KVR_INLINE int kvr_is_zoned(const uint8_t *p, int32_t digits, int form)
+KVR_SHARED int kvr_is_zoned(const uint8_t *p, int32_t digits, int form)
 {
     const uint8_t *sign = form == 1 ? p + digits - 1 : form == 3 ? p + digits : p;
     if (form >= 3) return (*sign == '+' || *sign == '-') && _zvkcClasUserDef(form == 4 ? p + 1 : p, digits, kvr_digits);
@@ -64,7 +64,7 @@ KVR_INLINE int kvr_is_zoned(const uint8_t *p, int32_t digits, int form)
 }
 
 /* NUMERIC of packed items; one without a sign is not negative. */
-KVR_INLINE int kvr_is_packed(const uint8_t *p, int32_t digits, int isSigned)
+KVR_SHARED int kvr_is_packed(const uint8_t *p, int32_t digits, int isSigned)
 {
     return _zvkcClasPackedDec(p, digits) &&
            (isSigned || ((p[digits / 2] & 15) != 0x0D && (p[digits / 2] & 15) != 0x0B));
