@@ -12,18 +12,18 @@
 //         static void finish(FCB *, SequentialFile *);                      // before the last flush
 //         static constexpr bool devices, rewrites;
 //     };
-#ifndef COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
-#define COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
+#pragma once
 
-#include <errno.h>
-#include <stdlib.h>
-#include <string.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_format.h"
+#include "companions/filesystems/verb.h"
 #include "companions/filesystems/whole_records.h"
 
 namespace filesystems {
@@ -45,7 +45,7 @@ struct SequentialFile {
     bool firstPage; // LINAGE: the first page's top margin is still to be written
 };
 
-constexpr size_t streamBufferSize = 256 * 1024;
+constexpr size_t kStreamBufferSize = 256 * 1024;
 
 inline SequentialFile *sequentialFileOf(FCB *fcb) { return static_cast<SequentialFile *>(fcb->moduleBuffer); }
 
@@ -99,30 +99,21 @@ struct SequentialVerbs {
         zvkFinishVerb(fcb, element, ZVK_VERB_READ);
     }
 
-    static void write(FCB *fcb, IPCB *element, FileRequest *request)
+    static void write(FCB *fcb, FileRequest *request)
     {
-        FileRequest none = {};
-        if (!request) request = &none;
         SequentialFile *file = sequentialFileOf(fcb);
-        fcb->currentVerb = ZVK_VERB_WRITE;
-        zvkSetStatus(fcb, 0, fs2None);
         uint32_t length = lengthOfRequest(file->format, request);
         if (__builtin_expect(!file->format.allows(length), 0))
             zvkSetStatus(fcb, 44, fs2RecordLength);
         else if (Format::write(fcb, file, recordOf(fcb, request), length, request))
             fcb->recordNumber = ++file->records;
-        zvkFinishVerb(fcb, element, ZVK_VERB_WRITE);
     }
 
     // REWRITE replaces the record of the READ before it, in its own length: records lie back to
     // back.
-    static void rewrite(FCB *fcb, IPCB *element, FileRequest *request)
+    static void rewrite(FCB *fcb, FileRequest *request)
     {
-        FileRequest none = {};
-        if (!request) request = &none;
         SequentialFile *file = sequentialFileOf(fcb);
-        fcb->currentVerb = ZVK_VERB_REWRITE;
-        zvkSetStatus(fcb, 0, fs2None);
         uint32_t length = lengthOfRequest(file->format, request);
         if (fcb->lastVerb != ZVK_VERB_READ || !(fcb->state & ZVK_FILE_READ_VALID))
             zvkSetStatus(fcb, 43, fs2NotRead);
@@ -130,7 +121,6 @@ struct SequentialVerbs {
             zvkSetStatus(fcb, 44, fs2RecordLength);
         else
             replace(fcb, file, recordOf(fcb, request), length);
-        zvkFinishVerb(fcb, element, ZVK_VERB_REWRITE);
     }
 
     static void replace(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
@@ -144,18 +134,11 @@ struct SequentialVerbs {
         if (file->lastPlace >= stream.base) memcpy(stream.buffer + (file->lastPlace - stream.base), record, length);
     }
 
-    static void unlock(FCB *fcb, IPCB *element, FileRequest *)
-    {
-        fcb->currentVerb = ZVK_VERB_UNLOCK;
-        zvkSetStatus(fcb, 0, fs2None);
-        zvkFinishVerb(fcb, element, ZVK_VERB_UNLOCK);
-    }
+    static void unlock(FCB *, FileRequest *) {}
 
-    static void close(FCB *fcb, IPCB *element)
+    static void close(FCB *fcb)
     {
         SequentialFile *file = sequentialFileOf(fcb);
-        fcb->currentVerb = ZVK_VERB_CLOSE;
-        zvkSetStatus(fcb, 0, fs2None);
         if (fcb->mode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) {
             Format::finish(fcb, file);
             if (!file->stream.flush() && fcb->status < 10) failWithErrno(fcb, file->stream.error);
@@ -165,7 +148,6 @@ struct SequentialVerbs {
             if (int error = forceData(file->stream.descriptor); error && fcb->status < 10) failWithErrno(fcb, error);
         if (file->stream.whole) endWhole(file->stream.whole);
         if (::close(file->stream.descriptor) != 0 && fcb->status < 10 && errno != EINTR) failWithErrno(fcb, errno);
-        _zvkGenericClose(fcb, element, 0);
     }
 
     // The slots for the mode that is being opened; the others keep the error routines of a closed
@@ -173,10 +155,10 @@ struct SequentialVerbs {
     static void setSlots(FCB *fcb, const FIB *fib)
     {
         if (fcb->requestedMode & (ZVK_OPEN_INPUT | ZVK_OPEN_IO)) fcb->read = read;
-        if (fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) fcb->write = write;
-        if (Format::rewrites && (fcb->requestedMode & ZVK_OPEN_IO)) fcb->rewrite = rewrite;
-        if (fib->sharing) fcb->unlock = unlock;
-        fcb->close = close;
+        if (fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) fcb->write = verb<ZVK_VERB_WRITE, write>;
+        if (Format::rewrites && (fcb->requestedMode & ZVK_OPEN_IO)) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewrite>;
+        if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;
+        fcb->close = closing<close>;
     }
 };
 
@@ -188,7 +170,7 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
     SequentialFile *file = newState<SequentialFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
     size_t capacity =
-        streamBufferSize > 2 * size_t(format.longest) + 64 ? streamBufferSize : 2 * size_t(format.longest) + 64;
+        kStreamBufferSize > 2 * size_t(format.longest) + 64 ? kStreamBufferSize : 2 * size_t(format.longest) + 64;
     fcb->moduleBuffer2 = malloc(capacity);
     if (!file || !fcb->moduleBuffer2) fail(fcb, 34, fs2Storage);
     if (fcb->status < 10) {
@@ -257,5 +239,3 @@ void initSequential(FCB *fcb, IPCB *element)
 }
 
 } // namespace filesystems
-
-#endif

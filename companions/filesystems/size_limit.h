@@ -1,12 +1,11 @@
 // Holds off SIGXFSZ, the signal of the file-size limit, so that a write beyond the limit fails with
 // EFBIG and becomes a file status. The signal is held off for this thread only and taken away again
 // if it came: programs may have a handler of their own for it.
-#ifndef COMPANIONS_FILESYSTEMS_SIZE_LIMIT_H
-#define COMPANIONS_FILESYSTEMS_SIZE_LIMIT_H
+#pragma once
 
-#include <errno.h>
-#include <signal.h>
-#include <time.h>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
 
 namespace filesystems {
 
@@ -41,5 +40,3 @@ struct SizeLimitHeldOff {
 };
 
 } // namespace filesystems
-
-#endif

@@ -59,6 +59,20 @@ KVR_INLINE void kvr_put_float(uint8_t *p, double value)
 }
 KVR_INLINE void kvr_put_double(uint8_t *p, double value) { memcpy(p, &value, 8); }
 
+/*
+ * A zoned item of up to 18 digits with its sign in the last one. The arithmetic entries know the
+ * native form of the sign only; one that is a letter becomes native first.
+ */
+KVR_INLINE int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
+{
+    uint8_t last = p[digits - 1], native[18];
+    if ((last >= 'A' && last <= 'R') || last == '{' || last == '}') {
+        _zvkcBCD_CONV_ZndTO_To_ZndTO(p, native, digits, digits);
+        return _zvkcBCD_CONV_Znd_To_Int8(native, digits);
+    }
+    return _zvkcBCD_CONV_Znd_To_Int8(p, digits);
+}
+
 /* ---- Integers */
 
 KVR_INLINE int64_t kvr_abs(int64_t v) { return v < 0 ? -v : v; }
@@ -112,20 +126,6 @@ KVR_INLINE int kvr_fits_binary(__int128 v, int size, int isSigned)
 }
 
 KVR_INLINE int64_t kvr_occurs(int64_t n, int64_t most) { return n < 0 ? 0 : n > most ? most : n; }
-
-/*
- * A zoned item of up to 18 digits with its sign in the last one. The arithmetic entries know the
- * native form of the sign only; one that is a letter becomes native first.
- */
-KVR_INLINE int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
-{
-    uint8_t last = p[digits - 1], native[18];
-    if ((last >= 'A' && last <= 'R') || last == '{' || last == '}') {
-        _zvkcBCD_CONV_ZndTO_To_ZndTO(p, native, digits, digits);
-        return _zvkcBCD_CONV_Znd_To_Int8(native, digits);
-    }
-    return _zvkcBCD_CONV_Znd_To_Int8(p, digits);
-}
 
 /*
  * A packed result that the library cut to the item's digits: into the item, without the sign of a
