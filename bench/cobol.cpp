@@ -195,8 +195,8 @@ void performsByHand(benchmark::State &state)
         for (int32_t n = 1; n <= 1000000; n++) countOne(n);
 }
 
-// ADD of packed items as docs/abi.md has it: one call with the digits of result and operands, which the
-// result must not overlap.
+// ADD of packed items as docs/abi.md has it: one call with the digits of result and operands, which
+// the result must not overlap.
 void packedsByHand(benchmark::State &state)
 {
     begin();
