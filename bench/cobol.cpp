@@ -180,7 +180,7 @@ void loopsByHand(benchmark::State &state)
 
 int32_t k = 1;
 int64_t c[50];
-__attribute__((noinline, noclone)) void countOne(int32_t n)
+__attribute__((noinline)) void countOne(int32_t n)
 {
     c[k - 1] += n;
     if (k < 50)
