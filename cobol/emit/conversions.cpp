@@ -49,10 +49,13 @@ Num Emitter::itemNumber(const Loc &loc)
         return floatNumber(cat("kvr_get_float(", loc.address, ")"));
     case Usage::Double:
         return floatNumber(cat("kvr_get_double(", loc.address, ")"));
+    case Usage::CompX:
+        n.digits = std::min(static_cast<int>(item.size * 5 + 1) / 2 + 1, 20);
+        n.text = cat(n.wide() ? "(__int128)kvr_get_big(" : "(int64_t)kvr_get_big(", loc.address, ", ", item.size, ")");
+        return n;
     case Usage::Binary:
     case Usage::Native:
     case Usage::Index:
-    case Usage::CompX:
         if (item.usage == Usage::Native || item.nativeBinary || !options_.truncate)
             n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
         n.text = cat(n.wide() ? "(__int128)" : "", "kvr_get_",

@@ -1,7 +1,7 @@
 // The values that storage begins with: those of VALUE clauses, else zeros and spaces.
 //
-// A record becomes a list of operations: bytes to copy, runs to fill, and a table's first occurrence
-// to repeat, so that large tables cost little in the C text.
+// A record becomes a list of operations: bytes to copy, runs to fill, and a table's first
+// occurrence to repeat, so that large tables cost little in the C text.
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>

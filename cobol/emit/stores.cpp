@@ -1,5 +1,5 @@
-// Storing a number into an item of any usage: to its decimal places, cut or rounded, with or without
-// a check that it fits, edited where the item is.
+// Storing a number into an item of any usage: to its decimal places, cut or rounded, with or
+// without a check that it fits, edited where the item is.
 #include "cobol/emit/emitter.h"
 #include "cobol/meaning/picture.h"
 
@@ -85,7 +85,10 @@ void Emitter::store(Num value, const Loc &target, bool rounded, const std::strin
         value = toInt(value);
         if (!item.picture.sign && mayBeNegative && item.usage != Usage::Index)
             value.text = cat(value.wide() ? "kvr_abs_wide(" : "kvr_abs(", value.text, ")");
-        put(cat("kvr_put_", item.size, "(", target.address, ", ", "(int64_t)(", value.text, "));\n"));
+        if (item.usage == Usage::CompX)
+            put(cat("kvr_put_big(", target.address, ", ", item.size, ", (uint64_t)(", value.text, "));\n"));
+        else
+            put(cat("kvr_put_", item.size, "(", target.address, ", ", "(int64_t)(", value.text, "));\n"));
     } else if (item.usage == Usage::Packed) {
         if (value.kind == Num::Int && !value.wide() && !(!item.picture.sign && mayBeNegative)) {
             put(cat("_zvkcBCD_CONV_Int8_To_Pckd(", value.text, ", ", target.address, ", ", digits, ");\n"));

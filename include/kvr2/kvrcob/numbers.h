@@ -40,6 +40,19 @@ KVR_BINARY(16, 2)
 KVR_BINARY(32, 4)
 KVR_BINARY(64, 8)
 
+/* Unsigned, high byte first. */
+KVR_INLINE uint64_t kvr_get_big(const uint8_t *p, int size)
+{
+    uint64_t v = 0;
+    int i;
+    for (i = 0; i < size; i++) v = v << 8 | p[i];
+    return v;
+}
+KVR_INLINE void kvr_put_big(uint8_t *p, int size, uint64_t value)
+{
+    for (; size-- > 0; value >>= 8) p[size] = (uint8_t)value;
+}
+
 KVR_INLINE double kvr_get_float(const uint8_t *p)
 {
     float v;
