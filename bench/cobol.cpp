@@ -180,7 +180,7 @@ void loopsByHand(benchmark::State &state)
 
 int32_t k = 1;
 int64_t c[50];
-__attribute__((noinline, noclone)) void countOne(int32_t n)
+__attribute__((noinline)) void countOne(int32_t n)
 {
     c[k - 1] += n;
     if (k < 50)
@@ -195,8 +195,8 @@ void performsByHand(benchmark::State &state)
         for (int32_t n = 1; n <= 1000000; n++) countOne(n);
 }
 
-// ADD of packed items as docs/abi.md has it: one call with the digits of result and operands, which the
-// result must not overlap.
+// ADD of packed items as docs/abi.md has it: one call with the digits of result and operands, which
+// the result must not overlap.
 void packedsByHand(benchmark::State &state)
 {
     begin();

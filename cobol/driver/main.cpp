@@ -441,8 +441,9 @@ int compile(Options &o)
             return 1;
         }
         const char *cc = std::getenv("CC");
-        std::vector<std::string> command = {cc && *cc ? cc : "cc", "-std=gnu11",   "-fno-strict-aliasing", "-fwrapv",
-                                            "-fno-gcse", "-fno-tree-pta", o.optimisation, "-I" + home.include};
+        std::vector<std::string> command = {
+            cc && *cc ? cc : "cc", "-std=gnu11",    "-fno-strict-aliasing", "-fwrapv",
+            "-fno-gcse",           "-fno-tree-pta", o.optimisation,         "-I" + home.include};
         if (o.debug)
             command.push_back("-g");
         else

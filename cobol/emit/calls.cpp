@@ -207,8 +207,8 @@ void Emitter::entryPoints(Program &p, std::string &out)
         out += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(", parameters.empty() ? "void" : parameters,
                    ") __asm__(", bytesLiteral(wordText(entry->name)), ");\n",
                    "__attribute__((visibility(\"default\"))) int64_t kvr_entry_", p.number, "_", entry->number, "(",
-                   parameters.empty() ? "void" : parameters, ")\n{\n", arguments, "p", p.number, "_entry = ", entry->number,
-                   ";\nreturn kvr_entry_", p.number, "(", nulls, ");\n}\n");
+                   parameters.empty() ? "void" : parameters, ")\n{\n", arguments, "p", p.number,
+                   "_entry = ", entry->number, ";\nreturn kvr_entry_", p.number, "(", nulls, ");\n}\n");
     }
 }
 

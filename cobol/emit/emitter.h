@@ -68,7 +68,8 @@ struct Num {
     bool literal = false;
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
-    // Packed, while `text` is `cutOf`: the same, cut by the library to so many digits as stand for @
+    // Packed, while `text` is `cutOf`: the same, cut by the library to as many digits as @ stands
+    // for
     std::string cut, cutOf;
     bool wide() const { return digits > 18; }
     bool good() const { return !text.empty(); }

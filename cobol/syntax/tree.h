@@ -610,9 +610,9 @@ struct Program {
     std::vector<Procedure> procedures;
     std::vector<UseStatement> uses;
     std::vector<EntryStatement *> entryPoints; // ENTRY
-    std::vector<Word> advancedRecords; // written with ADVANCING
-    std::vector<Word> readFiles;       // opened INPUT or I-O, or used by SORT
-    size_t firstProcedure = 0;         // first one after the declaratives
+    std::vector<Word> advancedRecords;         // written with ADVANCING
+    std::vector<Word> readFiles;               // opened INPUT or I-O, or used by SORT
+    size_t firstProcedure = 0;                 // first one after the declaratives
 
     // meaning
     uint32_t number = 0;

@@ -1,8 +1,8 @@
 // What the compiled form of XMLSTMT takes from the library's records, and its copybooks.
 //
-// A compiler emits all of this as static data and straight-line calls; here it is templates over the
-// same public headers. examples/sumup/ shows a program without any of it, docs/abi.md says what each
-// piece is for.
+// A compiler emits all of this as static data and straight-line calls; here it is templates over
+// the same public headers. examples/sumup/ shows a program without any of it, docs/abi.md says what
+// each piece is for.
 //
 //     static File<Line> input({.name = "INPUT-FILE", .assignment = "INPUTFILE",
 //                              .organization = ZVK_FILE_LINE_SEQUENTIAL});

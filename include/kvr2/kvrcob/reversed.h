@@ -1,9 +1,9 @@
 /**
  * OPEN INPUT ... REVERSED of a sequential file, for the C that kvrcob emits.
  *
- * No file system reads a sequential file backwards. So the file is read once into memory when it is
- * opened, and while it is open its READ slot hands out the records from the last to the first. CLOSE
- * frees them and puts the slots of the file system back.
+ * No file system reads a sequential file backwards. So the file is read once into memory when it
+ * is opened, and while it is open its READ slot hands out the records from the last to the first.
+ * CLOSE frees them and puts the slots of the file system back.
  */
 #ifndef KVR2_KVRCOB_REVERSED_H
 #define KVR2_KVRCOB_REVERSED_H
