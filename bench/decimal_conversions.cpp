@@ -1,20 +1,24 @@
-// Copies and conversions of 15 digits, through the exported entries, beside an addition of the same
-// length in another decimal library and beside memcpy.
+// Copies and conversions through the exported entries, beside the loop that a programmer would
+// write, an addition of the same length in another decimal library and memcpy. Operands and signs
+// are random; see decimal_pool.h.
 #include <benchmark/benchmark.h>
 #include <cstring>
+#include <string>
 
 extern "C" {
 #define DECNUMDIGITS 34
 #include <decNumber.h>
 }
 
+#include "decimal_pool.h"
 #include "kvr2/decimal_conversions.h"
 
 namespace {
 
-const uint8_t packed[8] = {0x12, 0x34, 0x56, 0x78, 0x90, 0x12, 0x34, 0x5D};
-uint8_t zoned[] = "12345678901234u";
-uint8_t out[32];
+using pool::Integers;
+using pool::Items;
+using pool::PackedDigits;
+using pool::ZonedDigits;
 
 template <class Body>
 void loop(benchmark::State &state, Body body)
@@ -25,24 +29,57 @@ void loop(benchmark::State &state, Body body)
     }
 }
 
-void packedToZoned(benchmark::State &state)
+using Convert = uint8_t *(*)(const uint8_t *, uint8_t *, int32_t, int32_t);
+using ToInteger = int64_t (*)(const uint8_t *, int32_t);
+using FromInteger = uint8_t *(*)(int64_t, uint8_t *, int32_t);
+using Plain = void (*)(const uint8_t *, uint8_t *, int);
+
+template <class Body>
+void add(const std::string &figure, const char *who, Body body)
 {
-    loop(state, [] { _zvkcBCD_CONV_Pckd_To_ZndTO(packed, out, 15, 15); });
+    benchmark::RegisterBenchmark((figure + "/" + who).c_str(), body);
 }
-void zonedToPacked(benchmark::State &state)
+
+constexpr char kPlainLoop[] = "peer:a plain loop over digits";
+
+void convert(const std::string &figure, Convert entry, Plain plain, pool::Make make, int n)
 {
-    loop(state, [] { _zvkcBCD_CONV_ZndTO_To_Pckd(zoned, out, 15, 15); });
+    add(figure, "ours", [=](benchmark::State &state) {
+        Items items(make, n, 1);
+        pool::Item out{};
+        loop(state, [&] { entry(items.next(), out.bytes, n, n); });
+    });
+    add(figure, kPlainLoop, [=](benchmark::State &state) {
+        Items items(make, n, 1);
+        pool::Item out{};
+        loop(state, [&] { plain(items.next(), out.bytes, n); });
+    });
 }
-void packedToInteger(benchmark::State &state)
+
+void toInteger(const std::string &figure, ToInteger entry, int64_t (*plain)(const uint8_t *, int), pool::Make make,
+               int n)
 {
-    loop(state, [] { benchmark::DoNotOptimize(_zvkcBCD_CONV_Pckd_To_Int8(packed, 15)); });
+    add(figure, "ours", [=](benchmark::State &state) {
+        Items items(make, n, 1);
+        loop(state, [&] { benchmark::DoNotOptimize(entry(items.next(), n)); });
+    });
+    add(figure, kPlainLoop, [=](benchmark::State &state) {
+        Items items(make, n, 1);
+        loop(state, [&] { benchmark::DoNotOptimize(plain(items.next(), n)); });
+    });
 }
-void integerToPacked(benchmark::State &state)
+
+void fromInteger(const std::string &figure, FromInteger entry, void (*plain)(int64_t, uint8_t *, int), int n)
 {
-    int64_t value = -123456789012345;
-    loop(state, [&] {
-        benchmark::DoNotOptimize(value);
-        _zvkcBCD_CONV_Int8_To_Pckd(value, out, 15);
+    add(figure, "ours", [=](benchmark::State &state) {
+        Integers values(n, 1);
+        pool::Item out{};
+        loop(state, [&] { entry(values.next(), out.bytes, n); });
+    });
+    add(figure, kPlainLoop, [=](benchmark::State &state) {
+        Integers values(n, 1);
+        pool::Item out{};
+        loop(state, [&] { plain(values.next(), out.bytes, n); });
     });
 }
 
@@ -50,24 +87,22 @@ void decNumberAddition(benchmark::State &state)
 {
     decContext context;
     decContextDefault(&context, DEC_INIT_DECIMAL128);
-    decNumber a, b, sum;
-    decNumberFromString(&a, "123456789012345", &context);
-    decNumberFromString(&b, "987654321098765", &context);
-    loop(state, [&] { decNumberAdd(&sum, &a, &b, &context); });
+    std::mt19937 random(1);
+    std::array<decNumber, pool::kSize> numbers;
+    for (decNumber &number : numbers) decNumberFromString(&number, pool::randomNumber(random, 15).c_str(), &context);
+    decNumber sum;
+    size_t at = 0;
+    loop(state, [&] {
+        decNumberAdd(&sum, &numbers[at % pool::kSize], &numbers[(at + 100) % pool::kSize], &context);
+        at++;
+    });
 }
-
-#define BESIDE_ADDITION(routine, title)                                                                                \
-    BENCHMARK(routine)->Name(title "/ours");                                                                           \
-    BENCHMARK(decNumberAddition)->Name(title "/peer:decNumberAdd of 15 digits")
-
-BESIDE_ADDITION(packedToZoned, "packed to zoned, 15 digits");
-BESIDE_ADDITION(zonedToPacked, "zoned to packed, 15 digits");
-BESIDE_ADDITION(packedToInteger, "packed to 8-byte integer, 15 digits");
-BESIDE_ADDITION(integerToPacked, "8-byte integer to packed, 15 digits");
 
 void copyPacked(benchmark::State &state)
 {
-    loop(state, [] { _zvkcBCD_Cpy_Pckd(packed, out, 15, 15); });
+    Items items(pool::packed, 15, 1);
+    pool::Item out{};
+    loop(state, [&] { _zvkcBCD_Cpy_Pckd(items.next(), out.bytes, 15, 15); });
 }
 
 // memcpy behind a call, as the entry is.
@@ -78,11 +113,43 @@ __attribute__((noinline)) void copyBytes(uint8_t *to, const uint8_t *from, size_
 }
 void copyPlain(benchmark::State &state)
 {
-    loop(state, [] { copyBytes(out, packed, 8); });
+    Items items(pool::packed, 15, 1);
+    pool::Item out{};
+    loop(state, [&] { copyBytes(out.bytes, items.next(), 8); });
 }
-BENCHMARK(copyPacked)->Name("copy packed, 15 digits/ours");
-BENCHMARK(copyPlain)->Name("copy packed, 15 digits/peer:a call and memcpy");
+
+void registerAll()
+{
+    for (int n : {7, 15, 16, 18, 31}) {
+        std::string digits = ", " + std::to_string(n) + " digits";
+        convert("packed to zoned" + digits, _zvkcBCD_CONV_Pckd_To_ZndTO, pool::plainConvert<PackedDigits, ZonedDigits>,
+                pool::packed, n);
+        convert("zoned to packed" + digits, _zvkcBCD_CONV_ZndTO_To_Pckd, pool::plainConvert<ZonedDigits, PackedDigits>,
+                pool::zoned, n);
+        if (n == 15) {
+            add("packed to zoned" + digits, "peer:decNumberAdd of 15 digits", decNumberAddition);
+            add("zoned to packed" + digits, "peer:decNumberAdd of 15 digits", decNumberAddition);
+        }
+        if (n > 18) continue;
+        toInteger("packed to 8-byte integer" + digits, _zvkcBCD_CONV_Pckd_To_Int8, pool::plainToInteger<PackedDigits>,
+                  pool::packed, n);
+        toInteger("zoned to 8-byte integer" + digits, _zvkcBCD_CONV_Znd_To_Int8, pool::plainToInteger<ZonedDigits>,
+                  pool::zoned, n);
+        fromInteger("8-byte integer to packed" + digits, _zvkcBCD_CONV_Int8_To_Pckd,
+                    pool::plainFromInteger<PackedDigits>, n);
+        fromInteger("8-byte integer to zoned" + digits, _zvkcBCD_CONV_Int8_To_Znd, pool::plainFromInteger<ZonedDigits>,
+                    n);
+    }
+    add("copy packed, 15 digits", "ours", copyPacked);
+    add("copy packed, 15 digits", "peer:a call and memcpy", copyPlain);
+}
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char **argv)
+{
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -21,16 +21,20 @@ namespace {
 
 constexpr size_t kRecords = 1000000, kLength = 100;
 
+constexpr uint32_t kPrefix = 20; // bytes that all of the records "prefixed" have before their key
+
 struct Files {
-    std::string directory, records, lines, out;
+    std::string directory, records, prefixed, lines, out;
     Files()
     {
         char name[] = "/tmp/kvr2sortXXXXXX";
         directory = mkdtemp(name);
         records = directory + "/records";
+        prefixed = directory + "/prefixed";
         lines = directory + "/lines";
         out = directory + "/out";
         FILE *first = fopen(records.c_str(), "w"), *second = fopen(lines.c_str(), "w");
+        FILE *third = fopen(prefixed.c_str(), "w");
         std::mt19937 random(42);
         char record[kLength];
         memset(record, '.', sizeof record);
@@ -39,13 +43,16 @@ struct Files {
             fwrite(record, 1, kLength, first);
             fwrite(record, 1, kLength - 1, second);
             fputc('\n', second);
+            fprintf(third, "%.*s", kPrefix, "CUSTOMERS OF REGION NORTH");
+            fwrite(record, 1, kLength - kPrefix, third);
         }
         fclose(first);
         fclose(second);
+        fclose(third);
     }
     ~Files()
     {
-        for (const std::string &name : {records, lines, out}) unlink(name.c_str());
+        for (const std::string &name : {records, prefixed, lines, out}) unlink(name.c_str());
         rmdir(directory.c_str());
     }
 };
@@ -67,18 +74,18 @@ SortEngine engine()
     return library ? reinterpret_cast<SortEngine>(dlsym(library, "sortmerge")) : nullptr;
 }
 
-void sortOurs(benchmark::State &state, uint64_t memory)
+void sortOurs(benchmark::State &state, uint64_t memory, uint32_t prefix = 0)
 {
     const Files &all = files();
     SortEngine sort = engine();
     if (!sort) return state.SkipWithError("no engine");
-    SortKeyList keys{1, 0, {{0, 10, ZVK_KEY_ALPHANUMERIC, 0, ZVK_KEY_ASCENDING, {}}}};
+    SortKeyList keys{1, 0, {{0, prefix + 10, ZVK_KEY_ALPHANUMERIC, 0, ZVK_KEY_ASCENDING, {}}}};
     for (auto _ : state) {
         unlink(all.out.c_str());
         SortIoRecord input{}, output{};
         SortControlRecord control{};
         uint32_t error = 0;
-        input.path = all.records.c_str();
+        input.path = prefix ? all.prefixed.c_str() : all.records.c_str();
         output.path = all.out.c_str();
         control.tempDir = all.directory.c_str();
         control.errnoOut = &error;
@@ -169,6 +176,22 @@ BENCHMARK_CAPTURE(sortOurs, , 32ull << 20)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(sortGnu, , "32M")
     ->Name("SORT of 1,000,000 records in 32 MiB/peer:GNU sort")
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sortOurs, , 2ull << 30, kPrefix)
+    ->Name("SORT of 1,000,000 records, keys with a common prefix/ours")
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sortOurs, , 2ull << 30)
+    ->Name("SORT of 1,000,000 records, keys with a common prefix/peer:the same without it")
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sortOurs, , 2ull << 30)
+    ->Name("SORT of 1,000,000 records, spilling saved/ours")
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sortOurs, , 32ull << 20)
+    ->Name("SORT of 1,000,000 records, spilling saved/peer:the same in 32 MiB")
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(tableOurs)->Name("SORT of a table, 10,000 rows, packed key/ours");

@@ -72,6 +72,18 @@ struct ItemAndInteger {
     int32_t opDigits;
     typename Op::Integer value;
 
+    bool quick(uint32_t, uint8_t *&result) const
+    {
+        result = op;
+        return Op::quick(*this);
+    }
+
+    bool quickLong(uint8_t *&result) const
+    {
+        result = op;
+        return Op::quickLong(*this);
+    }
+
     void dumpOperands() const
     {
         dumpTitle(Op::title);

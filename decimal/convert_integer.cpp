@@ -12,6 +12,7 @@
 #include "decimal/short_product.h"
 #include "decimal/validation.h"
 #include "decimal/zoned.h"
+#include "decimal/zoned_bytes.h"
 #include "kvr2/decimal_conversions.h"
 
 namespace bcd {
@@ -94,16 +95,35 @@ struct ToBinary {
         dumpConversion(shortName<Form>, Shown<Integer>::name);
         dumpCopied("in: ", src, sn, Form::bytes(sn));
     }
-    bool quick(uint32_t, Integer &result) const requires(isPacked<Form>)
+
+    // Clean items that fit the word. A letter in the last place is not decoded here, so its item
+    // goes the long way.
+    template <class Word>
+    [[gnu::always_inline]] bool shortValue(Integer &result) const
     {
-        if (sn < 1 || static_cast<uint32_t>(sn) > kWordDigits<uint64_t>) return false;
-        shortforms::Pckd::Raw<uint64_t> raw(src, sn);
-        if (!raw.hasSign() || !areDigits(raw.digits)) return false;
-        uint64_t value =
-            limbValue(raw.digits & ((uint64_t{1} << (4 * sn)) - 1)); // the first nibble of an even item is no digit
-        result = static_cast<Integer>(std::is_signed_v<Integer> && raw.negative() ? -value : value);
+        if (static_cast<uint32_t>(sn) - 1 >= kWordDigits<Word>) return false;
+        Word digits;
+        bool negative;
+        if constexpr (isPacked<Form>) {
+            shortforms::Pckd::Raw<Word> raw(src, sn);
+            if (!raw.hasSign() || !areDigits(raw.digits)) return false;
+            digits = raw.digits & ((Word{1} << (4 * sn)) - 1); // the first nibble of an even item is no digit
+            negative = raw.negative();
+        } else {
+            const uint8_t last = src[sn - 1];
+            Gatherer gatherer;
+            digits = gatherBeforeLast<Word>(gatherer, src, sn) | (last & 0x0F);
+            if ((last & 0xB0) != 0x30 || (last & 0x0F) > 9 || !gatherer.clean()) return false;
+            negative = last & 0x40;
+        }
+        uint64_t value = limbValue(lowWord(digits));
+        if constexpr (sizeof(Word) > 8) value += kLimb * limbValue(highWord(digits)); // longer ones wrap
+        const uint64_t minus = std::is_signed_v<Integer> ? 0 - uint64_t{negative} : 0;
+        result = static_cast<Integer>((value ^ minus) - minus);
         return true;
     }
+    bool quick(uint32_t, Integer &result) const { return shortValue<uint64_t>(result); }
+    bool quickLong(Integer &result) const { return shortValue<u128>(result); }
 
     void validate(uint32_t mode) const
     {
@@ -121,29 +141,37 @@ struct ToBinary {
 
 // ---- Binary to decimal.
 
-void writePacked(uint64_t value, bool negative, uint8_t *dst, int32_t digits)
+// Of an item longer than a word everything in front of the word is zero.
+template <class Word>
+void writePacked(Word digits, bool negative, uint8_t *dst, int32_t n)
 {
-    using shortforms::Pckd;
-    if (digits < 0) digits = 0;
-    if (digits > kShortDigits) {
-        size_t before = packedBytes(digits) - packedBytes(kShortDigits);
+    constexpr int32_t most = kWordDigits<Word>;
+    if (n > most) {
+        size_t before = packedBytes(n) - packedBytes(most);
         memset(dst, 0, before);
         dst += before;
-        digits = kShortDigits;
+        n = most;
     }
-    if (value < kLimb && static_cast<uint32_t>(digits) <= kWordDigits<uint64_t>)
-        Pckd::write(dst, digits, limbDigits(value), negative);
-    else
-        Pckd::write(dst, digits, digitsOf(u128{value}), negative);
+    shortforms::Pckd::write(dst, n, digits, negative);
 }
 
-// Whether nothing but zeros is left of a number in so many digits.
-bool losesAll(uint64_t magnitude, int32_t digits)
+// The digits of a magnitude, in the word that holds them.
+template <class Write>
+[[gnu::always_inline]] inline void withDigits(uint64_t magnitude, Write write)
 {
-    if (digits > 19) return magnitude == 0;
-    uint64_t unit = 1;
-    for (int32_t i = 0; i < digits && unit <= magnitude; i++) unit *= 10;
-    return unit <= magnitude && magnitude % unit == 0;
+    if (magnitude < 100'000'000)
+        write(uint64_t{eightDigits(static_cast<uint32_t>(magnitude))});
+    else if (magnitude < kLimb / 10) // one nibble stays free for a packed item's sign
+        write(limbDigits(magnitude));
+    else
+        write(digitsOf(u128{magnitude}));
+}
+
+// Of as many digits as an item has room for.
+template <class Word>
+inline bool allZero(Word digits, int32_t n)
+{
+    return n < static_cast<int32_t>(2 * sizeof(Word)) ? !anyBit(digits & ((Word{1} << (4 * n)) - 1)) : !anyBit(digits);
 }
 
 template <class Integer, class Form>
@@ -159,13 +187,21 @@ struct FromBinary {
     }
     uint8_t *work(uint32_t) const
     {
-        bool negative = value < 0;
-        uint64_t magnitude = negative ? -static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-        if (negative && losesAll(magnitude, dn)) negative = false; // a zero is positive
-        if constexpr (isPacked<Form>)
-            writePacked(magnitude, negative, dst, dn);
-        else if (dn > 0)
-            shortforms::Znd::write(dst, dn, digitsOf(u128{magnitude}), negative);
+        const uint64_t sign = value < 0 ? ~uint64_t{0} : 0;
+        const uint64_t magnitude = (static_cast<uint64_t>(value) ^ sign) - sign;
+        if (!isPacked<Form> && static_cast<uint32_t>(dn - 1) < 8 && magnitude < 100'000'000) {
+            const ByteDigits digits{eightBytes(static_cast<uint32_t>(magnitude)) & ~uint64_t{0} >> (64 - 8 * dn)};
+            digits.write(dst, dn, sign && digits.bytes);
+            return dst;
+        }
+        withDigits(magnitude, [&](auto digits) {
+            const int32_t n = dn > 0 ? dn : 0;
+            const bool negative = sign && !allZero(digits, n); // a zero is positive
+            if constexpr (isPacked<Form>)
+                writePacked(digits, negative, dst, n);
+            else if (n > 0)
+                shortforms::Znd::write(dst, n, digits, negative);
+        });
         return dst;
     }
     void dumpResult(const uint8_t *) const { dumpCopied("out:", dst, dn, Form::bytes(dn)); }

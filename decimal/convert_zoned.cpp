@@ -190,19 +190,65 @@ struct Cell {
     uint8_t *dst;
     int32_t dn, sn;
 
-    // Packed items of up to 15 clean digits, with their own sign. What becomes of a negative zero,
+    // Clean items that fit the word, with their own sign. What becomes of a packed negative zero,
     // and of letters, is written below.
-    bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<From>)
+    template <class Word>
+    [[gnu::always_inline]] bool shortFromPacked(uint32_t mode) const
     {
         using Short = shortforms::Pckd;
-        if ((mode & ZVK_BCD_EBCDIC) || static_cast<uint32_t>(sn) > kWordDigits<uint64_t> || !isShort(dn)) return false;
-        Short::Raw<uint64_t> raw(src, sn);
+        if ((mode & ZVK_BCD_EBCDIC) || static_cast<uint32_t>(sn) > kWordDigits<Word> || !isShort(dn)) return false;
+        Short::Raw<Word> raw(src, sn);
         bool negative = raw.negative();
-        if (!raw.hasSign() || !areDigits(raw.digits) || (negative && raw.digits == 0)) return false;
+        if (!raw.hasSign() || !areDigits(raw.digits) || (negative && !anyBit(raw.digits))) return false;
         shortforms::Znd::writeDigits(To::digits(dst), dn, raw.digits);
         To::writeSign(dst, dn, negative);
-        result = dst;
         return true;
+    }
+
+    template <class Word>
+    [[gnu::always_inline]] bool shortIntoPacked(uint32_t mode) const
+    {
+        if ((mode & ZVK_BCD_EBCDIC) || !shortforms::Znd::fits(sn, Word{}) || !shortforms::Znd::fits(dn, Word{}))
+            return false;
+        const uint8_t *digits = From::digits(src);
+        Gatherer gatherer;
+        Word word;
+        bool negative = false;
+        if constexpr (same<From, forms::ZndTO>) {
+            const uint8_t last = digits[sn - 1];
+            word = gatherBeforeLast<Word>(gatherer, digits, sn) | (last & 0x0F);
+            if ((last & 0xB0) != 0x30 || (last & 0x0F) > 9) return false;
+            negative = last & 0x40;
+        } else {
+            word = gatherAll<Word>(gatherer, digits, sn);
+            if constexpr (isSeparate<From>()) {
+                const uint8_t sign = *From::signByte(src, sn);
+                if (sign != '+' && sign != '-') return false;
+                negative = sign == '-';
+            }
+        }
+        if (!gatherer.clean()) return false;
+        if (negative && !(mode & ZVK_BCD_KEEP_NEG_ZERO)) negative = anyBit(word & ((Word{1} << (4 * dn)) - 1));
+        shortforms::Pckd::write(dst, dn, word, negative);
+        return true;
+    }
+
+    template <class Word>
+    [[gnu::always_inline]] bool shortCell(uint32_t mode, uint8_t *&result) const
+    {
+        result = dst;
+        if constexpr (isPacked<From>)
+            return shortFromPacked<Word>(mode);
+        else
+            return shortIntoPacked<Word>(mode);
+    }
+    bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<From> || isPacked<To>)
+    {
+        return shortCell<uint64_t>(mode, result);
+    }
+    bool quickLong(uint8_t *&result) const requires(isPacked<From> || isPacked<To>)
+    {
+        return shortCell<u128>(rawMode(), result); // it has been read: quick has seen it
     }
 
     void dumpOperands() const

@@ -12,8 +12,8 @@ using namespace bcd;
 
 namespace {
 
-template <class T, int (*worker)(uint8_t *, int32_t, T, int), const char *text>
-using Step = IntegerStep<forms::Pckd, T, worker, text>;
+template <bool subtract, class T, int (*worker)(uint8_t *, int32_t, T, int), const char *text>
+using Step = IntegerStep<forms::Pckd, shortforms::Pckd, subtract, T, worker, text>;
 
 constexpr char kInc8[] = "inc packed_int64...";
 constexpr char kInc4[] = "inc packed_int32...";
@@ -24,22 +24,22 @@ constexpr char kDec4[] = "dec packed_int32...";
 
 uint8_t *_zvkcBCD_ADD_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
-    return runEntry<ItemAndInteger<Step<int64_t, zvkBcdIncPacked, kInc8>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<false, int64_t, zvkBcdIncPacked, kInc8>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_ADD_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
-    return runEntry<ItemAndInteger<Step<int32_t, zvkBcdIncPacked4, kInc4>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<false, int32_t, zvkBcdIncPacked4, kInc4>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_SUB_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
-    return runEntry<ItemAndInteger<Step<int64_t, zvkBcdDecPacked, kDec8>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<true, int64_t, zvkBcdDecPacked, kDec8>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_SUB_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
-    return runEntry<ItemAndInteger<Step<int32_t, zvkBcdDecPacked4, kDec4>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<true, int32_t, zvkBcdDecPacked4, kDec4>>>(op, opDigits, value);
 }
 
 int zvkBcdIncPacked(uint8_t *op, int32_t opDigits, int64_t value, int sameSign)

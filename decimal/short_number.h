@@ -20,6 +20,7 @@
 #include "decimal/packed.h"
 #include "decimal/words.h"
 #include "decimal/zoned.h"
+#include "decimal/zoned_words.h"
 
 namespace bcd {
 
@@ -134,42 +135,40 @@ struct Pckd {
 };
 
 struct Znd {
-    // Every byte but the last must be "0" to "9"; the last is decoded.
-    static bool read(const uint8_t *item, int32_t n, ShortNumber &number)
+    // An item of 1 to 15, or 31, digits. Every byte but the last must be "0" to "9"; the last is
+    // decoded. Whether the item was clean is known when the gatherer is asked as well.
+    template <class Word>
+    [[gnu::always_inline]] static bool gather(Gatherer &gatherer, const uint8_t *item, int32_t n,
+                                              NumberIn<Word> &number)
     {
-        if (!isShort(n)) return false;
-        constexpr uint64_t zones = 0x3030303030303030u;
-        const Overpunch &last = kOverpunch[item[n - 1]];
-        u128 digits = 0;
-        uint64_t bad = 0;
-        for (int32_t left = n, at = 0; left > 0; left -= 8, at += 32) {
-            uint64_t bytes = left >= 8 ? loadBig<uint64_t>(item + left - 8)
-                                       : loadShort(item, static_cast<size_t>(left)) | zones << (8 * left);
-            if (at == 0) bytes = (bytes & ~uint64_t{0xFF}) | zonedDigit(last.digit);
-            bytes ^= zones;
-            bad |= (bytes + 0x7676767676767676u) | bytes;
-            digits |= u128{gather(bytes)} << at;
-        }
-        number = {digits, last.negative};
-        return last.valid & ((bad & 0x8080808080808080u) == 0);
+        const auto last = load<Overpunch>(&kOverpunch[item[n - 1]]);
+        number = {gatherBeforeLast<Word>(gatherer, item, n) | last.digit, last.negative};
+        return last.valid;
     }
 
-    static void write(uint8_t *item, int32_t n, u128 digits, bool negative)
+    static bool fits(int32_t n, auto word) { return static_cast<uint32_t>(n) - 1 < kWordDigits<decltype(word)>; }
+
+    template <class Word>
+    [[gnu::always_inline]] static bool read(const uint8_t *item, int32_t n, NumberIn<Word> &number)
+    {
+        if (!fits(n, Word{})) return false;
+        Gatherer gatherer;
+        bool valid = gather(gatherer, item, n, number);
+        return valid & gatherer.clean();
+    }
+
+    template <class Word>
+    [[gnu::always_inline]] static void write(uint8_t *item, int32_t n, Word digits, bool negative)
     {
         writeDigits(item, n, digits);
-        if (negative) item[n - 1] |= kZoneMinus;
+        item[n - 1] = zonedDigit(static_cast<uint8_t>(digits), negative);
     }
 
-    // At any length, of up to 32 digits.
-    static void writeDigits(uint8_t *item, int32_t n, u128 digits)
+    // At any length; digits beyond the word's are zeros.
+    template <class Word>
+    [[gnu::always_inline]] static void writeDigits(uint8_t *item, int32_t n, Word digits)
     {
-        for (int32_t left = n; left > 0; left -= 8, digits >>= 32) {
-            uint64_t bytes = spread(static_cast<uint32_t>(digits)) | all<uint64_t>(kZonePlus);
-            if (left >= 8)
-                storeBig<uint64_t>(item + left - 8, bytes);
-            else
-                storeShort(item, static_cast<size_t>(left), bytes);
-        }
+        if (n > 0) spreadItem(item, n, digits);
     }
 };
 

@@ -20,15 +20,26 @@ inline uint64_t limbValue(uint64_t nibbles)
 }
 
 // The same backwards for a value below 10^8: each step splits lanes by a multiplication, as the
-// quotient of a lane fits the lane.
-inline uint32_t eightDigits(uint32_t value)
+// quotient of a lane fits the lane. The last one leaves the two digits of a pair `apart`, by 0x10
+// or by 0x100.
+template <unsigned apart>
+inline uint64_t eightDigitsApart(uint32_t value)
 {
     uint64_t v = value + (uint64_t{1} << 32) * (value / 10000) -
                  uint64_t{10000} * (value / 10000); // lanes: tens of thousands, rest
     uint64_t hundreds = ((v * 10486) >> 20) & 0x0000007F0000007Fu;
     v += hundreds * (0x10000 - 100);
     uint64_t tens = ((v * 103) >> 10) & 0x000F000F000F000Fu;
-    v += tens * (0x10 - 10);
+    return v + tens * (apart - 10);
+}
+
+// A digit a byte.
+inline uint64_t eightBytes(uint32_t value) { return eightDigitsApart<0x100>(value); }
+
+// A digit a nibble.
+inline uint32_t eightDigits(uint32_t value)
+{
+    uint64_t v = eightDigitsApart<0x10>(value);
     v = (v | v >> 8) & 0x0000FFFF0000FFFFu;
     return static_cast<uint32_t>(v | v >> 16);
 }

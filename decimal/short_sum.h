@@ -1,7 +1,12 @@
 // Addition and subtraction of short clean items, packed and zoned.
 #pragma once
 
+#include <type_traits>
+
+#include "decimal/integer_magnitude.h"
 #include "decimal/short_number.h"
+#include "decimal/short_product.h"
+#include "decimal/zoned_bytes.h"
 
 namespace bcd {
 
@@ -22,29 +27,82 @@ inline u128 reducedPairs(u128 digits)
     return shiftedRight(fromWords(reducedBytes(highWord(bytes), 1), reducedBytes(lowWord(bytes), 0x0100)), 4);
 }
 
-// Nothing but the sum, into `digits` and `negative`.
+// All bits of a word, or none.
+template <class Word>
+inline Word maskOf(bool set)
+{
+    uint64_t mask = 0 - uint64_t{set};
+    if constexpr (sizeof(Word) == 8)
+        return Word{mask};
+    else
+        return fromWords(mask, mask);
+}
+
+// A sum, and what the odd rules of some entries ask about it.
+template <class Word>
+struct SumIn {
+    NumberIn<Word> number;
+    bool complemented; // the first magnitude was subtracted from: it was the smaller one
+};
+
+// Nothing but the sum. Signs of real data are as good as random, so there is no branch on them:
+// both results are worked out and one is taken.
+template <bool subtract, class Word>
+[[gnu::always_inline]] inline SumIn<Word> plainSum(const NumberIn<Word> &a, const NumberIn<Word> &b)
+{
+    const bool differ = (a.negative != b.negative) != subtract;
+    const bool complemented = differ & (a.digits < b.digits);
+    const Word swap = (a.digits ^ b.digits) & maskOf<Word>(complemented);
+    const Word sum = addDigits(a.digits, b.digits);
+    const Word difference = subtractDigits(a.digits ^ swap, b.digits ^ swap);
+    const Word digits = sum ^ ((sum ^ difference) & maskOf<Word>(differ));
+    return {{digits, a.negative != complemented}, complemented};
+}
+
 template <bool subtract, bool reducePairs, class Word>
 [[gnu::always_inline]] inline NumberIn<Word> sumOf(const NumberIn<Word> &a, const NumberIn<Word> &b)
 {
-    if ((a.negative != b.negative) == subtract) return {addDigits(a.digits, b.digits), a.negative};
-    if (a.digits >= b.digits) return {subtractDigits(a.digits, b.digits), a.negative};
-    Word result = subtractDigits(b.digits, a.digits);
+    SumIn<Word> sum = plainSum<subtract>(a, b);
     // Operands of equal length are subtracted as they come, and the complement is taken afterwards.
-    if (subtract && reducePairs && sameLength(a.digits, b.digits)) result = reducedPairs(result);
-    return {result, !a.negative};
+    if (subtract && reducePairs && sum.complemented && sameLength(a.digits, b.digits))
+        sum.number.digits = reducedPairs(sum.number.digits);
+    return sum.number;
 }
 
-// dst = op1 + op2, or op1 - op2. False, and nothing is written, unless all three items are short
-// and the operands clean.
-template <bool subtract>
-inline bool shortZonedSum(const auto &call)
+// dst = op1 + op2, or op1 - op2. False, and nothing is written, unless all three items fit the word
+// and the operands are clean.
+template <bool subtract, class Word>
+[[gnu::always_inline]] inline bool shortZonedSum(const auto &call)
 {
     using shortforms::Znd;
-    ShortNumber a, b;
-    if (!isShort(call.dstDigits) || !Znd::read(call.op1, call.op1Digits, a) || !Znd::read(call.op2, call.op2Digits, b))
+    if (!Znd::fits(call.dstDigits, Word{}) || !Znd::fits(call.op1Digits, Word{}) || !Znd::fits(call.op2Digits, Word{}))
         return false;
-    ShortNumber sum = sumOf<subtract, false>(a, b);
+    NumberIn<Word> a, b;
+    Gatherer gatherer;
+    bool valid = Znd::gather(gatherer, call.op1, call.op1Digits, a);
+    valid &= Znd::gather(gatherer, call.op2, call.op2Digits, b);
+    if (!(valid & gatherer.clean())) return false;
+    NumberIn<Word> sum = sumOf<subtract, false>(a, b);
     Znd::write(call.dst, call.dstDigits, sum.digits, sum.negative);
+    return true;
+}
+
+// The same for the shortest items.
+template <bool subtract>
+[[gnu::always_inline]] inline bool shortestZonedSum(const auto &call)
+{
+    if (static_cast<uint32_t>(call.op1Digits - 1) >= ByteDigits::kDigits ||
+        static_cast<uint32_t>(call.op2Digits - 1) >= ByteDigits::kDigits ||
+        static_cast<uint32_t>(call.dstDigits - 1) > ByteDigits::kDigits)
+        return false;
+    const auto last1 = load<Overpunch>(&kOverpunch[call.op1[call.op1Digits - 1]]);
+    const auto last2 = load<Overpunch>(&kOverpunch[call.op2[call.op2Digits - 1]]);
+    uint64_t excess = 0;
+    NumberIn<ByteDigits> a{ByteDigits::read(call.op1, call.op1Digits, last1.digit, excess), last1.negative};
+    NumberIn<ByteDigits> b{ByteDigits::read(call.op2, call.op2Digits, last2.digit, excess), last2.negative};
+    if (excess | !(last1.valid & last2.valid)) return false;
+    NumberIn<ByteDigits> sum = plainSum<subtract>(a, b).number;
+    sum.digits.write(call.dst, call.dstDigits, sum.negative);
     return true;
 }
 
@@ -58,6 +116,116 @@ template <bool subtract, class Word>
     if (!a.hasSign() || !b.hasSign() || !areDigits(a.digits, b.digits)) return false;
     NumberIn<Word> sum = sumOf<subtract, true, Word>(a, b);
     Pckd::write(call.dst, call.dstDigits, sum.digits, sum.negative);
+    return true;
+}
+
+// The digits of an integer's magnitude, where they fit the word.
+inline bool integerDigits(uint64_t value, uint64_t &digits)
+{
+    if (value >= kLimb / 10) return false;
+    digits = value < 10            ? value // ADD 1 TO COUNTER
+             : value < 100'000'000 ? eightDigits(static_cast<uint32_t>(value))
+                                   : limbDigits(value);
+    return true;
+}
+inline bool integerDigits(uint64_t value, u128 &digits)
+{
+    digits = digitsOf(u128{value});
+    return true;
+}
+
+// What a packed step changes beside the plain sum: the sign turns where the units borrow.
+template <bool subtract, class Word>
+inline bool unitsBorrow(const NumberIn<Word> &item, const NumberIn<Word> &integer)
+{
+    const bool differ = (item.negative != integer.negative) != subtract;
+    return differ & ((lowWord(item.digits) & 15) < (lowWord(integer.digits) & 15));
+}
+
+// item + value where the item has 16 to 31 digits and nothing happens beyond its last 15, which is
+// the rule: only those are touched.
+template <class Form, bool subtract>
+[[gnu::always_inline]] inline bool tailIntegerSum(const auto &call)
+{
+    constexpr bool packed = std::is_same_v<Form, shortforms::Pckd>;
+    constexpr int32_t kTail = kWordDigits<uint64_t>;
+    const int32_t n = call.opDigits;
+    NumberIn<uint64_t> item, integer;
+    if (!isShort(n) || n <= kTail || call.value == 0) return false;
+    uint8_t *tail;
+    if constexpr (packed) {
+        tail = call.op + Form::bytes(n) - Form::bytes(kTail);
+        // The front may overlap the tail; digits are digits.
+        const auto front = loadBig<uint64_t>(call.op);
+        typename Form::template Raw<uint64_t> raw(tail, kTail);
+        if (!raw.hasSign() || !areDigits(front >> 4, front & 0x0F, raw.digits)) return false;
+        item = raw;
+    } else {
+        tail = call.op + n - kTail;
+        Gatherer gatherer;
+        bool valid = Form::gather(gatherer, tail, kTail, item);
+        gatherer.digits(call.op, n - kTail);
+        if (!(valid & gatherer.clean())) return false;
+    }
+    integer.negative = call.value < 0;
+    if (!integerDigits(magnitude(call.value), integer.digits)) return false;
+
+    SumIn<uint64_t> sum = plainSum<subtract>(item, integer);
+    if (sum.complemented | (sum.number.digits >> (4 * kTail) != 0)) return false;
+    if constexpr (packed) sum.number.negative ^= unitsBorrow<subtract>(item, integer);
+    Form::write(tail, kTail, sum.number.digits, sum.number.negative);
+    if constexpr (packed) clearUnusedNibble(call.op, n);
+    return true;
+}
+
+// item + value, or item - value, into the item. False, and nothing is written, unless item and
+// integer fit the word, the integer has no more digits than the item, and the item is clean.
+template <class Form, bool subtract, class Word>
+[[gnu::always_inline]] inline bool shortIntegerSum(const auto &call)
+{
+    constexpr bool packed = std::is_same_v<Form, shortforms::Pckd>;
+    const int32_t n = call.opDigits;
+    NumberIn<Word> item, integer;
+    if (static_cast<uint32_t>(n) - 1 >= kWordDigits<Word>) return false;
+    if constexpr (packed) {
+        typename Form::template Raw<Word> raw(call.op, n);
+        item = raw;
+        if (!raw.hasSign() || !areDigits(raw.digits)) return false;
+    } else {
+        if (!Form::read(call.op, n, item)) return false;
+    }
+    if (call.value == 0) return true; // the item is not even normalised
+    integer.negative = call.value < 0;
+    if (!integerDigits(magnitude(call.value), integer.digits)) return false;
+    const int32_t room = packed ? n | 1 : n;
+    if (anyBit(integer.digits >> (4 * room))) return false;
+
+    SumIn<Word> sum = plainSum<subtract>(item, integer);
+    if constexpr (packed) {
+        sum.number.negative ^= unitsBorrow<subtract>(item, integer);
+        // Every complement loses the nineties, whatever the lengths are.
+        if (sum.complemented) sum.number.digits = reducedPairs(sum.number.digits);
+    }
+    Form::write(call.op, n, sum.number.digits, sum.number.negative);
+    return true;
+}
+
+// The same for the shortest zoned items.
+template <bool subtract>
+[[gnu::always_inline]] inline bool shortestIntegerSum(const auto &call)
+{
+    const int32_t n = call.opDigits;
+    if (static_cast<uint32_t>(n - 1) >= ByteDigits::kDigits) return false;
+    const uint64_t value = magnitude(call.value);
+    if (value >= 100'000'000) return false;
+    const ByteDigits integer{value < 10 ? value : eightBytes(static_cast<uint32_t>(value))};
+    const auto last = load<Overpunch>(&kOverpunch[call.op[n - 1]]);
+    uint64_t excess = 0;
+    NumberIn<ByteDigits> item{ByteDigits::read(call.op, n, last.digit, excess), last.negative};
+    if (excess | !last.valid | (integer.bytes >> (8 * n))) return false;
+    if (call.value == 0) return true;
+    NumberIn<ByteDigits> sum = plainSum<subtract>(item, {integer, call.value < 0}).number;
+    sum.digits.write(call.op, n, sum.negative);
     return true;
 }
 

@@ -69,6 +69,7 @@ inline constexpr size_t kMostBytes = 16;
 // halves are shifted apart.
 inline uint64_t highWord(u128 value) { return static_cast<uint64_t>(value >> 64); }
 inline uint64_t lowWord(u128 value) { return static_cast<uint64_t>(value); }
+inline uint64_t lowWord(uint64_t value) { return value; }
 inline u128 fromWords(uint64_t high, uint64_t low) { return u128{high} << 64 | low; }
 
 // By 1 to 63 bits.

@@ -17,8 +17,8 @@
 namespace bcd {
 
 // A byte that can carry a sign, decoded.
-struct Overpunch {
-    uint8_t digit; // 0 to 9; above 9 only for bytes that no form has
+struct alignas(4) Overpunch { // one load
+    uint8_t digit;            // 0 to 9; above 9 only for bytes that no form has
     bool negative;
     bool valid; // a validator passes it as the first or last byte
 };

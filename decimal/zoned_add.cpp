@@ -16,14 +16,22 @@ namespace {
 struct AddZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "add zoned...";
-    static bool quick(const auto &call) { return shortZonedSum<false>(call); }
+    static bool quick(const auto &call) { return shortestZonedSum<false>(call); }
+    static bool quickLong(const auto &call)
+    {
+        return shortZonedSum<false, uint64_t>(call) || shortZonedSum<false, u128>(call);
+    }
     static void work(const auto &c) { zvkBcdAddZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
 struct SubZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "sub zoned...";
-    static bool quick(const auto &call) { return shortZonedSum<true>(call); }
+    static bool quick(const auto &call) { return shortestZonedSum<true>(call); }
+    static bool quickLong(const auto &call)
+    {
+        return shortZonedSum<true, uint64_t>(call) || shortZonedSum<true, u128>(call);
+    }
     static void work(const auto &c) { zvkBcdSubZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 

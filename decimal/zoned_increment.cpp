@@ -11,8 +11,8 @@ using namespace bcd;
 
 namespace {
 
-template <class T, int (*worker)(uint8_t *, int32_t, T, int), const char *text>
-using Step = IntegerStep<forms::ZndTO, T, worker, text>;
+template <bool subtract, class T, int (*worker)(uint8_t *, int32_t, T, int), const char *text>
+using Step = IntegerStep<forms::ZndTO, shortforms::Znd, subtract, T, worker, text>;
 
 constexpr char kInc8[] = "inc zoned_int64...";
 constexpr char kInc4[] = "inc zoned_32..."; // the slip stays
@@ -23,22 +23,22 @@ constexpr char kDec4[] = "dec zoned_int32...";
 
 uint8_t *_zvkcBCD_ADD_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
-    return runEntry<ItemAndInteger<Step<int64_t, zvkBcdIncZoned, kInc8>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<false, int64_t, zvkBcdIncZoned, kInc8>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_ADD_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
-    return runEntry<ItemAndInteger<Step<int32_t, zvkBcdIncZoned4, kInc4>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<false, int32_t, zvkBcdIncZoned4, kInc4>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_SUB_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
-    return runEntry<ItemAndInteger<Step<int64_t, zvkBcdDecZoned, kDec8>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<true, int64_t, zvkBcdDecZoned, kDec8>>>(op, opDigits, value);
 }
 
 uint8_t *_zvkcBCD_SUB_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
-    return runEntry<ItemAndInteger<Step<int32_t, zvkBcdDecZoned4, kDec4>>>(op, opDigits, value);
+    return runEntry<ItemAndInteger<Step<true, int32_t, zvkBcdDecZoned4, kDec4>>>(op, opDigits, value);
 }
 
 namespace {

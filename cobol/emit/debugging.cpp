@@ -1,11 +1,11 @@
 // USE FOR DEBUGGING: the sections that watch procedures, items and files.
 //
 // A section is part of its program's function and is entered by its number, as every USE procedure
-// is. What it is told is in DEBUG-ITEM. A watched procedure runs its section at its start. A watched
-// file or item runs it after the statement; the calls that a statement owes are collected while its
-// operands are located, and emitted when it is done (`debugNow`), or before what it does next: its
-// phrases, its branches, the jump. A program without WITH DEBUGGING MODE has none of this, and the
-// run-time option NODEBUG passes over the calls.
+// is. What it is told is in DEBUG-ITEM. A watched procedure runs its section at its start. A
+// watched file or item runs it after the statement; the calls that a statement owes are collected
+// while its operands are located, and emitted when it is done (`debugNow`), or before what it does
+// next: its phrases, its branches, the jump. A program without WITH DEBUGGING MODE has none of
+// this, and the run-time option NODEBUG passes over the calls.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {

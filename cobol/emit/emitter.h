@@ -53,6 +53,9 @@ struct Text {
     bool good = true;
 };
 
+// Digits that a C integer and a packed number can have.
+constexpr int kMostInt = 38, kMostPacked = 63;
+
 // A number.
 struct Num {
     enum Kind : uint8_t { Int, Packed, Float } kind = Int;
@@ -65,6 +68,8 @@ struct Num {
     bool literal = false;
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
+    // Packed, while `text` is `cutOf`: the same, cut by the library to so many digits as stand for @
+    std::string cut, cutOf;
     bool wide() const { return digits > 18; }
     bool good() const { return !text.empty(); }
 };
@@ -238,6 +243,10 @@ private:
 
     void callStatement(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
+    void entryStatement(const EntryStatement &s);
+    void entryArguments(Program &p, std::string &out);
+    void entryPoints(Program &p, std::string &out);
+    std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
 
     void openStatement(const OpenStatement &s);
@@ -291,7 +300,7 @@ private:
         guards_;          // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
-    std::string functions_, useReturns_;
+    std::string functions_, useReturns_, entryCases_;
     struct Insertion {
         size_t at;
         std::string text;
@@ -301,6 +310,7 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
+    bool reversed_ = false;  // an OPEN REVERSED was emitted
     bool debugs_ = false;    // USE FOR DEBUGGING is in force
     bool anyChange_ = false; // every reference counts as one that may change the item
     Tok statementAt_ = 0;

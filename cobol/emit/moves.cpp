@@ -535,6 +535,11 @@ void Emitter::setStatement(const SetStatement &s)
                 store(add(now, by, s.form == SetStatement::DownBy), loc, false, "");
                 continue;
             }
+            if (loc.item->category == Category::Pointer && part.value->kind == ExprKind::EntryOf) {
+                put(cat("kvr_put_8(", loc.address, ", (int64_t)(intptr_t)",
+                        findProgram(constant(part.value->left), false), ");\n"));
+                continue;
+            }
             if (loc.item->category == Category::Pointer) {
                 move(part.value, loc);
                 continue;

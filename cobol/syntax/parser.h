@@ -131,6 +131,7 @@ private:
     Expr *andCondition();
     Expr *notCondition();
     Expr *relation();
+    Expr *joined(ExprKind kind, Expr *left, Expr *(Parser::*right)());
     Expr *additive();
     Expr *multiplicative();
     Expr *power();
@@ -152,6 +153,7 @@ private:
     Statement *divideStatement();
     Statement *computeStatement();
     void arithmeticTargets(std::vector<Target> &targets);
+    void operandOfGiving(ArithmeticStatement &s);
     void sizeError(Phrases &out);
 
     Statement *moveStatement();
@@ -209,8 +211,8 @@ private:
     bool tooDeep_ = false;
     int depth_ = 0;
     std::set<Word> tableNames_; // names of items that need subscripts
-    // Where "A -1" are two operands: among the operands of DISPLAY and ADD, and of a function, where "A (B)" may
-    // be two as well.
+    // Where "A -1" are two operands: among those of DISPLAY and ADD, and in a function's, where
+    // "A (B)" may be two as well.
     enum Listing : uint8_t { NoList, OperandList, FunctionList } inArguments_ = NoList;
     Program *program_ = nullptr;
 };

@@ -36,18 +36,96 @@ bool buildIndex(Segment *segment)
     return segment->job.error == 0;
 }
 
+// Entries hold twelve bytes of the key string; `from` is where the rest of it begins in the tail.
 struct Less {
     const Segment *segment;
+    uint32_t from;
+    uint32_t size;
+
+    Less(const Segment *of, uint32_t tailFrom)
+        : segment(of), from(tailFrom), size(of->plan->tailBytes > tailFrom ? of->plan->tailBytes - tailFrom : 0)
+    {
+    }
     bool operator()(const Entry &a, const Entry &b) const
     {
         if (a.first != b.first) return a.first < b.first;
         if (a.next != b.next) return a.next < b.next;
-        if (uint32_t size = segment->plan->tailBytes) {
-            int order = memcmp(tailAt(segment, a.index), tailAt(segment, b.index), size);
+        if (size) {
+            int order = memcmp(tailAt(segment, a.index) + from, tailAt(segment, b.index) + from, size);
             if (order != 0) return order < 0;
         }
         return a.index < b.index;
     }
+};
+
+// Keys that all begin alike say nothing in the entries, and every compare would go to the records.
+// While such a segment is sorted its entries hold the bytes from the first one that differs on.
+class Window {
+public:
+    explicit Window(Segment *segment) : segment_(segment)
+    {
+        const Entry *entries = segment->entries;
+        uint64_t first = 0;
+        uint32_t next = 0;
+        for (uint32_t i = 1; i < segment->count; i++) {
+            first |= entries[i].first ^ entries[0].first;
+            next |= entries[i].next ^ entries[0].next;
+        }
+        if (first || segment->plan->tailBytes == 0) return;
+        common_ = entries[0];
+        moved_ = true;
+        kept_ = next ? kNextBytes : 0;
+        from_ = next ? 0 : commonTail();
+        for (uint32_t i = 0; i < segment->count; i++) load(&segment->entries[i]);
+    }
+    Less less() const { return Less(segment_, moved_ ? from_ + kPrefixBytes - kept_ : 0); }
+
+    // Puts the beginnings of the keys back, which the merge compares.
+    void restore() const
+    {
+        for (uint32_t i = 0; moved_ && i < segment_->count; i++) {
+            Entry &entry = segment_->entries[i];
+            entry.next = kept_ ? static_cast<uint32_t>(entry.first >> 32) : common_.next;
+            entry.first = common_.first;
+        }
+    }
+
+private:
+    static constexpr uint32_t kNextBytes = 4;
+
+    // How many bytes all tails have in common.
+    uint32_t commonTail() const
+    {
+        const uint8_t *tail = tailAt(segment_, 0);
+        uint32_t common = segment_->plan->tailBytes;
+        for (uint32_t i = 1; i < segment_->count && common; i++) {
+            const uint8_t *other = tailAt(segment_, i);
+            if (memcmp(tail, other, common) == 0) continue;
+            common = static_cast<uint32_t>(std::mismatch(tail, tail + common, other).first - tail);
+        }
+        return common;
+    }
+
+    // The last bytes of the beginning, if they differ, then bytes of the tail.
+    void load(Entry *entry) const
+    {
+        uint8_t bytes[kPrefixBytes] = {};
+        uint32_t next = __builtin_bswap32(entry->next);
+        memcpy(bytes, &next, kept_);
+        uint32_t size = std::min(segment_->plan->tailBytes - from_, kPrefixBytes - kept_);
+        memcpy(bytes + kept_, tailAt(segment_, entry->index) + from_, size);
+        uint64_t first;
+        memcpy(&first, bytes, sizeof first);
+        memcpy(&next, bytes + sizeof first, sizeof next);
+        entry->first = __builtin_bswap64(first);
+        entry->next = __builtin_bswap32(next);
+    }
+
+    Segment *segment_;
+    Entry common_{};
+    bool moved_ = false;
+    uint32_t kept_ = 0; // bytes of the beginning that differ and go along
+    uint32_t from_ = 0; // of the tail
 };
 
 // Storage for sorting: in the arena between the records and the offsets, which is kept free for as
@@ -69,14 +147,14 @@ void freeIndexStorage(const Segment *segment, void *block)
 }
 
 // Deals the entries out by the first bits in which any two differ, then sorts each bucket.
-void radixSort(Segment *segment, Entry *spare)
+void radixSort(Segment *segment, Entry *spare, const Less &less)
 {
     Entry *entries = segment->entries;
     uint32_t count = segment->count;
     uint64_t differ = 0;
     for (uint32_t i = 1; i < count; i++) differ |= entries[i].first ^ entries[0].first;
     if (differ == 0) {
-        std::sort(entries, entries + count, Less{segment});
+        std::sort(entries, entries + count, less);
         freeIndexStorage(segment, spare);
         return;
     }
@@ -97,7 +175,7 @@ void radixSort(Segment *segment, Entry *spare)
     uint32_t start = 0;
     for (uint32_t end : ends) {
         if (segment->worker->cancel) break;
-        if (end - start > 1) std::sort(segment->entries + start, segment->entries + end, Less{segment});
+        if (end - start > 1) std::sort(segment->entries + start, segment->entries + end, less);
         start = end;
     }
     freeIndexStorage(segment, spare);
@@ -153,11 +231,11 @@ void sortSegment(Job *job)
     auto *spare =
         count >= kRadixLeast ? static_cast<Entry *>(indexStorage(segment, &taken, count * sizeof(Entry))) : nullptr;
     bool radix = spare;
-    if (!buildIndex(segment)) {
-        freeIndexStorage(segment, spare);
-    } else if (radix) {
-        radixSort(segment, spare);
-    } else {
-        std::sort(segment->entries, segment->entries + count, Less{segment});
-    }
+    if (!buildIndex(segment)) return freeIndexStorage(segment, spare);
+    const Window window(segment);
+    if (radix)
+        radixSort(segment, spare, window.less());
+    else
+        std::sort(segment->entries, segment->entries + count, window.less());
+    window.restore();
 }

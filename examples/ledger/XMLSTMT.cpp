@@ -3,7 +3,7 @@
 // Numbers are edited before the XML GENERATE, into an area with a place for each occurrence, in the
 // order of the walk. The processing procedure of the XML PARSE is called for each event; the
 // registers are items of this program.
-#include "records.h"
+#include "compiled.h"
 
 namespace {
 

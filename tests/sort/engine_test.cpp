@@ -255,6 +255,25 @@ TEST(SortEngine, ManyRecordsInMemoryAndInRuns)
             }
 }
 
+// Keys that begin alike, by any number of bytes: in all records, or in half of them.
+TEST(SortEngine, KeysWithACommonBeginning)
+{
+    TemporaryDirectory directory;
+    for (bool ascending : {true, false})
+        for (size_t common : {1, 7, 8, 9, 11, 12, 13, 20, 24, 25})
+            for (size_t count : {40, 20000}) {
+                Call call;
+                call.order.keys = {sortKey(3, 25, ZVK_KEY_ALPHANUMERIC, ascending)};
+                call.format = ZVK_SORT_FIXED;
+                call.length = 40;
+                call.memory = common % 2 ? 0 : uint64_t{700} << 10;
+                std::vector<Record> records = makeRecords(count, call.order.keys, false);
+                for (size_t i = 0; i < count; i++)
+                    if (common % 3 || i < count / 2) records[i].replace(3, common, common, 'K');
+                ASSERT_NO_FATAL_FAILURE(expectSortedFiles(records, call, directory)) << common;
+            }
+}
+
 // Far more runs than descriptors, and than a small budget has buffers for.
 TEST(SortEngine, HundredsOfRuns)
 {

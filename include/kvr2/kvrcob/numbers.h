@@ -40,6 +40,19 @@ KVR_BINARY(16, 2)
 KVR_BINARY(32, 4)
 KVR_BINARY(64, 8)
 
+/* Unsigned, high byte first. */
+KVR_INLINE uint64_t kvr_get_big(const uint8_t *p, int size)
+{
+    uint64_t v = 0;
+    int i;
+    for (i = 0; i < size; i++) v = v << 8 | p[i];
+    return v;
+}
+KVR_INLINE void kvr_put_big(uint8_t *p, int size, uint64_t value)
+{
+    for (; size-- > 0; value >>= 8) p[size] = (uint8_t)value;
+}
+
 KVR_INLINE double kvr_get_float(const uint8_t *p)
 {
     float v;
@@ -58,6 +71,20 @@ KVR_INLINE void kvr_put_float(uint8_t *p, double value)
     memcpy(p, &v, 4);
 }
 KVR_INLINE void kvr_put_double(uint8_t *p, double value) { memcpy(p, &value, 8); }
+
+/*
+ * A zoned item of up to 18 digits with its sign in the last one. The arithmetic entries know the
+ * native form of the sign only; one that is a letter becomes native first.
+ */
+KVR_INLINE int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
+{
+    uint8_t last = p[digits - 1], native[18];
+    if ((last >= 'A' && last <= 'R') || last == '{' || last == '}') {
+        _zvkcBCD_CONV_ZndTO_To_ZndTO(p, native, digits, digits);
+        return _zvkcBCD_CONV_Znd_To_Int8(native, digits);
+    }
+    return _zvkcBCD_CONV_Znd_To_Int8(p, digits);
+}
 
 /* ---- Integers */
 
@@ -112,6 +139,20 @@ KVR_INLINE int kvr_fits_binary(__int128 v, int size, int isSigned)
 }
 
 KVR_INLINE int64_t kvr_occurs(int64_t n, int64_t most) { return n < 0 ? 0 : n > most ? most : n; }
+
+/*
+ * A packed result that the library cut to the item's digits: into the item, without the sign of a
+ * negative zero.
+ */
+KVR_INLINE void kvr_put_packed(uint8_t *to, const uint8_t *from, int bytes)
+{
+    memcpy(to, from, (size_t)bytes);
+    if (to[bytes - 1] == 0x0D) {
+        int i = 0;
+        while (i < bytes - 1 && to[i] == 0) i++;
+        if (i == bytes - 1) to[i] = 0x0C;
+    }
+}
 
 /* A wide integer to packed and back, through the library's conversions of 18 digits each. */
 KVR_INLINE uint8_t *kvr_pack(__int128 v, uint8_t *to, int32_t digits)

@@ -42,7 +42,11 @@ KVR_INLINE int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, 
 /* ---- Class tests */
 
 /* The table of the class of digits, for _zvkcClasUserDef. */
-static const uint8_t kvr_digits[256] __attribute__((unused)) = {[0 ... '0' - 1] = 1, ['9' + 1 ... 255] = 1};
+#define KVR_16_OTHERS 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1
+#define KVR_64_OTHERS KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS
+static const uint8_t kvr_digits[256] __attribute__((unused)) = {
+    KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, KVR_64_OTHERS,
+    KVR_64_OTHERS, KVR_64_OTHERS};
 
 /*
  * NUMERIC of signed zoned items. form: 1 trailing, 2 leading, 3 trailing separate, 4 leading
@@ -52,7 +56,10 @@ KVR_INLINE int kvr_is_zoned(const uint8_t *p, int32_t digits, int form)
 {
     const uint8_t *sign = form == 1 ? p + digits - 1 : form == 3 ? p + digits : p;
     if (form >= 3) return (*sign == '+' || *sign == '-') && _zvkcClasUserDef(form == 4 ? p + 1 : p, digits, kvr_digits);
-    if (!((*sign >= '0' && *sign <= '9') || (*sign >= 'p' && *sign <= 'y'))) return 0;
+    /* The native form of a sign, or as punched cards and EBCDIC machines have it: {, A to R, }. */
+    if (!((*sign >= '0' && *sign <= '9') || (*sign >= 'p' && *sign <= 'y') || (*sign >= 'A' && *sign <= 'R') ||
+          *sign == '{' || *sign == '}'))
+        return 0;
     return _zvkcClasUserDef(form == 2 ? p + 1 : p, digits - 1, kvr_digits);
 }
 
