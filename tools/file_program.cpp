@@ -70,7 +70,7 @@ FileProgram::FileProgram(const std::string &name, const Shape &shape, bool rando
 FileProgram::~FileProgram()
 {
     if (open_) fcb_->close(fcb_, &all_->ipcb);
-    all_.release(); // the run unit knows the program until the process ends
+    static_cast<void>(all_.release()); // the run unit knows the program until the process ends
 }
 
 std::string FileProgram::reason() const

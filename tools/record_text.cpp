@@ -468,7 +468,7 @@ bool RecordReader::assemble(const std::vector<std::string> &names, const std::ve
         std::string bytes = value;
         bool fits = field->form == Field::text ? value.size() <= field->length
                                                : value.empty() || putNumber(*field, value, &bytes);
-        if (!fits) return *why = "'" + value + "' does not fit into " + name, false;
+        if (!fits) return why->assign("'").append(value).append("' does not fit into ").append(name), false;
         if (field->form == Field::text) bytes.resize(field->length, ' ');
         if (!bytes.empty()) record->replace(field->position, field->length, bytes);
     }

@@ -12,7 +12,6 @@
 
 namespace file_tool {
 
-using filesystems::kStoredHeaderSize;
 
 // --- the header
 

@@ -15,7 +15,7 @@
 namespace filesystems {
 
 struct FixedRecords {
-    static constexpr bool devices = true, rewrites = true;
+    static constexpr bool devices = true;
 
     static void open(FCB *fcb, const FIB *, SequentialFile *file)
     {
@@ -51,11 +51,18 @@ struct FixedRecords {
         return true;
     }
 
+    static const uint8_t *image(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
+    {
+        if (length == file->lastLength) return record;
+        fail(fcb, 44, fs2RecordLength);
+        return nullptr;
+    }
+
     static void finish(FCB *, SequentialFile *) {}
 };
 
 struct BackToBack {
-    static constexpr bool devices = true, rewrites = true;
+    static constexpr bool devices = true;
     static constexpr uint32_t kWord = 4;
 
     static void open(FCB *fcb, const FIB *, SequentialFile *file)
@@ -112,6 +119,8 @@ struct BackToBack {
         file->stream.commit(kWord + length + file->sumSize);
         return true;
     }
+
+    static constexpr auto image = FixedRecords::image;
 
     static void finish(FCB *, SequentialFile *) {}
 

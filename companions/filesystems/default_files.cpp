@@ -18,10 +18,6 @@ namespace filesystems {
 
 namespace {
 
-struct StoredRecords : BackToBack {
-    static constexpr bool devices = false;
-};
-
 // An attribute combination that cannot be stored: refused before the file is touched.
 bool attributesPossible(FCB *fcb, const FIB *fib)
 {
@@ -100,7 +96,7 @@ void openStored(FCB *fcb, IPCB *element)
     else if (relative)
         startRelative(fcb, fib, opened, sumSizeOf(header));
     else
-        startSequential<StoredRecords>(fcb, fib, opened, kStoredHeaderSize, sumSizeOf(header));
+        startSequential<BackToBack>(fcb, fib, opened, kStoredHeaderSize, sumSizeOf(header));
 }
 
 } // namespace

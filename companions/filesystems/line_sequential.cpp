@@ -6,13 +6,15 @@
 // editors write such files; EXTEND ends it first. But if it is what a kill left of a block, it is
 // none, and EXTEND writes over it. A record with an LF in it would come back as two, and one that
 // ends in CR without it, so WRITE refuses them with status 30.
+//
+// REWRITE in I-O replaces a line by one that is not longer.
 #include "companions/filesystems/linage.h"
 #include "companions/filesystems/sequential_file.h"
 
 namespace filesystems {
 
 struct Lines {
-    static constexpr bool devices = true, rewrites = false;
+    static constexpr bool devices = true;
 
     static void open(FCB *fcb, const FIB *fib, SequentialFile *file)
     {
@@ -83,15 +85,25 @@ struct Lines {
         }
         memcpy(record, line, size);
         memset(record + size, ' ', longest - size);
+        file->lastPlace = stream.offset();
         stream.at += used;
         file->lastLength = *length = static_cast<uint32_t>(size);
         return found;
     }
 
+    // Blanks at its end do not count, and blanks fill the line up: it reads the same.
+    static const uint8_t *image(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
+    {
+        if (!isLine(fcb, record, &length)) return nullptr;
+        if (length > file->lastLength) return fail(fcb, 44, fs2RecordLength), nullptr;
+        memcpy(file->spare, record, length);
+        memset(file->spare + length, ' ', file->lastLength - length);
+        return file->spare;
+    }
+
     static bool write(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *request)
     {
-        while (length && record[length - 1] == ' ') --length;
-        if (memchr(record, '\n', length) || (length && record[length - 1] == '\r')) return fail(fcb, 30, fs2Control);
+        if (!isLine(fcb, record, &length)) return false;
         if (__builtin_expect(
                 request->options & (ZVK_REQUEST_BEFORE | ZVK_REQUEST_AFTER) || file->linage || file->lineOpen, 0))
             return writeAdvancing(fcb, file, record, length, request);
@@ -109,6 +121,14 @@ struct Lines {
     }
 
 private:
+    // Would the record come back as it is? Its length goes down to its last byte that is no blank.
+    static bool isLine(FCB *fcb, const uint8_t *record, uint32_t *length)
+    {
+        while (*length && record[*length - 1] == ' ') --*length;
+        bool ends = *length && record[*length - 1] == '\r';
+        return !(ends || memchr(record, '\n', *length)) || fail(fcb, 30, fs2Control);
+    }
+
     static void lineEnds(SequentialFile *file, size_t count)
     {
         memset(file->stream.buffer + file->stream.at, '\n', count);

@@ -9,8 +9,10 @@
 //         static uint64_t wholeSize(SequentialFile *, uint64_t size);       // bytes of the file that are whole records
 //         static Found read(SequentialFile *, uint8_t *record, uint32_t *length);
 //         static bool write(FCB *, SequentialFile *, const uint8_t *record, uint32_t length, FileRequest *);
+//         static const uint8_t *image(FCB *, SequentialFile *, const uint8_t *record, uint32_t length);
+//                                                                           // REWRITE: `lastLength` bytes, or null
 //         static void finish(FCB *, SequentialFile *);                      // before the last flush
-//         static constexpr bool devices, rewrites;
+//         static constexpr bool devices;
 //     };
 #pragma once
 
@@ -112,25 +114,22 @@ struct SequentialVerbs {
             fcb->recordNumber = ++file->records;
     }
 
-    // REWRITE replaces the record of the READ before it, in its own length: records lie back to
-    // back.
+    // REWRITE replaces the bytes of the record that was read last: there is no more room.
     static void rewrite(FCB *fcb, FileRequest *request)
     {
         SequentialFile *file = sequentialFileOf(fcb);
         uint32_t length = lengthOfRequest(file->format, request);
         if (fcb->lastVerb != ZVK_VERB_READ || !(fcb->state & ZVK_FILE_READ_VALID))
             zvkSetStatus(fcb, 43, fs2NotRead);
-        else if (length != file->lastLength)
-            zvkSetStatus(fcb, 44, fs2RecordLength);
-        else
-            replace(fcb, file, recordOf(fcb, request), length);
+        else if (const uint8_t *record = Format::image(fcb, file, recordOf(fcb, request), length))
+            replace(fcb, file, record, file->lastLength);
     }
 
     static void replace(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
     {
         ByteStream &stream = file->stream;
         size_t size = length + file->sumSize;
-        memcpy(file->spare, record, length);
+        memmove(file->spare, record, length);
         if (file->sumSize) putSum(file->lastPlace, file->spare, length);
         int error = replaceBytes(&file->changes, file->spare, size, file->lastPlace);
         if (error) {
@@ -162,7 +161,7 @@ struct SequentialVerbs {
     {
         if (fcb->requestedMode & (ZVK_OPEN_INPUT | ZVK_OPEN_IO)) fcb->read = read;
         if (fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) fcb->write = verb<ZVK_VERB_WRITE, write>;
-        if (Format::rewrites && (fcb->requestedMode & ZVK_OPEN_IO)) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewrite>;
+        if (fcb->requestedMode & ZVK_OPEN_IO) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewrite>;
         if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;
         fcb->close = closing<close>;
     }
@@ -192,10 +191,8 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
         file->spare = stream.buffer + capacity;
         stream.base = dataStart;
         file->whole = ~uint64_t(0);
-        if (Format::rewrites) {
-            stream.whole = &file->changes;
-            if (int error = startWhole(fcb, opened, &file->changes)) failWithErrno(fcb, error);
-        }
+        stream.whole = &file->changes;
+        if (int error = startWhole(fcb, opened, &file->changes)) failWithErrno(fcb, error);
         if (fcb->status < 10) Format::open(fcb, fib, file);
         if (fcb->status < 10 && (fcb->requestedMode & ZVK_OPEN_OUTPUT)) emptyFile(fcb, opened, dataStart);
         if (fcb->status < 10 && opened.seekable && !(fcb->requestedMode & ZVK_OPEN_OUTPUT)) {
@@ -240,8 +237,6 @@ void initSequential(FCB *fcb, IPCB *element)
     const FIB *fib = zvkFibOf(fcb, element);
     if (fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE))
         zvkSetStatus(fcb, 37, fs2Organization);
-    else if ((fcb->requestedMode & ZVK_OPEN_IO) && !Format::rewrites)
-        zvkSetStatus(fcb, 37, fs2OpenMode);
     else
         fcb->open = openSequential<Format>;
 }

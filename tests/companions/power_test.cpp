@@ -130,7 +130,6 @@ TEST(Durability, CloseForcesTheData)
     setenv("VFS_DURABILITY", "close", 1);
     for (string kind : {"rsd-", "wbr-", "lsq-", "stl-", "relative"})
         for (uint16_t mode : {uint16_t{ZVK_OPEN_EXTEND}, uint16_t{ZVK_OPEN_IO}}) {
-            if (mode == ZVK_OPEN_IO && kind == "lsq-") continue;
             TemporaryDirectory directory;
             const string path = directory.file("f");
             CompiledFile file((kind == "relative" ? "stl-" : kind) + path,

@@ -291,7 +291,7 @@ TEST(Relative, ImpossibleLengthIsDamage)
     for (uint64_t n = 1; n < 4; ++n) ASSERT_EQ(file.write("record", {.relativeKey = n}), "00");
     ASSERT_EQ(file.close(), "00");
     string content = readFile(directory.file("r"));
-    content[4096 + 14] = 12; // a record of 11 bytes in a file of 10
+    content[4096 + 18] = 12; // a record of 11 bytes in a file of 10
     for (int io = 0; io < 2; ++io) {
         writeFile(directory.file("r"), content);
         ASSERT_EQ(file.open(io ? uint16_t{ZVK_OPEN_IO} : uint16_t{ZVK_OPEN_INPUT}), "00");
@@ -315,7 +315,7 @@ TEST(Relative, ImpossibleLengthIsDamage)
     CompiledFile inOrder("stl-" + directory.file("r"), relativeFile(sequentialAccess));
     ASSERT_EQ(inOrder.open(ZVK_OPEN_EXTEND), "00");
     ASSERT_EQ(inOrder.close(), "00");
-    content[4096 + 28] = 12;
+    content[4096 + 36] = 12;
     writeFile(directory.file("r"), content);
     EXPECT_EQ(inOrder.open(ZVK_OPEN_EXTEND), "30") << "where its records end is not known";
 }

@@ -446,4 +446,36 @@ TEST(LineSequential, LinagePagesHaveOneLength)
     }
 }
 
+// The lines beside one that is replaced stay as they are, whatever it ends with.
+TEST(LineSequential, RewriteInPlace)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("t");
+    CompiledFile file("lsq-" + path, {.longest = 6000, .shortest = 1});
+    const string far(5000, 'x');
+    writeFile(path, "one\ntwo\r\n\n" + far + "\nlast");
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    EXPECT_EQ(file.rewrite("x"), "43");
+    ASSERT_EQ(file.read(next), "00");
+    EXPECT_EQ(file.rewrite("four"), "44");
+    EXPECT_EQ(file.rewrite("a\nb"), "43") << "the last verb was no READ";
+    ASSERT_EQ(file.read(next), "00");
+    EXPECT_EQ(file.rewrite("a\nb"), "30");
+    ASSERT_EQ(file.read(next), "00");
+    EXPECT_EQ(file.rewrite("  "), "00") << "an empty line takes blanks";
+    ASSERT_EQ(file.read(next), "00");
+    EXPECT_EQ(file.rewrite(string(4990, 'y')), "00");
+    ASSERT_EQ(file.read(next), "00");
+    EXPECT_EQ(file.rewrite("l    "), "00");
+    EXPECT_EQ(file.read(next), "10");
+    EXPECT_EQ(file.close(), "00");
+    EXPECT_EQ(readFile(path), "one\ntwo\r\n\n" + string(4990, 'y') + string(10, ' ') + "\nl   ");
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    for (int i = 0; i < 2; ++i) ASSERT_EQ(file.read(next), "00");
+    EXPECT_EQ(file.rewrite("2"), "00");
+    EXPECT_EQ(file.verb(file.fcb->deleteRecord, {}), "30");
+    EXPECT_EQ(file.close(), "00");
+    EXPECT_EQ(readFile(path).substr(0, 9), "one\n2  \r\n");
+}
+
 } // namespace
