@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "base/bytes.h"
-#include "dateservices/date_parts.h"
+#include "dateservices/fixed_layout.h"
 
 namespace dates {
 namespace {
@@ -22,17 +22,37 @@ struct Slot {
     char given[kMostText];
     char text[kMostText];
     PictureElement elements[kMostText];
+    FixedLayout layout;
     Picture picture;
 };
 Slot slots[kSlots];
 
+// Eight bytes at a time; the last eight may count twice.
+template <class Step>
+inline void eachWord(const char *text, size_t length, Step step)
+{
+    if (length < 8) {
+        uint64_t word = 0;
+        for (size_t i = 0; i < length; i++) word = word << 8 | static_cast<uint8_t>(text[i]);
+        return step(word);
+    }
+    for (size_t i = 0; i + 8 < length; i += 8) step(load<uint64_t>(text + i));
+    step(load<uint64_t>(text + length - 8));
+}
+
 Slot &slotOf(const char *text, size_t length, Clearing clearing)
 {
     uint64_t hash = length * 2 + (clearing == Clearing::Yes);
-    for (size_t i = 0; i + 8 <= length; i += 8) hash = (hash ^ load<uint64_t>(text + i)) * 0x9E3779B97F4A7C15u;
-    for (size_t i = length & ~size_t{7}; i < length; i++)
-        hash = (hash ^ static_cast<uint8_t>(text[i])) * 0x9E3779B97F4A7C15u;
+    eachWord(text, length, [&](uint64_t word) { hash = (hash ^ word) * 0x9E3779B97F4A7C15u; });
     return slots[hash >> 58];
+}
+
+bool sameText(const char *a, const char *b, size_t length)
+{
+    if (length < 8) return memcmp(a, b, length) == 0;
+    for (size_t i = 0; i + 8 < length; i += 8)
+        if (load<uint64_t>(a + i) != load<uint64_t>(b + i)) return false;
+    return load<uint64_t>(a + length - 8) == load<uint64_t>(b + length - 8);
 }
 
 void fill(Slot &slot, const char *text, size_t length, Clearing clearing)
@@ -50,13 +70,15 @@ void fill(Slot &slot, const char *text, size_t length, Clearing clearing)
     PictureElement *element = slot.elements;
     for (const char *at = slot.text; at < end; at += element++->length) *element = nextElement(at, end);
     slot.picture.elements = slot.elements;
+    slot.layout = layoutOf(slot.picture);
+    if (slot.layout.count) slot.picture.layout = &slot.layout;
 }
 
 } // namespace
 
-bool knownPicture(const char *text, size_t length, Clearing clearing, Picture *picture)
+const Picture *knownPicture(const char *text, size_t length, Clearing clearing)
 {
-    if (length == 0 || length > kMostText) return false;
+    if (length == 0 || length > kMostText) return nullptr;
     Slot &slot = slotOf(text, length, clearing);
     uint8_t state = slot.state.load(std::memory_order_acquire);
     if (state == Empty && slot.state.compare_exchange_strong(state, Filling, std::memory_order_acq_rel)) {
@@ -65,10 +87,9 @@ bool knownPicture(const char *text, size_t length, Clearing clearing, Picture *p
         state = Ready;
     }
     if (state != Ready || slot.givenLength != length || slot.clearing != clearing ||
-        memcmp(slot.given, text, length) != 0)
-        return false;
-    *picture = slot.picture;
-    return true;
+        !sameText(slot.given, text, length))
+        return nullptr;
+    return &slot.picture;
 }
 
 } // namespace dates

@@ -16,7 +16,7 @@ namespace dates {
 // be written it stays as it is.
 enum class Clearing : bool { No, Yes };
 
-// The picture that those bytes give, or false where it is too long, or its slot taken.
-bool knownPicture(const char *text, size_t length, Clearing clearing, Picture *picture);
+// The picture that those bytes give, for good, or null where it is too long, or its slot taken.
+const Picture *knownPicture(const char *text, size_t length, Clearing clearing);
 
 } // namespace dates

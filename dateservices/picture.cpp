@@ -151,7 +151,7 @@ bool hasHalfOfDay(const char *picture, const char *end)
 
 Picture pictureOf(const char *begin, const char *end)
 {
-    return {begin, end, nullptr, erasOf(begin, end), hasHalfOfDay(begin, end)};
+    return {begin, end, nullptr, nullptr, erasOf(begin, end), hasHalfOfDay(begin, end)};
 }
 
 } // namespace dates

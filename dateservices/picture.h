@@ -58,10 +58,13 @@ EraKind erasOf(const char *picture, const char *end);
 // Whether a picture has an element for the half of the day.
 bool hasHalfOfDay(const char *picture, const char *end);
 
+struct FixedLayout;
+
 // A picture as it is walked, with what a walk wants to know before it begins.
 struct Picture {
     const char *begin, *end;
     const PictureElement *elements; // null where the walk is to find them as it goes
+    const FixedLayout *layout;      // null where it has none, or it is not known
     EraKind eras;
     bool half;
 };

@@ -10,7 +10,7 @@
 #include <langinfo.h>
 
 #include "base/bytes.h"
-#include "dateservices/date_parts.h"
+#include "dateservices/fixed_layout.h"
 
 namespace dates {
 namespace {
@@ -282,6 +282,7 @@ Status applyHalf(DateParts &parts, bool dotted)
 
 Status scanDate(const char *date, const char *dateEnd, const Picture &picture, DateParts &parts, const EraTable *eras)
 {
+    if (picture.layout && scanFixed(*picture.layout, date, dateEnd, parts)) return kGood;
     Scan scan{date, date, dateEnd, parts, eras, false, false, 0};
     for (ElementReader reader(picture); reader.more();) {
         if (scan.date == scan.end) return kBadText;

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "dateservices/fixed_layout.h"
 #include "dateservices/known_pictures.h"
 #include "frame/storage.h"
 #include "kvr2/date_functions.h"
@@ -60,13 +61,15 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 {
     parts = DateParts{};
     Text given = textOf(date), asked = textOf(picture);
+    const Picture *known = knownPicture(asked.begin, asked.length(), Clearing::Yes);
+    if (known && known->layout && known->layout->alone && scanFixed(*known->layout, given.begin, given.end, parts))
+        return messageOfValidation(service, validateDate(parts, nullptr));
+
     char own[kWorkStorage], *work = own;
     size_t wanted = given.length() + asked.length();
     if (wanted > sizeof own && !(work = static_cast<char *>(zvkAlloc(wanted)))) return kNoWorkStorage;
     char *dateEnd = normalise(given.begin, given.length(), work);
-    Picture cleared;
-    if (!knownPicture(asked.begin, asked.length(), Clearing::Yes, &cleared))
-        cleared = pictureOf(dateEnd, normalise(asked.begin, asked.length(), dateEnd));
+    Picture cleared = known ? *known : pictureOf(dateEnd, normalise(asked.begin, asked.length(), dateEnd));
     if (cleared.begin == cleared.end)
         cleared = usualPicture(service == Service::seconds ? kScannedTimePicture : kDatePicture);
     uint32_t message = scanAndValidate(service, {work, dateEnd}, cleared, parts);
@@ -77,11 +80,12 @@ uint32_t readDate(Service service, const VSTRING *date, const VSTRING *picture, 
 uint32_t printDate(Service service, const VSTRING *picture, char *out, DateParts &parts)
 {
     Text asked = textOf(picture);
-    Picture own;
-    if (isBlank(asked))
-        own = usualPicture(service == Service::secondsToText ? kTimePicture : kDatePicture);
-    else if (!knownPicture(asked.begin, asked.length(), Clearing::No, &own))
-        own = pictureOf(asked.begin, asked.end);
+    if (isBlank(asked)) {
+        const char *usual = service == Service::secondsToText ? kTimePicture : kDatePicture;
+        asked = {usual, usual + strlen(usual)};
+    }
+    const Picture *known = knownPicture(asked.begin, asked.length(), Clearing::No);
+    Picture own = known ? *known : pictureOf(asked.begin, asked.end);
     parts.eraKind = own.eras;
     if (parts.eraKind == kBothEras) return messageOfWriting(service, kBadPicture);
     EraTable *eras = nullptr;

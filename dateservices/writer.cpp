@@ -11,7 +11,7 @@
 #include <langinfo.h>
 
 #include "calendar/decimal_text.h"
-#include "dateservices/date_parts.h"
+#include "dateservices/fixed_layout.h"
 
 namespace dates {
 namespace {
@@ -231,6 +231,10 @@ constexpr WriteStep kSteps[static_cast<size_t>(Element::count)] = {
 
 Status writeDate(char *out, const Picture &picture, const DateParts &parts, const EraTable *eras)
 {
+    if (picture.layout) {
+        writeFixed(*picture.layout, out, parts);
+        return kGood;
+    }
     Writer writer{out,   out + kOutput, ElementReader(picture),  picture.half,
                   parts, eras,          parts.eraKind != kNoEra, false};
     while (writer.reader.more()) {

@@ -417,7 +417,15 @@ int compile(Options &o)
         struct stat info;
         if (n > 0 && stat(std::string(self, static_cast<size_t>(n)).c_str(), &info) == 0)
             parts.push_back(std::to_string(info.st_mtime) + "." + std::to_string(info.st_size));
-        for (const Translated &t : translated) parts.push_back(t.c);
+        for (const Translated &t : translated) {
+            // But for WHEN-COMPILED, which would make each translation another program.
+            parts.push_back(t.c);
+            static const std::string mark = "whenCompiled[17] __attribute__((unused)) = \"";
+            for (size_t at = 0; (at = parts.back().find(mark, at)) != std::string::npos;) {
+                at += mark.size();
+                parts.back().replace(at, 16, "");
+            }
+        }
         for (const std::string &l : o.linker) parts.push_back(l);
         for (const std::string &l : o.objects) parts.push_back(l);
         runProgram = cache + "/" + hashOf(parts);
@@ -434,7 +442,7 @@ int compile(Options &o)
         }
         const char *cc = std::getenv("CC");
         std::vector<std::string> command = {cc && *cc ? cc : "cc", "-std=gnu11",   "-fno-strict-aliasing", "-fwrapv",
-                                            "-fno-gcse",           o.optimisation, "-I" + home.include};
+                                            "-fno-gcse", "-fno-tree-pta", o.optimisation, "-I" + home.include};
         if (o.debug)
             command.push_back("-g");
         else

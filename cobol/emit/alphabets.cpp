@@ -1,7 +1,7 @@
 // ALPHABET and CLASS of SPECIAL-NAMES: a table of 256 bytes each.
 //
-// An alphabet's table gives each character its weight; ALSO gives several characters one weight, and
-// characters that the clause does not name come after the others. A class's table has 0 for its
+// An alphabet's table gives each character its weight; ALSO gives several characters one weight,
+// and characters that the clause does not name come after the others. A class's table has 0 for its
 // members.
 #include "cobol/emit/emitter.h"
 

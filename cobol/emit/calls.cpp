@@ -108,7 +108,6 @@ void Emitter::callStatement(const CallStatement &s)
         routine = temp("KvrProgram");
         Text name = text(target, true);
         if (!name.good) return;
-        bool literalName = target->kind == ExprKind::String;
         if (target->kind == ExprKind::Reference) {
             Loc loc = locate(*target->ref);
             if (loc.good() && loc.item->category == Category::Pointer) {
@@ -117,9 +116,7 @@ void Emitter::callStatement(const CallStatement &s)
             }
         }
         if (!name.address.empty()) {
-            put(cat(routine, " = kvr_find_program(", name.address, ", ", name.length, ", &p", program_->number,
-                    "_pcb, ", "p", program_->number, "_visible, ", phrases_ ? 1 : 0, ");\n"));
-            (void)literalName;
+            put(cat(routine, " = ", findProgram(target, phrases_), ";\n"));
         }
         put(cat("if (", routine, ") {\n"));
     } else if (phrases_) {
@@ -155,6 +152,63 @@ void Emitter::callStatement(const CallStatement &s)
         }
     } else if (phrases_) {
         put("}\n");
+    }
+}
+
+// The address of the program that a name means at this moment, or null.
+std::string Emitter::findProgram(const Expr *name, bool exception)
+{
+    Text t = text(name, true);
+    if (!t.good) return "0";
+    return cat("kvr_find_program(", t.address, ", ", t.length, ", &p", program_->number, "_pcb, p", program_->number,
+               "_visible, ", exception ? 1 : 0, ")");
+}
+
+// ENTRY: a further way into the program's function. Control that comes from above passes by.
+void Emitter::entryStatement(const EntryStatement &s)
+{
+    entryCases_ += cat("case ", program_->uses.size() + s.number, ": goto entry", s.number, ";\n");
+    put(cat("entry", s.number, ": __attribute__((unused));\n"));
+}
+
+// In the program's function: by which ENTRY it was entered, and that one's arguments.
+void Emitter::entryArguments(Program &p, std::string &out)
+{
+    if (p.entryPoints.empty()) return;
+    std::string prefix = cat("p", p.number, "_");
+    size_t most = 0;
+    for (const EntryStatement *entry : p.entryPoints) most = std::max(most, entry->parameters.size());
+    globals_ += cat("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
+    out += cat("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
+               "entry) {\n");
+    for (const EntryStatement *entry : p.entryPoints) {
+        out += cat("case ", entry->number, ":\n");
+        for (size_t i = 0; i < entry->parameters.size(); i++) {
+            const Expr *e = entry->parameters[i].value;
+            const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(p, *e->ref, true) : nullptr;
+            if (item) out += cat("L", item->number, " = ", prefix, "entryArguments[", i, "];\n");
+        }
+        out += "break;\n";
+    }
+    out += cat("}\n", prefix, "entry = 0;\n");
+}
+
+// The functions of the ENTRY statements: each leaves its number and arguments for the program's own
+// function, which does all that an entry into the program does.
+void Emitter::entryPoints(Program &p, std::string &out)
+{
+    for (const EntryStatement *entry : p.entryPoints) {
+        std::string parameters, arguments, nulls;
+        for (size_t i = 0; i < entry->parameters.size(); i++) {
+            parameters += cat(i ? ", " : "", "uint8_t *a", i);
+            arguments += cat("p", p.number, "_entryArguments[", i, "] = a", i, ";\n");
+        }
+        for (size_t i = 0; i < p.parameters.size(); i++) nulls += i ? ", 0" : "0";
+        out += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(", parameters.empty() ? "void" : parameters,
+                   ") __asm__(", bytesLiteral(wordText(entry->name)), ");\n",
+                   "__attribute__((visibility(\"default\"))) int64_t kvr_entry_", p.number, "_", entry->number, "(",
+                   parameters.empty() ? "void" : parameters, ")\n{\n", arguments, "p", p.number, "_entry = ", entry->number,
+                   ";\nreturn kvr_entry_", p.number, "(", nulls, ");\n}\n");
     }
 }
 

@@ -67,11 +67,15 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
         return relation(subject.left, e->op, e->right);
     }
     case ExprKind::ClassTest:
-        if (e->left) subject.left = e->left;
-        return classTest(e);
-    case ExprKind::SignTest:
-        if (e->left) subject.left = e->left;
-        return signTest(e);
+    case ExprKind::SignTest: {
+        // "A > 1 AND IS NUMERIC": the subject goes on, as in an abbreviated relation.
+        Expr test = *e;
+        if (test.left)
+            subject.left = test.left;
+        else
+            test.left = const_cast<Expr *>(subject.left);
+        return e->kind == ExprKind::ClassTest ? classTest(&test) : signTest(&test);
+    }
     case ExprKind::Reference: {
         bool on = false;
         Item *item = meaning_.resolve(*program_, *e->ref, true);
@@ -114,6 +118,12 @@ static uint32_t swapped(uint32_t op)
                                  : op;
 }
 
+static std::string padded(std::string text, int64_t size)
+{
+    text.resize(static_cast<size_t>(size), ' ');
+    return text;
+}
+
 std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
 {
     if (!a.good || !b.good) return "0";
@@ -125,12 +135,17 @@ std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
     }
     std::string call;
     if (!weights.empty())
-        call = cat("kvr_compare_weights(", a.address, ", ", a.length, ", ", b.address, ", ",
-                   b.kind != Text::Bytes ? "-" : "", b.length, ", ", weights, ")");
+        call = cat("_zvkcCmpACS(", a.address, ", (int32_t)", a.length, ", ", b.address, ", ",
+                   b.kind != Text::Bytes ? "-" : "", "(int32_t)", b.length, ", ", weights, ")");
     else if (b.kind == Text::Figurative)
-        call = cat("kvr_compare_fill(", a.address, ", ", a.length, ", ", static_cast<int>(b.fill), ")");
+        call = cat("_zvkcCmpToPad(", a.address, ", ", static_cast<int>(b.fill), ", (int32_t)", a.length, ")");
     else if (b.kind == Text::All)
-        call = cat("kvr_compare_all(", a.address, ", ", a.length, ", ", b.address, ", ", b.length, ")");
+        call = cat("_zvkcCmpMultiByteFig(", a.address, ", (int32_t)", a.length, ", ", b.address, ", (int32_t)",
+                   b.length, ")");
+    else if (a.fixed >= 0 && b.isLiteral && b.fixed < a.fixed && a.fixed <= 256)
+        call = cat("memcmp(", a.address, ", ", constantBytes(padded(b.bytes, a.fixed)), ", ", a.fixed, ")");
+    else if (b.fixed >= 0 && a.isLiteral && a.fixed < b.fixed && b.fixed <= 256)
+        call = cat("memcmp(", constantBytes(padded(a.bytes, b.fixed)), ", ", b.address, ", ", b.fixed, ")");
     else if (a.fixed >= 0 && a.fixed == b.fixed)
         call = cat("memcmp(", a.address, ", ", b.address, ", ", a.fixed, ")");
     else
@@ -190,7 +205,8 @@ std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
         Text x = text(left), y = text(right, !wholeText);
         return compareTexts(x, y, op);
     }
-    Text x = text(left, numericA), y = text(right, numericB);
+    // With SPACES and its like: the bytes of the item as they stand.
+    Text x = text(left, numericA && !figurativeB), y = text(right, numericB && !figurativeA);
     return compareTexts(x, y, op);
 }
 
@@ -278,13 +294,15 @@ std::string Emitter::classTest(const Expr *e)
             if (item.usage == Usage::Packed)
                 test =
                     cat("kvr_is_packed(", loc.address, ", ", item.picture.digits, ", ", item.picture.sign ? 1 : 0, ")");
+            else if (item.usage == Usage::Display && item.signForm == SignForm::None)
+                test = cat("_zvkcClasUserDef(", loc.address, ", ", item.picture.digits, ", kvr_digits)");
             else if (item.usage == Usage::Display)
                 test = cat("kvr_is_zoned(", loc.address, ", ", item.picture.digits, ", ",
                            static_cast<int>(item.signForm), ")");
             else
                 test = "1";
         } else {
-            test = cat("kvr_is_zoned(", loc.address, ", ", loc.length, ", 0)");
+            test = cat("_zvkcClasUserDef(", loc.address, ", (int32_t)", loc.length, ", kvr_digits)");
         }
         return cat(bang, test);
     }
@@ -292,16 +310,16 @@ std::string Emitter::classTest(const Expr *e)
     if (!t.good) return "0";
     switch (e->op) {
     case K_NUMERIC:
-        test = cat("kvr_is_zoned(", t.address, ", ", t.length, ", 0)");
+        test = cat("(", t.length, " > 0 && _zvkcClasUserDef(", t.address, ", (int32_t)", t.length, ", kvr_digits))");
         break;
     case K_ALPHABETIC:
-        test = cat("kvr_is_alphabetic(", t.address, ", ", t.length, ")");
+        test = cat("_zvkcClasAlpha(", t.address, ", (int32_t)", t.length, ")");
         break;
     case K_ALPHABETIC_LOWER:
-        test = cat("kvr_is_lower(", t.address, ", ", t.length, ")");
+        test = cat("_zvkcClasAlphaLower(", t.address, ", (int32_t)", t.length, ")");
         break;
     case K_ALPHABETIC_UPPER:
-        test = cat("kvr_is_upper(", t.address, ", ", t.length, ")");
+        test = cat("_zvkcClasAlphaUpper(", t.address, ", (int32_t)", t.length, ")");
         break;
     default: {
         const UserClass *c = meaning_.userClass(*program_, e->op);
@@ -309,7 +327,7 @@ std::string Emitter::classTest(const Expr *e)
             error(e->at, "there is no class " + wordText(e->op));
             return "0";
         }
-        test = cat("kvr_is_class(", t.address, ", ", t.length, ", class", c->number, ")");
+        test = cat("_zvkcClasUserDef(", t.address, ", (int32_t)", t.length, ", class", c->number, ")");
     }
     }
     return cat(bang, test);

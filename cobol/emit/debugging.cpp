@@ -1,11 +1,11 @@
 // USE FOR DEBUGGING: the sections that watch procedures, items and files.
 //
 // A section is part of its program's function and is entered by its number, as every USE procedure
-// is. What it is told is in DEBUG-ITEM. A watched procedure runs its section at its start. A watched
-// file or item runs it after the statement; the calls that a statement owes are collected while its
-// operands are located, and emitted when it is done (`debugNow`), or before what it does next: its
-// phrases, its branches, the jump. A program without WITH DEBUGGING MODE has none of this, and the
-// run-time option NODEBUG passes over the calls.
+// is. What it is told is in DEBUG-ITEM. A watched procedure runs its section at its start. A
+// watched file or item runs it after the statement; the calls that a statement owes are collected
+// while its operands are located, and emitted when it is done (`debugNow`), or before what it does
+// next: its phrases, its branches, the jump. A program without WITH DEBUGGING MODE has none of
+// this, and the run-time option NODEBUG passes over the calls.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -48,8 +48,8 @@ bool Emitter::inDebuggingSection(size_t procedure) const
 std::string Emitter::debugSection(const Watch &watch, const std::string &arguments)
 {
     std::string prefix = cat("p", program_->number, "_");
-    return cat("if (", prefix, "pcb.flag & ZVK_OPTION_DEBUG) {\nkvr_debug(", prefix, "debugItem, ", arguments, ");\n@", prefix,
-               "body(", watch.use + 1, ");\n}\n");
+    return cat("if (", prefix, "pcb.flag & ZVK_OPTION_DEBUG) {\nkvr_debug(", prefix, "debugItem, ", arguments, ");\n@",
+               prefix, "body(", watch.use + 1, ");\n}\n");
 }
 
 // How a procedure is reached next, for DEBUG-CONTENTS.
@@ -71,8 +71,8 @@ void Emitter::debugProcedure(size_t index)
     if (!debugs_ || !procedure.name || inDebuggingSection(index)) return;
     for (size_t u = 0; u < program_->uses.size(); u++) {
         if (!watches(program_->uses[u], index)) continue;
-        std::string call = debugSection({u, false, ""}, cat("wayLine, ", bytesLiteral(wordText(procedure.name)),
-                                                            ", way, (uint32_t)strlen(way)"));
+        std::string call = debugSection(
+            {u, false, ""}, cat("wayLine, ", bytesLiteral(wordText(procedure.name)), ", way, (uint32_t)strlen(way)"));
         replaceMark(call, "");
         put(call);
         break;
@@ -103,8 +103,9 @@ void Emitter::debugAlter(long paragraph, long target, Tok at)
     const std::string &to = wordText(program_->procedures[static_cast<size_t>(target)].name);
     for (size_t u = 0; u < program_->uses.size(); u++) {
         if (!watches(program_->uses[u], static_cast<size_t>(paragraph))) continue;
-        std::string call = debugSection({u, false, ""}, cat(group_.spot(at).line, ", ", bytesLiteral(wordText(changed.name)),
-                                                            ", ", bytesLiteral(to), ", ", to.size()));
+        std::string call =
+            debugSection({u, false, ""}, cat(group_.spot(at).line, ", ", bytesLiteral(wordText(changed.name)), ", ",
+                                             bytesLiteral(to), ", ", to.size()));
         replaceMark(call, "");
         put(call);
         return;
@@ -116,12 +117,12 @@ void Emitter::debugItem(const Reference &ref, const Item &item, const Loc &loc, 
 {
     auto found = watchedItems_.find(&item);
     if (found == watchedItems_.end() || (!found->second.all && !changed) || inDebuggingSection(procedure_)) return;
-    std::string subscripts, call = debugSection(found->second, cat(group_.spot(statementAt_).line, ", ",
-                                                                   bytesLiteral(found->second.name), ", ", loc.address,
-                                                                   ", (uint32_t)(", loc.length, ")"));
+    std::string subscripts,
+        call = debugSection(found->second, cat(group_.spot(statementAt_).line, ", ", bytesLiteral(found->second.name),
+                                               ", ", loc.address, ", (uint32_t)(", loc.length, ")"));
     for (size_t i = 0; i < ref.subscripts.size() && i < 3; i++)
-        subscripts += cat("kvr_debug_subscript(p", program_->number, "_debugItem, ", i, ", ", integer(ref.subscripts[i]),
-                          ");\n");
+        subscripts +=
+            cat("kvr_debug_subscript(p", program_->number, "_debugItem, ", i, ", ", integer(ref.subscripts[i]), ");\n");
     replaceMark(call, subscripts);
     for (const std::string &other : pendingDebugs_)
         if (other == call) return;

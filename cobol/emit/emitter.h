@@ -53,6 +53,9 @@ struct Text {
     bool good = true;
 };
 
+// Digits that a C integer and a packed number can have.
+constexpr int kMostInt = 38, kMostPacked = 63;
+
 // A number.
 struct Num {
     enum Kind : uint8_t { Int, Packed, Float } kind = Int;
@@ -65,6 +68,8 @@ struct Num {
     bool literal = false;
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
+    // Packed, while `text` is `cutOf`: the same, cut by the library to so many digits as stand for @
+    std::string cut, cutOf;
     bool wide() const { return digits > 18; }
     bool good() const { return !text.empty(); }
 };
@@ -95,9 +100,9 @@ private:
 
     // ---- debugging.cpp: USE FOR DEBUGGING
     struct Watch {
-        size_t use = 0;      // index of the USE statement
-        bool all = false;    // ALL REFERENCES OF
-        std::string name;    // as the USE statement has it
+        size_t use = 0;   // index of the USE statement
+        bool all = false; // ALL REFERENCES OF
+        std::string name; // as the USE statement has it
     };
     // References that the program does not write itself, such as that to a RELATIVE KEY.
     struct Unwatched {
@@ -238,6 +243,10 @@ private:
 
     void callStatement(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
+    void entryStatement(const EntryStatement &s);
+    void entryArguments(Program &p, std::string &out);
+    void entryPoints(Program &p, std::string &out);
+    std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
 
     void openStatement(const OpenStatement &s);
@@ -270,6 +279,12 @@ private:
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
     void searchStatement(const SearchStatement &s);
+    struct SearchPair {
+        const Item *key;
+        const Expr *operand;
+    };
+    bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
+    bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
     Num functionNumber(const Expr *e, int wantScale);
@@ -281,10 +296,11 @@ private:
     Group &group_;
     const EmitOptions &options_;
     Program *program_ = nullptr;
-    std::map<const Expr *, std::string> guards_; // of arguments that ALL made: the condition that there is such an element
+    std::map<const Expr *, std::string>
+        guards_;          // of arguments that ALL made: the condition that there is such an element
     std::string globals_; // static data before the functions
     std::string code_;    // the function in hand
-    std::string functions_, useReturns_;
+    std::string functions_, useReturns_, entryCases_;
     struct Insertion {
         size_t at;
         std::string text;
@@ -294,7 +310,8 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool debugs_ = false;   // USE FOR DEBUGGING is in force
+    bool reversed_ = false;  // an OPEN REVERSED was emitted
+    bool debugs_ = false;    // USE FOR DEBUGGING is in force
     bool anyChange_ = false; // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;

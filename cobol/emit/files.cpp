@@ -38,6 +38,12 @@ void Emitter::fileRecords(Program &p)
         uint32_t n = f->number;
         uint32_t room = f->maxRecord ? f->maxRecord : 1;
         for (const Item *record : f->records) room = std::max(room, record->size);
+        // A record area that files share has room for the longest.
+        for (const File *other : p.files)
+            if (f->sameArea && other->sameArea == f->sameArea) {
+                room = std::max(room, other->maxRecord);
+                for (const Item *record : other->records) room = std::max(room, record->size);
+            }
         globals_ += cat("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n,
                         " __attribute__((aligned(16)));\n");
         if (f->sortFile) {
@@ -243,10 +249,8 @@ void Emitter::openStatement(const OpenStatement &s)
             error(part.at, "a sort file is not opened");
             continue;
         }
-        if (part.reversed) {
-            notBuilt(part.at, "OPEN ... REVERSED");
-            continue;
-        }
+        if (part.reversed && (part.mode != K_INPUT || f->organization == K_RELATIVE || f->organization == K_INDEXED))
+            error(part.at, "REVERSED goes with OPEN INPUT of a sequential file");
         linageValues(*f);
         if (f->assignItem && !f->assignExternal) {
             Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
@@ -265,6 +269,10 @@ void Emitter::openStatement(const OpenStatement &s)
         put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
                 f->number, "->statement = 0;\n"));
         put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
+        if (part.reversed) {
+            reversed_ = true;
+            put(cat("kvr_open_reversed(F", f->number, ", p", f->program->number, "_element);\n"));
+        }
         debugFile(*f, nullptr);
     }
 }

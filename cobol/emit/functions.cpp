@@ -4,99 +4,19 @@
 // are computed exactly, on numbers as arithmetic has them; the others are floating point, by the
 // library's entries. A text function leaves its result in a temporary, and its length is known at
 // run time only where it depends on what the argument holds.
+#include "cobol/syntax/functions.h"
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>
 
 namespace kvrcob {
-namespace {
-
-enum class Result : uint8_t { Integer, Number, Float, Text, OfArgument };
-
-struct FunctionRow {
-    const char *name;
-    Result result;
-    int least, most; // arguments; -1: any number
-};
-
-const FunctionRow kFunctions[] = {
-    {"ABS", Result::Number, 1, 1},
-    {"ACOS", Result::Float, 1, 1},
-    {"ANNUITY", Result::Float, 2, 2},
-    {"ASIN", Result::Float, 1, 1},
-    {"ATAN", Result::Float, 1, 1},
-    {"BYTE-LENGTH", Result::Integer, 1, 1},
-    {"CHAR", Result::Text, 1, 1},
-    {"CONCATENATE", Result::Text, 1, -1},
-    {"CONCAT", Result::Text, 1, -1},
-    {"COS", Result::Float, 1, 1},
-    {"CURRENT-DATE", Result::Text, 0, 0},
-    {"DATE-OF-INTEGER", Result::Integer, 1, 1},
-    {"DATE-TO-YYYYMMDD", Result::Integer, 1, 2},
-    {"DAY-OF-INTEGER", Result::Integer, 1, 1},
-    {"DAY-TO-YYYYDDD", Result::Integer, 1, 2},
-    {"E", Result::Float, 0, 0},
-    {"EXP", Result::Float, 1, 1},
-    {"EXP10", Result::Float, 1, 1},
-    {"FACTORIAL", Result::Integer, 1, 1},
-    {"FRACTION-PART", Result::Number, 1, 1},
-    {"INTEGER", Result::Integer, 1, 1},
-    {"INTEGER-OF-DATE", Result::Integer, 1, 1},
-    {"INTEGER-OF-DAY", Result::Integer, 1, 1},
-    {"INTEGER-PART", Result::Integer, 1, 1},
-    {"LENGTH", Result::Integer, 1, 1},
-    {"LOG", Result::Float, 1, 1},
-    {"LOG10", Result::Float, 1, 1},
-    {"LOWER-CASE", Result::Text, 1, 1},
-    {"MAX", Result::OfArgument, 1, -1},
-    {"MEAN", Result::Number, 1, -1},
-    {"MEDIAN", Result::Float, 1, -1},
-    {"MIDRANGE", Result::Number, 1, -1},
-    {"MIN", Result::OfArgument, 1, -1},
-    {"MOD", Result::Integer, 2, 2},
-    {"NUMVAL", Result::Number, 1, 1},
-    {"NUMVAL-C", Result::Number, 1, 2},
-    {"ORD", Result::Integer, 1, 1},
-    {"ORD-MAX", Result::Integer, 1, -1},
-    {"ORD-MIN", Result::Integer, 1, -1},
-    {"PI", Result::Float, 0, 0},
-    {"PRESENT-VALUE", Result::Float, 2, -1},
-    {"RANDOM", Result::Float, 0, 1},
-    {"RANGE", Result::Number, 1, -1},
-    {"REM", Result::Number, 2, 2},
-    {"REVERSE", Result::Text, 1, 1},
-    {"SIGN", Result::Integer, 1, 1},
-    {"SIN", Result::Float, 1, 1},
-    {"SQRT", Result::Float, 1, 1},
-    {"STANDARD-DEVIATION", Result::Float, 1, -1},
-    {"STORED-CHAR-LENGTH", Result::Integer, 1, 1},
-    {"SUBSTITUTE", Result::Text, 3, -1},
-    {"SUM", Result::Number, 1, -1},
-    {"TAN", Result::Float, 1, 1},
-    {"TRIM", Result::Text, 1, 2},
-    {"UPPER-CASE", Result::Text, 1, 1},
-    {"VARIANCE", Result::Float, 1, -1},
-    {"WHEN-COMPILED", Result::Text, 0, 0},
-    {"YEAR-TO-YYYY", Result::Integer, 1, 2},
-};
-
-const FunctionRow *rowOf(Word name)
-{
-    const std::string &text = wordText(name);
-    for (const FunctionRow &row : kFunctions)
-        if (text == row.name) return &row;
-    return nullptr;
-}
-
-} // namespace
-
 bool Emitter::functionIsNumeric(const Expr *e)
 {
     if (e->ref) return false;
-    const FunctionRow *row = rowOf(e->op);
+    const FunctionRow *row = functionRow(e->op);
     if (!row) return true;
-    if (row->result == Result::Text) return false;
-    if (row->result == Result::OfArgument) return !e->args.empty() && isNumericExpr(e->args[0]);
+    if (row->result == FunctionResult::Text) return false;
+    if (row->result == FunctionResult::OfArgument) return !e->args.empty() && isNumericExpr(e->args[0]);
     return true;
 }
 
@@ -156,7 +76,7 @@ void Emitter::expandAll(const Expr *e, std::vector<const Expr *> &out)
 Num Emitter::functionNumber(const Expr *e, int wantScale)
 {
     const std::string &name = wordText(e->op);
-    const FunctionRow *row = rowOf(e->op);
+    const FunctionRow *row = functionRow(e->op);
     if (!row) {
         notBuilt(e->at, "FUNCTION " + name);
         return Num{};
@@ -171,7 +91,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
                                                    : ""));
         return Num{};
     }
-    if (row->result == Result::Text || e->ref) {
+    if (row->result == FunctionResult::Text || e->ref) {
         error(e->at, "FUNCTION " + name + " gives a text; a number is needed here");
         return Num{};
     }
@@ -207,7 +127,16 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         if (!t.good) return Num{};
         return integerNumber(cat("kvr_stored_length(", t.address, ", ", t.length, ")"), 10, false);
     }
-    if (name == "NUMVAL" || name == "NUMVAL-C") {
+    if (name == "NUMVAL-F") {
+        Text t = text(args[0]);
+        if (!t.good) return Num{};
+        return floatNumber(
+            cat("kvr_numval_float(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"));
+    }
+    if (name == "SECONDS-PAST-MIDNIGHT") return integerNumber("kvr_seconds_past_midnight()", 5, false);
+    if (name == "TEST-DATE-YYYYMMDD" || name == "TEST-DAY-YYYYDDD")
+        return integerNumber(cat("kvr_test_date(", whole(0), ", ", name == "TEST-DAY-YYYYDDD" ? 1 : 0, ")"), 1, false);
+    if (name == "NUMVAL" || name == "NUMVAL-C" || name == "TEST-NUMVAL" || name == "TEST-NUMVAL-C") {
         Text t = text(args[0]);
         if (!t.good) return Num{};
         std::string record = tempBytes(20);
@@ -215,9 +144,13 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         if (args.size() > 1) {
             Text c = text(args[1]);
             currency = cat(c.address, ", ", c.length);
-        } else if (name == "NUMVAL-C") {
+        } else if (name == "NUMVAL-C" || name == "TEST-NUMVAL-C") {
             currency = cat(bytesLiteral(std::string(1, program_->currency)), ", 1");
         }
+        if (name == "TEST-NUMVAL" || name == "TEST-NUMVAL-C")
+            return integerNumber(cat("kvr_test_numval(", t.address, ", ", t.length, ", '",
+                                     program_->commaIsPoint ? ',' : '.', "', (const uint8_t *)", currency, ")"),
+                                 10, false);
         Num n;
         n.kind = Num::Packed;
         n.digits = 36;
@@ -242,9 +175,9 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
                 if (i == 0) {
                     put(cat(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n"));
                 } else {
-                    put(cat("if (", guardOf(i), guardOf(i).empty() ? "" : " && ", "kvr_compare(", t.address, ", ", t.length, ", ", address, ", ", length, ") ",
-                            most ? ">" : "<", " 0) { ", address, " = ", t.address, "; ", length, " = ", t.length, "; ",
-                            place, " = ", i + 1, "; }\n"));
+                    put(cat("if (", guardOf(i), guardOf(i).empty() ? "" : " && ", "kvr_compare(", t.address, ", ",
+                            t.length, ", ", address, ", ", length, ") ", most ? ">" : "<", " 0) { ", address, " = ",
+                            t.address, "; ", length, " = ", t.length, "; ", place, " = ", i + 1, "; }\n"));
                 }
             }
             return integerNumber(place, 5, false);
@@ -441,7 +374,8 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         if (!guarded)
             put(cat(array, "[", i, "] = ", floating(i), ";\n"));
         else
-            put(cat("if (", guardOf(i).empty() ? "1" : guardOf(i), ") ", array, "[", count, "++] = ", floating(i), ";\n"));
+            put(cat("if (", guardOf(i).empty() ? "1" : guardOf(i), ") ", array, "[", count, "++] = ", floating(i),
+                    ";\n"));
     }
     return floatNumber(cat("kvr_statistic('",
                            name == "MEDIAN"               ? 'M'
@@ -455,7 +389,7 @@ Text Emitter::functionText(const Expr *e)
 {
     Text t;
     const std::string &name = wordText(e->op);
-    const FunctionRow *row = rowOf(e->op);
+    const FunctionRow *row = functionRow(e->op);
     t.good = false;
     if (!row) {
         notBuilt(e->at, "FUNCTION " + name);
@@ -502,6 +436,12 @@ Text Emitter::functionText(const Expr *e)
         if (args.size() > 1) mode = args[1]->op == K_LEADING ? 1 : 2;
         put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; kvr_trim(&",
                 address, ", &", length, ", ", mode, ");\n"));
+    } else if (name == "HEX-OF") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        std::string from = temp("const uint8_t *");
+        put(cat(from, " = ", a.address, "; ", length, " = 2 * (", a.length, "); ", address, " = kvr_room(", length,
+                "); kvr_hex(", from, ", ", length, " / 2, ", address, ");\n"));
     } else if (name == "CHAR") {
         std::string buffer = tempBytes(1);
         put(cat(buffer, "[0] = (uint8_t)(", integer(args[0]), " - 1); ", address, " = ", buffer, "; ", length,
@@ -537,8 +477,8 @@ Text Emitter::functionText(const Expr *e)
                 put(cat(address, " = (uint8_t *)(intptr_t)", a.address, "; ", length, " = ", a.length, ";\n"));
             else
                 put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (",
-                        guards_.count(args[i]) ? guards_[args[i]] + " && " : "", "kvr_compare(", now, ", ",
-                        nowLength, ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<", " 0) { ", address,
+                        guards_.count(args[i]) ? guards_[args[i]] + " && " : "", "kvr_compare(", now, ", ", nowLength,
+                        ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<", " 0) { ", address,
                         " = (uint8_t *)(intptr_t)", now, "; ", length, " = ", nowLength, "; }\n"));
         }
     } else {

@@ -355,7 +355,8 @@ void Emitter::moveStatement(const MoveStatement &s)
         }
     }
     const Expr *source = constant(s.source);
-    if (s.targets.size() > 1 && source->kind == ExprKind::Reference && meaning_.resolve(*program_, *source->ref, true)) {
+    if (s.targets.size() > 1 && source->kind == ExprKind::Reference &&
+        meaning_.resolve(*program_, *source->ref, true)) {
         Loc from = pinned(locate(*source->ref), true);
         for (const Reference *ref : s.targets) moveFrom(source, from, locate(*ref, true));
         return;
@@ -532,6 +533,11 @@ void Emitter::setStatement(const SetStatement &s)
                 }
                 Num now = itemNumber(loc), by = integerNumber(integer(part.value), 10);
                 store(add(now, by, s.form == SetStatement::DownBy), loc, false, "");
+                continue;
+            }
+            if (loc.item->category == Category::Pointer && part.value->kind == ExprKind::EntryOf) {
+                put(cat("kvr_put_8(", loc.address, ", (int64_t)(intptr_t)",
+                        findProgram(constant(part.value->left), false), ");\n"));
                 continue;
             }
             if (loc.item->category == Category::Pointer) {

@@ -384,7 +384,10 @@ Text Emitter::text(const Expr *e, bool numericAsText)
             t.good = false;
             return t;
         }
-        if (!loc.refmod && isNumericItem(*loc.item) && (numericAsText || loc.item->usage != Usage::Display)) {
+        bool plainDigits = loc.item->usage == Usage::Display && loc.item->signForm == SignForm::None &&
+                           loc.item->picture.scale >= 0 && !loc.item->isIndexName; // whatever else they are
+        if (!loc.refmod && isNumericItem(*loc.item) && !plainDigits &&
+            (numericAsText || loc.item->usage != Usage::Display)) {
             // The digits as text.
             Num n = itemNumber(loc);
             if (n.kind == Num::Float || n.scale > 0) {

@@ -2,7 +2,6 @@
 // paragraphs.
 #include "cobol/emit/emitter.h"
 
-
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -110,6 +109,9 @@ void Emitter::statement(const Statement &s)
     case K_CALL:
         callStatement(static_cast<const CallStatement &>(s));
         break;
+    case K_ENTRY:
+        entryStatement(static_cast<const EntryStatement &>(s));
+        break;
     case K_CANCEL:
         cancelStatement(static_cast<const CancelStatement &>(s));
         break;
@@ -170,174 +172,6 @@ void Emitter::statement(const Statement &s)
     closeBlock();
 }
 
-// ---- Initial values
-
-std::string Emitter::defaultBytes(const Item &item)
-{
-    switch (item.category) {
-    case Category::Numeric: {
-        Decimal zero;
-        zero.digits = "0";
-        return numericBytes(item, zero);
-    }
-    case Category::Index:
-    case Category::Pointer:
-        return std::string(item.size, '\0');
-    default:
-        return std::string(item.size, ' ');
-    }
-}
-
-// The bytes of an item with a VALUE clause.
-std::string Emitter::valueBytes(Program &p, const Item &item)
-{
-    program_ = &p;
-    const Expr *value = item.values.empty() ? nullptr : meaning_.constant(p, item.values[0].from);
-    if (!value) return defaultBytes(item);
-    Decimal d;
-    bool numeric = item.elementary() && item.category == Category::Numeric;
-    bool isNumber = decimalOf(value, d) || (value->kind != ExprKind::String && meaning_.constantNumber(p, value, d));
-    if (numeric && isNumber) return numericBytes(item, d);
-    std::string bytes;
-    switch (value->kind) {
-    case ExprKind::String:
-        bytes = value->text;
-        break;
-    case ExprKind::Number:
-        bytes = value->text;
-        break;
-    case ExprKind::Figurative:
-        if (value->op == K_NULL && item.category == Category::Pointer) return std::string(item.size, '\0');
-        [[fallthrough]];
-    case ExprKind::All:
-    case ExprKind::Reference: {
-        blocks_.push_back(insertions_.size());
-        insertions_.push_back({0, ""});
-        Text t = text(value);
-        blocks_.pop_back();
-        insertions_.pop_back();
-        if (t.bytes.empty()) {
-            error(value->at, "VALUE needs a literal");
-            return defaultBytes(item);
-        }
-        while (bytes.size() < item.size) bytes += t.bytes;
-        break;
-    }
-    default:
-        error(value->at, "VALUE needs a literal");
-        return defaultBytes(item);
-    }
-    if (numeric && value->kind == ExprKind::String) {
-        // A literal for a number: its digits, if it has only those.
-        if (bytes.find_first_not_of("0123456789") == std::string::npos && !bytes.empty())
-            return numericBytes(item, decimalOf(bytes, false));
-        if (item.usage != Usage::Display) return defaultBytes(item);
-    }
-    if (numeric && item.usage != Usage::Display && value->kind != ExprKind::Figurative) return defaultBytes(item);
-    if (item.category == Category::NumericEdited && value->kind == ExprKind::Number) {
-        // A number for an edited item stands as it is written, right-aligned is nobody's rule;
-        // programs use literals.
-    }
-    if (bytes.size() > item.size)
-        return item.justified ? bytes.substr(bytes.size() - item.size) : bytes.substr(0, item.size);
-    if (item.justified) return std::string(item.size - bytes.size(), ' ') + bytes;
-    return bytes + std::string(item.size - bytes.size(), ' ');
-}
-
-void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector<InitOp> &ops)
-{
-    (void)whole;
-    auto add = [&](std::string bytes) {
-        if (!ops.empty() && ops.back().count == 0 && ops.back().offset + ops.back().bytes.size() == offset)
-            ops.back().bytes += bytes;
-        else
-            ops.push_back({offset, std::move(bytes)});
-    };
-    bool table = item.occurs && item.occursMax > 1;
-    // The first occurrence of a table stands apart, so that it can be copied.
-    if (item.elementary()) {
-        std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
-        if (table && bytes.size() * item.occursMax <= 4096) {
-            std::string all;
-            for (uint32_t i = 0; i < item.occursMax; i++) all += bytes;
-            add(all);
-            return;
-        }
-        add(bytes);
-    } else if (item.hasValue) {
-        add(valueBytes(*program_, item));
-    } else {
-        for (const Item *child : item.children)
-            if (!child->redefines) initOps(*child, offset + child->offset - item.offset, false, ops);
-    }
-    if (table) ops.push_back({offset, "", item.size, item.occursMax});
-}
-
-static std::string fillOrCopy(Emitter *, const std::string &to, const std::string &bytes, const std::string &literal)
-{
-    bool same = bytes.find_first_not_of(bytes[0]) == std::string::npos;
-    if (same && bytes.size() > 8)
-        return cat("memset(", to, ", ", static_cast<int>(static_cast<unsigned char>(bytes[0])), ", ", bytes.size(),
-                   ");\n");
-    return cat("memcpy(", to, ", ", literal, ", ", bytes.size(), ");\n");
-}
-
-void Emitter::initialValues(Program &p)
-{
-    auto records = [&](Item::Section section) {
-        for (Item *record : p.records) {
-            if (record->section != section || record->redefines || record->external) continue;
-            std::vector<InitOp> ops;
-            initOps(*record, 0, true, ops);
-            std::string base = baseOf(*record);
-            for (const InitOp &op : ops) {
-                if (op.count) {
-                    put(cat("kvr_replicate(", base, " + ", op.offset, ", ", op.size, ", ", op.count, ");\n"));
-                    continue;
-                }
-                // Long runs of one character are filled; the rest is copied.
-                size_t i = 0;
-                const std::string &bytes = op.bytes;
-                while (i < bytes.size()) {
-                    size_t j = i;
-                    while (j < bytes.size()) {
-                        size_t run = j;
-                        while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                        if (run - j >= 64) break;
-                        j = run;
-                    }
-                    if (j > i) {
-                        std::string part = bytes.substr(i, j - i);
-                        for (size_t k = 0; k < part.size(); k += 16000) {
-                            std::string piece = part.substr(k, 16000);
-                            put(fillOrCopy(this, cat(base, " + ", op.offset + i + k), piece, bytesLiteral(piece)));
-                        }
-                    }
-                    if (j < bytes.size()) {
-                        size_t run = j;
-                        while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                        put(cat("memset(", base, " + ", op.offset + j, ", ",
-                                static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n"));
-                        j = run;
-                    }
-                    i = j;
-                }
-            }
-        }
-    };
-    put(cat("static void p", p.number, "_initialize(void)\n{\n"));
-    records(Item::WorkingStorage);
-    for (Item *index : p.indexNames) put(cat("X", index->number, " = 1;\n"));
-    put(cat("p", p.number, "_returnCode = 0;\np", p.number, "_tally = 0;\np", p.number, "_sortReturn = 0;\n"));
-    bool altered = false;
-    for (const Procedure &procedure : p.procedures) altered |= procedure.altered;
-    if (altered) put(cat("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n"));
-    put("}\n");
-    put(cat("static void p", p.number, "_initialize_local(void)\n{\n"));
-    records(Item::LocalStorage);
-    put("}\n");
-}
-
 // ---- Storage
 
 void Emitter::storage(Program &p)
@@ -372,7 +206,8 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
-    if (!p.uses.empty()) globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
+    if (!p.uses.empty())
+        globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -395,9 +230,13 @@ void Emitter::storage(Program &p)
     for (Program *outer = p.parent; outer; outer = outer->parent)
         for (Program *inner : outer->nested) add(inner);
     for (Program *other : group_.programs) add(other);
-    for (Program *other : visible)
+    for (Program *other : visible) {
         globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
                         ", kvr_cancel_", other->number, "}, ");
+        for (const EntryStatement *entry : other->entryPoints)
+            globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
+                            entry->number, ", kvr_cancel_", other->number, "}, ");
+    }
     globals_ += "{0, 0, 0}};\n";
 }
 
@@ -455,6 +294,7 @@ void Emitter::procedures(Program &p)
     } else {
         globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
     }
+    entryCases_.clear();
     // USE procedures are entered from the library: each by a number of its own.
     std::string entries;
     for (size_t i = 0; i < p.uses.size(); i++) {
@@ -517,165 +357,8 @@ void Emitter::procedures(Program &p)
         cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
     debugs_ = false;
     code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries,
-                "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
+                entryCases_, "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
     insertions_.clear();
-}
-
-// ---- Entry
-
-// The C type of a parameter: an address, or what a value of the item's usage travels as.
-std::string Emitter::parameterType(Program &p, size_t index)
-{
-    const CallStatement::Argument &parameter = p.parameters[index];
-    if (parameter.mode != CallStatement::Value || !parameter.value || parameter.value->kind != ExprKind::Reference)
-        return "uint8_t *";
-    const Item *item = meaning_.resolve(p, *parameter.value->ref, true);
-    return item && (item->usage == Usage::Float || item->usage == Usage::Double) ? "double " : "uint8_t *";
-}
-
-void Emitter::entry(Program &p)
-{
-    std::string prefix = cat("p", p.number, "_");
-    std::string out;
-    // Parameters: fields of PROCEDURE DIVISION USING.
-    std::string parameters, saves, sets, restores;
-    for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i), "a", i);
-    const Item *returned = p.returning ? meaning_.resolve(p, *p.returning) : nullptr;
-    size_t localBytes = 0;
-    for (Item *record : p.records) {
-        if (record->redefines) continue;
-        if (record->section == Item::Linkage) {
-            saves += cat("uint8_t *saved", record->number, " = L", record->number, ";\n");
-            restores += cat("L", record->number, " = saved", record->number, ";\n");
-            if (record->parameter >= 0 &&
-                p.parameters[static_cast<size_t>(record->parameter)].mode == CallStatement::Value) {
-                std::string value = cat("a", record->parameter);
-                if (!isNumericItem(*record) || record->usage == Usage::Native || record->usage == Usage::Index ||
-                    record->usage == Usage::Double) {
-                    sets += cat("L", record->number, " = (uint8_t *)&", value, ";\n");
-                } else {
-                    // The number arrives as an integer or a double; the item has another form.
-                    sets += cat("uint8_t value", record->number, "[", record->size, "];\nL", record->number, " = value",
-                                record->number, ";\n");
-                    std::string before;
-                    before.swap(code_);
-                    openBlock();
-                    store(record->usage == Usage::Float ? floatNumber(value)
-                                                        : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
-                          locateItem(*record, "", true), false, "");
-                    std::string stored = code_.substr(2);
-                    sets += cat("{ ", insertions_[blocks_.back()].text, stored, "}\n");
-                    insertions_.pop_back();
-                    blocks_.pop_back();
-                    code_.swap(before);
-                }
-            } else if (record == returned && record->parameter < 0)
-                sets += cat("uint8_t returned[", record->storageSize(), "];\nmemset(returned, 0, sizeof returned);\nL",
-                            record->number, " = returned;\n");
-            else if (record->parameter >= 0)
-                sets += cat("L", record->number, " = a", record->parameter, ";\n");
-        } else if (record->section == Item::LocalStorage) {
-            uint64_t size = static_cast<uint64_t>(record->storageSize());
-            for (const Item *other : p.records)
-                if (other->redefines == record) size = std::max(size, static_cast<uint64_t>(other->storageSize()));
-            saves += cat("uint8_t *saved", record->number, " = S", record->number, ";\n");
-            sets += cat("S", record->number, " = locals + ", localBytes, ";\n");
-            restores += cat("S", record->number, " = saved", record->number, ";\n");
-            localBytes += (size + 15) / 16 * 16;
-        }
-    }
-    bool outermost = !p.parent;
-    std::string name = cat("kvr_entry_", p.number);
-    out += cat(outermost ? "__attribute__((visibility(\"default\"))) " : "static ", "int64_t ", name, "(",
-               parameters.empty() ? "void" : parameters, ")\n{\n");
-    out += cat("volatile int status = 0;\nint outerCalled = ", prefix, "called;\n", saves);
-    if (localBytes) out += cat("uint8_t locals[", localBytes, "] __attribute__((aligned(16)));\n");
-    out += cat("_zvkPgmInit(&", prefix, "pcb);\n", prefix, "called = !((", prefix, "pcb.flag & ZVK_PCB_MAIN) && ",
-               prefix, "element[0].ent == 1);\n");
-    std::string externals;
-    int externalCount = 0;
-    for (Item *record : p.records)
-        if (record->external && !record->redefines) {
-            std::string cobolName = wordText(record->externalName ? record->externalName : record->name).substr(0, 31);
-            externals += cat("{", record->storageSize(), ", ", bytesLiteral(cobolName), "}, ");
-            externalCount++;
-        }
-    if (externalCount) {
-        out += cat("{ static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", externalCount,
-                   "]; } items = {", externalCount, ", {0}, {", externals, "}};\nvoid *addresses[", externalCount,
-                   "];\n_zvkExtVarInit(&items.count, addresses);\n");
-        int i = 0;
-        for (Item *record : p.records)
-            if (record->external && !record->redefines)
-                out += cat("E", record->number, " = (uint8_t *)addresses[", i++, "];\n");
-        out += "}\n";
-    }
-    out += sets;
-    std::string fileEntry;
-    for (File *f : p.files) {
-        if (f->sortFile) continue;
-        if (f->status) {
-            Loc loc;
-            program_ = &p;
-            Item *item = meaning_.resolve(p, *f->status);
-            if (item) fileEntry += cat("I", f->number, "status = ", locateItem(*item).address, ";\n");
-        }
-    }
-    // SAME RECORD AREA
-    for (size_t i = 0; i < p.files.size(); i++) {
-        File *f = p.files[i];
-        if (!f->sameArea || f->sortFile) continue;
-        for (size_t j = 0; j < i; j++) {
-            File *first = p.files[j];
-            if (first->sameArea != f->sameArea || first->sortFile) continue;
-            fileEntry += cat("F", f->number, "->record = F", first->number, "->record;\n");
-            break;
-        }
-    }
-    out += fileEntry;
-    if (p.initial)
-        out += cat(prefix, "initialize();\n");
-    else
-        out += cat("if (!(", prefix, "element[0].status & ZVK_IPCB_STATUS_30)) {\n", prefix, "initialize();\n", prefix,
-                   "element[0].status |= ZVK_IPCB_STATUS_30;\n}\n");
-    if (localBytes) out += cat(prefix, "initialize_local();\n");
-    out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)_zvkGetJmpBuffer(), 1);\n");
-    out += cat("if (status == 0) ", prefix, "body(0);\n");
-    if (p.initial) out += cat("if (", prefix, "called) _zvkCloseReset((int32_t *)", prefix, "element);\nelse ");
-    if (outermost || true) out += cat("_zvkPgmTerm(&", prefix, "pcb);\n");
-    std::string result = cat("(int64_t)", prefix, "returnCode");
-    if (p.returning) {
-        Loc loc = locate(*p.returning);
-        if (loc.good() && isNumericItem(*loc.item)) {
-            blocks_.push_back(insertions_.size());
-            insertions_.push_back({0, ""});
-            Num n = toInt(scaleTo(itemNumber(loc), 0, false));
-            out += cat("int64_t returning; { ", insertions_.back().text, "returning = (int64_t)(", n.text, "); }\n");
-            result = "returning";
-            insertions_.pop_back();
-            blocks_.pop_back();
-        }
-    }
-    out += restores;
-    out += cat(prefix, "called = outerCalled;\n");
-    out += cat("return status ? (status == 255 ? 0 : status) : ", result, ";\n}\n");
-    if (outermost && p.cName != std::string(wordText(p.name)))
-        out += cat("__asm__(\".globl \\\"", wordText(p.name), "\\\"\\n.set \\\"", wordText(p.name), "\\\", ", p.cName,
-                   "\");\n");
-    out += cat("static void kvr_cancel_", p.number, "(void)\n{\nif (", prefix,
-               "element[0].ent == 0) _zvkCloseReset((int32_t *)", prefix, "element);\n");
-    for (Program *inner : p.nested) out += cat("kvr_cancel_", inner->number, "();\n");
-    out += "}\n";
-    // The records.
-    out += cat("static IPCB ", prefix, "element[1] = {{.entry = (ZvkRoutine)", name, ", .files = ", prefix,
-               "files, .fileCount = ",
-               std::count_if(p.files.begin(), p.files.end(), [](const File *f) { return !f->sortFile; }), "}};\n");
-    std::string pcbName = wordText(p.name);
-    for (Program *outer = p.parent; outer; outer = outer->parent) pcbName.insert(0, wordText(outer->name) + ".");
-    out += cat("static PCB ", prefix, "pcb = {.version = {5, 1, 1}, .ipcb = ", prefix,
-               "element, .name = ", bytesLiteral(pcbName), ", .nameLength = ", pcbName.size(),
-               ", .flag = ZVK_PCB_FOLD_NAMES, .fibs = ", prefix, "fibs, .yearWindow = ZVK_NO_YEAR_WINDOW};\n");
-    code_ += out;
 }
 
 void Emitter::program(Program &p)
@@ -752,12 +435,20 @@ std::string Emitter::emit()
             if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
                 declarations += cat("#define ", symbol, " kvr_", symbol, "\n");
         }
+        for (const EntryStatement *entry : p.entryPoints) {
+            std::string parameters;
+            for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
+            declarations += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(",
+                                parameters.empty() ? "void" : parameters, ");\n");
+        }
         declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
     };
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
-    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n\n";
+    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
+    if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {
         Program *first = group_.programs[0];

@@ -88,6 +88,7 @@ void Emitter::storeInteger(Reference *target, const std::string &c)
 
 void Emitter::stringStatement(const StringStatement &s)
 {
+    if (!s.target) return;
     Loc target = locate(*s.target, true);
     if (!target.good()) return;
     size_t size = 5;
@@ -272,10 +273,21 @@ bool Emitter::inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[
 
 void Emitter::inspectStatement(const InspectStatement &s)
 {
-    Loc target = locate(*s.target, true);
-    if (!target.good()) return;
-    if (!target.refmod && !isDisplay(*target.item))
-        return error(s.target->at, "INSPECT needs an item of USAGE DISPLAY");
+    if (!s.target && !s.function) return;
+    Loc target;
+    if (s.function) {
+        Text t = text(s.function);
+        if (!t.good) return;
+        target.address = t.address;
+        target.length = t.length;
+        for (const InspectStatement::Phrase &phrase : s.phrases)
+            if (phrase.kind != K_TALLYING) return error(s.at, "a function's result can be inspected only for TALLYING");
+    } else {
+        target = locate(*s.target, true);
+        if (!target.good()) return;
+        if (!target.refmod && !isDisplay(*target.item))
+            return error(s.target->at, "INSPECT needs an item of USAGE DISPLAY");
+    }
     Words block{temp("uint64_t", cat("[", 4 + 12 * s.phrases.size(), "]"))};
     block.put(s.phrases.size());
     block.put(signFlags(target));

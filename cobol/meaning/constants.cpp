@@ -108,12 +108,18 @@ std::string numericBytes(const Item &item, const Decimal &value)
         return packedBytes(digits, negative && item.picture.sign, item.picture.digits, item.picture.sign);
     case Usage::Binary:
     case Usage::Native:
+    case Usage::CompX:
     case Usage::Index:
     case Usage::Pointer:
     case Usage::ProcedurePointer: {
         uint64_t number = 0;
         for (char c : fitted(digits, 20)) number = number * 10 + static_cast<uint64_t>(c - '0');
         if (negative) number = 0 - number;
+        if (item.usage == Usage::CompX) {
+            std::string bytes;
+            for (uint32_t i = item.size; i-- > 0;) bytes += static_cast<char>(number >> (8 * i));
+            return bytes;
+        }
         return std::string(reinterpret_cast<const char *>(&number), item.size < 8 ? item.size : 8);
     }
     default:

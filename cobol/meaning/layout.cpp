@@ -63,6 +63,25 @@ struct Layout {
             meaning.warning("occurs", item.at, "OCCURS at level 01 is an extension");
     }
 
+    // COMP-X: an unsigned binary number, high byte first, of as many bytes as its picture needs.
+    bool compX(Item &item)
+    {
+        static const int digitsOf[] = {0, 2, 4, 7, 9, 12, 14, 16, 19};
+        if (item.category == Category::Alphanumeric && item.picture.positions <= 8) {
+            item.size = item.picture.positions;
+            item.picture = Picture{};
+            item.picture.digits = std::min(digitsOf[item.size] + 1, 19);
+        } else if (item.category == Category::Numeric && !item.picture.sign && item.picture.digits <= 18) {
+            for (item.size = 1; digitsOf[item.size] < item.picture.digits;) item.size++;
+        } else {
+            meaning.error(item.at, "a COMP-X item has at most 8 bytes or 18 digits, and no sign");
+            item.usage = Usage::Display;
+            return false;
+        }
+        item.category = item.picture.category = Category::Numeric;
+        return true;
+    }
+
     void elementary(Item &item)
     {
         switch (item.usage) {
@@ -127,6 +146,7 @@ struct Layout {
             item.picture.category = Category::NumericEdited;
             if (item.picture.sign) meaning.error(item.at, "BLANK WHEN ZERO does not go with S");
         }
+        if (item.usage == Usage::CompX && compX(item)) return;
         bool numeric = item.category == Category::Numeric;
         if (item.picture.digits > 38 && item.picture.category != Category::Alphanumeric) {
             meaning.error(item.pictureAt, "a numeric item has at most 38 digits");
@@ -134,9 +154,6 @@ struct Layout {
         }
         if (item.isUnsigned) item.picture.sign = false;
         switch (item.usage) {
-        case Usage::CompX:
-            meaning.error(item.at, "USAGE COMP-X is not supported yet");
-            [[fallthrough]];
         case Usage::Binary:
         case Usage::Native:
             if (!numeric) {
@@ -276,7 +293,8 @@ struct Layout {
                 }
                 return;
             }
-            if (item.category == Category::Numeric && !item.nativeBinary) {
+            if (item.category == Category::Numeric && item.usage != Usage::Native && item.usage != Usage::CompX &&
+                !item.nativeBinary) {
                 std::string digits = digitsAtScale(d, item.picture.scale);
                 if (digits != "0" && digits.size() > static_cast<size_t>(item.picture.digits))
                     meaning.warning("value", value->at, "VALUE has more digits than the item; the first ones are lost");
@@ -291,8 +309,15 @@ struct Layout {
     {
         for (Item *item : record.conditions) {
             if (item->level != 66) continue;
-            Item *from = meaning.resolve(program, *item->renamesFrom);
-            Item *thru = item->renamesThru ? meaning.resolve(program, *item->renamesThru) : from;
+            // The names are those of this record, whatever else has them.
+            auto here = [&](const Reference &ref) {
+                Reference whole = ref;
+                if (record.name && whole.names.back() != record.name) whole.names.push_back(record.name);
+                Item *found = meaning.resolve(program, whole, true);
+                return found ? found : meaning.resolve(program, ref);
+            };
+            Item *from = here(*item->renamesFrom);
+            Item *thru = item->renamesThru ? here(*item->renamesThru) : from;
             if (!from || !thru) continue;
             item->section = record.section;
             item->offset = from->offset;

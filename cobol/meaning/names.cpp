@@ -50,7 +50,7 @@ void Meaning::specials(Program &p)
         item->picture.category = item->category;
         item->picture.digits = digits;
         item->picture.positions = size;
-        item->picture.sign = true;
+        item->picture.sign = name != K_TALLY;
         item->signForm = SignForm::None;
         item->special = address;
         item->laidOut = true;
@@ -61,7 +61,7 @@ void Meaning::specials(Program &p)
     std::string prefix = "p" + std::to_string(p.number) + "_";
     add(K_RETURN_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "returnCode)");
     add(K_SORT_RETURN, Usage::Native, 2, 4, "((uint8_t *)&" + prefix + "sortReturn)");
-    add(K_TALLY, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "tally)");
+    add(K_TALLY, Usage::Native, 4, 5, "((uint8_t *)&" + prefix + "tally)");
     add(K_WHEN_COMPILED, Usage::Display, 16, 0, "((uint8_t *)" + prefix + "whenCompiled)");
     if (!p.uses.empty()) {
         // DEBUG-ITEM, for USE FOR DEBUGGING.
@@ -185,8 +185,9 @@ void Meaning::program(Program &p)
                 if (f->recordMin) f->minRecord = f->recordMin;
                 if (f->recordMax) f->maxRecord = std::max(high, f->recordMax);
             } else {
+                // RECORD CONTAINS n: all records have this length; n TO m: each has its own
                 f->maxRecord = std::max(high, f->recordMax);
-                f->minRecord = f->maxRecord; // RECORD CONTAINS n: all records have this length
+                f->minRecord = f->recordMin && f->recordMin < f->recordMax ? std::min(low, f->recordMin) : f->maxRecord;
             }
         }
         if (f->minRecord > f->maxRecord) f->minRecord = f->maxRecord;
@@ -221,6 +222,14 @@ void Meaning::program(Program &p)
         else
             item->parameter = static_cast<int>(i);
     }
+    for (EntryStatement *entry : p.entryPoints)
+        for (const CallStatement::Argument &parameter : entry->parameters) {
+            Item *item = parameter.value->kind == ExprKind::Reference ? resolve(p, *parameter.value->ref) : nullptr;
+            if (item && (item->section != Item::Linkage || item->parent))
+                error(parameter.value->at, wordText(item->name) + " is no record of the LINKAGE SECTION");
+            if (parameter.mode == CallStatement::Value)
+                error(parameter.value->at, "BY VALUE of an ENTRY is not supported yet");
+        }
     // How files are used decides what a sequential one is: a report, or records.
     for (Word record : p.advancedRecords)
         for (Program *q = &p; q; q = q->parent)
@@ -283,6 +292,7 @@ static size_t distance(const std::string &a, const std::string &b)
 
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
+    if (!told_.insert(name).second) return; // once for each name
     const std::string &text = wordText(name);
     const Item *best = nullptr;
     size_t bestDistance = text.size() / 3 + 1;
@@ -341,6 +351,7 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
             if (complets == 1) {
                 match = complete;
             } else if (!silent) {
+                if (!told_.insert(ref.names[0]).second) return nullptr;
                 error(ref.at, wordText(ref.names[0]) + " is ambiguous; qualify it");
                 int shown = 0;
                 for (Item *item : found->second)

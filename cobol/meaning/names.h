@@ -1,6 +1,7 @@
 // Names: which item, file or procedure a word means, with qualification and GLOBAL.
 #pragma once
 
+#include <set>
 #include <unordered_map>
 
 #include "cobol/meaning/constants.h"
@@ -46,6 +47,7 @@ public:
     Group &group() { return group_; }
 
 private:
+    std::set<Word> told_; // names that were reported as not declared or ambiguous
     friend struct Layout;
     void program(Program &p);
     void enter(Program &p, Item *item);

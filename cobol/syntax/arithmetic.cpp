@@ -40,9 +40,9 @@ Statement *Parser::addStatement()
         arithmeticTargets(s->targets);
     } else {
         while (atOperand() || at(K_FUNCTION) || atMark('(')) {
-            inArguments_ = true; // "ADD A -1 TO B" has two operands
+            inArguments_ = OperandList; // "ADD A -1 TO B" has two operands
             s->operands.push_back(operand());
-            inArguments_ = false;
+            inArguments_ = NoList;
             if (panic_) break;
         }
         if (s->operands.empty()) error("expected an operand before " + shown());
@@ -76,6 +76,20 @@ Statement *Parser::addStatement()
     return s;
 }
 
+// After FROM, BY or INTO: an operand if GIVING follows it, else the first receiving item, which stays.
+void Parser::operandOfGiving(ArithmeticStatement &s)
+{
+    if (panic_) return;
+    size_t saved = position_;
+    Expr *second = operand();
+    if (take(K_GIVING)) {
+        s.giving = true;
+        s.second = second;
+    } else if (!panic_) {
+        position_ = saved;
+    }
+}
+
 Statement *Parser::subtractStatement()
 {
     auto *s = begin<ArithmeticStatement>();
@@ -88,22 +102,14 @@ Statement *Parser::subtractStatement()
         arithmeticTargets(s->targets);
     } else {
         while (atOperand() || at(K_FUNCTION) || atMark('(')) {
-            inArguments_ = true;
+            inArguments_ = OperandList;
             s->operands.push_back(operand());
-            inArguments_ = false;
+            inArguments_ = NoList;
             if (panic_) break;
         }
         if (s->operands.empty()) error("expected an operand before " + shown());
         expect(K_FROM);
-        size_t saved = position_;
-        Expr *from = panic_ ? nullptr : operand();
-        if (from && at(K_GIVING)) {
-            step();
-            s->giving = true;
-            s->second = from;
-        } else {
-            position_ = saved;
-        }
+        operandOfGiving(*s);
         if (!panic_) arithmeticTargets(s->targets);
     }
     sizeError(s->sizeError);
@@ -116,15 +122,7 @@ Statement *Parser::multiplyStatement()
     auto *s = begin<ArithmeticStatement>();
     s->operands.push_back(operand());
     expect(K_BY);
-    size_t saved = position_;
-    Expr *by = panic_ ? nullptr : operand();
-    if (by && at(K_GIVING)) {
-        step();
-        s->giving = true;
-        s->second = by;
-    } else {
-        position_ = saved;
-    }
+    operandOfGiving(*s);
     if (!panic_) arithmeticTargets(s->targets);
     sizeError(s->sizeError);
     take(K_END_MULTIPLY);
@@ -137,15 +135,7 @@ Statement *Parser::divideStatement()
     s->operands.push_back(operand());
     if (take(K_INTO)) {
         s->into = true;
-        size_t saved = position_;
-        Expr *into = operand();
-        if (at(K_GIVING)) {
-            step();
-            s->giving = true;
-            s->second = into;
-        } else {
-            position_ = saved;
-        }
+        operandOfGiving(*s);
     } else if (expect(K_BY)) {
         s->second = operand();
         s->giving = true;

@@ -68,7 +68,15 @@ Statement *Parser::cancelStatement()
 Statement *Parser::entryStatement()
 {
     auto *s = begin<EntryStatement>();
-    notBuilt(s->at, "ENTRY");
+    if (!atString()) {
+        error("expected the entry's name as a literal before " + shown());
+        return s;
+    }
+    s->name = internWord(now().text);
+    step();
+    if (take(K_USING)) usingPhrase(s->parameters);
+    program_->entryPoints.push_back(s);
+    s->number = static_cast<uint32_t>(program_->entryPoints.size());
     return s;
 }
 

@@ -8,9 +8,9 @@ Statement *Parser::displayStatement()
     auto *s = begin<DisplayStatement>();
     while ((atOperand() || at(K_FUNCTION) || atMark('(')) && !panic_) {
         if (at(K_LINE) || at(K_UPON)) break;
-        inArguments_ = true;
+        inArguments_ = OperandList;
         s->items.push_back(atMark('(') ? expression() : operand());
-        inArguments_ = false;
+        inArguments_ = NoList;
     }
     if (s->items.empty()) error("expected an operand before " + shown());
     for (;;) {

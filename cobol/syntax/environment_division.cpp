@@ -1,5 +1,6 @@
 // ENVIRONMENT DIVISION: CONFIGURATION SECTION with SPECIAL-NAMES, INPUT-OUTPUT SECTION with SELECT
 // and I-O-CONTROL.
+#include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
 #include <cstdlib>
@@ -81,67 +82,9 @@ void Parser::configurationSection(Program &p)
                         p.allFunctions = true;
                         step();
                         take(K_INTRINSIC);
-                        static const char *const names[] = {"ABS",
-                                                            "ACOS",
-                                                            "ANNUITY",
-                                                            "ASIN",
-                                                            "ATAN",
-                                                            "BYTE-LENGTH",
-                                                            "CHAR",
-                                                            "CONCATENATE",
-                                                            "CONCAT",
-                                                            "COS",
-                                                            "CURRENT-DATE",
-                                                            "DATE-OF-INTEGER",
-                                                            "DATE-TO-YYYYMMDD",
-                                                            "DAY-OF-INTEGER",
-                                                            "DAY-TO-YYYYDDD",
-                                                            "EXP",
-                                                            "FACTORIAL",
-                                                            "INTEGER",
-                                                            "INTEGER-OF-DATE",
-                                                            "INTEGER-OF-DAY",
-                                                            "INTEGER-PART",
-                                                            "LENGTH",
-                                                            "LOG",
-                                                            "LOG10",
-                                                            "LOWER-CASE",
-                                                            "MAX",
-                                                            "MEAN",
-                                                            "MEDIAN",
-                                                            "MIDRANGE",
-                                                            "MIN",
-                                                            "MOD",
-                                                            "NUMVAL",
-                                                            "NUMVAL-C",
-                                                            "ORD",
-                                                            "ORD-MAX",
-                                                            "ORD-MIN",
-                                                            "PRESENT-VALUE",
-                                                            "RANDOM",
-                                                            "RANGE",
-                                                            "REM",
-                                                            "REVERSE",
-                                                            "SIN",
-                                                            "SQRT",
-                                                            "STANDARD-DEVIATION",
-                                                            "SUBSTITUTE",
-                                                            "TAN",
-                                                            "TRIM",
-                                                            "UPPER-CASE",
-                                                            "VARIANCE",
-                                                            "WHEN-COMPILED",
-                                                            "YEAR-TO-YYYY",
-                                                            "STORED-CHAR-LENGTH",
-                                                            "SIGN",
-                                                            "FRACTION-PART",
-                                                            "TEST-NUMVAL",
-                                                            "TEST-DATE-YYYYMMDD",
-                                                            "TEST-DAY-YYYYDDD",
-                                                            "PI",
-                                                            "E",
-                                                            "EXP10"};
-                        for (const char *name : names) p.functions.push_back(internWord(name));
+                        size_t count = 0;
+                        const FunctionRow *rows = functionRows(count);
+                        for (size_t i = 0; i < count; i++) p.functions.push_back(internWord(rows[i].name));
                     } else {
                         while (now().kind == TokenKind::Name && !at(K_FUNCTION) && !at(K_PROGRAM) && !at(K_CLASS)) {
                             if (!at(K_INTRINSIC)) p.functions.push_back(now().word);

@@ -223,13 +223,13 @@ void Parser::subscriptsAndRefmod(Reference &ref)
     if (deep()) return;
     for (int round = 0; round < 2 && atMark('('); round++) {
         // Of a function's arguments "A (B + 1)" are two, unless A is a table.
-        if (inArguments_ && !ref.names.empty() && !beginsRefmod(position_) &&
+        if (inArguments_ == FunctionList && !ref.names.empty() && !beginsRefmod(position_) &&
             (now().commaBefore || round == 1 || !tableNames_.count(ref.names[0])))
             return;
         Tok open = here();
         step();
-        bool saved = inArguments_;
-        inArguments_ = false;
+        Listing saved = inArguments_;
+        inArguments_ = NoList;
         bool first = true;
         while (!atMark(')') && !atEnd() && !panic_) {
             if (atMark(':')) {
@@ -276,18 +276,24 @@ Expr *Parser::operand()
 
 Expr *Parser::expression() { return additive(); }
 
+// An operator, and what is on its right, added to what is on its left.
+Expr *Parser::joined(ExprKind kind, Expr *left, Expr *(Parser::*right)())
+{
+    Expr *e = node(kind, here());
+    e->op = now().word;
+    step();
+    e->left = left;
+    e->right = (this->*right)();
+    return e;
+}
+
 Expr *Parser::additive()
 {
     Expr *left = multiplicative();
     while (atMark('+') || atMark('-')) {
         // In a list of arguments "A -1" and "A, - B" are two.
         if (inArguments_ && (now().commaBefore || (now().spaceBefore && !ahead().spaceBefore))) break;
-        Expr *e = node(ExprKind::Arithmetic, here());
-        e->op = now().word;
-        step();
-        e->left = left;
-        e->right = multiplicative();
-        left = e;
+        left = joined(ExprKind::Arithmetic, left, &Parser::multiplicative);
         if (panic_) break;
     }
     return left;
@@ -297,12 +303,7 @@ Expr *Parser::multiplicative()
 {
     Expr *left = power();
     while (atMark('*') || atMark('/')) {
-        Expr *e = node(ExprKind::Arithmetic, here());
-        e->op = now().word;
-        step();
-        e->left = left;
-        e->right = power();
-        left = e;
+        left = joined(ExprKind::Arithmetic, left, &Parser::power);
         if (panic_) break;
     }
     return left;
@@ -312,12 +313,7 @@ Expr *Parser::power()
 {
     Expr *left = unary();
     while (atMark(kPower)) {
-        Expr *e = node(ExprKind::Arithmetic, here());
-        e->op = kPower;
-        step();
-        e->left = left;
-        e->right = unary();
-        left = e;
+        left = joined(ExprKind::Arithmetic, left, &Parser::unary);
         if (panic_) break;
     }
     return left;
@@ -346,8 +342,8 @@ Expr *Parser::primary()
     if (deep()) return number("0", here());
     Tok start = here();
     if (takeMark('(')) {
-        bool saved = inArguments_;
-        inArguments_ = false;
+        Listing saved = inArguments_;
+        inArguments_ = NoList;
         Expr *e = orCondition();
         inArguments_ = saved;
         if (!takeMark(')') && !panic_) {
@@ -421,8 +417,8 @@ Expr *Parser::functionCall()
         // first operand is followed by a colon.
         if (!beginsRefmod(position_)) {
             step();
-            bool outer = inArguments_;
-            inArguments_ = true;
+            Listing outer = inArguments_;
+            inArguments_ = FunctionList;
             while (!atMark(')') && !atEnd() && !panic_) {
                 if (at(K_LEADING) || at(K_TRAILING)) { // of TRIM
                     Expr *word = node(ExprKind::Truth, here());
@@ -459,11 +455,7 @@ Expr *Parser::orCondition()
     if (deep()) return number("0", here());
     Expr *left = andCondition();
     while (at(K_OR)) {
-        Expr *e = node(ExprKind::Or, here());
-        step();
-        e->left = left;
-        e->right = andCondition();
-        left = e;
+        left = joined(ExprKind::Or, left, &Parser::andCondition);
         if (panic_) break;
     }
     return left;
@@ -473,11 +465,7 @@ Expr *Parser::andCondition()
 {
     Expr *left = notCondition();
     while (at(K_AND)) {
-        Expr *e = node(ExprKind::And, here());
-        step();
-        e->left = left;
-        e->right = notCondition();
-        left = e;
+        left = joined(ExprKind::And, left, &Parser::notCondition);
         if (panic_) break;
     }
     return left;

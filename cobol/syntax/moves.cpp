@@ -107,7 +107,9 @@ Statement *Parser::setStatement()
                 part.value->op = now().word;
                 step();
             } else if (at(K_ENTRY)) {
-                notBuilt(here(), "SET ... TO ENTRY");
+                part.value = node(ExprKind::EntryOf, here());
+                step();
+                part.value->left = operand();
             } else {
                 part.value = expression();
             }

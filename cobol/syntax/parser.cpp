@@ -29,8 +29,11 @@ bool Parser::expect(Word word)
 void Parser::expectPeriod()
 {
     if (takeMark('.')) return;
-    // A missing period before a header or at the end of the text is told, but nothing is skipped
-    // for it.
+    // A missing period before a header, or an entry in area A, is plain: what follows begins anew.
+    if (now().areaA && (now().kind == TokenKind::Name || now().kind == TokenKind::Number)) {
+        warn("period", here(), "a period is missing before " + shown());
+        return;
+    }
     error("expected a period before " + shown());
 }
 

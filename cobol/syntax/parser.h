@@ -51,6 +51,7 @@ private:
     void notBuilt(Tok at, const std::string &phrase);
     std::string shown() const; // the present token, for messages
     void skipToPeriod();
+    void skipToDataEntry();
     void skipToVerb();
     void recover();
     bool deep(); // nesting is too deep; reports
@@ -130,6 +131,7 @@ private:
     Expr *andCondition();
     Expr *notCondition();
     Expr *relation();
+    Expr *joined(ExprKind kind, Expr *left, Expr *(Parser::*right)());
     Expr *additive();
     Expr *multiplicative();
     Expr *power();
@@ -151,6 +153,7 @@ private:
     Statement *divideStatement();
     Statement *computeStatement();
     void arithmeticTargets(std::vector<Target> &targets);
+    void operandOfGiving(ArithmeticStatement &s);
     void sizeError(Phrases &out);
 
     Statement *moveStatement();
@@ -208,7 +211,9 @@ private:
     bool tooDeep_ = false;
     int depth_ = 0;
     std::set<Word> tableNames_; // names of items that need subscripts
-    bool inArguments_ = false; // of a function: "A -1" are two
+    // Where "A -1" are two operands: among those of DISPLAY and ADD, and in a function's, where
+    // "A (B)" may be two as well.
+    enum Listing : uint8_t { NoList, OperandList, FunctionList } inArguments_ = NoList;
     Program *program_ = nullptr;
 };
 

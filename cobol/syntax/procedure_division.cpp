@@ -324,7 +324,7 @@ void Parser::sentences(Procedure &procedure)
         if (at(K_END, K_PROGRAM) || at(K_END, K_DECLARATIVES) || at(K_IDENTIFICATION) || at(K_ID)) {
             error("expected a period before " + shown());
         } else if (atProcedureHeader()) {
-            error("expected a period before " + shown());
+            expectPeriod();
         } else {
             if (at(K_ELSE))
                 error("ELSE without IF");

@@ -84,7 +84,13 @@ void Parser::beforeAfter(InspectStatement::Phrase &phrase)
 Statement *Parser::inspectStatement()
 {
     auto *s = begin<InspectStatement>();
-    s->target = identifier();
+    Expr *inspected = primary();
+    if (inspected->kind == ExprKind::Function)
+        s->function = inspected;
+    else if (inspected->kind == ExprKind::Reference)
+        s->target = inspected->ref;
+    else
+        errorAt(inspected->at, "INSPECT needs a data item");
     bool any = false;
     if (take(K_TALLYING)) {
         any = true;

@@ -48,6 +48,7 @@ enum class ExprKind : uint8_t {
     Function,   // op: the function's name; args; refmod in ref
     LengthOf,   // left or ref
     AddressOf,  // ref
+    EntryOf,    // left: the program's name
     Negate,
     Arithmetic, // op: '+', '-', '*', '/', kPower
     Relation,   // op: '=', '<', '>', kLessEqual, kGreaterEqual, kNotEqual; left null where abbreviated
@@ -239,8 +240,9 @@ struct CancelStatement : Statement {
 };
 
 struct EntryStatement : Statement {
-    std::string_view name;
-    std::vector<Reference *> parameters;
+    Word name = 0;
+    std::vector<CallStatement::Argument> parameters;
+    uint32_t number = 0; // of its program, from 1
 };
 
 // syntax/files.cpp
@@ -328,6 +330,7 @@ struct UnstringStatement : Statement {
 
 struct InspectStatement : Statement {
     Reference *target = nullptr;
+    Expr *function = nullptr; // instead of the target, for TALLYING
     struct Phrase {
         Word kind = 0; // K_TALLYING, K_REPLACING, K_CONVERTING
         Word mode = 0; // K_CHARACTERS, K_ALL, K_LEADING, K_FIRST, K_TRAILING
@@ -606,6 +609,7 @@ struct Program {
     Reference *returning = nullptr;
     std::vector<Procedure> procedures;
     std::vector<UseStatement> uses;
+    std::vector<EntryStatement *> entryPoints; // ENTRY
     std::vector<Word> advancedRecords; // written with ADVANCING
     std::vector<Word> readFiles;       // opened INPUT or I-O, or used by SORT
     size_t firstProcedure = 0;         // first one after the declaratives

@@ -37,6 +37,8 @@ void Lexer::skipSpace(Token &token)
         } else if (c == ' ' || c == '\0' || c == '\f' || c == '\v') {
             token.spaceBefore = true;
             position_++;
+        } else if (c == ',' && expectPicture_) {
+            return; // the first symbol of a picture
         } else if ((c == ',' || c == ';') && !(c == ',' && options_.commaIsPoint &&
                                                std::isdigit(static_cast<unsigned char>(at(position_ + 1))))) {
             token.spaceBefore = token.commaBefore = true;
@@ -83,7 +85,7 @@ void Lexer::picture(Token &token)
         end++;
     }
     // The period, comma or semicolon before a space is a separator.
-    while (end > begin && std::strchr(".,;", running_.text[end - 1])) end--;
+    if (end > begin && std::strchr(".,;", running_.text[end - 1])) end--;
     if (end == begin) end = begin + 1;
     token.kind = TokenKind::Picture;
     token.text = std::string_view(running_.text).substr(begin, end - begin);

@@ -368,6 +368,22 @@ private:
         return text;
     }
 
+    // EJECT, SKIP1 and their like only lay out a listing; CBL and PROCESS name options of other
+    // compilers, in front of the program.
+    bool listingLine(std::string_view body) const
+    {
+        if (open_) return false;
+        body = trimLeft(body);
+        size_t end = body.find_first_of(" .");
+        std::string word(body.substr(0, end));
+        for (char &c : word) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        std::string_view rest = trimLeft(end == std::string_view::npos ? std::string_view() : body.substr(end));
+        if (word == "EJECT" || word == "SKIP1" || word == "SKIP2" || word == "SKIP3")
+            return rest.find_first_not_of(". ") == std::string_view::npos;
+        if (word == "TITLE") return !rest.empty() && (rest[0] == '"' || rest[0] == '\'');
+        return (word == "CBL" || word == "PROCESS") && out_.text.find_first_not_of(" \n") == std::string::npos;
+    }
+
     void fixedLine(std::string_view line)
     {
         if (line.size() < 7) return;
@@ -384,7 +400,7 @@ private:
             diagnostics().warning("indicator", here(7),
                                   "this character in column 7 is no indicator; use -free for a source in free form");
         }
-        if (trimLeft(body).empty()) return;
+        if (trimLeft(body).empty() || listingLine(body)) return;
         bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
         if (commentEntry(body, areaA)) return;
         open_ = 0;

@@ -8,8 +8,7 @@
 // A record that the file's end cuts off is not delivered, and EXTEND writes over it. A length word
 // that no record of the file can have is damage, not a torn record: READ gives status 30, EXTEND
 // 39, and the file stays as it is.
-#ifndef COMPANIONS_FILESYSTEMS_BACK_TO_BACK_H
-#define COMPANIONS_FILESYSTEMS_BACK_TO_BACK_H
+#pragma once
 
 #include "companions/filesystems/sequential_file.h"
 
@@ -25,27 +24,30 @@ struct FixedRecords {
 
     static uint64_t wholeSize(FCB *, SequentialFile *file, uint64_t size, bool)
     {
-        return size < file->dataStart ? file->dataStart : size - (size - file->dataStart) % file->format.longest;
+        uint64_t each = uint64_t(file->format.longest) + file->sumSize;
+        return size < file->dataStart ? file->dataStart : size - (size - file->dataStart) % each;
     }
 
     static Found read(SequentialFile *file, uint8_t *record, uint32_t *length)
     {
         ByteStream &stream = file->stream;
         uint32_t size = file->format.longest;
-        if (!stream.need(size)) return stream.error ? Found::failed : Found::end;
+        if (!stream.need(size + file->sumSize)) return stream.error ? Found::failed : Found::end;
+        if (file->sumSize && !hasSum(stream.offset(), stream.buffer + stream.at, size)) return Found::damaged;
         memcpy(record, stream.buffer + stream.at, size);
         file->lastPlace = stream.offset();
         file->lastLength = *length = size;
-        stream.at += size;
+        stream.at += size + file->sumSize;
         return Found::record;
     }
 
     static bool write(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *)
     {
-        uint8_t *room = file->stream.reserve(length);
+        uint8_t *room = file->stream.reserve(length + file->sumSize);
         if (!room) return failWithErrno(fcb, file->stream.error);
         memcpy(room, record, length);
-        file->stream.commit(length);
+        if (file->sumSize) putSum(file->stream.offset(), room, length);
+        file->stream.commit(length + file->sumSize);
         return true;
     }
 
@@ -54,7 +56,7 @@ struct FixedRecords {
 
 struct BackToBack {
     static constexpr bool devices = true, rewrites = true;
-    static constexpr uint32_t word = 4;
+    static constexpr uint32_t kWord = 4;
 
     static void open(FCB *fcb, const FIB *, SequentialFile *file)
     {
@@ -68,14 +70,14 @@ struct BackToBack {
         if (!file->format.variable) return FixedRecords::wholeSize(fcb, file, size, exact);
         if (!exact) return size;
         ByteStream &stream = file->stream;
-        while (stream.need(word)) {
+        while (stream.need(kWord)) {
             uint32_t length = lengthWord(stream);
             if (length > file->format.longest) {
                 fail(fcb, 39, fs2Header);
                 break;
             }
-            if (!stream.need(word + length)) break;
-            stream.at += word + length;
+            if (!stream.need(kWord + length + file->sumSize)) break;
+            stream.at += kWord + length + file->sumSize;
             ++file->records;
         }
         if (stream.error) failWithErrno(fcb, stream.error);
@@ -86,25 +88,28 @@ struct BackToBack {
     {
         if (!file->format.variable) return FixedRecords::read(file, record, length);
         ByteStream &stream = file->stream;
-        if (!stream.need(word)) return stream.error ? Found::failed : Found::end;
+        if (!stream.need(kWord)) return stream.error ? Found::failed : Found::end;
         uint32_t size = lengthWord(stream);
-        if (size > file->format.longest) return longer(file, record, length, size);
-        if (!stream.need(word + size)) return stream.error ? Found::failed : Found::end;
-        memcpy(record, stream.buffer + stream.at + word, size);
-        file->lastPlace = stream.offset() + word;
+        if (size > file->format.longest) return file->sumSize ? Found::damaged : longer(file, record, length, size);
+        if (!stream.need(kWord + size + file->sumSize)) return stream.error ? Found::failed : Found::end;
+        if (file->sumSize && !hasSum(stream.offset() + kWord, stream.buffer + stream.at + kWord, size))
+            return Found::damaged;
+        memcpy(record, stream.buffer + stream.at + kWord, size);
+        file->lastPlace = stream.offset() + kWord;
         file->lastLength = *length = size;
-        stream.at += word + size;
+        stream.at += kWord + size + file->sumSize;
         return Found::record;
     }
 
     static bool write(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *request)
     {
         if (!file->format.variable) return FixedRecords::write(fcb, file, record, length, request);
-        uint8_t *room = file->stream.reserve(word + length);
+        uint8_t *room = file->stream.reserve(kWord + length + file->sumSize);
         if (!room) return failWithErrno(fcb, file->stream.error);
-        memcpy(room, &length, word);
-        memcpy(room + word, record, length);
-        file->stream.commit(word + length);
+        memcpy(room, &length, kWord);
+        memcpy(room + kWord, record, length);
+        if (file->sumSize) putSum(file->stream.offset() + kWord, room + kWord, length);
+        file->stream.commit(kWord + length + file->sumSize);
         return true;
     }
 
@@ -114,7 +119,7 @@ private:
     static uint32_t lengthWord(const ByteStream &stream)
     {
         uint32_t length;
-        memcpy(&length, stream.buffer + stream.at, word);
+        memcpy(&length, stream.buffer + stream.at, kWord);
         return length;
     }
 
@@ -122,12 +127,12 @@ private:
     static Found longer(SequentialFile *file, uint8_t *record, uint32_t *length, uint32_t size)
     {
         ByteStream &stream = file->stream;
-        uint64_t next = stream.offset() + word + size;
+        uint64_t next = stream.offset() + kWord + size;
         if (!stream.seekable || next > file->whole) return Found::damaged;
         *length = file->format.longest;
-        if (!stream.need(word + *length)) return stream.error ? Found::failed : Found::damaged;
-        memcpy(record, stream.buffer + stream.at + word, *length);
-        file->lastPlace = stream.offset() + word;
+        if (!stream.need(kWord + *length)) return stream.error ? Found::failed : Found::damaged;
+        memcpy(record, stream.buffer + stream.at + kWord, *length);
+        file->lastPlace = stream.offset() + kWord;
         file->lastLength = size;
         stream.seek(next);
         return Found::cut;
@@ -135,5 +140,3 @@ private:
 };
 
 } // namespace filesystems
-
-#endif

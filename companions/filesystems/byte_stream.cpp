@@ -1,7 +1,7 @@
 #include "companions/filesystems/byte_stream.h"
 
-#include <errno.h>
-#include <string.h>
+#include <cerrno>
+#include <cstring>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -10,39 +10,43 @@
 
 namespace filesystems {
 
+namespace {
+
 // The block that went out last. A file system without extended attributes does without.
-static constexpr char blockEndAttribute[] = "user.kvr2.block-end";
-static constexpr size_t step = 256, steps = 16;
+constexpr char kBlockEndAttribute[] = "user.kvr2.block-end";
+constexpr size_t kStep = 256, kSteps = 16;
 
 struct BlockMark {
-    uint64_t end, begin;  // offsets in the file
-    uint32_t sums[steps]; // of the block's first 256 bytes, its first 512, ...
+    uint64_t end, begin;   // offsets in the file
+    uint32_t sums[kSteps]; // of the block's first 256 bytes, its first 512, ...
     uint8_t firstBytes[32];
 };
 
 // Fills the mark from the block, or from as much of it as there is; returns how many sums there
 // are.
-static size_t describeBlock(const uint8_t *block, uint64_t size, BlockMark *mark)
+size_t describeBlock(const uint8_t *block, uint64_t size, BlockMark *mark)
 {
     uint32_t sum = 2166136261u;
     size_t n = 0;
-    for (; n < steps && size >= (n + 1) * step; ++n) {
-        for (size_t i = n * step; i < (n + 1) * step; ++i) sum = (sum ^ block[i]) * 16777619u;
+    for (; n < kSteps && size >= (n + 1) * kStep; ++n) {
+        for (size_t i = n * kStep; i < (n + 1) * kStep; ++i) sum = (sum ^ block[i]) * 16777619u;
         mark->sums[n] = sum;
     }
     memcpy(mark->firstBytes, block, size < sizeof mark->firstBytes ? size : sizeof mark->firstBytes);
     return n;
 }
 
+} // namespace
+
 int findCutOff(int descriptor, uint64_t size, bool *cutOff)
 {
     BlockMark mark, found = {};
     *cutOff = false;
-    ssize_t known = fgetxattr(descriptor, blockEndAttribute, &mark, sizeof mark);
+    ssize_t known = fgetxattr(descriptor, kBlockEndAttribute, &mark, sizeof mark);
     if (known < 0 && errno != ENODATA && errno != ENOTSUP && errno != ERANGE) return errno;
     if (known != sizeof mark || size >= mark.end || size <= mark.begin) return 0;
 
-    uint8_t content[step * steps];
+    uint8_t content[kStep * kSteps];
     size_t wanted = size - mark.begin < sizeof content ? static_cast<size_t>(size - mark.begin) : sizeof content;
     if (int error = readAll(descriptor, content, wanted, mark.begin, &wanted)) return error;
     size_t sums = describeBlock(content, wanted, &found);
@@ -130,7 +134,7 @@ bool ByteStream::flush()
     if (announces && seekable) {
         BlockMark mark = {base + at, base, {}, {}};
         describeBlock(buffer, at, &mark);
-        announced = fsetxattr(descriptor, blockEndAttribute, &mark, sizeof mark, 0) == 0;
+        announced = fsetxattr(descriptor, kBlockEndAttribute, &mark, sizeof mark, 0) == 0;
     }
     error = writeAll(descriptor, seekable, buffer, at, base);
     if (error) {
@@ -147,7 +151,7 @@ bool ByteStream::flush()
 
 void ByteStream::withdraw()
 {
-    if (announced) fremovexattr(descriptor, blockEndAttribute);
+    if (announced) fremovexattr(descriptor, kBlockEndAttribute);
     announced = false;
 }
 

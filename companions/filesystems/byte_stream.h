@@ -15,11 +15,10 @@
 //     uint8_t *room = stream.reserve(104);   // null: the disk is full
 //     memcpy(room, record, 104);
 //     stream.commit(104);
-#ifndef COMPANIONS_FILESYSTEMS_BYTE_STREAM_H
-#define COMPANIONS_FILESYSTEMS_BYTE_STREAM_H
+#pragma once
 
-#include <stddef.h>
-#include <stdint.h>
+#include <cstddef>
+#include <cstdint>
 
 namespace filesystems {
 
@@ -67,5 +66,3 @@ struct ByteStream {
 int findCutOff(int descriptor, uint64_t size, bool *cutOff);
 
 } // namespace filesystems
-
-#endif

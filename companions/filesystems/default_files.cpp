@@ -1,6 +1,7 @@
 // The default file system, "stl", "jgt" and "qvr": sequential, relative and indexed files behind a
 // header that holds their attributes.
-#include <errno.h>
+#include <cerrno>
+#include <climits>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,33 +9,37 @@
 #include "companions/filesystems/back_to_back.h"
 #include "companions/filesystems/indexed_file.h"
 #include "companions/filesystems/indexed_store.h"
+#include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/relative_file.h"
 #include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/transaction.h"
 
 namespace filesystems {
+
+namespace {
 
 struct StoredRecords : BackToBack {
     static constexpr bool devices = false;
 };
 
 // An attribute combination that cannot be stored: refused before the file is touched.
-static bool attributesPossible(FCB *fcb, const FIB *fib)
+bool attributesPossible(FCB *fcb, const FIB *fib)
 {
     if (fib->maxRecord == 0 || fib->minRecord > fib->maxRecord) return fail(fcb, 39, fs2RecordLength);
     if (!(fib->organization & ZVK_FILE_INDEXED)) return true;
-    if (fib->keyCount == 0 || fib->keyCount > mostKeys) return fail(fcb, 39, fs2KeyNumber);
+    if (fib->keyCount == 0 || fib->keyCount > kMostKeys) return fail(fcb, 39, fs2KeyNumber);
     const FileKey *keys = reinterpret_cast<const FileKey *>(reinterpret_cast<const uint8_t *>(fib) + fib->keysOffset);
     for (uint32_t i = 0; i < fib->keyCount; ++i) {
         if (keys[i].length == 0 || uint64_t(keys[i].position) + keys[i].length > fib->maxRecord)
             return fail(fcb, 39, fs2KeyLength);
-        if (keys[i].length > longestKey) return fail(fcb, 37, fs2KeyLength);
+        if (keys[i].length > kLongestKey) return fail(fcb, 37, fs2KeyLength);
     }
     return true;
 }
 
 // The store of an indexed file comes first: a program killed between the two leaves an empty file,
 // which counts as absent.
-static bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expected, StoredHeader *header)
+bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expected, StoredHeader *header)
 {
     bool indexed = expected.organization & ZVK_FILE_INDEXED;
     *header = expected;
@@ -45,7 +50,7 @@ static bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expecte
     return writeHeader(fcb, opened.descriptor, header);
 }
 
-static void openStored(FCB *fcb, IPCB *element)
+void openStored(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
     bool indexed = fib->organization & ZVK_FILE_INDEXED, relative = fib->organization & ZVK_FILE_RELATIVE;
@@ -55,9 +60,18 @@ static void openStored(FCB *fcb, IPCB *element)
         sharing = sequentialSharing(fcb);
     else if (fcb->requestedMode & ZVK_OPEN_EXTEND) // a relative file's EXTEND keeps its place
         sharing = {shareNoOther, relative ? shareReadOnly : shareAllOther};
-    Opened opened = openByRules(fcb, fib, sharing, false, true);
+    Opened opened = openByRules(fcb, fib, sharing, false, true, indexed || relative ? parkedDescriptor : nullptr);
     if (opened.descriptor < 0) return;
 
+    // A commit that somebody was killed in comes first. OUTPUT, too: the file may be one of
+    // several.
+    char path[PATH_MAX];
+    const char *settled = indexed || relative ? resolvedName(fcb->fileName, path) : nullptr;
+    if (int error = settled && hasJournal(settled) ? settleJournal(settled) : 0) {
+        failWithStore(fcb, error);
+        close(opened.descriptor);
+        return;
+    }
     StoredHeader expected, header;
     describeFile(fib, &expected);
     if (opened.created) {
@@ -77,17 +91,19 @@ static void openStored(FCB *fcb, IPCB *element)
     }
     bool good = opened.created ? makeFile(fcb, opened, expected, &header)
                                : readHeader(fcb, opened.descriptor, expected, &header);
-    if (opened.created) opened.size = storedHeaderSize;
+    if (opened.created) opened.size = kStoredHeaderSize;
     endMaking(opened.descriptor);
     if (!good)
         close(opened.descriptor);
     else if (indexed)
         startIndexed(fcb, fib, opened, header);
     else if (relative)
-        startRelative(fcb, fib, opened);
+        startRelative(fcb, fib, opened, sumSizeOf(header));
     else
-        startSequential<StoredRecords>(fcb, fib, opened, storedHeaderSize);
+        startSequential<StoredRecords>(fcb, fib, opened, kStoredHeaderSize, sumSizeOf(header));
 }
+
+} // namespace
 
 } // namespace filesystems
 

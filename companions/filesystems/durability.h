@@ -5,12 +5,11 @@
 //             loss of power leaves a store at one of its last commits. The default
 //     commit  each commit of an indexed file and each change of a relative one in I-O is on the disk
 //             when the verb returns; CLOSE as above
-#ifndef COMPANIONS_FILESYSTEMS_DURABILITY_H
-#define COMPANIONS_FILESYSTEMS_DURABILITY_H
+#pragma once
 
-#include <errno.h>
-#include <stdlib.h>
-#include <string.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 namespace filesystems {
@@ -33,5 +32,3 @@ inline int forceData(int descriptor)
 }
 
 } // namespace filesystems
-
-#endif

@@ -3,14 +3,16 @@
 // START (indexed_position.cpp).
 #include "companions/filesystems/indexed_file.h"
 
-#include <errno.h>
-#include <stdlib.h>
-#include <string.h>
-#include <time.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <unistd.h>
 
 #include "companions/filesystems/indexed_state.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/transaction.h"
+#include "companions/filesystems/verb.h"
 
 namespace filesystems {
 
@@ -23,12 +25,10 @@ uint64_t lockNumber(const uint8_t *key, size_t size)
     return sum ^ (sum >> 60);
 }
 
-void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void writeRecord(FCB *fcb, FileRequest *request)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_WRITE;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, ZVK_VERB_WRITE)) return;
+    if (endsForLostChanges(fcb)) return;
     file->locks.release();
     const uint8_t *record = recordOf(fcb, request);
     uint32_t length = lengthOfRequest(file->format, request), keySize = file->keys[0].length;
@@ -40,17 +40,17 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
     else {
         int error;
         bool refused = false;
-        MDB_txn *txn = changing(file, &error);
+        MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
+            SizeLimitHeldOff guard;
             MDB_val k = valueOf(primary, keySize), v;
             error = mdb_get(txn, file->data[0], &k, &v);
             if (error == 0)
                 refused = true;
-            else if (error == MDB_NOTFOUND) {
-                SizeLimitHeldOff guard;
+            else if (error == MDB_NOTFOUND)
                 error = insertRecord(fcb, file, txn, record, length, &refused);
-            }
             error = changed(file, txn, error, !refused, length);
+            if (file->transactional && !error && !refused) logChange(file->store, false, record, length);
         }
         if (error)
             failChange(fcb, file, error);
@@ -61,17 +61,13 @@ void writeRecord(FCB *fcb, IPCB *element, FileRequest *request)
             file->wrote = true;
         }
     }
-    zvkFinishVerb(fcb, element, ZVK_VERB_WRITE);
 }
 
 // REWRITE with a record, DELETE with none.
-void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
+void changeRecord(FCB *fcb, FileRequest *request, bool rewrite)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    bool rewrite = verb == ZVK_VERB_REWRITE;
-    fcb->currentVerb = verb;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, verb)) return;
+    if (endsForLostChanges(fcb)) return;
     const uint8_t *record = recordOf(fcb, request);
     uint32_t keySize = file->keys[0].length, length = rewrite ? lengthOfRequest(file->format, request) : 0;
     const uint8_t *primary = file->sequential && !rewrite ? file->lastKey : keyIn(file, 0, record);
@@ -81,10 +77,10 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
         zvkSetStatus(fcb, 21, fs2Sequence);
     else if (rewrite && !file->format.allows(length))
         zvkSetStatus(fcb, 44, fs2RecordLength);
-    else if (file->locks.forChange(fcb, lockNumber(primary, keySize))) {
+    else if (file->locks.forChange(fcb, request, lockNumber(primary, keySize))) {
         int error;
         bool refused = false, missing = false;
-        MDB_txn *txn = changing(file, &error);
+        MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
             SizeLimitHeldOff guard;
             MDB_val k = valueOf(primary, keySize), old;
@@ -96,6 +92,8 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
             else if (!error)
                 error = removeRecord(fcb, file, txn, old);
             error = changed(file, txn, error, !refused && !missing, length);
+            if (file->transactional && !error && !refused && !missing)
+                logChange(file->store, !rewrite, rewrite ? record : primary, rewrite ? length : keySize);
         }
         file->locks.release();
         if (error)
@@ -105,17 +103,10 @@ void changeRecord(FCB *fcb, IPCB *element, FileRequest *request, uint8_t verb)
         else if (missing)
             zvkSetStatus(fcb, 23, fs2NoRecord);
     }
-    zvkFinishVerb(fcb, element, verb);
 }
 
-void rewriteRecord(FCB *fcb, IPCB *element, FileRequest *request)
-{
-    changeRecord(fcb, element, request, ZVK_VERB_REWRITE);
-}
-void deleteRecord(FCB *fcb, IPCB *element, FileRequest *request)
-{
-    changeRecord(fcb, element, request, ZVK_VERB_DELETE);
-}
+void rewriteRecord(FCB *fcb, FileRequest *request) { changeRecord(fcb, request, true); }
+void deleteRecord(FCB *fcb, FileRequest *request) { changeRecord(fcb, request, false); }
 
 // What a READ found: the entry in the key of reference, the primary key and the record as stored.
 // All of it lies in the store's pages.
@@ -155,7 +146,11 @@ int followEntry(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, const MDB_v
         if (error) return error == MDB_NOTFOUND ? MDB_CORRUPTED : error;
         found->another = hasDuplicates(file, file->reference) && hasFollower(file, cursor, &found->entry);
     }
-    return isRecord(file, found->stored) ? 0 : MDB_CORRUPTED;
+    if (!isRecord(file, found->stored)) return MDB_CORRUPTED;
+    // The record must have the key that led to it.
+    const uint8_t *record = static_cast<const uint8_t *>(found->stored.mv_data) + numbersSize(file);
+    bool same = memcmp(keyIn(file, file->reference, record), k.mv_data, file->keys[file->reference].length) == 0;
+    return same ? 0 : MDB_CORRUPTED;
 }
 
 int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool random, const uint8_t *record,
@@ -167,11 +162,9 @@ int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool 
     return error ? error : followEntry(file, txn, *cursor, k, v, found);
 }
 
-// --- INPUT reads ahead
-
-constexpr size_t aheadSize = 65536;
-constexpr uint32_t mostAhead = 1000;
-constexpr int64_t aheadLife = 1000; // milliseconds; what others write is seen after that at the latest
+constexpr size_t kAheadSize = 65536;
+constexpr uint32_t kMostAhead = 1000;
+constexpr int64_t kAheadLife = 1000; // milliseconds; what others write is seen after that at the latest
 
 struct AheadEntry {
     uint32_t entrySize, primarySize, storedSize, another;
@@ -191,7 +184,7 @@ void fillAhead(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, bool back)
     ReadAhead &ahead = file->ahead;
     uint32_t wanted = ahead.wanted;
     dropAhead(file);
-    ahead.wanted = wanted < mostAhead / 4 ? wanted * 4 : mostAhead;
+    ahead.wanted = wanted < kMostAhead / 4 ? wanted * 4 : kMostAhead;
     ahead.back = back;
     ahead.madeAt = milliseconds();
     for (uint32_t n = 1; n < wanted; ++n) {
@@ -217,7 +210,7 @@ size_t takeAhead(IndexedFile *file, bool back, FoundEntry *found)
 {
     ReadAhead &ahead = file->ahead;
     if (ahead.at == ahead.filled || ahead.back != back || file->exact) return 0;
-    if (milliseconds() - ahead.madeAt > aheadLife) return 0;
+    if (milliseconds() - ahead.madeAt > kAheadLife) return 0;
     AheadEntry entry;
     uint8_t *from = ahead.buffer + ahead.at;
     memcpy(&entry, from, sizeof entry);
@@ -242,7 +235,7 @@ bool lockFound(FCB *fcb, IndexedFile *file, const FoundEntry &found, uint32_t op
 
 void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, const FoundEntry &found, uint8_t *record)
 {
-    size_t numbers = numbersSize(file), size = found.stored.mv_size - numbers;
+    size_t numbers = numbersSize(file), size = found.stored.mv_size - numbers - file->sumSize;
     memcpy(file->lastKey, found.primary.mv_data, found.primary.mv_size);
     memcpy(record, static_cast<const uint8_t *>(found.stored.mv_data) + numbers, size);
     memcpy(file->place, found.entry.mv_data, found.entry.mv_size);
@@ -285,12 +278,10 @@ bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uin
     return !again;
 }
 
-void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
+void readRecord(FCB *fcb, FileRequest *request)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_READ;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, ZVK_VERB_READ)) return;
+    if (endsForLostChanges(fcb)) return;
     bool random = !file->sequential && !(request->options & (ZVK_REQUEST_NEXT | ZVK_REQUEST_PREVIOUS));
     uint8_t *record = recordOf(fcb, request);
     if (!random && !(fcb->state & ZVK_FILE_POSITION_VALID)) {
@@ -299,7 +290,8 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
         zvkSetStatus(fcb, 23, fs2KeyNumber);
     } else {
         if (random) file->reference = request->key;
-        while (!tryRead(fcb, file, request, random, record)) {
+        LockWait wait(file->locks.wait, request);
+        while (!tryRead(fcb, file, request, random, record) || wait.again(fcb)) {
         }
     }
     if (fcb->status > 9) {
@@ -311,29 +303,21 @@ void readRecord(FCB *fcb, IPCB *element, FileRequest *request)
     } else {
         fcb->state |= ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID;
     }
-    zvkFinishVerb(fcb, element, ZVK_VERB_READ);
 }
 
-void unlock(FCB *fcb, IPCB *element, FileRequest *)
-{
-    fcb->currentVerb = ZVK_VERB_UNLOCK;
-    zvkSetStatus(fcb, 0, fs2None);
-    indexedFileOf(fcb)->locks.releaseAll();
-    zvkFinishVerb(fcb, element, ZVK_VERB_UNLOCK);
-}
+void unlock(FCB *fcb, FileRequest *) { indexedFileOf(fcb)->locks.releaseAll(); }
 
 void endFile(IndexedFile *file)
 {
     if (file->snapshot) mdb_txn_abort(file->snapshot);
     leaveStore(file->store);
+    if (file->transactional) registerClosed(file->descriptor);
     close(file->descriptor);
 }
 
-void closeFile(FCB *fcb, IPCB *element)
+void closeFile(FCB *fcb)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_CLOSE;
-    zvkSetStatus(fcb, 0, fs2None);
     SizeLimitHeldOff guard;
     int error = commitBatch(file);
     if (error)
@@ -343,13 +327,12 @@ void closeFile(FCB *fcb, IPCB *element)
     else if (file->committed && (error = forceStore(file->store)))
         failWithStore(fcb, error);
     endFile(file);
-    _zvkGenericClose(fcb, element, 0);
 }
 
 } // namespace
 
 // EXTEND goes on behind the highest key.
-static int takeHighestKey(IndexedFile *file)
+int takeHighestKey(IndexedFile *file)
 {
     int error;
     MDB_txn *txn = reading(file, &error);
@@ -370,9 +353,10 @@ static int takeHighestKey(IndexedFile *file)
 
 // A record that ends before one of its keys does has no such key: the shortest record reaches to
 // the end of the last.
-static void describeRecords(IndexedFile *file, const FIB *fib, const StoredHeader &header)
+void describeRecords(IndexedFile *file, uint32_t longest, uint32_t shortest, const StoredHeader &header)
 {
-    file->format = recordFormatOf(fib);
+    file->format = {longest, shortest, longest != shortest};
+    file->sumSize = sumSizeOf(header);
     file->keyCount = header.keyCount;
     memcpy(file->keys, header.keys, sizeof file->keys);
     for (uint32_t key = 0; key < file->keyCount; ++key) {
@@ -388,18 +372,21 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
     IndexedFile *file = newState<IndexedFile>(fcb);
     if (file) {
         file->descriptor = opened.descriptor;
-        describeRecords(file, fib, header);
+        describeRecords(file, fib->maxRecord, fib->minRecord, header);
         file->sequential = fib->accessMode & 0x80;
         file->locks.start(fcb, fib, opened.descriptor);
-        file->alone = !input && opened.held.alone;
+        file->transactional = file->locks.transactional = transactionsWanted();
+        file->seen = transactionNumber();
+        if (file->transactional) registerOpen(opened.descriptor);
+        file->alone = !input && opened.held.alone && !file->transactional;
         size_t own = recordRoom(file);
-        fcb->moduleBuffer2 = malloc(own + (input ? aheadSize : 0));
-        if (input) file->ahead = {static_cast<uint8_t *>(fcb->moduleBuffer2) + own, aheadSize, 0, 0, 1, false, 0};
+        fcb->moduleBuffer2 = malloc(own + (input ? kAheadSize : 0));
+        if (input) file->ahead = {static_cast<uint8_t *>(fcb->moduleBuffer2) + own, kAheadSize, 0, 0, 1, false, 0};
     }
     if (!fcb->moduleBuffer2)
         fail(fcb, 34, fs2Storage);
     else
-        file->store = useStore(fcb, opened, !input, header, file->data);
+        file->store = useStore(fcb, opened, !input, file->transactional, header, file->data);
     if (file && file->store && (fcb->requestedMode & ZVK_OPEN_EXTEND) && file->sequential)
         if (int error = takeHighestKey(file)) failWithStore(fcb, error);
     if (fcb->status > 9) {
@@ -409,11 +396,12 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
             close(opened.descriptor);
         return dropBuffers(fcb);
     }
-    if (input || io) fcb->read = readRecord, fcb->start = startIndexedAt;
-    if (!input && !(io && file->sequential)) fcb->write = writeRecord;
-    if (io) fcb->rewrite = rewriteRecord, fcb->deleteRecord = deleteRecord;
-    if (fib->sharing) fcb->unlock = unlock;
-    fcb->close = closeFile;
+    if (input || io) fcb->read = verb<ZVK_VERB_READ, readRecord>, fcb->start = verb<ZVK_VERB_START, startIndexedAt>;
+    if (!input && !(io && file->sequential)) fcb->write = verb<ZVK_VERB_WRITE, writeRecord>;
+    if (io) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewriteRecord>;
+    if (io) fcb->deleteRecord = verb<ZVK_VERB_DELETE, deleteRecord>;
+    if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;
+    fcb->close = closing<closeFile>;
 }
 
 } // namespace filesystems

@@ -9,9 +9,26 @@
 // entry before it.
 #include "companions/filesystems/indexed_state.h"
 
-#include <string.h>
+#include <cstring>
 
 namespace filesystems {
+
+namespace {
+
+int seekRelation(MDB_cursor *cursor, uint32_t relation, const uint8_t *key, size_t size, MDB_val *k, MDB_val *v)
+{
+    if (relation == ZVK_RELATION_FIRST) return mdb_cursor_get(cursor, k, v, MDB_FIRST);
+    if (relation == ZVK_RELATION_LAST) return mdb_cursor_get(cursor, k, v, MDB_LAST);
+    bool beyond = relation == ZVK_RELATION_GREATER || relation == ZVK_RELATION_NOT_GREATER;
+    int error = seekBound(cursor, key, size, beyond, k, v);
+    if (relation == ZVK_RELATION_EQUAL && !error && k->mv_size < size) return MDB_CORRUPTED;
+    if (relation == ZVK_RELATION_EQUAL && !error && memcmp(k->mv_data, key, size) != 0) return MDB_NOTFOUND;
+    if (relation == ZVK_RELATION_LESS || relation == ZVK_RELATION_NOT_GREATER)
+        return mdb_cursor_get(cursor, k, v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
+    return error;
+}
+
+} // namespace
 
 int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_val *v)
 {
@@ -41,7 +58,7 @@ int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_v
 
 int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v)
 {
-    uint8_t bound[keyRoom];
+    uint8_t bound[kKeyRoom];
     memcpy(bound, bytes, size);
     if (beyond) {
         while (size && bound[size - 1] == 0xFF) --size;
@@ -60,7 +77,7 @@ int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor)
 bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at)
 {
     MDB_val k, v;
-    uint8_t entry[keyRoom];
+    uint8_t entry[kKeyRoom];
     size_t length = file->keys[file->reference].length, size = at->mv_size;
     memcpy(entry, at->mv_data, size);
     bool follows =
@@ -76,32 +93,14 @@ void dropAhead(IndexedFile *file)
     file->ahead.wanted = 1;
 }
 
-static int seekRelation(MDB_cursor *cursor, uint32_t relation, const uint8_t *key, size_t size, MDB_val *k, MDB_val *v)
-{
-    if (relation == ZVK_RELATION_FIRST) return mdb_cursor_get(cursor, k, v, MDB_FIRST);
-    if (relation == ZVK_RELATION_LAST) return mdb_cursor_get(cursor, k, v, MDB_LAST);
-    bool beyond = relation == ZVK_RELATION_GREATER || relation == ZVK_RELATION_NOT_GREATER;
-    int error = seekBound(cursor, key, size, beyond, k, v);
-    if (relation == ZVK_RELATION_EQUAL && !error && k->mv_size < size) return MDB_CORRUPTED;
-    if (relation == ZVK_RELATION_EQUAL && !error && memcmp(k->mv_data, key, size) != 0) return MDB_NOTFOUND;
-    if (relation == ZVK_RELATION_LESS || relation == ZVK_RELATION_NOT_GREATER)
-        return mdb_cursor_get(cursor, k, v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
-    return error;
-}
-
-void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request)
+void startIndexedAt(FCB *fcb, FileRequest *request)
 {
     IndexedFile *file = indexedFileOf(fcb);
-    fcb->currentVerb = ZVK_VERB_START;
-    zvkSetStatus(fcb, 0, fs2None);
-    if (endsForLostChanges(fcb, element, ZVK_VERB_START)) return;
+    if (endsForLostChanges(fcb)) return;
     file->locks.release();
     dropAhead(file);
     fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
-    if (request->key >= file->keyCount) {
-        zvkSetStatus(fcb, 23, fs2KeyNumber);
-        return zvkFinishVerb(fcb, element, ZVK_VERB_START);
-    }
+    if (request->key >= file->keyCount) return zvkSetStatus(fcb, 23, fs2KeyNumber);
     const uint8_t *key = keyIn(file, request->key, recordOf(fcb, request));
     size_t size = file->keys[request->key].length;
     if (request->keyLength && request->keyLength < size) size = request->keyLength;
@@ -126,7 +125,6 @@ void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request)
         zvkSetStatus(fcb, 23, fs2NoRecord);
     else if (error)
         failWithStore(fcb, error);
-    zvkFinishVerb(fcb, element, ZVK_VERB_START);
 }
 
 } // namespace filesystems

@@ -1,6 +1,7 @@
 // A record of an indexed file, and its entries in all keys.
 //
 //     database "r"     primary key -> sequence numbers of the alternate keys with duplicates, 8 bytes each | record
+//                                   | checksum of both, 4 bytes
 //     database "1"...  alternate key -> primary key
 //                      with duplicates: alternate key | sequence number, big-endian -> primary key
 //
@@ -9,30 +10,32 @@
 // All keys lie within the shortest record.
 #include "companions/filesystems/indexed_state.h"
 
-#include <string.h>
+#include <cstring>
 
 namespace filesystems {
 
-static void putSequence(uint8_t *to, uint64_t number)
+namespace {
+
+void putSequence(uint8_t *to, uint64_t number)
 {
     number = __builtin_bswap64(number);
-    memcpy(to, &number, sequenceSize);
+    memcpy(to, &number, kSequenceSize);
 }
 
 // The entry of an alternate key: with duplicates the number goes behind it.
-static size_t entryKey(const IndexedFile *file, uint32_t key, const uint8_t *record, uint64_t number, uint8_t *entry)
+size_t entryKey(const IndexedFile *file, uint32_t key, const uint8_t *record, uint64_t number, uint8_t *entry)
 {
     uint32_t length = file->keys[key].length;
     memcpy(entry, keyIn(file, key, record), length);
     if (!hasDuplicates(file, key)) return length;
     putSequence(entry + length, number);
-    return length + sequenceSize;
+    return length + kSequenceSize;
 }
 
 // The number of the next duplicate of a key; 1 when it has none yet.
-static int nextNumber(IndexedFile *file, MDB_txn *txn, uint32_t key, const uint8_t *record, uint64_t *number)
+int nextNumber(IndexedFile *file, MDB_txn *txn, uint32_t key, const uint8_t *record, uint64_t *number)
 {
-    uint8_t entry[keyRoom];
+    uint8_t entry[kKeyRoom];
     size_t size = entryKey(file, key, record, ~uint64_t(0), entry);
     MDB_cursor *cursor;
     int error = mdb_cursor_open(txn, file->data[key], &cursor);
@@ -41,40 +44,34 @@ static int nextNumber(IndexedFile *file, MDB_txn *txn, uint32_t key, const uint8
     error = mdb_cursor_get(cursor, &k, &v, MDB_SET_RANGE);
     error = mdb_cursor_get(cursor, &k, &v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
     *number = 1;
-    if (!error && k.mv_size == size && memcmp(k.mv_data, entry, size - sequenceSize) == 0) {
+    if (!error && k.mv_size == size && memcmp(k.mv_data, entry, size - kSequenceSize) == 0) {
         uint64_t last;
-        memcpy(&last, static_cast<uint8_t *>(k.mv_data) + size - sequenceSize, sequenceSize);
+        memcpy(&last, static_cast<uint8_t *>(k.mv_data) + size - kSequenceSize, kSequenceSize);
         *number = __builtin_bswap64(last) + 1;
     }
     mdb_cursor_close(cursor);
     return error == MDB_NOTFOUND ? 0 : error;
 }
 
-bool isRecord(const IndexedFile *file, const MDB_val &stored)
-{
-    size_t numbers = numbersSize(file);
-    return stored.mv_size >= numbers + file->format.shortest && stored.mv_size <= numbers + file->format.longest;
-}
-
 // The stored form is put together in moduleBuffer2: numbers, then the record.
-static uint8_t *newRecord(FCB *fcb) { return static_cast<uint8_t *>(fcb->moduleBuffer2); }
+uint8_t *newRecord(FCB *fcb) { return static_cast<uint8_t *>(fcb->moduleBuffer2); }
 
 // The old record lies in a page that the changes may move: it is copied behind the new one.
-static const uint8_t *copyOfOld(FCB *fcb, const IndexedFile *file, const MDB_val &old)
+const uint8_t *copyOfOld(FCB *fcb, const IndexedFile *file, const MDB_val &old)
 {
-    uint8_t *copy = newRecord(fcb) + numbersSize(file) + file->format.longest;
+    uint8_t *copy = newRecord(fcb) + numbersSize(file) + file->format.longest + file->sumSize;
     memcpy(copy, old.mv_data, old.mv_size);
     return copy;
 }
 
 // Has a record that is there, and is to be replaced by another, the same key?
-static bool sameKey(const IndexedFile *file, uint32_t key, const uint8_t *record, const uint8_t *old)
+bool sameKey(const IndexedFile *file, uint32_t key, const uint8_t *record, const uint8_t *old)
 {
     return old && memcmp(keyIn(file, key, record), keyIn(file, key, old), file->keys[key].length) == 0;
 }
 
 // All that can refuse comes before the first change: 0, MDB_KEYEXIST, or an error.
-static int findRefusal(const IndexedFile *file, MDB_txn *txn, const uint8_t *record, const uint8_t *old)
+int findRefusal(const IndexedFile *file, MDB_txn *txn, const uint8_t *record, const uint8_t *old)
 {
     for (uint32_t key = 1; key < file->keyCount; ++key) {
         if (hasDuplicates(file, key) || sameKey(file, key, record, old)) continue;
@@ -86,10 +83,10 @@ static int findRefusal(const IndexedFile *file, MDB_txn *txn, const uint8_t *rec
 }
 
 // `old`: the stored record that this one replaces, or null.
-static int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length,
-                     const uint8_t *old, bool *refused)
+int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const uint8_t *old,
+              bool *refused)
 {
-    uint8_t *stored = newRecord(fcb), entry[keyRoom];
+    uint8_t *stored = newRecord(fcb), entry[kKeyRoom];
     const uint8_t *oldRecord = old ? old + numbersSize(file) : nullptr;
     MDB_val primary = valueOf(keyIn(file, 0, record), file->keys[0].length);
     int error = findRefusal(file, txn, record, oldRecord);
@@ -100,7 +97,7 @@ static int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *r
     for (uint32_t key = 1; key < file->keyCount; ++key) {
         bool duplicates = hasDuplicates(file, key);
         uint64_t sequence = 0;
-        if (duplicates && old) memcpy(&sequence, old + n * sequenceSize, sequenceSize);
+        if (duplicates && old) memcpy(&sequence, old + n * kSequenceSize, kSequenceSize);
         if (!sameKey(file, key, record, oldRecord)) {
             if (old) {
                 MDB_val k = valueOf(entry, entryKey(file, key, oldRecord, sequence, entry));
@@ -111,13 +108,24 @@ static int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *r
             MDB_val k = valueOf(entry, entryKey(file, key, record, sequence, entry));
             if ((error = mdb_put(txn, file->data[key], &k, &primary, 0))) return error;
         }
-        if (duplicates) memcpy(stored + n++ * sequenceSize, &sequence, sequenceSize);
+        if (duplicates) memcpy(stored + n++ * kSequenceSize, &sequence, kSequenceSize);
     }
-    memcpy(stored + n * sequenceSize, record, length);
-    MDB_val value = valueOf(stored, n * sequenceSize + length);
+    memcpy(stored + n * kSequenceSize, record, length);
+    size_t size = n * kSequenceSize + length;
+    if (file->sumSize) putSum(0, stored, size);
+    MDB_val value = valueOf(stored, size + file->sumSize);
     error = mdb_put(txn, file->data[0], &primary, &value, old ? 0 : MDB_NOOVERWRITE);
     if (!error && another) zvkSetStatus(fcb, 2, fs2DuplicateKey);
     return error;
+}
+
+} // namespace
+
+bool isRecord(const IndexedFile *file, const MDB_val &stored)
+{
+    size_t around = numbersSize(file) + file->sumSize, size = stored.mv_size;
+    if (size < around + file->format.shortest || size > around + file->format.longest) return false;
+    return !file->sumSize || hasSum(0, static_cast<const uint8_t *>(stored.mv_data), size - file->sumSize);
 }
 
 int insertRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, bool *refused)
@@ -136,10 +144,10 @@ int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old)
 {
     if (!isRecord(file, old)) return MDB_CORRUPTED;
     const uint8_t *copy = copyOfOld(fcb, file, old), *record = copy + numbersSize(file);
-    uint8_t entry[keyRoom];
+    uint8_t entry[kKeyRoom];
     for (uint32_t key = 1, n = 0; key < file->keyCount; ++key) {
         uint64_t number = 0;
-        if (hasDuplicates(file, key)) memcpy(&number, copy + n++ * sequenceSize, sequenceSize);
+        if (hasDuplicates(file, key)) memcpy(&number, copy + n++ * kSequenceSize, kSequenceSize);
         MDB_val k = valueOf(entry, entryKey(file, key, record, number, entry));
         if (int error = mdb_del(txn, file->data[key], &k, nullptr)) return error;
     }

@@ -1,16 +1,15 @@
 // An open indexed file, and what its verbs are made of: transactions, the record with its entries
 // in all keys, the place of sequential reading.
-#ifndef COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
-#define COMPANIONS_FILESYSTEMS_INDEXED_STATE_H
+#pragma once
 
 #include "companions/filesystems/indexed_store.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
+#include "companions/filesystems/record_sum.h"
 
 namespace filesystems {
 
-constexpr uint32_t sequenceSize = 8;
-constexpr size_t keyRoom = 512;
+constexpr size_t kKeyRoom = 512;
 
 // INPUT reads ahead: entries with their records, copied out of one snapshot, which ends with the
 // verb. A reader that waits for its terminal, or was killed, so holds no page of the store.
@@ -29,6 +28,8 @@ struct IndexedFile {
     MDB_txn *snapshot; // reading
     bool snapshotLive;
     bool alone, sequential, exact;
+    bool transactional;
+    uint64_t seen;  // the transaction that the last verb was in
     bool committed; // something, since OPEN
     bool dropped;   // acknowledged changes of a batch went with it
     uint16_t lost;  // the status of that, which every verb gives from then on; 0: none
@@ -36,14 +37,15 @@ struct IndexedFile {
     uint64_t changedBytes;
     ReadAhead ahead;
     uint32_t keyCount, numbered; // keys; alternates with duplicates
-    FileKey keys[mostKeys];
-    MDB_dbi data[mostKeys];
+    FileKey keys[kMostKeys];
+    MDB_dbi data[kMostKeys];
     RecordFormat format;
+    uint32_t sumSize; // of the checksum after a record, 0 or 4
     RecordLocks locks;
     uint32_t reference; // key of reference
-    uint8_t place[keyRoom];
+    uint8_t place[kKeyRoom];
     size_t placeSize;
-    uint8_t lastKey[keyRoom]; // primary key of the last READ, or of the last sequential WRITE
+    uint8_t lastKey[kKeyRoom]; // primary key of the last READ, or of the last sequential WRITE
     bool wrote;
 };
 
@@ -65,24 +67,32 @@ inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t
 MDB_txn *reading(IndexedFile *file, int *error);
 void endReading(IndexedFile *file); // every verb that reads ends with it
 
-MDB_txn *changing(IndexedFile *file, int *error);
-// Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be
-// told apart (`dropped`).
+MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error);
+// Ends a change, with the signal of the size limit held off: an `error` undoes it, and in a batch
+// all since the last commit, which cannot be told apart (`dropped`).
 int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes);
 int commitBatch(IndexedFile *file);
 // FS1 and FS2 of a change that failed.
 void failChange(FCB *fcb, IndexedFile *file, int error);
-// True if acknowledged changes were lost before: the verb is over, with the status that says so.
-bool endsForLostChanges(FCB *fcb, IPCB *element, uint8_t verb);
+// True if acknowledged changes were lost before: the verb has no work, and the status says so.
+bool endsForLostChanges(FCB *fcb);
+
+// The keys and records of the file, out of its header.
+void describeRecords(IndexedFile *file, uint32_t longest, uint32_t shortest, const StoredHeader &header);
+// EXTEND, and sequential WRITE after a rollback, go on after the highest key.
+int takeHighestKey(IndexedFile *file);
 
 // --- indexed_record.cpp: a record and its entries in all keys
 
 // Bytes in front of a record as it is stored: the numbers of its keys with duplicates.
-inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * sequenceSize; }
+inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * kSequenceSize; }
 // Bytes that `moduleBuffer2` needs: two records as stored.
-inline size_t recordRoom(const IndexedFile *file) { return 2 * (numbersSize(file) + file->format.longest); }
+inline size_t recordRoom(const IndexedFile *file)
+{
+    return 2 * (numbersSize(file) + file->format.longest + file->sumSize);
+}
 
-// Is this a record that this file can have? Others are damage of the store.
+// Is this a record that this file can have, as it was written? Others are damage of the store.
 bool isRecord(const IndexedFile *file, const MDB_val &stored);
 
 // Each does its work in `txn`. `refused`: an alternate key without duplicates is there already, and
@@ -97,7 +107,7 @@ int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old);
 // Bytes of an entry's key. An entry of another length is damage.
 inline size_t entrySize(const IndexedFile *file, uint32_t key)
 {
-    return file->keys[key].length + (hasDuplicates(file, key) ? sequenceSize : 0);
+    return file->keys[key].length + (hasDuplicates(file, key) ? kSequenceSize : 0);
 }
 int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor);
 void dropAhead(IndexedFile *file);
@@ -107,8 +117,6 @@ int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_v
 int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v);
 // Does another record of the same alternate key follow? Leaves the cursor where it was.
 bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at);
-void startIndexedAt(FCB *fcb, IPCB *element, FileRequest *request);
+void startIndexedAt(FCB *fcb, FileRequest *request);
 
 } // namespace filesystems
-
-#endif

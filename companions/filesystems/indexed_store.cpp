@@ -1,11 +1,12 @@
 #include "companions/filesystems/indexed_store.h"
 
-#include <errno.h>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
-#include <limits.h>
 #include <pthread.h>
-#include <stdlib.h>
-#include <string.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -13,10 +14,9 @@
 
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/transaction.h"
 
 namespace filesystems {
-
-static constexpr uint32_t mostReaders = 8192; // of one store at the same time, 64 bytes each in NAME.mdb-lock
 
 // An environment with LMDB's locks may be open only once in a process; the files of a program that
 // are the same file share it. A child process takes none of its parent's.
@@ -33,46 +33,61 @@ struct Store {
     dev_t lockDevice;         // of the lock file
     ino_t lockInode;
     size_t pageSize;
+    MDB_dbi about;
     char name[];
 };
-static Store *stores;
-static pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
 
-static bool storeName(FCB *fcb, char *name, const char *suffix)
+namespace {
+
+Store *stores;
+pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
+
+// Another name of the same file, in the same folder, that has a store: a hard link to it shares its
+// records. False: there is none.
+bool otherName(const char *file, const struct stat &about, char *name)
 {
-    char path[PATH_MAX];
+    const char *slash = strrchr(file, '/');
+    char folder[PATH_MAX], path[PATH_MAX];
+    snprintf(folder, sizeof folder, "%.*s", slash ? static_cast<int>(slash - file + 1) : 2, slash ? file : "./");
+    DIR *entries = opendir(folder);
+    bool found = false;
+    while (dirent *entry = entries && !found ? readdir(entries) : nullptr) {
+        struct stat other;
+        if (entry->d_ino != about.st_ino || snprintf(path, sizeof path, "%s%s", folder, entry->d_name) >= PATH_MAX)
+            continue;
+        if (snprintf(name, PATH_MAX, "%s.mdb", path) >= PATH_MAX || access(name, F_OK) != 0) continue;
+        found = stat(path, &other) == 0 && other.st_dev == about.st_dev && other.st_ino == about.st_ino;
+    }
+    if (entries) closedir(entries);
+    if (found) snprintf(name, PATH_MAX, "%s", path);
+    return found;
+}
+
+bool storeName(FCB *fcb, char *name, const char *suffix)
+{
+    char path[PATH_MAX], linked[PATH_MAX];
+    struct stat about;
     const char *file = resolvedName(fcb->fileName, path);
     if (!file) return failWithErrno(fcb, errno);
+    if (snprintf(name, PATH_MAX, "%s.mdb", file) >= PATH_MAX) return failWithErrno(fcb, ENAMETOOLONG);
+    // A file of several names has its store beside one of them.
+    if (access(name, F_OK) != 0 && stat(file, &about) == 0 && about.st_nlink > 1) {
+        if (otherName(file, about, linked))
+            file = linked;
+        else if (about.st_size)
+            return fail(fcb, 30, fs2Link);
+    }
     if (snprintf(name, PATH_MAX, "%s.mdb%s", file, suffix) < PATH_MAX) return true;
     return failWithErrno(fcb, ENAMETOOLONG);
 }
 
-// --- Transactions
-
-int storeIsReplaced(const Store *store)
-{
-    char lock[PATH_MAX];
-    struct stat about;
-    if (stat(store->name, &about) != 0 || about.st_dev != store->device || about.st_ino != store->inode)
-        return storeReplaced;
-    if (!store->lockInode) return 0;
-    snprintf(lock, sizeof lock, "%s-lock", store->name);
-    bool same = stat(lock, &about) == 0 && about.st_dev == store->lockDevice && about.st_ino == store->lockInode;
-    return same ? 0 : storeReplaced;
-}
-
-static void enterTransaction(Store *store)
+void enterTransaction(Store *store)
 {
     if (store->shared) pthread_rwlock_rdlock(&store->mapLock);
 }
 
-void leaveTransaction(Store *store)
-{
-    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
-}
-
 // With size 0 as large as another program made it.
-static void resizeMap(Store *store, size_t size)
+void resizeMap(Store *store, size_t size)
 {
     if (store->shared) pthread_rwlock_wrlock(&store->mapLock);
     mdb_env_set_mapsize(store->env, size);
@@ -81,20 +96,25 @@ static void resizeMap(Store *store, size_t size)
 
 // Twice the address space while half of it is used. If the system gives no more, LMDB says so once
 // the store is full.
-static void growMap(Store *store)
+void growMap(Store *store)
 {
     MDB_envinfo info;
     if (mdb_env_info(store->env, &info) == 0 && (info.me_last_pgno + 1) * store->pageSize > info.me_mapsize / 2)
         resizeMap(store, info.me_mapsize * 2);
 }
 
-static int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
+// `settles`: not before what journals say.
+int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, bool settles = true)
 {
+    char file[PATH_MAX];
+    bool unsettled = false;
     bool cleared = false;
     for (;;) {
         enterTransaction(store);
         int error = flags && *txn ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
-        if (!error && store->shared && (error = storeIsReplaced(store))) {
+        if (!error && store->shared) error = storeIsReplaced(store);
+        if (!error && store->shared && settles) unsettled = hasJournal(fileOfStore(store, file));
+        if (*txn && (error == kStoreReplaced || unsettled)) {
             if (flags) {
                 mdb_txn_reset(*txn);
             } else {
@@ -102,8 +122,11 @@ static int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
                 *txn = nullptr;
             }
         }
-        if (!error) return 0;
+        if (!error && !unsettled) return 0;
         leaveTransaction(store);
+        if (unsettled && !error) error = settleJournal(file);
+        unsettled = false;
+        if (!error) continue;
         if (error == MDB_MAP_RESIZED)
             resizeMap(store, 0);
         else if (error == MDB_READERS_FULL && !cleared)
@@ -113,38 +136,8 @@ static int beginTransaction(Store *store, unsigned flags, MDB_txn **txn)
     }
 }
 
-int beginReading(Store *store, MDB_txn **txn) { return beginTransaction(store, MDB_RDONLY, txn); }
-
-int beginChange(Store *store, MDB_txn **txn)
-{
-    growMap(store);
-    *txn = nullptr;
-    return beginTransaction(store, 0, txn);
-}
-
-int forceStore(Store *store)
-{
-    unsigned flags;
-    bool never = mdb_env_get_flags(store->env, &flags) == 0 && (flags & MDB_NOSYNC);
-    return never ? 0 : mdb_env_sync(store->env, 1);
-}
-
-void clearDeadReaders(Store *store)
-{
-    int dead;
-    if (store->shared) mdb_reader_check(store->env, &dead);
-}
-
-uint64_t bytesPerCommit(const Store *store)
-{
-    MDB_envinfo info;
-    return mdb_env_info(store->env, &info) == 0 ? info.me_mapsize / 16 : 0;
-}
-
-// --- The store as a file
-
 // Is there no room for a store to grow? Asks for some behind its end, which no data is harmed by.
-static bool storeIsFull(FCB *fcb)
+bool storeIsFull(FCB *fcb)
 {
     constexpr off_t some = 65536;
     char name[PATH_MAX];
@@ -167,37 +160,13 @@ static bool storeIsFull(FCB *fcb)
     return full;
 }
 
-bool failWithStore(FCB *fcb, int error)
-{
-    // LMDB says EIO also when the system took only a part of what it wrote, as a full disk or the
-    // file-size limit makes it.
-    if (error == EIO && storeIsFull(fcb)) return fail(fcb, 34, fs2Full);
-    if (error > 0) return failWithErrno(fcb, error);
-    if (error == MDB_READERS_FULL) return fail(fcb, 93, fs2Readers);
-    if (error == storeReplaced) return fail(fcb, 30, fs2Replaced);
-    if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
-    return fail(fcb, 30, fs2Store);
-}
-
-// VFS_INDEXED_MAP, in megabytes.
-static size_t mapSize()
-{
-    constexpr size_t byDefault = size_t(1) << 36, least = 1 << 20;
-    const char *said = getenv("VFS_INDEXED_MAP");
-    char *end;
-    if (!said || *said < '0' || *said > '9') return byDefault;
-    unsigned long long megabytes = strtoull(said, &end, 10);
-    if (*end || megabytes == 0 || megabytes > size_t(1) << 26) return byDefault;
-    return static_cast<size_t>(megabytes) * least;
-}
-
-static int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
+int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
 {
     int error = mdb_env_create(env);
     if (error) return error;
     mdb_env_set_mapsize(*env, mapSize());
-    mdb_env_set_maxreaders(*env, mostReaders);
-    mdb_env_set_maxdbs(*env, mostKeys + 2);
+    mdb_env_set_maxreaders(*env, kMostReaders);
+    mdb_env_set_maxdbs(*env, kMostKeys + 2);
     // NOMETASYNC: data is forced before the page that leads to it is written, which the next commit
     // or CLOSE forces.
     Durability durability = wantedDurability();
@@ -213,11 +182,9 @@ static int openEnvironment(const char *name, bool writable, bool locked, MDB_env
     return error;
 }
 
-static void databaseName(uint32_t key, char *name) { snprintf(name, 8, key ? "%u" : "r", key); }
-
 // Pages that the file's end cuts off would end the program when they are touched; as zeros they are
 // an error of the store.
-static bool completePages(const char *name, MDB_env *env)
+bool completePages(const char *name, MDB_env *env)
 {
     MDB_envinfo info;
     MDB_stat about;
@@ -228,7 +195,7 @@ static bool completePages(const char *name, MDB_env *env)
 }
 
 // Opens the environment and makes its record; the caller puts it into the list.
-static Store *openStore(const char *name, const struct stat &about, bool writable, bool locked, int *error)
+Store *openStore(const char *name, const struct stat &about, bool writable, bool locked, int *error)
 {
     MDB_env *env = nullptr;
     *error = openEnvironment(name, writable, locked, &env);
@@ -238,7 +205,7 @@ static Store *openStore(const char *name, const struct stat &about, bool writabl
     char lock[PATH_MAX];
     struct stat locks = {};
     snprintf(lock, sizeof lock, "%s-lock", name);
-    if (!*error && locked && stat(lock, &locks) != 0) *error = storeReplaced;
+    if (!*error && locked && stat(lock, &locks) != 0) *error = kStoreReplaced;
     if (*error) {
         mdb_env_close(env);
         free(store);
@@ -246,15 +213,15 @@ static Store *openStore(const char *name, const struct stat &about, bool writabl
     }
     MDB_stat pages;
     mdb_env_stat(env, &pages);
-    *store = {about.st_dev, about.st_ino, getpid(),      env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
-              locks.st_dev, locks.st_ino, pages.ms_psize};
+    *store = {about.st_dev, about.st_ino, getpid(),       env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
+              locks.st_dev, locks.st_ino, pages.ms_psize, 0};
     strcpy(store->name, name);
     clearDeadReaders(store);
     return store;
 }
 
 // Writable if it can be: another file of this program may want to write.
-static Store *shareStore(const char *name, const struct stat &about, bool writable, int *error)
+Store *shareStore(const char *name, const struct stat &about, bool writable, int *error)
 {
     writable |= faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) == 0;
     pthread_mutex_lock(&storesLock);
@@ -273,32 +240,17 @@ static Store *shareStore(const char *name, const struct stat &about, bool writab
     return store;
 }
 
-void leaveStore(Store *store)
-{
-    if (!store) return;
-    pthread_mutex_lock(&storesLock);
-    if (--store->users == 0) {
-        if (store->shared) {
-            Store **link = &stores;
-            while (*link != store) link = &(*link)->next;
-            *link = store->next;
-        }
-        mdb_env_close(store->env);
-        free(store);
-    }
-    pthread_mutex_unlock(&storesLock);
-}
-
 // The databases of all keys, and the store's identity.
-static int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
+int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
 {
     MDB_txn *txn = nullptr;
     MDB_dbi about;
-    int error = beginReading(store, &txn);
+    int error = beginTransaction(store, MDB_RDONLY, &txn, false);
     if (error && txn) mdb_txn_abort(txn);
     if (error) return error;
-    MDB_val k = valueOf("identity", 8), v;
-    error = mdb_dbi_open(txn, "about", 0, &about);
+    MDB_val k = identityKey(), v;
+    error = mdb_dbi_open(txn, kAboutDatabase, 0, &about);
+    if (!error) store->about = about;
     if (!error) error = mdb_get(txn, about, &k, &v);
     if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
     for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
@@ -315,7 +267,139 @@ static int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data
     return error == MDB_NOTFOUND ? MDB_INCOMPATIBLE : error;
 }
 
-Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data)
+} // namespace
+
+int storeIsReplaced(const Store *store)
+{
+    char lock[PATH_MAX];
+    struct stat about;
+    if (stat(store->name, &about) != 0 || about.st_dev != store->device || about.st_ino != store->inode)
+        return kStoreReplaced;
+    if (!store->lockInode) return 0;
+    snprintf(lock, sizeof lock, "%s-lock", store->name);
+    bool same = stat(lock, &about) == 0 && about.st_dev == store->lockDevice && about.st_ino == store->lockInode;
+    return same ? 0 : kStoreReplaced;
+}
+
+void leaveTransaction(Store *store)
+{
+    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
+}
+
+int beginReading(Store *store, MDB_txn **txn) { return beginTransaction(store, MDB_RDONLY, txn); }
+
+int beginChange(Store *store, MDB_txn **txn)
+{
+    growMap(store);
+    *txn = nullptr;
+    return beginTransaction(store, 0, txn);
+}
+
+const char *fileOfStore(const Store *store, char *room)
+{
+    snprintf(room, PATH_MAX, "%.*s", static_cast<int>(strlen(store->name) - strlen(".mdb")), store->name);
+    return room;
+}
+
+int beginRedo(Store *store, MDB_txn **txn)
+{
+    growMap(store);
+    *txn = nullptr;
+    return beginTransaction(store, 0, txn, false);
+}
+
+uint64_t lastJournal(const Store *store, MDB_txn *txn)
+{
+    MDB_val k = valueOf("journal", 7), v;
+    uint64_t number = 0;
+    if (mdb_get(txn, store->about, &k, &v) == 0 && v.mv_size == sizeof number)
+        memcpy(&number, v.mv_data, sizeof number);
+    return number;
+}
+
+int noteJournal(const Store *store, MDB_txn *txn, uint64_t number)
+{
+    MDB_val k = valueOf("journal", 7), v = valueOf(&number, sizeof number);
+    return mdb_put(txn, store->about, &k, &v, 0);
+}
+
+int forceStore(Store *store)
+{
+    unsigned flags;
+    bool never = mdb_env_get_flags(store->env, &flags) == 0 && (flags & MDB_NOSYNC);
+    return never ? 0 : mdb_env_sync(store->env, 1);
+}
+
+void clearDeadReaders(Store *store)
+{
+    int dead;
+    if (store->shared) mdb_reader_check(store->env, &dead);
+}
+
+uint64_t bytesPerCommit(const Store *store)
+{
+    MDB_envinfo info;
+    return mdb_env_info(store->env, &info) == 0 ? info.me_mapsize / 16 : 0;
+}
+
+bool failWithStore(FCB *fcb, int error)
+{
+    // LMDB says EIO also when the system took only a part of what it wrote, as a full disk or the
+    // file-size limit makes it.
+    if (error == EIO && storeIsFull(fcb)) return fail(fcb, 34, fs2Full);
+    if (error > 0) return failWithErrno(fcb, error);
+    if (error == MDB_READERS_FULL) return fail(fcb, 93, fs2Readers);
+    if (error == kStoreReplaced) return fail(fcb, 30, fs2Replaced);
+    if (error == kInTransaction) return fail(fcb, statusRecordLocked, fs2InTransaction);
+    if (error == MDB_MAP_FULL || error == MDB_TXN_FULL) return fail(fcb, 34, fs2Full);
+    return fail(fcb, 30, fs2Store);
+}
+
+void leaveStore(Store *store)
+{
+    if (!store) return;
+    pthread_mutex_lock(&storesLock);
+    if (--store->users == 0) {
+        if (store->shared) {
+            Store **link = &stores;
+            while (*link != store) link = &(*link)->next;
+            *link = store->next;
+        }
+        mdb_env_close(store->env);
+        free(store);
+    }
+    pthread_mutex_unlock(&storesLock);
+}
+
+// The databases, for the handles of one environment are opened by one thread at a time.
+Store *withDatabases(Store *store, const StoredHeader &header, MDB_dbi *data, int *error)
+{
+    if (!store) return nullptr;
+    pthread_mutex_lock(&storesLock);
+    *error = openDatabases(store, header, data);
+    pthread_mutex_unlock(&storesLock);
+    if (!*error) return store;
+    leaveStore(store);
+    return nullptr;
+}
+
+void keepStore(Store *store)
+{
+    pthread_mutex_lock(&storesLock);
+    ++store->users;
+    pthread_mutex_unlock(&storesLock);
+}
+
+Store *useSharedStore(FCB *fcb, const StoredHeader &header, MDB_dbi *data, int *error)
+{
+    char name[PATH_MAX];
+    struct stat about;
+    *error = 0;
+    if (!storeName(fcb, name, "") || stat(name, &about) != 0) return *error = MDB_INVALID, nullptr;
+    return withDatabases(shareStore(name, about, true, error), header, data, error);
+}
+
+Store *useStore(FCB *fcb, const Opened &opened, bool writable, bool shared, const StoredHeader &header, MDB_dbi *data)
 {
     char name[PATH_MAX];
     struct stat about;
@@ -324,7 +408,7 @@ Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeade
     if (!storeName(fcb, name, "")) return nullptr;
     if (stat(name, &about) != 0 || about.st_size == 0)
         error = MDB_INVALID;
-    else if (opened.held.alone || (!writable && opened.held.noWriters))
+    else if (!shared && (opened.held.alone || (!writable && opened.held.noWriters)))
         store = openStore(name, about, writable, false, &error);
     else
         store = shareStore(name, about, writable, &error);
@@ -336,13 +420,7 @@ Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeade
         }
         store = openStore(name, about, false, false, &error);
     }
-    if (store) {
-        pthread_mutex_lock(&storesLock); // handles of one environment are opened by one thread at a time
-        error = openDatabases(store, header, data);
-        pthread_mutex_unlock(&storesLock);
-        if (error) leaveStore(store);
-        if (error) store = nullptr;
-    }
+    store = withDatabases(store, header, data, &error);
     if (error) failWithStore(fcb, error);
     return store;
 }
@@ -379,8 +457,8 @@ bool createStore(FCB *fcb, const StoredHeader &header)
         error = mdb_dbi_open(txn, database, MDB_CREATE, &data);
     }
     MDB_dbi about;
-    if (!error) error = mdb_dbi_open(txn, "about", MDB_CREATE, &about);
-    MDB_val k = valueOf("identity", 8), v = valueOf(&header.identity, 8);
+    if (!error) error = mdb_dbi_open(txn, kAboutDatabase, MDB_CREATE, &about);
+    MDB_val k = identityKey(), v = valueOf(&header.identity, 8);
     if (!error) error = mdb_put(txn, about, &k, &v, 0);
     if (!error)
         error = mdb_txn_commit(txn);

@@ -11,13 +11,10 @@
 //
 // The address space of a store is given at its opening and grows when half of it is used, in this
 // program before a change and in others when they meet the new size.
-#ifndef COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
-#define COMPANIONS_FILESYSTEMS_INDEXED_STORE_H
-
-#include <lmdb.h>
+#pragma once
 
 #include "companions/filesystems/open_rules.h"
-#include "companions/filesystems/stored_header.h"
+#include "companions/filesystems/store_layout.h"
 
 namespace filesystems {
 
@@ -31,18 +28,30 @@ bool storeCanBeMade(FCB *fcb);
 bool createStore(FCB *fcb, const StoredHeader &header);
 
 // Opens the file's store; null with the status set. `data` receives the databases of all keys.
-Store *useStore(FCB *fcb, const Opened &opened, bool writable, const StoredHeader &header, MDB_dbi *data);
+// `shared`: with LMDB's locks in any case.
+Store *useStore(FCB *fcb, const Opened &opened, bool writable, bool shared, const StoredHeader &header, MDB_dbi *data);
+// For a journal: the store of `fcb->fileName`; null with `error` set.
+Store *useSharedStore(FCB *fcb, const StoredHeader &header, MDB_dbi *data, int *error);
+void keepStore(Store *store); // one more `leaveStore` is due
 void leaveStore(Store *store);
+
+// The name of the file whose store it is, in `room` of PATH_MAX bytes.
+const char *fileOfStore(const Store *store, char *room);
 
 // Transactions. A change or a reading that could not begin needs no `leaveTransaction`; all others
 // do after their end. `beginReading` renews the one that it is given, or makes it.
 int beginReading(Store *store, MDB_txn **txn);
 int beginChange(Store *store, MDB_txn **txn);
+// For the changes of a journal, which wait for none.
+int beginRedo(Store *store, MDB_txn **txn);
 void leaveTransaction(Store *store);
-// Are NAME.mdb and its lock file those that were opened? 0, or `storeReplaced`: what others see and
-// lock is something else.
+// The number of the journal that was brought in last (commit_journal.h); 0: none.
+uint64_t lastJournal(const Store *store, MDB_txn *txn);
+int noteJournal(const Store *store, MDB_txn *txn, uint64_t number);
+// Are NAME.mdb and its lock file those that were opened? 0, or `kStoreReplaced`: what others see
+// and lock is something else.
 int storeIsReplaced(const Store *store);
-constexpr int storeReplaced = -40001;
+constexpr int kStoreReplaced = -40001;
 
 // CLOSE: forces what was committed to the disk, if the program's durability has it so.
 int forceStore(Store *store);
@@ -58,5 +67,3 @@ bool failWithStore(FCB *fcb, int error);
 inline MDB_val valueOf(const void *data, size_t size) { return {size, const_cast<void *>(data)}; }
 
 } // namespace filesystems
-
-#endif

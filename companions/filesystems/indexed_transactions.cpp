@@ -8,16 +8,21 @@
 // The batch of a file that this program has alone goes as a whole when one of its writes fails.
 // Changes that the program was told are made go with it: from then on every verb and CLOSE fail.
 #include "companions/filesystems/indexed_state.h"
-#include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/transaction.h"
 
 namespace filesystems {
 
-static constexpr uint32_t changesPerCommit = 10000, commitsPerReaderCheck = 1000;
+namespace {
+
+constexpr uint32_t kChangesPerCommit = 10000, kCommitsPerReaderCheck = 1000;
+
+} // namespace
 
 MDB_txn *reading(IndexedFile *file, int *error)
 {
     *error = 0;
     if (file->batch) return file->batch;
+    if (MDB_txn *txn = file->transactional ? transactionOn(file->store) : nullptr) return txn;
     *error = beginReading(file->store, &file->snapshot);
     file->snapshotLive = !*error;
     return *error ? nullptr : file->snapshot;
@@ -31,10 +36,20 @@ void endReading(IndexedFile *file)
     file->snapshotLive = false;
 }
 
-MDB_txn *changing(IndexedFile *file, int *error)
+MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error)
 {
+    IndexedFile *file = indexedFileOf(fcb);
     *error = 0;
     if (file->batch) return file->batch;
+    if (file->transactional) {
+        MDB_txn *txn = transactionOn(file->store);
+        LockWait wait(file->locks.wait, request);
+        while (!txn && (*error = joinTransaction(file->store, file->descriptor, &txn))) {
+            failWithStore(fcb, *error);
+            if (*error != kInTransaction || !wait.again(fcb)) return nullptr;
+        }
+        return txn;
+    }
     MDB_txn *txn = nullptr;
     *error = beginChange(file->store, &txn);
     if (!*error && file->alone) file->batch = txn;
@@ -61,11 +76,11 @@ int commitBatch(IndexedFile *file)
 
 int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes)
 {
-    SizeLimitHeldOff guard;
+    if (file->transactional) return error;
     if (file->batch && !error) {
         if (!made) return 0;
         file->changedBytes += bytes;
-        if (++file->changes < changesPerCommit && file->changedBytes < bytesPerCommit(file->store)) return 0;
+        if (++file->changes < kChangesPerCommit && file->changedBytes < bytesPerCommit(file->store)) return 0;
         return commitBatch(file);
     }
     if (error || !made) {
@@ -77,7 +92,7 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
     } else {
         error = mdb_txn_commit(txn);
         file->committed |= !error;
-        if (++file->commits % commitsPerReaderCheck == 0) clearDeadReaders(file->store);
+        if (++file->commits % kCommitsPerReaderCheck == 0) clearDeadReaders(file->store);
     }
     leaveTransaction(file->store);
     return error;
@@ -86,16 +101,29 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
 void failChange(FCB *fcb, IndexedFile *file, int error)
 {
     failWithStore(fcb, error);
+    if (file->transactional && transactionOn(file->store)) doomTransaction(fcb->status);
     if (file->dropped && !file->lost) file->lost = fcb->status;
 }
 
-bool endsForLostChanges(FCB *fcb, IPCB *element, uint8_t verb)
+bool endsForLostChanges(FCB *fcb)
 {
-    uint16_t status = indexedFileOf(fcb)->lost;
-    if (!status) return false;
+    IndexedFile *file = indexedFileOf(fcb);
+    uint16_t status = file->lost, doom = file->transactional ? doomOfTransaction() : uint16_t{0};
+    if (file->transactional && file->seen != transactionNumber()) {
+        // What was read ahead, or written last, may be taken back.
+        dropAhead(file);
+        if (file->wrote && file->seen < lastRollback()) {
+            file->wrote = false;
+            if (int error = takeHighestKey(file)) return !failWithStore(fcb, error);
+        }
+        file->seen = transactionNumber();
+    }
+    if (!status && !doom) return false;
     fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
-    zvkSetStatus(fcb, status, fs2Lost);
-    zvkFinishVerb(fcb, element, verb);
+    if (doom)
+        zvkSetStatus(fcb, doom, fs2Doomed);
+    else
+        zvkSetStatus(fcb, status, fs2Lost);
     return true;
 }
 

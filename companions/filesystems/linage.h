@@ -7,8 +7,7 @@
 // and the next top margin go out as lines, and the counter is 1 again; the first page's top margin
 // goes out with the first record. Pages are plain lines: a page of 60 lines with margins of 3 takes
 // 66.
-#ifndef COMPANIONS_FILESYSTEMS_LINAGE_H
-#define COMPANIONS_FILESYSTEMS_LINAGE_H
+#pragma once
 
 #include "companions/filesystems/secondary_status.h"
 
@@ -61,5 +60,3 @@ inline void takeLinageStep(FCB *fcb, const LinageStep &step)
 }
 
 } // namespace filesystems
-
-#endif

@@ -127,8 +127,8 @@ private:
         int32_t lines = said ? request->advance : 1;
         bool page = lines == ZVK_ADVANCE_PAGE;
         if (lines < 0 && !page) lines = 0;
-        constexpr int32_t mostLines = 4096;
-        if (lines > mostLines) lines = mostLines;
+        constexpr int32_t kMostLines = 4096;
+        if (lines > kMostLines) lines = kMostLines;
         uint32_t feed = page ? 0 : static_cast<uint32_t>(lines);
         uint32_t margin = file->firstPage ? fcb->linageTop : 0;
         // A record BEFORE ADVANCING does not go on the line of one that was written AFTER.

@@ -1,14 +1,18 @@
 #include "companions/filesystems/open_rules.h"
 
-#include <errno.h>
+#include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "companions/filesystems/lock_wait.h"
+
 namespace filesystems {
 
-static Opened refused(int descriptor = -1)
+namespace {
+
+Opened refused(int descriptor = -1)
 {
     if (descriptor >= 0) close(descriptor);
     return {-1, false, false, 0, {}};
@@ -16,14 +20,16 @@ static Opened refused(int descriptor = -1)
 
 // An OPTIONAL file that is not there: a success for INPUT, which reads none; created by I-O and
 // EXTEND.
-static Opened absent(FCB *fcb)
+Opened absent(FCB *fcb)
 {
     fcb->state |= ZVK_FILE_ABSENT;
     fail(fcb, 5, fs2Absent);
     return refused();
 }
 
-Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent)
+} // namespace
+
+Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked)
 {
     bool output = fcb->requestedMode & ZVK_OPEN_OUTPUT, input = fcb->requestedMode & ZVK_OPEN_INPUT;
     bool optional = fib->attributes & ZVK_FILE_OPTIONAL;
@@ -65,8 +71,23 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
         fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
         return {descriptor, false, false, 0, {}};
     }
+    bool changed = false;
+    int goesOn = parked ? parked(about.st_dev, about.st_ino, &changed) : -1;
+    if (goesOn >= 0) {
+        close(descriptor);
+        descriptor = goesOn;
+    }
+    if (changed && output) {
+        fail(fcb, statusFileInUse, fs2Uncommitted);
+        return refused(descriptor);
+    }
     ShareHeld held;
-    if (!takeFile(fcb, fib, descriptor, policy, &held)) return refused(descriptor);
+    LockWait wait(lockWaitByDefault(), nullptr);
+    while (!takeFile(fcb, fib, descriptor, policy, &held)) {
+        if (fcb->status != statusFileInUse) return refused(descriptor);
+        releaseFile(descriptor); // what was taken of it would hold off the others meanwhile
+        if (!wait.again(fcb)) return refused(descriptor);
+    }
     if (fstat(descriptor, &about) != 0) { // anew: another open may have written until now
         failWithErrno(fcb, errno);
         return refused(descriptor);

@@ -4,8 +4,9 @@
 // A name is opened without waiting and without cutting it, then looked at, then taken
 // (share_locks.h). OUTPUT empties it only when nothing can refuse any more. So a pipe does not hang
 // the program, and a file that is refused is not touched.
-#ifndef COMPANIONS_FILESYSTEMS_OPEN_RULES_H
-#define COMPANIONS_FILESYSTEMS_OPEN_RULES_H
+#pragma once
+
+#include <sys/types.h>
 
 #include "companions/filesystems/secondary_status.h"
 #include "companions/filesystems/share_locks.h"
@@ -23,7 +24,10 @@ struct Opened {
 // Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status
 // is set; status 5 with an ABSENT state is a success for the caller too. `devices`: character
 // devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
-Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent);
+// `parked`: finds the descriptor of a file that was closed, but goes on (transaction.h).
+using Parked = int (*)(dev_t device, ino_t inode, bool *changed);
+Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent,
+                   Parked parked = nullptr);
 
 // The name of the file itself where the name is a symbolic link to it: what belongs to a file is
 // beside the file. `room` has PATH_MAX bytes; null with errno set.
@@ -49,5 +53,3 @@ inline void dropBuffers(FCB *fcb)
 }
 
 } // namespace filesystems
-
-#endif

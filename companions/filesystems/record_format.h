@@ -3,8 +3,7 @@
 // The compiler gives the lengths; a file whose shortest and longest record differ has variable
 // records. A file that leaves its minimum 0 has variable records of at least no bytes, as RECORD
 // VARYING has it.
-#ifndef COMPANIONS_FILESYSTEMS_RECORD_FORMAT_H
-#define COMPANIONS_FILESYSTEMS_RECORD_FORMAT_H
+#pragma once
 
 #include "kvr2/file_module.h"
 
@@ -35,5 +34,3 @@ inline uint32_t lengthOfRequest(const RecordFormat &format, const FileRequest *r
 inline uint8_t *recordOf(FCB *fcb, FileRequest *request) { return request->into ? request->into : fcb->record; }
 
 } // namespace filesystems
-
-#endif

@@ -5,9 +5,9 @@
 // or, with locks on several records, with UNLOCK or CLOSE. REWRITE and DELETE of a record that
 // somebody else has locked are refused whether or not this open reads with locks. A file that
 // nobody else can write has no locks at all.
-#ifndef COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
-#define COMPANIONS_FILESYSTEMS_RECORD_LOCKS_H
+#pragma once
 
+#include "companions/filesystems/lock_wait.h"
 #include "companions/filesystems/secondary_status.h"
 #include "companions/filesystems/share_locks.h"
 
@@ -18,15 +18,18 @@ struct RecordLocks {
     bool active;    // others may write
     bool automatic; // READ locks by itself
     bool multiple;
-    bool looks; // INPUT with sharing: READ does not read what is locked
+    bool transactional; // locks stay until the transaction ends
+    bool looks;         // INPUT with sharing: READ does not read what is locked
     bool holding;
     uint64_t held;
+    int64_t wait; // milliseconds, of verbs that do not say
 
     void start(const FCB *fcb, const FIB *fib, int file)
     {
         uint8_t share = fib->sharing ? fib->shareMode & ZVK_FILE_SHARE_MASK : 0,
                 lock = fib->sharing ? fib->lockMode & 7 : 0;
         descriptor = file;
+        wait = lockWaitByDefault();
         active = (fcb->requestedMode & ZVK_OPEN_IO) && share != shareNoOther && share != shareReadOnly &&
                  lock != lockExclusive;
         automatic = lock != lockManual;
@@ -37,13 +40,13 @@ struct RecordLocks {
     // The lock of the verb before goes, unless this verb is about that record.
     void release()
     {
-        if (holding && !multiple) unlockRecord(descriptor, held);
+        if (holding && !multiple && !transactional) unlockRecord(descriptor, held);
         holding = false;
     }
 
     void releaseAll()
     {
-        unlockAllRecords(descriptor);
+        if (!transactional) unlockAllRecords(descriptor);
         holding = false;
     }
 
@@ -59,12 +62,19 @@ struct RecordLocks {
     }
 
     // Before a change; the lock goes with the next verb.
-    bool forChange(FCB *fcb, uint64_t record) { return !active || take(fcb, record); }
+    bool forChange(FCB *fcb, const FileRequest *request, uint64_t record)
+    {
+        if (!active) return true;
+        LockWait waiting(wait, request);
+        while (!take(fcb, record))
+            if (!waiting.again(fcb)) return false;
+        return true;
+    }
 
 private:
     bool take(FCB *fcb, uint64_t record)
     {
-        if (holding && held == record) return true;
+        if (holding && held == record && !transactional) return true;
         Taken taken = lockRecord(descriptor, record);
         if (taken == Taken::locked) return fail(fcb, statusRecordLocked, fs2RecordLocked);
         if (taken == Taken::failed) return fail(fcb, 93, fs2TooManyLocks);
@@ -76,5 +86,3 @@ private:
 };
 
 } // namespace filesystems
-
-#endif

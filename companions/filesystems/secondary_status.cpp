@@ -1,10 +1,12 @@
 #include "companions/filesystems/secondary_status.h"
 
-#include <errno.h>
+#include <cerrno>
 
 namespace filesystems {
 
-static const char *const texts[fs2Last - fs2AtEnd] = {
+namespace {
+
+const char *const kTexts[fs2Last - fs2AtEnd] = {
     "end of file",
     "no record position to read on from",
     "no such record",
@@ -37,17 +39,23 @@ static const char *const texts[fs2Last - fs2AtEnd] = {
     "changes since the last commit are lost: a write failed; close the file",
     "too many programs have the indexed file open",
     "record store or its lock file removed or replaced while the file is open",
+    "hard link to an indexed file whose store is beside a name in another folder",
+    "file has changes of another transaction",
+    "transaction cannot be committed: a change failed; roll it back",
+    "file has changes that are not committed",
 };
 
-static const char *textOf(void *, uint32_t fs2, int32_t, int32_t)
+const char *textOf(void *, uint32_t fs2, int32_t, int32_t)
 {
-    if (fs2 >= fs2AtEnd && fs2 < fs2Last) return texts[fs2 - fs2AtEnd];
+    if (fs2 >= fs2AtEnd && fs2 < fs2Last) return kTexts[fs2 - fs2AtEnd];
     if (fs2 > fs2System && fs2 < fs2System + 200) {
         const char *text = strerrordesc_np(static_cast<int>(fs2 - fs2System));
         return text ? text : "system failure";
     }
     return nullptr;
 }
+
+} // namespace
 
 void **operationTable()
 {

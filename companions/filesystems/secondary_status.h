@@ -3,10 +3,9 @@
 // FS1 says what a program has to know; FS2 says why. The library's own routines use small numbers
 // of theirs (up to 34); those of the modules begin at 100, so that a number in a feedback field
 // says who set it. An error of the operating system is 1000 plus its errno.
-#ifndef COMPANIONS_FILESYSTEMS_SECONDARY_STATUS_H
-#define COMPANIONS_FILESYSTEMS_SECONDARY_STATUS_H
+#pragma once
 
-#include <stdint.h>
+#include <cstdint>
 
 #include "kvr2/file_module.h"
 
@@ -46,6 +45,10 @@ enum Secondary : uint32_t {
     fs2Lost,
     fs2Readers,
     fs2Replaced,
+    fs2Link,
+    fs2InTransaction,
+    fs2Doomed,
+    fs2Uncommitted,
     fs2Last,
     fs2System = 1000
 };
@@ -66,5 +69,3 @@ inline bool fail(FCB *fcb, uint16_t status, uint32_t fs2)
 }
 
 } // namespace filesystems
-
-#endif

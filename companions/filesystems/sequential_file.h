@@ -12,18 +12,19 @@
 //         static void finish(FCB *, SequentialFile *);                      // before the last flush
 //         static constexpr bool devices, rewrites;
 //     };
-#ifndef COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
-#define COMPANIONS_FILESYSTEMS_SEQUENTIAL_FILE_H
+#pragma once
 
-#include <errno.h>
-#include <stdlib.h>
-#include <string.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_format.h"
+#include "companions/filesystems/record_sum.h"
+#include "companions/filesystems/verb.h"
 #include "companions/filesystems/whole_records.h"
 
 namespace filesystems {
@@ -34,6 +35,8 @@ struct SequentialFile {
     ByteStream stream;
     WholeRecords changes;
     RecordFormat format;
+    uint32_t sumSize;    // of the checksum after each record, 0 or 4
+    uint8_t *spare;      // room for one record and its checksum
     uint64_t dataStart;  // bytes of a header in front of the records
     uint64_t whole;      // input: end of the last whole record
     uint64_t lastPlace;  // I-O: where the data of the last record read begins
@@ -45,7 +48,7 @@ struct SequentialFile {
     bool firstPage; // LINAGE: the first page's top margin is still to be written
 };
 
-constexpr size_t streamBufferSize = 256 * 1024;
+constexpr size_t kStreamBufferSize = 256 * 1024;
 
 inline SequentialFile *sequentialFileOf(FCB *fcb) { return static_cast<SequentialFile *>(fcb->moduleBuffer); }
 
@@ -99,30 +102,21 @@ struct SequentialVerbs {
         zvkFinishVerb(fcb, element, ZVK_VERB_READ);
     }
 
-    static void write(FCB *fcb, IPCB *element, FileRequest *request)
+    static void write(FCB *fcb, FileRequest *request)
     {
-        FileRequest none = {};
-        if (!request) request = &none;
         SequentialFile *file = sequentialFileOf(fcb);
-        fcb->currentVerb = ZVK_VERB_WRITE;
-        zvkSetStatus(fcb, 0, fs2None);
         uint32_t length = lengthOfRequest(file->format, request);
         if (__builtin_expect(!file->format.allows(length), 0))
             zvkSetStatus(fcb, 44, fs2RecordLength);
         else if (Format::write(fcb, file, recordOf(fcb, request), length, request))
             fcb->recordNumber = ++file->records;
-        zvkFinishVerb(fcb, element, ZVK_VERB_WRITE);
     }
 
     // REWRITE replaces the record of the READ before it, in its own length: records lie back to
     // back.
-    static void rewrite(FCB *fcb, IPCB *element, FileRequest *request)
+    static void rewrite(FCB *fcb, FileRequest *request)
     {
-        FileRequest none = {};
-        if (!request) request = &none;
         SequentialFile *file = sequentialFileOf(fcb);
-        fcb->currentVerb = ZVK_VERB_REWRITE;
-        zvkSetStatus(fcb, 0, fs2None);
         uint32_t length = lengthOfRequest(file->format, request);
         if (fcb->lastVerb != ZVK_VERB_READ || !(fcb->state & ZVK_FILE_READ_VALID))
             zvkSetStatus(fcb, 43, fs2NotRead);
@@ -130,32 +124,27 @@ struct SequentialVerbs {
             zvkSetStatus(fcb, 44, fs2RecordLength);
         else
             replace(fcb, file, recordOf(fcb, request), length);
-        zvkFinishVerb(fcb, element, ZVK_VERB_REWRITE);
     }
 
     static void replace(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
     {
         ByteStream &stream = file->stream;
-        int error = replaceBytes(&file->changes, record, length, file->lastPlace);
+        size_t size = length + file->sumSize;
+        memcpy(file->spare, record, length);
+        if (file->sumSize) putSum(file->lastPlace, file->spare, length);
+        int error = replaceBytes(&file->changes, file->spare, size, file->lastPlace);
         if (error) {
             failWithErrno(fcb, error);
             return;
         }
-        if (file->lastPlace >= stream.base) memcpy(stream.buffer + (file->lastPlace - stream.base), record, length);
+        if (file->lastPlace >= stream.base) memcpy(stream.buffer + (file->lastPlace - stream.base), file->spare, size);
     }
 
-    static void unlock(FCB *fcb, IPCB *element, FileRequest *)
-    {
-        fcb->currentVerb = ZVK_VERB_UNLOCK;
-        zvkSetStatus(fcb, 0, fs2None);
-        zvkFinishVerb(fcb, element, ZVK_VERB_UNLOCK);
-    }
+    static void unlock(FCB *, FileRequest *) {}
 
-    static void close(FCB *fcb, IPCB *element)
+    static void close(FCB *fcb)
     {
         SequentialFile *file = sequentialFileOf(fcb);
-        fcb->currentVerb = ZVK_VERB_CLOSE;
-        zvkSetStatus(fcb, 0, fs2None);
         if (fcb->mode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) {
             Format::finish(fcb, file);
             if (!file->stream.flush() && fcb->status < 10) failWithErrno(fcb, file->stream.error);
@@ -165,7 +154,6 @@ struct SequentialVerbs {
             if (int error = forceData(file->stream.descriptor); error && fcb->status < 10) failWithErrno(fcb, error);
         if (file->stream.whole) endWhole(file->stream.whole);
         if (::close(file->stream.descriptor) != 0 && fcb->status < 10 && errno != EINTR) failWithErrno(fcb, errno);
-        _zvkGenericClose(fcb, element, 0);
     }
 
     // The slots for the mode that is being opened; the others keep the error routines of a closed
@@ -173,33 +161,35 @@ struct SequentialVerbs {
     static void setSlots(FCB *fcb, const FIB *fib)
     {
         if (fcb->requestedMode & (ZVK_OPEN_INPUT | ZVK_OPEN_IO)) fcb->read = read;
-        if (fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) fcb->write = write;
-        if (Format::rewrites && (fcb->requestedMode & ZVK_OPEN_IO)) fcb->rewrite = rewrite;
-        if (fib->sharing) fcb->unlock = unlock;
-        fcb->close = close;
+        if (fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) fcb->write = verb<ZVK_VERB_WRITE, write>;
+        if (Format::rewrites && (fcb->requestedMode & ZVK_OPEN_IO)) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewrite>;
+        if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;
+        fcb->close = closing<close>;
     }
 };
 
 // Buffers and place of a file whose descriptor is open; the file's data begins at `dataStart`. On
 // failure the status is set and the descriptor closed.
 template <class Format>
-bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart)
+bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart, uint32_t sumSize = 0)
 {
     SequentialFile *file = newState<SequentialFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
     size_t capacity =
-        streamBufferSize > 2 * size_t(format.longest) + 64 ? streamBufferSize : 2 * size_t(format.longest) + 64;
-    fcb->moduleBuffer2 = malloc(capacity);
+        kStreamBufferSize > 2 * size_t(format.longest) + 64 ? kStreamBufferSize : 2 * size_t(format.longest) + 64;
+    fcb->moduleBuffer2 = malloc(capacity + format.longest + kSumSize);
     if (!file || !fcb->moduleBuffer2) fail(fcb, 34, fs2Storage);
     if (fcb->status < 10) {
         file->format = format;
         file->dataStart = dataStart;
+        file->sumSize = sumSize;
         file->linage = fib->linage & ZVK_FILE_LINAGE;
         ByteStream &stream = file->stream;
         stream.descriptor = opened.descriptor;
         stream.seekable = opened.seekable;
         stream.buffer = static_cast<uint8_t *>(fcb->moduleBuffer2);
         stream.capacity = capacity;
+        file->spare = stream.buffer + capacity;
         stream.base = dataStart;
         file->whole = ~uint64_t(0);
         if (Format::rewrites) {
@@ -257,5 +247,3 @@ void initSequential(FCB *fcb, IPCB *element)
 }
 
 } // namespace filesystems
-
-#endif

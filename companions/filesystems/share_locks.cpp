@@ -1,6 +1,6 @@
 #include "companions/filesystems/share_locks.h"
 
-#include <errno.h>
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -8,11 +8,9 @@
 
 namespace filesystems {
 
-static constexpr off_t firstRecordLock = off_t(1) << 60;
-static constexpr off_t present = (off_t(1) << 62), writers = present + 1, deniers = present + 2, loners = present + 3,
-                       making = present + 4, changing = present + 5;
+namespace {
 
-static int setLock(int descriptor, short type, off_t start, off_t length = 1)
+int setLock(int descriptor, short type, off_t start, off_t length = 1)
 {
     struct flock lock = {};
     lock.l_type = type;
@@ -22,7 +20,7 @@ static int setLock(int descriptor, short type, off_t start, off_t length = 1)
     return fcntl(descriptor, F_OFD_SETLK, &lock) == 0 ? 0 : errno;
 }
 
-static bool othersHold(int descriptor, off_t start)
+bool othersHold(int descriptor, off_t start)
 {
     struct flock lock = {};
     lock.l_type = F_WRLCK;
@@ -32,30 +30,45 @@ static bool othersHold(int descriptor, off_t start)
     return fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-static int takeShared(int descriptor, off_t start) { return setLock(descriptor, F_RDLCK, start); }
+int takeShared(int descriptor, off_t start) { return setLock(descriptor, F_RDLCK, start); }
 
-static int takePresence(int descriptor, bool alone, bool writes)
+int takePresence(int descriptor, bool alone, bool writes)
 {
-    if (alone && writes) return setLock(descriptor, F_WRLCK, present);
-    int error = takeShared(descriptor, present);
+    if (alone && writes) return setLock(descriptor, F_WRLCK, kPresent);
+    int error = takeShared(descriptor, kPresent);
     if (!error && alone) {
-        error = takeShared(descriptor, loners);
-        if (!error && othersHold(descriptor, present)) error = EAGAIN;
+        error = takeShared(descriptor, kLoners);
+        if (!error && othersHold(descriptor, kPresent)) error = EAGAIN;
     }
-    return !error && othersHold(descriptor, loners) ? EAGAIN : error;
+    return !error && othersHold(descriptor, kLoners) ? EAGAIN : error;
 }
 
-static int takeWriting(int descriptor, ShareMode share)
+int takeWriting(int descriptor, ShareMode share)
 {
-    int error = share == shareAllOther ? takeShared(descriptor, writers) : setLock(descriptor, F_WRLCK, writers);
-    return !error && othersHold(descriptor, deniers) ? EAGAIN : error;
+    int error = share == shareAllOther ? takeShared(descriptor, kWriters) : setLock(descriptor, F_WRLCK, kWriters);
+    return !error && othersHold(descriptor, kDeniers) ? EAGAIN : error;
 }
 
-static int takeDenying(int descriptor)
+int takeDenying(int descriptor)
 {
-    int error = takeShared(descriptor, deniers);
-    return !error && othersHold(descriptor, writers) ? EAGAIN : error;
+    int error = takeShared(descriptor, kDeniers);
+    return !error && othersHold(descriptor, kWriters) ? EAGAIN : error;
 }
+
+void waitForLock(int descriptor, short type, off_t start, off_t length = 1)
+{
+    struct flock lock = {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = start;
+    lock.l_len = length;
+    while (fcntl(descriptor, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
+    }
+}
+
+off_t lockOf(uint64_t record) { return kFirstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1)); }
+
+} // namespace
 
 bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held)
 {
@@ -77,24 +90,21 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
     return failWithErrno(fcb, error);
 }
 
+void releaseFile(int descriptor) { setLock(descriptor, F_UNLCK, kPresent, kLoners - kPresent + 1); }
+
 bool denyWriters(int descriptor) { return takeDenying(descriptor) == 0; }
 
-static void waitForLock(int descriptor, short type, off_t start, off_t length = 1)
+void beginMaking(int descriptor) { waitForLock(descriptor, F_WRLCK, kMaking); }
+void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, kMaking); }
+
+void beginChanging(int descriptor) { waitForLock(descriptor, F_WRLCK, kChanging); }
+void endChanging(int descriptor) { setLock(descriptor, F_UNLCK, kChanging); }
+
+bool lockTransaction(int descriptor)
 {
-    struct flock lock = {};
-    lock.l_type = type;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = start;
-    lock.l_len = length;
-    while (fcntl(descriptor, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
-    }
+    int error = setLock(descriptor, F_WRLCK, kTransaction);
+    return error != EAGAIN && error != EACCES;
 }
-
-void beginMaking(int descriptor) { waitForLock(descriptor, F_WRLCK, making); }
-void endMaking(int descriptor) { setLock(descriptor, F_UNLCK, making); }
-
-void beginChanging(int descriptor) { waitForLock(descriptor, F_WRLCK, changing); }
-void endChanging(int descriptor) { setLock(descriptor, F_UNLCK, changing); }
 
 void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size)
 {
@@ -104,11 +114,6 @@ void lockBytes(int descriptor, bool change, uint64_t offset, uint64_t size)
 void unlockBytes(int descriptor, uint64_t offset, uint64_t size)
 {
     setLock(descriptor, F_UNLCK, static_cast<off_t>(offset), static_cast<off_t>(size));
-}
-
-static off_t lockOf(uint64_t record)
-{
-    return firstRecordLock + static_cast<off_t>(record & ((uint64_t(1) << 60) - 1));
 }
 
 Taken lockRecord(int descriptor, uint64_t record)
@@ -127,6 +132,6 @@ Taken lookAtLock(int descriptor, uint64_t record)
 
 void unlockRecord(int descriptor, uint64_t record) { setLock(descriptor, F_UNLCK, lockOf(record)); }
 
-void unlockAllRecords(int descriptor) { setLock(descriptor, F_UNLCK, firstRecordLock, off_t(1) << 60); }
+void unlockAllRecords(int descriptor) { setLock(descriptor, F_UNLCK, kFirstRecordLock, off_t(1) << 60); }
 
 } // namespace filesystems

@@ -1,20 +1,24 @@
 // Holds off SIGXFSZ, the signal of the file-size limit, so that a write beyond the limit fails with
 // EFBIG and becomes a file status. The signal is held off for this thread only and taken away again
 // if it came: programs may have a handler of their own for it.
-#ifndef COMPANIONS_FILESYSTEMS_SIZE_LIMIT_H
-#define COMPANIONS_FILESYSTEMS_SIZE_LIMIT_H
+#pragma once
 
-#include <errno.h>
-#include <signal.h>
-#include <time.h>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <sys/resource.h>
 
 namespace filesystems {
 
 struct SizeLimitHeldOff {
+    bool limited; // mostly not: then it costs one call and not three
     sigset_t before;
 
     SizeLimitHeldOff()
     {
+        rlimit limit;
+        limited = getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+        if (!limited) return;
         sigset_t one;
         sigemptyset(&one);
         sigaddset(&one, SIGXFSZ);
@@ -22,6 +26,7 @@ struct SizeLimitHeldOff {
     }
     ~SizeLimitHeldOff()
     {
+        if (!limited) return;
         int kept = errno;
         if (!sigismember(&before, SIGXFSZ)) {
             sigset_t pending, one;
@@ -41,5 +46,3 @@ struct SizeLimitHeldOff {
 };
 
 } // namespace filesystems
-
-#endif

@@ -1,16 +1,20 @@
 #include "companions/filesystems/stored_header.h"
 
-#include <errno.h>
-#include <string.h>
+#include <cerrno>
+#include <cstring>
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
 
 namespace filesystems {
 
-static const char magic[8] = {'K', 'V', 'R', '2', 'F', 'I', 'L', 'E'};
+namespace {
 
-static uint64_t checksumOf(StoredHeader header)
+const char kMagic[8] = {'K', 'V', 'R', '2', 'F', 'I', 'L', 'E'};
+
+} // namespace
+
+uint64_t checksumOf(StoredHeader header)
 {
     const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&header);
     uint64_t sum = 0xcbf29ce484222325u;
@@ -19,12 +23,17 @@ static uint64_t checksumOf(StoredHeader header)
     return sum;
 }
 
+bool hasMark(const StoredHeader &header)
+{
+    return memcmp(header.mark, "STL", 3) == 0 && memcmp(header.magic, kMagic, sizeof kMagic) == 0;
+}
+
 void describeFile(const FIB *fib, StoredHeader *header)
 {
     memset(header, 0, sizeof *header);
-    memcpy(header->magic, magic, sizeof magic);
+    memcpy(header->magic, kMagic, sizeof kMagic);
     memcpy(header->mark, "STL", 3);
-    header->version = 1;
+    header->version = 2;
     header->organization = fib->organization;
     header->variable = fib->minRecord != fib->maxRecord;
     header->longest = fib->maxRecord;
@@ -32,7 +41,7 @@ void describeFile(const FIB *fib, StoredHeader *header)
     if (!(fib->organization & ZVK_FILE_INDEXED)) return;
     const uint8_t *keys = reinterpret_cast<const uint8_t *>(fib) + fib->keysOffset;
     header->keyCount = fib->keyCount;
-    for (uint32_t i = 0; i < fib->keyCount && i < mostKeys; ++i) {
+    for (uint32_t i = 0; i < fib->keyCount && i < kMostKeys; ++i) {
         FileKey key;
         memcpy(&key, keys + i * sizeof key, sizeof key);
         header->keys[i].length = key.length;
@@ -54,12 +63,12 @@ bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHe
 {
     size_t got;
     if (int error = readAll(descriptor, header, sizeof *header, 0, &got)) return failWithErrno(fcb, error);
-    if (got < 11 || memcmp(header->mark, "STL", 3) != 0 || memcmp(header->magic, magic, sizeof magic) != 0)
-        return fail(fcb, 39, fs2Header);
+    if (got < 11 || !hasMark(*header)) return fail(fcb, 39, fs2Header);
     if (got != sizeof *header || header->checksum != checksumOf(*header)) return fail(fcb, 30, fs2Header);
     StoredHeader wanted = expected;
     wanted.identity = header->identity;
     wanted.checksum = header->checksum;
+    if (header->version == 1) wanted.version = 1; // without checksums of the records
     if (memcmp(&wanted, header, sizeof wanted) != 0) return fail(fcb, 39, fs2Attributes);
     return true;
 }

@@ -4,20 +4,19 @@
 // The rest are the attributes that the file was created with, so that an OPEN with others gets
 // status 39 and not garbage, and a checksum over them. Records begin behind the header; those of an
 // indexed file are in the store beside it, which bears the same `identity`.
-#ifndef COMPANIONS_FILESYSTEMS_STORED_HEADER_H
-#define COMPANIONS_FILESYSTEMS_STORED_HEADER_H
+#pragma once
 
 #include "companions/filesystems/secondary_status.h"
 
 namespace filesystems {
 
-constexpr uint32_t mostKeys = 255;
-constexpr uint64_t storedHeaderSize = 4096;
+constexpr uint32_t kMostKeys = 255;
+constexpr uint64_t kStoredHeaderSize = 4096;
 
 struct StoredHeader {
     char magic[8];
     char mark[3]; // "STL"
-    uint8_t version;
+    uint8_t version; // 1: records without checksums (record_sum.h); 2
     uint8_t organization;
     uint8_t variable;
     uint8_t reserved[2];
@@ -27,10 +26,14 @@ struct StoredHeader {
     uint32_t reserved28;
     uint64_t identity;
     uint64_t checksum; // of the header with this word 0
-    FileKey keys[mostKeys];
-    uint8_t rest[storedHeaderSize - 48 - sizeof(FileKey) * mostKeys];
+    FileKey keys[kMostKeys];
+    uint8_t rest[kStoredHeaderSize - 48 - sizeof(FileKey) * kMostKeys];
 };
-static_assert(sizeof(StoredHeader) == storedHeaderSize);
+static_assert(sizeof(StoredHeader) == kStoredHeaderSize);
+
+uint64_t checksumOf(StoredHeader header);
+// Do its first bytes say that it is one?
+bool hasMark(const StoredHeader &header);
 
 // The header that a file of these attributes has, identity and checksum apart.
 void describeFile(const FIB *fib, StoredHeader *header);
@@ -43,5 +46,3 @@ bool writeHeader(FCB *fcb, int descriptor, StoredHeader *header);
 bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHeader *header);
 
 } // namespace filesystems
-
-#endif

@@ -1,10 +1,10 @@
 #include "companions/filesystems/whole_records.h"
 
-#include <errno.h>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
 #include <fcntl.h>
-#include <limits.h>
-#include <stdio.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -16,8 +16,8 @@ namespace filesystems {
 
 namespace {
 
-constexpr uint64_t pageSize = 4096, mark = 0x4C414E52554F4A31u;
-constexpr uint64_t longestImage = uint64_t(1) << 32;
+constexpr uint64_t kPageSize = 4096, kMark = 0x4C414E52554F4A31u;
+constexpr uint64_t kLongestImage = uint64_t(1) << 32;
 
 // What the journal begins with; the old and the new image follow.
 struct Intent {
@@ -64,10 +64,10 @@ bool readIntent(WholeRecords *whole, int journal, Intent *intent, int *error)
     struct stat about;
     size_t got;
     *error = readAll(journal, intent, sizeof *intent, 0, &got);
-    if (*error || got != sizeof *intent || intent->mark != mark) return false;
+    if (*error || got != sizeof *intent || intent->mark != kMark) return false;
     if (fstat(whole->descriptor, &about) != 0) *error = errno;
     if (*error || intent->device != about.st_dev || intent->inode != about.st_ino) return false;
-    if (intent->size == 0 || intent->size > longestImage) return false;
+    if (intent->size == 0 || intent->size > kLongestImage) return false;
     if (!makeRoom(whole, 3 * intent->size)) *error = ENOMEM;
     if (!*error) *error = readAll(journal, whole->room, 2 * intent->size, sizeof *intent, &got);
     if (*error || got != 2 * intent->size) return false;
@@ -144,7 +144,7 @@ int completeAny(WholeRecords *whole)
 bool needsJournal(const WholeRecords *whole, size_t size, uint64_t offset)
 {
     struct stat about;
-    if (offset / pageSize == (offset + size - 1) / pageSize) return false;
+    if (offset / kPageSize == (offset + size - 1) / kPageSize) return false;
     return fstat(whole->descriptor, &about) != 0 || offset + size <= static_cast<uint64_t>(about.st_size);
 }
 
@@ -163,7 +163,7 @@ int replaceWithJournal(WholeRecords *whole, const void *data, size_t size, uint6
     if (error) return error;
     memcpy(images + size, data, size);
 
-    Intent intent = {mark, about.st_dev, about.st_ino, offset, size, 0};
+    Intent intent = {kMark, about.st_dev, about.st_ino, offset, size, 0};
     intent.sum = sumOf(intent, images, images + size);
     error = writeAll(journal, true, images, 2 * size, sizeof intent);
     if (!error) error = writeAll(journal, true, &intent, sizeof intent, 0);
@@ -176,6 +176,26 @@ int replaceWithJournal(WholeRecords *whole, const void *data, size_t size, uint6
     if (error && writeAll(whole->descriptor, true, images, size, offset) != 0) return error;
     int voided = makeVoid(journal);
     return error ? error : voided;
+}
+
+// A reader mends in its own buffer what a killed program left. Nobody completes it meanwhile: the
+// reader has the lock on its bytes.
+int mend(WholeRecords *whole, uint8_t *data, size_t size, uint64_t offset)
+{
+    char name[PATH_MAX];
+    if (!nameJournal(whole, name)) return 0;
+    int journal = open(name, O_RDONLY | O_CLOEXEC), error = 0;
+    if (journal < 0) return errno == ENOENT ? 0 : errno;
+    Intent intent;
+    uint64_t end = offset + size;
+    if (readIntent(whole, journal, &intent, &error) && intent.offset < end && offset < intent.offset + intent.size &&
+        isHalfDone(whole, intent, &error)) {
+        uint64_t from = intent.offset > offset ? intent.offset : offset;
+        uint64_t to = intent.offset + intent.size < end ? intent.offset + intent.size : end;
+        memcpy(data + (from - offset), whole->room + intent.size + (from - intent.offset), to - from);
+    }
+    close(journal);
+    return error;
 }
 
 } // namespace
@@ -228,26 +248,6 @@ int replaceBytes(WholeRecords *whole, const void *data, size_t size, uint64_t of
         if (whole->locksChanges) unlockBytes(whole->descriptor, offset, size);
     }
     if (others) endChanging(whole->descriptor);
-    return error;
-}
-
-// A reader mends in its own buffer what a killed program left. Nobody completes it meanwhile: the
-// reader has the lock on its bytes.
-static int mend(WholeRecords *whole, uint8_t *data, size_t size, uint64_t offset)
-{
-    char name[PATH_MAX];
-    if (!nameJournal(whole, name)) return 0;
-    int journal = open(name, O_RDONLY | O_CLOEXEC), error = 0;
-    if (journal < 0) return errno == ENOENT ? 0 : errno;
-    Intent intent;
-    uint64_t end = offset + size;
-    if (readIntent(whole, journal, &intent, &error) && intent.offset < end && offset < intent.offset + intent.size &&
-        isHalfDone(whole, intent, &error)) {
-        uint64_t from = intent.offset > offset ? intent.offset : offset;
-        uint64_t to = intent.offset + intent.size < end ? intent.offset + intent.size : end;
-        memcpy(data + (from - offset), whole->room + intent.size + (from - intent.offset), to - from);
-    }
-    close(journal);
     return error;
 }
 

@@ -15,10 +15,9 @@
 //
 //     error = replaceBytes(&whole, record, size, offset);      // REWRITE
 //     error = fetchBytes(&whole, buffer, room, offset, &got);  // READ
-#ifndef COMPANIONS_FILESYSTEMS_WHOLE_RECORDS_H
-#define COMPANIONS_FILESYSTEMS_WHOLE_RECORDS_H
+#pragma once
 
-#include <stddef.h>
+#include <cstddef>
 
 #include "companions/filesystems/open_rules.h"
 
@@ -45,5 +44,3 @@ int fetchBytes(WholeRecords *whole, void *data, size_t size, uint64_t offset, si
 int replaceBytes(WholeRecords *whole, const void *data, size_t size, uint64_t offset);
 
 } // namespace filesystems
-
-#endif

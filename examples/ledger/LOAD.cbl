@@ -5,7 +5,7 @@
        INPUT-OUTPUT SECTION.
        FILE-CONTROL.
            SELECT ACCOUNTS ASSIGN TO ACCOUNTS
-               ORGANIZATION LINE SEQUENTIAL FILE STATUS IS FILE-STAT.
+               ORGANIZATION LINE SEQUENTIAL FILE STATUS IS LINE-STAT.
            SELECT MASTER ASSIGN TO MASTER
                ORGANIZATION INDEXED ACCESS SEQUENTIAL
                SHARING WITH NO OTHER
@@ -20,8 +20,9 @@
        COPY MASTER.
        WORKING-STORAGE SECTION.
        COPY TOTALS.
-       01  FILE-STAT               PIC XX.
+       01  LINE-STAT               PIC XX.
            88  LINE-TOO-LONG       VALUE "06".
+       01  FILE-STAT               PIC XX.
            88  KEY-NOT-VALID       VALUES "21" "22".
        01  AT-END-SWITCH           PIC X.
            88  AT-END-OF-FILE      VALUE "Y".
@@ -49,7 +50,7 @@
                    AT END SET AT-END-OF-FILE TO TRUE
                    NOT AT END PERFORM ONE-LINE
                END-READ
-               IF FILE-STAT > "10"
+               IF LINE-STAT > "10"
                    PERFORM CHECK-ACCOUNTS
                END-IF
            END-PERFORM
@@ -100,8 +101,8 @@
            END-IF.
 
        CHECK-ACCOUNTS.
-           IF FILE-STAT NOT = "00"
-               DISPLAY "FILE ACCOUNTS STATUS " FILE-STAT
+           IF LINE-STAT NOT = "00"
+               DISPLAY "FILE ACCOUNTS STATUS " LINE-STAT
                MOVE 12 TO RETURN-CODE
                STOP RUN
            END-IF.

@@ -201,6 +201,7 @@
            MOVE PAGE-NUMBER TO PL-PAGE
            IF PAGE-NUMBER = 1
                WRITE PRINT-LINE FROM PAGE-LINE
+                   AFTER ADVANCING ZERO LINES
            ELSE
                WRITE PRINT-LINE FROM PAGE-LINE AFTER ADVANCING PAGE
            END-IF.

@@ -199,6 +199,7 @@
            MOVE PAGE-NUMBER TO HL-PAGE
            IF PAGE-NUMBER = 1
                WRITE LISTING-LINE FROM HEADING-LINE
+                   AFTER ADVANCING ZERO LINES
            ELSE
                WRITE LISTING-LINE FROM HEADING-LINE
                    AFTER ADVANCING PAGE

@@ -27,7 +27,8 @@ enum class Kind {
     Set,     // set them
     TrapOff, // as Clear, and the pending default is off
     Trap,    // the value's bits replace all TRAP bits; the pending default is off
-    Text     // copy the text into the field
+    Text,    // copy the text into the field
+    Variable // set the environment variable, if it is not set: the option's other name
 };
 
 struct Keyword {
@@ -38,7 +39,7 @@ struct Keyword {
     const char *text;
 };
 
-constexpr size_t kNoField = SIZE_MAX;
+constexpr size_t kNoField = SIZE_MAX, kVariable = SIZE_MAX - 1;
 constexpr size_t kProgram = offsetof(Proccom, programOptions);
 constexpr size_t kRuntime = offsetof(Proccom, runtimeOptions);
 constexpr size_t kFileSystem = offsetof(Proccom, fileSystem);
@@ -62,6 +63,10 @@ constexpr Keyword kKeywords[] = {
     {"DEBUG", Kind::Set, kProgram, kDebug, nullptr},
     {"DEBUG=OFF", Kind::Clear, kProgram, kDebug, nullptr},
     {"DEBUG=ON", Kind::Set, kProgram, kDebug, nullptr},
+    {"DURABILITY", Kind::Text, kNoField, 0, nullptr},
+    {"DURABILITY=CLOSE", Kind::Variable, kVariable, 0, "VFS_DURABILITY=close"},
+    {"DURABILITY=COMMIT", Kind::Variable, kVariable, 0, "VFS_DURABILITY=commit"},
+    {"DURABILITY=NONE", Kind::Variable, kVariable, 0, "VFS_DURABILITY=none"},
     {"FILEMODE", Kind::Text, kNoField, 0, nullptr},
     {"FILEMODE=L", Kind::Text, kNoField, 0, nullptr},
     {"FILEMODE=LARGE", Kind::Text, kNoField, 0, nullptr},
@@ -102,6 +107,9 @@ constexpr Keyword kKeywords[] = {
     {"FS=WBRN", Kind::Text, kFileSystem, 0, "wbr"},
     {"NOCHECK", Kind::Clear, kProgram, kCheck, nullptr},
     {"NODEBUG", Kind::Clear, kProgram, kDebug, nullptr},
+    {"TRANSACTIONS", Kind::Variable, kVariable, 0, "VFS_TRANSACTIONS=on"},
+    {"TRANSACTIONS=OFF", Kind::Variable, kVariable, 0, "VFS_TRANSACTIONS=off"},
+    {"TRANSACTIONS=ON", Kind::Variable, kVariable, 0, "VFS_TRANSACTIONS=on"},
     {"TRAP", Kind::Trap, kRuntime, kTrapNew, nullptr},
     {"TRAP=DUMP", Kind::Trap, kRuntime, kTrapDump, nullptr},
     {"TRAP=NEW", Kind::Trap, kRuntime, kTrapNew, nullptr},
@@ -123,7 +131,7 @@ constexpr bool sorted()
     }
     return true;
 }
-static_assert(kKeywordCount == 55 && sorted());
+static_assert(kKeywordCount == 62 && sorted());
 
 struct Parameter {
     const char *name;
@@ -165,6 +173,16 @@ T &fieldAt(size_t offset)
     return *reinterpret_cast<T *>(reinterpret_cast<char *>(_zvkProccom) + offset);
 }
 
+// "NAME=value". The modules that read it do so at each OPEN.
+void setVariable(const char *text)
+{
+    char name[32];
+    size_t length = strcspn(text, "=");
+    memcpy(name, text, length);
+    name[length] = 0;
+    if (!environmentHas(name)) setenv(name, text + length + 1, 1);
+}
+
 void apply(const Keyword &row)
 {
     if (row.field == kNoField) return;
@@ -181,6 +199,9 @@ void apply(const Keyword &row)
         [[fallthrough]];
     case Kind::Set:
         fieldAt<uint32_t>(row.field) |= row.value;
+        break;
+    case Kind::Variable:
+        setVariable(row.text);
         break;
     case Kind::Text:
         if (row.text)

@@ -86,7 +86,11 @@ enum {
     ZVK_REQUEST_IGNORE_LOCK = 0x0040, /**< IGNORING LOCK */
     ZVK_REQUEST_BEFORE = 0x0100,      /**< WRITE BEFORE ADVANCING: the record, then the lines */
     ZVK_REQUEST_AFTER = 0x0200,       /**< WRITE AFTER ADVANCING: the lines, then the record */
-    ZVK_REQUEST_END_OF_PAGE = 0x0400  /**< result of WRITE: the footing area was reached (AT END-OF-PAGE) */
+    ZVK_REQUEST_RETRY_TIMES = 0x1000, /**< RETRY `retry` TIMES: a locked record is asked for again, every 0.1 seconds */
+    ZVK_REQUEST_RETRY_SECONDS = 0x2000, /**< RETRY FOR `retry` SECONDS */
+    ZVK_REQUEST_RETRY_FOREVER = 0x3000, /**< RETRY FOREVER */
+    ZVK_REQUEST_RETRY = 0x3000,         /**< these two bits */
+    ZVK_REQUEST_END_OF_PAGE = 0x0400    /**< result of WRITE: the footing area was reached (AT END-OF-PAGE) */
 };
 
 /** `FileRequest.relation`, of START */
@@ -116,9 +120,12 @@ typedef struct FileRequest {
     /**
      * WRITE ... ADVANCING: lines, or ZVK_ADVANCE_PAGE. Without BEFORE and AFTER the record has its
      * line end after it; in a file that is advanced anywhere, or has LINAGE, compiled code makes
-     * such a WRITE one AFTER 1 line
+     * such a WRITE one AFTER 1 line. With RETRY it is `retry`
      */
-    int32_t advance;
+    union {
+        int32_t advance;
+        int32_t retry; /**< RETRY: times or seconds */
+    };
     uint64_t relativeKey; /**< relative file: record number, from 1; result of a sequential READ or WRITE */
     uint8_t *into;        /**< null: the record is `fcb->record`; otherwise the record is here */
     /**

@@ -28,6 +28,7 @@ void record(int fd, long offset, const void *data, size_t size)
 bool failsNow(size_t *size)
 {
     if (failing == FailingDisk::none || seen++ < goodWrites) return false;
+    if (failing == FailingDisk::stopped) kill(getpid(), SIGKILL);
     if (failing == FailingDisk::shortWrite) *size = *size / 2 + !(*size / 2);
     errno = failing == FailingDisk::full ? ENOSPC : EIO;
     return failing != FailingDisk::shortWrite;
@@ -123,6 +124,12 @@ TAKEN ssize_t pread64(int fd, void *data, size_t size, off64_t offset)
 TAKEN int fstat(int fd, struct stat *about)
 {
     return readFailsNow() ? -1 : static_cast<int>(syscall(SYS_fstat, fd, about));
+}
+TAKEN int unlink(const char *name)
+{
+    size_t none = 1;
+    if (failing == FailingDisk::stopped) failsNow(&none);
+    return static_cast<int>(syscall(SYS_unlink, name));
 }
 TAKEN int fdatasync(int fd)
 {

@@ -10,9 +10,10 @@
 
 class FailingDisk {
 public:
-    enum Failure { none, inputOutput, shortWrite, full, killed };
+    enum Failure { none, inputOutput, shortWrite, full, killed, stopped };
     // From the `good`-th write on, all writes fail; a short one takes half of what it was given.
-    // `killed`: the process ends after `good` bytes of a write at an offset.
+    // `killed`: the process ends after `good` bytes of a write at an offset. `stopped`: it ends in
+    // place of a write or the removal of a name, after `good` of them.
     explicit FailingDisk(Failure failure, int good = 0);
     ~FailingDisk();
     FailingDisk(const FailingDisk &) = delete;

@@ -1,6 +1,9 @@
 // Faults these tests are there to catch: updates of two processes that overwrite each other; a file
 // or record open to somebody who must be kept out, or kept from somebody who may have it; a lock
 // that outlives its time.
+#include <memory>
+#include <thread>
+
 #include "stored_files.h"
 
 namespace {
@@ -375,6 +378,87 @@ TEST(Sharing, ExtendWithAllOtherLetsOthersWrite)
     EXPECT_EQ(two.write("000002aaaa0002"), "02");
     alarm(0);
     EXPECT_EQ(two.read("000001"), "00");
+}
+
+// Waiting has an end, ends when the lock does, and the record is the one that the other has left.
+TEST(Waiting, ForARecordOrAFile)
+{
+    auto since = [](timespec start) {
+        timespec now;
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        return static_cast<double>(now.tv_sec - start.tv_sec) + static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e9;
+    };
+    auto afterAWhile = [](auto what) {
+        return std::thread([what] {
+            usleep(150000);
+            what();
+        });
+    };
+    FileAttributes numbered = relativeFile();
+    numbered.longest = numbered.shortest = 20;
+    for (const FileAttributes &attributes : {indexedFile(), numbered}) {
+        TemporaryDirectory directory;
+        const string name = "stl-" + directory.file("f");
+        auto other = std::make_unique<Peer>(name, attributes);
+        CompiledFile file(name, attributes);
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        ASSERT_EQ(file.write("000001aaaabbbbold", {.relativeKey = 1}), "00");
+
+        // OPEN waits for the file itself.
+        setenv("VFS_LOCK_WAIT", "30", 1);
+        std::thread closer = afterAWhile([&] { file.close(); });
+        EXPECT_EQ(other->open(ZVK_OPEN_IO), "94") << "its environment is its own";
+        closer.join();
+        ASSERT_EQ(other->open(ZVK_OPEN_IO), "00");
+        unsetenv("VFS_LOCK_WAIT");
+        ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+        const FileRequest keyed = {.relativeKey = 1};
+        ASSERT_EQ(other->read("000001", keyed), "00");
+        file.move("000001");
+        EXPECT_EQ(file.read(keyed), "99");
+
+        timespec start;
+        clock_gettime(CLOCK_MONOTONIC, &start);
+        for (uint32_t how : {ZVK_REQUEST_RETRY_TIMES, ZVK_REQUEST_RETRY_SECONDS})
+            EXPECT_EQ(file.read({.options = how, .retry = how == ZVK_REQUEST_RETRY_TIMES ? 4 : 1, .relativeKey = 1}),
+                      "99");
+        EXPECT_GT(since(start), 1.3);
+
+        // Until the other has changed it, which is what is read then.
+        FileRequest forever = {.options = ZVK_REQUEST_RETRY_FOREVER, .relativeKey = 1};
+        std::thread changer = afterAWhile([&] { other->rewrite("000001aaaabbbbnew", keyed); });
+        EXPECT_EQ(file.read(forever), "00");
+        EXPECT_EQ(file.record().substr(14, 3), "new");
+        changer.join();
+        EXPECT_EQ(other->rewrite("000001aaaabbbbtoo", keyed), "99");
+        std::thread ours = afterAWhile([&] { file.verb(file.fcb->start, {.relation = ZVK_RELATION_FIRST}); });
+        EXPECT_EQ(other->rewrite("000001aaaabbbbtoo", forever), "00");
+        ours.join();
+
+        // Or until it is killed. Nothing is held meanwhile that keeps the store's pages.
+        ASSERT_EQ(other->read("000001", keyed), "00");
+        std::thread killer = afterAWhile([&] { other->die(); });
+        file.move("000001");
+        EXPECT_EQ(
+            file.verb(file.fcb->deleteRecord, {.options = ZVK_REQUEST_RETRY_SECONDS, .retry = 30, .relativeKey = 1}),
+            "00");
+        killer.join();
+        EXPECT_EQ(file.close(), "00");
+
+        // A value of the environment goes for all verbs, and for OPEN.
+        setenv("VFS_LOCK_WAIT", "0.3", 1);
+        Peer holder(name, attributes);
+        ASSERT_EQ(holder.open(ZVK_OPEN_OUTPUT), "00");
+        clock_gettime(CLOCK_MONOTONIC, &start);
+        EXPECT_EQ(file.open(ZVK_OPEN_IO), "94");
+        EXPECT_GT(since(start), 0.25);
+        setenv("VFS_LOCK_WAIT", "60", 1);
+        std::thread ending = afterAWhile([&] { holder.die(); });
+        EXPECT_EQ(file.open(ZVK_OPEN_IO), "00");
+        ending.join();
+        file.close();
+        unsetenv("VFS_LOCK_WAIT");
+    }
 }
 
 } // namespace

@@ -262,4 +262,45 @@ TEST(Store, RemovedFilesNeverHideAWriter)
         }
 }
 
+TEST(Store, HardLinkIsTheFileItself)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("i"), link = directory.file("link"), folder = directory.file("sub");
+    ASSERT_EQ(mkdir(folder.c_str(), 0777), 0);
+    CompiledFile file("stl-" + path, indexedFile()), linked("stl-" + link, indexedFile()),
+        far("stl-" + folder + "/link", indexedFile());
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    ASSERT_EQ(file.write("000001aaaabbbb"), "00");
+    ASSERT_EQ(file.close(), "00");
+    ASSERT_EQ(::link(path.c_str(), link.c_str()), 0);
+    ASSERT_EQ(::link(path.c_str(), (folder + "/link").c_str()), 0);
+
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(linked.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(linked.write("000002aaaacccc"), "02");
+    file.move("000002");
+    EXPECT_EQ(file.read(), "00");
+    EXPECT_EQ(linked.read(), "99");
+    EXPECT_EQ(linked.close(), "00");
+    EXPECT_EQ(file.close(), "00");
+    // OUTPUT makes the same store anew, and none of its own.
+    ASSERT_EQ(linked.open(ZVK_OPEN_OUTPUT), "00");
+    ASSERT_EQ(linked.write("000003aaaabbbb"), "00");
+    ASSERT_EQ(linked.close(), "00");
+    EXPECT_EQ(sizeOf(link + ".mdb"), -1);
+    ASSERT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    EXPECT_EQ(file.read(next), "00");
+    EXPECT_EQ(file.record().substr(0, 6), "000003");
+    EXPECT_EQ(file.read(next), "10");
+    file.close();
+    // In another folder the store is not found: refused, and nothing is made or emptied.
+    for (uint16_t mode : {uint16_t{ZVK_OPEN_INPUT}, uint16_t{ZVK_OPEN_IO}, uint16_t{ZVK_OPEN_OUTPUT}}) {
+        EXPECT_EQ(far.open(mode), "30");
+        EXPECT_EQ(reason(far).substr(0, 9), "hard link");
+    }
+    EXPECT_EQ(sizeOf(folder + "/link.mdb"), -1);
+    EXPECT_EQ(file.open(ZVK_OPEN_INPUT), "00");
+    file.close();
+}
+
 } // namespace

@@ -1,0 +1,253 @@
+// Numbers of items, and the ways between the kinds of numbers and their scales.
+#include "cobol/emit/emitter.h"
+
+#include <algorithm>
+
+namespace kvrcob {
+
+Num Emitter::itemNumber(const Loc &loc)
+{
+    Num n;
+    if (!loc.good()) return n;
+    const Item &item = *loc.item;
+    if (item.isIndexName) return integerNumber(cat("X", item.number), 10);
+    n.digits = item.picture.digits;
+    n.scale = item.picture.scale;
+    n.isSigned = item.picture.sign;
+    if (loc.refmod || item.category == Category::Group || item.category == Category::Alphanumeric ||
+        item.category == Category::Alphabetic || item.category == Category::AlphanumericEdited) {
+        // A text taken as an integer.
+        int64_t length = loc.fixed >= 0 ? loc.fixed : 18;
+        n.kind = Num::Packed;
+        n.scale = 0;
+        n.digits = static_cast<int>(std::min<int64_t>(length, 38));
+        n.isSigned = true;
+        std::string t = tempBytes(n.digits / 2 + 1);
+        if (loc.fixed >= 0)
+            n.text = cat("_zvkcBCD_CONV_ZndUS_To_Pckd(", loc.address, length > 38 ? cat(" + ", length - 38) : "", ", ",
+                         t, ", ", n.digits, ", ", n.digits, ")");
+        else
+            n.text = cat("kvr_text_number(", loc.address, ", ", loc.length, ", ", t, ", ", n.digits, ")");
+        return n;
+    }
+    if (item.category == Category::NumericEdited) {
+        // De-editing: digits and a sign after them.
+        n.kind = Num::Packed;
+        n.isSigned = true;
+        std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
+        std::string record = cat("D", ++constants_);
+        std::string picture = item.picture.expanded;
+        globals_ +=
+            cat("static const struct { int16_t length; uint8_t picture[", picture.size(),
+                "]; } __attribute__((packed)) ", record, " = {", picture.size(), ", ", bytesLiteral(picture), "};\n");
+        n.text = cat("kvr_de_edit((const DeEditRecord *)&", record, ", ", loc.address, ", ", raw, ", ", t, ", ",
+                     n.digits, ")");
+        return n;
+    }
+    switch (item.usage) {
+    case Usage::Float:
+        return floatNumber(cat("kvr_get_float(", loc.address, ")"));
+    case Usage::Double:
+        return floatNumber(cat("kvr_get_double(", loc.address, ")"));
+    case Usage::CompX:
+        n.digits = std::min(static_cast<int>(item.size * 5 + 1) / 2 + 1, 20);
+        n.text = cat(n.wide() ? "(__int128)kvr_get_big(" : "(int64_t)kvr_get_big(", loc.address, ", ", item.size, ")");
+        return n;
+    case Usage::Binary:
+    case Usage::Native:
+    case Usage::Index:
+        if (item.usage == Usage::Native || item.nativeBinary || !options_.truncate)
+            n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
+        n.text = cat(n.wide() ? "(__int128)" : "", "kvr_get_",
+                     item.picture.sign || item.usage == Usage::Index ? "s" : "u", item.size, "(", loc.address, ")");
+        if (!n.wide() && item.size < 8) n.text = cat("(int64_t)", n.text);
+        if (!n.wide() && item.size == 8) n.text = cat("(int64_t)", n.text);
+        return n;
+    case Usage::Packed:
+        n.kind = Num::Packed;
+        n.text = loc.address;
+        n.direct = true;
+        return n;
+    case Usage::Pointer:
+    case Usage::ProcedurePointer:
+        return integerNumber(cat("(int64_t)kvr_get_u8(", loc.address, ")"), 18);
+    default:
+        break;
+    }
+    // Zoned
+    if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
+        n.text = cat(item.signForm == SignForm::Trailing ? "kvr_zoned_number(" : "_zvkcBCD_CONV_Znd_To_Int8(",
+                     loc.address, ", ", n.digits, ")");
+        return n;
+    }
+    static const char *const forms[] = {"US", "TO", "LO", "TS", "LS"};
+    n.kind = Num::Packed;
+    std::string t = tempBytes(n.digits / 2 + 1);
+    n.text = cat("_zvkcBCD_CONV_Znd", forms[static_cast<int>(item.signForm)], "_To_Pckd(", loc.address, ", ", t, ", ",
+                 n.digits, ", ", n.digits, ")");
+    return n;
+}
+
+Num Emitter::toPacked(Num a)
+{
+    if (a.kind == Num::Packed || !a.good()) return a;
+    if (a.kind == Num::Float) a = scaleTo(a, 9, false);
+    if (a.literal) {
+        a.kind = Num::Packed;
+        a.text = constantBytes(packedBytes(a.value.digits, a.value.negative, a.digits, true));
+        return a;
+    }
+    int digits = std::min(a.digits, kMostPacked);
+    std::string t = tempBytes(digits / 2 + 1);
+    if (a.wide())
+        a.text = cat("kvr_pack(", a.text, ", ", t, ", ", digits, ")");
+    else
+        a.text = cat("_zvkcBCD_CONV_Int8_To_Pckd(", a.text, ", ", t, ", ", digits, ")");
+    a.kind = Num::Packed;
+    a.digits = digits;
+    a.direct = false;
+    return a;
+}
+
+Num Emitter::toInt(Num a)
+{
+    if (a.kind == Num::Int || !a.good()) return a;
+    if (a.kind == Num::Float) return scaleTo(a, 0, false);
+    if (a.digits > 18)
+        a.text = cat("kvr_unpack(", a.text, ", ", a.digits, ")");
+    else
+        a.text = cat("_zvkcBCD_CONV_Pckd_To_Int8(", a.text, ", ", a.digits, ")");
+    if (a.digits > kMostInt) a.digits = kMostInt;
+    a.kind = Num::Int;
+    a.direct = false;
+    return a;
+}
+
+Num Emitter::toFloat(Num a)
+{
+    if (a.kind == Num::Float || !a.good()) return a;
+    if (a.literal) return floatNumber(cat(a.value.negative ? "-" : "", a.value.digits, "e", -a.value.scale));
+    int scale = a.scale;
+    if (a.kind == Num::Packed) a = toInt(a);
+    if (scale > 0)
+        a.text = cat("((double)(", a.text, ") / 1e", scale, ")");
+    else
+        a.text = cat("((double)(", a.text, ")", scale < 0 ? cat(" * 1e", -scale) : "", ")");
+    return floatNumber(a.text);
+}
+
+// The same value with more decimal places.
+Num Emitter::scaleUp(Num a, int scale)
+{
+    int k = scale - a.scale;
+    if (k <= 0 || !a.good()) return a;
+    if (a.literal) {
+        Decimal d = a.value;
+        if (!d.isZero()) d.digits.append(static_cast<size_t>(k), '0');
+        d.scale += k;
+        bool packed = a.kind == Num::Packed;
+        Num n = literalNumber(d);
+        return packed ? toPacked(n) : n;
+    }
+    if (a.kind == Num::Int && a.digits + k <= kMostInt) {
+        int digits = a.digits + k;
+        a.text = cat("(", digits > 18 && !a.wide() ? "(__int128)" : "", "(", a.text, ") * ", powerOfTen(k), ")");
+        a.digits = digits;
+        a.scale = scale;
+        return a;
+    }
+    a = toPacked(a);
+    int digits = std::min(a.digits + k, kMostPacked);
+    std::string t = tempBytes(digits / 2 + 1);
+    a.text = cat("_zvkcBCD_SHFD_Pckd_Left(", a.text, ", ", t, ", ", digits, ", ", a.digits, ", ", k, ")");
+    a.digits = digits;
+    a.scale = scale;
+    a.direct = false;
+    return a;
+}
+
+// The value with so many decimal places, cut or rounded.
+Num Emitter::scaleTo(Num a, int scale, bool rounded)
+{
+    if (!a.good()) return a;
+    if (a.kind == Num::Float) {
+        Num n = integerNumber(cat("kvr_fixed(", a.text, ", ", scale, ", ", rounded ? 1 : 0, ")"), kMostInt);
+        n.scale = scale;
+        return n;
+    }
+    int k = a.scale - scale;
+    if (k <= 0) return scaleUp(a, scale);
+    if (a.literal) {
+        std::string digits = a.value.digits;
+        Decimal d = a.value;
+        d.digits = digitsAtScale(a.value, scale);
+        d.scale = scale;
+        if (rounded && static_cast<int>(digits.size()) >= k && digits[digits.size() - static_cast<size_t>(k)] >= '5') {
+            size_t i = d.digits.size();
+            while (i > 0 && d.digits[i - 1] == '9') d.digits[--i] = '0';
+            if (i == 0)
+                d.digits.insert(0, "1");
+            else
+                d.digits[i - 1]++;
+        }
+        if (d.isZero()) d.negative = false;
+        bool packed = a.kind == Num::Packed;
+        Num n = literalNumber(d);
+        return packed ? toPacked(n) : n;
+    }
+    if (a.kind == Num::Int) {
+        if (k > kMostInt - 1) {
+            Num zero = integerNumber("0LL", 1);
+            zero.scale = scale;
+            return zero;
+        }
+        if (rounded)
+            a.text = cat(a.wide() ? "kvr_round_wide("
+                         : k > 18 ? "kvr_round_wide("
+                                  : "kvr_round(",
+                         a.text, ", ", powerOfTen(k), ")");
+        else
+            a.text = cat("((", a.text, ") / ", powerOfTen(k), ")");
+        bool wasWide = a.wide();
+        a.digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
+        a.scale = scale;
+        if (wasWide && !a.wide()) a.text = cat("(int64_t)", a.text);
+        if (!wasWide && k > 18) a.text = cat("(int64_t)", a.text);
+        return a;
+    }
+    int digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
+    std::string t = tempBytes(digits / 2 + 1);
+    a.text = cat("_zvkcBCD_SHFD_Pckd_Right", rounded ? "Rnd" : "", "(", a.text, ", ", t, ", ", digits, ", ", a.digits,
+                 ", ", k, ")");
+    a.digits = digits;
+    a.scale = scale;
+    a.direct = false;
+    return a;
+}
+
+// Evaluates a number once; what comes back may be used several times. `copy`: also of an item that
+// is changed later.
+Num Emitter::keep(Num a, bool copy)
+{
+    if (a.literal || !a.good()) return a;
+    if (a.kind == Num::Packed) {
+        if (a.direct && !copy) return a;
+        if (a.direct) {
+            std::string t = tempBytes(a.digits / 2 + 1);
+            put(cat("memcpy(", t, ", ", a.text, ", ", a.digits / 2 + 1, ");\n"));
+            a.text = t;
+        } else {
+            std::string t = temp("uint8_t *");
+            put(cat(t, " = ", a.text, ";\n"));
+            a.text = t;
+        }
+        a.direct = false;
+        return a;
+    }
+    std::string t = temp(a.kind == Num::Float ? "double" : a.wide() ? "__int128" : "int64_t");
+    put(cat(t, " = ", a.text, ";\n"));
+    a.text = t;
+    return a;
+}
+
+} // namespace kvrcob

@@ -1,0 +1,176 @@
+// The values that storage begins with: those of VALUE clauses, else zeros and spaces.
+//
+// A record becomes a list of operations: bytes to copy, runs to fill, and a table's first
+// occurrence to repeat, so that large tables cost little in the C text.
+#include "cobol/emit/emitter.h"
+
+#include <algorithm>
+
+namespace kvrcob {
+
+std::string Emitter::defaultBytes(const Item &item)
+{
+    switch (item.category) {
+    case Category::Numeric: {
+        Decimal zero;
+        zero.digits = "0";
+        return numericBytes(item, zero);
+    }
+    case Category::Index:
+    case Category::Pointer:
+        return std::string(item.size, '\0');
+    default:
+        return std::string(item.size, ' ');
+    }
+}
+
+// The bytes of an item with a VALUE clause.
+std::string Emitter::valueBytes(Program &p, const Item &item)
+{
+    program_ = &p;
+    const Expr *value = item.values.empty() ? nullptr : meaning_.constant(p, item.values[0].from);
+    if (!value) return defaultBytes(item);
+    Decimal d;
+    bool numeric = item.elementary() && item.category == Category::Numeric;
+    bool isNumber = decimalOf(value, d) || (value->kind != ExprKind::String && meaning_.constantNumber(p, value, d));
+    if (numeric && isNumber) return numericBytes(item, d);
+    std::string bytes;
+    switch (value->kind) {
+    case ExprKind::String:
+        bytes = value->text;
+        break;
+    case ExprKind::Number:
+        bytes = value->text;
+        break;
+    case ExprKind::Figurative:
+        if (value->op == K_NULL && item.category == Category::Pointer) return std::string(item.size, '\0');
+        [[fallthrough]];
+    case ExprKind::All:
+    case ExprKind::Reference: {
+        blocks_.push_back(insertions_.size());
+        insertions_.push_back({0, ""});
+        Text t = text(value);
+        blocks_.pop_back();
+        insertions_.pop_back();
+        if (t.bytes.empty()) {
+            error(value->at, "VALUE needs a literal");
+            return defaultBytes(item);
+        }
+        while (bytes.size() < item.size) bytes += t.bytes;
+        break;
+    }
+    default:
+        error(value->at, "VALUE needs a literal");
+        return defaultBytes(item);
+    }
+    if (numeric && value->kind == ExprKind::String) {
+        // A literal for a number: its digits, if it has only those.
+        if (bytes.find_first_not_of("0123456789") == std::string::npos && !bytes.empty())
+            return numericBytes(item, decimalOf(bytes, false));
+        if (item.usage != Usage::Display) return defaultBytes(item);
+    }
+    if (numeric && item.usage != Usage::Display && value->kind != ExprKind::Figurative) return defaultBytes(item);
+    if (item.category == Category::NumericEdited && value->kind == ExprKind::Number) {
+        // A number for an edited item stands as it is written, right-aligned is nobody's rule;
+        // programs use literals.
+    }
+    // JUSTIFIED does not count here.
+    if (bytes.size() > item.size) return bytes.substr(0, item.size);
+    return bytes + std::string(item.size - bytes.size(), ' ');
+}
+
+void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector<InitOp> &ops)
+{
+    (void)whole;
+    auto add = [&](std::string bytes) {
+        if (!ops.empty() && ops.back().count == 0 && ops.back().offset + ops.back().bytes.size() == offset)
+            ops.back().bytes += bytes;
+        else
+            ops.push_back({offset, std::move(bytes)});
+    };
+    bool table = item.occurs && item.occursMax > 1;
+    // The first occurrence of a table stands apart, so that it can be copied.
+    if (item.elementary()) {
+        std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
+        if (table && bytes.size() * item.occursMax <= 4096) {
+            std::string all;
+            for (uint32_t i = 0; i < item.occursMax; i++) all += bytes;
+            add(all);
+            return;
+        }
+        add(bytes);
+    } else if (item.hasValue) {
+        add(valueBytes(*program_, item));
+    } else {
+        for (const Item *child : item.children)
+            if (!child->redefines) initOps(*child, offset + child->offset - item.offset, false, ops);
+    }
+    if (table) ops.push_back({offset, "", item.size, item.occursMax});
+}
+
+static std::string fillOrCopy(Emitter *, const std::string &to, const std::string &bytes, const std::string &literal)
+{
+    bool same = bytes.find_first_not_of(bytes[0]) == std::string::npos;
+    if (same && bytes.size() > 8)
+        return cat("memset(", to, ", ", static_cast<int>(static_cast<unsigned char>(bytes[0])), ", ", bytes.size(),
+                   ");\n");
+    return cat("memcpy(", to, ", ", literal, ", ", bytes.size(), ");\n");
+}
+
+void Emitter::initialValues(Program &p)
+{
+    auto records = [&](Item::Section section) {
+        for (Item *record : p.records) {
+            if (record->section != section || record->redefines || record->external) continue;
+            std::vector<InitOp> ops;
+            initOps(*record, 0, true, ops);
+            std::string base = baseOf(*record);
+            for (const InitOp &op : ops) {
+                if (op.count) {
+                    put(cat("kvr_replicate(", base, " + ", op.offset, ", ", op.size, ", ", op.count, ");\n"));
+                    continue;
+                }
+                // Long runs of one character are filled; the rest is copied.
+                size_t i = 0;
+                const std::string &bytes = op.bytes;
+                while (i < bytes.size()) {
+                    size_t j = i;
+                    while (j < bytes.size()) {
+                        size_t run = j;
+                        while (run < bytes.size() && bytes[run] == bytes[j]) run++;
+                        if (run - j >= 64) break;
+                        j = run;
+                    }
+                    if (j > i) {
+                        std::string part = bytes.substr(i, j - i);
+                        for (size_t k = 0; k < part.size(); k += 16000) {
+                            std::string piece = part.substr(k, 16000);
+                            put(fillOrCopy(this, cat(base, " + ", op.offset + i + k), piece, bytesLiteral(piece)));
+                        }
+                    }
+                    if (j < bytes.size()) {
+                        size_t run = j;
+                        while (run < bytes.size() && bytes[run] == bytes[j]) run++;
+                        put(cat("memset(", base, " + ", op.offset + j, ", ",
+                                static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n"));
+                        j = run;
+                    }
+                    i = j;
+                }
+            }
+        }
+    };
+    put(cat("static void p", p.number, "_initialize(void)\n{\n"));
+    records(Item::WorkingStorage);
+    for (Item *index : p.indexNames) put(cat("X", index->number, " = 1;\n"));
+    put(cat("p", p.number, "_returnCode = 0;\np", p.number, "_tally = 0;\np", p.number, "_sortReturn = 0;\n"));
+    bool altered = false;
+    for (const Procedure &procedure : p.procedures) altered |= procedure.altered;
+    if (altered) put(cat("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n"));
+    put("}\n");
+    put(cat("static void p", p.number, "_initialize_local(void)\n{\n"));
+    records(Item::LocalStorage);
+    put("}\n");
+}
+
+} // namespace kvrcob

@@ -1,0 +1,130 @@
+// Storing a number into an item of any usage: to its decimal places, cut or rounded, with or
+// without a check that it fits, edited where the item is.
+#include "cobol/emit/emitter.h"
+#include "cobol/meaning/picture.h"
+
+namespace kvrcob {
+
+void Emitter::storeEdited(Num value, const Loc &target)
+{
+    const Item &item = *target.item;
+    int klass = editClass(item.picture);
+    std::string picture = item.picture.expanded;
+    if (item.blankWhenZero) klass = klass == 0 ? 1 : klass;
+    int code = item.blankWhenZero ? 256 - klass : klass;
+    bool allSuppressed = picture.find('9') == std::string::npos && picture.find_first_of("Z*") != std::string::npos;
+    if (picture.find('9') == std::string::npos && klass >= 6) allSuppressed = true;
+    std::string record = cat("P", ++constants_);
+    globals_ += cat("static const struct { int16_t length; uint8_t point, currency, editClass, picture[",
+                    picture.size(), "]; } __attribute__((packed)) ", record, " = {", allSuppressed ? "-" : "",
+                    picture.size(), ", ", static_cast<int>(program_->commaIsPoint ? ',' : '.'), ", ",
+                    static_cast<int>(static_cast<uint8_t>(item.picture.currency)), ", ", code, ", ",
+                    bytesLiteral(picture), "};\n");
+    value = toPacked(value);
+    std::string digits = tempBytes(item.picture.digits + 1);
+    put(cat("_zvkcMoveNumToNumEdit((const NumericEditRecord *)&", record, ", _zvkcBCD_CONV_Pckd_To_ZndLS(", value.text,
+            ", ", digits, ", ", item.picture.digits, ", ", value.digits, "), ", target.address, ");\n"));
+}
+
+void Emitter::store(Num value, const Loc &target, bool rounded, const std::string &sizeError)
+{
+    if (!value.good() || !target.good()) return;
+    const Item &item = *target.item;
+    if (item.isIndexName) {
+        value = toInt(scaleTo(value, 0, rounded));
+        put(cat("X", item.number, " = ", value.text, ";\n"));
+        return;
+    }
+    if (item.usage == Usage::Float || item.usage == Usage::Double) {
+        value = toFloat(value);
+        put(cat("kvr_put_", item.usage == Usage::Float ? "float" : "double", "(", target.address, ", ", value.text,
+                ");\n"));
+        return;
+    }
+    int scale = item.picture.scale, digits = item.picture.digits;
+    value = scaleTo(value, scale, rounded);
+    if (value.kind == Num::Int && value.digits > kMostInt) value = toPacked(value);
+    if (value.kind == Num::Packed && value.digits <= 18 &&
+        (item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index))
+        value = toInt(value);
+
+    // Does it fit?
+    bool binary = item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index ||
+                  item.usage == Usage::CompX;
+    bool byCapacity = binary && (item.usage != Usage::Binary || item.nativeBinary || !options_.truncate);
+    bool check = false;
+    if (!sizeError.empty()) {
+        if (byCapacity) {
+            value = keep(toInt(value), false);
+            bool isSigned = item.picture.sign || item.usage == Usage::Index;
+            put(cat("if (!kvr_fits_binary(", value.text, ", ", item.size, ", ", isSigned ? 1 : 0, ")) ", sizeError,
+                    " = 1; else {\n"));
+            check = true;
+        } else if (value.digits > digits) {
+            value = keep(value, false);
+            if (value.kind == Num::Int) {
+                put(cat("if (", value.text, " >= ", powerOfTen(digits), " || ", value.text, " <= -", powerOfTen(digits),
+                        ") ", sizeError, " = 1; else {\n"));
+            } else {
+                std::string t = tempBytes((value.digits - digits) / 2 + 1);
+                put(cat("if (!_zvkcBCD_NOT_Pckd(_zvkcBCD_SHFD_Pckd_Right(", value.text, ", ", t, ", ",
+                        value.digits - digits, ", ", value.digits, ", ", digits, "), ", value.digits - digits, ")) ",
+                        sizeError, " = 1; else {\n"));
+            }
+            check = true;
+        }
+    }
+    bool mayBeNegative = value.isSigned;
+    if (item.category == Category::NumericEdited) {
+        storeEdited(value, target);
+    } else if (binary) {
+        if (!check && !byCapacity && value.digits > digits) {
+            value = toInt(value);
+            value.text = cat("((", value.text, ") % ", powerOfTen(digits), ")");
+        }
+        value = toInt(value);
+        if (!item.picture.sign && mayBeNegative && item.usage != Usage::Index)
+            value.text = cat(value.wide() ? "kvr_abs_wide(" : "kvr_abs(", value.text, ")");
+        if (item.usage == Usage::CompX)
+            put(cat("kvr_put_big(", target.address, ", ", item.size, ", (uint64_t)(", value.text, "));\n"));
+        else
+            put(cat("kvr_put_", item.size, "(", target.address, ", ", "(int64_t)(", value.text, "));\n"));
+    } else if (item.usage == Usage::Packed) {
+        if (value.kind == Num::Int && !value.wide() && !(!item.picture.sign && mayBeNegative)) {
+            put(cat("_zvkcBCD_CONV_Int8_To_Pckd(", value.text, ", ", target.address, ", ", digits, ");\n"));
+        } else {
+            value = toPacked(value);
+            if (!item.picture.sign && mayBeNegative) {
+                std::string t = tempBytes(digits / 2 + 1);
+                put(cat("memcpy(", target.address, ", _zvkcBCD_ABS_Pckd(", value.text, ", ", t, ", ", digits, ", ",
+                        value.digits, "), ", digits / 2 + 1, ");\n"));
+            } else if (!value.cut.empty() && value.text == value.cutOf && value.digits >= digits) {
+                std::string cut = value.cut;
+                cut.replace(cut.rfind('@'), 1, std::to_string(digits));
+                put(cat("kvr_put_packed(", target.address, ", ", cut, ", ", item.size, ");\n"));
+            } else {
+                put(cat("_zvkcBCD_Cpy_Pckd(", value.text, ", ", target.address, ", ", digits, ", ", value.digits,
+                        ");\n"));
+            }
+        }
+        if (!item.picture.sign) put(cat(target.address, "[", item.size - 1, "] |= 0x0F;\n"));
+    } else {
+        static const char *const forms[] = {"US", "TO", "LO", "TS", "LS"};
+        bool plain = item.signForm == SignForm::None || item.signForm == SignForm::Trailing;
+        if (value.kind == Num::Int && !value.wide() && plain) {
+            if (item.signForm == SignForm::None)
+                put(cat("_zvkcBCD_CONV_UInt8_To_Znd((uint64_t)",
+                        mayBeNegative ? cat("kvr_abs(", value.text, ")") : cat("(", value.text, ")"), ", ",
+                        target.address, ", ", digits, ");\n"));
+            else
+                put(cat("_zvkcBCD_CONV_Int8_To_Znd(", value.text, ", ", target.address, ", ", digits, ");\n"));
+        } else {
+            value = toPacked(value);
+            put(cat("_zvkcBCD_CONV_Pckd_To_Znd", forms[static_cast<int>(item.signForm)], "(", value.text, ", ",
+                    target.address, ", ", digits, ", ", value.digits, ");\n"));
+        }
+    }
+    if (check) put("}\n");
+}
+
+} // namespace kvrcob

@@ -1,0 +1,79 @@
+/**
+ * DISPLAY and ACCEPT: what the library shows is text; numbers become text here.
+ */
+#ifndef KVR2_KVRCOB_CONSOLE_H
+#define KVR2_KVRCOB_CONSOLE_H
+
+/* 128-bit integers are no ISO C. */
+#if defined(__GNUC__)
+#pragma GCC system_header
+#endif
+
+#include "kvr2/kvrcob/base.h"
+#include "kvr2/kvrcob/numbers.h"
+
+/* ---- DISPLAY, ACCEPT */
+
+#define KVR_DISPLAY_ERROR 100
+
+KVR_INLINE void kvr_display(DisplayItem *items, int count, int device, int noAdvancing)
+{
+    DisplayRequest request;
+    if (device == KVR_DISPLAY_ERROR) {
+        int i;
+        fflush(stdout);
+        for (i = 0; i < count; i++) fwrite(items[i].address, 1, items[i].size, stderr);
+        if (!noAdvancing) fputc('\n', stderr);
+        return;
+    }
+    memset(&request, 0, sizeof request);
+    request.itemCount = count;
+    request.device = (uint8_t)device;
+    request.options = noAdvancing ? ZVK_DISPLAY_NO_ADVANCING : 0;
+    request.decimalPoint = '.';
+    _zvkcDisplay(&request, items);
+}
+
+/*
+ * A packed number as text. `width`: digits shown; `sign`: 0 none, 1 "-" or "+" in front, 2 "-" in
+ * front of a negative one, without leading zeros.
+ */
+KVR_INLINE int kvr_show_number(const uint8_t *packed, int digits, int width, int places, int sign, char point,
+                               uint8_t *out)
+{
+    uint8_t text[70];
+    int length = 0, i, whole = width - places;
+    if (places > width) width = places, whole = 0;
+    _zvkcBCD_CONV_Pckd_To_ZndLS(packed, text, width, digits);
+    if (sign == 1) out[length++] = text[0];
+    if (sign == 2) {
+        if (text[0] == '-') out[length++] = '-';
+        i = 0;
+        while (i < whole - 1 && text[1 + i] == '0') i++;
+        for (; i < whole; i++) out[length++] = text[1 + i];
+        if (whole <= 0) out[length++] = '0';
+        while (places > 0 && text[whole + places] == '0') places--;
+    } else {
+        for (i = 0; i < whole; i++) out[length++] = text[1 + i];
+    }
+    if (places > 0) {
+        out[length++] = (uint8_t)point;
+        for (i = 0; i < places; i++) out[length++] = text[1 + whole + i];
+    }
+    return length;
+}
+
+KVR_INLINE int kvr_show_float(double v, uint8_t *out, int digits)
+{
+    return snprintf((char *)out, 48, "%.*g", digits, v);
+}
+
+KVR_INLINE int kvr_show_pointer(const uint8_t *p, uint8_t *out)
+{
+    return snprintf((char *)out, 24, "0x%016llx", (unsigned long long)kvr_get_u8(p));
+}
+
+/* One line into an item, whatever the run-time option says of ACCEPT from files. */
+KVR_INLINE void kvr_accept(uint32_t flags, int64_t length, uint8_t *to) { _zvkcAccept(flags, length, to); }
+
+#endif

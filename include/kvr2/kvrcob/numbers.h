@@ -1,0 +1,327 @@
+/**
+ * Loads and stores of binary items, wide integers, and the ways between integers, packed and
+ * floating-point numbers and texts.
+ */
+#ifndef KVR2_KVRCOB_NUMBERS_H
+#define KVR2_KVRCOB_NUMBERS_H
+
+/* 128-bit integers are no ISO C. */
+#if defined(__GNUC__)
+#pragma GCC system_header
+#endif
+
+#include <math.h>
+
+#include "kvr2/exponentiation.h"
+#include "kvr2/kvrcob/base.h"
+
+/* ---- Binary items, at any alignment */
+
+#define KVR_BINARY(bits, size)                                                                                         \
+    KVR_INLINE int##bits##_t kvr_get_s##size(const uint8_t *p)                                                         \
+    {                                                                                                                  \
+        int##bits##_t v;                                                                                               \
+        memcpy(&v, p, size);                                                                                           \
+        return v;                                                                                                      \
+    }                                                                                                                  \
+    KVR_INLINE uint##bits##_t kvr_get_u##size(const uint8_t *p)                                                        \
+    {                                                                                                                  \
+        uint##bits##_t v;                                                                                              \
+        memcpy(&v, p, size);                                                                                           \
+        return v;                                                                                                      \
+    }                                                                                                                  \
+    KVR_INLINE void kvr_put_##size(uint8_t *p, int64_t value)                                                          \
+    {                                                                                                                  \
+        int##bits##_t v = (int##bits##_t)value;                                                                        \
+        memcpy(p, &v, size);                                                                                           \
+    }
+KVR_BINARY(8, 1)
+KVR_BINARY(16, 2)
+KVR_BINARY(32, 4)
+KVR_BINARY(64, 8)
+
+/* Unsigned, high byte first. */
+KVR_INLINE uint64_t kvr_get_big(const uint8_t *p, int size)
+{
+    uint64_t v = 0;
+    int i;
+    for (i = 0; i < size; i++) v = v << 8 | p[i];
+    return v;
+}
+KVR_INLINE void kvr_put_big(uint8_t *p, int size, uint64_t value)
+{
+    for (; size-- > 0; value >>= 8) p[size] = (uint8_t)value;
+}
+
+KVR_INLINE double kvr_get_float(const uint8_t *p)
+{
+    float v;
+    memcpy(&v, p, 4);
+    return v;
+}
+KVR_INLINE double kvr_get_double(const uint8_t *p)
+{
+    double v;
+    memcpy(&v, p, 8);
+    return v;
+}
+KVR_INLINE void kvr_put_float(uint8_t *p, double value)
+{
+    float v = (float)value;
+    memcpy(p, &v, 4);
+}
+KVR_INLINE void kvr_put_double(uint8_t *p, double value) { memcpy(p, &value, 8); }
+
+/*
+ * A zoned item of up to 18 digits with its sign in the last one. The arithmetic entries know the
+ * native form of the sign only; one that is a letter becomes native first.
+ */
+KVR_INLINE int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
+{
+    uint8_t last = p[digits - 1], native[18];
+    if ((last >= 'A' && last <= 'R') || last == '{' || last == '}') {
+        _zvkcBCD_CONV_ZndTO_To_ZndTO(p, native, digits, digits);
+        return _zvkcBCD_CONV_Znd_To_Int8(native, digits);
+    }
+    return _zvkcBCD_CONV_Znd_To_Int8(p, digits);
+}
+
+/* ---- Integers */
+
+KVR_INLINE int64_t kvr_abs(int64_t v) { return v < 0 ? -v : v; }
+KVR_INLINE __int128 kvr_abs_wide(__int128 v) { return v < 0 ? -v : v; }
+
+/* v / unit, rounded half away from zero */
+KVR_INLINE int64_t kvr_round(int64_t v, int64_t unit)
+{
+    int64_t q = v / unit, r = v % unit;
+    if (r < 0) r = -r;
+    if (r >= unit - r) q += v < 0 ? -1 : 1;
+    return q;
+}
+KVR_INLINE __int128 kvr_round_wide(__int128 v, __int128 unit)
+{
+    __int128 q = v / unit, r = v % unit;
+    if (r < 0) r = -r;
+    if (r >= unit - r) q += v < 0 ? -1 : 1;
+    return q;
+}
+
+KVR_INLINE int64_t kvr_divide(int64_t a, int64_t b, int *zero)
+{
+    if (b == 0) {
+        *zero = 1;
+        return 0;
+    }
+    return a / b;
+}
+KVR_INLINE __int128 kvr_divide_wide(__int128 a, __int128 b, int *zero)
+{
+    if (b == 0) {
+        *zero = 1;
+        return 0;
+    }
+    return a / b;
+}
+KVR_INLINE double kvr_divide_float(double a, double b, int *zero)
+{
+    if (b == 0) {
+        *zero = 1;
+        return 0;
+    }
+    return a / b;
+}
+
+KVR_INLINE int kvr_fits_binary(__int128 v, int size, int isSigned)
+{
+    __int128 limit = (__int128)1 << (size * 8 - (isSigned ? 1 : 0));
+    return v < limit && v >= (isSigned ? -limit : 0);
+}
+
+KVR_INLINE int64_t kvr_occurs(int64_t n, int64_t most) { return n < 0 ? 0 : n > most ? most : n; }
+
+/*
+ * A packed result that the library cut to the item's digits: into the item, without the sign of a
+ * negative zero.
+ */
+KVR_INLINE void kvr_put_packed(uint8_t *to, const uint8_t *from, int bytes)
+{
+    memcpy(to, from, (size_t)bytes);
+    if (to[bytes - 1] == 0x0D) {
+        int i = 0;
+        while (i < bytes - 1 && to[i] == 0) i++;
+        if (i == bytes - 1) to[i] = 0x0C;
+    }
+}
+
+/* A wide integer to packed and back, through the library's conversions of 18 digits each. */
+KVR_INLINE uint8_t *kvr_pack(__int128 v, uint8_t *to, int32_t digits)
+{
+    const __int128 unit = 1000000000000000000LL;
+    uint8_t high[32], moved[32], low[16];
+    int negative = v < 0;
+    __int128 top;
+    if (negative) v = -v;
+    _zvkcBCD_CONV_Int8_To_Pckd((int64_t)(v % unit), low, 18);
+    v /= unit;
+    top = v / unit;
+    _zvkcBCD_CONV_Int8_To_Pckd((int64_t)(v % unit), high, 39);
+    _zvkcBCD_SHFD_Pckd_Left(high, moved, 39, 39, 18);
+    _zvkcBCD_ADD_Pckd(moved, low, high, 39, 18, 39);
+    if (top) {
+        _zvkcBCD_CONV_Int8_To_Pckd((int64_t)top, low, 3);
+        _zvkcBCD_SHFD_Pckd_Left(low, moved, 39, 3, 36);
+        memcpy(low, high, 0);
+        {
+            uint8_t sum[32];
+            _zvkcBCD_ADD_Pckd(high, moved, sum, 39, 39, 39);
+            memcpy(high, sum, 20);
+        }
+    }
+    if (negative) {
+        _zvkcBCD_NEG_Pckd(high, moved, 39, 39);
+        return _zvkcBCD_Cpy_Pckd(moved, to, digits, 39);
+    }
+    return _zvkcBCD_Cpy_Pckd(high, to, digits, 39);
+}
+
+KVR_INLINE __int128 kvr_unpack(const uint8_t *from, int32_t digits)
+{
+    const __int128 unit = 1000000000000000000LL;
+    uint8_t part[32], rest[40];
+    __int128 v = 0;
+    int64_t low, middle = 0, high = 0;
+    _zvkcBCD_Cpy_Pckd(from, part, 18, digits);
+    low = _zvkcBCD_CONV_Pckd_To_Int8(part, 18);
+    if (digits > 18) {
+        _zvkcBCD_SHFD_Pckd_Right(from, rest, 45, digits, 18);
+        _zvkcBCD_Cpy_Pckd(rest, part, 18, 45);
+        middle = _zvkcBCD_CONV_Pckd_To_Int8(part, 18);
+        if (digits > 36) {
+            _zvkcBCD_SHFD_Pckd_Right(from, part, 2, digits, 36);
+            high = _zvkcBCD_CONV_Pckd_To_Int8(part, 2);
+        }
+    }
+    v = high;
+    v = v * unit + middle;
+    v = v * unit + low;
+    return v;
+}
+
+KVR_INLINE uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_t *to, int32_t digits, int32_t bDigits,
+                                      int32_t aDigits, int *zero)
+{
+    if (_zvkcBCD_NOT_Pckd(b, bDigits)) {
+        *zero = 1;
+        memset(to, 0, (size_t)digits / 2);
+        to[digits / 2] = 0x0C;
+        return to;
+    }
+    _zvkcBCD_DIV_Pckd(a, b, to, digits, bDigits, aDigits);
+    if (digits % 2 == 0) to[0] &= 0x0F;
+    return to;
+}
+
+/* A text taken as an unsigned integer: its last digits. Blanks at its end do not count. */
+KVR_INLINE uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t *to, int32_t digits)
+{
+    uint8_t zoned[64];
+    int64_t n, i;
+    while (length > 1 && text[length - 1] == ' ') length--;
+    n = length < digits ? length : digits;
+    memset(zoned, '0', sizeof zoned);
+    for (i = 0; i < n; i++) {
+        uint8_t c = text[length - n + i];
+        zoned[digits - n + i] = (uint8_t)(c >= '0' && c <= '9' ? c : '0');
+    }
+    return _zvkcBCD_CONV_ZndUS_To_Pckd(zoned, to, digits, digits);
+}
+
+/*
+ * What somebody typed for a number: sign, digits, decimal point. As packed, 36 digits with 18
+ * decimal places.
+ */
+KVR_INLINE uint8_t *kvr_typed_number(const uint8_t *text, int length, uint8_t *to, char point)
+{
+    uint8_t zoned[37];
+    int i, places = -1, count = 0, negative = 0;
+    char whole[18], part[18];
+    int wholes = 0;
+    memset(part, '0', sizeof part);
+    for (i = 0; i < length; i++) {
+        char c = (char)text[i];
+        if (c == '-')
+            negative = 1;
+        else if (c == point && places < 0)
+            places = 0;
+        else if (c >= '0' && c <= '9') {
+            if (places < 0) {
+                if (wholes == 18) memmove(whole, whole + 1, 17), wholes = 17;
+                whole[wholes++] = c;
+            } else if (places < 18) {
+                part[places++] = c;
+            }
+            count++;
+        }
+    }
+    memset(zoned, '0', sizeof zoned);
+    memcpy(zoned + 18 - wholes, whole, (size_t)wholes);
+    memcpy(zoned + 18, part, 18);
+    zoned[36] = negative && count ? '-' : '+';
+    return _zvkcBCD_CONV_ZndTS_To_Pckd(zoned, to, 36, 36);
+}
+
+KVR_INLINE uint8_t *kvr_de_edit(const DeEditRecord *record, const uint8_t *from, uint8_t *raw, uint8_t *to,
+                                int32_t digits)
+{
+    if (_zvkcMoveNumEditToNum(record, from, raw) != 0) {
+        /* not what the picture makes: zero */
+        memset(to, 0, (size_t)digits / 2);
+        to[digits / 2] = 0x0C;
+        return to;
+    }
+    return _zvkcBCD_CONV_ZndTS_To_Pckd(raw, to, digits, digits);
+}
+
+/*
+ * A floating-point number with so many decimal places. What 15 significant digits do not show does
+ * not count.
+ */
+KVR_INLINE __int128 kvr_fixed(double v, int scale, int rounded)
+{
+    char text[64];
+    __int128 result = 0;
+    int exponent, digits, i, negative;
+    if (!(v == v) || v > 1e37 || v < -1e37) return 0;
+    snprintf(text, sizeof text, "%.14e", v);
+    negative = text[0] == '-';
+    {
+        const char *p = text + negative;
+        char mantissa[16];
+        mantissa[0] = p[0];
+        memcpy(mantissa + 1, p + 2, 14);
+        exponent = atoi(strchr(p, 'e') + 1);
+        digits = exponent + 1 + scale; /* of the mantissa count */
+        for (i = 0; i < digits && i < 38; i++) result = result * 10 + (i < 15 ? mantissa[i] - '0' : 0);
+        if (rounded && digits >= 0 && digits < 15 && mantissa[digits] >= '5') result++;
+    }
+    return negative ? -result : result;
+}
+
+KVR_INLINE int kvr_compare_float(double a, double b)
+{
+    double difference = fabs(a - b), size = fabs(a) > fabs(b) ? fabs(a) : fabs(b);
+    if (difference <= size * 1e-14) return 0;
+    return a < b ? -1 : 1;
+}
+
+KVR_INLINE double kvr_power(double a, double b, int *invalid)
+{
+    int32_t errors = 1; /* counted, not reported */
+    double v = _zvkExpFloat8Float8(a, b, &errors);
+    if (errors == 1) return v;
+    *invalid = 1;
+    return 0;
+}
+
+#endif

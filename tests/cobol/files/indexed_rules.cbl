@@ -1,0 +1,184 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. IX1.
+       ENVIRONMENT DIVISION.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT IX-FS1 ASSIGN TO "ix1.dat", "ix1.idx"
+             ORGANIZATION IS INDEXED
+             RECORD KEY IS KEY-1 OF R1
+             ALTERNATE RECORD KEY IS ALT-1 OF R1 WITH DUPLICATES
+             ALTERNATE RECORD ALT-2
+             ACCESS MODE IS SEQUENTIAL
+             FILE STATUS IS ST1.
+           SELECT IX-FS2 ASSIGN "ix1.dat"
+             ACCESS DYNAMIC
+             STATUS ST2
+             INDEXED
+             RECORD KEY-1 OF R2
+             ALTERNATE RECORD KEY IS ALT-1 OF R2 WITH DUPLICATES
+             ALTERNATE RECORD KEY IS ALT-2B.
+           SELECT IX-FS3 ASSIGN "ix1.dat"
+             ORGANIZATION INDEXED
+             ACCESS MODE RANDOM
+             RECORD KEY IS K3
+             ALTERNATE RECORD A31 DUPLICATES
+             ALTERNATE RECORD A32.
+       DATA DIVISION.
+       FILE SECTION.
+       FD  IX-FS1 LABEL RECORDS ARE STANDARD
+           RECORD CONTAINS 40 CHARACTERS
+           DATA RECORD IS R1.
+       01  R1.
+           02 F1 PIC X(5).
+           02 KEYS.
+             03 KEY-1 PIC X(5).
+             03 ALT-1 PIC X(5).
+             03 ALT-2 PIC X(5).
+           02 TX1 PIC X(20).
+       FD  IX-FS2.
+       01  R2.
+           02 F1 PIC X(5).
+           02 KEYS.
+             03 KEY-1.
+               04 KEY-1-2 PIC XX.
+               04 FILLER PIC XXX.
+             03 ALT-1 PIC X(5).
+             03 ALT-2B PIC X(5).
+           02 TX2 PIC X(20).
+       FD  IX-FS3.
+       01  R3.
+           02 F1 PIC X(5).
+           02 K3 PIC X(5).
+           02 A31 PIC X(5).
+           02 A32 PIC X(5).
+           02 TX3 PIC X(20).
+       WORKING-STORAGE SECTION.
+       77  ST1 PIC XX.
+       77  ST2 PIC XX.
+       77  I PIC 99.
+       77  J PIC 99.
+       77  N-FAIL PIC 99 VALUE 0.
+       77  N-PASS PIC 99 VALUE 0.
+       77  T PIC X(30).
+       77  G PIC X(30).
+       77  E PIC X(30).
+       77  W30 PIC X(40).
+       77  U PIC 99 VALUE 0.
+       PROCEDURE DIVISION.
+       DECLARATIVES.
+       DX SECTION. USE AFTER ERROR PROCEDURE ON IX-FS1 IX-FS2 IX-FS3.
+       DXP. ADD 1 TO U.
+       END DECLARATIVES.
+       MAIN SECTION.
+       START-UP.
+           OPEN OUTPUT IX-FS1.
+           MOVE "LOAD" TO T.
+           MOVE SPACES TO R1.
+           PERFORM VARYING I FROM 2 BY 2 UNTIL I > 20
+             MOVE I TO KEY-1 OF R1(1:2)
+             COMPUTE J = 99 - I
+             MOVE J TO ALT-2(1:2)
+             IF I < 10 MOVE "LOW" TO ALT-1 OF R1 ELSE
+             MOVE "HIGH" TO ALT-1 OF R1 END-IF
+             MOVE I TO TX1
+             WRITE R1 INVALID KEY DISPLAY "IK" ST1 END-WRITE
+           END-PERFORM.
+           MOVE ST1 TO G. MOVE "02" TO E. PERFORM CHK.
+           MOVE "01" TO KEY-1 OF R1. WRITE R1 INVALID KEY MOVE ST1 TO G.
+           MOVE "21" TO E. PERFORM CHK.
+           MOVE U TO G MOVE "00" TO E PERFORM CHK.
+           WRITE R1. MOVE ST1 TO G. MOVE "21" TO E. PERFORM CHK.
+           MOVE U TO G MOVE "01" TO E PERFORM CHK.
+           CLOSE IX-FS1.
+           OPEN INPUT IX-FS1.
+           MOVE "SEQ" TO T.
+           READ IX-FS1 NEXT RECORD INTO W30 AT END DISPLAY "AE".
+           MOVE TX1 TO G MOVE "02" TO E PERFORM CHK.
+           MOVE "05" TO KEY-1 OF R1.
+           START IX-FS1 KEY IS GREATER THAN KEY-1 OF R1.
+           READ IX-FS1. MOVE TX1 TO G MOVE "06" TO E PERFORM CHK.
+           MOVE "HIGH" TO ALT-1 OF R1.
+           START IX-FS1 KEY = ALT-1 OF R1.
+           READ IX-FS1. MOVE TX1 TO G MOVE "10" TO E PERFORM CHK.
+           MOVE ST1 TO G. MOVE "02" TO E. PERFORM CHK.
+           READ IX-FS1. MOVE TX1 TO G MOVE "12" TO E PERFORM CHK.
+           PERFORM 4 TIMES READ IX-FS1 END-PERFORM
+           MOVE TX1 TO G MOVE "20" TO E PERFORM CHK.
+           MOVE ST1 TO G. MOVE "00" TO E. PERFORM CHK.
+           READ IX-FS1. MOVE TX1 TO G MOVE "02" TO E PERFORM CHK.
+           PERFORM 3 TIMES READ IX-FS1 END-PERFORM.
+           READ IX-FS1 AT END MOVE "AE" TO G.
+           MOVE "AE" TO E. PERFORM CHK.
+           READ IX-FS1 AT END MOVE "AE2" TO G.
+           MOVE ST1 TO G MOVE "46" TO E. PERFORM CHK.
+           MOVE "21" TO KEY-1 OF R1.
+           START IX-FS1 KEY NOT LESS KEY-1 OF R1 INVALID MOVE "IK" TO G.
+           MOVE "IK" TO E. PERFORM CHK.
+           MOVE ST1 TO G MOVE "23" TO E. PERFORM CHK.
+           CLOSE IX-FS1.
+           OPEN I-O IX-FS1.
+           MOVE "SEQ IO" TO T.
+           READ IX-FS1. MOVE "03" TO KEY-1 OF R1.
+           REWRITE R1 INVALID KEY MOVE ST1 TO G.
+           MOVE "21" TO E PERFORM CHK.
+           READ IX-FS1. MOVE "LOW" TO ALT-1 OF R1 MOVE "CH" TO TX1
+           MOVE "93" TO ALT-2
+           REWRITE R1 INVALID KEY MOVE ST1 TO G.
+           MOVE "22" TO E PERFORM CHK.
+           READ IX-FS1. MOVE "79" TO ALT-2.
+           REWRITE R1 INVALID KEY MOVE ST1 TO G.
+           MOVE ST1 TO G MOVE "22" TO E PERFORM CHK.
+           READ IX-FS1 MOVE "HIGH" TO ALT-1 OF R1 REWRITE R1.
+           MOVE ST1 TO G MOVE "02" TO E PERFORM CHK.
+           READ IX-FS1 DELETE IX-FS1.
+           MOVE ST1 TO G MOVE "00" TO E PERFORM CHK.
+           CLOSE IX-FS1.
+           OPEN I-O IX-FS2.
+           MOVE "DYN" TO T.
+           MOVE "LOW" TO ALT-1 OF R2.
+           READ IX-FS2 KEY IS ALT-1 OF R2 INVALID KEY MOVE "IK" TO G
+             NOT INVALID KEY MOVE TX2 TO G.
+           MOVE "02" TO E PERFORM CHK.
+           READ IX-FS2 NEXT AT END MOVE "AE" TO G NOT AT END
+            MOVE TX2 TO G END-READ.
+           MOVE "04" TO E PERFORM CHK.
+           MOVE "12" TO KEY-1 OF R2.
+           READ IX-FS2. MOVE TX2 TO G MOVE "12" TO E PERFORM CHK.
+           READ IX-FS2 NEXT. MOVE TX2 TO G MOVE "14" TO E PERFORM CHK.
+           MOVE "1" TO KEY-1-2.
+           START IX-FS2 KEY > KEY-1-2 INVALID KEY DISPLAY "IK".
+           READ IX-FS2 NEXT. MOVE TX2 TO G MOVE "12" TO E PERFORM CHK.
+           MOVE "12" TO KEY-1-2.
+           START IX-FS2 KEY = KEY-1-2 INVALID KEY DISPLAY "IK".
+           READ IX-FS2 NEXT. MOVE TX2 TO G MOVE "12" TO E PERFORM CHK.
+           MOVE "13" TO KEY-1 OF R2. MOVE "13" TO TX2.
+           MOVE "86" TO ALT-2B. MOVE "NEW" TO ALT-1 OF R2
+           WRITE R2. MOVE ST2 TO G MOVE "00" TO E PERFORM CHK.
+           WRITE R2 INVALID KEY MOVE ST2 TO G. 
+           MOVE "22" TO E PERFORM CHK.
+           MOVE "131" TO KEY-1 OF R2.
+           WRITE R2 INVALID KEY MOVE ST2 TO G. 
+           MOVE "22" TO E PERFORM CHK.
+           MOVE "XX" TO ALT-2B. MOVE "LOW" TO ALT-1 OF R2.
+           WRITE R2. MOVE ST2 TO G MOVE "02" TO E PERFORM CHK.
+           MOVE "99" TO KEY-1 OF R2.
+           DELETE IX-FS2 INVALID KEY MOVE ST2 TO G.
+           MOVE "23" TO E PERFORM CHK.
+           REWRITE R2 INVALID KEY MOVE ST2 TO G.
+           MOVE "23" TO E PERFORM CHK.
+           MOVE "131" TO KEY-1 OF R2.
+           DELETE IX-FS2 INVALID KEY MOVE ST2 TO G.
+           MOVE ST2 TO G MOVE "00" TO E PERFORM CHK.
+           CLOSE IX-FS2.
+           OPEN INPUT IX-FS3.
+           MOVE "84" TO A32. MOVE "81" TO A32.
+           READ IX-FS3 KEY A32 INVALID KEY MOVE "IK" TO G
+            NOT INVALID KEY MOVE TX3 TO G.
+           MOVE "18" TO E PERFORM CHK.
+           CLOSE IX-FS3.
+           DISPLAY "PASS " N-PASS " FAIL " N-FAIL.
+           STOP RUN.
+       CHK.
+           IF G = E ADD 1 TO N-PASS
+           ELSE ADD 1 TO N-FAIL
+             DISPLAY "FAIL " T " GOT " G " EXP " E.

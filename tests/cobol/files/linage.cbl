@@ -1,0 +1,72 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. LIN1.
+       ENVIRONMENT DIVISION.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT PF ASSIGN TO "lin1.txt".
+           SELECT PG ASSIGN TO "lin2.txt".
+           SELECT BACK ASSIGN TO DYNAMIC BACK-NAME
+             ORGANIZATION LINE SEQUENTIAL.
+       DATA DIVISION.
+       FILE SECTION.
+       FD  PF LABEL RECORDS OMITTED
+           LINAGE IS 5 LINES WITH FOOTING AT 4
+           LINES AT TOP 1 LINES AT BOTTOM 2.
+       01  PR PIC X(10).
+       FD  PG LABEL RECORDS OMITTED
+           LINAGE BODY-L FOOTING FOOT-L TOP TOP-L BOTTOM BOT-L.
+       01  PGR PIC X(10).
+       FD  BACK.
+       01  BR PIC X(6).
+       WORKING-STORAGE SECTION.
+       77  BODY-L PIC 99 VALUE 4.
+       77  FOOT-L PIC 99 VALUE 4.
+       77  TOP-L PIC 99 VALUE 0.
+       77  BOT-L PIC 99 VALUE 1.
+       77  I PIC 99.
+       77  BACK-NAME PIC X(10).
+       77  AT-END-FLAG PIC 9.
+       PROCEDURE DIVISION.
+       P1.
+           OPEN OUTPUT PF.
+           DISPLAY "LC " LINAGE-COUNTER OF PF.
+           PERFORM VARYING I FROM 1 BY 1 UNTIL I > 8
+             MOVE I TO PR
+             WRITE PR AT END-OF-PAGE DISPLAY "EOP AT " I " LC "
+               LINAGE-COUNTER IN PF
+             NOT AT EOP DISPLAY "LC " LINAGE-COUNTER OF PF
+             END-WRITE
+           END-PERFORM.
+           MOVE "PAGE" TO PR.
+           WRITE PR AFTER ADVANCING PAGE.
+           DISPLAY "LC " LINAGE-COUNTER OF PF.
+           MOVE "A2" TO PR.
+           WRITE PR AFTER 2 LINES AT EOP DISPLAY "EOP" END-WRITE.
+           MOVE "B3" TO PR.
+           WRITE PR BEFORE 3 LINES AT EOP DISPLAY "EOP" END-WRITE.
+           DISPLAY "LC " LINAGE-COUNTER OF PF.
+           MOVE "LAST" TO PR.
+           WRITE PR.
+           DISPLAY "LC " LINAGE-COUNTER OF PF.
+           CLOSE PF.
+           OPEN OUTPUT PG.
+           PERFORM VARYING I FROM 1 BY 1 UNTIL I > 6
+             MOVE I TO PGR
+             WRITE PGR AFTER 1 LINE
+             END-OF-PAGE MOVE 3 TO BODY-L MOVE 3 TO FOOT-L 
+               DISPLAY "EOP " I
+             END-WRITE
+           END-PERFORM.
+           CLOSE PG.
+           MOVE "lin1.txt" TO BACK-NAME PERFORM SHOW.
+           MOVE "lin2.txt" TO BACK-NAME PERFORM SHOW.
+           STOP RUN.
+       SHOW.
+           MOVE 0 TO AT-END-FLAG.
+           OPEN INPUT BACK.
+           PERFORM UNTIL AT-END-FLAG = 1
+             READ BACK AT END MOVE 1 TO AT-END-FLAG
+             NOT AT END DISPLAY "[" BR "]"
+             END-READ
+           END-PERFORM.
+           CLOSE BACK.

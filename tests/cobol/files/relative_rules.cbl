@@ -1,0 +1,174 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. RL1.
+       ENVIRONMENT DIVISION.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT RL-FS1 ASSIGN TO "rl1.dat"
+             ORGANIZATION IS RELATIVE
+             ACCESS MODE IS SEQUENTIAL
+             RELATIVE KEY IS RL-KEY OF KEYS
+             FILE STATUS IS ST1.
+           SELECT RL-FS2 ASSIGN TO "rl1.dat"
+             RELATIVE
+             ACCESS RANDOM RELATIVE RL-KEY2
+             FILE STATUS IS ST2.
+           SELECT RL-FS3 ASSIGN TO "rl1.dat"
+             ORGANIZATION IS RELATIVE
+             ACCESS MODE DYNAMIC RELATIVE KEY RL-KEY3
+             FILE STATUS IS ST3.
+           SELECT RL-FS4 ASSIGN TO "rl4.dat"
+             ORGANIZATION IS RELATIVE
+             FILE STATUS IS ST4.
+       DATA DIVISION.
+       FILE SECTION.
+       FD  RL-FS1 LABEL RECORDS STANDARD RECORD 20.
+       01  R1.
+           02 R1-NO PIC 9(5).
+           02 R1-TX PIC X(15).
+       FD  RL-FS2.
+       01  R2.
+           02 R2-NO PIC 9(5).
+           02 R2-TX PIC X(15).
+       FD  RL-FS3.
+       01  R3.
+           02 R3-NO PIC 9(5).
+           02 R3-TX PIC X(15).
+       FD  RL-FS4 RECORD VARYING 3 TO 12 DEPENDING ON L4.
+       01  R4 PIC X(12).
+       WORKING-STORAGE SECTION.
+       01  KEYS.
+         02  RL-KEY PIC 9(3).
+       77  RL-KEY2 PIC 9(5) COMP.
+       77  RL-KEY3 PIC 9(5) COMP-3.
+       77  L4 PIC 99.
+       77  ST1 PIC XX.
+       77  ST2 PIC XX.
+       77  ST3 PIC XX.
+       77  ST4 PIC XX.
+       77  I PIC 99.
+       77  N-FAIL PIC 99 VALUE 0.
+       77  N-PASS PIC 99 VALUE 0.
+       77  T PIC X(30).
+       77  G PIC X(30).
+       77  E PIC X(30).
+       77  W30 PIC X(30).
+       PROCEDURE DIVISION.
+       DECLARATIVES.
+       DX SECTION. USE AFTER ERROR PROCEDURE ON RL-FS1 RL-FS2 RL-FS3
+          RL-FS4.
+       DXP. EXIT.
+       END DECLARATIVES.
+       MAIN SECTION.
+       START-UP.
+           OPEN OUTPUT RL-FS1.
+           MOVE "LOAD" TO T.
+           PERFORM VARYING I FROM 1 BY 1 UNTIL I > 10
+             MOVE I TO R1-NO MOVE "REC" TO R1-TX
+             WRITE R1 INVALID KEY MOVE "IK" TO G
+             NOT INVALID KEY MOVE RL-KEY TO G
+             END-WRITE
+             MOVE SPACES TO E MOVE "0" TO E(1:1) MOVE I TO E(2:2)
+             PERFORM CHK
+           END-PERFORM.
+           CLOSE RL-FS1.
+           OPEN I-O RL-FS2.
+           MOVE 3 TO RL-KEY2. DELETE RL-FS2 RECORD
+             INVALID KEY MOVE "IK" TO G
+             NOT INVALID MOVE "OK" TO G END-DELETE.
+           MOVE "DELETE" TO T MOVE "OK" TO E PERFORM CHK.
+           DELETE RL-FS2 INVALID MOVE "IK" TO G.
+           MOVE "IK" TO E PERFORM CHK.
+           MOVE ST2 TO G MOVE "23" TO E PERFORM CHK.
+           READ RL-FS2 INVALID KEY MOVE "IK" TO G.
+           MOVE "IK" TO E PERFORM CHK.
+           MOVE ST2 TO G MOVE "23" TO E PERFORM CHK.
+           REWRITE R2 INVALID KEY MOVE "IK" TO G.
+           MOVE "IK" TO E PERFORM CHK.
+           MOVE 5 TO RL-KEY2. MOVE 55 TO R2-NO WRITE R2 INVALID KEY
+             MOVE ST2 TO G.
+           MOVE "22" TO E PERFORM CHK.
+           REWRITE R2. MOVE ST2 TO G MOVE "00" TO E PERFORM CHK.
+           MOVE 15 TO RL-KEY2. MOVE 15 TO R2-NO WRITE R2 INVALID KEY
+             MOVE "IK" TO G.
+           MOVE ST2 TO G MOVE "00" TO E PERFORM CHK.
+           MOVE 0 TO RL-KEY2. WRITE R2 INVALID KEY MOVE "IK" TO G.
+           MOVE "IK" TO E PERFORM CHK. 
+           MOVE ST2 TO G MOVE "24" TO E PERFORM CHK.
+           MOVE 0 TO RL-KEY2. READ RL-FS2 INVALID KEY MOVE "IK" TO G.
+           MOVE "IK" TO E PERFORM CHK. 
+           MOVE ST2 TO G MOVE "23" TO E PERFORM CHK.
+           CLOSE RL-FS2.
+           OPEN INPUT RL-FS1.
+           MOVE "SEQ" TO T.
+           MOVE 3 TO RL-KEY OF KEYS.
+           START RL-FS1 INVALID KEY MOVE "IK" TO G.
+           MOVE "IK" TO E PERFORM CHK. 
+           MOVE ST1 TO G MOVE "23" TO E PERFORM CHK.
+           READ RL-FS1 AT END MOVE "AE" TO G.
+           MOVE ST1 TO G MOVE "46" TO E PERFORM CHK.
+           MOVE 3 TO RL-KEY.
+           START RL-FS1 KEY IS NOT LESS THAN RL-KEY.
+           MOVE ST1 TO G MOVE "00" TO E PERFORM CHK.
+           READ RL-FS1.
+           MOVE RL-KEY TO G MOVE "004" TO E PERFORM CHK.
+           MOVE 5 TO RL-KEY. START RL-FS1 KEY GREATER RL-KEY.
+           READ RL-FS1 NEXT. MOVE RL-KEY TO G MOVE "006" TO E 
+           PERFORM CHK.
+           MOVE 10 TO RL-KEY. START RL-FS1 KEY >= RL-KEY.
+           READ RL-FS1. READ RL-FS1.
+           MOVE RL-KEY TO G MOVE "015" TO E PERFORM CHK.
+           READ RL-FS1 AT END MOVE "AE" TO G.
+           MOVE "AE" TO E PERFORM CHK. 
+           MOVE ST1 TO G MOVE "10" TO E PERFORM CHK.
+           MOVE 99 TO RL-KEY. START RL-FS1 KEY > RL-KEY
+             INVALID KEY MOVE "IK" TO G NOT INVALID MOVE "NI" TO G
+             END-START.
+           MOVE "IK" TO E PERFORM CHK. 
+           DELETE RL-FS1.
+           MOVE ST1 TO G MOVE "49" TO E PERFORM CHK.
+           CLOSE RL-FS1.
+           OPEN I-O RL-FS1.
+           DELETE RL-FS1.
+           MOVE ST1 TO G MOVE "43" TO E PERFORM CHK.
+           READ RL-FS1. DELETE RL-FS1 RECORD.
+           MOVE ST1 TO G MOVE "00" TO E PERFORM CHK.
+           DELETE RL-FS1.
+           MOVE ST1 TO G MOVE "43" TO E PERFORM CHK.
+           READ RL-FS1. MOVE RL-KEY TO G MOVE "002" TO E PERFORM CHK.
+           CLOSE RL-FS1.
+           OPEN I-O RL-FS3.
+           MOVE "DYN" TO T.
+           READ RL-FS3 NEXT RECORD AT END MOVE "AE" TO G.
+           MOVE RL-KEY3 TO G MOVE "00002" TO E PERFORM CHK.
+           MOVE 7 TO RL-KEY3.
+           READ RL-FS3 RECORD INTO W30 INVALID KEY MOVE "IK" TO G.
+           MOVE W30 TO G MOVE "00007REC" TO E PERFORM CHK.
+           READ RL-FS3 NEXT. MOVE R3-NO TO G MOVE "00008" TO E
+           PERFORM CHK.
+           MOVE 9 TO RL-KEY3 DELETE RL-FS3.
+           READ RL-FS3 NEXT. MOVE R3-NO TO G MOVE "00010" TO E
+           PERFORM CHK.
+           MOVE 9 TO RL-KEY3. MOVE "NEW" TO R3-TX WRITE R3.
+           MOVE ST3 TO G MOVE "00" TO E PERFORM CHK.
+           CLOSE RL-FS3.
+           OPEN EXTEND RL-FS1.
+           MOVE "EXT" TO T.
+           WRITE R1. MOVE RL-KEY TO G MOVE "016" TO E PERFORM CHK.
+           CLOSE RL-FS1.
+           OPEN OUTPUT RL-FS4.
+           MOVE "VAR" TO T.
+           MOVE 3 TO L4 MOVE "ABCDEFGH" TO R4 WRITE R4.
+           MOVE 12 TO L4 MOVE "ABCDEFGHIJKL" TO R4 WRITE R4.
+           MOVE 2 TO L4 WRITE R4.
+           MOVE ST4 TO G MOVE "44" TO E PERFORM CHK.
+           CLOSE RL-FS4 OPEN INPUT RL-FS4.
+           READ RL-FS4 INTO W30. MOVE L4 TO G MOVE "03" TO E
+           PERFORM CHK. MOVE W30 TO G MOVE "ABC" TO E PERFORM CHK.
+           READ RL-FS4. MOVE L4 TO G MOVE "12" TO E PERFORM CHK.
+           CLOSE RL-FS4.
+           DISPLAY "PASS " N-PASS " FAIL " N-FAIL.
+           STOP RUN.
+       CHK.
+           IF G = E ADD 1 TO N-PASS
+           ELSE ADD 1 TO N-FAIL
+             DISPLAY "FAIL " T " GOT " G " EXP " E.

@@ -1,0 +1,49 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. SA.
+       ENVIRONMENT DIVISION.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT A ASSIGN "sa-a.dat".
+           SELECT B ASSIGN "sa-b.dat".
+           SELECT C ASSIGN "sa-c.dat".
+           SELECT D ASSIGN "sa-d.txt" LINE SEQUENTIAL.
+           SELECT S ASSIGN "s".
+       I-O-CONTROL.
+           SAME RECORD AREA FOR A, B, C.
+           SAME RECORD AREA D S.
+       DATA DIVISION.
+       FILE SECTION.
+       FD A. 01 AR PIC X(10).
+       FD B. 01 BR. 02 B1 PIC X(10). 02 B2 PIC X(30).
+       FD C. 01 CR PIC X(200).
+       FD D. 01 DR PIC X(8).
+       SD S. 01 SR. 02 SK PIC X(2). 02 ST PIC X(6).
+       WORKING-STORAGE SECTION.
+       77 W PIC X(40).
+       PROCEDURE DIVISION.
+       P1. OPEN OUTPUT A B C.
+           MOVE "AAAAAAAAAA" TO AR. MOVE "SECOND" TO B2. WRITE BR.
+           MOVE ALL "Q" TO CR. WRITE CR.
+           MOVE "FIRSTREC" TO AR WRITE AR.
+           CLOSE A B C.
+           OPEN INPUT A I-O B.
+           READ A. DISPLAY B1 AR.
+           READ B INTO W AT END DISPLAY "?" NOT AT END DISPLAY AR
+           END-READ.
+           DISPLAY W.
+           MOVE "CHANGED" TO AR. REWRITE BR.
+           CLOSE A B.
+           OPEN OUTPUT D. MOVE "ZZ000001" TO DR. WRITE DR.
+           MOVE "AA000002" TO DR. WRITE DR. CLOSE D.
+           SORT S ASCENDING SK USING D GIVING D.
+           OPEN INPUT D. READ D. DISPLAY DR.
+           READ D. DISPLAY DR ST. READ D AT END DISPLAY "END".
+           CLOSE D.
+           SORT S DESCENDING SK USING D OUTPUT PROCEDURE OP.
+           STOP RUN.
+       OP. RETURN S AT END DISPLAY "NONE" NOT AT END DISPLAY DR SK
+             END-RETURN.
+           PERFORM UNTIL SK = "XX"
+             RETURN S RECORD INTO W AT END MOVE "XX" TO SK
+               NOT AT END DISPLAY W END-RETURN
+           END-PERFORM.

@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""Sources that are wrong, or out of all proportion: kvrcob must tell errors, end soon, and never hand
+to the C compiler what that refuses or warns of.
+
+mutations.py KVRCOB INCLUDE FOLDER... The programs of the folders get one or two random changes each: a line or
+word deleted, doubled, exchanged. The random numbers are always the same.
+"""
+import pathlib
+import random
+import re
+import subprocess
+import sys
+import tempfile
+
+MUTANTS, COMPILED = 240, 24
+WORD = re.compile(r"\"[^\"\n]*\"|'[^'\n]*'|[A-Za-z0-9][A-Za-z0-9-]*|\S")
+HEAD = """       IDENTIFICATION DIVISION.
+       PROGRAM-ID. X.
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       01 A PIC 9(4).
+       PROCEDURE DIVISION.
+       P.
+"""
+
+
+def mutant(numbers, text, words):
+    lines = text.split("\n")
+    for _ in range(numbers.choice([1, 1, 1, 2])):
+        i, kind = numbers.randrange(len(lines)), numbers.randrange(7)
+        if kind == 0:
+            del lines[i]
+        elif kind == 1:
+            lines.insert(i, lines[i])
+        elif kind == 2:
+            j = numbers.randrange(len(lines))
+            lines[i], lines[j] = lines[j], lines[i]
+        elif found := list(WORD.finditer(lines[i])):
+            at = numbers.choice(found)
+            other = numbers.choice(words)
+            new = {3: "", 4: f"{at.group()} {at.group()}", 5: other, 6: f"{other} {at.group()}"}[kind]
+            lines[i] = lines[i][: at.start()] + new + lines[i][at.end() :]
+    return "\n".join(lines)
+
+
+def extremes():
+    """Name, source, what standard error must contain (None: the source is accepted)."""
+    ifs = "".join(f"           IF A = {i}\n" for i in range(10000))
+    yield "nested", HEAD + ifs + "           DISPLAY A\n" + "           END-IF\n" * 10000, "nested too deep"
+    yield "parentheses", HEAD + "           COMPUTE A = " + "(\n           " * 5000 + "1.\n", "nested too deep"
+    yield "long_line", ">>SOURCE FREE\n" + HEAD + "DISPLAY " + "'abcdefgh' " * 100000 + ".\n", None
+    yield "many_lines", HEAD + "           ADD 1 TO A. IF A = 3 DISPLAY 'X' ELSE\n             MOVE 5 TO A.\n" * 20000, None
+    yield "copies_itself", HEAD + "           COPY 'copies_itself.cbl'.\n", "copies itself"
+    yield "open_literal", HEAD + "           DISPLAY 'abc\n" * 300, "no closing quotation mark"
+    yield "bytes", bytes(range(256)).decode("latin-1") * 400, "error"
+
+
+def main():
+    compiler, include = sys.argv[1:3]
+    sources = sorted(s for folder in sys.argv[3:] for s in pathlib.Path(folder).glob("*.cbl"))
+    texts = [s.read_text(encoding="latin-1") for s in sources]
+    words = [w for text in texts for w in WORD.findall(text)]
+    numbers = random.Random(1)
+    failed = accepted = refused = 0
+    with tempfile.TemporaryDirectory() as work:
+        cases = [(f"mutant{n}", mutant(numbers, numbers.choice(texts), words), "") for n in range(MUTANTS)]
+        for name, text, wanted in cases + list(extremes()):
+            source, c = pathlib.Path(work, name + ".cbl"), pathlib.Path(work, name + ".c")
+            source.write_text(text, encoding="latin-1")
+            includes = [option for folder in sys.argv[3:] for option in ("-I", folder)]
+            command = [compiler, "-w", "-S", *includes, "-o", str(c), str(source)]
+            wrong = ""
+            try:
+                done = subprocess.run(command, cwd=work, capture_output=True, encoding="latin-1", timeout=60)
+                if done.returncode not in (0, 1) or (done.returncode == 1 and "error: " not in done.stderr):
+                    wrong = f"exit status {done.returncode}: {done.stderr[-500:]}"
+                elif wanted is None and done.returncode:
+                    wrong = f"refused: {done.stderr[:500]}"
+                elif wanted and wanted not in done.stderr:
+                    wrong = f"does not say {wanted!r}: {done.stderr[:500]}"
+                refused += done.returncode
+            except subprocess.TimeoutExpired:
+                done, wrong = None, "does not end"
+            if done and done.returncode == 0 and wanted == "" and accepted < COMPILED:
+                accepted += 1
+                check = ["cc", "-std=gnu11", "-fsyntax-only", "-fwrapv", f"-I{include}", str(c)]
+                said = subprocess.run(check, capture_output=True, encoding="latin-1").stderr
+                if said:
+                    wrong = f"the C compiler says: {said[:500]}"
+            if wrong:
+                failed += 1
+                print(f"FAILED {name}: {wrong}\n{text[:3000]}")
+    if accepted < COMPILED or refused < MUTANTS // 4:
+        failed += 1
+        print(f"the changes do not do what they should: {accepted} accepted, {refused} refused")
+    sys.exit(1 if failed else 0)
+
+
+main()

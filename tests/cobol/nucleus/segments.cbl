@@ -1,0 +1,30 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. SG1.
+       ENVIRONMENT DIVISION.
+       CONFIGURATION SECTION.
+       OBJECT-COMPUTER. X SEGMENT-LIMIT IS 30.
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       01 N PIC 9 VALUE 0.
+       PROCEDURE DIVISION.
+       S0 SECTION 0.
+       P1. PERFORM S50 2 TIMES.
+           ALTER P20 TO PROCEED TO P20-B.
+           PERFORM S20. PERFORM S20.
+           GO TO S60.
+       P9. STOP RUN.
+       S20 SECTION 20.
+       P20. GO TO P20-A.
+       P20-A. DISPLAY "20 A". GO TO S20-X.
+       P20-B. DISPLAY "20 B".
+       S20-X. EXIT.
+       S50 SECTION 50.
+       P50. GO TO P50-A.
+       P50-A. DISPLAY "50 A". 
+           ALTER P50 TO P50-B.
+           ADD 1 TO N. IF N < 2 GO TO P50.
+           GO TO P50-X.
+       P50-B. DISPLAY "50 B".
+       P50-X. EXIT.
+       S60 SECTION 60.
+       P60. DISPLAY "60". PERFORM S50. GO TO P9.

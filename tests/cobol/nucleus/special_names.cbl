@@ -1,0 +1,130 @@
+      * SPECIAL-NAMES and what they change: a collating sequence in
+      * reverse, symbolic characters, a comma for the point; and STRING,
+      * UNSTRING, INSPECT under them. A wrong result shows itself.
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. SPECIAL.
+       ENVIRONMENT DIVISION.
+       CONFIGURATION SECTION.
+       OBJECT-COMPUTER. ANY PROGRAM COLLATING SEQUENCE IS REV.
+       SPECIAL-NAMES.
+           ALPHABET REV IS "Z" THRU "A" "9" THRU "0"
+           SYMBOLIC CHARACTERS FIRST-REV IS 1 IN REV
+           CURRENCY SIGN IS "F"
+           DECIMAL-POINT IS COMMA.
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       77  NPASS PIC 999 VALUE 0.
+       77  T PIC X(20) VALUE SPACES.
+       01 W PIC X(30). 01 W2 PIC X(10).
+       01 N PIC 9(5)V99 VALUE 1234,56.
+       01 E1 PIC FFF.FF9,99.
+       01 E2 PIC ZZ.ZZ9,99-.
+       01 K PIC 99. 01 P PIC 99. 01 CN PIC 99. 01 C2 PIC 99.
+       01 A1 PIC X(5). 01 A2 PIC X(5). 01 A3 PIC X(5).
+       01 DL PIC X(3). 01 DL2 PIC X(3).
+       01 C1 PIC 9(4). 01 C3 PIC S9(3) COMP.
+       01 R1 PIC X(5) JUST RIGHT. 01 NN PIC 9(4)V9. 01 NS PIC S9(5).
+       01 SN PIC S9(5) VALUE -12021.
+       01 TBL. 02 TE OCCURS 3 PIC X(2).
+       01 COND PIC X. 88 CC VALUE "C" THRU "A".
+       PROCEDURE DIVISION.
+       P0.
+           MOVE "COL1" TO T. IF "A" > "Z" AND "B" > "C" PERFORM PASS
+             ELSE DISPLAY T.
+           IF "0" > "9" AND "9" > "A" PERFORM PASS ELSE DISPLAY "COL2".
+           MOVE LOW-VALUE TO W2. IF W2 = ALL "Z" PERFORM PASS ELSE
+             DISPLAY "COL3" W2.
+           IF "AB " = "AB" AND "a" > "0" PERFORM PASS ELSE
+             DISPLAY "COL4".
+           MOVE FIRST-REV TO W2. IF W2 (2:1) = "Z" PERFORM PASS ELSE
+             DISPLAY "COL5" W2.
+           MOVE "B" TO COND. IF CC PERFORM PASS ELSE DISPLAY "COL6".
+           MOVE N TO E1. IF E1 = "F1.234,56 " OR " F1.234,56"
+              PERFORM PASS ELSE DISPLAY "CUR" E1.
+           MOVE N TO E2. MOVE E2 TO W. IF W = " 1.234,56 "
+              PERFORM PASS ELSE DISPLAY "CUR2" W.
+           COMPUTE N = 1,5 + 2,25. IF N = 3,75 PERFORM PASS ELSE
+              DISPLAY "DEC" N.
+           MOVE 3,7 TO N. IF N = 3,7 PERFORM PASS.
+      * STRING
+           MOVE ALL "-" TO W. MOVE 3 TO P.
+           STRING "AB CD" DELIMITED BY SPACE "XY*Z" "Q*" DELIMITED "*"
+             SPACE DELIMITED BY SIZE 42 DELIMITED SIZE INTO W
+             WITH POINTER P ON OVERFLOW DISPLAY "FAIL OV"
+             NOT ON OVERFLOW PERFORM PASS END-STRING.
+           IF W = "--ABXYQ 42--------------------" AND P = 11
+             PERFORM PASS ELSE DISPLAY "STR1" W P.
+           MOVE SPACES TO A1. STRING "ABCDEFG" DELIMITED SIZE INTO A1
+             ON OVERFLOW PERFORM PASS END-STRING.
+           IF A1 = "ABCDE" PERFORM PASS ELSE DISPLAY "STR2" A1.
+           MOVE 0 TO P. STRING "X" DELIMITED SIZE INTO A1 POINTER P
+             OVERFLOW PERFORM PASS. IF A1 = "ABCDE" PERFORM PASS.
+      * UNSTRING
+           MOVE "ONE,TWO;;THREE  FOUR" TO W. MOVE 1 TO P. MOVE 0 TO CN.
+           UNSTRING W DELIMITED BY "," OR ALL ";" OR ALL SPACE
+             INTO A1 DELIMITER IN DL COUNT IN K, A2 DELIMITER DL2
+             A3 COUNT C2 R1 WITH POINTER P TALLYING IN CN
+             ON OVERFLOW DISPLAY "FAIL UOV" NOT OVERFLOW PERFORM PASS
+             END-UNSTRING.
+           IF A1 = "ONE" AND DL = "," AND K = 3 AND A2 = "TWO" AND
+             DL2 = ";" AND A3 = "THREE" AND C2 = 5 AND R1 = " FOUR"
+             AND P = 31 AND CN = 4 PERFORM PASS ELSE
+             DISPLAY "UNS1" A1 DL K A2 DL2 A3 C2 R1 P CN.
+           MOVE "12345678" TO W2. MOVE 2 TO P.
+           UNSTRING W2 INTO A1 A2 POINTER P OVERFLOW DISPLAY "UO".
+           IF A1 = "23456" AND A2 = "78" AND P = 11 PERFORM PASS ELSE
+             DISPLAY "UNS2" A1 A2 P.
+           UNSTRING "AB**12*34" DELIMITED BY "*" INTO A1 A2 NS NN.
+           IF A1 = "AB" AND A2 = SPACES AND NS = 12 AND
+             NN = 34 PERFORM PASS ELSE
+             DISPLAY "UNS3" A1 A2 NS NN.
+      * INSPECT
+           MOVE "AABBCCAA/AB.AC" TO W. MOVE 0 TO K P CN C2.
+           INSPECT W TALLYING K FOR ALL "A" BEFORE INITIAL "/"
+             P FOR LEADING "A" "B" AFTER "/" CN FOR CHARACTERS
+             AFTER INITIAL "." C2 FOR ALL "AB" "AC".
+           IF K = 4 AND P = 0 AND CN = 18 AND C2 = 1 PERFORM PASS ELSE
+             DISPLAY "INS1 " K " " P " " CN " " C2.
+           MOVE "AABBCCAA/AB.AC" TO W.
+           INSPECT W REPLACING ALL "A" BY "x" BEFORE "/"
+             FIRST "A" BY "y" AFTER INITIAL "/"
+             CHARACTERS BY "." AFTER "AC".
+           IF W = "xxBBCCxx/yB.AC................" PERFORM PASS
+             ELSE DISPLAY "INS2 " W.
+           MOVE "ABCABC" TO W2.
+           INSPECT W2 TALLYING K FOR ALL "A" REPLACING ALL "A" BY "Z"
+              "B" BY "Y". IF W2 = "ZYCZYC" AND K = 6 PERFORM PASS ELSE
+              DISPLAY "INS3" W2 K.
+           INSPECT W2 CONVERTING "ZYC" TO "abc" AFTER "Y" BEFORE "Y".
+           IF W2 = "ZYCZYC" PERFORM PASS ELSE DISPLAY "INS4" W2.
+           MOVE 0 TO K. INSPECT SN TALLYING K FOR ALL "2".
+           INSPECT SN REPLACING ALL "1" BY "7".
+           IF K = 2 AND SN = -72027 PERFORM PASS ELSE
+             DISPLAY "INS5" K SN.
+           MOVE "   X  " TO W2. INSPECT W2 REPLACING LEADING SPACE BY
+            ZERO, ALL SPACES BY "*". IF W2 = "000X******"
+            PERFORM PASS ELSE DISPLAY "INS6" W2.
+           MOVE "ABABAB" TO W2. MOVE 0 TO K.
+           INSPECT W2 TALLYING K FOR ALL "ABA". IF K = 1 PERFORM PASS
+             ELSE DISPLAY "INS7" K.
+           INSPECT W2 REPLACING FIRST "AB" BY "12" ALL "AB" BY "34".
+           IF W2 = "123434" PERFORM PASS ELSE DISPLAY "INS8" W2.
+           MOVE "abc" TO W2.
+           INSPECT W2 CONVERTING "abcdefghijklmnopqrstuvwxyz" TO
+             "ABCDEFGHIJKLMNOPQRSTUVWXYZ".
+           IF W2 = "ABC" PERFORM PASS ELSE DISPLAY "INS9" W2.
+           INSPECT W2 REPLACING CHARACTERS BY QUOTE.
+           IF W2 = ALL QUOTES PERFORM PASS ELSE DISPLAY "INSA" W2.
+      * REFMOD
+           MOVE "ABCDEFGHIJ" TO W. MOVE 2 TO K.
+           MOVE W (K + 1: K) TO A1. IF A1 = "CD" PERFORM PASS ELSE
+              DISPLAY "RM1" A1.
+           MOVE "ZZ" TO W (K:1). IF W (1:4) = "AZCD" PERFORM PASS ELSE
+              DISPLAY "RM2" W.
+           MOVE "aabbcc" TO TBL. MOVE TE (K) (2:) TO A1.
+           IF A1 = "b" AND TE (K + 1) (1:1) = "c" PERFORM PASS ELSE
+              DISPLAY "RM3" A1.
+           MOVE 12345 TO C3. MOVE 9876 TO C1. IF C1 (2:2) = "87"
+              PERFORM PASS ELSE DISPLAY "RM4".
+           DISPLAY "PASS=" NPASS. STOP RUN.
+       PASS. ADD 1 TO NPASS.

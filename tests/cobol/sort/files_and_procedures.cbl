@@ -1,0 +1,151 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. STX1.
+       ENVIRONMENT DIVISION.
+       CONFIGURATION SECTION.
+       SPECIAL-NAMES.
+           ALPHABET REV IS "Z" THRU "A"
+           ALPHABET MIX IS "B", "A" ALSO "C", "D" THROUGH "F".
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT SF ASSIGN TO XXXXX027.
+           SELECT S2 ASSIGN TO "SRT2".
+           SELECT IN1 ASSIGN "st-in1.dat".
+           SELECT IN2 ASSIGN "st-in2.dat".
+           SELECT OUT1 ASSIGN "st-out1.dat".
+           SELECT OUT2 ASSIGN "st-out2.dat"
+             ORGANIZATION LINE SEQUENTIAL.
+           SELECT VF ASSIGN "st-v.dat".
+           SELECT VO ASSIGN "st-vo.dat".
+           SELECT VS ASSIGN "x".
+       I-O-CONTROL.
+           SAME SORT AREA FOR SF IN1 IN2;
+           SAME SORT-MERGE AREA S2, OUT1.
+       DATA DIVISION.
+       FILE SECTION.
+       SD  SF RECORD CONTAINS 12 CHARACTERS DATA RECORDS ARE SR SR2.
+       01  SR.
+           02 S-KEY1 PIC X(3).
+           02 S-KEY2 PIC S9(3) SIGN LEADING SEPARATE.
+           02 S-SEQ PIC 9(5).
+       01  SR2 PIC X(12).
+       SD  S2.
+       01  S2R.
+           02 S2-K PIC S9(3) COMP-3.
+           02 S2-B PIC S9(4) COMP.
+           02 S2-T PIC X(8).
+       FD  IN1 LABEL RECORDS STANDARD.
+       01  I1 PIC X(12).
+       FD  IN2 LABEL RECORDS STANDARD.
+       01  I2 PIC X(12).
+       FD  OUT1 LABEL RECORDS STANDARD.
+       01  O1 PIC X(12).
+       FD  OUT2.
+       01  O2 PIC X(12).
+       FD  VF RECORD VARYING 5 TO 20 DEPENDING ON VL.
+       01  VR PIC X(20).
+       FD  VO RECORD VARYING 5 TO 20 DEPENDING ON VL.
+       01  VOR PIC X(20).
+       SD  VS RECORD VARYING 5 TO 20 DEPENDING ON VL2.
+       01  VSR. 02 VSK PIC X(2). 02 FILLER PIC X(18).
+       WORKING-STORAGE SECTION.
+       77  VL PIC 99.
+       77  VL2 PIC 99.
+       77  I PIC 99.
+       77  EOF PIC 9 VALUE 0.
+       77  W PIC X(20).
+       01  TAB.
+           02 TE OCCURS 5 ASCENDING KEY TK INDEXED BY TX.
+              03 TK PIC 9. 03 TV PIC X.
+       PROCEDURE DIVISION.
+       MAIN-S SECTION.
+       M1.
+           OPEN OUTPUT IN1 IN2.
+           MOVE "BBB+00100001" TO I1. WRITE I1.
+           MOVE "AAA-00500002" TO I1. WRITE I1.
+           MOVE "AAA+00300003" TO I1. WRITE I1.
+           MOVE "CCC+00300004" TO I2. WRITE I2.
+           MOVE "BBB+00100005" TO I2. WRITE I2.
+           MOVE "AAA-00600006" TO I2. WRITE I2.
+           CLOSE IN1 IN2.
+           SORT SF ON ASCENDING KEY S-KEY1 DESCENDING S-KEY2
+             WITH DUPLICATES IN ORDER
+             USING IN1, IN2 GIVING OUT1 OUT2.
+           PERFORM SHOW-OUT1.
+           SORT SF DESCENDING KEY S-KEY1 S-KEY2
+             COLLATING SEQUENCE IS REV
+             USING IN1 IN2
+             OUTPUT PROCEDURE IS OUT-P THRU OUT-P-EXIT.
+           SORT S2 ON ASCENDING KEY S2-K, ON DESCENDING KEY S2-B
+             INPUT PROCEDURE IN-SEC
+             OUTPUT PROCEDURE OUT-SEC.
+           DISPLAY "SORT-RETURN " SORT-RETURN.
+           SORT SF ASCENDING S-KEY1 ASCENDING S-KEY2 
+              USING IN1 GIVING IN1.
+           SORT SF ASCENDING S-KEY1 ASCENDING S-KEY2 
+              USING IN2 GIVING IN2.
+           MERGE SF ON ASCENDING KEY S-KEY1 S-KEY2 
+              USING IN1 IN2 OUTPUT PROCEDURE OUT-P THRU OUT-P-EXIT.
+           MERGE SF ON ASCENDING KEY S-KEY1 S-KEY2 
+              USING IN1 IN2 GIVING OUT1.
+           PERFORM SHOW-OUT1.
+           OPEN OUTPUT VF.
+           MOVE 10 TO VL MOVE "ZZ34567890" TO VR WRITE VR.
+           MOVE 5 TO VL MOVE "AA345" TO VR WRITE VR.
+           MOVE 20 TO VL MOVE "MM345678901234567890" TO VR WRITE VR.
+           CLOSE VF.
+           SORT VS ASCENDING KEY VSK USING VF GIVING VO.
+           OPEN INPUT VO.
+           PERFORM 3 TIMES
+             READ VO INTO W
+             DISPLAY VL " [" W "]"
+           END-PERFORM.
+           CLOSE VO.
+           SORT VS ASCENDING KEY VSK INPUT PROCEDURE V-IN 
+             OUTPUT PROCEDURE V-OUT.
+           MOVE "3C1A5E2B4D" TO TAB.
+           SORT TE.
+           DISPLAY TAB.
+           SORT TE ON DESCENDING KEY TV.
+           DISPLAY TAB.
+           STOP RUN.
+       V-IN.
+           MOVE 6 TO VL2 MOVE "QQ3456789" TO VSR RELEASE VSR.
+           MOVE 8 TO VL2 MOVE "PP3456789" TO VSR RELEASE VSR.
+       V-OUT.
+           PERFORM 2 TIMES
+           RETURN VS INTO W AT END DISPLAY "BAD" END-RETURN
+           DISPLAY VL2 " [" W "]" END-PERFORM.
+           RETURN VS AT END DISPLAY "END".
+       SHOW-OUT1.
+           OPEN INPUT OUT1.
+           MOVE 0 TO EOF.
+           PERFORM UNTIL EOF = 1
+             READ OUT1 AT END MOVE 1 TO EOF
+             NOT AT END DISPLAY O1
+             END-READ
+           END-PERFORM.
+           CLOSE OUT1.
+           DISPLAY "--".
+       OUT-P.
+           RETURN SF RECORD AT END GO TO OUT-P-EXIT.
+           DISPLAY "RET " SR.
+           GO TO OUT-P.
+       OUT-P-EXIT.
+           EXIT.
+       IN-SEC SECTION.
+       IN1-P.
+           MOVE -5 TO S2-K MOVE 3 TO S2-B MOVE "A" TO S2-T RELEASE S2R.
+           MOVE 5 TO S2-K MOVE -3 TO S2-B MOVE "B" TO S2-T RELEASE S2R.
+           MOVE -5 TO S2-K MOVE 4 TO S2-B MOVE "C" TO S2-T RELEASE S2R.
+           GO TO IN-END.
+       IN2-P.
+           DISPLAY "NEVER".
+       IN-END.
+           MOVE S2R TO W. MOVE 0 TO S2-K. RELEASE S2R FROM W.
+       OUT-SEC SECTION.
+       OS1.
+           RETURN S2 INTO W AT END GO TO OS-X.
+           DISPLAY S2-T "/" S2-K "/" S2-B.
+           GO TO OS1.
+       OS-X.
+           RETURN S2 AT END DISPLAY "AGAIN AT END".

@@ -1,0 +1,1 @@
+           SELECT DUMMY-FILE ASSIGN TO "dummy.dat".

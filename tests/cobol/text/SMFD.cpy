@@ -1,0 +1,2 @@
+           LABEL RECORDS ARE STANDARD
+           DATA RECORD IS TST-TEST.

@@ -1,0 +1,2 @@
+       PROGRAM-ID. SM1.
+       AUTHOR. SOMEBODY.

@@ -1,0 +1,1 @@
+           SAME AREA FOR TFIL.

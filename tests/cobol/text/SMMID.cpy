@@ -1,0 +1,1 @@
+           01  MIDDLE-ITEM PIC X.

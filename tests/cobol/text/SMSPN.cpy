@@ -1,0 +1,1 @@
+           CONSOLE IS CONS-X.

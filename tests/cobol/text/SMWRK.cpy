@@ -1,0 +1,2 @@
+           .
+           02  W-NUM PIC 9(3) VALUE 77.

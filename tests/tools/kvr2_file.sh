@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# The command over files of programs.
+# Catches: records lost or changed on the way through a format, an organization or a backup; damage that verify does not
+# see or rebuild makes worse; keys that do not lead to their records after keys add or drop; an exit status that hides any of this.
+set -euo pipefail
+export LC_ALL=C.UTF-8 VFS_DURABILITY=none
+tool=$1 manual=$2
+export LD_LIBRARY_PATH=$3${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+fail() { echo "$1"; exit 1; }
+expect() { [ "$1" = "$2" ] || fail "line ${BASH_LINENO[0]}: expected '$2', got '$1'"; }
+status() { local rc=0; "$@" >out 2>err || rc=$?; echo "$rc"; }
+same() { cmp "$1" "$2" || fail "line ${BASH_LINENO[0]}: $1 and $2 differ"; }
+damage() { printf '\xA5\x5A\xA5\x5A\xA5\x5A\xA5\x5A\xA5\x5A\xA5\x5A\xA5\x5A\xA5\x5A' | dd of="$1" bs=1 seek="$2" conv=notrunc 2>/dev/null; }
+
+# 3,000 records in no order: id, group of 31 (duplicates), a number of its own, text.
+for ((i = 0; i < 3000; i++)); do
+    n=$((i * 1709 % 3000)); printf '%06d%04d%05d%s\n' "$n" $((n % 31)) $((99999 - n)) "text $n, \"quoted\""
+done >in.txt
+sort in.txt >sorted.txt
+expect "$(status "$tool" load --create -O indexed -r 50 -k 1:6 -k 7:4:d -k 11:5 f in.txt)" 0
+expect "$("$tool" verify f)" "f: 3000 records under 3 keys; $("$tool" verify f | grep -o '[0-9]* pages.*')"
+"$tool" dump f out.txt 2>/dev/null; same out.txt sorted.txt
+# An alternate key keeps the order of writing among equal ones.
+"$tool" dump -o 1 f 2>/dev/null >out.txt; sort -s -k1.7,1.10 in.txt >want.txt; same out.txt want.txt
+
+# Formats: there and back again.
+fields='ID:6:9,GROUP:4:s9,N:5:92,TEXT:35'
+for format in csv jsonl rsd lsq; do
+    for options in "" "-F$fields" "-x"; do
+        case $format$options in lsq?* | rsd?*) continue ;; esac
+        "$tool" dump -t $format $options f text 2>/dev/null
+        expect "$(status "$tool" load -f --create -O indexed -r 50 -k 1:6 -t $format $options back text)" 0
+        "$tool" dump -f back out.txt 2>/dev/null; same out.txt sorted.txt
+        rm text
+    done
+done
+expect "$("$tool" dump -t csv -F"$fields" f 2>/dev/null | sed -n 2p)" '0,0,999.99,"text 0, ""quoted"""'
+expect "$("$tool" dump -t jsonl -F"$fields" f 2>/dev/null | sed -n 5p)" '{"ID":4,"GROUP":4,"N":999.95,"TEXT":"text 4, \"quoted\""}'
+printf 'A,B,C,D\n-1.5,-7,-200,x\n12.25,7,65535,y\n99999999,7,1,z\n1,-1,65536,w\n' >numbers
+expect "$(status "$tool" load --create -r 9 -t csv -F'A:4:p2,B:2:s9,C:2:b,D:1' n numbers)" 3
+grep -q '2 refused\|3 refused' err || fail "numbers that do not fit are not refused"
+expect "$("$tool" dump -t csv -F'A:4:p2,B:2:s9,C:2:b,D:1' n 2>/dev/null | tail -1)" '12.25,7,65535,y'
+
+# Organizations and file systems.
+"$tool" copy -O relative f rel 2>/dev/null
+"$tool" copy rel lsq-lines 2>/dev/null; same lines sorted.txt
+"$tool" copy -r 50 lsq-lines rsd-bytes 2>/dev/null; expect "$(stat -c %s bytes)" 150000
+"$tool" copy -f -r 50 -O indexed -k 1:6 -k 7:4:d rsd-bytes stl-back 2>/dev/null; "$tool" verify back rel >/dev/null
+expect "$(status "$tool" copy -f -r 40 rsd-bytes lsq-lines)" 0 # the end of each is blank
+expect "$(status "$tool" copy -f -r 50 -O indexed -k 7:4 rsd-bytes back)" 3 # 31 keys for 3,000 records
+expect "$("$tool" dump back 2>/dev/null | wc -l)" 31
+expect "$(status "$tool" copy f rel)" 1 # it exists
+
+# Keys.
+"$tool" keys add -k 14:2:d f; "$tool" verify f | grep -q 'under 4 keys' || fail "keys add"
+"$tool" keys drop f 1; "$tool" keys drop f 1; "$tool" verify f | grep -q 'under 2 keys' || fail "keys drop"
+"$tool" dump -f f out.txt 2>/dev/null; same out.txt sorted.txt
+expect "$("$tool" dump -o 1 f 2>/dev/null | cut -c14,15 | sort -c && echo sorted)" sorted
+expect "$(status "$tool" keys add -k 7:4 f)" 1; "$tool" verify f >/dev/null
+expect "$(status "$tool" keys drop f 0)" 2
+"$tool" keys add -k 7:4:d -k 11:5 f
+
+# A change of keys that was interrupted after the store was renamed.
+"$tool" backup f half; cp half half.kvr2-new
+"$tool" backup f other; "$tool" keys drop other 1
+cp other half.kvr2-new; cp other.mdb half.mdb
+expect "$(status "$tool" verify half)" 3
+"$tool" compact half 2>/dev/null; "$tool" verify half >/dev/null; [ ! -e half.kvr2-new ] || fail "not completed"
+
+# Compact, backup, rebuild.
+"$tool" compact f 2>/dev/null; "$tool" backup f g; "$tool" verify f g >/dev/null
+expect "$(status "$tool" backup f g)" 1
+"$tool" rebuild f whole 2>/dev/null; "$tool" dump -f whole out.txt 2>/dev/null; same out.txt sorted.txt
+pages=$(($(stat -c %s g.mdb) / 4096))
+for ((page = 0; page < pages; page += page < 8 ? 1 : 4)); do
+    cp f g; cp f.mdb g.mdb
+    damage g.mdb $((page * 4096)); damage g.mdb $((page * 4096 + 16))
+    rc=$(status "$tool" rebuild -f g new)
+    "$tool" verify new >/dev/null || fail "page $page: the rebuilt file is damaged"
+    "$tool" dump -f new out.txt 2>/dev/null
+    [ "$(comm -23 out.txt sorted.txt | wc -l)" = 0 ] || fail "page $page: records that never were"
+    lost=$(comm -13 out.txt sorted.txt | wc -l)
+    seen=$(status "$tool" verify g)
+    case "$seen $rc $((lost > 0))" in "3 3 "? | "3 0 0" | "0 0 0") ;; *) fail "page $page: verify $seen, rebuild $rc, $lost lost" ;; esac
+    [ "$lost" -le 200 ] || fail "page $page: $lost records are lost"
+done
+head -c 100000 f.mdb >g.mdb
+expect "$(status "$tool" verify g)" 3
+expect "$(status "$tool" rebuild -f g new)" 3; "$tool" verify new >/dev/null
+cp f.mdb g.mdb; damage g 100
+expect "$(status "$tool" verify g)" 3
+expect "$(status "$tool" info g)" 1
+expect "$(status "$tool" rebuild -f g new)" 1 # what it was is lost with the header
+expect "$(status "$tool" rebuild -f g new -O indexed -r 50 -k 1:6 -k 14:2:d -k 7:4:d -k 11:5)" 0
+damage rel $((4096 + 54 * 10))
+expect "$(status "$tool" verify rel)" 3
+expect "$(status "$tool" rebuild rel newrel)" 3
+expect "$("$tool" dump newrel 2>/dev/null | wc -l)" 2999
+
+# Wrong usage, and the manual.
+expect "$(status "$tool")" 2
+expect "$(status "$tool" frobnicate f)" 2
+expect "$(status "$tool" verify)" 2
+expect "$(status "$tool" compact -k 1:2 f)" 2
+expect "$(status "$tool" dump -t xml f)" 2
+expect "$(status "$tool" info absent)" 1
+expect "$(status "$tool" dump rsd-bytes)" 1
+expect "$(status "$tool" dump f /dev/full -f)" 1
+"$tool" --help >help
+for command in $(sed -n '/^Commands:/,/^$/p' help | awk 'NR>1 && NF {print $1}'); do
+    grep -q "^\.B $command\( add\)\?$" "$manual" || fail "the manual lacks $command"
+done
+man -l "$manual" 2>&1 >/dev/null | grep . && fail "the manual has faults"
+echo "kvr2-file does what its manual says"
