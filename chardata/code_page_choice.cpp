@@ -14,7 +14,7 @@
 
 #include "chardata/copy_text.h"
 #include "frame/locale/locale_handles.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "kvr2/code_pages.h"
 
 namespace {
@@ -22,8 +22,6 @@ namespace {
 constexpr size_t kLocaleBytes = 5;    // language and territory
 constexpr size_t kValueLimit = 14;    // of EBCDIC_CODEPAGE
 constexpr size_t kFallbackLimit = 10; // of the code page that stands in for an unknown one
-constexpr uint32_t kUnsuitable = 1;   // variants of message 230
-constexpr uint32_t kUnknown = 2;
 
 // Locale and code-page names are ASCII, whatever the locale is.
 void upperCase(char *text)
@@ -88,7 +86,7 @@ void chooseEbcdicPage(const char *value, CodePageChoice &choice)
         char shown[64];
         copyText(shown, value);
         copyText(choice.ebcdicCodePage, own.ebcdicEuro);
-        zvkWriteMsg(230, kUnknown | ZVK_MSG_SEVERE, shown, choice.ebcdicCodePage);
+        msg::unknownCodePage(shown, choice.ebcdicCodePage, ZVK_MSG_SEVERE);
         return;
     }
     char upper[kValueLimit + 1];
@@ -97,13 +95,13 @@ void chooseEbcdicPage(const char *value, CodePageChoice &choice)
     if (const CodePageRow *found = firstRowWithPage(upper)) {
         copyText(choice.ebcdicCodePage, value);
         if (!rowHasPage(own, upper) && !isKeyOfLocale(*found, choice.localeName))
-            zvkWriteMsg(230, kUnsuitable, value, choice.localeName);
+            msg::unsuitableCodePage(value, choice.localeName);
         return;
     }
     // The row is the one whose number is the length of the value. Sites have come to rely on what
     // they get.
     copyText(choice.ebcdicCodePage, kCodePageRows[length].ebcdicEuro, kFallbackLimit);
-    zvkWriteMsg(230, kUnknown, value, choice.ebcdicCodePage);
+    msg::unknownCodePage(value, choice.ebcdicCodePage);
 }
 
 void chooseFromProcess(CodePageChoice &choice)

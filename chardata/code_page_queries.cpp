@@ -5,7 +5,7 @@
 
 #include "chardata/conversion_layer.h"
 #include "chardata/open_converter.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
 extern "C" {
 
@@ -15,7 +15,7 @@ int32_t _zvkValidateCPID(const char *name, int32_t length)
     if (length <= 0) return 1;
     if (static_cast<uint32_t>(length) > kMaxCodePageName) {
         memcpy(text, name, kMaxCodePageName);
-        zvkWriteMsg(221, ZVK_MSG_SEVERE, text, static_cast<int32_t>(U_ILLEGAL_ARGUMENT_ERROR));
+        msg::noConverter(text, static_cast<int32_t>(U_ILLEGAL_ARGUMENT_ERROR), ZVK_MSG_SEVERE);
         return 1;
     }
     memcpy(text, name, static_cast<size_t>(length));

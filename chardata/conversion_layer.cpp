@@ -9,7 +9,7 @@
 #include "chardata/copy_text.h"
 #include "chardata/native_ebcdic.h"
 #include "chardata/open_converter.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
 ConversionLayer zvkConversionLayer;
 
@@ -30,7 +30,7 @@ void endConversionLayer()
 UConverter *openOrReport(const char *name)
 {
     UConverter *converter = zvkOpenConverter(name, &zvkConversionLayer.status);
-    if (!converter) zvkWriteMsg(221, 0, name, static_cast<int32_t>(zvkConversionLayer.status));
+    if (!converter) msg::noConverter(name, static_cast<int32_t>(zvkConversionLayer.status));
     return converter;
 }
 
@@ -59,7 +59,7 @@ public:
                 owned_ = converter_ = openOrReport(text);
             } else {
                 zvkConversionLayer.status = U_ILLEGAL_ARGUMENT_ERROR;
-                zvkWriteMsg(221, ZVK_MSG_SEVERE, text, static_cast<int32_t>(U_ILLEGAL_ARGUMENT_ERROR));
+                msg::noConverter(text, static_cast<int32_t>(U_ILLEGAL_ARGUMENT_ERROR), ZVK_MSG_SEVERE);
             }
         }
     }
@@ -85,7 +85,7 @@ bool isIcuLength(uint32_t length) { return length <= INT32_MAX; }
 int32_t refuse()
 {
     zvkConversionLayer.status = U_ILLEGAL_ARGUMENT_ERROR;
-    zvkWriteMsg(222, 0, static_cast<int32_t>(U_ILLEGAL_ARGUMENT_ERROR));
+    msg::conversionFailed(static_cast<int32_t>(U_ILLEGAL_ARGUMENT_ERROR));
     return U_ILLEGAL_ARGUMENT_ERROR;
 }
 
@@ -126,10 +126,10 @@ int32_t zvkToUtf16(UConverter *converter, const uint8_t *source, uint32_t length
                                   reinterpret_cast<const char *>(source), static_cast<int32_t>(length), &status);
     if (status > 0) {
         if (!zvkIsOverflow(status)) {
-            zvkWriteMsg(222, 0, static_cast<int32_t>(status));
+            msg::conversionFailed(static_cast<int32_t>(status));
             return status;
         }
-        zvkWriteMsg(222, ZVK_MSG_INFORM, static_cast<int32_t>(status));
+        msg::conversionFailed(static_cast<int32_t>(status), ZVK_MSG_INFORM);
     }
     // For a full destination ICU answers with the length that it would have needed.
     capacity = 2 * static_cast<uint32_t>(std::clamp(units, 0, room));
@@ -147,7 +147,7 @@ int32_t zvkFromUtf16(UConverter *converter, const uint8_t *source, uint32_t leng
                                     reinterpret_cast<const UChar *>(source), static_cast<int32_t>(length / 2), &status);
     if (status > 0) {
         if (onOverflow == OnOverflow::Report || !zvkIsOverflow(status))
-            zvkWriteMsg(222, 0, static_cast<int32_t>(status));
+            msg::conversionFailed(static_cast<int32_t>(status));
         return status;
     }
     capacity = static_cast<uint32_t>(bytes);

@@ -9,7 +9,7 @@
 #include "base/signed_length.h"
 #include "base/text_units.h"
 #include "chardata/conversion_layer.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "kvr2/national.h"
 
 namespace {
@@ -37,7 +37,7 @@ const UCollator *collator()
     UCollator *opened = ucol_open(layer.collationLocale, &status);
     if (U_FAILURE(status)) {
         layer.status = status;
-        zvkWriteMsg(kNoCollator, 0, layer.collationLocale, static_cast<int32_t>(status));
+        msg::noCollator(layer.collationLocale, static_cast<int32_t>(status));
         return nullptr;
     }
     UCollator *none = nullptr;
@@ -69,7 +69,7 @@ int32_t changeCase(ChangeCase change, uint8_t *destination, uint32_t *capacity, 
     *capacity = 2 * static_cast<uint32_t>(std::clamp(stored, 0, room));
     if (status > U_ZERO_ERROR) {
         layer.status = status;
-        zvkWriteMsg(kCaseFailed, 0, static_cast<int32_t>(status));
+        msg::caseFailed(static_cast<int32_t>(status));
         return status;
     }
     return U_ZERO_ERROR;

@@ -13,7 +13,7 @@
 #include "chardata/byte_translate.h"
 #include "chardata/conversion_layer.h"
 #include "chardata/work_area.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
 namespace {
 
@@ -102,7 +102,7 @@ int32_t convertByTable(const ByteTable &table, const uint8_t *source, uint32_t l
     uint32_t stored = std::min(length, capacity);
     zvkTranslateBytes(source, destination, stored, table.map);
     capacity -= stored;
-    if (status > 0) zvkWriteMsg(222, 0, static_cast<int32_t>(status));
+    if (status > 0) msg::conversionFailed(static_cast<int32_t>(status));
     return status;
 }
 

@@ -7,7 +7,7 @@
 
 #include "chardata/conversion_layer.h"
 #include "frame/locks.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ void makeTable(uint8_t (&table)[256])
     uint8_t all[256];
     for (int i = 0; i < 256; i++) all[i] = static_cast<uint8_t>(i);
     uint32_t capacity = sizeof table;
-    if (_zvkUniEtoA(all, sizeof all, table, &capacity) != U_ZERO_ERROR) zvkWriteMsg(230, kTablesFailed);
+    if (_zvkUniEtoA(all, sizeof all, table, &capacity) != U_ZERO_ERROR) msg::codePageTablesFailed();
 }
 
 } // namespace

@@ -13,14 +13,14 @@
 
 #include "dateservices/date_parts.h"
 #include "dateservices/feedback.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/messages/message_catalog.h"
 #include "frame/storage.h"
 
 namespace dates {
 namespace {
 
-constexpr uint32_t kEraText = 216, kNoEraText = 206;
+constexpr uint32_t kEraText = 216;
 constexpr uint32_t kMostEras = 20, kHighestNumber = 10000;
 constexpr size_t kEraTextSize = 400;
 constexpr char kSpace[] = " \r\n";
@@ -72,7 +72,7 @@ uint32_t loadEras(EraKind kind, EraTable **table)
     bool chinese = kind == kChinese;
     const char *found = zvkCatalogText(kEraText, chinese ? 1 : 0);
     if (!found) {
-        zvkWriteMsg(kNoEraText, ZVK_MSG_SEVERE, 2);
+        msg::noEraText(2, ZVK_MSG_SEVERE);
         return 0;
     }
     char text[kEraTextSize];

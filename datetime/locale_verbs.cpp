@@ -13,12 +13,11 @@
 #include "datetime/locale_text.h"
 #include "datetime/move.h"
 #include "datetime/range_check.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
 namespace {
 
 constexpr char kCheckName[] = "Range_check_locale";
-constexpr uint32_t kBadLocaleTime = 1003;
 
 #define ASSERT_HAS_LOCALE(fd) DATETIME_ASSERT((fd)->hasLocale == 1, "( (" #fd ") -> hasLocale) == 1")
 #define ASSERT_ONE_HAS_LOCALE(a, b)                                                                                    \
@@ -323,7 +322,7 @@ int32_t checkedPair(const char *source, const char *shown, int at, int32_t highe
 {
     int32_t value = pairAt(source + at);
     if (value < 0 || value > highest) {
-        zvkWriteMsg(kBadLocaleTime, 0, shown, value);
+        msg::badLocaleTime(shown, value);
         DATETIME_ASSERT(false, "! \"LOCALE-TIME\"");
     }
     return value;

@@ -18,7 +18,7 @@
 #include "datetime/locale_text.h"
 #include "datetime/move.h"
 #include "frame/locale/locale_handles.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/storage.h"
 #include "kvr2/run_unit.h"
 
@@ -30,7 +30,7 @@ FormatEntry kIsoTimeEntries[5] = {
 
 namespace {
 
-constexpr uint32_t kUnknownLocale = 1000, kRefusedLocale = 1001, kNoFormat = 1002;
+constexpr uint32_t kUnknownLocale = 1000, kNoFormat = 1002;
 constexpr int kRutLocaleWord = 7;
 constexpr size_t kSlotText = ZVK_LOCALE_NAME - 1;
 constexpr char kIsoDate[] = "%Y-%m-%d", kIsoTime[] = "%H.%M.%S";
@@ -156,8 +156,8 @@ locale_t openLocale(const FD *fd, const LocaleProgram *program, uint32_t message
 {
     const char *name = localeInfoFor(fd, program)->names[kTimeSlot];
     locale_t useLocale = zvkTimeLocale(name);
-    if (!useLocale && message == kNoFormat) zvkWriteMsg(message, 0, fd->category == ctDATE ? "DATE" : "TIME", name);
-    if (!useLocale && message == kUnknownLocale) zvkWriteMsg(message, 0, name);
+    if (!useLocale && message == kNoFormat) msg::noLocaleFormat(fd->category == ctDATE ? "DATE" : "TIME", name);
+    if (!useLocale && message == kUnknownLocale) msg::unknownLocale(name);
     DATETIME_ASSERT(useLocale != nullptr, "useLocale != (locale_t)0");
     return useLocale;
 }
@@ -342,7 +342,7 @@ LocaleDescriptor *runRutCreateLocaleDescriptor(const char *name, const char *lib
     made->localeInfo = static_cast<LocaleInfo *>(zvkCalloc(1, sizeof(LocaleInfo)));
     DATETIME_ASSERT(made->localeInfo != nullptr, "localeInfo != ((void *)0)");
     locale_t testLocale = zvkTimeLocale(made->localeName);
-    if (!testLocale) zvkWriteMsg(kUnknownLocale, 0, made->localeName);
+    if (!testLocale) msg::unknownLocale(made->localeName);
     DATETIME_ASSERT(testLocale != nullptr, "testLocale != (locale_t)0");
     for (int slot = 0; slot < kNamedSlots; slot++) putName(made->localeInfo, slot, made->localeName);
     made->localeInfo->todInfo = newTodInfo();
@@ -393,7 +393,7 @@ static void setCategory(LocaleInfo *info, uint32_t code, const char *name)
         putName(info, category.slot, name);
     }
     if (category.system < 0 || zvkSetLocale(category.system, name)) return;
-    zvkWriteMsg(kRefusedLocale, 0, category.name, name);
+    msg::refusedLocale(category.name, name);
     DATETIME_ASSERT(false, "setlocale(category, newLocaleName) != ((void *)0)");
 }
 

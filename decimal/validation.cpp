@@ -17,10 +17,12 @@
 #include "decimal/packed.h"
 #include "decimal/words.h"
 #include "decimal/zoned.h"
+#include "frame/message_calls.h"
 #include "frame/signals/call_site.h"
 
 namespace {
 
+constexpr uint32_t kMsgZeroDivisor = 902, kMsgBadData = 903;
 constexpr uint32_t kPlaced = 1; // the variant with the program and line
 
 using bcd::all;
@@ -108,23 +110,38 @@ int zvkBcdCheckZoned(const uint8_t *address, int32_t digits, int checkMode)
     return bcd::kOverpunch[*start].valid ? 0 : 1;
 }
 
-// With the place in the program where that is known.
-static void report(uint32_t number)
+// Where the program called, for the variant that says so; false where that is not known, or the
+// catalog has no such text.
+static bool findPlace(uint32_t number, char (&place)[512])
 {
-    char place[512];
-    if (zvkHasMessage(number, kPlaced) && zvkDescribeCallSite(place, sizeof place))
-        zvkWriteMsg(number, kPlaced, place);
-    else
-        zvkWriteMsg(number, 0);
+    return zvkHasMessage(number, kPlaced) && zvkDescribeCallSite(place, sizeof place);
 }
 
-void bcd::reportBadData() { report(kMsgBadData); }
-void bcd::reportZeroDivisor() { report(kMsgZeroDivisor); }
+void bcd::reportBadData()
+{
+    char place[512];
+    if (findPlace(kMsgBadData, place))
+        msg::badDecimalDataAt(place);
+    else
+        msg::badDecimalData();
+}
+
+void bcd::reportZeroDivisor()
+{
+    char place[512];
+    if (findPlace(kMsgZeroDivisor, place))
+        msg::zeroDivisorAt(place);
+    else
+        msg::zeroDivisor();
+}
+
 void bcd::reportBadSource(int answer)
 {
+    // Reserved: no validator gives an answer above 1 now.
     if (answer > 1)
-        zvkWriteMsg(kMsgBadSourceData, 0);
+        msg::badSourceData();
     else
-        report(kMsgBadData);
+        reportBadData();
 }
-void bcd::reportBadSeparateSign() { zvkWriteMsg(kMsgBadSeparateSign, 0); }
+
+void bcd::reportBadSeparateSign() { msg::badSeparateSign(); }

@@ -32,13 +32,6 @@ inline int check<forms::Pckd>(const uint8_t *item, int32_t digits, int checkMode
     return zvkBcdCheckPacked(item, digits, checkMode);
 }
 
-enum : uint32_t {
-    kMsgBadSourceData = 39, // reserved: would be for an answer above 1, which no validator gives now
-    kMsgBadSeparateSign = 40,
-    kMsgZeroDivisor = 902,
-    kMsgBadData = 903
-};
-
 [[gnu::cold, gnu::noinline]] void reportBadData();
 [[gnu::cold, gnu::noinline]] void reportZeroDivisor();
 [[gnu::cold, gnu::noinline]] void reportBadSource(int answer);

@@ -12,7 +12,7 @@
 
 #include "fileio/file_slots.h"
 #include "fileio/file_systems.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/run_unit.h"
 #include "frame/storage.h"
 #include "frame/upcalls.h"
@@ -155,7 +155,7 @@ void requireAgreement(const FCB *shared, const FIB *fib, const PCB *pcb)
     char list[1024], program[161];
     describeDifferences(shared->fib, fib, list);
     snprintf(program, sizeof program, "%.*s", static_cast<int>(pcb->nameLength), pcb->name);
-    zvkWriteMsg(75, ZVK_MSG_SEVERE, fib->name, program, list);
+    msg::externalFileDiffers(fib->name, program, list, ZVK_MSG_SEVERE);
 }
 
 constexpr size_t kRelativeKeySize = 36, kAttributeSize = 8;

@@ -8,7 +8,7 @@
 
 #include "base/environment.h"
 #include "fileio/file_status.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/messages/message_catalog.h"
 #include "kvr2/fileio.h"
 
@@ -93,7 +93,7 @@ void reportAndEnd(const FCB *fcb, const FIB *fib, uint32_t variant, const IPCB *
         snprintf(text, kReason, "%s", fs2Text);
     appendWhere(text, sizeof text, fcb, fib, element);
     const char *reason = text[0] == ' ' ? text + 1 : text;
-    zvkWriteMsg(200, ZVK_MSG_SEVERE, verbText(fcb->currentVerb), fib->name, static_cast<int>(fcb->status), reason);
+    msg::fileFailed(verbText(fcb->currentVerb), fib->name, fcb->status, reason, ZVK_MSG_SEVERE);
 }
 
 } // namespace

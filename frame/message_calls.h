@@ -26,9 +26,7 @@ struct Int32 {
 struct Int64 {
     int64_t value;
     template <std::integral T>
-    requires(sizeof(T) == 8) constexpr Int64(T number) : value(static_cast<int64_t>(number))
-    {
-    }
+    requires(sizeof(T) == 8) constexpr Int64(T number) : value(static_cast<int64_t>(number)) {}
 };
 
 #include "message_calls.inc"

@@ -16,8 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         zvkWriteMsg(26, ZVK_MSG_TO_STRING, text, sizeof text, "LEDGER", 120, 8);
         zvkWriteMsg(96, ZVK_MSG_TO_STRING | variant, text, sizeof text, "LEDGER", "LEDGER", 0, "no such file");
         zvkWriteMsg(182, ZVK_MSG_TO_STRING | variant, text, sizeof text, "7", "ERRCOUNT", 0L, 99L);
-        zvkWriteMsg(4711, ZVK_MSG_TO_STRING | variant, text, sizeof text, "a site's own", "with", "inserts", "such", "as",
-                    "these");
+        zvkWriteMsg(4711, ZVK_MSG_TO_STRING | variant, text, sizeof text, "a site's own", "with", "inserts", "such",
+                    "as", "these");
     }
     return 0;
 }

@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     file.fcb.fib = &file.fib;
     file.fcb.requestedMode = how & 4 ? ZVK_OPEN_INPUT : ZVK_OPEN_IO;
     zvkResolveName(&file.fcb, &file.fib);
-    zvkChooseByFile(&file.fcb);
+    if (file.fcb.status <= 9) zvkChooseByFile(&file.fcb);
     if (file.fcb.fileName) free(file.fcb.fileName);
     return 0;
 }

@@ -23,7 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (deeds & 2) GDG_List(group, "sys");
     if (deeds & 4) GDG_Verify(group, "sys");
     if (deeds & 8) GDG_Rebuild(group, "sys");
-    if (deeds & 16) GDG_Alter(group, number, static_cast<int32_t>(deeds >> 8 & 0xFF), static_cast<int32_t>(deeds >> 16), "sys");
+    if (deeds & 16)
+        GDG_Alter(group, number, static_cast<int32_t>(deeds >> 8 & 0xFF), static_cast<int32_t>(deeds >> 16), "sys");
     snprintf(file, sizeof file, "daily(%+d)", static_cast<int>(deeds >> 24) - 128);
     GDS_Name(file, &name, deeds & 32, "sys");
     if (deeds & 64) GDG_remove(file, "sys");

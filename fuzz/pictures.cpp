@@ -70,8 +70,8 @@ void editText(fuzz::Input &input)
     std::vector<uint8_t> all = record(head, offsetof(AlphaEditRecord, picture), positions);
     const std::string source = input.bytes(input.below(60));
     std::vector<uint8_t> from(source.begin(), source.end()), to(positions.size());
-    _zvkcMoveAlphaNumEdit(reinterpret_cast<AlphaEditRecord *>(all.data()), from.data(), static_cast<int32_t>(from.size()),
-                          to.data());
+    _zvkcMoveAlphaNumEdit(reinterpret_cast<AlphaEditRecord *>(all.data()), from.data(),
+                          static_cast<int32_t>(from.size()), to.data());
 }
 
 } // namespace

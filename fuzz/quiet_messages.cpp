@@ -2,8 +2,8 @@
 // an input goes on beyond its first error.
 #include <cstdarg>
 
-#include "kvr2/messages.h"
 #include "frame/messages.h"
+#include "kvr2/messages.h"
 
 // Whatever the linker finds as zvkWriteMsg(unsigned, unsigned, ...).
 extern "C" uint32_t __wrap__Z11zvkWriteMsgjjz(uint32_t number, uint32_t control, ...)

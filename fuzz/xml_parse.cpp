@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     unsigned events = 0;
     statement.seen = [&](ParseStatement &s) {
         (void)s.text();
-        if (s.code != 0 && (how & 8)) s.code = 0;                                      // goes on
+        if (s.code != 0 && (how & 8)) s.code = 0;                                            // goes on
         if (s.code != 0 && (how & 16)) s.code = static_cast<int32_t>(kDeclared[events & 7]); // another code page
         if (++events == 200 && (how & 32)) s.code = -1;
     };

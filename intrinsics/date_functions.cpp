@@ -8,19 +8,18 @@
 #include "calendar/calendar.h"
 #include "calendar/clock.h"
 #include "calendar/decimal_text.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "kvr2/date_functions.h"
 
 namespace {
 
-constexpr uint32_t kDayNumberRange = 159, kDateRange = 160, kDayRange = 161;
 constexpr int32_t kLowestWindow = 1699, kHighestWindow = 10000;
 
 bool inYears(int32_t year) { return year >= calendar::kFirstIntegerYear && year <= calendar::kLastYear; }
 
 void checkDayNumber(int32_t dayNumber, const char *function)
 {
-    if (dayNumber < 1 || dayNumber > calendar::kLastInteger) zvkWriteMsg(kDayNumberRange, 0, function);
+    if (dayNumber < 1 || dayNumber > calendar::kLastInteger) msg::dayNumberOutOfRange(function);
 }
 
 // The year that a window of `window` years ends in.
@@ -31,7 +30,7 @@ int64_t windowEnd(int32_t window, const char *function)
     int64_t end = (now[0] & 15) * 1000 + (now[1] & 15) * 100 + (now[2] & 15) * 10 + (now[3] & 15);
     end += window;
     if (end < kLowestWindow || end > kHighestWindow)
-        zvkWriteMsg(kDateRange, 0, function, window, static_cast<int32_t>(end));
+        msg::yearWindowOutOfRange(function, window, static_cast<int32_t>(end));
     return end;
 }
 
@@ -74,7 +73,7 @@ int32_t _zvkIntegerOfDate(int32_t date)
 {
     int32_t year = date / 10000, month = date / 100 % 100, day = date % 100;
     if (!inYears(year) || !calendar::isDate(year, month, day)) {
-        zvkWriteMsg(kDateRange, 0, "INTEGER-OF-DATE");
+        msg::dateOutOfRange("INTEGER-OF-DATE");
         if (month < 1 || month > 12) return 0;
     }
     return static_cast<int32_t>(calendar::dayNumber(year, month, day) - calendar::kIntegerBase);
@@ -83,8 +82,7 @@ int32_t _zvkIntegerOfDate(int32_t date)
 int32_t _zvkIntegerOfDay(int32_t day)
 {
     int32_t year = day / 1000, ofYear = day % 1000;
-    if (!inYears(year) || ofYear < 1 || ofYear > calendar::yearLength(year))
-        zvkWriteMsg(kDayRange, 0, "INTEGER-OF-DAY");
+    if (!inYears(year) || ofYear < 1 || ofYear > calendar::yearLength(year)) msg::dayOutOfRange("INTEGER-OF-DAY");
     return static_cast<int32_t>(calendar::dayNumber(year, 1, ofYear) - calendar::kIntegerBase);
 }
 

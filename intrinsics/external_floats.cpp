@@ -14,7 +14,7 @@
 #include "base/bytes.h"
 #include "base/quiet_floats.h"
 #include "base/scan_table.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "intrinsics/float_text.h"
 #include "kvr2/external_floats.h"
 
@@ -180,7 +180,7 @@ int32_t fromExternal(const ZvkExternalFloatSource *picture, const uint8_t *item,
 {
     if (!quietly([&] { return convert<Widths>(*picture, item, result); })) return 0;
     if (!report) return kMsgTooLarge;
-    zvkWriteMsg(kMsgTooLarge, 0);
+    msg::floatTooLarge();
     return 0;
 }
 

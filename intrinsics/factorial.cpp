@@ -35,7 +35,7 @@ constexpr std::array<Row, kMost + 1> kRows = [] {
 const Row *rowOf(int32_t n, bool isShort)
 {
     if (n < 0) {
-        reportArgument(kMsgNegativeArgument, "FACTORIAL");
+        reportArgument(msg::negativeArgument, "FACTORIAL");
         return nullptr;
     }
     if (isShort && n > kMostShort) reportTooLarge("FACTORIAL", kMostShort);

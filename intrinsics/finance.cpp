@@ -23,7 +23,7 @@ typename F::Value presentValue(uint32_t count, const void *amounts)
     const Stored<Value> *array = storedAt<Value>(amounts);
     if (count == 0) return 0;
     const Value rate = array[0];
-    if (!isRate<F>(rate)) reportArgument(kMsgRateTooSmall, "PRESENT-VALUE");
+    if (!isRate<F>(rate)) reportArgument(msg::rateTooSmall, "PRESENT-VALUE");
     return quietly([&] {
         Value factor = 1, sum = 0;
         for (uint32_t i = 1; i < count; i++) {
@@ -38,7 +38,7 @@ template <class F>
 uint32_t checkRate(typename F::Value rate)
 {
     if (isRate<F>(rate)) return 0;
-    reportArgument(kMsgRateTooSmall, "PRESENT-VALUE");
+    reportArgument(msg::rateTooSmall, "PRESENT-VALUE");
     return 0xFFFFFFFF;
 }
 
@@ -47,8 +47,8 @@ typename F::Value annuity(typename F::Value rate, typename F::Value periods)
 {
     const bool negativeRate = quietly([&] { return rate < 0; });
     const bool noPeriods = quietly([&] { return periods <= 0; });
-    if (negativeRate) reportArgument(kMsgNegativeArgument, "ANNUITY");
-    if (noPeriods) reportArgument(kMsgArgumentNotPositive, "ANNUITY");
+    if (negativeRate) reportArgument(msg::negativeArgument, "ANNUITY");
+    if (noPeriods) reportArgument(msg::argumentNotPositive, "ANNUITY");
     return quietly([&]() -> typename F::Value {
         if (rate == 0) return 1 / periods;
         return rate / (1 - Functions<F>::pow(1 + rate, -periods));

@@ -220,7 +220,7 @@ void _zvkcExpFixedPt(const ZvkPowerDescriptor *descriptor, const uint8_t *expone
     Digits baseDigits = strip(base, descriptor->baseDigits);
     Digits exponentDigits = strip(exponent, descriptor->exponentDigits);
     if (exponentDigits.count > 9) {
-        zvkWriteMsg(kMsgLongExponent, 0);
+        msg::exponentTooLong();
         exponentDigits.first += exponentDigits.count - 9;
         exponentDigits.count = 9;
     }
@@ -266,5 +266,5 @@ void _zvkcExpFixedPt(const ZvkPowerDescriptor *descriptor, const uint8_t *expone
         for (int place = 0; place < field.count; place++) field.put(place, digitAt(power, place + shift));
     const bool zero = field.isZero();
     result[0] = negative && !zero ? '-' : '+';
-    if (zero) zvkWriteMsg(kMsgVanished, 0);
+    if (zero) msg::powerVanished();
 }

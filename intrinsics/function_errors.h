@@ -4,24 +4,17 @@
 
 #include <cstdint>
 
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
-enum : uint32_t {
-    kMsgRateTooSmall = 100,
-    kMsgNegativeArgument = 163,
-    kMsgArgumentTooLarge = 176,
-    kMsgArgumentNotPositive = 177,
-    kMsgLogarithmArgument = 178,
-    kMsgArgumentTooSmall = 179,
-    kMsgNotInteger = 180,
-};
+// Which message: one of msg's functions that take the name alone.
+using ArgumentMessage = uint32_t (*)(const char *function, uint32_t control);
 
-[[gnu::cold, gnu::noinline]] inline void reportArgument(uint32_t number, const char *function)
+[[gnu::cold, gnu::noinline]] inline void reportArgument(ArgumentMessage message, const char *function)
 {
-    zvkWriteMsg(number, 0, function);
+    message(function, 0);
 }
 
 [[gnu::cold, gnu::noinline]] inline void reportTooLarge(const char *function, int64_t largest)
 {
-    zvkWriteMsg(kMsgArgumentTooLarge, 0, function, largest);
+    msg::argumentAbove(function, largest);
 }

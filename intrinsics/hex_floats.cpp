@@ -1,7 +1,7 @@
 // See hex_floats.h.
 #include "intrinsics/hex_floats.h"
 
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "kvr2/external_floats.h"
 
 namespace {
@@ -74,7 +74,7 @@ uint32_t _zvkcConvHex4toIEEE(uint32_t hex, uint32_t otherwise)
     uint32_t fault = zvkHexToIeee(hex, &ieee);
     if (fault == 0) return ieee;
     uint32_t fraction;
-    zvkWriteMsg(fault, 0, biasedExponent(hex, fraction), hex);
+    msg::hexFloatTooLarge(biasedExponent(hex, fraction), hex);
     return otherwise;
 }
 
@@ -83,7 +83,10 @@ uint32_t _zvkcConvIEEE4toHex(uint32_t ieee, uint32_t otherwise)
     uint32_t hex;
     uint32_t fault = zvkIeeeToHex(ieee, &hex);
     if (fault == 0) return hex;
-    zvkWriteMsg(fault, 0);
+    if (fault == kMsgNoNumber)
+        msg::floatIsNoNumber();
+    else
+        msg::floatTooLarge();
     return otherwise;
 }
 

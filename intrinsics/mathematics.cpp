@@ -20,20 +20,20 @@ int order(typename F::Value a, typename F::Value b)
 template <class F>
 void checkArc(typename F::Value x, const char *function)
 {
-    if (order<F>(x, -1) == -1) reportArgument(kMsgArgumentTooSmall, function);
+    if (order<F>(x, -1) == -1) reportArgument(msg::argumentTooSmall, function);
     if (order<F>(x, 1) == 1) reportTooLarge(function, 1);
 }
 
 template <class F>
 void checkLogarithm(typename F::Value x, const char *function)
 {
-    if (order<F>(x, 0) <= 0) reportArgument(kMsgLogarithmArgument, function);
+    if (order<F>(x, 0) <= 0) reportArgument(msg::badLogarithmArgument, function);
 }
 
 template <class F>
 void checkRoot(typename F::Value x, const char *function)
 {
-    if (order<F>(x, 0) == -1) reportArgument(kMsgArgumentTooSmall, function);
+    if (order<F>(x, 0) == -1) reportArgument(msg::argumentTooSmall, function);
 }
 
 template <class F>
@@ -78,7 +78,7 @@ template <class F>
 typename F::Value rem(typename F::Value dividend, typename F::Value divisor)
 {
     if (order<F>(divisor, 0) == 0) {
-        reportArgument(kMsgArgumentNotPositive, "REM");
+        reportArgument(msg::argumentNotPositive, "REM");
         return 0;
     }
     return quietly([&] { return remainderOf<F>(dividend, divisor); });

@@ -12,7 +12,7 @@
 
 #include "base/quiet_floats.h"
 #include "base/scan_table.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "intrinsics/float_text.h"
 #include "kvr2/float_conversions.h"
 #include "kvr2/numval.h"
@@ -20,13 +20,6 @@
 namespace {
 
 using namespace floats;
-
-enum : uint32_t {
-    kMsgNoDigits = 97,
-    kMsgOutOfRange = 151,
-    kMsgBadCharacter = 152,
-    kMsgBadCurrency = 155,
-};
 
 enum CharacterClass : uint8_t { Space, Sign, Digit, Point, LetterC, LetterD, LetterR, LetterB, Comma, Other };
 
@@ -118,7 +111,7 @@ struct Number {
 
 [[gnu::cold, gnu::noinline]] void badCharacter(uint8_t byte, int64_t position, const char *function)
 {
-    zvkWriteMsg(kMsgBadCharacter, 0, static_cast<int>(byte), static_cast<int>(position), function);
+    msg::badCharacter(byte, static_cast<int>(position), function);
 }
 
 // Whether the currency sign stands at a place; its length in bytes, or 0.
@@ -149,7 +142,7 @@ Number scan(const Table &table, const ZvkNumvalParameters &parameters, const Cur
     const uint8_t point = parameters.decimalPoint;
     for (int64_t at = 0; at <= length - Text::width;) {
         const uint8_t byte = string[at];
-        if (__builtin_expect(number.digits == kMostDigits, 0)) zvkWriteMsg(kMsgOutOfRange, 0, function);
+        if (__builtin_expect(number.digits == kMostDigits, 0)) msg::numberOutOfRange(function);
         if (__builtin_expect(state == kScanError, 0)) {
             if (number.digits != kMostDigits) break;
             at += Text::width;
@@ -194,7 +187,7 @@ Number scan(const Table &table, const ZvkNumvalParameters &parameters, const Cur
         at += width;
     }
     *to = 0;
-    if (number.digits == 0 || length <= 0) zvkWriteMsg(kMsgNoDigits, 0, function);
+    if (number.digits == 0 || length <= 0) msg::noDigits(function);
     return number;
 }
 
@@ -205,9 +198,7 @@ void checkCurrency(const ZvkNumvalParameters &parameters, const Currency &curren
     if (parameters.currencyKind != ZVK_CURRENCY_STRING || currency.length < Text::width) return;
     const int64_t count = currency.length / Text::width;
     auto byte = [&](int64_t i) { return currency.string[i * Text::width]; };
-    auto report = [&](uint8_t bad, int64_t index) {
-        zvkWriteMsg(kMsgBadCurrency, 0, static_cast<int>(bad), static_cast<int>(index + 1), function);
-    };
+    auto report = [&](uint8_t bad, int64_t index) { msg::badCurrency(bad, static_cast<int>(index + 1), function); };
     if (byte(0) == ' ') return report(' ', 0);
     for (int64_t i = 0; i < count; i++) {
         uint8_t kind = kClass[byte(i)];
@@ -237,7 +228,7 @@ typename F::Value valueOf(Number &number, const char *function)
     }
     bool outOfRange = false;
     Value value = quietly([&] { return parseText<F>(number.text, outOfRange); });
-    if (outOfRange) zvkWriteMsg(kMsgOutOfRange, 0, function);
+    if (outOfRange) msg::numberOutOfRange(function);
     return value;
 }
 

@@ -3,15 +3,13 @@
 
 #include <cstdint>
 
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
 enum : uint32_t {
     kMsgNegativeBase = 48,
     kMsgZeroToZero = 49,
     kMsgZeroToNegative = 50,
-    kMsgVanished = 51,
     kMsgInfinite = 58,
-    kMsgLongExponent = 59,
     kMsgPowerTooLong = 60,
     kMsgZeroReciprocal = 61,
 };
@@ -23,6 +21,25 @@ inline bool reportPower(uint32_t number, int32_t *errorCount)
         *errorCount = static_cast<int32_t>(static_cast<uint32_t>(*errorCount) + 1);
         return true;
     }
-    zvkWriteMsg(number, 0);
+    switch (number) {
+    case kMsgNegativeBase:
+        msg::negativeBase();
+        break;
+    case kMsgZeroToZero:
+        msg::zeroToZero();
+        break;
+    case kMsgZeroToNegative:
+        msg::zeroToNegative();
+        break;
+    case kMsgInfinite:
+        msg::powerInfinite();
+        break;
+    case kMsgPowerTooLong:
+        msg::powerTooLong();
+        break;
+    default:
+        msg::zeroReciprocal();
+        break;
+    }
     return false;
 }

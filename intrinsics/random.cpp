@@ -71,9 +71,9 @@ typename F::Value seeded(typename F::Value seed)
 {
     using Value = typename F::Value;
     SeedFaults faults = faultsOf<F>(seed);
-    if (faults.negative) reportArgument(kMsgNegativeArgument, "RANDOM");
+    if (faults.negative) reportArgument(msg::negativeArgument, "RANDOM");
     if (faults.tooLarge) reportTooLarge("RANDOM", kSeedLimit);
-    if (faults.notInteger) reportArgument(kMsgNotInteger, "RANDOM");
+    if (faults.notInteger) reportArgument(msg::argumentNotInteger, "RANDOM");
     return quietly([&] {
         constexpr auto most = static_cast<Value>(kMostSeed);
         Value x = seed;

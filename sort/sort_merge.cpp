@@ -17,7 +17,7 @@
 
 #include "kvr2/sort.h"
 
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/run_unit.h"
 #include "frame/storage.h"
 #include "frame/thread_record.h"
@@ -77,9 +77,9 @@ void writeFailureMessage(const SortVerbBlock *block, uint32_t errorWord, const S
     char file[600];
     zvkDescribeSortFailure(errorWord, sides, file, sizeof file);
     if (errorWord && errorWord <= ZVK_SORT_EREQUEST && zvkHasMessage(26, errorWord))
-        zvkWriteMsg(26, errorWord, name, block->lineNumber, errorWord, file);
+        msg::sortFailedBecause(errorWord, name, block->lineNumber, errorWord, file);
     else
-        zvkWriteMsg(26, 0, name, block->lineNumber, errorWord);
+        msg::sortFailed(name, block->lineNumber, errorWord);
 }
 
 // A sort that failed has told so; RETURN then finds the end of the data at once.
@@ -104,7 +104,7 @@ void finish(const SortVerbBlock *block, ZvkThreadRecord *record, int16_t result,
 int16_t runEngine(SortEngine engine, int32_t op, ZvkThreadRecord *record, const Arguments &arguments,
                   const EngineRun &run)
 {
-    if (record->active) zvkWriteMsg(13, 0);
+    if (record->active) msg::sortInsideSort();
     uint64_t format;
     memcpy(&format, arguments.desc, sizeof format);
     SortEighth eighth{};

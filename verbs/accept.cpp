@@ -14,14 +14,12 @@
 
 #include "base/text_units.h"
 #include "chardata/code_page_choice.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "kvr2/console.h"
 #include "verbs/accept_clock.h"
 #include "verbs/console_streams.h"
 
 namespace {
-
-constexpr uint32_t kReadFailed = 200, kReadFailedInVerb = 1; // number and variant
 
 // A byte, or EOF, of a locked stream; an interrupted read is tried again.
 int readByte(FILE *stream)
@@ -83,7 +81,7 @@ void pad(uint8_t *rest, int64_t length, bool dbcs)
 
 void reportFailure(int error)
 {
-    if (error) zvkWriteMsg(kReadFailed, kReadFailedInVerb, "ACCEPT", error);
+    if (error) msg::readFailed("ACCEPT", error);
 }
 
 } // namespace

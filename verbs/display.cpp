@@ -8,7 +8,7 @@
 
 #include "base/environment.h"
 #include "frame/device_streams.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "verbs/console_streams.h"
 #include "verbs/display_text.h"
 
@@ -18,8 +18,6 @@ uint32_t _zvkDebugBufLen;
 }
 
 namespace {
-
-constexpr uint32_t kNoPunchFile = 168, kNoSuchDevice = 169, kInvalidItem = 170;
 
 // COBOL_DISPLAY_FLUSH is asked for once a process; threads that race come to the same answer.
 bool flushesEveryDisplay()
@@ -45,7 +43,7 @@ FILE *streamOf(uint8_t device)
         return zvkConsoleOutput();
     case ZVK_DISPLAY_SYSPUNCH:
         if (FILE *punch = zvkSyspunch()) return punch;
-        zvkWriteMsg(kNoPunchFile, 0);
+        msg::noPunchFile();
         return stdout;
     default:
         return nullptr;
@@ -75,7 +73,7 @@ extern "C" void _zvkcDisplay(const DisplayRequest *request, DisplayItem *items)
 {
     FILE *stream = streamOf(request->device);
     if (!stream) {
-        zvkWriteMsg(kNoSuchDevice, 0);
+        msg::noSuchDevice();
         return;
     }
     // A message that was printed earlier stands before this text.
@@ -86,5 +84,5 @@ extern "C" void _zvkcDisplay(const DisplayRequest *request, DisplayItem *items)
     if (!(request->options & ZVK_DISPLAY_NO_ADVANCING)) putc_unlocked('\n', stream);
     if (flushesEveryDisplay()) fflush_unlocked(stream);
     lock.release();
-    if (!valid) zvkWriteMsg(kInvalidItem, 0);
+    if (!valid) msg::invalidDisplayItem();
 }

@@ -14,12 +14,10 @@
 
 #include "chardata/work_area.h"
 #include "decimal/numeric_view.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "verbs/inspect_phrase.h"
 
 namespace {
-
-constexpr uint32_t kCharactersLength = 76, kOperandsLength = 77; // messages
 
 constexpr size_t kPhrasesOnStack = 8;
 
@@ -69,9 +67,9 @@ void makeEquallyLong(PreparedPhrase &phrase)
 {
     if (phrase.figurative || phrase.result.length == phrase.compared.length) return;
     if (phrase.is(ZVK_INSPECT_CHARACTERS))
-        zvkWriteMsg(kCharactersLength, 0, "");
+        msg::inspectCharactersLength("");
     else
-        zvkWriteMsg(kOperandsLength, 0, phrase.is(ZVK_INSPECT_CONVERTING) ? "CONVERTING" : "REPLACING");
+        msg::inspectOperandsLength(phrase.is(ZVK_INSPECT_CONVERTING) ? "CONVERTING" : "REPLACING");
     phrase.result.length = phrase.compared.length = std::min(phrase.result.length, phrase.compared.length);
 }
 

@@ -1,11 +1,9 @@
 // STOP with a literal: the operator reads it, and answers with a line for the program to go on.
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "kvr2/console.h"
 #include "verbs/console_streams.h"
 
 namespace {
-
-constexpr uint32_t kReadFailed = 200, kReadFailedInVerb = 1; // number and variant
 
 void show(FILE *stream, const uint8_t *text, uint64_t length)
 {
@@ -41,5 +39,5 @@ extern "C" void _zvkcStopLiteral(uint64_t length, const uint8_t *text)
         zvkFlushOutputBeforeRead();
     }
     int error = waitForLine(input);
-    if (error) zvkWriteMsg(kReadFailed, kReadFailedInVerb, "STOP", error);
+    if (error) msg::readFailed("STOP", error);
 }

@@ -5,7 +5,7 @@
 // and are one template.
 #include <cstring>
 
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "kvr2/code_pages.h"
 #include "kvr2/xml.h"
 #include "xml/characters.h"
@@ -105,7 +105,7 @@ int32_t callProcedure(XmlParseBlock &block, EventName name)
     *block.xmlTextLength = block.textLength;
     *block.xmlNTextLength = block.nTextLength;
     block.procedure->entry(block.procedure->argument);
-    if (*block.xmlTextBase != 0) zvkWriteMsg(kProcedureNotLeft, 0);
+    if (*block.xmlTextBase != 0) msg::xmlProcedureNotLeft();
     return block.code = *block.xmlCode;
 }
 
@@ -233,7 +233,7 @@ extern "C" {
 
 int32_t _zvkcXML(XmlParseBlock *block)
 {
-    if (*block->xmlTextBase != ownAddress(*block)) zvkWriteMsg(kStatementActive, 0);
+    if (*block->xmlTextBase != ownAddress(*block)) msg::xmlStatementActive();
     block->textLength = block->nTextLength = 0;
     block->code = 0;
     EventTable names;

@@ -5,7 +5,7 @@
 // routine. Its severity decides whether the caller gets control back. All output is flushed to disk
 // around it: a message must be there before the next statement runs, because often there is no next
 // statement.
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -309,10 +309,10 @@ uint32_t _zvkWriteERRmsg(uint32_t number, uint32_t control, ...)
 
 uint32_t zvkWriteMsg(uint32_t number, uint32_t control, ...) __attribute__((alias("_zvkWriteERRmsg")));
 
-void ZVKABEND(void) { zvkWriteMsg(kExit, 0); }
+void ZVKABEND(void) { msg::programExits(); }
 extern "C" void ZVKABORT(void) __attribute__((alias("ZVKABEND")));
 
-void _Dmr_issue_Mod_ErrMsg(void) { zvkWriteMsg(177, 0, "MOD"); }
-void _Dmr_issue_Rem_ErrMsg(void) { zvkWriteMsg(177, 0, "REM"); }
-void _Dmr_char_msg(void) { zvkWriteMsg(162, 0, "CHAR"); }
-void _Dmr_ord_msg(void) { zvkWriteMsg(157, 0, "ORD"); }
+void _Dmr_issue_Mod_ErrMsg(void) { msg::argumentNotPositive("MOD"); }
+void _Dmr_issue_Rem_ErrMsg(void) { msg::argumentNotPositive("REM"); }
+void _Dmr_char_msg(void) { msg::noSuchCharacter("CHAR"); }
+void _Dmr_ord_msg(void) { msg::argumentOutOfRange("ORD"); }

@@ -16,7 +16,7 @@
 #include <cstring>
 
 #include "base/environment.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/run_unit.h"
 #include "frame/storage.h"
 
@@ -218,11 +218,11 @@ uint32_t numericValue(const Parameter &row, const char *value)
     errno = 0;
     long number = strtol(value, &end, 10);
     if (*end || number < 0) {
-        zvkWriteMsg(181, ZVK_MSG_NO_TRACEBACK, value, row.name);
+        msg::badOptionNumber(value, row.name, ZVK_MSG_NO_TRACEBACK);
         return row.defaultNumber;
     }
     if (errno) {
-        zvkWriteMsg(182, ZVK_MSG_NO_TRACEBACK, value, row.name, 0L, LONG_MAX);
+        msg::optionOutOfRange(value, row.name, 0L, LONG_MAX, ZVK_MSG_NO_TRACEBACK);
         return row.defaultNumber;
     }
     return static_cast<uint32_t>(number);
@@ -232,11 +232,11 @@ const char *textValue(const Parameter &row, const char *value)
 {
     size_t length = strlen(value);
     if (length && length != row.width) {
-        zvkWriteMsg(173, ZVK_MSG_NO_TRACEBACK, value, row.name, row.width, row.allowed);
+        msg::badOptionLength(value, row.name, row.width, row.allowed, ZVK_MSG_NO_TRACEBACK);
         return row.defaultText;
     }
     if (value[strspn(value, row.allowed)]) {
-        zvkWriteMsg(174, ZVK_MSG_NO_TRACEBACK, value, row.name);
+        msg::badOptionCharacters(value, row.name, ZVK_MSG_NO_TRACEBACK);
         return row.defaultText;
     }
     return value;
@@ -263,9 +263,9 @@ void applyToken(char *token)
     for (const Parameter &row : kParameters)
         if (strcmp(token, row.name) == 0) return applyParameter(row, value);
     if (value && findKeyword(token))
-        zvkWriteMsg(172, ZVK_MSG_NO_TRACEBACK, value, token);
+        msg::badOptionValue(value, token, ZVK_MSG_NO_TRACEBACK);
     else
-        zvkWriteMsg(171, ZVK_MSG_NO_TRACEBACK, token);
+        msg::unknownOption(token, ZVK_MSG_NO_TRACEBACK);
 }
 
 struct TokenTable {
@@ -335,7 +335,7 @@ void parse(const char *options)
         free(table.tokens);
     } else {
         free(table.tokens);
-        zvkWriteMsg(907, ZVK_MSG_NO_TRACEBACK);
+        msg::noStorage(ZVK_MSG_NO_TRACEBACK);
     }
     _zvkcfree(text);
 }

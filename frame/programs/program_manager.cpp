@@ -7,7 +7,7 @@
 
 #include "base/environment.h"
 #include "frame/locks.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/programs/bound_names.h"
 #include "frame/programs/program_table.h"
 #include "frame/thread_record.h"
@@ -66,9 +66,9 @@ void reportFailure(char *name, size_t nameSize, int cause, const ZvkRefusal &ref
     }
     // Found and refused is "not found" to the program, but not to the operator.
     if (cause == kNotFound && refusal.text[0] && zvkHasMessage(96, kRefused - 1))
-        zvkWriteMsg(96, kRefused - 1, name, name, 0, refusal.text);
+        msg::callRefused(name, name, 0, refusal.text);
     else
-        zvkWriteMsg(96, static_cast<uint32_t>(cause - 1), name, name, 0);
+        msg::callFailed(static_cast<uint32_t>(cause - 1), name, name, 0);
 }
 
 // The cache mode that a value of COBOL_CPM_CACHE asks for.

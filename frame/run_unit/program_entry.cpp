@@ -9,7 +9,7 @@
 #include <ctime>
 
 #include "frame/locks.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/programs/program_table.h"
 #include "frame/run_unit.h"
 #include "frame/run_unit/run_unit_mutex.h"
@@ -92,14 +92,14 @@ void resolveYearWindow(PCB *pcb)
         int64_t base = year + window;
         ZVK_TRACE("curr year %d  base %d\n", static_cast<int>(year), static_cast<int>(base));
         if (base < 1900 || base > 2099)
-            zvkWriteMsg(240, 0, name, static_cast<int32_t>(window), static_cast<int32_t>(base));
+            msg::badYearWindow(name, static_cast<int32_t>(window), static_cast<int32_t>(base));
         else
             pcb->yearWindow = static_cast<int32_t>(base);
         return;
     }
     ZVK_TRACE("curr year %d  base %d\n", static_cast<int>(year), static_cast<int>(window));
     if (year > window + 100)
-        zvkWriteMsg(241, 0, static_cast<int32_t>(window), static_cast<int32_t>(window + 100), name);
+        msg::yearWindowPast(static_cast<int32_t>(window), static_cast<int32_t>(window + 100), name);
 }
 
 // What a registration sets up, with programMutex held. False without storage.

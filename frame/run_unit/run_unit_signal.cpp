@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "frame/device_streams.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/run_unit.h"
 #include "frame/run_unit/library_load.h"
 #include "frame/run_unit/run_unit_end.h"
@@ -52,7 +52,7 @@ int32_t reportFatal(const char *name, void *location)
         flockfile(_zvkProccom->msgs);
         zvkTraceback(0, _zvkProccom->msgs);
     }
-    zvkWriteMsg(995, ZVK_MSG_NO_TRACEBACK | 1, name, location);
+    msg::endedBySignal(name, location, ZVK_MSG_NO_TRACEBACK);
     zvkSyncStream(_zvkProccom->msgs);
     if (elsewhere) funlockfile(stderr);
     return cored;

@@ -6,7 +6,7 @@
 #include <iterator>
 
 #include "frame/locks.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/programs/program_table.h"
 #include "frame/run_unit.h"
 #include "frame/run_unit/run_unit_end.h"
@@ -32,7 +32,7 @@ void traceTerm(const char *who, uint32_t reason)
 void endThisThread()
 {
     if (!zvkThreadScratch(-1)) return;
-    if (zvkAbandonSort()) zvkWriteMsg(12, 0);
+    if (zvkAbandonSort()) msg::sortStillActive();
     zvkReleaseThreadRecord();
 }
 

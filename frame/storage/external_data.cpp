@@ -19,7 +19,7 @@
 
 #include "frame/hash_table/hash_table.h"
 #include "frame/locks.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/run_unit.h"
 #include "frame/storage.h"
 
@@ -112,10 +112,10 @@ void *resolve(HashTable *table, const Row &row)
         item = entry ? static_cast<ExternalItem *>(entry->value) : makeItem(table, &state, row);
     }
     if (!item) {
-        zvkWriteMsg(907, ZVK_MSG_SEVERE);
+        msg::noStorage(ZVK_MSG_SEVERE);
         return nullptr;
     }
-    if (item->length != row.length) zvkWriteMsg(66, ZVK_MSG_SEVERE, row.name);
+    if (item->length != row.length) msg::externalItemLength(row.name, ZVK_MSG_SEVERE);
     return item->data;
 }
 
@@ -127,7 +127,7 @@ void _zvkExtVarInit(const uint32_t *items, void **addresses)
     Runcom *runcom = zvkCurrentRuncom();
     HashTable *table = runcom ? tableOf(runcom) : nullptr;
     if (!table) {
-        zvkWriteMsg(907, ZVK_MSG_SEVERE);
+        msg::noStorage(ZVK_MSG_SEVERE);
         std::fill_n(addresses, count, nullptr);
         return;
     }

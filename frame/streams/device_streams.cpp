@@ -11,7 +11,7 @@
 #include <unistd.h>
 
 #include "frame/locks.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/run_unit.h"
 
 namespace {
@@ -92,8 +92,8 @@ void report(const Device &device, const Failure &failure, const FILE *stream)
                           : stream == stdout ? "the standard output"
                           : stream == stderr ? "the standard error stream"
                                              : "no file";
-    zvkWriteMsg(183, ZVK_MSG_INFORM | ZVK_MSG_NO_TRACEBACK, device.variables[0], failure.file,
-                strerrordesc_np(failure.error), instead);
+    msg::deviceFileNotOpened(device.variables[0], failure.file, strerrordesc_np(failure.error), instead,
+                             ZVK_MSG_INFORM | ZVK_MSG_NO_TRACEBACK);
 }
 
 } // namespace

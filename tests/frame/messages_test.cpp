@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 #include "frame/device_streams.h"
-#include "frame/messages.h"
+#include "frame/message_calls.h"
 #include "frame/messages/message_catalog.h"
 #include "frame/messages/message_wrap.h"
 #include "frame/run_unit.h"
@@ -125,6 +125,18 @@ ChildRun writing(const ChildOptions &options, const std::function<void()> &body)
         },
         options);
 }
+
+// The typed calls take the inserts of their texts and no others.
+template <auto call, class... Inserts>
+constexpr bool takes = std::is_invocable_v<decltype(call), Inserts..., uint32_t>;
+static_assert(takes<msg::badYearWindow, const char *, int32_t, int32_t>);
+static_assert(!takes<msg::badYearWindow, int32_t, const char *, int32_t>, "in the wrong order");
+static_assert(!takes<msg::badYearWindow, const char *, int64_t, int32_t>, "of the wrong width");
+static_assert(!takes<msg::badYearWindow, const char *, int32_t>, "one too few");
+static_assert(takes<msg::optionOutOfRange, const char *, const char *, long, long>);
+static_assert(!takes<msg::optionOutOfRange, const char *, const char *, int, int>);
+static_assert(!takes<msg::unknownOption, std::nullptr_t, uint32_t, int>);
+static_assert(!takes<msg::unknownOption, const uint8_t *>);
 
 TEST(Messages, LineFormAndSeverity)
 {
