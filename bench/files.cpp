@@ -1,8 +1,9 @@
 // Records of files, through the slots that compiled code calls: sequential formats beside buffered
-// standard I/O, indexed files beside SQLite.
+// standard I/O, indexed files beside SQLite and plain LMDB at the same durability.
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <lmdb.h>
 #include <numeric>
 #include <random>
 #include <sqlite3.h>
@@ -21,7 +22,7 @@ struct Removed {
     std::string name;
     ~Removed()
     {
-        for (const char *suffix : {"", ".mdb", ".mdb-lock"}) unlink((name + suffix).c_str());
+        for (const char *suffix : {"", ".mdb", ".mdb-lock", "-lock", "-wal", "-shm"}) unlink((name + suffix).c_str());
     }
 };
 
@@ -199,6 +200,131 @@ void sqlite(benchmark::State &state, Work work)
     state.SetItemsProcessed(state.iterations() * kIndexed);
 }
 
+// --- one commit a change, of a file that others may change, too; no data is forced to the disk
+
+constexpr int kChanges = 20000;
+
+// Alternate key n: four digits of the number that the record is given, with duplicates.
+void putRecord(void *to, int number, int value)
+{
+    auto *bytes = static_cast<uint8_t *>(to);
+    memset(bytes, 'x', kSize);
+    putKey(bytes, number);
+    for (int key = 0; key < 4; ++key, value = value * 7 + 3) {
+        char digits[16];
+        snprintf(digits, sizeof digits, "%04d", value % 10000);
+        memcpy(bytes + 10 + 4 * key, digits, 4);
+    }
+}
+
+void changesOurs(benchmark::State &state)
+{
+    Removed name{path("changes")};
+    FileAttributes attributes = {
+        .longest = kSize, .shortest = kSize, .organization = ZVK_FILE_INDEXED, .access = 0, .keys = {{10, 0, 0, {}}}};
+    for (uint32_t key = 0; key < state.range(0); ++key)
+        attributes.keys.push_back({4, 10 + 4 * key, ZVK_FILE_KEY_DUPLICATES, {}});
+    CompiledFile file("stl-" + name.name, attributes);
+    FCB *fcb = file.fcb;
+    FileRequest request = {};
+    check(file.open(ZVK_OPEN_OUTPUT) == "00");
+    for (int key : order()) {
+        putRecord(fcb->record, key, key);
+        fcb->write(fcb, file.program.ipcb.data(), &request);
+        check(fcb->status < 10);
+    }
+    check(file.close() == "00" && file.open(ZVK_OPEN_IO) == "00");
+    int value = 0;
+    for (auto _ : state)
+        for (int i = 0; i < kChanges; ++i) {
+            putRecord(fcb->record, order()[static_cast<size_t>(value) % kIndexed], value);
+            ++value;
+            fcb->rewrite(fcb, file.program.ipcb.data(), &request);
+            check(fcb->status < 10);
+        }
+    check(file.close() == "00");
+    state.SetItemsProcessed(state.iterations() * kChanges);
+}
+
+void changesSqlite(benchmark::State &state)
+{
+    Removed name{path("changes-sqlite")};
+    sqlite3 *db;
+    sqlite3_stmt *update, *insert;
+    const char *columns[] = {"a0", "a1", "a2", "a3"};
+    std::string create = "create table t(k blob primary key", set = "update t set r=?2",
+                values = "insert into t values(?1";
+    for (int i = 0; i < state.range(0); ++i) {
+        create += std::string(", ") + columns[i] + " blob";
+        set += std::string(", ") + columns[i] + "=?" + std::to_string(i + 3);
+        values += ", ?" + std::to_string(i + 3);
+    }
+    create += ", r blob) without rowid;";
+    for (int i = 0; i < state.range(0); ++i)
+        create += std::string("create index i") + columns[i] + " on t(" + columns[i] + ");";
+    sqlite3_open(name.name.c_str(), &db);
+    sqlite3_exec(db, ("pragma journal_mode=wal; pragma synchronous=off;" + create + "begin").c_str(), nullptr, nullptr,
+                 nullptr);
+    check(sqlite3_prepare_v2(db, (values + ", ?2)").c_str(), -1, &insert, nullptr) == SQLITE_OK);
+    check(sqlite3_prepare_v2(db, (set + " where k=?1").c_str(), -1, &update, nullptr) == SQLITE_OK);
+    uint8_t record[kSize];
+    auto run = [&](sqlite3_stmt *statement, int number, int value) {
+        putRecord(record, number, value);
+        sqlite3_bind_blob(statement, 1, record, 10, SQLITE_STATIC);
+        sqlite3_bind_blob(statement, 2, record, kSize, SQLITE_STATIC);
+        for (int i = 0; i < state.range(0); ++i)
+            sqlite3_bind_blob(statement, i + 3, record + 10 + 4 * i, 4, SQLITE_STATIC);
+        check(sqlite3_step(statement) == SQLITE_DONE);
+        sqlite3_reset(statement);
+    };
+    for (int key : order()) run(insert, key, key);
+    sqlite3_exec(db, "commit", nullptr, nullptr, nullptr);
+    int value = 0;
+    for (auto _ : state)
+        for (int i = 0; i < kChanges; ++i, ++value) run(update, order()[static_cast<size_t>(value) % kIndexed], value);
+    sqlite3_finalize(insert);
+    sqlite3_finalize(update);
+    sqlite3_close(db);
+    state.SetItemsProcessed(state.iterations() * kChanges);
+}
+
+// The records alone, without a second key: what a change costs below our keys, locks and checks.
+void changesLmdb(benchmark::State &state)
+{
+    Removed name{path("changes-lmdb")};
+    MDB_env *env;
+    MDB_txn *txn;
+    MDB_dbi data;
+    uint8_t record[kSize];
+    MDB_val k = {10, record}, v = {kSize, record};
+    mdb_env_create(&env);
+    mdb_env_set_mapsize(env, size_t(1) << 32);
+    check(mdb_env_open(env, name.name.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_NOSYNC, 0666) == 0);
+    mdb_txn_begin(env, nullptr, 0, &txn);
+    mdb_dbi_open(txn, nullptr, 0, &data);
+    for (int key : order()) putRecord(record, key, key), mdb_put(txn, data, &k, &v, 0);
+    check(mdb_txn_commit(txn) == 0);
+    int value = 0;
+    for (auto _ : state)
+        for (int i = 0; i < kChanges; ++i, ++value) {
+            putRecord(record, order()[static_cast<size_t>(value) % kIndexed], value);
+            check(mdb_txn_begin(env, nullptr, 0, &txn) == 0 && mdb_put(txn, data, &k, &v, 0) == 0 &&
+                  mdb_txn_commit(txn) == 0);
+        }
+    mdb_env_close(env);
+    state.SetItemsProcessed(state.iterations() * kChanges);
+}
+
+#define CHANGES(keys)                                                                                                  \
+    BENCHMARK(changesOurs)                                                                                             \
+        ->Arg(keys)                                                                                                    \
+        ->Name("indexed, 20k committed changes, " #keys " alternate keys/ours")                                        \
+        ->Unit(benchmark::kMillisecond);                                                                               \
+    BENCHMARK(changesSqlite)                                                                                           \
+        ->Arg(keys)                                                                                                    \
+        ->Name("indexed, 20k committed changes, " #keys " alternate keys/peer:SQLite, WAL")                            \
+        ->Unit(benchmark::kMillisecond)
+
 BENCHMARK_CAPTURE(sequentialOurs, rsd, "rsd-")
     ->Name("record sequential, 1M records written and read/ours")
     ->Unit(benchmark::kMillisecond);
@@ -217,6 +343,12 @@ BENCHMARK(fputsGetline)
 INDEXED(load, "200k records loaded in random order")
 INDEXED(random, "200k random reads")
 INDEXED(sequential, "200k sequential reads")
+CHANGES(0);
+BENCHMARK(changesLmdb)
+    ->Name("indexed, 20k committed changes of records alone/peer:LMDB")
+    ->Unit(benchmark::kMillisecond);
+CHANGES(1);
+CHANGES(4);
 
 } // namespace
 

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/share_locks.h"
 #include "companions/filesystems/store_layout.h"
 #include "tools/file_program.h"
@@ -171,7 +172,7 @@ bool printFile(std::string name, const Arguments &arguments)
     } else if (header.read(path) && shape.relative()) {
         printf("  slots       %lld\n",
                (static_cast<long long>(about.st_size) - static_cast<long long>(filesystems::kStoredHeaderSize)) /
-                   (4 + static_cast<long long>(shape.longest)));
+                   (4 + static_cast<long long>(shape.longest) + filesystems::sumSizeOf(header.header())));
     }
     bool all;
     std::vector<Holder> holders = holdersOf(about, shape, &all);

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/record_sum.h"
 #include "tools/file_program.h"
 #include "tools/store_builder.h"
 #include "tools/stored_file.h"
@@ -49,12 +50,14 @@ size_t numbersSize(const StoredHeader &header)
 bool takeApart(const StoredHeader &header, std::string_view stored, std::vector<uint64_t> *numbers,
                std::string_view *record)
 {
-    size_t size = numbersSize(header);
-    if (stored.size() < size || stored.size() - size > header.longest || stored.size() - size < header.shortest)
+    size_t size = numbersSize(header), sum = filesystems::sumSizeOf(header), around = size + sum;
+    if (stored.size() < around || stored.size() - around > header.longest || stored.size() - around < header.shortest)
+        return false;
+    if (sum && !filesystems::hasSum(0, reinterpret_cast<const uint8_t *>(stored.data()), stored.size() - sum))
         return false;
     numbers->resize(size / kSequenceSize);
     if (size) memcpy(numbers->data(), stored.data(), size);
-    *record = stored.substr(size);
+    *record = stored.substr(size, stored.size() - around);
     for (uint32_t key = 0; key < header.keyCount; ++key)
         if (uint64_t(header.keys[key].position) + header.keys[key].length > record->size()) return false;
     return true;
@@ -149,7 +152,7 @@ uint64_t verifyRecords(const StoredHeader &header, StorePages &pages, const Tree
         if (records > 1 && entry.key <= before) findings->add("the record " + quoted(entry.key) + " is out of order");
         before = entry.key;
         if (!takeApart(header, entry.value, &numbers, &record)) {
-            findings->add("the record " + quoted(entry.key) + " has an impossible length");
+            findings->add("the record " + quoted(entry.key) + " is damaged: its length or its checksum");
             return true;
         }
         if (keyIn(header, 0, record) != entry.key)
@@ -249,7 +252,7 @@ struct OpenFile {
 bool walkSlots(const StoredHeader &header, OpenFile &file,
                const std::function<bool(uint64_t, uint32_t, std::string_view)> &visit)
 {
-    uint64_t slotSize = 4 + uint64_t(header.longest);
+    uint64_t slotSize = 4 + uint64_t(header.longest) + filesystems::sumSizeOf(header);
     std::string slot(slotSize, 0);
     Progress progress("slots", file.size);
     for (uint64_t number = 1;; ++number) {
@@ -261,7 +264,7 @@ bool walkSlots(const StoredHeader &header, OpenFile &file,
         uint32_t mark;
         memcpy(&mark, slot.data(), 4);
         progress.at(at);
-        if (mark && !visit(number, mark, std::string_view(slot).substr(4))) break;
+        if (mark && !visit(number, mark, slot)) break;
         off_t data = mark ? -2 : lseek(file.descriptor, static_cast<off_t>(at + slotSize), SEEK_DATA);
         if (data == -1 && errno == ENXIO) break; // a hole up to the end
         if (data > 0 && static_cast<uint64_t>(data) > at + slotSize)
@@ -270,17 +273,22 @@ bool walkSlots(const StoredHeader &header, OpenFile &file,
     return true;
 }
 
-bool possible(const StoredHeader &header, uint32_t mark) { return mark - 1 <= header.longest && mark; }
+bool possible(const StoredHeader &header, uint64_t number, uint32_t mark, std::string_view slot)
+{
+    if (!mark || mark - 1 > header.longest) return false;
+    return !filesystems::sumSizeOf(header) ||
+           filesystems::hasSum(number, reinterpret_cast<const uint8_t *>(slot.data()), 3 + size_t(mark));
+}
 
 void verifyRelative(const StoredHeader &header, const std::string &path, Findings *findings)
 {
     OpenFile file(path);
     uint64_t records = 0;
-    bool read = walkSlots(header, file, [&](uint64_t number, uint32_t mark, std::string_view) {
-        if (possible(header, mark))
+    bool read = walkSlots(header, file, [&](uint64_t number, uint32_t mark, std::string_view slot) {
+        if (possible(header, number, mark, slot))
             ++records;
         else
-            findings->add("record " + std::to_string(number) + " has an impossible length");
+            findings->add("record " + std::to_string(number) + " is damaged: its length or its checksum");
         return true;
     });
     if (!read) findings->add("not all of it can be read");
@@ -294,10 +302,11 @@ void verifySequential(const std::string &name, const Shape &shape, Findings *fin
 {
     FileProgram file(name, shape);
     if (!file.open(ZVK_OPEN_INPUT)) return findings->add("it cannot be opened");
-    uint64_t records = 0, bytes = 0;
+    StoredHeaderFile header;
+    uint64_t records = 0, bytes = 0, sum = header.read(pathOf(name)) ? filesystems::sumSizeOf(header.header()) : 0;
     while (file.readNext()) {
         ++records;
-        bytes += file.record().size() + (shape.variable() && prefixOf(name) != "lsq" ? 4 : 0);
+        bytes += file.record().size() + (shape.variable() && prefixOf(name) != "lsq" ? 4 : 0) + sum;
         if (file.cut()) findings->add("record " + std::to_string(records) + " is longer than a record");
     }
     if (file.failed()) findings->add("damaged after record " + std::to_string(records));
@@ -425,9 +434,9 @@ bool salvageRelative(const StoredHeader &header, const std::string &path, const 
     FileProgram made("stl-" + to, shape, true);
     if (file.descriptor < 0 || !made.open(ZVK_OPEN_OUTPUT)) return false;
     bool failed = false;
-    bool read = walkSlots(header, file, [&](uint64_t number, uint32_t mark, std::string_view record) {
-        if (!possible(header, mark) || mark - 1 < header.shortest) return ++salvage->unreadable, true;
-        std::string status = made.write(record.substr(0, mark - 1), number);
+    bool read = walkSlots(header, file, [&](uint64_t number, uint32_t mark, std::string_view slot) {
+        if (!possible(header, number, mark, slot) || mark - 1 < header.shortest) return ++salvage->unreadable, true;
+        std::string status = made.write(slot.substr(4, mark - 1), number);
         ++(status > "09" ? salvage->refused : salvage->kept);
         return !(failed = status >= "30");
     });
@@ -444,15 +453,22 @@ bool salvageSequential(const StoredHeader &header, const std::string &path, cons
     if (file.descriptor < 0 || !made.open(ZVK_OPEN_OUTPUT)) return false;
     std::string record(header.longest + 4, 0);
     uint64_t at = kStoredHeaderSize;
+    const size_t sum = filesystems::sumSizeOf(header);
     while (at < file.size) {
         uint32_t length = header.longest;
-        size_t got = 0, kWord = shape.variable() ? 4 : 0;
-        if (kWord && (filesystems::readAll(file.descriptor, &length, 4, at, &got) || got != 4)) break;
+        size_t got = 0, word = shape.variable() ? 4 : 0;
+        if (word && (filesystems::readAll(file.descriptor, &length, 4, at, &got) || got != 4)) break;
         if (length > header.longest || length < header.shortest) break; // where the next one begins is not known
-        if (filesystems::readAll(file.descriptor, record.data(), length, at + kWord, &got) || got != length) break;
+        if (filesystems::readAll(file.descriptor, record.data(), length + sum, at + word, &got) || got != length + sum)
+            break;
+        if (sum && !filesystems::hasSum(at + word, reinterpret_cast<const uint8_t *>(record.data()), length)) {
+            ++salvage->unreadable; // its length leads to the next one all the same
+            at += word + length + sum;
+            continue;
+        }
         if (made.write(std::string_view(record).substr(0, length)) > "09") return false;
         ++salvage->kept;
-        at += kWord + length;
+        at += word + length + sum;
     }
     if (at < file.size) {
         say("%llu bytes at the end are no record", static_cast<unsigned long long>(file.size - at));

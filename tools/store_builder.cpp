@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/share_locks.h"
 #include "kvr2/file_module.h"
 
@@ -130,6 +131,10 @@ StoreBuilder::Added StoreBuilder::add(std::string_view record, const std::vector
         if (error != MDB_NOTFOUND) return good(error), Added::failed;
     }
     stored_ += record;
+    if (filesystems::sumSizeOf(header_)) {
+        uint32_t sum = filesystems::recordSum(0, stored_.data(), stored_.size());
+        stored_.append(reinterpret_cast<char *>(&sum), sizeof sum);
+    }
     for (uint32_t key = 0; key < header_.keyCount; ++key) {
         MDB_val k = valueOf(entries[key]), v = valueOf(key ? std::string_view(entries[0]) : std::string_view(stored_));
         if (!good(mdb_put(txn_, data_[key], &k, &v, 0))) return Added::failed;

@@ -24,27 +24,30 @@ struct FixedRecords {
 
     static uint64_t wholeSize(FCB *, SequentialFile *file, uint64_t size, bool)
     {
-        return size < file->dataStart ? file->dataStart : size - (size - file->dataStart) % file->format.longest;
+        uint64_t each = uint64_t(file->format.longest) + file->sumSize;
+        return size < file->dataStart ? file->dataStart : size - (size - file->dataStart) % each;
     }
 
     static Found read(SequentialFile *file, uint8_t *record, uint32_t *length)
     {
         ByteStream &stream = file->stream;
         uint32_t size = file->format.longest;
-        if (!stream.need(size)) return stream.error ? Found::failed : Found::end;
+        if (!stream.need(size + file->sumSize)) return stream.error ? Found::failed : Found::end;
+        if (file->sumSize && !hasSum(stream.offset(), stream.buffer + stream.at, size)) return Found::damaged;
         memcpy(record, stream.buffer + stream.at, size);
         file->lastPlace = stream.offset();
         file->lastLength = *length = size;
-        stream.at += size;
+        stream.at += size + file->sumSize;
         return Found::record;
     }
 
     static bool write(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *)
     {
-        uint8_t *room = file->stream.reserve(length);
+        uint8_t *room = file->stream.reserve(length + file->sumSize);
         if (!room) return failWithErrno(fcb, file->stream.error);
         memcpy(room, record, length);
-        file->stream.commit(length);
+        if (file->sumSize) putSum(file->stream.offset(), room, length);
+        file->stream.commit(length + file->sumSize);
         return true;
     }
 
@@ -73,8 +76,8 @@ struct BackToBack {
                 fail(fcb, 39, fs2Header);
                 break;
             }
-            if (!stream.need(kWord + length)) break;
-            stream.at += kWord + length;
+            if (!stream.need(kWord + length + file->sumSize)) break;
+            stream.at += kWord + length + file->sumSize;
             ++file->records;
         }
         if (stream.error) failWithErrno(fcb, stream.error);
@@ -87,23 +90,26 @@ struct BackToBack {
         ByteStream &stream = file->stream;
         if (!stream.need(kWord)) return stream.error ? Found::failed : Found::end;
         uint32_t size = lengthWord(stream);
-        if (size > file->format.longest) return longer(file, record, length, size);
-        if (!stream.need(kWord + size)) return stream.error ? Found::failed : Found::end;
+        if (size > file->format.longest) return file->sumSize ? Found::damaged : longer(file, record, length, size);
+        if (!stream.need(kWord + size + file->sumSize)) return stream.error ? Found::failed : Found::end;
+        if (file->sumSize && !hasSum(stream.offset() + kWord, stream.buffer + stream.at + kWord, size))
+            return Found::damaged;
         memcpy(record, stream.buffer + stream.at + kWord, size);
         file->lastPlace = stream.offset() + kWord;
         file->lastLength = *length = size;
-        stream.at += kWord + size;
+        stream.at += kWord + size + file->sumSize;
         return Found::record;
     }
 
     static bool write(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length, FileRequest *request)
     {
         if (!file->format.variable) return FixedRecords::write(fcb, file, record, length, request);
-        uint8_t *room = file->stream.reserve(kWord + length);
+        uint8_t *room = file->stream.reserve(kWord + length + file->sumSize);
         if (!room) return failWithErrno(fcb, file->stream.error);
         memcpy(room, &length, kWord);
         memcpy(room + kWord, record, length);
-        file->stream.commit(kWord + length);
+        if (file->sumSize) putSum(file->stream.offset() + kWord, room + kWord, length);
+        file->stream.commit(kWord + length + file->sumSize);
         return true;
     }
 

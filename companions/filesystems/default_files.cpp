@@ -9,6 +9,7 @@
 #include "companions/filesystems/back_to_back.h"
 #include "companions/filesystems/indexed_file.h"
 #include "companions/filesystems/indexed_store.h"
+#include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/relative_file.h"
 #include "companions/filesystems/stored_header.h"
 #include "companions/filesystems/transaction.h"
@@ -97,9 +98,9 @@ void openStored(FCB *fcb, IPCB *element)
     else if (indexed)
         startIndexed(fcb, fib, opened, header);
     else if (relative)
-        startRelative(fcb, fib, opened);
+        startRelative(fcb, fib, opened, sumSizeOf(header));
     else
-        startSequential<StoredRecords>(fcb, fib, opened, kStoredHeaderSize);
+        startSequential<StoredRecords>(fcb, fib, opened, kStoredHeaderSize, sumSizeOf(header));
 }
 
 } // namespace

@@ -42,14 +42,13 @@ void writeRecord(FCB *fcb, FileRequest *request)
         bool refused = false;
         MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
+            SizeLimitHeldOff guard;
             MDB_val k = valueOf(primary, keySize), v;
             error = mdb_get(txn, file->data[0], &k, &v);
             if (error == 0)
                 refused = true;
-            else if (error == MDB_NOTFOUND) {
-                SizeLimitHeldOff guard;
+            else if (error == MDB_NOTFOUND)
                 error = insertRecord(fcb, file, txn, record, length, &refused);
-            }
             error = changed(file, txn, error, !refused, length);
             if (file->transactional && !error && !refused) logChange(file->store, false, record, length);
         }
@@ -147,7 +146,11 @@ int followEntry(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, const MDB_v
         if (error) return error == MDB_NOTFOUND ? MDB_CORRUPTED : error;
         found->another = hasDuplicates(file, file->reference) && hasFollower(file, cursor, &found->entry);
     }
-    return isRecord(file, found->stored) ? 0 : MDB_CORRUPTED;
+    if (!isRecord(file, found->stored)) return MDB_CORRUPTED;
+    // The record must have the key that led to it.
+    const uint8_t *record = static_cast<const uint8_t *>(found->stored.mv_data) + numbersSize(file);
+    bool same = memcmp(keyIn(file, file->reference, record), k.mv_data, file->keys[file->reference].length) == 0;
+    return same ? 0 : MDB_CORRUPTED;
 }
 
 int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool random, const uint8_t *record,
@@ -232,7 +235,7 @@ bool lockFound(FCB *fcb, IndexedFile *file, const FoundEntry &found, uint32_t op
 
 void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, const FoundEntry &found, uint8_t *record)
 {
-    size_t numbers = numbersSize(file), size = found.stored.mv_size - numbers;
+    size_t numbers = numbersSize(file), size = found.stored.mv_size - numbers - file->sumSize;
     memcpy(file->lastKey, found.primary.mv_data, found.primary.mv_size);
     memcpy(record, static_cast<const uint8_t *>(found.stored.mv_data) + numbers, size);
     memcpy(file->place, found.entry.mv_data, found.entry.mv_size);
@@ -353,6 +356,7 @@ int takeHighestKey(IndexedFile *file)
 void describeRecords(IndexedFile *file, uint32_t longest, uint32_t shortest, const StoredHeader &header)
 {
     file->format = {longest, shortest, longest != shortest};
+    file->sumSize = sumSizeOf(header);
     file->keyCount = header.keyCount;
     memcpy(file->keys, header.keys, sizeof file->keys);
     for (uint32_t key = 0; key < file->keyCount; ++key) {

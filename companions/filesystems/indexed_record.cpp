@@ -1,6 +1,7 @@
 // A record of an indexed file, and its entries in all keys.
 //
 //     database "r"     primary key -> sequence numbers of the alternate keys with duplicates, 8 bytes each | record
+//                                   | checksum of both, 4 bytes
 //     database "1"...  alternate key -> primary key
 //                      with duplicates: alternate key | sequence number, big-endian -> primary key
 //
@@ -58,7 +59,7 @@ uint8_t *newRecord(FCB *fcb) { return static_cast<uint8_t *>(fcb->moduleBuffer2)
 // The old record lies in a page that the changes may move: it is copied behind the new one.
 const uint8_t *copyOfOld(FCB *fcb, const IndexedFile *file, const MDB_val &old)
 {
-    uint8_t *copy = newRecord(fcb) + numbersSize(file) + file->format.longest;
+    uint8_t *copy = newRecord(fcb) + numbersSize(file) + file->format.longest + file->sumSize;
     memcpy(copy, old.mv_data, old.mv_size);
     return copy;
 }
@@ -110,7 +111,9 @@ int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, 
         if (duplicates) memcpy(stored + n++ * kSequenceSize, &sequence, kSequenceSize);
     }
     memcpy(stored + n * kSequenceSize, record, length);
-    MDB_val value = valueOf(stored, n * kSequenceSize + length);
+    size_t size = n * kSequenceSize + length;
+    if (file->sumSize) putSum(0, stored, size);
+    MDB_val value = valueOf(stored, size + file->sumSize);
     error = mdb_put(txn, file->data[0], &primary, &value, old ? 0 : MDB_NOOVERWRITE);
     if (!error && another) zvkSetStatus(fcb, 2, fs2DuplicateKey);
     return error;
@@ -120,8 +123,9 @@ int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, 
 
 bool isRecord(const IndexedFile *file, const MDB_val &stored)
 {
-    size_t numbers = numbersSize(file);
-    return stored.mv_size >= numbers + file->format.shortest && stored.mv_size <= numbers + file->format.longest;
+    size_t around = numbersSize(file) + file->sumSize, size = stored.mv_size;
+    if (size < around + file->format.shortest || size > around + file->format.longest) return false;
+    return !file->sumSize || hasSum(0, static_cast<const uint8_t *>(stored.mv_data), size - file->sumSize);
 }
 
 int insertRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, bool *refused)

@@ -5,6 +5,7 @@
 #include "companions/filesystems/indexed_store.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
+#include "companions/filesystems/record_sum.h"
 
 namespace filesystems {
 
@@ -39,6 +40,7 @@ struct IndexedFile {
     FileKey keys[kMostKeys];
     MDB_dbi data[kMostKeys];
     RecordFormat format;
+    uint32_t sumSize; // of the checksum after a record, 0 or 4
     RecordLocks locks;
     uint32_t reference; // key of reference
     uint8_t place[kKeyRoom];
@@ -66,8 +68,8 @@ MDB_txn *reading(IndexedFile *file, int *error);
 void endReading(IndexedFile *file); // every verb that reads ends with it
 
 MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error);
-// Ends a change: an `error` undoes it, and in a batch all since the last commit, which cannot be
-// told apart (`dropped`).
+// Ends a change, with the signal of the size limit held off: an `error` undoes it, and in a batch
+// all since the last commit, which cannot be told apart (`dropped`).
 int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes);
 int commitBatch(IndexedFile *file);
 // FS1 and FS2 of a change that failed.
@@ -85,9 +87,12 @@ int takeHighestKey(IndexedFile *file);
 // Bytes in front of a record as it is stored: the numbers of its keys with duplicates.
 inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * kSequenceSize; }
 // Bytes that `moduleBuffer2` needs: two records as stored.
-inline size_t recordRoom(const IndexedFile *file) { return 2 * (numbersSize(file) + file->format.longest); }
+inline size_t recordRoom(const IndexedFile *file)
+{
+    return 2 * (numbersSize(file) + file->format.longest + file->sumSize);
+}
 
-// Is this a record that this file can have? Others are damage of the store.
+// Is this a record that this file can have, as it was written? Others are damage of the store.
 bool isRecord(const IndexedFile *file, const MDB_val &stored);
 
 // Each does its work in `txn`. `refused`: an alternate key without duplicates is there already, and

@@ -8,7 +8,6 @@
 // The batch of a file that this program has alone goes as a whole when one of its writes fails.
 // Changes that the program was told are made go with it: from then on every verb and CLOSE fail.
 #include "companions/filesystems/indexed_state.h"
-#include "companions/filesystems/size_limit.h"
 #include "companions/filesystems/transaction.h"
 
 namespace filesystems {
@@ -77,7 +76,6 @@ int commitBatch(IndexedFile *file)
 
 int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t bytes)
 {
-    SizeLimitHeldOff guard;
     if (file->transactional) return error;
     if (file->batch && !error) {
         if (!made) return 0;

@@ -1,6 +1,7 @@
 // Relative files: record n in the n-th slot behind the header.
 //
-//     slot: length + 1 in four bytes, 0 for no record | the longest record's bytes
+//     slot: length + 1 in four bytes, 0 for no record | the record | checksum of both, four bytes |
+//           filled up to the longest record's
 //
 // A slot is as it was or as it should be, also beside a writer and after a kill (whole_records.h);
 // holes of the file are empty slots. A slot that the file's end cuts off holds no record.
@@ -22,6 +23,7 @@
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_locks.h"
+#include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/stored_header.h"
 #include "companions/filesystems/transaction.h"
 #include "companions/filesystems/verb.h"
@@ -45,6 +47,7 @@ struct RelativeFile {
     WholeRecords whole;
     Durability durability;
     uint64_t slotSize;
+    uint32_t sumSize;  // of the checksum in a slot, 0 or 4
     uint64_t place;    // record of the last READ, WRITE or START; 0 before the first
     uint64_t lastRead; // record of the last READ
     bool exact;        // the next sequential READ takes `place` itself
@@ -86,12 +89,15 @@ bool slotCount(RelativeFile *file, uint64_t *count)
     return true;
 }
 
-// Length of the record in a slot, `kNoRecord` or `kNoLength`.
-int64_t lengthIn(const RelativeFile *file, const uint8_t *slot)
+// Length of the record in its slot, `kNoRecord`, or `kNoLength` for damage.
+int64_t lengthIn(const RelativeFile *file, uint64_t record, const uint8_t *slot)
 {
     uint32_t mark;
     memcpy(&mark, slot, kWord);
-    return mark - 1 > file->format.longest && mark ? kNoLength : static_cast<int64_t>(mark) - 1;
+    if (!mark) return kNoRecord;
+    if (mark - 1 > file->format.longest) return kNoLength;
+    if (file->sumSize && !hasSum(record, slot, kWord + mark - 1)) return kNoLength;
+    return static_cast<int64_t>(mark) - 1;
 }
 
 // A transfer of the file. Where others may write, what a killed commit has left comes first: it may
@@ -114,11 +120,11 @@ int64_t load(RelativeFile *file, uint64_t record)
     if (record == 0 || record > kMostRecords) return kNoRecord;
     if (const uint8_t *changed = file->changes ? file->changes->find(record) : nullptr) {
         memcpy(file->slot, changed, file->slotSize);
-        return lengthIn(file, file->slot);
+        return lengthIn(file, record, file->slot);
     }
     file->error = fetch(file, file->slot, file->slotSize, offsetOf(file, record), &got);
     if (file->error || got != file->slotSize) return kNoRecord;
-    int64_t length = lengthIn(file, file->slot);
+    int64_t length = lengthIn(file, record, file->slot);
     if (length == kNoLength) file->error = kDamagedSlot;
     return length;
 }
@@ -195,7 +201,8 @@ bool store(FCB *fcb, RelativeFile *file, uint64_t record, const uint8_t *data, u
     uint32_t mark = length + 1;
     memcpy(file->slot, &mark, kWord);
     memcpy(file->slot + kWord, data, length);
-    memset(file->slot + kWord + length, 0, file->format.longest - length);
+    memset(file->slot + kWord + length, 0, file->slotSize - kWord - length);
+    if (file->sumSize) putSum(record, file->slot, kWord + length);
     return put(fcb, file, record, file->slot, file->slotSize);
 }
 
@@ -266,7 +273,7 @@ uint64_t findForward(RelativeFile *file, uint64_t record, int64_t *length)
         }
         fresh |= filled;
         for (; inWindow(file, record); ++record) {
-            *length = lengthIn(file, windowSlot(file, record));
+            *length = lengthIn(file, record, windowSlot(file, record));
             if (*length >= 0) return takeFromWindow(file, record);
             if (fresh && *length == kNoLength) file->error = kDamagedSlot;
             if (file->error) return 0;
@@ -285,7 +292,7 @@ uint64_t findBack(RelativeFile *file, uint64_t record, int64_t *length)
     file->error = 0;
     if (record > kMostRecords) record = kMostRecords;
     while (record) {
-        if (!inWindow(file, record) || (!fresh && lengthIn(file, windowSlot(file, record)) < 0)) {
+        if (!inWindow(file, record) || (!fresh && lengthIn(file, record, windowSlot(file, record)) < 0)) {
             fresh = true;
             if (!fillWindow(file, record, true)) {
                 uint64_t count;
@@ -294,7 +301,7 @@ uint64_t findBack(RelativeFile *file, uint64_t record, int64_t *length)
                 continue;
             }
         }
-        *length = lengthIn(file, windowSlot(file, record));
+        *length = lengthIn(file, record, windowSlot(file, record));
         if (*length >= 0) return takeFromWindow(file, record);
         if (*length == kNoLength) file->error = kDamagedSlot;
         if (file->error) return 0;
@@ -538,11 +545,11 @@ void closeFile(FCB *fcb)
 
 } // namespace
 
-void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
+void startRelative(FCB *fcb, const FIB *fib, const Opened &opened, uint32_t sumSize)
 {
     RelativeFile *file = newState<RelativeFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
-    size_t slotSize = size_t(kWord) + format.longest;
+    size_t slotSize = size_t(kWord) + format.longest + sumSize;
     size_t most = kWindowSize / slotSize ? kWindowSize / slotSize : 1;
     fcb->moduleBuffer2 = malloc((most + 1) * slotSize);
     if (!file || !fcb->moduleBuffer2) {
@@ -557,6 +564,7 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened)
     file->alone = opened.held.noWriters;
     file->format = format;
     file->slotSize = slotSize;
+    file->sumSize = sumSize;
     file->sequential = fib->accessMode & 0x80;
     file->locks.start(fcb, fib, opened.descriptor);
     file->transactional = file->locks.transactional = transactionsWanted();

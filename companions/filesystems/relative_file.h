@@ -5,6 +5,6 @@
 
 namespace filesystems {
 
-void startRelative(FCB *fcb, const FIB *fib, const Opened &opened);
+void startRelative(FCB *fcb, const FIB *fib, const Opened &opened, uint32_t sumSize);
 
 } // namespace filesystems

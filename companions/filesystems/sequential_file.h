@@ -23,6 +23,7 @@
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_format.h"
+#include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/verb.h"
 #include "companions/filesystems/whole_records.h"
 
@@ -34,6 +35,8 @@ struct SequentialFile {
     ByteStream stream;
     WholeRecords changes;
     RecordFormat format;
+    uint32_t sumSize;    // of the checksum after each record, 0 or 4
+    uint8_t *spare;      // room for one record and its checksum
     uint64_t dataStart;  // bytes of a header in front of the records
     uint64_t whole;      // input: end of the last whole record
     uint64_t lastPlace;  // I-O: where the data of the last record read begins
@@ -126,12 +129,15 @@ struct SequentialVerbs {
     static void replace(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length)
     {
         ByteStream &stream = file->stream;
-        int error = replaceBytes(&file->changes, record, length, file->lastPlace);
+        size_t size = length + file->sumSize;
+        memcpy(file->spare, record, length);
+        if (file->sumSize) putSum(file->lastPlace, file->spare, length);
+        int error = replaceBytes(&file->changes, file->spare, size, file->lastPlace);
         if (error) {
             failWithErrno(fcb, error);
             return;
         }
-        if (file->lastPlace >= stream.base) memcpy(stream.buffer + (file->lastPlace - stream.base), record, length);
+        if (file->lastPlace >= stream.base) memcpy(stream.buffer + (file->lastPlace - stream.base), file->spare, size);
     }
 
     static void unlock(FCB *, FileRequest *) {}
@@ -165,23 +171,25 @@ struct SequentialVerbs {
 // Buffers and place of a file whose descriptor is open; the file's data begins at `dataStart`. On
 // failure the status is set and the descriptor closed.
 template <class Format>
-bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart)
+bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t dataStart, uint32_t sumSize = 0)
 {
     SequentialFile *file = newState<SequentialFile>(fcb);
     RecordFormat format = recordFormatOf(fib);
     size_t capacity =
         kStreamBufferSize > 2 * size_t(format.longest) + 64 ? kStreamBufferSize : 2 * size_t(format.longest) + 64;
-    fcb->moduleBuffer2 = malloc(capacity);
+    fcb->moduleBuffer2 = malloc(capacity + format.longest + kSumSize);
     if (!file || !fcb->moduleBuffer2) fail(fcb, 34, fs2Storage);
     if (fcb->status < 10) {
         file->format = format;
         file->dataStart = dataStart;
+        file->sumSize = sumSize;
         file->linage = fib->linage & ZVK_FILE_LINAGE;
         ByteStream &stream = file->stream;
         stream.descriptor = opened.descriptor;
         stream.seekable = opened.seekable;
         stream.buffer = static_cast<uint8_t *>(fcb->moduleBuffer2);
         stream.capacity = capacity;
+        file->spare = stream.buffer + capacity;
         stream.base = dataStart;
         file->whole = ~uint64_t(0);
         if (Format::rewrites) {

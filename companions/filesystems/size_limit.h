@@ -6,14 +6,19 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <sys/resource.h>
 
 namespace filesystems {
 
 struct SizeLimitHeldOff {
+    bool limited; // mostly not: then it costs one call and not three
     sigset_t before;
 
     SizeLimitHeldOff()
     {
+        rlimit limit;
+        limited = getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+        if (!limited) return;
         sigset_t one;
         sigemptyset(&one);
         sigaddset(&one, SIGXFSZ);
@@ -21,6 +26,7 @@ struct SizeLimitHeldOff {
     }
     ~SizeLimitHeldOff()
     {
+        if (!limited) return;
         int kept = errno;
         if (!sigismember(&before, SIGXFSZ)) {
             sigset_t pending, one;

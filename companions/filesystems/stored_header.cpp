@@ -33,7 +33,7 @@ void describeFile(const FIB *fib, StoredHeader *header)
     memset(header, 0, sizeof *header);
     memcpy(header->magic, kMagic, sizeof kMagic);
     memcpy(header->mark, "STL", 3);
-    header->version = 1;
+    header->version = 2;
     header->organization = fib->organization;
     header->variable = fib->minRecord != fib->maxRecord;
     header->longest = fib->maxRecord;
@@ -68,6 +68,7 @@ bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHe
     StoredHeader wanted = expected;
     wanted.identity = header->identity;
     wanted.checksum = header->checksum;
+    if (header->version == 1) wanted.version = 1; // without checksums of the records
     if (memcmp(&wanted, header, sizeof wanted) != 0) return fail(fcb, 39, fs2Attributes);
     return true;
 }

@@ -16,7 +16,7 @@ constexpr uint64_t kStoredHeaderSize = 4096;
 struct StoredHeader {
     char magic[8];
     char mark[3]; // "STL"
-    uint8_t version;
+    uint8_t version; // 1: records without checksums (record_sum.h); 2
     uint8_t organization;
     uint8_t variable;
     uint8_t reserved[2];

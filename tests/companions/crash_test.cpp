@@ -69,9 +69,9 @@ TEST(Crash, KilledWriterLosesNothingThatWasPromised)
         {"indexed, shared", "stl-", indexed, ZVK_OPEN_IO, true, true},
         {"indexed, alone", "stl-", indexedInOrder, ZVK_OPEN_EXTEND, false, false},
     };
-    std::mt19937 random(3);
+    std::mt19937 random(3 + tortureSeed());
     for (const Writing &kind : kinds)
-        for (int round = 0; round < 30; ++round) {
+        for (int round = 0; round < killRounds(30); ++round) {
             TemporaryDirectory directory;
             string name = kind.prefix + directory.file("f");
             if (kind.madeBefore) {
@@ -118,8 +118,8 @@ TEST(Crash, KilledWriterLosesNothingThatWasPromised)
 // records, and each record is one that was written whole.
 TEST(Crash, KilledChangesLeaveTheKeysInStep)
 {
-    std::mt19937 random(17);
-    for (int round = 0; round < 60; ++round) {
+    std::mt19937 random(17 + tortureSeed());
+    for (int round = 0; round < killRounds(60); ++round) {
         TemporaryDirectory directory;
         FileAttributes attributes = indexedFile();
         if (round % 2) attributes.share = 3; // alone: many changes a commit
@@ -173,7 +173,7 @@ TEST(Crash, KilledChangesLeaveTheKeysInStep)
 // lock and no half change to the other.
 TEST(Crash, KilledBesideAnotherProgram)
 {
-    std::mt19937 random(23);
+    std::mt19937 random(23 + tortureSeed());
     for (FileAttributes attributes : {indexedFile(), relativeFile()}) {
         TemporaryDirectory directory;
         attributes.optional = true;
@@ -183,7 +183,7 @@ TEST(Crash, KilledBesideAnotherProgram)
         auto keyed = [](int n) { return FileRequest{.relativeKey = static_cast<uint64_t>(n) + 1}; };
         int written = 0;
         alarm(60); // a lock that nobody holds any more would be waited for
-        for (int round = 0; round < 40; ++round) {
+        for (int round = 0; round < killRounds(40); ++round) {
             int from = written;
             int promised = killedAt(random, [&](auto promise) {
                 CompiledFile file(name, attributes);

@@ -452,6 +452,7 @@ TEST(Waiting, ForARecordOrAFile)
         clock_gettime(CLOCK_MONOTONIC, &start);
         EXPECT_EQ(file.open(ZVK_OPEN_IO), "94");
         EXPECT_GT(since(start), 0.25);
+        setenv("VFS_LOCK_WAIT", "60", 1);
         std::thread ending = afterAWhile([&] { holder.die(); });
         EXPECT_EQ(file.open(ZVK_OPEN_IO), "00");
         ending.join();

@@ -49,7 +49,7 @@ class PowerCut : public testing::TestWithParam<const char *> {};
 // each verb returned.
 TEST_P(PowerCut, LeavesAStoreOfOneCommit)
 {
-    std::mt19937 random(5);
+    std::mt19937 random(5 + tortureSeed());
     setenv("VFS_DURABILITY", GetParam(), 1);
     const bool commit = !strcmp(GetParam(), "commit");
     for (bool alone : {false, true}) {
@@ -95,7 +95,7 @@ TEST_P(PowerCut, LeavesAStoreOfOneCommit)
         }
         const size_t closed = writes.size();
         ASSERT_GT(closed, 4u);
-        for (int round = 0; round < 150; ++round) {
+        for (int round = 0; round < torture("CUTS", 150, 4); ++round) {
             size_t end = round ? random() % (closed + 1) : closed;
             writeFile(store, afterCut(writes, inode, before, end, random));
             string where = string(GetParam()) + (alone ? " alone" : " shared") + " cut at " + std::to_string(end);

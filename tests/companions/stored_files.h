@@ -51,6 +51,30 @@ inline string reason(const CompiledFile &file)
     return said ? said : "";
 }
 
+// The long forms of the campaigns of kills, power cuts and flips: KVR2_TORTURE_KILLS and so on say
+// how many there are to be in all (scripts/torture); `parts` tests, or parts of one, share them.
+inline int torture(const char *what, int small, int parts)
+{
+    const char *said = getenv((string("KVR2_TORTURE_") + what).c_str());
+    return said ? atoi(said) / parts : small;
+}
+// Without it 590 kills are made; each test has its part of them.
+inline int killRounds(int small)
+{
+    int all = torture("KILLS", 590, 1);
+    return all ? (small * all + 589) / 590 : 0;
+}
+inline unsigned tortureSeed()
+{
+    const char *said = getenv("KVR2_TORTURE_SEED");
+    return said ? static_cast<unsigned>(atoi(said)) : 0;
+}
+template <class... Values>
+void tortureFigure(const char *format, Values... values)
+{
+    if (getenv("KVR2_TORTURE_SEED")) printf(format, values...), puts("");
+}
+
 // The same file in another process, which does what it is told:
 //
 //     Peer peer(name, attributes);                      // before this process opens the file

@@ -111,7 +111,7 @@ size_t lines(const string &text) { return static_cast<size_t>(std::count(text.be
 
 TEST_F(Transactions, KeepAllOrNothingAndOthersSeeIt)
 {
-    std::mt19937 random(7);
+    std::mt19937 random(7 + tortureSeed());
     TemporaryDirectory directory;
     const string one = "stl-" + directory.file("i"), two = "stl-" + directory.file("r");
     CompiledFile indexed(one, indexedFile()), relative(two, numberedFile());
@@ -272,7 +272,7 @@ TEST_F(Transactions, HoldLocksToTheirEnd)
 TEST_F(Transactions, KilledAtAnyMoment)
 {
     setenv("VFS_DURABILITY", "none", 1);
-    std::mt19937 random(11);
+    std::mt19937 random(11 + tortureSeed());
     TemporaryDirectory directory;
     FileAttributes indexed = indexedFile(), relative = numberedFile();
     const string names[] = {"stl-" + directory.file("a"), "stl-" + directory.file("b"), "stl-" + directory.file("r")};
@@ -302,7 +302,7 @@ TEST_F(Transactions, KilledAtAnyMoment)
     for (CompiledFile &file : witness) ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
     setenv("VFS_TRANSACTIONS", "on", 1);
     int moved = 0;
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < killRounds(150); ++round) {
         uint32_t seed = random();
         pid_t child = fork();
         if (child == 0) {
@@ -345,7 +345,7 @@ TEST_F(Transactions, KilledAtAnyMoment)
         ASSERT_EQ(total, 3 * accounts * each) << "round " << round;
         moved += last != accounts * each;
     }
-    EXPECT_GT(moved, 50);
+    EXPECT_GT(moved, killRounds(150) / 3);
     for (CompiledFile &file : witness) file.close();
 }
 

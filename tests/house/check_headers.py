@@ -18,9 +18,9 @@ def main():
     arguments = parser.parse_args()
 
     failed = False
-    headers = sorted((arguments.include / "kvr2").glob("*.h"))
+    headers = sorted((arguments.include / "kvr2").rglob("*.h"))
     for header in headers:
-        source = f'#include "kvr2/{header.name}"\nextern int kvr2_not_empty;\n'
+        source = f'#include "{header.relative_to(arguments.include)}"\nextern int kvr2_not_empty;\n'
         for compiler, language, standard in ((arguments.cc, "c", "c11"), (arguments.cxx, "c++", "c++20")):
             command = [compiler, "-x", language, f"-std={standard}", "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-fsyntax-only"]
             run = subprocess.run([*command, "-I", arguments.include, "-"], input=source, text=True, capture_output=True)

@@ -255,7 +255,7 @@ TEST(SortEngine, ManyRecordsInMemoryAndInRuns)
             }
 }
 
-// Keys that begin alike, by any number of bytes: in all records, or in all but those of one segment.
+// Keys that begin alike, by any number of bytes: in all records, or in half of them.
 TEST(SortEngine, KeysWithACommonBeginning)
 {
     TemporaryDirectory directory;

@@ -42,7 +42,11 @@ KVR_INLINE int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, 
 /* ---- Class tests */
 
 /* The table of the class of digits, for _zvkcClasUserDef. */
-static const uint8_t kvr_digits[256] __attribute__((unused)) = {[0 ... '0' - 1] = 1, ['9' + 1 ... 255] = 1};
+#define KVR_16_OTHERS 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1
+#define KVR_64_OTHERS KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS
+static const uint8_t kvr_digits[256] __attribute__((unused)) = {
+    KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, KVR_64_OTHERS,
+    KVR_64_OTHERS, KVR_64_OTHERS};
 
 /*
  * NUMERIC of signed zoned items. form: 1 trailing, 2 leading, 3 trailing separate, 4 leading
