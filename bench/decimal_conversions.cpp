@@ -105,7 +105,7 @@ void copyPacked(benchmark::State &state)
     loop(state, [&] { _zvkcBCD_Cpy_Pckd(items.next(), out.bytes, 15, 15); });
 }
 
-// memcpy behind a call, as the entry is.
+// memcpy after a call, as the entry is.
 __attribute__((noinline)) void copyBytes(uint8_t *to, const uint8_t *from, size_t size)
 {
     benchmark::DoNotOptimize(size);

@@ -104,7 +104,7 @@ const std::vector<int> &order()
     return shuffled;
 }
 
-// Ten digits, as the key stands in the record.
+// Ten digits, as the key is in the record.
 void putKey(void *to, int number)
 {
     auto *digits = static_cast<uint8_t *>(to);

@@ -65,7 +65,7 @@ const Files &files()
 
 SortEngine engine()
 {
-    // bench programs stand in build/bin
+    // bench programs are in build/bin
     char self[4096] = {};
     if (readlink("/proc/self/exe", self, sizeof self - 1) < 0) return nullptr;
     std::string path = self;

@@ -1,7 +1,7 @@
 // Which code pages the run unit uses.
 //
 // The locale's name gives a row of the locale table and the native code set; the row, or the
-// environment, gives the EBCDIC code page. The choice stands in Proccom (`ccsid` the row,
+// environment, gives the EBCDIC code page. The choice is in Proccom (`ccsid` the row,
 // `localeName`, `ebcdicCodePage`) and is made once.
 #pragma once
 
@@ -18,7 +18,7 @@ struct CodePageChoice {
 // EBCDIC_CODEPAGE (null: unset). Issues message 230.
 void zvkChooseCodePages(const char *locale, const char *codeSet, const char *ebcdicCodePage, CodePageChoice &choice);
 
-// The choice that stands in Proccom, made now if it is not made yet.
+// The choice that is in Proccom, made now if it is not made yet.
 void zvkCurrentCodePages(CodePageChoice &choice);
 
 // The row of the choice: for the DBCS blank, say.

@@ -1,7 +1,7 @@
 // The native collating sequence: the byte values in the order of the locale.
 //
 // The 256 values are sorted in place as characters, but compared as strings: from a byte on, the
-// comparison sees the rest of the array as it stands at that moment. So the order of two bytes can
+// comparison sees the rest of the array as it is at that moment. So the order of two bytes can
 // depend on what follows them, and with bytes that sort together only by what follows it does.
 // Compiled programs have this order in their indexes: it is to stay.
 #include <clocale>

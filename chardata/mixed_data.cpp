@@ -1,6 +1,6 @@
 // Native to EBCDIC and back for items, with double-byte data.
 //
-// In EBCDIC a run of double-byte characters stands between a shift-out (0x0E) and a shift-in
+// In EBCDIC a run of double-byte characters is between a shift-out (0x0E) and a shift-in
 // (0x0F); a native code page needs none. The signs of the length and the capacity say what kind of
 // item it is: mixed data keeps its shift codes, pure double-byte data has none of its own.
 //
@@ -36,7 +36,7 @@ bool isLoneShiftCode(const uint8_t *source, size_t length)
     return length == 1 && (*source == kShiftOut || *source == kShiftIn);
 }
 
-// Stores a lone shift code as it stands.
+// Stores a lone shift code as it is.
 int32_t storeLone(uint8_t code, uint8_t *destination, size_t room, int32_t *capacity)
 {
     *capacity = room > 0;

@@ -97,7 +97,7 @@ int findConverter(uint32_t ccsid)
     return kNotThere;
 }
 
-// The number that a name TQX-number means, else 0. Blanks behind it are ignored, as ICU ignores
+// The number that a name TQX-number means, else 0. Blanks after it are ignored, as ICU ignores
 // them in other names.
 uint32_t numberBehindPrefix(const char *name)
 {

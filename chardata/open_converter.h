@@ -1,6 +1,6 @@
 // Opening a converter: the one place where a code-page name meets ICU.
 //
-// A name goes to ICU as it stands first. ICU does not know the prefix "TQX-"; the digits behind it
+// A name goes to ICU as it is first. ICU does not know the prefix "TQX-"; the digits after it
 // are the number (CCSID) of a coded character set, and the converter that bears that number among
 // the available ones is opened instead:
 //

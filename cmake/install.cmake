@@ -9,7 +9,7 @@ install(TARGETS kvr2 EXPORT kvr2Targets
     PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 # The library looks for its catalog under usr/share/locale beside the directory "lib" that it stands in, and counts a
-# "usr" in front of "lib" as part of that: prefix /usr gives /usr/share/locale, any other PREFIX/usr/share/locale.
+# "usr" before "lib" as part of that: prefix /usr gives /usr/share/locale, any other PREFIX/usr/share/locale.
 install(CODE "
     set(catalogs \"\${CMAKE_INSTALL_PREFIX}/usr/share/locale\")
     if(\"\${CMAKE_INSTALL_PREFIX}\" MATCHES \"(^|/)usr/?$\")

@@ -41,7 +41,7 @@ enum class Element : uint8_t {
 
 struct PictureElement {
     Element kind;
-    uint8_t letters; // of the run, without a Z behind it
+    uint8_t letters; // of the run, without a Z after it
     bool open;       // a Z ends it: no padding
     uint8_t length;  // bytes of the picture
     const char *text;

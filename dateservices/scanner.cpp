@@ -21,7 +21,7 @@ struct Scan {
     const char *date, *start, *end;
     DateParts &parts;
     const EraTable *eras;
-    bool shorter; // a Z stands in front
+    bool shorter; // a Z is in front
     bool dotted;  // the half of the day was A.M or P.M
     uint8_t seen;
 

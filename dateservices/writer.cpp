@@ -23,7 +23,7 @@ struct Writer {
     const DateParts &parts;
     const EraTable *eras;
     bool inEra;
-    bool shorter; // a Z stands in front
+    bool shorter; // a Z is in front
 
     Status put(char c)
     {

@@ -31,7 +31,7 @@ constexpr FieldPlace kFields[] = {
 // Bit per relation, by the sign of the comparison: less, equal, greater.
 constexpr uint8_t kHolds[] = {0x2, 0x5, 0x4, 0x6, 0x1, 0x3};
 
-// Places that one side does not carry match anything; so does all behind the shorter text.
+// Places that one side does not carry match anything; so does all after the shorter text.
 int compareForms(const char *left, const char *right)
 {
     for (; *left && *right; left++, right++) {

@@ -85,7 +85,7 @@ void editEntry(BackwardWriter &out, const FD *fd, const FormatEntry *entry)
     }
 }
 
-// Takes digits from the end of an item; what is in front of the item are none.
+// Takes digits from the end of an item; what is before the item are none.
 struct BackwardReader {
     const char *item;
     int64_t source;
@@ -106,7 +106,7 @@ struct BackwardReader {
     {
         for (int i = 0; i < count; i++, source--)
             if (!digits(2)) return false;
-        source++; // no separator in front of the first pair
+        source++; // no separator before the first pair
         return true;
     }
 };

@@ -141,7 +141,7 @@ struct ToBinary {
 
 // ---- Binary to decimal.
 
-// Of an item longer than a word everything in front of the word is zero.
+// Of an item longer than a word everything before the word is zero.
 template <class Word>
 void writePacked(Word digits, bool negative, uint8_t *dst, int32_t n)
 {

@@ -7,7 +7,7 @@
 //     other values                     binary 128, rounded once more into the narrower result
 //
 // For example +123.45 in five digits and two places is 12345 / 100. Binary 32 is binary 64
-// narrowed. A zero is positive; a bad operand is reported and computed on as it stands.
+// narrowed. A zero is positive; a bad operand is reported and computed on as it is.
 #include "base/quiet_floats.h"
 #include "decimal/entry.h"
 #include "decimal/float_dump.h"

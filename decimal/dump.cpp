@@ -1,4 +1,4 @@
-// The debug dump; what it looks like stands in dump.h. There is no lock: lines of several threads
+// The debug dump; what it looks like is in dump.h. There is no lock: lines of several threads
 // may mix.
 #include "decimal/dump.h"
 

@@ -15,7 +15,7 @@ namespace bcd {
 void dumpTitle(const char *title);
 void dumpTitle(const char *format, int32_t number); // a shift's title has its count
 
-// "LABEL: address count: bytes" as arithmetic and comparisons have it; without the colon behind the
+// "LABEL: address count: bytes" as arithmetic and comparisons have it; without the colon after the
 // count as copies, shifts and conversions have it. The label comes with its colon ("op1:").
 void dumpOperand(const char *label, const uint8_t *item, int32_t digits, size_t bytes);
 void dumpCopied(const char *label, const uint8_t *item, int32_t digits, size_t bytes);

@@ -2,7 +2,7 @@
 //
 //     mode word      one load; the environment is read at the first call in the process
 //     dump           operands, when COBOL_BCD_DEBUG is on
-//     validation     by the family's rule; a bad operand is reported and then computed on as it stands
+//     validation     by the family's rule; a bad operand is reported and then computed on as it is
 //     work           the worker, and what the entry adds to it (negative zero, forced sign, letters)
 //     dump           result
 //
@@ -24,7 +24,7 @@
 // `quick` is a short cut past validation for the common case: it looks at the operands once and,
 // when they are short and clean, so that a validator would have nothing to say, computes the result
 // at once and answers true. Otherwise it answers false and must not have written anything. It is
-// all that stands in the exported routine; everything else is behind a jump that takes the operands
+// all that is in the exported routine; everything else is after a jump that takes the operands
 // along in the registers they came in, so nothing has to be saved for it. There `quickLong` is
 // tried first: another short cut, for operands that need more code.
 #pragma once
@@ -99,7 +99,7 @@ template <class Call, class... Operands>
     return takeSteps(Call{operands...}, word, (word & ZVK_BCD_DEBUG) != 0);
 }
 
-// On a cache line of its own: where it falls otherwise, it and the entry behind it take up to a
+// On a cache line of its own: where it falls otherwise, it and the entry after it take up to a
 // quarter longer.
 template <class Call, class... Operands>
 [[gnu::noinline, gnu::aligned(64)]] ResultOf<Call> runLongEntry(Operands... operands)

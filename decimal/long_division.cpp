@@ -1,4 +1,4 @@
-// Long division; how it goes stands in long_division.h.
+// Long division; how it goes is in long_division.h.
 #include "decimal/long_division.h"
 
 #include "decimal/packed_pairs.h"
@@ -26,7 +26,7 @@ LongDivision::LongDivision(const uint8_t *dividend, size_t dividendBytes, const 
         }
     }
     for (size_t row = 0; row < 9; row++) {
-        const uint8_t *multiple = multiples_ + row * kMultipleStride; // one zero byte stands behind its `length_` bytes
+        const uint8_t *multiple = multiples_ + row * kMultipleStride; // one zero byte is after its `length_` bytes
         for (size_t i = 0; i < length_; i++)
             shifted_[row * kShiftedStride + i] = static_cast<uint8_t>(multiple[i] % 10 * 10 + multiple[i + 1] / 10);
     }

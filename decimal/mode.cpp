@@ -1,4 +1,4 @@
-// Reading the mode word from the environment; what the bits mean stands in mode.h.
+// Reading the mode word from the environment; what the bits mean is in mode.h.
 #include "decimal/mode.h"
 
 #include <cstdlib>

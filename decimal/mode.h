@@ -36,7 +36,7 @@ void zvkBcdLoadMode();
 
 namespace bcd {
 
-// The word as it stands, perhaps unread. Threads that race to load it store the same value, so no
+// The word as it is, perhaps unread. Threads that race to load it store the same value, so no
 // order is needed.
 inline uint32_t rawMode() { return __atomic_load_n(&zvkBcdMode, __ATOMIC_RELAXED); }
 

@@ -31,7 +31,7 @@ struct SubPacked {
     static void work(const auto &c) { zvkBcdSubPacked(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
-// An operand: what is left of it behind its leading zero bytes.
+// An operand: what is left of it after its leading zero bytes.
 struct Operand {
     const uint8_t *start;
     const uint8_t *last;
@@ -53,7 +53,7 @@ struct Operand {
     }
 };
 
-// An addition on its way from right to left; the pointers stand behind the bytes that come next.
+// An addition on its way from right to left; the pointers are after the bytes that come next.
 struct Addition {
     const uint8_t *from;
     uint8_t *to;

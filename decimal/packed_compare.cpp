@@ -2,7 +2,7 @@
 //
 // A packed magnitude compares like a big-endian number, all nibbles but the last one counting as
 // they stand. So items of up to 16 bytes compare like signed integers, and longer ones, or their
-// magnitudes alone, as byte strings behind their leading zero bytes.
+// magnitudes alone, as byte strings after their leading zero bytes.
 #include "decimal/compare_entry.h"
 #include "decimal/short_number.h"
 #include "decimal/sums.h"
@@ -27,7 +27,7 @@ struct ComparePacked {
         return static_cast<uint32_t>(n1 | n2) <= kWordDigits<Signed>;
     }
 
-    // Of any bytes: nibbles above 9 count as they stand, and +0 is -0.
+    // Of any bytes: nibbles above 9 count as they are, and +0 is -0.
     template <class Signed>
     static Signed value(const uint8_t *op, int32_t n)
     {
@@ -54,7 +54,7 @@ struct IsZeroPacked {
 int zvkBcdCmpPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, int magnitudeOnly)
 {
     size_t bytes1 = packedBytes(op1Digits), bytes2 = packedBytes(op2Digits);
-    if (bytes1 == bytes2 && op1 == op2) return 0; // whatever stands there
+    if (bytes1 == bytes2 && op1 == op2) return 0; // whatever is there
     const uint8_t *last1 = op1 + bytes1 - 1, *last2 = op2 + bytes2 - 1;
     bool negative1 = isNegativeNibble(*last1), negative2 = isNegativeNibble(*last2);
     op1 = skipZeroBytes(op1, last1);

@@ -6,7 +6,7 @@
 namespace bcd {
 
 // The stored digits are the ten's complement of the result: turns `bytes` bytes that end with
-// `last` round, but for the sign. Each pair that ends the carry or comes behind it loses 90 when it
+// `last` round, but for the sign. Each pair that ends the carry or comes after it loses 90 when it
 // is 91 to 99, an oddity that compiled programs see and that stays.
 inline void complementPairs(uint8_t *last, size_t bytes)
 {

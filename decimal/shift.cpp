@@ -92,7 +92,7 @@ void zvkBcdShiftRightPacked(const uint8_t *src, int32_t sn, uint8_t *dst, int32_
 namespace bcd {
 namespace {
 
-// Places `kept` digits in front of `after` zeros at the right end of the destination, "0"
+// Places `kept` digits before `after` zeros at the right end of the destination, "0"
 // elsewhere, and cleans the last of them.
 void placeDigits(const uint8_t *digits, int32_t kept, uint8_t *dst, int32_t dn, int32_t after)
 {

@@ -99,7 +99,7 @@ struct Pckd {
     // An item of 0 to 31 digits.
     static size_t bytes(int32_t n) { return (static_cast<size_t>(n) >> 1) + 1; }
 
-    // What stands in an item that fits the word, clean or not.
+    // What is in an item that fits the word, clean or not.
     template <class Word>
     struct Raw {
         Word digits;

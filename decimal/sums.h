@@ -1,7 +1,7 @@
 // Addition, subtraction, comparison: the workers on packed and zoned items.
 //
 // The add, subtract, increment and decrement workers return 1. `sameSign` 1 means that the
-// operation is on magnitudes as it stands and the signs have been looked at; one worker calls the
+// operation is on magnitudes as it is and the signs have been looked at; one worker calls the
 // other so. Nothing is allocated, results are cut on the left to the destination's digits, and a
 // zero keeps the sign that comes out. The destination of add and subtract must not overlap the
 // operands.
@@ -28,6 +28,6 @@ int zvkBcdIncZoned4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign);
 int zvkBcdDecZoned4(uint8_t *op, int32_t opDigits, int32_t value, int sameSign);
 
 // Negative, zero or positive. With `magnitudeOnly` 1 the signs count only where the items differ in
-// length behind their leading zeros.
+// length after their leading zeros.
 int zvkBcdCmpPacked(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, int magnitudeOnly);
 int zvkBcdCmpZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, int magnitudeOnly);

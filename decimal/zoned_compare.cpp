@@ -1,6 +1,6 @@
 // Comparison of zoned items.
 //
-// Items of the same sign and the same length, as they come or behind their leading zeros, take the
+// Items of the same sign and the same length, as they come or after their leading zeros, take the
 // quick way: one memcmp over all bytes but the last. It sees zones, so "12" in ASCII digits and
 // "12" in EBCDIC digits are different there, while items that go the long way are compared digit by
 // digit. That economy on like items is on purpose.
@@ -61,7 +61,7 @@ int compareAlike(const uint8_t *a, const uint8_t *b, const uint8_t *lastA, bool 
 
 int zvkBcdCmpZoned(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits, int magnitudeOnly)
 {
-    if (op1Digits == op2Digits && op1 == op2) return 0; // whatever stands there
+    if (op1Digits == op2Digits && op1 == op2) return 0; // whatever is there
     if (op1Digits < 1 || op2Digits < 1) return 0;
     const uint8_t *last1 = op1 + op1Digits - 1;
     bool negative1 = overpunchIsNegative(*last1);

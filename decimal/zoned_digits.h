@@ -1,4 +1,4 @@
-// Zoned operands behind their leading zeros, for what goes through zoned items digit by digit.
+// Zoned operands after their leading zeros, for what goes through zoned items digit by digit.
 #pragma once
 
 #include <cstring>

@@ -122,7 +122,7 @@ int zvkBcdDivZoned(const uint8_t *dividend, int32_t dividendDigits, const uint8_
         quotient[quotientDigits - 1 - i] =
             zonedDigit(division.quotientDigit(static_cast<size_t>(i)), i == 0 && negative);
     for (int32_t i = 0; remainder && i < remainderDigits; i++) {
-        // The units stand in the last pair's high nibble, so digit i is the high one of pair i / 2
+        // The units are in the last pair's high nibble, so digit i is the high one of pair i / 2
         // when i is even, else the low one of the next pair.
         uint8_t pair = division.remainderPair(static_cast<size_t>(i + 1) / 2);
         remainder[remainderDigits - 1 - i] = zonedDigit(i % 2 ? pair : pair >> 4, i == 0 && minus);

@@ -35,7 +35,7 @@ bool noForce(int &remembered)
     return remembered;
 }
 
-// A name of at most `length` bytes, behind its first `skip`, without trailing blanks and zero
+// A name of at most `length` bytes, after its first `skip`, without trailing blanks and zero
 // bytes, as a block of its own; null if nothing is left, or without storage.
 char *trimmedCopy(const char *text, size_t length, size_t skip, bool *empty)
 {
@@ -64,7 +64,7 @@ Expansion expandWords(char *&name)
         wordfree(&words);
         return Expansion::NoStorage;
     }
-    if (rc != 0) return Expansion::One; // what cannot be expanded is a name as it stands
+    if (rc != 0) return Expansion::One; // what cannot be expanded is a name as it is
     Expansion result = words.we_wordc > 1 ? Expansion::Several : Expansion::One;
     if (words.we_wordc == 1) {
         if (char *expanded = strdup(words.we_wordv[0])) {
@@ -180,7 +180,7 @@ size_t zvkPrefixLength(const char *name)
     if (!dash || dash - name < 3 || !dash[1]) return 0;
     auto first = static_cast<unsigned char>(name[0]);
     // The test looks at the two codes that follow the first character's own in the code table, not
-    // at the characters behind it, and must stay so: nearly every name whose first letter is not y
+    // at the characters after it, and must stay so: nearly every name whose first letter is not y
     // or z has a prefix by it.
     return isalpha(first) && isalnum((first + 1) & 0xFF) && isalnum((first + 2) & 0xFF)
                ? static_cast<size_t>(dash - name)
@@ -204,7 +204,7 @@ void zvkResolveName(FCB *fcb, const FIB *fib)
     size_t length = 0;
     const char *text = assignedText(fib, item, &length, &prefixAllowed);
     // The prefix is looked for before blanks are dropped: "stl-" and blanks is a prefix with no
-    // name behind it.
+    // name after it.
     char *whole = text ? strndup(text, length) : strdup("");
     size_t prefixLength = prefixAllowed && whole ? zvkPrefixLength(whole) : 0;
     char *name = whole ? trimmedCopy(whole, length, prefixLength ? prefixLength + 1 : 0, &empty) : nullptr;

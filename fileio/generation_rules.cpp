@@ -20,7 +20,7 @@ constexpr int32_t kMaxGeneration = 9999;
 
 enum class Form { WholeGroup, Relative, Absolute, Number, None };
 
-// Cuts a name into its base and what stands behind it.
+// Cuts a name into its base and what is after it.
 Form parseName(char *name, int32_t *number)
 {
     *number = 0;

@@ -1,4 +1,4 @@
-// OPEN and CLOSE: what comes before a module's open and behind its close.
+// OPEN and CLOSE: what comes before a module's open and after its close.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -20,8 +20,8 @@
 
 namespace {
 
-constexpr size_t kAreaHeader = 32; // in front of the record data; its first word points back to the FCB
-constexpr size_t kAreaExtra = 34;  // header, and two bytes behind the record
+constexpr size_t kAreaHeader = 32; // before the record data; its first word points back to the FCB
+constexpr size_t kAreaExtra = 34;  // header, and two bytes after the record
 
 void linkRecordArea(FCB *fcb, uint8_t *area)
 {

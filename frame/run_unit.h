@@ -1,4 +1,4 @@
-// The current run unit, and how run units start. What the records mean stands in kvr2/run_unit.h.
+// The current run unit, and how run units start. What the records mean is in kvr2/run_unit.h.
 #pragma once
 
 #include "kvr2/run_unit.h"

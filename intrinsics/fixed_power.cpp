@@ -25,7 +25,7 @@ constexpr int kMostBaseDigits = 31;
 // Any byte has a digit.
 unsigned digitOf(uint8_t byte) { return (byte & 0x0F) > 9 ? 0 : byte & 0x0F; }
 
-// What follows a sign byte, without the zeros in front of it; the last digit stays.
+// What follows a sign byte, without the zeros before it; the last digit stays.
 struct Digits {
     const uint8_t *first;
     int count;

@@ -1,7 +1,7 @@
 // SORT of a table in working storage.
 //
 // The keys of each element are rewritten once into a byte string (kvr2/sort_keys.h), with the
-// element's position behind it, so that comparing needs no types and no two rows are equal. What is
+// element's position after it, so that comparing needs no types and no two rows are equal. What is
 // sorted is an index whose entries carry the first eight bytes of the string: most compares are one
 // compare of two integers and touch no row.
 //

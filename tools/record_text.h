@@ -18,7 +18,7 @@ namespace file_tool {
 // decimal places: p2. False: it has said why.
 bool parseFields(const char *text, std::vector<Field> *fields);
 
-// What goes in front of the first record of a CSV file.
+// What goes before the first record of a CSV file.
 std::string csvHead(const Arguments &arguments, bool numbered);
 
 // One line, without its end. False: the record cannot be written so; `why` says it.

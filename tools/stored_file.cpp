@@ -12,7 +12,6 @@
 
 namespace file_tool {
 
-
 // --- the header
 
 bool StoredHeaderFile::read(const std::string &path)

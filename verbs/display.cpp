@@ -50,7 +50,7 @@ FILE *streamOf(uint8_t device)
     }
 }
 
-// Writes the items; false: one is invalid, and those behind it are not shown.
+// Writes the items; false: one is invalid, and those after it are not shown.
 bool writeItems(FILE *stream, const DisplayRequest &request, DisplayItem *items)
 {
     char buffer[kDisplayBuffer];

@@ -1,4 +1,4 @@
-// The text of a displayed item: characters as they stand, binary numbers, floating-point numbers.
+// The text of a displayed item: characters as they are, binary numbers, floating-point numbers.
 //
 // A binary number shows as many digits as its item has, the last ones if it has more, and a "-"
 // before them. A floating-point number is formatted by the C library as " 1.500E+00" and then made

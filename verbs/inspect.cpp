@@ -1,6 +1,6 @@
 // INSPECT: from the compiler's block to scans.
 //
-// The phrases fall into groups, each scanned in a pass of its own: TALLYING phrases in front of
+// The phrases fall into groups, each scanned in a pass of its own: TALLYING phrases before
 // REPLACING phrases end a group, so that the counts are those of the item before replacement.
 //
 //     TALLYING N FOR ALL "A"  REPLACING ALL "A" BY "B"  ALL "B" BY "C"

@@ -35,7 +35,7 @@ int64_t sumOf(Vector lanes)
     return sum;
 }
 
-// How often a byte stands in a text.
+// How often a byte is in a text.
 int64_t countByte(const uint8_t *text, size_t length, uint8_t byte)
 {
     constexpr size_t step = 2 * sizeof(Vector), most = 255; // what a lane can count to

@@ -17,7 +17,7 @@ namespace {
 bool isSign(uint8_t c) { return c == '+' || c == '-'; }
 bool isDigit(uint8_t c) { return c >= '0' && c <= '9'; }
 
-// The edited item as it stands.
+// The edited item as it is.
 struct PlainSource {
     const uint8_t *bytes;
     uint8_t operator[](int index) const { return bytes[index]; }

@@ -170,7 +170,7 @@ private:
         return picture;
     }
 
-    // The positions behind it: nothing is suppressed any more, and each kind of position stores a
+    // The positions after it: nothing is suppressed any more, and each kind of position stores a
     // digit or one certain byte.
     [[gnu::always_inline]] void walkShown(const uint8_t *picture, const uint8_t *end)
     {

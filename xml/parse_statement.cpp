@@ -1,6 +1,6 @@
 // XML PARSE: from the parser's events to calls of the processing procedure.
 //
-// A handler stands between each event and the procedure: it fills the registers, calls, and hands
+// A handler comes between each event and the procedure: it fills the registers, calls, and hands
 // the procedure's XML-CODE back to the parser. Handlers of texts differ only in the event's name
 // and are one template.
 #include <cstring>

@@ -38,7 +38,7 @@ inline const uint8_t *plainTail(const KeyPlan &plan, const uint8_t *data)
 }
 
 // The prefix numbers of a record's keys. `scratch` has keyBytes rounded up to the prefix; the tail,
-// unless plain, stands in it behind the prefix.
+// unless plain, is in it after the prefix.
 void readKey(const KeyPlan &plan, const uint8_t *data, uint8_t *scratch, KeyHead *head);
 
 inline int compareHeads(const KeyPlan &plan, const KeyHead &a, const KeyHead &b)

@@ -38,7 +38,7 @@ struct MergeTree {
     uint32_t *losers; // [0] is the winner
 };
 
-// `losers` has room for `count` numbers; all sources stand at their first record.
+// `losers` has room for `count` numbers; all sources are at their first record.
 void plantTree(MergeTree *tree, const KeyPlan *plan, Source *sources, uint32_t count, uint32_t *losers);
 inline Source *winner(const MergeTree &tree) { return &tree.sources[tree.losers[0]]; }
 // The winner has moved on.

@@ -1,6 +1,6 @@
 // A segment: a piece of memory full of records, sorted by itself.
 //
-// Records stand one behind the other in release form; those of variable length have their offsets
+// Records are one after the other in release form; those of variable length have their offsets
 // at the arena's far end, growing towards them. A full segment is sorted by the worker while the
 // next one is filled. Sorting permutes an index, never the records: 16 bytes an entry, 12 of them
 // the key's prefix. One radix pass over the first bits that differ deals the entries out to 2,048

@@ -1,12 +1,12 @@
 // The work file: runs that did not fit into memory.
 //
-// All runs of a sort stand in one file, one behind the other, so that the number of runs is not
+// All runs of a sort are in one file, one after the other, so that the number of runs is not
 // bound by the number of descriptors. The file has no name from the moment it is open: a crash
 // leaves nothing behind. A run's items are the key prefix, tail and record; of plain keys the
 // record alone.
 //
 // One merge reads all runs at once, unless their buffers would take more memory than there is: then
-// the first runs are merged into longer ones, behind the others in the same file, and only as many
+// the first runs are merged into longer ones, after the others in the same file, and only as many
 // as bring the rest within bounds.
 #pragma once
 

@@ -194,7 +194,7 @@ struct FileDescription {
     uint32_t keyCount = 0;
 };
 
-// The part of a file that does not depend on its record: FIB with what lies behind it, FCB, FILE
+// The part of a file that does not depend on its record: FIB with what is after it, FCB, FILE
 // STATUS.
 struct FileRecords {
     struct {

@@ -314,7 +314,7 @@ uint64_t blockSizeFor(const HashTable *table, uint64_t length, uint64_t valueLen
         if (__builtin_add_overflow(valueLength, kAlign, &value)) return 0;
         value &= ~kAlign;
     }
-    // Never less than a byte behind the key, which keeps it terminated.
+    // Never less than a byte after the key, which keeps it terminated.
     if (__builtin_add_overflow(header + 16, value, &size) || __builtin_add_overflow(size, length, &size)) return 0;
     return size & ~kAlign;
 }

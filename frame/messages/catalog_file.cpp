@@ -30,7 +30,7 @@ Part partOf(const char *locale, char what)
 
 // A compiled catalog is, in words of 32 bits, a magic number, the size and the depth of its tables;
 // the table, size times depth entries of set, message and offset of the text; the same table in the
-// other byte order; then the texts, each with a zero byte behind it.
+// other byte order; then the texts, each with a zero byte after it.
 constexpr size_t kHeadSize = 12;
 constexpr size_t kEntrySize = 12;
 
@@ -50,7 +50,7 @@ bool holdsItsTexts(const uint8_t *bytes, size_t size)
     if (entries == 0 || entries > (size - kHeadSize) / (2 * kEntrySize)) return false;
     const size_t tableSize = static_cast<size_t>(entries) * kEntrySize;
     const size_t texts = kHeadSize + 2 * tableSize;
-    // A text that begins in front of the file's last zero byte, or on it, ends in the file.
+    // A text that begins before the file's last zero byte, or on it, ends in the file.
     size_t end = size;
     while (end > texts && bytes[end - 1] != 0) end--;
     // The table of this machine's byte order is the one that is used: the second one where the head

@@ -59,7 +59,7 @@ bool skipExtent(const char *&at)
     return digits <= 3;
 }
 
-// Reads the conversion behind a "%", which is not another "%", and moves on behind it.
+// Reads the conversion after a "%", which is not another "%", and moves on after it.
 Conversion readConversion(const char *&at)
 {
     Conversion conversion{0, 0};
@@ -130,7 +130,7 @@ nl_catd openFromList(const char *list, const char *locale)
     for (const char *entry = list; *entry;) {
         const char *end = strchrnul(entry, ':');
         if (zvkCatalogCandidate(entry, end, locale, name, sizeof path - 2)) {
-            // A name with a "/" in it is opened as it stands. One that is not whole would be read
+            // A name with a "/" in it is opened as it is. One that is not whole would be read
             // beyond its end.
             char *whole = strchr(name, '/') ? name : path;
             addCatalogName(whole, static_cast<size_t>(std::end(path) - whole));

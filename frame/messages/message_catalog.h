@@ -9,7 +9,7 @@ inline constexpr char kCatalogName[] = "kvr2run.cat";
 
 // What the catalog's control record says, or the defaults without one.
 struct MessageSettings {
-    char prefix[3];          // in front of each number
+    char prefix[3];          // before each number
     char severityLetters[4]; // for the severities 0 to 3
     char noSpaceText[80];    // where there is no buffer for a text
     bool singleByte;         // the locale's, when a catalog was opened; only then are lines wrapped

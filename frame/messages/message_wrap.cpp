@@ -1,7 +1,7 @@
 // Wrapping of message text.
 //
 // A line longer than the width breaks at a blank, or before a "=", and goes on under the first
-// line's text, whose column is 9: with one blank dropped at the break, the rest stands behind nine
+// line's text, whose column is 9: with one blank dropped at the break, the rest is after nine
 // of the ten blanks.
 //
 //     ZVK096C  The program LEDGER was

@@ -34,7 +34,7 @@ constexpr char kExitDefaults[2][64] = {"  ZVK901S Program exits due to severe or
 
 enum Ending : int32_t { kGoesOn = 0, kSevere = 1, kTooManyErrors = -1 };
 
-// Kept free behind a message's own text for what must not be lost: its line end, the line ZVK901S,
+// Kept free after a message's own text for what must not be lost: its line end, the line ZVK901S,
 // the empty line.
 constexpr size_t kTail = 80;
 
@@ -124,7 +124,7 @@ size_t writeHeading(Composer &out, uint32_t number)
     return out.length;
 }
 
-// What stands behind the heading where there is no catalog, or no buffer: why, with the message's
+// What is after the heading where there is no catalog, or no buffer: why, with the message's
 // number.
 uint32_t explainLack(Composer &out, uint32_t number)
 {

@@ -287,7 +287,7 @@ bool startToken(TokenTable &table, char *at)
     return true;
 }
 
-// Cuts `text` into tokens in place: writes behind a second pointer, which never overtakes the
+// Cuts `text` into tokens in place: writes after a second pointer, which never overtakes the
 // reading one.
 bool tokenise(char *text, TokenTable &table)
 {

@@ -301,7 +301,7 @@ void zvkSignalRestore()
     }
     if (!installedCount) return;
     ZvkSignalRow *table = installed[--installedCount];
-    // From the last row to the first: a signal that stands in two rows gets back what the first of
+    // From the last row to the first: a signal that is in two rows gets back what the first of
     // them found.
     size_t rows = 0;
     while (table[rows].signal) rows++;

@@ -68,7 +68,7 @@ HashTable *tableOf(Runcom *runcom)
     return table;
 }
 
-// A row as it stands in compiled code's table, its name terminated.
+// A row as it is in compiled code's table, its name terminated.
 struct Row {
     uint32_t length;
     uint32_t nameLength;

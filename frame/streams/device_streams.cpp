@@ -22,7 +22,7 @@ struct Device {
     ZvkWindowSize Proccom::*window; // null for a stream without a terminal size
     const char *variables[3];       // the first that is set wins
     const char *mode;
-    const char *defaultWord; // null: the value is the file's name as it stands
+    const char *defaultWord; // null: the value is the file's name as it is
     const char *title;       // of the notice that a file is being created
 };
 

@@ -135,7 +135,7 @@ ZVK_EXPORT int32_t _zvkUniEtoA(const uint8_t *source, uint32_t length, uint8_t *
  * Native bytes to EBCDIC, with a say in the shift codes around double-byte data (shift-out 0x0E,
  * shift-in 0x0F).
  *
- * A source that is one shift code alone is stored as it stands.
+ * A source that is one shift code alone is stored as it is.
  *
  * @param length    bytes of the source; negative: the result is double-byte data without its shift
  *                  codes
@@ -152,11 +152,11 @@ ZVK_EXPORT int32_t _zvkConvToEBCDIC(const uint8_t *source, int32_t length, uint8
 /**
  * EBCDIC to native bytes, padded with blanks (0x20) to the capacity.
  *
- * A source that is one shift code alone is stored as it stands, without padding.
+ * A source that is one shift code alone is stored as it is, without padding.
  *
  * @param length    bytes of the source; negative: double-byte data, shift codes are supplied where
  *                  they are missing
- * @param capacity  in: bytes at destination; negative: the blanks go in front of the text. out:
+ * @param capacity  in: bytes at destination; negative: the blanks go before the text. out:
  *                  bytes of text stored; 0 after a failure
  * @return status
  * @messages as `_zvkUniEtoA`

@@ -4,7 +4,7 @@
  * The mnemonic devices are bound to streams on first use, through the environment: `SYSIN` or
  * `SYSIPT`; `SYSOUT`, `SYSLIST` or `SYSLST`; `SYSPUNCH` or `SYSPCH`; `CONSOLE` for both directions.
  * A name that ends in "%" is completed with the program's name, the time and the process id;
- * `COBOUTDIR` stands in front of names that do not begin with "." or "/". What is unset, or cannot
+ * `COBOUTDIR` goes before names that do not begin with "." or "/". What is unset, or cannot
  * be opened, is stdin or stdout, but for `SYSPUNCH`, which is then missing. `COBOL_DISPLAY_FLUSH`,
  * read at the first DISPLAY of the process, makes every DISPLAY flush its stream if it begins with
  * "1".
@@ -27,7 +27,7 @@ enum {
     ZVK_DISPLAY_NO_ADVANCING = 0x01, /**< `DisplayRequest.options`: no line end */
 
     ZVK_DISPLAY_FLOAT = 1,          /**< `DisplayItem.kind`: floating point of 4, 8 or 16 bytes */
-    ZVK_DISPLAY_TEXT = 2,           /**< `DisplayItem.kind`: characters as they stand; 4 and 5 mean the same */
+    ZVK_DISPLAY_TEXT = 2,           /**< `DisplayItem.kind`: characters as they are; 4 and 5 mean the same */
     ZVK_DISPLAY_SIGNED_BINARY = 3,  /**< `DisplayItem.kind`: 1 to 8 bytes, those of 3 read as 4, those of 5 to 7 as 8 */
     ZVK_DISPLAY_UNSIGNED_BINARY = 7 /**< `DisplayItem.kind`: likewise */
 };
@@ -74,7 +74,7 @@ ZVK_EXPORT extern uint32_t _zvkDebugBufLen;
 /**
  * DISPLAY.
  *
- * A binary number shows its last `width` digits, and a "-" in front of them where it is negative. A
+ * A binary number shows its last `width` digits, and a "-" before them where it is negative. A
  * floating-point number shows a blank or "-", the decimal point, `width` digits, "E", a blank or
  * "-", and the exponent: 1.5 with 4 digits is " .1500E 01".
  *

@@ -9,7 +9,7 @@
  * | `Pckd`         | packed, two digits a byte    | (n >> 1) + 1 | low nibble of the last byte: 0xC plus, 0xD minus            |
  * | `Znd`, `ZndTO` | zoned, trailing overpunch    | n            | zone of the last byte: "0" to "9" plus, "p" to "y" minus    |
  * | `ZndLO`        | zoned, leading overpunch     | n            | zone of the first byte                                      |
- * | `ZndTS`        | zoned, trailing separate     | n + 1        | "+" or "-" behind the digits                                |
+ * | `ZndTS`        | zoned, trailing separate     | n + 1        | "+" or "-" after the digits                                |
  * | `ZndLS`        | zoned, leading separate      | n + 1        | "+" or "-" before the digits                                |
  * | `ZndUS`        | zoned, unsigned              | n            | none                                                        |
  *
@@ -33,7 +33,7 @@
  *
  * Messages: 903 for an item that is no number, in the families and modes that validate (arithmetic
  * does unless NOVALIDATE has bit 1); 40 for a separate sign that is neither "+" nor "-"; 902 for a
- * zero divisor. When the message returns, the entry goes on with the bytes as they stand.
+ * zero divisor. When the message returns, the entry goes on with the bytes as they are.
  *
  * Threads: every entry may run on several threads at once, on items of their own.
  */

@@ -42,8 +42,8 @@ ZVK_EXPORT uint8_t *_zvkcBCD_CONV_Pckd_To_ZndLS(const uint8_t *src, uint8_t *dst
 ZVK_EXPORT uint8_t *_zvkcBCD_CONV_Pckd_To_ZndUS(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);
 
 /**
- * MOVE from a zoned form to packed. From `ZndUS` a "+", "-" or blank in front of the digits and a
- * "+" or "-" behind them are skipped and do not count as a sign.
+ * MOVE from a zoned form to packed. From `ZndUS` a "+", "-" or blank before the digits and a
+ * "+" or "-" after them are skipped and do not count as a sign.
  * @return dst
  */
 ZVK_EXPORT uint8_t *_zvkcBCD_CONV_ZndTO_To_Pckd(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits);

@@ -3,8 +3,8 @@
  * and the reset of altered GO TO targets.
  *
  * Compiled MOVE statements call these with records that the compiler lays out; the records are read
- * only and may stand at any alignment. A picture is checked by the compiler: a wrong one is walked
- * as it stands. Nothing here allocates, locks or issues a message, and all entries may be called
+ * only and may be at any alignment. A picture is checked by the compiler: a wrong one is walked
+ * as it is. Nothing here allocates, locks or issues a message, and all entries may be called
  * from any thread on items of their own.
  *
  * Editing 123456 as `$$,$$9.99CR` and back:
@@ -135,7 +135,7 @@ ZVK_EXPORT void _zvkcMoveUnicodeEdit(const NationalEditRecord *record, const uin
  * MOVE of a figurative ALL literal: the literal repeated over the item.
  *
  * @param length         bytes of the destination; negative: JUSTIFIED RIGHT, a part of the literal
- *                       stands in front
+ *                       is in front
  * @param literalLength  bytes; with 0 nothing is stored
  */
 ZVK_EXPORT void _zvkcMoveFigConst(uint8_t *destination, int32_t length, const uint8_t *literal, int32_t literalLength);
@@ -144,7 +144,7 @@ ZVK_EXPORT void _zvkcMoveFigConst(uint8_t *destination, int32_t length, const ui
  * De-edits a numeric-edited item.
  *
  * @param source       one byte a picture position, none for `P` and `V`
- * @param destination  gets the digits and one sign byte behind them, "+" or "-"
+ * @param destination  gets the digits and one sign byte after them, "+" or "-"
  * @return 0 good; 1 the source does not fit the picture, and what was stored so far stays
  */
 ZVK_EXPORT int32_t _zvkcMoveNumEditToNum(const DeEditRecord *record, const uint8_t *source, uint8_t *destination);
@@ -152,7 +152,7 @@ ZVK_EXPORT int32_t _zvkcMoveNumEditToNum(const DeEditRecord *record, const uint8
 /**
  * The same for an item with a currency symbol of more than one character. The symbol is sought in
  * the first bytes of the source, as many as the picture's length or the negation of a negative one
- * says; if it is not there the source is de-edited as it stands.
+ * says; if it is not there the source is de-edited as it is.
  */
 ZVK_EXPORT int32_t _zvkcMoveNumEditToNum2(const DeEditRecord *record, const uint8_t *source, uint8_t *destination,
                                           const CurrencyString *currency);

@@ -80,7 +80,7 @@ static inline size_t zvkAppendFeedback(uint8_t *area, size_t at, size_t length, 
 }
 
 /**
- * The text of a feedback field in native characters: FS2 in six digits; behind it, for status 33
+ * The text of a feedback field in native characters: FS2 in six digits; after it, for status 33
  * and 35, the file's name, for 96 prefix and name.
  */
 static inline void zvkFormatFeedback(uint8_t *area, uint64_t length, int32_t fs2, const FCB *fcb)

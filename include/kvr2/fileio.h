@@ -210,7 +210,7 @@ typedef struct ZvkConcatenation {
     uint32_t generation; /**< relative number of the generation given last, 0, -1, -2, ..., while a group is walked */
     uint32_t flags;      /**< bit 0: a group's generations are being walked */
     char nameSpace[4];   /**< the file's prefix, "???" before it is known */
-    char *text;          /**< copy of the whole string, behind the record */
+    char *text;          /**< copy of the whole string, after the record */
     char *names[256];    /**< into `text` */
 } ZvkConcatenation;
 ZVK_AT(ZvkConcatenation, nameSpace, 16);
@@ -231,7 +231,7 @@ ZVK_AT(ZvkConcatenation, text, 24);
 ZVK_EXPORT ZvkConcatenation *_zvk_Concat_Check(char *name, uint32_t *isConcat, uint32_t create, uint32_t *prefix);
 
 /**
- * The next file's name, or null behind the last; good until the next call of any thread, so copy
+ * The next file's name, or null after the last; good until the next call of any thread, so copy
  * it.
  */
 ZVK_EXPORT const char *_zvk_Concat_Next(ZvkConcatenation *record);

@@ -52,7 +52,7 @@ struct HashEntry {
     HashEntry *parent;
     HashEntry *prev; /**< chain, towards its front */
     HashEntry *next; /**< chain, towards its end */
-    const void *key; /**< a copied key has a zero byte behind it */
+    const void *key; /**< a copied key has a zero byte after it */
     void *value;
     uint64_t keyLength; /**< bytes */
     /**
@@ -247,7 +247,7 @@ ZVK_EXPORT HashEntry *HashTable_Find(HashTable *table, HashState *state, const v
                                      int32_t touch, int32_t inherit);
 
 /**
- * Looks up a key whose hash stands in the state.
+ * Looks up a key whose hash is in the state.
  *
  * @param state    in: hash (a null state: the key is hashed here); out: slot, and the entry or null
  * @param touch    0: leave all orders as they are. Otherwise a found entry goes to the front of its

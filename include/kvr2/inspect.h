@@ -2,7 +2,7 @@
  * INSPECT: one whole statement in one call.
  *
  * The block holds the inspected item and, inline, one record for each phrase, in statement order.
- * Kind and flags of a phrase stand in the flags word of its first operand. TALLYING ... REPLACING
+ * Kind and flags of a phrase are in the flags word of its first operand. TALLYING ... REPLACING
  * in one statement is two passes: the counts are those of the item before replacement. A match
  * lies wholly inside its phrase's region, and what a phrase has matched no later phrase sees.
  *

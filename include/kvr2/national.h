@@ -2,7 +2,7 @@
  * National data (UTF-16, little-endian units) and DBCS data (two-byte characters): moves,
  * comparisons, case, conversion and the DBCS class tests.
  *
- * Lengths are bytes; items may stand at any alignment. Conversions, collation and case go by the
+ * Lengths are bytes; items may be at any alignment. Conversions, collation and case go by the
  * run unit's code pages and locale, which are chosen at the first use (`code_pages.h`), and come
  * one at a time. DBCS comparison uses the collation of the C library's locale.
  */

@@ -1,7 +1,7 @@
 /**
  * FUNCTION NUMVAL and NUMVAL-C: a text to a number.
  *
- * Texts: blanks may stand between all parts. A sign before or after the number, or "CR" or "DB"
+ * Texts: blanks may be between all parts. A sign before or after the number, or "CR" or "DB"
  * after it, which is minus. NUMVAL-C takes a currency sign before the digits and commas (or points,
  * when the comma is the decimal point) between digits.
  *

@@ -196,7 +196,7 @@ typedef struct FIB FIB;
 
 /**
  * A program of a compilation unit: the program itself first in the array, its nested programs
- * behind it. 56 bytes.
+ * after it. 56 bytes.
  */
 typedef struct IPCB {
     int32_t ent;      /**< current entries of this program */

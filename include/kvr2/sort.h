@@ -170,7 +170,7 @@ ZVK_AT(TableSortKey, orderFlags, 13);
 ZVK_STATIC_ASSERT(sizeof(TableSortKey) == 16, "TableSortKey");
 
 /**
- * The fourth argument of a SORT as the engine reads it: `count` keys behind the two words, the most
+ * The fourth argument of a SORT as the engine reads it: `count` keys after the two words, the most
  * significant first.
  */
 typedef struct SortKeyList {

@@ -9,7 +9,7 @@
  * | zoned, packed | sign, number of digits or bytes, digits without leading zeros; the latter two complemented if negative | complement |
  * | float | big-endian, sign bit set for positive numbers and zeros; negative ones complemented | complement |
  *
- * The strings of several keys stand one behind the other. A number's string has as many bytes as it
+ * The strings of several keys are one after the other. A number's string has as many bytes as it
  * has digits, but two strings of different length differ before the shorter one ends, so what
  * follows never meets what it must not be compared with.
  *
@@ -148,7 +148,7 @@ static inline uint8_t *zvkNormaliseFloat(const TableSortKey *key, const uint8_t 
     return out + 8;
 }
 
-/** Appends the byte string of a valid key of `record`; returns the place behind it. */
+/** Appends the byte string of a valid key of `record`; returns the place after it. */
 static inline uint8_t *zvkNormaliseKey(const TableSortKey *key, const uint8_t *record, const uint8_t *collating,
                                        uint32_t flags, uint8_t *out)
 {

@@ -32,7 +32,7 @@ typedef struct StringSource {
 
 ZVK_STATIC_ASSERT(sizeof(StringSource) == 16, "StringSource");
 
-/** The sources in front of one DELIMITED BY. */
+/** The sources before one DELIMITED BY. */
 typedef struct StringGroup {
     const void *delimiter;    /**< null: DELIMITED BY SIZE */
     uint64_t delimiterLength; /**< 0: DELIMITED BY SIZE */

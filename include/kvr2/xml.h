@@ -30,9 +30,9 @@
  *
  * | Code | Cause; "then:" the event that comes even after an answer of 0 |
  * |---|---|
- * | 1 | a character in front of, or after, the root element that is no white space. Then: the stretch up to the next "<" as CONTENT-CHARACTERS |
+ * | 1 | a character before, or after, the root element that is no white space. Then: the stretch up to the next "<" as CONTENT-CHARACTERS |
  * | 2 | there, a "<" that begins nothing known. Then: the same |
- * | 3 | an attribute's name stands twice in a tag; only the first ten attributes are compared |
+ * | 3 | an attribute's name is there twice in a tag; only the first ten attributes are compared |
  * | 4 | "<" in an attribute's value. Then: it, as ATTRIBUTE-CHARACTERS |
  * | 5 | an end tag's name is not that of the start tag. Then: END-OF-ELEMENT with the end tag's name |
  * | 6 | a character in content that XML does not allow |
@@ -58,7 +58,7 @@
  * | 200000 + n | the same, of the ASCII family and UTF-8 |
  * | 100 | the document ends before it has begun |
  * | 101 | it ends in the XML declaration, between its clauses |
- * | 102 | it ends in front of the root element |
+ * | 102 | it ends before the root element |
  * | 103 | it ends after "<?xml" |
  * | 104, 106, 108 | it ends in the version, in the encoding, in the standalone clause |
  * | 109 | it ends in a start tag, between attributes |

@@ -1,4 +1,4 @@
-// Catches: a date that is read by its places and gives another day, or another status, than the walk
+// Catches: a date that is read by its places and gives another day or another status than the walk
 // of its picture; a text whose blanks move what follows them.
 #include <random>
 

@@ -1,6 +1,6 @@
 // Catches: a Lilian day that is off by one; a wrong token, or a number left over after a failure; a
 // picture that is read too leniently or too strictly; an era's first and last day; a window that
-// does not follow LSVSCEN; reads and writes outside of any operand, whatever stands in it.
+// does not follow LSVSCEN; reads and writes outside of any operand, whatever is in it.
 #include <ctime>
 #include <random>
 #include <thread>

@@ -81,7 +81,7 @@ TEST(CompareZoned, ZonesCountOnlyBetweenLikeItems)
     EXPECT_EQ(_zvkcBCD_EQU_Znd(ascii.data(), ebcdic.data(), 3, 3), 0);
     EXPECT_EQ(_zvkcBCD_LES_Znd(ascii.data(), ebcdic.data(), 3, 3), 1);
     EXPECT_EQ(_zvkcBCD_EQU_Znd(ascii.data(), longer.data(), 4, 3),
-              0); // of like length behind the zero: the same quick way
+              0); // of like length after the zero: the same quick way
     Bytes ordered = fromHex("3f3233");
     EXPECT_EQ(_zvkcBCD_GRT_Znd(ascii.data(), minus.data(), 3, 3), 1);
     EXPECT_EQ(zvkBcdCmpZoned(ascii.data(), 3, minus.data(), 3, 1) < 0, true); // as magnitudes, by memcmp
@@ -89,7 +89,7 @@ TEST(CompareZoned, ZonesCountOnlyBetweenLikeItems)
     EXPECT_EQ(_zvkcBCD_EQU_Znd(plusZero.data(), minusZero.data(), 2, 2), 1); // unlike signs: by digits
 }
 
-// As magnitudes, but the sign colours the answer when the lengths differ behind the leading zeros.
+// As magnitudes, but the sign colours the answer when the lengths differ after the leading zeros.
 TEST(ComparePacked, MagnitudeOnly)
 {
     Bytes five = fromHex("5d"), seven = fromHex("7c"), hundred = fromHex("100d"), longFive = fromHex("00005c");

@@ -267,8 +267,8 @@ Bytes expectedLetters(Form from, Form to, Number number, const Bytes &source, bo
     Bytes item = bytesOf(to, result);
     if ((to != TO && to != LO) || from == US) return item;
     uint8_t &sign = to == TO ? item.back() : item.front();
-    bool minus = from == TS || from == LS ? number.negative
-                                          : result.negative; // a separate sign counts as it stands, also on a zero
+    bool minus =
+        from == TS || from == LS ? number.negative : result.negative; // a separate sign counts as it is, also on a zero
     sign = bytesOf(TO, {string(1, static_cast<char>('0' | (sign & 15))), minus}, true)[0];
     if (letterSource) sign = from == TO ? source.back() : source.front(); // digit and all
     return item;

@@ -78,7 +78,7 @@ inline Bytes fromHex(const std::string &text)
     return item;
 }
 
-// A place for items that touch a protected page with their first or last byte, or stand at an
+// A place for items that touch a protected page with their first or last byte, or are at an
 // alignment of one's choice.
 class Place {
 public:

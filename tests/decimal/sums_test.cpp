@@ -228,7 +228,7 @@ TYPED_TEST(IncrementTest, AgreesWithPencilAndPaper)
             if (randomBelow(2)) value = -value;
             bool narrow = value == static_cast<int32_t>(value) && randomBelow(2);
             bool subtracting = randomBelow(2);
-            // The packed item is taken as it stands in its bytes; an even count has no digit in the
+            // The packed item is taken as it is in its bytes; an even count has no digit in the
             // first nibble.
             Value whole{TypeParam::packed && n % 2 == 0 ? "0" + item.digits : item.digits, item.negative};
             Value wanted = stepped<TypeParam>(whole, value, subtracting);

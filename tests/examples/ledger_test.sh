@@ -29,7 +29,7 @@ if "$ledger/data/check.py" --accounts "$work/data/accounts.txt" --transactions "
     exit 1
 fi
 
-# Pages stand on the paper: every heading 60 lines behind the one before.
+# Pages stand on the paper: every heading 60 lines after the one before.
 awk '/^STATEMENTS OF ACCOUNT/ {if (last && NR - last != 60) {print FILENAME ": page of " NR - last " lines at line " NR; exit 1} last = NR}' "$newest"
 
 # The hand-made input: every reason, both forms of a sign, CR LF, lines of one, two and three records, halves of a cent, no end of the last line.

@@ -89,7 +89,7 @@ TEST(HashTable, RecyclesBlocksThatFitAndNoOthers)
     auto cycle = [&](const std::string &key, uint64_t valueLength, const std::string &value) {
         HashTable_Insert(table, nullptr, key.data(), key.size(), value.data(), valueLength, 0, 0);
         HashEntry *entry = find(table, key);
-        // The address sanitizer sees a write behind a block that is too small.
+        // The address sanitizer sees a write after a block that is too small.
         if (valueLength && valueLength != ZVK_HASH_KEY_ONLY) memset(entry->value, 'w', valueLength);
         EXPECT_EQ(keyOf(entry), key);
         HashTable_Delete(table, nullptr, key.data(), key.size());

@@ -516,7 +516,7 @@ TEST(SortEngine, FailuresHaveTheirNumbersAndLeaveNothing)
     EXPECT_EQ(giving.opens, giving.closes);
 }
 
-// A spill file whose bytes changed is refused or sorted as it stands; nobody reads beyond it.
+// A spill file whose bytes changed is refused or sorted as it is; nobody reads beyond it.
 TEST(SortEngine, DamagedSpillFiles)
 {
     TemporaryDirectory directory;

@@ -117,7 +117,7 @@ KVR2_PIECE(sort_buffer)
     Statement full(3, kBuffer / 4);
     std::string quarter(kBuffer / 4, 'q');
     REQUIRE(full.op(1) == 0);
-    // A sort with files on both sides may stand in the INPUT PROCEDURE.
+    // A sort with files on both sides may be in the INPUT PROCEDURE.
     Statement within(ZVK_SORT_FIXED, 5);
     within.usingList.count = within.givingList.count = 1;
     REQUIRE(within.op(1) == 0);

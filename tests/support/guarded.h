@@ -1,4 +1,4 @@
-// Storage between two protected pages: any access before or behind an item faults at once.
+// Storage between two protected pages: any access before or after an item faults at once.
 //
 //     GuardedItem item(5, GuardedItem::AtEnd);     // byte 5 is out of bounds and faults
 //     memcpy(item.data(), "12345", 5);

@@ -206,7 +206,7 @@ TEST(AcceptNational, ModesAndDroppedLines)
         },
         wide("ABCD\nXY"));
     EXPECT_EQ(run.status, 0);
-    // The rest of the line is dropped up to the byte 0x0A: the zero behind it is then the low byte
+    // The rest of the line is dropped up to the byte 0x0A: the zero after it is then the low byte
     // of the next unit.
     EXPECT_EQ(run.out, "[" + wide("AB") + "]" + std::string("[\0X\0Y]", 6));
 }

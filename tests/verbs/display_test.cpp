@@ -80,7 +80,7 @@ TEST(DisplayText, BinaryNumbers)
     EXPECT_EQ(binary<int32_t>(-5, 0), "-");
     const int32_t four = -70000;
     const int64_t eight = 1234567890123;
-    EXPECT_EQ(captured(&four, 3, 5, kSigned), "-70000"); // 3 bytes stand in 4
+    EXPECT_EQ(captured(&four, 3, 5, kSigned), "-70000"); // 3 bytes are in 4
     EXPECT_EQ(captured(&eight, 5, 13, kUnsigned), "1234567890123");
     EXPECT_EQ(captured(&eight, 8, 4, kUnsigned), "0123");
     EXPECT_LE(captured(&eight, 8, 1u << 20, kUnsigned).size(), 1024u);

@@ -52,7 +52,7 @@ TEST(AlphanumericEdit, KnownAndRandomPictures)
             if (next == source.size() && repeat) next = 0;
             expected += next < source.size() ? source[next++] : ' ';
         }
-        if (!picture.empty() && picture.back() == '\x81') picture.back() = 'X'; // else the byte behind it would count
+        if (!picture.empty() && picture.back() == '\x81') picture.back() = 'X'; // else the byte after it would count
         ASSERT_EQ(alphaEdit(picture, static_cast<int>(picture.size()), source, repeat, expected.size()), expected);
     }
 }
@@ -136,7 +136,7 @@ TEST(DeEdit, WhatFitsAndWhatDoesNot)
         {"---9", "+  1", "001+"}, // a plus is just another byte here
         {"---9", "+- 1", "....", 1},
         {"--,--9", "  -  1", "0001-"}, // a sign on the separator
-        {"--/--9", "  -  1", "0001-"}, // and on another insertion, since the string goes on behind it
+        {"--/--9", "  -  1", "0001-"}, // and on another insertion, since the string goes on after it
         {"--/9", "  -1", "01+"},       // but not where it does not
         {"/--9", "- 11", "11+"},       // nor before the string
         {"$$$9", "  $1", "001+"},

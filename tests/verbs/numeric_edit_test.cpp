@@ -4,7 +4,7 @@
 // picture at all.
 //
 // The reference does not walk with states as the library does: it finds the one place where
-// suppression ends and writes down what stands before and behind it.
+// suppression ends and writes down what stands before and after it.
 #include <cstring>
 #include <random>
 #include <string>
@@ -107,7 +107,7 @@ public:
 
         std::string body;
         char suppress = result.floating.empty() ? "9Z*"[below(3)] : result.floating[0];
-        if (suppress != '9' && chance(4)) body += "/ "[below(2)]; // an insertion in front of the string
+        if (suppress != '9' && chance(4)) body += "/ "[below(2)]; // an insertion before the string
         for (int i = 0, n = 2 + below(8); i < n; i++) {
             body += suppress;
             if (i + 1 < n && chance(4)) body += insertion();
@@ -161,7 +161,7 @@ private:
     std::mt19937 random_;
 };
 
-// Storage that ends where the item ends; the pages behind it are made once, since there are many
+// Storage that ends where the item ends; the pages after it are made once, since there are many
 // items.
 uint8_t *guarded(int which, size_t size)
 {
@@ -342,7 +342,7 @@ TEST(LongCurrencySymbol, DeEdit)
     std::string number(7, 0);
     EXPECT_EQ(back("$$$9.99-", "  EUR 5.00-", 8, number), 0);
     EXPECT_EQ(number.substr(0, 6), "00500-");
-    EXPECT_EQ(back("$$$9.99-", "       -", 8, number), 0); // no symbol: the item as it stands
+    EXPECT_EQ(back("$$$9.99-", "       -", 8, number), 0); // no symbol: the item as it is
     EXPECT_EQ(number.substr(0, 6), "00000-");
     number.assign(1, 0);
     EXPECT_EQ(back("$$$9.99-", "  EUR 5.00-", -8, number), 0);

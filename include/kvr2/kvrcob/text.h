@@ -45,8 +45,8 @@ KVR_SHARED int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, 
 #define KVR_16_OTHERS 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1
 #define KVR_64_OTHERS KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS
 static const uint8_t kvr_digits[256] __attribute__((unused)) = {
-    KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, KVR_64_OTHERS,
-    KVR_64_OTHERS, KVR_64_OTHERS};
+    KVR_16_OTHERS, KVR_16_OTHERS, KVR_16_OTHERS, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1,
+    KVR_64_OTHERS, KVR_64_OTHERS, KVR_64_OTHERS};
 
 /*
  * NUMERIC of signed zoned items. form: 1 trailing, 2 leading, 3 trailing separate, 4 leading
