@@ -9,6 +9,7 @@
 
 #include "companions/filesystems/byte_stream.h"
 #include "companions/filesystems/record_sum.h"
+#include "companions/filesystems/share_locks.h"
 #include "tools/file_program.h"
 #include "tools/store_builder.h"
 #include "tools/stored_file.h"
@@ -259,8 +260,10 @@ bool walkSlots(const StoredHeader &header, OpenFile &file,
         uint64_t at = kStoredHeaderSize + (number - 1) * slotSize;
         if (at + slotSize > file.size) break;
         size_t got;
-        if (int error = filesystems::readAll(file.descriptor, slot.data(), slotSize, at, &got))
-            return say("record %llu: %s", static_cast<unsigned long long>(number), strerror(error)), false;
+        filesystems::lockBytes(file.descriptor, false, at, slotSize); // as READ does, beside a writer
+        int error = filesystems::readAll(file.descriptor, slot.data(), slotSize, at, &got);
+        filesystems::unlockBytes(file.descriptor, at, slotSize);
+        if (error) return say("record %llu: %s", static_cast<unsigned long long>(number), strerror(error)), false;
         uint32_t mark;
         memcpy(&mark, slot.data(), 4);
         progress.at(at);
