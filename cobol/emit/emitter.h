@@ -250,6 +250,7 @@ private:
     std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
 
+    std::string shareMode(const File &f, Word sharing);
     void openStatement(const OpenStatement &s);
     void closeStatement(const CloseStatement &s);
     void readStatement(const FileStatement &s);

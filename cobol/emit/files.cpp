@@ -134,20 +134,13 @@ void Emitter::fileRecords(Program &p)
         std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount : 1,
                                "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; }");
         globals_ += cat("typedef ", type, " T", n, ";\nstatic T", n, " I", n, " = {.fib = {\n");
-        bool sharing = f->sharing || f->lockMode;
-        if (sharing) {
+        if (f->sharing || f->lockMode) {
             globals_ += cat(".sharing = 1, .lockMode = ",
                             f->lockMode == K_MANUAL      ? 1
                             : f->lockMode == K_AUTOMATIC ? 2
                             : f->lockMode == K_EXCLUSIVE ? 3
                                                          : 0,
-                            ", .shareMode = ",
-                            (f->sharing == K_ALL          ? 1
-                             : f->sharing == K_READ       ? 2
-                             : f->sharing == K_NO         ? 3
-                             : f->lockMode == K_EXCLUSIVE ? 3
-                                                          : 0),
-                            f->lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "", ",\n");
+                            ", .shareMode = ", shareMode(*f, f->sharing), ",\n");
         }
         globals_ +=
             cat(".index = ", index, ", .prefix = \"???\", .organization = ", organization, ", .accessMode = ",
@@ -240,6 +233,13 @@ void Emitter::linageValues(const File &f)
     }
 }
 
+// What the file's other users may do, of its SELECT or of an OPEN.
+std::string Emitter::shareMode(const File &f, Word sharing)
+{
+    int others = sharing == K_ALL ? 1 : sharing == K_READ ? 2 : sharing == K_NO ? 3 : f.lockMode == K_EXCLUSIVE ? 3 : 0;
+    return cat(others, f.lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "");
+}
+
 void Emitter::openStatement(const OpenStatement &s)
 {
     for (const OpenStatement::Part &part : s.parts) {
@@ -262,6 +262,9 @@ void Emitter::openStatement(const OpenStatement &s)
             }
         }
         prepare(*f);
+        if (f->program->openShares || program_->openShares) // each OPEN anew: what another one said is over
+            put(cat("I", f->number, ".fib.sharing = ", part.sharing || f->sharing || f->lockMode ? 1 : 0, "; I",
+                    f->number, ".fib.shareMode = ", shareMode(*f, part.sharing ? part.sharing : f->sharing), ";\n"));
         const char *mode = part.mode == K_INPUT    ? "ZVK_OPEN_INPUT"
                            : part.mode == K_OUTPUT ? "ZVK_OPEN_OUTPUT"
                            : part.mode == K_I_O    ? "ZVK_OPEN_IO"

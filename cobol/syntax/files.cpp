@@ -37,6 +37,7 @@ Statement *Parser::openStatement()
                 part.noRewind = true;
             }
             if (take(K_LOCK)) part.sharing = K_NO;
+            if (program_ && part.sharing) program_->openShares = true;
             s->parts.push_back(part);
             any = true;
         }

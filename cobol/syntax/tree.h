@@ -584,6 +584,7 @@ struct Program {
     bool common = false, initial = false, recursive = false, isFunction = false;
     bool debugging = false;
     bool hasAlter = false;
+    bool openShares = false; // an OPEN says SHARING or LOCK itself
 
     // environment
     std::vector<Alphabet *> alphabets;

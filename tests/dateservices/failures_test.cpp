@@ -6,6 +6,7 @@
 #include <sys/time.h>
 
 #include "dateservices/service_calls.h"
+#include "frame/messages.h"
 #include "kvr2/dateservices.h"
 #include "support/child.h"
 
@@ -84,6 +85,8 @@ TEST(DateFailures, ErasOfACatalogThatIsMissing)
 {
     ChildRun run = runChild(
         [] {
+            zvkWriteMsg(0, ZVK_MSG_CLOSE_CATALOG);
+            zvkWriteMsg(0, ZVK_MSG_OPEN_CATALOG); // where NLSPATH says now
             Text written = date(161000, "<JJJJ>YY.MM.DD");
             printf("token %d\n", written.token);
         },
