@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr uint32_t kNoCollator = 224, kCaseFailed = 225; // messages
-
 // The bytes of a blank the wrong way around. It is to stay: compiled programs compare with it.
 constexpr uint8_t kFill[2] = {0x00, 0x20};
 

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr uint32_t kTablesFailed = 4; // variant of message 230
-
 pthread_mutex_t tableMutex;
 bool tablesMade;
 uint8_t nativeFromEbcdic[256], ebcdicFromNative[256];

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr uint32_t kStatementActive = 242, kProcedureNotLeft = 243; // messages
-
 constexpr size_t kNameStride = ZVK_XML_EVENT_LENGTH + 1;
 
 enum EventName : size_t {
