@@ -47,6 +47,9 @@ void run(void)
 
 TEST(DecimalFailure, NamesProgramAndLine)
 {
+#ifdef KVR2_SANITIZED
+    GTEST_SKIP() << "the sanitizer has a backtrace() of its own, whose frame is then the caller";
+#endif
     for (const char *call :
          {"_zvkcBCD_DIV_Pckd(one, zero, result, 1, 1, 1)", "_zvkcBCD_ADD_Pckd(one, bad, result, 1, 1, 1)"}) {
         string told = failureOf("1", call);
