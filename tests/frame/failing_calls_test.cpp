@@ -71,16 +71,21 @@ TEST(FailingCalls, AGenerationGroupStaysWhole)
             REQUIRE(GDG_Create(base.data(), 3, 0, 0, "sys") == 0);
             char *name = nullptr;
             REQUIRE(GDS_Name((base + "(+1)").c_str(), &name, 1, "sys") == 1);
+            free(name);
         };
         auto add = [&] {
             char *name = nullptr;
             GDS_Name((base + "(+1)").c_str(), &name, 1, "sys");
+            free(name);
+            name = nullptr;
             GDS_Name((base + "(0)").c_str(), &name, 0, "sys");
+            free(name);
             GDG_Alter(base.data(), 5, 0, 0, "sys");
         };
         auto look = [&] {
             char *name = nullptr;
             REQUIRE(GDS_Name((base + "(+1)").c_str(), &name, 1, "sys") == 1 && name);
+            free(name);
         };
         const int calls = failEach(kind, add, begin, look);
         EXPECT_GT(calls, kind == Calls::System ? 5 : -1);
