@@ -292,8 +292,8 @@ def functions(numbers):
 
 
 def same(got, expected):
-    if isinstance(expected, str):
-        return got == expected
+    if isinstance(expected, str):  # a negative number that is cut to zeros may keep its sign
+        return got == expected or (set(expected[1:]) <= set("0 NE") and got == "-" + expected[1:])
     return abs(float(got) - expected) <= max(1e-8, abs(expected) * 1e-9)
 
 
