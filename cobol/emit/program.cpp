@@ -448,6 +448,8 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
+    if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     if (options_.mainProgram && !group_.programs.empty()) {

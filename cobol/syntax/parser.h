@@ -185,6 +185,7 @@ private:
     Statement *openStatement();
     Statement *closeStatement();
     Statement *readStatement();
+    void retryPhrase(FileStatement &s);
     Statement *writeStatement();
     Statement *rewriteStatement();
     Statement *deleteStatement();

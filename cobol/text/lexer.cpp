@@ -132,7 +132,7 @@ Token Lexer::next()
     if (expectPicture_ && std::toupper(c) == 'I' && std::toupper(static_cast<unsigned char>(at(begin + 1))) == 'S' &&
         at(begin + 2) == ' ') {
         // PICTURE IS: the string comes next.
-    } else if (expectPicture_) {
+    } else if (expectPicture_ && !(c == '=' && at(begin + 1) == '=')) { // PIC may be the end of a pseudo-text
         picture(token);
         watch(token);
         token.spot.length = static_cast<uint32_t>(token.text.size());
