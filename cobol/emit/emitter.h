@@ -172,13 +172,23 @@ private:
     Num toInt(Num a);
     Num toFloat(Num a);
     Num scaleUp(Num a, int scale);
-    Num scaleTo(Num a, int scale, bool rounded);
+    Num scaleTo(Num a, int scale, Rounding rounded);
+    Num scaleTo(Num a, int scale, bool rounded)
+    {
+        return scaleTo(std::move(a), scale, rounded ? NearestAwayFromZero : Truncation);
+    }
     Num keep(Num a, bool copy); // evaluated once, for several uses
     std::string powerOfTen(int n);
     std::string compareNumbers(Num a, Num b, uint32_t op);
     // Stores a number. `sizeError`: a C int that becomes 1 where the number does not fit, in which
     // case nothing is stored; empty: cut.
-    void store(Num value, const Loc &target, bool rounded, const std::string &sizeError);
+    void store(Num value, const Loc &target, Rounding rounded, const std::string &sizeError);
+    void store(Num value, const Loc &target, bool rounded, const std::string &sizeError)
+    {
+        store(std::move(value), target, rounded ? NearestAwayFromZero : Truncation, sizeError);
+    }
+    // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is room for.
+    static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement
     std::string lengthAsText(const Num &n);
@@ -229,6 +239,15 @@ private:
 
     void ifStatement(const IfStatement &s);
     void evaluateStatement(const EvaluateStatement &s);
+    // What stands for an expression that is evaluated once and used several times.
+    struct KeptValue {
+        Num num;
+        Text text;
+        std::string condition;
+    };
+    Expr *keptNumber(const Expr *e, bool isSubscript);
+    const Expr *keptSubject(const Expr *e);
+    std::map<const Expr *, KeptValue> kept_;
     std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
     void performStatement(const PerformStatement &s);
     void performOnce(const PerformStatement &s);
@@ -280,6 +299,7 @@ private:
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);
     void inspectStatement(const InspectStatement &s);
+    void inspectTrailing(const InspectStatement &s, const Loc &target);
     std::string pointerIn(Reference *pointer, const std::string &length, std::string &value);
     void storeInteger(Reference *target, const std::string &c);
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);

@@ -133,6 +133,56 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         return floatNumber(
             cat("kvr_numval_float(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"));
     }
+    if (name == "TEST-NUMVAL-F") {
+        Text t = text(args[0]);
+        if (!t.good) return Num{};
+        return integerNumber(
+            cat("kvr_test_numval_float(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"),
+            10, false);
+    }
+    if (name == "INTEGER-OF-FORMATTED-DATE" || name == "SECONDS-FROM-FORMATTED-TIME" ||
+        name == "TEST-FORMATTED-DATETIME") {
+        Text format = text(args[0]), t = text(args[1]);
+        if (!format.good || !t.good) return Num{};
+        bool seconds = name[0] == 'S';
+        Num n = integerNumber(cat(name[0] == 'I' ? "kvr_formatted_integer("
+                                  : seconds      ? "kvr_formatted_nanos("
+                                                 : "kvr_formatted_test(",
+                                  format.address, ", ", format.length, ", ", t.address, ", ", t.length, ")"),
+                              seconds ? 14 : 10, false);
+        if (seconds) n.scale = 9;
+        return n;
+    }
+    if (name == "COMBINED-DATETIME") {
+        // Seconds as a part of 100,000, so that the time of day does not reach the days.
+        Num seconds = toInt(scaleTo(argument(1), 9, false));
+        if (!seconds.good()) return Num{};
+        seconds.scale += 5;
+        return add(integerNumber(whole(0), 8, false), seconds, false);
+    }
+    if (name == "HIGHEST-ALGEBRAIC" || name == "LOWEST-ALGEBRAIC") {
+        const Expr *a = constant(args[0]);
+        Item *item = a->kind == ExprKind::Reference ? meaning_.resolve(*program_, *a->ref) : nullptr;
+        bool edited = item && item->category == Category::NumericEdited;
+        if (!item || a->ref->refmod || (item->category != Category::Numeric && !edited) || item->nativeBinary ||
+            item->usage == Usage::Native || item->usage == Usage::CompX || item->usage == Usage::Float ||
+            item->usage == Usage::Double) {
+            notBuilt(e->at, "FUNCTION " + name + " of an item without a picture of a number");
+            return Num{};
+        }
+        Decimal d;
+        bool isSigned =
+            item->picture.sign || (edited && item->picture.expanded.find_first_of("+-CD") != std::string::npos);
+        bool least = name[0] == 'L';
+        d.digits = least && !isSigned ? "0" : std::string(static_cast<size_t>(item->picture.digits), '9');
+        d.negative = least && isSigned;
+        d.scale = item->picture.scale;
+        if (d.scale < 0) {
+            d.digits.append(static_cast<size_t>(-d.scale), '0');
+            d.scale = 0;
+        }
+        return literalNumber(d);
+    }
     if (name == "SECONDS-PAST-MIDNIGHT") return integerNumber("kvr_seconds_past_midnight()", 5, false);
     if (name == "TEST-DATE-YYYYMMDD" || name == "TEST-DAY-YYYYDDD")
         return integerNumber(cat("kvr_test_date(", whole(0), ", ", name == "TEST-DAY-YYYYDDD" ? 1 : 0, ")"), 1, false);
@@ -436,6 +486,46 @@ Text Emitter::functionText(const Expr *e)
         if (args.size() > 1) mode = args[1]->op == K_LEADING ? 1 : 2;
         put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; kvr_trim(&",
                 address, ", &", length, ", ", mode, ");\n"));
+    } else if (name == "FORMATTED-DATE" || name == "FORMATTED-TIME" || name == "FORMATTED-DATETIME" ||
+               name == "FORMATTED-CURRENT-DATE") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        std::string from = temp("const uint8_t *");
+        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, ");\n"));
+        if (name == "FORMATTED-CURRENT-DATE") {
+            put(cat("kvr_formatted_now(", from, ", ", length, ", ", address, ");\n"));
+        } else {
+            size_t next = 1;
+            std::string date = name == "FORMATTED-TIME" ? "1" : integer(args[next++]), nanos = "0", offset = "0";
+            if (name != "FORMATTED-DATE") {
+                Num n = scaleTo(number(args[next++], 9), 9, false);
+                if (!n.good()) return t;
+                n.digits = std::min(n.digits, 18);
+                nanos = toInt(n).text;
+            }
+            bool hasOffset = next < args.size();
+            if (hasOffset) offset = integer(args[next]);
+            put(cat("kvr_formatted(", from, ", ", length, ", ", date, ", (int64_t)", nanos, ", ", hasOffset ? 1 : 0,
+                    ", ", offset, ", ", address, ");\n"));
+        }
+        if (a.fixed >= 0) t.fixed = a.fixed;
+    } else if (name == "HEX-TO-CHAR" || name == "BIT-TO-CHAR") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        std::string from = temp("const uint8_t *");
+        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, "); ",
+                length, " = kvr_from_digits(", from, ", ", length, ", ", name[0] == 'H' ? 2 : 8, ", ", address,
+                ");\n"));
+    } else if (name == "BIT-OF") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        std::string from = temp("const uint8_t *");
+        put(cat(from, " = ", a.address, "; ", length, " = 8 * (", a.length, "); ", address, " = kvr_room(", length,
+                "); kvr_bits(", from, ", ", length, " / 8, ", address, ");\n"));
+    } else if (name == "MODULE-ID") {
+        const std::string &own = wordText(program_->name);
+        put(cat(address, " = (uint8_t *)(intptr_t)", constantBytes(own), "; ", length, " = ", own.size(), ";\n"));
+        t.fixed = static_cast<int64_t>(own.size());
     } else if (name == "HEX-OF") {
         Text a = argument(0);
         if (!a.good) return t;
@@ -455,14 +545,15 @@ Text Emitter::functionText(const Expr *e)
             put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
         }
         put(cat(address, " = kvr_concatenate(", list, ", ", args.size(), ", &", length, ");\n"));
-    } else if (name == "SUBSTITUTE") {
+    } else if (name == "SUBSTITUTE" || name == "SUBSTITUTE-CASE") {
         std::string list = temp("KvrPiece", cat("[", args.size(), "]"));
         for (size_t i = 0; i < args.size(); i++) {
             Text a = argument(i);
             if (!a.good) return t;
             put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
         }
-        put(cat(address, " = kvr_substitute(", list, ", ", args.size(), ", &", length, ");\n"));
+        put(cat(address, " = kvr_substitute(", list, ", ", args.size(), ", ", name == "SUBSTITUTE" ? 0 : 1, ", &",
+                length, ");\n"));
     } else if (name == "MAX" || name == "MIN") {
         if (isNumericExpr(args[0])) {
             Num n = functionNumber(e, -1);

@@ -236,9 +236,9 @@ void Emitter::move(const Expr *source, const Loc &target)
         Num n;
         if (t.isLiteral) {
             std::string digits;
+            if (t.bytes.find_first_not_of("0123456789") != std::string::npos)
+                meaning_.warning("move", source->at, "this literal has characters that are no digits");
             for (char c : t.bytes) {
-                if (c < '0' || c > '9')
-                    meaning_.warning("move", source->at, "this literal has characters that are no digits");
                 digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
             }
             if (digits.size() > 38) digits = digits.substr(digits.size() - 38);

@@ -248,6 +248,8 @@ Category Emitter::categoryOf(const Expr *e)
 {
     e = constant(e);
     switch (e->kind) {
+    case ExprKind::Kept:
+        return categoryOf(e->left);
     case ExprKind::Number:
     case ExprKind::Negate:
     case ExprKind::Arithmetic:
@@ -407,6 +409,9 @@ Text Emitter::text(const Expr *e, bool numericAsText)
         }
         return textOf(loc);
     }
+    case ExprKind::Kept:
+        if (!kept_[e].text.address.empty()) return kept_[e].text;
+        return text(e->left, numericAsText); // a number as text
     case ExprKind::Function:
         if (!functionIsNumeric(e)) return functionText(e);
         [[fallthrough]];

@@ -152,6 +152,7 @@ private:
     Statement *multiplyStatement();
     Statement *divideStatement();
     Statement *computeStatement();
+    Rounding roundedPhrase();
     void arithmeticTargets(std::vector<Target> &targets);
     void operandOfGiving(ArithmeticStatement &s);
     void sizeError(Phrases &out);
@@ -174,6 +175,7 @@ private:
 
     Statement *displayStatement();
     Statement *acceptStatement();
+    Statement *exhibitStatement();
 
     Statement *callStatement();
     Statement *cancelStatement();
@@ -199,19 +201,26 @@ private:
     Statement *stringStatement();
     Statement *unstringStatement();
     Statement *inspectStatement();
+    Statement *examineStatement();
+    Statement *transformStatement();
     void beforeAfter(InspectStatement::Phrase &phrase);
 
     Statement *searchStatement();
 
     Statement *notBuiltStatement();
     Statement *enterStatement();
+    Statement *noteStatement();
+    Statement *traceStatement();
 
     Group &group_;
     std::vector<Token> &tokens_;
     size_t position_ = 0;
     bool panic_ = false;
     bool tooDeep_ = false;
+    bool firstSentence_ = false; // of a procedure
     int depth_ = 0;
+    bool inProcedures_ = false;
+    std::set<Word> declared_;   // words of kvrcob that are names of items
     std::set<Word> tableNames_; // names of items that need subscripts
     // Where "A -1" are two operands: among those of DISPLAY and ADD, and in a function's, where
     // "A (B)" may be two as well.

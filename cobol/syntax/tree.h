@@ -61,6 +61,7 @@ enum class ExprKind : uint8_t {
     Any,   // ANY of EVALUATE
     Range, // left THRU right, of EVALUATE
     AllSubscript,
+    Kept, // of the emitter: `left`, whose value was computed before
     Omitted
 };
 
@@ -90,10 +91,22 @@ struct Phrases {
     Block on, onNot;
 };
 
+// How a result loses its last digits: ROUNDED MODE IS ... As in kvr_round_mode of the emitted C.
+enum Rounding : uint8_t {
+    Truncation,
+    NearestAwayFromZero, // ROUNDED alone
+    NearestEven,
+    NearestTowardZero,
+    AwayFromZero,
+    TowardGreater,
+    TowardLesser,
+    RoundingProhibited
+};
+
 // A receiving item of arithmetic.
 struct Target {
     Reference *ref = nullptr;
-    bool rounded = false;
+    Rounding rounded = Truncation;
 };
 
 // A paragraph or section that a statement names.
@@ -335,6 +348,7 @@ struct UnstringStatement : Statement {
 struct InspectStatement : Statement {
     Reference *target = nullptr;
     Expr *function = nullptr; // instead of the target, for TALLYING
+    bool examine = false;     // counts from zero
     struct Phrase {
         Word kind = 0; // K_TALLYING, K_REPLACING, K_CONVERTING
         Word mode = 0; // K_CHARACTERS, K_ALL, K_LEADING, K_FIRST, K_TRAILING

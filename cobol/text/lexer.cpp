@@ -102,9 +102,12 @@ void Lexer::watch(const Token &token)
         if (word == K_COMMA && (before_ == K_DECIMAL_POINT || (before_ == K_IS && beforeThat_ == K_DECIMAL_POINT)))
             options_.commaIsPoint = true;
         if (word == K_MODE && before_ == K_DEBUGGING) options_.debugging = true;
-        // What an outermost program says of these holds for those in it, and not for the next one.
-        if (word == K_PROGRAM_ID && options_.openPrograms++ == 0) options_.debugging = options_.commaIsPoint = false;
-        if (word == K_PROGRAM && before_ == K_END && options_.openPrograms > 0) options_.openPrograms--;
+        // Both hold for the outermost program that says so, and for those that it contains.
+        if (word == K_PROGRAM_ID) programs_++;
+        if (word == K_PROGRAM && before_ == K_END && --programs_ <= 0) {
+            programs_ = 0;
+            options_.commaIsPoint = options_.debugging = false;
+        }
         beforeThat_ = before_;
         before_ = word;
     } else {

@@ -36,6 +36,7 @@ private:
     bool expectPicture_ = false, pictureCopy_ = false;
     bool lineStart_ = true;
     Word before_ = 0, beforeThat_ = 0;
+    int programs_ = 0; // begun and not ended
 };
 
 } // namespace kvrcob

@@ -19,7 +19,6 @@ struct TextOptions {
     std::map<std::string, std::string, std::less<>> defines; // -D, >>DEFINE
     bool debugging = false;                                  // WITH DEBUGGING MODE was seen
     bool commaIsPoint = false;                               // DECIMAL-POINT IS COMMA was seen
-    int openPrograms = 0;                                    // PROGRAM-IDs without their END PROGRAM so far
 };
 
 // The running text. Lines end with '\n'. A debugging line begins with kDebugLine.

@@ -123,7 +123,7 @@ int redoRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, bool erase, const uint
 {
     bool refused = false;
     MDB_val k = valueOf(erase ? bytes : keyIn(file, 0, bytes), file->keys[0].length), old;
-    int error = mdb_get(txn, file->data[0], &k, &old);
+    int error = findInStore(file, txn, 0, k, &old);
     if (error && error != MDB_NOTFOUND) return error;
     if (erase) return error ? 0 : removeRecord(fcb, file, txn, old);
     error = error ? insertRecord(fcb, file, txn, bytes, size, &refused)
@@ -162,7 +162,7 @@ int redoRecords(const char *name, uint64_t number, const uint8_t *changes, size_
         }
         if (!error && !done) error = noteJournal(file->store, txn, number);
         if (!error && !done)
-            error = mdb_txn_commit(txn);
+            error = commitChange(file->store, txn);
         else if (txn)
             mdb_txn_abort(txn);
         if (txn) leaveTransaction(file->store);

@@ -23,7 +23,7 @@ MDB_txn *reading(IndexedFile *file, int *error)
     *error = 0;
     if (file->batch) return file->batch;
     if (MDB_txn *txn = file->transactional ? transactionOn(file->store) : nullptr) return txn;
-    *error = beginReading(file->store, &file->snapshot);
+    *error = beginReading(file->store, &file->snapshot, &file->view);
     file->snapshotLive = !*error;
     return *error ? nullptr : file->snapshot;
 }
@@ -51,7 +51,7 @@ MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error)
         return txn;
     }
     MDB_txn *txn = nullptr;
-    *error = beginChange(file->store, &txn);
+    *error = beginChange(file->store, &txn, file->alone);
     if (!*error && file->alone) file->batch = txn;
     return txn;
 }
@@ -64,7 +64,7 @@ int commitBatch(IndexedFile *file)
     if (error)
         mdb_txn_abort(file->batch);
     else
-        error = mdb_txn_commit(file->batch);
+        error = commitChange(file->store, file->batch);
     file->committed |= !error;
     leaveTransaction(file->store);
     file->batch = nullptr;
@@ -90,7 +90,7 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
         file->changes = 0;
         file->changedBytes = 0;
     } else {
-        error = mdb_txn_commit(txn);
+        error = commitChange(file->store, txn);
         file->committed |= !error;
         if (++file->commits % kCommitsPerReaderCheck == 0) clearDeadReaders(file->store);
     }

@@ -18,6 +18,7 @@
 
 #include "kvr2/file_module.h"
 #include "kvr2/kvrcob/console.h"
+#include "kvr2/kvrcob/formatted_dates.h"
 #include "kvr2/kvrcob/functions.h"
 #include "kvr2/kvrcob/numbers.h"
 #include "kvr2/kvrcob/text.h"
