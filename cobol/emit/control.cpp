@@ -223,6 +223,7 @@ void Emitter::performStatement(const PerformStatement &s)
                 error(s.varying[i].item->at, wordText(s.varying[i].item->names[0]) + " is no numeric item");
                 return;
             }
+            if (!s.varying[i].from) return; // an error was told there
             store(number(s.varying[i].from), loc, false, "");
             debugNow();
         };

@@ -214,6 +214,16 @@ void Emitter::prepare(const File &f)
 
 File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
 {
+    if (s.wholeFile) {
+        File *f = meaning_.file(*program_, s.file, s.fileAt);
+        if (!f || f->records.empty()) return nullptr;
+        const Item *longest = f->records[0];
+        for (const Item *item : f->records)
+            if (item->size > longest->size) longest = item;
+        record = locateItem(*longest, "", true);
+        record.category = Category::Group;
+        return f;
+    }
     record = locate(*s.record, true);
     if (!record.good()) return nullptr;
     const Item &top = recordOf(*record.item);
@@ -453,7 +463,7 @@ void Emitter::writeStatement(const FileStatement &s)
     File *f = fileOfRecord(s, record);
     if (!f) return;
     if (f->sortFile) {
-        error(s.record->at, "a record of a sort file is written with RELEASE");
+        error(s.at, "a record of a sort file is written with RELEASE");
         return;
     }
     if (s.from) move(s.from, record);
@@ -643,6 +653,9 @@ void Emitter::startStatement(const FileStatement &s)
             return;
         }
         put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item->size, ";\n"));
+        if (s.advancing) // START ... WITH LENGTH: no more than the key has
+            put(cat("if (", integer(s.advancing), " > 0 && ", integer(s.advancing), " < ", item->size, ") ", request,
+                    ".keyLength = (uint32_t)", integer(s.advancing), ";\n"));
     }
     relativeKeyIn(*f, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
