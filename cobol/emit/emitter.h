@@ -287,6 +287,9 @@ private:
     void relativeKeyOut(const File &f, const std::string &request);
     void afterVerb(const FileStatement &s, const File &f, bool endIsInvalid);
     void linageValues(const File &f);
+    const Alphabet *codeSet(const File &f);
+    void codeSetTable(const File &f, uint32_t room);
+    void encodeRecord(const File &f, const std::string &request);
     std::string useTable(Program &p, const File &f);
     void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);

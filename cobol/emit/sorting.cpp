@@ -136,16 +136,8 @@ void Emitter::sortStatement(const SortStatement &s)
             }
             all += cat("F", f->number, ", ");
             prepare(*f);
-            // Its assignment, if a data item holds it.
-            if (f->assignItem && !f->assignExternal) {
-                Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
-                if (item && !item->isConstant && item->level != 88) {
-                    Loc loc = locate(*f->assignItem);
-                    if (loc.good())
-                        put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ",
-                                loc.address, ", ", loc.length, ");\n"));
-                }
-            }
+            assignment(*f);
+            if (codeSet(*f)) notBuilt(s.at, "SORT of a file with a CODE-SET");
         }
         std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
         size_t i = 0;
