@@ -40,7 +40,7 @@ KVR_SHARED int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, 
 }
 
 /*
- * INSPECT TRAILING: how often `compared` stands at the end of the text, or of the part of it before
+ * INSPECT TRAILING: how often `compared` is at the end of the text, or of the part of it before
  * and after what the phrases say; `result`, if not null, takes its place. Without the text of BEFORE
  * the part is the whole, without that of AFTER it is empty.
  */
