@@ -236,6 +236,7 @@ private:
     void moveStatement(const MoveStatement &s);
     void initializeStatement(const InitializeStatement &s);
     void setStatement(const SetStatement &s);
+    void allocateStatement(const AllocateStatement &s);
 
     void ifStatement(const IfStatement &s);
     void evaluateStatement(const EvaluateStatement &s);
@@ -309,6 +310,9 @@ private:
     bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
+    Program *userFunction(const Expr *e);
+    const Item *resultOf(Program &function);
+    bool callFunction(const Expr *e, Loc &result);
     Num functionNumber(const Expr *e, int wantScale);
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);

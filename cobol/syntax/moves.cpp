@@ -119,4 +119,30 @@ Statement *Parser::setStatement()
     return s;
 }
 
+// ALLOCATE size CHARACTERS or a BASED record, [INITIALIZED] [RETURNING pointer]
+Statement *Parser::allocateStatement()
+{
+    auto *s = begin<AllocateStatement>();
+    Expr *what = expression();
+    if (take(K_CHARACTERS))
+        s->characters = what;
+    else if (what->kind == ExprKind::Reference)
+        s->item = what->ref;
+    else
+        error("expected CHARACTERS before " + shown());
+    s->initialized = take(K_INITIALIZED);
+    if (take(K_RETURNING)) s->returning = identifier();
+    if (s->characters && !s->returning) error("expected RETURNING before " + shown());
+    return s;
+}
+
+// FREE pointer, ADDRESS OF record ...
+Statement *Parser::freeStatement()
+{
+    auto *s = begin<AllocateStatement>();
+    do s->freed.push_back(primary());
+    while ((atName() || at(K_ADDRESS, K_OF)) && !panic_);
+    return s;
+}
+
 } // namespace kvrcob
