@@ -187,7 +187,8 @@ private:
     {
         store(std::move(value), target, rounded ? NearestAwayFromZero : Truncation, sizeError);
     }
-    // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is room for.
+    // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is
+    // room for.
     static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement
