@@ -86,8 +86,8 @@ KVR_INLINE void kvr_digits_of(uint8_t *to, int64_t value, int64_t width)
 }
 
 /*
- * A moment in a format, as long as the format. `hasOffset`: whether its offset is known; for a
- * format with Z the time is UTC.
+ * A moment in a format, as long as the format. `hasOffset`: whether the moment's offset is known;
+ * for a format with Z the time is UTC then.
  */
 KVR_SHARED void kvr_format_moment(const uint8_t *format, int64_t length, KvrMoment m, int hasOffset, uint8_t *to)
 {
