@@ -21,7 +21,7 @@ Sources &sources()
 
 int Sources::open(const std::string &path, Spot includedAt)
 {
-    FILE *stream = std::fopen(path.c_str(), "rb");
+    FILE *stream = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
     if (!stream) return -1;
     SourceFile file;
     file.path = path;
@@ -30,7 +30,7 @@ int Sources::open(const std::string &path, Spot includedAt)
     size_t got;
     while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0) file.text.append(buffer, got);
     bool failed = std::ferror(stream) != 0;
-    std::fclose(stream);
+    if (stream != stdin) std::fclose(stream);
     if (failed) return -1; // a directory, for one
     file.lineStarts.push_back(0);
     for (size_t i = 0; i < file.text.size(); i++)

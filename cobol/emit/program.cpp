@@ -347,7 +347,14 @@ void Emitter::procedures(Program &p)
             out += " }\n";
         } else if (insertion.text.rfind("@alter", 0) == 0) {
             size_t index = static_cast<size_t>(std::atoi(insertion.text.c_str() + 6));
-            for (size_t target : alterTargets_[index]) out += cat("case ", target + 1, ": goto p", target, ";\n");
+            for (size_t target : alterTargets_[index]) {
+                out += cat("case ", target + 1, ": ");
+                int segment = p.procedures[target].segment;
+                if (segment >= 50 && segment != p.procedures[index].segment)
+                    out += cat("kvr_segment_", p.number, "(", segment, "); ");
+                if (debugs_) out += cat("way = \"\"; wayLine = ", group_.spot(p.procedures[index].at).line, "; ");
+                out += cat("goto p", target, ";\n");
+            }
         } else {
             out += insertion.text;
         }

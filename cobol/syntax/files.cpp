@@ -3,6 +3,21 @@
 
 namespace kvrcob {
 
+// SHARING WITH ALL OTHER, NO OTHER, READ ONLY.
+void Parser::sharingPhrase(Word &sharing)
+{
+    if (!take(K_SHARING)) return;
+    take(K_WITH);
+    if (take(K_ALL))
+        sharing = K_ALL;
+    else if (take(K_NO))
+        sharing = K_NO;
+    else if (take(K_READ))
+        sharing = K_READ;
+    take(K_OTHER);
+    take(K_ONLY);
+}
+
 Statement *Parser::openStatement()
 {
     auto *s = begin<OpenStatement>();
@@ -11,18 +26,8 @@ Statement *Parser::openStatement()
         Word mode = now().word;
         step();
         Word sharing = 0;
-        if (take(K_SHARING)) {
-            take(K_WITH);
-            if (take(K_ALL))
-                sharing = K_ALL;
-            else if (take(K_NO))
-                sharing = K_NO;
-            else if (take(K_READ))
-                sharing = K_READ;
-            take(K_OTHER);
-            take(K_ONLY);
-        }
-        while (atName() && !panic_) {
+        sharingPhrase(sharing);
+        while (atName() && !at(K_SHARING) && !panic_) {
             OpenStatement::Part part;
             part.mode = mode;
             part.file = now().word;
@@ -37,6 +42,7 @@ Statement *Parser::openStatement()
                 part.noRewind = true;
             }
             if (take(K_LOCK)) part.sharing = K_NO;
+            sharingPhrase(part.sharing); // some compilers have it after the file
             if (program_ && part.sharing) program_->openShares = true;
             s->parts.push_back(part);
             any = true;

@@ -154,9 +154,11 @@ KVR_INLINE int kvr_argument_number(uint8_t *out, int room)
     return snprintf((char *)out, (size_t)room, "%d", n < 0 ? 0 : n);
 }
 
+static int kvr_next_argument __attribute__((unused)) = 1;
+
 KVR_INLINE int kvr_argument_value(uint8_t *out, int room)
 {
-    static int next = 1;
+    int next = kvr_next_argument;
     FILE *f = fopen("/proc/self/cmdline", "rb");
     int index = 0, n = 0, c, found = 0;
     if (!f) return -1;
@@ -168,7 +170,7 @@ KVR_INLINE int kvr_argument_value(uint8_t *out, int room)
         if (c == 0) index++;
     }
     fclose(f);
-    next++;
+    kvr_next_argument++;
     return found ? n : -1;
 }
 
