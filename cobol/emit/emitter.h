@@ -187,7 +187,8 @@ private:
     {
         store(std::move(value), target, rounded ? NearestAwayFromZero : Truncation, sizeError);
     }
-    // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is room for.
+    // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is
+    // room for.
     static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement
@@ -236,6 +237,7 @@ private:
     void moveStatement(const MoveStatement &s);
     void initializeStatement(const InitializeStatement &s);
     void setStatement(const SetStatement &s);
+    void allocateStatement(const AllocateStatement &s);
 
     void ifStatement(const IfStatement &s);
     void evaluateStatement(const EvaluateStatement &s);
@@ -316,6 +318,9 @@ private:
     bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
+    Program *userFunction(const Expr *e);
+    const Item *resultOf(Program &function);
+    bool callFunction(const Expr *e, Loc &result);
     Num functionNumber(const Expr *e, int wantScale);
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);

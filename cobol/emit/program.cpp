@@ -77,6 +77,10 @@ void Emitter::statement(const Statement &s)
     case K_SET:
         setStatement(static_cast<const SetStatement &>(s));
         break;
+    case K_ALLOCATE:
+    case K_FREE:
+        allocateStatement(static_cast<const AllocateStatement &>(s));
+        break;
     case K_IF:
         ifStatement(static_cast<const IfStatement &>(s));
         break;
@@ -195,6 +199,7 @@ void Emitter::storage(Program &p)
             break;
         case Item::Linkage:
             globals_ += cat("static uint8_t *L", record->number, " __attribute__((unused));\n");
+            if (record->anyLength) globals_ += cat("static int64_t N", record->number, ";\n");
             break;
         default:
             break;
@@ -459,8 +464,9 @@ std::string Emitter::emit()
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
-    if (options_.mainProgram && !group_.programs.empty()) {
-        Program *first = group_.programs[0];
+    auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
+    if (options_.mainProgram && main != group_.programs.end()) {
+        Program *first = *main;
         out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
                    options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");

@@ -10,8 +10,8 @@ namespace kvrcob {
 void Parser::skipToDataEntry()
 {
     do skipToPeriod();
-    while (!atEnd() && !atNumber() && !atSectionOrDivision() && !at(K_FD) && !at(K_SD) && !at(K_END, K_PROGRAM) &&
-           !(at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct));
+    while (!atEnd() && !atNumber() && !atSectionOrDivision() && !at(K_FD) && !at(K_SD) && !atProgramEnd() &&
+           !atProgramId());
 }
 
 void Parser::dataDivision(Program &p)
@@ -489,7 +489,20 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
             continue;
         }
         if (take(K_VOLATILE)) continue;
-        if (at(K_BASED) || at(K_ANY) || at(K_TYPEDEF) || at(K_TYPE)) {
+        if (take(K_BASED)) {
+            // A record without storage of its own: ALLOCATE or SET ADDRESS OF gives it some.
+            if (item->level != 1 && item->level != 77) errorAt(clause, "BASED is for items of level 01 or 77");
+            item->based = true;
+            item->section = Item::Linkage;
+            continue;
+        }
+        if (at(K_ANY) && aheadIs(1, K_LENGTH)) {
+            step();
+            step();
+            item->anyLength = true;
+            continue;
+        }
+        if (at(K_ANY) || at(K_TYPEDEF) || at(K_TYPE)) {
             notBuilt(here(), "the clause " + wordText(now().word));
             continue;
         }

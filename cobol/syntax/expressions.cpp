@@ -91,7 +91,7 @@ bool Parser::atOperand() const
     if (token.kind == TokenKind::Punct)
         return (token.word == '-' || token.word == '+') && ahead().kind == TokenKind::Number && !ahead().spaceBefore;
     if (token.kind != TokenKind::Name) return false;
-    if (!isReserved(token.word)) return true;
+    if (!isReserved(token.word)) return atName() || atFigurative();
     return atFigurative() || token.word == K_ALL || token.word == K_LINAGE_COUNTER ||
            (token.word == K_LENGTH && true) || token.word == K_PAGE_COUNTER || token.word == K_LINE_COUNTER;
 }

@@ -64,6 +64,9 @@ private:
     // ---- identification.cpp
     Program *program(Program *parent);
     bool atProgramStart() const;
+    bool atProgramId() const { return (at(K_PROGRAM_ID) || at(K_FUNCTION_ID)) && ahead().kind == TokenKind::Punct; }
+    bool atProgramEnd() const { return at(K_END, K_PROGRAM) || at(K_END, K_FUNCTION); }
+    void functionHeader(Program &program);
     void endProgram(Program &program);
 
     // ---- environment_division.cpp
@@ -160,6 +163,8 @@ private:
     Statement *moveStatement();
     Statement *initializeStatement();
     Statement *setStatement();
+    Statement *allocateStatement();
+    Statement *freeStatement();
 
     Statement *ifStatement();
     Statement *evaluateStatement();

@@ -26,6 +26,8 @@ const VerbRow *VerbRow::of(Word verb)
         {K_MOVE, &Parser::moveStatement},
         {K_INITIALIZE, &Parser::initializeStatement},
         {K_SET, &Parser::setStatement},
+        {K_ALLOCATE, &Parser::allocateStatement},
+        {K_FREE, &Parser::freeStatement},
         // control.cpp
         {K_IF, &Parser::ifStatement},
         {K_EVALUATE, &Parser::evaluateStatement},
@@ -85,8 +87,6 @@ const VerbRow *VerbRow::of(Word verb)
         {K_XML, &Parser::notBuiltStatement},
         {K_JSON, &Parser::notBuiltStatement},
         {K_INVOKE, &Parser::notBuiltStatement},
-        {K_ALLOCATE, &Parser::notBuiltStatement},
-        {K_FREE, &Parser::notBuiltStatement},
         {K_RAISE, &Parser::notBuiltStatement},
     };
     static const std::vector<const VerbRow *> index = [] {
@@ -106,6 +106,8 @@ bool Parser::atVerb() const
     // A word of some context only (UNLOCK, EXEC): a verb if an operand follows, and not a
     // paragraph's name or a qualifier.
     const Token &next = ahead();
+    if (now().word == K_FREE && aheadIs(1, K_ADDRESS)) return true;
+    if (now().word == K_ALLOCATE && ahead().kind == TokenKind::Number) return true;
     return !declared_.count(now().word) && next.kind == TokenKind::Name && next.word != K_OF && next.word != K_IN &&
            next.word != K_TO && next.word != K_SECTION &&
            !(next.word < K_count && VerbRow::of(next.word) && isReserved(next.word));
@@ -296,9 +298,9 @@ void Parser::paragraphs(Program &p, bool declaratives)
     for (;;) {
         panic_ = false;
         if (atEnd()) return;
-        if (at(K_END, K_PROGRAM) || at(K_END, K_DECLARATIVES)) return;
+        if (atProgramEnd() || at(K_END, K_DECLARATIVES)) return;
         if ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) return;
-        if (at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct) return;
+        if (atProgramId()) return;
         if (takeMark('.')) continue;
         if (atProcedureHeader()) {
             Procedure procedure;
@@ -355,7 +357,7 @@ void Parser::sentences(Procedure &procedure)
     firstSentence_ = procedure.sentences.empty();
     block(sentence.statements);
     if (!takeMark('.') && !atEnd()) {
-        if (at(K_END, K_PROGRAM) || at(K_END, K_DECLARATIVES) || at(K_IDENTIFICATION) || at(K_ID)) {
+        if (atProgramEnd() || at(K_END, K_DECLARATIVES) || at(K_IDENTIFICATION) || at(K_ID)) {
             error("expected a period before " + shown());
         } else if (atProcedureHeader()) {
             expectPeriod();

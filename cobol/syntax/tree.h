@@ -143,8 +143,15 @@ struct InitializeStatement : Statement {
     std::vector<Word> toValue; // categories
 };
 
+struct AllocateStatement : Statement { // ALLOCATE, FREE
+    Expr *characters = nullptr;
+    Reference *item = nullptr, *returning = nullptr;
+    bool initialized = false;
+    std::vector<Expr *> freed;
+};
+
 struct SetStatement : Statement {
-    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address } form = To;
+    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address, Environment } form = To;
     struct Part {
         std::vector<Expr *> targets;
         Expr *value = nullptr; // Condition: Truth; Switch: op K_ON or K_OFF
@@ -466,6 +473,8 @@ struct Item {
     Tok pictureAt = 0;
     bool hasPicture = false, hasUsage = false, hasSign = false, signLeading = false, signSeparate = false;
     bool justified = false, blankWhenZero = false, synchronized = false, external = false, global = false;
+    bool based = false;        // BASED: in storage of ALLOCATE
+    bool anyLength = false;    // as long as the argument
     bool nativeBinary = false; // BINARY-CHAR and its like: size in nativeSize
     bool isUnsigned = false;
     uint8_t nativeSize = 0;
@@ -632,6 +641,8 @@ struct Program {
     std::vector<Word> advancedRecords;         // written with ADVANCING
     std::vector<Word> readFiles;               // opened INPUT or I-O, or used by SORT
     size_t firstProcedure = 0;                 // first one after the declaratives
+
+    Reference *functionResult = nullptr; // FUNCTION-ID: RETURNING, the last parameter as well
 
     // meaning
     uint32_t number = 0;

@@ -103,8 +103,8 @@ void Lexer::watch(const Token &token)
             options_.commaIsPoint = true;
         if (word == K_MODE && before_ == K_DEBUGGING) options_.debugging = true;
         // Both hold for the outermost program that says so, and for those that it contains.
-        if (word == K_PROGRAM_ID) programs_++;
-        if (word == K_PROGRAM && before_ == K_END && --programs_ <= 0) {
+        if (word == K_PROGRAM_ID || word == K_FUNCTION_ID) programs_++;
+        if ((word == K_PROGRAM || word == K_FUNCTION) && before_ == K_END && --programs_ <= 0) {
             programs_ = 0;
             options_.commaIsPoint = options_.debugging = false;
         }

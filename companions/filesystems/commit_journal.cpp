@@ -247,6 +247,7 @@ int settleJournal(const char *name)
         free(content);
         if (!error) unlink(pointer);
         if (!error) unlink(decision);
+        if (!error && wantedDurability() != Durability::none) forceDirectory(decision);
     }
     close(descriptor);
     return error;
@@ -323,6 +324,8 @@ void endJournal(CommitJournal *journal, const JournalPart *parts, size_t count)
     }
     if (journal->descriptor < 0) return;
     unlink(journal->name);
+    // A loss of power must not bring it back over what comes later.
+    if (wantedDurability() != Durability::none) forceDirectory(journal->name);
     close(journal->descriptor);
     journal->descriptor = -1;
 }

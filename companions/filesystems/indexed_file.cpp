@@ -402,6 +402,7 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
         file->transactional = file->locks.transactional = transactionsWanted();
         file->seen = transactionNumber();
         if (file->transactional) registerOpen(opened.descriptor);
+        file->isNew = fcb->requestedMode & ZVK_OPEN_OUTPUT;
         file->alone = !input && opened.held.alone && !file->transactional;
         size_t own = recordRoom(file);
         fcb->moduleBuffer2 = malloc(own + (input ? kAheadSize : 0));

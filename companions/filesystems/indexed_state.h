@@ -35,7 +35,7 @@ struct IndexedFile {
     MDB_txn *snapshot; // reading
     StoreSnapshot view; // its pages
     bool snapshotLive;
-    bool alone, sequential, exact;
+    bool alone, isNew, sequential, exact; // isNew: opened for OUTPUT
     bool transactional;
     uint64_t seen;  // the transaction that the last verb was in
     bool committed; // something, since OPEN

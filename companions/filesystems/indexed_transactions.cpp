@@ -1,7 +1,7 @@
 // Transactions of an indexed file.
 //
 // A file that others may write commits each change before the verb returns; one that this program
-// has alone commits every 10,000 changes and at CLOSE. LMDB never overwrites a page in use, so a
+// has alone commits every 10,000 changes and at CLOSE, one that it makes (OUTPUT) every 32 MB. LMDB never overwrites a page in use, so a
 // killed program leaves the last commit. Reading goes in a snapshot, which ends with the verb: one
 // that stays would hold back the pages that it shows, and the store would grow.
 //
@@ -15,6 +15,16 @@ namespace filesystems {
 namespace {
 
 constexpr uint32_t kChangesPerCommit = 10000, kCommitsPerReaderCheck = 1000;
+constexpr uint64_t kBytesOfNewFile = 32 << 20;
+
+// Is it time to commit a batch? Each commit writes every page that it changed, and in a file that
+// grows in no order these are all: one that is being made goes in large parts.
+bool isFull(const IndexedFile *file)
+{
+    const uint64_t limit = bytesPerCommit(file->store);
+    if (!file->isNew) return file->changes >= kChangesPerCommit || file->changedBytes >= limit;
+    return file->changedBytes >= (limit < kBytesOfNewFile ? limit : kBytesOfNewFile);
+}
 
 } // namespace
 
@@ -80,8 +90,8 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
     if (file->batch && !error) {
         if (!made) return 0;
         file->changedBytes += bytes;
-        if (++file->changes < kChangesPerCommit && file->changedBytes < bytesPerCommit(file->store)) return 0;
-        return commitBatch(file);
+        ++file->changes;
+        return isFull(file) ? commitBatch(file) : 0;
     }
     if (error || !made) {
         mdb_txn_abort(txn);

@@ -146,7 +146,8 @@ void zvkReadWindowSize(int descriptor, ZvkWindowSize *into)
 }
 
 // These two teach printf their number formats when they are loaded and cannot take that back. They
-// stay in the process when this library is unloaded: the host's next printf would call into nothing.
+// stay in the process when this library is unloaded, or the host's next printf would call into
+// nothing.
 static void keepPrintfFormats()
 {
     constexpr int kKeep = RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE;

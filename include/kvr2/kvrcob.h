@@ -14,6 +14,7 @@
 #include "kvr2/kvrcob/base.h"
 
 #include <dlfcn.h>
+#include <search.h>
 #include <setjmp.h>
 
 #include "kvr2/file_module.h"
@@ -36,6 +37,37 @@ typedef struct KvrVisible {
     KvrProgram entry;
     void (*cancel)(void);
 } KvrVisible;
+
+/* ---- Arguments of any length: how long those are of the function that is called next. */
+
+static int64_t kvr_lengths[64] __attribute__((unused));
+
+/* ---- ALLOCATE, FREE. What FREE is given and ALLOCATE did not make stays as it is. */
+
+KVR_INLINE int kvr_address_order(const void *a, const void *b) { return (a > b) - (a < b); }
+
+KVR_INLINE void **kvr_allocations(void)
+{
+    static void *root;
+    return &root;
+}
+
+KVR_SHARED uint8_t *kvr_allocate(int64_t size)
+{
+    uint8_t *p = size > 0 ? (uint8_t *)calloc(1, (size_t)size) : 0;
+    if (p && !tsearch(p, kvr_allocations(), kvr_address_order)) {
+        free(p);
+        p = 0;
+    }
+    return p;
+}
+
+KVR_SHARED void kvr_free(uint8_t *p)
+{
+    if (!p || !tfind(p, kvr_allocations(), kvr_address_order)) return;
+    tdelete(p, kvr_allocations(), kvr_address_order);
+    free(p);
+}
 
 /* ---- USE FOR DEBUGGING */
 

@@ -12,6 +12,7 @@
 
 #include "kvr2/run_unit.h"
 #include "support/child.h"
+#include "support/compiled_program.h"
 #include "support/require.h"
 
 using std::string;
@@ -83,14 +84,9 @@ TEST(LibraryLoad, UnloadsWithARunUnitActive)
     ChildRun run = runChild([] {
         for (int i = 0; i < 3; i++) {
             void *library = load();
-            IPCB ipcb{};
-            PCB pcb{};
-            pcb.ipcb = &ipcb;
-            pcb.name = "MAIN";
-            pcb.nameLength = 4;
-            pcb.yearWindow = ZVK_NO_YEAR_WINDOW;
-            symbol<void(PCB *)>(library, "_zvkPgmInit")(&pcb);
-            REQUIRE((*symbol<Proccom *>(library, "_zvkProccom"))->runcom->main == &pcb);
+            CompiledProgram main("MAIN");
+            symbol<void(PCB *)>(library, "_zvkPgmInit")(&main.pcb);
+            REQUIRE((*symbol<Proccom *>(library, "_zvkProccom"))->runcom->main == &main.pcb);
             symbol<void *()>(library, "_zvkGetJmpBuffer")();
             REQUIRE(dlclose(library) == 0);
             struct sigaction present;

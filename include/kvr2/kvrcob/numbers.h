@@ -108,8 +108,8 @@ KVR_INLINE __int128 kvr_round_wide(__int128 v, __int128 unit)
 }
 
 /*
- * v / unit by ROUNDED MODE: 2 to the even one of two that are equally near, 3 to the nearest, of two
- * toward zero, 4 away from zero, 5 to the greater, 6 to the lesser.
+ * v / unit by ROUNDED MODE: 2 to the nearest, of two that are equally near to the even one, 3 of
+ * two to the one toward zero, 4 away from zero, 5 to the greater, 6 to the lesser.
  */
 KVR_SHARED __int128 kvr_round_mode(__int128 v, __int128 unit, int mode)
 {

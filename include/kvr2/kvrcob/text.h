@@ -40,9 +40,9 @@ KVR_SHARED int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, 
 }
 
 /*
- * INSPECT TRAILING: how often `compared` stands at the end of the text, or of the part of it before
- * and after what the phrases say; `result`, if not null, takes its place. Without the text of BEFORE
- * the part is the whole, without that of AFTER it is empty.
+ * INSPECT TRAILING: how often `compared` ends the text, or the part of it before and after what the
+ * phrases say; `result`, if not null, takes its place. Without the text of BEFORE the part is the
+ * whole, without that of AFTER it is empty.
  */
 KVR_SHARED int64_t kvr_inspect_trailing(uint8_t *text, int64_t length, const uint8_t *compared, int64_t size,
                                         const uint8_t *before, int64_t beforeSize, const uint8_t *after,
