@@ -177,8 +177,7 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
-    if (fromSegment >= 50 && fromSegment != now)
-        put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
+    if (fromSegment >= 50 && fromSegment != now) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
     put(cat("goto p", from, ";\nr", site, ": x[", end, "] = s[", site - firstSite_, "];\n"));
 }
 

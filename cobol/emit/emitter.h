@@ -344,11 +344,11 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool reversed_ = false;  // an OPEN REVERSED was emitted
-    bool utilities_ = false; // the CALL of a utility was emitted
+    bool reversed_ = false;   // an OPEN REVERSED was emitted
+    bool utilities_ = false;  // the CALL of a utility was emitted
     bool deleteFile_ = false; // a DELETE FILE was emitted
-    bool debugs_ = false;    // USE FOR DEBUGGING is in force
-    bool anyChange_ = false; // every reference counts as one that may change the item
+    bool debugs_ = false;     // USE FOR DEBUGGING is in force
+    bool anyChange_ = false;  // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;

@@ -48,7 +48,8 @@ void Emitter::codeSetTable(const File &f, uint32_t room)
         return notBuilt(f.at, f.organization != K_SEQUENTIAL || isPrinted(f)
                                   ? "CODE-SET of a file of lines"
                                   : "CODE-SET of an alphabet that gives several characters one code");
-    globals_ += cat("static uint8_t codes", f.number, "[", room, "];\nstatic const uint8_t native", f.number, "[256] = {");
+    globals_ +=
+        cat("static uint8_t codes", f.number, "[", room, "];\nstatic const uint8_t native", f.number, "[256] = {");
     for (int c : back) globals_ += cat(c, ",");
     globals_ += "};\n";
 }

@@ -125,8 +125,7 @@ KVR_SHARED int64_t kvr_u_delete_file(void)
 KVR_SHARED int64_t kvr_u_rename_file(void)
 {
     char from[4096], to[4096];
-    return kvr_u_outcome(
-        rename(kvr_u_text(0, from, sizeof from), kvr_u_text(1, to, sizeof to)));
+    return kvr_u_outcome(rename(kvr_u_text(0, from, sizeof from), kvr_u_text(1, to, sizeof to)));
 }
 KVR_SHARED int64_t kvr_u_copy_file(void)
 {
