@@ -294,6 +294,7 @@ private:
     int keyNumber(const File &f, const Item &item, bool generic);
 
     void sortStatement(const SortStatement &s);
+    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);

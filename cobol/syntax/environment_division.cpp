@@ -330,8 +330,8 @@ void Parser::inputOutputSection(Program &p)
 static bool isOldClause(const Token &token)
 {
     static const char *const leads[] = {"FILE-LIMIT", "FILE-LIMITS", "PROCESSING", "ACTUAL", "NOMINAL"};
-    return token.kind == TokenKind::Name &&
-           std::any_of(std::begin(leads), std::end(leads), [&](const char *lead) { return wordText(token.word) == lead; });
+    return token.kind == TokenKind::Name && std::any_of(std::begin(leads), std::end(leads),
+                                                        [&](const char *lead) { return wordText(token.word) == lead; });
 }
 
 void Parser::selectEntry(Program &p)
@@ -441,8 +441,8 @@ void Parser::selectEntry(Program &p)
             // program does not need to be told of.
             warn("obsolete", here(), wordText(now().word) + " has no effect");
             step();
-            while (!atEnd() && !atMark('.') && !at(K_ASSIGN) && !at(K_RESERVE) && !at(K_ORGANIZATION) && !at(K_ACCESS) &&
-                   !at(K_RECORD) && !at(K_FILE) && !at(K_STATUS))
+            while (!atEnd() && !atMark('.') && !at(K_ASSIGN) && !at(K_RESERVE) && !at(K_ORGANIZATION) &&
+                   !at(K_ACCESS) && !at(K_RECORD) && !at(K_FILE) && !at(K_STATUS))
                 step();
         } else if (take(K_PADDING)) {
             take(K_CHARACTER);

@@ -121,7 +121,7 @@ Statement *Parser::readStatement()
     for (;;) {
         if (panic_) return s;
         if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_KEPT) || aheadIs(1, K_NO) || aheadIs(1, K_WAIT) ||
-                             aheadIs(1, K_IGNORE))) {
+                           aheadIs(1, K_IGNORE))) {
             step();
             take(K_KEPT); // a lock that stays beside others, as LOCK ON MULTIPLE RECORDS of the SELECT says
             if (take(K_NO)) {
