@@ -9,7 +9,6 @@
 #pragma GCC system_header
 #endif
 
-#include <math.h>
 #include <time.h>
 
 #include "kvr2/date_functions.h"
@@ -23,8 +22,8 @@
 /* A floating-point number without what the 15th digit does not show. */
 KVR_INLINE double kvr_settled(double v)
 {
-    double nearest = round(v);
-    return fabs(v - nearest) <= fabs(v) * 1e-14 ? nearest : v;
+    double nearest = __builtin_round(v);
+    return __builtin_fabs(v - nearest) <= __builtin_fabs(v) * 1e-14 ? nearest : v;
 }
 
 KVR_SHARED __int128 kvr_rem(__int128 a, __int128 b, int *zero)
