@@ -265,6 +265,7 @@ private:
     void acceptStatement(const AcceptStatement &s);
 
     void callStatement(const CallStatement &s);
+    void utilityArguments(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
     void entryStatement(const EntryStatement &s);
     void entryArguments(Program &p, std::string &out);
@@ -279,6 +280,9 @@ private:
     void writeStatement(const FileStatement &s);
     void rewriteStatement(const FileStatement &s);
     void deleteStatement(const FileStatement &s);
+    void deleteFile(const FileStatement &s);
+    void assignment(const File &f);
+    void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
     File *fileOfRecord(const FileStatement &s, Loc &record);
@@ -339,6 +343,8 @@ private:
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
     bool reversed_ = false;  // an OPEN REVERSED was emitted
+    bool utilities_ = false; // the CALL of a utility was emitted
+    bool deleteFile_ = false; // a DELETE FILE was emitted
     bool debugs_ = false;    // USE FOR DEBUGGING is in force
     bool anyChange_ = false; // every reference counts as one that may change the item
     Tok statementAt_ = 0;

@@ -112,7 +112,10 @@ void Emitter::entry(Program &p)
             Loc loc;
             program_ = &p;
             Item *item = meaning_.resolve(p, *f->status);
-            if (item) fileEntry += cat("I", f->number, "status = ", locateItem(*item).address, ";\n");
+            for (const Expr *subscript : f->status->subscripts)
+                if (constant(subscript)->kind != ExprKind::Number)
+                    error(f->status->at, "a subscript of FILE STATUS is a number");
+            if (item) fileEntry += cat("I", f->number, "status = ", locate(*f->status).address, ";\n");
         }
     }
     // SAME RECORD AREA

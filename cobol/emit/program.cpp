@@ -347,7 +347,14 @@ void Emitter::procedures(Program &p)
             out += " }\n";
         } else if (insertion.text.rfind("@alter", 0) == 0) {
             size_t index = static_cast<size_t>(std::atoi(insertion.text.c_str() + 6));
-            for (size_t target : alterTargets_[index]) out += cat("case ", target + 1, ": goto p", target, ";\n");
+            for (size_t target : alterTargets_[index]) {
+                out += cat("case ", target + 1, ": ");
+                int segment = p.procedures[target].segment;
+                if (segment >= 50 && segment != p.procedures[index].segment)
+                    out += cat("kvr_segment_", p.number, "(", segment, "); ");
+                if (debugs_) out += cat("way = \"\"; wayLine = ", group_.spot(p.procedures[index].at).line, "; ");
+                out += cat("goto p", target, ";\n");
+            }
         } else {
             out += insertion.text;
         }
@@ -453,6 +460,8 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
+    if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });

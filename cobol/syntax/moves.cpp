@@ -78,6 +78,15 @@ Statement *Parser::initializeStatement()
 // TO pointer. Several in one statement.
 Statement *Parser::setStatement()
 {
+    if (aheadIs(1, K_ENVIRONMENT)) {
+        auto *variable = begin<DisplayStatement>();
+        variable->verb = K_DISPLAY;
+        variable->upon = K_ENVIRONMENT;
+        step();
+        variable->items.push_back(operand());
+        if (expect(K_TO)) variable->items.push_back(operand());
+        return variable;
+    }
     auto *s = begin<SetStatement>();
     if (take(K_ENVIRONMENT)) { // SET ENVIRONMENT name TO value
         s->form = SetStatement::Environment;

@@ -190,6 +190,8 @@ private:
     Statement *openStatement();
     Statement *closeStatement();
     Statement *readStatement();
+    void retryPhrase(FileStatement &s);
+    void sharingPhrase(Word &sharing);
     Statement *writeStatement();
     Statement *rewriteStatement();
     Statement *deleteStatement();

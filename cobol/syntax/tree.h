@@ -297,6 +297,10 @@ struct FileStatement : Statement {
     Reference *key = nullptr;
     uint32_t relation = '='; // START
     Word lock = 0;           // K_LOCK, K_NO, K_IGNORING
+    Word retry = 0;          // K_TIMES, K_SECONDS, K_FOREVER
+    Expr *retries = nullptr;
+    bool wholeFile = false; // DELETE FILE
+    std::vector<std::pair<Word, Tok>> moreFiles;
     bool before = false, after = false, page = false;
     Expr *advancing = nullptr;
     Word mnemonic = 0;

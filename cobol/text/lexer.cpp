@@ -117,6 +117,14 @@ void Lexer::watch(const Token &token)
     }
 }
 
+bool Lexer::atPictureCopy() const
+{
+    static const char word[] = "COPY";
+    for (size_t i = 0; i < 4; i++)
+        if (std::toupper(static_cast<unsigned char>(at(position_ + i))) != word[i]) return false;
+    return at(position_ + 4) == ' ' || at(position_ + 4) == '\n';
+}
+
 Token Lexer::next()
 {
     Token token;
@@ -132,7 +140,9 @@ Token Lexer::next()
     if (expectPicture_ && std::toupper(c) == 'I' && std::toupper(static_cast<unsigned char>(at(begin + 1))) == 'S' &&
         at(begin + 2) == ' ') {
         // PICTURE IS: the string comes next.
-    } else if (expectPicture_) {
+    } else if (expectPicture_ && atPictureCopy()) {
+        pictureCopy_ = true;
+    } else if (expectPicture_ && !(c == '=' && at(begin + 1) == '=')) { // PIC may be the end of a pseudo-text
         picture(token);
         watch(token);
         token.spot.length = static_cast<uint32_t>(token.text.size());

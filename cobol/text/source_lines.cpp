@@ -400,6 +400,7 @@ private:
             diagnostics().warning("indicator", here(7),
                                   "this character in column 7 is no indicator; use -free for a source in free form");
         }
+        if (limit == 72 && line.size() > 72 && line[71] != ' ' && line[72] != ' ') sources().noteCutLine(here(73));
         if (trimLeft(body).empty() || listingLine(body)) return;
         bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
         if (commentEntry(body, areaA)) return;

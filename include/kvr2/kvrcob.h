@@ -154,9 +154,11 @@ KVR_INLINE int kvr_argument_number(uint8_t *out, int room)
     return snprintf((char *)out, (size_t)room, "%d", n < 0 ? 0 : n);
 }
 
+static int kvr_next_argument __attribute__((unused)) = 1;
+
 KVR_INLINE int kvr_argument_value(uint8_t *out, int room)
 {
-    static int next = 1;
+    int next = kvr_next_argument;
     FILE *f = fopen("/proc/self/cmdline", "rb");
     int index = 0, n = 0, c, found = 0;
     if (!f) return -1;
@@ -168,7 +170,7 @@ KVR_INLINE int kvr_argument_value(uint8_t *out, int room)
         if (c == 0) index++;
     }
     fclose(f);
-    next++;
+    kvr_next_argument++;
     return found ? n : -1;
 }
 
@@ -295,13 +297,30 @@ KVR_INLINE void kvr_refuse(FCB *fcb, IPCB *element, uint16_t status, uint8_t ver
     zvkFinishVerb(fcb, element, verb);
 }
 
-/* The page that begins next takes the present values of LINAGE. */
-KVR_INLINE void kvr_linage(FCB *fcb, const FileLinageGroup *groups)
+/*
+ * LINAGE: the page that begins next takes the present values of its items; the one in hand keeps
+ * its footing and its bottom margin, which are in `page`.
+ */
+typedef struct KvrPage {
+    uint32_t footing, bottom, counter;
+} KvrPage;
+KVR_INLINE void kvr_linage_open(const FileLinageGroup *groups, KvrPage *page)
+{
+    page->footing = groups[1].value;
+    page->bottom = groups[3].value;
+}
+KVR_INLINE void kvr_linage_before(FCB *fcb, const FileLinageGroup *groups, KvrPage *page)
 {
     fcb->linageBody = groups[0].value;
-    fcb->linageFooting = groups[1].value;
+    fcb->linageFooting = page->footing;
     fcb->linageTop = groups[2].value;
-    fcb->linageBottom = groups[3].value;
+    fcb->linageBottom = page->bottom;
+    page->counter = fcb->linageCounter;
+}
+KVR_INLINE void kvr_linage_after(FCB *fcb, const FileLinageGroup *groups, KvrPage *page, int32_t advance)
+{
+    if (fcb->status < 10 && fcb->linageCounter == 1 && (page->counter > 1 || advance != 0))
+        kvr_linage_open(groups, page);
 }
 
 KVR_INLINE void kvr_unaltered(void)

@@ -291,15 +291,18 @@ KVR_SHARED void kvr_formatted(const uint8_t *format, int64_t length, int64_t dat
 KVR_SHARED void kvr_formatted_now(const uint8_t *format, int64_t length, uint8_t *to)
 {
     struct timeval now;
-    struct tm local;
+    struct tm local, utc;
+    int days;
     gettimeofday(&now, 0);
     localtime_r(&now.tv_sec, &local);
+    gmtime_r(&now.tv_sec, &utc);
+    days = local.tm_year != utc.tm_year ? local.tm_year - utc.tm_year : local.tm_yday - utc.tm_yday;
     kvr_formatted(
         format, length, kvr_days_before(local.tm_year + 1900) + local.tm_yday + 1,
         ((int64_t)(local.tm_hour * 3600 + local.tm_min * 60 + (local.tm_sec < 60 ? local.tm_sec : 59)) * 1000000 +
          now.tv_usec) *
             1000,
-        1, local.tm_gmtoff / 60, to);
+        1, (days * 24 + local.tm_hour - utc.tm_hour) * 60 + local.tm_min - utc.tm_min, to);
 }
 
 /* INTEGER-OF-FORMATTED-DATE: 0 for a text that does not fit. */
