@@ -626,7 +626,7 @@ Text Emitter::functionText(const Expr *e)
         if (!a.good) return t;
         std::string from = temp("const uint8_t *");
         put(cat(from, " = ", a.address, "; ", length, " = 8 * (", a.length, "); ", address, " = kvr_room(", length,
-                "); kvr_bits(", from, ", ", length, " / 8, ", address, ");\n"));
+                "); kvr_bit_digits(", from, ", ", length, " / 8, ", address, ");\n"));
     } else if (name == "MODULE-ID") {
         const std::string &id = wordText(program_->name);
         put(cat(address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", length, " = ", id.size(), ";\n"));

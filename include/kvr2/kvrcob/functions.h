@@ -281,7 +281,7 @@ KVR_SHARED int64_t kvr_from_digits(const uint8_t *text, int64_t length, int digi
 }
 
 /* BIT-OF */
-KVR_INLINE void kvr_bits(const uint8_t *text, int64_t length, uint8_t *to)
+KVR_INLINE void kvr_bit_digits(const uint8_t *text, int64_t length, uint8_t *to)
 {
     int64_t i;
     for (i = 0; i < 8 * length; i++) to[i] = (uint8_t)('0' + (text[i / 8] >> (7 - i % 8) & 1));
