@@ -160,6 +160,7 @@ private:
     // ---- numbers.cpp
     Num number(const Expr *e, int wantScale = -1);
     Num itemNumber(const Loc &loc);
+    std::string checkedAddress(const Loc &loc);
     Num literalNumber(const Decimal &value);
     Num integerNumber(const std::string &c, int digits, bool isSigned = true);
     Num floatNumber(const std::string &c);
