@@ -52,16 +52,8 @@ std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list)
             continue;
         }
         prepare(*f);
-        // Its assignment, if a data item holds it.
-        if (f->assignItem && !f->assignExternal) {
-            Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
-            if (item && !item->isConstant && item->level != 88) {
-                Loc loc = locate(*f->assignItem);
-                if (loc.good())
-                    put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ", loc.address,
-                            ", ", loc.length, ");\n"));
-            }
-        }
+        assignment(*f);
+        if (codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
         put(cat(array, "[", count++, "] = F", f->number, ";\n"));
     }
     put(cat("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", count, "; ", record,

@@ -478,13 +478,19 @@ void Parser::selectEntry(Program &p)
             f->recordKey = identifier();
             if (at(K_SOURCE)) notBuilt(here(), "RECORD KEY ... SOURCE IS");
             if (at(K_WITH) && aheadIs(1, K_DUPLICATES)) notBuilt(here(), "WITH DUPLICATES of a primary key");
+            if (at(K_WITH) && aheadIs(1, K_NO) && aheadIs(2, K_DUPLICATES)) step();
+            if (at(K_NO) && aheadIs(1, K_DUPLICATES)) {
+                step();
+                step();
+            }
         } else if (take(K_ALTERNATE)) {
             take(K_RECORD);
             take(K_KEY);
             take(K_IS);
             File::AlternateKey key{identifier(), false};
-            if (at(K_WITH) && aheadIs(1, K_DUPLICATES)) step();
-            if (take(K_DUPLICATES)) key.duplicates = true;
+            if (at(K_WITH) && (aheadIs(1, K_DUPLICATES) || (aheadIs(1, K_NO) && aheadIs(2, K_DUPLICATES)))) step();
+            bool none = take(K_NO);
+            if (take(K_DUPLICATES)) key.duplicates = !none;
             f->alternateKeys.push_back(key);
         } else if ((at(K_FILE) && aheadIs(1, K_STATUS)) || at(K_STATUS) || (at(K_FILE) && aheadIs(2, K_STATUS))) {
             take(K_FILE);

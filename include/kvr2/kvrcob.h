@@ -272,6 +272,14 @@ KVR_INLINE uint16_t kvr_assignment(char *to, const uint8_t *item, int64_t length
     return (uint16_t)(n + length);
 }
 
+/* CODE-SET: a record by a table of codes; `to` may be `from`. */
+KVR_INLINE uint8_t *kvr_recode(uint8_t *to, const uint8_t *from, uint32_t length, const uint8_t *table)
+{
+    uint32_t i;
+    for (i = 0; i < length; i++) to[i] = table[from[i]];
+    return to;
+}
+
 /* CLOSE REEL: there is none; an open file gets status 07, a closed one 42. */
 KVR_INLINE void kvr_close_reel(FCB *fcb, IPCB *element)
 {
