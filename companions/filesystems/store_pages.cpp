@@ -104,8 +104,9 @@ int compare(const void *a, size_t aSize, const void *b, size_t bSize)
     return order ? order : aSize < bSize ? -1 : aSize > bSize;
 }
 
-// Every node of a page: they lie in it side by side, without a gap, and their keys ascend.
-bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool leaf, bool numbers = false)
+// Every node of a page: they lie in it side by side, without a gap, and their keys ascend if they are
+// to be compared (`order`).
+bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool leaf, bool order)
 {
     uint16_t sizes[kLargestPage / 2]; // of the node that begins there
     uint32_t upper = load<uint16_t>(level.page + 14);
@@ -119,7 +120,7 @@ bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool l
         if (at % 2 || sizes[at / 2]) return false;
         sizes[at / 2] = static_cast<uint16_t>((node.size + 1) & ~size_t(1));
         // The first key of a branch is not used.
-        if (n > (leaf ? 0u : 1u) && !numbers && compare(last.key, last.keySize, node.key, node.keySize) >= 0)
+        if (order && n > (leaf ? 0u : 1u) && compare(last.key, last.keySize, node.key, node.keySize) >= 0)
             return false;
         last = node;
     }
@@ -145,7 +146,7 @@ int goDown(PageCursor *cursor, int level, uint64_t page, bool last)
         bool leaf = level == depth - 1;
         PageCursor::Level *here = &cursor->path[level];
         if (int error = enterPage(*cursor->in, page, leaf, here)) return error;
-        if (!pageIsWhole(*cursor->in, *here, leaf)) return MDB_CORRUPTED;
+        if (!pageIsWhole(*cursor->in, *here, leaf, true)) return MDB_CORRUPTED;
         here->node = last ? here->nodes - 1 : 0;
         if (leaf) break;
         Node node;
@@ -258,7 +259,8 @@ int seek(PageCursor *cursor, const MDB_val &key, bool *same)
 int confirmAbsence(const PageCursor &cursor)
 {
     for (int level = 0; level < cursor.depth; ++level)
-        if (!pageIsWhole(*cursor.in, cursor.path[level], level == cursor.depth - 1)) return MDB_CORRUPTED;
+        if (!pageIsWhole(*cursor.in, cursor.path[level], level == cursor.depth - 1, true))
+            return MDB_CORRUPTED;
     if (!leafIsInPlace(cursor)) return MDB_CORRUPTED;
     const PageCursor::Level &leaf = cursor.path[cursor.depth - 1];
     for (bool back : {false, true}) {
@@ -297,7 +299,7 @@ int movePageCursor(PageCursor *cursor, MDB_cursor_op where, MDB_val *k, MDB_val 
     default:
         error = seek(cursor, *k, &same);
         if (error || same) break;
-        if ((error = confirmAbsence(*cursor))) break;
+        if (!cursor->trusting && (error = confirmAbsence(*cursor))) break;
         if (where == MDB_SET)
             error = MDB_NOTFOUND;
         else if (cursor->path[cursor->depth - 1].node == cursor->path[cursor->depth - 1].nodes)
@@ -311,6 +313,7 @@ int findValue(const StoreSnapshot &in, const StoreTree &tree, const MDB_val &key
     PageCursor cursor;
     cursor.in = &in;
     cursor.tree = &tree;
+    cursor.trusting = false;
     MDB_val k = key;
     return movePageCursor(&cursor, MDB_SET, &k, value);
 }
@@ -507,7 +510,8 @@ int vetPage(const StoreSnapshot &in, uint64_t number, bool leaf, PageCursor::Lev
 {
     if (int error = enterPage(in, number, leaf, level)) return error;
     if (wasVetted(vetted, number)) return 0;
-    if (!pageIsWhole(in, *level, leaf)) return MDB_CORRUPTED;
+    // LMDB copes with keys in any order; a search that must not fail looks at that by itself.
+    if (!pageIsWhole(in, *level, leaf, false)) return MDB_CORRUPTED;
     noteVetted(vetted, number);
     return 0;
 }
@@ -639,7 +643,7 @@ int vetLists(const StoreSnapshot &in, int level, uint64_t page, uint64_t *marks,
     bool leaf = level == tree.depth - 1;
     PageCursor::Level here;
     if (int error = enterPage(in, page, leaf, &here)) return error;
-    if (set && !pageIsWhole(in, here, leaf, true)) return MDB_CORRUPTED;
+    if (set && !pageIsWhole(in, here, leaf, false)) return MDB_CORRUPTED;
     for (uint32_t n = 0; n < here.nodes; ++n) {
         Node node;
         MDB_val value;
@@ -667,6 +671,7 @@ int vetForChange(const StoreSnapshot &in, bool lists, uint64_t *marks)
     cursor.in = &in;
     cursor.tree = &in.names;
     MDB_val k, v;
+    cursor.trusting = false;
     cursor.depth = 0;
     int error = movePageCursor(&cursor, MDB_FIRST, &k, &v);
     for (; !error; error = movePageCursor(&cursor, MDB_NEXT, &k, &v)) {

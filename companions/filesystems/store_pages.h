@@ -71,7 +71,8 @@ struct PageCursor {
     };
     const StoreSnapshot *in;
     const StoreTree *tree;
-    int depth; // 0: nowhere
+    bool trusting; // a key that is not found needs no proof
+    int depth;     // 0: nowhere
     Level path[kDeepestTree];
 };
 // MDB_FIRST, MDB_LAST, MDB_NEXT, MDB_PREV, MDB_SET_RANGE, MDB_SET, as of LMDB's cursors.
