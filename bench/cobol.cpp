@@ -14,6 +14,7 @@
 
 #include "kvr2/decimal.h"
 #include "kvr2/kvr2.h"
+#include "support/compiled_program.h"
 
 namespace {
 
@@ -107,9 +108,7 @@ void writeProgram(const std::string &name, int lines)
 }
 
 struct World {
-    IPCB ipcb{};
-    PCB pcb{};
-    char name[5] = "MAIN";
+    CompiledProgram main{"MAIN", [] {}};
 
     World()
     {
@@ -121,13 +120,7 @@ struct World {
         writeProgram("MIDDLE", 3000);
         shell(compile("-S -o MIDDLE.c MIDDLE.cbl"));
         setenv("COBRTOPT", "TRAP=OFF", 1);
-        ipcb.entry = [] {};
-        pcb.ipcb = &ipcb;
-        pcb.name = name;
-        pcb.nameLength = 4;
-        pcb.yearWindow = ZVK_NO_YEAR_WINDOW;
-        pcb.version[0] = 6;
-        _zvkPgmInit(&pcb);
+        _zvkPgmInit(&main.pcb);
     }
     ~World() { shell("rm -rf " + folder()); }
 };

@@ -153,6 +153,15 @@ void add(const std::string &figure, const char *who, Body body)
 
 constexpr char kPlainLoop[] = "peer:a plain loop over digits";
 
+void registerZonedSums(int n)
+{
+    std::string digits = ", " + std::to_string(n) + (n == 1 ? " digit" : " digits");
+    add("zoned ADD" + digits, "ours", [n](benchmark::State &s) { ours(s, _zvkcBCD_ADD_Znd, pool::zoned, n, n, n); });
+    add("zoned ADD" + digits, kPlainLoop, [n](benchmark::State &s) { byteLoop<ZonedDigits>(s, pool::zoned, n); });
+    add("zoned SUB" + digits, "ours", [n](benchmark::State &s) { ours(s, _zvkcBCD_SUB_Znd, pool::zoned, n, n, n); });
+    add("zoned SUB" + digits, kPlainLoop, [n](benchmark::State &s) { byteLoop<ZonedDigits>(s, pool::zoned, n); });
+}
+
 void registerSums(int n)
 {
     std::string digits = ", " + std::to_string(n) + " digits";
@@ -163,15 +172,13 @@ void registerSums(int n)
     add("packed SUB" + digits, "ours", [n](benchmark::State &s) { ours(s, _zvkcBCD_SUB_Pckd, pool::packed, n, n, n); });
     add("packed SUB" + digits, "peer:decNumberSubtract",
         [n](benchmark::State &s) { decNumbers(s, decNumberSubtract, n, n); });
-    add("zoned ADD" + digits, "ours", [n](benchmark::State &s) { ours(s, _zvkcBCD_ADD_Znd, pool::zoned, n, n, n); });
-    add("zoned ADD" + digits, kPlainLoop, [n](benchmark::State &s) { byteLoop<ZonedDigits>(s, pool::zoned, n); });
-    add("zoned SUB" + digits, "ours", [n](benchmark::State &s) { ours(s, _zvkcBCD_SUB_Znd, pool::zoned, n, n, n); });
-    add("zoned SUB" + digits, kPlainLoop, [n](benchmark::State &s) { byteLoop<ZonedDigits>(s, pool::zoned, n); });
+    registerZonedSums(n);
 }
 
 void registerIntegerSums(int n, int value)
 {
-    std::string digits = ", " + std::to_string(n) + " digits and an integer of " + std::to_string(value);
+    std::string digits =
+        ", " + std::to_string(n) + (n == 1 ? " digit" : " digits") + " and an integer of " + std::to_string(value);
     if (value < 10) {
         add("packed ADD in place" + digits, "ours",
             [=](benchmark::State &s) { integerOurs(s, _zvkcBCD_ADD_Pckd_Int4, pool::packed, n, value); });
@@ -191,6 +198,7 @@ void registerIntegerSums(int n, int value)
 
 void registerAll()
 {
+    for (int n : {1, 2, 3}) registerZonedSums(n);
     for (int n : kLengths) {
         registerSums(n);
         std::string digits = ", " + std::to_string(n) + " digits";
@@ -200,7 +208,8 @@ void registerAll()
         add("packed shift by 4" + digits, "ours", [n](benchmark::State &s) { shiftOurs(s, n); });
         add("packed shift by 4" + digits, "peer:a call and memcpy", [n](benchmark::State &s) { copyPeer(s, n); });
     }
-    registerIntegerSums(7, 1);
+    for (int n : {1, 2, 3, 7, 15, 18, 31}) registerIntegerSums(n, 1);
+    registerIntegerSums(3, 3);
     registerIntegerSums(7, 5);
     registerIntegerSums(15, 5);
     registerIntegerSums(18, 9);

@@ -120,8 +120,8 @@ void copyPlain(benchmark::State &state)
 
 void registerAll()
 {
-    for (int n : {7, 15, 16, 18, 31}) {
-        std::string digits = ", " + std::to_string(n) + " digits";
+    for (int n : {1, 2, 3, 7, 15, 16, 18, 31}) {
+        std::string digits = ", " + std::to_string(n) + (n == 1 ? " digit" : " digits");
         convert("packed to zoned" + digits, _zvkcBCD_CONV_Pckd_To_ZndTO, pool::plainConvert<PackedDigits, ZonedDigits>,
                 pool::packed, n);
         convert("zoned to packed" + digits, _zvkcBCD_CONV_ZndTO_To_Pckd, pool::plainConvert<ZonedDigits, PackedDigits>,

@@ -9,24 +9,9 @@
 #include <unistd.h>
 
 #include "kvr2/kvr2.h"
+#include "support/compiled_program.h"
 
 namespace {
-
-struct Program {
-    IPCB ipcb{};
-    PCB pcb{};
-    char name[9];
-    void setUp(const char *text, ZvkRoutine entry)
-    {
-        snprintf(name, sizeof name, "%s", text);
-        ipcb.entry = entry;
-        pcb.ipcb = &ipcb;
-        pcb.name = name;
-        pcb.nameLength = static_cast<uint32_t>(strlen(name));
-        pcb.yearWindow = ZVK_NO_YEAR_WINDOW;
-        pcb.version[0] = 6;
-    }
-};
 
 void mainEntry() {}
 
@@ -34,7 +19,7 @@ void mainEntry() {}
 // that COBPATH led to. They are in the process's global scope as well, which is where dlsym has to
 // look for a name whose object it is not told.
 struct World {
-    Program main;
+    CompiledProgram main{"MAIN", mainEntry};
     char names[100][9];
 
     World()
@@ -46,7 +31,6 @@ struct World {
         if (system(build.c_str()) != 0) abort();
         setenv("COBRTOPT", "TRAP=OFF", 1);
         setenv("COBPATH", directory.c_str(), 1);
-        main.setUp("MAIN", mainEntry);
         _zvkPgmInit(&main.pcb);
         for (int i = 0; i < 100; i++) {
             snprintf(names[i], sizeof names[i], "PROGRM%02d", i);
@@ -72,11 +56,10 @@ World &world()
 void entryAndExit(benchmark::State &state)
 {
     world();
-    static Program program;
-    program.setUp("SUB", mainEntry);
+    static CompiledProgram program("SUB", mainEntry);
     for (auto _ : state) {
         _zvkPgmInit(&program.pcb);
-        _zvkPgmExit(&program.ipcb.ent);
+        _zvkPgmExit(&program.ipcb[0].ent);
     }
 }
 BENCHMARK(entryAndExit)->Name("program entry and exit/ours");
@@ -119,8 +102,7 @@ BENCHMARK(dlsymCall)->Name("dynamic CALL of a loaded program/peer:dlsym");
 void runUnit(benchmark::State &state)
 {
     world();
-    static Program program;
-    program.setUp("UNIT", mainEntry);
+    static CompiledProgram program("UNIT", mainEntry);
     for (auto _ : state) {
         _zvkCOBOLLink();
         _zvkPgmInit(&program.pcb);

@@ -5,12 +5,6 @@
 
 inline constexpr uint32_t kLocaleArea = 256;
 
-// The run unit's locale table, or null before the first Init_Locale.
-RutLocaleTable *rutLocaleTable();
-
-// The descriptor for an index of the program's table, 1 for the current locale.
-LocaleDescriptor *localeDescriptorFor(uint16_t localeIndex, const LocaleProgram *program);
-
 // Takes the format of dates or times from the locale into the descriptor.
 void DateTime_updateFormatFromLocale(FD *fd, const LocaleProgram *program);
 
@@ -30,9 +24,6 @@ uint32_t DateTime_convertDateTimeToLocale(const char *timePtr, char *newTimePtr,
 // Moves a time between the zones of two items by the difference of their offsets from UTC.
 void DateTime_retrieveTimeZoneDifference(const char *sender, const FD *senderFD, char *out, const FD *receiverFD,
                                          int16_t windowYear, const LocaleProgram *program, NewCallInfo newCallInfo);
-
-LocaleDescriptor *runRutCreateLocaleDescriptor(const char *name, const char *library, int16_t nameLength,
-                                               int16_t libraryLength);
 
 // The built-in ISO layouts.
 extern FormatEntry kIsoDateEntries[5], kIsoTimeEntries[5];

@@ -10,6 +10,7 @@
 #include "datetime/assertion.h"
 #include "datetime/compare_extract.h"
 #include "datetime/durations.h"
+#include "datetime/locale_table.h"
 #include "datetime/locale_text.h"
 #include "datetime/move.h"
 #include "datetime/range_check.h"

@@ -96,8 +96,71 @@ struct ToBinary {
         dumpCopied("in: ", src, sn, Form::bytes(sn));
     }
 
-    // Clean items that fit the word. A letter in the last place is not decoded here, so its item
-    // goes the long way.
+    // As signed, with the magnitude wrapped round.
+    [[gnu::always_inline]] static void give(uint64_t value, bool negative, Integer &result)
+    {
+        const uint64_t minus = std::is_signed_v<Integer> ? 0 - uint64_t{negative} : 0;
+        result = static_cast<Integer>((value ^ minus) - minus);
+    }
+
+    // Clean zoned items of 1 to 3 digits. A letter in the last place is not decoded here, nor below,
+    // so its item goes the long way.
+    [[gnu::always_inline]] bool fewDigits(Integer &result) const
+    {
+        if (static_cast<uint32_t>(sn - 1) >= 3) return false;
+        const unsigned last = src[sn - 1] ^ 0x30u;
+        unsigned value = last & ~kByteMinus;
+        if (value > 9) return false;
+        if (sn > 1) {
+            const unsigned tens = src[sn - 2] ^ 0x30u;
+            if (tens > 9) return false;
+            value += tens * 10;
+        }
+        if (sn > 2) {
+            const unsigned hundreds = src[0] ^ 0x30u;
+            if (hundreds > 9) return false;
+            value += hundreds * 100;
+        }
+        give(value, last & kByteMinus, result);
+        return true;
+    }
+
+    // Up to eight digits, a digit a byte.
+    [[gnu::always_inline]] bool eightDigitsValue(Integer &result) const
+    {
+        if (!fitBytes<uint64_t>(sn)) return false;
+        uint64_t excess = 0;
+        const auto number = signedBytes(loadBytes<uint64_t>(src, sn), excess);
+        if (anyExcess(excess)) return false;
+        give(valueOfBytes(number.digits), number.sign != 0, result);
+        return true;
+    }
+
+    // The same for 9 to 24 digits, eight at a time.
+    [[gnu::always_inline]] bool longZonedValue(Integer &result) const
+    {
+        if (sn <= 8 || sn > 24) return false;
+        uint64_t excess = 0;
+        const auto last = signedBytes(loadBig<uint64_t>(src + sn - 8) ^ kByteZones<uint64_t>, excess);
+        uint64_t value = valueOfBytes(last.digits);
+        uint64_t weight = 100'000'000;
+        int32_t before = sn - 8; // digits that are still to come
+        if (before > 8) {
+            const uint64_t middle = loadBig<uint64_t>(src + before - 8) ^ kByteZones<uint64_t>;
+            excess |= excessOf(middle);
+            value += weight * valueOfBytes(middle);
+            weight *= weight;
+            before -= 8;
+        }
+        // Digits that have been counted are shifted out.
+        const uint64_t front = loadBig<uint64_t>(src) ^ kByteZones<uint64_t>;
+        excess |= excessOf(front >> (64 - 8 * before));
+        if (anyExcess(excess)) return false;
+        give(value + weight * valueOfBytes(front >> (64 - 8 * before)), last.sign != 0, result);
+        return true;
+    }
+
+    // Clean items that fit the word.
     template <class Word>
     [[gnu::always_inline]] bool shortValue(Integer &result) const
     {
@@ -118,12 +181,23 @@ struct ToBinary {
         }
         uint64_t value = limbValue(lowWord(digits));
         if constexpr (sizeof(Word) > 8) value += kLimb * limbValue(highWord(digits)); // longer ones wrap
-        const uint64_t minus = std::is_signed_v<Integer> ? 0 - uint64_t{negative} : 0;
-        result = static_cast<Integer>((value ^ minus) - minus);
+        give(value, negative, result);
         return true;
     }
-    bool quick(uint32_t, Integer &result) const { return shortValue<uint64_t>(result); }
-    bool quickLong(Integer &result) const { return shortValue<u128>(result); }
+    bool quick(uint32_t, Integer &result) const
+    {
+        if constexpr (isPacked<Form>)
+            return shortValue<uint64_t>(result);
+        else
+            return fewDigits(result) || eightDigitsValue(result);
+    }
+    bool quickLong(Integer &result) const
+    {
+        if constexpr (!isPacked<Form>) {
+            if (longZonedValue(result)) return true;
+        }
+        return shortValue<u128>(result);
+    }
 
     void validate(uint32_t mode) const
     {
@@ -167,6 +241,43 @@ template <class Write>
         write(digitsOf(u128{magnitude}));
 }
 
+// The low n digits of 1 to 8, a byte each.
+[[gnu::always_inline]] inline uint64_t lowBytes(uint64_t magnitude, int32_t n)
+{
+    if (magnitude < 10 || n == 1) return magnitude % 10;
+    if (n <= 3) {
+        const auto number = static_cast<uint32_t>(magnitude % 1000);
+        const uint64_t tens = number / 10;
+        const uint64_t digits = number - tens * 10 + (tens % 10 << 8) + (tens / 10 << 16);
+        return n == 2 ? digits & 0xFFFF : digits;
+    }
+    const uint64_t low = magnitude < 100'000'000 ? magnitude : magnitude % 100'000'000;
+    return eightBytes(static_cast<uint32_t>(low)) & ~uint64_t{0} >> (64 - 8 * n);
+}
+
+uint64_t signOf(bool negative) { return negative ? kByteMinus : 0; }
+
+// Into items of more than eight digits; a magnitude has 20 at most. Where two of the stores
+// overlap, the second one is right.
+inline void writeZoned(uint64_t magnitude, bool negative, uint8_t *dst, int32_t n)
+{
+    const uint64_t upper = magnitude / 100'000'000;
+    const uint64_t last = eightBytes(static_cast<uint32_t>(magnitude % 100'000'000));
+    const uint64_t middle = eightBytes(static_cast<uint32_t>(upper % 100'000'000));
+    if (n <= 16) {
+        const uint64_t front = middle << (8 * (16 - n));
+        storeBig<uint64_t>(dst, front | kByteZones<uint64_t>);
+        storeBytes(dst + n - 8, 8, last, signOf(negative && (front | last))); // a zero is positive
+        return;
+    }
+    if (n > 24) memset(dst, '0', static_cast<size_t>(n) - 24);
+    uint64_t front = eightBytes(static_cast<uint32_t>(upper / 100'000'000));
+    if (n < 24) front <<= 8 * (24 - n);
+    storeBig<uint64_t>(n > 24 ? dst + n - 24 : dst, front | kByteZones<uint64_t>);
+    storeBig<uint64_t>(dst + n - 16, middle | kByteZones<uint64_t>);
+    storeBytes(dst + n - 8, 8, last, signOf(negative && (front | middle | last)));
+}
+
 // Of as many digits as an item has room for.
 template <class Word>
 inline bool allZero(Word digits, int32_t n)
@@ -189,19 +300,17 @@ struct FromBinary {
     {
         const uint64_t sign = value < 0 ? ~uint64_t{0} : 0;
         const uint64_t magnitude = (static_cast<uint64_t>(value) ^ sign) - sign;
-        if (!isPacked<Form> && static_cast<uint32_t>(dn - 1) < 8 && magnitude < 100'000'000) {
-            const ByteDigits digits{eightBytes(static_cast<uint32_t>(magnitude)) & ~uint64_t{0} >> (64 - 8 * dn)};
-            digits.write(dst, dn, sign && digits.bytes);
-            return dst;
+        if constexpr (isPacked<Form>) {
+            withDigits(magnitude, [&](auto digits) {
+                const int32_t n = dn > 0 ? dn : 0;
+                writePacked(digits, sign && !allZero(digits, n), dst, n); // a zero is positive
+            });
+        } else if (fitBytes<uint64_t>(dn)) {
+            const uint64_t digits = lowBytes(magnitude, dn);
+            storeBytes(dst, dn, digits, signOf(sign && digits));
+        } else if (dn > 0) {
+            writeZoned(magnitude, sign != 0, dst, dn);
         }
-        withDigits(magnitude, [&](auto digits) {
-            const int32_t n = dn > 0 ? dn : 0;
-            const bool negative = sign && !allZero(digits, n); // a zero is positive
-            if constexpr (isPacked<Form>)
-                writePacked(digits, negative, dst, n);
-            else if (n > 0)
-                shortforms::Znd::write(dst, n, digits, negative);
-        });
         return dst;
     }
     void dumpResult(const uint8_t *) const { dumpCopied("out:", dst, dn, Form::bytes(dn)); }

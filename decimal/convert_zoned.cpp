@@ -17,6 +17,7 @@
 #include "decimal/short_number.h"
 #include "decimal/validation.h"
 #include "decimal/zoned.h"
+#include "decimal/zoned_bytes.h"
 #include "kvr2/decimal_conversions.h"
 
 namespace bcd {
@@ -200,9 +201,50 @@ struct Cell {
         Short::Raw<Word> raw(src, sn);
         bool negative = raw.negative();
         if (!raw.hasSign() || !areDigits(raw.digits) || (negative && !anyBit(raw.digits))) return false;
+        if constexpr (same<To, forms::ZndTO> && sizeof(Word) == 8) {
+            if (fitBytes<uint64_t>(dn)) {
+                storeBytes(dst, dn, spread(static_cast<uint32_t>(raw.digits)), uint64_t{negative} << 6);
+                return true;
+            }
+        }
         shortforms::Znd::writeDigits(To::digits(dst), dn, raw.digits);
         To::writeSign(dst, dn, negative);
         return true;
+    }
+
+    // The digits of a clean zoned item. Of the overpunched forms only the trailing one carries its
+    // sign here; a leading one that is no digit is not clean.
+    template <class Word>
+    [[gnu::always_inline]] bool gatherSource(Word &word, bool &negative) const
+    {
+        constexpr bool overpunched = same<From, forms::ZndTO>;
+        const uint8_t *digits = From::digits(src);
+        if constexpr (isSeparate<From>()) {
+            const uint8_t sign = *From::signByte(src, sn);
+            if (sign != '+' && sign != '-') return false;
+            negative = sign == '-';
+        }
+        if (sizeof(Word) == 8 && fitBytes<uint64_t>(sn)) {
+            uint64_t excess = 0;
+            uint64_t bytes = loadBytes<uint64_t>(digits, sn);
+            if constexpr (overpunched) {
+                const auto number = signedBytes(bytes, excess);
+                bytes = number.digits;
+                negative = number.sign != 0;
+            }
+            word = gather(bytes);
+            return !anyExcess(overpunched ? excess : excessOf(bytes));
+        }
+        Gatherer gatherer;
+        if constexpr (overpunched) {
+            const uint8_t last = digits[sn - 1];
+            word = gatherBeforeLast<Word>(gatherer, digits, sn) | (last & 0x0F);
+            if ((last & 0xB0) != 0x30 || (last & 0x0F) > 9) return false;
+            negative = last & 0x40;
+        } else {
+            word = gatherAll<Word>(gatherer, digits, sn);
+        }
+        return gatherer.clean();
     }
 
     template <class Word>
@@ -210,24 +252,9 @@ struct Cell {
     {
         if ((mode & ZVK_BCD_EBCDIC) || !shortforms::Znd::fits(sn, Word{}) || !shortforms::Znd::fits(dn, Word{}))
             return false;
-        const uint8_t *digits = From::digits(src);
-        Gatherer gatherer;
         Word word;
         bool negative = false;
-        if constexpr (same<From, forms::ZndTO>) {
-            const uint8_t last = digits[sn - 1];
-            word = gatherBeforeLast<Word>(gatherer, digits, sn) | (last & 0x0F);
-            if ((last & 0xB0) != 0x30 || (last & 0x0F) > 9) return false;
-            negative = last & 0x40;
-        } else {
-            word = gatherAll<Word>(gatherer, digits, sn);
-            if constexpr (isSeparate<From>()) {
-                const uint8_t sign = *From::signByte(src, sn);
-                if (sign != '+' && sign != '-') return false;
-                negative = sign == '-';
-            }
-        }
-        if (!gatherer.clean()) return false;
+        if (!gatherSource(word, negative)) return false;
         if (negative && !(mode & ZVK_BCD_KEEP_NEG_ZERO)) negative = anyBit(word & ((Word{1} << (4 * dn)) - 1));
         shortforms::Pckd::write(dst, dn, word, negative);
         return true;

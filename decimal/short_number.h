@@ -129,8 +129,14 @@ struct Pckd {
     template <class Word>
     static void write(uint8_t *item, int32_t n, Word digits, bool negative)
     {
-        storeAs<Word>(item, bytes(n), shiftedLeft(digits, 4) | signNibble(negative));
-        clearUnusedNibble(item, n);
+        if constexpr (sizeof(Word) == 8) {
+            // The first nibble of an even item is no digit.
+            if ((n & 1) == 0) digits &= (Word{1} << (4 * n)) - 1;
+            storeAs<Word>(item, bytes(n), digits << 4 | signNibble(negative));
+        } else {
+            storeAs<Word>(item, bytes(n), shiftedLeft(digits, 4) | signNibble(negative));
+            clearUnusedNibble(item, n);
+        }
     }
 };
 

@@ -87,25 +87,19 @@ template <bool subtract, class Word>
     return true;
 }
 
-// The same for the shortest items.
-template <bool subtract>
-[[gnu::always_inline]] inline bool shortestZonedSum(const auto &call)
+// The same for items of up to eight, or four, digits, a digit a byte.
+template <bool subtract, class Word>
+[[gnu::always_inline]] inline bool byteZonedSum(const auto &call)
 {
-    if (static_cast<uint32_t>(call.op1Digits - 1) >= ByteDigits::kDigits ||
-        static_cast<uint32_t>(call.op2Digits - 1) >= ByteDigits::kDigits ||
-        static_cast<uint32_t>(call.dstDigits - 1) > ByteDigits::kDigits)
-        return false;
-    const auto last1 = load<Overpunch>(&kOverpunch[call.op1[call.op1Digits - 1]]);
-    const auto last2 = load<Overpunch>(&kOverpunch[call.op2[call.op2Digits - 1]]);
-    uint64_t excess = 0;
-    NumberIn<ByteDigits> a{ByteDigits::read(call.op1, call.op1Digits, last1.digit, excess), last1.negative};
-    NumberIn<ByteDigits> b{ByteDigits::read(call.op2, call.op2Digits, last2.digit, excess), last2.negative};
-    if (excess | !(last1.valid & last2.valid)) return false;
-    NumberIn<ByteDigits> sum = plainSum<subtract>(a, b).number;
-    sum.digits.write(call.dst, call.dstDigits, sum.negative);
+    if (!fitBytes<Word>(call.op1Digits, call.op2Digits, call.dstDigits)) return false;
+    Word excess = 0;
+    const auto a = signedBytes(loadBytes<Word>(call.op1, call.op1Digits), excess);
+    const auto b = signedBytes(loadBytes<Word>(call.op2, call.op2Digits), excess);
+    if (anyExcess(excess)) return false;
+    const auto sum = sumOfBytes<subtract>(a, b).number;
+    storeBytes(call.dst, call.dstDigits, sum.digits, sum.sign);
     return true;
 }
-
 // The same for packed items that fit the word.
 template <bool subtract, class Word>
 [[gnu::always_inline]] inline bool shortPackedSum(const auto &call)
@@ -210,23 +204,52 @@ template <class Form, bool subtract, class Word>
     return true;
 }
 
-// The same for the shortest zoned items.
+// The same for zoned items and integers that fit the word, a digit a byte.
+template <bool subtract, class Word>
+[[gnu::always_inline]] inline bool byteIntegerSum(const auto &call, Word integer)
+{
+    const int32_t n = call.opDigits;
+    if (n < kByteDigits<Word> && integer >> (8 * n)) return false;
+    Word excess = 0;
+    const auto item = signedBytes(loadBytes<Word>(call.op, n), excess);
+    if (anyExcess(excess)) return false;
+    if (call.value == 0) return true;
+    const auto sum = sumOfBytes<subtract>(item, {integer, call.value < 0 ? kByteMinus : 0}).number;
+    storeBytes(call.op, n, sum.digits, sum.sign);
+    return true;
+}
+
+// For zoned items of 9 to 31 digits where nothing happens beyond the last eight; only those are
+// touched.
+template <bool subtract>
+[[gnu::always_inline]] inline bool byteTailSum(const auto &call, uint64_t integer)
+{
+    const int32_t before = call.opDigits - kByteDigits<uint64_t>;
+    uint8_t *tail = call.op + before;
+    uint64_t excess = 0;
+    const auto item = signedBytes(loadBytes<uint64_t>(tail, kByteDigits<uint64_t>), excess);
+    // The last of these loads may reach into the tail, but not to its last byte.
+    for (int32_t at = 0; at < before; at += kByteDigits<uint64_t>)
+        excess |= excessOf(load<uint64_t>(call.op + at) ^ kByteZones<uint64_t>);
+    if (anyExcess(excess)) return false;
+    if (call.value == 0) return true;
+    const auto sum = sumOfBytes<subtract>(item, {integer, call.value < 0 ? kByteMinus : 0});
+    if (sum.beyond) return false;
+    storeBytes(tail, kByteDigits<uint64_t>, sum.number.digits, sum.number.sign);
+    return true;
+}
+
 template <bool subtract>
 [[gnu::always_inline]] inline bool shortestIntegerSum(const auto &call)
 {
-    const int32_t n = call.opDigits;
-    if (static_cast<uint32_t>(n - 1) >= ByteDigits::kDigits) return false;
+    if (!isShort(call.opDigits)) return false;
     const uint64_t value = magnitude(call.value);
+    if (value < 10 && fitBytes<uint32_t>(call.opDigits))
+        return byteIntegerSum<subtract>(call, static_cast<uint32_t>(value));
     if (value >= 100'000'000) return false;
-    const ByteDigits integer{value < 10 ? value : eightBytes(static_cast<uint32_t>(value))};
-    const auto last = load<Overpunch>(&kOverpunch[call.op[n - 1]]);
-    uint64_t excess = 0;
-    NumberIn<ByteDigits> item{ByteDigits::read(call.op, n, last.digit, excess), last.negative};
-    if (excess | !last.valid | (integer.bytes >> (8 * n))) return false;
-    if (call.value == 0) return true;
-    NumberIn<ByteDigits> sum = plainSum<subtract>(item, {integer, call.value < 0}).number;
-    sum.digits.write(call.op, n, sum.negative);
-    return true;
+    const uint64_t integer = value < 10 ? value : eightBytes(static_cast<uint32_t>(value));
+    if (call.opDigits > kByteDigits<uint64_t>) return byteTailSum<subtract>(call, integer);
+    return byteIntegerSum<subtract>(call, integer);
 }
 
 } // namespace bcd

@@ -16,10 +16,11 @@ namespace {
 struct AddZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "add zoned...";
-    static bool quick(const auto &call) { return shortestZonedSum<false>(call); }
+    static bool quick(const auto &call) { return byteZonedSum<false, uint32_t>(call); }
     static bool quickLong(const auto &call)
     {
-        return shortZonedSum<false, uint64_t>(call) || shortZonedSum<false, u128>(call);
+        return byteZonedSum<false, uint64_t>(call) || shortZonedSum<false, uint64_t>(call) ||
+               shortZonedSum<false, u128>(call);
     }
     static void work(const auto &c) { zvkBcdAddZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
@@ -27,10 +28,11 @@ struct AddZoned {
 struct SubZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "sub zoned...";
-    static bool quick(const auto &call) { return shortestZonedSum<true>(call); }
+    static bool quick(const auto &call) { return byteZonedSum<true, uint32_t>(call); }
     static bool quickLong(const auto &call)
     {
-        return shortZonedSum<true, uint64_t>(call) || shortZonedSum<true, u128>(call);
+        return byteZonedSum<true, uint64_t>(call) || shortZonedSum<true, uint64_t>(call) ||
+               shortZonedSum<true, u128>(call);
     }
     static void work(const auto &c) { zvkBcdSubZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };

@@ -1,4 +1,4 @@
-// Zoned numbers of up to seven digits in one register, a digit a byte.
+// Zoned numbers of up to eight digits in one register, a digit a byte.
 //
 // For so few digits folding them into packed form and back costs more than the sum. The bytes are
 // added as they are, with the same trick as nibbles (short_number.h): raised by 0xF6, a byte
@@ -6,6 +6,9 @@
 //
 //     a + b:  s = a + F6..F6 + b      bytes that carried are right; the others are 0xFx, six too much
 //     a - b:  d = a - b               bytes that borrowed are 0xFx, six too much
+//
+// One test of all bytes validates an item. A sign that is a letter does not pass it: such an item
+// is left to the ways that decode its last byte by a table.
 #pragma once
 
 #include "decimal/words.h"
@@ -13,41 +16,109 @@
 
 namespace bcd {
 
-// A number of seven digits, and room for a carry.
-struct ByteDigits {
-    uint64_t bytes; // units in the lowest byte
+// Digits that fit a word.
+template <class Word>
+inline constexpr int32_t kByteDigits = sizeof(Word);
 
-    static constexpr uint32_t kDigits = 7;
-    static constexpr uint64_t kZones = 0x3030303030303030u;
+template <class Word>
+inline constexpr Word kByteZones = all<Word>(0x30);
 
-    // Any bytes; `excess` gets bits where one but the last is not "0" to "9".
-    [[gnu::always_inline]] static ByteDigits read(const uint8_t *item, int32_t n, uint8_t lastDigit, uint64_t &excess)
-    {
-        uint64_t bytes = loadShort(item, static_cast<size_t>(n)) ^ kZones >> (64 - 8 * n);
-        bytes = (bytes & ~uint64_t{0xFF}) | lastDigit;
-        excess |= ((bytes + 0x7676767676767676u) | bytes) & 0x8080808080808080u;
-        return {bytes};
-    }
-    [[gnu::always_inline]] void write(uint8_t *item, int32_t n, bool negative) const
-    {
-        uint64_t zoned = bytes | kZones | uint64_t{negative} << 6;
-        storeShort(item, static_cast<size_t>(n), zoned);
-    }
+// Whether all lengths are from 1 to what the word holds.
+template <class Word>
+inline bool fitBytes(auto... lengths)
+{
+    return (static_cast<uint32_t>(lengths - 1) | ...) < static_cast<uint32_t>(kByteDigits<Word>);
+}
 
-    static uint64_t lessSixes(uint64_t sum)
-    {
-        constexpr uint64_t lows = 0x0F0F0F0F0F0F0F0Fu;
-        return (sum - (sum >> 4 & 0x0101010101010101u) * 6) & lows;
+// An item that fits the word, without the zones of "0" to "9"; the last byte is the lowest.
+template <class Word>
+[[gnu::always_inline]] inline Word loadBytes(const uint8_t *item, int32_t n)
+{
+    if (n > 3) {
+        const Word back = loadBig<uint32_t>(item + n - 4) ^ 0x30303030u;
+        if constexpr (sizeof(Word) == 4) return back;
+        const Word front = loadBig<uint32_t>(item) ^ 0x30303030u;
+        return front << (8 * (n - 4)) | back;
     }
-    friend ByteDigits addDigits(ByteDigits a, ByteDigits b)
-    {
-        return {lessSixes(a.bytes + 0xF6F6F6F6F6F6F6F6u + b.bytes)};
-    }
-    friend ByteDigits subtractDigits(ByteDigits a, ByteDigits b) { return {lessSixes(a.bytes - b.bytes)}; }
+    if (n == 1) return item[0] ^ 0x30u;
+    const uint32_t front = loadBig<uint16_t>(item);
+    return n == 2 ? front ^ 0x3030u : (front << 8 | item[2]) ^ 0x303030u;
+}
 
-    friend ByteDigits operator^(ByteDigits a, ByteDigits b) { return {a.bytes ^ b.bytes}; }
-    friend ByteDigits operator&(ByteDigits a, ByteDigits b) { return {a.bytes & b.bytes}; }
-    friend bool operator<(ByteDigits a, ByteDigits b) { return a.bytes < b.bytes; }
+// A sign as it is in the last byte: the bit that "0" to "9" and "p" to "y" differ in.
+inline constexpr unsigned kByteMinus = 0x40;
+
+// The low n digits.
+template <class Word>
+[[gnu::always_inline]] inline void storeBytes(uint8_t *item, int32_t n, Word digits, Word sign)
+{
+    const Word zoned = digits | kByteZones<Word> | sign;
+    if (n > 3) {
+        if (sizeof(Word) > 4) storeBig<uint32_t>(item, static_cast<uint32_t>(zoned >> (8 * (n - 4))));
+        storeBig<uint32_t>(item + n - 4, static_cast<uint32_t>(zoned));
+    } else if (n == 1) {
+        item[0] = static_cast<uint8_t>(zoned);
+    } else if (n == 2) {
+        storeBig<uint16_t>(item, static_cast<uint16_t>(zoned));
+    } else {
+        storeBig<uint16_t>(item, static_cast<uint16_t>(zoned >> 8));
+        item[2] = static_cast<uint8_t>(zoned);
+    }
+}
+
+// Bit 7 of some byte is set unless all bytes are digits.
+template <class Word>
+inline Word excessOf(Word bytes)
+{
+    return (bytes + all<Word>(0x76)) | bytes;
+}
+template <class Word>
+inline bool anyExcess(Word excess)
+{
+    return (excess & all<Word>(0x80)) != 0;
+}
+
+template <class Word>
+struct ByteNumber {
+    Word digits;
+    Word sign; // 0 or kByteMinus
 };
+
+// An item's bytes as a number; what is wrong with them is added to `excess`.
+template <class Word>
+[[gnu::always_inline]] inline ByteNumber<Word> signedBytes(Word bytes, Word &excess)
+{
+    const Word digits = bytes & ~Word{kByteMinus};
+    excess |= excessOf(digits);
+    return {digits, bytes & kByteMinus};
+}
+
+template <class Word>
+struct ByteSum {
+    ByteNumber<Word> number;
+    bool beyond; // a carry went out of the word, or the first magnitude was the smaller one
+};
+
+// Signs of real data are as good as random, so there is no branch on them.
+template <bool subtract, class Word>
+[[gnu::always_inline]] inline ByteSum<Word> sumOfBytes(ByteNumber<Word> a, ByteNumber<Word> b)
+{
+    const Word differ = a.sign ^ b.sign ^ (subtract ? kByteMinus : 0);
+    const bool smaller = a.digits < b.digits;
+    const Word difference = smaller ? b.digits - a.digits : a.digits - b.digits;
+    const Word raised = a.digits + b.digits + all<Word>(0xF6);
+    const Word sum = differ ? difference : raised;
+    const Word digits = (sum - (sum >> 4 & all<Word>(0x01)) * 6) & all<Word>(0x0F);
+    const bool carried = (sum >> (8 * sizeof(Word) - 4) & 1) == 0;
+    return {{digits, a.sign ^ (differ & (0 - Word{smaller}))}, differ ? smaller : carried};
+}
+
+// The value of eight digits: pairs, then fours, then all.
+inline uint64_t valueOfBytes(uint64_t bytes)
+{
+    bytes = (bytes + (bytes >> 8) * 10) & 0x00FF00FF00FF00FFu;
+    bytes = (bytes + (bytes >> 16) * 100) & 0x0000FFFF0000FFFFu;
+    return (bytes & 0xFFFF) + (bytes >> 32) * 10000;
+}
 
 } // namespace bcd

@@ -1,5 +1,6 @@
 // Decimal operands: any bytes as packed and zoned items of any length, through arithmetic,
 // comparisons, copies, shifts and conversions. All items end where their blocks end.
+#include <iterator>
 #include <vector>
 
 #include "decimal/mode.h"
@@ -12,14 +13,16 @@ namespace {
 
 using Block = std::vector<uint8_t>;
 
+// Two operands and a result, and a result of the other kind.
 struct Items {
     int32_t an, bn, dn;
-    Block a, b, out;
+    Block a, b, out, converted;
+    fuzz::Input &input;
 
-    Items(fuzz::Input &input, bool packed)
-        : an(1 + static_cast<int32_t>(input.below(39))), bn(1 + static_cast<int32_t>(input.below(39))),
-          dn(1 + static_cast<int32_t>(input.below(39))), a(block(input, size(packed, an))),
-          b(block(input, size(packed, bn))), out(size(packed, dn))
+    Items(fuzz::Input &from, bool packed)
+        : an(1 + static_cast<int32_t>(from.below(39))), bn(1 + static_cast<int32_t>(from.below(39))),
+          dn(1 + static_cast<int32_t>(from.below(39))), a(block(from, size(packed, an))),
+          b(block(from, size(packed, bn))), out(size(packed, dn)), converted(size(!packed, dn) + packed), input(from)
     {
     }
     static size_t size(bool packed, int32_t n) { return static_cast<size_t>(packed ? n / 2 + 1 : n); }
@@ -30,90 +33,60 @@ struct Items {
     }
 };
 
-void packed(fuzz::Input &input, unsigned deed)
+using Deed = void (*)(Items &);
+using Arithmetic = uint8_t *(const uint8_t *, const uint8_t *, uint8_t *, int32_t, int32_t, int32_t);
+using Convert = uint8_t *(const uint8_t *, uint8_t *, int32_t, int32_t);
+
+template <Arithmetic *entry>
+void compute(Items &i)
 {
-    Items i(input, true);
-    uint8_t *a = i.a.data(), *b = i.b.data(), *out = i.out.data();
-    Block zoned(static_cast<size_t>(i.dn) + 1);
-    switch (deed % 12) {
-    case 0:
-        _zvkcBCD_ADD_Pckd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 1:
-        _zvkcBCD_SUB_Pckd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 2:
-        _zvkcBCD_MPY_Pckd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 3:
-        _zvkcBCD_DIV_Pckd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 4:
-        _zvkcBCD_MOD_Pckd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 5:
-        _zvkcBCD_GRT_Pckd(a, b, i.bn, i.an);
-        break;
-    case 6:
-        _zvkcBCD_Cpy_Pckd(a, out, i.dn, i.an);
-        break;
-    case 7:
-        _zvkcBCD_CONV_Pckd_To_ZndTS(a, zoned.data(), i.dn, i.an);
-        break;
-    case 8:
-        _zvkcBCD_CONV_Pckd_To_Int8(a, i.an);
-        break;
-    case 9:
-        _zvkcBCD_ADD_Pckd_Int8(a, i.an, input.take<int64_t>());
-        break;
-    case 10:
-        _zvkcBCD_SUB_Pckd_Int4(a, i.an, input.take<int32_t>());
-        break;
-    default:
-        _zvkcBCD_SHFD_Pckd_Left(a, out, i.dn, i.an, static_cast<int32_t>(input.below(45)));
-    }
+    entry(i.a.data(), i.b.data(), i.out.data(), i.dn, i.bn, i.an);
+}
+template <Convert *entry>
+void copy(Items &i)
+{
+    entry(i.a.data(), i.out.data(), i.dn, i.an);
+}
+template <Convert *entry>
+void convert(Items &i)
+{
+    entry(i.a.data(), i.converted.data(), i.dn, i.an);
 }
 
-void zoned(fuzz::Input &input, unsigned deed)
-{
-    Items i(input, false);
-    uint8_t *a = i.a.data(), *b = i.b.data(), *out = i.out.data();
-    Block packedOut(static_cast<size_t>(i.dn / 2 + 1));
-    switch (deed % 11) {
-    case 0:
-        _zvkcBCD_ADD_Znd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 1:
-        _zvkcBCD_SUB_Znd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 2:
-        _zvkcBCD_MPY_Znd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 3:
-        _zvkcBCD_DIV_Znd(a, b, out, i.dn, i.bn, i.an);
-        break;
-    case 4:
-        _zvkcBCD_LES_Znd(a, b, i.bn, i.an);
-        break;
-    case 5:
-        _zvkcBCD_Cpy_ZndLO(a, out, i.dn, i.an);
-        break;
-    case 6:
-        _zvkcBCD_CONV_ZndTO_To_Pckd(a, packedOut.data(), i.dn, i.an);
-        break;
-    case 7:
-        _zvkcBCD_CONV_ZndUS_To_Pckd(a, packedOut.data(), i.dn, i.an);
-        break;
-    case 8:
-        _zvkcBCD_CONV_Znd_To_Int8(a, i.an);
-        break;
-    case 9:
-        _zvkcBCD_ADD_Znd_Int8(a, i.an, input.take<int64_t>());
-        break;
-    default:
-        _zvkcBCD_CONV_ZndLO_To_ZndTO(a, out, i.dn, i.an);
-    }
-}
+constexpr Deed kPacked[] = {
+    compute<_zvkcBCD_ADD_Pckd>,
+    compute<_zvkcBCD_SUB_Pckd>,
+    compute<_zvkcBCD_MPY_Pckd>,
+    compute<_zvkcBCD_DIV_Pckd>,
+    compute<_zvkcBCD_MOD_Pckd>,
+    copy<_zvkcBCD_Cpy_Pckd>,
+    convert<_zvkcBCD_CONV_Pckd_To_ZndTS>,
+    convert<_zvkcBCD_CONV_Pckd_To_ZndTO>,
+    [](Items &i) { _zvkcBCD_GRT_Pckd(i.a.data(), i.b.data(), i.bn, i.an); },
+    [](Items &i) { _zvkcBCD_CONV_Pckd_To_Int8(i.a.data(), i.an); },
+    [](Items &i) { _zvkcBCD_ADD_Pckd_Int8(i.a.data(), i.an, i.input.take<int64_t>()); },
+    [](Items &i) { _zvkcBCD_SUB_Pckd_Int4(i.a.data(), i.an, i.input.take<int32_t>()); },
+    [](Items &i) { _zvkcBCD_CONV_Int8_To_Pckd(i.input.take<int64_t>(), i.out.data(), i.dn); },
+    [](Items &i) {
+        _zvkcBCD_SHFD_Pckd_Left(i.a.data(), i.out.data(), i.dn, i.an, static_cast<int32_t>(i.input.below(45)));
+    },
+};
+
+constexpr Deed kZoned[] = {
+    compute<_zvkcBCD_ADD_Znd>,
+    compute<_zvkcBCD_SUB_Znd>,
+    compute<_zvkcBCD_MPY_Znd>,
+    compute<_zvkcBCD_DIV_Znd>,
+    copy<_zvkcBCD_Cpy_ZndLO>,
+    copy<_zvkcBCD_CONV_ZndLO_To_ZndTO>,
+    convert<_zvkcBCD_CONV_ZndTO_To_Pckd>,
+    convert<_zvkcBCD_CONV_ZndUS_To_Pckd>,
+    [](Items &i) { _zvkcBCD_LES_Znd(i.a.data(), i.b.data(), i.bn, i.an); },
+    [](Items &i) { _zvkcBCD_CONV_Znd_To_Int8(i.a.data(), i.an); },
+    [](Items &i) { _zvkcBCD_ADD_Znd_Int8(i.a.data(), i.an, i.input.take<int64_t>()); },
+    [](Items &i) { _zvkcBCD_SUB_Znd_Int4(i.a.data(), i.an, i.input.take<int32_t>()); },
+    [](Items &i) { _zvkcBCD_CONV_Int8_To_Znd(i.input.take<int64_t>(), i.out.data(), i.dn); },
+};
 
 } // namespace
 
@@ -122,9 +95,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     fuzz::Input input(data, size);
     const unsigned deed = input.take<uint8_t>();
     zvkBcdMode = input.take<uint8_t>();
+    Items items(input, deed & 0x80);
     if (deed & 0x80)
-        packed(input, deed & 0x7F);
+        kPacked[(deed & 0x7F) % std::size(kPacked)](items);
     else
-        zoned(input, deed);
+        kZoned[deed % std::size(kZoned)](items);
     return 0;
 }

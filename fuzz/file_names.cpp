@@ -2,20 +2,7 @@
 // environment, resolved and opened for input.
 #include "fileio/file_name.h"
 #include "fuzz.h"
-#include "support/compiled_program.h"
-
-namespace {
-
-struct File {
-    CompiledProgram program{"NAMES"};
-    FCB fcb{};
-    FIB fib{};
-    FCB *fcbCell = &fcb;
-    FIB *fibCell = &fib;
-    std::string assignment;
-};
-
-} // namespace
+#include "support/compiled_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -24,25 +11,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const uint8_t how = input.take<uint8_t>();
     std::string text = input.rest();
     if (text.size() > 2000 || text.find('/') != std::string::npos) return 0; // the disk is not the fuzzer's
-    static auto &file = *new File;
-    file.fcb = {};
-    file.fib = {};
-    if (how & 1) {
-        setenv("ASSIGNED", text.c_str(), 1);
-        file.assignment = "ASSIGNED";
-    } else {
-        file.assignment = text;
-        file.fib.attributes = how & 2 ? ZVK_FILE_ASSIGN_LITERAL : 0;
-    }
-    file.fib.assignment = file.assignment.data();
-    file.fib.assignmentLength = static_cast<uint16_t>(file.assignment.size());
-    file.fib.organization = static_cast<uint8_t>(how >> 4);
-    memcpy(file.fcb.eyecatcher, "FCB", 3);
-    strcpy(file.fib.name, "FUZZED");
-    file.fcb.fib = &file.fib;
-    file.fcb.requestedMode = how & 4 ? ZVK_OPEN_INPUT : ZVK_OPEN_IO;
-    zvkResolveName(&file.fcb, &file.fib);
-    if (file.fcb.status <= 9) zvkChooseByFile(&file.fcb);
-    if (file.fcb.fileName) free(file.fcb.fileName);
+    if (how & 1) setenv("ASSIGNED", text.c_str(), 1);
+    FileRecords file(how & 1 ? "ASSIGNED" : text, {.organization = static_cast<uint8_t>(how >> 4)});
+    FIB &fib = file.laidOut.fib;
+    FCB &fcb = file.fcb;
+    fib.attributes = !(how & 1) && how & 2 ? ZVK_FILE_ASSIGN_LITERAL : 0;
+    fcb.fib = &fib;
+    fcb.requestedMode = how & 4 ? ZVK_OPEN_INPUT : ZVK_OPEN_IO;
+    zvkResolveName(&fcb, &fib);
+    if (fcb.status <= 9) zvkChooseByFile(&fcb);
+    free(fcb.fileName);
     return 0;
 }

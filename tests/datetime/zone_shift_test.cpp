@@ -1,6 +1,7 @@
 // Catches: a shift between the zones of two locales that goes the wrong way, is not reduced to a
 // day, or touches an item that needs none.
 #include "datetime/item.h"
+#include "datetime/locale_table.h"
 #include "datetime/locale_text.h"
 #include "kvr2/run_unit.h"
 

@@ -12,7 +12,7 @@
 
 #include "kvr2/kvr2.h"
 #include "support/child.h"
-#include "support/compiled_program.h"
+#include "support/compiled_file.h"
 #include "support/require.h"
 
 using std::string;
@@ -21,19 +21,17 @@ namespace {
 
 void entry() {}
 
-// A file as the compiler lays it out, in a program of its own.
+// A file in a program of its own, which the test enters when it likes.
 struct File {
     CompiledProgram program;
-    FCB own{};
-    FIB fib{};
-    FCB *fcb = &own;
-    FIB *fibCell = &fib;
-    alignas(16) uint8_t area[132] = {};
-    uint8_t *areaCell = area;
-    uint8_t status[4] = {'?', '?', '?', '?'};
-    uint8_t feedback[40];
-    uint8_t *statusCell = status, *feedbackCell = feedback;
-    string assignment;
+    FileRecords records;
+    FCB &own = records.fcb;
+    FIB &fib = records.laidOut.fib;
+    FCB *&fcb = records.fcbCell;
+    FIB *&fibCell = records.fibCell;
+    uint8_t *&areaCell = records.areaCell;
+    uint8_t *area = areaCell;
+    uint8_t *status = records.status, *feedback = records.feedback;
     void *use[5] = {};
 
     // Like the program's records, a file's stay until the process ends.
@@ -42,30 +40,17 @@ struct File {
         return *new File(name, assigned, attributes);
     }
 
-    File(const string &name, const string &assigned, uint8_t attributes) : program(name, entry)
+    File(const string &name, const string &assigned, uint8_t attributes)
+        : program(name, entry), records(assigned, {.longest = 100, .shortest = 0})
     {
-        memset(feedback, '?', sizeof feedback);
-        memcpy(fib.prefix, "???", 3);
-        fib.index = 1;
+        own = {}; // the library fills it
+        memset(feedback, '?', sizeof records.feedback);
         fib.attributes = attributes;
-        fib.maxRecord = 100;
-        fib.accessMode = 0x80;
-        strcpy(fib.name, "DATA-FILE");
-        fib.recordArea = &areaCell;
-        fib.statusBase = &statusCell;
-        fib.feedbackBase = &feedbackCell;
-        fib.feedbackLength = sizeof feedback;
-        assign(assigned);
-        program.ipcb[0].files = &fcb;
-        program.ipcb[0].fileCount = 1;
-        program.pcb.fibs = &fibCell;
+        fib.feedbackBase = &records.feedbackCell;
+        fib.feedbackLength = sizeof records.feedback;
+        records.into(program);
     }
-    void assign(const string &assigned)
-    {
-        assignment = assigned;
-        fib.assignment = assignment.data();
-        fib.assignmentLength = static_cast<uint16_t>(assignment.size());
-    }
+    void assign(const string &assigned) { records.assign(assigned); }
     void start() { _zvkPgmInit(&program.pcb); }
     string open(uint16_t mode = ZVK_OPEN_INPUT)
     {

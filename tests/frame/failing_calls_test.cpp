@@ -3,7 +3,7 @@
 // a dynamic CALL and EXTERNAL data, an XML PARSE, a generation data group.
 #include <cstring>
 
-#include "support/failing_calls.h"
+#include "support/failing_calls_wrapped.h"
 
 #include "frame/message_calls.h"
 #include "frame/thread_record.h"

@@ -1,6 +1,7 @@
 // Faults these tests are there to catch: a library that cannot be loaded twice, from threads, or
-// unloaded with a run unit active; what it leaves in the process; a load that takes long; NLSPATH
-// entries doubled or in the wrong order.
+// unloaded with a run unit active; a host that loads it a hundred times and has no room for its
+// thread-local storage the next time; a printf that calls into what was unloaded; what else
+// it leaves in the process; a load that takes long; NLSPATH entries doubled or in the wrong order.
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +12,7 @@
 
 #include "kvr2/run_unit.h"
 #include "support/child.h"
+#include "support/compiled_program.h"
 #include "support/require.h"
 
 using std::string;
@@ -40,7 +42,7 @@ bool stillLoaded() { return readFile("/proc/self/maps").find("libkvr2_64r") != s
 TEST(LibraryLoad, AgainAndAgain)
 {
     ChildRun run = runChild([] {
-        for (int i = 0; i < 20; i++) {
+        for (int i = 0; i < 300; i++) {
             void *library = load();
             REQUIRE(dlopen(libraryPath().c_str(), RTLD_NOW) == library && dlclose(library) == 0);
             Proccom **proccom = symbol<Proccom *>(library, "_zvkProccom");
@@ -64,19 +66,27 @@ TEST(LibraryLoad, AgainAndAgain)
     EXPECT_GOOD(run);
 }
 
+TEST(LibraryLoad, LeavesPrintfAsItWas)
+{
+    ChildRun run = runChild([] {
+        char text[40];
+        for (int i = 0; i < 20; i++) {
+            REQUIRE(dlclose(load()) == 0 && !stillLoaded());
+            snprintf(text, sizeof text, "%5.0f %Lf", 2.0, 3.5L);
+            REQUIRE(strcmp(text, "    2 3.500000") == 0);
+        }
+    });
+    EXPECT_GOOD(run);
+}
+
 TEST(LibraryLoad, UnloadsWithARunUnitActive)
 {
     ChildRun run = runChild([] {
         for (int i = 0; i < 3; i++) {
             void *library = load();
-            IPCB ipcb{};
-            PCB pcb{};
-            pcb.ipcb = &ipcb;
-            pcb.name = "MAIN";
-            pcb.nameLength = 4;
-            pcb.yearWindow = ZVK_NO_YEAR_WINDOW;
-            symbol<void(PCB *)>(library, "_zvkPgmInit")(&pcb);
-            REQUIRE((*symbol<Proccom *>(library, "_zvkProccom"))->runcom->main == &pcb);
+            CompiledProgram main("MAIN");
+            symbol<void(PCB *)>(library, "_zvkPgmInit")(&main.pcb);
+            REQUIRE((*symbol<Proccom *>(library, "_zvkProccom"))->runcom->main == &main.pcb);
             symbol<void *()>(library, "_zvkGetJmpBuffer")();
             REQUIRE(dlclose(library) == 0);
             struct sigaction present;

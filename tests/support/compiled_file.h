@@ -9,6 +9,7 @@
 // The modules of the build are loaded first, so that the library finds them by their names.
 #pragma once
 
+#include <cstddef>
 #include <cstring>
 #include <dlfcn.h>
 #include <string>
@@ -45,65 +46,82 @@ inline void loadFileModules()
     (void)loaded;
 }
 
+// What the compiler lays out for a file.
+struct FileRecords {
+    struct {
+        FIB fib{};
+        FileKey keys[16]{};
+        FileLinageGroup linage[4]{};
+    } laidOut;
+    FCB fcb{};
+    FCB *fcbCell = &fcb;
+    FIB *fibCell = &laidOut.fib;
+    std::vector<uint64_t> area;
+    uint8_t *areaCell = nullptr;
+    uint8_t status[4] = {'?', '?', '?', '?'}; // two characters, of one or two bytes
+    uint8_t *statusCell = status;
+    uint8_t feedback[40] = {};
+    uint8_t *feedbackCell = feedback;
+    std::string assignment;
+
+    FileRecords(const std::string &assigned, const FileAttributes &wanted)
+    {
+        FIB &fib = laidOut.fib;
+        area.resize((wanted.longest + 34) / 8 + 1);
+        areaCell = reinterpret_cast<uint8_t *>(area.data());
+        memcpy(fib.prefix, "???", 3);
+        memcpy(fcb.eyecatcher, "FCB", 3);
+        fcb.index = fib.index = 1;
+        fib.organization = wanted.organization;
+        fib.accessMode = wanted.access;
+        fib.attributes = static_cast<uint8_t>(ZVK_FILE_ASSIGN_LITERAL | (wanted.optional ? ZVK_FILE_OPTIONAL : 0) |
+                                              (wanted.external ? ZVK_FILE_EXTERNAL : 0));
+        fib.maxRecord = fcb.maxRecord = wanted.longest;
+        fib.minRecord = wanted.shortest;
+        fib.keyCount = static_cast<uint32_t>(wanted.keys.size());
+        for (size_t i = 0; i < wanted.keys.size(); ++i) laidOut.keys[i] = wanted.keys[i];
+        fib.keysOffset = offsetof(decltype(laidOut), keys);
+        fib.linageOffset = offsetof(decltype(laidOut), linage);
+        fib.linage = wanted.linage;
+        uint32_t values[4] = {wanted.body, wanted.footing, wanted.top, wanted.bottom};
+        for (int i = 0; i < 4; ++i) laidOut.linage[i].value = values[i];
+        fib.sharing = fcb.sharing = wanted.share || wanted.lock;
+        fib.shareMode = wanted.share;
+        fib.lockMode = wanted.lock;
+        strcpy(fib.name, "DATA-FILE");
+        fib.recordArea = &areaCell;
+        fib.statusBase = &statusCell;
+        assign(assigned);
+    }
+    FileRecords(const FileRecords &) = delete;
+
+    void assign(const std::string &assigned)
+    {
+        assignment = assigned;
+        laidOut.fib.assignment = assignment.data();
+        laidOut.fib.assignmentLength = static_cast<uint16_t>(assignment.size());
+    }
+    // As the program's only file, before the program is entered.
+    void into(CompiledProgram &program)
+    {
+        program.ipcb[0].files = &fcbCell;
+        program.ipcb[0].fileCount = 1;
+        program.pcb.fibs = &fibCell;
+    }
+};
+
 struct CompiledFile {
-    struct Records { // stay until the process ends, as a program's do
-        struct {
-            FIB fib{};
-            FileKey keys[16]{};
-            FileLinageGroup linage[4]{};
-        } laidOut;
-        FCB fcb{};
-        FCB *fcbCell = &fcb;
-        FIB *fibCell = &laidOut.fib;
-        std::vector<uint64_t> area;
-        uint8_t *areaCell = nullptr;
-        uint8_t status[2] = {'?', '?'};
-        uint8_t *statusCell = status;
-        std::string assignment;
-    };
     CompiledProgram program;
-    Records &all;
+    FileRecords &all; // stays until the process ends, as a program's do
     FCB *fcb;
     FileAttributes attributes;
     FileRequest request{}; // of the last verb
 
     explicit CompiledFile(const std::string &assigned, const FileAttributes &wanted = {})
-        : program(newName(), [] {}), all(*new Records), fcb(&all.fcb), attributes(wanted)
+        : program(newName(), [] {}), all(*new FileRecords(assigned, wanted)), fcb(&all.fcb), attributes(wanted)
     {
         loadFileModules();
-        FIB &fib = all.laidOut.fib;
-        all.area.resize((wanted.longest + 34) / 8 + 1);
-        all.areaCell = reinterpret_cast<uint8_t *>(all.area.data());
-        all.assignment = assigned;
-        memcpy(fib.prefix, "???", 3);
-        memcpy(fcb->eyecatcher, "FCB", 3);
-        fcb->index = fib.index = 1;
-        fib.organization = wanted.organization;
-        fib.accessMode = wanted.access;
-        fib.attributes = static_cast<uint8_t>(ZVK_FILE_ASSIGN_LITERAL | (wanted.optional ? ZVK_FILE_OPTIONAL : 0) |
-                                              (wanted.external ? ZVK_FILE_EXTERNAL : 0));
-        fib.maxRecord = fcb->maxRecord = wanted.longest;
-        fib.minRecord = wanted.shortest;
-        fib.keyCount = static_cast<uint32_t>(wanted.keys.size());
-        for (size_t i = 0; i < wanted.keys.size(); ++i) all.laidOut.keys[i] = wanted.keys[i];
-        fib.keysOffset =
-            static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.keys) - reinterpret_cast<uint8_t *>(&fib));
-        fib.linageOffset =
-            static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all.laidOut.linage) - reinterpret_cast<uint8_t *>(&fib));
-        fib.linage = wanted.linage;
-        uint32_t values[4] = {wanted.body, wanted.footing, wanted.top, wanted.bottom};
-        for (int i = 0; i < 4; ++i) all.laidOut.linage[i].value = values[i];
-        fib.sharing = fcb->sharing = wanted.share || wanted.lock;
-        fib.shareMode = wanted.share;
-        fib.lockMode = wanted.lock;
-        strcpy(fib.name, "DATA-FILE");
-        fib.recordArea = &all.areaCell;
-        fib.statusBase = &all.statusCell;
-        fib.assignment = all.assignment.data();
-        fib.assignmentLength = static_cast<uint16_t>(all.assignment.size());
-        program.ipcb[0].files = &all.fcbCell;
-        program.ipcb[0].fileCount = 1;
-        program.pcb.fibs = &all.fibCell;
+        all.into(program);
         _zvkPgmInit(&program.pcb);
         fcb = all.fcbCell; // the run unit's own for an EXTERNAL file
     }
