@@ -41,10 +41,10 @@ struct Store {
     std::atomic<int64_t> folderTime;
     // The change that is being made: one at a time, LMDB sees to that.
     StoreSnapshot committed;
-    VettedPages vetted;   // of many changes in one transaction
-    uint64_t *marks;      // for the lists of free pages
-    uint64_t marksRoom;   // pages
-    uint64_t ownChange;   // the commit that this program made last
+    VettedPages vetted; // of many changes in one transaction
+    uint64_t *marks;    // for the lists of free pages
+    uint64_t marksRoom; // pages
+    uint64_t ownChange; // the commit that this program made last
     bool many;
     char name[];
 };
@@ -113,6 +113,8 @@ void resizeMap(Store *store, size_t size)
 void growMap(Store *store)
 {
     MDB_envinfo info;
+    uint64_t size;
+    if (sizeOfStore(store->map, &size)) return; // LMDB looks at the heads for that
     if (mdb_env_info(store->env, &info) == 0 && (info.me_last_pgno + 1) * store->pageSize > info.me_mapsize / 2)
         resizeMap(store, info.me_mapsize * 2);
 }
@@ -188,10 +190,12 @@ int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot 
     for (int passed = 0;;) {
         enterTransaction(store);
         bool renews = flags && *txn;
-        int error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
+        uint64_t size;
+        int error = sizeOfStore(store->map, &size);
+        if (!error) error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
         const bool begun = !error;
         if (begun && store->shared) error = checkPlace(store, settles);
-        if (!error) error = takeSnapshot(store->map, mdb_txn_id(*txn) - !flags, passed > 20, snapshot);
+        if (!error) error = takeSnapshot(store->map, mdb_txn_id(*txn) - !flags, passed > 20, size, snapshot);
         if (!error && !flags) error = vetChange(store, many);
         if (!error) return 0;
         if (begun && flags) {
@@ -381,9 +385,20 @@ int beginChange(Store *store, MDB_txn **txn, bool many)
     return beginTransaction(store, 0, txn, &store->committed, many);
 }
 
+int changeIsWhole(const Store *store)
+{
+    uint64_t size;
+    if (int error = sizeOfStore(store->map, &size)) return error;
+    return size / store->committed.pageSize < store->committed.pages ? MDB_CORRUPTED : 0;
+}
+
 int commitChange(Store *store, MDB_txn *txn)
 {
-    int error = mdb_txn_commit(txn);
+    int error = store->many ? changeIsWhole(store) : 0;
+    if (error)
+        mdb_txn_abort(txn);
+    else
+        error = mdb_txn_commit(txn);
     if (error)
         store->ownChange = 0;
     else if (store->ownChange)

@@ -120,8 +120,7 @@ bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool l
         if (at % 2 || sizes[at / 2]) return false;
         sizes[at / 2] = static_cast<uint16_t>((node.size + 1) & ~size_t(1));
         // The first key of a branch is not used.
-        if (order && n > (leaf ? 0u : 1u) && compare(last.key, last.keySize, node.key, node.keySize) >= 0)
-            return false;
+        if (order && n > (leaf ? 0u : 1u) && compare(last.key, last.keySize, node.key, node.keySize) >= 0) return false;
         last = node;
     }
     uint32_t found = 0;
@@ -186,8 +185,8 @@ bool leafIsInPlace(const PageCursor &cursor)
 int moveToLeafBeside(PageCursor *cursor, bool back)
 {
     int level = cursor->depth - 2;
-    while (level >= 0 && (back ? cursor->path[level].node == 0
-                               : cursor->path[level].node + 1 >= cursor->path[level].nodes))
+    while (level >= 0 &&
+           (back ? cursor->path[level].node == 0 : cursor->path[level].node + 1 >= cursor->path[level].nodes))
         --level;
     if (level < 0) return MDB_NOTFOUND;
     PageCursor::Level &branch = cursor->path[level];
@@ -259,8 +258,7 @@ int seek(PageCursor *cursor, const MDB_val &key, bool *same)
 int confirmAbsence(const PageCursor &cursor)
 {
     for (int level = 0; level < cursor.depth; ++level)
-        if (!pageIsWhole(*cursor.in, cursor.path[level], level == cursor.depth - 1, true))
-            return MDB_CORRUPTED;
+        if (!pageIsWhole(*cursor.in, cursor.path[level], level == cursor.depth - 1, true)) return MDB_CORRUPTED;
     if (!leafIsInPlace(cursor)) return MDB_CORRUPTED;
     const PageCursor::Level &leaf = cursor.path[cursor.depth - 1];
     for (bool back : {false, true}) {
@@ -338,8 +336,8 @@ struct Mapping {
 };
 
 // A head page: magic, version, address, size of the map, the two trees, the last page, the change.
-constexpr size_t kTreesAt = kHeadSize + 24, kLastPageAt = kTreesAt + 2 * sizeof(StoreTree),
-                 kChangeAt = kLastPageAt + 8, kHeadEnd = kChangeAt + 8;
+constexpr size_t kTreesAt = kHeadSize + 24, kLastPageAt = kTreesAt + 2 * sizeof(StoreTree), kChangeAt = kLastPageAt + 8,
+                 kHeadEnd = kChangeAt + 8;
 
 bool isHead(const uint8_t *page, uint64_t number)
 {
@@ -450,8 +448,7 @@ int checkHeads(const char *name)
     if (descriptor < 0) return errno;
     int error = MDB_CORRUPTED;
     for (int n = 0; error && n < tries; ++n)
-        error = fstat(descriptor, &about) != 0 ? errno
-                                               : lookAtHeads(descriptor, static_cast<uint64_t>(about.st_size));
+        error = fstat(descriptor, &about) != 0 ? errno : lookAtHeads(descriptor, static_cast<uint64_t>(about.st_size));
     close(descriptor);
     return error;
 }
@@ -463,14 +460,20 @@ static uint64_t changeOf(const uint8_t *head)
 
 // The head of a change is written over by the second one after it. So the newest is read in peace:
 // nobody writes it before the next is there. One that a newer follows may be hit while it is read.
-int takeSnapshot(StoreMap *map, uint64_t change, bool older, StoreSnapshot *snapshot)
+int sizeOfStore(const StoreMap *map, uint64_t *size)
 {
+    constexpr uint64_t heads = 2 * 4096; // as pages are here at least, where LMDB looks first
     struct stat about;
     if (fstat(map->descriptor, &about) != 0) return errno;
-    const uint8_t *base = mapOf(map, static_cast<size_t>(about.st_size));
+    *size = static_cast<uint64_t>(about.st_size);
+    return *size < heads ? MDB_CORRUPTED : 0;
+}
+
+int takeSnapshot(StoreMap *map, uint64_t change, bool older, uint64_t size, StoreSnapshot *snapshot)
+{
+    const uint8_t *base = mapOf(map, size);
     if (!base) return ENOMEM;
-    const uint64_t size = static_cast<uint64_t>(about.st_size);
-    const uint32_t pageSize = size < kHeadEnd ? 0 : load<uint32_t>(base + kTreesAt);
+    const uint32_t pageSize = load<uint32_t>(base + kTreesAt);
     if (pageSize < 512 || pageSize > kLargestPage || (pageSize & (pageSize - 1)) || size < 2 * uint64_t(pageSize))
         return MDB_CORRUPTED;
     const uint8_t *heads[] = {base, base + pageSize}, *wanted = nullptr;
@@ -485,7 +488,11 @@ int takeSnapshot(StoreMap *map, uint64_t change, bool older, StoreSnapshot *snap
     bool newest = changeOf(heads[0]) <= change && changeOf(heads[1]) <= change;
     if (!newest && (!older || changeOf(wanted) != change || memcmp(copy, second, sizeof copy) != 0))
         return kSnapshotPassed;
-    int error = readHead(copy, size / pageSize, snapshot);
+    // It may have grown since it was asked.
+    int error = 0;
+    if (load<uint64_t>(copy + kLastPageAt) >= size / pageSize) error = sizeOfStore(map, &size);
+    if (!error && !(base = mapOf(map, size))) error = ENOMEM;
+    if (!error) error = readHead(copy, size / pageSize, snapshot);
     if (!error && (snapshot->pageSize != pageSize || snapshot->change != change)) error = MDB_CORRUPTED;
     snapshot->base = base;
     return error;
@@ -533,7 +540,8 @@ int vetEdge(const StoreSnapshot &in, const StoreTree &tree, int level, uint64_t 
 // LMDB mends a page that is less than a quarter full with one beside it.
 bool getsLow(const StoreSnapshot &in, const PageCursor::Level &leaf, size_t goes)
 {
-    size_t room = in.pageSize - kHeadSize, lower = load<uint16_t>(leaf.page + 12), upper = load<uint16_t>(leaf.page + 14);
+    size_t room = in.pageSize - kHeadSize, lower = load<uint16_t>(leaf.page + 12),
+           upper = load<uint16_t>(leaf.page + 14);
     size_t used = room - (upper - lower);
     return leaf.nodes <= 2 || used < goes + 2 || (used - goes - 2) * 10 < room * 3;
 }
