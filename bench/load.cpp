@@ -10,9 +10,12 @@ void loadLibrary(benchmark::State &state)
 {
     for (auto _ : state) {
         void *library = dlopen(KVR2_LIBRARY, RTLD_NOW);
-        if (!library) state.SkipWithError(dlerror());
+        if (!library) {
+            state.SkipWithError(dlerror());
+            break;
+        }
         state.PauseTiming();
-        if (library) dlclose(library);
+        dlclose(library);
         state.ResumeTiming();
     }
 }

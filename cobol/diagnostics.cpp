@@ -1,6 +1,7 @@
 // See diagnostics.h.
 #include "cobol/diagnostics.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -20,7 +21,7 @@ Sources &sources()
 
 int Sources::open(const std::string &path, Spot includedAt)
 {
-    FILE *stream = std::fopen(path.c_str(), "rb");
+    FILE *stream = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
     if (!stream) return -1;
     SourceFile file;
     file.path = path;
@@ -29,7 +30,7 @@ int Sources::open(const std::string &path, Spot includedAt)
     size_t got;
     while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0) file.text.append(buffer, got);
     bool failed = std::ferror(stream) != 0;
-    std::fclose(stream);
+    if (stream != stdin) std::fclose(stream);
     if (failed) return -1; // a directory, for one
     file.lineStarts.push_back(0);
     for (size_t i = 0; i < file.text.size(); i++)
@@ -110,8 +111,22 @@ void Diagnostics::error(Spot spot, const std::string &text)
     // One error a place: what follows from the first one is noise.
     uint64_t place = static_cast<uint64_t>(spot.file) << 32 | spot.line;
     lastShown_ = placesOfErrors_.insert({place, spot.column}).second && errors_ < limit;
-    if (lastShown_) show("error", spot, text, nullptr);
+    if (lastShown_) {
+        show("error", spot, text, nullptr);
+        tellOfCutLine(spot);
+    }
     if (++errors_ == limit) std::fprintf(stderr, "kvrcob: too many errors, no more are shown\n");
+}
+
+// What is wrong with a line, or the one after it, is often what column 72 has cut off.
+void Diagnostics::tellOfCutLine(const Spot &spot)
+{
+    if (!sources || spot.line == 0 || spot.file >= sources->size()) return;
+    const std::vector<uint32_t> &cut = (*sources)[spot.file].cutLines;
+    for (uint32_t line : {spot.line, spot.line - 1})
+        if (std::binary_search(cut.begin(), cut.end(), line) && toldOf_.insert({spot.file, line}).second)
+            show("note", {spot.file, line, 73, 1},
+                 "fixed form ends with column 72: what follows is not read; -variable reads it", nullptr);
 }
 
 void Diagnostics::warning(const char *name, Spot spot, const std::string &text)

@@ -29,6 +29,8 @@ struct SourceFile {
     std::string text;
     std::vector<size_t> lineStarts;
     Spot includedAt; // the COPY; line 0 for the main source
+    // Lines of fixed form whose text goes on where column 73 begins, in order.
+    std::vector<uint32_t> cutLines;
 };
 
 class Sources {
@@ -36,6 +38,7 @@ public:
     // Reads a file; -1 if it cannot be read.
     int open(const std::string &path, Spot includedAt);
     const SourceFile &operator[](uint32_t index) const { return files_[index]; }
+    void noteCutLine(const Spot &spot) { files_[spot.file].cutLines.push_back(spot.line); }
     size_t size() const { return files_.size(); }
     std::string_view line(const Spot &spot) const;
 
@@ -61,9 +64,11 @@ public:
 
 private:
     void show(const char *severity, Spot spot, const std::string &text, const char *name);
+    void tellOfCutLine(const Spot &spot);
     size_t errors_ = 0;
     bool lastShown_ = true;
     std::set<std::pair<uint64_t, uint64_t>> placesOfErrors_;
+    std::set<std::pair<uint32_t, uint32_t>> toldOf_; // file and line
 };
 
 Diagnostics &diagnostics();

@@ -257,8 +257,8 @@ template <class Write>
 
 uint64_t signOf(bool negative) { return negative ? kByteMinus : 0; }
 
-// Into items of more than eight digits; a magnitude has 20 at most. Where two of the stores overlap,
-// the second one is right.
+// Into items of more than eight digits; a magnitude has 20 at most. Where two of the stores
+// overlap, the second one is right.
 inline void writeZoned(uint64_t magnitude, bool negative, uint8_t *dst, int32_t n)
 {
     const uint64_t upper = magnitude / 100'000'000;

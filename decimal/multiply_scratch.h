@@ -13,10 +13,8 @@ namespace bcd {
 inline constexpr size_t kPackedScratch = 64;
 inline constexpr size_t kZonedScratch = 144;
 
-// One set a thread, so that threads do not spoil each other's. Initial-exec: a load instead of a
-// call to find it.
-#define ZVK_SCRATCH __attribute__((tls_model("initial-exec")))
-extern thread_local uint8_t packedScratch[kPackedScratch] ZVK_SCRATCH;
-extern thread_local uint8_t zonedScratch[kZonedScratch] ZVK_SCRATCH;
+// One set a thread, so that threads do not spoil each other's.
+extern thread_local uint8_t packedScratch[kPackedScratch];
+extern thread_local uint8_t zonedScratch[kZonedScratch];
 
 } // namespace bcd

@@ -27,8 +27,10 @@ def run(program):
         "--benchmark_report_aggregates_only=true",
         "--benchmark_min_time=0.1",
     ]
-    text = subprocess.run(command, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout
-    return json.loads(text)["benchmarks"]
+    done = subprocess.run(command, capture_output=True, text=True)
+    if done.returncode:
+        sys.exit(f"{program.name} ended with {done.returncode}:\n{done.stderr}")
+    return json.loads(done.stdout)["benchmarks"]
 
 
 def show(nanoseconds):

@@ -72,6 +72,7 @@ std::string directoryOf(const std::string &path)
 
 std::string stemOf(const std::string &path)
 {
+    if (path == "-") return "a.out"; // the source is standard input
     size_t slash = path.rfind('/');
     std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
     size_t dot = name.rfind('.');

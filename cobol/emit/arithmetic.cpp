@@ -118,6 +118,12 @@ void Emitter::addStatement(const ArithmeticStatement &s)
     if (!flag.empty()) phrases(s.sizeError, flag);
 }
 
+int Emitter::quotientScale(const Item &item, Rounding rounded)
+{
+    if (item.usage == Usage::Float || item.usage == Usage::Double || rounded > NearestAwayFromZero) return -1;
+    return std::max(item.picture.scale, 0) + (rounded ? 1 : 0);
+}
+
 void Emitter::divideStatement(const ArithmeticStatement &s)
 {
     std::string flag = sizeErrorFlag(s);
@@ -138,9 +144,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
                 error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
                 continue;
             }
-            int scale = std::max(loc.item->picture.scale, 0);
-            bool floating = loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
-            Num q = keep(divide(dividend, divisor, floating ? -1 : scale + (t.rounded ? 1 : 0)), true);
+            Num q = keep(divide(dividend, divisor, quotientScale(*loc.item, t.rounded)), true);
             if (i == 0 && s.remainder.ref) quotient = scaleTo(q, loc.item->picture.scale, false);
             put(cat("if (!", zero, ") {\n"));
             store(q, loc, t.rounded, flag);
@@ -168,10 +172,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
                 error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
                 continue;
             }
-            bool floating = loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
-            Num q = keep(divide(itemNumber(loc), first,
-                                floating ? -1 : std::max(loc.item->picture.scale, 0) + (t.rounded ? 1 : 0)),
-                         true);
+            Num q = keep(divide(itemNumber(loc), first, quotientScale(*loc.item, t.rounded)), true);
             put(cat("if (!", zero, ") {\n"));
             store(q, loc, t.rounded, flag);
             put("}\n");
@@ -188,7 +189,7 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     if (s.operands.empty()) return;
     std::string flag = sizeErrorFlag(s);
     int scale = 0;
-    bool rounded = false, floating = false;
+    bool all = false; // a quotient needs all its places
     std::vector<Loc> locs;
     for (const Target &t : s.targets) {
         Loc loc = locate(*t.ref, true);
@@ -198,16 +199,16 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
             error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
             return;
         }
-        scale = std::max(scale, loc.item->picture.scale);
-        rounded |= t.rounded;
-        floating |= loc.item->usage == Usage::Float || loc.item->usage == Usage::Double;
+        int wanted = quotientScale(*loc.item, t.rounded);
+        scale = std::max(scale, wanted);
+        all |= wanted < 0;
     }
     const Expr *e = s.operands[0];
     if (e->kind != ExprKind::Arithmetic && e->kind != ExprKind::Function && !isNumericExpr(e) &&
         e->kind != ExprKind::Figurative) {
         // COMPUTE of a text is told there.
     }
-    Num value = number(e, floating ? -1 : scale + (rounded ? 1 : 0));
+    Num value = number(e, all ? -1 : scale);
     if (!value.good()) return;
     bool guarded = !zeroFlag_.empty();
     if (s.targets.size() > 1 || guarded) value = keep(value, true);

@@ -22,6 +22,68 @@ Program *Emitter::visibleProgram(Program &from, Word name)
     return nullptr;
 }
 
+// The utilities of kvr2/kvrcob/utilities.h, and the C functions that they are.
+static const char *utilityOf(std::string_view name)
+{
+    static const struct {
+        const char *name, *routine;
+    } rows[] = {{"SYSTEM", "kvr_u_system"},
+                {"C$SYSTEM", "kvr_u_system"},
+                {"C$SLEEP", "kvr_u_sleep"},
+                {"C$TOUPPER", "kvr_u_upper"},
+                {"C$TOLOWER", "kvr_u_lower"},
+                {"C$DELETE", "kvr_u_delete_file"},
+                {"C$COPY", "kvr_u_copy_file"},
+                {"C$CHDIR", "kvr_u_change_dir"},
+                {"C$MAKEDIR", "kvr_u_create_dir"},
+                {"C$GETPID", "kvr_u_process"},
+                {"CBL_TOUPPER", "kvr_u_upper"},
+                {"CBL_TOLOWER", "kvr_u_lower"},
+                {"CBL_AND", "kvr_u_and"},
+                {"CBL_OR", "kvr_u_or"},
+                {"CBL_XOR", "kvr_u_xor"},
+                {"CBL_EQ", "kvr_u_eq"},
+                {"CBL_IMP", "kvr_u_imp"},
+                {"CBL_NOR", "kvr_u_nor"},
+                {"CBL_NOT", "kvr_u_not"},
+                {"CBL_DELETE_FILE", "kvr_u_delete_file"},
+                {"CBL_RENAME_FILE", "kvr_u_rename_file"},
+                {"CBL_COPY_FILE", "kvr_u_copy_file"},
+                {"CBL_CREATE_DIR", "kvr_u_create_dir"},
+                {"CBL_DELETE_DIR", "kvr_u_delete_dir"},
+                {"CBL_CHANGE_DIR", "kvr_u_change_dir"},
+                {"CBL_CHECK_FILE_EXIST", "kvr_u_check_file"}};
+    for (const auto &row : rows)
+        if (name == row.name) return row.routine;
+    return nullptr;
+}
+
+// A utility gets, besides its arguments, a table of where they are, how long they are and what
+// number they hold.
+void Emitter::utilityArguments(const CallStatement &s)
+{
+    size_t n = 0;
+    for (const CallStatement::Argument &argument : s.arguments) {
+        const Expr *e = constant(argument.value);
+        std::string address = "0", size = "-1", value = "0";
+        if (n == 8 || e->kind == ExprKind::Omitted) break;
+        if (isNumericExpr(e)) value = integer(e);
+        if (argument.mode != CallStatement::Value && e->kind == ExprKind::Reference) {
+            Loc loc = locate(*e->ref);
+            address = loc.address;
+            size = loc.length;
+        } else if (argument.mode != CallStatement::Value && !isNumericExpr(e)) {
+            Text t = text(e);
+            if (!t.good) return;
+            address = t.address;
+            size = t.length;
+        }
+        put(cat("kvr_arguments[", n++, "] = (KvrArgument){(uint8_t *)", address, ", ", size, ", ", value, "};\n"));
+    }
+    put(cat("kvr_argument_count = ", n, ";\n"));
+    utilities_ = true;
+}
+
 void Emitter::callStatement(const CallStatement &s)
 {
     const Expr *target = constant(s.program);
@@ -115,7 +177,11 @@ void Emitter::callStatement(const CallStatement &s)
                 name.address.clear();
             }
         }
-        if (!name.address.empty()) {
+        const std::string called = target->kind == ExprKind::String ? wordText(internWord(target->text)) : "";
+        if (const char *utility = utilityOf(called)) {
+            utilityArguments(s);
+            put(cat(routine, " = (KvrProgram)kvr_utility(", bytesLiteral(called), ", (KvrUtility)", utility, ");\n"));
+        } else if (!name.address.empty()) {
             put(cat(routine, " = ", findProgram(target, phrases_), ";\n"));
         }
         put(cat("if (", routine, ") {\n"));

@@ -24,6 +24,8 @@ bool Emitter::isCondition(const Expr *e)
     case ExprKind::Not:
     case ExprKind::Truth:
         return true;
+    case ExprKind::Kept:
+        return !kept_[e].condition.empty();
     default:
         return isConditionName(e);
     }
@@ -89,6 +91,7 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
         [[fallthrough]];
     }
     default:
+        if (e->kind == ExprKind::Kept && !kept_[e].condition.empty()) return kept_[e].condition;
         if (subject.left && subject.op) return relation(subject.left, subject.op, e);
         if (e->kind == ExprKind::Reference) {
             if (meaning_.resolve(*program_, *e->ref)) error(e->at, wordText(e->ref->names[0]) + " is no condition");

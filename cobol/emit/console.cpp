@@ -15,6 +15,13 @@ void Emitter::displayStatement(const DisplayStatement &s)
         for (const Mnemonic &m : program_->mnemonics)
             if (m.name == s.upon) name = m.device;
         const std::string &text = wordText(name);
+        if (name == K_ENVIRONMENT) { // SET ENVIRONMENT name TO value
+            Text variable = this->text(s.items[0], true);
+            put(cat("kvr_environment_name(", variable.address, ", ", variable.length, ");\n"));
+            Text value = this->text(s.items[1], true);
+            put(cat("kvr_environment_value(", value.address, ", ", value.length, ");\n"));
+            return;
+        }
         if (text == "CONSOLE" || text == "CRT" || text == "TERMINAL")
             device = "ZVK_DISPLAY_CONSOLE";
         else if (text == "SYSPUNCH" || text == "SYSPCH")
@@ -30,6 +37,10 @@ void Emitter::displayStatement(const DisplayStatement &s)
                 Text t = this->text(s.items[0], true);
                 put(cat(text == "ENVIRONMENT-NAME" ? "kvr_environment_name(" : "kvr_environment_value(", t.address,
                         ", ", t.length, ");\n"));
+                return;
+            }
+            if (text == "ARGUMENT-NUMBER") {
+                put(cat("kvr_next_argument = (int)", integer(s.items[0]), ";\n"));
                 return;
             }
             notBuilt(s.uponAt, "DISPLAY UPON " + text);

@@ -57,10 +57,77 @@ std::string Emitter::evaluateObject(const Expr *subject, const EvaluateStatement
     return object.negated ? cat("!", test) : test;
 }
 
+Expr *Emitter::keptNumber(const Expr *e, bool isSubscript)
+{
+    Expr *out = make<Expr>();
+    out->kind = ExprKind::Kept;
+    out->at = e->at;
+    out->left = const_cast<Expr *>(e);
+    kept_[out].num = isSubscript ? keep(integerNumber(integer(e), 18), true) : keep(number(e), true);
+    return out;
+}
+
+// A subject as the tests use it: what takes computing, or could change meanwhile, is computed here.
+const Expr *Emitter::keptSubject(const Expr *e)
+{
+    e = constant(e);
+    if (isCondition(e)) {
+        if (e->kind == ExprKind::Truth) return e;
+        Expr *out = make<Expr>();
+        out->kind = ExprKind::Kept;
+        out->at = e->at;
+        out->left = const_cast<Expr *>(e);
+        std::string t = temp("int");
+        put(cat(t, " = ", condition(e), ";\n"));
+        kept_[out].condition = t;
+        return out;
+    }
+    switch (e->kind) {
+    case ExprKind::Arithmetic:
+    case ExprKind::Negate:
+        return decimalOf(e, *make<Decimal>()) ? e : keptNumber(e, false);
+    case ExprKind::Function: {
+        if (functionIsNumeric(e)) return keptNumber(e, false);
+        Expr *out = make<Expr>();
+        out->kind = ExprKind::Kept;
+        out->at = e->at;
+        out->left = const_cast<Expr *>(e);
+        kept_[out].text = functionText(e); // its address and length are in temporaries
+        return out;
+    }
+    case ExprKind::Reference: {
+        auto varies = [&](const Expr *part) {
+            Decimal d;
+            return part && part->kind != ExprKind::AllSubscript && !meaning_.constantNumber(*program_, part, d);
+        };
+        bool any = varies(e->ref->from) || varies(e->ref->length);
+        for (const Expr *part : e->ref->subscripts) any |= varies(part);
+        if (!any) return e;
+        Expr *out = make<Expr>();
+        *out = *e;
+        out->ref = make<Reference>();
+        *out->ref = *e->ref;
+        for (Expr *&part : out->ref->subscripts)
+            if (varies(part)) part = keptNumber(part, true);
+        if (varies(out->ref->from)) out->ref->from = keptNumber(out->ref->from, true);
+        if (varies(out->ref->length)) out->ref->length = keptNumber(out->ref->length, true);
+        return out;
+    }
+    default:
+        return e;
+    }
+}
+
 void Emitter::evaluateStatement(const EvaluateStatement &s)
 {
-    // A chain of if and else; each test's temporaries are computed where it stands.
+    // A chain of if and else; each test's temporaries are computed where it stands. Subjects that
+    // several tests use are computed once, before them.
     std::string done = label();
+    size_t tests = 0;
+    for (const EvaluateStatement::When &when : s.whens) tests += when.rows.size();
+    std::vector<const Expr *> subjects(s.subjects.begin(), s.subjects.end());
+    if (tests > 1)
+        for (const Expr *&subject : subjects) subject = keptSubject(subject);
     for (const EvaluateStatement::When &when : s.whens) {
         std::string test;
         if (when.other) {
@@ -68,9 +135,9 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
         } else {
             for (const auto &row : when.rows) {
                 std::string all;
-                for (size_t i = 0; i < row.size() && i < s.subjects.size(); i++) {
+                for (size_t i = 0; i < row.size() && i < subjects.size(); i++) {
                     if (!row[i].value) continue;
-                    all += cat(all.empty() ? "" : " && ", evaluateObject(s.subjects[i], row[i]));
+                    all += cat(all.empty() ? "" : " && ", evaluateObject(subjects[i], row[i]));
                 }
                 test += cat(test.empty() ? "" : " || ", "(", all.empty() ? "0" : all, ")");
             }

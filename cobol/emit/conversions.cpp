@@ -167,16 +167,28 @@ Num Emitter::scaleUp(Num a, int scale)
 }
 
 // The value with so many decimal places, cut or rounded.
-Num Emitter::scaleTo(Num a, int scale, bool rounded)
+Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
 {
     if (!a.good()) return a;
     if (a.kind == Num::Float) {
-        Num n = integerNumber(cat("kvr_fixed(", a.text, ", ", scale, ", ", rounded ? 1 : 0, ")"), kMostInt);
+        Num n = integerNumber(cat("kvr_fixed(", a.text, ", ", scale, ", ", static_cast<int>(rounded), ")"), kMostInt);
         n.scale = scale;
         return n;
     }
     int k = a.scale - scale;
     if (k <= 0) return scaleUp(a, scale);
+    if (rounded > NearestAwayFromZero) {
+        if (a.digits > kMostInt || k >= kMostInt) {
+            notBuilt(statementAt_, "this mode of rounding of a result with so many digits");
+            return Num{};
+        }
+        a = toInt(a);
+        Num n = integerNumber(cat("kvr_round_mode(", a.text, ", ", powerOfTen(k), ", ", static_cast<int>(rounded), ")"),
+                              std::max(a.digits - k + 1, 1));
+        n.scale = scale;
+        if (!n.wide()) n.text = cat("(int64_t)", n.text);
+        return n;
+    }
     if (a.literal) {
         std::string digits = a.value.digits;
         Decimal d = a.value;

@@ -172,13 +172,24 @@ private:
     Num toInt(Num a);
     Num toFloat(Num a);
     Num scaleUp(Num a, int scale);
-    Num scaleTo(Num a, int scale, bool rounded);
+    Num scaleTo(Num a, int scale, Rounding rounded);
+    Num scaleTo(Num a, int scale, bool rounded)
+    {
+        return scaleTo(std::move(a), scale, rounded ? NearestAwayFromZero : Truncation);
+    }
     Num keep(Num a, bool copy); // evaluated once, for several uses
     std::string powerOfTen(int n);
     std::string compareNumbers(Num a, Num b, uint32_t op);
     // Stores a number. `sizeError`: a C int that becomes 1 where the number does not fit, in which
     // case nothing is stored; empty: cut.
-    void store(Num value, const Loc &target, bool rounded, const std::string &sizeError);
+    void store(Num value, const Loc &target, Rounding rounded, const std::string &sizeError);
+    void store(Num value, const Loc &target, bool rounded, const std::string &sizeError)
+    {
+        store(std::move(value), target, rounded ? NearestAwayFromZero : Truncation, sizeError);
+    }
+    // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is
+    // room for.
+    static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement
     std::string lengthAsText(const Num &n);
@@ -226,9 +237,19 @@ private:
     void moveStatement(const MoveStatement &s);
     void initializeStatement(const InitializeStatement &s);
     void setStatement(const SetStatement &s);
+    void allocateStatement(const AllocateStatement &s);
 
     void ifStatement(const IfStatement &s);
     void evaluateStatement(const EvaluateStatement &s);
+    // What stands for an expression that is evaluated once and used several times.
+    struct KeptValue {
+        Num num;
+        Text text;
+        std::string condition;
+    };
+    Expr *keptNumber(const Expr *e, bool isSubscript);
+    const Expr *keptSubject(const Expr *e);
+    std::map<const Expr *, KeptValue> kept_;
     std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
     void performStatement(const PerformStatement &s);
     void performOnce(const PerformStatement &s);
@@ -243,6 +264,7 @@ private:
     void acceptStatement(const AcceptStatement &s);
 
     void callStatement(const CallStatement &s);
+    void utilityArguments(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
     void entryStatement(const EntryStatement &s);
     void entryArguments(Program &p, std::string &out);
@@ -257,6 +279,9 @@ private:
     void writeStatement(const FileStatement &s);
     void rewriteStatement(const FileStatement &s);
     void deleteStatement(const FileStatement &s);
+    void deleteFile(const FileStatement &s);
+    void assignment(const File &f);
+    void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
     File *fileOfRecord(const FileStatement &s, Loc &record);
@@ -276,6 +301,7 @@ private:
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);
     void inspectStatement(const InspectStatement &s);
+    void inspectTrailing(const InspectStatement &s, const Loc &target);
     std::string pointerIn(Reference *pointer, const std::string &length, std::string &value);
     void storeInteger(Reference *target, const std::string &c);
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
@@ -289,6 +315,9 @@ private:
     bool searchByLibrary(const SearchStatement &s, const Item &table);
 
     // ---- functions.cpp
+    Program *userFunction(const Expr *e);
+    const Item *resultOf(Program &function);
+    bool callFunction(const Expr *e, Loc &result);
     Num functionNumber(const Expr *e, int wantScale);
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);
@@ -313,6 +342,8 @@ private:
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
     bool reversed_ = false;  // an OPEN REVERSED was emitted
+    bool utilities_ = false; // the CALL of a utility was emitted
+    bool deleteFile_ = false; // a DELETE FILE was emitted
     bool debugs_ = false;    // USE FOR DEBUGGING is in force
     bool anyChange_ = false; // every reference counts as one that may change the item
     Tok statementAt_ = 0;

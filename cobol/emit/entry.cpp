@@ -30,6 +30,7 @@ void Emitter::entry(Program &p)
     size_t localBytes = 0;
     for (Item *record : p.records) {
         if (record->redefines) continue;
+        if (record->based) continue;
         if (record->section == Item::Linkage) {
             saves += cat("uint8_t *saved", record->number, " = L", record->number, ";\n");
             restores += cat("L", record->number, " = saved", record->number, ";\n");
@@ -60,6 +61,12 @@ void Emitter::entry(Program &p)
                             record->number, " = returned;\n");
             else if (record->parameter >= 0)
                 sets += cat("L", record->number, " = a", record->parameter, ";\n");
+            if (record->anyLength) {
+                std::string n = cat("N", record->number);
+                saves += cat("int64_t saved", n, " = ", n, ";\n");
+                sets += cat(n, " = kvr_lengths[", std::max(record->parameter, 0), "];\n");
+                restores += cat(n, " = saved", n, ";\n");
+            }
         } else if (record->section == Item::LocalStorage) {
             uint64_t size = static_cast<uint64_t>(record->storageSize());
             for (const Item *other : p.records)
@@ -105,7 +112,10 @@ void Emitter::entry(Program &p)
             Loc loc;
             program_ = &p;
             Item *item = meaning_.resolve(p, *f->status);
-            if (item) fileEntry += cat("I", f->number, "status = ", locateItem(*item).address, ";\n");
+            for (const Expr *subscript : f->status->subscripts)
+                if (constant(subscript)->kind != ExprKind::Number)
+                    error(f->status->at, "a subscript of FILE STATUS is a number");
+            if (item) fileEntry += cat("I", f->number, "status = ", locate(*f->status).address, ";\n");
         }
     }
     // SAME RECORD AREA

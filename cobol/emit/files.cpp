@@ -127,6 +127,7 @@ void Emitter::fileRecords(Program &p)
         std::string linage;
         if (f->linage) {
             linage = "ZVK_FILE_LINAGE";
+            globals_ += cat("static KvrPage G", n, ";\n");
             if (f->footing) linage += " | ZVK_FILE_LINAGE_FOOTING";
             if (f->top) linage += " | ZVK_FILE_LINAGE_TOP";
             if (f->bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
@@ -252,15 +253,8 @@ void Emitter::openStatement(const OpenStatement &s)
         if (part.reversed && (part.mode != K_INPUT || f->organization == K_RELATIVE || f->organization == K_INDEXED))
             error(part.at, "REVERSED goes with OPEN INPUT of a sequential file");
         linageValues(*f);
-        if (f->assignItem && !f->assignExternal) {
-            Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
-            if (item && !item->isConstant && item->level != 88) {
-                Loc loc = locate(*f->assignItem);
-                if (loc.good())
-                    put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ", loc.address,
-                            ", ", loc.length, ");\n"));
-            }
-        }
+        if (f->linage) put(cat("kvr_linage_open(&I", f->number, ".linage[0], &G", f->number, ");\n"));
+        assignment(*f);
         prepare(*f);
         if (f->program->openShares || program_->openShares) // each OPEN anew: what another one said is over
             put(cat("I", f->number, ".fib.sharing = ", part.sharing || f->sharing || f->lockMode ? 1 : 0, "; I",
@@ -415,7 +409,9 @@ void Emitter::readStatement(const FileStatement &s)
         }
         if (key > 0) put(cat(request, ".key = ", key, ";\n"));
     }
+    if (s.lock == K_ADVANCING) notBuilt(s.at, "READ ... ADVANCING ON LOCK");
     put(cat(request, ".options = ", options, ";\n"));
+    retry(s, request);
     relativeKeyIn(*f, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n"));
     prepare(*f);
@@ -485,7 +481,7 @@ void Emitter::writeStatement(const FileStatement &s)
                 ".advance = ", advance, ";\n"));
     }
     linageValues(*f);
-    if (f->linage) put(cat("kvr_linage(F", f->number, ", &I", f->number, ".linage[0]);\n"));
+    if (f->linage) put(cat("kvr_linage_before(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ");\n"));
     std::string length;
     if (f->recordDepending) {
         Unwatched unwatched(*this);
@@ -512,6 +508,9 @@ void Emitter::writeStatement(const FileStatement &s)
         put(cat("if (F", f->number, "->mode & ZVK_OPEN_IO) kvr_refuse(F", f->number, ", p", f->program->number,
                 "_element, 48, ZVK_VERB_WRITE);\nelse "));
     put(cat("F", f->number, "->write(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    if (f->linage)
+        put(cat("kvr_linage_after(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ", ", request,
+                ".advance);\n"));
     if (f->access == K_SEQUENTIAL) relativeKeyOut(*f, request);
     if (s.eop.has || s.eop.hasNot) {
         if (s.eop.has) {
@@ -548,6 +547,7 @@ void Emitter::rewriteStatement(const FileStatement &s)
         put(cat(request, ".options = ZVK_REQUEST_KEY;\n"));
         relativeKeyIn(*f, request);
     }
+    retry(s, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     debugNow();
     prepare(*f);
@@ -555,8 +555,50 @@ void Emitter::rewriteStatement(const FileStatement &s)
     afterVerb(s, *f, true);
 }
 
+// RETRY into the request.
+void Emitter::retry(const FileStatement &s, const std::string &request)
+{
+    if (!s.retry) return;
+    put(cat(request, ".options |= ",
+            s.retry == K_TIMES     ? "ZVK_REQUEST_RETRY_TIMES"
+            : s.retry == K_SECONDS ? "ZVK_REQUEST_RETRY_SECONDS"
+                                   : "ZVK_REQUEST_RETRY_FOREVER",
+            "; ", request, ".retry = ", s.retries ? cat("(int32_t)", integer(s.retries)) : "0", ";\n"));
+}
+
+// The name of the file that an item holds at this moment.
+void Emitter::assignment(const File &f)
+{
+    if (!f.assignItem || f.assignExternal) return;
+    Item *item = meaning_.resolve(*f.program, *f.assignItem, true);
+    if (!item || item->isConstant || item->level == 88) return;
+    Loc loc = locate(*f.assignItem);
+    if (loc.good())
+        put(cat("I", f.number, ".fib.assignmentLength = kvr_assignment(N", f.number, ", ", loc.address, ", ",
+                loc.length, ");\n"));
+}
+
+void Emitter::deleteFile(const FileStatement &s)
+{
+    std::vector<std::pair<Word, Tok>> files = s.moreFiles;
+    files.insert(files.begin(), {s.file, s.fileAt});
+    for (const auto &[name, at] : files) {
+        File *f = meaning_.file(*program_, name, at);
+        if (!f) continue;
+        if (f->sortFile) {
+            error(at, "a sort file is not deleted");
+            continue;
+        }
+        assignment(*f);
+        prepare(*f);
+        deleteFile_ = true;
+        put(cat("kvr_delete_file(F", f->number, ", p", f->program->number, "_element, &I", f->number, ".fib);\n"));
+    }
+}
+
 void Emitter::deleteStatement(const FileStatement &s)
 {
+    if (s.wholeFile) return deleteFile(s);
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
     std::string request = temp("FileRequest");
@@ -565,6 +607,7 @@ void Emitter::deleteStatement(const FileStatement &s)
         put(cat(request, ".options = ZVK_REQUEST_KEY;\n"));
         relativeKeyIn(*f, request);
     }
+    retry(s, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     prepare(*f);
     put(cat("F", f->number, "->deleteRecord(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));

@@ -10,9 +10,97 @@
 #include <algorithm>
 
 namespace kvrcob {
+// ---- Functions that the source defines by FUNCTION-ID
+
+Program *Emitter::userFunction(const Expr *e)
+{
+    for (Program *p : group_.programs)
+        if (p->isFunction && p->name == e->op) return p;
+    return nullptr;
+}
+
+const Item *Emitter::resultOf(Program &function)
+{
+    return function.functionResult ? meaning_.resolve(function, *function.functionResult) : nullptr;
+}
+
+// The call of such a function. An argument that is no item of the parameter's own kind and size is
+// moved to one that is.
+bool Emitter::callFunction(const Expr *e, Loc &result)
+{
+    Program &f = *userFunction(e);
+    const Item *returned = resultOf(f);
+    if (!returned) return false;
+    std::vector<const Expr *> args;
+    for (const Expr *a : e->args) expandAll(a, args);
+    if (args.size() + 1 != f.parameters.size()) {
+        error(e->at, "FUNCTION " + wordText(e->op) + " has " + std::to_string(args.size()) + " arguments; it needs " +
+                         std::to_string(f.parameters.size() - 1));
+        return false;
+    }
+    std::string arguments, lengths;
+    for (size_t i = 0; i < args.size(); i++) {
+        const CallStatement::Argument &parameter = f.parameters[i];
+        const Item *formal = parameter.value && parameter.value->kind == ExprKind::Reference
+                                 ? meaning_.resolve(f, *parameter.value->ref)
+                                 : nullptr;
+        if (!formal) return false;
+        if (parameter.mode == CallStatement::Value) {
+            notBuilt(e->at, "BY VALUE of a function");
+            return false;
+        }
+        const Expr *a = constant(args[i]);
+        std::string address = temp("uint8_t *");
+        if (formal->anyLength) {
+            Text t = text(a, true);
+            if (!t.good) return false;
+            put(cat(address, " = (uint8_t *)(intptr_t)(", t.address, ");\n"));
+            std::string length = temp("int64_t");
+            put(cat(length, " = ", t.length, ";\n"));
+            lengths += cat("kvr_lengths[", i, "] = ", length, ";\n");
+            arguments += cat(address, ", ");
+            continue;
+        }
+        Loc given;
+        if (a->kind == ExprKind::Reference) given = locate(*a->ref);
+        bool same = given.good() && !given.refmod && given.item->category == formal->category &&
+                    given.item->usage == formal->usage && given.item->signForm == formal->signForm &&
+                    given.item->picture.scale == formal->picture.scale && given.item->size == formal->size;
+        if (formal->category == Category::Group || formal->category == Category::Alphanumeric)
+            same = given.good() && given.fixed >= static_cast<int64_t>(formal->size) &&
+                   (formal->category == Category::Group || !isNumericItem(*given.item));
+        if (same) {
+            put(cat(address, " = ", given.address, ";\n"));
+        } else {
+            Loc copy = locateItem(*formal, "", true);
+            copy.address = tempBytes(formal->size);
+            put(cat(address, " = ", copy.address, ";\n"));
+            move(a, copy);
+        }
+        arguments += cat(address, ", ");
+    }
+    result = Loc{};
+    result.item = returned;
+    result.category = returned->category;
+    result.fixed = returned->size;
+    result.length = cat(returned->size);
+    result.address = tempBytes(std::max<int64_t>(returned->size, 1));
+    bool zeros = isNumericItem(*returned) && returned->usage != Usage::Display;
+    put(cat("memset(", result.address, ", ",
+            zeros                      ? "0"
+            : isNumericItem(*returned) ? "'0'"
+                                       : "' '",
+            ", ", returned->size, ");\n", lengths, "kvr_entry_", f.number, "(", arguments, result.address, ");\n"));
+    return true;
+}
+
 bool Emitter::functionIsNumeric(const Expr *e)
 {
     if (e->ref) return false;
+    if (Program *f = userFunction(e)) {
+        const Item *item = resultOf(*f);
+        return item && isNumericItem(*item);
+    }
     const FunctionRow *row = functionRow(e->op);
     if (!row) return true;
     if (row->result == FunctionResult::Text) return false;
@@ -77,6 +165,15 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
 {
     const std::string &name = wordText(e->op);
     const FunctionRow *row = functionRow(e->op);
+    if (userFunction(e)) {
+        Loc result;
+        if (!callFunction(e, result)) return Num{};
+        if (!functionIsNumeric(e)) {
+            error(e->at, "FUNCTION " + name + " gives a text; a number is needed here");
+            return Num{};
+        }
+        return itemNumber(result);
+    }
     if (!row) {
         notBuilt(e->at, "FUNCTION " + name);
         return Num{};
@@ -132,6 +229,56 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         if (!t.good) return Num{};
         return floatNumber(
             cat("kvr_numval_float(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"));
+    }
+    if (name == "TEST-NUMVAL-F") {
+        Text t = text(args[0]);
+        if (!t.good) return Num{};
+        return integerNumber(
+            cat("kvr_test_numval_float(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"),
+            10, false);
+    }
+    if (name == "INTEGER-OF-FORMATTED-DATE" || name == "SECONDS-FROM-FORMATTED-TIME" ||
+        name == "TEST-FORMATTED-DATETIME") {
+        Text format = text(args[0]), t = text(args[1]);
+        if (!format.good || !t.good) return Num{};
+        bool seconds = name[0] == 'S';
+        Num n = integerNumber(cat(name[0] == 'I' ? "kvr_formatted_integer("
+                                  : seconds      ? "kvr_formatted_nanos("
+                                                 : "kvr_formatted_test(",
+                                  format.address, ", ", format.length, ", ", t.address, ", ", t.length, ")"),
+                              seconds ? 14 : 10, false);
+        if (seconds) n.scale = 9;
+        return n;
+    }
+    if (name == "COMBINED-DATETIME") {
+        // Seconds as a part of 100,000, so that the time of day does not reach the days.
+        Num seconds = toInt(scaleTo(argument(1), 9, false));
+        if (!seconds.good()) return Num{};
+        seconds.scale += 5;
+        return add(integerNumber(whole(0), 8, false), seconds, false);
+    }
+    if (name == "HIGHEST-ALGEBRAIC" || name == "LOWEST-ALGEBRAIC") {
+        const Expr *a = constant(args[0]);
+        Item *item = a->kind == ExprKind::Reference ? meaning_.resolve(*program_, *a->ref) : nullptr;
+        bool edited = item && item->category == Category::NumericEdited;
+        if (!item || a->ref->refmod || (item->category != Category::Numeric && !edited) || item->nativeBinary ||
+            item->usage == Usage::Native || item->usage == Usage::CompX || item->usage == Usage::Float ||
+            item->usage == Usage::Double) {
+            notBuilt(e->at, "FUNCTION " + name + " of an item without a picture of a number");
+            return Num{};
+        }
+        Decimal d;
+        bool isSigned =
+            item->picture.sign || (edited && item->picture.expanded.find_first_of("+-CD") != std::string::npos);
+        bool least = name[0] == 'L';
+        d.digits = least && !isSigned ? "0" : std::string(static_cast<size_t>(item->picture.digits), '9');
+        d.negative = least && isSigned;
+        d.scale = item->picture.scale;
+        if (d.scale < 0) {
+            d.digits.append(static_cast<size_t>(-d.scale), '0');
+            d.scale = 0;
+        }
+        return literalNumber(d);
     }
     if (name == "SECONDS-PAST-MIDNIGHT") return integerNumber("kvr_seconds_past_midnight()", 5, false);
     if (name == "TEST-DATE-YYYYMMDD" || name == "TEST-DAY-YYYYDDD")
@@ -391,13 +538,16 @@ Text Emitter::functionText(const Expr *e)
     const std::string &name = wordText(e->op);
     const FunctionRow *row = functionRow(e->op);
     t.good = false;
-    if (!row) {
+    bool own = userFunction(e) != nullptr;
+    if (!own && !row) {
         notBuilt(e->at, "FUNCTION " + name);
         return t;
     }
     std::vector<const Expr *> args;
-    for (const Expr *a : e->args) expandAll(a, args);
-    if (static_cast<int>(args.size()) < row->least || (row->most >= 0 && static_cast<int>(args.size()) > row->most)) {
+    if (!own)
+        for (const Expr *a : e->args) expandAll(a, args);
+    if (!own &&
+        (static_cast<int>(args.size()) < row->least || (row->most >= 0 && static_cast<int>(args.size()) > row->most))) {
         error(e->at, "FUNCTION " + name + " does not have " + std::to_string(args.size()) + " arguments");
         return t;
     }
@@ -407,7 +557,12 @@ Text Emitter::functionText(const Expr *e)
         return a;
     };
     t.fixed = -1;
-    if (name == "CURRENT-DATE" || name == "WHEN-COMPILED") {
+    if (own) {
+        Loc result;
+        if (!callFunction(e, result)) return t;
+        put(cat(address, " = ", result.address, "; ", length, " = ", result.length, ";\n"));
+        t.fixed = result.fixed;
+    } else if (name == "CURRENT-DATE" || name == "WHEN-COMPILED") {
         std::string buffer = tempBytes(22);
         put(cat(name == "CURRENT-DATE" ? "_zvkCurrentDate((char *)" : "kvr_when_compiled(__DATE__, __TIME__, (char *)",
                 buffer, ");\n"));
@@ -436,6 +591,46 @@ Text Emitter::functionText(const Expr *e)
         if (args.size() > 1) mode = args[1]->op == K_LEADING ? 1 : 2;
         put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; kvr_trim(&",
                 address, ", &", length, ", ", mode, ");\n"));
+    } else if (name == "FORMATTED-DATE" || name == "FORMATTED-TIME" || name == "FORMATTED-DATETIME" ||
+               name == "FORMATTED-CURRENT-DATE") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        std::string from = temp("const uint8_t *");
+        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, ");\n"));
+        if (name == "FORMATTED-CURRENT-DATE") {
+            put(cat("kvr_formatted_now(", from, ", ", length, ", ", address, ");\n"));
+        } else {
+            size_t next = 1;
+            std::string date = name == "FORMATTED-TIME" ? "1" : integer(args[next++]), nanos = "0", offset = "0";
+            if (name != "FORMATTED-DATE") {
+                Num n = scaleTo(number(args[next++], 9), 9, false);
+                if (!n.good()) return t;
+                n.digits = std::min(n.digits, 18);
+                nanos = toInt(n).text;
+            }
+            bool hasOffset = next < args.size();
+            if (hasOffset) offset = integer(args[next]);
+            put(cat("kvr_formatted(", from, ", ", length, ", ", date, ", (int64_t)", nanos, ", ", hasOffset ? 1 : 0,
+                    ", ", offset, ", ", address, ");\n"));
+        }
+        if (a.fixed >= 0) t.fixed = a.fixed;
+    } else if (name == "HEX-TO-CHAR" || name == "BIT-TO-CHAR") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        std::string from = temp("const uint8_t *");
+        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, "); ",
+                length, " = kvr_from_digits(", from, ", ", length, ", ", name[0] == 'H' ? 2 : 8, ", ", address,
+                ");\n"));
+    } else if (name == "BIT-OF") {
+        Text a = argument(0);
+        if (!a.good) return t;
+        std::string from = temp("const uint8_t *");
+        put(cat(from, " = ", a.address, "; ", length, " = 8 * (", a.length, "); ", address, " = kvr_room(", length,
+                "); kvr_bits(", from, ", ", length, " / 8, ", address, ");\n"));
+    } else if (name == "MODULE-ID") {
+        const std::string &id = wordText(program_->name);
+        put(cat(address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", length, " = ", id.size(), ";\n"));
+        t.fixed = static_cast<int64_t>(id.size());
     } else if (name == "HEX-OF") {
         Text a = argument(0);
         if (!a.good) return t;
@@ -455,14 +650,15 @@ Text Emitter::functionText(const Expr *e)
             put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
         }
         put(cat(address, " = kvr_concatenate(", list, ", ", args.size(), ", &", length, ");\n"));
-    } else if (name == "SUBSTITUTE") {
+    } else if (name == "SUBSTITUTE" || name == "SUBSTITUTE-CASE") {
         std::string list = temp("KvrPiece", cat("[", args.size(), "]"));
         for (size_t i = 0; i < args.size(); i++) {
             Text a = argument(i);
             if (!a.good) return t;
             put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
         }
-        put(cat(address, " = kvr_substitute(", list, ", ", args.size(), ", &", length, ");\n"));
+        put(cat(address, " = kvr_substitute(", list, ", ", args.size(), ", ", name == "SUBSTITUTE" ? 0 : 1, ", &",
+                length, ");\n"));
     } else if (name == "MAX" || name == "MIN") {
         if (isNumericExpr(args[0])) {
             Num n = functionNumber(e, -1);

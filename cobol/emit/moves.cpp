@@ -236,9 +236,9 @@ void Emitter::move(const Expr *source, const Loc &target)
         Num n;
         if (t.isLiteral) {
             std::string digits;
+            if (t.bytes.find_first_not_of("0123456789") != std::string::npos)
+                meaning_.warning("move", source->at, "this literal has characters that are no digits");
             for (char c : t.bytes) {
-                if (c < '0' || c > '9')
-                    meaning_.warning("move", source->at, "this literal has characters that are no digits");
                 digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
             }
             if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
@@ -462,10 +462,56 @@ void Emitter::initializeStatement(const InitializeStatement &s)
 
 // ---- SET
 
+// ALLOCATE and FREE
+void Emitter::allocateStatement(const AllocateStatement &s)
+{
+    std::string address = temp("uint8_t *");
+    for (const Expr *e : s.freed) {
+        Loc loc = e->ref ? locate(*e->ref) : Loc{};
+        if (!loc.good()) return;
+        if (e->kind == ExprKind::AddressOf && loc.item->based)
+            put(cat("kvr_free(L", loc.item->number, "); L", loc.item->number, " = 0;\n"));
+        else if (e->kind == ExprKind::Reference && loc.item->category == Category::Pointer)
+            put(cat("kvr_free((uint8_t *)(intptr_t)kvr_get_u8(", loc.address, ")); kvr_put_8(", loc.address,
+                    ", 0);\n"));
+        else
+            return error(e->at, "FREE needs a pointer or the address of a BASED item");
+    }
+    if (s.verb == K_FREE) return;
+    if (s.item) {
+        Item *item = meaning_.resolve(*program_, *s.item);
+        if (!item) return;
+        if (!item->based) return error(s.item->at, "ALLOCATE needs a BASED item");
+        put(cat(address, " = L", item->number, " = kvr_allocate(", item->storageSize(), ");\n"));
+        if (s.initialized) {
+            InitializeStatement values;
+            values.verb = K_INITIALIZE;
+            values.at = s.at;
+            values.targets.push_back(s.item);
+            values.withFiller = values.allToValue = values.thenToDefault = true;
+            initializeStatement(values);
+        }
+    } else {
+        put(cat(address, " = kvr_allocate(", integer(s.characters), ");\n"));
+    }
+    if (!s.returning) return;
+    Loc to = locate(*s.returning, true);
+    if (!to.good()) return;
+    if (to.item->category != Category::Pointer) return error(s.returning->at, "a pointer is needed here");
+    put(cat("kvr_put_8(", to.address, ", (int64_t)(intptr_t)", address, ");\n"));
+}
+
 void Emitter::setStatement(const SetStatement &s)
 {
     for (const SetStatement::Part &part : s.parts) {
         if (!part.value) continue;
+        if (s.form == SetStatement::Environment) {
+            Text name = text(part.targets[0], true), value = text(part.value, true);
+            if (!name.good || !value.good) return;
+            put(cat("kvr_environment_name(", name.address, ", ", name.length, ");\nkvr_environment_value(", value.address,
+                    ", ", value.length, ");\n"));
+            continue;
+        }
         for (const Expr *t : part.targets) {
             if (t->kind == ExprKind::AddressOf) {
                 Item *item = meaning_.resolve(*program_, *t->ref);

@@ -327,6 +327,8 @@ Num Emitter::number(const Expr *e, int wantScale)
         if (!a.good() || !b.good()) return Num{};
         return power(a, b, e->right);
     }
+    case ExprKind::Kept:
+        return kept_[e].num;
     case ExprKind::Function:
         return functionNumber(e, wantScale);
     case ExprKind::AddressOf: {

@@ -81,6 +81,10 @@ Loc Emitter::locateItem(const Item &item, const std::string &displacement, bool 
                       : base;
     loc.fixed = item.size;
     loc.length = cat(item.size);
+    if (item.anyLength) {
+        loc.fixed = -1;
+        loc.length = cat("N", item.number);
+    }
     if (item.hasDepending && !item.elementary() && !(item.depending && item.dependingItem == nullptr)) {
         const Item *table = lastDepending(item);
         if (table && table->dependingItem && !(receiving && &recordOf(*table->dependingItem) == &recordOf(item))) {
@@ -248,6 +252,8 @@ Category Emitter::categoryOf(const Expr *e)
 {
     e = constant(e);
     switch (e->kind) {
+    case ExprKind::Kept:
+        return categoryOf(e->left);
     case ExprKind::Number:
     case ExprKind::Negate:
     case ExprKind::Arithmetic:
@@ -256,6 +262,10 @@ Category Emitter::categoryOf(const Expr *e)
     case ExprKind::AddressOf:
         return Category::Pointer;
     case ExprKind::Function:
+        if (Program *f = userFunction(e)) {
+            const Item *item = resultOf(*f);
+            return item && !e->ref ? item->category : Category::Alphanumeric;
+        }
         return functionIsNumeric(e) ? Category::Numeric : Category::Alphanumeric;
     case ExprKind::Reference: {
         if (e->ref->refmod) return Category::Alphanumeric;
@@ -407,6 +417,9 @@ Text Emitter::text(const Expr *e, bool numericAsText)
         }
         return textOf(loc);
     }
+    case ExprKind::Kept:
+        if (!kept_[e].text.address.empty()) return kept_[e].text;
+        return text(e->left, numericAsText); // a number as text
     case ExprKind::Function:
         if (!functionIsNumeric(e)) return functionText(e);
         [[fallthrough]];

@@ -77,6 +77,10 @@ void Emitter::statement(const Statement &s)
     case K_SET:
         setStatement(static_cast<const SetStatement &>(s));
         break;
+    case K_ALLOCATE:
+    case K_FREE:
+        allocateStatement(static_cast<const AllocateStatement &>(s));
+        break;
     case K_IF:
         ifStatement(static_cast<const IfStatement &>(s));
         break;
@@ -195,6 +199,7 @@ void Emitter::storage(Program &p)
             break;
         case Item::Linkage:
             globals_ += cat("static uint8_t *L", record->number, " __attribute__((unused));\n");
+            if (record->anyLength) globals_ += cat("static int64_t N", record->number, ";\n");
             break;
         default:
             break;
@@ -342,7 +347,14 @@ void Emitter::procedures(Program &p)
             out += " }\n";
         } else if (insertion.text.rfind("@alter", 0) == 0) {
             size_t index = static_cast<size_t>(std::atoi(insertion.text.c_str() + 6));
-            for (size_t target : alterTargets_[index]) out += cat("case ", target + 1, ": goto p", target, ";\n");
+            for (size_t target : alterTargets_[index]) {
+                out += cat("case ", target + 1, ": ");
+                int segment = p.procedures[target].segment;
+                if (segment >= 50 && segment != p.procedures[index].segment)
+                    out += cat("kvr_segment_", p.number, "(", segment, "); ");
+                if (debugs_) out += cat("way = \"\"; wayLine = ", group_.spot(p.procedures[index].at).line, "; ");
+                out += cat("goto p", target, ";\n");
+            }
         } else {
             out += insertion.text;
         }
@@ -448,10 +460,13 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
+    if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
-    if (options_.mainProgram && !group_.programs.empty()) {
-        Program *first = group_.programs[0];
+    auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
+    if (options_.mainProgram && main != group_.programs.end()) {
+        Program *first = *main;
         out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
                    options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");

@@ -26,10 +26,19 @@ void Emitter::storeEdited(Num value, const Loc &target)
             ", ", digits, ", ", item.picture.digits, ", ", value.digits, "), ", target.address, ");\n"));
 }
 
-void Emitter::store(Num value, const Loc &target, bool rounded, const std::string &sizeError)
+void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::string &sizeError)
 {
     if (!value.good() || !target.good()) return;
     const Item &item = *target.item;
+    if (rounded == RoundingProhibited) {
+        // What would lose digits is a size error.
+        value = keep(value, true);
+        std::string exact = compareNumbers(value, scaleTo(value, item.picture.scale, false), '=');
+        put(cat("if (!", exact, ") ", sizeError.empty() ? ";" : cat(sizeError, " = 1;"), " else {\n"));
+        store(value, target, false, sizeError);
+        put("}\n");
+        return;
+    }
     if (item.isIndexName) {
         value = toInt(scaleTo(value, 0, rounded));
         put(cat("X", item.number, " = ", value.text, ";\n"));

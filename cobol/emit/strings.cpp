@@ -271,6 +271,37 @@ bool Emitter::inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[
     return true;
 }
 
+// TRAILING phrases, which the library does not know. They stand alone in a statement.
+void Emitter::inspectTrailing(const InspectStatement &s, const Loc &target)
+{
+    if (signFlags(target)) return notBuilt(s.at, "INSPECT ... TRAILING of a signed number");
+    for (const InspectStatement::Phrase &phrase : s.phrases) {
+        if (phrase.mode != K_TRAILING) return notBuilt(s.at, "INSPECT with TRAILING and another phrase");
+        Text compared = text(phrase.compared, true), result;
+        if (phrase.result) result = text(phrase.result, true);
+        if (!compared.good || !result.good) return;
+        if (result.kind != Text::Bytes && compared.fixed > 1) return notBuilt(s.at, "this replacement of TRAILING");
+        if (phrase.result && compared.fixed >= 0 && result.fixed >= 0 && compared.fixed != result.fixed)
+            return error(phrase.result->at, "the two operands must have the same length");
+        std::string places[2];
+        const Expr *bounds[2] = {phrase.before, phrase.after};
+        for (int i = 0; i < 2; i++) {
+            Text bound;
+            if (bounds[i]) bound = text(bounds[i], true);
+            if (!bound.good) return;
+            places[i] = bounds[i] ? cat(bound.address, ", ", bound.length) : "0, 0";
+        }
+        std::string count = temp("int64_t");
+        put(cat(count, " = kvr_inspect_trailing(", target.address, ", ", target.length, ", ", compared.address, ", ",
+                compared.length, ", ", places[0], ", ", places[1], ", ", phrase.result ? result.address : "0", ");\n"));
+        if (!phrase.counter) continue;
+        Loc loc = locate(*phrase.counter, true);
+        if (!loc.good()) return;
+        if (!isNumericItem(*loc.item)) return error(phrase.counter->at, "a numeric item is needed here");
+        store(add(itemNumber(loc), integerNumber(count, 18), false), loc, false, "");
+    }
+}
+
 void Emitter::inspectStatement(const InspectStatement &s)
 {
     if (!s.target && !s.function) return;
@@ -288,6 +319,8 @@ void Emitter::inspectStatement(const InspectStatement &s)
         if (!target.refmod && !isDisplay(*target.item))
             return error(s.target->at, "INSPECT needs an item of USAGE DISPLAY");
     }
+    for (const InspectStatement::Phrase &phrase : s.phrases)
+        if (phrase.mode == K_TRAILING) return inspectTrailing(s, target);
     Words block{temp("uint64_t", cat("[", 4 + 12 * s.phrases.size(), "]"))};
     block.put(s.phrases.size());
     block.put(signFlags(target));
@@ -333,7 +366,8 @@ void Emitter::inspectStatement(const InspectStatement &s)
         Loc loc = locate(*counter, true);
         if (!loc.good()) return;
         if (!isNumericItem(*loc.item)) return error(counter->at, "a numeric item is needed here");
-        store(add(itemNumber(loc), integerNumber(cat("(int64_t)", sum), 18), false), loc, false, "");
+        Num counted = integerNumber(cat("(int64_t)", sum), 18);
+        store(s.examine ? counted : add(itemNumber(loc), counted, false), loc, false, "");
     }
 }
 

@@ -221,7 +221,9 @@ struct Layout {
         item.laidOut = true;
         if (item.elementary()) {
             elementary(item);
-            if (item.depending) item.hasDepending = true;
+            if (item.depending || item.anyLength) item.hasDepending = true;
+            if (item.anyLength && (!program.isFunction || item.parent || item.section != Item::Linkage))
+                meaning.error(item.at, "ANY LENGTH of other items than parameters of a function is not supported yet");
             checkValue(item);
             return;
         }

@@ -508,7 +508,7 @@ bool Meaning::constantNumber(Program &p, const Expr *e, Decimal &out)
         if (e->left && e->left->kind == ExprKind::String) n = static_cast<int64_t>(e->left->text.size());
         if (e->ref) {
             Item *item = resolve(p, *e->ref);
-            if (item) n = item->size;
+            if (item && !e->ref->refmod && !item->hasDepending) n = item->size;
         }
         if (n < 0) return false;
         out = decimalOf(std::to_string(n), false);

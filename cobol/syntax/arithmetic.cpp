@@ -5,27 +5,40 @@ namespace kvrcob {
 
 void Parser::sizeError(Phrases &out) { phrases(out, K_ON, K_SIZE, K_ERROR); }
 
+// [ROUNDED [MODE IS mode]]
+Rounding Parser::roundedPhrase()
+{
+    static const struct {
+        Word word;
+        Rounding mode;
+    } modes[] = {
+        {K_NEAREST_AWAY_FROM_ZERO, NearestAwayFromZero},
+        {K_NEAREST_EVEN, NearestEven},
+        {K_NEAREST_TOWARD_ZERO, NearestTowardZero},
+        {K_AWAY_FROM_ZERO, AwayFromZero},
+        {K_TOWARD_GREATER, TowardGreater},
+        {K_TOWARD_LESSER, TowardLesser},
+        {K_TRUNCATION, Truncation},
+        {K_PROHIBITED, RoundingProhibited},
+    };
+    if (!take(K_ROUNDED)) return Truncation;
+    if (!take(K_MODE)) return NearestAwayFromZero;
+    take(K_IS);
+    for (const auto &row : modes)
+        if (take(row.word)) return row.mode;
+    error("expected a mode of rounding before " + shown());
+    return NearestAwayFromZero;
+}
+
 // Receiving items, each with ROUNDED.
 void Parser::arithmeticTargets(std::vector<Target> &targets)
 {
     do {
         Target target;
         target.ref = identifier();
-        if (take(K_ROUNDED)) {
-            target.rounded = true;
-            if (at(K_MODE)) {
-                take(K_MODE);
-                take(K_IS);
-                if (!take(K_NEAREST_AWAY_FROM_ZERO)) {
-                    if (take(K_TRUNCATION))
-                        target.rounded = false;
-                    else
-                        notBuilt(here(), "ROUNDED MODE IS " + shown());
-                }
-            }
-        }
+        target.rounded = roundedPhrase();
         targets.push_back(target);
-    } while (atName() && !panic_);
+    } while (atName() && !at(K_EQUALS) && !panic_);
 }
 
 Statement *Parser::addStatement()
@@ -145,7 +158,7 @@ Statement *Parser::divideStatement()
     if (!panic_) arithmeticTargets(s->targets);
     if (take(K_REMAINDER)) {
         s->remainder.ref = identifier();
-        if (take(K_ROUNDED)) s->remainder.rounded = true;
+        s->remainder.rounded = roundedPhrase();
     }
     sizeError(s->sizeError);
     take(K_END_DIVIDE);
@@ -156,7 +169,7 @@ Statement *Parser::computeStatement()
 {
     auto *s = begin<ArithmeticStatement>();
     arithmeticTargets(s->targets);
-    if (!takeMark('=') && !take(K_EQUAL)) error("expected \"=\" before " + shown());
+    if (!takeMark('=') && !take(K_EQUAL) && !take(K_EQUALS)) error("expected \"=\" before " + shown());
     if (!panic_) s->operands.push_back(expression());
     sizeError(s->sizeError);
     take(K_END_COMPUTE);

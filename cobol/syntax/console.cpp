@@ -42,6 +42,37 @@ Statement *Parser::displayStatement()
     return s;
 }
 
+// EXHIBIT [NAMED] items: a DISPLAY with a blank between the items; NAMED puts "name = " in front.
+Statement *Parser::exhibitStatement()
+{
+    auto *s = begin<DisplayStatement>();
+    s->verb = K_DISPLAY;
+    warn("obsolete", s->at, "EXHIBIT is obsolete");
+    if (at(K_CHANGED)) notBuilt(here(), "EXHIBIT CHANGED");
+    bool named = take(K_NAMED);
+    auto text = [&](std::string bytes) {
+        Expr *e = node(ExprKind::String, here());
+        e->text = keepText(std::move(bytes));
+        s->items.push_back(e);
+    };
+    while ((atOperand() || at(K_FUNCTION)) && !panic_) {
+        if (!s->items.empty()) text(" ");
+        Tok first = here();
+        Expr *item = operand();
+        if (named && item->kind == ExprKind::Reference) {
+            std::string name;
+            for (Tok t = first; t < here(); t++) {
+                if (t > first && tokens_[t].spaceBefore) name += ' ';
+                name += tokens_[t].text;
+            }
+            text(name + " = ");
+        }
+        s->items.push_back(item);
+    }
+    if (s->items.empty()) error("expected an operand before " + shown());
+    return s;
+}
+
 Statement *Parser::acceptStatement()
 {
     auto *s = begin<AcceptStatement>();

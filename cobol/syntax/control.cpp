@@ -1,4 +1,5 @@
 // IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, CONTINUE, NEXT SENTENCE, STOP, GOBACK.
+#include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
 namespace kvrcob {
@@ -10,7 +11,7 @@ Statement *Parser::ifStatement()
     if (panic_) recover();
     take(K_THEN);
     block(s->then);
-    if (take(K_ELSE)) {
+    if (take(K_ELSE) || take(K_OTHERWISE)) {
         s->hasElse = true;
         block(s->otherwise);
     }
@@ -93,6 +94,7 @@ Statement *Parser::performStatement()
     // phrase.
     bool countsInline = (atNumber() || atName()) && (aheadIs(1, K_TIMES));
     bool named = atProcedureName() && !countsInline;
+    if (at(K_FUNCTION) && ahead().kind == TokenKind::Name && functionRow(ahead().word)) named = false;
     if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '('))
         named = false; // PERFORM T (I) TIMES
     if (named && atName() && (aheadIs(1, K_OF) || aheadIs(1, K_IN))) {

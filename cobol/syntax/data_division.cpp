@@ -10,8 +10,8 @@ namespace kvrcob {
 void Parser::skipToDataEntry()
 {
     do skipToPeriod();
-    while (!atEnd() && !atNumber() && !atSectionOrDivision() && !at(K_FD) && !at(K_SD) && !at(K_END, K_PROGRAM) &&
-           !(at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct));
+    while (!atEnd() && !atNumber() && !atSectionOrDivision() && !at(K_FD) && !at(K_SD) && !atProgramEnd() &&
+           !atProgramId());
 }
 
 void Parser::dataDivision(Program &p)
@@ -345,6 +345,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         // Words that are clauses only where no name stands before them.
         item->at = here();
         item->name = now().word;
+        if (item->name < K_count) declared_.insert(item->name);
         step();
     } else if (now().kind == TokenKind::Name && !at(K_PIC) && !at(K_PICTURE) && !at(K_REDEFINES) && !at(K_OCCURS) &&
                !at(K_USAGE) && !at(K_VALUE) && !at(K_VALUES) && !at(K_COMP) && !at(K_COMP_3) && !at(K_BINARY) &&
@@ -488,7 +489,20 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
             continue;
         }
         if (take(K_VOLATILE)) continue;
-        if (at(K_BASED) || at(K_ANY) || at(K_TYPEDEF) || at(K_TYPE)) {
+        if (take(K_BASED)) {
+            // A record without storage of its own: ALLOCATE or SET ADDRESS OF gives it some.
+            if (item->level != 1 && item->level != 77) errorAt(clause, "BASED is for items of level 01 or 77");
+            item->based = true;
+            item->section = Item::Linkage;
+            continue;
+        }
+        if (at(K_ANY) && aheadIs(1, K_LENGTH)) {
+            step();
+            step();
+            item->anyLength = true;
+            continue;
+        }
+        if (at(K_ANY) || at(K_TYPEDEF) || at(K_TYPE)) {
             notBuilt(here(), "the clause " + wordText(now().word));
             continue;
         }

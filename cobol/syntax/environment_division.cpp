@@ -3,6 +3,7 @@
 #include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -325,6 +326,14 @@ void Parser::inputOutputSection(Program &p)
     }
 }
 
+// FILE-LIMIT IS, PROCESSING MODE IS, ACTUAL KEY IS, NOMINAL KEY IS of a SELECT.
+static bool isOldClause(const Token &token)
+{
+    static const char *const leads[] = {"FILE-LIMIT", "FILE-LIMITS", "PROCESSING", "ACTUAL", "NOMINAL"};
+    return token.kind == TokenKind::Name &&
+           std::any_of(std::begin(leads), std::end(leads), [&](const char *lead) { return wordText(token.word) == lead; });
+}
+
 void Parser::selectEntry(Program &p)
 {
     step();
@@ -377,7 +386,7 @@ void Parser::selectEntry(Program &p)
                     break;
                 }
             }
-            while (atString() || (atName() && !at(K_FILE) && !at(K_SHARING) && !at(K_INDEXED))) {
+            while (atString() || (atName() && !at(K_FILE) && !at(K_SHARING) && !at(K_INDEXED) && !isOldClause(now()))) {
                 if (atString()) {
                     Expr *e = literal();
                     if (!f->assign) f->assign = e;
@@ -427,6 +436,14 @@ void Parser::selectEntry(Program &p)
             } else {
                 error("expected an organization before " + shown());
             }
+        } else if (isOldClause(now())) {
+            // Clauses of 1968: limits of a file, the order in which it is processed, keys that the
+            // program does not need to be told of.
+            warn("obsolete", here(), wordText(now().word) + " has no effect");
+            step();
+            while (!atEnd() && !atMark('.') && !at(K_ASSIGN) && !at(K_RESERVE) && !at(K_ORGANIZATION) && !at(K_ACCESS) &&
+                   !at(K_RECORD) && !at(K_FILE) && !at(K_STATUS))
+                step();
         } else if (take(K_PADDING)) {
             take(K_CHARACTER);
             take(K_IS);

@@ -91,7 +91,7 @@ bool Parser::atOperand() const
     if (token.kind == TokenKind::Punct)
         return (token.word == '-' || token.word == '+') && ahead().kind == TokenKind::Number && !ahead().spaceBefore;
     if (token.kind != TokenKind::Name) return false;
-    if (!isReserved(token.word)) return true;
+    if (!isReserved(token.word)) return atName() || atFigurative();
     return atFigurative() || token.word == K_ALL || token.word == K_LINAGE_COUNTER ||
            (token.word == K_LENGTH && true) || token.word == K_PAGE_COUNTER || token.word == K_LINE_COUNTER;
 }
@@ -476,7 +476,7 @@ bool Parser::atRelationalOperator() const
     if (now().kind == TokenKind::Punct)
         return now().word == '=' || now().word == '<' || now().word == '>' || now().word == kLessEqual ||
                now().word == kGreaterEqual || now().word == kNotEqual;
-    return at(K_EQUAL) || at(K_EQUALS) || at(K_GREATER) || at(K_LESS);
+    return at(K_EQUAL) || at(K_EQUALS) || at(K_GREATER) || at(K_LESS) || at(K_UNEQUAL) || at(K_EXCEEDS);
 }
 
 // Takes an operator with all its words.
@@ -501,6 +501,11 @@ uint32_t Parser::relationalOperator()
         take(K_TO);
         return '=';
     }
+    if (take(K_UNEQUAL)) {
+        take(K_TO);
+        return kNotEqual;
+    }
+    if (take(K_EXCEEDS)) return '>';
     bool greater = at(K_GREATER);
     step();
     take(K_THAN);

@@ -3,6 +3,21 @@
 
 namespace kvrcob {
 
+// SHARING WITH ALL OTHER, NO OTHER, READ ONLY.
+void Parser::sharingPhrase(Word &sharing)
+{
+    if (!take(K_SHARING)) return;
+    take(K_WITH);
+    if (take(K_ALL))
+        sharing = K_ALL;
+    else if (take(K_NO))
+        sharing = K_NO;
+    else if (take(K_READ))
+        sharing = K_READ;
+    take(K_OTHER);
+    take(K_ONLY);
+}
+
 Statement *Parser::openStatement()
 {
     auto *s = begin<OpenStatement>();
@@ -11,18 +26,8 @@ Statement *Parser::openStatement()
         Word mode = now().word;
         step();
         Word sharing = 0;
-        if (take(K_SHARING)) {
-            take(K_WITH);
-            if (take(K_ALL))
-                sharing = K_ALL;
-            else if (take(K_NO))
-                sharing = K_NO;
-            else if (take(K_READ))
-                sharing = K_READ;
-            take(K_OTHER);
-            take(K_ONLY);
-        }
-        while (atName() && !panic_) {
+        sharingPhrase(sharing);
+        while (atName() && !at(K_SHARING) && !panic_) {
             OpenStatement::Part part;
             part.mode = mode;
             part.file = now().word;
@@ -37,6 +42,7 @@ Statement *Parser::openStatement()
                 part.noRewind = true;
             }
             if (take(K_LOCK)) part.sharing = K_NO;
+            sharingPhrase(part.sharing); // some compilers have it after the file
             if (program_ && part.sharing) program_->openShares = true;
             s->parts.push_back(part);
             any = true;
@@ -77,6 +83,25 @@ Statement *Parser::closeStatement()
     return s;
 }
 
+// RETRY n TIMES, RETRY FOR n SECONDS, RETRY FOREVER: for how long a locked record is asked for again.
+void Parser::retryPhrase(FileStatement &s)
+{
+    if (!at(K_RETRY)) return;
+    step();
+    if (take(K_FOREVER)) {
+        s.retry = K_FOREVER;
+        return;
+    }
+    take(K_FOR);
+    s.retries = operand();
+    if (take(K_TIMES))
+        s.retry = K_TIMES;
+    else if (take(K_SECONDS))
+        s.retry = K_SECONDS;
+    else
+        error("expected TIMES or SECONDS before " + shown());
+}
+
 Statement *Parser::readStatement()
 {
     auto *s = begin<FileStatement>();
@@ -95,8 +120,10 @@ Statement *Parser::readStatement()
     if (take(K_INTO)) s->into = identifier();
     for (;;) {
         if (panic_) return s;
-        if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_NO) || aheadIs(1, K_WAIT) || aheadIs(1, K_IGNORE))) {
+        if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_KEPT) || aheadIs(1, K_NO) || aheadIs(1, K_WAIT) ||
+                             aheadIs(1, K_IGNORE))) {
             step();
+            take(K_KEPT); // a lock that stays beside others, as LOCK ON MULTIPLE RECORDS of the SELECT says
             if (take(K_NO)) {
                 take(K_LOCK);
                 s->lock = K_NO;
@@ -107,6 +134,13 @@ Statement *Parser::readStatement()
                 step();
                 s->lock = K_LOCK;
             }
+        } else if (at(K_RETRY)) {
+            retryPhrase(*s);
+        } else if (at(K_ADVANCING) && aheadIs(1, K_ON)) {
+            step();
+            step();
+            take(K_LOCK);
+            s->lock = K_ADVANCING;
         } else if (at(K_IGNORING)) {
             step();
             take(K_LOCK);
@@ -209,6 +243,12 @@ Statement *Parser::rewriteStatement()
     auto *s = begin<FileStatement>();
     s->record = identifier();
     if (take(K_FROM)) s->from = operand();
+    retryPhrase(*s);
+    if (at(K_WITH) && (aheadIs(1, K_LOCK) || (aheadIs(1, K_NO) && aheadIs(2, K_LOCK)))) {
+        step();
+        take(K_NO);
+        step();
+    }
     KVRCOB_INVALID(s)
     take(K_END_REWRITE);
     return s;
@@ -217,10 +257,7 @@ Statement *Parser::rewriteStatement()
 Statement *Parser::deleteStatement()
 {
     auto *s = begin<FileStatement>();
-    if (at(K_FILE)) {
-        notBuilt(here(), "DELETE FILE");
-        return s;
-    }
+    if (take(K_FILE)) s->wholeFile = true;
     s->fileAt = here();
     if (!atName()) {
         error("expected a file before " + shown());
@@ -228,7 +265,16 @@ Statement *Parser::deleteStatement()
     }
     s->file = now().word;
     step();
+    if (s->wholeFile) {
+        while (atName() && !panic_) { // several files: a statement for each
+            s->moreFiles.push_back({now().word, here()});
+            step();
+        }
+        take(K_END_DELETE);
+        return s;
+    }
     take(K_RECORD);
+    retryPhrase(*s);
     KVRCOB_INVALID(s)
     take(K_END_DELETE);
     return s;

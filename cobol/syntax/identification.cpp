@@ -6,8 +6,7 @@ namespace kvrcob {
 
 bool Parser::atProgramStart() const
 {
-    return ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) ||
-           (at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct);
+    return ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) || atProgramId();
 }
 
 void Parser::parse()
@@ -19,9 +18,7 @@ void Parser::parse()
             at(K_PROCEDURE, K_DIVISION)) {
             if (Program *made = program(nullptr)) group_.programs.push_back(made);
         } else {
-            if (now().kind == TokenKind::Name && wordText(now().word) == "FUNCTION-ID")
-                notBuilt(here(), "FUNCTION-ID");
-            else if (now().kind == TokenKind::Name && wordText(now().word) == "CLASS-ID")
+            if (now().kind == TokenKind::Name && wordText(now().word) == "CLASS-ID")
                 notBuilt(here(), "CLASS-ID");
             else
                 error("expected IDENTIFICATION DIVISION before " + shown());
@@ -62,7 +59,8 @@ Program *Parser::program(Program *parent)
         expectPeriod();
         panic_ = false;
     }
-    if (take(K_PROGRAM_ID)) {
+    p->isFunction = p->recursive = take(K_FUNCTION_ID);
+    if (p->isFunction || take(K_PROGRAM_ID)) {
         takeMark('.');
         p->at = here();
         if (now().kind == TokenKind::Name || atString() || atNumber()) {
@@ -116,11 +114,12 @@ Program *Parser::program(Program *parent)
         at(K_LINKAGE, K_SECTION) || at(K_LOCAL_STORAGE, K_SECTION))
         dataDivision(*p);
     if (at(K_PROCEDURE, K_DIVISION)) procedureDivision(*p);
+    if (p->isFunction) functionHeader(*p);
     // Contained programs, then END PROGRAM.
     for (;;) {
         panic_ = false;
         if (takeMark('.')) continue;
-        if (at(K_IDENTIFICATION) || at(K_ID) || at(K_PROGRAM_ID)) {
+        if (!p->isFunction && (at(K_IDENTIFICATION) || at(K_ID) || at(K_PROGRAM_ID))) {
             // Without END PROGRAM in front of it, it can be the next outermost program only where
             // this one is not contained; a program that is followed by another and has an END
             // PROGRAM of its own later contains it. So look for END PROGRAM with this name.
@@ -145,9 +144,24 @@ Program *Parser::program(Program *parent)
         break;
     }
     p->endAt = here();
-    if (at(K_END, K_PROGRAM)) endProgram(*p);
+    if (atProgramEnd()) endProgram(*p);
     program_ = outer;
     return p;
+}
+
+// A function's result is one more parameter: the address of the caller's room for it.
+void Parser::functionHeader(Program &p)
+{
+    if (!p.returning) {
+        errorAt(p.at, "a function needs PROCEDURE DIVISION ... RETURNING");
+        panic_ = false;
+        return;
+    }
+    CallStatement::Argument result;
+    result.value = node(ExprKind::Reference, p.returning->at);
+    result.value->ref = p.functionResult = p.returning;
+    p.parameters.push_back(result);
+    p.returning = nullptr;
 }
 
 void Parser::endProgram(Program &p)

@@ -78,7 +78,25 @@ Statement *Parser::initializeStatement()
 // TO pointer. Several in one statement.
 Statement *Parser::setStatement()
 {
+    if (aheadIs(1, K_ENVIRONMENT)) {
+        auto *variable = begin<DisplayStatement>();
+        variable->verb = K_DISPLAY;
+        variable->upon = K_ENVIRONMENT;
+        step();
+        variable->items.push_back(operand());
+        if (expect(K_TO)) variable->items.push_back(operand());
+        return variable;
+    }
     auto *s = begin<SetStatement>();
+    if (take(K_ENVIRONMENT)) { // SET ENVIRONMENT name TO value
+        s->form = SetStatement::Environment;
+        SetStatement::Part part;
+        part.targets.push_back(operand());
+        expect(K_TO);
+        if (!panic_) part.value = operand();
+        s->parts.push_back(part);
+        return s;
+    }
     do {
         SetStatement::Part part;
         do {
@@ -116,6 +134,32 @@ Statement *Parser::setStatement()
         }
         s->parts.push_back(part);
     } while ((atName() || at(K_ADDRESS, K_OF)) && !panic_);
+    return s;
+}
+
+// ALLOCATE size CHARACTERS or a BASED record, [INITIALIZED] [RETURNING pointer]
+Statement *Parser::allocateStatement()
+{
+    auto *s = begin<AllocateStatement>();
+    Expr *what = expression();
+    if (take(K_CHARACTERS))
+        s->characters = what;
+    else if (what->kind == ExprKind::Reference)
+        s->item = what->ref;
+    else
+        error("expected CHARACTERS before " + shown());
+    s->initialized = take(K_INITIALIZED);
+    if (take(K_RETURNING)) s->returning = identifier();
+    if (s->characters && !s->returning) error("expected RETURNING before " + shown());
+    return s;
+}
+
+// FREE pointer, ADDRESS OF record ...
+Statement *Parser::freeStatement()
+{
+    auto *s = begin<AllocateStatement>();
+    do s->freed.push_back(primary());
+    while ((atName() || at(K_ADDRESS, K_OF)) && !panic_);
     return s;
 }
 

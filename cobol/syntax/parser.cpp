@@ -3,7 +3,13 @@
 
 namespace kvrcob {
 
-bool Parser::atName() const { return now().kind == TokenKind::Name && !isReserved(now().word); }
+// A user-defined word. A verb of some context only is none where a statement can begin with it:
+// the receiving items of "MOVE A TO B EXAMINE B ..." end before EXAMINE.
+bool Parser::atName() const
+{
+    if (now().kind != TokenKind::Name || isReserved(now().word)) return false;
+    return !(now().word < K_count && inProcedures_ && !declared_.count(now().word) && atVerb());
+}
 
 bool Parser::take(Word word)
 {

@@ -64,6 +64,9 @@ private:
     // ---- identification.cpp
     Program *program(Program *parent);
     bool atProgramStart() const;
+    bool atProgramId() const { return (at(K_PROGRAM_ID) || at(K_FUNCTION_ID)) && ahead().kind == TokenKind::Punct; }
+    bool atProgramEnd() const { return at(K_END, K_PROGRAM) || at(K_END, K_FUNCTION); }
+    void functionHeader(Program &program);
     void endProgram(Program &program);
 
     // ---- environment_division.cpp
@@ -152,6 +155,7 @@ private:
     Statement *multiplyStatement();
     Statement *divideStatement();
     Statement *computeStatement();
+    Rounding roundedPhrase();
     void arithmeticTargets(std::vector<Target> &targets);
     void operandOfGiving(ArithmeticStatement &s);
     void sizeError(Phrases &out);
@@ -159,6 +163,8 @@ private:
     Statement *moveStatement();
     Statement *initializeStatement();
     Statement *setStatement();
+    Statement *allocateStatement();
+    Statement *freeStatement();
 
     Statement *ifStatement();
     Statement *evaluateStatement();
@@ -174,6 +180,7 @@ private:
 
     Statement *displayStatement();
     Statement *acceptStatement();
+    Statement *exhibitStatement();
 
     Statement *callStatement();
     Statement *cancelStatement();
@@ -183,6 +190,8 @@ private:
     Statement *openStatement();
     Statement *closeStatement();
     Statement *readStatement();
+    void retryPhrase(FileStatement &s);
+    void sharingPhrase(Word &sharing);
     Statement *writeStatement();
     Statement *rewriteStatement();
     Statement *deleteStatement();
@@ -197,19 +206,26 @@ private:
     Statement *stringStatement();
     Statement *unstringStatement();
     Statement *inspectStatement();
+    Statement *examineStatement();
+    Statement *transformStatement();
     void beforeAfter(InspectStatement::Phrase &phrase);
 
     Statement *searchStatement();
 
     Statement *notBuiltStatement();
     Statement *enterStatement();
+    Statement *noteStatement();
+    Statement *traceStatement();
 
     Group &group_;
     std::vector<Token> &tokens_;
     size_t position_ = 0;
     bool panic_ = false;
     bool tooDeep_ = false;
+    bool firstSentence_ = false; // of a procedure
     int depth_ = 0;
+    bool inProcedures_ = false;
+    std::set<Word> declared_;   // words of kvrcob that are names of items
     std::set<Word> tableNames_; // names of items that need subscripts
     // Where "A -1" are two operands: among those of DISPLAY and ADD, and in a function's, where
     // "A (B)" may be two as well.

@@ -26,6 +26,8 @@ const VerbRow *VerbRow::of(Word verb)
         {K_MOVE, &Parser::moveStatement},
         {K_INITIALIZE, &Parser::initializeStatement},
         {K_SET, &Parser::setStatement},
+        {K_ALLOCATE, &Parser::allocateStatement},
+        {K_FREE, &Parser::freeStatement},
         // control.cpp
         {K_IF, &Parser::ifStatement},
         {K_EVALUATE, &Parser::evaluateStatement},
@@ -40,6 +42,7 @@ const VerbRow *VerbRow::of(Word verb)
         // console.cpp
         {K_DISPLAY, &Parser::displayStatement},
         {K_ACCEPT, &Parser::acceptStatement},
+        {K_EXHIBIT, &Parser::exhibitStatement},
         // calls.cpp
         {K_CALL, &Parser::callStatement},
         {K_CANCEL, &Parser::cancelStatement},
@@ -62,10 +65,15 @@ const VerbRow *VerbRow::of(Word verb)
         {K_STRING, &Parser::stringStatement},
         {K_UNSTRING, &Parser::unstringStatement},
         {K_INSPECT, &Parser::inspectStatement},
+        {K_EXAMINE, &Parser::examineStatement},
+        {K_TRANSFORM, &Parser::transformStatement},
         // searching.cpp
         {K_SEARCH, &Parser::searchStatement},
         // not built
         {K_ENTER, &Parser::enterStatement},
+        {K_NOTE, &Parser::noteStatement},
+        {K_READY, &Parser::traceStatement},
+        {K_RESET, &Parser::traceStatement},
         {K_GENERATE, &Parser::notBuiltStatement},
         {K_INITIATE, &Parser::notBuiltStatement},
         {K_TERMINATE, &Parser::notBuiltStatement},
@@ -79,11 +87,6 @@ const VerbRow *VerbRow::of(Word verb)
         {K_XML, &Parser::notBuiltStatement},
         {K_JSON, &Parser::notBuiltStatement},
         {K_INVOKE, &Parser::notBuiltStatement},
-        {K_EXAMINE, &Parser::notBuiltStatement},
-        {K_TRANSFORM, &Parser::notBuiltStatement},
-        {K_EXHIBIT, &Parser::notBuiltStatement},
-        {K_ALLOCATE, &Parser::notBuiltStatement},
-        {K_FREE, &Parser::notBuiltStatement},
         {K_RAISE, &Parser::notBuiltStatement},
     };
     static const std::vector<const VerbRow *> index = [] {
@@ -97,12 +100,17 @@ const VerbRow *VerbRow::of(Word verb)
 bool Parser::atVerb() const
 {
     if (now().kind != TokenKind::Name || !VerbRow::of(now().word)) return false;
+    if (now().word == K_READY || now().word == K_RESET) return aheadIs(1, K_TRACE);
     if (isReserved(now().word)) return true;
+    if (now().word == K_NOTE) return ahead().kind != TokenKind::Punct && !aheadIs(1, K_SECTION);
     // A word of some context only (UNLOCK, EXEC): a verb if an operand follows, and not a
     // paragraph's name or a qualifier.
     const Token &next = ahead();
-    return next.kind == TokenKind::Name && next.word != K_OF && next.word != K_IN && next.word != K_TO &&
-           next.word != K_SECTION && !(next.word < K_count && VerbRow::of(next.word) && isReserved(next.word));
+    if (now().word == K_FREE && aheadIs(1, K_ADDRESS)) return true;
+    if (now().word == K_ALLOCATE && ahead().kind == TokenKind::Number) return true;
+    return !declared_.count(now().word) && next.kind == TokenKind::Name && next.word != K_OF && next.word != K_IN &&
+           next.word != K_TO && next.word != K_SECTION &&
+           !(next.word < K_count && VerbRow::of(next.word) && isReserved(next.word));
 }
 
 Statement *Parser::notBuiltStatement()
@@ -126,6 +134,31 @@ Statement *Parser::enterStatement()
     s->form = ExitStatement::Continue;
     warn("obsolete", s->at, "ENTER is obsolete and has no effect");
     while (!atEnd() && !atMark('.')) step();
+    return s;
+}
+
+// NOTE and a comment up to the period; as a paragraph's first sentence it is the whole paragraph.
+Statement *Parser::noteStatement()
+{
+    ExitStatement *s = begin<ExitStatement>();
+    s->verb = K_CONTINUE;
+    s->form = ExitStatement::Continue;
+    warn("obsolete", s->at, "NOTE is obsolete");
+    for (;;) {
+        while (!atEnd() && !atMark('.')) step();
+        if (!firstSentence_ || atEnd() || ahead().kind == TokenKind::End || ahead().areaA) return s;
+        step();
+    }
+}
+
+// READY TRACE, RESET TRACE. Paragraphs are not traced.
+Statement *Parser::traceStatement()
+{
+    ExitStatement *s = begin<ExitStatement>();
+    s->verb = K_CONTINUE;
+    s->form = ExitStatement::Continue;
+    warn("obsolete", s->at, "TRACE is obsolete and has no effect");
+    step();
     return s;
 }
 
@@ -221,6 +254,7 @@ bool Parser::atProcedureHeader() const
 void Parser::procedureDivision(Program &p)
 {
     p.hasProcedures = true;
+    inProcedures_ = true;
     p.procedureAt = here();
     step();
     step();
@@ -254,6 +288,7 @@ void Parser::procedureDivision(Program &p)
     }
     p.firstProcedure = p.procedures.size();
     paragraphs(p, false);
+    inProcedures_ = false;
 }
 
 void Parser::paragraphs(Program &p, bool declaratives)
@@ -263,9 +298,9 @@ void Parser::paragraphs(Program &p, bool declaratives)
     for (;;) {
         panic_ = false;
         if (atEnd()) return;
-        if (at(K_END, K_PROGRAM) || at(K_END, K_DECLARATIVES)) return;
+        if (atProgramEnd() || at(K_END, K_DECLARATIVES)) return;
         if ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) return;
-        if (at(K_PROGRAM_ID) && ahead().kind == TokenKind::Punct) return;
+        if (atProgramId()) return;
         if (takeMark('.')) continue;
         if (atProcedureHeader()) {
             Procedure procedure;
@@ -319,9 +354,10 @@ void Parser::paragraphs(Program &p, bool declaratives)
 void Parser::sentences(Procedure &procedure)
 {
     Sentence sentence;
+    firstSentence_ = procedure.sentences.empty();
     block(sentence.statements);
     if (!takeMark('.') && !atEnd()) {
-        if (at(K_END, K_PROGRAM) || at(K_END, K_DECLARATIVES) || at(K_IDENTIFICATION) || at(K_ID)) {
+        if (atProgramEnd() || at(K_END, K_DECLARATIVES) || at(K_IDENTIFICATION) || at(K_ID)) {
             error("expected a period before " + shown());
         } else if (atProcedureHeader()) {
             expectPeriod();

@@ -99,9 +99,7 @@ Statement *Parser::inspectStatement()
             expect(K_FOR);
             while ((at(K_CHARACTERS) || at(K_ALL) || at(K_LEADING) || at(K_TRAILING)) && !panic_) {
                 Word mode = now().word;
-                Tok modeAt = here();
                 step();
-                if (mode == K_TRAILING) notBuilt(modeAt, "INSPECT ... TRAILING");
                 if (mode == K_CHARACTERS) {
                     InspectStatement::Phrase phrase;
                     phrase.kind = K_TALLYING;
@@ -138,9 +136,7 @@ Statement *Parser::inspectStatement()
         any = true;
         while ((at(K_CHARACTERS) || at(K_ALL) || at(K_LEADING) || at(K_FIRST) || at(K_TRAILING)) && !panic_) {
             Word mode = now().word;
-            Tok modeAt = here();
             step();
-            if (mode == K_TRAILING) notBuilt(modeAt, "INSPECT ... TRAILING");
             do {
                 InspectStatement::Phrase phrase;
                 phrase.kind = K_REPLACING;
@@ -164,6 +160,67 @@ Statement *Parser::inspectStatement()
         s->phrases.push_back(phrase);
     }
     if (!any) error("expected TALLYING, REPLACING or CONVERTING before " + shown());
+    return s;
+}
+
+// EXAMINE item TALLYING|REPLACING: an INSPECT that counts into TALLY, from zero.
+Statement *Parser::examineStatement()
+{
+    auto *s = begin<InspectStatement>();
+    s->verb = K_INSPECT;
+    s->examine = true;
+    warn("obsolete", s->at, "EXAMINE is obsolete");
+    s->target = identifier();
+    bool tallying = take(K_TALLYING);
+    if (!tallying) expect(K_REPLACING);
+    if (panic_) return s;
+    InspectStatement::Phrase phrase;
+    phrase.kind = tallying ? K_TALLYING : K_REPLACING;
+    phrase.mode = now().word;
+    if (take(K_UNTIL)) {
+        expect(K_FIRST);
+        phrase.mode = K_CHARACTERS;
+        phrase.before = operand();
+    } else if (take(K_ALL) || take(K_LEADING) || (!tallying && take(K_FIRST))) {
+        phrase.compared = operand();
+    } else {
+        error("expected ALL, LEADING or UNTIL FIRST before " + shown());
+        return s;
+    }
+    if (tallying) {
+        phrase.counter = make<Reference>();
+        phrase.counter->at = s->at;
+        phrase.counter->names.push_back(K_TALLY);
+        s->phrases.push_back(phrase);
+        if (!take(K_REPLACING)) return s;
+        phrase.kind = K_REPLACING;
+        phrase.counter = nullptr;
+    }
+    expect(K_BY);
+    if (!panic_) phrase.result = operand();
+    s->phrases.push_back(phrase);
+    return s;
+}
+
+// TRANSFORM item [CHARACTERS] FROM a TO b: an INSPECT CONVERTING; one character may stand for all.
+Statement *Parser::transformStatement()
+{
+    auto *s = begin<InspectStatement>();
+    s->verb = K_INSPECT;
+    warn("obsolete", s->at, "TRANSFORM is obsolete");
+    s->target = identifier();
+    take(K_CHARACTERS);
+    expect(K_FROM);
+    InspectStatement::Phrase phrase;
+    phrase.kind = K_CONVERTING;
+    if (!panic_) phrase.compared = operand();
+    expect(K_TO);
+    if (!panic_) phrase.result = operand();
+    if (panic_) return s;
+    if (phrase.compared->kind == ExprKind::String && phrase.result->kind == ExprKind::String &&
+        phrase.result->text.size() == 1)
+        phrase.result->text = keepText(std::string(phrase.compared->text.size(), phrase.result->text[0]));
+    s->phrases.push_back(phrase);
     return s;
 }
 

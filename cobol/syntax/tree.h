@@ -61,6 +61,7 @@ enum class ExprKind : uint8_t {
     Any,   // ANY of EVALUATE
     Range, // left THRU right, of EVALUATE
     AllSubscript,
+    Kept, // of the emitter: `left`, whose value was computed before
     Omitted
 };
 
@@ -90,10 +91,22 @@ struct Phrases {
     Block on, onNot;
 };
 
+// How a result loses its last digits: ROUNDED MODE IS ... As in kvr_round_mode of the emitted C.
+enum Rounding : uint8_t {
+    Truncation,
+    NearestAwayFromZero, // ROUNDED alone
+    NearestEven,
+    NearestTowardZero,
+    AwayFromZero,
+    TowardGreater,
+    TowardLesser,
+    RoundingProhibited
+};
+
 // A receiving item of arithmetic.
 struct Target {
     Reference *ref = nullptr;
-    bool rounded = false;
+    Rounding rounded = Truncation;
 };
 
 // A paragraph or section that a statement names.
@@ -130,8 +143,15 @@ struct InitializeStatement : Statement {
     std::vector<Word> toValue; // categories
 };
 
+struct AllocateStatement : Statement { // ALLOCATE, FREE
+    Expr *characters = nullptr;
+    Reference *item = nullptr, *returning = nullptr;
+    bool initialized = false;
+    std::vector<Expr *> freed;
+};
+
 struct SetStatement : Statement {
-    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address } form = To;
+    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address, Environment } form = To;
     struct Part {
         std::vector<Expr *> targets;
         Expr *value = nullptr; // Condition: Truth; Switch: op K_ON or K_OFF
@@ -277,6 +297,10 @@ struct FileStatement : Statement {
     Reference *key = nullptr;
     uint32_t relation = '='; // START
     Word lock = 0;           // K_LOCK, K_NO, K_IGNORING
+    Word retry = 0;          // K_TIMES, K_SECONDS, K_FOREVER
+    Expr *retries = nullptr;
+    bool wholeFile = false; // DELETE FILE
+    std::vector<std::pair<Word, Tok>> moreFiles;
     bool before = false, after = false, page = false;
     Expr *advancing = nullptr;
     Word mnemonic = 0;
@@ -331,6 +355,7 @@ struct UnstringStatement : Statement {
 struct InspectStatement : Statement {
     Reference *target = nullptr;
     Expr *function = nullptr; // instead of the target, for TALLYING
+    bool examine = false;     // counts from zero
     struct Phrase {
         Word kind = 0; // K_TALLYING, K_REPLACING, K_CONVERTING
         Word mode = 0; // K_CHARACTERS, K_ALL, K_LEADING, K_FIRST, K_TRAILING
@@ -448,6 +473,8 @@ struct Item {
     Tok pictureAt = 0;
     bool hasPicture = false, hasUsage = false, hasSign = false, signLeading = false, signSeparate = false;
     bool justified = false, blankWhenZero = false, synchronized = false, external = false, global = false;
+    bool based = false;        // BASED: in storage of ALLOCATE
+    bool anyLength = false;    // as long as the argument
     bool nativeBinary = false; // BINARY-CHAR and its like: size in nativeSize
     bool isUnsigned = false;
     uint8_t nativeSize = 0;
@@ -614,6 +641,8 @@ struct Program {
     std::vector<Word> advancedRecords;         // written with ADVANCING
     std::vector<Word> readFiles;               // opened INPUT or I-O, or used by SORT
     size_t firstProcedure = 0;                 // first one after the declaratives
+
+    Reference *functionResult = nullptr; // FUNCTION-ID: RETURNING, the last parameter as well
 
     // meaning
     uint32_t number = 0;

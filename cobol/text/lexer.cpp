@@ -102,6 +102,12 @@ void Lexer::watch(const Token &token)
         if (word == K_COMMA && (before_ == K_DECIMAL_POINT || (before_ == K_IS && beforeThat_ == K_DECIMAL_POINT)))
             options_.commaIsPoint = true;
         if (word == K_MODE && before_ == K_DEBUGGING) options_.debugging = true;
+        // Both hold for the outermost program that says so, and for those that it contains.
+        if (word == K_PROGRAM_ID || word == K_FUNCTION_ID) programs_++;
+        if ((word == K_PROGRAM || word == K_FUNCTION) && before_ == K_END && --programs_ <= 0) {
+            programs_ = 0;
+            options_.commaIsPoint = options_.debugging = false;
+        }
         beforeThat_ = before_;
         before_ = word;
     } else {
@@ -109,6 +115,14 @@ void Lexer::watch(const Token &token)
         beforeThat_ = before_;
         before_ = 0;
     }
+}
+
+bool Lexer::atPictureCopy() const
+{
+    static const char word[] = "COPY";
+    for (size_t i = 0; i < 4; i++)
+        if (std::toupper(static_cast<unsigned char>(at(position_ + i))) != word[i]) return false;
+    return at(position_ + 4) == ' ' || at(position_ + 4) == '\n';
 }
 
 Token Lexer::next()
@@ -126,7 +140,9 @@ Token Lexer::next()
     if (expectPicture_ && std::toupper(c) == 'I' && std::toupper(static_cast<unsigned char>(at(begin + 1))) == 'S' &&
         at(begin + 2) == ' ') {
         // PICTURE IS: the string comes next.
-    } else if (expectPicture_) {
+    } else if (expectPicture_ && atPictureCopy()) {
+        pictureCopy_ = true;
+    } else if (expectPicture_ && !(c == '=' && at(begin + 1) == '=')) { // PIC may be the end of a pseudo-text
         picture(token);
         watch(token);
         token.spot.length = static_cast<uint32_t>(token.text.size());

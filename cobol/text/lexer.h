@@ -1,6 +1,8 @@
 // The lexer: running text to tokens, one at a time.
 #pragma once
 
+#include <utility>
+
 #include "cobol/text/source_lines.h"
 #include "cobol/text/token.h"
 
@@ -16,7 +18,12 @@ public:
     // The next token; End at the end.
     Token next();
 
+    // PICTURE COPY name: the copied text begins with the picture string.
+    bool takePictureCopy() { return std::exchange(pictureCopy_, false); }
+    void expectPicture() { expectPicture_ = true; }
+
 private:
+    bool atPictureCopy() const;
     char at(size_t i) const { return i < running_.text.size() ? running_.text[i] : '\n'; }
     void skipSpace(Token &token);
     void string(Token &token, char quote, size_t begin);
@@ -26,9 +33,10 @@ private:
     TextOptions &options_;
     RunningText &running_;
     size_t position_ = 0;
-    bool expectPicture_ = false;
+    bool expectPicture_ = false, pictureCopy_ = false;
     bool lineStart_ = true;
     Word before_ = 0, beforeThat_ = 0;
+    int programs_ = 0; // begun and not ended
 };
 
 } // namespace kvrcob

@@ -183,6 +183,7 @@ public:
     void file(uint32_t number, std::vector<Token> &out, int depth)
     {
         Lexer lexer(number, options_);
+        if (std::exchange(pictureCopy_, false)) lexer.expectPicture();
         Token token = lexer.next();
         while (token.kind != TokenKind::End) {
             if (isWord(token, K_COPY)) {
@@ -204,6 +205,7 @@ public:
         if (!any) return in;
         std::vector<Token> out, stretch;
         std::vector<Replacement> rules;
+        std::vector<std::vector<Replacement>> outer;
         auto flush = [&] {
             std::vector<Token> done = replaceAll(stretch, rules);
             out.insert(out.end(), done.begin(), done.end());
@@ -218,12 +220,28 @@ public:
             flush();
             size_t j = i + 1;
             Source source{&in, &j};
-            rules.clear();
-            if (isWord(in[j], K_OFF) || (isWord(in[j], K_LAST) && isWord(in[j + 1], K_OFF))) {
-                while (!isPunct(in[j], '.') && in[j].kind != TokenKind::End) j++;
+            // ALSO keeps the rules before it in force after its own; LAST OFF takes it back.
+            if (isWord(in[j], K_OFF)) {
+                rules.clear();
+                outer.clear();
+                j++;
+            } else if (isWord(in[j], K_LAST) && isWord(in[j + 1], K_OFF)) {
+                rules.clear();
+                if (!outer.empty()) {
+                    rules = outer.back();
+                    outer.pop_back();
+                }
+                j += 2;
+            } else if (isWord(in[j], K_ALSO)) {
+                j++;
+                outer.push_back(rules);
+                std::vector<Replacement> more = pairs(source);
+                rules.insert(rules.begin(), more.begin(), more.end());
             } else {
                 rules = pairs(source);
+                outer.clear();
             }
+            while (!isPunct(in[j], '.') && in[j].kind != TokenKind::End) j++;
             if (isPunct(in[j], '.')) {
                 j++;
             } else {
@@ -380,6 +398,7 @@ private:
     void copy(Lexer &lexer, Token &token, std::vector<Token> &out, int depth)
     {
         Spot statement = token.spot;
+        bool pictureCopy = lexer.takePictureCopy();
         // The statement's own words, up to the period.
         std::vector<Token> words;
         token = lexer.next();
@@ -446,12 +465,14 @@ private:
         }
         dependencies_.push_back(path);
         std::vector<Token> copied;
+        pictureCopy_ = pictureCopy;
         file(static_cast<uint32_t>(number), copied, depth + 1);
         if (!rules.empty()) copied = replaceAll(copied, rules);
         out.insert(out.end(), copied.begin(), copied.end());
     }
 
     TextOptions &options_;
+    bool pictureCopy_ = false; // the text that comes next begins with a picture string
     const CopyPath &path_;
     std::vector<std::string> &dependencies_;
 };

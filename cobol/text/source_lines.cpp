@@ -400,6 +400,7 @@ private:
             diagnostics().warning("indicator", here(7),
                                   "this character in column 7 is no indicator; use -free for a source in free form");
         }
+        if (limit == 72 && line.size() > 72 && line[71] != ' ' && line[72] != ' ') sources().noteCutLine(here(73));
         if (trimLeft(body).empty() || listingLine(body)) return;
         bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
         if (commentEntry(body, areaA)) return;
@@ -409,6 +410,7 @@ private:
         if (debug) out_.text += kDebugLine;
         append(track(body), 8);
         openColumns_ = open_ ? body.size() : 0;
+        columns_ = body.size();
         out_.text += '\n';
     }
 
@@ -431,12 +433,17 @@ private:
             }
         } else {
             // A literal that is closed at the end of its line goes on if its quotation mark is
-            // repeated here: "" in two halves.
+            // repeated here: "" in two halves. From column 72 the literal reaches over to here, so
+            // that the first of two marks is that of the continuation.
+            char last = out_.text.empty() ? ' ' : out_.text.back();
+            if (columns_ == 65 && (last == '"' || last == '\'') && body.substr(first, 2) == std::string(2, last))
+                first++;
             while (!out_.text.empty() && out_.text.back() == ' ') out_.text.pop_back();
         }
         std::string_view rest = body.substr(first);
         append(track(rest), static_cast<uint32_t>(first) + 8);
         openColumns_ = open_ ? body.size() : 0;
+        columns_ = body.size();
         out_.text += '\n';
     }
 
@@ -504,6 +511,7 @@ private:
     bool inIdentification_ = false, inEntry_ = false, badIndicator_ = false, first_ = true;
     char open_ = 0, pending_ = 0;
     size_t openColumns_ = 0;
+    size_t columns_ = 0; // of the line before, from column 8
 };
 
 } // namespace

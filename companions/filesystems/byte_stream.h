@@ -38,6 +38,7 @@ struct ByteStream {
     bool atEnd;      // input: the system has no more
     bool announces;  // output: blocks are announced
     bool announced;  // one has been
+    bool standard;   // output: one of the process's own streams, to which DISPLAY writes too
     int error;       // errno of the last failure
     uint8_t *buffer; // of `capacity` bytes, owned by the FCB
     size_t capacity;

@@ -123,7 +123,7 @@ int redoRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, bool erase, const uint
 {
     bool refused = false;
     MDB_val k = valueOf(erase ? bytes : keyIn(file, 0, bytes), file->keys[0].length), old;
-    int error = mdb_get(txn, file->data[0], &k, &old);
+    int error = findInStore(file, txn, 0, k, &old);
     if (error && error != MDB_NOTFOUND) return error;
     if (erase) return error ? 0 : removeRecord(fcb, file, txn, old);
     error = error ? insertRecord(fcb, file, txn, bytes, size, &refused)
@@ -162,7 +162,7 @@ int redoRecords(const char *name, uint64_t number, const uint8_t *changes, size_
         }
         if (!error && !done) error = noteJournal(file->store, txn, number);
         if (!error && !done)
-            error = mdb_txn_commit(txn);
+            error = commitChange(file->store, txn);
         else if (txn)
             mdb_txn_abort(txn);
         if (txn) leaveTransaction(file->store);
@@ -247,6 +247,7 @@ int settleJournal(const char *name)
         free(content);
         if (!error) unlink(pointer);
         if (!error) unlink(decision);
+        if (!error && wantedDurability() != Durability::none) forceDirectory(decision);
     }
     close(descriptor);
     return error;
@@ -323,6 +324,8 @@ void endJournal(CommitJournal *journal, const JournalPart *parts, size_t count)
     }
     if (journal->descriptor < 0) return;
     unlink(journal->name);
+    // A loss of power must not bring it back over what comes later.
+    if (wantedDurability() != Durability::none) forceDirectory(journal->name);
     close(journal->descriptor);
     journal->descriptor = -1;
 }

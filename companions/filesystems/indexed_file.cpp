@@ -44,7 +44,7 @@ void writeRecord(FCB *fcb, FileRequest *request)
         if (txn) {
             SizeLimitHeldOff guard;
             MDB_val k = valueOf(primary, keySize), v;
-            error = mdb_get(txn, file->data[0], &k, &v);
+            error = findInStore(file, txn, 0, k, &v);
             if (error == 0)
                 refused = true;
             else if (error == MDB_NOTFOUND)
@@ -84,7 +84,7 @@ void changeRecord(FCB *fcb, FileRequest *request, bool rewrite)
         if (txn) {
             SizeLimitHeldOff guard;
             MDB_val k = valueOf(primary, keySize), old;
-            error = mdb_get(txn, file->data[0], &k, &old);
+            error = findInStore(file, txn, 0, k, &old);
             if (error == MDB_NOTFOUND)
                 missing = true, error = 0;
             else if (!error && rewrite)
@@ -117,23 +117,8 @@ struct FoundEntry {
     bool another; // a record of the same alternate key follows
 };
 
-// By key: `cursor` stays null where the primary key finds the record at once.
-int findByKey(IndexedFile *file, MDB_txn *txn, const uint8_t *record, MDB_cursor **cursor, MDB_val *k, MDB_val *v)
-{
-    uint32_t key = file->reference;
-    size_t size = file->keys[key].length;
-    if (key == 0) {
-        *k = valueOf(keyIn(file, 0, record), size);
-        return mdb_get(txn, file->data[0], k, v);
-    }
-    int error = cursorFor(file, txn, cursor);
-    if (!error) error = seekBound(*cursor, keyIn(file, key, record), size, false, k, v);
-    if (!error && k->mv_size < size) return MDB_CORRUPTED;
-    return !error && memcmp(k->mv_data, keyIn(file, key, record), size) != 0 ? MDB_NOTFOUND : error;
-}
-
 // What an entry leads to. Lengths that this file's entries and records do not have are damage.
-int followEntry(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, const MDB_val &k, const MDB_val &v,
+int followEntry(IndexedFile *file, MDB_txn *txn, StoreCursor *cursor, const MDB_val &k, const MDB_val &v,
                 FoundEntry *found)
 {
     size_t keySize = file->keys[0].length;
@@ -142,9 +127,9 @@ int followEntry(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, const MDB_v
     if (found->primary.mv_size != keySize) return MDB_CORRUPTED;
     if (file->reference) {
         // An entry without its record is damage, not the end of the file.
-        int error = mdb_get(txn, file->data[0], &found->primary, &found->stored);
+        int error = findInStore(file, txn, 0, found->primary, &found->stored);
         if (error) return error == MDB_NOTFOUND ? MDB_CORRUPTED : error;
-        found->another = hasDuplicates(file, file->reference) && hasFollower(file, cursor, &found->entry);
+        found->another = cursor && hasDuplicates(file, file->reference) && hasFollower(cursor, &found->entry);
     }
     if (!isRecord(file, found->stored)) return MDB_CORRUPTED;
     // The record must have the key that led to it.
@@ -153,13 +138,51 @@ int followEntry(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, const MDB_v
     return same ? 0 : MDB_CORRUPTED;
 }
 
+// A key that is not there: the entries on both sides of its place must be what they say, since a
+// damaged one may have been this key.
+int confirmAbsence(IndexedFile *file, MDB_txn *txn, const MDB_val &key)
+{
+    StoreCursor cursor;
+    FoundEntry beside;
+    MDB_val k = key, v;
+    int error = openCursor(file, txn, file->reference, &cursor);
+    if (error) return error;
+    error = moveCursor(&cursor, MDB_SET_RANGE, &k, &v);
+    const bool last = error == MDB_NOTFOUND;
+    if (!error) error = followEntry(file, txn, nullptr, k, v, &beside);
+    if (!error || last) error = moveCursor(&cursor, last ? MDB_LAST : MDB_PREV, &k, &v);
+    if (!error) error = followEntry(file, txn, nullptr, k, v, &beside);
+    closeCursor(&cursor);
+    return error ? error : MDB_NOTFOUND;
+}
+
+// By key: `cursor` stays closed where the primary key finds the record at once.
+int findByKey(IndexedFile *file, MDB_txn *txn, const uint8_t *record, StoreCursor *cursor, MDB_val *k, MDB_val *v)
+{
+    const uint32_t key = file->reference;
+    const size_t size = file->keys[key].length;
+    const MDB_val sought = valueOf(keyIn(file, key, record), size);
+    int error;
+    if (key == 0) {
+        *k = sought;
+        error = findInStore(file, txn, 0, *k, v);
+    } else {
+        error = openCursor(file, txn, key, cursor);
+        if (!error) error = seekBound(cursor, keyIn(file, key, record), size, false, k, v);
+        if (!error && k->mv_size < size) return MDB_CORRUPTED;
+        if (!error && memcmp(k->mv_data, keyIn(file, key, record), size) != 0) error = MDB_NOTFOUND;
+    }
+    return error == MDB_NOTFOUND ? confirmAbsence(file, txn, sought) : error;
+}
+
 int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool random, const uint8_t *record,
-              MDB_cursor **cursor, FoundEntry *found)
+              StoreCursor *cursor, FoundEntry *found)
 {
     MDB_val k = {}, v = {};
-    int error = random ? findByKey(file, txn, record, cursor, &k, &v) : cursorFor(file, txn, cursor);
-    if (!error && !random) error = step(file, *cursor, request->options & ZVK_REQUEST_PREVIOUS, &k, &v);
-    return error ? error : followEntry(file, txn, *cursor, k, v, found);
+    int error = random ? findByKey(file, txn, record, cursor, &k, &v)
+                       : openCursor(file, txn, file->reference, cursor);
+    if (!error && !random) error = step(file, cursor, request->options & ZVK_REQUEST_PREVIOUS, &k, &v);
+    return error ? error : followEntry(file, txn, cursor, k, v, found);
 }
 
 constexpr size_t kAheadSize = 65536;
@@ -179,7 +202,7 @@ int64_t milliseconds()
 
 // Copies what follows the cursor; the search goes on from the last record that was delivered, so
 // what cannot be read is met again when the program comes to it.
-void fillAhead(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, bool back)
+void fillAhead(IndexedFile *file, MDB_txn *txn, StoreCursor *cursor, bool back)
 {
     ReadAhead &ahead = file->ahead;
     uint32_t wanted = ahead.wanted;
@@ -190,7 +213,7 @@ void fillAhead(IndexedFile *file, MDB_txn *txn, MDB_cursor *cursor, bool back)
     for (uint32_t n = 1; n < wanted; ++n) {
         MDB_val k, v;
         FoundEntry next;
-        if (mdb_cursor_get(cursor, &k, &v, back ? MDB_PREV : MDB_NEXT)) break;
+        if (moveCursor(cursor, back ? MDB_PREV : MDB_NEXT, &k, &v)) break;
         if (followEntry(file, txn, cursor, k, v, &next)) break;
         AheadEntry entry = {static_cast<uint32_t>(next.entry.mv_size), static_cast<uint32_t>(next.primary.mv_size),
                             static_cast<uint32_t>(next.stored.mv_size), next.another};
@@ -259,13 +282,14 @@ bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uin
     }
     int error;
     MDB_txn *txn = reading(file, &error);
-    MDB_cursor *cursor = nullptr;
+    StoreCursor cursor;
+    cursor.inChange = nullptr;
     if (txn) error = findEntry(file, txn, request, random, record, &cursor, &found);
     bool again = !error && lockFound(fcb, file, found, request->options);
     if (!error && !again && fcb->status < 10) {
         deliver(fcb, file, request, found, record);
         if (ahead)
-            fillAhead(file, txn, cursor, back);
+            fillAhead(file, txn, &cursor, back);
         else
             dropAhead(file);
     }
@@ -273,7 +297,7 @@ bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uin
         zvkSetStatus(fcb, random ? 23 : 10, random ? fs2NoRecord : fs2AtEnd);
     else if (error)
         failWithStore(fcb, error);
-    if (cursor) mdb_cursor_close(cursor);
+    closeCursor(&cursor);
     endReading(file);
     return !again;
 }
@@ -336,16 +360,16 @@ int takeHighestKey(IndexedFile *file)
 {
     int error;
     MDB_txn *txn = reading(file, &error);
-    MDB_cursor *cursor = nullptr;
+    StoreCursor cursor;
     MDB_val k, v;
-    if (txn && !(error = cursorFor(file, txn, &cursor))) {
-        error = mdb_cursor_get(cursor, &k, &v, MDB_LAST);
+    if (txn && !(error = openCursor(file, txn, file->reference, &cursor))) {
+        error = moveCursor(&cursor, MDB_LAST, &k, &v);
         if (!error && k.mv_size != file->keys[0].length) error = MDB_CORRUPTED;
         if (!error) {
             memcpy(file->lastKey, k.mv_data, k.mv_size);
             file->wrote = true;
         }
-        mdb_cursor_close(cursor);
+        closeCursor(&cursor);
     }
     endReading(file);
     return error == MDB_NOTFOUND ? 0 : error;
@@ -378,6 +402,7 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
         file->transactional = file->locks.transactional = transactionsWanted();
         file->seen = transactionNumber();
         if (file->transactional) registerOpen(opened.descriptor);
+        file->isNew = fcb->requestedMode & ZVK_OPEN_OUTPUT;
         file->alone = !input && opened.held.alone && !file->transactional;
         size_t own = recordRoom(file);
         fcb->moduleBuffer2 = malloc(own + (input ? kAheadSize : 0));

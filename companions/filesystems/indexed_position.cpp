@@ -15,34 +15,36 @@ namespace filesystems {
 
 namespace {
 
-int seekRelation(MDB_cursor *cursor, uint32_t relation, const uint8_t *key, size_t size, MDB_val *k, MDB_val *v)
+int seekRelation(StoreCursor *cursor, uint32_t relation, const uint8_t *key, size_t size, MDB_val *k, MDB_val *v)
 {
-    if (relation == ZVK_RELATION_FIRST) return mdb_cursor_get(cursor, k, v, MDB_FIRST);
-    if (relation == ZVK_RELATION_LAST) return mdb_cursor_get(cursor, k, v, MDB_LAST);
+    if (relation == ZVK_RELATION_FIRST) return moveCursor(cursor, MDB_FIRST, k, v);
+    if (relation == ZVK_RELATION_LAST) return moveCursor(cursor, MDB_LAST, k, v);
     bool beyond = relation == ZVK_RELATION_GREATER || relation == ZVK_RELATION_NOT_GREATER;
     int error = seekBound(cursor, key, size, beyond, k, v);
+    if (error && error != MDB_NOTFOUND) return error;
     if (relation == ZVK_RELATION_EQUAL && !error && k->mv_size < size) return MDB_CORRUPTED;
     if (relation == ZVK_RELATION_EQUAL && !error && memcmp(k->mv_data, key, size) != 0) return MDB_NOTFOUND;
     if (relation == ZVK_RELATION_LESS || relation == ZVK_RELATION_NOT_GREATER)
-        return mdb_cursor_get(cursor, k, v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
+        return moveCursor(cursor, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV, k, v);
     return error;
 }
 
 } // namespace
 
-int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_val *v)
+int step(IndexedFile *file, StoreCursor *cursor, bool previous, MDB_val *k, MDB_val *v)
 {
-    if (file->placeSize == 0) return previous ? MDB_NOTFOUND : mdb_cursor_get(cursor, k, v, MDB_FIRST);
+    if (file->placeSize == 0) return previous ? MDB_NOTFOUND : moveCursor(cursor, MDB_FIRST, k, v);
     *k = valueOf(file->place, file->placeSize);
-    int error = mdb_cursor_get(cursor, k, v, MDB_SET_RANGE);
+    int error = moveCursor(cursor, MDB_SET_RANGE, k, v);
+    if (error && error != MDB_NOTFOUND) return error;
     bool same = !error && k->mv_size == file->placeSize && memcmp(k->mv_data, file->place, file->placeSize) == 0;
     if (same && file->exact) return 0;
-    if (same) return mdb_cursor_get(cursor, k, v, previous ? MDB_PREV : MDB_NEXT);
+    if (same) return moveCursor(cursor, previous ? MDB_PREV : MDB_NEXT, k, v);
 
     // The entry at the place is gone. What comes before the place must be below it: a damaged entry
     // leads the search astray, past good ones.
     MDB_val before, record;
-    int none = mdb_cursor_get(cursor, &before, &record, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
+    int none = moveCursor(cursor, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV, &before, &record);
     if (!none && (before.mv_size != entrySize(file, file->reference) ||
                   memcmp(before.mv_data, file->place, before.mv_size) >= 0))
         return MDB_CORRUPTED;
@@ -53,10 +55,10 @@ int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_v
     }
     if (error) return error;
     *k = valueOf(file->place, file->placeSize);
-    return mdb_cursor_get(cursor, k, v, MDB_SET_RANGE);
+    return moveCursor(cursor, MDB_SET_RANGE, k, v);
 }
 
-int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v)
+int seekBound(StoreCursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v)
 {
     uint8_t bound[kKeyRoom];
     memcpy(bound, bytes, size);
@@ -66,25 +68,7 @@ int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond
         ++bound[size - 1];
     }
     *k = valueOf(bound, size);
-    return mdb_cursor_get(cursor, k, v, MDB_SET_RANGE);
-}
-
-int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor)
-{
-    return mdb_cursor_open(txn, file->data[file->reference], cursor);
-}
-
-bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at)
-{
-    MDB_val k, v;
-    uint8_t entry[kKeyRoom];
-    size_t length = file->keys[file->reference].length, size = at->mv_size;
-    memcpy(entry, at->mv_data, size);
-    bool follows =
-        !mdb_cursor_get(cursor, &k, &v, MDB_NEXT) && k.mv_size == size && memcmp(k.mv_data, entry, length) == 0;
-    k = valueOf(entry, size);
-    mdb_cursor_get(cursor, &k, &v, MDB_SET);
-    return follows;
+    return moveCursor(cursor, MDB_SET_RANGE, k, v);
 }
 
 void dropAhead(IndexedFile *file)
@@ -106,11 +90,11 @@ void startIndexedAt(FCB *fcb, FileRequest *request)
     if (request->keyLength && request->keyLength < size) size = request->keyLength;
     int error;
     MDB_txn *txn = reading(file, &error);
-    MDB_cursor *cursor = nullptr;
+    StoreCursor cursor;
     MDB_val k, v;
     file->reference = request->key;
-    if (txn && !(error = cursorFor(file, txn, &cursor))) {
-        error = seekRelation(cursor, request->relation, key, size, &k, &v);
+    if (txn && !(error = openCursor(file, txn, file->reference, &cursor))) {
+        error = seekRelation(&cursor, request->relation, key, size, &k, &v);
         if (!error && k.mv_size != entrySize(file, file->reference)) error = MDB_CORRUPTED;
         if (!error) {
             memcpy(file->place, k.mv_data, k.mv_size);
@@ -118,7 +102,7 @@ void startIndexedAt(FCB *fcb, FileRequest *request)
             file->exact = true;
             fcb->state |= ZVK_FILE_POSITION_VALID;
         }
-        mdb_cursor_close(cursor);
+        closeCursor(&cursor);
     }
     if (!file->batch) endReading(file);
     if (error == MDB_NOTFOUND)

@@ -37,19 +37,20 @@ int nextNumber(IndexedFile *file, MDB_txn *txn, uint32_t key, const uint8_t *rec
 {
     uint8_t entry[kKeyRoom];
     size_t size = entryKey(file, key, record, ~uint64_t(0), entry);
-    MDB_cursor *cursor;
-    int error = mdb_cursor_open(txn, file->data[key], &cursor);
+    StoreCursor cursor;
+    int error = openCursor(file, txn, key, &cursor);
     if (error) return error;
     MDB_val k = valueOf(entry, size), v;
-    error = mdb_cursor_get(cursor, &k, &v, MDB_SET_RANGE);
-    error = mdb_cursor_get(cursor, &k, &v, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV);
+    error = moveCursor(&cursor, MDB_SET_RANGE, &k, &v);
+    if (!error || error == MDB_NOTFOUND)
+        error = moveCursor(&cursor, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV, &k, &v);
     *number = 1;
     if (!error && k.mv_size == size && memcmp(k.mv_data, entry, size - kSequenceSize) == 0) {
         uint64_t last;
         memcpy(&last, static_cast<uint8_t *>(k.mv_data) + size - kSequenceSize, kSequenceSize);
         *number = __builtin_bswap64(last) + 1;
     }
-    mdb_cursor_close(cursor);
+    closeCursor(&cursor);
     return error == MDB_NOTFOUND ? 0 : error;
 }
 
@@ -71,12 +72,12 @@ bool sameKey(const IndexedFile *file, uint32_t key, const uint8_t *record, const
 }
 
 // All that can refuse comes before the first change: 0, MDB_KEYEXIST, or an error.
-int findRefusal(const IndexedFile *file, MDB_txn *txn, const uint8_t *record, const uint8_t *old)
+int findRefusal(IndexedFile *file, MDB_txn *txn, const uint8_t *record, const uint8_t *old)
 {
     for (uint32_t key = 1; key < file->keyCount; ++key) {
         if (hasDuplicates(file, key) || sameKey(file, key, record, old)) continue;
         MDB_val k = valueOf(keyIn(file, key, record), file->keys[key].length), v;
-        int error = mdb_get(txn, file->data[key], &k, &v);
+        int error = findInStore(file, txn, key, k, &v);
         if (error != MDB_NOTFOUND) return error ? error : MDB_KEYEXIST;
     }
     return 0;
@@ -101,12 +102,12 @@ int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, 
         if (!sameKey(file, key, record, oldRecord)) {
             if (old) {
                 MDB_val k = valueOf(entry, entryKey(file, key, oldRecord, sequence, entry));
-                if ((error = mdb_del(txn, file->data[key], &k, nullptr))) return error;
+                if ((error = eraseInStore(file, txn, key, k))) return error;
             }
             if (duplicates && (error = nextNumber(file, txn, key, record, &sequence))) return error;
             another |= duplicates && sequence > 1;
             MDB_val k = valueOf(entry, entryKey(file, key, record, sequence, entry));
-            if ((error = mdb_put(txn, file->data[key], &k, &primary, 0))) return error;
+            if ((error = putInStore(file, txn, key, k, primary, 0))) return error;
         }
         if (duplicates) memcpy(stored + n++ * kSequenceSize, &sequence, kSequenceSize);
     }
@@ -114,7 +115,7 @@ int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, 
     size_t size = n * kSequenceSize + length;
     if (file->sumSize) putSum(0, stored, size);
     MDB_val value = valueOf(stored, size + file->sumSize);
-    error = mdb_put(txn, file->data[0], &primary, &value, old ? 0 : MDB_NOOVERWRITE);
+    error = putInStore(file, txn, 0, primary, value, old ? 0 : MDB_NOOVERWRITE);
     if (!error && another) zvkSetStatus(fcb, 2, fs2DuplicateKey);
     return error;
 }
@@ -149,10 +150,10 @@ int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old)
         uint64_t number = 0;
         if (hasDuplicates(file, key)) memcpy(&number, copy + n++ * kSequenceSize, kSequenceSize);
         MDB_val k = valueOf(entry, entryKey(file, key, record, number, entry));
-        if (int error = mdb_del(txn, file->data[key], &k, nullptr)) return error;
+        if (int error = eraseInStore(file, txn, key, k)) return error;
     }
     MDB_val primary = valueOf(keyIn(file, 0, record), file->keys[0].length);
-    return mdb_del(txn, file->data[0], &primary, nullptr);
+    return eraseInStore(file, txn, 0, primary);
 }
 
 } // namespace filesystems

@@ -21,13 +21,21 @@ struct ReadAhead {
     int64_t madeAt; // milliseconds
 };
 
+// The tree of a key as of a commit.
+struct KnownTree {
+    uint64_t change;
+    bool known;
+    StoreTree tree;
+};
+
 struct IndexedFile {
     int descriptor;
     Store *store;
     MDB_txn *batch;    // alone: the transaction that is being filled
     MDB_txn *snapshot; // reading
+    StoreSnapshot view; // its pages
     bool snapshotLive;
-    bool alone, sequential, exact;
+    bool alone, isNew, sequential, exact; // isNew: opened for OUTPUT
     bool transactional;
     uint64_t seen;  // the transaction that the last verb was in
     bool committed; // something, since OPEN
@@ -39,6 +47,7 @@ struct IndexedFile {
     uint32_t keyCount, numbered; // keys; alternates with duplicates
     FileKey keys[kMostKeys];
     MDB_dbi data[kMostKeys];
+    KnownTree trees[kMostKeys];
     RecordFormat format;
     uint32_t sumSize; // of the checksum after a record, 0 or 4
     RecordLocks locks;
@@ -82,6 +91,28 @@ void describeRecords(IndexedFile *file, uint32_t longest, uint32_t shortest, con
 // EXTEND, and sequential WRITE after a rollback, go on after the highest key.
 int takeHighestKey(IndexedFile *file);
 
+// --- indexed_cursor.cpp: looking into the store, and what changes it
+
+// In one tree of a snapshot, or of a change.
+struct StoreCursor {
+    IndexedFile *file;
+    uint32_t key;
+    const StoreSnapshot *in;
+    MDB_cursor *inChange; // null: in the snapshot
+    PageCursor pages;
+};
+// Needs `closeCursor` if it gave 0.
+int openCursor(IndexedFile *file, MDB_txn *txn, uint32_t key, StoreCursor *cursor);
+void closeCursor(StoreCursor *cursor);
+// As LMDB's cursors are moved; MDB_FIRST, MDB_LAST, MDB_NEXT, MDB_PREV, MDB_SET and MDB_SET_RANGE.
+int moveCursor(StoreCursor *cursor, MDB_cursor_op where, MDB_val *k, MDB_val *v);
+// Does another record of the same alternate key follow? Leaves the cursor where it was.
+bool hasFollower(StoreCursor *cursor, const MDB_val *at);
+
+int findInStore(IndexedFile *file, MDB_txn *txn, uint32_t key, const MDB_val &k, MDB_val *v);
+int putInStore(IndexedFile *file, MDB_txn *txn, uint32_t key, MDB_val k, MDB_val v, unsigned flags);
+int eraseInStore(IndexedFile *file, MDB_txn *txn, uint32_t key, MDB_val k);
+
 // --- indexed_record.cpp: a record and its entries in all keys
 
 // Bytes in front of a record as it is stored: the numbers of its keys with duplicates.
@@ -109,14 +140,11 @@ inline size_t entrySize(const IndexedFile *file, uint32_t key)
 {
     return file->keys[key].length + (hasDuplicates(file, key) ? kSequenceSize : 0);
 }
-int cursorFor(IndexedFile *file, MDB_txn *txn, MDB_cursor **cursor);
 void dropAhead(IndexedFile *file);
 // Puts a cursor of the key of reference on the entry that a sequential READ takes next.
-int step(IndexedFile *file, MDB_cursor *cursor, bool previous, MDB_val *k, MDB_val *v);
+int step(IndexedFile *file, StoreCursor *cursor, bool previous, MDB_val *k, MDB_val *v);
 // Puts a cursor on the first entry that is not below `bytes`, or is not at them either (`beyond`).
-int seekBound(MDB_cursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v);
-// Does another record of the same alternate key follow? Leaves the cursor where it was.
-bool hasFollower(IndexedFile *file, MDB_cursor *cursor, const MDB_val *at);
+int seekBound(StoreCursor *cursor, const uint8_t *bytes, size_t size, bool beyond, MDB_val *k, MDB_val *v);
 void startIndexedAt(FCB *fcb, FileRequest *request);
 
 } // namespace filesystems

@@ -1,9 +1,11 @@
 #include "companions/filesystems/indexed_store.h"
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -34,10 +36,22 @@ struct Store {
     ino_t lockInode;
     size_t pageSize;
     MDB_dbi about;
+    StoreMap *map;
+    int folder; // -1: not known
+    std::atomic<int64_t> folderTime;
+    // The change that is being made: one at a time, LMDB sees to that.
+    StoreSnapshot committed;
+    VettedPages vetted;   // of many changes in one transaction
+    uint64_t *marks;      // for the lists of free pages
+    uint64_t marksRoom;   // pages
+    uint64_t ownChange;   // the commit that this program made last
+    bool many;
     char name[];
 };
 
 namespace {
+
+constexpr int kUnsettled = -40004; // a journal comes first
 
 Store *stores;
 pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
@@ -103,36 +117,99 @@ void growMap(Store *store)
         resizeMap(store, info.me_mapsize * 2);
 }
 
-// `settles`: not before what journals say.
-int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, bool settles = true)
+// The last change of the folder's entries, in nanoseconds; 0 where that cannot be said.
+int64_t folderTimeOf(const Store *store)
+{
+    struct stat about;
+    if (store->folder < 0 || fstat(store->folder, &about) != 0) return 0;
+    return int64_t(about.st_mtim.tv_sec) * 1000000000 + about.st_mtim.tv_nsec;
+}
+
+// Is that long enough ago that another change would have another time? Some file systems keep whole
+// seconds, the others the ticks of a clock.
+bool isSettledTime(int64_t time)
+{
+    constexpr int64_t second = 1000000000, tick = second / 50;
+    timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    int64_t age = int64_t(now.tv_sec) * second + now.tv_nsec - time;
+    return age > (time % second ? tick : 3 * second);
+}
+
+// Are the store's files those that were opened, and is there no journal of another? Both are
+// entries of one folder: while the folder does not change, the answer does not.
+int checkPlace(Store *store, bool settles)
 {
     char file[PATH_MAX];
-    bool unsettled = false;
+    int64_t time = folderTimeOf(store);
+    if (time && time == store->folderTime.load(std::memory_order_relaxed)) return 0;
+    if (int error = storeIsReplaced(store)) return error;
+    if (hasJournal(fileOfStore(store, file))) return settles ? kUnsettled : 0;
+    if (time && isSettledTime(time)) store->folderTime.store(time, std::memory_order_relaxed);
+    return 0;
+}
+
+// Room for as many pages as the store has; all bits 0. False: there is no storage.
+bool makeMarks(uint64_t **marks, uint64_t *room, uint64_t pages)
+{
+    if (*marks && *room >= pages) return true;
+    free(*marks);
+    *room = pages * 2;
+    *marks = static_cast<uint64_t *>(calloc(*room / 64 + 1, sizeof(uint64_t)));
+    return *marks;
+}
+
+// What LMDB will trust from its first step on.
+int vetChange(Store *store, bool many)
+{
+    constexpr uint64_t few = 16;
+    const StoreSnapshot &now = store->committed;
+    store->many = many;
+    if (many) {
+        if (!makeMarks(&store->vetted.bits, &store->vetted.room, now.lastPage + 1)) return ENOMEM;
+        memset(store->vetted.bits, 0, (store->vetted.room / 64 + 1) * sizeof(uint64_t));
+    }
+    if (!makeMarks(&store->marks, &store->marksRoom, now.lastPage + 1)) return ENOMEM;
+    // Long lists that only this program has written since it looked at them need no second look.
+    const StoreTree &lists = now.freePages;
+    bool known = store->ownChange && store->ownChange == now.change;
+    bool isShort = lists.leafPages + lists.overflowPages <= few;
+    int error = vetForChange(now, isShort || !known, store->marks);
+    store->ownChange = error ? 0 : now.change;
+    return error;
+}
+
+// `settles`: not before what journals say.
+int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot *snapshot, bool many,
+                     bool settles = true)
+{
+    char file[PATH_MAX];
     bool cleared = false;
-    for (;;) {
+    for (int passed = 0;;) {
         enterTransaction(store);
-        int error = flags && *txn ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
-        if (!error && store->shared) error = storeIsReplaced(store);
-        if (!error && store->shared && settles) unsettled = hasJournal(fileOfStore(store, file));
-        if (*txn && (error == kStoreReplaced || unsettled)) {
-            if (flags) {
-                mdb_txn_reset(*txn);
-            } else {
-                mdb_txn_abort(*txn);
-                *txn = nullptr;
-            }
+        bool renews = flags && *txn;
+        int error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
+        const bool begun = !error;
+        if (begun && store->shared) error = checkPlace(store, settles);
+        if (!error) error = takeSnapshot(store->map, mdb_txn_id(*txn) - !flags, passed > 20, snapshot);
+        if (!error && !flags) error = vetChange(store, many);
+        if (!error) return 0;
+        if (begun && flags) {
+            mdb_txn_reset(*txn);
+        } else if (begun) {
+            mdb_txn_abort(*txn);
+            *txn = nullptr;
         }
-        if (!error && !unsettled) return 0;
         leaveTransaction(store);
-        if (unsettled && !error) error = settleJournal(file);
-        unsettled = false;
-        if (!error) continue;
-        if (error == MDB_MAP_RESIZED)
-            resizeMap(store, 0);
+        if (error == kUnsettled)
+            error = settleJournal(fileOfStore(store, file));
+        else if (error == kSnapshotPassed && flags && ++passed < 1000)
+            error = 0;
+        else if (error == MDB_MAP_RESIZED)
+            resizeMap(store, 0), error = 0;
         else if (error == MDB_READERS_FULL && !cleared)
-            clearDeadReaders(store), cleared = true;
-        else
-            return error;
+            clearDeadReaders(store), cleared = true, error = 0;
+        if (error) return error == kSnapshotPassed ? MDB_CORRUPTED : error;
     }
 }
 
@@ -182,39 +259,42 @@ int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
     return error;
 }
 
-// Pages that the file's end cuts off would end the program when they are touched; as zeros they are
-// an error of the store.
-bool completePages(const char *name, MDB_env *env)
-{
-    MDB_envinfo info;
-    MDB_stat about;
-    struct stat file;
-    if (mdb_env_info(env, &info) || mdb_env_stat(env, &about) || stat(name, &file)) return false;
-    off_t size = static_cast<off_t>((info.me_last_pgno + 1) * about.ms_psize);
-    return file.st_size >= size || truncate(name, size) == 0;
-}
-
 // Opens the environment and makes its record; the caller puts it into the list.
 Store *openStore(const char *name, const struct stat &about, bool writable, bool locked, int *error)
 {
     MDB_env *env = nullptr;
-    *error = openEnvironment(name, writable, locked, &env);
+    *error = checkHeads(name);
+    if (!*error) *error = openEnvironment(name, writable, locked, &env);
     if (*error) return nullptr;
     auto *store = static_cast<Store *>(calloc(1, sizeof(Store) + strlen(name) + 1));
-    *error = !store ? ENOMEM : completePages(name, env) ? 0 : MDB_CORRUPTED;
+    mdb_filehandle_t descriptor;
+    if (!store || mdb_env_get_fd(env, &descriptor) != 0 || !(store->map = openStoreMap(descriptor))) *error = ENOMEM;
     char lock[PATH_MAX];
     struct stat locks = {};
     snprintf(lock, sizeof lock, "%s-lock", name);
     if (!*error && locked && stat(lock, &locks) != 0) *error = kStoreReplaced;
     if (*error) {
         mdb_env_close(env);
+        if (store) closeStoreMap(store->map);
         free(store);
         return nullptr;
     }
     MDB_stat pages;
     mdb_env_stat(env, &pages);
-    *store = {about.st_dev, about.st_ino, getpid(),       env, 1, writable, locked, nullptr, PTHREAD_RWLOCK_INITIALIZER,
-              locks.st_dev, locks.st_ino, pages.ms_psize, 0};
+    store->device = about.st_dev;
+    store->inode = about.st_ino;
+    store->process = getpid();
+    store->env = env;
+    store->users = 1;
+    store->writable = writable;
+    store->shared = locked;
+    pthread_rwlock_init(&store->mapLock, nullptr);
+    store->lockDevice = locks.st_dev;
+    store->lockInode = locks.st_ino;
+    store->pageSize = pages.ms_psize;
+    const char *slash = strrchr(name, '/');
+    snprintf(lock, sizeof lock, "%.*s", slash ? static_cast<int>(slash - name + 1) : 2, slash ? name : "./");
+    store->folder = locked ? open(lock, O_PATH | O_DIRECTORY | O_CLOEXEC) : -1;
     strcpy(store->name, name);
     clearDeadReaders(store);
     return store;
@@ -244,15 +324,18 @@ Store *shareStore(const char *name, const struct stat &about, bool writable, int
 int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
 {
     MDB_txn *txn = nullptr;
-    MDB_dbi about;
-    int error = beginTransaction(store, MDB_RDONLY, &txn, false);
+    StoreSnapshot now;
+    int error = beginTransaction(store, MDB_RDONLY, &txn, &now, false, false);
     if (error && txn) mdb_txn_abort(txn);
     if (error) return error;
-    MDB_val k = identityKey(), v;
-    error = mdb_dbi_open(txn, kAboutDatabase, 0, &about);
-    if (!error) store->about = about;
-    if (!error) error = mdb_get(txn, about, &k, &v);
+    // LMDB opens a database by its name: nothing but the names is to be looked at for that.
+    StoreTree about;
+    MDB_val v;
+    error = vetForChange(now, false, nullptr);
+    if (!error) error = findTree(now, kAboutDatabase, &about);
+    if (!error) error = findValue(now, about, identityKey(), &v);
     if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
+    if (!error) error = mdb_dbi_open(txn, kAboutDatabase, 0, &store->about);
     for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
         char name[8];
         databaseName(key, name);
@@ -286,14 +369,31 @@ void leaveTransaction(Store *store)
     if (store->shared) pthread_rwlock_unlock(&store->mapLock);
 }
 
-int beginReading(Store *store, MDB_txn **txn) { return beginTransaction(store, MDB_RDONLY, txn); }
+int beginReading(Store *store, MDB_txn **txn, StoreSnapshot *snapshot)
+{
+    return beginTransaction(store, MDB_RDONLY, txn, snapshot, false);
+}
 
-int beginChange(Store *store, MDB_txn **txn)
+int beginChange(Store *store, MDB_txn **txn, bool many)
 {
     growMap(store);
     *txn = nullptr;
-    return beginTransaction(store, 0, txn);
+    return beginTransaction(store, 0, txn, &store->committed, many);
 }
+
+int commitChange(Store *store, MDB_txn *txn)
+{
+    int error = mdb_txn_commit(txn);
+    if (error)
+        store->ownChange = 0;
+    else if (store->ownChange)
+        ++store->ownChange;
+    return error;
+}
+
+const StoreSnapshot &committedState(const Store *store) { return store->committed; }
+bool makesManyChanges(const Store *store) { return store->many; }
+VettedPages *vettedPages(Store *store) { return store->many ? &store->vetted : nullptr; }
 
 const char *fileOfStore(const Store *store, char *room)
 {
@@ -305,20 +405,29 @@ int beginRedo(Store *store, MDB_txn **txn)
 {
     growMap(store);
     *txn = nullptr;
-    return beginTransaction(store, 0, txn, false);
+    return beginTransaction(store, 0, txn, &store->committed, true, false);
 }
 
-uint64_t lastJournal(const Store *store, MDB_txn *txn)
+// The tree "about" has one page or two.
+static int vetAbout(Store *store)
+{
+    StoreTree about;
+    int error = findTree(store->committed, kAboutDatabase, &about);
+    return error ? error : vetTree(store->committed, about, vettedPages(store));
+}
+
+uint64_t lastJournal(Store *store, MDB_txn *txn)
 {
     MDB_val k = valueOf("journal", 7), v;
     uint64_t number = 0;
-    if (mdb_get(txn, store->about, &k, &v) == 0 && v.mv_size == sizeof number)
+    if (vetAbout(store) == 0 && mdb_get(txn, store->about, &k, &v) == 0 && v.mv_size == sizeof number)
         memcpy(&number, v.mv_data, sizeof number);
     return number;
 }
 
-int noteJournal(const Store *store, MDB_txn *txn, uint64_t number)
+int noteJournal(Store *store, MDB_txn *txn, uint64_t number)
 {
+    if (int error = vetAbout(store)) return error;
     MDB_val k = valueOf("journal", 7), v = valueOf(&number, sizeof number);
     return mdb_put(txn, store->about, &k, &v, 0);
 }
@@ -366,6 +475,11 @@ void leaveStore(Store *store)
             *link = store->next;
         }
         mdb_env_close(store->env);
+        closeStoreMap(store->map);
+        if (store->folder >= 0) close(store->folder);
+        pthread_rwlock_destroy(&store->mapLock);
+        free(store->vetted.bits);
+        free(store->marks);
         free(store);
     }
     pthread_mutex_unlock(&storesLock);

@@ -15,6 +15,7 @@
 
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/store_layout.h"
+#include "companions/filesystems/store_pages.h"
 
 namespace filesystems {
 
@@ -39,15 +40,22 @@ void leaveStore(Store *store);
 const char *fileOfStore(const Store *store, char *room);
 
 // Transactions. A change or a reading that could not begin needs no `leaveTransaction`; all others
-// do after their end. `beginReading` renews the one that it is given, or makes it.
-int beginReading(Store *store, MDB_txn **txn);
-int beginChange(Store *store, MDB_txn **txn);
+// do after their end. `beginReading` renews the one that it is given, or makes it; what it reads is
+// in `snapshot`.
+int beginReading(Store *store, MDB_txn **txn, StoreSnapshot *snapshot);
+// `many`: the transaction is of more than one verb.
+int beginChange(Store *store, MDB_txn **txn, bool many);
+int commitChange(Store *store, MDB_txn *txn);
 // For the changes of a journal, which wait for none.
 int beginRedo(Store *store, MDB_txn **txn);
 void leaveTransaction(Store *store);
+// While there is a change: what was committed before it, and what it has looked at.
+const StoreSnapshot &committedState(const Store *store);
+bool makesManyChanges(const Store *store);
+VettedPages *vettedPages(Store *store); // null for a change of one verb
 // The number of the journal that was brought in last (commit_journal.h); 0: none.
-uint64_t lastJournal(const Store *store, MDB_txn *txn);
-int noteJournal(const Store *store, MDB_txn *txn, uint64_t number);
+uint64_t lastJournal(Store *store, MDB_txn *txn);
+int noteJournal(Store *store, MDB_txn *txn, uint64_t number);
 // Are NAME.mdb and its lock file those that were opened? 0, or `kStoreReplaced`: what others see
 // and lock is something else.
 int storeIsReplaced(const Store *store);

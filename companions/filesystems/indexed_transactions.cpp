@@ -1,7 +1,7 @@
 // Transactions of an indexed file.
 //
 // A file that others may write commits each change before the verb returns; one that this program
-// has alone commits every 10,000 changes and at CLOSE. LMDB never overwrites a page in use, so a
+// has alone commits every 10,000 changes and at CLOSE, one that it makes (OUTPUT) every 32 MB. LMDB never overwrites a page in use, so a
 // killed program leaves the last commit. Reading goes in a snapshot, which ends with the verb: one
 // that stays would hold back the pages that it shows, and the store would grow.
 //
@@ -15,6 +15,16 @@ namespace filesystems {
 namespace {
 
 constexpr uint32_t kChangesPerCommit = 10000, kCommitsPerReaderCheck = 1000;
+constexpr uint64_t kBytesOfNewFile = 32 << 20;
+
+// Is it time to commit a batch? Each commit writes every page that it changed, and in a file that
+// grows in no order these are all: one that is being made goes in large parts.
+bool isFull(const IndexedFile *file)
+{
+    const uint64_t limit = bytesPerCommit(file->store);
+    if (!file->isNew) return file->changes >= kChangesPerCommit || file->changedBytes >= limit;
+    return file->changedBytes >= (limit < kBytesOfNewFile ? limit : kBytesOfNewFile);
+}
 
 } // namespace
 
@@ -23,7 +33,7 @@ MDB_txn *reading(IndexedFile *file, int *error)
     *error = 0;
     if (file->batch) return file->batch;
     if (MDB_txn *txn = file->transactional ? transactionOn(file->store) : nullptr) return txn;
-    *error = beginReading(file->store, &file->snapshot);
+    *error = beginReading(file->store, &file->snapshot, &file->view);
     file->snapshotLive = !*error;
     return *error ? nullptr : file->snapshot;
 }
@@ -51,7 +61,7 @@ MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error)
         return txn;
     }
     MDB_txn *txn = nullptr;
-    *error = beginChange(file->store, &txn);
+    *error = beginChange(file->store, &txn, file->alone);
     if (!*error && file->alone) file->batch = txn;
     return txn;
 }
@@ -64,7 +74,7 @@ int commitBatch(IndexedFile *file)
     if (error)
         mdb_txn_abort(file->batch);
     else
-        error = mdb_txn_commit(file->batch);
+        error = commitChange(file->store, file->batch);
     file->committed |= !error;
     leaveTransaction(file->store);
     file->batch = nullptr;
@@ -80,8 +90,8 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
     if (file->batch && !error) {
         if (!made) return 0;
         file->changedBytes += bytes;
-        if (++file->changes < kChangesPerCommit && file->changedBytes < bytesPerCommit(file->store)) return 0;
-        return commitBatch(file);
+        ++file->changes;
+        return isFull(file) ? commitBatch(file) : 0;
     }
     if (error || !made) {
         mdb_txn_abort(txn);
@@ -90,7 +100,7 @@ int changed(IndexedFile *file, MDB_txn *txn, int error, bool made, uint32_t byte
         file->changes = 0;
         file->changedBytes = 0;
     } else {
-        error = mdb_txn_commit(txn);
+        error = commitChange(file->store, txn);
         file->committed |= !error;
         if (++file->commits % kCommitsPerReaderCheck == 0) clearDeadReaders(file->store);
     }

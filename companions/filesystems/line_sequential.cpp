@@ -59,6 +59,15 @@ struct Lines {
         return 0;
     }
 
+    // From a terminal or a pipe a line is taken as soon as it is whole.
+    static void waitForLine(ByteStream &stream, size_t most)
+    {
+        while (stream.available() < most &&
+               !(stream.available() && memchr(stream.buffer + stream.at, '\n', stream.available())) &&
+               stream.need(stream.available() + 1)) {
+        }
+    }
+
     static Found read(SequentialFile *file, uint8_t *record, uint32_t *length)
     {
         ByteStream &stream = file->stream;
@@ -68,7 +77,11 @@ struct Lines {
         size_t window = stream.available() < longest + 2 ? stream.available() : longest + 2;
         const uint8_t *end = static_cast<const uint8_t *>(memchr(line, '\n', window));
         if (!end) {
-            if (!stream.need(longest + 2) && stream.error) return Found::failed;
+            if (!stream.seekable)
+                waitForLine(stream, longest + 2);
+            else
+                stream.need(longest + 2);
+            if (stream.error) return Found::failed;
             if (stream.available() == 0) return Found::end;
             line = stream.buffer + stream.at;
             window = stream.available() < longest + 2 ? stream.available() : longest + 2;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,6 +28,19 @@ Opened absent(FCB *fcb)
     return refused();
 }
 
+// The process's own stream that a name means, or -1. It goes on where the program's ACCEPT and
+// DISPLAY are, and may be a pipe: a copy of its descriptor serves, for opening the name anew would
+// begin at the start of a file that it was redirected to.
+int standardStream(const FCB *fcb)
+{
+    bool input = fcb->requestedMode & ZVK_OPEN_INPUT;
+    bool output = fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND);
+    if (input && strcmp(fcb->fileName, "/dev/stdin") == 0) return STDIN_FILENO;
+    if (output && strcmp(fcb->fileName, "/dev/stdout") == 0) return STDOUT_FILENO;
+    if (output && strcmp(fcb->fileName, "/dev/stderr") == 0) return STDERR_FILENO;
+    return -1;
+}
+
 } // namespace
 
 Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked)
@@ -37,6 +51,13 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
     bool created = false;
     zvkSetStatus(fcb, 0, fs2None);
     fcb->state &= ~ZVK_FILE_ABSENT;
+
+    if (int standard = devices ? standardStream(fcb) : -1; standard >= 0) {
+        constexpr int kAboveStandard = 3;
+        int copy = fcntl(standard, F_DUPFD_CLOEXEC, kAboveStandard);
+        if (copy < 0) failWithErrno(fcb, errno);
+        return {copy, false, false, 0, {}, true};
+    }
 
     int descriptor = open(fcb->fileName, flags);
     if (descriptor < 0 && errno == ENOENT && !input && (output || optional)) {

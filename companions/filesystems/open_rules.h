@@ -19,6 +19,7 @@ struct Opened {
     bool created;   // absent or empty before
     uint64_t size;
     ShareHeld held;
+    bool standard = false; // one of the process's own streams
 };
 
 // Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status

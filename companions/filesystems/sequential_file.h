@@ -17,6 +17,7 @@
 #pragma once
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
@@ -112,6 +113,14 @@ struct SequentialVerbs {
             zvkSetStatus(fcb, 44, fs2RecordLength);
         else if (Format::write(fcb, file, recordOf(fcb, request), length, request))
             fcb->recordNumber = ++file->records;
+        if (__builtin_expect(file->stream.standard, 0)) showNow(fcb, file);
+    }
+
+    // A record for a standard stream goes out at once, and after what DISPLAY has written.
+    static void showNow(FCB *fcb, SequentialFile *file)
+    {
+        fflush(stdout);
+        if (!file->stream.flush() && fcb->status < 10) failWithErrno(fcb, file->stream.error);
     }
 
     // REWRITE replaces the bytes of the record that was read last: there is no more room.
@@ -186,6 +195,7 @@ bool startSequential(FCB *fcb, const FIB *fib, const Opened &opened, uint64_t da
         ByteStream &stream = file->stream;
         stream.descriptor = opened.descriptor;
         stream.seekable = opened.seekable;
+        stream.standard = opened.standard;
         stream.buffer = static_cast<uint8_t *>(fcb->moduleBuffer2);
         stream.capacity = capacity;
         file->spare = stream.buffer + capacity;

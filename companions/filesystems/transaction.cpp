@@ -116,7 +116,7 @@ int commitStore(Participant *one, uint64_t journal)
     int error = storeIsReplaced(one->store);
     if (!error && journal) error = noteJournal(one->store, one->txn, journal);
     if (!error) {
-        error = mdb_txn_commit(one->txn);
+        error = commitChange(one->store, one->txn);
         one->txn = nullptr;
         leaveTransaction(one->store);
     }
@@ -222,7 +222,7 @@ MDB_txn *transactionOn(const Store *store)
 int joinTransaction(Store *store, int descriptor, MDB_txn **txn)
 {
     if (!lockTransaction(descriptor)) return kInTransaction;
-    int error = beginChange(store, txn);
+    int error = beginChange(store, txn, true);
     char name[PATH_MAX];
     Participant *one = error ? nullptr : addParticipant(fileOfStore(store, name), descriptor);
     if (!error && !one) {

@@ -145,9 +145,20 @@ void zvkReadWindowSize(int descriptor, ZvkWindowSize *into)
     ioctl(descriptor, TIOCGWINSZ, into);
 }
 
+// These two teach printf their number formats when they are loaded and cannot take that back. They
+// stay in the process when this library is unloaded, or the host's next printf would call into
+// nothing.
+static void keepPrintfFormats()
+{
+    constexpr int kKeep = RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE;
+    dlopen("libdfp.so.1", kKeep);
+    dlopen("libquadmath.so.0", kKeep);
+}
+
 __attribute__((constructor)) void zvk_init()
 {
     if (getenv("__ZVKDEBUG")) fprintf(stderr, "%s\n", kBanner);
+    keepPrintfFormats();
     zvkAdoptEnvironmentLocale();
     if (!makeProccom()) return;
     traceInit();

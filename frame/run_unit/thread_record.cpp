@@ -25,7 +25,7 @@ struct LastRecord {
     uint64_t generation; // 0: none
     ZvkThreadRecord *record;
 };
-__attribute__((tls_model("initial-exec"))) thread_local LastRecord lastRecord;
+thread_local LastRecord lastRecord;
 
 void freeRecord(void *pointer)
 {

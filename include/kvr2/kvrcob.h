@@ -14,10 +14,12 @@
 #include "kvr2/kvrcob/base.h"
 
 #include <dlfcn.h>
+#include <search.h>
 #include <setjmp.h>
 
 #include "kvr2/file_module.h"
 #include "kvr2/kvrcob/console.h"
+#include "kvr2/kvrcob/formatted_dates.h"
 #include "kvr2/kvrcob/functions.h"
 #include "kvr2/kvrcob/numbers.h"
 #include "kvr2/kvrcob/text.h"
@@ -35,6 +37,37 @@ typedef struct KvrVisible {
     KvrProgram entry;
     void (*cancel)(void);
 } KvrVisible;
+
+/* ---- Arguments of any length: how long those are of the function that is called next. */
+
+static int64_t kvr_lengths[64] __attribute__((unused));
+
+/* ---- ALLOCATE, FREE. What FREE is given and ALLOCATE did not make stays as it is. */
+
+KVR_INLINE int kvr_address_order(const void *a, const void *b) { return (a > b) - (a < b); }
+
+KVR_INLINE void **kvr_allocations(void)
+{
+    static void *root;
+    return &root;
+}
+
+KVR_SHARED uint8_t *kvr_allocate(int64_t size)
+{
+    uint8_t *p = size > 0 ? (uint8_t *)calloc(1, (size_t)size) : 0;
+    if (p && !tsearch(p, kvr_allocations(), kvr_address_order)) {
+        free(p);
+        p = 0;
+    }
+    return p;
+}
+
+KVR_SHARED void kvr_free(uint8_t *p)
+{
+    if (!p || !tfind(p, kvr_allocations(), kvr_address_order)) return;
+    tdelete(p, kvr_allocations(), kvr_address_order);
+    free(p);
+}
 
 /* ---- USE FOR DEBUGGING */
 
@@ -121,9 +154,11 @@ KVR_INLINE int kvr_argument_number(uint8_t *out, int room)
     return snprintf((char *)out, (size_t)room, "%d", n < 0 ? 0 : n);
 }
 
+static int kvr_next_argument __attribute__((unused)) = 1;
+
 KVR_INLINE int kvr_argument_value(uint8_t *out, int room)
 {
-    static int next = 1;
+    int next = kvr_next_argument;
     FILE *f = fopen("/proc/self/cmdline", "rb");
     int index = 0, n = 0, c, found = 0;
     if (!f) return -1;
@@ -135,7 +170,7 @@ KVR_INLINE int kvr_argument_value(uint8_t *out, int room)
         if (c == 0) index++;
     }
     fclose(f);
-    next++;
+    kvr_next_argument++;
     return found ? n : -1;
 }
 
@@ -262,13 +297,30 @@ KVR_INLINE void kvr_refuse(FCB *fcb, IPCB *element, uint16_t status, uint8_t ver
     zvkFinishVerb(fcb, element, verb);
 }
 
-/* The page that begins next takes the present values of LINAGE. */
-KVR_INLINE void kvr_linage(FCB *fcb, const FileLinageGroup *groups)
+/*
+ * LINAGE: the page that begins next takes the present values of its items; the one in hand keeps
+ * its footing and its bottom margin, which are in `page`.
+ */
+typedef struct KvrPage {
+    uint32_t footing, bottom, counter;
+} KvrPage;
+KVR_INLINE void kvr_linage_open(const FileLinageGroup *groups, KvrPage *page)
+{
+    page->footing = groups[1].value;
+    page->bottom = groups[3].value;
+}
+KVR_INLINE void kvr_linage_before(FCB *fcb, const FileLinageGroup *groups, KvrPage *page)
 {
     fcb->linageBody = groups[0].value;
-    fcb->linageFooting = groups[1].value;
+    fcb->linageFooting = page->footing;
     fcb->linageTop = groups[2].value;
-    fcb->linageBottom = groups[3].value;
+    fcb->linageBottom = page->bottom;
+    page->counter = fcb->linageCounter;
+}
+KVR_INLINE void kvr_linage_after(FCB *fcb, const FileLinageGroup *groups, KvrPage *page, int32_t advance)
+{
+    if (fcb->status < 10 && fcb->linageCounter == 1 && (page->counter > 1 || advance != 0))
+        kvr_linage_open(groups, page);
 }
 
 KVR_INLINE void kvr_unaltered(void)

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdarg>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -125,11 +127,40 @@ TAKEN int fstat(int fd, struct stat *about)
 {
     return readFailsNow() ? -1 : static_cast<int>(syscall(SYS_fstat, fd, about));
 }
+// Only files that a program makes for itself are of interest: their names come and go.
+static int openAndRecord(const char *name, int flags, mode_t mode)
+{
+    int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, name, flags, mode));
+    if (recording && fd >= 0 && (flags & O_EXCL)) record(fd, RecordedWrite::made, name, strlen(name));
+    return fd;
+}
+TAKEN int open(const char *name, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    mode_t mode = flags & O_CREAT ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    return openAndRecord(name, flags, mode);
+}
+TAKEN int open64(const char *name, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    mode_t mode = flags & O_CREAT ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    return openAndRecord(name, flags, mode);
+}
 TAKEN int unlink(const char *name)
 {
     size_t none = 1;
+    if (recording) RecordingDisk::writes.push_back({0, RecordedWrite::removed, name});
     if (failing == FailingDisk::stopped) failsNow(&none);
     return static_cast<int>(syscall(SYS_unlink, name));
+}
+TAKEN int fsync(int fd)
+{
+    record(fd, -1, "", 0);
+    return recording ? 0 : static_cast<int>(syscall(SYS_fsync, fd));
 }
 TAKEN int fdatasync(int fd)
 {

@@ -23,8 +23,9 @@ public:
 
 // What the process writes, in order, with the moments at which it has it forced to the disk.
 struct RecordedWrite {
+    enum : long { forced = -1, made = -2, removed = -3 };
     unsigned long inode;
-    long offset; // -1: all before it of this inode is on the disk
+    long offset; // forced: all before it of this inode is on the disk; made, removed: `bytes` is a name
     std::string bytes;
 };
 class RecordingDisk {

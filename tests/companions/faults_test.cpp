@@ -72,6 +72,8 @@ TEST(FailedWrites, LostBatchIsTold)
     for (bool atClose : {false, true}) {
         CompiledFile file("stl-" + directory.file("i"), attributes);
         ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        ASSERT_EQ(file.close(), "00");
+        ASSERT_EQ(file.open(ZVK_OPEN_EXTEND), "00");
         int written = 0, failed = -1;
         {
             FailingDisk disk(FailingDisk::full);

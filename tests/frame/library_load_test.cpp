@@ -1,6 +1,7 @@
 // Faults these tests are there to catch: a library that cannot be loaded twice, from threads, or
-// unloaded with a run unit active; what it leaves in the process; a load that takes long; NLSPATH
-// entries doubled or in the wrong order.
+// unloaded with a run unit active; a host that loads it a hundred times and has no room for its
+// thread-local storage the next time; a printf that calls into what was unloaded; what else
+// it leaves in the process; a load that takes long; NLSPATH entries doubled or in the wrong order.
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -41,7 +42,7 @@ bool stillLoaded() { return readFile("/proc/self/maps").find("libkvr2_64r") != s
 TEST(LibraryLoad, AgainAndAgain)
 {
     ChildRun run = runChild([] {
-        for (int i = 0; i < 20; i++) {
+        for (int i = 0; i < 300; i++) {
             void *library = load();
             REQUIRE(dlopen(libraryPath().c_str(), RTLD_NOW) == library && dlclose(library) == 0);
             Proccom **proccom = symbol<Proccom *>(library, "_zvkProccom");
@@ -61,6 +62,19 @@ TEST(LibraryLoad, AgainAndAgain)
 #ifndef __SANITIZE_THREAD__ // whose run time leaves it mapped after threads have unloaded it
         REQUIRE(!stillLoaded());
 #endif
+    });
+    EXPECT_GOOD(run);
+}
+
+TEST(LibraryLoad, LeavesPrintfAsItWas)
+{
+    ChildRun run = runChild([] {
+        char text[40];
+        for (int i = 0; i < 20; i++) {
+            REQUIRE(dlclose(load()) == 0 && !stillLoaded());
+            snprintf(text, sizeof text, "%5.0f %Lf", 2.0, 3.5L);
+            REQUIRE(strcmp(text, "    2 3.500000") == 0);
+        }
     });
     EXPECT_GOOD(run);
 }

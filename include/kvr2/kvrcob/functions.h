@@ -176,6 +176,36 @@ KVR_SHARED double kvr_numval_float(const uint8_t *text, int64_t length, char poi
     return strtod(plain, 0);
 }
 
+/* TEST-NUMVAL-F: 0, or the place of the first character that does not fit. */
+KVR_SHARED int64_t kvr_test_numval_float(const uint8_t *text, int64_t length, char point)
+{
+    int64_t i = 0, digits = 0;
+    int points = 0;
+    while (i < length && text[i] == ' ') i++;
+    if (i < length && (text[i] == '+' || text[i] == '-')) i++;
+    while (i < length && text[i] == ' ') i++;
+    for (; i < length; i++) {
+        if (text[i] >= '0' && text[i] <= '9')
+            digits++;
+        else if (text[i] == (uint8_t)point && !points)
+            points = 1;
+        else
+            break;
+    }
+    if (!digits) return i + 1;
+    while (i < length && text[i] == ' ') i++;
+    if (i < length && (text[i] | 32) == 'e') {
+        i++;
+        while (i < length && text[i] == ' ') i++;
+        if (i < length && (text[i] == '+' || text[i] == '-')) i++;
+        while (i < length && text[i] == ' ') i++;
+        if (i >= length || text[i] < '0' || text[i] > '9') return i + 1;
+        while (i < length && text[i] >= '0' && text[i] <= '9') i++;
+    }
+    while (i < length && text[i] == ' ') i++;
+    return i < length ? i + 1 : 0;
+}
+
 /* TEST-DATE-YYYYMMDD, TEST-DAY-YYYYDDD: 0, or which part is wrong: year 1, month 2, day 3 (2). */
 KVR_SHARED int64_t kvr_test_date(int64_t date, int isDay)
 {
@@ -238,8 +268,28 @@ KVR_SHARED uint8_t *kvr_concatenate(const KvrPiece *pieces, int count, int64_t *
     return out;
 }
 
-/* SUBSTITUTE: the text, then pairs of what is replaced by what. */
-KVR_SHARED uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *length)
+/* HEX-TO-CHAR, BIT-TO-CHAR: `digits` of them make a byte; what is no digit counts as zero. */
+KVR_SHARED int64_t kvr_from_digits(const uint8_t *text, int64_t length, int digits, uint8_t *to)
+{
+    int64_t i, n = length / digits;
+    for (i = 0; i < n * digits; i++) {
+        unsigned c = text[i], v = c >= '0' && c <= '9'                 ? c - '0'
+                                  : (c | 32) >= 'a' && (c | 32) <= 'f' ? (c | 32) - 'a' + 10
+                                                                       : 0;
+        to[i / digits] = (uint8_t)(digits == 2 ? to[i / digits] << 4 | v : to[i / digits] << 1 | (v & 1));
+    }
+    return n;
+}
+
+/* BIT-OF */
+KVR_INLINE void kvr_bits(const uint8_t *text, int64_t length, uint8_t *to)
+{
+    int64_t i;
+    for (i = 0; i < 8 * length; i++) to[i] = (uint8_t)('0' + (text[i / 8] >> (7 - i % 8) & 1));
+}
+
+/* SUBSTITUTE, SUBSTITUTE-CASE: the text, then pairs of what is replaced by what. */
+KVR_SHARED uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int anyCase, int64_t *length)
 {
     int64_t most = 1, i, n = 0;
     uint8_t *out;
@@ -251,7 +301,9 @@ KVR_SHARED uint8_t *kvr_substitute(const KvrPiece *pieces, int count, int64_t *l
         int found = 0;
         for (k = 1; k + 1 < count; k += 2) {
             if (pieces[k].length == 0 || i + pieces[k].length > pieces[0].length ||
-                memcmp(pieces[0].text + i, pieces[k].text, (size_t)pieces[k].length) != 0)
+                (anyCase ? strncasecmp((const char *)pieces[0].text + i, (const char *)pieces[k].text,
+                                       (size_t)pieces[k].length)
+                         : memcmp(pieces[0].text + i, pieces[k].text, (size_t)pieces[k].length)) != 0)
                 continue;
             memcpy(out + n, pieces[k + 1].text, (size_t)pieces[k + 1].length);
             n += pieces[k + 1].length;

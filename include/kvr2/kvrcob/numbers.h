@@ -107,6 +107,28 @@ KVR_INLINE __int128 kvr_round_wide(__int128 v, __int128 unit)
     return q;
 }
 
+/*
+ * v / unit by ROUNDED MODE: 2 to the nearest, of two that are equally near to the even one, 3 of
+ * two to the one toward zero, 4 away from zero, 5 to the greater, 6 to the lesser.
+ */
+KVR_SHARED __int128 kvr_round_mode(__int128 v, __int128 unit, int mode)
+{
+    __int128 q = v / unit, r = kvr_abs_wide(v % unit), away = v < 0 ? -1 : 1;
+    if (r == 0) return q;
+    switch (mode) {
+    case 2:
+        return r > unit - r || (r == unit - r && q % 2 != 0) ? q + away : q;
+    case 3:
+        return r > unit - r ? q + away : q;
+    case 4:
+        return q + away;
+    case 5:
+        return v > 0 ? q + 1 : q;
+    default:
+        return v < 0 ? q - 1 : q;
+    }
+}
+
 KVR_INLINE int64_t kvr_divide(int64_t a, int64_t b, int *zero)
 {
     if (b == 0) {
@@ -302,6 +324,13 @@ KVR_SHARED __int128 kvr_fixed(double v, int scale, int rounded)
         memcpy(mantissa + 1, p + 2, 14);
         exponent = atoi(strchr(p, 'e') + 1);
         digits = exponent + 1 + scale; /* of the mantissa count */
+        if (rounded > 1 && digits < 15) {
+            __int128 unit = 1;
+            if (digits < -20) digits = -20;
+            for (i = 0; i < 15; i++) result = result * 10 + (mantissa[i] - '0');
+            for (i = digits; i < 15; i++) unit *= 10;
+            return kvr_round_mode(negative ? -result : result, unit, rounded);
+        }
         for (i = 0; i < digits && i < 38; i++) result = result * 10 + (i < 15 ? mantissa[i] - '0' : 0);
         if (rounded && digits >= 0 && digits < 15 && mantissa[digits] >= '5') result++;
     }

@@ -39,6 +39,36 @@ KVR_SHARED int kvr_compare(const uint8_t *a, int64_t aLength, const uint8_t *b, 
     return -_zvkcCmpToPad(b + n, ' ', (int32_t)(bLength - n));
 }
 
+/*
+ * INSPECT TRAILING: how often `compared` ends the text, or the part of it before and after what the
+ * phrases say; `result`, if not null, takes its place. Without the text of BEFORE the part is the
+ * whole, without that of AFTER it is empty.
+ */
+KVR_SHARED int64_t kvr_inspect_trailing(uint8_t *text, int64_t length, const uint8_t *compared, int64_t size,
+                                        const uint8_t *before, int64_t beforeSize, const uint8_t *after,
+                                        int64_t afterSize, const uint8_t *result)
+{
+    int64_t count = 0;
+    uint8_t *end = text + length, *place;
+    if (size <= 0 || length <= 0) return 0;
+    if (before) {
+        place = (uint8_t *)memmem(text, (size_t)length, before, (size_t)beforeSize);
+        if (place) end = place;
+    }
+    if (after) {
+        place = (uint8_t *)memmem(text, (size_t)length, after, (size_t)afterSize);
+        if (!place) return 0;
+        text = place + afterSize;
+    }
+    length = end - text;
+    while (length >= size && memcmp(text + length - size, compared, (size_t)size) == 0) {
+        length -= size;
+        if (result) memmove(text + length, result, (size_t)size);
+        count++;
+    }
+    return count;
+}
+
 /* ---- Class tests */
 
 /* The table of the class of digits, for _zvkcClasUserDef. */

@@ -1,0 +1,200 @@
+/**
+ * The small utilities that programs call by well-known names: SYSTEM, C$SLEEP, CBL_AND and so on.
+ * docs/cobol.md lists them.
+ *
+ * The emitted code fills `kvr_arguments` before such a CALL, for a utility wants to know how long
+ * its arguments are, and an address does not tell. A program of the user's that has the name and is
+ * linked with the caller goes before the utility.
+ */
+#ifndef KVR2_KVRCOB_UTILITIES_H
+#define KVR2_KVRCOB_UTILITIES_H
+
+#if defined(__GNUC__)
+#pragma GCC system_header
+#endif
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include "kvr2/kvrcob/base.h"
+
+typedef struct KvrArgument {
+    uint8_t *address;
+    int64_t size;  /* bytes; -1 for an argument BY VALUE */
+    int64_t value; /* of a number */
+} KvrArgument;
+
+static KvrArgument kvr_arguments[8];
+static int kvr_argument_count;
+
+/* Argument i as a C string without the blanks at its end. */
+KVR_SHARED char *kvr_argument_text(int i, char *out, size_t room)
+{
+    const KvrArgument *a = kvr_arguments + i;
+    size_t n = i < kvr_argument_count && a->size > 0 ? (size_t)a->size : 0;
+    if (n) {
+        const void *end = memchr(a->address, 0, n);
+        if (end) n = (size_t)((const uint8_t *)end - a->address);
+    }
+    while (n > 0 && a->address[n - 1] == ' ') n--;
+    if (n >= room) n = room - 1;
+    if (n) memcpy(out, a->address, n);
+    out[n] = 0;
+    return out;
+}
+
+KVR_SHARED int64_t kvr_u_system(void)
+{
+    char command[4096];
+    int status;
+    fflush(NULL);
+    status = system(kvr_argument_text(0, command, sizeof command));
+    if (status < 0) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+KVR_SHARED int64_t kvr_pause(int64_t seconds, int64_t nanoseconds)
+{
+    struct timespec left;
+    left.tv_sec = (time_t)(seconds < 0 ? 0 : seconds);
+    left.tv_nsec = (long)(nanoseconds < 0 ? 0 : nanoseconds);
+    fflush(stdout);
+    while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+    }
+    return 0;
+}
+KVR_SHARED int64_t kvr_u_sleep(void) { return kvr_pause(kvr_argument_count ? kvr_arguments[0].value : 0, 0); }
+
+/* Letters of the first argument; the second is how many characters count, all without it. */
+KVR_SHARED int64_t kvr_fold(int from, int to)
+{
+    int64_t n = kvr_argument_count > 1 ? kvr_arguments[1].value : kvr_argument_count ? kvr_arguments[0].size : 0, i;
+    if (kvr_argument_count && n > kvr_arguments[0].size) n = kvr_arguments[0].size;
+    for (i = 0; i < n; i++)
+        if (kvr_arguments[0].address[i] >= from && kvr_arguments[0].address[i] <= from + 25)
+            kvr_arguments[0].address[i] = (uint8_t)(kvr_arguments[0].address[i] + to - from);
+    return 0;
+}
+KVR_SHARED int64_t kvr_u_upper(void) { return kvr_fold('a', 'A'); }
+KVR_SHARED int64_t kvr_u_lower(void) { return kvr_fold('A', 'a'); }
+
+/* The bits of the second argument become those of `rule`: bit 3 for 0 and 0, bit 0 for 1 and 1. */
+KVR_SHARED int64_t kvr_bits(int rule)
+{
+    int64_t n, i;
+    if (kvr_argument_count < 3) return 1;
+    n = kvr_arguments[2].value;
+    if (n > kvr_arguments[0].size) n = kvr_arguments[0].size;
+    if (n > kvr_arguments[1].size) n = kvr_arguments[1].size;
+    for (i = 0; i < n; i++) {
+        unsigned a = kvr_arguments[0].address[i], b = kvr_arguments[1].address[i], r = 0;
+        if (rule & 1) r |= a & b;
+        if (rule & 2) r |= a & ~b;
+        if (rule & 4) r |= ~a & b;
+        if (rule & 8) r |= ~(a | b);
+        kvr_arguments[1].address[i] = (uint8_t)r;
+    }
+    return 0;
+}
+KVR_SHARED int64_t kvr_u_and(void) { return kvr_bits(1); }
+KVR_SHARED int64_t kvr_u_or(void) { return kvr_bits(7); }
+KVR_SHARED int64_t kvr_u_xor(void) { return kvr_bits(6); }
+KVR_SHARED int64_t kvr_u_eq(void) { return kvr_bits(9); }
+KVR_SHARED int64_t kvr_u_imp(void) { return kvr_bits(13); }
+KVR_SHARED int64_t kvr_u_nor(void) { return kvr_bits(8); }
+KVR_SHARED int64_t kvr_u_not(void)
+{
+    int64_t n = kvr_argument_count > 1 ? kvr_arguments[1].value : kvr_argument_count ? kvr_arguments[0].size : 0, i;
+    if (kvr_argument_count && n > kvr_arguments[0].size) n = kvr_arguments[0].size;
+    for (i = 0; i < n; i++) kvr_arguments[0].address[i] = (uint8_t)~kvr_arguments[0].address[i];
+    return 0;
+}
+
+/* Files and folders: 0, 35 for one that is not there, 30 for any other failure. */
+KVR_SHARED int64_t kvr_outcome(int result) { return result == 0 ? 0 : errno == ENOENT ? 35 : 30; }
+
+KVR_SHARED int64_t kvr_u_delete_file(void)
+{
+    char name[4096];
+    return kvr_outcome(unlink(kvr_argument_text(0, name, sizeof name)));
+}
+KVR_SHARED int64_t kvr_u_rename_file(void)
+{
+    char from[4096], to[4096];
+    return kvr_outcome(
+        rename(kvr_argument_text(0, from, sizeof from), kvr_argument_text(1, to, sizeof to)));
+}
+KVR_SHARED int64_t kvr_u_copy_file(void)
+{
+    char name[4096], block[8192];
+    FILE *from = fopen(kvr_argument_text(0, name, sizeof name), "rb"), *to;
+    size_t n;
+    int bad = 0;
+    if (!from) return kvr_outcome(-1);
+    to = fopen(kvr_argument_text(1, name, sizeof name), "wb");
+    if (!to) {
+        fclose(from);
+        return 30;
+    }
+    while (!bad && (n = fread(block, 1, sizeof block, from)) > 0) bad = fwrite(block, 1, n, to) != n;
+    bad |= ferror(from);
+    fclose(from);
+    bad |= fclose(to) != 0;
+    return bad ? 30 : 0;
+}
+KVR_SHARED int64_t kvr_u_create_dir(void)
+{
+    char name[4096];
+    return kvr_outcome(mkdir(kvr_argument_text(0, name, sizeof name), 0777));
+}
+KVR_SHARED int64_t kvr_u_delete_dir(void)
+{
+    char name[4096];
+    return kvr_outcome(rmdir(kvr_argument_text(0, name, sizeof name)));
+}
+KVR_SHARED int64_t kvr_u_change_dir(void)
+{
+    char name[4096];
+    return kvr_outcome(chdir(kvr_argument_text(0, name, sizeof name)));
+}
+
+/* Size (8 bytes), day, month (1 each), year (2), hour, minute, second, hundredths (1 each). */
+KVR_SHARED int64_t kvr_u_check_file(void)
+{
+    char name[4096];
+    struct stat info;
+    struct tm t;
+    uint8_t details[16];
+    int i;
+    if (stat(kvr_argument_text(0, name, sizeof name), &info) != 0) return 35;
+    localtime_r(&info.st_mtime, &t);
+    for (i = 0; i < 8; i++) details[i] = (uint8_t)((uint64_t)info.st_size >> (56 - 8 * i));
+    details[8] = (uint8_t)t.tm_mday;
+    details[9] = (uint8_t)(t.tm_mon + 1);
+    details[10] = (uint8_t)((t.tm_year + 1900) >> 8);
+    details[11] = (uint8_t)(t.tm_year + 1900);
+    details[12] = (uint8_t)t.tm_hour;
+    details[13] = (uint8_t)t.tm_min;
+    details[14] = (uint8_t)t.tm_sec;
+    details[15] = 0;
+    if (kvr_argument_count > 1)
+        memcpy(kvr_arguments[1].address, details, kvr_arguments[1].size < 16 ? (size_t)kvr_arguments[1].size : 16);
+    return 0;
+}
+
+KVR_SHARED int64_t kvr_u_process(void) { return (int64_t)getpid(); }
+
+typedef int64_t (*KvrUtility)();
+
+/* The utility, or a program of that name that was linked with this one. */
+KVR_INLINE KvrUtility kvr_utility(const char *name, KvrUtility utility)
+{
+    void *own = dlsym(RTLD_DEFAULT, name);
+    return own ? (KvrUtility)(intptr_t)own : utility;
+}
+
+#endif

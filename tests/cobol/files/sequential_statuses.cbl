@@ -1,0 +1,206 @@
+000100 IDENTIFICATION DIVISION.                                         SQ1
+000200 PROGRAM-ID.                                                      SQ1
+000300     S1.                                                          SQ1
+000400 ENVIRONMENT DIVISION.
+000500 CONFIGURATION SECTION.
+000600 SOURCE-COMPUTER.
+000700     XXX-82.
+000800 OBJECT-COMPUTER.
+000900     XXX-83
+001000     MEMORY SIZE 10000 CHARACTERS
+001100     PROGRAM COLLATING SEQUENCE IS NATIVE-A
+           SEGMENT-LIMIT IS 10.
+       SPECIAL-NAMES.
+           ALPHABET NATIVE-A IS NATIVE.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT SQ-FS1
+               FILE STATUS ST-1
+               ACCESS MODE IS SEQUENTIAL
+               ORGANIZATION IS SEQUENTIAL
+               PADDING CHARACTER IS "*"
+               RESERVE 2 AREAS
+               RECORD DELIMITER IS STANDARD-1
+               ASSIGN TO "sqfs1.dat".
+           SELECT SQ-FS2 ASSIGN "sqfs2.dat"
+               RESERVE 4
+               SEQUENTIAL
+               ACCESS SEQUENTIAL
+               PADDING PADCH
+               STATUS IS ST-2 OF STATS.
+           SELECT OPTIONAL SQ-FS3 ASSIGN TO "sqfs3.dat"
+              ORGANIZATION SEQUENTIAL; ACCESS MODE SEQUENTIAL;
+              FILE STATUS IS ST-3.
+           SELECT SQ-FS4 ASSIGN TO "sqfs4.dat" , "sqfs4b.dat"
+              RESERVE 1 AREA STATUS ST-4.
+           SELECT SQ-FS5 ASSIGN TO "sqfs5.dat" STATUS ST-4.
+       I-O-CONTROL.
+           SAME RECORD AREA FOR SQ-FS1 SQ-FS2;
+           SAME AREA SQ-FS3, SQ-FS4
+           RERUN ON SQ-FS5 EVERY 5 RECORDS OF SQ-FS4
+           MULTIPLE FILE TAPE CONTAINS SQ-FS3 POSITION 1
+             SQ-FS4 POSITION 3.
+       DATA DIVISION.
+       FILE SECTION.
+       FD  SQ-FS1
+           LABEL RECORDS ARE STANDARD
+           BLOCK CONTAINS 1 TO 5 RECORDS
+           RECORD CONTAINS 120 CHARACTERS
+           VALUE OF ID IS "A" OWNER IS OWN-1
+           CODE-SET IS NATIVE-A
+           DATA RECORDS ARE R1 R1B.
+       01  R1.
+           05 R1-NO PIC 9(5).
+           05 FILLER PIC X(115).
+       01  R1B PIC X(120).
+       FD  SQ-FS2
+           BLOCK 120 CHARACTERS
+           RECORD 120
+           DATA RECORD R2.
+       01  R2 PIC X(120).
+       FD  SQ-FS3 LABEL RECORD OMITTED.
+       01  R3 PIC X(10).
+       FD  SQ-FS4 BLOCK CONTAINS 10 TO 100 CHARACTERS RECORD VARYING.
+       01  R4A PIC X(10).
+       01  R4B PIC X(50).
+       FD  SQ-FS5 RECORD IS VARYING IN SIZE FROM 5 TO 30 CHARACTERS
+           DEPENDING ON RL.
+       01  R5 PIC X(30).
+       WORKING-STORAGE SECTION.
+       77  PADCH PIC X VALUE "*".
+       77  OWN-1 PIC X(4) VALUE "OWNR".
+       77  RL PIC 99.
+       01  ST-1 PIC XX.
+       01  STATS. 03 ST-2 PIC XX. 03 ST-3 PIC XX. 03 ST-4 PIC XX.
+       77  P PIC 999 VALUE 0.
+       77  F PIC 999 VALUE 0.
+       77  I PIC 999.
+       77  WANT PIC X(20). 
+       77  GOT PIC X(20).
+       77  NM PIC X(12).
+       PROCEDURE DIVISION.
+       MAIN SECTION.
+       A.
+           OPEN OUTPUT SQ-FS1 SQ-FS4 WITH NO REWIND, SQ-FS5.
+           MOVE ST-1 TO GOT MOVE "00" TO WANT MOVE "T1" TO NM
+           PERFORM CHK.
+           MOVE ST-4 TO GOT MOVE "00" TO WANT MOVE "T2" TO NM
+           PERFORM CHK.
+           PERFORM VARYING I FROM 1 BY 1 UNTIL I > 50
+             MOVE SPACES TO R1 MOVE I TO R1-NO WRITE R1
+           END-PERFORM.
+           MOVE "SHORT" TO R4A WRITE R4A.
+           MOVE ALL "LONG-" TO R4B WRITE R4B.
+           MOVE 5 TO RL MOVE "ABCDEFGH" TO R5 WRITE R5.
+           MOVE 30 TO RL MOVE ALL "XYZ" TO R5 WRITE R5.
+           MOVE 4 TO RL WRITE R5.
+           MOVE ST-4 TO GOT MOVE "44" TO WANT MOVE "T3" TO NM
+           PERFORM CHK.
+           MOVE 31 TO RL WRITE R5.
+           MOVE ST-4 TO GOT MOVE "44" TO WANT MOVE "T4" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS1 SQ-FS4 NO REWIND SQ-FS5.
+           OPEN INPUT SQ-FS1 OUTPUT SQ-FS2.
+       B.
+           READ SQ-FS1 RECORD AT END GO TO C.
+           WRITE R2 FROM R1.
+           GO TO B.
+       C.
+           MOVE ST-1 TO GOT MOVE "10" TO WANT MOVE "T5" TO NM
+           PERFORM CHK.
+           READ SQ-FS1 AT END CONTINUE.
+           MOVE ST-1 TO GOT MOVE "46" TO WANT MOVE "T6" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS1 WITH LOCK, SQ-FS2.
+           OPEN INPUT SQ-FS1.
+           MOVE ST-1 TO GOT MOVE "38" TO WANT MOVE "T7" TO NM
+           PERFORM CHK.
+           OPEN I-O SQ-FS2.
+           MOVE 0 TO I.
+       D.
+           READ SQ-FS2 NEXT RECORD AT END GO TO E
+             NOT AT END ADD 1 TO I.
+           IF I = 7 MOVE "SEVEN" TO R2 REWRITE R2.
+           GO TO D.
+       E.
+           MOVE I TO GOT MOVE "050" TO WANT MOVE "T8" TO NM
+           PERFORM CHK.
+           REWRITE R2.
+           MOVE ST-2 TO GOT MOVE "43" TO WANT MOVE "T9" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS2.
+           CLOSE SQ-FS2.
+           MOVE ST-2 TO GOT MOVE "42" TO WANT MOVE "T10" TO NM
+           PERFORM CHK.
+           OPEN EXTEND SQ-FS2.
+           MOVE "LAST" TO R2 WRITE R2.
+           READ SQ-FS2 AT END CONTINUE.
+           MOVE ST-2 TO GOT MOVE "47" TO WANT MOVE "T11" TO NM
+           PERFORM CHK.
+           OPEN INPUT SQ-FS2.
+           MOVE ST-2 TO GOT MOVE "41" TO WANT MOVE "T12" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS2.
+           OPEN INPUT SQ-FS2.
+           PERFORM 7 TIMES READ SQ-FS2 END-READ END-PERFORM.
+           MOVE R2 TO GOT MOVE "SEVEN" TO WANT MOVE "T13" TO NM
+           PERFORM CHK.
+           PERFORM 44 TIMES READ SQ-FS2 END-READ END-PERFORM.
+           MOVE R2 TO GOT MOVE "LAST" TO WANT MOVE "T14" TO NM
+           PERFORM CHK.
+           WRITE R2.
+           MOVE ST-2 TO GOT MOVE "48" TO WANT MOVE "T15" TO NM
+           PERFORM CHK.
+           REWRITE R2.
+           MOVE ST-2 TO GOT MOVE "49" TO WANT MOVE "T16" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS2 REEL.
+           MOVE ST-2 TO GOT MOVE "07" TO WANT MOVE "T17" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS2 UNIT FOR REMOVAL.
+           MOVE ST-2 TO GOT MOVE "07" TO WANT MOVE "T18" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS2.
+           OPEN INPUT SQ-FS3.
+           MOVE ST-3 TO GOT MOVE "05" TO WANT MOVE "T19" TO NM
+           PERFORM CHK.
+           READ SQ-FS3 AT END MOVE "END" TO GOT
+              NOT AT END MOVE "NOT" TO GOT.
+           MOVE "END" TO WANT MOVE "T20" TO NM
+           PERFORM CHK.
+           MOVE ST-3 TO GOT MOVE "10" TO WANT MOVE "T21" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS3.
+           MOVE ST-3 TO GOT MOVE "00" TO WANT MOVE "T22" TO NM
+           PERFORM CHK.
+           OPEN EXTEND SQ-FS3.
+           MOVE ST-3 TO GOT MOVE "05" TO WANT MOVE "T23" TO NM
+           PERFORM CHK.
+           MOVE "X" TO R3 WRITE R3. CLOSE SQ-FS3.
+           OPEN I-O SQ-FS3.
+           MOVE ST-3 TO GOT MOVE "00" TO WANT MOVE "T24" TO NM
+           PERFORM CHK.
+           WRITE R3.
+           MOVE ST-3 TO GOT MOVE "48" TO WANT MOVE "T25" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS3.
+           OPEN INPUT SQ-FS4.
+           READ SQ-FS4 AT END MOVE "??" TO GOT.
+           MOVE R4A TO GOT MOVE "SHORT" TO WANT MOVE "T26" TO NM
+           PERFORM CHK.
+           READ SQ-FS4.
+           MOVE R4B TO GOT MOVE ALL "LONG-" TO WANT MOVE "T27" TO NM
+           PERFORM CHK.
+           CLOSE SQ-FS4.
+           OPEN INPUT SQ-FS5.
+           READ SQ-FS5. MOVE RL TO GOT MOVE "05" TO WANT
+           MOVE "T28" TO NM PERFORM CHK.
+           READ SQ-FS5. MOVE RL TO GOT MOVE "30" TO WANT
+           MOVE "T29" TO NM PERFORM CHK.
+           READ SQ-FS5 AT END MOVE "E" TO GOT. MOVE "E" TO WANT
+           MOVE "T30" TO NM PERFORM CHK.
+           CLOSE SQ-FS5.
+           DISPLAY P " PASS " F " FAIL". STOP RUN.
+       CHK.
+           IF GOT = WANT ADD 1 TO P ELSE ADD 1 TO F
+             DISPLAY NM " GOT " GOT " WANT " WANT.

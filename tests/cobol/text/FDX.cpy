@@ -1,0 +1,5 @@
+           LABEL RECORDS ARE STANDARD
+           RECORD CONTAINS 20 CHARACTERS
+           DATA RECORD IS X-REC.
+       01  X-REC.
+           02 X-A PIC 9(5). 02 FILLER PIC X(15).

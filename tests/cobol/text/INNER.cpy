@@ -1,0 +1,1 @@
+           ADD 10 TO TALLY-X.

@@ -1,0 +1,1 @@
+           DISPLAY "LIB2 SAME".

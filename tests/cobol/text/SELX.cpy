@@ -1,0 +1,1 @@
+           SELECT X-FILE ASSIGN TO "xfile.dat"

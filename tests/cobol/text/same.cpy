@@ -1,0 +1,1 @@
+           DISPLAY "MAIN SAME".
