@@ -103,8 +103,8 @@ struct ToBinary {
         result = static_cast<Integer>((value ^ minus) - minus);
     }
 
-    // Clean zoned items of 1 to 3 digits. A letter in the last place is not decoded here, nor below,
-    // so its item goes the long way.
+    // Clean zoned items of 1 to 3 digits. A letter in the last place is not decoded here, nor
+    // below, so its item goes the long way.
     [[gnu::always_inline]] bool fewDigits(Integer &result) const
     {
         if (static_cast<uint32_t>(sn - 1) >= 3) return false;

@@ -1,6 +1,6 @@
-// Faults that this test is there to catch: a sort with spill files that crashes, hangs, loses records
-// with a good status, or leaves its files behind where one allocation, or one call of the system,
-// fails below it.
+// Faults that this test is there to catch: a sort with spill files that crashes, hangs, loses
+// records with a good status, or leaves its files behind where one allocation, or one call of the
+// system, fails below it.
 #include <cstdlib>
 #include <filesystem>
 
