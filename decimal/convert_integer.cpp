@@ -246,7 +246,7 @@ template <class Write>
 {
     if (magnitude < 10 || n == 1) return magnitude % 10;
     if (n <= 3) {
-        const auto number = static_cast<uint32_t>(magnitude % 1000);
+        const auto number = static_cast<uint32_t>(magnitude < 1000 ? magnitude : magnitude % 1000);
         const uint64_t tens = number / 10;
         const uint64_t digits = number - tens * 10 + (tens % 10 << 8) + (tens / 10 << 16);
         return n == 2 ? digits & 0xFFFF : digits;
