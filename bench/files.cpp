@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <lmdb.h>
 #include <numeric>
 #include <random>
 #include <sqlite3.h>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "support/compiled_file.h"
@@ -16,7 +19,23 @@ namespace {
 
 constexpr int kRecords = 1000000, kIndexed = 200000, kSize = 100;
 
-std::string path(const char *name) { return "/tmp/kvr2-bench-files-" + std::to_string(getpid()) + "-" + name; }
+// A folder of our own: the entries of a shared one change all the time.
+struct Folder {
+    std::string name;
+    Folder()
+    {
+        const char *base = getenv("TMPDIR");
+        name = std::string(base ? base : "/tmp") + "/kvr2-bench-files-XXXXXX";
+        if (!mkdtemp(name.data())) abort();
+    }
+    ~Folder() { rmdir(name.c_str()); }
+};
+
+std::string path(const char *name)
+{
+    static const Folder folder;
+    return folder.name + "/" + name;
+}
 
 struct Removed {
     std::string name;
@@ -93,14 +112,15 @@ void fputsGetline(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * kRecords * 2);
 }
 
-const std::vector<int> &order()
+// All numbers below `count`, in no order.
+const std::vector<int> &order(int count = kIndexed)
 {
-    static const std::vector<int> shuffled = [] {
-        std::vector<int> all(kIndexed);
-        std::iota(all.begin(), all.end(), 0);
-        std::shuffle(all.begin(), all.end(), std::mt19937(5));
-        return all;
-    }();
+    static std::vector<int> shuffled;
+    if (shuffled.size() != static_cast<size_t>(count)) {
+        shuffled.resize(static_cast<size_t>(count));
+        std::iota(shuffled.begin(), shuffled.end(), 0);
+        std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(5));
+    }
     return shuffled;
 }
 
@@ -113,7 +133,7 @@ void putKey(void *to, int number)
 
 enum class Work { load, random, sequential };
 
-void indexedOurs(benchmark::State &state, Work work)
+void indexedOurs(benchmark::State &state, Work work, int count = kIndexed)
 {
     Removed name{path("indexed")};
     CompiledFile file(
@@ -125,7 +145,7 @@ void indexedOurs(benchmark::State &state, Work work)
     auto load = [&] {
         check(file.open(ZVK_OPEN_OUTPUT) == "00");
         memset(fcb->record, 'x', kSize);
-        for (int key : order()) {
+        for (int key : order(count)) {
             putKey(fcb->record, key);
             fcb->write(fcb, element, &request);
             check(fcb->status == 0);
@@ -140,17 +160,17 @@ void indexedOurs(benchmark::State &state, Work work)
         }
         check(file.open(ZVK_OPEN_INPUT) == "00");
         request.options = work == Work::sequential ? ZVK_REQUEST_NEXT : 0;
-        for (int key : order()) {
+        for (int key : order(count)) {
             if (work == Work::random) putKey(fcb->record, key);
             fcb->read(fcb, element, &request);
             check(fcb->status == 0);
         }
         check(file.close() == "00");
     }
-    state.SetItemsProcessed(state.iterations() * kIndexed);
+    state.SetItemsProcessed(state.iterations() * count);
 }
 
-void sqlite(benchmark::State &state, Work work)
+void sqlite(benchmark::State &state, Work work, int count = kIndexed)
 {
     Removed name{path("sqlite")};
     sqlite3 *db = nullptr;
@@ -163,7 +183,7 @@ void sqlite(benchmark::State &state, Work work)
         sqlite3_exec(db, "pragma synchronous=off; create table t(k blob primary key, r blob) without rowid; begin",
                      nullptr, nullptr, nullptr);
         sqlite3_prepare_v2(db, "insert into t values(?,?)", -1, &insert, nullptr);
-        for (int number : order()) {
+        for (int number : order(count)) {
             putKey(key, number);
             sqlite3_bind_blob(insert, 1, key, 10, SQLITE_STATIC);
             sqlite3_bind_blob(insert, 2, record, kSize, SQLITE_STATIC);
@@ -186,7 +206,7 @@ void sqlite(benchmark::State &state, Work work)
         bool random = work == Work::random;
         sqlite3_prepare_v2(db, random ? "select r from t where k=?" : "select r from t order by k", -1, &select,
                            nullptr);
-        for (int number : order()) {
+        for (int number : order(count)) {
             putKey(key, number);
             if (random) sqlite3_bind_blob(select, 1, key, 10, SQLITE_STATIC);
             check(sqlite3_step(select) == SQLITE_ROW);
@@ -197,28 +217,49 @@ void sqlite(benchmark::State &state, Work work)
         sqlite3_exec(db, "commit", nullptr, nullptr, nullptr);
         sqlite3_close(db);
     }
-    state.SetItemsProcessed(state.iterations() * kIndexed);
+    state.SetItemsProcessed(state.iterations() * count);
 }
 
-// --- one commit a change, of a file that others may change, too; no data is forced to the disk
+// --- one commit a change, of a file that others may change, too
 
-constexpr int kChanges = 20000;
-
-// Alternate key n: four digits of the number that the record is given, with duplicates.
+// Alternate key n: four digits of the number that the record is given, with duplicates; the rest is
+// a piece of noise.
 void putRecord(void *to, int number, int value)
 {
+    static const std::string noise = [] {
+        std::mt19937 random(7);
+        std::string all(1 << 16, 0);
+        for (char &c : all) c = static_cast<char>(' ' + random() % 95);
+        return all;
+    }();
     auto *bytes = static_cast<uint8_t *>(to);
-    memset(bytes, 'x', kSize);
+    memcpy(bytes, noise.data() + static_cast<size_t>(number) * 101 % (noise.size() - kSize), kSize);
     putKey(bytes, number);
-    for (int key = 0; key < 4; ++key, value = value * 7 + 3) {
-        char digits[16];
-        snprintf(digits, sizeof digits, "%04d", value % 10000);
-        memcpy(bytes + 10 + 4 * key, digits, 4);
-    }
+    for (int key = 0; key < 4; ++key, value = (value * 7 + 3) % 10000)
+        for (int i = 3, rest = value % 10000; i >= 0; --i, rest /= 10)
+            bytes[10 + 4 * key + i] = static_cast<uint8_t>('0' + rest % 10);
 }
+
+// What a store takes of the disk for each byte of its records.
+double sizeFor(const std::string &name, double data)
+{
+    struct stat about;
+    return stat(name.c_str(), &about) == 0 ? static_cast<double>(about.st_size) / data : 0;
+}
+
+// How the changes of a row are forced: by us, by SQLite, by LMDB.
+struct Forcing {
+    const char *ours, *sqlite;
+    unsigned lmdb;
+    int changes;
+};
+constexpr Forcing kForcings[] = {
+    {"none", "off", MDB_NOSYNC, 20000}, {"close", "full", MDB_NOMETASYNC, 500}, {"commit", "full", 0, 500}};
 
 void changesOurs(benchmark::State &state)
 {
+    const Forcing &forcing = kForcings[state.range(1)];
+    setenv("VFS_DURABILITY", forcing.ours, 1);
     Removed name{path("changes")};
     FileAttributes attributes = {
         .longest = kSize, .shortest = kSize, .organization = ZVK_FILE_INDEXED, .access = 0, .keys = {{10, 0, 0, {}}}};
@@ -236,18 +277,21 @@ void changesOurs(benchmark::State &state)
     check(file.close() == "00" && file.open(ZVK_OPEN_IO) == "00");
     int value = 0;
     for (auto _ : state)
-        for (int i = 0; i < kChanges; ++i) {
+        for (int i = 0; i < forcing.changes; ++i) {
             putRecord(fcb->record, order()[static_cast<size_t>(value) % kIndexed], value);
             ++value;
             fcb->rewrite(fcb, file.program.ipcb.data(), &request);
             check(fcb->status < 10);
         }
     check(file.close() == "00");
-    state.SetItemsProcessed(state.iterations() * kChanges);
+    setenv("VFS_DURABILITY", "none", 1);
+    state.counters["store/data"] = sizeFor(name.name + ".mdb", double(kIndexed) * kSize);
+    state.SetItemsProcessed(state.iterations() * forcing.changes);
 }
 
 void changesSqlite(benchmark::State &state)
 {
+    const Forcing &forcing = kForcings[state.range(1)];
     Removed name{path("changes-sqlite")};
     sqlite3 *db;
     sqlite3_stmt *update, *insert;
@@ -263,8 +307,10 @@ void changesSqlite(benchmark::State &state)
     for (int i = 0; i < state.range(0); ++i)
         create += std::string("create index i") + columns[i] + " on t(" + columns[i] + ");";
     sqlite3_open(name.name.c_str(), &db);
-    sqlite3_exec(db, ("pragma journal_mode=wal; pragma synchronous=off;" + create + "begin").c_str(), nullptr, nullptr,
-                 nullptr);
+    sqlite3_exec(
+        db,
+        (std::string("pragma journal_mode=wal; pragma synchronous=") + forcing.sqlite + ";" + create + "begin").c_str(),
+        nullptr, nullptr, nullptr);
     check(sqlite3_prepare_v2(db, (values + ", ?2)").c_str(), -1, &insert, nullptr) == SQLITE_OK);
     check(sqlite3_prepare_v2(db, (set + " where k=?1").c_str(), -1, &update, nullptr) == SQLITE_OK);
     uint8_t record[kSize];
@@ -281,16 +327,18 @@ void changesSqlite(benchmark::State &state)
     sqlite3_exec(db, "commit", nullptr, nullptr, nullptr);
     int value = 0;
     for (auto _ : state)
-        for (int i = 0; i < kChanges; ++i, ++value) run(update, order()[static_cast<size_t>(value) % kIndexed], value);
+        for (int i = 0; i < forcing.changes; ++i, ++value)
+            run(update, order()[static_cast<size_t>(value) % kIndexed], value);
     sqlite3_finalize(insert);
     sqlite3_finalize(update);
     sqlite3_close(db);
-    state.SetItemsProcessed(state.iterations() * kChanges);
+    state.SetItemsProcessed(state.iterations() * forcing.changes);
 }
 
 // The records alone, without a second key: what a change costs below our keys, locks and checks.
 void changesLmdb(benchmark::State &state)
 {
+    const Forcing &forcing = kForcings[state.range(0)];
     Removed name{path("changes-lmdb")};
     MDB_env *env;
     MDB_txn *txn;
@@ -299,31 +347,30 @@ void changesLmdb(benchmark::State &state)
     MDB_val k = {10, record}, v = {kSize, record};
     mdb_env_create(&env);
     mdb_env_set_mapsize(env, size_t(1) << 32);
-    check(mdb_env_open(env, name.name.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_NOSYNC, 0666) == 0);
+    check(mdb_env_open(env, name.name.c_str(), MDB_NOSUBDIR | MDB_NOTLS | forcing.lmdb, 0666) == 0);
     mdb_txn_begin(env, nullptr, 0, &txn);
     mdb_dbi_open(txn, nullptr, 0, &data);
     for (int key : order()) putRecord(record, key, key), mdb_put(txn, data, &k, &v, 0);
     check(mdb_txn_commit(txn) == 0);
     int value = 0;
     for (auto _ : state)
-        for (int i = 0; i < kChanges; ++i, ++value) {
+        for (int i = 0; i < forcing.changes; ++i, ++value) {
             putRecord(record, order()[static_cast<size_t>(value) % kIndexed], value);
             check(mdb_txn_begin(env, nullptr, 0, &txn) == 0 && mdb_put(txn, data, &k, &v, 0) == 0 &&
                   mdb_txn_commit(txn) == 0);
         }
     mdb_env_close(env);
-    state.SetItemsProcessed(state.iterations() * kChanges);
+    state.SetItemsProcessed(state.iterations() * forcing.changes);
 }
 
-#define CHANGES(keys)                                                                                                  \
-    BENCHMARK(changesOurs)                                                                                             \
-        ->Arg(keys)                                                                                                    \
-        ->Name("indexed, 20k committed changes, " #keys " alternate keys/ours")                                        \
-        ->Unit(benchmark::kMillisecond);                                                                               \
+#define CHANGES(what, keys, forcing)                                                                                   \
+    BENCHMARK(changesOurs)->Args({keys, forcing})->Name("indexed, " what "/ours")->Unit(benchmark::kMillisecond);      \
     BENCHMARK(changesSqlite)                                                                                           \
-        ->Arg(keys)                                                                                                    \
-        ->Name("indexed, 20k committed changes, " #keys " alternate keys/peer:SQLite, WAL")                            \
+        ->Args({keys, forcing})                                                                                        \
+        ->Name("indexed, " what "/peer:SQLite, WAL")                                                                   \
         ->Unit(benchmark::kMillisecond)
+#define CHANGES_OF_LMDB(what, forcing)                                                                                 \
+    BENCHMARK(changesLmdb)->Arg(forcing)->Name("indexed, " what "/peer:LMDB")->Unit(benchmark::kMillisecond)
 
 BENCHMARK_CAPTURE(sequentialOurs, rsd, "rsd-")
     ->Name("record sequential, 1M records written and read/ours")
@@ -343,16 +390,46 @@ BENCHMARK(fputsGetline)
 INDEXED(load, "200k records loaded in random order")
 INDEXED(random, "200k random reads")
 INDEXED(sequential, "200k sequential reads")
-CHANGES(0);
-BENCHMARK(changesLmdb)
-    ->Name("indexed, 20k committed changes of records alone/peer:LMDB")
-    ->Unit(benchmark::kMillisecond);
-CHANGES(1);
-CHANGES(4);
+CHANGES("20k committed changes, 0 alternate keys", 0, 0);
+CHANGES_OF_LMDB("20k committed changes of records alone", 0);
+CHANGES("20k committed changes, 1 alternate key", 1, 0);
+CHANGES("20k committed changes, 4 alternate keys", 4, 0);
+CHANGES("500 changes, each in order on the disk (close)", 0, 1);
+CHANGES_OF_LMDB("500 changes of records alone, each in order on the disk", 1);
+CHANGES("500 changes, each on the disk (commit)", 0, 2);
+CHANGES_OF_LMDB("500 changes of records alone, each on the disk", 2);
+CHANGES("500 changes, each on the disk (commit), 4 alternate keys", 4, 2);
+
+void growth(int count, const char *said)
+{
+    for (auto [work, what] : {std::pair{Work::load, " records loaded in random order"},
+                              {Work::random, " random reads"},
+                              {Work::sequential, " sequential reads"}}) {
+        auto add = [&, work = work](const char *who, auto run) {
+            benchmark::RegisterBenchmark(("indexed, " + std::string(said) + what + who).c_str(),
+                                         [=](benchmark::State &state) { run(state, work, count); })
+                ->Unit(benchmark::kMillisecond)
+                ->Iterations(1);
+        };
+        add("/ours", indexedOurs);
+        add("/peer:SQLite", sqlite);
+    }
+}
 
 } // namespace
 
-// SQLite runs with synchronous=off here: both leave the data to the system.
+// But where a row says something else, nobody forces data to the disk.
 static const int durability = setenv("VFS_DURABILITY", "none", 0);
 
-BENCHMARK_MAIN();
+// --growth: the same with 1,000,000 and 5,000,000 records, which takes minutes.
+int main(int argc, char **argv)
+{
+    int kept = 1;
+    for (int i = 1; i < argc; ++i)
+        if (strcmp(argv[i], "--growth") == 0)
+            growth(1000000, "1M"), growth(5000000, "5M");
+        else
+            argv[kept++] = argv[i];
+    benchmark::Initialize(&kept, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

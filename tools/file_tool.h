@@ -30,7 +30,8 @@ struct Shape {
 
 // One column of a CSV file, one member of a JSON object.
 struct Field {
-    enum Form : uint8_t { text, zoned, packed, binary };
+    // native: binary as this machine has it; floating: COMP-1 and COMP-2; bytes: hexadecimal
+    enum Form : uint8_t { text, zoned, packed, binary, native, floating, bytes };
     std::string name;
     uint32_t position = 0, length = 0;
     Form form = text;

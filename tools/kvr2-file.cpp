@@ -10,6 +10,7 @@
 
 #include "kvr2/kvr2.h"
 #include "tools/file_tool.h"
+#include "tools/record_layout.h"
 #include "tools/record_text.h"
 
 namespace file_tool {
@@ -91,6 +92,7 @@ void help()
     puts("\nA FILE is written as in ASSIGN: lsq-NAME, rsd-NAME, wbr-NAME, stl-NAME. A file of stl needs no\n"
          "prefix.\n\nOptions:\n"
          "  -t, --format=F        dump, load: lsq (default), rsd, csv or jsonl\n"
+         "  -L, --layout=COPYBOOK dump, load: what the record is made of, for csv and jsonl; kvrcob reads it\n"
          "  -F, --fields=LIST     dump, load: NAME:LENGTH[:FORM],... of the record, for csv and jsonl;\n"
          "                        FORM x text, 9 or s9 zoned, p packed, b or sb binary, with decimals: p2\n"
          "  -x, --hex             csv, jsonl: records in hexadecimal digits\n"
@@ -181,7 +183,7 @@ bool parseOption(int letter, Arguments *arguments)
     case 'f':
         return arguments->force = true;
     case 'L':
-        return say("--layout: copybooks are not read; --fields says what a record is made of"), false;
+        return readLayout(optarg, &arguments->fields);
     default:
         return false;
     }
@@ -192,6 +194,7 @@ unsigned bitOf(int letter)
     switch (letter) {
     case 't':
     case 'F':
+    case 'L':
     case 'x':
         return kText;
     case 'k':
@@ -226,7 +229,7 @@ static int run(int argc, char **argv)
                                      {nullptr, 0, nullptr, 0}};
     Arguments arguments;
     unsigned given = 0;
-    for (int letter; (letter = getopt_long(argc, argv, "t:F:xk:o:r:O:cfhV", options, nullptr)) != -1;) {
+    for (int letter; (letter = getopt_long(argc, argv, "t:F:L:xk:o:r:O:cfhV", options, nullptr)) != -1;) {
         if (letter == 'h') return help(), kDone;
         if (letter == 'V') return printf("kvr2-file %s\n", KVR2_FILE_VERSION), kDone;
         if (!parseOption(letter, &arguments)) return kUsage;

@@ -103,6 +103,34 @@ std::string binaryText(const Field &field, std::string_view bytes)
     return withPoint(std::to_string(negative ? -value : value), field.scale, negative);
 }
 
+std::string floatText(std::string_view bytes)
+{
+    char text[40];
+    float single = 0;
+    double value = 0;
+    if (bytes.size() == sizeof single) {
+        memcpy(&single, bytes.data(), sizeof single);
+        snprintf(text, sizeof text, "%.9g", static_cast<double>(single));
+    } else {
+        memcpy(&value, bytes.data(), sizeof value);
+        snprintf(text, sizeof text, "%.17g", value);
+    }
+    return text;
+}
+
+bool putFloat(const Field &field, const std::string &text, std::string *bytes)
+{
+    char *end;
+    double value = strtod(text.c_str(), &end);
+    auto single = static_cast<float>(value);
+    if (end == text.c_str() || *end) return false;
+    if (field.length == sizeof single)
+        bytes->assign(reinterpret_cast<const char *>(&single), sizeof single);
+    else
+        bytes->assign(reinterpret_cast<const char *>(&value), sizeof value);
+    return true;
+}
+
 // "-12.5" at two decimal places: the digits 1250 and the sign. False if it has more digits or
 // places than fit.
 bool digitsOf(const Field &field, const std::string &text, size_t room, std::string *digits, bool *negative)
@@ -137,6 +165,10 @@ bool putNumber(const Field &field, const std::string &text, std::string *bytes)
 {
     std::string digits;
     bool negative;
+    if (field.form == Field::floating) return putFloat(field, text, bytes);
+    if (field.form == Field::bytes)
+        return text == "0" ? bytes->assign(field.length, 0),
+               true        : fromHex(text, bytes) && bytes->size() == field.length;
     size_t room = field.form == Field::zoned ? field.length : field.form == Field::packed ? 2 * field.length - 1 : 20;
     if (!digitsOf(field, text, room, &digits, &negative)) return false;
     if (field.form == Field::zoned) {
@@ -154,6 +186,7 @@ bool putNumber(const Field &field, const std::string &text, std::string *bytes)
         if (negative) value = -value;
         bytes->assign(field.length, 0);
         for (size_t i = field.length; i--; value >>= 8) (*bytes)[i] = static_cast<char>(value);
+        if (field.form == Field::native) *bytes = std::string(bytes->rbegin(), bytes->rend());
     }
     return true;
 }
@@ -176,6 +209,16 @@ bool fieldText(const Field &field, std::string_view record, std::string *text, s
         break;
     case Field::binary:
         *text = binaryText(field, bytes);
+        break;
+    case Field::native:
+        *text = binaryText(field, std::string(bytes.rbegin(), bytes.rend()));
+        break;
+    case Field::floating:
+        *text = floatText(bytes);
+        good = !strpbrk(text->c_str(), "in"); // infinities and what is no number
+        break;
+    case Field::bytes:
+        *text = hexOf(bytes);
         break;
     }
     if (!good) *why = "field " + field.name + " holds X'" + hexOf(bytes) + "'";
@@ -350,7 +393,7 @@ bool formatRecord(const Arguments &arguments, std::string_view record, const uin
     for (const Field &field : arguments.fields) {
         std::string text;
         if (!fieldText(field, record, &text, why)) return false;
-        addValue(line, format, field.name, text, field.form != Field::text);
+        addValue(line, format, field.name, text, field.form != Field::text && field.form != Field::bytes);
     }
     if (arguments.fields.empty()) {
         bool text = isText(record) && !arguments.hexadecimal;

@@ -160,6 +160,7 @@ private:
     // ---- numbers.cpp
     Num number(const Expr *e, int wantScale = -1);
     Num itemNumber(const Loc &loc);
+    std::string checkedAddress(const Loc &loc);
     Num literalNumber(const Decimal &value);
     Num integerNumber(const std::string &c, int digits, bool isSigned = true);
     Num floatNumber(const std::string &c);
@@ -297,6 +298,7 @@ private:
     int keyNumber(const File &f, const Item &item, bool generic);
 
     void sortStatement(const SortStatement &s);
+    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);

@@ -70,6 +70,8 @@ void Emitter::fileRecords(Program &p)
         if (!f->sortFile) files.push_back(f);
     std::string list, fibs;
     size_t index = 0;
+    for (const UseStatement &use : p.uses)
+        for (const auto &[word, at] : use.files) meaning_.file(p, word, at);
     for (File *f : p.files) {
         uint32_t n = f->number;
         uint32_t room = f->maxRecord ? f->maxRecord : 1;
@@ -646,6 +648,10 @@ void Emitter::deleteStatement(const FileStatement &s)
     if (s.wholeFile) return deleteFile(s);
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
+    if (f->sortFile) {
+        error(s.fileAt, "a sort file is not deleted");
+        return;
+    }
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     if (f->access != K_SEQUENTIAL) {

@@ -64,6 +64,7 @@ int openCursor(IndexedFile *file, MDB_txn *txn, uint32_t key, StoreCursor *curso
     cursor->in = &stateBelow(file, txn);
     cursor->inChange = nullptr;
     cursor->pages.in = cursor->in;
+    cursor->pages.trusting = false;
     cursor->pages.depth = 0;
     if (asksLmdb(file, txn)) return mdb_cursor_open(txn, file->data[key], &cursor->inChange);
     return treeOf(file, *cursor->in, key, &cursor->pages.tree);
@@ -108,6 +109,7 @@ int findInStore(IndexedFile *file, MDB_txn *txn, uint32_t key, const MDB_val &k,
     }
     PageCursor cursor;
     cursor.in = &stateBelow(file, txn);
+    cursor.trusting = false;
     int error = treeOf(file, *cursor.in, key, &cursor.tree);
     return error ? error : movePageCursor(&cursor, MDB_SET, &sought, v);
 }

@@ -179,8 +179,7 @@ int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool 
               StoreCursor *cursor, FoundEntry *found)
 {
     MDB_val k = {}, v = {};
-    int error = random ? findByKey(file, txn, record, cursor, &k, &v)
-                       : openCursor(file, txn, file->reference, cursor);
+    int error = random ? findByKey(file, txn, record, cursor, &k, &v) : openCursor(file, txn, file->reference, cursor);
     if (!error && !random) error = step(file, cursor, request->options & ZVK_REQUEST_PREVIOUS, &k, &v);
     return error ? error : followEntry(file, txn, cursor, k, v, found);
 }

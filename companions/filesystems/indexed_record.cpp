@@ -41,6 +41,7 @@ int nextNumber(IndexedFile *file, MDB_txn *txn, uint32_t key, const uint8_t *rec
     int error = openCursor(file, txn, key, &cursor);
     if (error) return error;
     MDB_val k = valueOf(entry, size), v;
+    cursor.pages.trusting = true; // a number that is there already is refused when the entry is put
     error = moveCursor(&cursor, MDB_SET_RANGE, &k, &v);
     if (!error || error == MDB_NOTFOUND)
         error = moveCursor(&cursor, error == MDB_NOTFOUND ? MDB_LAST : MDB_PREV, &k, &v);
@@ -107,7 +108,8 @@ int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, 
             if (duplicates && (error = nextNumber(file, txn, key, record, &sequence))) return error;
             another |= duplicates && sequence > 1;
             MDB_val k = valueOf(entry, entryKey(file, key, record, sequence, entry));
-            if ((error = putInStore(file, txn, key, k, primary, 0))) return error;
+            error = putInStore(file, txn, key, k, primary, MDB_NOOVERWRITE);
+            if (error) return error == MDB_KEYEXIST ? MDB_CORRUPTED : error;
         }
         if (duplicates) memcpy(stored + n++ * kSequenceSize, &sequence, kSequenceSize);
     }

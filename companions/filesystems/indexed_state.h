@@ -31,8 +31,8 @@ struct KnownTree {
 struct IndexedFile {
     int descriptor;
     Store *store;
-    MDB_txn *batch;    // alone: the transaction that is being filled
-    MDB_txn *snapshot; // reading
+    MDB_txn *batch;     // alone: the transaction that is being filled
+    MDB_txn *snapshot;  // reading
     StoreSnapshot view; // its pages
     bool snapshotLive;
     bool alone, isNew, sequential, exact; // isNew: opened for OUTPUT

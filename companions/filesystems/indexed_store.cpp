@@ -34,17 +34,17 @@ struct Store {
     pthread_rwlock_t mapLock; // shared: held by every transaction, for itself alone by who changes the map
     dev_t lockDevice;         // of the lock file
     ino_t lockInode;
-    size_t pageSize;
+    std::atomic<uint64_t> mapBytes; // of LMDB's map
     MDB_dbi about;
     StoreMap *map;
     int folder; // -1: not known
     std::atomic<int64_t> folderTime;
     // The change that is being made: one at a time, LMDB sees to that.
     StoreSnapshot committed;
-    VettedPages vetted;   // of many changes in one transaction
-    uint64_t *marks;      // for the lists of free pages
-    uint64_t marksRoom;   // pages
-    uint64_t ownChange;   // the commit that this program made last
+    VettedPages vetted; // of many changes in one transaction
+    uint64_t *marks;    // for the lists of free pages
+    uint64_t marksRoom; // pages
+    uint64_t ownChange; // the commit that this program made last
     bool many;
     char name[];
 };
@@ -103,18 +103,11 @@ void enterTransaction(Store *store)
 // With size 0 as large as another program made it.
 void resizeMap(Store *store, size_t size)
 {
+    MDB_envinfo info;
     if (store->shared) pthread_rwlock_wrlock(&store->mapLock);
     mdb_env_set_mapsize(store->env, size);
+    if (mdb_env_info(store->env, &info) == 0) store->mapBytes = info.me_mapsize;
     if (store->shared) pthread_rwlock_unlock(&store->mapLock);
-}
-
-// Twice the address space while half of it is used. If the system gives no more, LMDB says so once
-// the store is full.
-void growMap(Store *store)
-{
-    MDB_envinfo info;
-    if (mdb_env_info(store->env, &info) == 0 && (info.me_last_pgno + 1) * store->pageSize > info.me_mapsize / 2)
-        resizeMap(store, info.me_mapsize * 2);
 }
 
 // The last change of the folder's entries, in nanoseconds; 0 where that cannot be said.
@@ -186,12 +179,17 @@ int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot 
     char file[PATH_MAX];
     bool cleared = false;
     for (int passed = 0;;) {
-        enterTransaction(store);
         bool renews = flags && *txn;
-        int error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
+        uint64_t size;
+        int error = sizeOfStore(store->map, &size);
+        // Twice the address space while half of it is used. If the system gives no more, LMDB says so
+        // once the store is full.
+        if (!error && !flags && size > store->mapBytes / 2) resizeMap(store, store->mapBytes * 2);
+        enterTransaction(store);
+        if (!error) error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
         const bool begun = !error;
         if (begun && store->shared) error = checkPlace(store, settles);
-        if (!error) error = takeSnapshot(store->map, mdb_txn_id(*txn) - !flags, passed > 20, snapshot);
+        if (!error) error = takeSnapshot(store->map, mdb_txn_id(*txn) - !flags, passed > 20, size, snapshot);
         if (!error && !flags) error = vetChange(store, many);
         if (!error) return 0;
         if (begun && flags) {
@@ -279,8 +277,9 @@ Store *openStore(const char *name, const struct stat &about, bool writable, bool
         free(store);
         return nullptr;
     }
-    MDB_stat pages;
-    mdb_env_stat(env, &pages);
+    MDB_envinfo info;
+    mdb_env_info(env, &info);
+    store->mapBytes = info.me_mapsize;
     store->device = about.st_dev;
     store->inode = about.st_ino;
     store->process = getpid();
@@ -291,7 +290,6 @@ Store *openStore(const char *name, const struct stat &about, bool writable, bool
     pthread_rwlock_init(&store->mapLock, nullptr);
     store->lockDevice = locks.st_dev;
     store->lockInode = locks.st_ino;
-    store->pageSize = pages.ms_psize;
     const char *slash = strrchr(name, '/');
     snprintf(lock, sizeof lock, "%.*s", slash ? static_cast<int>(slash - name + 1) : 2, slash ? name : "./");
     store->folder = locked ? open(lock, O_PATH | O_DIRECTORY | O_CLOEXEC) : -1;
@@ -376,14 +374,24 @@ int beginReading(Store *store, MDB_txn **txn, StoreSnapshot *snapshot)
 
 int beginChange(Store *store, MDB_txn **txn, bool many)
 {
-    growMap(store);
     *txn = nullptr;
     return beginTransaction(store, 0, txn, &store->committed, many);
 }
 
+int changeIsWhole(const Store *store)
+{
+    uint64_t size;
+    if (int error = sizeOfStore(store->map, &size)) return error;
+    return size / store->committed.pageSize < store->committed.pages ? MDB_CORRUPTED : 0;
+}
+
 int commitChange(Store *store, MDB_txn *txn)
 {
-    int error = mdb_txn_commit(txn);
+    int error = store->many ? changeIsWhole(store) : 0;
+    if (error)
+        mdb_txn_abort(txn);
+    else
+        error = mdb_txn_commit(txn);
     if (error)
         store->ownChange = 0;
     else if (store->ownChange)
@@ -403,7 +411,6 @@ const char *fileOfStore(const Store *store, char *room)
 
 int beginRedo(Store *store, MDB_txn **txn)
 {
-    growMap(store);
     *txn = nullptr;
     return beginTransaction(store, 0, txn, &store->committed, true, false);
 }
@@ -445,11 +452,7 @@ void clearDeadReaders(Store *store)
     if (store->shared) mdb_reader_check(store->env, &dead);
 }
 
-uint64_t bytesPerCommit(const Store *store)
-{
-    MDB_envinfo info;
-    return mdb_env_info(store->env, &info) == 0 ? info.me_mapsize / 16 : 0;
-}
+uint64_t bytesPerCommit(const Store *store) { return store->mapBytes / 16; }
 
 bool failWithStore(FCB *fcb, int error)
 {

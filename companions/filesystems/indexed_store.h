@@ -46,6 +46,8 @@ int beginReading(Store *store, MDB_txn **txn, StoreSnapshot *snapshot);
 // `many`: the transaction is of more than one verb.
 int beginChange(Store *store, MDB_txn **txn, bool many);
 int commitChange(Store *store, MDB_txn *txn);
+// Is the file still as long as when the change began? Asked at each verb of one that lasts.
+int changeIsWhole(const Store *store);
 // For the changes of a journal, which wait for none.
 int beginRedo(Store *store, MDB_txn **txn);
 void leaveTransaction(Store *store);

@@ -31,8 +31,8 @@ bool isFull(const IndexedFile *file)
 MDB_txn *reading(IndexedFile *file, int *error)
 {
     *error = 0;
-    if (file->batch) return file->batch;
-    if (MDB_txn *txn = file->transactional ? transactionOn(file->store) : nullptr) return txn;
+    MDB_txn *change = file->batch ? file->batch : file->transactional ? transactionOn(file->store) : nullptr;
+    if (change) return (*error = changeIsWhole(file->store)) ? nullptr : change;
     *error = beginReading(file->store, &file->snapshot, &file->view);
     file->snapshotLive = !*error;
     return *error ? nullptr : file->snapshot;
@@ -50,9 +50,10 @@ MDB_txn *changing(FCB *fcb, const FileRequest *request, int *error)
 {
     IndexedFile *file = indexedFileOf(fcb);
     *error = 0;
-    if (file->batch) return file->batch;
+    if (file->batch) return (*error = changeIsWhole(file->store)) ? nullptr : file->batch;
     if (file->transactional) {
         MDB_txn *txn = transactionOn(file->store);
+        if (txn) return (*error = changeIsWhole(file->store)) ? nullptr : txn;
         LockWait wait(file->locks.wait, request);
         while (!txn && (*error = joinTransaction(file->store, file->descriptor, &txn))) {
             failWithStore(fcb, *error);

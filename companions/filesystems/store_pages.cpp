@@ -104,8 +104,9 @@ int compare(const void *a, size_t aSize, const void *b, size_t bSize)
     return order ? order : aSize < bSize ? -1 : aSize > bSize;
 }
 
-// Every node of a page: they lie in it side by side, without a gap, and their keys ascend.
-bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool leaf, bool numbers = false)
+// Every node of a page: they lie in it side by side, without a gap, and their keys ascend if they are
+// to be compared (`order`).
+bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool leaf, bool order)
 {
     uint16_t sizes[kLargestPage / 2]; // of the node that begins there
     uint32_t upper = load<uint16_t>(level.page + 14);
@@ -119,8 +120,7 @@ bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool l
         if (at % 2 || sizes[at / 2]) return false;
         sizes[at / 2] = static_cast<uint16_t>((node.size + 1) & ~size_t(1));
         // The first key of a branch is not used.
-        if (n > (leaf ? 0u : 1u) && !numbers && compare(last.key, last.keySize, node.key, node.keySize) >= 0)
-            return false;
+        if (order && n > (leaf ? 0u : 1u) && compare(last.key, last.keySize, node.key, node.keySize) >= 0) return false;
         last = node;
     }
     uint32_t found = 0;
@@ -145,7 +145,7 @@ int goDown(PageCursor *cursor, int level, uint64_t page, bool last)
         bool leaf = level == depth - 1;
         PageCursor::Level *here = &cursor->path[level];
         if (int error = enterPage(*cursor->in, page, leaf, here)) return error;
-        if (!pageIsWhole(*cursor->in, *here, leaf)) return MDB_CORRUPTED;
+        if (!pageIsWhole(*cursor->in, *here, leaf, true)) return MDB_CORRUPTED;
         here->node = last ? here->nodes - 1 : 0;
         if (leaf) break;
         Node node;
@@ -185,8 +185,8 @@ bool leafIsInPlace(const PageCursor &cursor)
 int moveToLeafBeside(PageCursor *cursor, bool back)
 {
     int level = cursor->depth - 2;
-    while (level >= 0 && (back ? cursor->path[level].node == 0
-                               : cursor->path[level].node + 1 >= cursor->path[level].nodes))
+    while (level >= 0 &&
+           (back ? cursor->path[level].node == 0 : cursor->path[level].node + 1 >= cursor->path[level].nodes))
         --level;
     if (level < 0) return MDB_NOTFOUND;
     PageCursor::Level &branch = cursor->path[level];
@@ -258,7 +258,7 @@ int seek(PageCursor *cursor, const MDB_val &key, bool *same)
 int confirmAbsence(const PageCursor &cursor)
 {
     for (int level = 0; level < cursor.depth; ++level)
-        if (!pageIsWhole(*cursor.in, cursor.path[level], level == cursor.depth - 1)) return MDB_CORRUPTED;
+        if (!pageIsWhole(*cursor.in, cursor.path[level], level == cursor.depth - 1, true)) return MDB_CORRUPTED;
     if (!leafIsInPlace(cursor)) return MDB_CORRUPTED;
     const PageCursor::Level &leaf = cursor.path[cursor.depth - 1];
     for (bool back : {false, true}) {
@@ -297,7 +297,7 @@ int movePageCursor(PageCursor *cursor, MDB_cursor_op where, MDB_val *k, MDB_val 
     default:
         error = seek(cursor, *k, &same);
         if (error || same) break;
-        if ((error = confirmAbsence(*cursor))) break;
+        if (!cursor->trusting && (error = confirmAbsence(*cursor))) break;
         if (where == MDB_SET)
             error = MDB_NOTFOUND;
         else if (cursor->path[cursor->depth - 1].node == cursor->path[cursor->depth - 1].nodes)
@@ -311,6 +311,7 @@ int findValue(const StoreSnapshot &in, const StoreTree &tree, const MDB_val &key
     PageCursor cursor;
     cursor.in = &in;
     cursor.tree = &tree;
+    cursor.trusting = false;
     MDB_val k = key;
     return movePageCursor(&cursor, MDB_SET, &k, value);
 }
@@ -335,8 +336,8 @@ struct Mapping {
 };
 
 // A head page: magic, version, address, size of the map, the two trees, the last page, the change.
-constexpr size_t kTreesAt = kHeadSize + 24, kLastPageAt = kTreesAt + 2 * sizeof(StoreTree),
-                 kChangeAt = kLastPageAt + 8, kHeadEnd = kChangeAt + 8;
+constexpr size_t kTreesAt = kHeadSize + 24, kLastPageAt = kTreesAt + 2 * sizeof(StoreTree), kChangeAt = kLastPageAt + 8,
+                 kHeadEnd = kChangeAt + 8;
 
 bool isHead(const uint8_t *page, uint64_t number)
 {
@@ -447,8 +448,7 @@ int checkHeads(const char *name)
     if (descriptor < 0) return errno;
     int error = MDB_CORRUPTED;
     for (int n = 0; error && n < tries; ++n)
-        error = fstat(descriptor, &about) != 0 ? errno
-                                               : lookAtHeads(descriptor, static_cast<uint64_t>(about.st_size));
+        error = fstat(descriptor, &about) != 0 ? errno : lookAtHeads(descriptor, static_cast<uint64_t>(about.st_size));
     close(descriptor);
     return error;
 }
@@ -460,14 +460,20 @@ static uint64_t changeOf(const uint8_t *head)
 
 // The head of a change is written over by the second one after it. So the newest is read in peace:
 // nobody writes it before the next is there. One that a newer follows may be hit while it is read.
-int takeSnapshot(StoreMap *map, uint64_t change, bool older, StoreSnapshot *snapshot)
+int sizeOfStore(const StoreMap *map, uint64_t *size)
 {
+    constexpr uint64_t heads = 2 * 4096; // as pages are here at least, where LMDB looks first
     struct stat about;
     if (fstat(map->descriptor, &about) != 0) return errno;
-    const uint8_t *base = mapOf(map, static_cast<size_t>(about.st_size));
+    *size = static_cast<uint64_t>(about.st_size);
+    return *size < heads ? MDB_CORRUPTED : 0;
+}
+
+int takeSnapshot(StoreMap *map, uint64_t change, bool older, uint64_t size, StoreSnapshot *snapshot)
+{
+    const uint8_t *base = mapOf(map, size);
     if (!base) return ENOMEM;
-    const uint64_t size = static_cast<uint64_t>(about.st_size);
-    const uint32_t pageSize = size < kHeadEnd ? 0 : load<uint32_t>(base + kTreesAt);
+    const uint32_t pageSize = load<uint32_t>(base + kTreesAt);
     if (pageSize < 512 || pageSize > kLargestPage || (pageSize & (pageSize - 1)) || size < 2 * uint64_t(pageSize))
         return MDB_CORRUPTED;
     const uint8_t *heads[] = {base, base + pageSize}, *wanted = nullptr;
@@ -482,7 +488,11 @@ int takeSnapshot(StoreMap *map, uint64_t change, bool older, StoreSnapshot *snap
     bool newest = changeOf(heads[0]) <= change && changeOf(heads[1]) <= change;
     if (!newest && (!older || changeOf(wanted) != change || memcmp(copy, second, sizeof copy) != 0))
         return kSnapshotPassed;
-    int error = readHead(copy, size / pageSize, snapshot);
+    // It may have grown since it was asked.
+    int error = 0;
+    if (load<uint64_t>(copy + kLastPageAt) >= size / pageSize) error = sizeOfStore(map, &size);
+    if (!error && !(base = mapOf(map, size))) error = ENOMEM;
+    if (!error) error = readHead(copy, size / pageSize, snapshot);
     if (!error && (snapshot->pageSize != pageSize || snapshot->change != change)) error = MDB_CORRUPTED;
     snapshot->base = base;
     return error;
@@ -507,7 +517,8 @@ int vetPage(const StoreSnapshot &in, uint64_t number, bool leaf, PageCursor::Lev
 {
     if (int error = enterPage(in, number, leaf, level)) return error;
     if (wasVetted(vetted, number)) return 0;
-    if (!pageIsWhole(in, *level, leaf)) return MDB_CORRUPTED;
+    // LMDB copes with keys in any order; a search that must not fail looks at that by itself.
+    if (!pageIsWhole(in, *level, leaf, false)) return MDB_CORRUPTED;
     noteVetted(vetted, number);
     return 0;
 }
@@ -529,7 +540,8 @@ int vetEdge(const StoreSnapshot &in, const StoreTree &tree, int level, uint64_t 
 // LMDB mends a page that is less than a quarter full with one beside it.
 bool getsLow(const StoreSnapshot &in, const PageCursor::Level &leaf, size_t goes)
 {
-    size_t room = in.pageSize - kHeadSize, lower = load<uint16_t>(leaf.page + 12), upper = load<uint16_t>(leaf.page + 14);
+    size_t room = in.pageSize - kHeadSize, lower = load<uint16_t>(leaf.page + 12),
+           upper = load<uint16_t>(leaf.page + 14);
     size_t used = room - (upper - lower);
     return leaf.nodes <= 2 || used < goes + 2 || (used - goes - 2) * 10 < room * 3;
 }
@@ -639,7 +651,7 @@ int vetLists(const StoreSnapshot &in, int level, uint64_t page, uint64_t *marks,
     bool leaf = level == tree.depth - 1;
     PageCursor::Level here;
     if (int error = enterPage(in, page, leaf, &here)) return error;
-    if (set && !pageIsWhole(in, here, leaf, true)) return MDB_CORRUPTED;
+    if (set && !pageIsWhole(in, here, leaf, false)) return MDB_CORRUPTED;
     for (uint32_t n = 0; n < here.nodes; ++n) {
         Node node;
         MDB_val value;
@@ -667,6 +679,7 @@ int vetForChange(const StoreSnapshot &in, bool lists, uint64_t *marks)
     cursor.in = &in;
     cursor.tree = &in.names;
     MDB_val k, v;
+    cursor.trusting = false;
     cursor.depth = 0;
     int error = movePageCursor(&cursor, MDB_FIRST, &k, &v);
     for (; !error; error = movePageCursor(&cursor, MDB_NEXT, &k, &v)) {

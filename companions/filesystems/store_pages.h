@@ -54,10 +54,14 @@ void closeStoreMap(StoreMap *map);
 // Before LMDB opens a store: do its two heads make sense? 0, MDB_CORRUPTED or an errno.
 int checkHeads(const char *name);
 
+// The size of the file, asked before LMDB looks at it: 0, an errno, or MDB_CORRUPTED if not even the
+// heads are there.
+int sizeOfStore(const StoreMap *map, uint64_t *size);
+
 // The snapshot of a commit; kSnapshotPassed: a writer went past it, so begin anew. `older`: take the
 // commit before the newest, too. A writer that was killed after its commit can leave LMDB at it.
 constexpr int kSnapshotPassed = -40003;
-int takeSnapshot(StoreMap *map, uint64_t change, bool older, StoreSnapshot *snapshot);
+int takeSnapshot(StoreMap *map, uint64_t change, bool older, uint64_t size, StoreSnapshot *snapshot);
 
 // The tree of a database by its name: 0, MDB_NOTFOUND or MDB_CORRUPTED.
 int findTree(const StoreSnapshot &in, const char *name, StoreTree *tree);
@@ -71,7 +75,8 @@ struct PageCursor {
     };
     const StoreSnapshot *in;
     const StoreTree *tree;
-    int depth; // 0: nowhere
+    bool trusting; // a key that is not found needs no proof
+    int depth;     // 0: nowhere
     Level path[kDeepestTree];
 };
 // MDB_FIRST, MDB_LAST, MDB_NEXT, MDB_PREV, MDB_SET_RANGE, MDB_SET, as of LMDB's cursors.
@@ -86,9 +91,9 @@ struct VettedPages {
 };
 
 enum class Touch {
-    path,     // the pages that lead to the key, and the key's own
-    removal,  // and those beside them if the leaf loses so much that LMDB will mend it
-    around,   // and those beside them in any case
+    path,    // the pages that lead to the key, and the key's own
+    removal, // and those beside them if the leaf loses so much that LMDB will mend it
+    around,  // and those beside them in any case
 };
 
 // What leads to a key; also for a key that is not there.

@@ -365,4 +365,19 @@ KVR_INLINE void kvr_refmod(int64_t from, int64_t length, int64_t size, const cha
     }
 }
 
+
+/* form: how the sign of a zoned item stands, as in kvr_is_zoned; -1 packed, -2 packed without sign */
+KVR_SHARED uint8_t *kvr_numeric(uint8_t *p, int32_t digits, int form, const char *name, const char *file, int line)
+{
+    int good = form < 0    ? kvr_is_packed(p, digits, form == -1)
+               : form == 0 ? _zvkcClasUserDef(p, digits, kvr_digits)
+                           : kvr_is_zoned(p, digits, form);
+    if (!good) {
+        char text[200];
+        snprintf(text, sizeof text, "%.60s holds data that is no number", name);
+        kvr_check_failed(file, line, text);
+    }
+    return p;
+}
+
 #endif

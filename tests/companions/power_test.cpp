@@ -148,8 +148,8 @@ bool madeFileAfterCut(const std::vector<RecordedWrite> &writes, const string &na
     return inode;
 }
 
-// Transfers between accounts in two indexed files and a relative one, each transfer one transaction:
-// after a cut the files hold what one of the commits left, together.
+// Transfers between accounts in two indexed files and a relative one, each a transaction: after a
+// cut the files hold what one of the commits left, together.
 TEST_P(PowerCut, LeavesTransactionsWhole)
 {
     std::mt19937 random(9 + tortureSeed());
@@ -216,14 +216,15 @@ TEST_P(PowerCut, LeavesTransactionsWhole)
         ASSERT_EQ(stat(path[0].substr(0, path[0].rfind('/')).c_str(), &folder), 0);
         for (int cut = 0; cut < cutsEach && round + cut < rounds; ++cut) {
             const size_t end = cut ? random() % (writes.size() + 1) : writes.size();
-            const string where = string(GetParam()) + " cut at " + std::to_string(end) + " of " +
-                                 std::to_string(writes.size());
+            const string where =
+                string(GetParam()) + " cut at " + std::to_string(end) + " of " + std::to_string(writes.size());
             for (int i = 0; i < files; ++i) {
                 writeFile(data[i], afterCut(writes, inodes[i], before[i], end, random));
                 string journal = path[i] + ".kvr2-commit", content;
                 unlink((path[i] + ".mdb-lock").c_str());
                 unlink(journal.c_str());
-                if (madeFileAfterCut(writes, journal, folder.st_ino, end, random, &content)) writeFile(journal, content);
+                if (madeFileAfterCut(writes, journal, folder.st_ino, end, random, &content))
+                    writeFile(journal, content);
             }
             State found;
             for (int i = 0; i < files; ++i) {

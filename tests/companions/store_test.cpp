@@ -193,6 +193,41 @@ TEST(Store, DamagedLengthsAreAStatus)
         }
 }
 
+// Somebody empties or shortens a store that is open: what is cut off is a status, and no end of the
+// program.
+TEST(Store, ShortenedUnderAnOpenFile)
+{
+    FileAttributes wide = plain;
+    wide.longest = wide.shortest = 200;
+    for (bool alone : {false, true})
+        for (off_t size : {0, 100, 4096, 8191, 8192, 12288, 40000, 100000}) {
+            TemporaryDirectory directory;
+            const string path = directory.file("i");
+            ChildRun run = runChild([&] {
+                FileAttributes attributes = wide;
+                if (alone) attributes.share = 3;
+                CompiledFile file("stl-" + path, attributes), reader("stl-" + path, wide);
+                makeFile(file, 1000);
+                if (file.open(ZVK_OPEN_IO) != "00" || (!alone && reader.open(ZVK_OPEN_INPUT) != "00")) _exit(1);
+                if (file.rewrite(keyed(1)) != "00" || (!alone && reader.read(next) != "00")) _exit(2);
+                if (truncate((path + ".mdb").c_str(), size) != 0) _exit(3);
+                int refused = 0;
+                for (int n = 0; n < 1000; n += 7) {
+                    file.move(keyed(n));
+                    for (string status : {n % 2 ? file.rewrite(keyed(n)) : file.read(),
+                                          alone ? "00" : reader.read(n % 3 ? next : FileRequest{})}) {
+                        if (status > "09" && status != "30" && status != "46") _exit(4);
+                        refused += status == "30";
+                    }
+                }
+                reader.close();
+                file.close();
+                _exit(refused || alone ? 0 : 5); // one that is alone may have all pages that it needs
+            });
+            EXPECT_EQ(run.status, 0) << size << alone << " signal " << run.signal;
+        }
+}
+
 TEST(Store, SymbolicLinkIsTheFile)
 {
     TemporaryDirectory directory;

@@ -45,6 +45,36 @@ expect "$(status "$tool" load --create -r 9 -t csv -F'A:4:p2,B:2:s9,C:2:b,D:1' n
 grep -q '2 refused\|3 refused' err || fail "numbers that do not fit are not refused"
 expect "$("$tool" dump -t csv -F'A:4:p2,B:2:s9,C:2:b,D:1' n 2>/dev/null | tail -1)" '12.25,7,65535,y'
 
+# The layout of a copybook is that of the fields; items that occur, that redefine and that are no decimal numbers.
+printf '           05  ACCT PIC 9(6).\n           05  GRP PIC S9(4).\n           05  NUM PIC 9(3)V99.\n           05  TXT PIC X(35).\n' >rec.cpy
+expect "$(PATH=/usr/bin:/bin status "$tool" dump -t csv -L rec.cpy f)" 2
+grep -q 'kvrcob.*not installed' err || fail "a missing kvrcob is not told"
+PATH=$(dirname "$4"):$PATH
+"$tool" dump -t csv -F"$fields" f 2>/dev/null | tail -n +2 >want.txt
+"$tool" dump -t csv -L rec.cpy f 2>/dev/null | tail -n +2 >out.txt; same out.txt want.txt
+cat >deep.cpy <<'END'
+       01  ORDERS.
+           05  LINES-OF OCCURS 2 TIMES.
+               10  QTY   PIC S9(3)V9 COMP-3.
+               10  CODES PIC X OCCURS 2 TIMES.
+           05  RATIO     COMP-2.
+           05  RATIO-X   REDEFINES RATIO PIC X(8).
+           05  COUNTER   PIC S9(4) COMP-5.
+           05  FILLER    PIC X.
+       01  OTHER PIC X(9).
+END
+cat >deep.csv <<'END'
+QTY(1),"CODES(1,1)","CODES(1,2)",QTY(2),"CODES(2,1)","CODES(2,2)",RATIO,COUNTER,FILLER
+-12.5,a,b,0.1,c,d,0.125,-2,x
+END
+expect "$(status "$tool" load --create -r 21 -t csv -L deep.cpy deep deep.csv)" 0
+expect "$("$tool" dump -t rsd deep 2>/dev/null | od -An -tx1 -v | tr -d ' \n')" '00125d616200001c6364000000000000c03ffeff78'
+"$tool" dump -t csv -L deep.cpy deep 2>/dev/null >out.txt
+expect "$(tail -1 out.txt)" "$(tail -1 deep.csv)"
+expect "$(head -1 out.txt | tr -d '\"')" "$(head -1 deep.csv | tr -d '\"')"
+echo 'no copybook at all' >bad.cpy
+expect "$(status "$tool" dump -t csv -L bad.cpy f)" 2
+
 # Organizations and file systems.
 "$tool" copy -O relative f rel 2>/dev/null
 "$tool" copy rel lsq-lines 2>/dev/null; same lines sorted.txt

@@ -1,0 +1,216 @@
+#include "tools/record_layout.h"
+
+#include <cctype>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace file_tool {
+
+namespace {
+
+constexpr size_t kMostFields = 100000;
+
+// A line of the map: "  05    BALANCE      26        5  PACKED-DECIMAL", and the clauses of its entry.
+struct Item {
+    unsigned level = 0;
+    std::string name, usage, picture;
+    uint32_t offset = 0, length = 0, occurs = 1;
+    bool redefines = false, signApart = false;
+};
+
+std::string upper(std::string text)
+{
+    for (char &c : text) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+// The output of kvrcob with these options; false: it could not read the copybook, and has said so
+// itself if `tells`.
+bool runCompiler(const char *options, const std::string &program, bool tells, std::string *output)
+{
+    std::string command = std::string("kvrcob ") + options + " '" + program + "'" + (tells ? "" : " 2>/dev/null");
+    FILE *from = popen(command.c_str(), "r"); // `program` is a name of our own making
+    if (!from) return false;
+    char part[4096];
+    output->clear();
+    for (size_t got; (got = fread(part, 1, sizeof part, from)) > 0;) output->append(part, got);
+    return pclose(from) == 0;
+}
+
+bool writeProgram(const std::string &name, const std::string &copybook, bool needsRecord)
+{
+    FILE *to = fopen(name.c_str(), "w");
+    if (!to) return false;
+    fprintf(to, "       IDENTIFICATION DIVISION.\n       PROGRAM-ID. LAYOUT.\n       DATA DIVISION.\n"
+                "       WORKING-STORAGE SECTION.\n");
+    if (needsRecord) fprintf(to, "       01  LAYOUT-RECORD.\n");
+    fprintf(to, "       COPY \"%s\".\n       PROCEDURE DIVISION.\n           STOP RUN.\n", copybook.c_str());
+    return fclose(to) == 0;
+}
+
+std::vector<Item> itemsOfMap(const std::string &listing)
+{
+    std::vector<Item> items;
+    std::istringstream lines(listing);
+    std::string line, word;
+    bool inMap = false;
+    while (std::getline(lines, line)) {
+        std::istringstream words(line);
+        if (!inMap) {
+            inMap = words >> word && word == "Level";
+            continue;
+        }
+        Item item;
+        if (!(words >> item.level >> item.name >> item.offset >> item.length >> item.usage)) break;
+        while (words >> word) {
+            if (word == "OCCURS") words >> item.occurs;
+            item.redefines |= word == "REDEFINES";
+        }
+        items.push_back(item);
+    }
+    return items;
+}
+
+// The pictures, from the entries of the source in the order of the map.
+void takePictures(const std::string &source, std::vector<Item> *items)
+{
+    std::istringstream lines(source);
+    std::string line;
+    size_t at = 0;
+    Item *now = nullptr;
+    while (std::getline(lines, line)) {
+        std::istringstream words(line);
+        std::string word;
+        for (bool first = true, picture = false; words >> word; first = false) {
+            word = upper(word);
+            unsigned level =
+                first && isdigit(static_cast<unsigned char>(word[0])) ? strtoul(word.c_str(), nullptr, 10) : 0;
+            if (level) now = (level <= 49 || level == 77) && at < items->size() ? &(*items)[at++] : nullptr;
+            if (!now || level) continue;
+            if (word.size() > 1 && word.back() == '.') word.pop_back();
+            if (picture && word != "IS") now->picture = word, picture = false;
+            picture |= word == "PIC" || word == "PICTURE";
+            now->signApart |= word == "SEPARATE" || word == "LEADING";
+        }
+    }
+}
+
+// S9(7)V99: nothing but digits, sign and point? Gives the places after the point.
+bool isNumber(const std::string &picture, bool *isSigned, uint32_t *scale)
+{
+    bool point = false, digits = false;
+    *isSigned = false;
+    *scale = 0;
+    for (size_t i = 0; i < picture.size(); ++i) {
+        unsigned long times = 1;
+        if (picture[i] == 'S') {
+            *isSigned = true;
+        } else if (picture[i] == 'V') {
+            point = true;
+        } else if (picture[i] == '9') {
+            if (i + 1 < picture.size() && picture[i + 1] == '(') {
+                times = strtoul(picture.c_str() + i + 2, nullptr, 10);
+                i = picture.find(')', i);
+                if (i == std::string::npos) return false;
+            }
+            digits = true;
+            if (point) *scale += static_cast<uint32_t>(times);
+        } else {
+            return false;
+        }
+    }
+    return digits;
+}
+
+Field fieldOf(const Item &item)
+{
+    Field field;
+    bool number = isNumber(item.picture, &field.isSigned, &field.scale);
+    field.length = item.length;
+    if (item.usage == "DISPLAY")
+        field.form = number && !item.signApart ? Field::zoned : Field::text;
+    else if (item.usage == "PACKED-DECIMAL")
+        field.form = Field::packed;
+    else if (item.usage == "BINARY" && item.length <= 8)
+        field.form = Field::binary;
+    else if (item.usage == "COMP-5" && item.length <= 8)
+        field.form = Field::native;
+    else if (item.usage == "COMP-1" || item.usage == "COMP-2")
+        field.form = Field::floating;
+    else
+        field.form = Field::bytes;
+    if (field.form == Field::text || field.form == Field::bytes) field.isSigned = false, field.scale = 0;
+    return field;
+}
+
+struct Unfolding {
+    const std::vector<Item> &items;
+    std::vector<Field> *fields;
+
+    // The item at `at`, moved by `shift`; returns the first item after it.
+    size_t add(size_t at, uint32_t shift, const std::string &numbers)
+    {
+        const Item &item = items[at];
+        size_t end = at + 1;
+        while (end < items.size() && items[end].level > item.level && items[end].level != 77) ++end;
+        for (uint32_t n = 0; n < item.occurs && !item.redefines && fields->size() < kMostFields; ++n) {
+            std::string inside = numbers;
+            if (item.occurs > 1) inside += (inside.empty() ? "" : ",") + std::to_string(n + 1);
+            uint32_t moved = shift + n * item.length;
+            if (end == at + 1)
+                addField(item, moved, inside);
+            else
+                for (size_t child = at + 1; child < end;) child = add(child, moved, inside);
+        }
+        return end;
+    }
+
+    // Names are columns: one that is there already, as FILLER is, gets a number.
+    void addField(const Item &item, uint32_t shift, const std::string &numbers)
+    {
+        Field field = fieldOf(item);
+        field.position = item.offset + shift;
+        std::string name = item.name + (numbers.empty() ? "" : "(" + numbers + ")");
+        field.name = name;
+        auto known = [&] {
+            for (const Field &other : *fields)
+                if (other.name == field.name) return true;
+            return false;
+        };
+        for (int n = 2; known(); ++n) field.name = name + "-" + std::to_string(n);
+        fields->push_back(field);
+    }
+};
+
+} // namespace
+
+bool readLayout(const char *copybook, std::vector<Field> *fields)
+{
+    char path[PATH_MAX], folder[] = "/tmp/kvr2-file-XXXXXX";
+    if (!realpath(copybook, path)) return say("--layout: %s: %s", copybook, strerror(errno)), false;
+    if (strchr(path, '"')) return say("--layout: %s: a copybook's name has no quotation mark", copybook), false;
+    if (system("command -v kvrcob >/dev/null 2>&1") != 0)
+        return say("--layout: kvrcob, which reads copybooks, is not installed; --fields says what a record is made of"),
+               false;
+    if (!mkdtemp(folder)) return say("--layout: %s: %s", folder, strerror(errno)), false;
+    // A copybook may begin with its record or leave that to the program.
+    const std::string program = std::string(folder) + "/layout.cbl";
+    std::string listing, source;
+    bool good = writeProgram(program, path, false) && runCompiler("check --list", program, false, &listing);
+    if (!good) good = writeProgram(program, path, true) && runCompiler("check --list", program, true, &listing);
+    good = good && runCompiler("-E", program, true, &source);
+    unlink(program.c_str());
+    rmdir(folder);
+    std::vector<Item> items = itemsOfMap(listing);
+    if (!good || items.empty()) return say("--layout: %s is no copybook that kvrcob can read", copybook), false;
+    takePictures(source, &items);
+    Unfolding{items, fields}.add(0, 0, "");
+    return fields->size() < kMostFields || (say("--layout: %s has too many items", copybook), false);
+}
+
+} // namespace file_tool
