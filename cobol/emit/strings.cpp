@@ -195,7 +195,9 @@ void Emitter::unstringStatement(const UnstringStatement &s)
         if (!target.good()) return;
         uint32_t kind = 0;
         int64_t integerSize = 0;
-        if (target.refmod || unstringKind(*target.item, kind, integerSize)) {
+        // A number gets its digits by a MOVE: a field at the end of the source may have blanks after
+        // them.
+        if (target.refmod || (unstringKind(*target.item, kind, integerSize) && kind != ZVK_UNSTRING_NUMERIC)) {
             targets.address(target.address);
             targets.length(target.length);
         } else {
@@ -203,6 +205,8 @@ void Emitter::unstringStatement(const UnstringStatement &s)
             targets.address(buffers[i]);
             targets.put(static_cast<uint64_t>(longest ? longest : 1));
             moved.emplace_back(i, target);
+            kind = 0;
+            integerSize = 0;
         }
         targets.put(static_cast<uint64_t>(integerSize));
         targets.put(kind * kThirdByte);
