@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t kMostFields = 100000;
 
-// A line of the map: "  05    BALANCE      26        5  PACKED-DECIMAL", and the clauses of its entry.
+// A line of the map, "  05    BALANCE    26    5  PACKED-DECIMAL", and the clauses of its entry.
 struct Item {
     unsigned level = 0;
     std::string name, usage, picture;
