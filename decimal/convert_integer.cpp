@@ -103,8 +103,8 @@ struct ToBinary {
         result = static_cast<Integer>((value ^ minus) - minus);
     }
 
-    // Clean zoned items of 1 to 3 digits. A letter in the last place is not decoded here, nor below,
-    // so its item goes the long way.
+    // Clean zoned items of 1 to 3 digits. A letter in the last place is not decoded here, nor
+    // below, so its item goes the long way.
     [[gnu::always_inline]] bool fewDigits(Integer &result) const
     {
         if (static_cast<uint32_t>(sn - 1) >= 3) return false;
@@ -246,7 +246,7 @@ template <class Write>
 {
     if (magnitude < 10 || n == 1) return magnitude % 10;
     if (n <= 3) {
-        const auto number = static_cast<uint32_t>(magnitude % 1000);
+        const auto number = static_cast<uint32_t>(magnitude < 1000 ? magnitude : magnitude % 1000);
         const uint64_t tens = number / 10;
         const uint64_t digits = number - tens * 10 + (tens % 10 << 8) + (tens / 10 << 16);
         return n == 2 ? digits & 0xFFFF : digits;

@@ -260,6 +260,40 @@ struct Cell {
         return true;
     }
 
+    // One to three digits into as many places. Such items are so short that every step counts.
+    [[gnu::always_inline]] bool areFew() const
+    {
+        return static_cast<uint32_t>(sn - 1) < 3 && static_cast<uint32_t>(dn - 1) < 3;
+    }
+    [[gnu::always_inline]] bool fewFromPacked(uint32_t mode) const
+    {
+        if ((mode & ZVK_BCD_EBCDIC) || !areFew()) return false;
+        const uint32_t whole = sn == 1 ? src[0] : loadBig<uint16_t>(src);
+        const uint32_t digits = whole >> 4;
+        const bool negative = isNegativeNibble(static_cast<uint8_t>(whole));
+        if ((whole & 0x0F) < 10 || ((digits ^ (digits + 0x666)) & 0x1110)) return false;
+        if (negative && digits == 0) return false;
+        const uint32_t bytes = (digits & 0xF00) << 8 | (digits & 0x0F0) << 4 | (digits & 0x00F);
+        storeBytes(dst, dn, bytes, uint32_t{negative} << 6);
+        return true;
+    }
+    [[gnu::always_inline]] bool fewIntoPacked(uint32_t mode) const
+    {
+        if ((mode & ZVK_BCD_EBCDIC) || !areFew()) return false;
+        uint32_t excess = 0;
+        const auto number = signedBytes(loadBytes<uint32_t>(src, sn), excess);
+        if (anyExcess(excess)) return false;
+        const uint32_t pairs = (number.digits | number.digits >> 4) & 0x00FF00FF;
+        const uint32_t digits = (pairs | pairs >> 8) & 0x0FFF >> (4 * (3 - dn));
+        const bool negative = number.sign && (digits || (mode & ZVK_BCD_KEEP_NEG_ZERO));
+        const uint32_t whole = digits << 4 | signNibble(negative);
+        if (dn == 1)
+            dst[0] = static_cast<uint8_t>(whole);
+        else
+            storeBig<uint16_t>(dst, static_cast<uint16_t>(whole));
+        return true;
+    }
+
     template <class Word>
     [[gnu::always_inline]] bool shortCell(uint32_t mode, uint8_t *&result) const
     {
@@ -271,6 +305,12 @@ struct Cell {
     }
     bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<From> || isPacked<To>)
     {
+        result = dst;
+        if constexpr (same<From, forms::Pckd> && same<To, forms::ZndTO>) {
+            if (fewFromPacked(mode)) return true;
+        } else if constexpr (same<From, forms::ZndTO>) {
+            if (fewIntoPacked(mode)) return true;
+        }
         return shortCell<uint64_t>(mode, result);
     }
     bool quickLong(uint8_t *&result) const requires(isPacked<From> || isPacked<To>)

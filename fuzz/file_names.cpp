@@ -1,5 +1,6 @@
 // File names: any text as the assignment of a file, from a literal or through a variable of the
 // environment, resolved and opened for input.
+#include "fileio/concatenation.h"
 #include "fileio/file_name.h"
 #include "fuzz.h"
 #include "support/compiled_file.h"
@@ -21,5 +22,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     zvkResolveName(&fcb, &fib);
     if (fcb.status <= 9) zvkChooseByFile(&fcb);
     free(fcb.fileName);
+    _zvk_Concat_Free(fcb.concatenation); // the next OPEN of the FCB would do this
     return 0;
 }

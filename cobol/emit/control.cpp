@@ -176,7 +176,8 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
             ";\n"));
     debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
-    if (fromSegment >= 50) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
+    int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
+    if (fromSegment >= 50 && fromSegment != now) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
     put(cat("goto p", from, ";\nr", site, ": x[", end, "] = s[", site - firstSite_, "];\n"));
 }
 
@@ -221,6 +222,7 @@ void Emitter::performStatement(const PerformStatement &s)
                 error(s.varying[i].item->at, wordText(s.varying[i].item->names[0]) + " is no numeric item");
                 return;
             }
+            if (!s.varying[i].from) return; // an error was told there
             store(number(s.varying[i].from), loc, false, "");
             debugNow();
         };

@@ -5,6 +5,18 @@
 
 namespace kvrcob {
 
+// Where a packed or zoned item is; with -fcheck its content is looked at on the way.
+std::string Emitter::checkedAddress(const Loc &loc)
+{
+    if (!options_.check) return loc.address;
+    const Item &item = *loc.item;
+    int form = item.usage != Usage::Packed ? static_cast<int>(item.signForm) : item.picture.sign ? -1 : -2;
+    const Spot &spot = group_.spot(statementAt_);
+    return cat("kvr_numeric(", loc.address, ", ", item.picture.digits, ", ", form, ", ",
+               bytesLiteral(item.name ? wordText(item.name) : "FILLER"), ", ", bytesLiteral(sources()[spot.file].path),
+               ", ", spot.line, ")");
+}
+
 Num Emitter::itemNumber(const Loc &loc)
 {
     Num n;
@@ -65,7 +77,7 @@ Num Emitter::itemNumber(const Loc &loc)
         return n;
     case Usage::Packed:
         n.kind = Num::Packed;
-        n.text = loc.address;
+        n.text = checkedAddress(loc);
         n.direct = true;
         return n;
     case Usage::Pointer:
@@ -75,15 +87,16 @@ Num Emitter::itemNumber(const Loc &loc)
         break;
     }
     // Zoned
+    std::string address = checkedAddress(loc);
     if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
         n.text = cat(item.signForm == SignForm::Trailing ? "kvr_zoned_number(" : "_zvkcBCD_CONV_Znd_To_Int8(",
-                     loc.address, ", ", n.digits, ")");
+                     address, ", ", n.digits, ")");
         return n;
     }
     static const char *const forms[] = {"US", "TO", "LO", "TS", "LS"};
     n.kind = Num::Packed;
     std::string t = tempBytes(n.digits / 2 + 1);
-    n.text = cat("_zvkcBCD_CONV_Znd", forms[static_cast<int>(item.signForm)], "_To_Pckd(", loc.address, ", ", t, ", ",
+    n.text = cat("_zvkcBCD_CONV_Znd", forms[static_cast<int>(item.signForm)], "_To_Pckd(", address, ", ", t, ", ",
                  n.digits, ", ", n.digits, ")");
     return n;
 }

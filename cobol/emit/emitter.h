@@ -160,6 +160,7 @@ private:
     // ---- numbers.cpp
     Num number(const Expr *e, int wantScale = -1);
     Num itemNumber(const Loc &loc);
+    std::string checkedAddress(const Loc &loc);
     Num literalNumber(const Decimal &value);
     Num integerNumber(const std::string &c, int digits, bool isSigned = true);
     Num floatNumber(const std::string &c);
@@ -289,11 +290,15 @@ private:
     void relativeKeyOut(const File &f, const std::string &request);
     void afterVerb(const FileStatement &s, const File &f, bool endIsInvalid);
     void linageValues(const File &f);
+    const Alphabet *codeSet(const File &f);
+    void codeSetTable(const File &f, uint32_t room);
+    void encodeRecord(const File &f, const std::string &request);
     std::string useTable(Program &p, const File &f);
     void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
 
     void sortStatement(const SortStatement &s);
+    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
@@ -341,11 +346,11 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool reversed_ = false;  // an OPEN REVERSED was emitted
-    bool utilities_ = false; // the CALL of a utility was emitted
+    bool reversed_ = false;   // an OPEN REVERSED was emitted
+    bool utilities_ = false;  // the CALL of a utility was emitted
     bool deleteFile_ = false; // a DELETE FILE was emitted
-    bool debugs_ = false;    // USE FOR DEBUGGING is in force
-    bool anyChange_ = false; // every reference counts as one that may change the item
+    bool debugs_ = false;     // USE FOR DEBUGGING is in force
+    bool anyChange_ = false;  // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;

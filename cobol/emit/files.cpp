@@ -1,6 +1,7 @@
 // OPEN, CLOSE, READ, WRITE, REWRITE, DELETE, START, UNLOCK; the records of each file.
 #include "cobol/emit/emitter.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace kvrcob {
@@ -26,6 +27,41 @@ static bool isPrinted(const File &f)
     return f.organization == K_SEQUENTIAL && (f.advancing || f.linage || f.device == K_PRINTER) && !f.readable;
 }
 
+// CODE-SET: the alphabet whose codes the records have in the file; null for the native one.
+const Alphabet *Emitter::codeSet(const File &f)
+{
+    const Alphabet *a = f.codeSet ? meaning_.alphabet(*f.program, f.codeSet) : nullptr;
+    return a && (a->kind == K_EBCDIC || !a->kind) ? a : nullptr;
+}
+
+// The alphabet's table gives each character its code; here is the way back, and the room for a
+// record in the file's codes.
+void Emitter::codeSetTable(const File &f, uint32_t room)
+{
+    if (!f.codeSet) return;
+    if (!meaning_.alphabet(*f.program, f.codeSet)) error(f.at, "there is no alphabet " + wordText(f.codeSet));
+    const Alphabet *a = codeSet(f);
+    if (!a || a->weights.size() != 256) return;
+    std::vector<int> back(256, -1);
+    for (size_t c = 0; c < 256; c++) back[a->weights[c]] = static_cast<int>(c);
+    if (f.organization != K_SEQUENTIAL || isPrinted(f) || std::count(back.begin(), back.end(), -1))
+        return notBuilt(f.at, f.organization != K_SEQUENTIAL || isPrinted(f)
+                                  ? "CODE-SET of a file of lines"
+                                  : "CODE-SET of an alphabet that gives several characters one code");
+    globals_ +=
+        cat("static uint8_t codes", f.number, "[", room, "];\nstatic const uint8_t native", f.number, "[256] = {");
+    for (int c : back) globals_ += cat(c, ",");
+    globals_ += "};\n";
+}
+
+// The record goes out in the file's codes.
+void Emitter::encodeRecord(const File &f, const std::string &request)
+{
+    if (const Alphabet *a = codeSet(f))
+        put(cat(request, ".into = kvr_recode(codes", f.number, ", F", f.number, "->record, sizeof codes", f.number,
+                ", alphabet", a->number, ");\n"));
+}
+
 void Emitter::fileRecords(Program &p)
 {
     std::string prefix = cat("p", p.number, "_");
@@ -34,6 +70,8 @@ void Emitter::fileRecords(Program &p)
         if (!f->sortFile) files.push_back(f);
     std::string list, fibs;
     size_t index = 0;
+    for (const UseStatement &use : p.uses)
+        for (const auto &[word, at] : use.files) meaning_.file(p, word, at);
     for (File *f : p.files) {
         uint32_t n = f->number;
         uint32_t room = f->maxRecord ? f->maxRecord : 1;
@@ -53,13 +91,7 @@ void Emitter::fileRecords(Program &p)
         }
         f->index = ++index;
         globals_ += cat("#define F", n, " (", prefix, "files[", index - 1, "])\n");
-        if (f->codeSet) {
-            const Alphabet *a = meaning_.alphabet(p, f->codeSet);
-            if (!a)
-                error(f->at, "there is no alphabet " + wordText(f->codeSet));
-            else if (a->kind == K_EBCDIC || !a->kind)
-                notBuilt(f->at, "CODE-SET of another alphabet than the native one");
-        }
+        codeSetTable(*f, room);
         if (f->organization == K_INDEXED && !f->recordKey) error(f->at, "an indexed file needs a RECORD KEY");
         bool print = isPrinted(*f);
         std::string organization = f->organization == K_LINE || print ? "ZVK_FILE_LINE_SEQUENTIAL"
@@ -214,6 +246,16 @@ void Emitter::prepare(const File &f)
 
 File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
 {
+    if (s.wholeFile) {
+        File *f = meaning_.file(*program_, s.file, s.fileAt);
+        if (!f || f->records.empty()) return nullptr;
+        const Item *longest = f->records[0];
+        for (const Item *item : f->records)
+            if (item->size > longest->size) longest = item;
+        record = locateItem(*longest, "", true);
+        record.category = Category::Group;
+        return f;
+    }
     record = locate(*s.record, true);
     if (!record.good()) return nullptr;
     const Item &top = recordOf(*record.item);
@@ -416,6 +458,9 @@ void Emitter::readStatement(const FileStatement &s)
     put(cat("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n"));
     prepare(*f);
     put(cat("F", f->number, "->read(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    if (codeSet(*f))
+        put(cat("if (F", f->number, "->status < 10) kvr_recode(F", f->number, "->record, F", f->number, "->record, ",
+                request, ".recordLength, native", f->number, ");\n"));
     if (sequential) relativeKeyOut(*f, request);
     if (f->recordDepending) {
         Unwatched unwatched(*this);
@@ -453,7 +498,7 @@ void Emitter::writeStatement(const FileStatement &s)
     File *f = fileOfRecord(s, record);
     if (!f) return;
     if (f->sortFile) {
-        error(s.record->at, "a record of a sort file is written with RELEASE");
+        error(s.at, "a record of a sort file is written with RELEASE");
         return;
     }
     if (s.from) move(s.from, record);
@@ -480,6 +525,7 @@ void Emitter::writeStatement(const FileStatement &s)
         put(cat(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request,
                 ".advance = ", advance, ";\n"));
     }
+    encodeRecord(*f, request);
     linageValues(*f);
     if (f->linage) put(cat("kvr_linage_before(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ");\n"));
     std::string length;
@@ -547,6 +593,7 @@ void Emitter::rewriteStatement(const FileStatement &s)
         put(cat(request, ".options = ZVK_REQUEST_KEY;\n"));
         relativeKeyIn(*f, request);
     }
+    encodeRecord(*f, request);
     retry(s, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     debugNow();
@@ -601,6 +648,10 @@ void Emitter::deleteStatement(const FileStatement &s)
     if (s.wholeFile) return deleteFile(s);
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
+    if (f->sortFile) {
+        error(s.fileAt, "a sort file is not deleted");
+        return;
+    }
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     if (f->access != K_SEQUENTIAL) {
@@ -643,6 +694,9 @@ void Emitter::startStatement(const FileStatement &s)
             return;
         }
         put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item->size, ";\n"));
+        if (s.advancing) // START ... WITH LENGTH: no more than the key has
+            put(cat("if (", integer(s.advancing), " > 0 && ", integer(s.advancing), " < ", item->size, ") ", request,
+                    ".keyLength = (uint32_t)", integer(s.advancing), ";\n"));
     }
     relativeKeyIn(*f, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));

@@ -404,7 +404,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     if (name == "ABS") {
         Num n = argument(0);
         if (!n.good()) return n;
-        if (n.kind == Num::Float) return floatNumber(cat("fabs(", n.text, ")"));
+        if (n.kind == Num::Float) return floatNumber(cat("__builtin_fabs(", n.text, ")"));
         if (n.kind == Num::Int) {
             n.text = cat(n.wide() ? "kvr_abs_wide(" : "kvr_abs(", n.text, ")");
             n.literal = false;
@@ -496,8 +496,8 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
                                       {"ATAN", "_zvkAtanFloat8"}, {"COS", "_zvkCosFloat8"},
                                       {"SIN", "_zvkSinFloat8"},   {"TAN", "_zvkTanFloat8"},
                                       {"LOG", "_zvkLogFloat8"},   {"LOG10", "_zvkLog10Float8"},
-                                      {"SQRT", "_zvkSqrtFloat8"}, {"EXP", "exp"},
-                                      {"EXP10", "exp10"}};
+                                      {"SQRT", "_zvkSqrtFloat8"}, {"EXP", "__builtin_exp"},
+                                      {"EXP10", "__builtin_exp10"}};
     for (const FloatRow &f : floats)
         if (name == f.name) return floatNumber(cat(f.entry, "(", floating(0), ")"));
     if (name == "PI") return floatNumber("3.14159265358979323846");
@@ -626,7 +626,7 @@ Text Emitter::functionText(const Expr *e)
         if (!a.good) return t;
         std::string from = temp("const uint8_t *");
         put(cat(from, " = ", a.address, "; ", length, " = 8 * (", a.length, "); ", address, " = kvr_room(", length,
-                "); kvr_bits(", from, ", ", length, " / 8, ", address, ");\n"));
+                "); kvr_bit_digits(", from, ", ", length, " / 8, ", address, ");\n"));
     } else if (name == "MODULE-ID") {
         const std::string &id = wordText(program_->name);
         put(cat(address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", length, " = ", id.size(), ";\n"));

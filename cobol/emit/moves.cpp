@@ -508,8 +508,8 @@ void Emitter::setStatement(const SetStatement &s)
         if (s.form == SetStatement::Environment) {
             Text name = text(part.targets[0], true), value = text(part.value, true);
             if (!name.good || !value.good) return;
-            put(cat("kvr_environment_name(", name.address, ", ", name.length, ");\nkvr_environment_value(", value.address,
-                    ", ", value.length, ");\n"));
+            put(cat("kvr_environment_name(", name.address, ", ", name.length, ");\nkvr_environment_value(",
+                    value.address, ", ", value.length, ");\n"));
             continue;
         }
         for (const Expr *t : part.targets) {
@@ -575,6 +575,10 @@ void Emitter::setStatement(const SetStatement &s)
                 if (loc.item->category == Category::Pointer) {
                     put(cat("kvr_put_8(", loc.address, ", (int64_t)kvr_get_u8(", loc.address, ") ",
                             s.form == SetStatement::UpBy ? "+" : "-", " ", integer(part.value), ");\n"));
+                    continue;
+                }
+                if (!isNumericItem(*loc.item)) {
+                    error(t->at, "SET needs an index, a pointer or a condition-name");
                     continue;
                 }
                 Num now = itemNumber(loc), by = integerNumber(integer(part.value), 10);

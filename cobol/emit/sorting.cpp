@@ -39,6 +39,28 @@ bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::st
     return true;
 }
 
+// The record that lists files of USING or GIVING; its name.
+std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list)
+{
+    const std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
+    size_t count = 0;
+    for (const auto &[word, at] : list) {
+        File *f = meaning_.file(*program_, word, at);
+        if (!f) continue;
+        if (f->sortFile) {
+            error(at, "a sort file cannot be sorted from or into");
+            continue;
+        }
+        prepare(*f);
+        assignment(*f);
+        if (codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
+        put(cat(array, "[", count++, "] = F", f->number, ";\n"));
+    }
+    put(cat("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", count, "; ", record,
+            ".files = ", array, ";\n"));
+    return record;
+}
+
 void Emitter::sortStatement(const SortStatement &s)
 {
     std::string weights = "0";
@@ -56,7 +78,8 @@ void Emitter::sortStatement(const SortStatement &s)
     if (!file) {
         // SORT of a table.
         if (s.verb == K_MERGE) {
-            meaning_.file(*program_, s.file->names[0], s.file->at);
+            const File *other = meaning_.file(*program_, s.file->names[0], s.file->at);
+            if (other) error(s.file->at, wordText(other->name) + " is no sort file");
             return;
         }
         Item *table = meaning_.resolve(*program_, *s.file);
@@ -123,43 +146,12 @@ void Emitter::sortStatement(const SortStatement &s)
         error(s.at, "SORT needs a key (ON ASCENDING KEY or ON DESCENDING KEY)");
         return;
     }
+    const std::string verb = wordText(s.verb);
+    if (s.usingFiles.empty() && !s.hasInput)
+        error(s.at, verb + (s.verb == K_MERGE ? " needs USING" : " needs USING or an INPUT PROCEDURE"));
+    if (s.givingFiles.empty() && !s.hasOutput) error(s.at, verb + " needs GIVING or an OUTPUT PROCEDURE");
     std::string n = cat(++constants_), prefix = cat("p", program_->number, "_");
     bool variable = file->minRecord != file->maxRecord;
-    auto files = [&](const std::vector<std::pair<Word, Tok>> &list, const std::string &name) {
-        std::string all;
-        for (const auto &[word, at] : list) {
-            File *f = meaning_.file(*program_, word, at);
-            if (!f) continue;
-            if (f->sortFile) {
-                error(at, "a sort file cannot stand here");
-                continue;
-            }
-            all += cat("F", f->number, ", ");
-            prepare(*f);
-            // Its assignment, if a data item holds it.
-            if (f->assignItem && !f->assignExternal) {
-                Item *item = meaning_.resolve(*f->program, *f->assignItem, true);
-                if (item && !item->isConstant && item->level != 88) {
-                    Loc loc = locate(*f->assignItem);
-                    if (loc.good())
-                        put(cat("I", f->number, ".fib.assignmentLength = kvr_assignment(N", f->number, ", ",
-                                loc.address, ", ", loc.length, ");\n"));
-                }
-            }
-        }
-        std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
-        size_t i = 0;
-        (void)name;
-        std::string rest = all;
-        while (!rest.empty()) {
-            size_t comma = rest.find(", ");
-            put(cat(array, "[", i++, "] = ", rest.substr(0, comma), ";\n"));
-            rest = rest.substr(comma + 2);
-        }
-        put(cat("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", i, "; ", record,
-                ".files = ", array, ";\n"));
-        return record;
-    };
     globals_ += cat("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {", count,
                     ", 0, {", rows, "}};\n");
     globals_ += cat("static SortVerbBlock B", n, " = {.sortReturn = &", prefix,
@@ -168,7 +160,7 @@ void Emitter::sortStatement(const SortStatement &s)
         cat("static SortRecordDesc R", n, " = {.recordFormat = ", variable ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
             ", .recordLength = ", file->maxRecord, "};\n");
     globals_ += cat("static char Q", n, "[2];\n");
-    std::string usingList = files(s.usingFiles, "u"), givingList = files(s.givingFiles, "g");
+    std::string usingList = sortFiles(s.usingFiles), givingList = sortFiles(s.givingFiles);
     std::string eighth = temp("uint64_t", "[3]");
     put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
             "[2] = ZVK_SORT_STABLE;\n"));
@@ -183,7 +175,7 @@ void Emitter::sortStatement(const SortStatement &s)
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have
         // jumped through the block.
-        usingList = files(s.usingFiles, "u"), givingList = files(s.givingFiles, "g");
+        usingList = sortFiles(s.usingFiles), givingList = sortFiles(s.givingFiles);
         put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
                 "[2] = ZVK_SORT_STABLE;\n"));
         put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",

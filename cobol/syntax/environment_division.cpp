@@ -330,8 +330,8 @@ void Parser::inputOutputSection(Program &p)
 static bool isOldClause(const Token &token)
 {
     static const char *const leads[] = {"FILE-LIMIT", "FILE-LIMITS", "PROCESSING", "ACTUAL", "NOMINAL"};
-    return token.kind == TokenKind::Name &&
-           std::any_of(std::begin(leads), std::end(leads), [&](const char *lead) { return wordText(token.word) == lead; });
+    return token.kind == TokenKind::Name && std::any_of(std::begin(leads), std::end(leads),
+                                                        [&](const char *lead) { return wordText(token.word) == lead; });
 }
 
 void Parser::selectEntry(Program &p)
@@ -441,8 +441,8 @@ void Parser::selectEntry(Program &p)
             // program does not need to be told of.
             warn("obsolete", here(), wordText(now().word) + " has no effect");
             step();
-            while (!atEnd() && !atMark('.') && !at(K_ASSIGN) && !at(K_RESERVE) && !at(K_ORGANIZATION) && !at(K_ACCESS) &&
-                   !at(K_RECORD) && !at(K_FILE) && !at(K_STATUS))
+            while (!atEnd() && !atMark('.') && !at(K_ASSIGN) && !at(K_RESERVE) && !at(K_ORGANIZATION) &&
+                   !at(K_ACCESS) && !at(K_RECORD) && !at(K_FILE) && !at(K_STATUS))
                 step();
         } else if (take(K_PADDING)) {
             take(K_CHARACTER);
@@ -478,13 +478,19 @@ void Parser::selectEntry(Program &p)
             f->recordKey = identifier();
             if (at(K_SOURCE)) notBuilt(here(), "RECORD KEY ... SOURCE IS");
             if (at(K_WITH) && aheadIs(1, K_DUPLICATES)) notBuilt(here(), "WITH DUPLICATES of a primary key");
+            if (at(K_WITH) && aheadIs(1, K_NO) && aheadIs(2, K_DUPLICATES)) step();
+            if (at(K_NO) && aheadIs(1, K_DUPLICATES)) {
+                step();
+                step();
+            }
         } else if (take(K_ALTERNATE)) {
             take(K_RECORD);
             take(K_KEY);
             take(K_IS);
             File::AlternateKey key{identifier(), false};
-            if (at(K_WITH) && aheadIs(1, K_DUPLICATES)) step();
-            if (take(K_DUPLICATES)) key.duplicates = true;
+            if (at(K_WITH) && (aheadIs(1, K_DUPLICATES) || (aheadIs(1, K_NO) && aheadIs(2, K_DUPLICATES)))) step();
+            bool none = take(K_NO);
+            if (take(K_DUPLICATES)) key.duplicates = !none;
             f->alternateKeys.push_back(key);
         } else if ((at(K_FILE) && aheadIs(1, K_STATUS)) || at(K_STATUS) || (at(K_FILE) && aheadIs(2, K_STATUS))) {
             take(K_FILE);

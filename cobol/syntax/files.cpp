@@ -121,7 +121,7 @@ Statement *Parser::readStatement()
     for (;;) {
         if (panic_) return s;
         if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_KEPT) || aheadIs(1, K_NO) || aheadIs(1, K_WAIT) ||
-                             aheadIs(1, K_IGNORE))) {
+                           aheadIs(1, K_IGNORE))) {
             step();
             take(K_KEPT); // a lock that stays beside others, as LOCK ON MULTIPLE RECORDS of the SELECT says
             if (take(K_NO)) {
@@ -191,18 +191,29 @@ static bool atInvalid(const Token &a, const Token &b)
         block(negated ? (s)->invalid.onNot : (s)->invalid.on);                                                         \
     }
 
+// What WRITE and REWRITE name: a record, or FILE and a file, whose record then comes FROM an item.
+void Parser::recordOrFile(FileStatement &s)
+{
+    if (!take(K_FILE)) {
+        s.record = identifier();
+        return;
+    }
+    s.wholeFile = true;
+    s.fileAt = here();
+    s.file = now().word;
+    if (!atName()) error("expected a file before " + shown());
+    step();
+    if (!at(K_FROM)) error("expected FROM before " + shown());
+}
+
 Statement *Parser::writeStatement()
 {
     auto *s = begin<FileStatement>();
-    if (at(K_FILE)) {
-        notBuilt(here(), "WRITE FILE");
-        return s;
-    }
-    s->record = identifier();
+    recordOrFile(*s);
     if (take(K_FROM)) s->from = operand();
     if (at(K_BEFORE) || at(K_AFTER)) {
         (at(K_BEFORE) ? s->before : s->after) = true;
-        if (program_) program_->advancedRecords.push_back(s->record->names[0]);
+        if (program_ && s->record) program_->advancedRecords.push_back(s->record->names[0]);
         step();
         take(K_ADVANCING);
         if (take(K_PAGE)) {
@@ -241,7 +252,7 @@ Statement *Parser::writeStatement()
 Statement *Parser::rewriteStatement()
 {
     auto *s = begin<FileStatement>();
-    s->record = identifier();
+    recordOrFile(*s);
     if (take(K_FROM)) s->from = operand();
     retryPhrase(*s);
     if (at(K_WITH) && (aheadIs(1, K_LOCK) || (aheadIs(1, K_NO) && aheadIs(2, K_LOCK)))) {
@@ -304,7 +315,11 @@ Statement *Parser::startStatement()
         if (negated) op = op == '=' ? kNotEqual : op == '<' ? kGreaterEqual : op == '>' ? kLessEqual : op;
         s->relation = op;
         s->key = identifier();
-        if (at(K_WITH) && (aheadIs(1, K_SIZE) || aheadIs(1, K_LENGTH))) notBuilt(here(), "START ... WITH LENGTH");
+        if ((at(K_WITH) && (aheadIs(1, K_SIZE) || aheadIs(1, K_LENGTH))) || at(K_SIZE) || at(K_LENGTH)) {
+            take(K_WITH);
+            step();
+            s->advancing = expression(); // how many characters of the key count
+        }
     }
     KVRCOB_INVALID(s)
     take(K_END_START);

@@ -67,6 +67,7 @@ Program *Parser::program(Program *parent)
             p->nameText = now().text;
             p->name = internWord(now().text);
             step();
+            if (p->isFunction) p->functions.push_back(p->name); // it may call itself
         } else {
             error("expected the program's name before " + shown());
         }

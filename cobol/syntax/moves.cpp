@@ -88,15 +88,6 @@ Statement *Parser::setStatement()
         return variable;
     }
     auto *s = begin<SetStatement>();
-    if (take(K_ENVIRONMENT)) { // SET ENVIRONMENT name TO value
-        s->form = SetStatement::Environment;
-        SetStatement::Part part;
-        part.targets.push_back(operand());
-        expect(K_TO);
-        if (!panic_) part.value = operand();
-        s->parts.push_back(part);
-        return s;
-    }
     do {
         SetStatement::Part part;
         do {

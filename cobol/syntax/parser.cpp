@@ -101,6 +101,7 @@ bool Parser::deep()
         panic_ = false;
         error("this is nested too deep");
         tooDeep_ = true;
+        position_ = tokens_.size() - 1; // what follows would be told for each level
     }
     panic_ = true;
     return true;

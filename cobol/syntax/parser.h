@@ -191,6 +191,7 @@ private:
     Statement *closeStatement();
     Statement *readStatement();
     void retryPhrase(FileStatement &s);
+    void recordOrFile(FileStatement &s);
     void sharingPhrase(Word &sharing);
     Statement *writeStatement();
     Statement *rewriteStatement();

@@ -196,12 +196,14 @@ bool Parser::phrases(Phrases &out, Word lead, Word first, Word second)
     }
 }
 
+// Null where it is not whole; an error was told.
 Statement *Parser::statement()
 {
     const VerbRow *row = VerbRow::of(now().word);
     Statement *s = (this->*row->parse)();
+    const bool whole = !panic_;
     recover();
-    return s;
+    return whole ? s : nullptr;
 }
 
 // Statements up to what ends the block: a period, ELSE, WHEN, END-..., a phrase of the statement
@@ -214,7 +216,7 @@ void Parser::block(Block &out)
         if (panic_) recover();
         if (!atVerb()) return;
         if (at(K_NEXT) && !aheadIs(1, K_SENTENCE)) return;
-        out.push_back(statement());
+        if (Statement *s = statement()) out.push_back(s);
     }
 }
 
@@ -324,6 +326,7 @@ void Parser::paragraphs(Program &p, bool declaratives)
             panic_ = false;
             p.procedures.push_back(std::move(procedure));
             open = true;
+            if (at(K_USE) && !declaratives) error("USE is a statement of the DECLARATIVES");
             if (at(K_USE)) useStatement(p, p.procedures.size() - 1);
             continue;
         }

@@ -97,6 +97,8 @@ Statement *Parser::inspectStatement()
         while (atName() && !panic_) {
             Reference *counter = identifier();
             expect(K_FOR);
+            if (!at(K_CHARACTERS) && !at(K_ALL) && !at(K_LEADING) && !at(K_TRAILING))
+                error("expected CHARACTERS, ALL, LEADING or TRAILING before " + shown());
             while ((at(K_CHARACTERS) || at(K_ALL) || at(K_LEADING) || at(K_TRAILING)) && !panic_) {
                 Word mode = now().word;
                 step();

@@ -151,7 +151,7 @@ struct AllocateStatement : Statement { // ALLOCATE, FREE
 };
 
 struct SetStatement : Statement {
-    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address, Environment } form = To;
+    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address } form = To;
     struct Part {
         std::vector<Expr *> targets;
         Expr *value = nullptr; // Condition: Truth; Switch: op K_ON or K_OFF

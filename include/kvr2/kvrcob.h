@@ -272,6 +272,14 @@ KVR_INLINE uint16_t kvr_assignment(char *to, const uint8_t *item, int64_t length
     return (uint16_t)(n + length);
 }
 
+/* CODE-SET: a record by a table of codes; `to` may be `from`. */
+KVR_INLINE uint8_t *kvr_recode(uint8_t *to, const uint8_t *from, uint32_t length, const uint8_t *table)
+{
+    uint32_t i;
+    for (i = 0; i < length; i++) to[i] = table[from[i]];
+    return to;
+}
+
 /* CLOSE REEL: there is none; an open file gets status 07, a closed one 42. */
 KVR_INLINE void kvr_close_reel(FCB *fcb, IPCB *element)
 {
@@ -355,6 +363,21 @@ KVR_INLINE void kvr_refmod(int64_t from, int64_t length, int64_t size, const cha
                  (long long)length, name, (long long)size);
         kvr_check_failed(file, line, text);
     }
+}
+
+
+/* form: how the sign of a zoned item stands, as in kvr_is_zoned; -1 packed, -2 packed without sign */
+KVR_SHARED uint8_t *kvr_numeric(uint8_t *p, int32_t digits, int form, const char *name, const char *file, int line)
+{
+    int good = form < 0    ? kvr_is_packed(p, digits, form == -1)
+               : form == 0 ? _zvkcClasUserDef(p, digits, kvr_digits)
+                           : kvr_is_zoned(p, digits, form);
+    if (!good) {
+        char text[200];
+        snprintf(text, sizeof text, "%.60s holds data that is no number", name);
+        kvr_check_failed(file, line, text);
+    }
+    return p;
 }
 
 #endif

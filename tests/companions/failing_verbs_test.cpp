@@ -1,9 +1,9 @@
-// Faults that these tests are there to catch: a file verb that crashes, ends the program, or loses or
-// makes up a record where one allocation, or one call of the system, fails below it; a failure that
-// is taken for an absent file, an absent record or the end of the file.
+// Faults that these tests are there to catch: a file verb that crashes, ends the program, or loses
+// or makes up a record where one allocation, or one call of the system, fails below it; a failure
+// that is taken for an absent file, an absent record or the end of the file.
 //
-// What a program was told is done must be there when the file is opened again. Where CLOSE said that
-// it failed, each record is as it was before OPEN or as the program was told.
+// What a program was told is done must be there when the file is opened again. Where CLOSE said
+// that it failed, each record is as it was before OPEN or as the program was told.
 #include <map>
 #include <memory>
 

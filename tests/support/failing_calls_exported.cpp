@@ -4,6 +4,7 @@
 //
 // Under a sanitizer, whose own allocator has those names, only calls of the system fail.
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <dlfcn.h>
@@ -18,7 +19,7 @@
 
 #include "support/failing_calls.h"
 
-static bool isOurs(const void *caller)
+static bool search(const void *caller)
 {
     Dl_info about{};
     if (!dladdr(caller, &about) || !about.dli_fname) return false;
@@ -27,6 +28,18 @@ static bool isOurs(const void *caller)
     for (const char *object : {"libkvr2", "zvkrf", "libvortlite", "vortlite", "liblmdb"})
         if (strncmp(name, object, strlen(object)) == 0) return true;
     return false;
+}
+
+// A search takes long, and calls come from few places.
+static bool isOurs(const void *caller)
+{
+    static thread_local struct {
+        const void *caller;
+        bool ours;
+    } known[256];
+    auto &place = known[reinterpret_cast<uintptr_t>(caller) * 0x9E3779B97F4A7C15u >> 56];
+    if (place.caller != caller) place = {caller, search(caller)};
+    return place.ours;
 }
 
 #define TAKEN extern "C" __attribute__((visibility("default"), noinline))

@@ -73,7 +73,14 @@ KVR_SHARED int kvr_show_pointer(const uint8_t *p, uint8_t *out)
     return snprintf((char *)out, 24, "0x%016llx", (unsigned long long)kvr_get_u8(p));
 }
 
-/* One line into an item, whatever the run-time option says of ACCEPT from files. */
-KVR_INLINE void kvr_accept(uint32_t flags, int64_t length, uint8_t *to) { _zvkcAccept(flags, length, to); }
+/*
+ * One line into an item, whatever the run-time option says of ACCEPT from files. The library leaves
+ * the item as it is when the line is empty; a program that asks for a line expects blanks then.
+ */
+KVR_INLINE void kvr_accept(uint32_t flags, int64_t length, uint8_t *to)
+{
+    memset(to, ' ', (size_t)length);
+    _zvkcAccept(flags, length, to);
+}
 
 #endif

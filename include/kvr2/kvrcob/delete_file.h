@@ -17,6 +17,16 @@
 
 #include "kvr2/kvrcob/base.h"
 
+/* The store of an indexed file and its lock file are beside it. */
+KVR_SHARED void kvr_delete_beside(const char *name)
+{
+    static const char *const ends[] = {".mdb", ".mdb-lock"};
+    char path[4200];
+    int i;
+    for (i = 0; i < 2; i++)
+        if (snprintf(path, sizeof path, "%s%s", name, ends[i]) < (int)sizeof path) unlink(path);
+}
+
 KVR_SHARED void kvr_delete_file(FCB *fcb, IPCB *element, FIB *fib)
 {
     uint8_t status[2], *statusField = status, **statusBase = fib->statusBase;
@@ -36,6 +46,7 @@ KVR_SHARED void kvr_delete_file(FCB *fcb, IPCB *element, FIB *fib)
             fcb->closeOptions = 0;
             fcb->close(fcb, element);
             result = name ? (unlink(name) == 0 ? 0 : errno == ENOENT ? 5 : 30) : 5;
+            if (result == 0 && fib->organization & ZVK_FILE_INDEXED) kvr_delete_beside(name);
             free(name);
         } else if (result == 35) {
             result = 5;

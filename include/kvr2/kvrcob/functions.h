@@ -9,7 +9,6 @@
 #pragma GCC system_header
 #endif
 
-#include <math.h>
 #include <time.h>
 
 #include "kvr2/date_functions.h"
@@ -23,8 +22,8 @@
 /* A floating-point number without what the 15th digit does not show. */
 KVR_INLINE double kvr_settled(double v)
 {
-    double nearest = round(v);
-    return fabs(v - nearest) <= fabs(v) * 1e-14 ? nearest : v;
+    double nearest = __builtin_round(v);
+    return __builtin_fabs(v - nearest) <= __builtin_fabs(v) * 1e-14 ? nearest : v;
 }
 
 KVR_SHARED __int128 kvr_rem(__int128 a, __int128 b, int *zero)
@@ -282,7 +281,7 @@ KVR_SHARED int64_t kvr_from_digits(const uint8_t *text, int64_t length, int digi
 }
 
 /* BIT-OF */
-KVR_INLINE void kvr_bits(const uint8_t *text, int64_t length, uint8_t *to)
+KVR_INLINE void kvr_bit_digits(const uint8_t *text, int64_t length, uint8_t *to)
 {
     int64_t i;
     for (i = 0; i < 8 * length; i++) to[i] = (uint8_t)('0' + (text[i / 8] >> (7 - i % 8) & 1));

@@ -10,8 +10,6 @@
 #pragma GCC system_header
 #endif
 
-#include <math.h>
-
 #include "kvr2/exponentiation.h"
 #include "kvr2/kvrcob/base.h"
 
@@ -339,7 +337,8 @@ KVR_SHARED __int128 kvr_fixed(double v, int scale, int rounded)
 
 KVR_SHARED int kvr_compare_float(double a, double b)
 {
-    double difference = fabs(a - b), size = fabs(a) > fabs(b) ? fabs(a) : fabs(b);
+    double difference = __builtin_fabs(a - b),
+           size = __builtin_fabs(a) > __builtin_fabs(b) ? __builtin_fabs(a) : __builtin_fabs(b);
     if (difference <= size * 1e-14) return 0;
     return a < b ? -1 : 1;
 }

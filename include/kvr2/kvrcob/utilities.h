@@ -32,7 +32,7 @@ static KvrArgument kvr_arguments[8];
 static int kvr_argument_count;
 
 /* Argument i as a C string without the blanks at its end. */
-KVR_SHARED char *kvr_argument_text(int i, char *out, size_t room)
+KVR_SHARED char *kvr_u_text(int i, char *out, size_t room)
 {
     const KvrArgument *a = kvr_arguments + i;
     size_t n = i < kvr_argument_count && a->size > 0 ? (size_t)a->size : 0;
@@ -52,12 +52,12 @@ KVR_SHARED int64_t kvr_u_system(void)
     char command[4096];
     int status;
     fflush(NULL);
-    status = system(kvr_argument_text(0, command, sizeof command));
+    status = system(kvr_u_text(0, command, sizeof command));
     if (status < 0) return -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-KVR_SHARED int64_t kvr_pause(int64_t seconds, int64_t nanoseconds)
+KVR_SHARED int64_t kvr_u_pause(int64_t seconds, int64_t nanoseconds)
 {
     struct timespec left;
     left.tv_sec = (time_t)(seconds < 0 ? 0 : seconds);
@@ -67,10 +67,10 @@ KVR_SHARED int64_t kvr_pause(int64_t seconds, int64_t nanoseconds)
     }
     return 0;
 }
-KVR_SHARED int64_t kvr_u_sleep(void) { return kvr_pause(kvr_argument_count ? kvr_arguments[0].value : 0, 0); }
+KVR_SHARED int64_t kvr_u_sleep(void) { return kvr_u_pause(kvr_argument_count ? kvr_arguments[0].value : 0, 0); }
 
 /* Letters of the first argument; the second is how many characters count, all without it. */
-KVR_SHARED int64_t kvr_fold(int from, int to)
+KVR_SHARED int64_t kvr_u_fold(int from, int to)
 {
     int64_t n = kvr_argument_count > 1 ? kvr_arguments[1].value : kvr_argument_count ? kvr_arguments[0].size : 0, i;
     if (kvr_argument_count && n > kvr_arguments[0].size) n = kvr_arguments[0].size;
@@ -79,11 +79,11 @@ KVR_SHARED int64_t kvr_fold(int from, int to)
             kvr_arguments[0].address[i] = (uint8_t)(kvr_arguments[0].address[i] + to - from);
     return 0;
 }
-KVR_SHARED int64_t kvr_u_upper(void) { return kvr_fold('a', 'A'); }
-KVR_SHARED int64_t kvr_u_lower(void) { return kvr_fold('A', 'a'); }
+KVR_SHARED int64_t kvr_u_upper(void) { return kvr_u_fold('a', 'A'); }
+KVR_SHARED int64_t kvr_u_lower(void) { return kvr_u_fold('A', 'a'); }
 
 /* The bits of the second argument become those of `rule`: bit 3 for 0 and 0, bit 0 for 1 and 1. */
-KVR_SHARED int64_t kvr_bits(int rule)
+KVR_SHARED int64_t kvr_u_bits(int rule)
 {
     int64_t n, i;
     if (kvr_argument_count < 3) return 1;
@@ -100,12 +100,12 @@ KVR_SHARED int64_t kvr_bits(int rule)
     }
     return 0;
 }
-KVR_SHARED int64_t kvr_u_and(void) { return kvr_bits(1); }
-KVR_SHARED int64_t kvr_u_or(void) { return kvr_bits(7); }
-KVR_SHARED int64_t kvr_u_xor(void) { return kvr_bits(6); }
-KVR_SHARED int64_t kvr_u_eq(void) { return kvr_bits(9); }
-KVR_SHARED int64_t kvr_u_imp(void) { return kvr_bits(13); }
-KVR_SHARED int64_t kvr_u_nor(void) { return kvr_bits(8); }
+KVR_SHARED int64_t kvr_u_and(void) { return kvr_u_bits(1); }
+KVR_SHARED int64_t kvr_u_or(void) { return kvr_u_bits(7); }
+KVR_SHARED int64_t kvr_u_xor(void) { return kvr_u_bits(6); }
+KVR_SHARED int64_t kvr_u_eq(void) { return kvr_u_bits(9); }
+KVR_SHARED int64_t kvr_u_imp(void) { return kvr_u_bits(13); }
+KVR_SHARED int64_t kvr_u_nor(void) { return kvr_u_bits(8); }
 KVR_SHARED int64_t kvr_u_not(void)
 {
     int64_t n = kvr_argument_count > 1 ? kvr_arguments[1].value : kvr_argument_count ? kvr_arguments[0].size : 0, i;
@@ -115,27 +115,26 @@ KVR_SHARED int64_t kvr_u_not(void)
 }
 
 /* Files and folders: 0, 35 for one that is not there, 30 for any other failure. */
-KVR_SHARED int64_t kvr_outcome(int result) { return result == 0 ? 0 : errno == ENOENT ? 35 : 30; }
+KVR_SHARED int64_t kvr_u_outcome(int result) { return result == 0 ? 0 : errno == ENOENT ? 35 : 30; }
 
 KVR_SHARED int64_t kvr_u_delete_file(void)
 {
     char name[4096];
-    return kvr_outcome(unlink(kvr_argument_text(0, name, sizeof name)));
+    return kvr_u_outcome(unlink(kvr_u_text(0, name, sizeof name)));
 }
 KVR_SHARED int64_t kvr_u_rename_file(void)
 {
     char from[4096], to[4096];
-    return kvr_outcome(
-        rename(kvr_argument_text(0, from, sizeof from), kvr_argument_text(1, to, sizeof to)));
+    return kvr_u_outcome(rename(kvr_u_text(0, from, sizeof from), kvr_u_text(1, to, sizeof to)));
 }
 KVR_SHARED int64_t kvr_u_copy_file(void)
 {
     char name[4096], block[8192];
-    FILE *from = fopen(kvr_argument_text(0, name, sizeof name), "rb"), *to;
+    FILE *from = fopen(kvr_u_text(0, name, sizeof name), "rb"), *to;
     size_t n;
     int bad = 0;
-    if (!from) return kvr_outcome(-1);
-    to = fopen(kvr_argument_text(1, name, sizeof name), "wb");
+    if (!from) return kvr_u_outcome(-1);
+    to = fopen(kvr_u_text(1, name, sizeof name), "wb");
     if (!to) {
         fclose(from);
         return 30;
@@ -149,17 +148,17 @@ KVR_SHARED int64_t kvr_u_copy_file(void)
 KVR_SHARED int64_t kvr_u_create_dir(void)
 {
     char name[4096];
-    return kvr_outcome(mkdir(kvr_argument_text(0, name, sizeof name), 0777));
+    return kvr_u_outcome(mkdir(kvr_u_text(0, name, sizeof name), 0777));
 }
 KVR_SHARED int64_t kvr_u_delete_dir(void)
 {
     char name[4096];
-    return kvr_outcome(rmdir(kvr_argument_text(0, name, sizeof name)));
+    return kvr_u_outcome(rmdir(kvr_u_text(0, name, sizeof name)));
 }
 KVR_SHARED int64_t kvr_u_change_dir(void)
 {
     char name[4096];
-    return kvr_outcome(chdir(kvr_argument_text(0, name, sizeof name)));
+    return kvr_u_outcome(chdir(kvr_u_text(0, name, sizeof name)));
 }
 
 /* Size (8 bytes), day, month (1 each), year (2), hour, minute, second, hundredths (1 each). */
@@ -170,7 +169,7 @@ KVR_SHARED int64_t kvr_u_check_file(void)
     struct tm t;
     uint8_t details[16];
     int i;
-    if (stat(kvr_argument_text(0, name, sizeof name), &info) != 0) return 35;
+    if (stat(kvr_u_text(0, name, sizeof name), &info) != 0) return 35;
     localtime_r(&info.st_mtime, &t);
     for (i = 0; i < 8; i++) details[i] = (uint8_t)((uint64_t)info.st_size >> (56 - 8 * i));
     details[8] = (uint8_t)t.tm_mday;

@@ -1,0 +1,37 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. U2.
+      * segmentation with sections of the same number apart from each
+      * other, declaratives, PERFORM from independent segments
+       ENVIRONMENT DIVISION.
+       CONFIGURATION SECTION.
+       OBJECT-COMPUTER. Y SEGMENT-LIMIT IS 49.
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       77 N PIC 99 VALUE 0. 77 T PIC X(40) VALUE SPACES.
+       77 P PIC 99 VALUE 1.
+       PROCEDURE DIVISION.
+       A SECTION 00.
+       A1. PERFORM B. PERFORM C. PERFORM B. PERFORM D1 THRU D2.
+           PERFORM E. GO TO F1.
+       B SECTION 50.
+       B1. GO TO B2.
+       B2. STRING "b2" DELIMITED SIZE INTO T POINTER P.
+           ALTER B1 TO B3. PERFORM B1.
+       B3. STRING "b3" DELIMITED SIZE INTO T POINTER P.
+       C SECTION 51.
+       C1. GO TO C2.
+       C2. STRING "c2" DELIMITED SIZE INTO T POINTER P.
+           ALTER C1 TO C3, D1 TO D3. GO TO CX.
+       C3. STRING "c3" DELIMITED SIZE INTO T POINTER P.
+       CX. EXIT.
+       B-AGAIN SECTION 50.
+       BB. CONTINUE.
+       D SECTION 49.
+       D1. GO TO D4.
+       D3. STRING "d3" DELIMITED SIZE INTO T POINTER P.
+       D2. EXIT.
+       D4. STRING "d4" DELIMITED SIZE INTO T POINTER P. GO TO D2.
+       E SECTION 99.
+       E1. PERFORM C. PERFORM C1 THRU CX.
+       F SECTION 10.
+       F1. DISPLAY T. STOP RUN.

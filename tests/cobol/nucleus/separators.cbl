@@ -1,0 +1,142 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. F02.
+       AUTHOR.      A. NAME; WITH, "QUOTES' AND PROCEDURE DIVISION.
+       INSTALLATION. X Y Z.
+       DATE-WRITTEN. 1985/01/01.
+       DATE-COMPILED.
+       SECURITY.    NONE.
+       ENVIRONMENT DIVISION.
+       CONFIGURATION SECTION.
+       SOURCE-COMPUTER.   ANY-COMPUTER WITH DEBUGGING MODE.
+       OBJECT-COMPUTER.   ANY-COMPUTER,
+           MEMORY 10 MODULES
+           PROGRAM COLLATING SEQUENCE IS ALPHA-X.
+       SPECIAL-NAMES.
+           SWITCH-1 IS ABBREV-SWITCH ON STATUS IS ON-WRK-SWITCH-1,
+           OFF IS OFF-WRK-SWITCH-1;
+           SWITCH-2 ON ON-SWITCH-2 OFF STATUS OFF-SWITCH-2
+           ALPHABET ALPHA-X IS STANDARD-1
+           ALPHABET ALPHA-Y IS "A" THRU "H" "I" ALSO "J", ALSO "K" "L"
+             ALSO "M" ALSO "N" "O" THROUGH "Z" "0" THRU "9"
+           ALPHABET ALPHA-Z IS 66, 65, 67 THRU 70
+           CLASS CLASS-ONE IS "A" THRU "F" "X" 50 THRU 52
+           SYMBOLIC CHARACTERS DOLLAR-SGN, PERIOD-X ARE 37, 47
+               EQ-X IS 62
+           SYMBOLIC AST-X 43 IN ALPHA-X
+           CURRENCY "W".
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       77  A PICTURE IS 9(3), USAGE IS DISPLAY; VALUE IS 1.
+       77  B; PIC 999; VALUE 2.
+       77  C PIC S9(3)
+              SIGN IS LEADING SEPARATE CHARACTER.
+       77  D USAGE COMPUTATIONAL PICTURE S9(5) SYNCHRONIZED LEFT.
+       77  E PIC 9(3) COMP SYNC RIGHT VALUE 0.
+       77  F PIC W(3)9.99.
+       77  G PIC X(3) JUSTIFIED RIGHT VALUE "AB".
+       77  H PIC A(3) JUST VALUE "AB".
+       01  GRP-1 VALUE "123456".
+           02 G1 PIC 99. 02 G2 PIC 9(4).
+       01  TAB.
+         03 T OCCURS 5 TIMES PIC 99 INDEXED I J.
+       01  TAB2.
+         03 U OCCURS 5 PIC 99
+            ASCENDING KEY U INDEXED BY K, L.
+       01  X10 PIC X(10).
+       01  X4 PIC X(4).
+       88 X4-88 VALUES ARE "ABCD", "EFGH" THRU "IJKL", SPACES.
+       01  BIG-GRP.
+           05 FILLER.
+             10 FILLER PIC X(5) VALUE "FILL1".
+             10 NAMED PIC X(5) VALUE "NAMED".
+           05 PIC X(3) VALUE "NOF".
+       PROCEDURE DIVISION.
+       SECT-A SECTION 0.
+       PARA-1.
+           MOVE 10, TO A; MOVE 20 TO B, C, D.
+           ADD A, B; TO C, D.
+           IF C = 50; AND D EQUAL 50, DISPLAY "1 OK", ELSE
+             DISPLAY "1 BAD " C " " D.
+           ADD A B GIVING C, D ROUNDED; ON SIZE ERROR DISPLAY "BAD".
+           IF C = 30 DISPLAY "2 OK"; ELSE; DISPLAY "2 BAD".
+           SUBTRACT 1, 2 FROM C, D.
+           IF C IS EQUAL TO 27 AND D = 27 DISPLAY "3 OK".
+           MULTIPLY 2 BY C, D ROUNDED.
+           IF C = 54 DISPLAY "4 OK".
+           DIVIDE 2 INTO C, D.
+           IF C = 27 DISPLAY "5 OK".
+           DIVIDE C BY 4 GIVING D REMAINDER E.
+           IF D = 6 AND E = 3 DISPLAY "6 OK".
+           COMPUTE C, D ROUNDED = A + B * 2 SIZE ERROR DISPLAY "B".
+           IF C = 50 AND D = 50 DISPLAY "7 OK".
+           MOVE 5 TO F.
+           IF F = "  W5.00" DISPLAY "8 OK" ELSE DISPLAY "8 BAD" F.
+           IF G = "AB " AND H = "AB " DISPLAY "9 OK" ELSE
+             DISPLAY "9 BAD " G "," H.
+           MOVE "AB" TO G. IF G = " AB" DISPLAY "10 OK".
+           IF G1 = 12 AND G2 = 3456 DISPLAY "11 OK".
+           SET I, J TO 3. SET I UP BY 1.
+           MOVE 7 TO T (I), T (J).
+           IF T (4) = 7 AND T(3) = 7 DISPLAY "12 OK".
+           MOVE "FAX4" TO X4.
+           IF X4 IS CLASS-ONE DISPLAY "13 BAD" ELSE DISPLAY "13 OK".
+           MOVE "FAX2" TO X4.
+           IF X4 CLASS-ONE DISPLAY "14 OK" ELSE DISPLAY "14 BAD".
+           MOVE DOLLAR-SGN TO X4. IF X4 = "$$$$" DISPLAY "15 OK".
+           MOVE AST-X TO X4. IF X4 = ALL "*" DISPLAY "16 OK".
+           MOVE ALL PERIOD-X TO X4. IF X4 = "...." DISPLAY "17 OK".
+           IF ON-WRK-SWITCH-1 DISPLAY "18 BAD" ELSE DISPLAY "18 OK".
+           SET ABBREV-SWITCH TO ON.
+           IF ON-WRK-SWITCH-1 AND NOT OFF-WRK-SWITCH-1
+              DISPLAY "19 OK".
+      D    DISPLAY "20 OK DEBUG".
+           PERFORM PARA-2 THROUGH PARA-3; 2 TIMES.
+           PERFORM PARA-2 UNTIL A > 14.
+           IF A = 15 DISPLAY "21 OK" ELSE DISPLAY "21 BAD " A.
+           PERFORM PARA-2, VARYING B FROM 1, BY 1, UNTIL B > 3,
+             AFTER C FROM 1 BY 1 UNTIL C > 2.
+           IF A = 21 DISPLAY "22 OK" ELSE DISPLAY "22 BAD " A.
+           GO TO PARA-4, PARA-5, PARA-6 DEPENDING ON B.
+           DISPLAY "23 OK FELL".
+           MOVE 2 TO B.
+           GO PARA-4 PARA-5 DEPENDING B.
+           DISPLAY "24 BAD".
+       PARA-2.
+           ADD 1 TO A.
+       PARA-3. ADD 1 TO A. SUBTRACT 1 FROM A.
+       PARA-4. DISPLAY "24 BAD".
+       PARA-5.
+           DISPLAY "24 OK".
+           GO PARA-6.
+       PARA-6.
+           ALTER PARA-7 TO PROCEED TO PARA-9, PARA-8 TO PARA-10.
+       PARA-7. GO TO PARA-8.
+       PARA-8. GO.
+       PARA-9. DISPLAY "25 OK". GO TO PARA-8.
+       PARA-10. DISPLAY "26 OK".
+           STRING "A", "B"; DELIMITED BY SIZE, "CXD" DELIMITED "X"
+             INTO X10 ON OVERFLOW DISPLAY "BAD" END-STRING
+           INSPECT X10 TALLYING A FOR ALL "A", "B", B FOR CHARACTERS
+             BEFORE "C".
+           IF A = 23 AND B = 2 DISPLAY "27 OK" ELSE DISPLAY "27 BAD"
+             A B X10.
+           MOVE "X" TO X10.
+           UNSTRING "1,22;333" DELIMITED "," OR ";" INTO A, B, C.
+           IF A = 1 AND B = 22 AND C = 333 DISPLAY "28 OK".
+           SEARCH T; AT END, DISPLAY "29 BAD"; WHEN T (I) = 7,
+              DISPLAY "29 OK".
+           SET I TO 1.
+           SEARCH T VARYING I AT END DISPLAY "30 BAD" WHEN T (I) = 7
+               NEXT SENTENCE.
+           IF I = 3 DISPLAY "30 OK".
+           IF A = 1 IF B = 2 NEXT SENTENCE ELSE DISPLAY "31 OK"
+             ELSE DISPLAY "31 BAD".
+           MOVE LENGTH OF X10 TO A.
+           DISPLAY "32 OK " WITH NO ADVANCING. DISPLAY A.
+           EVALUATE TRUE, WHEN A = 10; DISPLAY "33 OK", WHEN OTHER;
+              DISPLAY "33 BAD".
+           CALL "F02SUB" USING A, B; ON EXCEPTION DISPLAY "34 OK".
+           IF NOT A = 10 DISPLAY "35 BAD" ELSE DISPLAY "35 OK".
+           IF A + B > C OR NOT (B < 3) AND A NUMERIC DISPLAY "36 OK".
+           EXIT PROGRAM.
+           STOP RUN.
