@@ -505,13 +505,6 @@ void Emitter::setStatement(const SetStatement &s)
 {
     for (const SetStatement::Part &part : s.parts) {
         if (!part.value) continue;
-        if (s.form == SetStatement::Environment) {
-            Text name = text(part.targets[0], true), value = text(part.value, true);
-            if (!name.good || !value.good) return;
-            put(cat("kvr_environment_name(", name.address, ", ", name.length, ");\nkvr_environment_value(",
-                    value.address, ", ", value.length, ");\n"));
-            continue;
-        }
         for (const Expr *t : part.targets) {
             if (t->kind == ExprKind::AddressOf) {
                 Item *item = meaning_.resolve(*program_, *t->ref);
