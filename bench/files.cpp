@@ -400,14 +400,17 @@ CHANGES("500 changes, each on the disk (commit)", 0, 2);
 CHANGES_OF_LMDB("500 changes of records alone, each on the disk", 2);
 CHANGES("500 changes, each on the disk (commit), 4 alternate keys", 4, 2);
 
-void growth(int count, const char *said)
+void growth(int count, const std::string &said)
 {
-    for (auto [work, what] : {std::pair{Work::load, " records loaded in random order"},
-                              {Work::random, " random reads"},
-                              {Work::sequential, " sequential reads"}}) {
-        auto add = [&, work = work](const char *who, auto run) {
-            benchmark::RegisterBenchmark(("indexed, " + std::string(said) + what + who).c_str(),
-                                         [=](benchmark::State &state) { run(state, work, count); })
+    struct Row {
+        Work work;
+        const char *what;
+    };
+    for (Row row : {Row{Work::load, " records loaded in random order"}, Row{Work::random, " random reads"},
+                    Row{Work::sequential, " sequential reads"}}) {
+        auto add = [&](const char *who, auto run) {
+            const std::string name = "indexed, " + said + row.what + who;
+            benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State &state) { run(state, row.work, count); })
                 ->Unit(benchmark::kMillisecond)
                 ->Iterations(1);
         };

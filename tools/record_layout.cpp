@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t kMostFields = 100000;
 
-// A line of the map: "  05    BALANCE      26        5  PACKED-DECIMAL", and the clauses of its entry.
+// A line of the map, "  05    BALANCE    26    5  PACKED-DECIMAL", and the clauses of its entry.
 struct Item {
     unsigned level = 0;
     std::string name, usage, picture;
@@ -29,17 +29,41 @@ std::string upper(std::string text)
     return text;
 }
 
-// The output of kvrcob with these options; false: it could not read the copybook, and has said so
-// itself if `tells`.
-bool runCompiler(const char *options, const std::string &program, bool tells, std::string *output)
+// The output of kvrcob with these options; false: it could not read the copybook, and has said so.
+bool runCompiler(const char *options, const std::string &program, std::string *output)
 {
-    std::string command = std::string("kvrcob ") + options + " '" + program + "'" + (tells ? "" : " 2>/dev/null");
+    std::string command = std::string("kvrcob ") + options + " '" + program + "'";
     FILE *from = popen(command.c_str(), "r"); // `program` is a name of our own making
     if (!from) return false;
     char part[4096];
     output->clear();
     for (size_t got; (got = fread(part, 1, sizeof part, from)) > 0;) output->append(part, got);
     return pclose(from) == 0;
+}
+
+// A copybook may begin with its record, or leave the level 01 to the program: its first number that
+// is no line's says so.
+bool beginsWithRecord(const char *copybook)
+{
+    FILE *from = fopen(copybook, "r");
+    char line[512];
+    unsigned long level = 1;
+    for (bool found = false; from && !found && fgets(line, sizeof line, from);) {
+        if (strlen(line) > 6 && (line[6] == '*' || line[6] == '/')) continue;
+        for (char *at = line; *at && !found;) {
+            char *end = at;
+            while (isspace(static_cast<unsigned char>(*at))) ++at;
+            level = strtoul(at, &end, 10);
+            if (end == at) {
+                level = 1; // a comment, or no entry
+                break;
+            }
+            found = end - at < 6;
+            at = end;
+        }
+    }
+    if (from) fclose(from);
+    return level <= 1;
 }
 
 bool writeProgram(const std::string &name, const std::string &copybook, bool needsRecord)
@@ -198,12 +222,10 @@ bool readLayout(const char *copybook, std::vector<Field> *fields)
         return say("--layout: kvrcob, which reads copybooks, is not installed; --fields says what a record is made of"),
                false;
     if (!mkdtemp(folder)) return say("--layout: %s: %s", folder, strerror(errno)), false;
-    // A copybook may begin with its record or leave that to the program.
     const std::string program = std::string(folder) + "/layout.cbl";
     std::string listing, source;
-    bool good = writeProgram(program, path, false) && runCompiler("check --list", program, false, &listing);
-    if (!good) good = writeProgram(program, path, true) && runCompiler("check --list", program, true, &listing);
-    good = good && runCompiler("-E", program, true, &source);
+    bool good = writeProgram(program, path, !beginsWithRecord(path)) &&
+                runCompiler("check --list", program, &listing) && runCompiler("-E", program, &source);
     unlink(program.c_str());
     rmdir(folder);
     std::vector<Item> items = itemsOfMap(listing);

@@ -89,8 +89,8 @@ Num Emitter::itemNumber(const Loc &loc)
     // Zoned
     std::string address = checkedAddress(loc);
     if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
-        n.text = cat(item.signForm == SignForm::Trailing ? "kvr_zoned_number(" : "_zvkcBCD_CONV_Znd_To_Int8(",
-                     address, ", ", n.digits, ")");
+        n.text = cat(item.signForm == SignForm::Trailing ? "kvr_zoned_number(" : "_zvkcBCD_CONV_Znd_To_Int8(", address,
+                     ", ", n.digits, ")");
         return n;
     }
     static const char *const forms[] = {"US", "TO", "LO", "TS", "LS"};

@@ -492,12 +492,11 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     struct FloatRow {
         const char *name, *entry;
     };
-    static const FloatRow floats[] = {{"ACOS", "_zvkAcosFloat8"}, {"ASIN", "_zvkAsinFloat8"},
-                                      {"ATAN", "_zvkAtanFloat8"}, {"COS", "_zvkCosFloat8"},
-                                      {"SIN", "_zvkSinFloat8"},   {"TAN", "_zvkTanFloat8"},
-                                      {"LOG", "_zvkLogFloat8"},   {"LOG10", "_zvkLog10Float8"},
-                                      {"SQRT", "_zvkSqrtFloat8"}, {"EXP", "__builtin_exp"},
-                                      {"EXP10", "__builtin_exp10"}};
+    static const FloatRow floats[] = {
+        {"ACOS", "_zvkAcosFloat8"}, {"ASIN", "_zvkAsinFloat8"},   {"ATAN", "_zvkAtanFloat8"},
+        {"COS", "_zvkCosFloat8"},   {"SIN", "_zvkSinFloat8"},     {"TAN", "_zvkTanFloat8"},
+        {"LOG", "_zvkLogFloat8"},   {"LOG10", "_zvkLog10Float8"}, {"SQRT", "_zvkSqrtFloat8"},
+        {"EXP", "__builtin_exp"},   {"EXP10", "__builtin_exp10"}};
     for (const FloatRow &f : floats)
         if (name == f.name) return floatNumber(cat(f.entry, "(", floating(0), ")"));
     if (name == "PI") return floatNumber("3.14159265358979323846");

@@ -132,7 +132,9 @@ struct Layout {
             item.picture.positions = item.size;
             return;
         }
-        std::string wrong = readPicture(item.pictureText, program.currency, program.commaIsPoint, item.picture);
+        char symbol = program.currencySymbol ? program.currencySymbol : program.currency;
+        std::string wrong = readPicture(item.pictureText, symbol, program.commaIsPoint, item.picture);
+        item.picture.currency = program.currency;
         if (!wrong.empty()) {
             meaning.error(item.pictureAt, wrong);
             item.size = 1;

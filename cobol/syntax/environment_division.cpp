@@ -129,13 +129,17 @@ void Parser::specialNames(Program &p)
                 if (at(K_WITH) || at(K_PICTURE) || at(K_PIC)) {
                     take(K_WITH);
                     step();
+                    // After PICTURE the lexer takes any word for a picture.
+                    if (now().kind == TokenKind::Picture && internWord(now().text) == K_SYMBOL) step();
                     take(K_SYMBOL);
-                    if (!atString() && now().kind == TokenKind::Picture && now().text.size() == 3) {
-                        p.currency = now().text[1];
+                    if (now().kind == TokenKind::Picture && now().text.size() == 3) {
+                        p.currencySymbol = now().text[1];
                         step();
-                    } else if (atString()) {
-                        p.currency = now().text[0];
+                    } else if (atString() && now().text.size() == 1) {
+                        p.currencySymbol = now().text[0];
                         step();
+                    } else {
+                        error("expected a literal of one character before " + shown());
                     }
                 }
             } else {

@@ -46,6 +46,7 @@ Program *Parser::program(Program *parent)
         p->symbolics = parent->symbolics;
         p->mnemonics = parent->mnemonics;
         p->currency = parent->currency;
+        p->currencySymbol = parent->currencySymbol;
         p->commaIsPoint = parent->commaIsPoint;
         p->collating = parent->collating;
         p->collatingAt = parent->collatingAt;

@@ -619,6 +619,7 @@ struct Program {
     std::vector<SymbolicCharacter> symbolics;
     std::vector<Mnemonic> mnemonics;
     char currency = '$';
+    char currencySymbol = 0; // in pictures; 0: the sign itself
     bool commaIsPoint = false;
     Word collating = 0;
     Tok collatingAt = 0;

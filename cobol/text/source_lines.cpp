@@ -518,10 +518,17 @@ private:
 
 Spot RunningText::spot(size_t offset) const
 {
+    while (last + 1 < marks.size() && marks[last].offset <= offset && marks[last + 1].offset <= offset) {
+        if (++last % 4 == 0) break; // a few steps; further ones by halves
+    }
+    if (last < marks.size() && marks[last].offset <= offset &&
+        (last + 1 == marks.size() || marks[last + 1].offset > offset))
+        return {file, marks[last].line, marks[last].column + static_cast<uint32_t>(offset - marks[last].offset), 1};
     auto after =
         std::upper_bound(marks.begin(), marks.end(), offset, [](size_t o, const Mark &m) { return o < m.offset; });
     if (after == marks.begin()) return {file, 1, 1, 1};
     const Mark &mark = *(after - 1);
+    last = static_cast<size_t>(&mark - marks.data());
     return {file, mark.line, mark.column + static_cast<uint32_t>(offset - mark.offset), 1};
 }
 

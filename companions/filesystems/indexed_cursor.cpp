@@ -2,10 +2,10 @@
 // way with it, since only LMDB knows the pages that the change has made.
 //
 // A change of one verb looks before it changes anything in the tree that it asks about, so the last
-// commit answers it. In a change of many verbs LMDB is asked, after the pages that it will meet were
-// looked at: those of the last commit, for the new ones are its own. What leads to a key in the new
-// tree and is still of the old one led to the key there, too, or is beside a page that was taken
-// away, and then it was looked at when that was done.
+// commit answers it. In a change of many verbs LMDB is asked, after the pages that it will meet
+// were looked at: those of the last commit, for the new ones are its own. What leads to a key in
+// the new tree and is still of the old one led to the key there, too, or is beside a page that was
+// taken away, and then it was looked at when that was done.
 #include "companions/filesystems/indexed_state.h"
 
 #include <cstring>

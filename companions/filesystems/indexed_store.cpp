@@ -182,8 +182,8 @@ int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot 
         bool renews = flags && *txn;
         uint64_t size;
         int error = sizeOfStore(store->map, &size);
-        // Twice the address space while half of it is used. If the system gives no more, LMDB says so
-        // once the store is full.
+        // Twice the address space while half of it is used. If the system gives no more, LMDB says
+        // so once the store is full.
         if (!error && !flags && size > store->mapBytes / 2) resizeMap(store, store->mapBytes * 2);
         enterTransaction(store);
         if (!error) error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);

@@ -1,9 +1,10 @@
 // Transactions of an indexed file.
 //
 // A file that others may write commits each change before the verb returns; one that this program
-// has alone commits every 10,000 changes and at CLOSE, one that it makes (OUTPUT) every 32 MB. LMDB never overwrites a page in use, so a
-// killed program leaves the last commit. Reading goes in a snapshot, which ends with the verb: one
-// that stays would hold back the pages that it shows, and the store would grow.
+// has alone commits every 10,000 changes and at CLOSE, one that it makes (OUTPUT) every 32 MB. LMDB
+// never overwrites a page in use, so a killed program leaves the last commit. Reading goes in a
+// snapshot, which ends with the verb: one that stays would hold back the pages that it shows, and
+// the store would grow.
 //
 // The batch of a file that this program has alone goes as a whole when one of its writes fails.
 // Changes that the program was told are made go with it: from then on every verb and CLOSE fail.

@@ -104,8 +104,8 @@ int compare(const void *a, size_t aSize, const void *b, size_t bSize)
     return order ? order : aSize < bSize ? -1 : aSize > bSize;
 }
 
-// Every node of a page: they lie in it side by side, without a gap, and their keys ascend if they are
-// to be compared (`order`).
+// Every node of a page: they lie in it side by side, without a gap, and their keys ascend if they
+// are to be compared (`order`).
 bool pageIsWhole(const StoreSnapshot &in, const PageCursor::Level &level, bool leaf, bool order)
 {
     uint16_t sizes[kLargestPage / 2]; // of the node that begins there
@@ -418,8 +418,8 @@ static const uint8_t *mapOf(StoreMap *map, size_t size)
     return now ? now->base : nullptr;
 }
 
-// One look at both heads. The older may have been hit by a write that failed, and it counts no more;
-// but it is a head, and changes write the two in turn.
+// One look at both heads. The older may have been hit by a write that failed, and it counts no
+// more; but it is a head, and changes write the two in turn.
 static int lookAtHeads(int descriptor, uint64_t fileSize)
 {
     uint8_t heads[2][kHeadEnd];

@@ -16,8 +16,8 @@
 // holds the roots of all others. A snapshot is what one of them leads to; LMDB's transaction keeps
 // its pages from being used anew.
 //
-// A key that is not found is a claim, too: then the pages on the way are checked whole, and the leaf
-// against the keys that led to it, so that a damaged key cannot hide a record.
+// A key that is not found is a claim, too: then the pages on the way are checked whole, and the
+// leaf against the keys that led to it, so that a damaged key cannot hide a record.
 #pragma once
 
 #include <cstdint>
@@ -54,12 +54,13 @@ void closeStoreMap(StoreMap *map);
 // Before LMDB opens a store: do its two heads make sense? 0, MDB_CORRUPTED or an errno.
 int checkHeads(const char *name);
 
-// The size of the file, asked before LMDB looks at it: 0, an errno, or MDB_CORRUPTED if not even the
-// heads are there.
+// The size of the file, asked before LMDB looks at it: 0, an errno, or MDB_CORRUPTED if not even
+// the heads are there.
 int sizeOfStore(const StoreMap *map, uint64_t *size);
 
-// The snapshot of a commit; kSnapshotPassed: a writer went past it, so begin anew. `older`: take the
-// commit before the newest, too. A writer that was killed after its commit can leave LMDB at it.
+// The snapshot of a commit; kSnapshotPassed: a writer went past it, so begin anew. `older`: take
+// the commit before the newest, too. A writer that was killed after its commit can leave LMDB at
+// it.
 constexpr int kSnapshotPassed = -40003;
 int takeSnapshot(StoreMap *map, uint64_t change, bool older, uint64_t size, StoreSnapshot *snapshot);
 
@@ -102,8 +103,8 @@ int vetPath(const StoreSnapshot &in, const StoreTree &tree, const MDB_val &key, 
 int vetTree(const StoreSnapshot &in, const StoreTree &tree, VettedPages *vetted);
 // The first and the last entry's way.
 int vetEnds(const StoreSnapshot &in, const StoreTree &tree, VettedPages *vetted);
-// The names' tree with what it says of each tree, and the lists of free pages. `marks`: as many bits
-// as the snapshot has pages, all 0, and so again afterwards.
+// The names' tree with what it says of each tree, and the lists of free pages. `marks`: as many
+// bits as the snapshot has pages, all 0, and so again afterwards.
 int vetForChange(const StoreSnapshot &in, bool lists, uint64_t *marks);
 
 } // namespace filesystems

@@ -129,8 +129,8 @@ int commitFiles()
     return reinterpret_cast<int (*)()>(dlsym(programs, "KVR2_COMMIT"))();
 }
 
-// A file that was made while writes were recorded, after a cut: whether its name is there, and what
-// it holds. A name is on the disk when its folder was forced; until then it may be as it was before.
+// A file that was made while writes were recorded, after a cut: is its name there, and what does it
+// hold? A name is on the disk when its folder was forced; until then it may be as it was before.
 bool madeFileAfterCut(const std::vector<RecordedWrite> &writes, const string &name, unsigned long folder, size_t end,
                       std::mt19937 &random, string *content)
 {

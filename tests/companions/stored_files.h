@@ -56,7 +56,7 @@ inline string reason(const CompiledFile &file)
 inline int torture(const char *what, int small, int parts)
 {
     const char *said = getenv((string("KVR2_TORTURE_") + what).c_str());
-    return said ? atoi(said) / parts : small;
+    return said ? (atoi(said) + parts - 1) / parts : small;
 }
 // Without it 590 kills are made; each test has its part of them.
 inline int killRounds(int small)

@@ -61,7 +61,7 @@ cat >deep.cpy <<'END'
            05  RATIO-X   REDEFINES RATIO PIC X(8).
            05  COUNTER   PIC S9(4) COMP-5.
            05  FILLER    PIC X.
-       01  OTHER PIC X(9).
+       01  ANOTHER-RECORD PIC X(9).
 END
 cat >deep.csv <<'END'
 QTY(1),"CODES(1,1)","CODES(1,2)",QTY(2),"CODES(2,1)","CODES(2,2)",RATIO,COUNTER,FILLER

@@ -1,0 +1,37 @@
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. MENU15.
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       01 OPT PIC 9. 01 A PIC S9(5). 01 B PIC S9(5). 01 R PIC S9(9)V99.
+       01 R-ED PIC -(9)9.99. 01 NAME PIC X(15). 01 DONE PIC X VALUE "N".
+          88 ALL-DONE VALUE "Y".
+       01 ERRS PIC 99 VALUE ZERO.
+       PROCEDURE DIVISION.
+       MAIN-LOGIC.
+           PERFORM MENU-LOOP THRU MENU-EXIT UNTIL ALL-DONE.
+           DISPLAY "ERRORS: " ERRS.
+           STOP RUN.
+       MENU-LOOP.
+           DISPLAY "1 ADD 2 DIV 9 QUIT".
+           ACCEPT OPT.
+           IF OPT = 9 MOVE "Y" TO DONE GO TO MENU-EXIT.
+           IF OPT NOT NUMERIC OR OPT > 2
+              ADD 1 TO ERRS
+              GO TO MENU-EXIT.
+           DISPLAY "ENTER A: " WITH NO ADVANCING.
+           ACCEPT A.
+           DISPLAY "ENTER B: " WITH NO ADVANCING.
+           ACCEPT B.
+           GO TO DO-ADD DO-DIV DEPENDING ON OPT.
+       DO-ADD.
+           ADD A B GIVING R.
+           GO TO SHOW-IT.
+       DO-DIV.
+           DIVIDE A BY B GIVING R ROUNDED
+             ON SIZE ERROR DISPLAY "DIV BY ZERO" ADD 1 TO ERRS
+                GO TO MENU-EXIT.
+       SHOW-IT.
+           MOVE R TO R-ED.
+           DISPLAY "RESULT " R-ED.
+       MENU-EXIT.
+           EXIT.
