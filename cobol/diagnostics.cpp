@@ -86,7 +86,7 @@ void Diagnostics::show(const char *severity, Spot spot, const std::string &text,
     if (name) std::fprintf(stderr, " [-W%s]", name);
     std::fputc('\n', stderr);
 
-    // The source line, tabs kept in front of the caret so that it stands below its column. Very
+    // The source line, tabs kept before the caret so that it is below its column. Very
     // long lines are shown in part.
     std::string_view line = sources->line(spot);
     size_t column = spot.column ? spot.column - 1 : 0, from = 0;

@@ -208,7 +208,7 @@ std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
         Text x = text(left), y = text(right, !wholeText);
         return compareTexts(x, y, op);
     }
-    // With SPACES and its like: the bytes of the item as they stand.
+    // With SPACES and its like: the bytes of the item as they are.
     Text x = text(left, numericA && !figurativeB), y = text(right, numericB && !figurativeA);
     return compareTexts(x, y, op);
 }

@@ -2,7 +2,7 @@
 //
 // A number is shown as its digits: a minus sign in front where it has a sign and is negative, the
 // decimal point where it has places. Zoned items whose sign is part of a digit are shown likewise;
-// those with a separate sign as they stand.
+// those with a separate sign as they are.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {

@@ -2,7 +2,7 @@
 //
 // A procedure division is one C function with a label for each paragraph. PERFORM of a range writes
 // its number into the cell of the paragraph that ends the range, and jumps to the first one; at the
-// end of every such paragraph stands a switch over the numbers that can be in its cell. So ranges
+// end of every such paragraph is a switch over the numbers that can be in its cell. So ranges
 // may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs nothing. A
 // cell's former number comes back after the PERFORM, for a range around it that ends in the same
 // place.
@@ -120,7 +120,7 @@ const Expr *Emitter::keptSubject(const Expr *e)
 
 void Emitter::evaluateStatement(const EvaluateStatement &s)
 {
-    // A chain of if and else; each test's temporaries are computed where it stands. Subjects that
+    // A chain of if and else; each test's temporaries are computed where it is. Subjects that
     // several tests use are computed once, before them.
     std::string done = label();
     size_t tests = 0;

@@ -152,7 +152,7 @@ void Emitter::debugNow()
     for (const std::string &call : calls) put(call);
 }
 
-// A condition in which watched items stand: their sections run after its evaluation.
+// A condition that has watched items: their sections run after its evaluation.
 std::string Emitter::debugCondition(const std::string &c)
 {
     if (pendingDebugs_.empty()) return c;

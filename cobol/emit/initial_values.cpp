@@ -71,7 +71,7 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     }
     if (numeric && item.usage != Usage::Display && value->kind != ExprKind::Figurative) return defaultBytes(item);
     if (item.category == Category::NumericEdited && value->kind == ExprKind::Number) {
-        // A number for an edited item stands as it is written, right-aligned is nobody's rule;
+        // A number for an edited item is taken as it is written, right-aligned is nobody's rule;
         // programs use literals.
     }
     // JUSTIFIED does not count here.
@@ -89,7 +89,7 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
             ops.push_back({offset, std::move(bytes)});
     };
     bool table = item.occurs && item.occursMax > 1;
-    // The first occurrence of a table stands apart, so that it can be copied.
+    // The first occurrence of a table is set apart, so that it can be copied.
     if (item.elementary()) {
         std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
         if (table && bytes.size() * item.occursMax <= 4096) {

@@ -195,8 +195,8 @@ void Emitter::unstringStatement(const UnstringStatement &s)
         if (!target.good()) return;
         uint32_t kind = 0;
         int64_t integerSize = 0;
-        // A number gets its digits by a MOVE: a field at the end of the source may have blanks after
-        // them.
+        // A number gets its digits by a MOVE: a field at the end of the source may have blanks
+        // after them.
         if (target.refmod || (unstringKind(*target.item, kind, integerSize) && kind != ZVK_UNSTRING_NUMERIC)) {
             targets.address(target.address);
             targets.length(target.length);
@@ -275,7 +275,7 @@ bool Emitter::inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[
     return true;
 }
 
-// TRAILING phrases, which the library does not know. They stand alone in a statement.
+// TRAILING phrases, which the library does not know. They are alone in a statement.
 void Emitter::inspectTrailing(const InspectStatement &s, const Loc &target)
 {
     if (signFlags(target)) return notBuilt(s.at, "INSPECT ... TRAILING of a signed number");

@@ -167,7 +167,7 @@ void Parser::occursClause(Program &p, Item &item)
     occursPhrases(p, item);
 }
 
-// DEPENDING ON, keys, INDEXED BY. Other clauses may stand between them and OCCURS.
+// DEPENDING ON, keys, INDEXED BY. Other clauses may be between them and OCCURS.
 void Parser::occursPhrases(Program &, Item &item)
 {
     for (;;) {

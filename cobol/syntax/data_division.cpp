@@ -342,7 +342,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
     step();
     if (take(K_FILLER)) {
     } else if (atName() && !((at(K_CONSTANT)) && false)) {
-        // Words that are clauses only where no name stands before them.
+        // Words that are clauses only where no name is before them.
         item->at = here();
         item->name = now().word;
         if (item->name < K_count) declared_.insert(item->name);

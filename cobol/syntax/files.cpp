@@ -83,7 +83,7 @@ Statement *Parser::closeStatement()
     return s;
 }
 
-// RETRY n TIMES, RETRY FOR n SECONDS, RETRY FOREVER: for how long a locked record is asked for again.
+// RETRY n TIMES, RETRY FOR n SECONDS, RETRY FOREVER: how long a locked record is asked for again.
 void Parser::retryPhrase(FileStatement &s)
 {
     if (!at(K_RETRY)) return;

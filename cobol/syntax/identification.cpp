@@ -122,7 +122,7 @@ Program *Parser::program(Program *parent)
         panic_ = false;
         if (takeMark('.')) continue;
         if (!p->isFunction && (at(K_IDENTIFICATION) || at(K_ID) || at(K_PROGRAM_ID))) {
-            // Without END PROGRAM in front of it, it can be the next outermost program only where
+            // Without END PROGRAM before it, it can be the next outermost program only where
             // this one is not contained; a program that is followed by another and has an END
             // PROGRAM of its own later contains it. So look for END PROGRAM with this name.
             bool contains = false;

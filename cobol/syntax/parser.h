@@ -113,7 +113,7 @@ private:
         step();
         return node;
     }
-    // ON x / NOT ON x: `lead` are the words that may stand before (AT, ON), `words` those that make
+    // ON x / NOT ON x: `lead` are the words that may come before (AT, ON), `words` those that make
     // it.
     bool phrases(Phrases &out, Word lead, Word first, Word second);
     bool atPhrase(Word lead, Word first, Word second, size_t from = 0) const;

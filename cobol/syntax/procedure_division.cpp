@@ -243,7 +243,7 @@ ProcedureName Parser::procedureName()
     return name;
 }
 
-// A paragraph or section header: a name in front of a period or SECTION.
+// A paragraph or section header: a name before a period or SECTION.
 bool Parser::atProcedureHeader() const
 {
     if (now().kind != TokenKind::Name && now().kind != TokenKind::Number) return false;

@@ -7,7 +7,7 @@
 // end.
 //
 // Conditional compilation (>>IF) and comment entries of the IDENTIFICATION DIVISION go here, too:
-// their lines are no program text, and what stands in them need not even be words.
+// their lines are no program text, and what is in them need not even be words.
 #include "cobol/text/source_lines.h"
 
 #include <algorithm>
@@ -369,7 +369,7 @@ private:
     }
 
     // EJECT, SKIP1 and their like only lay out a listing; CBL and PROCESS name options of other
-    // compilers, in front of the program.
+    // compilers, before the program.
     bool listingLine(std::string_view body) const
     {
         if (open_) return false;
@@ -534,7 +534,7 @@ Spot RunningText::spot(size_t offset) const
 
 SourceFormat guessFormat(std::string_view text)
 {
-    // Where the first header stands tells most; a letter in column 7 of a line with text before it
+    // Where the first header is tells most; a letter in column 7 of a line with text before it
     // tells the rest.
     size_t from = 0, lines = 0, againstFixed = 0, seen = 0;
     int verdict = 0; // 1 fixed, 2 free
@@ -564,7 +564,7 @@ SourceFormat guessFormat(std::string_view text)
             bool header = word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID" || word == "ENVIRONMENT" ||
                           word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" || word == "FUNCTION-ID";
             if (header) verdict = column >= 7 ? 1 : 2;
-            // A sequence number in front of a header.
+            // A sequence number before a header.
             if (!header && line.size() > 8 && line[6] == ' ' && verdict == 0) {
                 word = firstWord(std::string_view(line).substr(7));
                 if (word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID") verdict = 1;

@@ -20,8 +20,8 @@ enum class StringForm : uint8_t { Plain, Hex, National, NullEnded };
 struct Token {
     TokenKind kind = TokenKind::End;
     StringForm form = StringForm::Plain;
-    bool spaceBefore = true;  // white space, a separator or a line's end stands in front of it
-    bool commaBefore = false; // a comma or semicolon stands in front of it
+    bool spaceBefore = true;  // white space, a separator or a line's end is before it
+    bool commaBefore = false; // a comma or semicolon is before it
     bool areaA = false;       // it begins in area A (fixed form), or is the first of its line (free form)
     uint32_t word = 0;        // Name: its number; Punct: the character or k...
     std::string_view text;    // as written; of a String the characters that it stands for

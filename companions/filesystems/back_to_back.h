@@ -1,4 +1,4 @@
-// Records back to back: fixed ones with nothing between them; variable ones each behind a word with
+// Records back to back: fixed ones with nothing between them; variable ones each after a word with
 // its length.
 //
 //     fixed, 4 bytes:  "ABCDEFGH"                          two records

@@ -200,7 +200,7 @@ int64_t milliseconds()
 }
 
 // Copies what follows the cursor; the search goes on from the last record that was delivered, so
-// what cannot be read is met again when the program comes to it.
+// what cannot be read is met again when the program gets there.
 void fillAhead(IndexedFile *file, MDB_txn *txn, StoreCursor *cursor, bool back)
 {
     ReadAhead &ahead = file->ahead;
@@ -267,7 +267,7 @@ void deliver(FCB *fcb, IndexedFile *file, FileRequest *request, const FoundEntry
     zvkSetStatus(fcb, found.another ? 2 : 0, found.another ? fs2DuplicateKey : fs2None);
 }
 
-// One attempt at a READ. False: a lock was taken, and the record must be read anew behind it.
+// One attempt at a READ. False: a lock was taken, and the record must be read anew under it.
 bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uint8_t *record)
 {
     bool back = request->options & ZVK_REQUEST_PREVIOUS, ahead = file->ahead.buffer && !random;
@@ -354,7 +354,7 @@ void closeFile(FCB *fcb)
 
 } // namespace
 
-// EXTEND goes on behind the highest key.
+// EXTEND goes on after the highest key.
 int takeHighestKey(IndexedFile *file)
 {
     int error;

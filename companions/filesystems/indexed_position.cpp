@@ -1,7 +1,7 @@
 // Where an indexed file is read on from.
 //
 // The place is an entry of the key of reference, kept as bytes: a sequential READ looks it up and
-// takes the entry behind or before it, or after START the entry itself (`exact`), even if somebody
+// takes the entry after or before it, or after START the entry itself (`exact`), even if somebody
 // deleted it in the meantime.
 //
 // START with a part of a key compares that many bytes. Each relation is one bound: the first entry

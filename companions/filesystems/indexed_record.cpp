@@ -22,7 +22,7 @@ void putSequence(uint8_t *to, uint64_t number)
     memcpy(to, &number, kSequenceSize);
 }
 
-// The entry of an alternate key: with duplicates the number goes behind it.
+// The entry of an alternate key: with duplicates the number goes after it.
 size_t entryKey(const IndexedFile *file, uint32_t key, const uint8_t *record, uint64_t number, uint8_t *entry)
 {
     uint32_t length = file->keys[key].length;
@@ -58,7 +58,7 @@ int nextNumber(IndexedFile *file, MDB_txn *txn, uint32_t key, const uint8_t *rec
 // The stored form is put together in moduleBuffer2: numbers, then the record.
 uint8_t *newRecord(FCB *fcb) { return static_cast<uint8_t *>(fcb->moduleBuffer2); }
 
-// The old record lies in a page that the changes may move: it is copied behind the new one.
+// The old record lies in a page that the changes may move: it is copied after the new one.
 const uint8_t *copyOfOld(FCB *fcb, const IndexedFile *file, const MDB_val &old)
 {
     uint8_t *copy = newRecord(fcb) + numbersSize(file) + file->format.longest + file->sumSize;

@@ -115,7 +115,7 @@ int eraseInStore(IndexedFile *file, MDB_txn *txn, uint32_t key, MDB_val k);
 
 // --- indexed_record.cpp: a record and its entries in all keys
 
-// Bytes in front of a record as it is stored: the numbers of its keys with duplicates.
+// Bytes before a record as it is stored: the numbers of its keys with duplicates.
 inline size_t numbersSize(const IndexedFile *file) { return size_t(file->numbered) * kSequenceSize; }
 // Bytes that `moduleBuffer2` needs: two records as stored.
 inline size_t recordRoom(const IndexedFile *file)

@@ -211,7 +211,7 @@ int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot 
     }
 }
 
-// Is there no room for a store to grow? Asks for some behind its end, which no data is harmed by.
+// Is there no room for a store to grow? Asks for some after its end, which no data is harmed by.
 bool storeIsFull(FCB *fcb)
 {
     constexpr off_t some = 65536;

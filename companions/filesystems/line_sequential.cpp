@@ -2,7 +2,7 @@
 //
 // WRITE drops the blanks at the end of the record and ends it with LF. READ takes LF or CR LF for
 // the end, and fills the record with blanks. A line that is longer than the record gives its first
-// part with status 06, and the next READ goes on behind it. A last line without LF is a record:
+// part with status 06, and the next READ goes on after it. A last line without LF is a record:
 // editors write such files; EXTEND ends it first. But if it is what a kill left of a block, it is
 // none, and EXTEND writes over it. A record with an LF in it would come back as two, and one that
 // ends in CR without it, so WRITE refuses them with status 30.
@@ -150,7 +150,7 @@ private:
     }
 
     // Advancing moves the paper under the line being written. In the file a line written BEFORE
-    // ADVANCING has its ends behind it; one written AFTER stays without until the next record or
+    // ADVANCING has its ends after it; one written AFTER stays without until the next record or
     // CLOSE moves on. No lines at all is overprinting: CR.
     static bool writeAdvancing(FCB *fcb, SequentialFile *file, const uint8_t *record, uint32_t length,
                                FileRequest *request)

@@ -1,4 +1,4 @@
-// Record sequential files, "rsd" and "str": fixed records back to back, variable ones behind length
+// Record sequential files, "rsd" and "str": fixed records back to back, variable ones after length
 // words.
 #include "companions/filesystems/back_to_back.h"
 

@@ -1,4 +1,4 @@
-// Relative files: record n in the n-th slot behind the header.
+// Relative files: record n in the n-th slot after the header.
 //
 //     slot: length + 1 in four bytes, 0 for no record | the record | checksum of both, four bytes |
 //           filled up to the longest record's
@@ -8,7 +8,7 @@
 //
 // READ NEXT, PREVIOUS and START look for a record in a window of slots, one pread for many. What
 // this program writes goes into the window, too. Where others may write, the window is only a hint:
-// a record that it shows is read again behind its lock, and where it shows none it is filled anew
+// a record that it shows is read again under its lock, and where it shows none it is filled anew
 // from that slot on before the search goes on.
 #include "companions/filesystems/relative_file.h"
 
@@ -405,7 +405,7 @@ void readRecord(FCB *fcb, FileRequest *request)
     }
 }
 
-// Sequential WRITE goes behind the last record; random WRITE into an empty slot.
+// Sequential WRITE goes after the last record; random WRITE into an empty slot.
 void writeRecord(FCB *fcb, FileRequest *request)
 {
     RelativeFile *file = fileOf(fcb);

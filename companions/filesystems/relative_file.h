@@ -1,4 +1,4 @@
-// Relative files: record n in the n-th slot behind the header.
+// Relative files: record n in the n-th slot after the header.
 #pragma once
 
 #include "companions/filesystems/open_rules.h"

@@ -40,7 +40,7 @@ struct SequentialFile {
     RecordFormat format;
     uint32_t sumSize;    // of the checksum after each record, 0 or 4
     uint8_t *spare;      // room for one record and its checksum
-    uint64_t dataStart;  // bytes of a header in front of the records
+    uint64_t dataStart;  // bytes of a header before the records
     uint64_t whole;      // input: end of the last whole record
     uint64_t lastPlace;  // I-O: where the data of the last record read begins
     uint32_t lastLength; // and its length

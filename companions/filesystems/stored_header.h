@@ -2,7 +2,7 @@
 //
 // "STL" at bytes 8 to 10 lets the library find the module of a file whose assignment names none.
 // The rest are the attributes that the file was created with, so that an OPEN with others gets
-// status 39 and not garbage, and a checksum over them. Records begin behind the header; those of an
+// status 39 and not garbage, and a checksum over them. Records begin after the header; those of an
 // indexed file are in the store beside it, which bears the same `identity`.
 #pragma once
 

@@ -365,7 +365,7 @@ KVR_INLINE void kvr_refmod(int64_t from, int64_t length, int64_t size, const cha
     }
 }
 
-/* form: how the sign of a zoned item stands, as in kvr_is_zoned; -1 packed, -2 packed without sign */
+/* form: where the sign of a zoned item is, as in kvr_is_zoned; -1 packed, -2 packed without sign */
 KVR_SHARED uint8_t *kvr_numeric(uint8_t *p, int32_t digits, int form, const char *name, const char *file, int line)
 {
     int good = form < 0    ? kvr_is_packed(p, digits, form == -1)

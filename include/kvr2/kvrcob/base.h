@@ -23,8 +23,9 @@
 #define KVR_INLINE static inline __attribute__((unused))
 
 /*
- * Longer ones that many places use: a call costs less than a copy at each of them. They are "inline"
- * as well, for without optimisation the C compiler makes every static function that is not.
+ * Longer ones that many places use: a call costs less than a copy at each of them. They are
+ * "inline" as well, for without optimisation the C compiler makes every static function that is
+ * not.
  */
 #define KVR_SHARED static inline __attribute__((unused, noinline))
 
