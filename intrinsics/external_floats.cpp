@@ -13,9 +13,9 @@
 
 #include "base/bytes.h"
 #include "base/quiet_floats.h"
-#include "base/scan_table.h"
 #include "frame/message_calls.h"
 #include "intrinsics/float_text.h"
+#include "intrinsics/scan_table.h"
 #include "kvr2/external_floats.h"
 
 namespace {

@@ -11,9 +11,9 @@
 #include <cstring>
 
 #include "base/quiet_floats.h"
-#include "base/scan_table.h"
 #include "frame/message_calls.h"
 #include "intrinsics/float_text.h"
+#include "intrinsics/scan_table.h"
 #include "kvr2/float_conversions.h"
 #include "kvr2/numval.h"
 
