@@ -42,7 +42,7 @@ bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::st
 // The record that lists files of USING or GIVING; its name.
 std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list)
 {
-    const std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
+    std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
     size_t count = 0;
     for (const auto &[word, at] : list) {
         File *f = meaning_.file(*program_, word, at);
