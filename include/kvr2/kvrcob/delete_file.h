@@ -42,10 +42,12 @@ KVR_SHARED void kvr_delete_file(FCB *fcb, IPCB *element, FIB *fib)
         fcb->open(fcb, element);
         result = fcb->status;
         if (result < 10 && fcb->mode != 0) {
-            char *name = result == 5 || !fcb->fileName ? 0 : strdup(fcb->fileName);
+            int absent = result == 5 || !fcb->fileName;
+            char *name = absent ? 0 : strdup(fcb->fileName);
             fcb->closeOptions = 0;
             fcb->close(fcb, element);
-            result = name ? (unlink(name) == 0 ? 0 : errno == ENOENT ? 5 : 30) : 5;
+            /* Without storage for the name nothing is deleted, and it is said. */
+            result = name ? (unlink(name) == 0 ? 0 : errno == ENOENT ? 5 : 30) : absent ? 5 : 30;
             if (result == 0 && fib->organization & ZVK_FILE_INDEXED) kvr_delete_beside(name);
             free(name);
         } else if (result == 35) {
