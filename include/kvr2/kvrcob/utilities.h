@@ -31,7 +31,10 @@ typedef struct KvrArgument {
 static KvrArgument kvr_arguments[8];
 static int kvr_argument_count;
 
-/* Argument i as a C string without the blanks at its end. */
+/*
+ * Argument i as a C string without the blanks at its end. One that has no room is empty, with errno
+ * ENAMETOOLONG: its beginning would be another file, another command.
+ */
 KVR_SHARED char *kvr_u_text(int i, char *out, size_t room)
 {
     const KvrArgument *a = kvr_arguments + i;
@@ -41,7 +44,10 @@ KVR_SHARED char *kvr_u_text(int i, char *out, size_t room)
         if (end) n = (size_t)((const uint8_t *)end - a->address);
     }
     while (n > 0 && a->address[n - 1] == ' ') n--;
-    if (n >= room) n = room - 1;
+    if (n >= room) {
+        n = 0;
+        errno = ENAMETOOLONG;
+    }
     if (n) memcpy(out, a->address, n);
     out[n] = 0;
     return out;
@@ -51,8 +57,11 @@ KVR_SHARED int64_t kvr_u_system(void)
 {
     char command[4096];
     int status;
+    errno = 0;
+    kvr_u_text(0, command, sizeof command);
+    if (errno == ENAMETOOLONG) return -1;
     fflush(NULL);
-    status = system(kvr_u_text(0, command, sizeof command));
+    status = system(command);
     if (status < 0) return -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
@@ -131,9 +140,16 @@ KVR_SHARED int64_t kvr_u_copy_file(void)
 {
     char name[4096], block[8192];
     FILE *from = fopen(kvr_u_text(0, name, sizeof name), "rb"), *to;
+    struct stat source, present;
     size_t n;
     int bad = 0;
     if (!from) return kvr_u_outcome(-1);
+    /* Onto itself it would be emptied before it is read. */
+    if (fstat(fileno(from), &source) != 0 || (stat(kvr_u_text(1, name, sizeof name), &present) == 0 &&
+                                              source.st_dev == present.st_dev && source.st_ino == present.st_ino)) {
+        fclose(from);
+        return 30;
+    }
     to = fopen(kvr_u_text(1, name, sizeof name), "wb");
     if (!to) {
         fclose(from);
@@ -180,7 +196,7 @@ KVR_SHARED int64_t kvr_u_check_file(void)
     details[13] = (uint8_t)t.tm_min;
     details[14] = (uint8_t)t.tm_sec;
     details[15] = 0;
-    if (kvr_argument_count > 1)
+    if (kvr_argument_count > 1 && kvr_arguments[1].size > 0)
         memcpy(kvr_arguments[1].address, details, kvr_arguments[1].size < 16 ? (size_t)kvr_arguments[1].size : 16);
     return 0;
 }
