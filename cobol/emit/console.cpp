@@ -188,12 +188,10 @@ void Emitter::acceptStatement(const AcceptStatement &s)
         put(cat("if (", length, " >= 0) {\n"));
         bool numericTo = !loc.refmod && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited);
         if (numericTo) {
-            Num n;
-            n.kind = Num::Packed;
-            n.digits = 18;
-            std::string p = tempBytes(10);
-            n.text = cat("kvr_text_number(", buffer, ", ", length, ", ", p, ", 18)");
-            store(n, loc, false, "");
+            Text t;
+            t.address = buffer;
+            t.length = length;
+            store(textNumber(t, loc.item->picture.scale), loc, false, "");
         } else {
             Text t;
             t.address = buffer;
@@ -232,6 +230,13 @@ void Emitter::acceptStatement(const AcceptStatement &s)
         }
         return;
     }
+    // ON EXCEPTION: there is no line any more.
+    bool phrases = s.exception.has || s.exception.hasNot;
+    if (phrases) {
+        put("if (kvr_input_ended()) {\n");
+        if (s.exception.has) block(s.exception.on);
+        put("} else {\n");
+    }
     bool plain = loc.refmod || !isNumericItem(*loc.item);
     if (plain) {
         put(cat("kvr_accept(", flags, ", ", loc.length, ", ", loc.address, ");\n"));
@@ -247,6 +252,9 @@ void Emitter::acceptStatement(const AcceptStatement &s)
         n.text = cat("kvr_typed_number(", buffer, ", 63, ", p, ", '", program_->commaIsPoint ? ',' : '.', "')");
         store(n, loc, false, "");
     }
+    if (!phrases) return;
+    if (s.exception.hasNot) block(s.exception.onNot);
+    put("}\n");
 }
 
 } // namespace kvrcob

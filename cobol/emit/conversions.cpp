@@ -39,7 +39,7 @@ Num Emitter::itemNumber(const Loc &loc)
             n.text = cat("_zvkcBCD_CONV_ZndUS_To_Pckd(", loc.address, length > 38 ? cat(" + ", length - 38) : "", ", ",
                          t, ", ", n.digits, ", ", n.digits, ")");
         else
-            n.text = cat("kvr_text_number(", loc.address, ", ", loc.length, ", ", t, ", ", n.digits, ")");
+            n.text = cat("kvr_text_number(", loc.address, ", ", loc.length, ", ", t, ", ", n.digits, ", 0, '.')");
         return n;
     }
     if (item.category == Category::NumericEdited) {

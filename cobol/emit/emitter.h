@@ -216,7 +216,7 @@ private:
     void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);
     void moveCharacters(const Text &t, const Loc &target);
-    Num textNumber(const Text &t);
+    Num textNumber(const Text &t, int places);
     void moveNumber(Num n, const Loc &target, bool fromInteger);
     void moveLoc(const Loc &source, const Loc &target);
     void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);

@@ -203,7 +203,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         const Expr *a = constant(args[0]);
         if (a->kind == ExprKind::Reference) {
             Item *item = meaning_.resolve(*program_, *a->ref, true);
-            if (item && !a->ref->refmod && a->ref->subscripts.empty() && !item->hasDepending)
+            if (item && !a->ref->refmod && a->ref->subscripts.empty() && fixedOccurrence(*item))
                 return integerNumber(cat(item->size, "LL"), 10, false);
             Loc loc = locate(*a->ref);
             if (!loc.good()) return Num{};
