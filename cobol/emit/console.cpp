@@ -67,6 +67,7 @@ void Emitter::displayStatement(const DisplayStatement &s)
         } else if (numeric) {
             const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(*program_, *e->ref) : nullptr;
             Loc loc = item ? locate(*e->ref) : Loc{};
+            if (e->kind == ExprKind::Function && userFunction(e) && callFunction(e, loc)) item = loc.item;
             if (item && !loc.good()) return;
             if (item && item->usage == Usage::Display &&
                 (item->signForm == SignForm::LeadingSeparate || item->signForm == SignForm::TrailingSeparate ||

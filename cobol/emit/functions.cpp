@@ -217,6 +217,10 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     if (name == "ORD") {
         Text t = text(args[0]);
         if (!t.good) return Num{};
+        // In the program's own sequence, if it has one.
+        const Alphabet *a = program_->collating ? meaning_.alphabet(*program_, program_->collating) : nullptr;
+        if (a && a->weights.size() == 256)
+            return integerNumber(cat("((int64_t)alphabet", a->number, "[*(", t.address, ")] + 1)"), 3, false);
         return integerNumber(cat("((int64_t)*", t.address, " + 1)"), 3, false);
     }
     if (name == "STORED-CHAR-LENGTH") {
@@ -638,8 +642,10 @@ Text Emitter::functionText(const Expr *e)
                 "); kvr_hex(", from, ", ", length, " / 2, ", address, ");\n"));
     } else if (name == "CHAR") {
         std::string buffer = tempBytes(1);
-        put(cat(buffer, "[0] = (uint8_t)(", integer(args[0]), " - 1); ", address, " = ", buffer, "; ", length,
-                " = 1;\n"));
+        const Alphabet *a = program_->collating ? meaning_.alphabet(*program_, program_->collating) : nullptr;
+        bool sequence = a && a->weights.size() == 256;
+        put(cat(buffer, "[0] = ", sequence ? cat("kvr_char_of(alphabet", a->number, ", ") : "(uint8_t)(",
+                integer(args[0]), sequence ? "); " : " - 1); ", address, " = ", buffer, "; ", length, " = 1;\n"));
         t.fixed = 1;
     } else if (name == "CONCATENATE" || name == "CONCAT") {
         std::string list = temp("KvrPiece", cat("[", args.size(), "]"));

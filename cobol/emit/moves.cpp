@@ -457,6 +457,13 @@ void Emitter::initializeOne(const Loc &loc, const Item &item, const InitializeSt
         Decimal zero;
         zero.digits = "0";
         store(literalNumber(zero), loc, false, "");
+    } else if (category == Category::AlphanumericEdited) {
+        // The characters that the picture inserts stay.
+        Expr *space = make<Expr>();
+        space->kind = ExprKind::Figurative;
+        space->at = s.at;
+        space->op = K_SPACE;
+        move(space, loc);
     } else {
         put(cat("memset(", loc.address, ", ' ', ", loc.length, ");\n"));
     }

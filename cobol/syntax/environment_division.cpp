@@ -178,6 +178,10 @@ void Parser::alphabetClause(Program &p)
     }
     alphabet->name = now().word;
     step();
+    if (at(K_FOR) && aheadIs(1, K_ALPHANUMERIC)) {
+        step();
+        step();
+    }
     take(K_IS);
     p.alphabets.push_back(alphabet);
     if (at(K_NATIVE) || at(K_STANDARD_1) || at(K_STANDARD_2) || at(K_EBCDIC)) {

@@ -493,6 +493,11 @@ uint32_t Parser::relationalOperator()
             step();
             return kLessEqual;
         }
+        if (mark == '=' && (atMark('<') || atMark('>'))) { // "=<" and "=>" of older programs
+            mark = atMark('<') ? kLessEqual : kGreaterEqual;
+            step();
+            return mark;
+        }
         take(K_TO);
         take(K_THAN);
         return mark;
