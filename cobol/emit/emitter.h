@@ -366,7 +366,8 @@ private:
     struct InitOp {
         uint64_t offset;
         std::string bytes;            // these bytes, or
-        uint64_t size = 0, count = 0; // so many copies of the element there
+        uint64_t size = 0, count = 0; // so many copies of the element there, or
+        const Item *edited = nullptr; // the number of its VALUE, edited
     };
     void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);
 };

@@ -243,9 +243,9 @@ KVR_SHARED uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_
 }
 
 /*
- * A text taken as a number, packed, `digits` digits of which `places` are decimal ones. Only digits: an
- * integer. Digits with blanks around them, a sign and a decimal point: the number that somebody typed.
- * Of anything else, each character is the digit in its right half, or a zero.
+ * A text taken as a number, packed, `digits` digits of which `places` are decimal ones. Only
+ * digits: an integer. Digits with blanks around them, a sign and a decimal point: the number that
+ * somebody typed. Of anything else, each character is the digit in its right half, or a zero.
  */
 KVR_SHARED uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t *to, int32_t digits, int32_t places,
                                     char point)
