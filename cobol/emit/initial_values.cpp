@@ -83,7 +83,8 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
 {
     (void)whole;
     auto add = [&](std::string bytes) {
-        if (!ops.empty() && ops.back().count == 0 && !ops.back().edited && ops.back().offset + ops.back().bytes.size() == offset)
+        if (!ops.empty() && ops.back().count == 0 && !ops.back().edited &&
+            ops.back().offset + ops.back().bytes.size() == offset)
             ops.back().bytes += bytes;
         else
             ops.push_back({offset, std::move(bytes)});

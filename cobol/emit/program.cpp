@@ -277,6 +277,7 @@ void Emitter::procedures(Program &p)
     blocks_.clear();
     firstSite_ = sites_ + 1;
     counters_ = 0;
+    findCircles(p);
     alterTargets_.clear();
     openBlock();
     size_t n = 0;
@@ -365,6 +366,7 @@ void Emitter::procedures(Program &p)
     size_t saved = sites_ + 1 - firstSite_;
     cells = cat("int x[", p.procedures.size() + 1, "], s[", saved + 1, "];\nint64_t n[", counters_ + 1,
                 "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
+    if (circling_) cells += "KvrPerforms performs __attribute__((cleanup(kvr_performs_end))) = {0, 0, 0};\n";
     if (debugs_)
         cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
     debugs_ = false;
