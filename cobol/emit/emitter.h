@@ -1,10 +1,13 @@
 // The emitter: trees to C. One file a group of statements, as in syntax/:
 //
-//   program.cpp the C file: storage, records of the run time, prologue and epilogue, paragraphs
-//   operands.cpp where an operand is: addresses, subscripts, lengths, texts numbers.cpp arithmetic
-//   expressions and the storing of numbers conditions.cpp relations, class tests, condition-names
-//   functions.cpp intrinsic functions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp
-//   files.cpp sorting.cpp strings.cpp searching.cpp statements
+//   statement_table.def  what is emitted for which statement and operands: the names are here only
+//   program.cpp          the C file: storage, prologue and epilogue of each program, paragraphs
+//   operands.cpp         where an operand is: addresses, subscripts, lengths, texts
+//   numbers.cpp          arithmetic expressions; conversions.cpp, stores.cpp: the ways of a number
+//   conditions.cpp       relations, class tests, condition-names
+//   functions.cpp        intrinsic functions
+//   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp strings.cpp
+//   searching.cpp        the statements
 //
 // What is emitted for an operand is always a C expression; a statement may use it once.
 // Intermediate results live in temporaries, which are declared at the start of the statement's
@@ -15,6 +18,7 @@
 #include <set>
 #include <type_traits>
 
+#include "cobol/emit/statement_table.h"
 #include "cobol/meaning/names.h"
 
 namespace kvrcob {
@@ -386,6 +390,15 @@ std::string cat(const Parts &...parts)
     (appendTo(out, parts), ...);
     return out;
 }
+
+// The class of a zoned item.
+inline Of zonedOf(SignForm form)
+{
+    return static_cast<Of>(static_cast<int>(Of::ZonedUnsigned) + static_cast<int>(form));
+}
+
+// The relation that a token stands for.
+Do relationOf(uint32_t op);
 
 // The character that a figurative constant repeats, in the native order.
 uint8_t figurativeByte(uint32_t op);

@@ -27,6 +27,9 @@ static bool isPrinted(const File &f)
     return f.organization == K_SEQUENTIAL && (f.advancing || f.linage || f.device == K_PRINTER) && !f.readable;
 }
 
+// A verb's routine in an FCB: the field's name with the arrow before it.
+static const char *slot(const char *text) { return std::strstr(text, "->"); }
+
 // CODE-SET: the alphabet whose codes the records have in the file; null for the native one.
 const Alphabet *Emitter::codeSet(const File &f)
 {
@@ -58,8 +61,8 @@ void Emitter::codeSetTable(const File &f, uint32_t room)
 void Emitter::encodeRecord(const File &f, const std::string &request)
 {
     if (const Alphabet *a = codeSet(f))
-        put(cat(request, ".into = kvr_recode(codes", f.number, ", F", f.number, "->record, sizeof codes", f.number,
-                ", alphabet", a->number, ");\n"));
+        put(cat(request, ".into = ", emits(Do::Recode, Of::Text), "(codes", f.number, ", F", f.number,
+                "->record, sizeof codes", f.number, ", alphabet", a->number, ");\n"));
 }
 
 void Emitter::fileRecords(Program &p)
@@ -295,7 +298,7 @@ void Emitter::openStatement(const OpenStatement &s)
         if (part.reversed && (part.mode != K_INPUT || f->organization == K_RELATIVE || f->organization == K_INDEXED))
             error(part.at, "REVERSED goes with OPEN INPUT of a sequential file");
         linageValues(*f);
-        if (f->linage) put(cat("kvr_linage_open(&I", f->number, ".linage[0], &G", f->number, ");\n"));
+        if (f->linage) put(cat(emits(Do::LinageOpen), "(&I", f->number, ".linage[0], &G", f->number, ");\n"));
         assignment(*f);
         prepare(*f);
         if (f->program->openShares || program_->openShares) // each OPEN anew: what another one said is over
@@ -307,10 +310,10 @@ void Emitter::openStatement(const OpenStatement &s)
                                                    : "ZVK_OPEN_EXTEND";
         put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
                 f->number, "->statement = 0;\n"));
-        put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
+        put(cat("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n"));
         if (part.reversed) {
             reversed_ = true;
-            put(cat("kvr_open_reversed(F", f->number, ", p", f->program->number, "_element);\n"));
+            put(cat(emits(Do::OpenReversed), "(F", f->number, ", p", f->program->number, "_element);\n"));
         }
         debugFile(*f, nullptr);
     }
@@ -329,13 +332,13 @@ void Emitter::closeStatement(const CloseStatement &s)
         if (part.reel) {
             // There are no reels: the statement is successful, with status 07, and the file stays
             // open.
-            put(cat("kvr_close_reel(F", f->number, ", p", f->program->number, "_element);\n"));
+            put(cat(emits(Do::CloseReel), "(F", f->number, ", p", f->program->number, "_element);\n"));
             debugFile(*f, nullptr);
             continue;
         }
         put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
                 part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
-        put(cat("F", f->number, "->close(F", f->number, ", p", f->program->number, "_element);\n"));
+        put(cat("F", f->number, slot(emits(Do::Close)), "(F", f->number, ", p", f->program->number, "_element);\n"));
         debugFile(*f, nullptr);
     }
 }
@@ -457,10 +460,11 @@ void Emitter::readStatement(const FileStatement &s)
     relativeKeyIn(*f, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n"));
     prepare(*f);
-    put(cat("F", f->number, "->read(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    put(cat("F", f->number, slot(emits(Do::Read)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+            ");\n"));
     if (codeSet(*f))
-        put(cat("if (F", f->number, "->status < 10) kvr_recode(F", f->number, "->record, F", f->number, "->record, ",
-                request, ".recordLength, native", f->number, ");\n"));
+        put(cat("if (F", f->number, "->status < 10) ", emits(Do::Recode, Of::Text), "(F", f->number, "->record, F",
+                f->number, "->record, ", request, ".recordLength, native", f->number, ");\n"));
     if (sequential) relativeKeyOut(*f, request);
     if (f->recordDepending) {
         Unwatched unwatched(*this);
@@ -527,7 +531,8 @@ void Emitter::writeStatement(const FileStatement &s)
     }
     encodeRecord(*f, request);
     linageValues(*f);
-    if (f->linage) put(cat("kvr_linage_before(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ");\n"));
+    if (f->linage)
+        put(cat(emits(Do::LinageBefore), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ");\n"));
     std::string length;
     if (f->recordDepending) {
         Unwatched unwatched(*this);
@@ -551,11 +556,12 @@ void Emitter::writeStatement(const FileStatement &s)
     debugNow();
     prepare(*f);
     if (f->access == K_SEQUENTIAL && f->organization != K_LINE)
-        put(cat("if (F", f->number, "->mode & ZVK_OPEN_IO) kvr_refuse(F", f->number, ", p", f->program->number,
-                "_element, 48, ZVK_VERB_WRITE);\nelse "));
-    put(cat("F", f->number, "->write(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+        put(cat("if (F", f->number, "->mode & ZVK_OPEN_IO) ", emits(Do::Refuse), "(F", f->number, ", p",
+                f->program->number, "_element, 48, ZVK_VERB_WRITE);\nelse "));
+    put(cat("F", f->number, slot(emits(Do::Write)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+            ");\n"));
     if (f->linage)
-        put(cat("kvr_linage_after(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ", ", request,
+        put(cat(emits(Do::LinageAfter), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ", ", request,
                 ".advance);\n"));
     if (f->access == K_SEQUENTIAL) relativeKeyOut(*f, request);
     if (s.eop.has || s.eop.hasNot) {
@@ -598,7 +604,8 @@ void Emitter::rewriteStatement(const FileStatement &s)
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     debugNow();
     prepare(*f);
-    put(cat("F", f->number, "->rewrite(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    put(cat("F", f->number, slot(emits(Do::Rewrite)), "(F", f->number, ", p", f->program->number, "_element, &",
+            request, ");\n"));
     afterVerb(s, *f, true);
 }
 
@@ -621,8 +628,8 @@ void Emitter::assignment(const File &f)
     if (!item || item->isConstant || item->level == 88) return;
     Loc loc = locate(*f.assignItem);
     if (loc.good())
-        put(cat("I", f.number, ".fib.assignmentLength = kvr_assignment(N", f.number, ", ", loc.address, ", ",
-                loc.length, ");\n"));
+        put(cat("I", f.number, ".fib.assignmentLength = ", emits(Do::Assignment, Of::Text), "(N", f.number, ", ",
+                loc.address, ", ", loc.length, ");\n"));
 }
 
 void Emitter::deleteFile(const FileStatement &s)
@@ -639,7 +646,8 @@ void Emitter::deleteFile(const FileStatement &s)
         assignment(*f);
         prepare(*f);
         deleteFile_ = true;
-        put(cat("kvr_delete_file(F", f->number, ", p", f->program->number, "_element, &I", f->number, ".fib);\n"));
+        put(cat(emits(Do::DeleteFile), "(F", f->number, ", p", f->program->number, "_element, &I", f->number,
+                ".fib);\n"));
     }
 }
 
@@ -661,7 +669,8 @@ void Emitter::deleteStatement(const FileStatement &s)
     retry(s, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     prepare(*f);
-    put(cat("F", f->number, "->deleteRecord(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    put(cat("F", f->number, slot(emits(Do::Delete)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+            ");\n"));
     debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
@@ -701,7 +710,8 @@ void Emitter::startStatement(const FileStatement &s)
     relativeKeyIn(*f, request);
     put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
     prepare(*f);
-    put(cat("F", f->number, "->start(F", f->number, ", p", f->program->number, "_element, &", request, ");\n"));
+    put(cat("F", f->number, slot(emits(Do::Start)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+            ");\n"));
     debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
@@ -716,8 +726,8 @@ void Emitter::unlockStatement(const FileStatement &s)
     }
     prepare(*f);
     std::string request = temp("FileRequest");
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, "->unlock(F", f->number, ", p",
-            f->program->number, "_element, &", request, ");\n"));
+    put(cat("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, slot(emits(Do::Unlock)), "(F", f->number,
+            ", p", f->program->number, "_element, &", request, ");\n"));
 }
 
 } // namespace kvrcob

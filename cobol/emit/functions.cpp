@@ -222,19 +222,19 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     if (name == "STORED-CHAR-LENGTH") {
         Text t = text(args[0]);
         if (!t.good) return Num{};
-        return integerNumber(cat("kvr_stored_length(", t.address, ", ", t.length, ")"), 10, false);
+        return integerNumber(cat(emitsFunction(name), "(", t.address, ", ", t.length, ")"), 10, false);
     }
     if (name == "NUMVAL-F") {
         Text t = text(args[0]);
         if (!t.good) return Num{};
         return floatNumber(
-            cat("kvr_numval_float(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"));
+            cat(emitsFunction(name), "(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"));
     }
     if (name == "TEST-NUMVAL-F") {
         Text t = text(args[0]);
         if (!t.good) return Num{};
         return integerNumber(
-            cat("kvr_test_numval_float(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"),
+            cat(emitsFunction(name), "(", t.address, ", ", t.length, ", '", program_->commaIsPoint ? ',' : '.', "')"),
             10, false);
     }
     if (name == "INTEGER-OF-FORMATTED-DATE" || name == "SECONDS-FROM-FORMATTED-TIME" ||
@@ -242,11 +242,9 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         Text format = text(args[0]), t = text(args[1]);
         if (!format.good || !t.good) return Num{};
         bool seconds = name[0] == 'S';
-        Num n = integerNumber(cat(name[0] == 'I' ? "kvr_formatted_integer("
-                                  : seconds      ? "kvr_formatted_nanos("
-                                                 : "kvr_formatted_test(",
-                                  format.address, ", ", format.length, ", ", t.address, ", ", t.length, ")"),
-                              seconds ? 14 : 10, false);
+        Num n = integerNumber(
+            cat(emitsFunction(name), "(", format.address, ", ", format.length, ", ", t.address, ", ", t.length, ")"),
+            seconds ? 14 : 10, false);
         if (seconds) n.scale = 9;
         return n;
     }
@@ -280,9 +278,10 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         }
         return literalNumber(d);
     }
-    if (name == "SECONDS-PAST-MIDNIGHT") return integerNumber("kvr_seconds_past_midnight()", 5, false);
+    if (name == "SECONDS-PAST-MIDNIGHT") return integerNumber(cat(emitsFunction(name), "()"), 5, false);
     if (name == "TEST-DATE-YYYYMMDD" || name == "TEST-DAY-YYYYDDD")
-        return integerNumber(cat("kvr_test_date(", whole(0), ", ", name == "TEST-DAY-YYYYDDD" ? 1 : 0, ")"), 1, false);
+        return integerNumber(cat(emitsFunction(name), "(", whole(0), ", ", name == "TEST-DAY-YYYYDDD" ? 1 : 0, ")"), 1,
+                             false);
     if (name == "NUMVAL" || name == "NUMVAL-C" || name == "TEST-NUMVAL" || name == "TEST-NUMVAL-C") {
         Text t = text(args[0]);
         if (!t.good) return Num{};
@@ -295,15 +294,15 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
             currency = cat(bytesLiteral(std::string(1, program_->currency)), ", 1");
         }
         if (name == "TEST-NUMVAL" || name == "TEST-NUMVAL-C")
-            return integerNumber(cat("kvr_test_numval(", t.address, ", ", t.length, ", '",
+            return integerNumber(cat(emitsFunction(name), "(", t.address, ", ", t.length, ", '",
                                      program_->commaIsPoint ? ',' : '.', "', (const uint8_t *)", currency, ")"),
                                  10, false);
         Num n;
         n.kind = Num::Packed;
         n.digits = 36;
         n.scale = 18;
-        n.text = cat("kvr_numval(", t.address, ", ", t.length, ", ", record, ", '", program_->commaIsPoint ? ',' : '.',
-                     "', (const uint8_t *)", currency, ")");
+        n.text = cat(emitsFunction(name), "(", t.address, ", ", t.length, ", ", record, ", '",
+                     program_->commaIsPoint ? ',' : '.', "', (const uint8_t *)", currency, ")");
         return n;
     }
     if (name == "MAX" || name == "MIN" || name == "ORD-MAX" || name == "ORD-MIN" || name == "RANGE" ||
@@ -322,9 +321,10 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
                 if (i == 0) {
                     put(cat(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n"));
                 } else {
-                    put(cat("if (", guardOf(i), guardOf(i).empty() ? "" : " && ", "kvr_compare(", t.address, ", ",
-                            t.length, ", ", address, ", ", length, ") ", most ? ">" : "<", " 0) { ", address, " = ",
-                            t.address, "; ", length, " = ", t.length, "; ", place, " = ", i + 1, "; }\n"));
+                    put(cat("if (", guardOf(i), guardOf(i).empty() ? "" : " && ",
+                            emits(Do::Compare, Of::Text, Of::Text), "(", t.address, ", ", t.length, ", ", address, ", ",
+                            length, ") ", most ? ">" : "<", " 0) { ", address, " = ", t.address, "; ", length, " = ",
+                            t.length, "; ", place, " = ", i + 1, "; }\n"));
                 }
             }
             return integerNumber(place, 5, false);
@@ -404,15 +404,15 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
     if (name == "ABS") {
         Num n = argument(0);
         if (!n.good()) return n;
-        if (n.kind == Num::Float) return floatNumber(cat("__builtin_fabs(", n.text, ")"));
+        if (n.kind == Num::Float) return floatNumber(cat(emits(Do::Absolute, Of::Float), "(", n.text, ")"));
         if (n.kind == Num::Int) {
-            n.text = cat(n.wide() ? "kvr_abs_wide(" : "kvr_abs(", n.text, ")");
+            n.text = cat(n.wide() ? emits(Do::Absolute, Of::Wide) : emits(Do::Absolute, Of::Integer), "(", n.text, ")");
             n.literal = false;
             n.isSigned = false;
             return n;
         }
         std::string t = tempBytes(n.digits / 2 + 1);
-        n.text = cat("_zvkcBCD_ABS_Pckd(", n.text, ", ", t, ", ", n.digits, ", ", n.digits, ")");
+        n.text = cat(emits(Do::Absolute, Of::Packed), "(", n.text, ", ", t, ", ", n.digits, ", ", n.digits, ")");
         n.direct = false;
         return n;
     }
@@ -428,9 +428,14 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         Num n = argument(0);
         if (!n.good()) return n;
         if (n.kind == Num::Float) {
-            if (name == "INTEGER") return scaleTo(floatNumber(cat("_zvkInteger(kvr_settled(", n.text, "))")), 0, false);
+            if (name == "INTEGER")
+                return scaleTo(
+                    floatNumber(cat(emitsFunction(name), "(", emits(Do::Settle, Of::Float), "(", n.text, "))")), 0,
+                    false);
             if (name == "INTEGER-PART")
-                return scaleTo(floatNumber(cat("_zvkIntegerPart(kvr_settled(", n.text, "))")), 0, false);
+                return scaleTo(
+                    floatNumber(cat(emitsFunction(name), "(", emits(Do::Settle, Of::Float), "(", n.text, "))")), 0,
+                    false);
             n = scaleTo(n, 9, false);
         }
         if (n.scale <= 0) {
@@ -452,14 +457,15 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         Num a = argument(0), b = argument(1);
         if (!a.good() || !b.good()) return Num{};
         if (a.kind == Num::Float || b.kind == Num::Float) {
-            if (name == "REM") return floatNumber(cat("_Dmr_rem(", toFloat(a).text, ", ", toFloat(b).text, ")"));
+            if (name == "REM")
+                return floatNumber(
+                    cat(emitsFunction(name, Of::Float), "(", toFloat(a).text, ", ", toFloat(b).text, ")"));
             a = scaleTo(a, 0, false), b = scaleTo(b, 0, false);
         }
         int scale = std::max({a.scale, b.scale, 0});
         a = toInt(scaleUp(a, scale)), b = toInt(scaleUp(b, scale));
-        Num n =
-            integerNumber(cat(name == "MOD" ? "kvr_mod(" : "kvr_rem(", a.text, ", ", b.text, ", &", zeroFlag(), ")"),
-                          std::min(std::max(b.digits, 19), 38));
+        Num n = integerNumber(cat(emitsFunction(name, Of::Integer), "(", a.text, ", ", b.text, ", &", zeroFlag(), ")"),
+                              std::min(std::max(b.digits, 19), 38));
         n.scale = scale;
         if (b.digits <= 18) {
             n.text = cat("(int64_t)", n.text);
@@ -472,42 +478,33 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
         Num n;
         n.kind = Num::Packed;
         n.digits = 38;
-        n.text = cat("kvr_factorial(", whole(0), ", ", t, ")");
+        n.text = cat(emitsFunction(name), "(", whole(0), ", ", t, ")");
         return n;
     }
     if (name == "DATE-OF-INTEGER")
-        return integerNumber(cat("(int64_t)_zvkDateOfInteger((int32_t)", whole(0), ")"), 8, false);
+        return integerNumber(cat("(int64_t)", emitsFunction(name), "((int32_t)", whole(0), ")"), 8, false);
     if (name == "DAY-OF-INTEGER")
-        return integerNumber(cat("(int64_t)_zvkDayOfInteger((int32_t)", whole(0), ")"), 7, false);
+        return integerNumber(cat("(int64_t)", emitsFunction(name), "((int32_t)", whole(0), ")"), 7, false);
     if (name == "INTEGER-OF-DATE")
-        return integerNumber(cat("(int64_t)_zvkIntegerOfDate((int32_t)", whole(0), ")"), 7, false);
+        return integerNumber(cat("(int64_t)", emitsFunction(name), "((int32_t)", whole(0), ")"), 7, false);
     if (name == "INTEGER-OF-DAY")
-        return integerNumber(cat("(int64_t)_zvkIntegerOfDay((int32_t)", whole(0), ")"), 7, false);
+        return integerNumber(cat("(int64_t)", emitsFunction(name), "((int32_t)", whole(0), ")"), 7, false);
     if (name == "YEAR-TO-YYYY" || name == "DATE-TO-YYYYMMDD" || name == "DAY-TO-YYYYDDD") {
         std::string window = args.size() > 1 ? whole(1) : "50";
         int digits = name[0] == 'Y' ? 4 : name == "DATE-TO-YYYYMMDD" ? 8 : 7;
-        return integerNumber(cat("kvr_windowed(", digits, ", (int32_t)", whole(0), ", (int32_t)", window, ")"), digits,
-                             false);
+        return integerNumber(cat(emitsFunction(name), "(", digits, ", (int32_t)", whole(0), ", (int32_t)", window, ")"),
+                             digits, false);
     }
-    struct FloatRow {
-        const char *name, *entry;
-    };
-    static const FloatRow floats[] = {
-        {"ACOS", "_zvkAcosFloat8"}, {"ASIN", "_zvkAsinFloat8"},   {"ATAN", "_zvkAtanFloat8"},
-        {"COS", "_zvkCosFloat8"},   {"SIN", "_zvkSinFloat8"},     {"TAN", "_zvkTanFloat8"},
-        {"LOG", "_zvkLogFloat8"},   {"LOG10", "_zvkLog10Float8"}, {"SQRT", "_zvkSqrtFloat8"},
-        {"EXP", "__builtin_exp"},   {"EXP10", "__builtin_exp10"}};
-    for (const FloatRow &f : floats)
-        if (name == f.name) return floatNumber(cat(f.entry, "(", floating(0), ")"));
-    if (name == "PI") return floatNumber("3.14159265358979323846");
-    if (name == "E") return floatNumber("2.71828182845904523536");
+    if (row->result == FunctionResult::Float && row->least == 1 && row->most == 1) // ACOS, SQRT and their like
+        return floatNumber(cat(emitsFunction(name), "(", floating(0), ")"));
+    if (name == "PI" || name == "E") return floatNumber(emitsFunction(name));
     if (name == "ANNUITY") {
         std::string a = floating(0), b = floating(1);
-        return floatNumber(cat("_zvkcAnnuityFloat8(", a, ", ", b, ")"));
+        return floatNumber(cat(emitsFunction(name), "(", a, ", ", b, ")"));
     }
     if (name == "RANDOM") {
-        if (args.empty()) return floatNumber("_zvkRandom()");
-        return floatNumber(cat("_zvkRandomInt8((uint64_t)", whole(0), ")"));
+        if (args.empty()) return floatNumber(cat(emitsFunction(name), "()"));
+        return floatNumber(cat(emitsFunction(name, Of::Integer), "((uint64_t)", whole(0), ")"));
     }
     // MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE: an array of numbers.
     std::string array = temp("double", cat("[", args.size(), "]"));
@@ -523,7 +520,7 @@ Num Emitter::functionNumber(const Expr *e, int wantScale)
             put(cat("if (", guardOf(i).empty() ? "1" : guardOf(i), ") ", array, "[", count, "++] = ", floating(i),
                     ";\n"));
     }
-    return floatNumber(cat("kvr_statistic('",
+    return floatNumber(cat(emitsFunction(name), "('",
                            name == "MEDIAN"               ? 'M'
                            : name == "VARIANCE"           ? 'V'
                            : name == "STANDARD-DEVIATION" ? 'S'
@@ -563,16 +560,14 @@ Text Emitter::functionText(const Expr *e)
         t.fixed = result.fixed;
     } else if (name == "CURRENT-DATE" || name == "WHEN-COMPILED") {
         std::string buffer = tempBytes(22);
-        put(cat(name == "CURRENT-DATE" ? "_zvkCurrentDate((char *)" : "kvr_when_compiled(__DATE__, __TIME__, (char *)",
-                buffer, ");\n"));
+        put(cat(emitsFunction(name), name == "CURRENT-DATE" ? "((char *)" : "(__DATE__, __TIME__, (char *)", buffer,
+                ");\n"));
         put(cat(address, " = ", buffer, "; ", length, " = 21;\n"));
         t.fixed = 21;
     } else if (name == "UPPER-CASE" || name == "LOWER-CASE" || name == "REVERSE") {
         Text a = argument(0);
         if (!a.good) return t;
-        const char *entry = name == "UPPER-CASE"   ? "_zvkToUpper"
-                            : name == "LOWER-CASE" ? "_zvkToLower"
-                                                   : "_Dmr_reverse";
+        const char *entry = emitsFunction(name);
         if (a.fixed >= 0) {
             std::string buffer = tempBytes(a.fixed + 1);
             put(cat(address, " = ", buffer, "; ", length, " = ", a.fixed, "; ", entry, "(", length, ", ", a.address,
@@ -580,24 +575,26 @@ Text Emitter::functionText(const Expr *e)
             t.fixed = a.fixed;
         } else {
             std::string from = temp("const uint8_t *");
-            put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, "); ",
-                    entry, "(", length, ", ", from, ", ", address, ");\n"));
+            put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = ",
+                    emits(Do::FunctionRoom, Of::Varying), "(", length, "); ", entry, "(", length, ", ", from, ", ",
+                    address, ");\n"));
         }
     } else if (name == "TRIM") {
         Text a = argument(0);
         if (!a.good) return t;
         int mode = 3;
         if (args.size() > 1) mode = args[1]->op == K_LEADING ? 1 : 2;
-        put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; kvr_trim(&",
-                address, ", &", length, ", ", mode, ");\n"));
+        put(cat(address, " = (uint8_t *)(intptr_t)(", a.address, "); ", length, " = ", a.length, "; ",
+                emitsFunction(name), "(&", address, ", &", length, ", ", mode, ");\n"));
     } else if (name == "FORMATTED-DATE" || name == "FORMATTED-TIME" || name == "FORMATTED-DATETIME" ||
                name == "FORMATTED-CURRENT-DATE") {
         Text a = argument(0);
         if (!a.good) return t;
         std::string from = temp("const uint8_t *");
-        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, ");\n"));
+        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = ",
+                emits(Do::FunctionRoom, Of::Varying), "(", length, ");\n"));
         if (name == "FORMATTED-CURRENT-DATE") {
-            put(cat("kvr_formatted_now(", from, ", ", length, ", ", address, ");\n"));
+            put(cat(emitsFunction(name), "(", from, ", ", length, ", ", address, ");\n"));
         } else {
             size_t next = 1;
             std::string date = name == "FORMATTED-TIME" ? "1" : integer(args[next++]), nanos = "0", offset = "0";
@@ -609,23 +606,24 @@ Text Emitter::functionText(const Expr *e)
             }
             bool hasOffset = next < args.size();
             if (hasOffset) offset = integer(args[next]);
-            put(cat("kvr_formatted(", from, ", ", length, ", ", date, ", (int64_t)", nanos, ", ", hasOffset ? 1 : 0,
-                    ", ", offset, ", ", address, ");\n"));
+            put(cat(emitsFunction(name), "(", from, ", ", length, ", ", date, ", (int64_t)", nanos, ", ",
+                    hasOffset ? 1 : 0, ", ", offset, ", ", address, ");\n"));
         }
         if (a.fixed >= 0) t.fixed = a.fixed;
     } else if (name == "HEX-TO-CHAR" || name == "BIT-TO-CHAR") {
         Text a = argument(0);
         if (!a.good) return t;
         std::string from = temp("const uint8_t *");
-        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = kvr_room(", length, "); ",
-                length, " = kvr_from_digits(", from, ", ", length, ", ", name[0] == 'H' ? 2 : 8, ", ", address,
-                ");\n"));
+        put(cat(from, " = ", a.address, "; ", length, " = ", a.length, "; ", address, " = ",
+                emits(Do::FunctionRoom, Of::Varying), "(", length, "); ", length, " = ", emitsFunction(name), "(", from,
+                ", ", length, ", ", name[0] == 'H' ? 2 : 8, ", ", address, ");\n"));
     } else if (name == "BIT-OF") {
         Text a = argument(0);
         if (!a.good) return t;
         std::string from = temp("const uint8_t *");
-        put(cat(from, " = ", a.address, "; ", length, " = 8 * (", a.length, "); ", address, " = kvr_room(", length,
-                "); kvr_bit_digits(", from, ", ", length, " / 8, ", address, ");\n"));
+        put(cat(from, " = ", a.address, "; ", length, " = 8 * (", a.length, "); ", address, " = ",
+                emits(Do::FunctionRoom, Of::Varying), "(", length, "); ", emitsFunction(name), "(", from, ", ", length,
+                " / 8, ", address, ");\n"));
     } else if (name == "MODULE-ID") {
         const std::string &id = wordText(program_->name);
         put(cat(address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", length, " = ", id.size(), ";\n"));
@@ -634,8 +632,9 @@ Text Emitter::functionText(const Expr *e)
         Text a = argument(0);
         if (!a.good) return t;
         std::string from = temp("const uint8_t *");
-        put(cat(from, " = ", a.address, "; ", length, " = 2 * (", a.length, "); ", address, " = kvr_room(", length,
-                "); kvr_hex(", from, ", ", length, " / 2, ", address, ");\n"));
+        put(cat(from, " = ", a.address, "; ", length, " = 2 * (", a.length, "); ", address, " = ",
+                emits(Do::FunctionRoom, Of::Varying), "(", length, "); ", emitsFunction(name), "(", from, ", ", length,
+                " / 2, ", address, ");\n"));
     } else if (name == "CHAR") {
         std::string buffer = tempBytes(1);
         put(cat(buffer, "[0] = (uint8_t)(", integer(args[0]), " - 1); ", address, " = ", buffer, "; ", length,
@@ -648,7 +647,7 @@ Text Emitter::functionText(const Expr *e)
             if (!a.good) return t;
             put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
         }
-        put(cat(address, " = kvr_concatenate(", list, ", ", args.size(), ", &", length, ");\n"));
+        put(cat(address, " = ", emitsFunction(name), "(", list, ", ", args.size(), ", &", length, ");\n"));
     } else if (name == "SUBSTITUTE" || name == "SUBSTITUTE-CASE") {
         std::string list = temp("KvrPiece", cat("[", args.size(), "]"));
         for (size_t i = 0; i < args.size(); i++) {
@@ -656,8 +655,8 @@ Text Emitter::functionText(const Expr *e)
             if (!a.good) return t;
             put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
         }
-        put(cat(address, " = kvr_substitute(", list, ", ", args.size(), ", ", name == "SUBSTITUTE" ? 0 : 1, ", &",
-                length, ");\n"));
+        put(cat(address, " = ", emitsFunction(name), "(", list, ", ", args.size(), ", ", name == "SUBSTITUTE" ? 0 : 1,
+                ", &", length, ");\n"));
     } else if (name == "MAX" || name == "MIN") {
         if (isNumericExpr(args[0])) {
             Num n = functionNumber(e, -1);
@@ -672,9 +671,9 @@ Text Emitter::functionText(const Expr *e)
                 put(cat(address, " = (uint8_t *)(intptr_t)", a.address, "; ", length, " = ", a.length, ";\n"));
             else
                 put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (",
-                        guards_.count(args[i]) ? guards_[args[i]] + " && " : "", "kvr_compare(", now, ", ", nowLength,
-                        ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<", " 0) { ", address,
-                        " = (uint8_t *)(intptr_t)", now, "; ", length, " = ", nowLength, "; }\n"));
+                        guards_.count(args[i]) ? guards_[args[i]] + " && " : "", emits(Do::Compare, Of::Text, Of::Text),
+                        "(", now, ", ", nowLength, ", ", address, ", ", length, ") ", name == "MAX" ? ">" : "<",
+                        " 0) { ", address, " = (uint8_t *)(intptr_t)", now, "; ", length, " = ", nowLength, "; }\n"));
         }
     } else {
         // A numeric function with a reference modifier: none.
@@ -687,13 +686,13 @@ Text Emitter::functionText(const Expr *e)
     if (e->ref) {
         std::string from = integer(e->ref->from);
         std::string size = e->ref->length ? integer(e->ref->length) : "0";
-        put(cat("kvr_part(&", address, ", &", length, ", ", from, ", ", size, ");\n"));
+        put(cat(emits(Do::FunctionPart, Of::Varying), "(&", address, ", &", length, ", ", from, ", ", size, ");\n"));
         t.length = length;
         Decimal d;
         t.fixed = -1;
         if (e->ref->length && meaning_.constantNumber(*program_, e->ref->length, d) && d.scale == 0 &&
             d.digits.size() < 9) {
-            // kvr_part may shorten, but a valid program stays inside.
+            // It may be shortened, but a valid program stays inside.
         }
     }
     return t;
