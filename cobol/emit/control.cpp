@@ -151,7 +151,7 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
 
 // ---- PERFORM
 
-static size_t lastOf(const Program &p, size_t index)
+size_t lastOf(const Program &p, size_t index)
 {
     // A section ends with its last paragraph.
     if (!p.procedures[index].isSection) return index;

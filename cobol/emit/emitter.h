@@ -315,6 +315,10 @@ private:
     void storeInteger(Reference *target, const std::string &c);
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
+    void xmlParse(const XmlParseStatement &s);
+    void xmlGenerate(const XmlGenerateStatement &s);
+    friend struct XmlWalk;
+
     void searchStatement(const SearchStatement &s);
     struct SearchPair {
         const Item *key;
@@ -351,6 +355,7 @@ private:
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
     bool reversed_ = false;   // an OPEN REVERSED was emitted
+    bool usesXml_ = false;    // a program has XML PARSE or XML GENERATE
     bool utilities_ = false;  // the CALL of a utility was emitted
     bool deleteFile_ = false; // a DELETE FILE was emitted
     bool debugs_ = false;     // USE FOR DEBUGGING is in force
@@ -402,6 +407,9 @@ Do relationOf(uint32_t op);
 
 // The character that a figurative constant repeats, in the native order.
 uint8_t figurativeByte(uint32_t op);
+
+// The index of the last paragraph of a range that ends with this procedure (control.cpp).
+size_t lastOf(const Program &p, size_t index);
 
 // The item with its record (level 01 or 77).
 inline const Item &recordOf(const Item &item)

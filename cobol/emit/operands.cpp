@@ -81,9 +81,9 @@ Loc Emitter::locateItem(const Item &item, const std::string &displacement, bool 
                       : base;
     loc.fixed = item.size;
     loc.length = cat(item.size);
-    if (item.anyLength) {
+    if (item.anyLength || !item.specialLength.empty()) {
         loc.fixed = -1;
-        loc.length = cat("N", item.number);
+        loc.length = item.anyLength ? cat("N", item.number) : item.specialLength;
     }
     if (item.hasDepending && !item.elementary() && !(item.depending && item.dependingItem == nullptr)) {
         const Item *table = lastDepending(item);

@@ -162,6 +162,12 @@ void Emitter::statement(const Statement &s)
     case K_INSPECT:
         inspectStatement(static_cast<const InspectStatement &>(s));
         break;
+    case K_PARSE:
+        xmlParse(static_cast<const XmlParseStatement &>(s));
+        break;
+    case K_XML:
+        xmlGenerate(static_cast<const XmlGenerateStatement &>(s));
+        break;
     case K_SEARCH:
         searchStatement(static_cast<const SearchStatement &>(s));
         break;
@@ -211,6 +217,10 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    if (p.usesXml) {
+        usesXml_ = true;
+        globals_ += cat("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
+    }
     if (!p.uses.empty())
         globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
@@ -461,6 +471,7 @@ std::string Emitter::emit()
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
+    if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
