@@ -304,8 +304,8 @@ void Emitter::procedures(Program &p)
         for (const Procedure &procedure : p.procedures)
             if (procedure.altered) globals_ += cat(procedure.segment, ",");
         globals_ += "};\n";
-        globals_ += cat("#define kvr_segment_", p.number, "(segment) _zvkcRfshUncond((segment), ", n, ", p", p.number,
-                        "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
+        globals_ += cat("#define kvr_segment_", p.number, "(segment) ", emits(Do::Segment), "((segment), ", n, ", p",
+                        p.number, "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
     } else {
         globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
     }
@@ -478,9 +478,10 @@ std::string Emitter::emit()
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
     if (options_.mainProgram && main != group_.programs.end()) {
         Program *first = *main;
-        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
+        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
                    options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
-        for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
+        for (size_t i = 0; i < first->parameters.size(); i++)
+            out += cat(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
         out += ") & 255;\n}\n";
     }
     return out;

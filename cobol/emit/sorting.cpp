@@ -121,8 +121,8 @@ void Emitter::sortStatement(const SortStatement &s)
         if (!loc.good()) return;
         std::string list;
         for (size_t i = 0; i < count; i++) list += cat(", &", name, "[", i, "]");
-        put(cat("_zvkcTSort(0, ", loc.address, ", ", table->size, ", (int32_t)", currentCount(*table), ", ", weights,
-                ", ", count, list, ");\n"));
+        put(cat(emits(Do::SortTable, Of::Table), "(0, ", loc.address, ", ", table->size, ", (int32_t)",
+                currentCount(*table), ", ", weights, ", ", count, list, ");\n"));
         return;
     }
     std::string rows;
@@ -167,7 +167,7 @@ void Emitter::sortStatement(const SortStatement &s)
     std::string rest =
         cat(", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n");
     put(cat(prefix, "sortReturn = 0;\n"));
-    put(cat("_zvkSortMerge(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
+    put(cat(emits(Do::Sort), "(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
     if (s.hasInput) {
         openBlock();
         performWay_ = "SORT INPUT";
@@ -178,7 +178,7 @@ void Emitter::sortStatement(const SortStatement &s)
         usingList = sortFiles(s.usingFiles), givingList = sortFiles(s.givingFiles);
         put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
                 "[2] = ZVK_SORT_STABLE;\n"));
-        put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
+        put(cat(emits(Do::Sort), "(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
                 givingList, ", ", eighth, ");\n"));
     }
     performWay_ = "PERFORM LOOP";
@@ -208,7 +208,7 @@ void Emitter::releaseStatement(const FileStatement &s)
         Loc loc = locate(*f->recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
-    put(cat(status, " = 0;\n_zvkRelease(", length, ", F", f->number, "->record, &", status, ");\n"));
+    put(cat(status, " = 0;\n", emits(Do::Release), "(", length, ", F", f->number, "->record, &", status, ");\n"));
     put(cat("if (", status, ") p", program_->number, "_sortReturn = (int16_t)", status, ";\n"));
 }
 
@@ -221,8 +221,8 @@ void Emitter::returnStatement(const FileStatement &s)
         return;
     }
     std::string status = temp("uint16_t"), length = temp("uint32_t");
-    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n_zvkReturn(&", length, ", F", f->number, "->record, &",
-            status, ");\n"));
+    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n", emits(Do::Return), "(&", length, ", F", f->number,
+            "->record, &", status, ");\n"));
     if (f->recordDepending) {
         Loc loc = locate(*f->recordDepending, true);
         if (loc.good()) {

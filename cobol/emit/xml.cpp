@@ -30,8 +30,8 @@ void Emitter::xmlParse(const XmlParseStatement &s)
     entryCases_ += cat("case -", site, ": x[", end, "] = ", site, "; goto p", from, ";\n");
     useReturns_ += cat("r", site, ": goto leave;\n");
     std::string failed = temp("int");
-    put(cat(failed, " = kvr_xml_parse(&p", program_->number, "_xml, p", program_->number, "_body, -", site, ", ",
-            document.address, ", ", document.length, ", ", codePage, ");\n"));
+    put(cat(failed, " = ", emits(Do::XmlParse, Of::Text), "(&p", program_->number, "_xml, p", program_->number,
+            "_body, -", site, ", ", document.address, ", ", document.length, ", ", codePage, ");\n"));
     phrases(s.exception, failed);
 }
 
@@ -248,9 +248,9 @@ void Emitter::xmlGenerate(const XmlGenerateStatement &s)
         text(s.nameSpace, "namespaceLength", "namespaceUri");
         text(s.prefix, "prefixLength", "prefix");
     }
-    put(cat(failed, " = kvr_xml_generate(&p", program_->number, "_xml, ", receiver.address, ", ", receiver.length, ", ",
-            base, ", ", prefix, "edited, ", depending, ", ", prefix, "nodes, ", constantBytes(walk.nameStream), ", ",
-            options, ", &", count, ");\n"));
+    put(cat(failed, " = ", emits(Do::XmlGenerate, Of::Text), "(&p", program_->number, "_xml, ", receiver.address, ", ",
+            receiver.length, ", ", base, ", ", prefix, "edited, ", depending, ", ", prefix, "nodes, ",
+            constantBytes(walk.nameStream), ", ", options, ", &", count, ");\n"));
     if (s.count) storeInteger(s.count, count);
     phrases(s.exception, failed);
 }
