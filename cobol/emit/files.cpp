@@ -142,19 +142,32 @@ void Emitter::fileRecords(Program &p)
         if (f->status) globals_ += cat("static uint8_t *I", n, "status;\n");
 
         // Keys
-        std::string keys;
-        size_t keyCount = 0;
-        auto key = [&](const Reference &ref, bool duplicates) {
+        std::string keys, moreParts;
+        size_t keyCount = 0, partCount = 0;
+        auto keyItem = [&](const Reference &ref) {
             Item *item = meaning_.resolve(p, ref);
+            if (item && item->file != f && recordOf(*item).file != f)
+                error(ref.at, "a key is an item of the file's record");
+            return item;
+        };
+        auto key = [&](const Reference &ref, const std::vector<Reference *> &parts, bool duplicates) {
+            Item *item = keyItem(parts.empty() ? ref : *parts[0]);
             if (!item) return;
-            if (item->file != f && recordOf(*item).file != f) error(ref.at, "a key is an item of the file's record");
-            keys += cat("{", item->size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
-                        ", {0, 0, 0}}, ");
+            size_t size = item->size;
+            for (size_t i = 1; i < parts.size(); ++i)
+                if (const Item *part = keyItem(*parts[i])) {
+                    size += part->size;
+                    moreParts += cat("{", part->size, ", ", part->offset, ", 0, {0, 0, 0}}, ");
+                }
+            bool split = parts.size() > 1;
+            keys += cat("{", size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
+                        split ? " | ZVK_FILE_KEY_PARTS" : "", ", {", split ? parts.size() - 1 : 0, ", 0, 0}}, ");
             keyCount++;
+            if (split) partCount += parts.size() - 1;
         };
         if (f->organization == K_INDEXED) {
-            if (f->recordKey) key(*f->recordKey, false);
-            for (const auto &alternate : f->alternateKeys) key(*alternate.item, alternate.duplicates);
+            if (f->recordKey) key(*f->recordKey, f->recordKeyParts, false);
+            for (const auto &alternate : f->alternateKeys) key(*alternate.item, alternate.parts, alternate.duplicates);
         }
         std::string linage;
         if (f->linage) {
@@ -164,7 +177,7 @@ void Emitter::fileRecords(Program &p)
             if (f->top) linage += " | ZVK_FILE_LINAGE_TOP";
             if (f->bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
         }
-        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount : 1,
+        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount + partCount : 1,
                                "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; }");
         globals_ += cat("typedef ", type, " T", n, ";\nstatic T", n, " I", n, " = {.fib = {\n");
         if (f->sharing || f->lockMode) {
@@ -187,7 +200,7 @@ void Emitter::fileRecords(Program &p)
                 ", keys), .relativeKeyOffset = offsetof(T", n, ", relative), .attributeOffset = offsetof(T", n,
                 ", attribute), .linageOffset = offsetof(T", n, ", linage),\n.recordArea = &A", n,
                 "cell, .assignment = N", n, f->status ? cat(", .statusBase = &I", n, "status") : "", "}",
-                keyCount ? cat(", .keys = {", keys, "}") : "", "};\n");
+                keyCount ? cat(", .keys = {", keys, moreParts, "}") : "", "};\n");
         std::string use = useTable(p, *f);
         globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", index,
                         ", .maxRecord = ", f->maxRecord, use == "0" ? "" : cat(", .useTable = ", use), "};\n");
@@ -408,9 +421,21 @@ int Emitter::keyNumber(const File &f, const Item &item, bool generic)
                        (key->offset == item.offset && (generic ? item.size <= key->size : item.size == key->size) &&
                         recordOf(item).file == &f));
     };
-    if (f.recordKey && is(*f.recordKey)) return 0;
+    if (f.recordKey && f.recordKeyParts.empty() && is(*f.recordKey)) return 0;
     for (size_t i = 0; i < f.alternateKeys.size(); i++)
-        if (is(*f.alternateKeys[i].item)) return static_cast<int>(i) + 1;
+        if (f.alternateKeys[i].parts.empty() && is(*f.alternateKeys[i].item)) return static_cast<int>(i) + 1;
+    return -1;
+}
+
+// The number of the split key of that name, which is no data item; -1: it is none.
+int Emitter::splitKeyNumber(const File &f, const Reference &ref)
+{
+    auto is = [&](const std::vector<Reference *> &parts, const Reference &key) {
+        return !parts.empty() && ref.names.size() == 1 && key.names[0] == ref.names[0];
+    };
+    if (f.recordKey && is(f.recordKeyParts, *f.recordKey)) return 0;
+    for (size_t i = 0; i < f.alternateKeys.size(); i++)
+        if (is(f.alternateKeys[i].parts, *f.alternateKeys[i].item)) return static_cast<int>(i) + 1;
     return -1;
 }
 
@@ -442,9 +467,10 @@ void Emitter::readStatement(const FileStatement &s)
     if (s.lock == K_NO) options += " | ZVK_REQUEST_NO_LOCK";
     if (s.lock == K_IGNORING) options += " | ZVK_REQUEST_IGNORE_LOCK";
     if (!sequential && s.key) {
-        Item *item = meaning_.resolve(*program_, *s.key);
-        if (!item) return;
-        int key = keyNumber(*f, *item, false);
+        int key = splitKeyNumber(*f, *s.key);
+        Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;
+        if (key < 0 && !item) return;
+        if (item) key = keyNumber(*f, *item, false);
         if (key < 0 && f->organization == K_INDEXED) {
             error(s.key->at, wordText(item->name) + " is no key of the file");
             return;
@@ -686,16 +712,19 @@ void Emitter::startStatement(const FileStatement &s)
     }
     put(cat(request, ".relation = ", relation, ";\n"));
     if (f->organization == K_INDEXED && s.key) {
-        Item *item = meaning_.resolve(*program_, *s.key);
-        if (!item) return;
-        int key = keyNumber(*f, *item, true);
+        int key = splitKeyNumber(*f, *s.key);
+        Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;
+        if (key < 0 && !item) return;
+        if (item) key = keyNumber(*f, *item, true);
         if (key < 0) {
             error(s.key->at, wordText(item->name) + " is no key of the file, and no beginning of one");
             return;
         }
-        put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item->size, ";\n"));
+        // 0: the whole of a split key
+        put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item ? item->size : 0, ";\n"));
         if (s.advancing) // START ... WITH LENGTH: no more than the key has
-            put(cat("if (", integer(s.advancing), " > 0 && ", integer(s.advancing), " < ", item->size, ") ", request,
+            put(cat("if (", integer(s.advancing), " > 0",
+                    item ? cat(" && ", integer(s.advancing), " < ", item->size) : std::string(), ") ", request,
                     ".keyLength = (uint32_t)", integer(s.advancing), ";\n"));
     }
     relativeKeyIn(*f, request);

@@ -122,7 +122,8 @@ int redoSlots(const char *name, const PartHead &part, const uint8_t *changes)
 int redoRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, bool erase, const uint8_t *bytes, uint32_t size)
 {
     bool refused = false;
-    MDB_val k = valueOf(erase ? bytes : keyIn(file, 0, bytes), file->keys[0].length), old;
+    KeyRoom room;
+    MDB_val k = valueOf(erase ? bytes : keyIn(file, 0, bytes, room), file->keys[0].length), old;
     int error = findInStore(file, txn, 0, k, &old);
     if (error && error != MDB_NOTFOUND) return error;
     if (erase) return error ? 0 : removeRecord(fcb, file, txn, old);

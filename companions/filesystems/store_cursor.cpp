@@ -1,8 +1,8 @@
 // Ways through a tree of a store: to a key, to an end, to the entry beside.
 //
-// The way from the root down to the entry is kept, so the next entry needs no search. A leaf that is
-// reached from beside is held whole and against the keys of its branches; one that is reached by a
-// search is when the search fails.
+// The way from the root down to the entry is kept, so the next entry needs no search. A leaf that
+// is reached from beside must be whole and have the keys that its branches say; one that a search
+// reached must when the search found nothing.
 #include <initializer_list>
 
 #include "companions/filesystems/store_page.h"

@@ -1,4 +1,5 @@
-// Is a page whole? Asked of pages that LMDB will change, and of those that say that a key is absent.
+// Is a page whole? Asked of pages that LMDB will change, and of those that say that a key is not
+// there.
 #include "companions/filesystems/store_page.h"
 
 namespace filesystems {
