@@ -70,17 +70,6 @@ struct Writer {
     }
 };
 
-void forceDirectory(const char *name)
-{
-    char folder[PATH_MAX];
-    const char *slash = strrchr(name, '/');
-    snprintf(folder, sizeof folder, "%.*s", slash ? static_cast<int>(slash - name + 1) : 2, slash ? name : "./");
-    int descriptor = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    fsync(descriptor);
-    close(descriptor);
-}
-
 // The content of a journal, or null: there is none that is complete, or `error` says why it cannot
 // be read.
 uint8_t *readJournal(int descriptor, Head *head, int *error)

@@ -354,6 +354,8 @@ void closeFile(FCB *fcb)
         failWithStore(fcb, error);
     else if (file->lost)
         fail(fcb, file->lost, fs2Lost);
+    else if (file->isNew && file->alone && trimStore(file->store, file->data, file->keyCount))
+        error = 0;
     else if (file->committed && (error = forceStore(file->store)))
         failWithStore(fcb, error);
     endFile(file);
