@@ -302,6 +302,7 @@ private:
     std::string useTable(Program &p, const File &f);
     void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
+    static int splitKeyNumber(const File &f, const Reference &ref);
 
     void sortStatement(const SortStatement &s);
     std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
