@@ -244,6 +244,21 @@ void Emitter::prepare(const File &f)
         put(cat("F", f.number, "->useTable = ", useTable(*program_, f), ";\n"));
 }
 
+// A sequential file with records of one length may come from another system, as records or as lines
+// without a header.
+bool Emitter::mayBeGiven(const File &f)
+{
+    return f.organization == K_SEQUENTIAL && !isPrinted(f) && f.minRecord == f.maxRecord && !f.external &&
+           f.device == 0;
+}
+
+void Emitter::openGiven(const File &f, bool probe)
+{
+    openGiven_ = true;
+    put(cat("kvr_open_given(F", f.number, ", p", f.program->number, "_element, &I", f.number, ".fib, ", probe ? 1 : 0,
+            ");\n"));
+}
+
 File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
 {
     if (s.wholeFile) {
@@ -307,7 +322,10 @@ void Emitter::openStatement(const OpenStatement &s)
                                                    : "ZVK_OPEN_EXTEND";
         put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
                 f->number, "->statement = 0;\n"));
-        put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
+        if ((part.mode != K_OUTPUT || f->readable) && mayBeGiven(*f))
+            openGiven(*f, false);
+        else
+            put(cat("F", f->number, "->open(F", f->number, ", p", f->program->number, "_element);\n"));
         if (part.reversed) {
             reversed_ = true;
             put(cat("kvr_open_reversed(F", f->number, ", p", f->program->number, "_element);\n"));

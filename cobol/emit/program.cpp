@@ -460,6 +460,7 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     out += "\n";

@@ -40,7 +40,7 @@ bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::st
 }
 
 // The record that lists files of USING or GIVING; its name.
-std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list)
+std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read)
 {
     std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
     size_t count = 0;
@@ -53,6 +53,10 @@ std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list)
         }
         prepare(*f);
         assignment(*f);
+        if (read && mayBeGiven(*f)) {
+            put(cat("F", f->number, "->requestedMode = ZVK_OPEN_INPUT; F", f->number, "->statement = 0;\n"));
+            openGiven(*f, true);
+        }
         if (codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
         put(cat(array, "[", count++, "] = F", f->number, ";\n"));
     }
@@ -160,7 +164,7 @@ void Emitter::sortStatement(const SortStatement &s)
         cat("static SortRecordDesc R", n, " = {.recordFormat = ", variable ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
             ", .recordLength = ", file->maxRecord, "};\n");
     globals_ += cat("static char Q", n, "[2];\n");
-    std::string usingList = sortFiles(s.usingFiles), givingList = sortFiles(s.givingFiles);
+    std::string usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
     std::string eighth = temp("uint64_t", "[3]");
     put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
             "[2] = ZVK_SORT_STABLE;\n"));
@@ -175,7 +179,7 @@ void Emitter::sortStatement(const SortStatement &s)
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have
         // jumped through the block.
-        usingList = sortFiles(s.usingFiles), givingList = sortFiles(s.givingFiles);
+        usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
         put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
                 "[2] = ZVK_SORT_STABLE;\n"));
         put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
