@@ -27,32 +27,11 @@ static const char *utilityOf(std::string_view name)
 {
     static const struct {
         const char *name, *routine;
-    } rows[] = {{"SYSTEM", "kvr_u_system"},
-                {"C$SYSTEM", "kvr_u_system"},
-                {"C$SLEEP", "kvr_u_sleep"},
-                {"C$TOUPPER", "kvr_u_upper"},
-                {"C$TOLOWER", "kvr_u_lower"},
-                {"C$DELETE", "kvr_u_delete_file"},
-                {"C$COPY", "kvr_u_copy_file"},
-                {"C$CHDIR", "kvr_u_change_dir"},
-                {"C$MAKEDIR", "kvr_u_create_dir"},
-                {"C$GETPID", "kvr_u_process"},
-                {"CBL_TOUPPER", "kvr_u_upper"},
-                {"CBL_TOLOWER", "kvr_u_lower"},
-                {"CBL_AND", "kvr_u_and"},
-                {"CBL_OR", "kvr_u_or"},
-                {"CBL_XOR", "kvr_u_xor"},
-                {"CBL_EQ", "kvr_u_eq"},
-                {"CBL_IMP", "kvr_u_imp"},
-                {"CBL_NOR", "kvr_u_nor"},
-                {"CBL_NOT", "kvr_u_not"},
-                {"CBL_DELETE_FILE", "kvr_u_delete_file"},
-                {"CBL_RENAME_FILE", "kvr_u_rename_file"},
-                {"CBL_COPY_FILE", "kvr_u_copy_file"},
-                {"CBL_CREATE_DIR", "kvr_u_create_dir"},
-                {"CBL_DELETE_DIR", "kvr_u_delete_dir"},
-                {"CBL_CHANGE_DIR", "kvr_u_change_dir"},
-                {"CBL_CHECK_FILE_EXIST", "kvr_u_check_file"}};
+    } rows[] = {
+#define KVR_UTILITY(name, routine) {name, #routine},
+#include "kvr2/kvrcob/utility_names.h"
+#undef KVR_UTILITY
+    };
     for (const auto &row : rows)
         if (name == row.name) return row.routine;
     return nullptr;
@@ -181,6 +160,13 @@ void Emitter::callStatement(const CallStatement &s)
         if (const char *utility = utilityOf(called)) {
             utilityArguments(s);
             put(cat(routine, " = (KvrProgram)kvr_utility(", bytesLiteral(called), ", (KvrUtility)", utility, ");\n"));
+        } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
+            // The item may name a utility, which needs to know more of its arguments.
+            put(cat(routine, " = (KvrProgram)kvr_utility_named(", name.address, ", ", name.length, ", p",
+                    program_->number, "_visible);\nif (", routine, ") {\n"));
+            utilityArguments(s);
+            put("} else {\n");
+            put(cat(routine, " = ", findProgram(target, phrases_), ";\n}\n"));
         } else if (!name.address.empty()) {
             put(cat(routine, " = ", findProgram(target, phrases_), ";\n"));
         }

@@ -282,6 +282,8 @@ private:
     void deleteStatement(const FileStatement &s);
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
+    bool programEndsSort();
+    void endSort();
     static bool mayBeGiven(const File &f);
     void openGiven(const File &f, bool probe);
     void retry(const FileStatement &s, const std::string &request);
@@ -350,6 +352,7 @@ private:
     std::string zeroFlag_;
     bool reversed_ = false;   // an OPEN REVERSED was emitted
     bool utilities_ = false;  // the CALL of a utility was emitted
+    int sortReturn_ = -1;     // the source names SORT-RETURN; -1: not looked yet
     bool deleteFile_ = false; // a DELETE FILE was emitted
     bool openGiven_ = false;  // an OPEN of a file that may be another system's
     bool debugs_ = false;     // USE FOR DEBUGGING is in force

@@ -211,6 +211,9 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    if (programEndsSort())
+        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
+                        p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (!p.uses.empty())
         globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);

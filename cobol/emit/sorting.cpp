@@ -1,6 +1,8 @@
 // SORT, MERGE, RELEASE, RETURN.
 #include "cobol/emit/emitter.h"
 
+#include <algorithm>
+
 namespace kvrcob {
 
 // A key as the engine wants it. False if there is no key of this kind.
@@ -171,6 +173,9 @@ void Emitter::sortStatement(const SortStatement &s)
     std::string rest =
         cat(", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n");
     put(cat(prefix, "sortReturn = 0;\n"));
+    const std::string after = label();
+    const bool mayEnd = (s.hasInput || s.hasOutput) && programEndsSort();
+    if (mayEnd) put(cat("memcpy(", prefix, "sortCells, x, sizeof x);\n", prefix, "sortEnd = &&", after, ";\n"));
     put(cat("_zvkSortMerge(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
     if (s.hasInput) {
         openBlock();
@@ -193,6 +198,26 @@ void Emitter::sortStatement(const SortStatement &s)
         closeBlock();
     }
     performWay_ = "PERFORM LOOP";
+    if (!mayEnd) return;
+    put(cat("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n",
+            "_zvkSortMerge(ZVK_SORT_FAILED", rest, "B", n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n"));
+}
+
+// Whether the program sets SORT-RETURN: 16 in an input or output procedure ends the SORT at the
+// next RELEASE or RETURN. The PERFORMs in hand end with it.
+bool Emitter::programEndsSort()
+{
+    if (sortReturn_ < 0)
+        sortReturn_ = std::any_of(group_.tokens.begin(), group_.tokens.end(),
+                                  [](const Token &token) { return token.word == K_SORT_RETURN; });
+    return sortReturn_ > 0;
+}
+
+void Emitter::endSort()
+{
+    if (programEndsSort())
+        put(cat("if (p", program_->number, "_sortReturn == 16 && p", program_->number, "_sortEnd) goto *p",
+                program_->number, "_sortEnd;\n"));
 }
 
 void Emitter::releaseStatement(const FileStatement &s)
@@ -212,6 +237,7 @@ void Emitter::releaseStatement(const FileStatement &s)
         Loc loc = locate(*f->recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
+    endSort();
     put(cat(status, " = 0;\n_zvkRelease(", length, ", F", f->number, "->record, &", status, ");\n"));
     put(cat("if (", status, ") p", program_->number, "_sortReturn = (int16_t)", status, ";\n"));
 }
@@ -225,6 +251,7 @@ void Emitter::returnStatement(const FileStatement &s)
         return;
     }
     std::string status = temp("uint16_t"), length = temp("uint32_t");
+    endSort();
     put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n_zvkReturn(&", length, ", F", f->number, "->record, &",
             status, ");\n"));
     if (f->recordDepending) {

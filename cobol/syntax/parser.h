@@ -214,6 +214,7 @@ private:
     Statement *searchStatement();
 
     Statement *notBuiltStatement();
+    void execBlock(Tok start);
     Statement *enterStatement();
     Statement *noteStatement();
     Statement *traceStatement();
