@@ -28,7 +28,10 @@ def without_comments(text):
 
 def rows():
     """The rows of the table: (macro, arguments), strings without their quotes."""
-    code = re.sub(r"^\s*#.*", "", without_comments(TABLE.read_text()), flags=re.M)
+    code = without_comments(TABLE.read_text())
+    code = re.sub(r'^#include "(.*)"', lambda other: without_comments((ROOT / "include" / other[1]).read_text()), code, flags=re.M)
+    code = re.sub(r"^KVR_UTILITY\((.*), (\w+)\)", r'UTILITY(\1, "\2")', code, flags=re.M)
+    code = re.sub(r"^\s*#.*", "", code, flags=re.M)
     for macro, arguments in re.findall(r'^(\w+)\(((?:"(?:[^"\\]|\\.)*"|[^")])*)\)', code, re.M):
         yield macro, [a.strip().strip('"') if not a.strip() == '""' else "" for a in
                       re.findall(r'\s*("(?:[^"\\]|\\.)*"|[^",]+)\s*(?:,|$)', arguments)]

@@ -288,6 +288,10 @@ private:
     void deleteStatement(const FileStatement &s);
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
+    bool programEndsSort();
+    void endSort();
+    static bool mayBeGiven(const File &f);
+    void openGiven(const File &f, bool probe);
     void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
@@ -305,7 +309,7 @@ private:
     static int splitKeyNumber(const File &f, const Reference &ref);
 
     void sortStatement(const SortStatement &s);
-    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
+    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
@@ -414,7 +418,9 @@ private:
     bool reversed_ = false;   // an OPEN REVERSED was emitted
     bool usesXml_ = false;    // a program has XML PARSE or XML GENERATE
     bool utilities_ = false;  // the CALL of a utility was emitted
+    int sortReturn_ = -1;     // the source names SORT-RETURN; -1: not looked yet
     bool deleteFile_ = false; // a DELETE FILE was emitted
+    bool openGiven_ = false;  // an OPEN of a file that may be another system's
     bool debugs_ = false;     // USE FOR DEBUGGING is in force
     bool anyChange_ = false;  // every reference counts as one that may change the item
     Tok statementAt_ = 0;

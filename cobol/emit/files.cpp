@@ -338,6 +338,10 @@ void Emitter::deleteStatement(const FileStatement &s)
         error(s.fileAt, "a sort file is not deleted");
         return;
     }
+    if (f->organization != K_INDEXED && f->organization != K_RELATIVE) {
+        error(s.fileAt, "DELETE goes with an indexed or a relative file");
+        return;
+    }
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     if (f->access != K_SEQUENTIAL) {
@@ -357,6 +361,10 @@ void Emitter::startStatement(const FileStatement &s)
 {
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
+    if (f->organization != K_INDEXED && f->organization != K_RELATIVE) {
+        error(s.fileAt, "START goes with an indexed or a relative file");
+        return;
+    }
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     const char *relation = s.relation == '='             ? "ZVK_RELATION_EQUAL"

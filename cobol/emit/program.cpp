@@ -221,6 +221,9 @@ void Emitter::storage(Program &p)
         usesXml_ = true;
         globals_ += cat("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
     }
+    if (programEndsSort())
+        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
+                        p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (!p.uses.empty())
         globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
@@ -470,6 +473,7 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
     if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";

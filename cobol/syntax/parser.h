@@ -219,6 +219,7 @@ private:
     Statement *xmlGenerate();
 
     Statement *notBuiltStatement();
+    void execBlock(Tok start);
     Statement *enterStatement();
     Statement *noteStatement();
     Statement *traceStatement();

@@ -682,6 +682,7 @@ struct Program {
 struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
+    bool embedded = false; // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
 
