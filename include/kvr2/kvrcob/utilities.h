@@ -221,7 +221,6 @@ KVR_SHARED KvrUtility kvr_utility_named(const uint8_t *name, int64_t length, con
     } rows[] = {
 #define KVR_UTILITY(name, routine) {name, (KvrUtility)routine},
 #include "kvr2/kvrcob/utility_names.h"
-#undef KVR_UTILITY
     };
     char text[161];
     int64_t n, i;

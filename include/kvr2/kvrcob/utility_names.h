@@ -2,6 +2,10 @@
  * The names of the utilities, and the routines of kvr2/kvrcob/utilities.h that they are. For
  * inclusion where KVR_UTILITY (name, routine) says what becomes of a row; so there is no guard.
  */
+#ifndef KVR_UTILITY
+#define KVR_UTILITY(name, routine)
+#endif
+
 KVR_UTILITY("SYSTEM", kvr_u_system)
 KVR_UTILITY("C$SYSTEM", kvr_u_system)
 KVR_UTILITY("C$SLEEP", kvr_u_sleep)
@@ -28,3 +32,5 @@ KVR_UTILITY("CBL_CREATE_DIR", kvr_u_create_dir)
 KVR_UTILITY("CBL_DELETE_DIR", kvr_u_delete_dir)
 KVR_UTILITY("CBL_CHANGE_DIR", kvr_u_change_dir)
 KVR_UTILITY("CBL_CHECK_FILE_EXIST", kvr_u_check_file)
+
+#undef KVR_UTILITY
