@@ -22,21 +22,6 @@ Program *Emitter::visibleProgram(Program &from, Word name)
     return nullptr;
 }
 
-// The utilities of kvr2/kvrcob/utilities.h, and the C functions that they are.
-static const char *utilityOf(std::string_view name)
-{
-    static const struct {
-        const char *name, *routine;
-    } rows[] = {
-#define KVR_UTILITY(name, routine) {name, #routine},
-#include "kvr2/kvrcob/utility_names.h"
-#undef KVR_UTILITY
-    };
-    for (const auto &row : rows)
-        if (name == row.name) return row.routine;
-    return nullptr;
-}
-
 // A utility gets, besides its arguments, a table of where they are, how long they are and what
 // number they hold.
 void Emitter::utilityArguments(const CallStatement &s)
@@ -78,7 +63,7 @@ void Emitter::callStatement(const CallStatement &s)
                 Loc loc = locate(*e->ref);
                 if (!loc.good()) return;
                 if (loc.item->category == Category::Pointer)
-                    a = cat("kvr_get_u8(", loc.address, ")");
+                    a = cat(emits(Do::Load, Of::Pointer), "(", loc.address, ")");
                 else if (loc.item->usage == Usage::Double || loc.item->usage == Usage::Float)
                     a = itemNumber(loc).text;
                 else if (isNumericItem(*loc.item) && !loc.refmod)
@@ -114,8 +99,8 @@ void Emitter::callStatement(const CallStatement &s)
                     std::string copy = tempBytes(loc.fixed ? loc.fixed : 1);
                     a = cat("memcpy(", copy, ", ", loc.address, ", ", loc.fixed, ")");
                 } else {
-                    a = cat("kvr_copy(__builtin_alloca((size_t)", loc.length, "), ", loc.address, ", ", loc.length,
-                            ")");
+                    a = cat(emits(Do::Content, Of::Text), "(__builtin_alloca((size_t)", loc.length, "), ", loc.address,
+                            ", ", loc.length, ")");
                 }
             } else {
                 a = loc.address;
@@ -131,7 +116,7 @@ void Emitter::callStatement(const CallStatement &s)
             Text t = text(e);
             if (!t.good) return;
             std::string copy = tempBytes((t.fixed > 0 ? t.fixed : 256) + 1);
-            a = cat("kvr_copy(", copy, ", ", t.address, ", ", t.length, ")");
+            a = cat(emits(Do::Content, Of::Text), "(", copy, ", ", t.address, ", ", t.length, ")");
         }
         arguments += cat(arguments.empty() ? "" : ", ", a);
     }
@@ -152,19 +137,21 @@ void Emitter::callStatement(const CallStatement &s)
         if (target->kind == ExprKind::Reference) {
             Loc loc = locate(*target->ref);
             if (loc.good() && loc.item->category == Category::Pointer) {
-                put(cat(routine, " = (KvrProgram)(intptr_t)kvr_get_u8(", loc.address, ");\n"));
+                put(cat(routine, " = (KvrProgram)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ");\n"));
                 name.address.clear();
             }
         }
         const std::string called = target->kind == ExprKind::String ? wordText(internWord(target->text)) : "";
-        if (const char *utility = utilityOf(called)) {
+        if (const char *utility = emitsUtility(called)) {
             utilityArguments(s);
-            put(cat(routine, " = (KvrProgram)kvr_utility(", bytesLiteral(called), ", (KvrUtility)", utility, ");\n"));
+            put(cat(routine, " = (KvrProgram)", emits(Do::Utility), "(", bytesLiteral(called), ", (KvrUtility)",
+                    utility, ");\n"));
         } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
             // The item may name a utility, which needs to know more of its arguments.
-            put(cat(routine, " = (KvrProgram)kvr_utility_named(", name.address, ", ", name.length, ", p",
-                    program_->number, "_visible);\nif (", routine, ") {\n"));
+            put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", p",
+                    program_->number, "_visible, kvr_utilities);\nif (", routine, ") {\n"));
             utilityArguments(s);
+            utilityNames_ = true;
             put("} else {\n");
             put(cat(routine, " = ", findProgram(target, phrases_), ";\n}\n"));
         } else if (!name.address.empty()) {
@@ -179,7 +166,8 @@ void Emitter::callStatement(const CallStatement &s)
         Loc loc = locate(*s.returning, true);
         if (loc.good()) {
             if (loc.item->category == Category::Pointer) {
-                put(cat("kvr_put_8(", loc.address, ", (int64_t)((uint8_t *(*)())", routine, ")(", arguments, "));\n"));
+                put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)((uint8_t *(*)())",
+                        routine, ")(", arguments, "));\n"));
             } else if (isNumericItem(*loc.item)) {
                 std::string t = temp("int64_t");
                 // A C function may return an int, and the upper half of the register is anything
@@ -212,8 +200,8 @@ std::string Emitter::findProgram(const Expr *name, bool exception)
 {
     Text t = text(name, true);
     if (!t.good) return "0";
-    return cat("kvr_find_program(", t.address, ", ", t.length, ", &p", program_->number, "_pcb, p", program_->number,
-               "_visible, ", exception ? 1 : 0, ")");
+    return cat(emits(Do::Call, Of::Text), "(", t.address, ", ", t.length, ", &p", program_->number, "_pcb, p",
+               program_->number, "_visible, ", exception ? 1 : 0, ")");
 }
 
 // ENTRY: a further way into the program's function. Control that comes from above passes by.
@@ -276,8 +264,8 @@ void Emitter::cancelStatement(const CancelStatement &s)
         }
         Text name = text(target, true);
         if (!name.good) continue;
-        put(cat("kvr_cancel(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p", program_->number,
-                "_visible);\n"));
+        put(cat(emits(Do::Cancel, Of::Text), "(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p",
+                program_->number, "_visible);\n"));
     }
 }
 

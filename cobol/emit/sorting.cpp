@@ -127,8 +127,8 @@ void Emitter::sortStatement(const SortStatement &s)
         if (!loc.good()) return;
         std::string list;
         for (size_t i = 0; i < count; i++) list += cat(", &", name, "[", i, "]");
-        put(cat("_zvkcTSort(0, ", loc.address, ", ", table->size, ", (int32_t)", currentCount(*table), ", ", weights,
-                ", ", count, list, ");\n"));
+        put(cat(emits(Do::SortTable, Of::Table), "(0, ", loc.address, ", ", table->size, ", (int32_t)",
+                currentCount(*table), ", ", weights, ", ", count, list, ");\n"));
         return;
     }
     std::string rows;
@@ -176,7 +176,7 @@ void Emitter::sortStatement(const SortStatement &s)
     const std::string after = label();
     const bool mayEnd = (s.hasInput || s.hasOutput) && programEndsSort();
     if (mayEnd) put(cat("memcpy(", prefix, "sortCells, x, sizeof x);\n", prefix, "sortEnd = &&", after, ";\n"));
-    put(cat("_zvkSortMerge(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
+    put(cat(emits(Do::Sort), "(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
     if (s.hasInput) {
         openBlock();
         performWay_ = "SORT INPUT";
@@ -187,7 +187,7 @@ void Emitter::sortStatement(const SortStatement &s)
         usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
         put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
                 "[2] = ZVK_SORT_STABLE;\n"));
-        put(cat("_zvkSortMerge(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
+        put(cat(emits(Do::Sort), "(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
                 givingList, ", ", eighth, ");\n"));
     }
     performWay_ = "PERFORM LOOP";
@@ -200,7 +200,7 @@ void Emitter::sortStatement(const SortStatement &s)
     performWay_ = "PERFORM LOOP";
     if (!mayEnd) return;
     put(cat("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n",
-            "_zvkSortMerge(ZVK_SORT_FAILED", rest, "B", n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n"));
+            emits(Do::Sort), "(ZVK_SORT_FAILED", rest, "B", n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n"));
 }
 
 // Whether the program sets SORT-RETURN: 16 in an input or output procedure ends the SORT at the
@@ -238,7 +238,7 @@ void Emitter::releaseStatement(const FileStatement &s)
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
     endSort();
-    put(cat(status, " = 0;\n_zvkRelease(", length, ", F", f->number, "->record, &", status, ");\n"));
+    put(cat(status, " = 0;\n", emits(Do::Release), "(", length, ", F", f->number, "->record, &", status, ");\n"));
     put(cat("if (", status, ") p", program_->number, "_sortReturn = (int16_t)", status, ";\n"));
 }
 
@@ -252,8 +252,8 @@ void Emitter::returnStatement(const FileStatement &s)
     }
     std::string status = temp("uint16_t"), length = temp("uint32_t");
     endSort();
-    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n_zvkReturn(&", length, ", F", f->number, "->record, &",
-            status, ");\n"));
+    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n", emits(Do::Return), "(&", length, ", F", f->number,
+            "->record, &", status, ");\n"));
     if (f->recordDepending) {
         Loc loc = locate(*f->recordDepending, true);
         if (loc.good()) {
