@@ -346,7 +346,8 @@ std::string hashOf(const std::vector<std::string> &parts)
     return text;
 }
 
-// A compilation overwrites none of its sources, and says before its work that a result has no place.
+// A compilation overwrites none of its sources, and says before its work that a result has no
+// place.
 bool outputsHavePlaces(const Options &o, const std::vector<std::string> &outputs)
 {
     for (const std::string &output : outputs) {
