@@ -14,7 +14,7 @@ struct FileProgram::Records {
     PCB pcb{};
     struct {
         FIB fib{};
-        FileKey keys[255]{};
+        FileKey keys[filesystems::kMostKeys + filesystems::kMostKeyParts]{};
     } laidOut;
     FCB fcb{};
     FCB *fcbCell = &fcb;
@@ -44,7 +44,7 @@ FileProgram::FileProgram(const std::string &name, const Shape &shape, bool rando
     fib.maxRecord = fcb_->maxRecord = shape.longest;
     fib.minRecord = shape.shortest;
     fib.keyCount = static_cast<uint32_t>(shape.keys.size());
-    for (size_t i = 0; i < shape.keys.size() && i < 255; ++i) all_->laidOut.keys[i] = shape.keys[i];
+    layOutKeys(shape, all_->laidOut.keys, filesystems::kMostKeys + filesystems::kMostKeyParts);
     fib.keysOffset =
         static_cast<uint32_t>(reinterpret_cast<uint8_t *>(all_->laidOut.keys) - reinterpret_cast<uint8_t *>(&fib));
     strcpy(fib.name, "FILE");

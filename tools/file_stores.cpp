@@ -60,19 +60,14 @@ bool takeApart(const StoredHeader &header, std::string_view stored, std::vector<
     if (size) memcpy(numbers->data(), stored.data(), size);
     *record = stored.substr(size, stored.size() - around);
     for (uint32_t key = 0; key < header.keyCount; ++key)
-        if (uint64_t(header.keys[key].position) + header.keys[key].length > record->size()) return false;
+        if (filesystems::endOfKey(header.keys[key], header.parts) > record->size()) return false;
     return true;
-}
-
-std::string_view keyIn(const StoredHeader &header, uint32_t key, std::string_view record)
-{
-    return record.substr(header.keys[key].position, header.keys[key].length);
 }
 
 std::string entryOf(const StoredHeader &header, uint32_t key, std::string_view record,
                     const std::vector<uint64_t> &numbers)
 {
-    std::string entry(keyIn(header, key, record));
+    std::string entry = keyIn(header, key, record);
     size_t n = 0;
     for (uint32_t before = 1; before < key; ++before) n += hasDuplicates(header, before);
     if (!hasDuplicates(header, key) || n >= numbers.size()) return entry;
@@ -642,7 +637,7 @@ int runKeysAdd(const Arguments &arguments)
     StoredHeaderFile file;
     StorePages pages;
     auto trees = std::make_unique<Tree[]>(filesystems::kMostKeys);
-    if (arguments.shape.keys.empty()) return say("say which: --key=POSITION:LENGTH[:d]"), kUsage;
+    if (arguments.shape.keys.empty()) return say("say which: --key=POSITION:LENGTH[,POSITION:LENGTH...][:d]"), kUsage;
     if (!openOwned(owned, path, &file, &pages, trees.get())) return kFailed;
     StoredHeader old = file.header();
     if (!(old.organization & ZVK_FILE_INDEXED)) return say("%s: it is no indexed file", path.c_str()), kFailed;
@@ -650,13 +645,17 @@ int runKeysAdd(const Arguments &arguments)
     std::vector<int> from;
     for (size_t key = 0; key < wanted.keys.size(); ++key) from.push_back(static_cast<int>(key));
     for (const FileKey &key : arguments.shape.keys) {
-        if (uint64_t(key.position) + key.length > wanted.longest || key.length > filesystems::kLongestKey)
-            return say("%s: the key does not fit its records", path.c_str()), kFailed;
         wanted.keys.push_back(key);
         from.push_back(-1);
     }
+    wanted.parts.insert(wanted.parts.end(), arguments.shape.parts.begin(), arguments.shape.parts.end());
     if (wanted.keys.size() > filesystems::kMostKeys) return say("%s: too many keys", path.c_str()), kFailed;
-    return changeKeys(path, owned, old, pages, trees.get(), headerOf(wanted), from);
+    StoredHeader header = headerOf(wanted);
+    for (uint32_t key = old.keyCount; key < header.keyCount; ++key)
+        if (header.keys[key].length > filesystems::kLongestKey ||
+            !filesystems::keyMakesSense(header.keys[key], header.parts, header.longest))
+            return say("%s: the key does not fit its records", path.c_str()), kFailed;
+    return changeKeys(path, owned, old, pages, trees.get(), header, from);
 }
 
 int runKeysDrop(const Arguments &arguments)
@@ -676,6 +675,9 @@ int runKeysDrop(const Arguments &arguments)
     std::vector<int> from;
     for (size_t key = 0; key < wanted.keys.size(); ++key)
         if (key != number) from.push_back(static_cast<int>(key));
+    long before = 0; // parts of the keys before it
+    for (size_t key = 0; key < number; ++key) before += wanted.keys[key].reserved[0];
+    wanted.parts.erase(wanted.parts.begin() + before, wanted.parts.begin() + before + wanted.keys[number].reserved[0]);
     wanted.keys.erase(wanted.keys.begin() + static_cast<long>(number));
     return changeKeys(path, owned, old, pages, trees.get(), headerOf(wanted), from);
 }

@@ -181,10 +181,11 @@ int runCopy(const Arguments &arguments)
     if (arguments.shapeGiven) {
         target.organization = arguments.shape.organization;
         target.keys = arguments.shape.keys;
+        target.parts = arguments.shape.parts;
         if (arguments.shape.longest)
             target.longest = arguments.shape.longest, target.shortest = arguments.shape.shortest;
     }
-    if (!stored) target.organization = 0, target.keys.clear();
+    if (!stored) target.organization = 0, target.keys.clear(), target.parts.clear();
     if (prefix == "wbr" || prefix == "raw") target.shortest = target.longest;
     if (target.indexed() != !target.keys.empty())
         return say("an indexed file needs --key, and no other file has one"), kUsage;

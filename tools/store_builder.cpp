@@ -107,14 +107,13 @@ int StoreBuilder::nextNumber(uint32_t key, std::string_view value, uint64_t *num
 
 StoreBuilder::Added StoreBuilder::add(std::string_view record, const std::vector<uint64_t> &numbers)
 {
-    auto valueIn = [&](uint32_t key) { return record.substr(header_.keys[key].position, header_.keys[key].length); };
     for (uint32_t key = 0; key < header_.keyCount; ++key)
-        if (uint64_t(header_.keys[key].position) + header_.keys[key].length > record.size()) return Added::refused;
+        if (filesystems::endOfKey(header_.keys[key], header_.parts) > record.size()) return Added::refused;
     std::vector<std::string> entries(header_.keyCount);
     stored_.clear();
     size_t n = 0;
     for (uint32_t key = 0; key < header_.keyCount; ++key) {
-        entries[key] = valueIn(key);
+        entries[key] = keyIn(header_, key, record);
         if (!key || !hasDuplicates(header_.keys[key])) continue;
         uint64_t number = n < numbers.size() ? numbers[n] : 0;
         ++n;

@@ -5,7 +5,8 @@
 //   operands.cpp         where an operand is: addresses, subscripts, lengths, texts
 //   numbers.cpp          arithmetic expressions; conversions.cpp, stores.cpp: the ways of a number
 //   conditions.cpp       relations, class tests, condition-names
-//   functions.cpp        intrinsic functions, the same by kinds in *_functions.cpp; user_functions.cpp
+//   functions.cpp        intrinsic functions; by kinds in *_functions.cpp, FUNCTION-IDs in
+//                        user_functions.cpp
 //   file_records.cpp     what the run time is told of each file
 //   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp opening.cpp files.cpp sorting.cpp
 //   strings.cpp searching.cpp xml.cpp  the statements
@@ -305,6 +306,7 @@ private:
     std::string useTable(Program &p, const File &f);
     void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
+    static int splitKeyNumber(const File &f, const Reference &ref);
 
     void sortStatement(const SortStatement &s);
     std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);

@@ -1,7 +1,7 @@
 // Intrinsic functions: from the name to what emits it.
 //
-// syntax/functions.cpp says of each function what comes out and how many arguments go in; the tables
-// here, which routine of *_functions.cpp emits it; statement_table.def, what that is.
+// syntax/functions.cpp says of each function what comes out and how many arguments go in; the
+// tables here, which routine of *_functions.cpp emits it; statement_table.def, what that is.
 #include "cobol/syntax/functions.h"
 #include "cobol/emit/emitter.h"
 

@@ -562,7 +562,9 @@ struct File {
     struct AlternateKey {
         Reference *item;
         bool duplicates;
+        std::vector<Reference *> parts; // of a split key, whose name is no data item
     };
+    std::vector<Reference *> recordKeyParts;
     std::vector<AlternateKey> alternateKeys;
     Word lockMode = 0; // K_MANUAL, K_AUTOMATIC, K_EXCLUSIVE
     bool lockMultiple = false;

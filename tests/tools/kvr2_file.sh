@@ -94,6 +94,26 @@ expect "$(status "$tool" keys add -k 7:4 f)" 1; "$tool" verify f >/dev/null
 expect "$(status "$tool" keys drop f 0)" 2
 "$tool" keys add -k 7:4:d -k 11:5 f
 
+# Keys of several parts: group and id, then the end of the number and the group.
+"$tool" keys add -k 7:4,1:6 --parts 14:2,7:4:d f
+"$tool" info f | grep -q 'bytes 7 to 10 and 1 to 6,' || fail "info of a split key"
+"$tool" info f | grep -q 'bytes 14 to 15 and 7 to 10, duplicates,' || fail "info of a split key with duplicates"
+by_group() { sort -s -k1.7,1.10 -k1.1,1.6 sorted.txt; }
+by_end() { sort -s -k1.14,1.15 -k1.7,1.10 sorted.txt; } # equal ones as in the file
+last=$(("$("$tool" info f | grep -c '  key ')" - 1))
+"$tool" dump -o $((last - 1)) f 2>/dev/null >out.txt; by_group >want.txt; same out.txt want.txt
+"$tool" dump -o $last f 2>/dev/null >out.txt; by_end >want.txt; same out.txt want.txt
+"$tool" copy f splits 2>/dev/null; "$tool" compact splits 2>/dev/null; "$tool" rebuild splits splits2 2>/dev/null
+"$tool" verify f splits splits2 >/dev/null
+"$tool" dump -o $((last - 1)) splits2 2>/dev/null >out.txt; by_group >want.txt; same out.txt want.txt
+"$tool" keys drop f $((last - 1)); "$tool" verify f >/dev/null
+"$tool" dump -o $((last - 1)) f 2>/dev/null >out.txt; by_end >want.txt; same out.txt want.txt
+"$tool" keys drop f $((last - 1))
+for wrong in 7:4, ,7:4 7:4,0:1 7:4,50:2 7:4,4294967297:1 7:4,1:6:x; do
+    [ "$(status "$tool" keys add -k $wrong f)" != 0 ] || fail "the key $wrong was taken"
+done
+"$tool" verify f >/dev/null
+
 # A change of keys that was interrupted after the store was renamed.
 "$tool" backup f half; cp half half.kvr2-new
 "$tool" backup f other; "$tool" keys drop other 1
