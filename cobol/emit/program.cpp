@@ -217,13 +217,13 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    if (programEndsSort())
+        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
+                        p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (p.usesXml) {
         usesXml_ = true;
         globals_ += cat("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
     }
-    if (programEndsSort())
-        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
-                        p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (!p.uses.empty())
         globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
@@ -477,6 +477,7 @@ std::string Emitter::emit()
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
     if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
+    if (utilityNames_) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });

@@ -127,8 +127,8 @@ Statement *Parser::notBuiltStatement()
     return s;
 }
 
-// EXEC SQL ... END-EXEC, of any division; now() is after EXEC. What it would have declared is
-// missed no more.
+// EXEC SQL ... END-EXEC, of any division; now() is after EXEC. Nobody is told of names that it
+// would have declared.
 void Parser::execBlock(Tok start)
 {
     std::string phrase = "EXEC";
