@@ -110,13 +110,14 @@ bool copyIndexed(const std::string &from, const std::string &to, const struct st
 int runBackup(const Arguments &arguments)
 {
     std::string name = arguments.names[0], from = pathOf(name), to = pathOf(arguments.names[1]);
-    struct stat about, other;
+    struct stat about;
     if (stat(from.c_str(), &about) != 0) return failed(from, errno), kFailed;
     if (!S_ISREG(about.st_mode)) return say("%s: it is no regular file", from.c_str()), kFailed;
-    if (stat(to.c_str(), &other) == 0 && other.st_dev == about.st_dev && other.st_ino == about.st_ino)
-        return say("%s and %s are the same file", from.c_str(), to.c_str()), kUsage;
+    if (isSameFile(from, to)) return kUsage;
     if (!arguments.force && access(to.c_str(), F_OK) == 0)
         return say("%s: it exists; --force writes over it", to.c_str()), kFailed;
+    OwnedFile old(to); // what is written over is nobody else's
+    if (struct stat there; stat(to.c_str(), &there) == 0 && S_ISREG(there.st_mode) && !old.take()) return kFailed;
     StoredHeaderFile header;
     bool known = header.read(from);
     if (!known && header.isStored()) return say("%s: %s", from.c_str(), header.reason()), kFailed;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/share_locks.h"
 #include "tools/file_program.h"
@@ -500,10 +501,15 @@ int runRebuild(const Arguments &arguments)
     if (!headerToSalvage(path, arguments, &header)) return kFailed;
     if (!arguments.force && access(to.c_str(), F_OK) == 0)
         return say("%s: it exists; --force writes over it", to.c_str()), kFailed;
+    if (isSameFile(path, to)) return kUsage;
+    char room[PATH_MAX];
+    if (const char *itself = filesystems::resolvedName(to.c_str(), room)) to = itself;
     Salvage salvage;
     bool good;
     if (header.organization & ZVK_FILE_INDEXED) {
         StoreBuilder builder;
+        OwnedFile old(to); // what is written over is nobody else's
+        if (access(to.c_str(), F_OK) == 0 && !old.take()) return kFailed;
         unlink((to + ".mdb-lock").c_str());
         good = builder.create(to, header) && salvageIndexed(header, path, builder, &salvage) && builder.finish();
     } else if (header.organization & ZVK_FILE_RELATIVE) {
