@@ -94,12 +94,12 @@ bool copyIndexed(const std::string &from, const std::string &to, const struct st
     Copy pages(to + ".mdb", store.st_mode);
     if (pages.descriptor < 0) return false;
     MDB_env *env = nullptr;
-    int error = mdb_env_create(&env);
-    if (!error) mdb_env_set_maxreaders(env, filesystems::kMostReaders);
-    if (!error) mdb_env_set_mapsize(env, filesystems::mapSize());
-    if (!error) error = mdb_env_open(env, storeName.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY, 0666);
+    int guard, error = openStoreToRead(from, &env, &guard);
     if (!error) error = mdb_env_copyfd(env, pages.descriptor);
     if (env) mdb_env_close(env);
+    if (guard >= 0) ::close(guard);
+    if (error == EBUSY)
+        return say("%s: a program is writing it, and its lock file may not be used", from.c_str()), false;
     if (error) return say("%s: %s", storeName.c_str(), mdb_strerror(error)), false;
     // The store is there before the file that leads to it.
     return pages.force() && pages.name(to + ".mdb") && copyPlain(from, to, about);

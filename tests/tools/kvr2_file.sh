@@ -133,6 +133,25 @@ for name in folder pipe loop absent; do
     [ $name = absent ] || expect "$(status timeout 20 "$tool" backup -f f $name)" "$([ $name = folder ] && echo 1 || echo 0)"
 done
 
+# A user who may read only: no lock file can be used, and nothing may be made.
+nobody=(setpriv --reuid 65534 --regid 65534 --clear-groups)
+chmod 755 .
+if [ "$(id -u)" = 0 ] && "${nobody[@]}" "$tool" --version >/dev/null 2>&1; then
+    "$tool" backup f foreign
+    for command in "info foreign" "verify foreign" "dump foreign"; do
+        expect "$(status "${nobody[@]}" "$tool" $command)" 0
+        [ ! -s err ] || [ "$command" = "dump foreign" ] || fail "$command: $(cat err)"
+    done
+    mkdir -m 777 open; expect "$(status "${nobody[@]}" "$tool" backup foreign open/f)" 0; "$tool" verify open/f >/dev/null
+    for command in "compact foreign" "keys drop foreign 1" "backup foreign made" "rebuild foreign made" "load foreign in.txt"; do
+        expect "$(status "${nobody[@]}" "$tool" $command)" 1; grep -q 'Permission denied' err || fail "$command: $(cat err)"
+    done
+    [ ! -e made ] && [ ! -e foreign.mdb-lock ] || fail "something was made"
+    "$tool" verify foreign >/dev/null
+else
+    echo "not run: what a user without rights is told (needs root and setpriv)"
+fi
+
 # A change of keys that was interrupted after the store was renamed.
 "$tool" backup f half; cp half half.kvr2-new
 "$tool" backup f other; "$tool" keys drop other 1
