@@ -2,8 +2,8 @@
 //
 // A line cannot be taken out of the middle of a text file. DELETE remembers where it lies, and
 // CLOSE makes a copy of the file without the lines that were deleted, as NAME.kvr2-lines, and
-// renames it to the file. So a program that is killed before has deleted nothing, one that reads the file
-// meanwhile reads the old one to its end, and no moment shows half of it.
+// renames it to the file. So a program that is killed before has deleted nothing, one that reads
+// the file meanwhile reads the old one to its end, and no moment shows half of it.
 //
 // What would hinder that is found by the first DELETE, which makes the copy's file, with the owner
 // and the mode of the old one: a folder that takes no file, another user's file, a file of several
