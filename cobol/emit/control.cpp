@@ -151,7 +151,7 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
 
 // ---- PERFORM
 
-static size_t lastOf(const Program &p, size_t index)
+size_t lastOf(const Program &p, size_t index)
 {
     // A section ends with its last paragraph.
     if (!p.procedures[index].isSection) return index;
@@ -334,7 +334,7 @@ void Emitter::goStatement(const GoStatement &s)
             error(s.at, "GO TO without a paragraph needs an ALTER that sets it");
             return;
         }
-        put("kvr_unaltered();\n");
+        put(cat(emits(Do::Unaltered), "();\n"));
         return;
     }
     jump(s.targets[0]);
@@ -391,11 +391,11 @@ void Emitter::exitStatement(const ExitStatement &s)
         leaveProgram(true);
         break;
     case ExitStatement::StopRun:
-        put(cat("_zvkRunUnitTerm(", code, " & 255);\n"));
+        put(cat(emits(Do::StopRun), "(", code, " & 255);\n"));
         break;
     case ExitStatement::StopLiteral: {
         Text t = text(s.value);
-        put(cat("_zvkcStopLiteral(", t.length, ", ", t.address, ");\n"));
+        put(cat(emits(Do::StopLiteral, Of::Text), "(", t.length, ", ", t.address, ");\n"));
         break;
     }
     case ExitStatement::Perform:

@@ -1,10 +1,15 @@
 // The emitter: trees to C. One file a group of statements, as in syntax/:
 //
-//   program.cpp the C file: storage, records of the run time, prologue and epilogue, paragraphs
-//   operands.cpp where an operand is: addresses, subscripts, lengths, texts numbers.cpp arithmetic
-//   expressions and the storing of numbers conditions.cpp relations, class tests, condition-names
-//   functions.cpp intrinsic functions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp
-//   files.cpp sorting.cpp strings.cpp searching.cpp statements
+//   statement_table.def  what is emitted for which statement and operands: the names are here only
+//   program.cpp          the C file: storage, prologue and epilogue of each program, paragraphs
+//   operands.cpp         where an operand is: addresses, subscripts, lengths, texts
+//   numbers.cpp          arithmetic expressions; conversions.cpp, stores.cpp: the ways of a number
+//   conditions.cpp       relations, class tests, condition-names
+//   functions.cpp        intrinsic functions; by kinds in *_functions.cpp, FUNCTION-IDs in
+//                        user_functions.cpp
+//   file_records.cpp     what the run time is told of each file
+//   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp opening.cpp files.cpp sorting.cpp
+//   strings.cpp searching.cpp xml.cpp  the statements
 //
 // What is emitted for an operand is always a C expression; a statement may use it once.
 // Intermediate results live in temporaries, which are declared at the start of the statement's
@@ -15,6 +20,7 @@
 #include <set>
 #include <type_traits>
 
+#include "cobol/emit/statement_table.h"
 #include "cobol/meaning/names.h"
 
 namespace kvrcob {
@@ -282,6 +288,10 @@ private:
     void deleteStatement(const FileStatement &s);
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
+    bool programEndsSort();
+    void endSort();
+    static bool mayBeGiven(const File &f);
+    void openGiven(const File &f, bool probe);
     void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
@@ -299,7 +309,7 @@ private:
     static int splitKeyNumber(const File &f, const Reference &ref);
 
     void sortStatement(const SortStatement &s);
-    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
+    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
@@ -312,6 +322,10 @@ private:
     void storeInteger(Reference *target, const std::string &c);
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
+    void xmlParse(const XmlParseStatement &s);
+    void xmlGenerate(const XmlGenerateStatement &s);
+    friend struct XmlWalk;
+
     void searchStatement(const SearchStatement &s);
     struct SearchPair {
         const Item *key;
@@ -320,7 +334,19 @@ private:
     bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
     bool searchByLibrary(const SearchStatement &s, const Item &table);
 
-    // ---- functions.cpp
+    // ---- functions.cpp, user_functions.cpp, *_functions.cpp
+    // The call of an intrinsic function, and the text that one leaves.
+    struct FunctionCall {
+        const Expr *e = nullptr;
+        std::string name;
+        std::vector<const Expr *> args; // with what ALL stands for
+        bool guarded = false;           // some arguments may not exist at run time
+        int wantScale = -1;             // decimal places that a quotient needs
+    };
+    struct FunctionText {
+        std::string address, length; // temporaries
+        int64_t fixed = -1;
+    };
     Program *userFunction(const Expr *e);
     const Item *resultOf(Program &function);
     bool callFunction(const Expr *e, Loc &result);
@@ -328,6 +354,48 @@ private:
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);
     void expandAll(const Expr *e, std::vector<const Expr *> &out);
+    bool functionCall(const Expr *e, FunctionCall &f);
+    std::string guardOf(const FunctionCall &f, size_t i);
+
+    Num absolute(const FunctionCall &f);
+    Num algebraicLimit(const FunctionCall &f);
+    Num annuity(const FunctionCall &f);
+    Num combinedDatetime(const FunctionCall &f);
+    Num dateOfInteger(const FunctionCall &f);
+    Num extreme(const FunctionCall &f);
+    Num factorial(const FunctionCall &f);
+    Num floatConstant(const FunctionCall &f);
+    Num floatFunction(const FunctionCall &f);
+    Num floatOfText(const FunctionCall &f);
+    Num integerPart(const FunctionCall &f);
+    Num numberOfText(const FunctionCall &f);
+    Num ofFormatted(const FunctionCall &f);
+    Num ordinal(const FunctionCall &f);
+    Num placeOfExtremeText(const FunctionCall &f);
+    Num random(const FunctionCall &f);
+    Num remainder(const FunctionCall &f);
+    Num secondsPastMidnight(const FunctionCall &f);
+    Num sign(const FunctionCall &f);
+    Num statistic(const FunctionCall &f);
+    Num storedLength(const FunctionCall &f);
+    Num sum(const FunctionCall &f);
+    Num testDate(const FunctionCall &f);
+    Num testFloatOfText(const FunctionCall &f);
+    Num textLength(const FunctionCall &f);
+    Num windowed(const FunctionCall &f);
+
+    bool bitsOf(const FunctionCall &f, FunctionText &result);
+    bool changedText(const FunctionCall &f, FunctionText &result);
+    bool charOf(const FunctionCall &f, FunctionText &result);
+    bool concatenated(const FunctionCall &f, FunctionText &result);
+    bool dateText(const FunctionCall &f, FunctionText &result);
+    bool extremeText(const FunctionCall &f, FunctionText &result);
+    bool formatted(const FunctionCall &f, FunctionText &result);
+    bool hexOf(const FunctionCall &f, FunctionText &result);
+    bool moduleId(const FunctionCall &f, FunctionText &result);
+    bool substituted(const FunctionCall &f, FunctionText &result);
+    bool textOfDigits(const FunctionCall &f, FunctionText &result);
+    bool trimmed(const FunctionCall &f, FunctionText &result);
 
     Meaning &meaning_;
     Group &group_;
@@ -348,8 +416,11 @@ private:
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
     bool reversed_ = false;   // an OPEN REVERSED was emitted
+    bool usesXml_ = false;    // a program has XML PARSE or XML GENERATE
     bool utilities_ = false;  // the CALL of a utility was emitted
+    int sortReturn_ = -1;     // the source names SORT-RETURN; -1: not looked yet
     bool deleteFile_ = false; // a DELETE FILE was emitted
+    bool openGiven_ = false;  // an OPEN of a file that may be another system's
     bool debugs_ = false;     // USE FOR DEBUGGING is in force
     bool anyChange_ = false;  // every reference counts as one that may change the item
     Tok statementAt_ = 0;
@@ -388,8 +459,26 @@ std::string cat(const Parts &...parts)
     return out;
 }
 
+// A verb's routine in an FCB: the field's name, with the arrow before it.
+inline std::string_view slot(std::string_view text) { return text.substr(text.find("->")); }
+
+// A sequential file that is printed, and so a file of lines.
+bool isPrinted(const File &f);
+
+// The class of a zoned item.
+inline Of zonedOf(SignForm form)
+{
+    return static_cast<Of>(static_cast<int>(Of::ZonedUnsigned) + static_cast<int>(form));
+}
+
+// The relation that a token stands for.
+Do relationOf(uint32_t op);
+
 // The character that a figurative constant repeats, in the native order.
 uint8_t figurativeByte(uint32_t op);
+
+// The index of the last paragraph of a range that ends with this procedure (control.cpp).
+size_t lastOf(const Program &p, size_t index);
 
 // The item with its record (level 01 or 77).
 inline const Item &recordOf(const Item &item)

@@ -162,6 +162,12 @@ void Emitter::statement(const Statement &s)
     case K_INSPECT:
         inspectStatement(static_cast<const InspectStatement &>(s));
         break;
+    case K_PARSE:
+        xmlParse(static_cast<const XmlParseStatement &>(s));
+        break;
+    case K_XML:
+        xmlGenerate(static_cast<const XmlGenerateStatement &>(s));
+        break;
     case K_SEARCH:
         searchStatement(static_cast<const SearchStatement &>(s));
         break;
@@ -211,6 +217,13 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    if (p.usesXml) {
+        usesXml_ = true;
+        globals_ += cat("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
+    }
+    if (programEndsSort())
+        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
+                        p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (!p.uses.empty())
         globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
@@ -294,8 +307,8 @@ void Emitter::procedures(Program &p)
         for (const Procedure &procedure : p.procedures)
             if (procedure.altered) globals_ += cat(procedure.segment, ",");
         globals_ += "};\n";
-        globals_ += cat("#define kvr_segment_", p.number, "(segment) _zvkcRfshUncond((segment), ", n, ", p", p.number,
-                        "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
+        globals_ += cat("#define kvr_segment_", p.number, "(segment) ", emits(Do::Segment), "((segment), ", n, ", p",
+                        p.number, "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
     } else {
         globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
     }
@@ -460,16 +473,19 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
+    if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     out += "\n";
     out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
     if (options_.mainProgram && main != group_.programs.end()) {
         Program *first = *main;
-        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\nkvr_main(argc, argv, ",
+        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
                    options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
-        for (size_t i = 0; i < first->parameters.size(); i++) out += cat(i ? ", " : "", "kvr_parameter(", i, ")");
+        for (size_t i = 0; i < first->parameters.size(); i++)
+            out += cat(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
         out += ") & 255;\n}\n";
     }
     return out;

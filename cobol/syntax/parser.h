@@ -5,7 +5,7 @@
 //   SPECIAL-NAMES, SELECT data_division.cpp FD, data descriptions procedure_division.cpp sections,
 //   paragraphs, sentences, the table of verbs expressions.cpp identifiers, arithmetic expressions,
 //   conditions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp
-//   strings.cpp searching.cpp statements
+//   strings.cpp searching.cpp xml.cpp statements
 //
 // After an error the parser is in panic: it says no more until the next verb, period or header.
 #pragma once
@@ -214,7 +214,12 @@ private:
 
     Statement *searchStatement();
 
+    Statement *xmlStatement();
+    Statement *xmlParse();
+    Statement *xmlGenerate();
+
     Statement *notBuiltStatement();
+    void execBlock(Tok start);
     Statement *enterStatement();
     Statement *noteStatement();
     Statement *traceStatement();

@@ -212,4 +212,27 @@ KVR_INLINE KvrUtility kvr_utility(const char *name, KvrUtility utility)
     return own ? (KvrUtility)(intptr_t)own : utility;
 }
 
+/* The utility that an item names, unless a program of that name can be reached, or null. */
+KVR_SHARED KvrUtility kvr_utility_named(const uint8_t *name, int64_t length, const KvrVisible *visible)
+{
+    static const struct {
+        const char *name;
+        KvrUtility routine;
+    } rows[] = {
+#define KVR_UTILITY(name, routine) {name, (KvrUtility)routine},
+#include "kvr2/kvrcob/utility_names.h"
+#undef KVR_UTILITY
+    };
+    char text[161];
+    int64_t n, i;
+    if (length < 1 || !memchr("SCsc", name[0], 4)) return 0;
+    n = kvr_program_name(name, length, text);
+    for (i = 0; i < n; i++) text[i] = (char)(text[i] >= 'a' && text[i] <= 'z' ? text[i] - 32 : text[i]);
+    for (i = 0; i < (int64_t)(sizeof rows / sizeof rows[0]) && strcmp(rows[i].name, text) != 0; i++) continue;
+    if (i == (int64_t)(sizeof rows / sizeof rows[0])) return 0;
+    for (; visible->name; visible++)
+        if (strcmp(visible->name, text) == 0) return 0;
+    return dlsym(RTLD_DEFAULT, text) ? 0 : rows[i].routine;
+}
+
 #endif
