@@ -1,13 +1,16 @@
-// Environment variables. To nearly all of the library a variable that is empty is one that is not
-// set; the few places that tell the two apart call getenv themselves and say so.
+// Environment variables. The library asks for them here and nowhere else.
 #pragma once
 
 #include <cstdlib>
 
+// The value, also an empty one; null where the variable is not set. To nearly all of the library a
+// variable that is empty is one that is not set: the others are for that.
+inline const char *environmentValue(const char *name) { return getenv(name); }
+
 // The value, or null where the variable is not set or empty.
 inline const char *environmentText(const char *name)
 {
-    const char *value = getenv(name);
+    const char *value = environmentValue(name);
     return value && *value ? value : nullptr;
 }
 

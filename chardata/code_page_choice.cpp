@@ -7,6 +7,7 @@
 //     "de_DE@euro"       becomes "de_DE.ISO-8859-15", the code set asked of the C library
 //     "C"                becomes "en_US.ISO8859-1"
 #include "chardata/code_page_choice.h"
+#include "base/environment.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -108,7 +109,7 @@ void chooseFromProcess(CodePageChoice &choice)
 {
     const char *locale = zvkSetLocale(LC_CTYPE, "");
     if (!locale) locale = zvkLocaleName(LC_CTYPE);
-    zvkChooseCodePages(locale ? locale : "C", nl_langinfo(CODESET), getenv("EBCDIC_CODEPAGE"), choice);
+    zvkChooseCodePages(locale ? locale : "C", nl_langinfo(CODESET), environmentValue("EBCDIC_CODEPAGE"), choice);
 }
 
 } // namespace

@@ -4,11 +4,11 @@
 // comparison sees the rest of the array as it is at that moment. So the order of two bytes can
 // depend on what follows them, and with bytes that sort together only by what follows it does.
 // Compiled programs have this order in their indexes: it is to stay.
-#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <pthread.h>
 
+#include "frame/locale/locale_handles.h"
 #include "frame/locks.h"
 #include "kvr2/conditions.h"
 
@@ -33,13 +33,13 @@ public:
     SingleByteCollation()
     {
         if (MB_CUR_MAX < 2) return;
-        const char *current = setlocale(LC_COLLATE, nullptr);
+        const char *current = zvkLocaleName(LC_COLLATE);
         saved_ = current ? strdup(current) : nullptr;
-        setlocale(LC_COLLATE, "en_US");
+        zvkSetLocale(LC_COLLATE, "en_US");
     }
     ~SingleByteCollation()
     {
-        if (saved_) setlocale(LC_COLLATE, saved_);
+        if (saved_) zvkSetLocale(LC_COLLATE, saved_);
         free(saved_);
     }
     SingleByteCollation(const SingleByteCollation &) = delete;

@@ -264,8 +264,8 @@ void zvkChooseByFile(FCB *fcb)
 void zvkAdaptName(FCB *fcb)
 {
     if (fcb->code == kHdk && !underServerRoot(fcb->fileName)) {
-        const char *server = getenv("TXMN_TK_HDK_SERVER");
-        if (!server || !*server) {
+        const char *server = environmentText("TXMN_TK_HDK_SERVER");
+        if (!server) {
             fputs("HDK shortname usage requires setting:\n`export TXMN_TK_HDK_SERVER=/.:/txmn/hdk/<server>`\n", stderr);
             fcb->code = kNoFileSystem;
             zvkSetStatus(fcb, 96, 2);

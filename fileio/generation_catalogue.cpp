@@ -108,19 +108,19 @@ bool homeDirectory(const GdgContext *context, char (&directory)[1024])
     int length;
     if (home)
         length = snprintf(root, sizeof root, "%s", home);
-    else if ((home = getenv("HOME")))
+    else if ((home = environmentValue("HOME")))
         length = snprintf(root, sizeof root, "%s/gdg/", home);
     else
         return false;
     if (length < 0 || static_cast<size_t>(length) >= sizeof root) return false;
     if (context->fsCode == kGdgHdk) {
-        const char *server = getenv("TXMN_TK_HDK_SERVER");
+        const char *server = environmentValue("TXMN_TK_HDK_SERVER");
         Split split;
         if (!server || !splitName(server, split)) return false;
         const char *last = strrchr(split.directory, '/');
         length = snprintf(directory, sizeof directory, "%s/%s/%s", root, fileSystem, last ? last + 1 : split.directory);
     } else if (context->fsCode == kGdgRql) {
-        const char *instance = getenv("RQLINSTANCE"), *database = getenv("RQLDBDFT");
+        const char *instance = environmentValue("RQLINSTANCE"), *database = environmentValue("RQLDBDFT");
         if (!instance) return false;
         length = snprintf(directory, sizeof directory, "%s/%s/%s%s%s", root, fileSystem, instance, database ? "/" : "",
                           database ? database : "");

@@ -3,9 +3,9 @@
 // Byte by byte by the process's locale; the tables of the C library are what tolower and toupper
 // look at.
 #include <cctype>
-#include <clocale>
 
 #include "base/signed_length.h"
+#include "frame/locale/locale_handles.h"
 #include "kvr2/conditions.h"
 
 namespace {
@@ -27,13 +27,13 @@ void changeAsciiCase(uint8_t first, int32_t length, const uint8_t *source, uint8
 
 void toLower(int32_t length, const uint8_t *source, uint8_t *destination)
 {
-    if (!setlocale(LC_CTYPE, nullptr)) return changeAsciiCase('A', length, source, destination);
+    if (!zvkLocaleName(LC_CTYPE)) return changeAsciiCase('A', length, source, destination);
     changeCase(*__ctype_tolower_loc(), length, source, destination);
 }
 
 void toUpper(int32_t length, const uint8_t *source, uint8_t *destination)
 {
-    if (!setlocale(LC_CTYPE, nullptr)) return changeAsciiCase('a', length, source, destination);
+    if (!zvkLocaleName(LC_CTYPE)) return changeAsciiCase('a', length, source, destination);
     changeCase(*__ctype_toupper_loc(), length, source, destination);
 }
 

@@ -22,42 +22,6 @@ Program *Emitter::visibleProgram(Program &from, Word name)
     return nullptr;
 }
 
-// The utilities of kvr2/kvrcob/utilities.h, and the C functions that they are.
-static const char *utilityOf(std::string_view name)
-{
-    static const struct {
-        const char *name, *routine;
-    } rows[] = {{"SYSTEM", "kvr_u_system"},
-                {"C$SYSTEM", "kvr_u_system"},
-                {"C$SLEEP", "kvr_u_sleep"},
-                {"C$TOUPPER", "kvr_u_upper"},
-                {"C$TOLOWER", "kvr_u_lower"},
-                {"C$DELETE", "kvr_u_delete_file"},
-                {"C$COPY", "kvr_u_copy_file"},
-                {"C$CHDIR", "kvr_u_change_dir"},
-                {"C$MAKEDIR", "kvr_u_create_dir"},
-                {"C$GETPID", "kvr_u_process"},
-                {"CBL_TOUPPER", "kvr_u_upper"},
-                {"CBL_TOLOWER", "kvr_u_lower"},
-                {"CBL_AND", "kvr_u_and"},
-                {"CBL_OR", "kvr_u_or"},
-                {"CBL_XOR", "kvr_u_xor"},
-                {"CBL_EQ", "kvr_u_eq"},
-                {"CBL_IMP", "kvr_u_imp"},
-                {"CBL_NOR", "kvr_u_nor"},
-                {"CBL_NOT", "kvr_u_not"},
-                {"CBL_DELETE_FILE", "kvr_u_delete_file"},
-                {"CBL_RENAME_FILE", "kvr_u_rename_file"},
-                {"CBL_COPY_FILE", "kvr_u_copy_file"},
-                {"CBL_CREATE_DIR", "kvr_u_create_dir"},
-                {"CBL_DELETE_DIR", "kvr_u_delete_dir"},
-                {"CBL_CHANGE_DIR", "kvr_u_change_dir"},
-                {"CBL_CHECK_FILE_EXIST", "kvr_u_check_file"}};
-    for (const auto &row : rows)
-        if (name == row.name) return row.routine;
-    return nullptr;
-}
-
 // A utility gets, besides its arguments, a table of where they are, how long they are and what
 // number they hold.
 void Emitter::utilityArguments(const CallStatement &s)
@@ -99,7 +63,7 @@ void Emitter::callStatement(const CallStatement &s)
                 Loc loc = locate(*e->ref);
                 if (!loc.good()) return;
                 if (loc.item->category == Category::Pointer)
-                    a = cat("kvr_get_u8(", loc.address, ")");
+                    a = cat(emits(Do::Load, Of::Pointer), "(", loc.address, ")");
                 else if (loc.item->usage == Usage::Double || loc.item->usage == Usage::Float)
                     a = itemNumber(loc).text;
                 else if (isNumericItem(*loc.item) && !loc.refmod)
@@ -135,8 +99,8 @@ void Emitter::callStatement(const CallStatement &s)
                     std::string copy = tempBytes(loc.fixed ? loc.fixed : 1);
                     a = cat("memcpy(", copy, ", ", loc.address, ", ", loc.fixed, ")");
                 } else {
-                    a = cat("kvr_copy(__builtin_alloca((size_t)", loc.length, "), ", loc.address, ", ", loc.length,
-                            ")");
+                    a = cat(emits(Do::Content, Of::Text), "(__builtin_alloca((size_t)", loc.length, "), ", loc.address,
+                            ", ", loc.length, ")");
                 }
             } else {
                 a = loc.address;
@@ -152,7 +116,7 @@ void Emitter::callStatement(const CallStatement &s)
             Text t = text(e);
             if (!t.good) return;
             std::string copy = tempBytes((t.fixed > 0 ? t.fixed : 256) + 1);
-            a = cat("kvr_copy(", copy, ", ", t.address, ", ", t.length, ")");
+            a = cat(emits(Do::Content, Of::Text), "(", copy, ", ", t.address, ", ", t.length, ")");
         }
         arguments += cat(arguments.empty() ? "" : ", ", a);
     }
@@ -173,14 +137,23 @@ void Emitter::callStatement(const CallStatement &s)
         if (target->kind == ExprKind::Reference) {
             Loc loc = locate(*target->ref);
             if (loc.good() && loc.item->category == Category::Pointer) {
-                put(cat(routine, " = (KvrProgram)(intptr_t)kvr_get_u8(", loc.address, ");\n"));
+                put(cat(routine, " = (KvrProgram)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ");\n"));
                 name.address.clear();
             }
         }
         const std::string called = target->kind == ExprKind::String ? wordText(internWord(target->text)) : "";
-        if (const char *utility = utilityOf(called)) {
+        if (const char *utility = emitsUtility(called)) {
             utilityArguments(s);
-            put(cat(routine, " = (KvrProgram)kvr_utility(", bytesLiteral(called), ", (KvrUtility)", utility, ");\n"));
+            put(cat(routine, " = (KvrProgram)", emits(Do::Utility), "(", bytesLiteral(called), ", (KvrUtility)",
+                    utility, ");\n"));
+        } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
+            // The item may name a utility, which needs to know more of its arguments.
+            put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", p",
+                    program_->number, "_visible, kvr_utilities);\nif (", routine, ") {\n"));
+            utilityArguments(s);
+            utilityNames_ = true;
+            put("} else {\n");
+            put(cat(routine, " = ", findProgram(target, phrases_), ";\n}\n"));
         } else if (!name.address.empty()) {
             put(cat(routine, " = ", findProgram(target, phrases_), ";\n"));
         }
@@ -193,7 +166,8 @@ void Emitter::callStatement(const CallStatement &s)
         Loc loc = locate(*s.returning, true);
         if (loc.good()) {
             if (loc.item->category == Category::Pointer) {
-                put(cat("kvr_put_8(", loc.address, ", (int64_t)((uint8_t *(*)())", routine, ")(", arguments, "));\n"));
+                put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)((uint8_t *(*)())",
+                        routine, ")(", arguments, "));\n"));
             } else if (isNumericItem(*loc.item)) {
                 std::string t = temp("int64_t");
                 // A C function may return an int, and the upper half of the register is anything
@@ -226,8 +200,8 @@ std::string Emitter::findProgram(const Expr *name, bool exception)
 {
     Text t = text(name, true);
     if (!t.good) return "0";
-    return cat("kvr_find_program(", t.address, ", ", t.length, ", &p", program_->number, "_pcb, p", program_->number,
-               "_visible, ", exception ? 1 : 0, ")");
+    return cat(emits(Do::Call, Of::Text), "(", t.address, ", ", t.length, ", &p", program_->number, "_pcb, p",
+               program_->number, "_visible, ", exception ? 1 : 0, ")");
 }
 
 // ENTRY: a further way into the program's function. Control that comes from above passes by.
@@ -290,8 +264,8 @@ void Emitter::cancelStatement(const CancelStatement &s)
         }
         Text name = text(target, true);
         if (!name.good) continue;
-        put(cat("kvr_cancel(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p", program_->number,
-                "_visible);\n"));
+        put(cat(emits(Do::Cancel, Of::Text), "(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p",
+                program_->number, "_visible);\n"));
     }
 }
 

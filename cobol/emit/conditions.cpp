@@ -102,15 +102,18 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
     }
 }
 
-static const char *signOf(uint32_t op)
+// The relation that a token stands for.
+Do relationOf(uint32_t op)
 {
-    return op == '='             ? "=="
-           : op == '<'           ? "<"
-           : op == '>'           ? ">"
-           : op == kLessEqual    ? "<="
-           : op == kGreaterEqual ? ">="
-                                 : "!=";
+    return op == '='             ? Do::Equal
+           : op == '<'           ? Do::Less
+           : op == '>'           ? Do::Greater
+           : op == kLessEqual    ? Do::LessEqual
+           : op == kGreaterEqual ? Do::GreaterEqual
+                                 : Do::NotEqual;
 }
+
+static const char *signOf(uint32_t op) { return emitsFor(relationOf(op), Of::Integer, Of::Integer); }
 
 static uint32_t swapped(uint32_t op)
 {
@@ -138,21 +141,25 @@ std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
     }
     std::string call;
     if (!weights.empty())
-        call = cat("_zvkcCmpACS(", a.address, ", (int32_t)", a.length, ", ", b.address, ", ",
-                   b.kind != Text::Bytes ? "-" : "", "(int32_t)", b.length, ", ", weights, ")");
+        call = cat(emits(Do::CompareAlphabet, Of::Text, Of::Text), "(", a.address, ", (int32_t)", a.length, ", ",
+                   b.address, ", ", b.kind != Text::Bytes ? "-" : "", "(int32_t)", b.length, ", ", weights, ")");
     else if (b.kind == Text::Figurative)
-        call = cat("_zvkcCmpToPad(", a.address, ", ", static_cast<int>(b.fill), ", (int32_t)", a.length, ")");
+        call = cat(emits(Do::Compare, Of::Text, Of::Figurative), "(", a.address, ", ", static_cast<int>(b.fill),
+                   ", (int32_t)", a.length, ")");
     else if (b.kind == Text::All)
-        call = cat("_zvkcCmpMultiByteFig(", a.address, ", (int32_t)", a.length, ", ", b.address, ", (int32_t)",
-                   b.length, ")");
+        call = cat(emits(Do::Compare, Of::Text, Of::AllLiteral), "(", a.address, ", (int32_t)", a.length, ", ",
+                   b.address, ", (int32_t)", b.length, ")");
     else if (a.fixed >= 0 && b.isLiteral && b.fixed < a.fixed && a.fixed <= 256)
-        call = cat("memcmp(", a.address, ", ", constantBytes(padded(b.bytes, a.fixed)), ", ", a.fixed, ")");
+        call = cat(emits(Do::Compare, Of::Equal, Of::Equal), "(", a.address, ", ",
+                   constantBytes(padded(b.bytes, a.fixed)), ", ", a.fixed, ")");
     else if (b.fixed >= 0 && a.isLiteral && a.fixed < b.fixed && b.fixed <= 256)
-        call = cat("memcmp(", constantBytes(padded(a.bytes, b.fixed)), ", ", b.address, ", ", b.fixed, ")");
+        call = cat(emits(Do::Compare, Of::Equal, Of::Equal), "(", constantBytes(padded(a.bytes, b.fixed)), ", ",
+                   b.address, ", ", b.fixed, ")");
     else if (a.fixed >= 0 && a.fixed == b.fixed)
-        call = cat("memcmp(", a.address, ", ", b.address, ", ", a.fixed, ")");
+        call = cat(emits(Do::Compare, Of::Equal, Of::Equal), "(", a.address, ", ", b.address, ", ", a.fixed, ")");
     else
-        call = cat("kvr_compare(", a.address, ", ", a.length, ", ", b.address, ", ", b.length, ")");
+        call = cat(emits(Do::Compare, Of::Text, Of::Text), "(", a.address, ", ", a.length, ", ", b.address, ", ",
+                   b.length, ")");
     return cat("(", call, " ", signOf(op), " 0)");
 }
 
@@ -179,7 +186,8 @@ std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
         auto address = [&](const Expr *e) -> std::string {
             if (e->kind == ExprKind::Figurative && e->op == K_NULL) return "0";
             if (e->kind == ExprKind::AddressOf) return cat("(int64_t)(intptr_t)(", locate(*e->ref).address, ")");
-            if (e->kind == ExprKind::Reference) return cat("(int64_t)kvr_get_u8(", locate(*e->ref).address, ")");
+            if (e->kind == ExprKind::Reference)
+                return cat("(int64_t)", emits(Do::Load, Of::Pointer), "(", locate(*e->ref).address, ")");
             error(e->at, "a pointer is needed here");
             return "0";
         };
@@ -295,17 +303,18 @@ std::string Emitter::classTest(const Expr *e)
         const Item &item = *loc.item;
         if (!loc.refmod && item.category == Category::Numeric) {
             if (item.usage == Usage::Packed)
-                test =
-                    cat("kvr_is_packed(", loc.address, ", ", item.picture.digits, ", ", item.picture.sign ? 1 : 0, ")");
+                test = cat(emits(Do::IsNumeric, Of::Packed), "(", loc.address, ", ", item.picture.digits, ", ",
+                           item.picture.sign ? 1 : 0, ")");
             else if (item.usage == Usage::Display && item.signForm == SignForm::None)
-                test = cat("_zvkcClasUserDef(", loc.address, ", ", item.picture.digits, ", kvr_digits)");
+                test = cat(emits(Do::IsNumeric, Of::ZonedUnsigned), "(", loc.address, ", ", item.picture.digits,
+                           ", kvr_digits)");
             else if (item.usage == Usage::Display)
-                test = cat("kvr_is_zoned(", loc.address, ", ", item.picture.digits, ", ",
+                test = cat(emits(Do::IsNumeric, Of::ZonedTrailing), "(", loc.address, ", ", item.picture.digits, ", ",
                            static_cast<int>(item.signForm), ")");
             else
                 test = "1";
         } else {
-            test = cat("_zvkcClasUserDef(", loc.address, ", (int32_t)", loc.length, ", kvr_digits)");
+            test = cat(emits(Do::IsNumeric, Of::Text), "(", loc.address, ", (int32_t)", loc.length, ", kvr_digits)");
         }
         return cat(bang, test);
     }
@@ -313,16 +322,17 @@ std::string Emitter::classTest(const Expr *e)
     if (!t.good) return "0";
     switch (e->op) {
     case K_NUMERIC:
-        test = cat("(", t.length, " > 0 && _zvkcClasUserDef(", t.address, ", (int32_t)", t.length, ", kvr_digits))");
+        test = cat("(", t.length, " > 0 && ", emits(Do::IsNumeric, Of::Text), "(", t.address, ", (int32_t)", t.length,
+                   ", kvr_digits))");
         break;
     case K_ALPHABETIC:
-        test = cat("_zvkcClasAlpha(", t.address, ", (int32_t)", t.length, ")");
+        test = cat(emits(Do::IsAlphabetic, Of::Text), "(", t.address, ", (int32_t)", t.length, ")");
         break;
     case K_ALPHABETIC_LOWER:
-        test = cat("_zvkcClasAlphaLower(", t.address, ", (int32_t)", t.length, ")");
+        test = cat(emits(Do::IsLower, Of::Text), "(", t.address, ", (int32_t)", t.length, ")");
         break;
     case K_ALPHABETIC_UPPER:
-        test = cat("_zvkcClasAlphaUpper(", t.address, ", (int32_t)", t.length, ")");
+        test = cat(emits(Do::IsUpper, Of::Text), "(", t.address, ", (int32_t)", t.length, ")");
         break;
     default: {
         const UserClass *c = meaning_.userClass(*program_, e->op);
@@ -330,7 +340,7 @@ std::string Emitter::classTest(const Expr *e)
             error(e->at, "there is no class " + wordText(e->op));
             return "0";
         }
-        test = cat("_zvkcClasUserDef(", t.address, ", (int32_t)", t.length, ", class", c->number, ")");
+        test = cat(emits(Do::IsOfClass, Of::Text), "(", t.address, ", (int32_t)", t.length, ", class", c->number, ")");
     }
     }
     return cat(bang, test);

@@ -17,9 +17,9 @@ void Emitter::displayStatement(const DisplayStatement &s)
         const std::string &text = wordText(name);
         if (name == K_ENVIRONMENT) { // SET ENVIRONMENT name TO value
             Text variable = this->text(s.items[0], true);
-            put(cat("kvr_environment_name(", variable.address, ", ", variable.length, ");\n"));
+            put(cat(emits(Do::DisplayEnvironmentName, Of::Text), "(", variable.address, ", ", variable.length, ");\n"));
             Text value = this->text(s.items[1], true);
-            put(cat("kvr_environment_value(", value.address, ", ", value.length, ");\n"));
+            put(cat(emits(Do::DisplayEnvironmentValue, Of::Text), "(", value.address, ", ", value.length, ");\n"));
             return;
         }
         if (text == "CONSOLE" || text == "CRT" || text == "TERMINAL")
@@ -35,8 +35,9 @@ void Emitter::displayStatement(const DisplayStatement &s)
                  text == "COMMAND-LINE") {
             if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE") {
                 Text t = this->text(s.items[0], true);
-                put(cat(text == "ENVIRONMENT-NAME" ? "kvr_environment_name(" : "kvr_environment_value(", t.address,
-                        ", ", t.length, ");\n"));
+                put(cat(text == "ENVIRONMENT-NAME" ? emits(Do::DisplayEnvironmentName, Of::Text)
+                                                   : emits(Do::DisplayEnvironmentValue, Of::Text),
+                        "(", t.address, ", ", t.length, ");\n"));
                 return;
             }
             if (text == "ARGUMENT-NUMBER") {
@@ -80,7 +81,7 @@ void Emitter::displayStatement(const DisplayStatement &s)
                 if (!n.good()) return;
                 if (n.kind == Num::Float) {
                     std::string buffer = tempBytes(48), length = temp("int");
-                    put(cat(length, " = kvr_show_float(", n.text, ", ", buffer, ", ",
+                    put(cat(length, " = ", emits(Do::Show, Of::Float), "(", n.text, ", ", buffer, ", ",
                             item && item->usage == Usage::Float ? 7 : 15, ");\n"));
                     address = buffer;
                     size = length;
@@ -112,16 +113,18 @@ void Emitter::displayStatement(const DisplayStatement &s)
                     int places = n.scale;
                     std::string buffer = tempBytes(digits + places + 8), length = temp("int");
                     if (computed) {
-                        put(cat(length, " = kvr_show_number(", n.text, ", ", n.digits, ", ", n.digits, ", ", places,
-                                ", 2, '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
+                        put(cat(length, " = ", emits(Do::Show, Of::Packed), "(", n.text, ", ", n.digits, ", ", n.digits,
+                                ", ", places, ", 2, '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
                     } else {
                         if (digits > n.digits) {
                             std::string wider = tempBytes(digits / 2 + 1);
-                            n.text = cat("_zvkcBCD_Cpy_Pckd(", n.text, ", ", wider, ", ", digits, ", ", n.digits, ")");
+                            n.text = cat(emits(Do::WidenShown, Of::Packed), "(", n.text, ", ", wider, ", ", digits,
+                                         ", ", n.digits, ")");
                             n.digits = digits;
                         }
-                        put(cat(length, " = kvr_show_number(", n.text, ", ", n.digits, ", ", digits, ", ", places, ", ",
-                                showSign, ", '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
+                        put(cat(length, " = ", emits(Do::Show, Of::Packed), "(", n.text, ", ", n.digits, ", ", digits,
+                                ", ", places, ", ", showSign, ", '", program_->commaIsPoint ? ',' : '.', "', ", buffer,
+                                ");\n"));
                     }
                     address = buffer;
                     size = length;
@@ -130,7 +133,7 @@ void Emitter::displayStatement(const DisplayStatement &s)
         } else if (categoryOf(e) == Category::Pointer && e->kind == ExprKind::Reference) {
             Loc loc = locate(*e->ref);
             std::string buffer = tempBytes(24), length = temp("int");
-            put(cat(length, " = kvr_show_pointer(", loc.address, ", ", buffer, ");\n"));
+            put(cat(length, " = ", emits(Do::Show, Of::Pointer), "(", loc.address, ", ", buffer, ");\n"));
             address = buffer, size = length;
         } else {
             Text t = text(e);
@@ -146,7 +149,8 @@ void Emitter::displayStatement(const DisplayStatement &s)
         put(cat(items, "[", i, "] = (DisplayItem){", address, ", ", size, ", ", size, ", ZVK_DISPLAY_TEXT, 0};\n"));
         i++;
     }
-    put(cat("kvr_display(", items, ", ", s.items.size(), ", ", device, ", ", s.noAdvancing ? 1 : 0, ");\n"));
+    put(cat(emits(Do::Display, Of::Text), "(", items, ", ", s.items.size(), ", ", device, ", ", s.noAdvancing ? 1 : 0,
+            ");\n"));
     if (s.exception.hasNot) block(s.exception.onNot);
 }
 
@@ -176,15 +180,15 @@ void Emitter::acceptStatement(const AcceptStatement &s)
         std::string buffer = tempBytes(4096), length = temp("int"), call;
         if (from == K_ENVIRONMENT) {
             Text t = text(s.name, true);
-            call = cat("kvr_get_environment(", t.address, ", ", t.length, ", ", buffer, ", 4096)");
+            call = cat(emits(Do::AcceptEnvironment, Of::Text), "(", t.address, ", ", t.length, ", ", buffer, ", 4096)");
         } else if (name == "ENVIRONMENT-VALUE")
-            call = cat("kvr_accept_environment(", buffer, ", 4096)");
+            call = cat(emits(Do::AcceptEnvironmentValue, Of::Text), "(", buffer, ", 4096)");
         else if (name == "COMMAND-LINE")
-            call = cat("kvr_command_line(", buffer, ", 4096)");
+            call = cat(emits(Do::AcceptCommandLine, Of::Text), "(", buffer, ", 4096)");
         else if (name == "ARGUMENT-NUMBER")
-            call = cat("kvr_argument_number(", buffer, ", 4096)");
+            call = cat(emits(Do::AcceptArgumentNumber, Of::Text), "(", buffer, ", 4096)");
         else
-            call = cat("kvr_argument_value(", buffer, ", 4096)");
+            call = cat(emits(Do::AcceptArgument, Of::Text), "(", buffer, ", 4096)");
         put(cat(length, " = ", call, ";\n"));
         put(cat("if (", length, " >= 0) {\n"));
         bool numericTo = !loc.refmod && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited);
@@ -216,11 +220,12 @@ void Emitter::acceptStatement(const AcceptStatement &s)
     if (clock) {
         // As if moved from an unsigned integer item.
         std::string buffer = tempBytes(16);
-        put(cat("_zvkcAccept(", flags, ", ", clockDigits, ", ", buffer, ");\n"));
+        put(cat(emits(Do::AcceptClock), "(", flags, ", ", clockDigits, ", ", buffer, ");\n"));
         bool plain = loc.refmod || loc.item->category == Category::Group;
         if (!plain && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited)) {
             Num n =
-                integerNumber(cat("_zvkcBCD_CONV_Znd_To_Int8(", buffer, ", ", clockDigits, ")"), clockDigits, false);
+                integerNumber(cat(emits(Do::AcceptClockNumber, Of::ZonedUnsigned), "(", buffer, ", ", clockDigits, ")"),
+                              clockDigits, false);
             store(n, loc, false, "");
         } else {
             Text t;
@@ -234,23 +239,24 @@ void Emitter::acceptStatement(const AcceptStatement &s)
     // ON EXCEPTION: there is no line any more.
     bool phrases = s.exception.has || s.exception.hasNot;
     if (phrases) {
-        put("if (kvr_input_ended()) {\n");
+        put(cat("if (", emits(Do::InputEnded), "()) {\n"));
         if (s.exception.has) block(s.exception.on);
         put("} else {\n");
     }
     bool plain = loc.refmod || !isNumericItem(*loc.item);
     if (plain) {
-        put(cat("kvr_accept(", flags, ", ", loc.length, ", ", loc.address, ");\n"));
+        put(cat(emits(Do::Accept, Of::Text), "(", flags, ", ", loc.length, ", ", loc.address, ");\n"));
     } else {
         // A number: a line of text, then its value.
         std::string buffer = tempBytes(64);
-        put(cat("memset(", buffer, ", ' ', 64);\nkvr_accept(", flags, ", 63, ", buffer, ");\n"));
+        put(cat("memset(", buffer, ", ' ', 64);\n", emits(Do::Accept, Of::Text), "(", flags, ", 63, ", buffer, ");\n"));
         Num n;
         n.kind = Num::Packed;
         n.digits = 36;
         n.scale = 18;
         std::string p = tempBytes(20);
-        n.text = cat("kvr_typed_number(", buffer, ", 63, ", p, ", '", program_->commaIsPoint ? ',' : '.', "')");
+        n.text = cat(emits(Do::AcceptNumber, Of::Packed), "(", buffer, ", 63, ", p, ", '",
+                     program_->commaIsPoint ? ',' : '.', "')");
         store(n, loc, false, "");
     }
     if (!phrases) return;

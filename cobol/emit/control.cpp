@@ -175,16 +175,16 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     bool circle = inCircle(static_cast<size_t>(from), end);
     circling_ |= circle;
     if (circle)
-        put(cat("kvr_perform(&performs, ", site, ", x[", end, "]);\nx[", end, "] = ", site, ";\n"));
+        put(cat(emits(Do::Circle), "(&performs, ", site, ", x[", end, "]);\nx[", end, "] = ", site, ";\n"));
     else
         put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site,
-            ";\n"));
+                ";\n"));
     debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (fromSegment >= 50 && fromSegment != now) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
     put(cat("goto p", from, ";\nr", site, ": x[", end, "] = ",
-            circle ? cat("kvr_performed(&performs, ", site, ");\n") : cat("s[", site - firstSite_, "];\n")));
+            circle ? cat(emits(Do::CircleEnd), "(&performs, ", site, ");\n") : cat("s[", site - firstSite_, "];\n")));
 }
 
 void Emitter::performOnce(const PerformStatement &s)
@@ -340,7 +340,7 @@ void Emitter::goStatement(const GoStatement &s)
             error(s.at, "GO TO without a paragraph needs an ALTER that sets it");
             return;
         }
-        put("kvr_unaltered();\n");
+        put(cat(emits(Do::Unaltered), "();\n"));
         return;
     }
     jump(s.targets[0]);
@@ -397,11 +397,11 @@ void Emitter::exitStatement(const ExitStatement &s)
         leaveProgram(true);
         break;
     case ExitStatement::StopRun:
-        put(cat("_zvkRunUnitTerm(", code, " & 255);\n"));
+        put(cat(emits(Do::StopRun), "(", code, " & 255);\n"));
         break;
     case ExitStatement::StopLiteral: {
         Text t = text(s.value);
-        put(cat("_zvkcStopLiteral(", t.length, ", ", t.address, ");\n"));
+        put(cat(emits(Do::StopLiteral, Of::Text), "(", t.length, ", ", t.address, ");\n"));
         break;
     }
     case ExitStatement::Perform:

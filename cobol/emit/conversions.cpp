@@ -12,7 +12,7 @@ std::string Emitter::checkedAddress(const Loc &loc)
     const Item &item = *loc.item;
     int form = item.usage != Usage::Packed ? static_cast<int>(item.signForm) : item.picture.sign ? -1 : -2;
     const Spot &spot = group_.spot(statementAt_);
-    return cat("kvr_numeric(", loc.address, ", ", item.picture.digits, ", ", form, ", ",
+    return cat(emits(Do::CheckNumber, Of::Packed), "(", loc.address, ", ", item.picture.digits, ", ", form, ", ",
                bytesLiteral(item.name ? wordText(item.name) : "FILLER"), ", ", bytesLiteral(sources()[spot.file].path),
                ", ", spot.line, ")");
 }
@@ -36,10 +36,11 @@ Num Emitter::itemNumber(const Loc &loc)
         n.isSigned = true;
         std::string t = tempBytes(n.digits / 2 + 1);
         if (loc.fixed >= 0)
-            n.text = cat("_zvkcBCD_CONV_ZndUS_To_Pckd(", loc.address, length > 38 ? cat(" + ", length - 38) : "", ", ",
-                         t, ", ", n.digits, ", ", n.digits, ")");
+            n.text = cat(emits(Do::Load, Of::ZonedUnsigned, Of::Packed), "(", loc.address,
+                         length > 38 ? cat(" + ", length - 38) : "", ", ", t, ", ", n.digits, ", ", n.digits, ")");
         else
-            n.text = cat("kvr_text_number(", loc.address, ", ", loc.length, ", ", t, ", ", n.digits, ", 0, '.')");
+            n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", loc.address, ", ", loc.length, ", ", t, ", ",
+                         n.digits, ", 0, '.')");
         return n;
     }
     if (item.category == Category::NumericEdited) {
@@ -52,26 +53,29 @@ Num Emitter::itemNumber(const Loc &loc)
         globals_ +=
             cat("static const struct { int16_t length; uint8_t picture[", picture.size(),
                 "]; } __attribute__((packed)) ", record, " = {", picture.size(), ", ", bytesLiteral(picture), "};\n");
-        n.text = cat("kvr_de_edit((const DeEditRecord *)&", record, ", ", loc.address, ", ", raw, ", ", t, ", ",
-                     n.digits, ")");
+        n.text = cat(emits(Do::Load, Of::NumericEdited, Of::Packed), "((const DeEditRecord *)&", record, ", ",
+                     loc.address, ", ", raw, ", ", t, ", ", n.digits, ")");
         return n;
     }
     switch (item.usage) {
     case Usage::Float:
-        return floatNumber(cat("kvr_get_float(", loc.address, ")"));
+        return floatNumber(cat(emits(Do::Load, Of::Comp1), "(", loc.address, ")"));
     case Usage::Double:
-        return floatNumber(cat("kvr_get_double(", loc.address, ")"));
+        return floatNumber(cat(emits(Do::Load, Of::Comp2), "(", loc.address, ")"));
     case Usage::CompX:
         n.digits = std::min(static_cast<int>(item.size * 5 + 1) / 2 + 1, 20);
-        n.text = cat(n.wide() ? "(__int128)kvr_get_big(" : "(int64_t)kvr_get_big(", loc.address, ", ", item.size, ")");
+        n.text = cat(n.wide() ? "(__int128)" : "(int64_t)", emits(Do::Load, Of::BigEndian), "(", loc.address, ", ",
+                     item.size, ")");
         return n;
     case Usage::Binary:
     case Usage::Native:
     case Usage::Index:
         if (item.usage == Usage::Native || item.nativeBinary || !options_.truncate)
             n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
-        n.text = cat(n.wide() ? "(__int128)" : "", "kvr_get_",
-                     item.picture.sign || item.usage == Usage::Index ? "s" : "u", item.size, "(", loc.address, ")");
+        n.text = cat(n.wide() ? "(__int128)" : "",
+                     item.picture.sign || item.usage == Usage::Index ? emits(Do::Load, Of::Signed)
+                                                                     : emits(Do::Load, Of::Unsigned),
+                     item.size, "(", loc.address, ")");
         if (!n.wide() && item.size < 8) n.text = cat("(int64_t)", n.text);
         if (!n.wide() && item.size == 8) n.text = cat("(int64_t)", n.text);
         return n;
@@ -82,22 +86,22 @@ Num Emitter::itemNumber(const Loc &loc)
         return n;
     case Usage::Pointer:
     case Usage::ProcedurePointer:
-        return integerNumber(cat("(int64_t)kvr_get_u8(", loc.address, ")"), 18);
+        return integerNumber(cat("(int64_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ")"), 18);
     default:
         break;
     }
     // Zoned
     std::string address = checkedAddress(loc);
     if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
-        n.text = cat(item.signForm == SignForm::Trailing ? "kvr_zoned_number(" : "_zvkcBCD_CONV_Znd_To_Int8(", address,
-                     ", ", n.digits, ")");
+        n.text = cat(item.signForm == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
+                                                         : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),
+                     "(", address, ", ", n.digits, ")");
         return n;
     }
-    static const char *const forms[] = {"US", "TO", "LO", "TS", "LS"};
     n.kind = Num::Packed;
     std::string t = tempBytes(n.digits / 2 + 1);
-    n.text = cat("_zvkcBCD_CONV_Znd", forms[static_cast<int>(item.signForm)], "_To_Pckd(", address, ", ", t, ", ",
-                 n.digits, ", ", n.digits, ")");
+    n.text = cat(emitsFor(Do::Load, zonedOf(item.signForm), Of::Packed), "(", address, ", ", t, ", ", n.digits, ", ",
+                 n.digits, ")");
     return n;
 }
 
@@ -113,9 +117,9 @@ Num Emitter::toPacked(Num a)
     int digits = std::min(a.digits, kMostPacked);
     std::string t = tempBytes(digits / 2 + 1);
     if (a.wide())
-        a.text = cat("kvr_pack(", a.text, ", ", t, ", ", digits, ")");
+        a.text = cat(emits(Do::ToPacked, Of::Wide), "(", a.text, ", ", t, ", ", digits, ")");
     else
-        a.text = cat("_zvkcBCD_CONV_Int8_To_Pckd(", a.text, ", ", t, ", ", digits, ")");
+        a.text = cat(emits(Do::ToPacked, Of::Integer), "(", a.text, ", ", t, ", ", digits, ")");
     a.kind = Num::Packed;
     a.digits = digits;
     a.direct = false;
@@ -127,9 +131,9 @@ Num Emitter::toInt(Num a)
     if (a.kind == Num::Int || !a.good()) return a;
     if (a.kind == Num::Float) return scaleTo(a, 0, false);
     if (a.digits > 18)
-        a.text = cat("kvr_unpack(", a.text, ", ", a.digits, ")");
+        a.text = cat(emits(Do::ToInteger, Of::LongPacked), "(", a.text, ", ", a.digits, ")");
     else
-        a.text = cat("_zvkcBCD_CONV_Pckd_To_Int8(", a.text, ", ", a.digits, ")");
+        a.text = cat(emits(Do::ToInteger, Of::Packed), "(", a.text, ", ", a.digits, ")");
     if (a.digits > kMostInt) a.digits = kMostInt;
     a.kind = Num::Int;
     a.direct = false;
@@ -164,7 +168,8 @@ Num Emitter::scaleUp(Num a, int scale)
     }
     if (a.kind == Num::Int && a.digits + k <= kMostInt) {
         int digits = a.digits + k;
-        a.text = cat("(", digits > 18 && !a.wide() ? "(__int128)" : "", "(", a.text, ") * ", powerOfTen(k), ")");
+        a.text = cat("(", digits > 18 && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
+                     emits(Do::MorePlaces, Of::Integer), powerOfTen(k), ")");
         a.digits = digits;
         a.scale = scale;
         return a;
@@ -172,7 +177,7 @@ Num Emitter::scaleUp(Num a, int scale)
     a = toPacked(a);
     int digits = std::min(a.digits + k, kMostPacked);
     std::string t = tempBytes(digits / 2 + 1);
-    a.text = cat("_zvkcBCD_SHFD_Pckd_Left(", a.text, ", ", t, ", ", digits, ", ", a.digits, ", ", k, ")");
+    a.text = cat(emits(Do::MorePlaces, Of::Packed), "(", a.text, ", ", t, ", ", digits, ", ", a.digits, ", ", k, ")");
     a.digits = digits;
     a.scale = scale;
     a.direct = false;
@@ -184,7 +189,9 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
 {
     if (!a.good()) return a;
     if (a.kind == Num::Float) {
-        Num n = integerNumber(cat("kvr_fixed(", a.text, ", ", scale, ", ", static_cast<int>(rounded), ")"), kMostInt);
+        Num n = integerNumber(
+            cat(emits(Do::ToInteger, Of::Float), "(", a.text, ", ", scale, ", ", static_cast<int>(rounded), ")"),
+            kMostInt);
         n.scale = scale;
         return n;
     }
@@ -196,7 +203,8 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
             return Num{};
         }
         a = toInt(a);
-        Num n = integerNumber(cat("kvr_round_mode(", a.text, ", ", powerOfTen(k), ", ", static_cast<int>(rounded), ")"),
+        Num n = integerNumber(cat(emits(Do::RoundedMode, Of::Wide), "(", a.text, ", ", powerOfTen(k), ", ",
+                                  static_cast<int>(rounded), ")"),
                               std::max(a.digits - k + 1, 1));
         n.scale = scale;
         if (!n.wide()) n.text = cat("(int64_t)", n.text);
@@ -227,12 +235,10 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
             return zero;
         }
         if (rounded)
-            a.text = cat(a.wide() ? "kvr_round_wide("
-                         : k > 18 ? "kvr_round_wide("
-                                  : "kvr_round(",
+            a.text = cat(a.wide() || k > 18 ? emits(Do::Rounded, Of::Wide) : emits(Do::Rounded, Of::Integer), "(",
                          a.text, ", ", powerOfTen(k), ")");
         else
-            a.text = cat("((", a.text, ") / ", powerOfTen(k), ")");
+            a.text = cat("((", a.text, ")", emits(Do::FewerPlaces, Of::Integer), powerOfTen(k), ")");
         bool wasWide = a.wide();
         a.digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
         a.scale = scale;
@@ -242,8 +248,8 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
     }
     int digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
     std::string t = tempBytes(digits / 2 + 1);
-    a.text = cat("_zvkcBCD_SHFD_Pckd_Right", rounded ? "Rnd" : "", "(", a.text, ", ", t, ", ", digits, ", ", a.digits,
-                 ", ", k, ")");
+    a.text = cat(rounded ? emits(Do::Rounded, Of::Packed) : emits(Do::FewerPlaces, Of::Packed), "(", a.text, ", ", t,
+                 ", ", digits, ", ", a.digits, ", ", k, ")");
     a.digits = digits;
     a.scale = scale;
     a.direct = false;

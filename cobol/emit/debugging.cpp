@@ -48,8 +48,8 @@ bool Emitter::inDebuggingSection(size_t procedure) const
 std::string Emitter::debugSection(const Watch &watch, const std::string &arguments)
 {
     std::string prefix = cat("p", program_->number, "_");
-    return cat("if (", prefix, "pcb.flag & ZVK_OPTION_DEBUG) {\nkvr_debug(", prefix, "debugItem, ", arguments, ");\n@",
-               prefix, "body(", watch.use + 1, ");\n}\n");
+    return cat("if (", prefix, "pcb.flag & ZVK_OPTION_DEBUG) {\n", emits(Do::Debugging), "(", prefix, "debugItem, ",
+               arguments, ");\n@", prefix, "body(", watch.use + 1, ");\n}\n");
 }
 
 // How a procedure is reached next, for DEBUG-CONTENTS.
@@ -121,8 +121,8 @@ void Emitter::debugItem(const Reference &ref, const Item &item, const Loc &loc, 
         call = debugSection(found->second, cat(group_.spot(statementAt_).line, ", ", bytesLiteral(found->second.name),
                                                ", ", loc.address, ", (uint32_t)(", loc.length, ")"));
     for (size_t i = 0; i < ref.subscripts.size() && i < 3; i++)
-        subscripts +=
-            cat("kvr_debug_subscript(p", program_->number, "_debugItem, ", i, ", ", integer(ref.subscripts[i]), ");\n");
+        subscripts += cat(emits(Do::DebugSubscript), "(p", program_->number, "_debugItem, ", i, ", ",
+                          integer(ref.subscripts[i]), ");\n");
     replaceMark(call, subscripts);
     for (const std::string &other : pendingDebugs_)
         if (other == call) return;

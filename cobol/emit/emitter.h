@@ -1,20 +1,27 @@
 // The emitter: trees to C. One file a group of statements, as in syntax/:
 //
-//   program.cpp the C file: storage, records of the run time, prologue and epilogue, paragraphs
-//   operands.cpp where an operand is: addresses, subscripts, lengths, texts numbers.cpp arithmetic
-//   expressions and the storing of numbers conditions.cpp relations, class tests, condition-names
-//   functions.cpp intrinsic functions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp
-//   files.cpp sorting.cpp strings.cpp searching.cpp statements
+//   statement_table.def  what is emitted for which statement and operands: the names are here only
+//   program.cpp          the C file: storage, prologue and epilogue of each program, paragraphs
+//   operands.cpp         where an operand is: addresses, subscripts, lengths, texts
+//   numbers.cpp          arithmetic expressions; conversions.cpp, stores.cpp: the ways of a number
+//   conditions.cpp       relations, class tests, condition-names
+//   functions.cpp        intrinsic functions; by kinds in *_functions.cpp, FUNCTION-IDs in
+//                        user_functions.cpp
+//   file_records.cpp     what the run time is told of each file
+//   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp opening.cpp files.cpp sorting.cpp
+//   strings.cpp searching.cpp xml.cpp  the statements
 //
 // What is emitted for an operand is always a C expression; a statement may use it once.
 // Intermediate results live in temporaries, which are declared at the start of the statement's
 // block (`temp`). Statements check what they emit: an error means that no C is written.
 #pragma once
 
+#include <charconv>
 #include <map>
 #include <set>
 #include <type_traits>
 
+#include "cobol/emit/statement_table.h"
 #include "cobol/meaning/names.h"
 
 namespace kvrcob {
@@ -284,6 +291,10 @@ private:
     void deleteStatement(const FileStatement &s);
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
+    bool programEndsSort();
+    void endSort();
+    static bool mayBeGiven(const File &f);
+    void openGiven(const File &f, bool probe);
     void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
@@ -298,9 +309,10 @@ private:
     std::string useTable(Program &p, const File &f);
     void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
+    static int splitKeyNumber(const File &f, const Reference &ref);
 
     void sortStatement(const SortStatement &s);
-    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
+    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
@@ -313,6 +325,10 @@ private:
     void storeInteger(Reference *target, const std::string &c);
     bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
 
+    void xmlParse(const XmlParseStatement &s);
+    void xmlGenerate(const XmlGenerateStatement &s);
+    friend struct XmlWalk;
+
     void searchStatement(const SearchStatement &s);
     struct SearchPair {
         const Item *key;
@@ -321,7 +337,19 @@ private:
     bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
     bool searchByLibrary(const SearchStatement &s, const Item &table);
 
-    // ---- functions.cpp
+    // ---- functions.cpp, user_functions.cpp, *_functions.cpp
+    // The call of an intrinsic function, and the text that one leaves.
+    struct FunctionCall {
+        const Expr *e = nullptr;
+        std::string name;
+        std::vector<const Expr *> args; // with what ALL stands for
+        bool guarded = false;           // some arguments may not exist at run time
+        int wantScale = -1;             // decimal places that a quotient needs
+    };
+    struct FunctionText {
+        std::string address, length; // temporaries
+        int64_t fixed = -1;
+    };
     Program *userFunction(const Expr *e);
     const Item *resultOf(Program &function);
     bool callFunction(const Expr *e, Loc &result);
@@ -329,6 +357,48 @@ private:
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);
     void expandAll(const Expr *e, std::vector<const Expr *> &out);
+    bool functionCall(const Expr *e, FunctionCall &f);
+    std::string guardOf(const FunctionCall &f, size_t i);
+
+    Num absolute(const FunctionCall &f);
+    Num algebraicLimit(const FunctionCall &f);
+    Num annuity(const FunctionCall &f);
+    Num combinedDatetime(const FunctionCall &f);
+    Num dateOfInteger(const FunctionCall &f);
+    Num extreme(const FunctionCall &f);
+    Num factorial(const FunctionCall &f);
+    Num floatConstant(const FunctionCall &f);
+    Num floatFunction(const FunctionCall &f);
+    Num floatOfText(const FunctionCall &f);
+    Num integerPart(const FunctionCall &f);
+    Num numberOfText(const FunctionCall &f);
+    Num ofFormatted(const FunctionCall &f);
+    Num ordinal(const FunctionCall &f);
+    Num placeOfExtremeText(const FunctionCall &f);
+    Num random(const FunctionCall &f);
+    Num remainder(const FunctionCall &f);
+    Num secondsPastMidnight(const FunctionCall &f);
+    Num sign(const FunctionCall &f);
+    Num statistic(const FunctionCall &f);
+    Num storedLength(const FunctionCall &f);
+    Num sum(const FunctionCall &f);
+    Num testDate(const FunctionCall &f);
+    Num testFloatOfText(const FunctionCall &f);
+    Num textLength(const FunctionCall &f);
+    Num windowed(const FunctionCall &f);
+
+    bool bitsOf(const FunctionCall &f, FunctionText &result);
+    bool changedText(const FunctionCall &f, FunctionText &result);
+    bool charOf(const FunctionCall &f, FunctionText &result);
+    bool concatenated(const FunctionCall &f, FunctionText &result);
+    bool dateText(const FunctionCall &f, FunctionText &result);
+    bool extremeText(const FunctionCall &f, FunctionText &result);
+    bool formatted(const FunctionCall &f, FunctionText &result);
+    bool hexOf(const FunctionCall &f, FunctionText &result);
+    bool moduleId(const FunctionCall &f, FunctionText &result);
+    bool substituted(const FunctionCall &f, FunctionText &result);
+    bool textOfDigits(const FunctionCall &f, FunctionText &result);
+    bool trimmed(const FunctionCall &f, FunctionText &result);
 
     Meaning &meaning_;
     Group &group_;
@@ -348,11 +418,15 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool reversed_ = false;   // an OPEN REVERSED was emitted
-    bool utilities_ = false;  // the CALL of a utility was emitted
-    bool deleteFile_ = false; // a DELETE FILE was emitted
-    bool debugs_ = false;     // USE FOR DEBUGGING is in force
-    bool anyChange_ = false;  // every reference counts as one that may change the item
+    bool reversed_ = false;     // an OPEN REVERSED was emitted
+    bool usesXml_ = false;      // a program has XML PARSE or XML GENERATE
+    bool utilities_ = false;    // the CALL of a utility was emitted
+    bool utilityNames_ = false; // a CALL of an item was emitted
+    int sortReturn_ = -1;       // the source names SORT-RETURN; -1: not looked yet
+    bool deleteFile_ = false;   // a DELETE FILE was emitted
+    bool openGiven_ = false;    // an OPEN of a file that may be another system's
+    bool debugs_ = false;       // USE FOR DEBUGGING is in force
+    bool anyChange_ = false;    // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;
@@ -364,7 +438,8 @@ private:
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;
     bool sentenceEndUsed_ = false;
-    uint32_t lastLine_ = 0, lastFile_ = UINT32_MAX;
+    uint32_t lineFile_ = UINT32_MAX; // of the last #line, and its path as C has it
+    std::string linePath_;
     std::map<size_t, std::set<size_t>> alterTargets_;
     std::map<std::pair<uint32_t, uint32_t>, std::string> useTables_; // of program and file
     struct InitOp {
@@ -383,19 +458,42 @@ inline void appendTo(std::string &out, std::string_view text) { out += text; }
 inline void appendTo(std::string &out, char c) { out += c; }
 template <class T>
 requires std::is_integral_v<T>
-void appendTo(std::string &out, T number) { out += std::to_string(number); }
+void appendTo(std::string &out, T number)
+{
+    char digits[24];
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+inline size_t roomFor(std::string_view text) { return text.size(); }
+template <class T>
+requires std::is_integral_v<T> size_t roomFor(T) { return 20; }
 template <class... Parts>
 std::string cat(const Parts &...parts)
 {
     std::string out;
+    out.reserve((roomFor(parts) + ...));
     (appendTo(out, parts), ...);
     return out;
 }
 
+// A verb's routine in an FCB: the field's name, with the arrow before it.
+inline std::string_view slot(std::string_view text) { return text.substr(text.find("->")); }
+
+// A sequential file that is printed, and so a file of lines.
+bool isPrinted(const File &f);
+
+// The class of a zoned item.
+inline Of zonedOf(SignForm form)
+{
+    return static_cast<Of>(static_cast<int>(Of::ZonedUnsigned) + static_cast<int>(form));
+}
+
+// The relation that a token stands for.
+Do relationOf(uint32_t op);
+
 // The character that a figurative constant repeats, in the native order.
 uint8_t figurativeByte(uint32_t op);
 
-// The last paragraph of a section; a paragraph itself.
+// The index of the last paragraph of a range that ends with this procedure (control.cpp).
 size_t lastOf(const Program &p, size_t index);
 
 // The item with its record (level 01 or 77).

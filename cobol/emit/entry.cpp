@@ -83,8 +83,8 @@ void Emitter::entry(Program &p)
                parameters.empty() ? "void" : parameters, ")\n{\n");
     out += cat("volatile int status = 0;\nint outerCalled = ", prefix, "called;\n", saves);
     if (localBytes) out += cat("uint8_t locals[", localBytes, "] __attribute__((aligned(16)));\n");
-    out += cat("_zvkPgmInit(&", prefix, "pcb);\n", prefix, "called = !((", prefix, "pcb.flag & ZVK_PCB_MAIN) && ",
-               prefix, "element[0].ent == 1);\n");
+    out += cat(emits(Do::Enter), "(&", prefix, "pcb);\n", prefix, "called = !((", prefix,
+               "pcb.flag & ZVK_PCB_MAIN) && ", prefix, "element[0].ent == 1);\n");
     std::string externals;
     int externalCount = 0;
     for (Item *record : p.records)
@@ -96,7 +96,7 @@ void Emitter::entry(Program &p)
     if (externalCount) {
         out += cat("{ static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", externalCount,
                    "]; } items = {", externalCount, ", {0}, {", externals, "}};\nvoid *addresses[", externalCount,
-                   "];\n_zvkExtVarInit(&items.count, addresses);\n");
+                   "];\n", emits(Do::External), "(&items.count, addresses);\n");
         int i = 0;
         for (Item *record : p.records)
             if (record->external && !record->redefines)
@@ -136,10 +136,10 @@ void Emitter::entry(Program &p)
         out += cat("if (!(", prefix, "element[0].status & ZVK_IPCB_STATUS_30)) {\n", prefix, "initialize();\n", prefix,
                    "element[0].status |= ZVK_IPCB_STATUS_30;\n}\n");
     if (localBytes) out += cat(prefix, "initialize_local();\n");
-    out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)_zvkGetJmpBuffer(), 1);\n");
+    out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)", emits(Do::JumpBuffer), "(), 1);\n");
     out += cat("if (status == 0) ", prefix, "body(", p.entryPoints.empty() ? "0" : "entered", ");\n");
-    if (p.initial) out += cat("if (", prefix, "called) _zvkCloseReset((int32_t *)", prefix, "element);\nelse ");
-    if (outermost || true) out += cat("_zvkPgmTerm(&", prefix, "pcb);\n");
+    if (p.initial) out += cat("if (", prefix, "called) ", emits(Do::Reset), "((int32_t *)", prefix, "element);\nelse ");
+    if (outermost || true) out += cat(emits(Do::Leave), "(&", prefix, "pcb);\n");
     std::string result = cat("(int64_t)", prefix, "returnCode");
     if (p.returning) {
         Loc loc = locate(*p.returning);
@@ -159,8 +159,8 @@ void Emitter::entry(Program &p)
     if (outermost && p.cName != std::string(wordText(p.name)))
         out += cat("__asm__(\".globl \\\"", wordText(p.name), "\\\"\\n.set \\\"", wordText(p.name), "\\\", ", p.cName,
                    "\");\n");
-    out += cat("static void kvr_cancel_", p.number, "(void)\n{\nif (", prefix,
-               "element[0].ent == 0) _zvkCloseReset((int32_t *)", prefix, "element);\n");
+    out += cat("static void kvr_cancel_", p.number, "(void)\n{\nif (", prefix, "element[0].ent == 0) ",
+               emits(Do::Reset), "((int32_t *)", prefix, "element);\n");
     for (Program *inner : p.nested) out += cat("kvr_cancel_", inner->number, "();\n");
     out += "}\n";
     entryPoints(p, out);

@@ -150,7 +150,8 @@ void Emitter::initialValues(Program &p)
                     continue;
                 }
                 if (op.count) {
-                    put(cat("kvr_replicate(", base, " + ", op.offset, ", ", op.size, ", ", op.count, ");\n"));
+                    put(cat(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count,
+                            ");\n"));
                     continue;
                 }
                 // Long runs of one character are filled; the rest is copied.

@@ -20,17 +20,18 @@ void Emitter::moveText(const Text &source, const Loc &target)
     if (!source.good || !target.good()) return;
     bool right = target.item && target.item->justified && !target.refmod;
     if (source.kind == Text::Figurative) {
-        put(cat("memset(", target.address, ", ", static_cast<int>(source.fill), ", ", target.length, ");\n"));
+        put(cat(emits(Do::MoveBytes, Of::Figurative, Of::Text), "(", target.address, ", ",
+                static_cast<int>(source.fill), ", ", target.length, ");\n"));
         return;
     }
     if (source.kind == Text::All) {
-        put(cat("_zvkcMoveFigConst(", target.address, ", ", target.length, ", ", source.address, ", ", source.length,
-                ");\n"));
+        put(cat(emits(Do::MoveBytes, Of::AllLiteral, Of::Text), "(", target.address, ", ", target.length, ", ",
+                source.address, ", ", source.length, ");\n"));
         return;
     }
     if (source.fixed >= 0 && target.fixed >= 0) {
         int64_t n = std::min(source.fixed, target.fixed), pad = target.fixed - n;
-        const char *copy = source.isLiteral ? "memcpy" : "memmove";
+        const char *copy = source.isLiteral ? "memcpy" : emits(Do::MoveBytes, Of::Text, Of::Text);
         std::string to = target.address, from = source.address;
         if (right) {
             if (n)
@@ -49,8 +50,9 @@ void Emitter::moveText(const Text &source, const Loc &target)
         if (pad) put(cat("memset(", to, n ? cat(" + ", n) : "", ", ' ', ", pad, ");\n"));
         return;
     }
-    put(cat("_zvkcMoveVarLenOverlap(", target.address, ", ", right ? "-(int32_t)" : "(int32_t)", target.length, ", ",
-            source.address, ", (int32_t)", source.length, ");\n"));
+    put(cat(emits(Do::MoveBytes, Of::Varying, Of::Varying), "(", target.address, ", ",
+            right ? "-(int32_t)" : "(int32_t)", target.length, ", ", source.address, ", (int32_t)", source.length,
+            ");\n"));
 }
 
 // From text to an alphanumeric-edited item.
@@ -122,7 +124,7 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
             digits = n.digits;
         }
         std::string buffer = tempBytes(digits + 1);
-        t.address = cat("_zvkcBCD_CONV_Pckd_To_ZndUS(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
+        t.address = cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
         t.fixed = digits;
         t.length = cat(digits);
     } else {
@@ -130,7 +132,8 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
     }
     if (to.category == Category::AlphanumericEdited) {
         std::string record = editedRecord(to, cat("P", ++constants_), false, globals_);
-        put(cat("_zvkcMoveAlphaNumEdit(", record, ", ", t.address, ", ", t.length, ", ", target.address, ");\n"));
+        put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
+                target.address, ");\n"));
         return;
     }
     moveText(t, target);
@@ -165,7 +168,8 @@ void Emitter::moveFrom(const Expr *source, const Loc &from, const Loc &target)
     const Item &to = *target.item;
     bool plainTo = target.refmod || to.category == Category::Group;
     if (!plainTo && to.category == Category::Pointer) {
-        put(cat("kvr_put_8(", target.address, ", (int64_t)kvr_get_u8(", from.address, "));\n"));
+        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", (int64_t)",
+                emits(Do::Load, Of::Pointer), "(", from.address, "));\n"));
         return;
     }
     bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
@@ -221,7 +225,7 @@ void Emitter::move(const Expr *source, const Loc &target)
             return;
         } else
             error(source->at, "a pointer is needed here");
-        put(cat("kvr_put_8(", target.address, ", ", value, ");\n"));
+        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", ", value, ");\n"));
         return;
     }
     bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
@@ -307,8 +311,8 @@ Num Emitter::textNumber(const Text &t, int places)
     n.digits = static_cast<int>(t.fixed >= 0 ? std::min<int64_t>(t.fixed, 38 - n.scale) : 31 - n.scale) + n.scale;
     n.isSigned = true;
     std::string p = tempBytes(n.digits / 2 + 1);
-    n.text = cat("kvr_text_number(", t.address, ", ", t.length, ", ", p, ", ", n.digits, ", ", n.scale, ", '",
-                 program_->commaIsPoint ? ',' : '.', "')");
+    n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", t.address, ", ", t.length, ", ", p, ", ", n.digits,
+                 ", ", n.scale, ", '", program_->commaIsPoint ? ',' : '.', "')");
     return n;
 }
 
@@ -321,7 +325,8 @@ void Emitter::moveCharacters(const Text &t, const Loc &target)
         store(textNumber(t, placesOf(to)), target, false, "");
     } else if (!plainTo && to.category == Category::AlphanumericEdited) {
         std::string record = editedRecord(to, cat("P", ++constants_), t.kind != Text::Bytes, globals_);
-        put(cat("_zvkcMoveAlphaNumEdit(", record, ", ", t.address, ", ", t.length, ", ", target.address, ");\n"));
+        put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
+                target.address, ");\n"));
     } else {
         moveText(t, target);
     }
@@ -524,10 +529,10 @@ void Emitter::allocateStatement(const AllocateStatement &s)
         Loc loc = e->ref ? locate(*e->ref) : Loc{};
         if (!loc.good()) return;
         if (e->kind == ExprKind::AddressOf && loc.item->based)
-            put(cat("kvr_free(L", loc.item->number, "); L", loc.item->number, " = 0;\n"));
+            put(cat(emits(Do::Free, Of::Pointer), "(L", loc.item->number, "); L", loc.item->number, " = 0;\n"));
         else if (e->kind == ExprKind::Reference && loc.item->category == Category::Pointer)
-            put(cat("kvr_free((uint8_t *)(intptr_t)kvr_get_u8(", loc.address, ")); kvr_put_8(", loc.address,
-                    ", 0);\n"));
+            put(cat(emits(Do::Free, Of::Pointer), "((uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(",
+                    loc.address, ")); ", emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", 0);\n"));
         else
             return error(e->at, "FREE needs a pointer or the address of a BASED item");
     }
@@ -536,7 +541,7 @@ void Emitter::allocateStatement(const AllocateStatement &s)
         Item *item = meaning_.resolve(*program_, *s.item);
         if (!item) return;
         if (!item->based) return error(s.item->at, "ALLOCATE needs a BASED item");
-        put(cat(address, " = L", item->number, " = kvr_allocate(", item->storageSize(), ");\n"));
+        put(cat(address, " = L", item->number, " = ", emits(Do::Allocate), "(", item->storageSize(), ");\n"));
         if (s.initialized) {
             InitializeStatement values;
             values.verb = K_INITIALIZE;
@@ -546,13 +551,13 @@ void Emitter::allocateStatement(const AllocateStatement &s)
             initializeStatement(values);
         }
     } else {
-        put(cat(address, " = kvr_allocate(", integer(s.characters), ");\n"));
+        put(cat(address, " = ", emits(Do::Allocate), "(", integer(s.characters), ");\n"));
     }
     if (!s.returning) return;
     Loc to = locate(*s.returning, true);
     if (!to.good()) return;
     if (to.item->category != Category::Pointer) return error(s.returning->at, "a pointer is needed here");
-    put(cat("kvr_put_8(", to.address, ", (int64_t)(intptr_t)", address, ");\n"));
+    put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", to.address, ", (int64_t)(intptr_t)", address, ");\n"));
 }
 
 void Emitter::setStatement(const SetStatement &s)
@@ -574,7 +579,8 @@ void Emitter::setStatement(const SetStatement &s)
                 else if (v->kind == ExprKind::AddressOf)
                     value = locate(*v->ref).address;
                 else if (v->kind == ExprKind::Reference)
-                    value = cat("(uint8_t *)(intptr_t)kvr_get_u8(", locate(*v->ref).address, ")");
+                    value =
+                        cat("(uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(", locate(*v->ref).address, ")");
                 else
                     error(v->at, "a pointer is needed here");
                 put(cat("L", item->number, " = ", value, ";\n"));
@@ -620,7 +626,8 @@ void Emitter::setStatement(const SetStatement &s)
             if (!loc.good()) continue;
             if (s.form == SetStatement::UpBy || s.form == SetStatement::DownBy) {
                 if (loc.item->category == Category::Pointer) {
-                    put(cat("kvr_put_8(", loc.address, ", (int64_t)kvr_get_u8(", loc.address, ") ",
+                    put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)",
+                            emits(Do::Load, Of::Pointer), "(", loc.address, ") ",
                             s.form == SetStatement::UpBy ? "+" : "-", " ", integer(part.value), ");\n"));
                     continue;
                 }
@@ -633,7 +640,7 @@ void Emitter::setStatement(const SetStatement &s)
                 continue;
             }
             if (loc.item->category == Category::Pointer && part.value->kind == ExprKind::EntryOf) {
-                put(cat("kvr_put_8(", loc.address, ", (int64_t)(intptr_t)",
+                put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)(intptr_t)",
                         findProgram(constant(part.value->left), false), ");\n"));
                 continue;
             }

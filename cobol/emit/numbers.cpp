@@ -90,7 +90,9 @@ Num Emitter::add(Num a, Num b, bool minus)
     if (!a.good() || !b.good()) return Num{};
     if (a.kind == Num::Float || b.kind == Num::Float) {
         a = toFloat(a), b = toFloat(b);
-        return floatNumber(cat("(", a.text, minus ? " - " : " + ", "(", b.text, "))"));
+        return floatNumber(cat("(", a.text,
+                               minus ? emits(Do::Subtract, Of::Float, Of::Float) : emits(Do::Add, Of::Float, Of::Float),
+                               "(", b.text, "))"));
     }
     int scale = std::max(a.scale, b.scale);
     int whole = std::max(a.digits - a.scale, b.digits - b.scale);
@@ -101,9 +103,11 @@ Num Emitter::add(Num a, Num b, bool minus)
         a = scaleUp(a, scale), b = scaleUp(b, scale);
         if (a.kind == Num::Int && b.kind == Num::Int) {
             bool wide = digits > 18;
-            Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
-                                      minus ? " - " : " + ", wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"),
-                                  digits);
+            Num n = integerNumber(
+                cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
+                    minus ? emits(Do::Subtract, Of::Integer, Of::Integer) : emits(Do::Add, Of::Integer, Of::Integer),
+                    wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"),
+                digits);
             n.scale = scale;
             return n;
         }
@@ -122,7 +126,8 @@ Num Emitter::add(Num a, Num b, bool minus)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.cut = cat("_zvkcBCD_ADD_Pckd(", a.text, ", ", b.text, ", ", t, ", @, ", b.digits, ", ", a.digits, ")");
+    n.cut = cat(minus ? emits(Do::Subtract, Of::Packed, Of::Packed) : emits(Do::Add, Of::Packed, Of::Packed), "(",
+                a.text, ", ", b.text, ", ", t, ", @, ", b.digits, ", ", a.digits, ")");
     n.text = n.cut;
     n.text.replace(n.text.rfind('@'), 1, std::to_string(digits));
     n.cutOf = n.text;
@@ -140,12 +145,12 @@ Num Emitter::negate(Num a)
         return packed ? toPacked(n) : n;
     }
     if (a.kind != Num::Packed) {
-        a.text = cat("(-(", a.text, "))");
+        a.text = cat("(", emits(Do::Negate, Of::Integer), "(", a.text, "))");
         a.isSigned = true;
         return a;
     }
     std::string t = tempBytes(a.digits / 2 + 1);
-    a.text = cat("_zvkcBCD_NEG_Pckd(", a.text, ", ", t, ", ", a.digits, ", ", a.digits, ")");
+    a.text = cat(emits(Do::Negate, Of::Packed), "(", a.text, ", ", t, ", ", a.digits, ", ", a.digits, ")");
     a.isSigned = true;
     a.direct = false;
     return a;
@@ -156,13 +161,14 @@ Num Emitter::multiply(Num a, Num b)
     if (!a.good() || !b.good()) return Num{};
     if (a.kind == Num::Float || b.kind == Num::Float) {
         a = toFloat(a), b = toFloat(b);
-        return floatNumber(cat("(", a.text, " * ", b.text, ")"));
+        return floatNumber(cat("(", a.text, emits(Do::Multiply, Of::Float, Of::Float), b.text, ")"));
     }
     int digits = a.digits + b.digits, scale = a.scale + b.scale;
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
         bool wide = digits > 18;
-        Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ") * ",
-                                  wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"),
+        Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
+                                  emits(Do::Multiply, Of::Integer, Of::Integer), wide && !b.wide() ? "(__int128)" : "",
+                                  "(", b.text, "))"),
                               digits);
         n.scale = scale;
         return n;
@@ -182,8 +188,8 @@ Num Emitter::multiply(Num a, Num b)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.text =
-        cat("_zvkcBCD_MPY_Pckd(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits, ")");
+    n.text = cat(emits(Do::Multiply, Of::Packed, Of::Packed), "(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ",
+                 b.digits, ", ", a.digits, ")");
     return n;
 }
 
@@ -202,7 +208,8 @@ Num Emitter::divide(Num a, Num b, int scale)
     if (!a.good() || !b.good()) return Num{};
     if (a.kind == Num::Float || b.kind == Num::Float) {
         a = toFloat(a), b = toFloat(b);
-        return floatNumber(cat("kvr_divide_float(", a.text, ", ", b.text, ", &", zeroFlag(), ")"));
+        return floatNumber(
+            cat(emits(Do::Divide, Of::Float, Of::Float), "(", a.text, ", ", b.text, ", &", zeroFlag(), ")"));
     }
     if (scale < 0) {
         int room = kMostInt - a.digits;
@@ -218,9 +225,10 @@ Num Emitter::divide(Num a, Num b, int scale)
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
         bool wide = digits > 18 || b.wide();
         a = scaleUp(a, a.scale + k);
-        Num n =
-            integerNumber(cat(wide ? "kvr_divide_wide(" : "kvr_divide(", a.text, ", ", b.text, ", &", zeroFlag(), ")"),
-                          std::max(digits, b.wide() ? 19 : 1));
+        Num n = integerNumber(
+            cat(wide ? emits(Do::Divide, Of::Wide, Of::Wide) : emits(Do::Divide, Of::Integer, Of::Integer), "(", a.text,
+                ", ", b.text, ", &", zeroFlag(), ")"),
+            std::max(digits, b.wide() ? 19 : 1));
         n.scale = scale;
         return n;
     }
@@ -238,8 +246,8 @@ Num Emitter::divide(Num a, Num b, int scale)
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.text = cat("kvr_divide_packed(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ", b.digits, ", ", a.digits,
-                 ", &", zeroFlag(), ")");
+    n.text = cat(emits(Do::Divide, Of::Packed, Of::Packed), "(", a.text, ", ", b.text, ", ", t, ", ", digits, ", ",
+                 b.digits, ", ", a.digits, ", &", zeroFlag(), ")");
     return n;
 }
 
@@ -264,7 +272,7 @@ Num Emitter::power(Num a, Num b, const Expr *exponent)
         }
     }
     a = toFloat(a), b = toFloat(b);
-    return floatNumber(cat("kvr_power(", a.text, ", ", b.text, ", &", zeroFlag(), ")"));
+    return floatNumber(cat(emits(Do::Power, Of::Float, Of::Float), "(", a.text, ", ", b.text, ", &", zeroFlag(), ")"));
 }
 
 Num Emitter::number(const Expr *e, int wantScale)
@@ -346,15 +354,10 @@ Num Emitter::number(const Expr *e, int wantScale)
 std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
 {
     if (!a.good() || !b.good()) return "0";
-    const char *sign = op == '='             ? "=="
-                       : op == '<'           ? "<"
-                       : op == '>'           ? ">"
-                       : op == kLessEqual    ? "<="
-                       : op == kGreaterEqual ? ">="
-                                             : "!=";
+    const char *sign = emitsFor(relationOf(op), Of::Integer, Of::Integer);
     if (a.kind == Num::Float || b.kind == Num::Float) {
         a = toFloat(a), b = toFloat(b);
-        return cat("(kvr_compare_float(", a.text, ", ", b.text, ") ", sign, " 0)");
+        return cat("(", emits(Do::Compare, Of::Float, Of::Float), "(", a.text, ", ", b.text, ") ", sign, " 0)");
     }
     int scale = std::max(a.scale, b.scale);
     if ((a.kind == Num::Int && b.kind == Num::Int) &&
@@ -363,16 +366,11 @@ std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
         return cat("(", a.text, " ", sign, " ", b.text, ")");
     }
     if (b.literal && b.value.isZero() && a.kind == Num::Packed && (op == '=' || op == kNotEqual))
-        return cat("(", op == '=' ? "" : "!", "_zvkcBCD_NOT_Pckd(", a.text, ", ", a.digits, "))");
+        return cat("(", op == '=' ? "" : "!", emits(Do::IsZero, Of::Packed), "(", a.text, ", ", a.digits, "))");
     a = toPacked(a), b = toPacked(b);
     a = scaleUp(a, scale), b = scaleUp(b, scale);
-    const char *entry = op == '='             ? "EQU"
-                        : op == '<'           ? "LES"
-                        : op == '>'           ? "GRT"
-                        : op == kLessEqual    ? "LEQ"
-                        : op == kGreaterEqual ? "GEQ"
-                                              : "NEQ";
-    return cat("(_zvkcBCD_", entry, "_Pckd(", a.text, ", ", b.text, ", ", b.digits, ", ", a.digits, "))");
+    return cat("(", emitsFor(relationOf(op), Of::Packed, Of::Packed), "(", a.text, ", ", b.text, ", ", b.digits, ", ",
+               a.digits, "))");
 }
 
 } // namespace kvrcob

@@ -48,7 +48,7 @@ std::string Emitter::currentCount(const Item &table)
 {
     if (!table.dependingItem) return cat(table.occursMax);
     Num n = toInt(itemNumber(locateItem(*table.dependingItem)));
-    return cat("kvr_occurs(", n.text, ", ", table.occursMax, ")");
+    return cat(emits(Do::Occurrences, Of::Table), "(", n.text, ", ", table.occursMax, ")");
 }
 
 // The length of a group whose last table depends on an item.
@@ -81,9 +81,9 @@ Loc Emitter::locateItem(const Item &item, const std::string &displacement, bool 
                       : base;
     loc.fixed = item.size;
     loc.length = cat(item.size);
-    if (item.anyLength) {
+    if (item.anyLength || !item.specialLength.empty()) {
         loc.fixed = -1;
-        loc.length = cat("N", item.number);
+        loc.length = item.anyLength ? cat("N", item.number) : item.specialLength;
     }
     if (item.hasDepending && !item.elementary() && !(item.depending && item.dependingItem == nullptr)) {
         const Item *table = lastDepending(item);
@@ -163,9 +163,9 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
         }
         std::string index = subscript(e);
         if (options_.check)
-            index =
-                cat("kvr_subscript(", index, ", ", currentCount(table), ", ", bytesLiteral(wordText(ref.names[0])),
-                    ", ", bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
+            index = cat(emits(Do::CheckSubscript, Of::Integer), "(", index, ", ", currentCount(table), ", ",
+                        bytesLiteral(wordText(ref.names[0])), ", ",
+                        bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
         displacement += cat(" + (", index, " - 1) * ", table.size);
     }
     if (known) displacement = cat(" + ", known, displacement);
@@ -229,8 +229,8 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     }
     if (options_.check && !(fromKnown && lengthKnown && loc.fixed >= 0)) {
         std::string check =
-            cat("kvr_refmod(", fromKnown ? cat(begin, "L") : integer(ref.from), ", ", part.length, ", ", loc.length,
-                ", ", bytesLiteral(wordText(ref.names[0])), ", ",
+            cat(emits(Do::CheckPart, Of::Integer), "(", fromKnown ? cat(begin, "L") : integer(ref.from), ", ",
+                part.length, ", ", loc.length, ", ", bytesLiteral(wordText(ref.names[0])), ", ",
                 bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
         part.address = cat("(", check, ", ", part.address, ")");
     }
@@ -410,7 +410,8 @@ Text Emitter::text(const Expr *e, bool numericAsText)
                 digits = n.digits;
             }
             std::string buffer = tempBytes(digits + 1);
-            t.address = cat("_zvkcBCD_CONV_Pckd_To_ZndUS(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
+            t.address =
+                cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
             t.fixed = digits;
             t.length = cat(digits);
             return t;
@@ -431,7 +432,8 @@ Text Emitter::text(const Expr *e, bool numericAsText)
         }
         n = toPacked(scaleTo(n, 0, false));
         std::string buffer = tempBytes(n.digits + 1);
-        t.address = cat("_zvkcBCD_CONV_Pckd_To_ZndUS(", n.text, ", ", buffer, ", ", n.digits, ", ", n.digits, ")");
+        t.address =
+            cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", n.digits, ", ", n.digits, ")");
         t.fixed = n.digits;
         t.length = cat(n.digits);
         (void)original;

@@ -101,9 +101,9 @@ bool Emitter::searchByLibrary(const SearchStatement &s, const Item &table)
     for (size_t i = 0; i < arguments.size(); i++)
         put(cat(list, "[", i, "].value = ", list, "[", i, "].item = ", arguments[i].text, ";\n"));
     std::string found = temp("int64_t");
-    put(cat(found, " = _zvkcSrchAll((const SearchHeader *)(const void *)&", header, ", ", locateItem(table).address,
-            ", ", currentCount(table), ", ", table.size, ", ", list, ", 0, 0);\nX", table.indexes[0]->number, " = ",
-            found, " < 0 ? 0 : ", found, " / ", table.size, " + 1;\n"));
+    put(cat(found, " = ", emits(Do::SearchAll, Of::Table), "((const SearchHeader *)(const void *)&", header, ", ",
+            locateItem(table).address, ", ", currentCount(table), ", ", table.size, ", ", list, ", 0, 0);\nX",
+            table.indexes[0]->number, " = ", found, " < 0 ? 0 : ", found, " / ", table.size, " + 1;\n"));
     return true;
 }
 

@@ -124,7 +124,7 @@ void Emitter::stringStatement(const StringStatement &s)
 
     if (s.pointer) put(cat("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n"));
     put(block.code);
-    put(cat("_zvkcString((StringBlock *)", block.name, ", 0, &", overflow, ");\n"));
+    put(cat(emits(Do::String, Of::Text), "((StringBlock *)", block.name, ", 0, &", overflow, ");\n"));
     if (s.pointer) {
         storeInteger(s.pointer, cat(block.name, "[3]"));
         put("}\n");
@@ -225,8 +225,8 @@ void Emitter::unstringStatement(const UnstringStatement &s)
     if (s.pointer) put(cat("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n"));
     put(block.code);
     put(targets.code);
-    put(cat("_zvkcUnString((UnstringBlock *)", block.name, ", (UnstringTarget *)", targets.name, ", 0, &", overflow,
-            ");\n"));
+    put(cat(emits(Do::Unstring, Of::Text), "((UnstringBlock *)", block.name, ", (UnstringTarget *)", targets.name,
+            ", 0, &", overflow, ");\n"));
     auto reached = [&](size_t i) { return cat("if (~", targets.name, "[", 8 * i + 7, "]) {\n"); };
     for (auto &[i, target] : moved) {
         put(reached(i));
@@ -296,8 +296,9 @@ void Emitter::inspectTrailing(const InspectStatement &s, const Loc &target)
             places[i] = bounds[i] ? cat(bound.address, ", ", bound.length) : "0, 0";
         }
         std::string count = temp("int64_t");
-        put(cat(count, " = kvr_inspect_trailing(", target.address, ", ", target.length, ", ", compared.address, ", ",
-                compared.length, ", ", places[0], ", ", places[1], ", ", phrase.result ? result.address : "0", ");\n"));
+        put(cat(count, " = ", emits(Do::InspectTrailing, Of::Text), "(", target.address, ", ", target.length, ", ",
+                compared.address, ", ", compared.length, ", ", places[0], ", ", places[1], ", ",
+                phrase.result ? result.address : "0", ");\n"));
         if (!phrase.counter) continue;
         Loc loc = locate(*phrase.counter, true);
         if (!loc.good()) return;
@@ -365,7 +366,7 @@ void Emitter::inspectStatement(const InspectStatement &s)
             for (std::string &word : operand) block.put(word.empty() ? "0" : word);
     }
     put(block.code);
-    put(cat("_zvkcInspect((InspectBlock *)", block.name, ");\n"));
+    put(cat(emits(Do::Inspect, Of::Text), "((InspectBlock *)", block.name, ");\n"));
     for (auto &[counter, sum] : counters) {
         Loc loc = locate(*counter, true);
         if (!loc.good()) return;

@@ -63,6 +63,15 @@ void Meaning::specials(Program &p)
     add(K_SORT_RETURN, Usage::Native, 2, 4, "((uint8_t *)&" + prefix + "sortReturn)");
     add(K_TALLY, Usage::Native, 4, 5, "((uint8_t *)&" + prefix + "tally)");
     add(K_WHEN_COMPILED, Usage::Display, 16, 0, "((uint8_t *)" + prefix + "whenCompiled)");
+    if (p.usesXml) {
+        add(K_XML_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "xml.code)");
+        add(K_XML_EVENT, Usage::Display, 30, 0, "((uint8_t *)" + prefix + "xml.event)");
+        add(K_XML_TEXT, Usage::Display, 1, 0, "((uint8_t *)(uintptr_t)" + prefix + "xml.text)");
+        if (Item *text = p.names->items[K_XML_TEXT].front(); text->section == Item::Special) {
+            text->specialLength = "((int64_t)" + prefix + "xml.textLength)";
+            text->hasDepending = true;
+        }
+    }
     if (!p.uses.empty()) {
         // DEBUG-ITEM, for USE FOR DEBUGGING.
         Item *group = make<Item>();
@@ -297,7 +306,7 @@ static size_t distance(const std::string &a, const std::string &b)
 
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
-    if (!told_.insert(name).second) return; // once for each name
+    if (group_.embedded || !told_.insert(name).second) return; // once for each name
     const std::string &text = wordText(name);
     const Item *best = nullptr;
     size_t bestDistance = text.size() / 3 + 1;

@@ -1,5 +1,5 @@
 // The intrinsic functions: what comes out and how many arguments go in. The parser knows the names
-// from here, the emitter (emit/functions.cpp) the rest.
+// from here, the emitter (emit/functions.cpp and its like) the rest.
 #pragma once
 
 #include <cstddef>

@@ -5,7 +5,7 @@
 //   SPECIAL-NAMES, SELECT data_division.cpp FD, data descriptions procedure_division.cpp sections,
 //   paragraphs, sentences, the table of verbs expressions.cpp identifiers, arithmetic expressions,
 //   conditions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp
-//   strings.cpp searching.cpp statements
+//   strings.cpp searching.cpp xml.cpp statements
 //
 // After an error the parser is in panic: it says no more until the next verb, period or header.
 #pragma once
@@ -43,6 +43,7 @@ private:
     }
     bool take(Word word);
     bool takeMark(uint32_t mark);
+    std::vector<Reference *> keyParts();
     bool expect(Word word);
     void expectPeriod();
     void error(const std::string &text);
@@ -216,7 +217,12 @@ private:
 
     Statement *searchStatement();
 
+    Statement *xmlStatement();
+    Statement *xmlParse();
+    Statement *xmlGenerate();
+
     Statement *notBuiltStatement();
+    void execBlock(Tok start);
     Statement *enterStatement();
     Statement *noteStatement();
     Statement *traceStatement();

@@ -69,6 +69,8 @@ const VerbRow *VerbRow::of(Word verb)
         {K_TRANSFORM, &Parser::transformStatement},
         // searching.cpp
         {K_SEARCH, &Parser::searchStatement},
+        // xml.cpp
+        {K_XML, &Parser::xmlStatement},
         // not built
         {K_ENTER, &Parser::enterStatement},
         {K_NOTE, &Parser::noteStatement},
@@ -85,7 +87,6 @@ const VerbRow *VerbRow::of(Word verb)
         {K_DISABLE, &Parser::notBuiltStatement},
         {K_PURGE, &Parser::notBuiltStatement},
         {K_EXEC, &Parser::notBuiltStatement},
-        {K_XML, &Parser::notBuiltStatement},
         {K_JSON, &Parser::notBuiltStatement},
         {K_INVOKE, &Parser::notBuiltStatement},
         {K_RAISE, &Parser::notBuiltStatement},
@@ -104,6 +105,7 @@ bool Parser::atVerb() const
     if (now().word == K_READY || now().word == K_RESET) return aheadIs(1, K_TRACE);
     if (now().word == K_SERVICE) return aheadIs(1, K_RELOAD) || aheadIs(1, K_LABEL);
     if (isReserved(now().word)) return true;
+    if (now().word == K_XML || now().word == K_JSON) return aheadIs(1, K_PARSE) || aheadIs(1, K_GENERATE);
     if (now().word == K_NOTE) return ahead().kind != TokenKind::Punct && !aheadIs(1, K_SECTION);
     // A word of some context only (UNLOCK, EXEC): a verb if an operand follows, and not a
     // paragraph's name or a qualifier.
@@ -120,13 +122,24 @@ Statement *Parser::notBuiltStatement()
     Word verb = now().word;
     Tok start = here();
     Statement *s = begin<Statement>();
-    notBuilt(start, "the statement " + wordText(verb));
-    if (verb == K_EXEC) {
-        while (!atEnd() && !at(K_END_EXEC)) step();
-        take(K_END_EXEC);
-        panic_ = false;
-    }
+    if (verb == K_EXEC)
+        execBlock(start);
+    else
+        notBuilt(start, "the statement " + wordText(verb));
     return s;
+}
+
+// EXEC SQL ... END-EXEC, of any division; now() is after EXEC. Nobody is told of names that it
+// would have declared.
+void Parser::execBlock(Tok start)
+{
+    std::string phrase = "EXEC";
+    if (now().kind == TokenKind::Name) phrase += " " + wordText(now().word);
+    notBuilt(start, phrase);
+    while (!atEnd() && !at(K_END_EXEC)) step();
+    take(K_END_EXEC);
+    panic_ = false;
+    group_.embedded = true;
 }
 
 // ENTER language [routine]. Obsolete, no effect.

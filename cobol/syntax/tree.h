@@ -365,6 +365,28 @@ struct InspectStatement : Statement {
     std::vector<Phrase> phrases;
 };
 
+// syntax/xml.cpp
+struct XmlParseStatement : Statement {
+    Reference *document = nullptr;
+    Expr *codePage = nullptr;
+    ProcedureName first, last;
+    Phrases exception;
+};
+
+struct XmlGenerateStatement : Statement {
+    Reference *receiver = nullptr, *source = nullptr, *count = nullptr;
+    Expr *encoding = nullptr, *nameSpace = nullptr, *prefix = nullptr;
+    bool declaration = false, attributes = false;
+    struct Part {
+        Word phrase = 0; // K_NAME, K_TYPE, K_SUPPRESS
+        Reference *item = nullptr;
+        Expr *name = nullptr;
+        Word type = 0; // K_ATTRIBUTE, K_ELEMENT, K_CONTENT
+    };
+    std::vector<Part> parts;
+    Phrases exception;
+};
+
 // syntax/searching.cpp
 struct SearchStatement : Statement {
     bool all = false;
@@ -517,8 +539,9 @@ struct Item {
     bool laidOut = false, hasDepending = false; // an OCCURS DEPENDING in it
     Item *dependingItem = nullptr;
     bool referenced = false;
-    int parameter = -1;  // LINKAGE: place in PROCEDURE DIVISION USING
-    std::string special; // C text of a special register's address
+    int parameter = -1; // LINKAGE: place in PROCEDURE DIVISION USING
+    // C text of a special register's address, and of its length where that changes
+    std::string special, specialLength;
     Word specialKind = 0;
     Item *table = nullptr; // of an index: the table it belongs to
     Expr *constant = nullptr;
@@ -554,7 +577,9 @@ struct File {
     struct AlternateKey {
         Reference *item;
         bool duplicates;
+        std::vector<Reference *> parts; // of a split key, whose name is no data item
     };
+    std::vector<Reference *> recordKeyParts;
     std::vector<AlternateKey> alternateKeys;
     Word lockMode = 0; // K_MANUAL, K_AUTOMATIC, K_EXCLUSIVE
     bool lockMultiple = false;
@@ -627,6 +652,7 @@ struct Program {
     bool debugging = false;
     bool hasAlter = false;
     bool openShares = false; // an OPEN says SHARING or LOCK itself
+    bool usesXml = false;
 
     // environment
     std::vector<Alphabet *> alphabets;
@@ -672,6 +698,7 @@ struct Program {
 struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
+    bool embedded = false; // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
 

@@ -7,7 +7,9 @@
 #include "cobol/text/preprocessor.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <sys/stat.h>
 
@@ -460,7 +462,7 @@ private:
         }
         int number = sources().open(path, statement);
         if (number < 0) {
-            diagnostics().error(nameToken.spot, "cannot read " + path);
+            diagnostics().error(nameToken.spot, "cannot read " + path + ": " + std::strerror(errno));
             return;
         }
         dependencies_.push_back(path);
@@ -484,6 +486,7 @@ std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPat
 {
     Reader reader(options, path, dependencies);
     std::vector<Token> tokens;
+    tokens.reserve(sources()[file].text.size() / 8); // about what sources have
     reader.file(file, tokens, 0);
     return reader.replaceStatements(std::move(tokens));
 }

@@ -52,7 +52,7 @@
            05  POSTINGS            PIC 9(4) COMP-5.
            05  POSTING OCCURS 0 TO 100 DEPENDING ON POSTINGS.
                10  DAY-OF-POSTING  PIC 9(8).
-               10  REFERENCE       PIC X(8).
+               10  REF-OF-POSTING  PIC X(8).
                10  AMOUNT          PIC S9(11)V99 COMP-3.
        01  DOCUMENT-LENGTH         PIC 9(9) COMP-5.
        01  ELEMENT-NAME            PIC X(30).
@@ -128,7 +128,7 @@
            END-IF
            ADD 1 TO POSTINGS
            MOVE SR-DATE TO DAY-OF-POSTING (POSTINGS)
-           MOVE SR-REFERENCE TO REFERENCE (POSTINGS)
+           MOVE SR-REFERENCE TO REF-OF-POSTING (POSTINGS)
            MOVE SR-AMOUNT TO AMOUNT (POSTINGS)
            ADD SR-AMOUNT TO SUM-OUT.
 
@@ -149,6 +149,7 @@
                MOVE SPACES TO XML-LINE
                XML GENERATE XML-LINE FROM STATEMENT-OF-ACCOUNT
                    COUNT IN DOCUMENT-LENGTH
+                   NAME OF REF-OF-POSTING IS "REFERENCE"
                    TYPE OF ACCOUNT IS ATTRIBUTE
                    SUPPRESS POSTINGS
                    ON EXCEPTION

@@ -1,5 +1,6 @@
 // The message catalog; see message_catalog.h.
 #include "frame/messages/message_catalog.h"
+#include "base/environment.h"
 
 #include <algorithm>
 #include <climits>
@@ -147,7 +148,7 @@ nl_catd openUnder(const char *locale)
 {
     constexpr char systemList[] = "/usr/share/locale/%L/%N:/usr/share/locale/%L/LC_MESSAGES/%N:"
                                   "/usr/share/locale/%l/%N:/usr/share/locale/%l/LC_MESSAGES/%N";
-    const char *list = getenv("NLSPATH");
+    const char *list = environmentValue("NLSPATH");
     nl_catd opened = list ? openFromList(list, locale) : kClosed;
     return opened != kClosed ? opened : openFromList(systemList, locale);
 }

@@ -106,7 +106,7 @@ bool isPartOf(const char *list, const char *part)
 
 void putInFrontOfNlspath(const char *entry)
 {
-    const char *present = getenv("NLSPATH");
+    const char *present = environmentValue("NLSPATH");
     if (present && isPartOf(present, entry)) return;
     if (!present || !*present) {
         setenv("NLSPATH", entry, 1);
@@ -157,7 +157,7 @@ static void keepPrintfFormats()
 
 __attribute__((constructor)) void zvk_init()
 {
-    if (getenv("__ZVKDEBUG")) fprintf(stderr, "%s\n", kBanner);
+    if (environmentValue("__ZVKDEBUG")) fprintf(stderr, "%s\n", kBanner);
     keepPrintfFormats();
     zvkAdoptEnvironmentLocale();
     if (!makeProccom()) return;

@@ -72,7 +72,7 @@ void InitCobolRte(PCB *pcb)
     ZVK_TRACE("InitCobolRte: PID %d Proccom @%p Runcom @%p jvc=%d  txmn=%d  preinit=%d  cache=%d\n", _zvkProccom->pid,
               static_cast<void *>(_zvkProccom), static_cast<void *>(_zvkProccom->runcom), _zvkProccom->jvc,
               _zvkProccom->txmn, (_zvkProccom->flags & ZVK_PREINIT) != 0, _zvkProccom->cache);
-    const char *options = getenv("COBRTOPT");
+    const char *options = environmentValue("COBRTOPT");
     ZVK_TRACE("COBRTOPT=%s\n", options ? options : "");
     zvkParseOptions();
     feenableexcept(FE_DIVBYZERO);
@@ -80,7 +80,7 @@ void InitCobolRte(PCB *pcb)
     zvkReadWindowSize(0, &_zvkProccom->winStdout);
     zvkReadWindowSize(1, &_zvkProccom->winStdout);
     zvkReadWindowSize(2, &_zvkProccom->winStderr);
-    if (getenv("CPM_CACHE")) zvkStartProgramCache();
+    if (environmentValue("CPM_CACHE")) zvkStartProgramCache();
     if (inContainer()) _zvkProccom->flags |= ZVK_TRACK_STORAGE;
     _zvkProccom->abortHook = nullptr;
 }

@@ -1,6 +1,7 @@
 // The entries that end a program or a run unit in an orderly way: return of the main program, STOP
 // RUN, a host's and a monitor's calls, CANCEL.
 #include "kvr2/termination.h"
+#include "base/environment.h"
 
 #include <csetjmp>
 #include <cstdio>
@@ -125,7 +126,7 @@ static void endTask(const char *who, uint32_t traceReason, void (*end)())
     if (!_zvkProccom) {
         // There is no trace switch without a Proccom, so this line shows under the environment
         // variable alone.
-        if (getenv("__ZVKDEBUG"))
+        if (environmentValue("__ZVKDEBUG"))
             fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p txmn %d\n", who, getpid(), nullptr, nullptr, 0);
         return;
     }

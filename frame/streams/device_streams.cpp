@@ -1,5 +1,6 @@
 // Binding of the device streams; see device_streams.h.
 #include "frame/device_streams.h"
+#include "base/environment.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -54,7 +55,7 @@ FILE *defaultStream(uint8_t letter)
 const char *assignedName(const Device &device)
 {
     for (const char *variable : device.variables) {
-        const char *value = variable ? getenv(variable) : nullptr;
+        const char *value = variable ? environmentValue(variable) : nullptr;
         if (value) return *value ? value : nullptr;
     }
     return nullptr;

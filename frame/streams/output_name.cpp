@@ -8,6 +8,7 @@
 #include <ctime>
 #include <sys/time.h>
 
+#include "base/environment.h"
 #include "frame/device_streams.h"
 #include "frame/run_unit.h"
 
@@ -55,7 +56,7 @@ const char *outputDirectory()
     static bool read;
     if (!read) {
         read = true;
-        const char *value = getenv("COBOUTDIR");
+        const char *value = environmentText("COBOUTDIR");
         snprintf(directory, kNameSize, "%s", value ? value : "");
         size_t length = strlen(directory);
         if (length && directory[length - 1] != '/') strcpy(directory + length, "/");

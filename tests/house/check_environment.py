@@ -16,7 +16,7 @@ read = set()
 for room in ROOMS:
     for path in sorted([*(root / room).rglob("*.cpp"), *(root / room).rglob("*.h")]):
         text = path.read_text()
-        read.update(re.findall(r'(?:getenv|environmentText|environmentHas|levelFromEnvironment)\("(\w+)"\)', text))
+        read.update(re.findall(r'(?:getenv|environmentText|environmentValue|environmentHas|levelFromEnvironment)\("(\w+)"\)', text))
         for row in re.findall(r"^\s*\{'\w', &Proccom::.*$", text, re.M):
             read.update(re.findall(r'"([A-Z]{5,})"(?=[,}].*"[raw]")', row))
 documented = set()

@@ -1,0 +1,138 @@
+// OPEN, CLOSE, DELETE FILE: what goes with a file as a whole.
+#include "cobol/emit/emitter.h"
+
+namespace kvrcob {
+
+// A file that several programs share has one FCB. Before a statement it takes what is the
+// program's own: the index of its attributes, its USE procedures.
+void Emitter::prepare(const File &f)
+{
+    if (f.external) put(cat("F", f.number, "->index = ", f.index, ";\n"));
+    if (f.external || (f.global && (program_ != f.program || !f.program->nested.empty())))
+        put(cat("F", f.number, "->useTable = ", useTable(*program_, f), ";\n"));
+}
+
+void Emitter::linageValues(const File &f)
+{
+    if (!f.linage) return;
+    const Expr *values[4] = {f.linage, f.footing, f.top, f.bottom};
+    for (int i = 0; i < 4; i++) {
+        if (!values[i]) continue;
+        put(cat("I", f.number, ".linage[", i, "].value = (uint32_t)", integer(values[i]), ";\n"));
+    }
+}
+
+// What the file's other users may do, of its SELECT or of an OPEN.
+std::string Emitter::shareMode(const File &f, Word sharing)
+{
+    int others = sharing == K_ALL ? 1 : sharing == K_READ ? 2 : sharing == K_NO ? 3 : f.lockMode == K_EXCLUSIVE ? 3 : 0;
+    return cat(others, f.lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "");
+}
+
+// The name of the file that an item holds at this moment.
+void Emitter::assignment(const File &f)
+{
+    if (!f.assignItem || f.assignExternal) return;
+    Item *item = meaning_.resolve(*f.program, *f.assignItem, true);
+    if (!item || item->isConstant || item->level == 88) return;
+    Loc loc = locate(*f.assignItem);
+    if (loc.good())
+        put(cat("I", f.number, ".fib.assignmentLength = ", emits(Do::Assignment, Of::Text), "(N", f.number, ", ",
+                loc.address, ", ", loc.length, ");\n"));
+}
+
+// A sequential file with records of one length may come from another system, as records or as lines
+// without a header.
+bool Emitter::mayBeGiven(const File &f)
+{
+    return f.organization == K_SEQUENTIAL && !isPrinted(f) && f.minRecord == f.maxRecord && !f.external &&
+           f.device == 0;
+}
+
+void Emitter::openGiven(const File &f, bool probe)
+{
+    openGiven_ = true;
+    put(cat(emits(Do::OpenGiven), "(F", f.number, ", p", f.program->number, "_element, &I", f.number, ".fib, ",
+            probe ? 1 : 0, ");\n"));
+}
+
+void Emitter::openStatement(const OpenStatement &s)
+{
+    for (const OpenStatement::Part &part : s.parts) {
+        File *f = meaning_.file(*program_, part.file, part.at);
+        if (!f) continue;
+        if (f->sortFile) {
+            error(part.at, "a sort file is not opened");
+            continue;
+        }
+        if (part.reversed && (part.mode != K_INPUT || f->organization == K_RELATIVE || f->organization == K_INDEXED))
+            error(part.at, "REVERSED goes with OPEN INPUT of a sequential file");
+        linageValues(*f);
+        if (f->linage) put(cat(emits(Do::LinageOpen), "(&I", f->number, ".linage[0], &G", f->number, ");\n"));
+        assignment(*f);
+        prepare(*f);
+        if (f->program->openShares || program_->openShares) // each OPEN anew: what another one said is over
+            put(cat("I", f->number, ".fib.sharing = ", part.sharing || f->sharing || f->lockMode ? 1 : 0, "; I",
+                    f->number, ".fib.shareMode = ", shareMode(*f, part.sharing ? part.sharing : f->sharing), ";\n"));
+        const char *mode = part.mode == K_INPUT    ? "ZVK_OPEN_INPUT"
+                           : part.mode == K_OUTPUT ? "ZVK_OPEN_OUTPUT"
+                           : part.mode == K_I_O    ? "ZVK_OPEN_IO"
+                                                   : "ZVK_OPEN_EXTEND";
+        put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
+                f->number, "->statement = 0;\n"));
+        if ((part.mode != K_OUTPUT || f->readable) && mayBeGiven(*f))
+            openGiven(*f, false);
+        else
+            put(cat("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n"));
+        if (part.reversed) {
+            reversed_ = true;
+            put(cat(emits(Do::OpenReversed), "(F", f->number, ", p", f->program->number, "_element);\n"));
+        }
+        debugFile(*f, nullptr);
+    }
+}
+
+void Emitter::closeStatement(const CloseStatement &s)
+{
+    for (const CloseStatement::Part &part : s.parts) {
+        File *f = meaning_.file(*program_, part.file, part.at);
+        if (!f) continue;
+        if (f->sortFile) {
+            error(part.at, "a sort file is not closed");
+            continue;
+        }
+        prepare(*f);
+        if (part.reel) {
+            // There are no reels: the statement is successful, with status 07, and the file stays
+            // open.
+            put(cat(emits(Do::CloseReel), "(F", f->number, ", p", f->program->number, "_element);\n"));
+            debugFile(*f, nullptr);
+            continue;
+        }
+        put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
+                part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
+        put(cat("F", f->number, slot(emits(Do::Close)), "(F", f->number, ", p", f->program->number, "_element);\n"));
+        debugFile(*f, nullptr);
+    }
+}
+
+void Emitter::deleteFile(const FileStatement &s)
+{
+    std::vector<std::pair<Word, Tok>> files = s.moreFiles;
+    files.insert(files.begin(), {s.file, s.fileAt});
+    for (const auto &[name, at] : files) {
+        File *f = meaning_.file(*program_, name, at);
+        if (!f) continue;
+        if (f->sortFile) {
+            error(at, "a sort file is not deleted");
+            continue;
+        }
+        assignment(*f);
+        prepare(*f);
+        deleteFile_ = true;
+        put(cat(emits(Do::DeleteFile), "(F", f->number, ", p", f->program->number, "_element, &I", f->number,
+                ".fib);\n"));
+    }
+}
+
+} // namespace kvrcob

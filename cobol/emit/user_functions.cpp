@@ -1,0 +1,90 @@
+// Functions that the source defines by FUNCTION-ID: which one a name means, and its call.
+#include "cobol/emit/emitter.h"
+
+#include <algorithm>
+
+namespace kvrcob {
+
+Program *Emitter::userFunction(const Expr *e)
+{
+    for (Program *p : group_.programs)
+        if (p->isFunction && p->name == e->op) return p;
+    return nullptr;
+}
+
+const Item *Emitter::resultOf(Program &function)
+{
+    return function.functionResult ? meaning_.resolve(function, *function.functionResult) : nullptr;
+}
+
+// The call of such a function. An argument that is no item of the parameter's own kind and size is
+// moved to one that is.
+bool Emitter::callFunction(const Expr *e, Loc &result)
+{
+    Program &f = *userFunction(e);
+    const Item *returned = resultOf(f);
+    if (!returned) return false;
+    std::vector<const Expr *> args;
+    for (const Expr *a : e->args) expandAll(a, args);
+    if (args.size() + 1 != f.parameters.size()) {
+        error(e->at, "FUNCTION " + wordText(e->op) + " has " + std::to_string(args.size()) + " arguments; it needs " +
+                         std::to_string(f.parameters.size() - 1));
+        return false;
+    }
+    std::string arguments, lengths;
+    for (size_t i = 0; i < args.size(); i++) {
+        const CallStatement::Argument &parameter = f.parameters[i];
+        const Item *formal = parameter.value && parameter.value->kind == ExprKind::Reference
+                                 ? meaning_.resolve(f, *parameter.value->ref)
+                                 : nullptr;
+        if (!formal) return false;
+        if (parameter.mode == CallStatement::Value) {
+            notBuilt(e->at, "BY VALUE of a function");
+            return false;
+        }
+        const Expr *a = constant(args[i]);
+        std::string address = temp("uint8_t *");
+        if (formal->anyLength) {
+            Text t = text(a, true);
+            if (!t.good) return false;
+            put(cat(address, " = (uint8_t *)(intptr_t)(", t.address, ");\n"));
+            std::string length = temp("int64_t");
+            put(cat(length, " = ", t.length, ";\n"));
+            lengths += cat("kvr_lengths[", i, "] = ", length, ";\n");
+            arguments += cat(address, ", ");
+            continue;
+        }
+        Loc given;
+        if (a->kind == ExprKind::Reference) given = locate(*a->ref);
+        bool same = given.good() && !given.refmod && given.item->category == formal->category &&
+                    given.item->usage == formal->usage && given.item->signForm == formal->signForm &&
+                    given.item->picture.scale == formal->picture.scale && given.item->size == formal->size;
+        if (formal->category == Category::Group || formal->category == Category::Alphanumeric)
+            same = given.good() && given.fixed >= static_cast<int64_t>(formal->size) &&
+                   (formal->category == Category::Group || !isNumericItem(*given.item));
+        if (same) {
+            put(cat(address, " = ", given.address, ";\n"));
+        } else {
+            Loc copy = locateItem(*formal, "", true);
+            copy.address = tempBytes(formal->size);
+            put(cat(address, " = ", copy.address, ";\n"));
+            move(a, copy);
+        }
+        arguments += cat(address, ", ");
+    }
+    result = Loc{};
+    result.item = returned;
+    result.category = returned->category;
+    result.fixed = returned->size;
+    result.length = cat(returned->size);
+    result.address = tempBytes(std::max<int64_t>(returned->size, 1));
+    bool zeros = isNumericItem(*returned) && returned->usage != Usage::Display;
+    put(cat("memset(", result.address, ", ",
+            zeros                      ? "0"
+            : isNumericItem(*returned) ? "'0'"
+                                       : "' '",
+            ", ", returned->size, ");\n", lengths, "kvr_entry_", f.number, "(", arguments, result.address, ");\n"));
+    return true;
+}
+
+} // namespace kvrcob
