@@ -350,8 +350,8 @@ void Emitter::procedures(Program &p)
     // Exits and altered GO TOs, now that all of them are known.
     std::stable_sort(insertions_.begin(), insertions_.end(),
                      [](const Insertion &a, const Insertion &b) { return a.at < b.at; });
-    // The cells are in memory, and not in as many variables: those would be live everywhere, and the
-    // C compiler would take its time.
+    // The cells are in memory, and not in as many variables: those would be live everywhere, and
+    // the C compiler would take its time.
     size_t saved = sites_ + 1 - firstSite_;
     std::string out =
         cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
