@@ -19,7 +19,7 @@ EXPORTS = set(re.findall(r"^\s+([A-Za-z_]\w*);", (ROOT / "kvr2.map").read_text()
 
 # In emitted programs these are no routines that a statement chooses: functions that kvrcob emits
 # itself, and data.
-NO_CHOICE = re.compile(r"kvr_(entry|cancel|segment)_|kvr_(digits|lengths|arguments|argument_count|next_argument)\b")
+NO_CHOICE = re.compile(r"kvr_(entry|cancel|segment)_|kvr_(digits|lengths|arguments|argument_count|next_argument|utilities)\b")
 
 
 def without_comments(text):
@@ -28,10 +28,7 @@ def without_comments(text):
 
 def rows():
     """The rows of the table: (macro, arguments), strings without their quotes."""
-    code = without_comments(TABLE.read_text())
-    code = re.sub(r'^#include "(.*)"', lambda other: without_comments((ROOT / "include" / other[1]).read_text()), code, flags=re.M)
-    code = re.sub(r"^KVR_UTILITY\((.*), (\w+)\)", r'UTILITY(\1, "\2")', code, flags=re.M)
-    code = re.sub(r"^\s*#.*", "", code, flags=re.M)
+    code = re.sub(r"^\s*#.*", "", without_comments(TABLE.read_text()), flags=re.M)
     for macro, arguments in re.findall(r'^(\w+)\(((?:"(?:[^"\\]|\\.)*"|[^")])*)\)', code, re.M):
         yield macro, [a.strip().strip('"') if not a.strip() == '""' else "" for a in
                       re.findall(r'\s*("(?:[^"\\]|\\.)*"|[^",]+)\s*(?:,|$)', arguments)]

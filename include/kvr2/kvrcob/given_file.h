@@ -13,11 +13,11 @@
 #pragma GCC system_header
 #endif
 
+#include "kvr2/kvrcob/base.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "kvr2/kvrcob/base.h"
 
 /* Are there ends of lines, and no other control characters than those of text? */
 KVR_INLINE int kvr_is_text(const uint8_t *bytes, ssize_t size)

@@ -20,7 +20,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "kvr2/kvrcob/base.h"
+#include "kvr2/kvrcob.h"
 
 typedef struct KvrArgument {
     uint8_t *address;
@@ -212,27 +212,26 @@ KVR_INLINE KvrUtility kvr_utility(const char *name, KvrUtility utility)
     return own ? (KvrUtility)(intptr_t)own : utility;
 }
 
-/* The utility that an item names, unless a program of that name can be reached, or null. */
-KVR_SHARED KvrUtility kvr_utility_named(const uint8_t *name, int64_t length, const KvrVisible *visible)
+/* A utility's name and routine; a table of them ends with a null name. */
+typedef struct KvrUtilityRow {
+    const char *name;
+    KvrUtility routine;
+} KvrUtilityRow;
+
+/* The utility that an item names, unless a program of that name can be reached; else null. */
+KVR_SHARED KvrUtility kvr_utility_named(const uint8_t *name, int64_t length, const KvrVisible *visible,
+                                        const KvrUtilityRow *row)
 {
-    static const struct {
-        const char *name;
-        KvrUtility routine;
-    } rows[] = {
-#define KVR_UTILITY(name, routine) {name, (KvrUtility)routine},
-#include "kvr2/kvrcob/utility_names.h"
-#undef KVR_UTILITY
-    };
     char text[161];
     int64_t n, i;
     if (length < 1 || !memchr("SCsc", name[0], 4)) return 0;
     n = kvr_program_name(name, length, text);
     for (i = 0; i < n; i++) text[i] = (char)(text[i] >= 'a' && text[i] <= 'z' ? text[i] - 32 : text[i]);
-    for (i = 0; i < (int64_t)(sizeof rows / sizeof rows[0]) && strcmp(rows[i].name, text) != 0; i++) continue;
-    if (i == (int64_t)(sizeof rows / sizeof rows[0])) return 0;
+    while (row->name && strcmp(row->name, text) != 0) row++;
+    if (!row->name) return 0;
     for (; visible->name; visible++)
         if (strcmp(visible->name, text) == 0) return 0;
-    return dlsym(RTLD_DEFAULT, text) ? 0 : rows[i].routine;
+    return dlsym(RTLD_DEFAULT, text) ? 0 : row->routine;
 }
 
 #endif
