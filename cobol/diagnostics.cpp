@@ -2,6 +2,7 @@
 #include "cobol/diagnostics.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -29,9 +30,12 @@ int Sources::open(const std::string &path, Spot includedAt)
     char buffer[65536];
     size_t got;
     while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0) file.text.append(buffer, got);
-    bool failed = std::ferror(stream) != 0;
+    int failure = std::ferror(stream) ? errno : 0; // a directory, for one
     if (stream != stdin) std::fclose(stream);
-    if (failed) return -1; // a directory, for one
+    if (failure) {
+        errno = failure;
+        return -1;
+    }
     file.lineStarts.push_back(0);
     for (size_t i = 0; i < file.text.size(); i++)
         if (file.text[i] == '\n') file.lineStarts.push_back(i + 1);

@@ -103,11 +103,23 @@ struct ToBinary {
         result = static_cast<Integer>((value ^ minus) - minus);
     }
 
-    // Clean zoned items of 1 to 3 digits. A letter in the last place is not decoded here, nor
-    // below, so its item goes the long way.
-    [[gnu::always_inline]] bool fewDigits(Integer &result) const
+    // Clean items of 1 to 3 digits.
+    [[gnu::always_inline]] bool fewPacked(Integer &result) const
     {
-        if (static_cast<uint32_t>(sn - 1) >= 3) return false;
+        const unsigned last = src[sn >> 1], units = last >> 4, sign = last & 0x0F;
+        unsigned tens = 0, hundreds = 0;
+        if (sn > 1) {
+            tens = src[0] & 0x0Fu;
+            hundreds = src[0] >> 4;
+        }
+        if (sign < 10 || units > 9 || tens > 9 || hundreds > 9) return false;
+        if (sn == 2) hundreds = 0; // the first nibble of an even item is no digit
+        give(units + tens * 10 + hundreds * 100, isNegativeNibble(static_cast<uint8_t>(sign)), result);
+        return true;
+    }
+    // A letter in the last place is not decoded here, nor below, so its item goes the long way.
+    [[gnu::always_inline]] bool fewZoned(Integer &result) const
+    {
         const unsigned last = src[sn - 1] ^ 0x30u;
         unsigned value = last & ~kByteMinus;
         if (value > 9) return false;
@@ -186,10 +198,11 @@ struct ToBinary {
     }
     bool quick(uint32_t, Integer &result) const
     {
+        const bool few = static_cast<uint32_t>(sn - 1) < 3;
         if constexpr (isPacked<Form>)
-            return shortValue<uint64_t>(result);
+            return few ? fewPacked(result) : shortValue<uint64_t>(result);
         else
-            return fewDigits(result) || eightDigitsValue(result);
+            return (few && fewZoned(result)) || eightDigitsValue(result);
     }
     bool quickLong(Integer &result) const
     {
@@ -227,6 +240,17 @@ void writePacked(Word digits, bool negative, uint8_t *dst, int32_t n)
         n = most;
     }
     shortforms::Pckd::write(dst, n, digits, negative);
+}
+
+// The same for a magnitude below 1000 and an item of 1 to 3 digits.
+[[gnu::always_inline]] inline void writeFewPacked(unsigned magnitude, bool negative, uint8_t *dst, int32_t n)
+{
+    const unsigned hundreds = magnitude / 100;
+    unsigned digits = hundreds << 8 | kValuePair[magnitude - hundreds * 100];
+    if (n < 3) digits &= n == 2 ? 0xFF : 0x0F;
+    const unsigned item = digits << 4 | signNibble(negative && digits); // a zero is positive
+    if (n > 1) *dst++ = static_cast<uint8_t>(item >> 8);
+    *dst = static_cast<uint8_t>(item);
 }
 
 // The digits of a magnitude, in the word that holds them.
@@ -301,6 +325,10 @@ struct FromBinary {
         const uint64_t sign = value < 0 ? ~uint64_t{0} : 0;
         const uint64_t magnitude = (static_cast<uint64_t>(value) ^ sign) - sign;
         if constexpr (isPacked<Form>) {
+            if (static_cast<uint32_t>(dn - 1) < 3 && magnitude < 1000) {
+                writeFewPacked(static_cast<unsigned>(magnitude), sign != 0, dst, dn);
+                return dst;
+            }
             withDigits(magnitude, [&](auto digits) {
                 const int32_t n = dn > 0 ? dn : 0;
                 writePacked(digits, sign && !allZero(digits, n), dst, n); // a zero is positive

@@ -123,6 +123,21 @@ const char *organizationOf(const Shape &shape)
     return shape.indexed() ? "indexed" : shape.relative() ? "relative" : "sequential";
 }
 
+// "bytes 1 to 6", or "bytes 11 to 12 and 1 to 4"; `part`: where its further parts begin.
+std::string placeOf(const Shape &shape, const FileKey &key, size_t part)
+{
+    auto range = [](uint32_t position, uint32_t length) {
+        return std::to_string(position + 1) + " to " + std::to_string(position + length);
+    };
+    uint32_t first = key.length;
+    std::string more;
+    for (size_t n = part; n < part + key.reserved[0]; ++n) {
+        first -= shape.parts[n].length;
+        more += " and " + range(shape.parts[n].position, shape.parts[n].length);
+    }
+    return "bytes " + range(key.position, first) + more;
+}
+
 void printStore(const std::string &path, const Shape &shape)
 {
     StorePages pages;
@@ -132,14 +147,16 @@ void printStore(const std::string &path, const Shape &shape)
         return;
     }
     uint64_t records = 0;
+    size_t parts = 0;
     for (uint32_t key = 0; key < shape.keys.size(); ++key) {
         char name[8];
         Tree tree{};
         filesystems::databaseName(key, name);
         bool found = pages.findTree(name, &tree);
         const FileKey &about = shape.keys[key];
-        printf("  key %-7u bytes %u to %u%s, ", key, about.position + 1, about.position + about.length,
+        printf("  key %-7u %s%s, ", key, placeOf(shape, about, parts).c_str(),
                about.flags & ZVK_FILE_KEY_DUPLICATES ? ", duplicates" : "");
+        parts += about.reserved[0];
         if (found)
             printf("%llu entries, depth %u\n", number(tree.entries), tree.depth);
         else

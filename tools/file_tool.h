@@ -22,6 +22,7 @@ struct Shape {
     uint8_t organization = 0; // ZVK_FILE_INDEXED, ZVK_FILE_RELATIVE, 0: sequential
     uint32_t longest = 0, shortest = 0;
     std::vector<FileKey> keys;
+    std::vector<FileKey> parts; // of keys of several parts, those after the first, as in a FIB
 
     bool indexed() const { return organization & ZVK_FILE_INDEXED; }
     bool relative() const { return organization & ZVK_FILE_RELATIVE; }

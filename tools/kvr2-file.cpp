@@ -12,6 +12,7 @@
 #include "tools/file_tool.h"
 #include "tools/record_layout.h"
 #include "tools/record_text.h"
+#include "tools/stored_file.h"
 
 namespace file_tool {
 
@@ -66,6 +67,7 @@ struct Command {
 };
 
 constexpr size_t kMany = 1000000;
+constexpr unsigned long kLongestRecord = 16777216;
 
 const Command kCommands[] = {
     {"info", "FILE...", "what a file is, and who has it open", 1, kMany, kShape, runInfo},
@@ -96,7 +98,9 @@ void help()
          "  -F, --fields=LIST     dump, load: NAME:LENGTH[:FORM],... of the record, for csv and jsonl;\n"
          "                        FORM x text, 9 or s9 zoned, p packed, b or sb binary, with decimals: p2\n"
          "  -x, --hex             csv, jsonl: records in hexadecimal digits\n"
-         "  -k, --key=P:L[:d]     a key from byte P (1 is the first) of L bytes; d: with duplicates\n"
+         "  -k, --key=P:L[,P:L...][:d]\n"
+         "                        a key from byte P (1 is the first) of L bytes, or of several such parts;\n"
+         "                        d: with duplicates. --parts is the same\n"
          "  -o, --order=N         dump: in the order of alternate key N\n"
          "  -r, --record=N[-M]    length of the records, or shortest and longest\n"
          "  -O, --organization=O  sequential, relative or indexed\n"
@@ -112,7 +116,7 @@ bool parseRecord(const char *text, Shape *shape)
     char *end;
     unsigned long first = strtoul(text, &end, 10), second = first;
     if (*end == '-' && end[1]) second = strtoul(end + 1, &end, 10);
-    bool good = !*end && end != text && second && first <= second && second <= 16777216;
+    bool good = !*end && end != text && second && first <= second && second <= kLongestRecord;
     if (!good) return say("--record: '%s' is no length", text), false;
     shape->shortest = static_cast<uint32_t>(first);
     shape->longest = static_cast<uint32_t>(second);
@@ -121,12 +125,29 @@ bool parseRecord(const char *text, Shape *shape)
 
 bool parseKey(const char *text, Shape *shape)
 {
-    unsigned position, length;
-    char rest[4] = "";
-    int parts = sscanf(text, "%u:%u:%3s", &position, &length, rest);
-    bool good = parts >= 2 && position && length && (parts == 2 || !strcmp(rest, "d"));
-    if (!good) return say("--key: '%s' is no POSITION:LENGTH or POSITION:LENGTH:d", text), false;
-    shape->keys.push_back({length, position - 1, static_cast<uint8_t>(parts > 2 ? ZVK_FILE_KEY_DUPLICATES : 0), {}});
+    FileKey key{};
+    uint64_t length = 0;
+    const char *at = text;
+    bool good = true, more = true;
+    for (unsigned n = 0; good && more; ++n) {
+        char *end;
+        unsigned long position = strtoul(at, &end, 10), size = *end == ':' ? strtoul(end + 1, &end, 10) : 0;
+        good = *at >= '0' && *at <= '9' && position && position <= kLongestRecord && size && size <= kLongestRecord &&
+               n <= filesystems::kMostKeyParts;
+        more = *end == ',';
+        at = end + more;
+        length += size;
+        FileKey part{static_cast<uint32_t>(size), static_cast<uint32_t>(position - 1), 0, {}};
+        if (!n)
+            key = part;
+        else if (good)
+            shape->parts.push_back(part), ++key.reserved[0], key.flags = ZVK_FILE_KEY_PARTS;
+    }
+    if (!good || (*at && strcmp(at, ":d") != 0))
+        return say("--key: '%s' is no POSITION:LENGTH[,POSITION:LENGTH...][:d]", text), false;
+    key.length = static_cast<uint32_t>(length);
+    if (*at) key.flags |= ZVK_FILE_KEY_DUPLICATES;
+    shape->keys.push_back(key);
     return true;
 }
 
@@ -219,6 +240,7 @@ static int run(int argc, char **argv)
                                      {"layout", required_argument, nullptr, 'L'},
                                      {"hex", no_argument, nullptr, 'x'},
                                      {"key", required_argument, nullptr, 'k'},
+                                     {"parts", required_argument, nullptr, 'k'},
                                      {"order", required_argument, nullptr, 'o'},
                                      {"record", required_argument, nullptr, 'r'},
                                      {"organization", required_argument, nullptr, 'O'},

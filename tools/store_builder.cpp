@@ -107,14 +107,13 @@ int StoreBuilder::nextNumber(uint32_t key, std::string_view value, uint64_t *num
 
 StoreBuilder::Added StoreBuilder::add(std::string_view record, const std::vector<uint64_t> &numbers)
 {
-    auto valueIn = [&](uint32_t key) { return record.substr(header_.keys[key].position, header_.keys[key].length); };
     for (uint32_t key = 0; key < header_.keyCount; ++key)
-        if (uint64_t(header_.keys[key].position) + header_.keys[key].length > record.size()) return Added::refused;
+        if (filesystems::endOfKey(header_.keys[key], header_.parts) > record.size()) return Added::refused;
     std::vector<std::string> entries(header_.keyCount);
     stored_.clear();
     size_t n = 0;
     for (uint32_t key = 0; key < header_.keyCount; ++key) {
-        entries[key] = valueIn(key);
+        entries[key] = keyIn(header_, key, record);
         if (!key || !hasDuplicates(header_.keys[key])) continue;
         uint64_t number = n < numbers.size() ? numbers[n] : 0;
         ++n;
@@ -171,6 +170,32 @@ bool StoreBuilder::finish()
     if (error) return say("%s: %s", path_.c_str(), strerror(error)), false;
     made_ = false;
     return true;
+}
+
+int openStoreToRead(const std::string &path, MDB_env **env, int *guard)
+{
+    const std::string store = storeOf(path);
+    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY;
+    int error = 0;
+    *guard = -1;
+    for (int again = 0; again < 2; ++again) {
+        *env = nullptr;
+        error = mdb_env_create(env);
+        if (!error) mdb_env_set_maxreaders(*env, filesystems::kMostReaders);
+        if (!error) mdb_env_set_mapsize(*env, filesystems::mapSize());
+        if (!error) error = mdb_env_open(*env, store.c_str(), flags, 0666);
+        if (!error) return 0;
+        if (*env) mdb_env_close(*env);
+        *env = nullptr;
+        if ((error != EACCES && error != EROFS) || again || access(store.c_str(), R_OK) != 0) break;
+        *guard = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (*guard < 0) return errno;
+        if (!filesystems::denyWriters(*guard)) return ::close(*guard), *guard = -1, EBUSY;
+        flags |= MDB_NOLOCK;
+    }
+    if (*guard >= 0) ::close(*guard);
+    *guard = -1;
+    return error;
 }
 
 // --- the place of the old file

@@ -33,6 +33,9 @@ bool StoredHeaderFile::read(const std::string &path)
         reason_ = "its header is damaged";
     else if (header_.keyCount > filesystems::kMostKeys)
         reason_ = "its header has too many keys";
+    for (uint32_t i = 0; i < header_.keyCount && reason_.empty(); ++i)
+        if (!filesystems::keyMakesSense(header_.keys[i], header_.parts, header_.longest))
+            reason_ = "its header has a key outside its records";
     return reason_.empty();
 }
 
@@ -42,15 +45,31 @@ Shape StoredHeaderFile::shape() const
     shape.organization = header_.organization;
     shape.longest = header_.longest;
     shape.shortest = header_.shortest;
-    shape.keys.assign(header_.keys, header_.keys + header_.keyCount);
+    for (uint32_t i = 0; i < header_.keyCount; ++i) {
+        FileKey key = header_.keys[i];
+        for (uint32_t n = 1; n <= key.reserved[0]; ++n) {
+            filesystems::KeyPart part = filesystems::partOf(key, header_.parts, n);
+            shape.parts.push_back({part.length, part.position, 0, {}});
+        }
+        if (filesystems::isSplit(key)) key.flags |= ZVK_FILE_KEY_PARTS;
+        shape.keys.push_back(key);
+    }
     return shape;
+}
+
+void layOutKeys(const Shape &shape, FileKey *table, size_t room)
+{
+    size_t at = 0;
+    for (const auto *some : {&shape.keys, &shape.parts})
+        for (const FileKey &key : *some)
+            if (at < room) table[at++] = key;
 }
 
 filesystems::StoredHeader headerOf(const Shape &shape)
 {
     struct {
         FIB fib{};
-        FileKey keys[filesystems::kMostKeys]{};
+        FileKey keys[filesystems::kMostKeys + filesystems::kMostKeyParts]{};
     } laidOut;
     laidOut.fib.organization = shape.organization;
     laidOut.fib.maxRecord = shape.longest;
@@ -58,10 +77,22 @@ filesystems::StoredHeader headerOf(const Shape &shape)
     laidOut.fib.keyCount = static_cast<uint32_t>(shape.keys.size());
     laidOut.fib.keysOffset =
         static_cast<uint32_t>(reinterpret_cast<uint8_t *>(laidOut.keys) - reinterpret_cast<uint8_t *>(&laidOut.fib));
-    for (size_t i = 0; i < shape.keys.size() && i < filesystems::kMostKeys; ++i) laidOut.keys[i] = shape.keys[i];
+    layOutKeys(shape, laidOut.keys, filesystems::kMostKeys + filesystems::kMostKeyParts);
     filesystems::StoredHeader header;
     filesystems::describeFile(&laidOut.fib, &header);
     return header;
+}
+
+std::string keyIn(const filesystems::StoredHeader &header, uint32_t key, std::string_view record)
+{
+    const FileKey &about = header.keys[key];
+    std::string room(about.length, 0);
+    const uint8_t *bytes =
+        filesystems::bytesOfKey(about, header.parts, reinterpret_cast<const uint8_t *>(record.data()),
+                                reinterpret_cast<uint8_t *>(room.data()));
+    return bytes == reinterpret_cast<uint8_t *>(room.data())
+               ? room
+               : std::string(reinterpret_cast<const char *>(bytes), about.length);
 }
 
 std::string storeOf(const std::string &path)

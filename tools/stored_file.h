@@ -39,7 +39,11 @@ private:
     std::string reason_;
 };
 
+// The key table of a FIB: keys, then parts.
+void layOutKeys(const Shape &shape, FileKey *table, size_t room);
 filesystems::StoredHeader headerOf(const Shape &shape);
+// The key of a record that is long enough for it.
+std::string keyIn(const filesystems::StoredHeader &header, uint32_t key, std::string_view record);
 std::string storeOf(const std::string &path); // NAME.mdb of the file itself
 
 // A tree of the store, as its parent knows it.

@@ -8,16 +8,20 @@
 //
 // Sources become C in a temporary directory, and the system's C compiler (CC, else cc) makes the
 // rest.
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <malloc.h>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
+#include "cobol/driver/workshop.h"
 #include "cobol/emit/emitter.h"
 #include "cobol/syntax/parser.h"
 #include "cobol/text/preprocessor.h"
@@ -101,39 +105,16 @@ Home findHome()
     return home;
 }
 
-constexpr int kCannotRun = 127;
-
-int runCommand(const std::vector<std::string> &command, bool verbose)
-{
-    if (verbose) {
-        for (const std::string &word : command) std::fprintf(stderr, "%s ", word.c_str());
-        std::fputc('\n', stderr);
-    }
-    std::vector<char *> argv;
-    argv.reserve(command.size() + 1);
-    for (const std::string &word : command) argv.push_back(const_cast<char *>(word.c_str()));
-    argv.push_back(nullptr);
-    pid_t child = fork();
-    if (child < 0) return kCannotRun;
-    if (child == 0) {
-        execvp(argv[0], argv.data());
-        _exit(kCannotRun);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
-}
-
 bool writeFile(const std::string &path, const std::string &text)
 {
     FILE *f = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
     if (!f) {
-        diagnostics().fatal("cannot write " + path);
+        diagnostics().fatal("cannot write " + path + reason());
         return false;
     }
     bool good = std::fwrite(text.data(), 1, text.size(), f) == text.size();
     if (f != stdout) good = std::fclose(f) == 0 && good;
-    if (!good) diagnostics().fatal("cannot write " + path);
+    if (!good) diagnostics().fatal("cannot write " + path + reason());
     return good;
 }
 
@@ -205,7 +186,7 @@ Translated translate(const std::string &path, const Options &options, bool mainP
     Translated out;
     int file = sources().open(path, Spot{});
     if (file < 0) {
-        diagnostics().fatal("cannot read " + path);
+        diagnostics().fatal("cannot read " + path + reason());
         return out;
     }
     TextOptions text = options.text;
@@ -366,9 +347,177 @@ std::string hashOf(const std::vector<std::string> &parts)
     return text;
 }
 
+// A compilation overwrites none of its sources, and says before its work that a result has no
+// place.
+bool outputsHavePlaces(const Options &o, const std::vector<std::string> &outputs)
+{
+    for (const std::string &output : outputs) {
+        struct stat result, source;
+        for (const std::string &path : o.sources)
+            if (stat(output.c_str(), &result) == 0 && stat(path.c_str(), &source) == 0 &&
+                result.st_ino == source.st_ino && result.st_dev == source.st_dev) {
+                diagnostics().fatal("the result " + output + " would overwrite the source; name another with -o");
+                return false;
+            }
+        if (output != "-" && !canWrite(output)) return false;
+    }
+    return true;
+}
+
+// What the mode makes, in the current folder unless -o says otherwise.
+std::vector<std::string> outputsOf(const Options &o, const std::vector<Translated> &translated)
+{
+    std::vector<std::string> outputs;
+    if (o.mode == Options::Check || o.mode == Options::Run) return outputs;
+    if (!o.output.empty()) return {o.output};
+    if (o.mode == Options::Program) return {stemOf(o.sources[0])};
+    for (size_t i = 0; i < translated.size(); i++) {
+        if (o.mode == Options::Module)
+            for (const std::string &program : translated[i].programs) outputs.push_back(program + ".so");
+        else if (o.mode != Options::Preprocess)
+            outputs.push_back(stemOf(o.sources[i]) + (o.mode == Options::Object ? ".o" : ".c"));
+    }
+    return outputs;
+}
+
+// Two sources of one program cannot hold programs of one name.
+bool eachProgramOnce(const Options &o, const std::vector<Translated> &translated)
+{
+    for (size_t i = 0; i < translated.size(); i++)
+        for (const std::string &name : translated[i].programs)
+            for (size_t j = 0; j < i; j++)
+                if (std::count(translated[j].programs.begin(), translated[j].programs.end(), name)) {
+                    diagnostics().fatal("there is a program " + name + " in " + o.sources[j] + " and one in " +
+                                        o.sources[i]);
+                    return false;
+                }
+    return true;
+}
+
+// The path in the cache of `run` for what these sources make; empty if there can be no cache.
+std::string cachedProgram(const Options &o, const Home &home, const std::vector<Translated> &translated)
+{
+    std::string cache;
+    if (const char *x = std::getenv("XDG_CACHE_HOME"))
+        cache = x;
+    else if (const char *h = std::getenv("HOME"))
+        cache = std::string(h) + "/.cache";
+    else
+        return "";
+    mkdir(cache.c_str(), 0777);
+    cache += "/kvrcob";
+    mkdir(cache.c_str(), 0777);
+    if (access(cache.c_str(), W_OK | X_OK) != 0) return "";
+    std::vector<std::string> parts = {kVersion, o.optimisation, home.include, o.debug ? "g" : "",
+                                      o.emit.check ? "check" : ""};
+    char self[4096];
+    ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+    struct stat info;
+    if (n > 0 && stat(std::string(self, static_cast<size_t>(n)).c_str(), &info) == 0)
+        parts.push_back(std::to_string(info.st_mtime) + "." + std::to_string(info.st_size));
+    for (const Translated &t : translated) {
+        // But for WHEN-COMPILED, which would make each translation another program.
+        parts.push_back(t.c);
+        static const std::string mark = "whenCompiled[17] __attribute__((unused)) = \"";
+        for (size_t at = 0; (at = parts.back().find(mark, at)) != std::string::npos;) {
+            at += mark.size();
+            parts.back().replace(at, 16, "");
+        }
+    }
+    for (const std::string &l : o.linker) parts.push_back(l);
+    for (const std::string &l : o.objects) parts.push_back(l);
+    return cache + "/" + hashOf(parts);
+}
+
+// The C compiler makes one result. It appears in its place when it is whole, so that of two
+// compilations at once one wins.
+bool makeResult(std::vector<std::string> command, const std::string &output, const Options &o, Workshop &shop)
+{
+    struct stat info;
+    bool direct = stat(output.c_str(), &info) == 0 && !S_ISREG(info.st_mode); // /dev/null, for one
+    std::string place = direct ? output : output + "." + std::to_string(getpid());
+    if (!direct) shop.litter(place);
+    command.insert(command.end(), {"-o", place});
+    int result = runCommand(command, o.verbose);
+    if (interrupted()) return false;
+    if (result == kCannotRun) {
+        diagnostics().fatal("there is no C compiler " + command[0] + ": install one, or name it in CC");
+        return false;
+    }
+    if (result != 0) {
+        diagnostics().fatal("the C compiler failed; unless it says that a library or object file is missing or the "
+                            "disk is full, this is a fault of kvrcob");
+        return false;
+    }
+    if (!direct && rename(place.c_str(), output.c_str()) != 0) {
+        diagnostics().fatal("cannot write " + output + reason());
+        return false;
+    }
+    return true;
+}
+
+// The C compiler and its options. CC may hold several words.
+std::vector<std::string> compilerCommand(const Options &o, const Home &home)
+{
+    std::vector<std::string> command;
+    const char *cc = std::getenv("CC");
+    std::string word;
+    for (char c : std::string(cc ? cc : "") + " ") {
+        if (c != ' ' && c != '\t')
+            word += c;
+        else if (!word.empty())
+            command.push_back(word), word.clear();
+    }
+    if (command.empty()) command.push_back("cc");
+    command.insert(command.end(), {"-std=gnu11", "-fno-strict-aliasing", "-fwrapv", "-fno-gcse", "-fno-tree-pta",
+                                   o.optimisation, "-I" + home.include, o.debug ? "-g" : "-g1"});
+    return command;
+}
+
+// Objects, modules or the program, from the C texts.
+bool build(const Options &o, const Home &home, const std::vector<Translated> &translated, Workshop &shop)
+{
+    const std::vector<std::string> compiler = compilerCommand(o, home);
+    std::vector<std::string> files, link = {"-L" + home.library};
+    for (size_t i = 0; i < translated.size(); i++) {
+        files.push_back(shop.file(std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c"));
+        if (!writeFile(files.back(), translated[i].c)) return false;
+    }
+    if (home.library != "/usr/lib") link.insert(link.end(), {"-Wl,-rpath," + home.library, "-Wl,--disable-new-dtags"});
+    link.insert(link.end(), o.linker.begin(), o.linker.end());
+    link.insert(link.end(), {"-lkvr2_64r", "-lm"});
+
+    if (o.mode == Options::Object || o.mode == Options::Module) {
+        for (size_t i = 0; i < files.size(); i++) {
+            std::vector<std::string> command = compiler, outputs;
+            if (o.mode == Options::Object) {
+                command.insert(command.end(), {"-fPIC", "-c", files[i]});
+                outputs = {stemOf(o.sources[i]) + ".o"};
+            } else {
+                // One module a source, under the name of each of its outermost programs.
+                command.insert(command.end(), {"-fPIC", "-shared", files[i]});
+                command.insert(command.end(), link.begin(), link.end());
+                for (const std::string &program : translated[i].programs) outputs.push_back(program + ".so");
+            }
+            if (!o.output.empty()) outputs = {o.output};
+            for (const std::string &output : outputs)
+                if (!makeResult(command, output, o, shop)) return false;
+        }
+        return true;
+    }
+    std::vector<std::string> command = compiler;
+    command.insert(command.end(), files.begin(), files.end());
+    command.insert(command.end(), o.objects.begin(), o.objects.end());
+    command.push_back("-rdynamic");
+    command.insert(command.end(), link.begin(), link.end());
+    return makeResult(command, o.output.empty() ? stemOf(o.sources[0]) : o.output, o, shop);
+}
+
 int compile(Options &o)
 {
     if (o.sources.empty()) usage("there is no source");
+    if (o.sources.size() > 1 && !o.output.empty() && o.mode != Options::Program && o.mode != Options::Run)
+        usage("-o goes with one source here");
     Home home = findHome();
     if (const char *path = std::getenv("COBCPY")) {
         std::string all = path;
@@ -387,6 +536,7 @@ int compile(Options &o)
         translated.push_back(translate(o.sources[i], o, mainProgram));
     }
     if (diagnostics().errors()) return 1;
+    if (!outputsHavePlaces(o, outputsOf(o, translated))) return 1;
     if (o.mode == Options::Check) return 0;
     if (o.mode == Options::Preprocess) {
         for (const Translated &t : translated)
@@ -399,109 +549,29 @@ int compile(Options &o)
         return 0;
     }
 
-    // The cache of `run`.
-    std::string runProgram;
-    if (o.mode == Options::Run) {
-        std::string cache;
-        if (const char *x = std::getenv("XDG_CACHE_HOME"))
-            cache = x;
-        else if (const char *h = std::getenv("HOME"))
-            cache = std::string(h) + "/.cache";
-        else
-            cache = "/tmp";
-        mkdir(cache.c_str(), 0777);
-        cache += "/kvrcob";
-        mkdir(cache.c_str(), 0777);
-        std::vector<std::string> parts = {kVersion, o.optimisation, home.include, o.debug ? "g" : "",
-                                          o.emit.check ? "check" : ""};
-        char self[4096];
-        ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
-        struct stat info;
-        if (n > 0 && stat(std::string(self, static_cast<size_t>(n)).c_str(), &info) == 0)
-            parts.push_back(std::to_string(info.st_mtime) + "." + std::to_string(info.st_size));
-        for (const Translated &t : translated) {
-            // But for WHEN-COMPILED, which would make each translation another program.
-            parts.push_back(t.c);
-            static const std::string mark = "whenCompiled[17] __attribute__((unused)) = \"";
-            for (size_t at = 0; (at = parts.back().find(mark, at)) != std::string::npos;) {
-                at += mark.size();
-                parts.back().replace(at, 16, "");
-            }
-        }
-        for (const std::string &l : o.linker) parts.push_back(l);
-        for (const std::string &l : o.objects) parts.push_back(l);
-        runProgram = cache + "/" + hashOf(parts);
-        o.output = runProgram + "." + std::to_string(getpid());
-    }
+    if (o.mode != Options::Module && o.mode != Options::Object && !eachProgramOnce(o, translated)) return 1;
 
-    int result = 0;
-    if (o.mode != Options::Run || !exists(runProgram)) {
-        const char *temporary = std::getenv("TMPDIR");
-        std::string directory = std::string(temporary && *temporary ? temporary : "/tmp") + "/kvrcob.XXXXXX";
-        if (!mkdtemp(directory.data())) {
-            diagnostics().fatal("cannot make a temporary directory " + directory);
-            return 1;
+    std::string runProgram;
+    bool made = false;
+    if (o.mode == Options::Run) {
+        runProgram = cachedProgram(o, home, translated);
+        made = !runProgram.empty() && exists(runProgram);
+    }
+    // Without a cache the program is in the temporary folder, and is gone when it has been started.
+    int program = -1;
+    if (!made) {
+        Workshop shop;
+        shop.keep = o.keep;
+        if (!shop.open()) return 1;
+        if (o.mode == Options::Run) o.output = runProgram.empty() ? shop.folder() + "/program" : runProgram;
+        if (!build(o, home, translated, shop)) {
+            shop.keep = shop.keep && !interrupted();
+            return interrupted() ? 128 + interrupted() : 1;
         }
-        const char *cc = std::getenv("CC");
-        std::vector<std::string> command = {
-            cc && *cc ? cc : "cc", "-std=gnu11",    "-fno-strict-aliasing", "-fwrapv",
-            "-fno-gcse",           "-fno-tree-pta", o.optimisation,         "-I" + home.include};
-        if (o.debug)
-            command.push_back("-g");
-        else
-            command.push_back("-g1");
-        std::vector<std::string> files;
-        for (size_t i = 0; i < translated.size(); i++) {
-            files.push_back(directory + "/" + std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c");
-            if (!writeFile(files.back(), translated[i].c)) return 1;
+        if (o.mode == Options::Run && runProgram.empty()) {
+            program = open(o.output.c_str(), O_RDONLY | O_CLOEXEC);
+            shop.litter(o.output);
         }
-        std::vector<std::string> link = {"-L" + home.library};
-        if (home.library != "/usr/lib")
-            link.insert(link.end(), {"-Wl,-rpath," + home.library, "-Wl,--disable-new-dtags"});
-        for (const std::string &l : o.linker) link.push_back(l);
-        link.push_back("-lkvr2_64r");
-        link.push_back("-lm");
-        if (o.mode == Options::Object) {
-            for (size_t i = 0; i < files.size() && result == 0; i++) {
-                std::vector<std::string> one = command;
-                one.insert(one.end(),
-                           {"-fPIC", "-c", files[i], "-o", o.output.empty() ? stemOf(o.sources[i]) + ".o" : o.output});
-                result = runCommand(one, o.verbose);
-            }
-        } else if (o.mode == Options::Module) {
-            for (size_t i = 0; i < files.size() && result == 0; i++) {
-                // One module a source, under the name of each of its outermost programs.
-                for (size_t j = 0; j < translated[i].programs.size() && result == 0; j++) {
-                    std::vector<std::string> one = command;
-                    std::string name = o.output.empty() ? translated[i].programs[j] + ".so" : o.output;
-                    one.insert(one.end(), {"-fPIC", "-shared", files[i], "-o", name});
-                    one.insert(one.end(), link.begin(), link.end());
-                    result = runCommand(one, o.verbose);
-                }
-            }
-        } else {
-            command.insert(command.end(), files.begin(), files.end());
-            command.insert(command.end(), o.objects.begin(), o.objects.end());
-            command.insert(command.end(), {"-rdynamic", "-o", o.output.empty() ? stemOf(o.sources[0]) : o.output});
-            command.insert(command.end(), link.begin(), link.end());
-            result = runCommand(command, o.verbose);
-        }
-        if (!o.keep) {
-            for (const std::string &file : files) unlink(file.c_str());
-            rmdir(directory.c_str());
-        } else {
-            std::fprintf(stderr, "kvrcob: the C text is in %s\n", directory.c_str());
-        }
-        if (result == kCannotRun) {
-            diagnostics().fatal("there is no C compiler " + command[0] + ": install one, or name it in CC");
-            return 1;
-        }
-        if (result != 0) {
-            diagnostics().fatal("the C compiler failed; unless it says that a library or object file is missing or the "
-                                "disk is full, this is a fault of kvrcob");
-            return 1;
-        }
-        if (o.mode == Options::Run) rename(o.output.c_str(), runProgram.c_str());
     }
     if (o.dependencies) {
         std::string target = o.output.empty() ? stemOf(o.sources[0]) : o.output, text = target + ":";
@@ -517,8 +587,13 @@ int compile(Options &o)
         argv.push_back(name.data());
         for (std::string &a : o.arguments) argv.push_back(a.data());
         argv.push_back(nullptr);
-        execv(runProgram.c_str(), argv.data());
-        diagnostics().fatal("cannot run " + runProgram);
+        for (int signal : {SIGINT, SIGTERM, SIGHUP})
+            if (interrupted() == signal) return 128 + signal;
+        if (program >= 0)
+            fexecve(program, argv.data(), environ);
+        else
+            execv(runProgram.c_str(), argv.data());
+        diagnostics().fatal("cannot run " + (program >= 0 ? o.output : runProgram) + reason());
         return 1;
     }
     return 0;

@@ -146,6 +146,14 @@ void Emitter::callStatement(const CallStatement &s)
             utilityArguments(s);
             put(cat(routine, " = (KvrProgram)", emits(Do::Utility), "(", bytesLiteral(called), ", (KvrUtility)",
                     utility, ");\n"));
+        } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
+            // The item may name a utility, which needs to know more of its arguments.
+            put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", p",
+                    program_->number, "_visible, kvr_utilities);\nif (", routine, ") {\n"));
+            utilityArguments(s);
+            utilityNames_ = true;
+            put("} else {\n");
+            put(cat(routine, " = ", findProgram(target, phrases_), ";\n}\n"));
         } else if (!name.address.empty()) {
             put(cat(routine, " = ", findProgram(target, phrases_), ";\n"));
         }

@@ -75,8 +75,8 @@ struct Num {
     bool literal = false;
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
-    // Int: never more than this, above or below zero, whatever the item holds; 0: only the digits are
-    // known
+    // Int: never more than this, above or below zero, whatever the item holds; 0: only the digits
+    // are known
     unsigned __int128 most = 0;
     // Packed, while `text` is `cutOf`: the same, cut by the library to as many digits as @ stands
     // for
@@ -293,6 +293,10 @@ private:
     void deleteStatement(const FileStatement &s);
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
+    bool programEndsSort();
+    void endSort();
+    static bool mayBeGiven(const File &f);
+    void openGiven(const File &f, bool probe);
     void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
@@ -307,9 +311,10 @@ private:
     std::string useTable(Program &p, const File &f);
     void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
+    static int splitKeyNumber(const File &f, const Reference &ref);
 
     void sortStatement(const SortStatement &s);
-    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list);
+    std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
@@ -403,7 +408,8 @@ private:
     Program *program_ = nullptr;
     std::map<const Expr *, std::string>
         guards_;                             // of arguments that ALL made: the condition that there is such an element
-    std::map<const Item *, uint64_t> rooms_; // of records that others redefine: the longest of them
+    // Of records that others redefine: the bytes of the longest of them.
+    std::map<const Item *, uint64_t> rooms_;
     bool groupVisible_ = false;              // the table of all outermost programs was emitted
     std::string globals_;                    // static data before the functions
     std::string code_;                       // the function in hand
@@ -417,12 +423,15 @@ private:
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
     std::string zeroFlag_;
-    bool reversed_ = false;   // an OPEN REVERSED was emitted
-    bool usesXml_ = false;    // a program has XML PARSE or XML GENERATE
-    bool utilities_ = false;  // the CALL of a utility was emitted
-    bool deleteFile_ = false; // a DELETE FILE was emitted
-    bool debugs_ = false;     // USE FOR DEBUGGING is in force
-    bool anyChange_ = false;  // every reference counts as one that may change the item
+    bool reversed_ = false;     // an OPEN REVERSED was emitted
+    bool usesXml_ = false;      // a program has XML PARSE or XML GENERATE
+    bool utilities_ = false;    // the CALL of a utility was emitted
+    bool utilityNames_ = false; // a CALL of an item was emitted
+    int sortReturn_ = -1;       // the source names SORT-RETURN; -1: not looked yet
+    bool deleteFile_ = false;   // a DELETE FILE was emitted
+    bool openGiven_ = false;    // an OPEN of a file that may be another system's
+    bool debugs_ = false;       // USE FOR DEBUGGING is in force
+    bool anyChange_ = false;    // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;

@@ -134,19 +134,32 @@ void Emitter::fileRecords(Program &p)
         if (f->status) globals_ += cat("static uint8_t *I", n, "status;\n");
 
         // Keys
-        std::string keys;
-        size_t keyCount = 0;
-        auto key = [&](const Reference &ref, bool duplicates) {
+        std::string keys, moreParts;
+        size_t keyCount = 0, partCount = 0;
+        auto keyItem = [&](const Reference &ref) {
             Item *item = meaning_.resolve(p, ref);
+            if (item && item->file != f && recordOf(*item).file != f)
+                error(ref.at, "a key is an item of the file's record");
+            return item;
+        };
+        auto key = [&](const Reference &ref, const std::vector<Reference *> &parts, bool duplicates) {
+            Item *item = keyItem(parts.empty() ? ref : *parts[0]);
             if (!item) return;
-            if (item->file != f && recordOf(*item).file != f) error(ref.at, "a key is an item of the file's record");
-            keys += cat("{", item->size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
-                        ", {0, 0, 0}}, ");
+            size_t size = item->size;
+            for (size_t i = 1; i < parts.size(); ++i)
+                if (const Item *part = keyItem(*parts[i])) {
+                    size += part->size;
+                    moreParts += cat("{", part->size, ", ", part->offset, ", 0, {0, 0, 0}}, ");
+                }
+            bool split = parts.size() > 1;
+            keys += cat("{", size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
+                        split ? " | ZVK_FILE_KEY_PARTS" : "", ", {", split ? parts.size() - 1 : 0, ", 0, 0}}, ");
             keyCount++;
+            if (split) partCount += parts.size() - 1;
         };
         if (f->organization == K_INDEXED) {
-            if (f->recordKey) key(*f->recordKey, false);
-            for (const auto &alternate : f->alternateKeys) key(*alternate.item, alternate.duplicates);
+            if (f->recordKey) key(*f->recordKey, f->recordKeyParts, false);
+            for (const auto &alternate : f->alternateKeys) key(*alternate.item, alternate.parts, alternate.duplicates);
         }
         std::string linage;
         if (f->linage) {
@@ -156,7 +169,7 @@ void Emitter::fileRecords(Program &p)
             if (f->top) linage += " | ZVK_FILE_LINAGE_TOP";
             if (f->bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
         }
-        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount : 1,
+        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount + partCount : 1,
                                "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; }");
         globals_ += cat("typedef ", type, " T", n, ";\nstatic T", n, " I", n, " = {.fib = {\n");
         if (f->sharing || f->lockMode) {
@@ -179,7 +192,7 @@ void Emitter::fileRecords(Program &p)
                 ", keys), .relativeKeyOffset = offsetof(T", n, ", relative), .attributeOffset = offsetof(T", n,
                 ", attribute), .linageOffset = offsetof(T", n, ", linage),\n.recordArea = &A", n,
                 "cell, .assignment = N", n, f->status ? cat(", .statusBase = &I", n, "status") : "", "}",
-                keyCount ? cat(", .keys = {", keys, "}") : "", "};\n");
+                keyCount ? cat(", .keys = {", keys, moreParts, "}") : "", "};\n");
         std::string use = useTable(p, *f);
         globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", index,
                         ", .maxRecord = ", f->maxRecord, use == "0" ? "" : cat(", .useTable = ", use), "};\n");

@@ -107,9 +107,21 @@ int Emitter::keyNumber(const File &f, const Item &item, bool generic)
                        (key->offset == item.offset && (generic ? item.size <= key->size : item.size == key->size) &&
                         recordOf(item).file == &f));
     };
-    if (f.recordKey && is(*f.recordKey)) return 0;
+    if (f.recordKey && f.recordKeyParts.empty() && is(*f.recordKey)) return 0;
     for (size_t i = 0; i < f.alternateKeys.size(); i++)
-        if (is(*f.alternateKeys[i].item)) return static_cast<int>(i) + 1;
+        if (f.alternateKeys[i].parts.empty() && is(*f.alternateKeys[i].item)) return static_cast<int>(i) + 1;
+    return -1;
+}
+
+// The number of the split key of that name, which is no data item; -1: it is none.
+int Emitter::splitKeyNumber(const File &f, const Reference &ref)
+{
+    auto is = [&](const std::vector<Reference *> &parts, const Reference &key) {
+        return !parts.empty() && ref.names.size() == 1 && key.names[0] == ref.names[0];
+    };
+    if (f.recordKey && is(f.recordKeyParts, *f.recordKey)) return 0;
+    for (size_t i = 0; i < f.alternateKeys.size(); i++)
+        if (is(f.alternateKeys[i].parts, *f.alternateKeys[i].item)) return static_cast<int>(i) + 1;
     return -1;
 }
 
@@ -141,9 +153,10 @@ void Emitter::readStatement(const FileStatement &s)
     if (s.lock == K_NO) options += " | ZVK_REQUEST_NO_LOCK";
     if (s.lock == K_IGNORING) options += " | ZVK_REQUEST_IGNORE_LOCK";
     if (!sequential && s.key) {
-        Item *item = meaning_.resolve(*program_, *s.key);
-        if (!item) return;
-        int key = keyNumber(*f, *item, false);
+        int key = splitKeyNumber(*f, *s.key);
+        Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;
+        if (key < 0 && !item) return;
+        if (item) key = keyNumber(*f, *item, false);
         if (key < 0 && f->organization == K_INDEXED) {
             error(s.key->at, wordText(item->name) + " is no key of the file");
             return;
@@ -325,6 +338,10 @@ void Emitter::deleteStatement(const FileStatement &s)
         error(s.fileAt, "a sort file is not deleted");
         return;
     }
+    if (f->organization != K_INDEXED && f->organization != K_RELATIVE) {
+        error(s.fileAt, "DELETE goes with an indexed or a relative file");
+        return;
+    }
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     if (f->access != K_SEQUENTIAL) {
@@ -344,6 +361,10 @@ void Emitter::startStatement(const FileStatement &s)
 {
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
+    if (f->organization != K_INDEXED && f->organization != K_RELATIVE) {
+        error(s.fileAt, "START goes with an indexed or a relative file");
+        return;
+    }
     std::string request = temp("FileRequest");
     put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
     const char *relation = s.relation == '='             ? "ZVK_RELATION_EQUAL"
@@ -360,16 +381,19 @@ void Emitter::startStatement(const FileStatement &s)
     }
     put(cat(request, ".relation = ", relation, ";\n"));
     if (f->organization == K_INDEXED && s.key) {
-        Item *item = meaning_.resolve(*program_, *s.key);
-        if (!item) return;
-        int key = keyNumber(*f, *item, true);
+        int key = splitKeyNumber(*f, *s.key);
+        Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;
+        if (key < 0 && !item) return;
+        if (item) key = keyNumber(*f, *item, true);
         if (key < 0) {
             error(s.key->at, wordText(item->name) + " is no key of the file, and no beginning of one");
             return;
         }
-        put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item->size, ";\n"));
+        // 0: the whole of a split key
+        put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item ? item->size : 0, ";\n"));
         if (s.advancing) // START ... WITH LENGTH: no more than the key has
-            put(cat("if (", integer(s.advancing), " > 0 && ", integer(s.advancing), " < ", item->size, ") ", request,
+            put(cat("if (", integer(s.advancing), " > 0",
+                    item ? cat(" && ", integer(s.advancing), " < ", item->size) : std::string(), ") ", request,
                     ".keyLength = (uint32_t)", integer(s.advancing), ";\n"));
     }
     relativeKeyIn(*f, request);

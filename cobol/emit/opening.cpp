@@ -41,6 +41,21 @@ void Emitter::assignment(const File &f)
                 loc.address, ", ", loc.length, ");\n"));
 }
 
+// A sequential file with records of one length may come from another system, as records or as lines
+// without a header.
+bool Emitter::mayBeGiven(const File &f)
+{
+    return f.organization == K_SEQUENTIAL && !isPrinted(f) && f.minRecord == f.maxRecord && !f.external &&
+           f.device == 0;
+}
+
+void Emitter::openGiven(const File &f, bool probe)
+{
+    openGiven_ = true;
+    put(cat(emits(Do::OpenGiven), "(F", f.number, ", p", f.program->number, "_element, &I", f.number, ".fib, ",
+            probe ? 1 : 0, ");\n"));
+}
+
 void Emitter::openStatement(const OpenStatement &s)
 {
     for (const OpenStatement::Part &part : s.parts) {
@@ -65,7 +80,10 @@ void Emitter::openStatement(const OpenStatement &s)
                                                    : "ZVK_OPEN_EXTEND";
         put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
                 f->number, "->statement = 0;\n"));
-        put(cat("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n"));
+        if ((part.mode != K_OUTPUT || f->readable) && mayBeGiven(*f))
+            openGiven(*f, false);
+        else
+            put(cat("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n"));
         if (part.reversed) {
             reversed_ = true;
             put(cat(emits(Do::OpenReversed), "(F", f->number, ", p", f->program->number, "_element);\n"));

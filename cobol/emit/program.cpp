@@ -233,6 +233,9 @@ void Emitter::storage(Program &p)
     globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                     "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    if (programEndsSort())
+        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
+                        p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (p.usesXml) {
         usesXml_ = true;
         globals_ += cat("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
@@ -359,8 +362,8 @@ void Emitter::procedures(Program &p)
     // Exits and altered GO TOs, now that all of them are known.
     std::stable_sort(insertions_.begin(), insertions_.end(),
                      [](const Insertion &a, const Insertion &b) { return a.at < b.at; });
-    // The cells are in memory, and not in as many variables: those would be live everywhere, and the
-    // C compiler would take its time.
+    // The cells are in memory, and not in as many variables: those would be live everywhere, and
+    // the C compiler would take its time.
     size_t saved = sites_ + 1 - firstSite_;
     std::string out =
         cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
@@ -493,9 +496,11 @@ std::string Emitter::emit()
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
     if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
+    if (utilityNames_) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
     out += "\n";
     out.reserve(out.size() + declarations.size() + globals_.size() + functions_.size() + 4096);
     ((out += declarations) += '\n') += globals_;

@@ -1,6 +1,8 @@
 // SORT, MERGE, RELEASE, RETURN.
 #include "cobol/emit/emitter.h"
 
+#include <algorithm>
+
 namespace kvrcob {
 
 // A key as the engine wants it. False if there is no key of this kind.
@@ -40,7 +42,7 @@ bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::st
 }
 
 // The record that lists files of USING or GIVING; its name.
-std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list)
+std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read)
 {
     std::string array = temp("FCB *", cat("[", list.size() + 1, "]")), record = temp("SortFileList");
     size_t count = 0;
@@ -53,6 +55,10 @@ std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list)
         }
         prepare(*f);
         assignment(*f);
+        if (read && mayBeGiven(*f)) {
+            put(cat("F", f->number, "->requestedMode = ZVK_OPEN_INPUT; F", f->number, "->statement = 0;\n"));
+            openGiven(*f, true);
+        }
         if (codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
         put(cat(array, "[", count++, "] = F", f->number, ";\n"));
     }
@@ -160,13 +166,16 @@ void Emitter::sortStatement(const SortStatement &s)
         cat("static SortRecordDesc R", n, " = {.recordFormat = ", variable ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
             ", .recordLength = ", file->maxRecord, "};\n");
     globals_ += cat("static char Q", n, "[2];\n");
-    std::string usingList = sortFiles(s.usingFiles), givingList = sortFiles(s.givingFiles);
+    std::string usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
     std::string eighth = temp("uint64_t", "[3]");
     put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
             "[2] = ZVK_SORT_STABLE;\n"));
     std::string rest =
         cat(", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n");
     put(cat(prefix, "sortReturn = 0;\n"));
+    const std::string after = label();
+    const bool mayEnd = (s.hasInput || s.hasOutput) && programEndsSort();
+    if (mayEnd) put(cat("memcpy(", prefix, "sortCells, x, sizeof x);\n", prefix, "sortEnd = &&", after, ";\n"));
     put(cat(emits(Do::Sort), "(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
     if (s.hasInput) {
         openBlock();
@@ -175,7 +184,7 @@ void Emitter::sortStatement(const SortStatement &s)
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have
         // jumped through the block.
-        usingList = sortFiles(s.usingFiles), givingList = sortFiles(s.givingFiles);
+        usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
         put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
                 "[2] = ZVK_SORT_STABLE;\n"));
         put(cat(emits(Do::Sort), "(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
@@ -189,6 +198,26 @@ void Emitter::sortStatement(const SortStatement &s)
         closeBlock();
     }
     performWay_ = "PERFORM LOOP";
+    if (!mayEnd) return;
+    put(cat("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n",
+            emits(Do::Sort), "(ZVK_SORT_FAILED", rest, "B", n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n"));
+}
+
+// Whether the program sets SORT-RETURN: 16 in an input or output procedure ends the SORT at the
+// next RELEASE or RETURN. The PERFORMs in hand end with it.
+bool Emitter::programEndsSort()
+{
+    if (sortReturn_ < 0)
+        sortReturn_ = std::any_of(group_.tokens.begin(), group_.tokens.end(),
+                                  [](const Token &token) { return token.word == K_SORT_RETURN; });
+    return sortReturn_ > 0;
+}
+
+void Emitter::endSort()
+{
+    if (programEndsSort())
+        put(cat("if (p", program_->number, "_sortReturn == 16 && p", program_->number, "_sortEnd) goto *p",
+                program_->number, "_sortEnd;\n"));
 }
 
 void Emitter::releaseStatement(const FileStatement &s)
@@ -208,6 +237,7 @@ void Emitter::releaseStatement(const FileStatement &s)
         Loc loc = locate(*f->recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
+    endSort();
     put(cat(status, " = 0;\n", emits(Do::Release), "(", length, ", F", f->number, "->record, &", status, ");\n"));
     put(cat("if (", status, ") p", program_->number, "_sortReturn = (int16_t)", status, ";\n"));
 }
@@ -221,6 +251,7 @@ void Emitter::returnStatement(const FileStatement &s)
         return;
     }
     std::string status = temp("uint16_t"), length = temp("uint32_t");
+    endSort();
     put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n", emits(Do::Return), "(&", length, ", F", f->number,
             "->record, &", status, ");\n"));
     if (f->recordDepending) {

@@ -47,4 +47,12 @@ const char *emitsUtility(std::string_view name)
     return nullptr;
 }
 
+std::string utilityRows()
+{
+    std::string rows;
+    for (const UtilityText &row : kUtilityTexts)
+        rows += std::string("{\"").append(row.name) + "\", (KvrUtility)" + row.text + "},\n";
+    return rows;
+}
+
 } // namespace kvrcob

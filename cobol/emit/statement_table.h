@@ -10,6 +10,7 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace kvrcob {
@@ -87,5 +88,8 @@ const char *emitsFunction(std::string_view name, Of of = Of::None);
 
 // The routine of a utility, null if there is none of that name.
 const char *emitsUtility(std::string_view name);
+
+// All of them, as C text: the rows of a table of KvrUtilityRow.
+std::string utilityRows();
 
 } // namespace kvrcob

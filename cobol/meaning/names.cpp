@@ -301,7 +301,7 @@ static size_t distance(const std::string &a, const std::string &b)
 
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
-    if (!told_.insert(name).second) return; // once for each name
+    if (group_.embedded || !told_.insert(name).second) return; // once for each name
     const std::string &text = wordText(name);
     const Item *best = nullptr;
     size_t bestDistance = text.size() / 3 + 1;

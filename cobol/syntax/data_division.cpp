@@ -254,6 +254,12 @@ void Parser::records(Program &p, Item::Section section, File *file)
     for (;;) {
         panic_ = false;
         if (takeMark('.')) continue;
+        if (at(K_EXEC)) {
+            Tok start = here();
+            step();
+            execBlock(start);
+            continue;
+        }
         if (!atNumber()) {
             if (atName() && !aheadIs(1, K_SECTION) && !aheadIs(1, K_DIVISION) && section != Item::FileSection) {
                 error("expected a level number before " + shown());

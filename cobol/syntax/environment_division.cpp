@@ -480,7 +480,7 @@ void Parser::selectEntry(Program &p)
             take(K_KEY);
             take(K_IS);
             f->recordKey = identifier();
-            if (at(K_SOURCE)) notBuilt(here(), "RECORD KEY ... SOURCE IS");
+            f->recordKeyParts = keyParts();
             if (at(K_WITH) && aheadIs(1, K_DUPLICATES)) notBuilt(here(), "WITH DUPLICATES of a primary key");
             if (at(K_WITH) && aheadIs(1, K_NO) && aheadIs(2, K_DUPLICATES)) step();
             if (at(K_NO) && aheadIs(1, K_DUPLICATES)) {
@@ -491,7 +491,8 @@ void Parser::selectEntry(Program &p)
             take(K_RECORD);
             take(K_KEY);
             take(K_IS);
-            File::AlternateKey key{identifier(), false};
+            File::AlternateKey key{identifier(), false, {}};
+            key.parts = keyParts();
             if (at(K_WITH) && (aheadIs(1, K_DUPLICATES) || (aheadIs(1, K_NO) && aheadIs(2, K_DUPLICATES)))) step();
             bool none = take(K_NO);
             if (take(K_DUPLICATES)) key.duplicates = !none;
@@ -541,6 +542,20 @@ void Parser::selectEntry(Program &p)
     else
         expectPeriod();
     panic_ = false;
+}
+
+// RECORD KEY IS name = part part ..., or name SOURCE IS part part ...: a split key.
+std::vector<Reference *> Parser::keyParts()
+{
+    std::vector<Reference *> parts;
+    if (take(K_SOURCE))
+        take(K_IS);
+    else if (!takeMark('='))
+        return parts;
+    do parts.push_back(identifier());
+    while (!panic_ && atName() && !at(K_LOCK) && !at(K_SHARING) && !at(K_STATUS) && !at(K_ACCESS) &&
+           !at(K_ORGANIZATION) && !at(K_RESERVE) && !at(K_PADDING));
+    return parts;
 }
 
 // I-O-CONTROL: SAME RECORD AREA counts; the other clauses have no effect.

@@ -43,6 +43,7 @@ private:
     }
     bool take(Word word);
     bool takeMark(uint32_t mark);
+    std::vector<Reference *> keyParts();
     bool expect(Word word);
     void expectPeriod();
     void error(const std::string &text);
@@ -218,6 +219,7 @@ private:
     Statement *xmlGenerate();
 
     Statement *notBuiltStatement();
+    void execBlock(Tok start);
     Statement *enterStatement();
     Statement *noteStatement();
     Statement *traceStatement();

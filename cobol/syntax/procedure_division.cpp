@@ -120,13 +120,24 @@ Statement *Parser::notBuiltStatement()
     Word verb = now().word;
     Tok start = here();
     Statement *s = begin<Statement>();
-    notBuilt(start, "the statement " + wordText(verb));
-    if (verb == K_EXEC) {
-        while (!atEnd() && !at(K_END_EXEC)) step();
-        take(K_END_EXEC);
-        panic_ = false;
-    }
+    if (verb == K_EXEC)
+        execBlock(start);
+    else
+        notBuilt(start, "the statement " + wordText(verb));
     return s;
+}
+
+// EXEC SQL ... END-EXEC, of any division; now() is after EXEC. Nobody is told of names that it
+// would have declared.
+void Parser::execBlock(Tok start)
+{
+    std::string phrase = "EXEC";
+    if (now().kind == TokenKind::Name) phrase += " " + wordText(now().word);
+    notBuilt(start, phrase);
+    while (!atEnd() && !at(K_END_EXEC)) step();
+    take(K_END_EXEC);
+    panic_ = false;
+    group_.embedded = true;
 }
 
 // ENTER language [routine]. Obsolete, no effect.

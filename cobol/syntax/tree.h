@@ -562,7 +562,9 @@ struct File {
     struct AlternateKey {
         Reference *item;
         bool duplicates;
+        std::vector<Reference *> parts; // of a split key, whose name is no data item
     };
+    std::vector<Reference *> recordKeyParts;
     std::vector<AlternateKey> alternateKeys;
     Word lockMode = 0; // K_MANUAL, K_AUTOMATIC, K_EXCLUSIVE
     bool lockMultiple = false;
@@ -680,6 +682,7 @@ struct Program {
 struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
+    bool embedded = false; // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
 

@@ -7,7 +7,9 @@
 #include "cobol/text/preprocessor.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <sys/stat.h>
 
@@ -487,7 +489,7 @@ private:
         copies_++;
         int number = full(out.size(), statement) ? -1 : sources().open(path, statement);
         if (number < 0) {
-            if (!full_) diagnostics().error(nameToken.spot, "cannot read " + path);
+            if (!full_) diagnostics().error(nameToken.spot, "cannot read " + path + ": " + std::strerror(errno));
             return;
         }
         dependencies_.push_back(path);

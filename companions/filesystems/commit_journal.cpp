@@ -70,17 +70,6 @@ struct Writer {
     }
 };
 
-void forceDirectory(const char *name)
-{
-    char folder[PATH_MAX];
-    const char *slash = strrchr(name, '/');
-    snprintf(folder, sizeof folder, "%.*s", slash ? static_cast<int>(slash - name + 1) : 2, slash ? name : "./");
-    int descriptor = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    fsync(descriptor);
-    close(descriptor);
-}
-
 // The content of a journal, or null: there is none that is complete, or `error` says why it cannot
 // be read.
 uint8_t *readJournal(int descriptor, Head *head, int *error)
@@ -122,7 +111,8 @@ int redoSlots(const char *name, const PartHead &part, const uint8_t *changes)
 int redoRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, bool erase, const uint8_t *bytes, uint32_t size)
 {
     bool refused = false;
-    MDB_val k = valueOf(erase ? bytes : keyIn(file, 0, bytes), file->keys[0].length), old;
+    KeyRoom room;
+    MDB_val k = valueOf(erase ? bytes : keyIn(file, 0, bytes, room), file->keys[0].length), old;
     int error = findInStore(file, txn, 0, k, &old);
     if (error && error != MDB_NOTFOUND) return error;
     if (erase) return error ? 0 : removeRecord(fcb, file, txn, old);

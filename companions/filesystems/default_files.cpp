@@ -18,17 +18,21 @@ namespace filesystems {
 
 namespace {
 
-// An attribute combination that cannot be stored: refused before the file is touched.
-bool attributesPossible(FCB *fcb, const FIB *fib)
+// An attribute combination that cannot be stored: refused before the file is touched. Of a file
+// that is there the keys may have parts that the program does not know (`made`: there is none).
+bool attributesPossible(FCB *fcb, const FIB *fib, bool made)
 {
     if (fib->maxRecord == 0 || fib->minRecord > fib->maxRecord) return fail(fcb, 39, fs2RecordLength);
     if (!(fib->organization & ZVK_FILE_INDEXED)) return true;
     if (fib->keyCount == 0 || fib->keyCount > kMostKeys) return fail(fcb, 39, fs2KeyNumber);
-    const FileKey *keys = reinterpret_cast<const FileKey *>(reinterpret_cast<const uint8_t *>(fib) + fib->keysOffset);
+    StoredHeader header;
+    describeFile(fib, &header);
     for (uint32_t i = 0; i < fib->keyCount; ++i) {
-        if (keys[i].length == 0 || uint64_t(keys[i].position) + keys[i].length > fib->maxRecord)
-            return fail(fcb, 39, fs2KeyLength);
-        if (keys[i].length > kLongestKey) return fail(fcb, 37, fs2KeyLength);
+        const FileKey &key = header.keys[i];
+        bool good = key.length && key.position < fib->maxRecord;
+        if (made || isSplit(key)) good = keyMakesSense(key, header.parts, fib->maxRecord);
+        if (!good) return fail(fcb, 39, fs2KeyLength);
+        if (key.length > kLongestKey) return fail(fcb, 37, fs2KeyLength);
     }
     return true;
 }
@@ -50,7 +54,7 @@ void openStored(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
     bool indexed = fib->organization & ZVK_FILE_INDEXED, relative = fib->organization & ZVK_FILE_RELATIVE;
-    if (!attributesPossible(fcb, fib)) return;
+    if (!attributesPossible(fcb, fib, fcb->requestedMode & ZVK_OPEN_OUTPUT)) return;
     SharePolicy sharing = {shareAllOther, shareAllOther};
     if (!indexed && !relative)
         sharing = sequentialSharing(fcb);
@@ -85,7 +89,7 @@ void openStored(FCB *fcb, IPCB *element)
             zvkSetStatus(fcb, 0, fs2None);
         }
     }
-    bool good = opened.created ? makeFile(fcb, opened, expected, &header)
+    bool good = opened.created ? attributesPossible(fcb, fib, true) && makeFile(fcb, opened, expected, &header)
                                : readHeader(fcb, opened.descriptor, expected, &header);
     if (opened.created) opened.size = kStoredHeaderSize;
     endMaking(opened.descriptor);

@@ -8,8 +8,11 @@
 #pragma once
 
 #include <cerrno>
+#include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace filesystems {
@@ -29,6 +32,18 @@ inline Durability wantedDurability()
 inline int forceData(int descriptor)
 {
     return fdatasync(descriptor) == 0 || errno == EINVAL || errno == EROFS ? 0 : errno;
+}
+
+// The entry of a file in its folder; not every file system does that.
+inline void forceDirectory(const char *name)
+{
+    char folder[PATH_MAX];
+    const char *slash = strrchr(name, '/');
+    snprintf(folder, sizeof folder, "%.*s", slash ? static_cast<int>(slash - name + 1) : 2, slash ? name : "./");
+    int descriptor = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    fsync(descriptor);
+    close(descriptor);
 }
 
 } // namespace filesystems

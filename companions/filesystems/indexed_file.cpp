@@ -32,7 +32,8 @@ void writeRecord(FCB *fcb, FileRequest *request)
     file->locks.release();
     const uint8_t *record = recordOf(fcb, request);
     uint32_t length = lengthOfRequest(file->format, request), keySize = file->keys[0].length;
-    const uint8_t *primary = keyIn(file, 0, record);
+    KeyRoom room;
+    const uint8_t *primary = keyIn(file, 0, record, room);
     if (!file->format.allows(length))
         zvkSetStatus(fcb, 44, fs2RecordLength);
     else if (file->sequential && file->wrote && memcmp(primary, file->lastKey, keySize) <= 0)
@@ -70,7 +71,8 @@ void changeRecord(FCB *fcb, FileRequest *request, bool rewrite)
     if (endsForLostChanges(fcb)) return;
     const uint8_t *record = recordOf(fcb, request);
     uint32_t keySize = file->keys[0].length, length = rewrite ? lengthOfRequest(file->format, request) : 0;
-    const uint8_t *primary = file->sequential && !rewrite ? file->lastKey : keyIn(file, 0, record);
+    KeyRoom room;
+    const uint8_t *primary = file->sequential && !rewrite ? file->lastKey : keyIn(file, 0, record, room);
     if (file->sequential && !(fcb->lastVerb == ZVK_VERB_READ && (fcb->state & ZVK_FILE_READ_VALID)))
         zvkSetStatus(fcb, 43, fs2NotRead);
     else if (file->sequential && memcmp(primary, file->lastKey, keySize) != 0)
@@ -134,7 +136,8 @@ int followEntry(IndexedFile *file, MDB_txn *txn, StoreCursor *cursor, const MDB_
     if (!isRecord(file, found->stored)) return MDB_CORRUPTED;
     // The record must have the key that led to it.
     const uint8_t *record = static_cast<const uint8_t *>(found->stored.mv_data) + numbersSize(file);
-    bool same = memcmp(keyIn(file, file->reference, record), k.mv_data, file->keys[file->reference].length) == 0;
+    KeyRoom room;
+    bool same = memcmp(keyIn(file, file->reference, record, room), k.mv_data, file->keys[file->reference].length) == 0;
     return same ? 0 : MDB_CORRUPTED;
 }
 
@@ -157,29 +160,32 @@ int confirmAbsence(IndexedFile *file, MDB_txn *txn, const MDB_val &key)
 }
 
 // By key: `cursor` stays closed where the primary key finds the record at once.
-int findByKey(IndexedFile *file, MDB_txn *txn, const uint8_t *record, StoreCursor *cursor, MDB_val *k, MDB_val *v)
+// What it finds for the primary key may have its key in `room`.
+int findByKey(IndexedFile *file, MDB_txn *txn, const uint8_t *record, StoreCursor *cursor, KeyRoom &room, MDB_val *k,
+              MDB_val *v)
 {
     const uint32_t key = file->reference;
     const size_t size = file->keys[key].length;
-    const MDB_val sought = valueOf(keyIn(file, key, record), size);
+    const MDB_val sought = valueOf(keyIn(file, key, record, room), size);
     int error;
     if (key == 0) {
         *k = sought;
         error = findInStore(file, txn, 0, *k, v);
     } else {
         error = openCursor(file, txn, key, cursor);
-        if (!error) error = seekBound(cursor, keyIn(file, key, record), size, false, k, v);
+        if (!error) error = seekBound(cursor, static_cast<const uint8_t *>(sought.mv_data), size, false, k, v);
         if (!error && k->mv_size < size) return MDB_CORRUPTED;
-        if (!error && memcmp(k->mv_data, keyIn(file, key, record), size) != 0) error = MDB_NOTFOUND;
+        if (!error && memcmp(k->mv_data, sought.mv_data, size) != 0) error = MDB_NOTFOUND;
     }
     return error == MDB_NOTFOUND ? confirmAbsence(file, txn, sought) : error;
 }
 
 int findEntry(IndexedFile *file, MDB_txn *txn, const FileRequest *request, bool random, const uint8_t *record,
-              StoreCursor *cursor, FoundEntry *found)
+              StoreCursor *cursor, KeyRoom &room, FoundEntry *found)
 {
     MDB_val k = {}, v = {};
-    int error = random ? findByKey(file, txn, record, cursor, &k, &v) : openCursor(file, txn, file->reference, cursor);
+    int error =
+        random ? findByKey(file, txn, record, cursor, room, &k, &v) : openCursor(file, txn, file->reference, cursor);
     if (!error && !random) error = step(file, cursor, request->options & ZVK_REQUEST_PREVIOUS, &k, &v);
     return error ? error : followEntry(file, txn, cursor, k, v, found);
 }
@@ -283,7 +289,8 @@ bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uin
     MDB_txn *txn = reading(file, &error);
     StoreCursor cursor;
     cursor.inChange = nullptr;
-    if (txn) error = findEntry(file, txn, request, random, record, &cursor, &found);
+    KeyRoom room;
+    if (txn) error = findEntry(file, txn, request, random, record, &cursor, room, &found);
     bool again = !error && lockFound(fcb, file, found, request->options);
     if (!error && !again && fcb->status < 10) {
         deliver(fcb, file, request, found, record);
@@ -347,6 +354,8 @@ void closeFile(FCB *fcb)
         failWithStore(fcb, error);
     else if (file->lost)
         fail(fcb, file->lost, fs2Lost);
+    else if (file->isNew && file->alone && trimStore(file->store, file->data, file->keyCount))
+        error = 0;
     else if (file->committed && (error = forceStore(file->store)))
         failWithStore(fcb, error);
     endFile(file);
@@ -382,8 +391,9 @@ void describeRecords(IndexedFile *file, uint32_t longest, uint32_t shortest, con
     file->sumSize = sumSizeOf(header);
     file->keyCount = header.keyCount;
     memcpy(file->keys, header.keys, sizeof file->keys);
+    memcpy(file->parts, header.parts, sizeof file->parts);
     for (uint32_t key = 0; key < file->keyCount; ++key) {
-        uint32_t end = file->keys[key].position + file->keys[key].length;
+        auto end = static_cast<uint32_t>(endOfKey(file->keys[key], file->parts));
         if (file->format.shortest < end) file->format.shortest = end;
         file->numbered += hasDuplicates(file, key);
     }

@@ -85,7 +85,8 @@ void startIndexedAt(FCB *fcb, FileRequest *request)
     dropAhead(file);
     fcb->state &= ~(ZVK_FILE_READ_VALID | ZVK_FILE_POSITION_VALID);
     if (request->key >= file->keyCount) return zvkSetStatus(fcb, 23, fs2KeyNumber);
-    const uint8_t *key = keyIn(file, request->key, recordOf(fcb, request));
+    KeyRoom room;
+    const uint8_t *key = keyIn(file, request->key, recordOf(fcb, request), room);
     size_t size = file->keys[request->key].length;
     if (request->keyLength && request->keyLength < size) size = request->keyLength;
     int error;

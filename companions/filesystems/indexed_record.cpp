@@ -23,10 +23,11 @@ void putSequence(uint8_t *to, uint64_t number)
 }
 
 // The entry of an alternate key: with duplicates the number goes after it.
-size_t entryKey(const IndexedFile *file, uint32_t key, const uint8_t *record, uint64_t number, uint8_t *entry)
+size_t entryKey(const IndexedFile *file, uint32_t key, const uint8_t *record, uint64_t number, KeyRoom &entry)
 {
     uint32_t length = file->keys[key].length;
-    memcpy(entry, keyIn(file, key, record), length);
+    const uint8_t *bytes = keyIn(file, key, record, entry);
+    if (bytes != entry) memcpy(entry, bytes, length);
     if (!hasDuplicates(file, key)) return length;
     putSequence(entry + length, number);
     return length + kSequenceSize;
@@ -35,7 +36,7 @@ size_t entryKey(const IndexedFile *file, uint32_t key, const uint8_t *record, ui
 // The number of the next duplicate of a key; 1 when it has none yet.
 int nextNumber(IndexedFile *file, MDB_txn *txn, uint32_t key, const uint8_t *record, uint64_t *number)
 {
-    uint8_t entry[kKeyRoom];
+    KeyRoom entry;
     size_t size = entryKey(file, key, record, ~uint64_t(0), entry);
     StoreCursor cursor;
     int error = openCursor(file, txn, key, &cursor);
@@ -69,7 +70,8 @@ const uint8_t *copyOfOld(FCB *fcb, const IndexedFile *file, const MDB_val &old)
 // Has a record that is there, and is to be replaced by another, the same key?
 bool sameKey(const IndexedFile *file, uint32_t key, const uint8_t *record, const uint8_t *old)
 {
-    return old && memcmp(keyIn(file, key, record), keyIn(file, key, old), file->keys[key].length) == 0;
+    KeyRoom room, oldRoom;
+    return old && memcmp(keyIn(file, key, record, room), keyIn(file, key, old, oldRoom), file->keys[key].length) == 0;
 }
 
 // All that can refuse comes before the first change: 0, MDB_KEYEXIST, or an error.
@@ -77,7 +79,8 @@ int findRefusal(IndexedFile *file, MDB_txn *txn, const uint8_t *record, const ui
 {
     for (uint32_t key = 1; key < file->keyCount; ++key) {
         if (hasDuplicates(file, key) || sameKey(file, key, record, old)) continue;
-        MDB_val k = valueOf(keyIn(file, key, record), file->keys[key].length), v;
+        KeyRoom room;
+        MDB_val k = valueOf(keyIn(file, key, record, room), file->keys[key].length), v;
         int error = findInStore(file, txn, key, k, &v);
         if (error != MDB_NOTFOUND) return error ? error : MDB_KEYEXIST;
     }
@@ -88,9 +91,10 @@ int findRefusal(IndexedFile *file, MDB_txn *txn, const uint8_t *record, const ui
 int putRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const uint8_t *record, uint32_t length, const uint8_t *old,
               bool *refused)
 {
-    uint8_t *stored = newRecord(fcb), entry[kKeyRoom];
+    uint8_t *stored = newRecord(fcb);
+    KeyRoom entry, primaryRoom;
     const uint8_t *oldRecord = old ? old + numbersSize(file) : nullptr;
-    MDB_val primary = valueOf(keyIn(file, 0, record), file->keys[0].length);
+    MDB_val primary = valueOf(keyIn(file, 0, record, primaryRoom), file->keys[0].length);
     int error = findRefusal(file, txn, record, oldRecord);
     *refused = error == MDB_KEYEXIST;
     if (error) return *refused ? 0 : error;
@@ -147,14 +151,14 @@ int removeRecord(FCB *fcb, IndexedFile *file, MDB_txn *txn, const MDB_val &old)
 {
     if (!isRecord(file, old)) return MDB_CORRUPTED;
     const uint8_t *copy = copyOfOld(fcb, file, old), *record = copy + numbersSize(file);
-    uint8_t entry[kKeyRoom];
+    KeyRoom entry;
     for (uint32_t key = 1, n = 0; key < file->keyCount; ++key) {
         uint64_t number = 0;
         if (hasDuplicates(file, key)) memcpy(&number, copy + n++ * kSequenceSize, kSequenceSize);
         MDB_val k = valueOf(entry, entryKey(file, key, record, number, entry));
         if (int error = eraseInStore(file, txn, key, k)) return error;
     }
-    MDB_val primary = valueOf(keyIn(file, 0, record), file->keys[0].length);
+    MDB_val primary = valueOf(keyIn(file, 0, record, entry), file->keys[0].length);
     return eraseInStore(file, txn, 0, primary);
 }
 

@@ -46,6 +46,7 @@ struct IndexedFile {
     ReadAhead ahead;
     uint32_t keyCount, numbered; // keys; alternates with duplicates
     FileKey keys[kMostKeys];
+    KeyPart parts[kMostKeyParts];
     MDB_dbi data[kMostKeys];
     KnownTree trees[kMostKeys];
     RecordFormat format;
@@ -65,9 +66,11 @@ inline bool hasDuplicates(const IndexedFile *file, uint32_t key)
     return key && (file->keys[key].flags & ZVK_FILE_KEY_DUPLICATES);
 }
 
-inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t *record)
+// The key of a record; one of several parts is put together in `room`.
+using KeyRoom = uint8_t[kKeyRoom];
+inline const uint8_t *keyIn(const IndexedFile *file, uint32_t key, const uint8_t *record, KeyRoom &room)
 {
-    return record + file->keys[key].position;
+    return bytesOfKey(file->keys[key], file->parts, record, room);
 }
 
 // --- indexed_transactions.cpp: one change at a time, or many in a batch

@@ -446,6 +446,47 @@ int forceStore(Store *store)
     return never ? 0 : mdb_env_sync(store->env, 1);
 }
 
+// The pages that the trees of the databases have, and those of the file; 0: not known.
+static uint64_t usedPages(Store *store, const MDB_dbi *data, uint32_t count, uint64_t *all)
+{
+    MDB_txn *txn = nullptr;
+    MDB_envinfo info;
+    uint64_t used = 0;
+    int error = mdb_env_info(store->env, &info);
+    if (!error) error = mdb_txn_begin(store->env, nullptr, MDB_RDONLY, &txn);
+    for (uint32_t n = 0; n < count && !error; ++n) {
+        MDB_stat about;
+        error = mdb_stat(txn, data[n], &about);
+        used += about.ms_branch_pages + about.ms_leaf_pages + about.ms_overflow_pages;
+    }
+    if (txn) mdb_txn_abort(txn);
+    *all = error ? 0 : info.me_last_pgno + 1;
+    return error ? 0 : used;
+}
+
+bool trimStore(Store *store, const MDB_dbi *data, uint32_t count)
+{
+    constexpr uint64_t fewPages = 256;
+    char name[PATH_MAX];
+    struct stat about;
+    uint64_t all, used = usedPages(store, data, count, &all);
+    if (store->shared || !used || all < used + used / 2 + fewPages) return false;
+    if (snprintf(name, sizeof name, "%s.kvr2-new", store->name) >= PATH_MAX || stat(store->name, &about) != 0)
+        return false;
+    unlink(name);
+    int descriptor = open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, about.st_mode & 0777);
+    if (descriptor < 0) return false;
+    bool force = wantedDurability() != Durability::none;
+    bool good = fchmod(descriptor, about.st_mode & 0777) == 0 && fchown(descriptor, about.st_uid, about.st_gid) == 0 &&
+                storeIsReplaced(store) == 0 && mdb_env_copyfd2(store->env, descriptor, MDB_CP_COMPACT) == 0 &&
+                (!force || forceData(descriptor) == 0);
+    if (close(descriptor) != 0) good = false;
+    if (good) good = rename(name, store->name) == 0;
+    if (!good) unlink(name);
+    if (good && force) forceDirectory(store->name);
+    return good;
+}
+
 void clearDeadReaders(Store *store)
 {
     int dead;

@@ -43,7 +43,13 @@ enum {
     ZVK_FILE_STATUS_EBCDIC = 0x80
 };
 
-/** One key of an indexed file; 12 bytes. */
+/**
+ * One key of an indexed file; 12 bytes.
+ *
+ * A key of several parts has ZVK_FILE_KEY_PARTS, the length of all parts together, and the position
+ * of the first. `reserved[0]` says how many more parts it has: they are entries of their own after
+ * the `keyCount` keys of the table, those of the first such key first.
+ */
 typedef struct FileKey {
     uint32_t length;   /**< bytes */
     uint32_t position; /**< of its first byte in the record, from 0 */
@@ -54,8 +60,8 @@ ZVK_AT(FileKey, position, 4);
 ZVK_AT(FileKey, flags, 8);
 ZVK_STATIC_ASSERT(sizeof(FileKey) == 12, "FileKey");
 
-/** `FileKey.flags`: WITH DUPLICATES. */
-enum { ZVK_FILE_KEY_DUPLICATES = 0x80 };
+/** `FileKey.flags`: WITH DUPLICATES; further parts follow the key table. */
+enum { ZVK_FILE_KEY_DUPLICATES = 0x80, ZVK_FILE_KEY_PARTS = 0x40 };
 
 /** One group of the LINAGE block: body, footing, top, bottom, in this order; 36 bytes each. */
 typedef struct FileLinageGroup {
@@ -91,7 +97,7 @@ struct FIB {
     uint8_t reserved83[5];
     uint32_t statusOffset;      /**< of the status field from its base cell */
     uint32_t feedbackOffset;    /**< of the feedback field from its base cell */
-    uint32_t keysOffset;        /**< from the FIB's start: FileKey[keyCount] */
+    uint32_t keysOffset;        /**< from the FIB's start: FileKey[keyCount], then the further parts of keys */
     uint32_t relativeKeyOffset; /**< from the FIB's start: 36 bytes that describe the RELATIVE KEY */
     uint32_t attributeOffset;   /**< from the FIB's start: 8 bytes, compared for EXTERNAL files */
     uint32_t linageOffset;      /**< from the FIB's start: FileLinageGroup[4] */

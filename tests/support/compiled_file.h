@@ -27,6 +27,7 @@ struct FileAttributes {
     uint8_t share = 0, lock = 0; // nonzero: the file has SHARE and LOCK attributes
     uint8_t linage = 0;
     uint32_t body = 0, footing = 0, top = 0, bottom = 0;
+    std::vector<FileKey> keyParts = {}; // of keys with ZVK_FILE_KEY_PARTS, those after the first
 };
 
 inline void loadFileModules()
@@ -80,6 +81,7 @@ struct FileRecords {
         fib.minRecord = wanted.shortest;
         fib.keyCount = static_cast<uint32_t>(wanted.keys.size());
         for (size_t i = 0; i < wanted.keys.size(); ++i) laidOut.keys[i] = wanted.keys[i];
+        for (size_t i = 0; i < wanted.keyParts.size(); ++i) laidOut.keys[wanted.keys.size() + i] = wanted.keyParts[i];
         fib.keysOffset = offsetof(decltype(laidOut), keys);
         fib.linageOffset = offsetof(decltype(laidOut), linage);
         fib.linage = wanted.linage;

@@ -20,7 +20,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "kvr2/kvrcob/base.h"
+#include "kvr2/kvrcob.h"
 
 typedef struct KvrArgument {
     uint8_t *address;
@@ -210,6 +210,28 @@ KVR_INLINE KvrUtility kvr_utility(const char *name, KvrUtility utility)
 {
     void *own = dlsym(RTLD_DEFAULT, name);
     return own ? (KvrUtility)(intptr_t)own : utility;
+}
+
+/* A utility's name and routine; a table of them ends with a null name. */
+typedef struct KvrUtilityRow {
+    const char *name;
+    KvrUtility routine;
+} KvrUtilityRow;
+
+/* The utility that an item names, unless a program of that name can be reached; else null. */
+KVR_SHARED KvrUtility kvr_utility_named(const uint8_t *name, int64_t length, const KvrVisible *visible,
+                                        const KvrUtilityRow *row)
+{
+    char text[161];
+    int64_t n, i;
+    if (length < 1 || !memchr("SCsc", name[0], 4)) return 0;
+    n = kvr_program_name(name, length, text);
+    for (i = 0; i < n; i++) text[i] = (char)(text[i] >= 'a' && text[i] <= 'z' ? text[i] - 32 : text[i]);
+    while (row->name && strcmp(row->name, text) != 0) row++;
+    if (!row->name) return 0;
+    for (; visible->name; visible++)
+        if (strcmp(visible->name, text) == 0) return 0;
+    return dlsym(RTLD_DEFAULT, text) ? 0 : row->routine;
 }
 
 #endif
