@@ -287,7 +287,7 @@ void changesOurs(benchmark::State &state)
         }
     check(file.close() == "00");
     setenv("VFS_DURABILITY", "none", 1);
-    // A key with duplicates: its bytes, a number, the primary key; the number is in the record, too.
+    // A key with duplicates: its bytes, a number, the primary key; the record has the number, too.
     const double size = kSize + static_cast<double>(state.range(0)) * (4 + 8 + 10 + 8);
     state.counters["store/data"] = sizeFor(name.name + ".mdb", kIndexed * size);
     state.SetItemsProcessed(state.iterations() * forcing.changes);

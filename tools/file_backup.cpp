@@ -94,12 +94,12 @@ bool copyIndexed(const std::string &from, const std::string &to, const struct st
     Copy pages(to + ".mdb", store.st_mode);
     if (pages.descriptor < 0) return false;
     MDB_env *env = nullptr;
-    int error = mdb_env_create(&env);
-    if (!error) mdb_env_set_maxreaders(env, filesystems::kMostReaders);
-    if (!error) mdb_env_set_mapsize(env, filesystems::mapSize());
-    if (!error) error = mdb_env_open(env, storeName.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY, 0666);
+    int guard, error = openStoreToRead(from, &env, &guard);
     if (!error) error = mdb_env_copyfd(env, pages.descriptor);
     if (env) mdb_env_close(env);
+    if (guard >= 0) ::close(guard);
+    if (error == EBUSY)
+        return say("%s: a program is writing it, and its lock file may not be used", from.c_str()), false;
     if (error) return say("%s: %s", storeName.c_str(), mdb_strerror(error)), false;
     // The store is there before the file that leads to it.
     return pages.force() && pages.name(to + ".mdb") && copyPlain(from, to, about);
@@ -110,13 +110,14 @@ bool copyIndexed(const std::string &from, const std::string &to, const struct st
 int runBackup(const Arguments &arguments)
 {
     std::string name = arguments.names[0], from = pathOf(name), to = pathOf(arguments.names[1]);
-    struct stat about, other;
+    struct stat about;
     if (stat(from.c_str(), &about) != 0) return failed(from, errno), kFailed;
     if (!S_ISREG(about.st_mode)) return say("%s: it is no regular file", from.c_str()), kFailed;
-    if (stat(to.c_str(), &other) == 0 && other.st_dev == about.st_dev && other.st_ino == about.st_ino)
-        return say("%s and %s are the same file", from.c_str(), to.c_str()), kUsage;
+    if (isSameFile(from, to)) return kUsage;
     if (!arguments.force && access(to.c_str(), F_OK) == 0)
         return say("%s: it exists; --force writes over it", to.c_str()), kFailed;
+    OwnedFile old(to); // what is written over is nobody else's
+    if (struct stat there; stat(to.c_str(), &there) == 0 && S_ISREG(there.st_mode) && !old.take()) return kFailed;
     StoredHeaderFile header;
     bool known = header.read(from);
     if (!known && header.isStored()) return say("%s: %s", from.c_str(), header.reason()), kFailed;

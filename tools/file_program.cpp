@@ -153,6 +153,16 @@ static bool isPrefix(const std::string &name)
 std::string pathOf(const std::string &name) { return isPrefix(name) ? name.substr(4) : name; }
 std::string prefixOf(const std::string &name) { return isPrefix(name) ? name.substr(0, 3) : ""; }
 
+bool isSameFile(const std::string &one, const std::string &two)
+{
+    struct stat first, second;
+    if (stat(one.c_str(), &first) != 0 || stat(two.c_str(), &second) != 0 || first.st_dev != second.st_dev ||
+        first.st_ino != second.st_ino)
+        return false;
+    say("%s and %s are the same file", one.c_str(), two.c_str());
+    return true;
+}
+
 bool findShape(std::string &name, const Arguments &arguments, Shape *shape)
 {
     std::string prefix = prefixOf(name), path = pathOf(name);
@@ -164,7 +174,9 @@ bool findShape(std::string &name, const Arguments &arguments, Shape *shape)
             if (prefix.empty()) name = "stl-" + name;
             return true;
         }
-        if (stored || header.isStored()) return say("%s: %s", name.c_str(), header.reason()), false;
+        struct stat about;
+        bool isFile = stat(path.c_str(), &about) == 0 && S_ISREG(about.st_mode);
+        if (stored || header.isStored() || !isFile) return say("%s: %s", name.c_str(), header.reason()), false;
         say("%s: %s; if its file system keeps none, say which and how long its records are: lsq-%s --record=80",
             name.c_str(), header.reason(), name.c_str());
         return false;

@@ -51,6 +51,9 @@ private:
     bool took(const char *verb);
 };
 
+// Are both the same file, by whatever names? Says so.
+bool isSameFile(const std::string &one, const std::string &two);
+
 // The name without its prefix, and the prefix ("" for none).
 std::string pathOf(const std::string &name);
 std::string prefixOf(const std::string &name);

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
+#include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/share_locks.h"
 #include "tools/file_program.h"
@@ -28,6 +29,7 @@ constexpr uint64_t kMostTold = 20;
 struct Findings {
     std::string path;
     uint64_t count = 0;
+    bool failed = false; // it cannot be said whether there is any
     void add(const std::string &what)
     {
         if (++count <= kMostTold) printf("%s: %s\n", path.c_str(), what.c_str());
@@ -96,21 +98,17 @@ public:
     {
         if (txn_) mdb_txn_abort(txn_);
         if (env_) mdb_env_close(env_);
+        if (guard_ >= 0) ::close(guard_);
     }
     Snapshot() = default;
     Snapshot(const Snapshot &) = delete;
     Snapshot &operator=(const Snapshot &) = delete;
 
-    // False: it is no store that LMDB opens, which `why` says.
-    bool take(const std::string &store, std::string *why)
+    // 0, an errno, or what makes it no store that LMDB opens.
+    int take(const std::string &path)
     {
-        int error = mdb_env_create(&env_);
-        if (!error) mdb_env_set_maxreaders(env_, filesystems::kMostReaders);
-        if (!error) mdb_env_set_mapsize(env_, filesystems::mapSize());
-        if (!error) error = mdb_env_open(env_, store.c_str(), MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY, 0666);
-        if (!error) error = mdb_txn_begin(env_, nullptr, MDB_RDONLY, &txn_);
-        if (error) *why = mdb_strerror(error);
-        return !error;
+        int error = openStoreToRead(path, &env_, &guard_);
+        return error ? error : mdb_txn_begin(env_, nullptr, MDB_RDONLY, &txn_);
     }
     uint64_t change() const { return mdb_txn_id(txn_); }
     bool renew() { return mdb_txn_reset(txn_), mdb_txn_renew(txn_) == 0; }
@@ -118,15 +116,23 @@ public:
 private:
     MDB_env *env_ = nullptr;
     MDB_txn *txn_ = nullptr;
+    int guard_ = -1;
 };
 
 // Maps the store as it was at one change, and stays so while `snapshot` lives.
-bool mapSnapshot(const std::string &store, Snapshot *snapshot, StorePages *pages, Findings *findings)
+bool mapSnapshot(const std::string &path, Snapshot *snapshot, StorePages *pages, Findings *findings)
 {
-    std::string why;
-    bool held = snapshot->take(store, &why);
-    if (!held) findings->add("its store cannot be opened (" + why + "); it is looked at as it is");
-    if (!pages->map(store)) return false;
+    int error = snapshot->take(path);
+    bool held = !error;
+    if (error > 0 && error != ENOENT && error != EINVAL) {
+        say("%s: %s", path.c_str(),
+            error == EBUSY ? "a program is writing it, and its lock file may not be used" : strerror(error));
+        return !(findings->failed = true);
+    }
+    if (!held)
+        findings->add(std::string("its store cannot be opened (") + mdb_strerror(error) +
+                      "); it is looked at as it is");
+    if (!pages->map(storeOf(path))) return false;
     // Two changes after the snapshot its head page is written over.
     for (int tries = 0; tries < 1000 && held; ++tries) {
         if (pages->takeHead(snapshot->change())) return true;
@@ -192,7 +198,10 @@ void verifyIndexed(const StoredHeader &header, const std::string &path, Findings
     Snapshot snapshot;
     StorePages pages;
     pages.onDamage = [&](const std::string &what) { findings->add("store: " + what); };
-    if (!mapSnapshot(storeOf(path), &snapshot, &pages, findings)) return findings->add("its store has no head page");
+    if (!mapSnapshot(path, &snapshot, &pages, findings)) {
+        if (!findings->failed) findings->add("its store has no head page");
+        return;
+    }
     if (pages.headLost()) findings->add("one of the two head pages of its store is damaged");
     Tree trees[filesystems::kMostKeys], about;
     std::string_view identity;
@@ -350,6 +359,7 @@ int runVerify(const Arguments &arguments)
         if (findings.count)
             say("%s: damaged in %llu place%s", name.c_str(), static_cast<unsigned long long>(findings.count),
                 findings.count == 1 ? "" : "s");
+        if (findings.failed) outcome = kFailed;
         if (findings.count && outcome == kDone) outcome = kDamaged;
     }
     return outcome;
@@ -500,10 +510,15 @@ int runRebuild(const Arguments &arguments)
     if (!headerToSalvage(path, arguments, &header)) return kFailed;
     if (!arguments.force && access(to.c_str(), F_OK) == 0)
         return say("%s: it exists; --force writes over it", to.c_str()), kFailed;
+    if (isSameFile(path, to)) return kUsage;
+    char room[PATH_MAX];
+    if (const char *itself = filesystems::resolvedName(to.c_str(), room)) to = itself;
     Salvage salvage;
     bool good;
     if (header.organization & ZVK_FILE_INDEXED) {
         StoreBuilder builder;
+        OwnedFile old(to); // what is written over is nobody else's
+        if (access(to.c_str(), F_OK) == 0 && !old.take()) return kFailed;
         unlink((to + ".mdb-lock").c_str());
         good = builder.create(to, header) && salvageIndexed(header, path, builder, &salvage) && builder.finish();
     } else if (header.organization & ZVK_FILE_RELATIVE) {

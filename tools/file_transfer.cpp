@@ -60,6 +60,7 @@ int runDump(const Arguments &arguments)
     FILE *to = stdout;
     if (arguments.names.size() > 1) {
         if (!mayBeMade(arguments.names[1], arguments.force)) return kFailed;
+        if (isSameFile(pathOf(name), arguments.names[1])) return kUsage;
         to = fopen(arguments.names[1].c_str(), "we");
     }
     if (!to) return say("%s: %s", arguments.names[1].c_str(), strerror(errno)), kFailed;
@@ -122,6 +123,7 @@ int runLoad(const Arguments &arguments)
         return kFailed;
     }
     if (!arguments.create && (shape.indexed() || shape.relative())) mode = ZVK_OPEN_IO;
+    if (arguments.names.size() > 1 && isSameFile(pathOf(name), arguments.names[1])) return kUsage;
     FILE *from = arguments.names.size() > 1 ? fopen(arguments.names[1].c_str(), "re") : stdin;
     if (!from) return say("%s: %s", arguments.names[1].c_str(), strerror(errno)), kFailed;
 
@@ -170,10 +172,7 @@ int runCopy(const Arguments &arguments)
     Shape shape, target;
     if (!findShape(from, arguments, &shape)) return kFailed;
     if (!mayBeMade(to, arguments.force)) return kFailed;
-    struct stat one, two;
-    if (stat(pathOf(from).c_str(), &one) == 0 && stat(pathOf(to).c_str(), &two) == 0 && one.st_dev == two.st_dev &&
-        one.st_ino == two.st_ino)
-        return say("%s and %s are the same file", from.c_str(), to.c_str()), kUsage;
+    if (isSameFile(pathOf(from), pathOf(to))) return kUsage;
     std::string prefix = prefixOf(to);
     if (prefix.empty()) to = "stl-" + to, prefix = "stl";
     bool stored = prefix == "stl" || prefix == "jgt" || prefix == "qvr";

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <malloc.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -604,6 +605,10 @@ int compile(Options &o)
 int main(int argc, char **argv)
 {
     using namespace kvrcob;
+    // A compilation is short and its texts are long: what is freed is used again, not given back.
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    mallopt(M_TOP_PAD, 8 << 20);
     diagnostics().sources = &sources();
     Options options;
     parseOptions(argc, argv, options);

@@ -16,6 +16,7 @@
 // block (`temp`). Statements check what they emit: an error means that no C is written.
 #pragma once
 
+#include <charconv>
 #include <map>
 #include <set>
 #include <type_traits>
@@ -222,7 +223,7 @@ private:
     void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);
     void moveCharacters(const Text &t, const Loc &target);
-    Num textNumber(const Text &t);
+    Num textNumber(const Text &t, int places);
     void moveNumber(Num n, const Loc &target, bool fromInteger);
     void moveLoc(const Loc &source, const Loc &target);
     void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);
@@ -387,6 +388,7 @@ private:
 
     bool bitsOf(const FunctionCall &f, FunctionText &result);
     bool changedText(const FunctionCall &f, FunctionText &result);
+    const Alphabet *ownSequence();
     bool charOf(const FunctionCall &f, FunctionText &result);
     bool concatenated(const FunctionCall &f, FunctionText &result);
     bool dateText(const FunctionCall &f, FunctionText &result);
@@ -434,13 +436,15 @@ private:
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;
     bool sentenceEndUsed_ = false;
-    uint32_t lastLine_ = 0, lastFile_ = UINT32_MAX;
+    uint32_t lineFile_ = UINT32_MAX; // of the last #line, and its path as C has it
+    std::string linePath_;
     std::map<size_t, std::set<size_t>> alterTargets_;
     std::map<std::pair<uint32_t, uint32_t>, std::string> useTables_; // of program and file
     struct InitOp {
         uint64_t offset;
         std::string bytes;            // these bytes, or
-        uint64_t size = 0, count = 0; // so many copies of the element there
+        uint64_t size = 0, count = 0; // so many copies of the element there, or
+        const Item *edited = nullptr; // the number of its VALUE, edited
     };
     void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);
 };
@@ -452,11 +456,19 @@ inline void appendTo(std::string &out, std::string_view text) { out += text; }
 inline void appendTo(std::string &out, char c) { out += c; }
 template <class T>
 requires std::is_integral_v<T>
-void appendTo(std::string &out, T number) { out += std::to_string(number); }
+void appendTo(std::string &out, T number)
+{
+    char digits[24];
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+inline size_t roomFor(std::string_view text) { return text.size(); }
+template <class T>
+requires std::is_integral_v<T> size_t roomFor(T) { return 20; }
 template <class... Parts>
 std::string cat(const Parts &...parts)
 {
     std::string out;
+    out.reserve((roomFor(parts) + ...));
     (appendTo(out, parts), ...);
     return out;
 }

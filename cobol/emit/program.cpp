@@ -36,7 +36,13 @@ void Emitter::line(Tok at)
 {
     if (!options_.lines) return;
     const Spot &spot = group_.spot(at);
-    put(cat("#line ", spot.line ? spot.line : 1, " ", bytesLiteral(sources()[spot.file].path), "\n"));
+    if (spot.file != lineFile_) {
+        lineFile_ = spot.file;
+        linePath_ = bytesLiteral(sources()[spot.file].path);
+    }
+    code_ += "#line ";
+    appendTo(code_, spot.line ? spot.line : 1);
+    ((code_ += ' ') += linePath_) += '\n';
 }
 
 // ---- Statements
@@ -344,10 +350,20 @@ void Emitter::procedures(Program &p)
     // Exits and altered GO TOs, now that all of them are known.
     std::stable_sort(insertions_.begin(), insertions_.end(),
                      [](const Insertion &a, const Insertion &b) { return a.at < b.at; });
-    std::string out;
-    out.reserve(code_.size() + code_.size() / 4);
+    // The cells are in memory, and not in as many variables: those would be live everywhere, and the
+    // C compiler would take its time.
+    size_t saved = sites_ + 1 - firstSite_;
+    std::string out =
+        cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
+            "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
+    if (debugs_)
+        out += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
+    out += cat("switch (entry) { default: break;\n", entries, entryCases_, "}\n",
+               p.firstProcedure > 0 ? "goto main_procedures;\n" : "");
+    size_t room = code_.size() + 64 * p.procedures.size();
+    for (const Insertion &insertion : insertions_) room += insertion.text.size();
+    out.reserve(out.size() + room);
     size_t from = 0;
-    std::string cells;
     for (const Insertion &insertion : insertions_) {
         out.append(code_, from, insertion.at - from);
         from = insertion.at;
@@ -373,16 +389,9 @@ void Emitter::procedures(Program &p)
         }
     }
     out.append(code_, from, std::string::npos);
-    // In memory, and not in as many variables: those would be live everywhere, and the C compiler
-    // would take its time.
-    size_t saved = sites_ + 1 - firstSite_;
-    cells = cat("int x[", p.procedures.size() + 1, "], s[", saved + 1, "];\nint64_t n[", counters_ + 1,
-                "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
-    if (debugs_)
-        cells += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
+    out += "return 0;\n}\n";
     debugs_ = false;
-    code_ = cat("static int p", p.number, "_body(int entry)\n{\n", cells, "switch (entry) { default: break;\n", entries,
-                entryCases_, "}\n", p.firstProcedure > 0 ? "goto main_procedures;\n" : "", out, "return 0;\n}\n");
+    code_ = std::move(out);
     insertions_.clear();
 }
 
@@ -407,7 +416,7 @@ void Emitter::program(Program &p)
     blocks_.clear();
     insertions_.clear();
     procedures(p);
-    functions += code_;
+    functions = std::move(code_);
     code_.clear();
     line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
@@ -416,27 +425,29 @@ void Emitter::program(Program &p)
     entry(p);
     functions += code_;
     for (Program *inner : p.nested) program(*inner);
-    functions_ += functions;
+    if (functions_.empty())
+        functions_ = std::move(functions);
+    else
+        functions_ += functions;
 }
 
 // A line of COBOL may become several of C, and #line counts on from each. So what belongs to one
 // #line is joined into one line: a debugger then never shows lines that the source does not have.
-static std::string joinLines(const std::string &text)
+static void joinLines(const std::string &text, std::string &out)
 {
-    std::string out;
-    out.reserve(text.size());
-    for (size_t i = 0; i < text.size(); i++) {
-        bool directive = i == 0 || text[i - 1] == '\n' ? text[i] == '#' : false;
-        if (directive) {
-            if (!out.empty() && out.back() == ' ') out.back() = '\n';
-            size_t end = std::min(text.find('\n', i), text.size() - 1);
-            out.append(text, i, end - i + 1);
-            i = end;
+    for (size_t i = 0; i < text.size();) {
+        size_t end = std::min(text.find('\n', i), text.size());
+        if (text[i] == '#') {
+            if (out.back() == ' ') out.back() = '\n';
+            out.append(text, i, end - i);
+            out += '\n';
         } else {
-            out += text[i] == '\n' ? ' ' : text[i];
+            out.append(text, i, end - i);
+            out += ' ';
         }
+        i = end + 1;
     }
-    return out;
+    out += '\n';
 }
 
 std::string Emitter::emit()
@@ -479,7 +490,13 @@ std::string Emitter::emit()
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     if (utilityNames_) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
     out += "\n";
-    out += declarations + "\n" + globals_ + "\n" + (options_.readable ? functions_ : joinLines(functions_) + "\n");
+    out.reserve(out.size() + declarations.size() + globals_.size() + functions_.size() + 4096);
+    ((out += declarations) += '\n') += globals_;
+    out += '\n';
+    if (options_.readable)
+        out += functions_;
+    else
+        joinLines(functions_, out);
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
     if (options_.mainProgram && main != group_.programs.end()) {
         Program *first = *main;

@@ -354,6 +354,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         item->at = here();
         item->name = now().word;
         if (item->name < K_count) declared_.insert(item->name);
+        dataNames_.insert(item->name);
         step();
     } else if (now().kind == TokenKind::Name && !at(K_PIC) && !at(K_PICTURE) && !at(K_REDEFINES) && !at(K_OCCURS) &&
                !at(K_USAGE) && !at(K_VALUE) && !at(K_VALUES) && !at(K_COMP) && !at(K_COMP_3) && !at(K_BINARY) &&

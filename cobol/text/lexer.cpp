@@ -18,7 +18,11 @@ std::string_view keepText(std::string text)
     return all.back();
 }
 
-static bool wordByte(unsigned char c) { return std::isalnum(c) || c == '-' || c == '_' || c >= 0x80; }
+static bool wordByte(unsigned char c)
+{
+    unsigned char letter = c | 0x20;
+    return (letter >= 'a' && letter <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c >= 0x80;
+}
 
 void Lexer::skipSpace(Token &token)
 {
@@ -155,7 +159,7 @@ Token Lexer::next()
         size_t end = begin;
         bool allDigits = true;
         while (end < text.size() && wordByte(static_cast<unsigned char>(text[end]))) {
-            if (!std::isdigit(static_cast<unsigned char>(text[end]))) allDigits = false;
+            if (text[end] < '0' || text[end] > '9') allDigits = false;
             end++;
         }
         // N"..." and its like.

@@ -486,6 +486,7 @@ std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPat
 {
     Reader reader(options, path, dependencies);
     std::vector<Token> tokens;
+    tokens.reserve(sources()[file].text.size() / 8); // about what sources have
     reader.file(file, tokens, 0);
     return reader.replaceStatements(std::move(tokens));
 }

@@ -48,7 +48,8 @@ const bool kReserved[] = {false, KVRCOB_WORDS(KVRCOB_YES, KVRCOB_NO)};
 
 Word internWord(std::string_view text)
 {
-    std::string upper(text);
+    static std::string upper; // keeps its room: most words are known already
+    upper.assign(text);
     for (char &c : upper)
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
     auto found = table().numbers.find(upper);

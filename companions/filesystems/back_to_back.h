@@ -16,6 +16,7 @@ namespace filesystems {
 
 struct FixedRecords {
     static constexpr bool devices = true;
+    static constexpr bool deletes = false;
 
     static void open(FCB *fcb, const FIB *, SequentialFile *file)
     {
@@ -63,6 +64,7 @@ struct FixedRecords {
 
 struct BackToBack {
     static constexpr bool devices = true;
+    static constexpr bool deletes = false;
     static constexpr uint32_t kWord = 4;
 
     static void open(FCB *fcb, const FIB *, SequentialFile *file)

@@ -67,8 +67,9 @@ constexpr int kStoreReplaced = -40001;
 int forceStore(Store *store);
 
 // CLOSE of a file that was made: each commit of records in no order writes most pages anew, and the
-// last ones leave more free pages than used ones. A store with much more than it uses is replaced by
-// a copy without them; its data is on the disk, as `forceStore` has it. False: it stays as it is.
+// last ones leave more free pages than used ones. A store with much more than it uses is replaced
+// by a copy without them, NAME.mdb.kvr2-new until it is whole; its data is on the disk, as
+// `forceStore` has it. False: it stays as it is.
 bool trimStore(Store *store, const MDB_dbi *data, uint32_t count);
 
 // Frees the places of readers that were killed, and with them the pages that they hold.

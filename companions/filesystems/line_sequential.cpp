@@ -7,7 +7,8 @@
 // none, and EXTEND writes over it. A record with an LF in it would come back as two, and one that
 // ends in CR without it, so WRITE refuses them with status 30.
 //
-// REWRITE in I-O replaces a line by one that is not longer.
+// REWRITE in I-O replaces a line by one that is not longer; DELETE takes one out at CLOSE
+// (removed_lines.h).
 #include "companions/filesystems/linage.h"
 #include "companions/filesystems/sequential_file.h"
 
@@ -15,6 +16,7 @@ namespace filesystems {
 
 struct Lines {
     static constexpr bool devices = true;
+    static constexpr bool deletes = true;
 
     static void open(FCB *fcb, const FIB *fib, SequentialFile *file)
     {
@@ -30,6 +32,7 @@ struct Lines {
     {
         int descriptor = file->stream.descriptor;
         if (int error = findCutOff(descriptor, size, &file->cutOff)) failWithErrno(fcb, error);
+        if (file->cutOff && !extend) return endOfLastLine(fcb, descriptor, size);
         if (!extend || size == 0) return size;
         file->stream.announced = file->cutOff; // by the program that was killed; withdrawn at CLOSE
         uint8_t last = '\n';
@@ -100,6 +103,10 @@ struct Lines {
         memset(record + size, ' ', longest - size);
         file->lastPlace = stream.offset();
         stream.at += used;
+        // The rest of a line that was given in parts is no record of its own, nor is its beginning.
+        const bool part = found == Found::split || file->lineGoesOn;
+        file->lineGoesOn = found == Found::split;
+        file->lastUsed = part ? 0 : static_cast<uint32_t>(used);
         file->lastLength = *length = static_cast<uint32_t>(size);
         return found;
     }

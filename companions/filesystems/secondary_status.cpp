@@ -43,6 +43,7 @@ const char *const kTexts[fs2Last - fs2AtEnd] = {
     "file has changes of another transaction",
     "transaction cannot be committed: a change failed; roll it back",
     "file has changes that are not committed",
+    "lines are not deleted from a file of several names (hard links)",
 };
 
 const char *textOf(void *, uint32_t fs2, int32_t, int32_t)

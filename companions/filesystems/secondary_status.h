@@ -49,6 +49,7 @@ enum Secondary : uint32_t {
     fs2InTransaction,
     fs2Doomed,
     fs2Uncommitted,
+    fs2SeveralNames,
     fs2Last,
     fs2System = 1000
 };

@@ -13,6 +13,7 @@
 //                                                                           // REWRITE: `lastLength` bytes, or null
 //         static void finish(FCB *, SequentialFile *);                      // before the last flush
 //         static constexpr bool devices;
+//         static constexpr bool deletes;
 //     };
 #pragma once
 
@@ -20,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "companions/filesystems/byte_stream.h"
@@ -27,6 +29,7 @@
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_format.h"
 #include "companions/filesystems/record_sum.h"
+#include "companions/filesystems/removed_lines.h"
 #include "companions/filesystems/verb.h"
 #include "companions/filesystems/whole_records.h"
 
@@ -44,9 +47,12 @@ struct SequentialFile {
     uint64_t whole;      // input: end of the last whole record
     uint64_t lastPlace;  // I-O: where the data of the last record read begins
     uint32_t lastLength; // and its length
-    uint64_t records;    // read or written so far
-    bool lineOpen;       // line sequential output: the last record has no line end yet
-    bool cutOff;         // line sequential input: a last line without its end is no record
+    uint32_t lastUsed;   // line sequential: with its line end; 0: it is a part of a line
+    RemovedLines removed;
+    uint64_t records; // read or written so far
+    bool lineOpen;    // line sequential output: the last record has no line end yet
+    bool cutOff;      // line sequential input: a last line without its end is no record
+    bool lineGoesOn;  // line sequential input: the last record was not all of its line
     bool linage;
     bool firstPage; // LINAGE: the first page's top margin is still to be written
 };
@@ -148,6 +154,18 @@ struct SequentialVerbs {
         if (file->lastPlace >= stream.base) memcpy(stream.buffer + (file->lastPlace - stream.base), file->spare, size);
     }
 
+    // DELETE, where the format has it.
+    static void remove(FCB *fcb, FileRequest *)
+    {
+        SequentialFile *file = sequentialFileOf(fcb);
+        if (fcb->lastVerb != ZVK_VERB_READ || !(fcb->state & ZVK_FILE_READ_VALID))
+            zvkSetStatus(fcb, 43, fs2NotRead);
+        else if (!file->lastUsed)
+            zvkSetStatus(fcb, 30, fs2LineSplit);
+        else
+            removeLine(fcb, &file->removed, file->stream.descriptor, file->lastPlace, file->lastPlace + file->lastUsed);
+    }
+
     static void unlock(FCB *, FileRequest *) {}
 
     static void close(FCB *fcb)
@@ -160,6 +178,14 @@ struct SequentialVerbs {
         }
         if (!(fcb->mode & ZVK_OPEN_INPUT) && file->stream.seekable && wantedDurability() != Durability::none)
             if (int error = forceData(file->stream.descriptor); error && fcb->status < 10) failWithErrno(fcb, error);
+        if (file->removed.name) {
+            struct stat about;
+            int error = fstat(file->stream.descriptor, &about) != 0 ? errno : 0;
+            uint64_t size =
+                file->whole < static_cast<uint64_t>(about.st_size) ? file->whole : static_cast<uint64_t>(about.st_size);
+            int failed = takeLinesOut(&file->removed, file->stream.descriptor, error ? 0 : size);
+            if ((error || (error = failed)) && fcb->status < 10) failWithErrno(fcb, error);
+        }
         if (file->stream.whole) endWhole(file->stream.whole);
         if (::close(file->stream.descriptor) != 0 && fcb->status < 10 && errno != EINTR) failWithErrno(fcb, errno);
     }
@@ -171,6 +197,7 @@ struct SequentialVerbs {
         if (fcb->requestedMode & (ZVK_OPEN_INPUT | ZVK_OPEN_IO)) fcb->read = read;
         if (fcb->requestedMode & (ZVK_OPEN_OUTPUT | ZVK_OPEN_EXTEND)) fcb->write = verb<ZVK_VERB_WRITE, write>;
         if (fcb->requestedMode & ZVK_OPEN_IO) fcb->rewrite = verb<ZVK_VERB_REWRITE, rewrite>;
+        if (Format::deletes && (fcb->requestedMode & ZVK_OPEN_IO)) fcb->deleteRecord = verb<ZVK_VERB_DELETE, remove>;
         if (fib->sharing) fcb->unlock = verb<ZVK_VERB_UNLOCK, unlock>;
         fcb->close = closing<close>;
     }

@@ -3,6 +3,7 @@
 // tool expects them.
 #include <algorithm>
 #include <random>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include "failing_disk.h"
@@ -473,9 +474,106 @@ TEST(LineSequential, RewriteInPlace)
     ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
     for (int i = 0; i < 2; ++i) ASSERT_EQ(file.read(next), "00");
     EXPECT_EQ(file.rewrite("2"), "00");
-    EXPECT_EQ(file.verb(file.fcb->deleteRecord, {}), "30");
     EXPECT_EQ(file.close(), "00");
     EXPECT_EQ(readFile(path).substr(0, 9), "one\n2  \r\n");
+}
+
+// A third of the lines goes, a third is written over; the file is the same but for that, also for
+// one who reads it meanwhile.
+TEST(LineDelete, TakesLinesOutAtClose)
+{
+    std::mt19937 random(3);
+    setenv("VFS_DURABILITY", "close", 1);
+    for (int round = 0; round < 20; ++round) {
+        TemporaryDirectory directory;
+        const string path = directory.file("f"), aside = path + ".kvr2-lines";
+        string text, want;
+        std::vector<std::pair<string, string>> lines; // with their ends
+        for (unsigned n = 0, count = random() % 3000; n < count; ++n)
+            lines.push_back({string(1 + random() % 60, static_cast<char>('a' + n % 26)), random() % 5 ? "\n" : "\r\n"});
+        if (lines.size() && round % 2) lines.back().second = ""; // as editors leave it
+        for (auto &[line, end] : lines) text += line + end;
+        writeFile(path, text);
+        if (round % 3 == 0) symlink(path.c_str(), directory.file("link").c_str());
+        writeFile(aside, "what a program that was killed left");
+        CompiledFile file("lsq-" + (round % 3 ? path : directory.file("link")), {.longest = 60, .shortest = 60}),
+            reader("lsq-" + path, {.longest = 60, .shortest = 60});
+        if (round % 3 == 0 && !lines.empty()) chmod(path.c_str(), 0640);
+        ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+        ASSERT_EQ(reader.open(ZVK_OPEN_INPUT), "00");
+        for (auto &[line, end] : lines) {
+            ASSERT_EQ(file.read(next), "00");
+            ASSERT_EQ(reader.read(next), "00");
+            switch (random() % 3) {
+            case 0:
+                ASSERT_EQ(file.verb(file.fcb->deleteRecord, {}), "00");
+                ASSERT_EQ(file.verb(file.fcb->deleteRecord, {}), "43");
+                ASSERT_EQ(file.rewrite("x"), "43");
+                break;
+            case 1:
+                ASSERT_EQ(file.rewrite("X"), "00");
+                want += "X" + string(line.size() - 1, ' ') + end;
+                break;
+            default:
+                want += line + end;
+            }
+        }
+        ASSERT_EQ(file.read(next), "10");
+        ASSERT_EQ(file.close(), "00");
+        ASSERT_EQ(reader.read(next), "10");
+        reader.close();
+        EXPECT_EQ(readFile(path), want);
+        struct stat about;
+        EXPECT_TRUE(stat(path.c_str(), &about) == 0 && (round % 3 || lines.empty() || (about.st_mode & 0777) == 0640));
+        EXPECT_TRUE(access(aside.c_str(), F_OK) != 0 || want.size() == text.size());
+    }
+    setenv("VFS_DURABILITY", "none", 1);
+}
+
+TEST(LineDelete, RefusalsAndKillsLeaveTheFile)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("f"), text = "one\n" + string(25, 'l') + "\nthree\n";
+    writeFile(path, text);
+    CompiledFile file("lsq-" + path, fixed10);
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    EXPECT_EQ(file.verb(file.fcb->deleteRecord, {}), "43");
+    ASSERT_EQ(file.read(next), "00");
+    // A copy cannot be made.
+    ASSERT_EQ(mkdir((path + ".kvr2-lines").c_str(), 0777), 0);
+    EXPECT_GE(file.verb(file.fcb->deleteRecord, {}), "30");
+    rmdir((path + ".kvr2-lines").c_str());
+    // No part of a line.
+    for (const char *status : {"06", "06", "00"}) {
+        ASSERT_EQ(file.read(next), status);
+        EXPECT_EQ(file.verb(file.fcb->deleteRecord, {}), "30");
+    }
+    ASSERT_EQ(file.read(next), "00");
+    // The other name would keep the line.
+    ASSERT_EQ(link(path.c_str(), directory.file("other").c_str()), 0);
+    EXPECT_EQ(file.verb(file.fcb->deleteRecord, {}), "30");
+    EXPECT_NE(reason(file).find("hard links"), string::npos);
+    unlink(directory.file("other").c_str());
+    EXPECT_EQ(file.close(), "00");
+    EXPECT_EQ(readFile(path), text);
+    // Killed before CLOSE.
+    pid_t child = fork();
+    if (child == 0) {
+        file.open(ZVK_OPEN_IO), file.read(next), file.verb(file.fcb->deleteRecord, {});
+        kill(getpid(), file.status() == "00" ? SIGKILL : SIGABRT);
+    }
+    int ended;
+    EXPECT_TRUE(waitpid(child, &ended, 0) == child && WTERMSIG(ended) == SIGKILL);
+    EXPECT_EQ(readFile(path), text);
+    // Replaced under the open file: what is there is not overwritten.
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(file.read(next), "00");
+    ASSERT_EQ(file.verb(file.fcb->deleteRecord, {}), "00");
+    unlink(path.c_str());
+    writeFile(path, "another");
+    EXPECT_GE(file.close(), "30");
+    EXPECT_EQ(readFile(path), "another");
+    EXPECT_NE(access((path + ".kvr2-lines").c_str(), F_OK), 0);
 }
 
 } // namespace

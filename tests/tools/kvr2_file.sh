@@ -114,6 +114,44 @@ for wrong in 7:4, ,7:4 7:4,0:1 7:4,50:2 7:4,4294967297:1 7:4,1:6:x; do
 done
 "$tool" verify f >/dev/null
 
+# A file is not written over by what is made of it, under whatever name.
+ln -s f link; cp in.txt text
+for command in "rebuild -f f f" "rebuild -f f link" "rebuild -f link f" "backup -f f link" "copy -f link f" "dump -f f f" "dump -f f link" \
+    "load -c -f -r 50 rsd-text text"; do
+    expect "$(status "$tool" $command)" 2; grep -q 'the same file' err || fail "$command"
+done
+same text in.txt; "$tool" dump -f f out.txt 2>/dev/null; same out.txt sorted.txt
+"$tool" backup f target; ln -s target link2; "$tool" rebuild -f f link2 2>/dev/null
+[ -L link2 ] && [ ! -e link2.mdb ] || fail "a store beside a link"
+"$tool" verify target link2 >/dev/null
+mkdir folder; mkfifo pipe; ln -s loop loop
+for name in folder pipe loop absent; do
+    for command in info dump verify compact "keys drop"; do
+        more=; [ "$command" = info ] || [ "$command" = dump ] || [ "$command" = verify ] || [ "$command" = compact ] || more=1
+        expect "$(status timeout 20 "$tool" $command $name $more)" 1; grep -q "$name: " err || fail "$command $name"
+    done
+    [ $name = absent ] || expect "$(status timeout 20 "$tool" backup -f f $name)" "$([ $name = folder ] && echo 1 || echo 0)"
+done
+
+# A user who may read only: no lock file can be used, and nothing may be made.
+nobody=(setpriv --reuid 65534 --regid 65534 --clear-groups)
+chmod 755 .
+if [ "$(id -u)" = 0 ] && "${nobody[@]}" "$tool" --version >/dev/null 2>&1; then
+    "$tool" backup f foreign
+    for command in "info foreign" "verify foreign" "dump foreign"; do
+        expect "$(status "${nobody[@]}" "$tool" $command)" 0
+        [ ! -s err ] || [ "$command" = "dump foreign" ] || fail "$command: $(cat err)"
+    done
+    mkdir -m 777 open; expect "$(status "${nobody[@]}" "$tool" backup foreign open/f)" 0; "$tool" verify open/f >/dev/null
+    for command in "compact foreign" "keys drop foreign 1" "backup foreign made" "rebuild foreign made" "load foreign in.txt"; do
+        expect "$(status "${nobody[@]}" "$tool" $command)" 1; grep -q 'Permission denied' err || fail "$command: $(cat err)"
+    done
+    [ ! -e made ] && [ ! -e foreign.mdb-lock ] || fail "something was made"
+    "$tool" verify foreign >/dev/null
+else
+    echo "not run: what a user without rights is told (needs root and setpriv)"
+fi
+
 # A change of keys that was interrupted after the store was renamed.
 "$tool" backup f half; cp half half.kvr2-new
 "$tool" backup f other; "$tool" keys drop other 1

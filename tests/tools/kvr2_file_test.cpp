@@ -100,4 +100,27 @@ TEST_F(FileTool, TellsWhoHoldsWhichRecord)
     EXPECT_NE(tool("info " + path, &status).find("nobody"), string::npos);
 }
 
+// What is written over is nobody else's.
+TEST_F(FileTool, DoesNotWriteOverAFileInUse)
+{
+    TemporaryDirectory directory;
+    const string from = directory.file("from"), to = directory.file("to");
+    for (const string &path : {from, to}) {
+        CompiledFile file("stl-" + path, indexedFile());
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        ASSERT_EQ(file.write(counted(path == from ? "000001" : "000002", 1)), "00");
+        ASSERT_EQ(file.close(), "00");
+    }
+    CompiledFile file("stl-" + to, indexedFile());
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    for (const char *command : {"backup -f ", "rebuild -f ", "copy -f "}) {
+        int status;
+        string said = tool(command + from + " " + to, &status);
+        EXPECT_EQ(status, 1) << command << said;
+        EXPECT_NE(said.find("in use"), string::npos) << command << said;
+        ASSERT_EQ(file.rewrite(counted("000002", 7)), "00") << command;
+    }
+    ASSERT_EQ(file.close(), "00");
+}
+
 } // namespace

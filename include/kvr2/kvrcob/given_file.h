@@ -3,9 +3,8 @@
  *
  * The library's own sequential files begin with a header; OPEN of any other gives 39. So an OPEN
  * that reads is tried without USE procedure and message first. If it fails, and the file has no
- * header, the file's size and bytes tell what it is: whole records of the FD's length back to back,
- * or else lines if a line end comes in the first record, or else records and a piece of one. An
- * empty file has no records.
+ * header, its first 4096 bytes tell what it is: lines, if all of them are text and there is an end
+ * of line among them, else records of the FD's length back to back. An empty file has no records.
  */
 #ifndef KVR2_KVRCOB_GIVEN_FILE_H
 #define KVR2_KVRCOB_GIVEN_FILE_H
@@ -14,14 +13,27 @@
 #pragma GCC system_header
 #endif
 
+#include "kvr2/kvrcob/base.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "kvr2/kvrcob/base.h"
+/* Are there ends of lines, and no other control characters than those of text? */
+KVR_INLINE int kvr_is_text(const uint8_t *bytes, ssize_t size)
+{
+    int lines = 0;
+    for (ssize_t i = 0; i < size; i++) {
+        if (bytes[i] == '\n')
+            lines = 1;
+        else if (bytes[i] < ' ' && bytes[i] != '\r' && bytes[i] != '\t' && bytes[i] != '\f')
+            return 0;
+    }
+    return lines;
+}
 
 /* The file system for such a file, or null if it is not one. */
-KVR_SHARED const char *kvr_given_file(const char *name, uint32_t record)
+KVR_SHARED const char *kvr_given_file(const char *name)
 {
     struct stat info;
     uint8_t head[4096];
@@ -33,8 +45,7 @@ KVR_SHARED const char *kvr_given_file(const char *name, uint32_t record)
     got = read(file, head, sizeof head);
     close(file);
     if (got < 0 || (got >= 11 && memcmp(head + 8, "STL", 3) == 0)) return 0;
-    if (info.st_size % record == 0) return "wbr";
-    return memchr(head, '\n', (size_t)got <= record + 1u ? (size_t)got : record + 1u) ? "lsq" : "wbr";
+    return kvr_is_text(head, got) ? "lsq" : "wbr";
 }
 
 /* OPEN; `probe`: the file is closed again, and the status stays as it was. */
@@ -67,7 +78,7 @@ KVR_SHARED void kvr_open_given(FCB *fcb, IPCB *element, FIB *fib, int probe)
             fcb->close(fcb, element);
             return;
         }
-        if (result == 30 || result == 35 || result == 39) system = kvr_given_file(fcb->fileName, fib->maxRecord);
+        if (result == 30 || result == 35 || result == 39) system = kvr_given_file(fcb->fileName);
         if (system) {
             memcpy(fib->prefix, system, 3);
             if (system[0] == 'l') fib->organization |= ZVK_FILE_LINE_SEQUENTIAL;

@@ -20,7 +20,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "kvr2/kvrcob/base.h"
+#include "kvr2/kvrcob.h"
 
 typedef struct KvrArgument {
     uint8_t *address;
