@@ -293,6 +293,7 @@ private:
     void deleteStatement(const FileStatement &s);
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
+    Word undeclaredChannel(const FileStatement &s);
     bool programEndsSort();
     void endSort();
     static bool mayBeGiven(const File &f);
