@@ -120,14 +120,22 @@ bool Emitter::hexOf(const FunctionCall &f, FunctionText &result)
     return true;
 }
 
+// The program's own collating sequence, or null.
+const Alphabet *Emitter::ownSequence()
+{
+    const Alphabet *a = program_->collating ? meaning_.alphabet(*program_, program_->collating) : nullptr;
+    return a && a->weights.size() == 256 ? a : nullptr;
+}
+
 bool Emitter::charOf(const FunctionCall &f, FunctionText &result)
 {
     std::string buffer = tempBytes(1);
-    const Alphabet *a = program_->collating ? meaning_.alphabet(*program_, program_->collating) : nullptr;
-    bool sequence = a && a->weights.size() == 256;
-    put(cat(buffer, "[0] = ", sequence ? cat(emits(Do::CharOf), "(alphabet", a->number, ", ") : "(uint8_t)(",
-            integer(f.args[0]), sequence ? "); " : " - 1); ", result.address, " = ", buffer, "; ", result.length,
-            " = 1;\n"));
+    std::string place = integer(f.args[0]);
+    const Alphabet *a = ownSequence();
+    put(cat(buffer, "[0] = ",
+            a ? cat(emitsFunction(f.name), "(alphabet", a->number, ", ", place, ")")
+              : cat("(uint8_t)(", place, " - 1)"),
+            "; ", result.address, " = ", buffer, "; ", result.length, " = 1;\n"));
     result.fixed = 1;
     return true;
 }
@@ -206,9 +214,7 @@ Num Emitter::ordinal(const FunctionCall &f)
 {
     Text t = text(f.args[0]);
     if (!t.good) return Num{};
-    // In the program's own sequence, if it has one.
-    const Alphabet *a = program_->collating ? meaning_.alphabet(*program_, program_->collating) : nullptr;
-    if (a && a->weights.size() == 256)
+    if (const Alphabet *a = ownSequence())
         return integerNumber(cat("((int64_t)alphabet", a->number, "[*(", t.address, ")] + 1)"), 3, false);
     return integerNumber(cat("((int64_t)*", t.address, " + 1)"), 3, false);
 }

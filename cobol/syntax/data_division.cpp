@@ -183,6 +183,8 @@ void Parser::fileDescription(Program &p)
                     value->ref = identifier();
                 }
                 if (fileId) f->valueOfFileId = value;
+                if (fileId && value->kind == ExprKind::Reference && !f->assign && !f->assignItem)
+                    f->assignItem = value->ref;
             }
         } else if (at(K_DATA) || (at(K_RECORD) && (aheadIs(1, K_IS) || aheadIs(1, K_ARE)))) {
             take(K_DATA);
