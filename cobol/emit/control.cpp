@@ -153,7 +153,6 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
 
 size_t lastOf(const Program &p, size_t index)
 {
-    // A section ends with its last paragraph.
     if (!p.procedures[index].isSection) return index;
     size_t last = index;
     while (last + 1 < p.procedures.size() && !p.procedures[last + 1].isSection &&
@@ -171,14 +170,21 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     uint32_t site = ++sites_;
     program_->procedures[end].returns.push_back(site);
     program_->procedures[static_cast<size_t>(from)].referenced = true;
-    // Number of the site in this program, for its place in the array of saved cells.
-    put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site,
-            ";\n"));
+    // A PERFORM that may meet itself keeps the cell on a stack, others at the site's place in the
+    // array of saved cells.
+    bool circle = inCircle(static_cast<size_t>(from), end);
+    circling_ |= circle;
+    if (circle)
+        put(cat(emits(Do::Circle), "(&performs, ", site, ", x[", end, "]);\nx[", end, "] = ", site, ";\n"));
+    else
+        put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site,
+                ";\n"));
     debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (fromSegment >= 50 && fromSegment != now) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
-    put(cat("goto p", from, ";\nr", site, ": x[", end, "] = s[", site - firstSite_, "];\n"));
+    put(cat("goto p", from, ";\nr", site, ": x[", end, "] = ",
+            circle ? cat(emits(Do::CircleEnd), "(&performs, ", site, ");\n") : cat("s[", site - firstSite_, "];\n")));
 }
 
 void Emitter::performOnce(const PerformStatement &s)

@@ -265,6 +265,8 @@ private:
     std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
     void performStatement(const PerformStatement &s);
     void performOnce(const PerformStatement &s);
+    void findCircles(Program &p);
+    bool inCircle(size_t from, size_t end) const;
     void performRange(const ProcedureName &first, const ProcedureName &last, uint32_t site);
     void goStatement(const GoStatement &s);
     void jump(const ProcedureName &name);
@@ -439,6 +441,8 @@ private:
     std::map<const File *, Watch> watchedFiles_;
     std::vector<std::string> pendingDebugs_;  // of the statement in hand: debugging sections to run
     const char *performWay_ = "PERFORM LOOP"; // what DEBUG-CONTENTS says of the range performed next
+    std::vector<uint32_t> circles_;           // of each procedure; equal numbers: they perform each other
+    bool circling_ = false;                   // a PERFORM may meet itself
     uint32_t firstSite_ = 1, counters_ = 0;   // of the program in hand: PERFORM sites, PERFORM n TIMES
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;

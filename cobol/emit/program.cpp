@@ -308,6 +308,7 @@ void Emitter::procedures(Program &p)
     blocks_.clear();
     firstSite_ = sites_ + 1;
     counters_ = 0;
+    findCircles(p);
     alterTargets_.clear();
     openBlock();
     size_t n = 0;
@@ -368,6 +369,8 @@ void Emitter::procedures(Program &p)
     std::string out =
         cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
             "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
+    if (circling_)
+        out += cat("KvrPerforms performs __attribute__((cleanup(", emits(Do::PerformsEnd), "))) = {0, 0, 0};\n");
     if (debugs_)
         out += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
     out += cat("switch (entry) { default: break;\n", entries, entryCases_, "}\n",

@@ -397,11 +397,12 @@ File *Meaning::file(Program &program, Word name, Tok at)
     return nullptr;
 }
 
-long Meaning::procedure(Program &p, const ProcedureName &name, size_t from)
+long Meaning::procedure(Program &p, const ProcedureName &name, size_t from, bool silent)
 {
     if (!name.name) return -1;
     auto found = p.names->procedures.find(name.name);
     if (found == p.names->procedures.end()) {
+        if (silent) return -1;
         std::string best;
         size_t bestDistance = wordText(name.name).size() / 3 + 1;
         for (const auto &[word, list] : p.names->procedures) {
@@ -433,6 +434,7 @@ long Meaning::procedure(Program &p, const ProcedureName &name, size_t from)
         match = static_cast<long>(i);
         count++;
     }
+    if (silent) return count == 1 ? match : -1;
     if (count > 1) {
         error(name.at, wordText(name.name) + " is ambiguous; qualify it with its section");
         return -1;

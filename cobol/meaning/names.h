@@ -26,7 +26,7 @@ public:
     File *file(Program &program, Word name, Tok at);
     // The index of a procedure, or -1 after an error. `from`: the procedure in which the name
     // stands.
-    long procedure(Program &program, const ProcedureName &name, size_t from);
+    long procedure(Program &program, const ProcedureName &name, size_t from, bool silent = false);
     const Alphabet *alphabet(Program &program, Word name) const;
     const UserClass *userClass(Program &program, Word name) const;
     // The switch of a condition-name of SPECIAL-NAMES: number, or -1; `on` tells which status.

@@ -106,6 +106,8 @@ Statement *Parser::performStatement()
     if (named) {
         s->first = procedureName();
         if (take(K_THRU) || take(K_THROUGH)) s->last = procedureName();
+        if (program_ && !program_->procedures.empty())
+            program_->performed.push_back({program_->procedures.size() - 1, s->first, s->last});
     } else {
         s->isInline = true;
     }

@@ -423,6 +423,12 @@ struct Procedure {
     bool referenced = false;
 };
 
+// A PERFORM of procedures, by the index of the procedure that it is in.
+struct Performed {
+    size_t in = 0;
+    ProcedureName first, last;
+};
+
 // USE in a declarative section.
 struct UseStatement {
     size_t procedure = 0; // index of the section
@@ -672,6 +678,7 @@ struct Program {
     std::vector<CallStatement::Argument> parameters; // PROCEDURE DIVISION USING
     Reference *returning = nullptr;
     std::vector<Procedure> procedures;
+    std::vector<Performed> performed;
     std::vector<UseStatement> uses;
     std::vector<EntryStatement *> entryPoints; // ENTRY
     std::vector<Word> advancedRecords;         // written with ADVANCING

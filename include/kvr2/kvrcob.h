@@ -22,6 +22,7 @@
 #include "kvr2/kvrcob/formatted_dates.h"
 #include "kvr2/kvrcob/functions.h"
 #include "kvr2/kvrcob/numbers.h"
+#include "kvr2/kvrcob/performs.h"
 #include "kvr2/kvrcob/text.h"
 
 typedef int64_t (*KvrProgram)();
