@@ -71,7 +71,11 @@ Num Emitter::itemNumber(const Loc &loc)
     case Usage::Native:
     case Usage::Index:
         if (item.usage == Usage::Native || item.nativeBinary || !options_.truncate)
-            n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
+            n.digits = item.size == 1   ? 3
+                       : item.size == 2 ? 5
+                       : item.size == 4 ? 10
+                                        : 20,
+            n.most = static_cast<unsigned __int128>(1) << (item.size * 8);
         n.text = cat(n.wide() ? "(__int128)" : "",
                      item.picture.sign || item.usage == Usage::Index ? emits(Do::Load, Of::Signed)
                                                                      : emits(Do::Load, Of::Unsigned),
@@ -168,9 +172,14 @@ Num Emitter::scaleUp(Num a, int scale)
     }
     if (a.kind == Num::Int && a.digits + k <= kMostInt) {
         int digits = a.digits + k;
-        a.text = cat("(", digits > 18 && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
+        Num scaled = a;
+        scaled.digits = digits;
+        scaled.most = a.most <= INT64_MAX && k <= 18 ? a.most : 0;
+        for (int i = 0; i < k; i++) scaled.most *= 10;
+        a.text = cat("(", scaled.wide() && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
                      emits(Do::MorePlaces, Of::Integer), powerOfTen(k), ")");
         a.digits = digits;
+        a.most = scaled.most;
         a.scale = scale;
         return a;
     }
@@ -241,6 +250,10 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
             a.text = cat("((", a.text, ")", emits(Do::FewerPlaces, Of::Integer), powerOfTen(k), ")");
         bool wasWide = a.wide();
         a.digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
+        if (a.most) {
+            for (int i = 0; i < k; i++) a.most /= 10;
+            a.most++;
+        }
         a.scale = scale;
         if (wasWide && !a.wide()) a.text = cat("(int64_t)", a.text);
         if (!wasWide && k > 18) a.text = cat("(int64_t)", a.text);

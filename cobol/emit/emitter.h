@@ -75,10 +75,13 @@ struct Num {
     bool literal = false;
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
+    // Int: never more than this, above or below zero, whatever the item holds; 0: only the digits
+    // are known
+    unsigned __int128 most = 0;
     // Packed, while `text` is `cutOf`: the same, cut by the library to as many digits as @ stands
     // for
     std::string cut, cutOf;
-    bool wide() const { return digits > 18; }
+    bool wide() const { return most ? most > INT64_MAX : digits > 18; }
     bool good() const { return !text.empty(); }
 };
 
@@ -150,6 +153,7 @@ private:
     Loc locate(const Reference &ref, bool receiving = false);
     Loc locateItem(const Item &item, const std::string &displacement = "", bool receiving = false);
     std::string baseOf(const Item &item);
+    uint64_t roomOf(const Item &record) const;
     std::string subscript(const Expr *e);
     std::string integer(const Expr *e); // a C integer of 64 bits
     Text text(const Expr *e, bool numericAsText = false);
@@ -402,12 +406,15 @@ private:
 
     Meaning &meaning_;
     Group &group_;
-    const EmitOptions &options_;
+    const EmitOptions options_;
     Program *program_ = nullptr;
     std::map<const Expr *, std::string>
-        guards_;          // of arguments that ALL made: the condition that there is such an element
-    std::string globals_; // static data before the functions
-    std::string code_;    // the function in hand
+        guards_;                             // of arguments that ALL made: the condition that there is such an element
+    // Of records that others redefine: the bytes of the longest of them.
+    std::map<const Item *, uint64_t> rooms_;
+    bool groupVisible_ = false;              // the table of all outermost programs was emitted
+    std::string globals_;                    // static data before the functions
+    std::string code_;                       // the function in hand
     std::string functions_, useReturns_, entryCases_;
     struct Insertion {
         size_t at;

@@ -68,9 +68,7 @@ void Emitter::entry(Program &p)
                 restores += cat(n, " = saved", n, ";\n");
             }
         } else if (record->section == Item::LocalStorage) {
-            uint64_t size = static_cast<uint64_t>(record->storageSize());
-            for (const Item *other : p.records)
-                if (other->redefines == record) size = std::max(size, static_cast<uint64_t>(other->storageSize()));
+            uint64_t size = roomOf(*record);
             saves += cat("uint8_t *saved", record->number, " = S", record->number, ";\n");
             sets += cat("S", record->number, " = locals + ", localBytes, ";\n");
             restores += cat("S", record->number, " = saved", record->number, ";\n");

@@ -22,6 +22,9 @@
 
 namespace kvrcob {
 
+// An operand whose C is longer is computed first, so that long expressions take linear time.
+constexpr size_t kLongText = 4000;
+
 std::string Emitter::powerOfTen(int n)
 {
     if (n <= 18) return "1" + std::string(static_cast<size_t>(n), '0') + "LL";
@@ -61,6 +64,8 @@ Num Emitter::literalNumber(const Decimal &value)
     n.scale = value.scale;
     n.isSigned = value.negative;
     if (n.digits <= 18) {
+        n.most = 1; // of zero, too: it is known
+        for (char c : value.digits) n.most = n.most == 1 && c == '0' ? 1 : n.most * 10 + static_cast<unsigned>(c - '0');
         n.text = cat(value.negative ? "(-" : "", value.digits, "LL", value.negative ? ")" : "");
     } else if (n.digits <= kMostInt) {
         std::string high = value.digits.substr(0, value.digits.size() - 18),
@@ -94,6 +99,7 @@ Num Emitter::add(Num a, Num b, bool minus)
                                minus ? emits(Do::Subtract, Of::Float, Of::Float) : emits(Do::Add, Of::Float, Of::Float),
                                "(", b.text, "))"));
     }
+    if (a.text.size() > kLongText) a = keep(a, true);
     int scale = std::max(a.scale, b.scale);
     int whole = std::max(a.digits - a.scale, b.digits - b.scale);
     int digits = whole + scale + 1;
@@ -102,12 +108,13 @@ Num Emitter::add(Num a, Num b, bool minus)
     if (!packed && digits <= kMostInt) {
         a = scaleUp(a, scale), b = scaleUp(b, scale);
         if (a.kind == Num::Int && b.kind == Num::Int) {
-            bool wide = digits > 18;
-            Num n = integerNumber(
+            Num n = integerNumber("", digits);
+            n.most = a.most && b.most ? a.most + b.most : 0;
+            bool wide = n.wide();
+            n.text =
                 cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
                     minus ? emits(Do::Subtract, Of::Integer, Of::Integer) : emits(Do::Add, Of::Integer, Of::Integer),
-                    wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))"),
-                digits);
+                    wide && !b.wide() ? "(__int128)" : "", "(", b.text, "))");
             n.scale = scale;
             return n;
         }
@@ -163,13 +170,15 @@ Num Emitter::multiply(Num a, Num b)
         a = toFloat(a), b = toFloat(b);
         return floatNumber(cat("(", a.text, emits(Do::Multiply, Of::Float, Of::Float), b.text, ")"));
     }
+    if (a.text.size() > kLongText) a = keep(a, true);
     int digits = a.digits + b.digits, scale = a.scale + b.scale;
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
-        bool wide = digits > 18;
-        Num n = integerNumber(cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
-                                  emits(Do::Multiply, Of::Integer, Of::Integer), wide && !b.wide() ? "(__int128)" : "",
-                                  "(", b.text, "))"),
-                              digits);
+        Num n = integerNumber("", digits);
+        n.most = a.most && b.most && a.most <= INT64_MAX && b.most <= INT64_MAX ? a.most * b.most : 0;
+        bool wide = n.wide();
+        n.text = cat("(", wide && !a.wide() ? "(__int128)" : "", "(", a.text, ")",
+                     emits(Do::Multiply, Of::Integer, Of::Integer), wide && !b.wide() ? "(__int128)" : "", "(", b.text,
+                     "))");
         n.scale = scale;
         return n;
     }
@@ -223,8 +232,8 @@ Num Emitter::divide(Num a, Num b, int scale)
     }
     int digits = a.digits + k;
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
-        bool wide = digits > 18 || b.wide();
         a = scaleUp(a, a.scale + k);
+        bool wide = (a.most ? a.wide() : digits > 18) || b.wide();
         Num n = integerNumber(
             cat(wide ? emits(Do::Divide, Of::Wide, Of::Wide) : emits(Do::Divide, Of::Integer, Of::Integer), "(", a.text,
                 ", ", b.text, ", &", zeroFlag(), ")"),
@@ -319,21 +328,24 @@ Num Emitter::number(const Expr *e, int wantScale)
         return integerNumber(cat("(int64_t)(", loc.length, ")"), 10);
     }
     case ExprKind::Arithmetic: {
-        if (e->op == '+' || e->op == '-') {
-            Num a = number(e->left, -1), b = number(e->right, -1);
-            return add(a, b, e->op == '-');
+        // A chain of operators may be long: from the left, without recursion.
+        std::vector<const Expr *> chain;
+        const Expr *first = e;
+        for (; first->kind == ExprKind::Arithmetic; first = first->left) chain.push_back(first);
+        Num n = number(first, -1);
+        for (size_t i = chain.size(); i-- > 0;) {
+            const Expr &step = *chain[i];
+            Num right = number(step.right, -1);
+            if (step.op == '+' || step.op == '-')
+                n = add(n, right, step.op == '-');
+            else if (step.op == '*')
+                n = multiply(n, right);
+            else if (step.op == '/')
+                n = divide(n, right, i == 0 ? wantScale : -1);
+            else
+                n = n.good() && right.good() ? power(n, right, step.right) : Num{};
         }
-        if (e->op == '*') {
-            Num a = number(e->left, -1), b = number(e->right, -1);
-            return multiply(a, b);
-        }
-        if (e->op == '/') {
-            Num a = number(e->left, -1), b = number(e->right, -1);
-            return divide(a, b, wantScale);
-        }
-        Num a = number(e->left, -1), b = number(e->right, -1);
-        if (!a.good() || !b.good()) return Num{};
-        return power(a, b, e->right);
+        return n;
     }
     case ExprKind::Kept:
         return kept_[e].num;

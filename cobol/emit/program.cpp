@@ -190,14 +190,24 @@ void Emitter::statement(const Statement &s)
 
 // ---- Storage
 
+// What a record takes: as much as the longest of those that redefine it.
+uint64_t Emitter::roomOf(const Item &record) const
+{
+    auto found = rooms_.find(&record);
+    return std::max(static_cast<uint64_t>(record.storageSize()), found == rooms_.end() ? 0 : found->second);
+}
+
 void Emitter::storage(Program &p)
 {
+    rooms_.clear();
+    for (const Item *record : p.records)
+        if (record->redefines) {
+            uint64_t &room = rooms_[record->redefines];
+            room = std::max(room, static_cast<uint64_t>(record->storageSize()));
+        }
     for (Item *record : p.records) {
         if (record->redefines) continue;
-        uint64_t size = static_cast<uint64_t>(record->storageSize());
-        for (const Item *other : p.records)
-            if (other->redefines == record) size = std::max(size, static_cast<uint64_t>(other->storageSize()));
-        if (size == 0) size = 1;
+        uint64_t size = std::max<uint64_t>(roomOf(*record), 1);
         switch (record->section) {
         case Item::WorkingStorage:
             if (record->external)
@@ -242,25 +252,27 @@ void Emitter::storage(Program &p)
     globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
                     "body(int entry);\n");
 
-    // What CALL identifier finds without the program manager.
-    globals_ += cat("static const KvrVisible ", prefix, "visible[] __attribute__((unused)) = {");
-    std::vector<Program *> visible;
+    // What CALL identifier finds without the program manager. Programs that contain none and are in
+    // none see the same ones.
+    bool common = p.nested.empty() && !p.parent;
+    if (common) globals_ += cat("#define ", prefix, "visible group_visible\n");
+    if (common && groupVisible_) return;
+    groupVisible_ |= common;
+    globals_ += cat("static const KvrVisible ", common ? "group_" : prefix, "visible[] __attribute__((unused)) = {");
+    std::set<Word> names;
     auto add = [&](Program *other) {
-        if (std::find(visible.begin(), visible.end(), other) == visible.end() &&
-            visibleProgram(p, other->name) == other)
-            visible.push_back(other);
-    };
-    for (Program *inner : p.nested) add(inner);
-    for (Program *outer = p.parent; outer; outer = outer->parent)
-        for (Program *inner : outer->nested) add(inner);
-    for (Program *other : group_.programs) add(other);
-    for (Program *other : visible) {
+        if (!common && visibleProgram(p, other->name) != other) return;
+        if (!names.insert(other->name).second) return;
         globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
                         ", kvr_cancel_", other->number, "}, ");
         for (const EntryStatement *entry : other->entryPoints)
             globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
                             entry->number, ", kvr_cancel_", other->number, "}, ");
-    }
+    };
+    for (Program *inner : p.nested) add(inner);
+    for (Program *outer = p.parent; outer; outer = outer->parent)
+        for (Program *inner : outer->nested) add(inner);
+    for (Program *other : group_.programs) add(other);
     globals_ += "{0, 0, 0}};\n";
 }
 
@@ -350,8 +362,8 @@ void Emitter::procedures(Program &p)
     // Exits and altered GO TOs, now that all of them are known.
     std::stable_sort(insertions_.begin(), insertions_.end(),
                      [](const Insertion &a, const Insertion &b) { return a.at < b.at; });
-    // The cells are in memory, and not in as many variables: those would be live everywhere, and the
-    // C compiler would take its time.
+    // The cells are in memory, and not in as many variables: those would be live everywhere, and
+    // the C compiler would take its time.
     size_t saved = sites_ + 1 - firstSite_;
     std::string out =
         cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,

@@ -42,7 +42,7 @@ std::string readPicture(std::string_view text, char currency, bool commaIsPoint,
             for (size_t j = i + 2; j < close; j++) {
                 if (!std::isdigit(static_cast<unsigned char>(text[j]))) return "a repetition in a picture is a number";
                 count = count * 10 + static_cast<uint64_t>(text[j] - '0');
-                if (count > 200000000) return "this picture is too long";
+                if (count > 0x40000000) return "this picture is too long";
             }
             if (count == 0) return "a repetition in a picture is at least 1";
             i = close;

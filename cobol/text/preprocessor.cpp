@@ -57,12 +57,17 @@ void setText(Token &token, std::string text)
     if (!digits) token.word = internWord(token.text);
 }
 
+// Words and pictures that replacements put together are no longer than this.
+constexpr size_t kLongestJoin = 10000;
+
 // Puts `token` after `out`, joined with the last one if they touch and make one word.
 void join(std::vector<Token> &out, const Token &token, bool mayJoin)
 {
     // After a "-" that was joined, its other half.
-    if (!mayJoin && !out.empty()) mayJoin = out.back().kind == TokenKind::Name && out.back().text.back() == '-';
-    if (mayJoin && !out.empty() && !token.spaceBefore && isPiece(out.back()) && isPiece(token)) {
+    if (!mayJoin && !out.empty() && out.back().text.size() < kLongestJoin)
+        mayJoin = out.back().kind == TokenKind::Name && out.back().text.back() == '-';
+    if (mayJoin && !out.empty() && out.back().text.size() < kLongestJoin && !token.spaceBefore && isPiece(out.back()) &&
+        isPiece(token)) {
         setText(out.back(), std::string(out.back().text) + std::string(token.text));
         return;
     }
@@ -82,6 +87,10 @@ size_t findFolded(std::string_view text, std::string_view part, size_t from = 0)
     return std::string::npos;
 }
 
+// Of one compilation: texts that copy each other, or whose replacements do, could grow for ever.
+constexpr size_t kMostTokens = 4000000, kMostCopies = 100000;
+
+// Ends early where the text becomes longer than any may be; the caller tells it.
 std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replacement> &rules)
 {
     if (rules.empty()) return in;
@@ -90,7 +99,7 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
     out.reserve(in.size());
     bool touched = false; // the last token of out came from a replacement
     size_t i = 0;
-    while (i < in.size()) {
+    while (i < in.size() && out.size() <= kMostTokens) {
         const Replacement *match = nullptr;
         for (const Replacement &rule : rules) {
             if (rule.mode != Replacement::Whole) {
@@ -111,7 +120,7 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
                 picture = in[i];
                 std::string text(picture.text), with;
                 for (const Token &t : rule.to) with += t.text;
-                while (at != std::string::npos) {
+                while (at != std::string::npos && text.size() < kLongestJoin) {
                     text.replace(at, rule.fromText.size(), with);
                     at = findFolded(text, rule.fromText, at + with.size());
                 }
@@ -187,7 +196,7 @@ public:
         Lexer lexer(number, options_);
         if (std::exchange(pictureCopy_, false)) lexer.expectPicture();
         Token token = lexer.next();
-        while (token.kind != TokenKind::End) {
+        while (token.kind != TokenKind::End && !full(out.size(), token.spot)) {
             if (isWord(token, K_COPY)) {
                 copy(lexer, token, out, depth);
             } else {
@@ -195,7 +204,21 @@ public:
                 token = lexer.next();
             }
         }
-        if (depth == 0) out.push_back(token);
+        if (depth > 0) return;
+        token.kind = TokenKind::End;
+        out.push_back(token);
+    }
+
+    // Whether the text has become too long; told once.
+    bool full(size_t tokens, const Spot &spot)
+    {
+        if (!full_ && (tokens > kMostTokens || copies_ > kMostCopies)) {
+            full_ = true;
+            diagnostics().error(spot, copies_ > kMostCopies
+                                          ? "there are too many COPY statements here; do texts copy each other?"
+                                          : "the text is too long after COPY and REPLACE");
+        }
+        return full_;
     }
 
     // REPLACE, over the whole text.
@@ -210,7 +233,8 @@ public:
         std::vector<std::vector<Replacement>> outer;
         auto flush = [&] {
             std::vector<Token> done = replaceAll(stretch, rules);
-            out.insert(out.end(), done.begin(), done.end());
+            bool tooLong = !stretch.empty() && full(out.size() + done.size(), stretch[0].spot);
+            if (!tooLong) out.insert(out.end(), done.begin(), done.end());
             stretch.clear();
         };
         size_t i = 0;
@@ -251,7 +275,9 @@ public:
             }
             i = j;
         }
+        Token end = in.back();
         flush();
+        if (out.empty() || out.back().kind != TokenKind::End) out.push_back(end);
         return out;
     }
 
@@ -460,9 +486,10 @@ private:
                 return;
             }
         }
-        int number = sources().open(path, statement);
+        copies_++;
+        int number = full(out.size(), statement) ? -1 : sources().open(path, statement);
         if (number < 0) {
-            diagnostics().error(nameToken.spot, "cannot read " + path + ": " + std::strerror(errno));
+            if (!full_) diagnostics().error(nameToken.spot, "cannot read " + path + ": " + std::strerror(errno));
             return;
         }
         dependencies_.push_back(path);
@@ -474,6 +501,8 @@ private:
     }
 
     TextOptions &options_;
+    bool full_ = false; // the text became too long; nothing more is read
+    size_t copies_ = 0;
     bool pictureCopy_ = false; // the text that comes next begins with a picture string
     const CopyPath &path_;
     std::vector<std::string> &dependencies_;

@@ -60,7 +60,9 @@ KINDS = re.findall(r"{(\w+)}", PROGRAM) + ["source"]
 # guard places which no source is known to reach.
 ELSEWHERE = [
     "cannot write ", "cannot read ", "cannot make a temporary directory ", "there is no C compiler ", "the C compiler failed",
-    "cannot run ", "the result ", " would overwrite the source", "there is a program ", " in ", " and one in ", "this system has no table of EBCDIC", "the statement ", "this is nested too deep", "COPY is nested too deep",
+    "cannot run ", "the result ", " would overwrite the source", "there is a program ", " in ", " and one in ",
+    "this system has no table of EBCDIC", "the statement ", "this is nested too deep", "COPY is nested too deep",
+    "the text is too long after", "there are too many COPY",
     "a literal is needed here", "a sign test needs an operand", "there is no class ", "BY VALUE of a function",
     "these are too many arguments", " of an item without a picture of a number", " needs numbers here",
     "expected a picture string before ", "expected an integer before ", "expected a name before ",

@@ -51,6 +51,17 @@ def extremes():
     yield "long_line", ">>SOURCE FREE\n" + HEAD + "DISPLAY " + "'abcdefgh' " * 100000 + ".\n", None
     yield "many_lines", HEAD + "           ADD 1 TO A. IF A = 3 DISPLAY 'X' ELSE\n             MOVE 5 TO A.\n" * 20000, None
     yield "copies_itself", HEAD + "           COPY 'copies_itself.cbl'.\n", "copies itself"
+    yield "replacement_grows", HEAD + "    REPLACE ==A== BY == " + "A A A A A A\n    " * 400 + "==.\n    DISPLAY\n" + (
+        "    A A A A\n" * 1000), "too long after COPY and REPLACE"
+    for i in range(17, 0, -1):  # each copies the next one twice
+        yield f"twice{i}", f"           COPY twice{i + 1}.\n" * 2 if i < 17 else "           DISPLAY A\n", "error"
+    yield "copies_grow", HEAD + "           COPY twice1.\n" * 2, "too many COPY statements"
+    # What took quadratic time once.
+    yield "many_terms", HEAD + "           COMPUTE A = 1" + "\n           + A" * 20000 + ".\n", None
+    yield "many_records", HEAD.replace("       PROCEDURE", "".join(f"       01 A{i} PIC X.\n" for i in range(50000)) +
+                                       "       PROCEDURE"), None
+    yield "many_programs", "".join(f"""       IDENTIFICATION DIVISION.\n       PROGRAM-ID. X{i}.
+       PROCEDURE DIVISION.\n           CALL "X{i + 1}".\n       END PROGRAM X{i}.\n""" for i in range(3000)), None
     yield "open_literal", HEAD + "           DISPLAY 'abc\n" * 300, "no closing quotation mark"
     yield "bytes", bytes(range(256)).decode("latin-1") * 400, "error"
 
