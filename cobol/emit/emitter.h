@@ -411,12 +411,12 @@ private:
     const EmitOptions options_;
     Program *program_ = nullptr;
     std::map<const Expr *, std::string>
-        guards_;                             // of arguments that ALL made: the condition that there is such an element
+        guards_; // of arguments that ALL made: the condition that there is such an element
     // Of records that others redefine: the bytes of the longest of them.
     std::map<const Item *, uint64_t> rooms_;
-    bool groupVisible_ = false;              // the table of all outermost programs was emitted
-    std::string globals_;                    // static data before the functions
-    std::string code_;                       // the function in hand
+    bool groupVisible_ = false; // the table of all outermost programs was emitted
+    std::string globals_;       // static data before the functions
+    std::string code_;          // the function in hand
     std::string functions_, useReturns_, entryCases_;
     struct Insertion {
         size_t at;
