@@ -33,9 +33,8 @@ bool StoredHeaderFile::read(const std::string &path)
         reason_ = "its header is damaged";
     else if (header_.keyCount > filesystems::kMostKeys)
         reason_ = "its header has too many keys";
-    for (uint32_t i = 0; i < header_.keyCount && reason_.empty(); ++i)
-        if (!filesystems::keyMakesSense(header_.keys[i], header_.parts, header_.longest))
-            reason_ = "its header has a key outside its records";
+    else if (!filesystems::keysMakeSense(header_))
+        reason_ = "its header has a key that is too long, or outside its records";
     return reason_.empty();
 }
 

@@ -114,7 +114,9 @@ void Emitter::alphabets(Program &p)
     }
     if (p.collating) {
         const Alphabet *a = meaning_.alphabet(p, p.collating);
-        if (!a) {
+        if (!a && (p.collating == K_NATIVE || p.collating == K_STANDARD_1 || p.collating == K_STANDARD_2)) {
+            p.collating = 0;
+        } else if (!a) {
             error(p.collatingAt, "there is no alphabet " + wordText(p.collating));
             p.collating = 0;
         } else if (a->kind && a->kind != K_EBCDIC) {

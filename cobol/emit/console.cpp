@@ -68,6 +68,7 @@ void Emitter::displayStatement(const DisplayStatement &s)
         } else if (numeric) {
             const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(*program_, *e->ref) : nullptr;
             Loc loc = item ? locate(*e->ref) : Loc{};
+            if (e->kind == ExprKind::Function && userFunction(e) && callFunction(e, loc)) item = loc.item;
             if (item && !loc.good()) return;
             if (item && item->usage == Usage::Display &&
                 (item->signForm == SignForm::LeadingSeparate || item->signForm == SignForm::TrailingSeparate ||
@@ -192,12 +193,10 @@ void Emitter::acceptStatement(const AcceptStatement &s)
         put(cat("if (", length, " >= 0) {\n"));
         bool numericTo = !loc.refmod && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited);
         if (numericTo) {
-            Num n;
-            n.kind = Num::Packed;
-            n.digits = 18;
-            std::string p = tempBytes(10);
-            n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", buffer, ", ", length, ", ", p, ", 18)");
-            store(n, loc, false, "");
+            Text t;
+            t.address = buffer;
+            t.length = length;
+            store(textNumber(t, loc.item->picture.scale), loc, false, "");
         } else {
             Text t;
             t.address = buffer;
@@ -237,6 +236,13 @@ void Emitter::acceptStatement(const AcceptStatement &s)
         }
         return;
     }
+    // ON EXCEPTION: there is no line any more.
+    bool phrases = s.exception.has || s.exception.hasNot;
+    if (phrases) {
+        put(cat("if (", emits(Do::InputEnded), "()) {\n"));
+        if (s.exception.has) block(s.exception.on);
+        put("} else {\n");
+    }
     bool plain = loc.refmod || !isNumericItem(*loc.item);
     if (plain) {
         put(cat(emits(Do::Accept, Of::Text), "(", flags, ", ", loc.length, ", ", loc.address, ");\n"));
@@ -253,6 +259,9 @@ void Emitter::acceptStatement(const AcceptStatement &s)
                      program_->commaIsPoint ? ',' : '.', "')");
         store(n, loc, false, "");
     }
+    if (!phrases) return;
+    if (s.exception.hasNot) block(s.exception.onNot);
+    put("}\n");
 }
 
 } // namespace kvrcob

@@ -40,7 +40,7 @@ Num Emitter::itemNumber(const Loc &loc)
                          length > 38 ? cat(" + ", length - 38) : "", ", ", t, ", ", n.digits, ", ", n.digits, ")");
         else
             n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", loc.address, ", ", loc.length, ", ", t, ", ",
-                         n.digits, ")");
+                         n.digits, ", 0, '.')");
         return n;
     }
     if (item.category == Category::NumericEdited) {

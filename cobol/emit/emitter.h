@@ -227,7 +227,7 @@ private:
     void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);
     void moveCharacters(const Text &t, const Loc &target);
-    Num textNumber(const Text &t);
+    Num textNumber(const Text &t, int places);
     void moveNumber(Num n, const Loc &target, bool fromInteger);
     void moveLoc(const Loc &source, const Loc &target);
     void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);
@@ -293,6 +293,7 @@ private:
     void deleteStatement(const FileStatement &s);
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
+    Word undeclaredChannel(const FileStatement &s);
     bool programEndsSort();
     void endSort();
     static bool mayBeGiven(const File &f);
@@ -391,6 +392,7 @@ private:
 
     bool bitsOf(const FunctionCall &f, FunctionText &result);
     bool changedText(const FunctionCall &f, FunctionText &result);
+    const Alphabet *ownSequence();
     bool charOf(const FunctionCall &f, FunctionText &result);
     bool concatenated(const FunctionCall &f, FunctionText &result);
     bool dateText(const FunctionCall &f, FunctionText &result);
@@ -448,7 +450,8 @@ private:
     struct InitOp {
         uint64_t offset;
         std::string bytes;            // these bytes, or
-        uint64_t size = 0, count = 0; // so many copies of the element there
+        uint64_t size = 0, count = 0; // so many copies of the element there, or
+        const Item *edited = nullptr; // the number of its VALUE, edited
     };
     void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);
 };

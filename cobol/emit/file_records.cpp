@@ -20,6 +20,26 @@ static std::string assignmentOf(const std::string &name)
     return "./" + name;
 }
 
+// The name in an assignment that describes the device too: UT-S-NAME, DA-3350-I-NAME,
+// SYS010-UR-1403-S-NAME, AS-NAME. Without a name it is the unit's: SYS010.
+static std::string nameOfAssignment(const std::string &text)
+{
+    size_t at = 0;
+    auto part = [&] { return std::string_view(text).substr(at, text.find('-', at) - at); };
+    auto among = [&](std::initializer_list<std::string_view> words) {
+        return at < text.size() && std::count(words.begin(), words.end(), part()) != 0;
+    };
+    auto step = [&] { at = std::min(text.find('-', at), text.size() - 1) + 1; };
+    const bool unit = text.size() > 6 && text.compare(0, 3, "SYS") == 0 && text[6] == '-';
+    if (unit) step();
+    const bool device = among({"UT", "UR", "DA", "DK", "MT"});
+    if (device) step();
+    if (device && at < text.size() && std::isdigit(static_cast<unsigned char>(text[at]))) step();
+    if (among({"S", "I", "R", "D", "W"}) || (!unit && !device && among({"AS"}))) step();
+    if (at < text.size()) return text.substr(at);
+    return unit ? text.substr(0, 6) : text;
+}
+
 // A sequential file that is printed, and so a file of lines: WRITE ... ADVANCING or LINAGE, and
 // never read.
 bool isPrinted(const File &f)
@@ -108,13 +128,7 @@ void Emitter::fileRecords(Program &p)
                 dynamic = true;
                 attributes += " | ZVK_FILE_ASSIGN_ITEM";
             } else {
-                nameText = wordText(f->assignItem->names[0]);
-                // UT-S-NAME and AS-NAME: the last part is the name.
-                for (const char *lead : {"UT-S-", "DA-S-", "UR-S-", "DA-I-", "DA-R-", "UT-", "UR-", "DA-", "AS-", "S-"})
-                    if (nameText.rfind(lead, 0) == 0 && nameText.size() > std::strlen(lead)) {
-                        nameText = nameText.substr(std::strlen(lead));
-                        break;
-                    }
+                nameText = nameOfAssignment(wordText(f->assignItem->names[0]));
                 attributes += " | ZVK_FILE_ASSIGN_ENVIRONMENT";
             }
         } else if (f->valueOfFileId && f->valueOfFileId->kind == ExprKind::String) {

@@ -205,6 +205,15 @@ void Emitter::readStatement(const FileStatement &s)
     afterVerb(s, *f, false);
 }
 
+// AFTER ADVANCING C01 without an entry of SPECIAL-NAMES.
+Word Emitter::undeclaredChannel(const FileStatement &s)
+{
+    if (!s.advancing || s.advancing->kind != ExprKind::Reference || s.advancing->ref->names.size() != 1) return 0;
+    const std::string &name = wordText(s.advancing->ref->names[0]);
+    const bool channel = name == "CSP" || (name.size() == 3 && name >= "C01" && name <= "C12" && name[2] <= '9');
+    return channel && !meaning_.resolve(*program_, *s.advancing->ref, true) ? s.advancing->ref->names[0] : 0;
+}
+
 void Emitter::writeStatement(const FileStatement &s)
 {
     Loc record;
@@ -223,8 +232,8 @@ void Emitter::writeStatement(const FileStatement &s)
         std::string advance = "1";
         if (s.page) {
             advance = "ZVK_ADVANCE_PAGE";
-        } else if (s.mnemonic) {
-            const std::string &device = wordText(s.mnemonic);
+        } else if (const Word channel = s.mnemonic ? s.mnemonic : undeclaredChannel(s)) {
+            const std::string &device = wordText(channel);
             if (device == "C01" || device == "FORMFEED" || device == "TOP" || device == "PAGE" ||
                 device == "TOP-OF-PAGE" || device == "XXXXX049")
                 advance = "ZVK_ADVANCE_PAGE";

@@ -42,6 +42,10 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     case ExprKind::Number:
         bytes = value->text;
         break;
+    case ExprKind::Negate:
+        if (item.category == Category::NumericEdited) break;
+        error(value->at, "VALUE needs a literal");
+        return defaultBytes(item);
     case ExprKind::Figurative:
         if (value->op == K_NULL && item.category == Category::Pointer) return std::string(item.size, '\0');
         [[fallthrough]];
@@ -70,10 +74,6 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         if (item.usage != Usage::Display) return defaultBytes(item);
     }
     if (numeric && item.usage != Usage::Display && value->kind != ExprKind::Figurative) return defaultBytes(item);
-    if (item.category == Category::NumericEdited && value->kind == ExprKind::Number) {
-        // A number for an edited item is taken as it is written, right-aligned is nobody's rule;
-        // programs use literals.
-    }
     // JUSTIFIED does not count here.
     if (bytes.size() > item.size) return bytes.substr(0, item.size);
     return bytes + std::string(item.size - bytes.size(), ' ');
@@ -83,7 +83,8 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
 {
     (void)whole;
     auto add = [&](std::string bytes) {
-        if (!ops.empty() && ops.back().count == 0 && ops.back().offset + ops.back().bytes.size() == offset)
+        if (!ops.empty() && ops.back().count == 0 && !ops.back().edited &&
+            ops.back().offset + ops.back().bytes.size() == offset)
             ops.back().bytes += bytes;
         else
             ops.push_back({offset, std::move(bytes)});
@@ -92,6 +93,14 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
     // The first occurrence of a table is set apart, so that it can be copied.
     if (item.elementary()) {
         std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
+        const Expr *value = item.hasValue ? meaning_.constant(*program_, item.values[0].from) : nullptr;
+        Decimal number;
+        if (item.category == Category::NumericEdited && decimalOf(value, number)) {
+            add(bytes);
+            ops.push_back({offset, "", 0, 0, &item});
+            if (table) ops.push_back({offset, "", item.size, item.occursMax});
+            return;
+        }
         if (table && bytes.size() * item.occursMax <= 4096) {
             std::string all;
             for (uint32_t i = 0; i < item.occursMax; i++) all += bytes;
@@ -126,6 +135,20 @@ void Emitter::initialValues(Program &p)
             initOps(*record, 0, true, ops);
             std::string base = baseOf(*record);
             for (const InitOp &op : ops) {
+                if (op.edited) {
+                    std::string before;
+                    before.swap(code_);
+                    openBlock();
+                    Loc loc = locateItem(*op.edited, "", true);
+                    loc.address = cat("(", base, " + ", op.offset, ")");
+                    move(op.edited->values[0].from, loc);
+                    std::string moved = code_.substr(2);
+                    before += cat("{ ", insertions_[blocks_.back()].text, moved, "}\n");
+                    insertions_.pop_back();
+                    blocks_.pop_back();
+                    code_.swap(before);
+                    continue;
+                }
                 if (op.count) {
                     put(cat(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count,
                             ");\n"));

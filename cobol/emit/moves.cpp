@@ -78,6 +78,12 @@ void Emitter::moveNumber(Num n, const Loc &target, bool fromInteger)
     store(std::move(n), target, false, "");
 }
 
+// Decimal places that a text is read with for an item.
+static int placesOf(const Item &item)
+{
+    return item.usage == Usage::Float || item.usage == Usage::Double ? 9 : item.picture.scale;
+}
+
 void Emitter::moveLoc(const Loc &source, const Loc &target)
 {
     if (!source.good() || !target.good()) return;
@@ -100,7 +106,9 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
             put(cat("memmove(", target.address, ", ", source.address, ", ", from.size, ");\n"));
             return;
         }
-        store(itemNumber(source), target, false, "");
+        bool characters = plainFrom || (from.category != Category::NumericEdited && !numericFrom &&
+                                        from.category != Category::Index && from.category != Category::Pointer);
+        store(characters ? textNumber(textOf(source), placesOf(to)) : itemNumber(source), target, false, "");
         return;
     }
     Text t;
@@ -167,6 +175,37 @@ void Emitter::moveFrom(const Expr *source, const Loc &from, const Loc &target)
     bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
     if (from.item->isIndexName && !numericTo) error(source->at, "an index-name is set with SET");
     moveLoc(from, target);
+}
+
+// A literal such as " -12.5 ", as the number that somebody typed; as kvr_text_number has it.
+static bool typedNumber(std::string text, char point, Decimal &out)
+{
+    auto trim = [&text] {
+        while (!text.empty() && text.back() == ' ') text.pop_back();
+        while (!text.empty() && text.front() == ' ') text.erase(0, 1);
+    };
+    bool negative = false;
+    trim();
+    if (text.size() > 1 && (text.front() == '-' || text.front() == '+')) {
+        negative = text.front() == '-';
+        text.erase(0, 1);
+    } else if (text.size() > 1 && (text.back() == '-' || text.back() == '+')) {
+        negative = text.back() == '-';
+        text.pop_back();
+    }
+    trim();
+    size_t digits = 0, points = 0;
+    for (char c : text) {
+        if (c == point)
+            points++;
+        else if (c >= '0' && c <= '9')
+            digits++;
+        else
+            return false;
+    }
+    if (digits == 0 || digits > 38 || points > 1) return false;
+    out = decimalOf(text, negative);
+    return true;
 }
 
 void Emitter::move(const Expr *source, const Loc &target)
@@ -240,15 +279,20 @@ void Emitter::move(const Expr *source, const Loc &target)
         Num n;
         if (t.isLiteral) {
             std::string digits;
+            Decimal typed;
             if (t.bytes.find_first_not_of("0123456789") != std::string::npos)
                 meaning_.warning("move", source->at, "this literal has characters that are no digits");
+            if (typedNumber(t.bytes, program_->commaIsPoint ? ',' : '.', typed)) {
+                store(literalNumber(typed), target, false, "");
+                return;
+            }
             for (char c : t.bytes) {
                 digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
             }
             if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
             n = literalNumber(decimalOf(digits, false));
         } else {
-            n = textNumber(t);
+            n = textNumber(t, placesOf(to));
         }
         store(n, target, false, "");
         return;
@@ -258,15 +302,17 @@ void Emitter::move(const Expr *source, const Loc &target)
     moveCharacters(t, target);
 }
 
-// Characters as an unsigned integer.
-Num Emitter::textNumber(const Text &t)
+// Characters as a number: an integer if they are digits, else what somebody typed.
+Num Emitter::textNumber(const Text &t, int places)
 {
     Num n;
     n.kind = Num::Packed;
-    n.digits = static_cast<int>(t.fixed >= 0 ? std::min<int64_t>(t.fixed, 38) : 31);
+    n.scale = std::clamp(places, 0, 18);
+    n.digits = static_cast<int>(t.fixed >= 0 ? std::min<int64_t>(t.fixed, 38 - n.scale) : 31 - n.scale) + n.scale;
+    n.isSigned = true;
     std::string p = tempBytes(n.digits / 2 + 1);
-    n.text =
-        cat(emits(Do::Load, Of::Varying, Of::Packed), "(", t.address, ", ", t.length, ", ", p, ", ", n.digits, ")");
+    n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", t.address, ", ", t.length, ", ", p, ", ", n.digits,
+                 ", ", n.scale, ", '", program_->commaIsPoint ? ',' : '.', "')");
     return n;
 }
 
@@ -276,7 +322,7 @@ void Emitter::moveCharacters(const Text &t, const Loc &target)
     const Item &to = *target.item;
     bool plainTo = target.refmod || to.category == Category::Group;
     if (!plainTo && (isNumericItem(to) || to.category == Category::NumericEdited)) {
-        store(textNumber(t), target, false, "");
+        store(textNumber(t, placesOf(to)), target, false, "");
     } else if (!plainTo && to.category == Category::AlphanumericEdited) {
         std::string record = editedRecord(to, cat("P", ++constants_), t.kind != Text::Bytes, globals_);
         put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
@@ -416,6 +462,13 @@ void Emitter::initializeOne(const Loc &loc, const Item &item, const InitializeSt
         Decimal zero;
         zero.digits = "0";
         store(literalNumber(zero), loc, false, "");
+    } else if (category == Category::AlphanumericEdited) {
+        // The characters that the picture inserts stay.
+        Expr *space = make<Expr>();
+        space->kind = ExprKind::Figurative;
+        space->at = s.at;
+        space->op = K_SPACE;
+        move(space, loc);
     } else {
         put(cat("memset(", loc.address, ", ' ', ", loc.length, ");\n"));
     }

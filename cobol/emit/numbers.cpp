@@ -322,7 +322,7 @@ Num Emitter::number(const Expr *e, int wantScale)
         Item *item = meaning_.resolve(*program_, *e->ref);
         if (!item) return Num{};
         // A table's own length of one occurrence needs no subscripts.
-        if (e->ref->subscripts.empty() && !e->ref->refmod && !item->hasDepending)
+        if (e->ref->subscripts.empty() && !e->ref->refmod && fixedOccurrence(*item))
             return integerNumber(cat(item->size, "LL"), 10);
         Loc loc = locate(*e->ref);
         return integerNumber(cat("(int64_t)(", loc.length, ")"), 10);

@@ -120,11 +120,22 @@ bool Emitter::hexOf(const FunctionCall &f, FunctionText &result)
     return true;
 }
 
+// The program's own collating sequence, or null.
+const Alphabet *Emitter::ownSequence()
+{
+    const Alphabet *a = program_->collating ? meaning_.alphabet(*program_, program_->collating) : nullptr;
+    return a && a->weights.size() == 256 ? a : nullptr;
+}
+
 bool Emitter::charOf(const FunctionCall &f, FunctionText &result)
 {
     std::string buffer = tempBytes(1);
-    put(cat(buffer, "[0] = (uint8_t)(", integer(f.args[0]), " - 1); ", result.address, " = ", buffer, "; ",
-            result.length, " = 1;\n"));
+    std::string place = integer(f.args[0]);
+    const Alphabet *a = ownSequence();
+    put(cat(buffer, "[0] = ",
+            a ? cat(emitsFunction(f.name), "(alphabet", a->number, ", ", place, ")")
+              : cat("(uint8_t)(", place, " - 1)"),
+            "; ", result.address, " = ", buffer, "; ", result.length, " = 1;\n"));
     result.fixed = 1;
     return true;
 }
@@ -187,7 +198,7 @@ Num Emitter::textLength(const FunctionCall &f)
     const Expr *a = constant(f.args[0]);
     if (a->kind == ExprKind::Reference) {
         Item *item = meaning_.resolve(*program_, *a->ref, true);
-        if (item && !a->ref->refmod && a->ref->subscripts.empty() && !item->hasDepending)
+        if (item && !a->ref->refmod && a->ref->subscripts.empty() && fixedOccurrence(*item))
             return integerNumber(cat(item->size, "LL"), 10, false);
         Loc loc = locate(*a->ref);
         if (!loc.good()) return Num{};
@@ -203,6 +214,8 @@ Num Emitter::ordinal(const FunctionCall &f)
 {
     Text t = text(f.args[0]);
     if (!t.good) return Num{};
+    if (const Alphabet *a = ownSequence())
+        return integerNumber(cat("((int64_t)alphabet", a->number, "[*(", t.address, ")] + 1)"), 3, false);
     return integerNumber(cat("((int64_t)*", t.address, " + 1)"), 3, false);
 }
 

@@ -82,6 +82,29 @@ struct Layout {
         return true;
     }
 
+    // A picture with its constants as numbers: "X(LEN)" as "X(80)".
+    std::string pictureOf(const Item &item)
+    {
+        std::string text(item.pictureText), out;
+        for (size_t i = 0; i < text.size(); i++) {
+            out += text[i];
+            size_t close = text[i] == '(' ? text.find(')', i) : std::string::npos;
+            if (close == std::string::npos || close == i + 1 || text.find_first_not_of("0123456789", i + 1) == close)
+                continue;
+            Expr *name = make<Expr>();
+            name->kind = ExprKind::Reference;
+            name->at = item.pictureAt;
+            name->ref = make<Reference>();
+            name->ref->at = item.pictureAt;
+            name->ref->names.push_back(internWord(text.substr(i + 1, close - i - 1)));
+            Decimal d;
+            if (!meaning.constantNumber(program, name, d) || d.scale || d.negative) continue;
+            out += d.digits + ")";
+            i = close;
+        }
+        return out;
+    }
+
     void elementary(Item &item)
     {
         switch (item.usage) {
@@ -112,7 +135,11 @@ struct Layout {
             item.category = Category::Numeric;
             item.picture.category = Category::Numeric;
             item.size = item.nativeSize;
-            item.picture.digits = item.nativeSize == 1 ? 3 : item.nativeSize == 2 ? 5 : item.nativeSize == 4 ? 10 : 19;
+            item.picture.digits = item.nativeSize == 1   ? 3
+                                  : item.nativeSize == 2 ? 5
+                                  : item.nativeSize == 4 ? 10
+                                  : item.isUnsigned      ? 20
+                                                         : 19;
             item.picture.sign = !item.isUnsigned;
             return;
         }
@@ -133,7 +160,7 @@ struct Layout {
             return;
         }
         char symbol = program.currencySymbol ? program.currencySymbol : program.currency;
-        std::string wrong = readPicture(item.pictureText, symbol, program.commaIsPoint, item.picture);
+        std::string wrong = readPicture(pictureOf(item), symbol, program.commaIsPoint, item.picture);
         item.picture.currency = program.currency;
         if (!wrong.empty()) {
             meaning.error(item.pictureAt, wrong);

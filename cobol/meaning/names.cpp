@@ -221,6 +221,11 @@ void Meaning::program(Program &p)
         if (record->redefines && record->size > record->redefines->size)
             record->redefines->size = record->redefines->size; // storage takes the longest, see emit
     }
+    for (const Item *c : p.constants) {
+        const Expr *value = constant(p, c->constant);
+        if (value && value->kind == ExprKind::Reference && symbolic(p, value->ref->names[0]) < 0)
+            error(c->at, "the value of " + wordText(c->name) + " is no constant");
+    }
     for (size_t i = 0; i < p.parameters.size(); i++) {
         const Expr *e = p.parameters[i].value;
         if (!e || e->kind != ExprKind::Reference) continue;

@@ -34,6 +34,11 @@ void Parser::usingPhrase(std::vector<CallStatement::Argument> &arguments)
         } else {
             return;
         }
+        // BY VALUE item SIZE 4: a machine word holds it anyway.
+        if (mode == CallStatement::Value && take(K_SIZE)) {
+            take(K_IS);
+            operand();
+        }
         arguments.push_back(argument);
     }
 }

@@ -100,7 +100,7 @@ Statement *Parser::acceptStatement()
     }
     if (at(K_AT) || at(K_LINE) || at(K_COLUMN) || (at(K_WITH) && !aheadIs(1, K_NO)))
         notBuilt(here(), "ACCEPT ... AT (screen handling)");
-    if (s->from == K_ENVIRONMENT || s->from == K_ENVIRONMENT_VALUE || s->from == K_ARGUMENT_VALUE)
+    if (s->from != K_DATE && s->from != K_DAY && s->from != K_TIME && s->from != K_DAY_OF_WEEK)
         phrases(s->exception, K_ON, K_EXCEPTION, 0);
     take(K_END_ACCEPT);
     return s;

@@ -158,7 +158,8 @@ Statement *Parser::goStatement()
 {
     auto *s = begin<GoStatement>();
     take(K_TO);
-    while (atProcedureName() && !panic_) s->targets.push_back(procedureName());
+    while (atProcedureName() && !panic_ && (s->targets.empty() || !atLostHeader()))
+        s->targets.push_back(procedureName());
     if (take(K_DEPENDING)) {
         take(K_ON);
         s->depending = identifier();

@@ -45,6 +45,10 @@ bool Parser::usageWord(Item &)
     case K_UNSIGNED:
     case K_FLOAT_BINARY_32:
     case K_FLOAT_BINARY_64:
+    case K_FLOAT_BINARY_128:
+    case K_FLOAT_DECIMAL_16:
+    case K_FLOAT_DECIMAL_34:
+    case K_FLOAT_EXTENDED:
         return true;
     default:
         return false;

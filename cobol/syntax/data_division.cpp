@@ -183,6 +183,8 @@ void Parser::fileDescription(Program &p)
                     value->ref = identifier();
                 }
                 if (fileId) f->valueOfFileId = value;
+                if (fileId && value->kind == ExprKind::Reference && !f->assign && !f->assignItem)
+                    f->assignItem = value->ref;
             }
         } else if (at(K_DATA) || (at(K_RECORD) && (aheadIs(1, K_IS) || aheadIs(1, K_ARE)))) {
             take(K_DATA);
@@ -352,6 +354,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         item->at = here();
         item->name = now().word;
         if (item->name < K_count) declared_.insert(item->name);
+        dataNames_.insert(item->name);
         step();
     } else if (now().kind == TokenKind::Name && !at(K_PIC) && !at(K_PICTURE) && !at(K_REDEFINES) && !at(K_OCCURS) &&
                !at(K_USAGE) && !at(K_VALUE) && !at(K_VALUES) && !at(K_COMP) && !at(K_COMP_3) && !at(K_BINARY) &&

@@ -85,10 +85,10 @@ void Parser::configurationSection(Program &p)
                         take(K_INTRINSIC);
                         size_t count = 0;
                         const FunctionRow *rows = functionRows(count);
-                        for (size_t i = 0; i < count; i++) p.functions.push_back(internWord(rows[i].name));
+                        for (size_t i = 0; i < count; i++) p.functions.insert(internWord(rows[i].name));
                     } else {
                         while (now().kind == TokenKind::Name && !at(K_FUNCTION) && !at(K_PROGRAM) && !at(K_CLASS)) {
-                            if (!at(K_INTRINSIC)) p.functions.push_back(now().word);
+                            if (!at(K_INTRINSIC)) p.functions.insert(now().word);
                             step();
                         }
                     }
@@ -178,6 +178,10 @@ void Parser::alphabetClause(Program &p)
     }
     alphabet->name = now().word;
     step();
+    if (at(K_FOR) && aheadIs(1, K_ALPHANUMERIC)) {
+        step();
+        step();
+    }
     take(K_IS);
     p.alphabets.push_back(alphabet);
     if (at(K_NATIVE) || at(K_STANDARD_1) || at(K_STANDARD_2) || at(K_EBCDIC)) {

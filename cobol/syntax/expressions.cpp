@@ -6,6 +6,7 @@
 // an abbreviated relation, which only the names can tell.
 #include <cstdlib>
 
+#include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
 namespace kvrcob {
@@ -84,6 +85,17 @@ static uint32_t figurativeOf(Word word)
     }
 }
 
+// A function of the REPOSITORY, which needs no FUNCTION before its name: with arguments, or one
+// that has none and is no item of the program.
+bool Parser::atFunctionName() const
+{
+    if (!program_ || program_->functions.empty() || now().kind != TokenKind::Name) return false;
+    if (!program_->functions.count(now().word) || dataNames_.count(now().word)) return false;
+    if (ahead().kind == TokenKind::Punct && ahead().word == '(') return true;
+    const FunctionRow *row = functionRow(now().word);
+    return !isReserved(now().word) && (!row || row->least == 0);
+}
+
 bool Parser::atOperand() const
 {
     const Token &token = now();
@@ -92,8 +104,8 @@ bool Parser::atOperand() const
         return (token.word == '-' || token.word == '+') && ahead().kind == TokenKind::Number && !ahead().spaceBefore;
     if (token.kind != TokenKind::Name) return false;
     if (!isReserved(token.word)) return atName() || atFigurative();
-    return atFigurative() || token.word == K_ALL || token.word == K_LINAGE_COUNTER ||
-           (token.word == K_LENGTH && true) || token.word == K_PAGE_COUNTER || token.word == K_LINE_COUNTER;
+    return atFigurative() || token.word == K_ALL || token.word == K_LINAGE_COUNTER || token.word == K_LENGTH ||
+           atFunctionName() || token.word == K_PAGE_COUNTER || token.word == K_LINE_COUNTER;
 }
 
 // A literal, with a sign if it is a number; figurative constants and ALL.
@@ -354,19 +366,7 @@ Expr *Parser::primary()
     }
     if (atNumber() || atString() || atFigurative() || at(K_ALL)) return literal();
     if (at(K_FUNCTION) && ahead().kind == TokenKind::Name) return functionCall();
-    if (program_ && now().kind == TokenKind::Name && !isReserved(now().word) && ahead().kind == TokenKind::Punct &&
-        ahead().word == '(') {
-        for (Word known : program_->functions)
-            if (known == now().word) return functionCall();
-    }
-    if (program_ && at(K_LENGTH) && ahead().kind == TokenKind::Punct && ahead().word == '(') {
-        for (Word known : program_->functions)
-            if (known == K_LENGTH) return functionCall();
-    }
-    if (program_ && now().kind == TokenKind::Name && wordText(now().word) == "CURRENT-DATE") {
-        for (Word known : program_->functions)
-            if (known == now().word) return functionCall();
-    }
+    if (atFunctionName()) return functionCall();
     if (at(K_LENGTH)) {
         step();
         take(K_OF);
@@ -492,6 +492,11 @@ uint32_t Parser::relationalOperator()
         if (mark == '<' && atMark('=')) {
             step();
             return kLessEqual;
+        }
+        if (mark == '=' && (atMark('<') || atMark('>'))) { // "=<" and "=>" of older programs
+            mark = atMark('<') ? kLessEqual : kGreaterEqual;
+            step();
+            return mark;
         }
         take(K_TO);
         take(K_THAN);

@@ -215,9 +215,18 @@ Statement *Parser::writeStatement()
         (at(K_BEFORE) ? s->before : s->after) = true;
         if (program_ && s->record) program_->advancedRecords.push_back(s->record->names[0]);
         step();
+        // POSITIONING is an older word: 0 lines are a new page there.
+        bool positioning = at(K_POSITIONING) && (ahead().kind == TokenKind::Number || ahead().kind == TokenKind::Name);
+        if (positioning) step();
         take(K_ADVANCING);
         if (take(K_PAGE)) {
             s->page = true;
+        } else if (positioning && atNumber() && now().text == "0") {
+            s->page = true;
+            step();
+        } else if (positioning && !atNumber()) {
+            notBuilt(here(), "POSITIONING by an item");
+            operand();
         } else if (atName() && program_) {
             for (const Mnemonic &m : program_->mnemonics)
                 if (m.name == now().word) s->mnemonic = m.device;

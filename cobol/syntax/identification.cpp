@@ -68,7 +68,7 @@ Program *Parser::program(Program *parent)
             p->nameText = now().text;
             p->name = internWord(now().text);
             step();
-            if (p->isFunction) p->functions.push_back(p->name); // it may call itself
+            if (p->isFunction) p->functions.insert(p->name); // it may call itself
         } else {
             error("expected the program's name before " + shown());
         }

@@ -8,7 +8,15 @@ namespace kvrcob {
 bool Parser::atName() const
 {
     if (now().kind != TokenKind::Name || isReserved(now().word)) return false;
+    if (atLostHeader()) return false;
     return !(now().word < K_count && inProcedures_ && !declared_.count(now().word) && atVerb());
+}
+
+// The header of a paragraph after a sentence whose period is missing: a word on a line's beginning,
+// which no division before this one has.
+bool Parser::atLostHeader() const
+{
+    return inProcedures_ && now().areaA && !(now().word < seen_.size() && seen_[now().word]) && atProcedureHeader();
 }
 
 bool Parser::take(Word word)

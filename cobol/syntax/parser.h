@@ -103,6 +103,8 @@ private:
     void sentences(Procedure &procedure);
     bool atVerb() const;
     bool atProcedureHeader() const;
+    bool atLostHeader() const;
+    void seeNames();
     Statement *statement();
     void block(Block &out);
     template <class T>
@@ -130,6 +132,7 @@ private:
     Reference *identifier();
     Reference *fileOrName(); // without subscripts
     bool atOperand() const;
+    bool atFunctionName() const;
     bool atFigurative() const;
     Expr *orCondition();
     Expr *andCondition();
@@ -223,6 +226,7 @@ private:
     Statement *enterStatement();
     Statement *noteStatement();
     Statement *traceStatement();
+    Statement *serviceStatement();
 
     Group &group_;
     std::vector<Token> &tokens_;
@@ -234,6 +238,9 @@ private:
     bool inProcedures_ = false;
     std::set<Word> declared_;   // words of kvrcob that are names of items
     std::set<Word> tableNames_; // names of items that need subscripts
+    std::set<Word> dataNames_;  // names of all items
+    std::vector<bool> seen_;    // words that the source has before the present PROCEDURE DIVISION
+    size_t seenTo_ = 0;
     // Where "A -1" are two operands: among those of DISPLAY and ADD, and in a function's, where
     // "A (B)" may be two as well.
     enum Listing : uint8_t { NoList, OperandList, FunctionList } inArguments_ = NoList;

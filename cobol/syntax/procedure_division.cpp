@@ -76,6 +76,7 @@ const VerbRow *VerbRow::of(Word verb)
         {K_NOTE, &Parser::noteStatement},
         {K_READY, &Parser::traceStatement},
         {K_RESET, &Parser::traceStatement},
+        {K_SERVICE, &Parser::serviceStatement},
         {K_GENERATE, &Parser::notBuiltStatement},
         {K_INITIATE, &Parser::notBuiltStatement},
         {K_TERMINATE, &Parser::notBuiltStatement},
@@ -102,6 +103,7 @@ bool Parser::atVerb() const
 {
     if (now().kind != TokenKind::Name || !VerbRow::of(now().word)) return false;
     if (now().word == K_READY || now().word == K_RESET) return aheadIs(1, K_TRACE);
+    if (now().word == K_SERVICE) return aheadIs(1, K_RELOAD) || aheadIs(1, K_LABEL);
     if (isReserved(now().word)) return true;
     if (now().word == K_XML || now().word == K_JSON) return aheadIs(1, K_PARSE) || aheadIs(1, K_GENERATE);
     if (now().word == K_NOTE) return ahead().kind != TokenKind::Punct && !aheadIs(1, K_SECTION);
@@ -172,6 +174,19 @@ Statement *Parser::traceStatement()
     s->form = ExitStatement::Continue;
     warn("obsolete", s->at, "TRACE is obsolete and has no effect");
     step();
+    return s;
+}
+
+// SERVICE LABEL, SERVICE RELOAD item: of older systems, no effect.
+Statement *Parser::serviceStatement()
+{
+    ExitStatement *s = begin<ExitStatement>();
+    s->verb = K_CONTINUE;
+    s->form = ExitStatement::Continue;
+    warn("obsolete", s->at, "SERVICE is obsolete and has no effect");
+    bool reload = at(K_RELOAD);
+    step();
+    if (reload) identifier();
     return s;
 }
 
@@ -266,8 +281,16 @@ bool Parser::atProcedureHeader() const
     return next.kind == TokenKind::Name && next.word == K_SECTION;
 }
 
+void Parser::seeNames()
+{
+    seen_.resize(wordCount());
+    for (; seenTo_ < position_; seenTo_++)
+        if (tokens_[seenTo_].kind == TokenKind::Name) seen_[tokens_[seenTo_].word] = true;
+}
+
 void Parser::procedureDivision(Program &p)
 {
+    seeNames();
     p.hasProcedures = true;
     inProcedures_ = true;
     p.procedureAt = here();

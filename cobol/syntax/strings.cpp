@@ -85,7 +85,7 @@ Statement *Parser::inspectStatement()
 {
     auto *s = begin<InspectStatement>();
     Expr *inspected = primary();
-    if (inspected->kind == ExprKind::Function)
+    if (inspected->kind == ExprKind::Function || inspected->kind == ExprKind::String)
         s->function = inspected;
     else if (inspected->kind == ExprKind::Reference)
         s->target = inspected->ref;

@@ -543,6 +543,15 @@ struct Item {
     bool elementary() const { return children.empty(); }
 };
 
+// Whether an occurrence of a table, or an item, always has the same size.
+inline bool fixedOccurrence(const Item &item)
+{
+    if (item.anyLength || !item.depending) return !item.hasDepending;
+    for (const Item *child : item.children)
+        if (child->hasDepending) return false;
+    return true;
+}
+
 // ---- Files
 
 struct File {
@@ -650,7 +659,7 @@ struct Program {
     Word collating = 0;
     Tok collatingAt = 0;
     bool allFunctions = false; // REPOSITORY FUNCTION ALL INTRINSIC
-    std::vector<Word> functions;
+    std::set<Word> functions;  // that may be named without FUNCTION
 
     // data
     std::vector<File *> files;

@@ -381,7 +381,8 @@ private:
         if (word == "EJECT" || word == "SKIP1" || word == "SKIP2" || word == "SKIP3")
             return rest.find_first_not_of(". ") == std::string_view::npos;
         if (word == "TITLE") return !rest.empty() && (rest[0] == '"' || rest[0] == '\'');
-        return (word == "CBL" || word == "PROCESS") && out_.text.find_first_not_of(" \n") == std::string::npos;
+        return (word == "CBL" || word == "PROCESS" || word == "@OPTIONS") &&
+               out_.text.find_first_not_of(" \n") == std::string::npos;
     }
 
     void fixedLine(std::string_view line)

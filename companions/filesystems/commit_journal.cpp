@@ -128,7 +128,8 @@ int redoRecords(const char *name, uint64_t number, const uint8_t *changes, size_
     size_t got = 0;
     int descriptor = open(name, O_RDWR | O_CLOEXEC), error = descriptor < 0 ? errno : 0;
     if (!error) error = readAll(descriptor, &header, sizeof header, 0, &got);
-    if (!error && (got != sizeof header || !hasMark(header) || header.checksum != checksumOf(header)))
+    if (!error &&
+        (got != sizeof header || !hasMark(header) || header.checksum != checksumOf(header) || !keysMakeSense(header)))
         error = MDB_INVALID;
     auto *file = static_cast<IndexedFile *>(error ? nullptr : calloc(1, sizeof(IndexedFile)));
     if (!error && !file) error = ENOMEM;

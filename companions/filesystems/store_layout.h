@@ -15,7 +15,6 @@
 namespace filesystems {
 
 constexpr uint32_t kSequenceSize = 8;   // of the number that keeps duplicates apart, big-endian in the entry
-constexpr uint32_t kLongestKey = 500;   // LMDB's 511 less that number
 constexpr uint32_t kMostReaders = 8192; // of one store at the same time, 64 bytes each in NAME.mdb-lock
 constexpr char kAboutDatabase[] = "about";
 

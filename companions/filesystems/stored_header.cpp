@@ -73,6 +73,15 @@ bool keyMakesSense(const FileKey &key, const KeyPart *parts, uint32_t longest)
     return key.length > more && endOfKey(key, parts) <= longest;
 }
 
+bool keysMakeSense(const StoredHeader &header)
+{
+    if (header.keyCount > kMostKeys) return false;
+    for (uint32_t i = 0; i < header.keyCount; ++i)
+        if (header.keys[i].length > kLongestKey || !keyMakesSense(header.keys[i], header.parts, header.longest))
+            return false;
+    return true;
+}
+
 // Are the keys those that the program describes?
 static bool sameKeys(const StoredHeader &wanted, const StoredHeader &there)
 {
@@ -103,10 +112,9 @@ bool readHeader(FCB *fcb, int descriptor, const StoredHeader &expected, StoredHe
     if (int error = readAll(descriptor, header, sizeof *header, 0, &got)) return failWithErrno(fcb, error);
     if (got < 11 || !hasMark(*header)) return fail(fcb, 39, fs2Header);
     if (got != sizeof *header || header->checksum != checksumOf(*header)) return fail(fcb, 30, fs2Header);
-    for (uint32_t i = 0; i < header->keyCount && i < kMostKeys; ++i)
-        if (!keyMakesSense(header->keys[i], header->parts, header->longest)) return fail(fcb, 30, fs2Header);
+    if (!keysMakeSense(*header)) return fail(fcb, 30, fs2Header);
     StoredHeader wanted = expected;
-    if (header->keyCount == wanted.keyCount && wanted.keyCount <= kMostKeys && sameKeys(wanted, *header)) {
+    if (header->keyCount == wanted.keyCount && sameKeys(wanted, *header)) {
         memcpy(wanted.keys, header->keys, sizeof wanted.keys);
         memcpy(wanted.parts, header->parts, sizeof wanted.parts);
     }

@@ -14,6 +14,7 @@ namespace filesystems {
 
 constexpr uint32_t kMostKeys = 255;
 constexpr uint64_t kStoredHeaderSize = 4096;
+constexpr uint32_t kLongestKey = 500; // LMDB's 511 less the number that keeps duplicates apart
 
 // A key of several parts (a split key) is compared as if they lay side by side. The parts after the
 // first, of all keys, are in one table: `FileKey.reserved` has their number and the first one's.
@@ -79,6 +80,8 @@ inline uint64_t endOfKey(const FileKey &key, const KeyPart *parts)
 
 // Does each part have bytes, and are they in the record?
 bool keyMakesSense(const FileKey &key, const KeyPart *parts, uint32_t longest);
+// All keys of a header that was read, their number and their lengths.
+bool keysMakeSense(const StoredHeader &header);
 
 uint64_t checksumOf(StoredHeader header);
 // Do its first bytes say that it is one?

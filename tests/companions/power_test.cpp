@@ -27,15 +27,18 @@ unsigned long inodeOf(const string &path)
     return stat(path.c_str(), &about) == 0 ? about.st_ino : 0;
 }
 
-// The content of a file after a cut in front of write `end`.
+// The content of a file after a cut in front of write `end`. It was made at `begin`: writes before
+// are of another file that had its inode, and so are those after the inode was given away again.
 string afterCut(const std::vector<RecordedWrite> &writes, unsigned long inode, const string &before, size_t end,
-                std::mt19937 &random)
+                std::mt19937 &random, size_t begin = 0)
 {
+    for (size_t i = begin + 1; i < end; ++i)
+        if (writes[i].inode == inode && writes[i].offset == RecordedWrite::made) end = i;
     size_t forced = 0;
-    for (size_t i = 0; i < end; ++i)
+    for (size_t i = begin; i < end; ++i)
         if (writes[i].inode == inode && writes[i].offset < 0) forced = i;
     string content = before;
-    for (size_t i = 0; i < end; ++i) {
+    for (size_t i = begin; i < end; ++i) {
         const RecordedWrite &one = writes[i];
         if (one.inode != inode || one.offset < 0 || (i >= forced && random() % 3 == 0)) continue;
         size_t at = static_cast<size_t>(one.offset);
@@ -138,13 +141,15 @@ bool madeFileAfterCut(const std::vector<RecordedWrite> &writes, const string &na
     for (size_t i = 0; i < end; ++i)
         if (writes[i].inode == folder && writes[i].offset == RecordedWrite::forced) forced = i;
     unsigned long inode = 0;
+    size_t made = 0;
     for (size_t i = 0; i < end; ++i) {
         const RecordedWrite &one = writes[i];
         if (one.offset > RecordedWrite::forced || one.offset == RecordedWrite::forced || one.bytes != name) continue;
         if (i >= forced && random() % 2) break; // the folder keeps the order of its changes
         inode = one.offset == RecordedWrite::made ? one.inode : 0;
+        made = i;
     }
-    if (inode) *content = afterCut(writes, inode, "", end, random);
+    if (inode) *content = afterCut(writes, inode, "", end, random, made);
     return inode;
 }
 

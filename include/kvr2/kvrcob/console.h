@@ -83,4 +83,14 @@ KVR_INLINE void kvr_accept(uint32_t flags, int64_t length, uint8_t *to)
     _zvkcAccept(flags, length, to);
 }
 
+/* Whether standard input has no line any more. */
+KVR_SHARED int kvr_input_ended(void)
+{
+    int c;
+    fflush(stdout);
+    c = getc(stdin);
+    if (c != EOF) ungetc(c, stdin);
+    return c == EOF;
+}
+
 #endif

@@ -62,6 +62,15 @@ KVR_SHARED int64_t kvr_windowed(int digits, int32_t value, int32_t window)
     return atoll(text);
 }
 
+/* CHAR in a sequence of its own: the first character with that place. */
+KVR_SHARED uint8_t kvr_char_of(const uint8_t *alphabet, int64_t place)
+{
+    int c;
+    for (c = 0; c < 256; c++)
+        if (alphabet[c] + 1 == place) return (uint8_t)c;
+    return 0;
+}
+
 KVR_SHARED double kvr_statistic(int what, double *values, uint32_t count)
 {
     ZvkFloat64Item result, *array = (ZvkFloat64Item *)(void *)values;

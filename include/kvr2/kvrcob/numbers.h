@@ -242,19 +242,45 @@ KVR_SHARED uint8_t *kvr_divide_packed(const uint8_t *a, const uint8_t *b, uint8_
     return to;
 }
 
-/* A text taken as an unsigned integer: its last digits. Blanks at its end do not count. */
-KVR_SHARED uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t *to, int32_t digits)
+/*
+ * A text taken as a number, packed, `digits` digits of which `places` are decimal ones. Only
+ * digits: an integer. Digits with blanks around them, a sign and a decimal point: the number that
+ * somebody typed. Of anything else, each character is the digit in its right half, or a zero.
+ */
+KVR_SHARED uint8_t *kvr_text_number(const uint8_t *text, int64_t length, uint8_t *to, int32_t digits, int32_t places,
+                                    char point)
 {
     uint8_t zoned[64];
-    int64_t n, i;
-    while (length > 1 && text[length - 1] == ' ') length--;
-    n = length < digits ? length : digits;
-    memset(zoned, '0', sizeof zoned);
-    for (i = 0; i < n; i++) {
-        uint8_t c = text[length - n + i];
-        zoned[digits - n + i] = (uint8_t)(c >= '0' && c <= '9' ? c : '0');
+    int64_t first = 0, end = length, dot, i, n, seen = 0;
+    int32_t wholes = digits - places;
+    int negative = 0;
+    while (first < end && text[first] == ' ') first++;
+    while (end > first && text[end - 1] == ' ') end--;
+    if (end - first > 1 && (text[first] == '-' || text[first] == '+')) {
+        negative = text[first++] == '-';
+    } else if (end - first > 1 && (text[end - 1] == '-' || text[end - 1] == '+')) {
+        negative = text[--end] == '-';
     }
-    return _zvkcBCD_CONV_ZndUS_To_Pckd(zoned, to, digits, digits);
+    while (first < end && text[first] == ' ') first++;
+    dot = end;
+    for (i = first; i < end; i++) {
+        if (text[i] >= '0' && text[i] <= '9')
+            seen++;
+        else if (text[i] == (uint8_t)point && dot == end)
+            dot = i;
+        else
+            break;
+    }
+    if (i < end || seen == 0) first = 0, dot = end = length, negative = 0;
+    memset(zoned, '0', sizeof zoned);
+    n = dot - first < wholes ? dot - first : wholes;
+    for (i = 0; i < n; i++) {
+        uint8_t c = text[dot - n + i] & 15;
+        zoned[wholes - n + i] = (uint8_t)(c > 9 ? '0' : '0' | c);
+    }
+    for (i = 0; i < places && dot + 1 + i < end; i++) zoned[wholes + i] = text[dot + 1 + i];
+    zoned[digits] = negative ? '-' : '+';
+    return _zvkcBCD_CONV_ZndTS_To_Pckd(zoned, to, digits, digits);
 }
 
 /*

@@ -348,9 +348,9 @@ main-para.
     else add 1 to t-fail display "FAIL 62: ia = spaces and ib = 0 and ic = ""  0"" and ie = spaces and ig1(2) = 0 and ih(1) = space and ii = 0"
         display "     >" ini "<"
     end-if
-    if id3 = spaces
+    if id3 = "  /  "
         add 1 to t-pass
-    else add 1 to t-fail display "FAIL 63: id3 = spaces"
+    else add 1 to t-fail display "FAIL 63: id3 is edited blanks"
         display "     >" id3 "<"
     end-if
     if ini(13:1) = "*" or = "F"
