@@ -59,7 +59,7 @@ struct Options {
     TextOptions text;
     CopyPath copy;
     EmitOptions emit;
-    std::string optimisation = "-O1";
+    std::string optimisation; // as it was asked for; empty: kvrcob chooses
     bool debug = false, verbose = false, dependencies = false, list = false, keep = false;
 };
 
@@ -456,9 +456,14 @@ bool makeResult(std::vector<std::string> command, const std::string &output, con
     return true;
 }
 
+// C that is longer is compiled without optimisation, unless an option asks for it: a program is one
+// function, and the C compiler's time grows faster than its length (20,000 statements: minutes).
+constexpr size_t kLongC = 2 << 20;
+
 // The C compiler and its options. CC may hold several words.
-std::vector<std::string> compilerCommand(const Options &o, const Home &home)
+std::vector<std::string> compilerCommand(const Options &o, const Home &home, size_t longest)
 {
+    const std::string level = !o.optimisation.empty() ? o.optimisation : longest > kLongC ? "-O0" : "-O1";
     std::vector<std::string> command;
     const char *cc = std::getenv("CC");
     std::string word;
@@ -469,15 +474,17 @@ std::vector<std::string> compilerCommand(const Options &o, const Home &home)
             command.push_back(word), word.clear();
     }
     if (command.empty()) command.push_back("cc");
-    command.insert(command.end(), {"-std=gnu11", "-fno-strict-aliasing", "-fwrapv", "-fno-gcse", "-fno-tree-pta",
-                                   o.optimisation, "-I" + home.include, o.debug ? "-g" : "-g1"});
+    command.insert(command.end(), {"-std=gnu11", "-fno-strict-aliasing", "-fwrapv", "-fno-gcse", "-fno-tree-pta", level,
+                                   "-I" + home.include, o.debug ? "-g" : "-g1"});
     return command;
 }
 
 // Objects, modules or the program, from the C texts.
 bool build(const Options &o, const Home &home, const std::vector<Translated> &translated, Workshop &shop)
 {
-    const std::vector<std::string> compiler = compilerCommand(o, home);
+    size_t longest = 0;
+    for (const Translated &t : translated) longest = std::max(longest, t.c.size());
+    const std::vector<std::string> compiler = compilerCommand(o, home, longest);
     std::vector<std::string> files, link = {"-L" + home.library};
     for (size_t i = 0; i < translated.size(); i++) {
         files.push_back(shop.file(std::to_string(i) + "_" + stemOf(o.sources[i]) + ".c"));

@@ -375,6 +375,11 @@ struct Layout {
     void depending(Item &item)
     {
         if (item.depending) item.dependingItem = meaning.resolve(program, *item.depending);
+        if (const Item *count = item.dependingItem; count && (!count->elementary() || count->level == 88)) {
+            // A group could even be one around the table, whose length would depend on itself.
+            meaning.error(item.depending->at, wordText(count->name) + " is no number; OCCURS cannot depend on it");
+            item.dependingItem = nullptr;
+        }
         for (Item *child : item.children) depending(*child);
     }
 };
