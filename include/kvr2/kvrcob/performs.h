@@ -14,10 +14,12 @@
 
 #include <stdlib.h>
 
+typedef struct KvrPerform {
+    int site, cell;
+} KvrPerform;
+
 typedef struct KvrPerforms {
-    struct KvrPerform {
-        int site, cell;
-    } * list;
+    KvrPerform *list;
     int count, room;
 } KvrPerforms;
 
@@ -27,8 +29,8 @@ KVR_SHARED void kvr_perform(KvrPerforms *performs, int site, int cell)
 {
     if (performs->count == performs->room) {
         int room = performs->room ? 2 * performs->room : 64;
-        struct KvrPerform *list =
-            room > KVR_MOST_PERFORMS ? NULL : (struct KvrPerform *)realloc(performs->list, (size_t)room * sizeof *list);
+        KvrPerform *list =
+            room > KVR_MOST_PERFORMS ? NULL : (KvrPerform *)realloc(performs->list, (size_t)room * sizeof *list);
         if (!list) {
             fprintf(stderr, "PERFORM: too many that have not ended\n");
             exit(1);
