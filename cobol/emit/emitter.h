@@ -8,8 +8,8 @@
 //   functions.cpp        intrinsic functions; by kinds in *_functions.cpp, FUNCTION-IDs in
 //                        user_functions.cpp
 //   file_records.cpp     what the run time is told of each file
-//   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp opening.cpp files.cpp sorting.cpp
-//   strings.cpp searching.cpp xml.cpp  the statements
+//   arithmetic.cpp moves.cpp initialize.cpp setting.cpp control.cpp console.cpp calls.cpp
+//   opening.cpp files.cpp sorting.cpp strings.cpp searching.cpp xml.cpp  the statements
 //
 // What is emitted for an operand is always a C expression; a statement may use it once.
 // Intermediate results live in temporaries, which are declared at the start of the statement's
