@@ -3,7 +3,6 @@
 //
 // The writes of a program are recorded with the moments at which they are forced. A cut leaves all
 // that was forced before it, and of the rest any part, in any order.
-#include <dlfcn.h>
 #include <map>
 #include <memory>
 #include <random>
@@ -126,12 +125,6 @@ TEST_P(PowerCut, LeavesAStoreOfOneCommit)
     setenv("VFS_DURABILITY", "none", 1);
 }
 
-int commitFiles()
-{
-    static void *programs = dlopen((string(getenv("KVR2_BUILD_DIR")) + "/companions/KVR2_COMMIT").c_str(), RTLD_NOW);
-    return reinterpret_cast<int (*)()>(dlsym(programs, "KVR2_COMMIT"))();
-}
-
 // A file that was made while writes were recorded, after a cut: is its name there, and what does it
 // hold? A name is on the disk when its folder was forced; until then it may be as it was before.
 bool madeFileAfterCut(const std::vector<RecordedWrite> &writes, const string &name, unsigned long folder, size_t end,
@@ -209,7 +202,7 @@ TEST_P(PowerCut, LeavesTransactionsWhole)
                     ASSERT_LE(file.rewrite(text(n, valueOf(file) + by), numbered(n)), "02");
                     state[which * accounts + static_cast<size_t>(n) - 1] += by;
                 }
-                ASSERT_EQ(commitFiles(), 0);
+                ASSERT_EQ(commit(), 0);
                 states.push_back(state);
                 done.push_back(RecordingDisk::writes.size());
             }

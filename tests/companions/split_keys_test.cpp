@@ -27,11 +27,11 @@ string alternateOf(const string &record) { return record.substr(8, 2) + record.s
 // All verbs at random, in batches and one by one, against maps of the keys as they should be.
 TEST(SplitKeys, AgreeWithAMapOverRandomVerbs)
 {
-    for (const char *transactions : {"off"}) {
+    for (const char *transactions : {"off", "on"}) {
         TemporaryDirectory directory;
         setenv("VFS_TRANSACTIONS", transactions, 1);
         CompiledFile file("stl-" + directory.file("s"), splitFile());
-        std::map<string, string> model;
+        std::map<string, string> model, committed; // records by primary key
         std::mt19937 random(11);
         auto text = [&] {
             string record(18 + random() % 3, ' ');
@@ -66,6 +66,15 @@ TEST(SplitKeys, AgreeWithAMapOverRandomVerbs)
                     ASSERT_EQ(file.record(), model[key]);
                 }
             }
+            if (i % 40 == 39 && !strcmp(transactions, "on")) {
+                if (random() % 2) {
+                    ASSERT_EQ(commit(), 0);
+                    committed = model;
+                } else {
+                    ASSERT_EQ(rollBack(), 0);
+                    model = committed;
+                }
+            }
             if (i < 100 || i % 50) continue;
             // By the alternate key from a place on, and by the primary one.
             file.move(record);
@@ -86,6 +95,9 @@ TEST(SplitKeys, AgreeWithAMapOverRandomVerbs)
                 ASSERT_EQ(file.record(), one.second);
             }
             ASSERT_EQ(file.read(next), "10");
+        }
+        if (!strcmp(transactions, "on")) {
+            ASSERT_EQ(commit(), 0);
         }
         ASSERT_EQ(file.close(), "00");
     }

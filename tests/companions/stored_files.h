@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <dlfcn.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -50,6 +51,15 @@ inline string reason(const CompiledFile &file)
     const char *said = text(file.fcb->moduleBuffer, file.fcb->fs2, 0, 1);
     return said ? said : "";
 }
+
+// The programs that end a transaction.
+inline int ended(const char *how)
+{
+    static void *programs = dlopen((string(getenv("KVR2_BUILD_DIR")) + "/companions/KVR2_COMMIT").c_str(), RTLD_NOW);
+    return reinterpret_cast<int (*)()>(dlsym(programs, how))();
+}
+inline int commit() { return ended("KVR2_COMMIT"); }
+inline int rollBack() { return ended("KVR2_ROLLBACK"); }
 
 // The long forms of the campaigns of kills, power cuts and flips: KVR2_TORTURE_KILLS and so on say
 // how many there are to be in all (scripts/torture); `parts` tests, or parts of one, share them.

@@ -3,7 +3,6 @@
 // transaction that its own run unit does not see, under all keys; locks that end too early, or not
 // at all.
 #include <algorithm>
-#include <dlfcn.h>
 #include <map>
 #include <random>
 
@@ -11,14 +10,6 @@
 #include "stored_files.h"
 
 namespace {
-
-int ended(const char *how)
-{
-    static void *programs = dlopen((string(getenv("KVR2_BUILD_DIR")) + "/companions/KVR2_COMMIT").c_str(), RTLD_NOW);
-    return reinterpret_cast<int (*)()>(dlsym(programs, how))();
-}
-int commit() { return ended("KVR2_COMMIT"); }
-int rollBack() { return ended("KVR2_ROLLBACK"); }
 
 // Variable relative records, so that slots keep their lengths, too.
 FileAttributes numberedFile(uint8_t access = 0)
