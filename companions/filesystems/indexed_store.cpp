@@ -124,7 +124,9 @@ bool isSettledTime(int64_t time)
 {
     constexpr int64_t second = 1000000000, tick = second / 50;
     timespec now;
-    clock_gettime(CLOCK_REALTIME, &now);
+    // The clock that stamps files: it may stand still for longer than a tick while a busy machine
+    // has no time for it, and changes then bear the same time.
+    clock_gettime(CLOCK_REALTIME_COARSE, &now);
     int64_t age = int64_t(now.tv_sec) * second + now.tv_nsec - time;
     return age > (time % second ? tick : 3 * second);
 }
