@@ -157,7 +157,7 @@ int sizeOfStore(const StoreMap *map, uint64_t *size)
     return *size < heads ? MDB_CORRUPTED : 0;
 }
 
-int takeSnapshot(StoreMap *map, uint64_t change, bool older, uint64_t size, StoreSnapshot *snapshot)
+int takeSnapshot(StoreMap *map, uint64_t change, bool stuck, uint64_t size, StoreSnapshot *snapshot)
 {
     const uint8_t *base = mapOf(map, size);
     if (!base) return ENOMEM;
@@ -169,13 +169,14 @@ int takeSnapshot(StoreMap *map, uint64_t change, bool older, uint64_t size, Stor
         if (!isHead(heads[number], number)) return MDB_CORRUPTED;
         if (changeOf(heads[number]) == change) wanted = heads[number];
     }
+    if (const uint8_t *next = heads[(change + 1) % 2]; stuck && changeOf(next) == change + 1) {
+        wanted = next;
+        ++change;
+    }
     if (!wanted) return changeOf(heads[0]) < change && changeOf(heads[1]) < change ? MDB_CORRUPTED : kSnapshotPassed;
-    uint8_t copy[kHeadEnd], second[kHeadEnd];
+    uint8_t copy[kHeadEnd];
     memcpy(copy, wanted, sizeof copy);
-    memcpy(second, wanted, sizeof second);
-    bool newest = changeOf(heads[0]) <= change && changeOf(heads[1]) <= change;
-    if (!newest && (!older || changeOf(wanted) != change || memcmp(copy, second, sizeof copy) != 0))
-        return kSnapshotPassed;
+    if (changeOf(heads[0]) > change || changeOf(heads[1]) > change) return kSnapshotPassed;
     // It may have grown since it was asked.
     int error = 0;
     if (load<uint64_t>(copy + kLastPageAt) >= size / pageSize) error = sizeOfStore(map, &size);
