@@ -58,10 +58,10 @@ int checkHeads(const char *name);
 // the heads are there.
 int sizeOfStore(const StoreMap *map, uint64_t *size);
 
-// The snapshot of a commit; kSnapshotPassed: a writer went past it, so begin anew. `stuck`: a writer
-// that was killed after its commit can leave LMDB's readers at the one before it until another
-// writer comes. Then the newer one is taken: who read the older one and wrote by it would lose the
-// commit between. LMDB keeps the pages of both for its reader.
+// The snapshot of a commit; kSnapshotPassed: a writer went past it, so begin anew. `stuck`: a
+// writer that was killed after its commit can leave LMDB's readers at the one before it until
+// another writer comes. Then the newer one is taken: who read the older one and wrote by it would
+// lose the commit between. LMDB keeps the pages of both for its reader.
 constexpr int kSnapshotPassed = -40003;
 int takeSnapshot(StoreMap *map, uint64_t change, bool stuck, uint64_t size, StoreSnapshot *snapshot);
 
