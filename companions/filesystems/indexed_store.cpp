@@ -119,13 +119,13 @@ int64_t folderTimeOf(const Store *store)
 }
 
 // Would another change of the folder have another time? Some file systems keep whole seconds, the
-// others the ticks of a clock. Who stamps may be another machine, and clocks are set: so the time
-// counts once it has been there for longer than that, by a clock that nobody sets.
+// others the ticks of a clock. Who stamps may be another machine, and clocks are set. So a time
+// counts once it has been seen for longer than that, by a clock that nobody sets.
 bool isSettled(Store *store, int64_t time)
 {
     constexpr int64_t second = 1000000000, tick = second / 50;
     timespec clock;
-    // It stands still when the clock that stamps files does, as on a machine too busy for its ticks.
+    // It stands still when the clock that stamps files does, as on a machine too busy for ticks.
     clock_gettime(CLOCK_MONOTONIC_COARSE, &clock);
     const int64_t now = int64_t(clock.tv_sec) * second + clock.tv_nsec;
     if (store->youngTime.load(std::memory_order_acquire) != time) {

@@ -298,7 +298,7 @@ TEST(Store, RemovedFilesNeverHideAWriter)
         }
 }
 
-// The folder's clock is another machine's, an hour behind, and keeps whole seconds: that its time is
+// The folder's clock is another machine's, an hour behind, and keeps whole seconds. That a time is
 // old does not say that it was long ago, and a second change has the same time as the first.
 TEST(Store, RemovalIsSeenWhateverTheClocksSay)
 {
