@@ -157,6 +157,17 @@ static std::string cNameOf(std::string_view name)
     return out;
 }
 
+// By how much an item is shorter when its tables have the fewest occurrences.
+static uint32_t shrinks(const Item &item)
+{
+    uint32_t inner = 0;
+    for (const Item *child : item.children)
+        if (!child->redefines) inner += shrinks(*child);
+    if (!item.occurs) return inner;
+    return item.depending ? (item.occursMax - item.occursMin) * item.size + item.occursMin * inner
+                          : item.occursMax * inner;
+}
+
 void Meaning::program(Program &p)
 {
     p.names = new Names();
@@ -182,7 +193,7 @@ void Meaning::program(Program &p)
         uint32_t low = UINT32_MAX, high = 0;
         for (Item *record : f->records) {
             layOut(*this, p, *record);
-            low = std::min(low, record->size);
+            low = std::min(low, record->size - std::min(record->size, shrinks(*record)));
             high = std::max(high, record->size);
         }
         if (f->records.empty()) low = high = f->recordMax;
