@@ -170,6 +170,8 @@ void Emitter::moveFrom(const Expr *source, const Loc &from, const Loc &target)
     const Item &to = *target.item;
     bool plainTo = target.refmod || to.category == Category::Group;
     if (!plainTo && to.category == Category::Pointer) {
+        if (from.item->category != Category::Pointer && from.item->category != Category::Group)
+            error(source->at, "a pointer is needed here");
         put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", (int64_t)",
                 emits(Do::Load, Of::Pointer), "(", from.address, "));\n"));
         return;
