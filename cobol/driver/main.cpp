@@ -45,6 +45,7 @@ const char kHelp[] = "usage: kvrcob [options] source...\n"
                      "  -O0, -O1, -O2, -g   as for cc\n"
                      "  -fcheck=all      check subscripts, reference modification and numeric content at run time\n"
                      "  -fno-trunc       binary items are not cut to their pictures\n"
+                     "  -febcdic         texts are ordered as in EBCDIC if the program names no order\n"
                      "  -W..., -Wno-..., -Werror, -w   warnings\n"
                      "  -fdiagnostics-format=json   one JSON object for each message\n"
                      "  --list           print the source with the map of its data\n"
@@ -292,7 +293,7 @@ void parseOptions(int argc, char **argv, Options &o)
         } else if (a == "-ftrunc") {
             o.emit.truncate = true;
         } else if (a == "-febcdic") {
-            usage("-febcdic is not supported yet");
+            o.emit.ebcdic = true;
         } else if (a == "-fdiagnostics-format=json") {
             diagnostics().json = true;
         } else if (a == "-fdiagnostics-format=text") {

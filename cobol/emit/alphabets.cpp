@@ -57,6 +57,12 @@ static bool ebcdicWeights(std::vector<int> &weight)
 
 void Emitter::alphabets(Program &p)
 {
+    if (options_.ebcdic && !p.collating) {
+        ebcdic_.name = internWord("-febcdic");
+        ebcdic_.kind = K_EBCDIC;
+        p.alphabets.push_back(&ebcdic_);
+        p.collating = ebcdic_.name;
+    }
     program_ = &p;
     for (Alphabet *a : p.alphabets) {
         if (!a->weights.empty()) continue;

@@ -28,9 +28,6 @@ void Emitter::displayStatement(const DisplayStatement &s)
             device = "ZVK_DISPLAY_SYSPUNCH";
         else if (text == "SYSERR" || text == "STDERR")
             device = "KVR_DISPLAY_ERROR";
-        else if (text == "SYSOUT" || text == "SYSLST" || text == "SYSLIST" || text == "STDOUT" || text == "PRINTER" ||
-                 name != s.upon)
-            device = "ZVK_DISPLAY_SYSOUT";
         else if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE" || text == "ARGUMENT-NUMBER" ||
                  text == "COMMAND-LINE") {
             if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE") {
@@ -46,6 +43,9 @@ void Emitter::displayStatement(const DisplayStatement &s)
             }
             notBuilt(s.uponAt, "DISPLAY UPON " + text);
             return;
+        } else if (text == "SYSOUT" || text == "SYSLST" || text == "SYSLIST" || text == "STDOUT" || text == "PRINTER" ||
+                   name != s.upon) {
+            device = "ZVK_DISPLAY_SYSOUT";
         } else {
             error(s.uponAt, "there is no device " + text);
             return;

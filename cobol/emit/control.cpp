@@ -1,11 +1,12 @@
 // IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, CONTINUE, NEXT SENTENCE, STOP, GOBACK.
 //
 // A procedure division is one C function with a label for each paragraph. PERFORM of a range writes
-// its number into the cell of the paragraph that ends the range, and jumps to the first one; at the
-// end of every such paragraph is a switch over the numbers that can be in its cell. So ranges
-// may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs nothing. A
-// cell's former number comes back after the PERFORM, for a range around it that ends in the same
-// place.
+// its number into the cell of the paragraph or section that ends the range, and jumps to the first
+// one; at the end of every such procedure is a switch over the numbers that can be in its cell. So
+// ranges may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs
+// nothing. A cell's former number comes back after the PERFORM, for a range around it that ends in
+// the same place. A section ends after its last paragraph: EXIT SECTION in a paragraph that is
+// performed does not come back from that paragraph.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -166,13 +167,13 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     long from = meaning_.procedure(*program_, first, procedure_);
     long to = last.name ? meaning_.procedure(*program_, last, procedure_) : from;
     if (from < 0 || to < 0) return;
-    size_t end = lastOf(*program_, static_cast<size_t>(to));
+    size_t end = static_cast<size_t>(to);
     uint32_t site = ++sites_;
     program_->procedures[end].returns.push_back(site);
     program_->procedures[static_cast<size_t>(from)].referenced = true;
     // A PERFORM that may meet itself keeps the cell on a stack, others at the site's place in the
     // array of saved cells.
-    bool circle = inCircle(static_cast<size_t>(from), end);
+    bool circle = inCircle(static_cast<size_t>(from), lastOf(*program_, end));
     circling_ |= circle;
     if (circle)
         put(cat(emits(Do::Circle), "(&performs, ", site, ", x[", end, "]);\nx[", end, "] = ", site, ";\n"));
@@ -414,16 +415,14 @@ void Emitter::exitStatement(const ExitStatement &s)
                     ";\n"));
         break;
     case ExitStatement::Paragraph:
+        put(cat("goto e", procedure_, ";\n"));
+        break;
     case ExitStatement::Section: {
-        size_t end = procedure_;
-        if (s.form == ExitStatement::Section) {
-            const Procedure &here = program_->procedures[procedure_];
-            size_t section = here.isSection      ? procedure_
-                             : here.section >= 0 ? static_cast<size_t>(here.section)
-                                                 : procedure_;
-            end = lastOf(*program_, section);
-        }
-        put(cat("goto e", end, ";\n"));
+        const Procedure &here = program_->procedures[procedure_];
+        if (here.isSection || here.section >= 0)
+            put(cat("goto z", here.isSection ? static_cast<int>(procedure_) : here.section, ";\n"));
+        else
+            put(cat("goto e", procedure_, ";\n"));
         break;
     }
     case ExitStatement::NextSentence:

@@ -29,7 +29,7 @@ namespace kvrcob {
 struct EmitOptions {
     bool check = false;                     // -fcheck=all
     bool truncate = true;                   // -fno-trunc turns it off
-    bool ebcdic = false;                    // -febcdic
+    bool ebcdic = false;                    // -febcdic: the order of texts
     bool mainProgram = true;                // the first program is the main program
     bool lines = true;                      // #line
     bool readable = false;                  // -S: C for people, several lines a statement
@@ -409,6 +409,7 @@ private:
     Meaning &meaning_;
     Group &group_;
     const EmitOptions options_;
+    Alphabet ebcdic_; // of -febcdic
     Program *program_ = nullptr;
     std::map<const Expr *, std::string>
         guards_; // of arguments that ALL made: the condition that there is such an element

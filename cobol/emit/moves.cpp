@@ -91,11 +91,12 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
     Expr e;
     (void)e;
     const Item &from = *source.item, &to = *target.item;
-    bool plainFrom = source.refmod || from.category == Category::Group,
-         plainTo = target.refmod || to.category == Category::Group;
+    bool plainFrom = source.refmod || from.category == Category::Group;
     bool numericFrom = !plainFrom && isNumericItem(from),
-         numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
-    if (plainTo || (plainFrom && from.category == Category::Group && !source.refmod)) {
+         numericTo = !target.refmod && (isNumericItem(to) || to.category == Category::NumericEdited);
+    bool groupFrom = from.category == Category::Group && !source.refmod,
+         groupTo = to.category == Category::Group && !target.refmod;
+    if (groupFrom || groupTo) {
         moveText(textOf(source), target);
         return;
     }
@@ -121,8 +122,8 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
         n = toPacked(n);
         int digits = from.picture.digits;
         if (n.scale < 0) {
+            digits -= n.scale;
             n = scaleUp(n, 0);
-            digits = n.digits;
         }
         std::string buffer = tempBytes(digits + 1);
         t.address = cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
@@ -131,7 +132,7 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
     } else {
         t = textOf(source);
     }
-    if (to.category == Category::AlphanumericEdited) {
+    if (to.category == Category::AlphanumericEdited && !target.refmod) {
         std::string record = editedRecord(to, cat("P", ++constants_), false, globals_);
         put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
                 target.address, ");\n"));

@@ -297,7 +297,14 @@ void Emitter::paragraph(size_t index)
     put(cat("e", index, ": __attribute__((unused));\n"));
     if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
         debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
-    insertions_.push_back({code_.size(), cat("@exit", index)});
+    if (!procedure.isSection) insertions_.push_back({code_.size(), cat("@exit", index)});
+    // A section's exit comes after that of its last paragraph.
+    int section = procedure.isSection ? static_cast<int>(index) : procedure.section;
+    bool goesOn = index + 1 < p.procedures.size() && !p.procedures[index + 1].isSection &&
+                  p.procedures[index + 1].section == section;
+    if (section < 0 || goesOn) return;
+    put(cat("z", section, ": __attribute__((unused));\n"));
+    insertions_.push_back({code_.size(), cat("@exit", section)});
 }
 
 void Emitter::procedures(Program &p)
@@ -336,16 +343,11 @@ void Emitter::procedures(Program &p)
     std::string entries;
     for (size_t i = 0; i < p.uses.size(); i++) {
         size_t end = p.uses[i].procedure;
-        while (end + 1 < p.procedures.size() && !p.procedures[end + 1].isSection &&
-               p.procedures[end + 1].section == static_cast<int>(p.uses[i].procedure))
-            end++;
         uint32_t site = ++sites_;
         p.procedures[end].returns.push_back(site);
         entries += cat("case ", i + 1, ": x[", end, "] = ", site, ";",
                        debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
                        " goto p", p.uses[i].procedure, ";\n");
-        insertions_.push_back({code_.size(), ""});
-        p.procedures[end].returns.back() = site;
         useReturns_ += cat("r", site, ": goto leave;\n");
     }
     for (size_t i = 0; i < p.procedures.size(); i++) {

@@ -10,7 +10,7 @@ void Emitter::allocateStatement(const AllocateStatement &s)
     for (const Expr *e : s.freed) {
         Loc loc = e->ref ? locate(*e->ref) : Loc{};
         if (!loc.good()) return;
-        if (e->kind == ExprKind::AddressOf && loc.item->based)
+        if (loc.item->based && !loc.item->parent && !loc.refmod)
             put(cat(emits(Do::Free, Of::Pointer), "(L", loc.item->number, "); L", loc.item->number, " = 0;\n"));
         else if (e->kind == ExprKind::Reference && loc.item->category == Category::Pointer)
             put(cat(emits(Do::Free, Of::Pointer), "((uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(",

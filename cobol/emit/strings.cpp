@@ -201,9 +201,13 @@ void Emitter::unstringStatement(const UnstringStatement &s)
             targets.address(target.address);
             targets.length(target.length);
         } else {
-            buffers[i] = tempBytes(longest ? longest : 1);
+            // Without delimiters a field has the length of its item, without a separate sign.
+            const Item &item = *target.item;
+            int64_t width = std::max<int64_t>(1, longest);
+            if (s.delimiters.empty()) width = isNumericItem(item) ? std::max(1, item.picture.digits) : target.fixed;
+            buffers[i] = tempBytes(width);
             targets.address(buffers[i]);
-            targets.put(static_cast<uint64_t>(longest ? longest : 1));
+            targets.put(static_cast<uint64_t>(width));
             moved.emplace_back(i, target);
             kind = 0;
             integerSize = 0;

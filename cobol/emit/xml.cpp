@@ -23,7 +23,7 @@ void Emitter::xmlParse(const XmlParseStatement &s)
     Loc document = s.document ? locate(*s.document) : Loc{};
     if (from < 0 || to < 0 || !document.good()) return;
     std::string codePage = s.codePage ? integer(s.codePage) : "0";
-    size_t end = lastOf(*program_, static_cast<size_t>(to));
+    size_t end = static_cast<size_t>(to);
     uint32_t site = ++sites_;
     program_->procedures[end].returns.push_back(site);
     program_->procedures[static_cast<size_t>(from)].referenced = true;

@@ -157,6 +157,17 @@ static std::string cNameOf(std::string_view name)
     return out;
 }
 
+// By how much an item is shorter when its tables have the fewest occurrences.
+static uint32_t shrinks(const Item &item)
+{
+    uint32_t inner = 0;
+    for (const Item *child : item.children)
+        if (!child->redefines) inner += shrinks(*child);
+    if (!item.occurs) return inner;
+    return item.depending ? (item.occursMax - item.occursMin) * item.size + item.occursMin * inner
+                          : item.occursMax * inner;
+}
+
 void Meaning::program(Program &p)
 {
     p.names = new Names();
@@ -182,7 +193,7 @@ void Meaning::program(Program &p)
         uint32_t low = UINT32_MAX, high = 0;
         for (Item *record : f->records) {
             layOut(*this, p, *record);
-            low = std::min(low, record->size);
+            low = std::min(low, record->size - std::min(record->size, shrinks(*record)));
             high = std::max(high, record->size);
         }
         if (f->records.empty()) low = high = f->recordMax;
@@ -288,22 +299,6 @@ static bool isGlobal(const Item *item)
     return record->global || (record->file && record->file->global);
 }
 
-static size_t distance(const std::string &a, const std::string &b)
-{
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); j++) row[j] = j;
-    for (size_t i = 1; i <= a.size(); i++) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); j++) {
-            size_t above = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
-            diagonal = above;
-        }
-    }
-    return row[b.size()];
-}
-
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
     if (group_.embedded || !told_.insert(name).second) return; // once for each name
@@ -319,7 +314,7 @@ void Meaning::suggest(Program &p, Word name, Tok at)
         if (items.empty() || items[0]->section == Item::Special || other.size() + bestDistance < text.size() ||
             text.size() + bestDistance < other.size())
             continue;
-        size_t d = distance(text, other);
+        size_t d = spellingDistance(text, other);
         if (d < bestDistance || (d == bestDistance && best && wordText(best->name) > other)) {
             bestDistance = d;
             best = items[0];
@@ -406,7 +401,7 @@ long Meaning::procedure(Program &p, const ProcedureName &name, size_t from, bool
         std::string best;
         size_t bestDistance = wordText(name.name).size() / 3 + 1;
         for (const auto &[word, list] : p.names->procedures) {
-            size_t d = distance(wordText(name.name), wordText(word));
+            size_t d = spellingDistance(wordText(name.name), wordText(word));
             if (d < bestDistance) {
                 bestDistance = d;
                 best = wordText(word);

@@ -37,7 +37,10 @@ Statement *Parser::displayStatement()
             break;
         }
     }
-    if (s->upon == K_ENVIRONMENT_VALUE || s->upon == K_ARGUMENT_NUMBER) phrases(s->exception, K_ON, K_EXCEPTION, 0);
+    Word device = s->upon;
+    for (const Mnemonic &m : program_->mnemonics)
+        if (s->upon && m.name == s->upon) device = m.device;
+    if (device == K_ENVIRONMENT_VALUE || device == K_ARGUMENT_NUMBER) phrases(s->exception, K_ON, K_EXCEPTION, 0);
     take(K_END_DISPLAY);
     return s;
 }

@@ -36,6 +36,13 @@ bool Parser::usageWord(Item &)
     case K_BINARY_LONG:
     case K_BINARY_DOUBLE:
     case K_BINARY_LONG_LONG:
+    case K_BINARY_INT:
+    case K_SIGNED_SHORT:
+    case K_SIGNED_INT:
+    case K_SIGNED_LONG:
+    case K_UNSIGNED_SHORT:
+    case K_UNSIGNED_INT:
+    case K_UNSIGNED_LONG:
     case K_FLOAT_SHORT:
     case K_FLOAT_LONG:
     case K_NATIONAL:
@@ -122,13 +129,20 @@ void Parser::usageClause(Item &item)
         native(1);
         break;
     case K_BINARY_SHORT:
+    case K_SIGNED_SHORT:
+    case K_UNSIGNED_SHORT:
         native(2);
         break;
     case K_BINARY_LONG:
+    case K_BINARY_INT:
+    case K_SIGNED_INT:
+    case K_UNSIGNED_INT:
         native(4);
         break;
     case K_BINARY_DOUBLE:
     case K_BINARY_LONG_LONG:
+    case K_SIGNED_LONG:
+    case K_UNSIGNED_LONG:
         native(8);
         break;
     case K_SIGNED:
@@ -141,6 +155,7 @@ void Parser::usageClause(Item &item)
         notBuilt(at, "USAGE " + wordText(word));
         break;
     }
+    if (word == K_UNSIGNED_SHORT || word == K_UNSIGNED_INT || word == K_UNSIGNED_LONG) item.isUnsigned = true;
     if (item.nativeBinary) {
         if (take(K_UNSIGNED))
             item.isUnsigned = true;

@@ -370,7 +370,7 @@ void Parser::selectEntry(Program &p)
             take(K_TO);
             bool any = false;
             for (;;) {
-                if (take(K_DYNAMIC)) {
+                if (take(K_DYNAMIC) || take(K_VARYING) || (any && take(K_FROM))) {
                     f->assignDynamic = true;
                 } else if (at(K_EXTERNAL)) {
                     step();
@@ -379,7 +379,9 @@ void Parser::selectEntry(Program &p)
                     f->device = now().word;
                     step();
                     any = true;
-                } else if (at(K_SORT) || at(K_MERGE) || at(K_RANDOM) || at(K_INPUT) || at(K_OUTPUT)) {
+                } else if (at(K_SORT) || at(K_MERGE) || at(K_RANDOM) || at(K_INPUT) || at(K_OUTPUT) ||
+                           (at(K_FILE) && (ahead().kind == TokenKind::String || ahead().kind == TokenKind::Name) &&
+                            !aheadIs(1, K_STATUS))) {
                     step(); // a device as some systems have it; the file's own name then says which
                     any = true;
                 } else if (at(K_USING)) {
@@ -537,6 +539,11 @@ void Parser::selectEntry(Program &p)
             } else {
                 error("expected ALL, NO or READ before " + shown());
             }
+        } else if (atName() && wordText(now().word) == "PASSWORD") {
+            warn("obsolete", here(), "PASSWORD has no effect");
+            step();
+            take(K_IS);
+            identifier();
         } else {
             errorAt(clause, "expected a clause of SELECT before " + shown());
         }

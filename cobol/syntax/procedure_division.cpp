@@ -99,6 +99,21 @@ const VerbRow *VerbRow::of(Word verb)
     return verb < index.size() ? index[verb] : nullptr;
 }
 
+// "; did you mean DISPLAY?", or nothing if no verb is spelled like this word.
+static std::string verbLike(const std::string &text)
+{
+    Word best = 0;
+    size_t bestDistance = text.size() < 4 ? 2 : 3;
+    for (Word word = 1; text.size() <= 20 && word < K_count; word++) {
+        if (!VerbRow::of(word) || !isReserved(word)) continue;
+        size_t d = spellingDistance(text, wordText(word));
+        if (d >= bestDistance) continue;
+        bestDistance = d;
+        best = word;
+    }
+    return best ? "; did you mean " + wordText(best) + "?" : "";
+}
+
 bool Parser::atVerb() const
 {
     if (now().kind != TokenKind::Name || !VerbRow::of(now().word)) return false;
@@ -370,7 +385,8 @@ void Parser::paragraphs(Program &p, bool declaratives)
             if (now().kind == TokenKind::Name && !isReserved(now().word)) {
                 // A word where a statement should begin: perhaps a verb in other letters, perhaps a
                 // header without its period.
-                error(wordText(now().word) + " is neither a statement nor a paragraph's name with a period after it");
+                error(wordText(now().word) + " is neither a statement nor a paragraph's name with a period after it" +
+                      verbLike(wordText(now().word)));
             } else {
                 error("expected a statement before " + shown());
             }

@@ -1,8 +1,10 @@
 // See words.h.
 #include "cobol/text/words.h"
 
+#include <algorithm>
 #include <deque>
 #include <unordered_map>
+#include <vector>
 
 namespace kvrcob {
 namespace {
@@ -61,5 +63,21 @@ const std::string &wordText(Word word) { return table().texts[word]; }
 bool isReserved(Word word) { return word < K_count && kReserved[word]; }
 
 size_t wordCount() { return table().texts.size(); }
+
+size_t spellingDistance(const std::string &a, const std::string &b)
+{
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); j++) row[j] = j;
+    for (size_t i = 1; i <= a.size(); i++) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); j++) {
+            size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
 
 } // namespace kvrcob

@@ -21,6 +21,8 @@ Word internWord(std::string_view text);
 // The word in upper case.
 const std::string &wordText(Word word);
 bool isReserved(Word word);
+// How many letters are to be put in, taken out or changed to make one word of the other.
+size_t spellingDistance(const std::string &a, const std::string &b);
 // How many words there are, for loops over all of them.
 size_t wordCount();
 

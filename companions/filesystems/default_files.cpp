@@ -9,6 +9,7 @@
 #include "companions/filesystems/back_to_back.h"
 #include "companions/filesystems/indexed_file.h"
 #include "companions/filesystems/indexed_store.h"
+#include "companions/filesystems/record_locks.h"
 #include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/relative_file.h"
 #include "companions/filesystems/stored_header.h"
@@ -37,6 +38,15 @@ bool attributesPossible(FCB *fcb, const FIB *fib, bool made)
     return true;
 }
 
+// Where a file system gives no locks, a sequential file is a file like any other. What the verbs of
+// an indexed file do, and those of a relative one that others may change, is right only with them.
+bool needsLocks(const FCB *fcb, const FIB *fib)
+{
+    RecordLocks locks = {};
+    locks.start(fcb, fib, -1);
+    return (fib->organization & ZVK_FILE_INDEXED) || ((fib->organization & ZVK_FILE_RELATIVE) && locks.active);
+}
+
 // The store of an indexed file comes first: a program killed between the two leaves an empty file,
 // which counts as absent.
 bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expected, StoredHeader *header)
@@ -62,6 +72,11 @@ void openStored(FCB *fcb, IPCB *element)
         sharing = {shareNoOther, relative ? shareReadOnly : shareAllOther};
     Opened opened = openByRules(fcb, fib, sharing, false, true, indexed || relative ? parkedDescriptor : nullptr);
     if (opened.descriptor < 0) return;
+    if (opened.held.lockless && needsLocks(fcb, fib)) {
+        failWithErrno(fcb, opened.held.lockless);
+        close(opened.descriptor);
+        return;
+    }
 
     // A commit that somebody was killed in comes first. OUTPUT, too: the file may be one of
     // several.

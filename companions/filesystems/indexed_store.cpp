@@ -37,8 +37,8 @@ struct Store {
     std::atomic<uint64_t> mapBytes; // of LMDB's map
     MDB_dbi about;
     StoreMap *map;
-    int folder; // -1: not known
-    std::atomic<int64_t> folderTime;
+    int folder;                                             // -1: not known
+    std::atomic<int64_t> folderTime, youngTime, youngSince; // isSettled
     // The change that is being made: one at a time, LMDB sees to that.
     StoreSnapshot committed;
     VettedPages vetted; // of many changes in one transaction
@@ -118,17 +118,22 @@ int64_t folderTimeOf(const Store *store)
     return int64_t(about.st_mtim.tv_sec) * 1000000000 + about.st_mtim.tv_nsec;
 }
 
-// Is that long enough ago that another change would have another time? Some file systems keep whole
-// seconds, the others the ticks of a clock.
-bool isSettledTime(int64_t time)
+// Would another change of the folder have another time? Some file systems keep whole seconds, the
+// others the ticks of a clock. Who stamps may be another machine, and clocks are set. So a time
+// counts once it has been seen for longer than that, by a clock that nobody sets.
+bool isSettled(Store *store, int64_t time)
 {
     constexpr int64_t second = 1000000000, tick = second / 50;
-    timespec now;
-    // The clock that stamps files: it may stand still for longer than a tick while a busy machine
-    // has no time for it, and changes then bear the same time.
-    clock_gettime(CLOCK_REALTIME_COARSE, &now);
-    int64_t age = int64_t(now.tv_sec) * second + now.tv_nsec - time;
-    return age > (time % second ? tick : 3 * second);
+    timespec clock;
+    // It stands still when the clock that stamps files does, as on a machine too busy for ticks.
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &clock);
+    const int64_t now = int64_t(clock.tv_sec) * second + clock.tv_nsec;
+    if (store->youngTime.load(std::memory_order_acquire) != time) {
+        store->youngSince.store(now, std::memory_order_relaxed);
+        store->youngTime.store(time, std::memory_order_release);
+        return false;
+    }
+    return now - store->youngSince.load(std::memory_order_relaxed) > (time % second ? tick : 3 * second);
 }
 
 // Are the store's files those that were opened, and is there no journal of another? Both are
@@ -140,7 +145,7 @@ int checkPlace(Store *store, bool settles)
     if (time && time == store->folderTime.load(std::memory_order_relaxed)) return 0;
     if (int error = storeIsReplaced(store)) return error;
     if (hasJournal(fileOfStore(store, file))) return settles ? kUnsettled : 0;
-    if (time && isSettledTime(time)) store->folderTime.store(time, std::memory_order_relaxed);
+    if (time && isSettled(store, time)) store->folderTime.store(time, std::memory_order_relaxed);
     return 0;
 }
 

@@ -2,11 +2,12 @@
 //
 //     top margin | body, its last lines the footing area | bottom margin
 //
-// The counter is the line of the body that the next record BEFORE, or the last one AFTER ADVANCING,
-// stands on. A record that leaves the body turns the page: the rest of the body, the bottom margin
-// and the next top margin go out as lines, and the counter is 1 again; the first page's top margin
-// goes out with the first record. Pages are plain lines: a page of 60 lines with margins of 3 takes
-// 66.
+// The counter is the line of the body that the next record BEFORE, or the last one AFTER
+// ADVANCING, stands on. A record BEFORE ADVANCING that follows one AFTER takes the line after it;
+// the counter goes on by what ADVANCING says, and the paper waits for it. A record that leaves the
+// body turns the page: the rest of the body, the bottom margin and the next top margin go out as
+// lines, and the counter is 1 again; the first page's top margin goes out with the first record.
+// Pages are plain lines: a page of 60 lines with margins of 3 takes 66.
 #pragma once
 
 #include "companions/filesystems/secondary_status.h"

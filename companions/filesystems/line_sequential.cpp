@@ -171,36 +171,39 @@ private:
         if (lines > kMostLines) lines = kMostLines;
         uint32_t feed = page ? 0 : static_cast<uint32_t>(lines);
         uint32_t margin = file->firstPage ? fcb->linageTop : 0;
-        // A record BEFORE ADVANCING does not go on the line of one that was written AFTER.
-        uint32_t lead = !after && file->lineOpen ? 1 : 0;
-        LinageStep leading = {lead, linagePlace(fcb), false}, step = {};
+        // A record BEFORE ADVANCING does not go on the line of one that was written AFTER. With
+        // LINAGE the counter does not know of the line that is between them, and the paper catches
+        // up with the counter after the record.
+        const bool lead = !after && file->lineOpen;
+        LinageStep step = {};
         if (file->linage) {
-            if (lead) leading = linageStep(fcb, leading.place, false, lead);
-            step = linageStep(fcb, leading.place, page, feed);
+            step = linageStep(fcb, linagePlace(fcb), page, feed);
             feed = step.lines;
             page = false;
         }
+        const bool caughtUp = file->linage && lead && feed;
+        if (caughtUp) --feed;
         // Room for all of it at once, so that a record is never torn from its lines: they may be
         // more than the buffer has.
-        size_t room = size_t(margin) + leading.lines + length + feed + 2;
+        size_t room = size_t(margin) + lead + length + feed + 2;
         if (room > file->stream.capacity) return fail(fcb, 34, fs2Full);
         if (!file->stream.reserve(room)) return failWithErrno(fcb, file->stream.error);
         lineEnds(file, margin);
         if (after)
             advance(file, page, feed);
         else
-            lineEnds(file, leading.lines);
+            lineEnds(file, lead);
         memcpy(file->stream.buffer + file->stream.at, record, length);
         file->stream.commit(length);
         file->lineOpen = true;
-        if (!after) {
+        if (!after && (feed || !caughtUp)) {
             advance(file, page, feed);
             file->lineOpen = false;
         }
         file->firstPage = false;
         if (file->linage) {
             takeLinageStep(fcb, step);
-            if (step.endOfPage || leading.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
+            if (step.endOfPage) request->options |= ZVK_REQUEST_END_OF_PAGE;
         }
         return true;
     }

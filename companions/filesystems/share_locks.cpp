@@ -85,7 +85,8 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
     else if (!error && share == shareReadOnly)
         error = takeDenying(descriptor);
     *held = {!error && share == shareNoOther, !error && share != shareAllOther};
-    if (!error || error == EINVAL || error == EOPNOTSUPP || error == ENOLCK) return true; // a file system without locks
+    if (error == EINVAL || error == EOPNOTSUPP || error == ENOLCK) held->lockless = error, error = 0;
+    if (!error) return true;
     if (error == EAGAIN || error == EACCES) return fail(fcb, statusFileInUse, fs2InUse);
     return failWithErrno(fcb, error);
 }

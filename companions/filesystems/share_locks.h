@@ -39,8 +39,9 @@ struct SharePolicy {
 
 // What is certain while the file is open.
 struct ShareHeld {
-    bool alone;     // nobody else has it open
-    bool noWriters; // nobody else writes it
+    bool alone;       // nobody else has it open
+    bool noWriters;   // nobody else writes it
+    int lockless = 0; // the errno of a file system without locks: nothing keeps others out
 };
 
 // Takes the file for an open in this mode. False: in use, or an error; the status is set.

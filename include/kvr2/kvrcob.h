@@ -14,6 +14,7 @@
 #include "kvr2/kvrcob/base.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <search.h>
 #include <setjmp.h>
 
@@ -221,12 +222,33 @@ KVR_INLINE int64_t kvr_program_name(const uint8_t *name, int64_t length, char *o
     return n;
 }
 
+/* An ENTRY of a module that is loaded already: no file has its name, and no symbol that the program
+   itself sees. A module's own symbols only, or those of the libraries that it needs would answer. */
+typedef struct KvrWanted {
+    const char *name;
+    KvrProgram entry;
+} KvrWanted;
+
+KVR_INLINE int kvr_entry_in(struct dl_phdr_info *object, size_t size, void *wanted)
+{
+    KvrWanted *entry = (KvrWanted *)wanted;
+    Dl_info where;
+    void *handle = object->dlpi_name[0] ? dlopen(object->dlpi_name, RTLD_LAZY | RTLD_NOLOAD) : 0;
+    void *symbol = handle ? dlsym(handle, entry->name) : 0;
+    (void)size;
+    if (symbol && dladdr(symbol, &where) && strcmp(where.dli_fname, object->dlpi_name) == 0)
+        entry->entry = (KvrProgram)(intptr_t)symbol;
+    if (handle) dlclose(handle);
+    return entry->entry != 0;
+}
+
 KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB *pcb, const KvrVisible *visible,
                                        int exception)
 {
     char text[161], upper[161];
     int64_t n = kvr_program_name(name, length, text), i;
-    uint32_t failures = exception ? 1 : 0;
+    uint32_t failures = 1;
+    KvrWanted entry = {upper, 0};
     uint64_t *found;
     void *symbol;
     for (i = 0; i <= n; i++) upper[i] = (char)(text[i] >= 'a' && text[i] <= 'z' ? text[i] - 32 : text[i]);
@@ -236,8 +258,11 @@ KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB 
     if (n > 0 && strcmp(text, upper) != 0 && (symbol = dlsym(RTLD_DEFAULT, text)) != 0)
         return (KvrProgram)(intptr_t)symbol;
     found = _zvkDynLd(0, n, (uint8_t *)upper, pcb, 0, &failures);
-    if (failures > (exception ? 1u : 0u) || !found || !*found) return 0;
-    return (KvrProgram)(intptr_t)*found;
+    if (failures == 1 && found && *found) return (KvrProgram)(intptr_t)*found;
+    if (n > 0 && dl_iterate_phdr(kvr_entry_in, &entry)) return entry.entry;
+    failures = 0;
+    if (!exception) _zvkDynLd(0, n, (uint8_t *)upper, pcb, 0, &failures); /* says what failed, and ends the run unit */
+    return 0;
 }
 
 KVR_INLINE void kvr_cancel(const uint8_t *name, int64_t length, PCB *pcb, const KvrVisible *visible)

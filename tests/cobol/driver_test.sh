@@ -46,6 +46,27 @@ says 2 '-o goes with one source' "$kvrcob" -S -o both.c h.cbl source
 says 1 'there is a program HELLO in h.cbl and one in source' "$kvrcob" -O0 -o both h.cbl source
 says 0 '' cmp h.cbl source
 
+# The order of texts: small letters, capitals, digits, but where a program names an order.
+cat >order.cbl <<'END'
+identification division.
+program-id. ordered.
+environment division.
+configuration section.
+*>object-computer. any program collating sequence is plain.
+special-names. alphabet plain is native.
+data division.
+working-storage section.
+01 t value "1Ba9". 05 e pic x occurs 4.
+procedure division.
+    sort e ascending.
+    if "a" < "1" display t " letters first" else display t " digits first".
+    stop run.
+END
+sed 's/^\*>//' order.cbl >named.cbl
+says 0 '19Ba digits first' "$kvrcob" run -O0 order.cbl
+says 0 'aB19 letters first' "$kvrcob" run -O0 -febcdic order.cbl
+says 0 '19Ba digits first' "$kvrcob" run -O0 -febcdic named.cbl
+
 # Sources that are not there.
 says 1 'cannot read none.cbl: No such file or directory' "$kvrcob" none.cbl
 says 1 'cannot read folder: Is a directory' "$kvrcob" folder

@@ -8,6 +8,7 @@ import datetime
 import math
 import pathlib
 import random
+import re
 import statistics
 import subprocess
 import sys
@@ -80,11 +81,11 @@ def literal(value):
 
 class Program:
     def __init__(self, name):
-        self.name, self.data, self.code, self.expected = name, [], [], []
+        self.name, self.head, self.data, self.code, self.expected = name, "", [], [], []
 
     def statement(self, text):
         line = "          "
-        for word in text.split(" "):
+        for word in re.findall(r"(?:'[^']*'|[^ ])+", text):
             if len(line) + len(word) > 70:
                 self.code.append(line)
                 line = "            "
@@ -97,7 +98,7 @@ class Program:
         self.expected.append((expected, about))
 
     def text(self):
-        head = f"IDENTIFICATION DIVISION.|PROGRAM-ID. {self.name}.|DATA DIVISION.|WORKING-STORAGE SECTION."
+        head = f"IDENTIFICATION DIVISION.|PROGRAM-ID. {self.name}.|{self.head}DATA DIVISION.|WORKING-STORAGE SECTION."
         lines = ["       " + line for line in head.split("|") + self.data + ["PROCEDURE DIVISION.", "MAIN-P."]]
         return "\n".join(lines + self.code + ["           STOP RUN.", ""])
 
@@ -297,15 +298,15 @@ def same(got, expected):
     return abs(float(got) - expected) <= max(1e-8, abs(expected) * 1e-9)
 
 
-def main():
-    compiler, kind, first, count = pathlib.Path(sys.argv[1]).resolve(), sys.argv[2], int(sys.argv[3]), int(sys.argv[4])
+def run_models(models, arguments):
+    compiler, kind, first, count = pathlib.Path(arguments[1]).resolve(), arguments[2], int(arguments[3]), int(arguments[4])
     failed = 0
     for seed in range(first, first + count):
-        program = {"arithmetic": arithmetic, "relations": relations, "functions": functions}[kind](random.Random(seed))
+        program = models[kind](random.Random(seed))
         with tempfile.TemporaryDirectory() as work:
             (pathlib.Path(work) / "model.cbl").write_text(program.text())
             subprocess.run([compiler, "-O0", "-o", "model", "model.cbl"], cwd=work, check=True)
-            lines = subprocess.run(["./model"], cwd=work, check=True, capture_output=True, text=True).stdout.splitlines()
+            lines = subprocess.run(["./model"], cwd=work, check=True, capture_output=True, encoding="latin-1").stdout.splitlines()
         if len(lines) != len(program.expected):
             print(f"{kind} {seed}: {len(lines)} lines of {len(program.expected)}")
             failed += 1
@@ -318,4 +319,5 @@ def main():
     sys.exit(failed > 0)
 
 
-main()
+if __name__ == "__main__":
+    run_models({"arithmetic": arithmetic, "relations": relations, "functions": functions}, sys.argv)

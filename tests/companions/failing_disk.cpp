@@ -68,6 +68,8 @@ ssize_t writeVector(int fd, const iovec *parts, int count, off_t offset)
                : syscall(SYS_pwritev, fd, parts, count, offset, 0);
 }
 
+bool lockless;
+
 int readsToGo = -1; // until one fails; -1: none does
 
 bool readFailsNow()
@@ -86,6 +88,9 @@ RecordingDisk::RecordingDisk()
 }
 RecordingDisk::~RecordingDisk() { recording = false; }
 std::vector<RecordedWrite> RecordingDisk::writes;
+
+LocklessDisk::LocklessDisk() { lockless = true; }
+LocklessDisk::~LocklessDisk() { lockless = false; }
 
 FailingRead::FailingRead(int nth) { readsToGo = nth; }
 FailingRead::~FailingRead() { readsToGo = -1; }
@@ -126,6 +131,29 @@ TAKEN ssize_t pread64(int fd, void *data, size_t size, off64_t offset)
 TAKEN int fstat(int fd, struct stat *about)
 {
     return readFailsNow() ? -1 : static_cast<int>(syscall(SYS_fstat, fd, about));
+}
+static int control(int fd, int what, void *with)
+{
+    bool locks = what == F_SETLK || what == F_SETLKW || what == F_GETLK || what == F_OFD_SETLK ||
+                 what == F_OFD_SETLKW || what == F_OFD_GETLK;
+    if (lockless && locks) return errno = ENOLCK, -1;
+    return static_cast<int>(syscall(SYS_fcntl, fd, what, with));
+}
+TAKEN int fcntl(int fd, int what, ...)
+{
+    va_list rest;
+    va_start(rest, what);
+    void *with = va_arg(rest, void *);
+    va_end(rest);
+    return control(fd, what, with);
+}
+TAKEN int fcntl64(int fd, int what, ...)
+{
+    va_list rest;
+    va_start(rest, what);
+    void *with = va_arg(rest, void *);
+    va_end(rest);
+    return control(fd, what, with);
 }
 // Only files that a program makes for itself are of interest: their names come and go.
 static int openAndRecord(const char *name, int flags, mode_t mode)

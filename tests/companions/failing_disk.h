@@ -37,6 +37,15 @@ public:
     static std::vector<RecordedWrite> writes;
 };
 
+// A file system that knows no locks, as a network folder may be mounted.
+class LocklessDisk {
+public:
+    LocklessDisk();
+    ~LocklessDisk();
+    LocklessDisk(const LocklessDisk &) = delete;
+    LocklessDisk &operator=(const LocklessDisk &) = delete;
+};
+
 // One call that asks what a file holds (fstat, pread) fails with an input/output error: the `nth`
 // from here on.
 class FailingRead {

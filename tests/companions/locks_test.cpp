@@ -4,6 +4,7 @@
 #include <memory>
 #include <thread>
 
+#include "failing_disk.h"
 #include "stored_files.h"
 
 namespace {
@@ -381,6 +382,51 @@ TEST(Sharing, ExtendWithAllOtherLetsOthersWrite)
 }
 
 // Waiting has an end, ends when the lock does, and the record is the one that the other has left.
+// Where there are no locks, no status says that there are too many, no OPEN empties what it cannot
+// make anew, and what works alone works.
+TEST(Sharing, WithoutLocks)
+{
+    TemporaryDirectory directory;
+    CompiledFile indexed(directory.file("i"), indexedFile()), relative(directory.file("r"), relativeFile()),
+        lines("rsd-" + directory.file("s"), fixed10);
+    for (CompiledFile *file : {&indexed, &relative, &lines}) {
+        ASSERT_EQ(file->open(ZVK_OPEN_OUTPUT), "00");
+        ASSERT_EQ(file->write("000001aaaabbbb000000", {.relativeKey = 1}), "00");
+        ASSERT_EQ(file->close(), "00");
+    }
+    {
+        LocklessDisk disk;
+        for (uint16_t mode : {uint16_t{ZVK_OPEN_OUTPUT}, uint16_t{ZVK_OPEN_IO}, uint16_t{ZVK_OPEN_INPUT}}) {
+            EXPECT_EQ(indexed.open(mode), "93") << mode;
+            EXPECT_EQ(reason(indexed), strerrordesc_np(ENOLCK)) << mode;
+        }
+        EXPECT_EQ(relative.open(ZVK_OPEN_IO), "93");
+        EXPECT_EQ(reason(relative), strerrordesc_np(ENOLCK));
+        ASSERT_EQ(relative.open(ZVK_OPEN_INPUT), "00");
+        EXPECT_EQ(relative.read(next), "00");
+        EXPECT_EQ(relative.close(), "00");
+        FileAttributes noOther = relativeFile();
+        noOther.share = 3;
+        CompiledFile alone(directory.file("r"), noOther);
+        ASSERT_EQ(alone.open(ZVK_OPEN_IO), "00");
+        EXPECT_EQ(alone.read({.relativeKey = 1}), "00");
+        EXPECT_EQ(alone.rewrite("changed", {.relativeKey = 1}), "00");
+        EXPECT_EQ(alone.close(), "00");
+        ASSERT_EQ(lines.open(ZVK_OPEN_EXTEND), "00");
+        EXPECT_EQ(lines.write("second"), "00");
+        EXPECT_EQ(lines.close(), "00");
+    }
+    ASSERT_EQ(indexed.open(ZVK_OPEN_IO), "00");
+    EXPECT_EQ(indexed.read(next), "00");
+    EXPECT_EQ(indexed.record(), "000001aaaabbbb000000");
+    indexed.close();
+    ASSERT_EQ(lines.open(ZVK_OPEN_INPUT), "00");
+    EXPECT_EQ(lines.read(), "00");
+    EXPECT_EQ(lines.read(), "00");
+    EXPECT_EQ(lines.record(), pad("second", 10));
+    lines.close();
+}
+
 TEST(Waiting, ForARecordOrAFile)
 {
     auto since = [](timespec start) {

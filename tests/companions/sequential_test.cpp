@@ -109,8 +109,8 @@ TEST(LineSequential, LinageTurnsPages)
 }
 
 // A line written AFTER ADVANCING stays open, and a record BEFORE ADVANCING ends it: the page's
-// counter must know of that line, or pages grow. What a kill leaves of a line can be told from a
-// last line that an editor left without its end.
+// counter does not know of that line, and pages must not grow by it. What a kill leaves of a line
+// can be told from a last line that an editor left without its end.
 TEST(LineSequential, LineThatAKillCutOffIsNoRecord)
 {
     TemporaryDirectory directory;
@@ -212,11 +212,11 @@ TEST(LineSequential, LinageCountsMixedAdvancing)
     } writes[] = {
         {"a1", 0, 0, 2, false},                                // BEFORE, by default
         {"a4", ZVK_REQUEST_AFTER, 2, 4, false},                // stays open on line 4
-        {"a5", 0, 0, 6, true},                                 // on line 5; the next one on 6
+        {"a5", 0, 0, 5, true},                                 // on line 5, and the paper stays there
         {"b1", ZVK_REQUEST_AFTER, ZVK_ADVANCE_PAGE, 1, false}, // open on line 1
-        {"b2", ZVK_REQUEST_BEFORE, 1, 3, false},               //
-        {"b6", ZVK_REQUEST_AFTER, 3, 6, true},                 // open on the page's last line
-        {"c1", 0, 0, 2, true},                                 // its end turns the page
+        {"b2", ZVK_REQUEST_BEFORE, 1, 2, false},               //
+        {"b6", ZVK_REQUEST_AFTER, 4, 6, true},                 // open on the page's last line
+        {"b7", 0, 0, 1, true},                                 // on the first line of the margin
         {"d1", ZVK_REQUEST_AFTER, ZVK_ADVANCE_PAGE, 1, false}, //
     };
     for (auto &w : writes) {
@@ -227,7 +227,7 @@ TEST(LineSequential, LinageCountsMixedAdvancing)
     file.close();
     // The first page has its top margin as well; every page begins 9 lines behind the one before.
     EXPECT_EQ(readFile(directory.file("t")),
-              "\na1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\n\n\n\nc1\n\n\n\n\n\n\n\n\nd1\n");
+              "\na1\n\n\na4\na5\n\n\n\n\nb1\nb2\n\n\n\nb6\nb7\n\n\n\n\n\n\n\n\n\n\n\nd1\n");
 }
 
 TEST(Concatenation, ReadsOneFileAfterTheOther)
@@ -415,9 +415,9 @@ TEST(LineSequential, LinagePagesHaveOneLength)
             ASSERT_EQ(file.write(text, {.options = uint32_t(after ? ZVK_REQUEST_AFTER : ZVK_REQUEST_BEFORE),
                                         .advance = lines}),
                       "00");
-            uint32_t at = after ? file.fcb->linageCounter : !open ? counter : counter < paged.body ? counter + 1 : 1;
-            expected.emplace_back(text, at);
-            open = after;
+            expected.emplace_back(text, after ? file.fcb->linageCounter : counter + open);
+            bool turns = lines < 0 || counter + static_cast<uint32_t>(lines) > paged.body;
+            open = after || (open && lines == 1 && !turns);
             // Beyond the body AFTER, or in the footing area.
             if (lines > 0 && after) {
                 bool turned = counter + static_cast<uint32_t>(lines) > paged.body;

@@ -1,6 +1,7 @@
 // Faults these tests are there to catch: a store of an indexed file that runs out of places for
 // readers, that grows without bound beside a reader that does nothing, that two programs write
 // without seeing each other, or whose damage overruns a buffer.
+#include <fcntl.h>
 #include <lmdb.h>
 #include <memory>
 #include <sys/stat.h>
@@ -295,6 +296,28 @@ TEST(Store, RemovedFilesNeverHideAWriter)
             EXPECT_EQ(count, *gone ? 4 : 1) << where;
             other.close();
         }
+}
+
+// The folder's clock is another machine's, an hour behind, and keeps whole seconds. That a time is
+// old does not say that it was long ago, and a second change has the same time as the first.
+TEST(Store, RemovalIsSeenWhateverTheClocksSay)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("i"), folder = path.substr(0, path.rfind('/'));
+    const time_t stamped = time(nullptr) - 3600;
+    auto stamp = [&] {
+        const timespec times[] = {{stamped, 0}, {stamped, 0}};
+        return utimensat(AT_FDCWD, folder.c_str(), times, 0);
+    };
+    CompiledFile file("stl-" + path, plain);
+    makeFile(file, 3);
+    ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(stamp(), 0);
+    for (int n = 0; n < 5; ++n) ASSERT_EQ(file.rewrite(keyed(1)), "00");
+    ASSERT_EQ(unlink((path + ".mdb-lock").c_str()), 0);
+    ASSERT_EQ(stamp(), 0);
+    EXPECT_EQ(file.rewrite(keyed(2)), "30");
+    file.close();
 }
 
 TEST(Store, HardLinkIsTheFileItself)

@@ -10,3 +10,6 @@
        P. ADD 1 TO C. ADD C TO X. MOVE C TO T (2).
           MOVE 3 TO RETURN-CODE.
        Q. EXIT PROGRAM.
+           ENTRY "SEPENTRY" USING X.
+           ADD 500 TO X.
+           GOBACK.
