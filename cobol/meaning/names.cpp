@@ -254,8 +254,7 @@ void Meaning::program(Program &p)
                 error(parameter.value->at, wordText(item->name) + " is no record of the LINKAGE SECTION");
             // It travels as a machine word, which is the item.
             if (parameter.mode == CallStatement::Value && item && item->usage != Usage::Native &&
-                item->category != Category::Pointer &&
-                !(item->category == Category::Alphanumeric && item->size == 1))
+                item->category != Category::Pointer && !(item->category == Category::Alphanumeric && item->size == 1))
                 error(parameter.value->at, "BY VALUE of an ENTRY is supported for COMP-5 and pointers only");
         }
     // How files are used decides what a sequential one is: a report, or records.
