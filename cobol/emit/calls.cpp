@@ -219,6 +219,8 @@ void Emitter::entryArguments(Program &p, std::string &out)
     size_t most = 0;
     for (const EntryStatement *entry : p.entryPoints) most = std::max(most, entry->parameters.size());
     globals_ += cat("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
+    out += cat("uint8_t *entryValues[", most + 1, "];\nmemcpy(entryValues, ", prefix,
+               "entryArguments, sizeof entryValues);\n");
     out += cat("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
                "entry) {\n");
     for (const EntryStatement *entry : p.entryPoints) {
@@ -226,7 +228,8 @@ void Emitter::entryArguments(Program &p, std::string &out)
         for (size_t i = 0; i < entry->parameters.size(); i++) {
             const Expr *e = entry->parameters[i].value;
             const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(p, *e->ref, true) : nullptr;
-            if (item) out += cat("L", item->number, " = ", prefix, "entryArguments[", i, "];\n");
+            const bool byValue = entry->parameters[i].mode == CallStatement::Value;
+            if (item) out += cat("L", item->number, " = ", byValue ? "(uint8_t *)&" : "", "entryValues[", i, "];\n");
         }
         out += "break;\n";
     }

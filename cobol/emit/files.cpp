@@ -241,8 +241,13 @@ void Emitter::writeStatement(const FileStatement &s)
                 advance = "0";
             else
                 advance = "1";
+        } else if (s.advancing && s.positioning && !isNumericExpr(s.advancing)) {
+            // A printer's control character: blank, 0, - and + for so many lines, 1 for a page.
+            const std::string c = cat("*", text(s.advancing).address);
+            advance = cat(c, " == '1' ? ZVK_ADVANCE_PAGE : ", c, " == '0' ? 2 : ", c, " == '-' ? 3 : ", c, " != '+'");
         } else if (s.advancing) {
             advance = cat("(int32_t)", integer(s.advancing));
+            if (s.positioning) advance += cat(" > 0 ? (int32_t)", integer(s.advancing), " : ZVK_ADVANCE_PAGE");
         }
         put(cat(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request,
                 ".advance = ", advance, ";\n"));

@@ -252,8 +252,10 @@ void Meaning::program(Program &p)
             Item *item = parameter.value->kind == ExprKind::Reference ? resolve(p, *parameter.value->ref) : nullptr;
             if (item && (item->section != Item::Linkage || item->parent))
                 error(parameter.value->at, wordText(item->name) + " is no record of the LINKAGE SECTION");
-            if (parameter.mode == CallStatement::Value)
-                error(parameter.value->at, "BY VALUE of an ENTRY is not supported yet");
+            // It travels as a machine word, which is the item.
+            if (parameter.mode == CallStatement::Value && item && item->usage != Usage::Native &&
+                item->category != Category::Pointer && !(item->category == Category::Alphanumeric && item->size == 1))
+                error(parameter.value->at, "BY VALUE of an ENTRY is supported for COMP-5 and pointers only");
         }
     // How files are used decides what a sequential one is: a report, or records.
     for (Word record : p.advancedRecords)

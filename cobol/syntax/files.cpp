@@ -225,8 +225,8 @@ Statement *Parser::writeStatement()
             s->page = true;
             step();
         } else if (positioning && !atNumber()) {
-            notBuilt(here(), "POSITIONING by an item");
-            operand();
+            s->positioning = true;
+            s->advancing = operand();
         } else if (atName() && program_) {
             for (const Mnemonic &m : program_->mnemonics)
                 if (m.name == now().word) s->mnemonic = m.device;

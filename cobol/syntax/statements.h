@@ -296,6 +296,7 @@ struct FileStatement : Statement {
     bool wholeFile = false; // DELETE FILE
     std::vector<std::pair<Word, Tok>> moreFiles;
     bool before = false, after = false, page = false;
+    bool positioning = false; // POSITIONING: 0 lines are a page, a character says what to do
     Expr *advancing = nullptr;
     Word mnemonic = 0;
     Phrases end;     // AT END

@@ -15,47 +15,10 @@
 #include <cstring>
 #include <string_view>
 
+#include "cobol/text/line_text.h"
+
 namespace kvrcob {
 namespace {
-
-std::string_view trimLeft(std::string_view text)
-{
-    size_t i = 0;
-    while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) i++;
-    return text.substr(i);
-}
-
-std::string upperOf(std::string_view text)
-{
-    std::string out(text);
-    for (char &c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return out;
-}
-
-bool isWordByte(unsigned char c) { return std::isalnum(c) || c == '-' || c == '_' || c >= 0x80; }
-
-std::string firstWord(std::string_view text)
-{
-    text = trimLeft(text);
-    size_t n = 0;
-    while (n < text.size() && isWordByte(static_cast<unsigned char>(text[n]))) n++;
-    return upperOf(text.substr(0, n));
-}
-
-std::string expandTabs(std::string_view line, int tabStop)
-{
-    std::string out;
-    out.reserve(line.size());
-    for (char c : line) {
-        if (c == '\t') {
-            do out += ' ';
-            while (out.size() % static_cast<size_t>(tabStop) != 0);
-        } else {
-            out += c;
-        }
-    }
-    return out;
-}
 
 // The reader of one file.
 class LineReader {
@@ -65,6 +28,10 @@ public:
         out_.file = file;
         const SourceFile &source = sources()[file];
         format_ = options.format != SourceFormat::Unknown ? options.format : guessFormat(source.text);
+        // A text that is copied into a free one is free, unless it shows that it is not.
+        if (options.format == SourceFormat::Unknown && source.includedAt.line && format_ == SourceFormat::Fixed &&
+            options.freeFiles.count(source.includedAt.file) && !showsFixed(source.text))
+            format_ = SourceFormat::Free;
         out_.format = format_;
     }
 
@@ -86,7 +53,10 @@ public:
                 oneLine(raw);
             from = to + 1;
         }
-        for (const Spot &open : openIfs_) diagnostics().error(open, ">>IF without >>END-IF");
+        for (size_t i = 0; i < openIfs_.size(); i++)
+            diagnostics().error(openIfs_[i], conditions_[i].subject.empty() ? ">>IF without >>END-IF"
+                                                                            : ">>EVALUATE without >>END-EVALUATE");
+        if (format_ == SourceFormat::Free) options_.freeFiles.insert(out_.file);
         return std::move(out_);
     }
 
@@ -124,7 +94,7 @@ private:
         std::vector<std::string> words = split(text);
         std::string verb = words.empty() ? "" : words[0];
         if (verb == "IF") {
-            conditions_.push_back({!skipping() && evaluate(words), false});
+            conditions_.push_back({!skipping() && evaluate(words), false, ""});
             conditions_.back().taken = conditions_.back().active || skippingOuter();
             openIfs_.push_back(here());
         } else if (verb == "ELSE") {
@@ -141,9 +111,19 @@ private:
                 conditions_.back().active = !conditions_.back().taken && evaluate(words);
                 if (conditions_.back().active) conditions_.back().taken = true;
             }
-        } else if (verb == "END-IF" || (verb == "END" && dollar)) {
+        } else if (verb == "EVALUATE") {
+            const bool outer = skipping();
+            conditions_.push_back({false, outer, words.size() > 1 ? words[1] : "TRUE"});
+            openIfs_.push_back(here());
+        } else if (verb == "WHEN") {
+            if (conditions_.empty() || conditions_.back().subject.empty())
+                diagnostics().error(here(), ">>WHEN without >>EVALUATE");
+            else
+                when(words);
+        } else if (verb == "END-IF" || verb == "END-EVALUATE" || (verb == "END" && dollar)) {
             if (conditions_.empty()) {
-                diagnostics().error(here(), ">>END-IF without >>IF");
+                diagnostics().error(here(), verb == "END-EVALUATE" ? ">>END-EVALUATE without >>EVALUATE"
+                                                                   : ">>END-IF without >>IF");
             } else {
                 conditions_.pop_back();
                 openIfs_.pop_back();
@@ -170,6 +150,21 @@ private:
             diagnostics().warning("directive", here(), "the directive >>" + verb + " is not known and has no effect");
         }
         return true;
+    }
+
+    // >>WHEN value, value THRU value, OTHER; after >>EVALUATE TRUE a condition.
+    void when(const std::vector<std::string> &words)
+    {
+        Condition &now = conditions_.back();
+        std::vector<std::string> test = words;
+        if (now.subject != "TRUE" && words.size() > 1) {
+            test = {"IF", now.subject, "=", words[1]};
+            if (words.size() > 3 && (words[2] == "THRU" || words[2] == "THROUGH"))
+                test = {"IF", now.subject, ">=", words[1], "AND", now.subject, "<=", words[3]};
+        }
+        const bool other = words.size() > 1 && words[1] == "OTHER";
+        now.active = !now.taken && (other || evaluate(test));
+        if (now.active) now.taken = true;
     }
 
     bool skippingOuter() const
@@ -501,6 +496,7 @@ private:
 
     struct Condition {
         bool active, taken;
+        std::string subject; // of >>EVALUATE
     };
 
     TextOptions &options_;
@@ -531,51 +527,6 @@ Spot RunningText::spot(size_t offset) const
     const Mark &mark = *(after - 1);
     last = static_cast<size_t>(&mark - marks.data());
     return {file, mark.line, mark.column + static_cast<uint32_t>(offset - mark.offset), 1};
-}
-
-SourceFormat guessFormat(std::string_view text)
-{
-    // Where the first header is tells most; a letter in column 7 of a line with text before it
-    // tells the rest.
-    size_t from = 0, lines = 0, againstFixed = 0, seen = 0;
-    int verdict = 0; // 1 fixed, 2 free
-    while (from < text.size() && lines < 400) {
-        size_t to = text.find('\n', from);
-        if (to == std::string_view::npos) to = text.size();
-        std::string_view raw = text.substr(from, to - from);
-        from = to + 1;
-        lines++;
-        while (!raw.empty() && (raw.back() == '\r' || raw.back() == ' ')) raw.remove_suffix(1);
-        std::string line = expandTabs(raw.substr(0, 200), 8);
-        std::string_view body = trimLeft(line);
-        if (body.empty()) continue;
-        std::string upper = upperOf(body.substr(0, 60));
-        if (upper.rfind(">>SOURCE", 0) == 0 || upper.rfind("$SET SOURCEFORMAT", 0) == 0) {
-            if (upper.find("FREE") != std::string::npos)
-                return line[0] == ' ' && line.size() > 7 && seen == 0 ? SourceFormat::Fixed : SourceFormat::Free;
-            if (upper.find("FIXED") != std::string::npos) return SourceFormat::Fixed;
-            if (upper.find("VARIABLE") != std::string::npos) return SourceFormat::Variable;
-        }
-        if (body.substr(0, 2) == "*>" || body.substr(0, 2) == ">>") continue;
-        if (line.size() >= 7 && (line[6] == '*' || line[6] == '/')) continue;
-        seen++;
-        size_t column = line.size() - body.size(); // from 0
-        if (verdict == 0) {
-            std::string word = firstWord(body);
-            bool header = word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID" || word == "ENVIRONMENT" ||
-                          word == "DATA" || word == "PROCEDURE" || word == "WORKING-STORAGE" || word == "FUNCTION-ID";
-            if (header) verdict = column >= 7 ? 1 : 2;
-            // A sequence number before a header.
-            if (!header && line.size() > 8 && line[6] == ' ' && verdict == 0) {
-                word = firstWord(std::string_view(line).substr(7));
-                if (word == "IDENTIFICATION" || word == "ID" || word == "PROGRAM-ID") verdict = 1;
-            }
-        }
-        if (line.size() > 7 && !std::strchr(" *-/Dd$", line[6])) againstFixed++;
-    }
-    if (verdict == 2) return SourceFormat::Free;
-    if (verdict == 1) return againstFixed > 2 && againstFixed * 4 > seen ? SourceFormat::Free : SourceFormat::Fixed;
-    return againstFixed * 4 > seen ? SourceFormat::Free : SourceFormat::Fixed;
 }
 
 RunningText readLines(uint32_t file, TextOptions &options) { return LineReader(file, options).read(); }

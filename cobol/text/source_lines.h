@@ -3,7 +3,9 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cobol/diagnostics.h"
@@ -17,6 +19,7 @@ struct TextOptions {
     SourceFormat format = SourceFormat::Unknown;
     int tabStop = 8;
     std::map<std::string, std::string, std::less<>> defines; // -D, >>DEFINE
+    std::set<uint32_t> freeFiles;                            // that were in free form
     bool debugging = false;                                  // WITH DEBUGGING MODE was seen
     bool commaIsPoint = false;                               // DECIMAL-POINT IS COMMA was seen
 };
@@ -40,6 +43,10 @@ struct RunningText {
 
 // Tells the format of a text from its first lines.
 SourceFormat guessFormat(std::string_view text);
+
+// Whether a text without headers shows that it is in fixed form: by a comment's mark in column 7 or
+// by sequence numbers.
+bool showsFixed(std::string_view text);
 
 RunningText readLines(uint32_t file, TextOptions &options);
 

@@ -34,6 +34,11 @@ for name in 'two words.cbl' "q'uo\"te.cbl" 'dollar$x;`y`.cbl' '-dash.cbl'; do
     says 0 hello "./${name%.cbl}"
 done
 
+# Sequence numbers tell fixed form, though letters mark most lines in column 7.
+printf '%s\n' '000100 IDENTIFICATION DIVISION.' '000200 PROGRAM-ID. LETTERS.' '000300PDATA DIVISION.' \
+    '000400 PROCEDURE DIVISION.' '000500YP1. DISPLAY "LETTERS".' '000600P    STOP RUN.' >letters.cbl
+says 0 'letters.cbl: fixed form' "$kvrcob" -v check letters.cbl
+
 # Results without a place.
 mkdir folder
 cp h.cbl source

@@ -1,0 +1,2 @@
+      * a comment in column 7
+       01 fx pic x value "F".                                           ignored
