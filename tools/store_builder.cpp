@@ -219,6 +219,8 @@ bool OwnedFile::take()
     fib.shareMode = filesystems::shareNoOther;
     if (!filesystems::takeFile(&fcb, &fib, descriptor_, {filesystems::shareNoOther, filesystems::shareAllOther}, &held))
         return say("%s: the file is in use; kvr2-file info says by whom", path_.c_str()), false;
+    if (held.lockless)
+        return say("%s: no locks on this file system, so others may have the file open", path_.c_str()), false;
 
     // A killed command: if the new store is there already, its header follows; if not, all of it
     // goes.

@@ -16,6 +16,7 @@
 #include "companions/filesystems/indexed_state.h"
 #include "companions/filesystems/share_locks.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/store_faults.h"
 
 namespace filesystems {
 
@@ -148,7 +149,8 @@ int redoRecords(const char *name, uint64_t number, const uint8_t *changes, size_
             uint32_t length;
             memcpy(&length, changes + at + 1, sizeof length);
             if (length > size - at - 5) break;
-            error = redoRecord(&fcb, file, txn, changes[at] == 2, changes + at + 5, length);
+            error = withPages(mapOfStore(file->store),
+                              [&] { return redoRecord(&fcb, file, txn, changes[at] == 2, changes + at + 5, length); });
             at += 5 + length;
         }
         if (!error && !done) error = noteJournal(file->store, txn, number);

@@ -11,6 +11,7 @@
 
 #include "companions/filesystems/indexed_state.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/store_faults.h"
 #include "companions/filesystems/transaction.h"
 #include "companions/filesystems/verb.h"
 
@@ -44,12 +45,12 @@ void writeRecord(FCB *fcb, FileRequest *request)
         MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
             SizeLimitHeldOff guard;
-            MDB_val k = valueOf(primary, keySize), v;
-            error = findInStore(file, txn, 0, k, &v);
-            if (error == 0)
-                refused = true;
-            else if (error == MDB_NOTFOUND)
-                error = insertRecord(fcb, file, txn, record, length, &refused);
+            error = withPages(mapOfStore(file->store), [&] {
+                MDB_val k = valueOf(primary, keySize), v;
+                int found = findInStore(file, txn, 0, k, &v);
+                refused = found == 0;
+                return found == MDB_NOTFOUND ? insertRecord(fcb, file, txn, record, length, &refused) : found;
+            });
             error = changed(file, txn, error, !refused, length);
             if (file->transactional && !error && !refused) logChange(file->store, false, record, length);
         }
@@ -85,14 +86,14 @@ void changeRecord(FCB *fcb, FileRequest *request, bool rewrite)
         MDB_txn *txn = changing(fcb, request, &error);
         if (txn) {
             SizeLimitHeldOff guard;
-            MDB_val k = valueOf(primary, keySize), old;
-            error = findInStore(file, txn, 0, k, &old);
-            if (error == MDB_NOTFOUND)
-                missing = true, error = 0;
-            else if (!error && rewrite)
-                error = replaceRecord(fcb, file, txn, record, length, old, &refused);
-            else if (!error)
-                error = removeRecord(fcb, file, txn, old);
+            error = withPages(mapOfStore(file->store), [&] {
+                MDB_val k = valueOf(primary, keySize), old;
+                int found = findInStore(file, txn, 0, k, &old);
+                missing = found == MDB_NOTFOUND;
+                if (found) return missing ? 0 : found;
+                return rewrite ? replaceRecord(fcb, file, txn, record, length, old, &refused)
+                               : removeRecord(fcb, file, txn, old);
+            });
             error = changed(file, txn, error, !refused && !missing, length);
             if (file->transactional && !error && !refused && !missing)
                 logChange(file->store, !rewrite, rewrite ? record : primary, rewrite ? length : keySize);
@@ -290,15 +291,20 @@ bool tryRead(FCB *fcb, IndexedFile *file, FileRequest *request, bool random, uin
     StoreCursor cursor;
     cursor.inChange = nullptr;
     KeyRoom room;
-    if (txn) error = findEntry(file, txn, request, random, record, &cursor, room, &found);
-    bool again = !error && lockFound(fcb, file, found, request->options);
-    if (!error && !again && fcb->status < 10) {
-        deliver(fcb, file, request, found, record);
-        if (ahead)
-            fillAhead(file, txn, &cursor, back);
-        else
-            dropAhead(file);
-    }
+    bool again = false, delivered = false;
+    if (txn)
+        error = withPages(mapOfStore(file->store), [&] {
+            if (int none = findEntry(file, txn, request, random, record, &cursor, room, &found)) return none;
+            again = lockFound(fcb, file, found, request->options);
+            if (again || fcb->status > 9) return 0;
+            deliver(fcb, file, request, found, record);
+            delivered = true;
+            return 0;
+        });
+    if (delivered && !ahead)
+        dropAhead(file);
+    else if (delivered && withPages(mapOfStore(file->store), [&] { return fillAhead(file, txn, &cursor, back), 0; }))
+        dropAhead(file);
     if (error == MDB_NOTFOUND)
         zvkSetStatus(fcb, random ? 23 : 10, random ? fs2NoRecord : fs2AtEnd);
     else if (error)
@@ -370,15 +376,17 @@ int takeHighestKey(IndexedFile *file)
     MDB_txn *txn = reading(file, &error);
     StoreCursor cursor;
     MDB_val k, v;
-    if (txn && !(error = openCursor(file, txn, file->reference, &cursor))) {
-        error = moveCursor(&cursor, MDB_LAST, &k, &v);
-        if (!error && k.mv_size != file->keys[0].length) error = MDB_CORRUPTED;
-        if (!error) {
-            memcpy(file->lastKey, k.mv_data, k.mv_size);
-            file->wrote = true;
-        }
-        closeCursor(&cursor);
-    }
+    cursor.inChange = nullptr;
+    if (txn)
+        error = withPages(mapOfStore(file->store), [&] {
+            int none = openCursor(file, txn, file->reference, &cursor);
+            if (!none) none = moveCursor(&cursor, MDB_LAST, &k, &v);
+            if (!none && k.mv_size != file->keys[0].length) none = MDB_CORRUPTED;
+            if (!none) memcpy(file->lastKey, k.mv_data, k.mv_size);
+            return none;
+        });
+    if (!error) file->wrote = true;
+    closeCursor(&cursor);
     endReading(file);
     return error == MDB_NOTFOUND ? 0 : error;
 }

@@ -8,6 +8,7 @@
 // not below the bytes, or the first beyond all that begin with them; LESS and NOT GREATER take the
 // entry before it.
 #include "companions/filesystems/indexed_state.h"
+#include "companions/filesystems/store_faults.h"
 
 #include <cstring>
 
@@ -94,17 +95,21 @@ void startIndexedAt(FCB *fcb, FileRequest *request)
     StoreCursor cursor;
     MDB_val k, v;
     file->reference = request->key;
-    if (txn && !(error = openCursor(file, txn, file->reference, &cursor))) {
-        error = seekRelation(&cursor, request->relation, key, size, &k, &v);
-        if (!error && k.mv_size != entrySize(file, file->reference)) error = MDB_CORRUPTED;
-        if (!error) {
-            memcpy(file->place, k.mv_data, k.mv_size);
-            file->placeSize = k.mv_size;
-            file->exact = true;
-            fcb->state |= ZVK_FILE_POSITION_VALID;
-        }
-        closeCursor(&cursor);
+    cursor.inChange = nullptr;
+    if (txn)
+        error = withPages(mapOfStore(file->store), [&] {
+            int none = openCursor(file, txn, file->reference, &cursor);
+            if (!none) none = seekRelation(&cursor, request->relation, key, size, &k, &v);
+            if (!none && k.mv_size != entrySize(file, file->reference)) none = MDB_CORRUPTED;
+            if (!none) memcpy(file->place, k.mv_data, k.mv_size);
+            return none;
+        });
+    if (txn && !error) {
+        file->placeSize = k.mv_size;
+        file->exact = true;
+        fcb->state |= ZVK_FILE_POSITION_VALID;
     }
+    closeCursor(&cursor);
     if (!file->batch) endReading(file);
     if (error == MDB_NOTFOUND)
         zvkSetStatus(fcb, 23, fs2NoRecord);

@@ -16,6 +16,7 @@
 
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/size_limit.h"
+#include "companions/filesystems/store_faults.h"
 #include "companions/filesystems/transaction.h"
 
 namespace filesystems {
@@ -179,6 +180,15 @@ int vetChange(Store *store, bool many)
     return error;
 }
 
+// What a transaction that has begun sees; a change looks at what LMDB will trust.
+int takePages(Store *store, bool change, MDB_txn *txn, bool stuck, uint64_t size, bool many, StoreSnapshot *snapshot)
+{
+    return withPages(store->map, [&] {
+        int error = takeSnapshot(store->map, mdb_txn_id(txn) - change, stuck, size, snapshot);
+        return !error && change ? vetChange(store, many) : error;
+    });
+}
+
 // `settles`: not before what journals say.
 int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot *snapshot, bool many,
                      bool settles = true)
@@ -196,8 +206,7 @@ int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot 
         if (!error) error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
         const bool begun = !error;
         if (begun && store->shared) error = checkPlace(store, settles);
-        if (!error) error = takeSnapshot(store->map, mdb_txn_id(*txn) - !flags, passed > 20, size, snapshot);
-        if (!error && !flags) error = vetChange(store, many);
+        if (!error) error = takePages(store, !flags, *txn, passed > 20, size, many, snapshot);
         if (!error) return 0;
         if (begun && flags) {
             mdb_txn_reset(*txn);
@@ -268,6 +277,7 @@ int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
 Store *openStore(const char *name, const struct stat &about, bool writable, bool locked, int *error)
 {
     MDB_env *env = nullptr;
+    heedPageFaults();
     *error = checkHeads(name);
     if (!*error) *error = openEnvironment(name, writable, locked, &env);
     if (*error) return nullptr;
@@ -336,10 +346,13 @@ int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
     // LMDB opens a database by its name: nothing but the names is to be looked at for that.
     StoreTree about;
     MDB_val v;
-    error = vetForChange(now, false, nullptr);
-    if (!error) error = findTree(now, kAboutDatabase, &about);
-    if (!error) error = findValue(now, about, identityKey(), &v);
-    if (!error && (v.mv_size != 8 || memcmp(v.mv_data, &header.identity, 8) != 0)) error = MDB_INCOMPATIBLE;
+    error = withPages(store->map, [&] {
+        int bad = vetForChange(now, false, nullptr);
+        if (!bad) bad = findTree(now, kAboutDatabase, &about);
+        if (!bad) bad = findValue(now, about, identityKey(), &v);
+        const bool same = !bad && v.mv_size == 8 && memcmp(v.mv_data, &header.identity, 8) == 0;
+        return bad || same ? bad : MDB_INCOMPATIBLE;
+    });
     if (!error) error = mdb_dbi_open(txn, kAboutDatabase, 0, &store->about);
     for (uint32_t key = 0; key < header.keyCount && !error; ++key) {
         char name[8];
@@ -406,6 +419,8 @@ int commitChange(Store *store, MDB_txn *txn)
     return error;
 }
 
+const StoreMap *mapOfStore(const Store *store) { return store->map; }
+
 const StoreSnapshot &committedState(const Store *store) { return store->committed; }
 bool makesManyChanges(const Store *store) { return store->many; }
 VettedPages *vettedPages(Store *store) { return store->many ? &store->vetted : nullptr; }
@@ -425,9 +440,11 @@ int beginRedo(Store *store, MDB_txn **txn)
 // The tree "about" has one page or two.
 static int vetAbout(Store *store)
 {
-    StoreTree about;
-    int error = findTree(store->committed, kAboutDatabase, &about);
-    return error ? error : vetTree(store->committed, about, vettedPages(store));
+    return withPages(store->map, [&] {
+        StoreTree about;
+        int error = findTree(store->committed, kAboutDatabase, &about);
+        return error ? error : vetTree(store->committed, about, vettedPages(store));
+    });
 }
 
 uint64_t lastJournal(Store *store, MDB_txn *txn)

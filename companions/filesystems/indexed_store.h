@@ -51,6 +51,8 @@ int changeIsWhole(const Store *store);
 // For the changes of a journal, which wait for none.
 int beginRedo(Store *store, MDB_txn **txn);
 void leaveTransaction(Store *store);
+// For `withPages`.
+const StoreMap *mapOfStore(const Store *store);
 // While there is a change: what was committed before it, and what it has looked at.
 const StoreSnapshot &committedState(const Store *store);
 bool makesManyChanges(const Store *store);

@@ -50,6 +50,7 @@ struct StoreSnapshot {
 struct StoreMap;
 StoreMap *openStoreMap(int descriptor);
 void closeStoreMap(StoreMap *map);
+bool isInMap(const StoreMap *map, const void *address); // also for signal handlers
 
 // Before LMDB opens a store: do its two heads make sense? 0, MDB_CORRUPTED or an errno.
 int checkHeads(const char *name);

@@ -82,6 +82,14 @@ void closeStoreMap(StoreMap *map)
     free(map);
 }
 
+bool isInMap(const StoreMap *map, const void *address)
+{
+    const auto *at = static_cast<const uint8_t *>(address);
+    for (const Mapping *one = map->mapping.load(std::memory_order_acquire); one; one = one->older)
+        if (at >= one->base && at < one->base + one->size) return true;
+    return false;
+}
+
 // A map that holds so many bytes; with room for the file to grow. Null: the system gives none.
 static const uint8_t *mapOf(StoreMap *map, size_t size)
 {

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -70,6 +71,18 @@ ssize_t writeVector(int fd, const iovec *parts, int count, off_t offset)
 
 bool lockless;
 
+std::string shrinking; // empty: no file
+unsigned long shrinkingInode;
+long shrinkTo;
+int asksToGo;
+
+void shrink(const struct stat &about)
+{
+    if (shrinking.empty() || about.st_ino != shrinkingInode || asksToGo-- > 0) return;
+    if (truncate(shrinking.c_str(), shrinkTo) != 0) abort();
+    shrinking.clear();
+}
+
 int readsToGo = -1; // until one fails; -1: none does
 
 bool readFailsNow()
@@ -91,6 +104,18 @@ std::vector<RecordedWrite> RecordingDisk::writes;
 
 LocklessDisk::LocklessDisk() { lockless = true; }
 LocklessDisk::~LocklessDisk() { lockless = false; }
+
+ShrinkingFile::ShrinkingFile(const std::string &name, long size, int nth)
+{
+    struct stat about;
+    if (stat(name.c_str(), &about) != 0) abort();
+    shrinkingInode = about.st_ino;
+    shrinkTo = size;
+    asksToGo = nth;
+    shrinking = name;
+}
+ShrinkingFile::~ShrinkingFile() { shrinking.clear(); }
+bool ShrinkingFile::happened() { return shrinking.empty(); }
 
 FailingRead::FailingRead(int nth) { readsToGo = nth; }
 FailingRead::~FailingRead() { readsToGo = -1; }
@@ -130,7 +155,10 @@ TAKEN ssize_t pread64(int fd, void *data, size_t size, off64_t offset)
 }
 TAKEN int fstat(int fd, struct stat *about)
 {
-    return readFailsNow() ? -1 : static_cast<int>(syscall(SYS_fstat, fd, about));
+    if (readFailsNow()) return -1;
+    int result = static_cast<int>(syscall(SYS_fstat, fd, about));
+    if (result == 0) shrink(*about);
+    return result;
 }
 static int control(int fd, int what, void *with)
 {

@@ -46,6 +46,17 @@ public:
     LocklessDisk &operator=(const LocklessDisk &) = delete;
 };
 
+// A file that is cut off to so many bytes once, right after it was asked for its size: the `nth`
+// time from here on.
+class ShrinkingFile {
+public:
+    ShrinkingFile(const std::string &name, long size, int nth = 0);
+    ~ShrinkingFile();
+    ShrinkingFile(const ShrinkingFile &) = delete;
+    ShrinkingFile &operator=(const ShrinkingFile &) = delete;
+    static bool happened();
+};
+
 // One call that asks what a file holds (fstat, pread) fails with an input/output error: the `nth`
 // from here on.
 class FailingRead {

@@ -2,10 +2,12 @@
 // readers, that grows without bound beside a reader that does nothing, that two programs write
 // without seeing each other, or whose damage overruns a buffer.
 #include <fcntl.h>
+#include <functional>
 #include <lmdb.h>
 #include <memory>
 #include <sys/stat.h>
 
+#include "failing_disk.h"
 #include "stored_files.h"
 
 namespace {
@@ -318,6 +320,66 @@ TEST(Store, RemovalIsSeenWhateverTheClocksSay)
     ASSERT_EQ(stamp(), 0);
     EXPECT_EQ(file.rewrite(keyed(2)), "30");
     file.close();
+}
+
+// The store is cut off after the verb has asked for its size; a disk that cannot be read under a
+// page looks the same. The verb fails, and not the program; nothing is left locked or half done.
+TEST(Store, PagesThatGoDuringAVerb)
+{
+    constexpr int records = 2000;
+    constexpr long page = 4096;
+    struct Verb {
+        const char *name;
+        std::function<string(CompiledFile &)> make;
+    };
+    const Verb verbs[] = {
+        {"read", [](CompiledFile &file) { return file.move(keyed(1500)), file.read(); }},
+        {"read next", [](CompiledFile &file) { return file.read(next); }},
+        {"start", [](CompiledFile &file) { return file.verb(file.fcb->start, {.relation = ZVK_RELATION_LAST}); }},
+        {"write", [](CompiledFile &file) { return file.write(keyed(3000)); }},
+        {"rewrite", [](CompiledFile &file) { return file.rewrite(keyed(1500)); }},
+        {"delete", [](CompiledFile &file) { return file.move(keyed(1500)), file.verb(file.fcb->deleteRecord, {}); }},
+    };
+    TemporaryDirectory directory;
+    const string path = directory.file("i"), store = path + ".mdb";
+    CompiledFile made("stl-" + path, plain);
+    makeFile(made, records);
+    const string before = readFile(store);
+    FileAttributes noOther = plain;
+    noOther.share = 3;
+    for (uint16_t mode : {uint16_t{ZVK_OPEN_INPUT}, uint16_t{ZVK_OPEN_IO}})
+        for (bool alone : {false, true})
+            for (const Verb &one : verbs) {
+                if (mode == ZVK_OPEN_INPUT && &one - verbs > 2) break;
+                CompiledFile file("stl-" + path, alone ? noOther : plain);
+                ASSERT_EQ(file.open(mode), "00");
+                const string where = string(one.name) + (alone ? " alone " : " shared ") + std::to_string(mode);
+                {
+                    ShrinkingFile cut(store, 2 * page);
+                    EXPECT_EQ(one.make(file), "30") << where;
+                    EXPECT_TRUE(ShrinkingFile::happened()) << where;
+                }
+                // It comes back, as a disk that was away does.
+                writeFile(store, before);
+                EXPECT_EQ((file.move(keyed(7)), file.read()), "00") << where;
+                if (mode == ZVK_OPEN_IO) {
+                    EXPECT_EQ(file.rewrite(keyed(7)), "00") << where;
+                }
+                EXPECT_EQ(file.close(), "00") << where;
+                writeFile(store, before);
+            }
+    // What is no matter of pages ends the program as it did.
+    pid_t child = fork();
+    if (child == 0) {
+        signal(SIGBUS, SIG_DFL);
+        CompiledFile file("stl-" + path, plain);
+        if (file.open(ZVK_OPEN_INPUT) != "00") _exit(1);
+        raise(SIGBUS);
+        _exit(2);
+    }
+    int ending;
+    waitpid(child, &ending, 0);
+    EXPECT_TRUE(WIFSIGNALED(ending) && WTERMSIG(ending) == SIGBUS) << ending;
 }
 
 TEST(Store, HardLinkIsTheFileItself)
