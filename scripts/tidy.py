@@ -73,7 +73,6 @@ def main():
     # A batch's files are headers to clang-tidy, which tells nothing of a header that the filter leaves out.
     with open('.clang-tidy') as stream:
         headers = re.search(r"^HeaderFilterRegex: '(.*)'", stream.read(), re.M).group(1)
-    shown = f'{headers}|' + '|'.join(re.escape(path) + '$' for path in files)
 
     def compiles(path):
         words = entries[path][1:]
@@ -84,6 +83,7 @@ def main():
     def look(unit):
         path, group = unit
         sources = [path] if len(group) > 1 and compiles(path) else group
+        shown = '|'.join([headers, *(re.escape(member) + '$' for member in group)])
         result = subprocess.run(['clang-tidy', '--quiet', '-p', here, '--header-filter=' + shown, *['--extra-arg=' + word for word in extra], *sources],
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         errors = ''.join(line + '\n' for line in result.stderr.splitlines() if line.strip() and not NOISE.match(line))
