@@ -260,11 +260,39 @@ Num Emitter::divide(Num a, Num b, int scale)
     return n;
 }
 
+// The product of two strings of digits.
+static std::string product(const std::string &a, const std::string &b)
+{
+    std::vector<int> sums(a.size() + b.size());
+    for (size_t i = 0; i < a.size(); i++)
+        for (size_t j = 0; j < b.size(); j++) sums[i + j + 1] += (a[i] - '0') * (b[j] - '0');
+
+    std::string text(sums.size(), '0');
+    for (size_t i = sums.size(); i-- > 0;) {
+        text[i] = static_cast<char>('0' + sums[i] % 10);
+        if (i > 0) sums[i - 1] += sums[i] / 10;
+    }
+    return text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1));
+}
+
+// A literal to a whole power, exactly; false if that has too many digits.
+static bool literalPower(const Decimal &base, int n, Decimal &out)
+{
+    out = base;
+    out.negative = base.negative && n % 2;
+    out.scale = base.scale * n;
+    for (int i = 1; i < n; i++) {
+        out.digits = product(out.digits, base.digits);
+        if (out.digits.size() > kMostPacked) return false;
+    }
+    return out.scale <= kMostPacked;
+}
+
 Num Emitter::power(Num a, Num b, const Expr *exponent)
 {
     Decimal d;
     if (a.kind != Num::Float && meaning_.constantNumber(*program_, exponent, d) && !d.negative && d.scale == 0 &&
-        d.digits.size() <= 2) {
+        d.digits.size() <= 3) {
         int n = std::atoi(d.digits.c_str());
         if (n == 0) {
             if (a.literal && !a.value.isZero()) return integerNumber("1LL", 1);
@@ -274,6 +302,8 @@ Num Emitter::power(Num a, Num b, const Expr *exponent)
             return integerNumber(cat("(", zeroFlag(), " |= ", test, ", 1LL)"), 1); // zero to the power of zero
         }
         if (n == 1) return a;
+        Decimal exact;
+        if (a.literal && literalPower(a.value, n, exact)) return literalNumber(exact);
         if (a.digits * n <= kMostPacked) {
             Num base = keep(a, false), result = base;
             for (int i = 1; i < n; i++) result = multiply(result, base);

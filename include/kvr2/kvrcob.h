@@ -222,24 +222,41 @@ KVR_INLINE int64_t kvr_program_name(const uint8_t *name, int64_t length, char *o
     return n;
 }
 
+/* The path of a loaded module, by its place in the list. Only the path: the list is locked, and
+   dlopen waits for another lock whose holder may wait for this one. */
+typedef struct KvrModule {
+    int place;
+    char path[4096];
+} KvrModule;
+
+KVR_INLINE int kvr_module_path(struct dl_phdr_info *object, size_t size, void *wanted)
+{
+    KvrModule *module = (KvrModule *)wanted;
+    (void)size;
+    if (module->place-- > 0) return 0;
+    snprintf(module->path, sizeof module->path, "%s", object->dlpi_name);
+    return 1;
+}
+
 /* An ENTRY of a module that is loaded already: no file has its name, and no symbol that the program
    itself sees. A module's own symbols only, or those of the libraries that it needs would answer. */
-typedef struct KvrWanted {
-    const char *name;
-    KvrProgram entry;
-} KvrWanted;
-
-KVR_INLINE int kvr_entry_in(struct dl_phdr_info *object, size_t size, void *wanted)
+KVR_SHARED KvrProgram kvr_loaded_entry(const char *name)
 {
-    KvrWanted *entry = (KvrWanted *)wanted;
-    Dl_info where;
-    void *handle = object->dlpi_name[0] ? dlopen(object->dlpi_name, RTLD_LAZY | RTLD_NOLOAD) : 0;
-    void *symbol = handle ? dlsym(handle, entry->name) : 0;
-    (void)size;
-    if (symbol && dladdr(symbol, &where) && strcmp(where.dli_fname, object->dlpi_name) == 0)
-        entry->entry = (KvrProgram)(intptr_t)symbol;
-    if (handle) dlclose(handle);
-    return entry->entry != 0;
+    KvrModule module;
+    KvrProgram entry = 0;
+    int i;
+    for (i = 0; !entry; i++) {
+        Dl_info where;
+        void *handle, *symbol;
+        module.place = i;
+        if (!dl_iterate_phdr(kvr_module_path, &module)) break;
+        handle = module.path[0] ? dlopen(module.path, RTLD_LAZY | RTLD_NOLOAD) : 0;
+        symbol = handle ? dlsym(handle, name) : 0;
+        if (symbol && dladdr(symbol, &where) && strcmp(where.dli_fname, module.path) == 0)
+            entry = (KvrProgram)(intptr_t)symbol;
+        if (handle) dlclose(handle);
+    }
+    return entry;
 }
 
 KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB *pcb, const KvrVisible *visible,
@@ -248,7 +265,7 @@ KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB 
     char text[161], upper[161];
     int64_t n = kvr_program_name(name, length, text), i;
     uint32_t failures = 1;
-    KvrWanted entry = {upper, 0};
+    KvrProgram entry;
     uint64_t *found;
     void *symbol;
     for (i = 0; i <= n; i++) upper[i] = (char)(text[i] >= 'a' && text[i] <= 'z' ? text[i] - 32 : text[i]);
@@ -259,7 +276,7 @@ KVR_INLINE KvrProgram kvr_find_program(const uint8_t *name, int64_t length, PCB 
         return (KvrProgram)(intptr_t)symbol;
     found = _zvkDynLd(0, n, (uint8_t *)upper, pcb, 0, &failures);
     if (failures == 1 && found && *found) return (KvrProgram)(intptr_t)*found;
-    if (n > 0 && dl_iterate_phdr(kvr_entry_in, &entry)) return entry.entry;
+    if (n > 0 && (entry = kvr_loaded_entry(upper)) != 0) return entry;
     failures = 0;
     if (!exception) _zvkDynLd(0, n, (uint8_t *)upper, pcb, 0, &failures); /* says what failed, and ends the run unit */
     return 0;

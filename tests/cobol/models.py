@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Random COBOL programs, each statement's result held against a model in exact fractions.
 
-models.py KVRCOB arithmetic|relations|functions FIRST COUNT. Programs of the random numbers FIRST to FIRST+COUNT-1
+models.py KVRCOB arithmetic|relations|conditions|functions FIRST COUNT. Programs of the random numbers FIRST to FIRST+COUNT-1
 are made, translated and run. A difference is shown with its statement and operands.
 """
 import datetime
@@ -235,6 +235,82 @@ def relations(numbers):
     return program
 
 
+RELATIONS = {
+    "=": lambda a, b: a == b, "<": lambda a, b: a < b, ">": lambda a, b: a > b, ">=": lambda a, b: a >= b, "<=": lambda a, b: a <= b,
+    "NOT =": lambda a, b: a != b, "NOT <": lambda a, b: a >= b, "NOT >": lambda a, b: a <= b, "<>": lambda a, b: a != b,
+    "IS EQUAL TO": lambda a, b: a == b, "GREATER": lambda a, b: a > b, "IS NOT LESS THAN": lambda a, b: a >= b, "NOT EQUAL": lambda a, b: a != b,
+    "IS GREATER THAN OR EQUAL TO": lambda a, b: a >= b, "LESS THAN OR EQUAL": lambda a, b: a <= b, "IS NOT GREATER THAN": lambda a, b: a <= b,
+}
+
+
+def random_condition(numbers, values, depth):
+    """A combined condition, abbreviated where it may be, and whether it holds."""
+    names = list(values)
+
+    def operand():
+        name, kind = numbers.choice(names), numbers.random()
+        if kind < 0.6:
+            return name, values[name]
+        if kind < 0.75:
+            number = numbers.randint(0, 4)
+            return str(number), number
+        other, sign = numbers.choice(names), numbers.choice("+-*")
+        return f"{name} {sign} {other}", eval(f"{values[name]} {sign} {values[other]}")
+
+    text, holds, carried, alternatives = "", True, None, False
+    for place in range(numbers.choice([1, 2, 2, 3, 4])):
+        connector = numbers.choice(["AND", "OR"]) if place else ""
+        negated, kind = numbers.random() < 0.25, numbers.random()
+        if depth and kind < 0.25:
+            inner, value = random_condition(numbers, values, depth - 1)
+            written, carried = f"( {inner} )", None
+        elif kind < 0.35:
+            name = numbers.choice(names)
+            sign, value = numbers.choice([("POSITIVE", values[name] > 0), ("IS NEGATIVE", values[name] < 0), ("ZERO", values[name] == 0), ("IS NOT ZERO", values[name] != 0)])
+            written, carried = f"{name} {sign}", None
+        elif kind < 0.45:
+            name = numbers.choice(names)
+            written, value, carried = f"{name}-88", values[name] in (1, 3, 4), None
+        elif carried and numbers.random() < 0.6:
+            subject, operator = carried
+            right, b = operand()
+            written = right
+            if numbers.random() < 0.5:
+                operator = numbers.choice(list(RELATIONS))
+                written = f"{operator} {right}"
+                # NOT before an operator is the operator's: it is left to those that have one.
+                negated = False
+            carried = subject, operator
+            value = RELATIONS[operator](subject[1], b)
+        else:
+            subject, operator, (right, b) = operand(), numbers.choice(list(RELATIONS)), operand()
+            carried = subject, operator
+            written, value = f"{subject[0]} {operator} {right}", RELATIONS[operator](subject[1], b)
+        value = bool(value) != negated
+        text += f" {connector} {'NOT ' if negated else ''}{written}"
+        if connector == "OR":
+            alternatives, holds = alternatives or holds, value
+        else:
+            holds = holds and value
+    return text.strip(), holds or alternatives
+
+
+def conditions(numbers):
+    program = Program("CONDS")
+    usages = {"A1": "9", "B1": "S9(4) COMP", "C1": "S9(3) COMP-3", "D1": "S9V9", "E1": "S9(9) COMP-5"}
+    for name, picture in usages.items():
+        program.data += [f"01 {name} PIC {picture}.", f"   88 {name}-88 VALUES 1, 3 THRU 4."]
+    while len(program.expected) < STATEMENTS:
+        values = {name: numbers.randint(0 if name == "A1" else -1, 4) for name in usages}
+        for name, value in values.items():
+            program.statement(f"MOVE {value} TO {name}")
+        text, holds = random_condition(numbers, values, 2)
+        number = len(program.expected)
+        program.statement(f"IF {text} DISPLAY {number} ' T' ELSE DISPLAY {number} ' F'.")
+        program.expected.append(("T" if holds else "F", f"{text} {values}"))
+    return program
+
+
 def calls(numbers):
     """Function calls with their values, from Python's own."""
 
@@ -320,4 +396,4 @@ def run_models(models, arguments):
 
 
 if __name__ == "__main__":
-    run_models({"arithmetic": arithmetic, "relations": relations, "functions": functions}, sys.argv)
+    run_models({"arithmetic": arithmetic, "relations": relations, "functions": functions, "conditions": conditions}, sys.argv)

@@ -144,7 +144,7 @@ TEST(Checksums, NoChangedByteIsDelivered)
             ASSERT_TRUE(readFile(data) != before) << kind.what;
             writeFile(data, before);
         }
-        const int rounds = torture("FLIPS", 400, static_cast<int>(allKinds().size()));
+        const int rounds = torture("FLIPS", shareOf(400), static_cast<int>(allKinds().size()));
         for (int round = 0; round < rounds; ++round) {
             string content = before;
             for (int flips = round % 3 ? 1 : 6; flips; --flips) {

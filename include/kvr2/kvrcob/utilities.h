@@ -13,14 +13,13 @@
 #pragma GCC system_header
 #endif
 
-#include <dlfcn.h>
+#include "kvr2/kvrcob.h" /* asks the system's headers for all that they have */
+
 #include <errno.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
-
-#include "kvr2/kvrcob.h"
 
 typedef struct KvrArgument {
     uint8_t *address;
