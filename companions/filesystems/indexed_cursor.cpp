@@ -29,6 +29,7 @@ int treeOf(IndexedFile *file, const StoreSnapshot &in, uint32_t key, const Store
     if (known.known && known.change == in.change) return 0;
     char name[8];
     databaseName(key, name);
+    known.known = false; // the search may be left
     int error = findTree(in, name, &known.tree);
     known.known = !error;
     known.change = in.change;

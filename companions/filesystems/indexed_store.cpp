@@ -183,10 +183,13 @@ int vetChange(Store *store, bool many)
 // What a transaction that has begun sees; a change looks at what LMDB will trust.
 int takePages(Store *store, bool change, MDB_txn *txn, bool stuck, uint64_t size, bool many, StoreSnapshot *snapshot)
 {
-    return withPages(store->map, [&] {
-        int error = takeSnapshot(store->map, mdb_txn_id(txn) - change, stuck, size, snapshot);
-        return !error && change ? vetChange(store, many) : error;
+    int error = withPages(store->map, [&] {
+        int passed = takeSnapshot(store->map, mdb_txn_id(txn) - change, stuck, size, snapshot);
+        return !passed && change ? vetChange(store, many) : passed;
     });
+    // Work that was left has not taken its marks away.
+    if (error && change && store->marks) memset(store->marks, 0, (store->marksRoom / 64 + 1) * sizeof(uint64_t));
+    return error;
 }
 
 // `settles`: not before what journals say.
