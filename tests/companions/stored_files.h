@@ -2,7 +2,6 @@
 // against the first.
 #pragma once
 
-#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <dlfcn.h>
@@ -13,6 +12,7 @@
 
 #include "support/child.h"
 #include "support/compiled_file.h"
+#include "support/share.h"
 
 using std::string;
 
@@ -68,12 +68,6 @@ inline int torture(const char *what, int small, int parts)
 {
     const char *said = getenv((string("KVR2_TORTURE_") + what).c_str());
     return said ? (atoi(said) + parts - 1) / parts : small;
-}
-// Repeated rounds of one kind: under the sanitizers ctest asks for one in KVR2_TEST_SHARE of them.
-inline int shareOf(int rounds)
-{
-    const char *said = getenv("KVR2_TEST_SHARE");
-    return said ? rounds / std::max(1, atoi(said)) : rounds;
 }
 // Without it 590 kills are made; each test has its part of them.
 inline int killRounds(int small)

@@ -15,6 +15,7 @@
 #include "mode_guard.h"
 #include "reference.h"
 #include "support/child.h"
+#include "support/share.h"
 #include <gtest/gtest.h>
 
 extern "C" {
@@ -113,7 +114,7 @@ TEST(DecimalToFloat, IsTheNearestNumber)
     Place place;
     for (int prec = 1; prec <= 31; prec++)
         for (int decs = -2; decs <= 40; decs++)
-            for (int i = 0; i < 6; i++) {
+            for (int i = 0; i < std::max(2, shareOf(6)); i++) {
                 Operand operand = randomOperandOf(prec);
                 auto side = i % 2 ? GuardedItem::AtStart : GuardedItem::AtEnd;
                 const uint8_t *item = place.put(packed(operand), side);

@@ -11,6 +11,7 @@
 
 #include "frame/hash_table_fixture.h"
 #include "support/guarded.h"
+#include "support/share.h"
 
 namespace {
 
@@ -223,7 +224,7 @@ TEST(HashTable, BehavesLikeAMapUnderRandomUse)
                 used.remove(key);
                 used.push_front(key);
             };
-            for (int step = 0; step < 6000; ++step) {
+            for (int step = 0; step < shareOf(6000); ++step) {
                 std::string key = "K" + std::to_string(random() % 300);
                 uint32_t size = table->size;
                 switch (random() % 8) {
@@ -281,7 +282,7 @@ TEST(HashTable, BehavesLikeAMapUnderRandomUse)
 
 TEST(HashTable, AMillionNames)
 {
-    constexpr uint32_t kCount = 1'000'000;
+    const uint32_t kCount = shareOf(uint32_t{1'000'000});
     HashTable *table = makeTable(ZVK_HASH_MRU);
     auto name = [](uint32_t i, char *into) { return static_cast<uint64_t>(snprintf(into, 16, "PGM%07u", i)); };
     char key[16];

@@ -17,6 +17,7 @@
 #include "sort_data.h"
 #include "support/child.h"
 #include "support/require.h"
+#include "support/share.h"
 #include "test_file.h"
 
 namespace {
@@ -250,7 +251,7 @@ TEST(SortEngine, ManyRecordsInMemoryAndInRuns)
                 call.memory = memory;
                 for (size_t count : {0, 1, 2, 1000})
                     ASSERT_NO_FATAL_FAILURE(expectSortedFiles(makeRecords(count, {key}, variable), call, directory));
-                size_t many = variable == (memory == 0) ? 300000 : 40000;
+                size_t many = shareOf(variable == (memory == 0) ? size_t{300000} : size_t{40000});
                 ASSERT_NO_FATAL_FAILURE(expectSortedFiles(makeRecords(many, {key}, variable), call, directory));
             }
 }
