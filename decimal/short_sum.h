@@ -87,18 +87,41 @@ template <bool subtract, class Word>
     return true;
 }
 
+// The same for items of one digit: with more, much of the time goes into the choice of loads.
+template <bool subtract>
+[[gnu::always_inline]] inline bool digitZonedSum(const auto &call)
+{
+    const unsigned first = *call.op1 ^ 0x30u, second = *call.op2 ^ 0x30u;
+    const unsigned a = first & ~kByteMinus, b = second & ~kByteMinus;
+    if ((a > 9) | (b > 9)) return false;
+    const unsigned differ = (first ^ second ^ (subtract ? kByteMinus : 0)) & kByteMinus;
+    const unsigned sum = a + b;
+    const unsigned digit = differ ? (a < b ? b - a : a - b) : sum - (sum > 9 ? 10 : 0);
+    *call.dst = static_cast<uint8_t>(digit | 0x30 | ((first & kByteMinus) ^ (a < b ? differ : 0)));
+    return true;
+}
+
 // The same for items of up to eight, or four, digits, a digit a byte.
 template <bool subtract, class Word>
 [[gnu::always_inline]] inline bool byteZonedSum(const auto &call)
 {
+    auto sumOf = [&call](int32_t op1Digits, int32_t op2Digits, int32_t dstDigits) __attribute__((always_inline))
+    {
+        Word excess = 0;
+        const auto a = signedBytes(loadBytes<Word>(call.op1, op1Digits), excess);
+        const auto b = signedBytes(loadBytes<Word>(call.op2, op2Digits), excess);
+        if (anyExcess(excess)) return false;
+        const auto sum = sumOfBytes<subtract>(a, b).number;
+        storeBytes(call.dst, dstDigits, sum.digits, sum.sign);
+        return true;
+    };
+    if constexpr (sizeof(Word) == 4) {
+        const int32_t all = call.op1Digits | call.op2Digits | call.dstDigits;
+        if (all == 1) return digitZonedSum<subtract>(call);
+        if (all == 2) return sumOf(2, 2, 2);
+    }
     if (!fitBytes<Word>(call.op1Digits, call.op2Digits, call.dstDigits)) return false;
-    Word excess = 0;
-    const auto a = signedBytes(loadBytes<Word>(call.op1, call.op1Digits), excess);
-    const auto b = signedBytes(loadBytes<Word>(call.op2, call.op2Digits), excess);
-    if (anyExcess(excess)) return false;
-    const auto sum = sumOfBytes<subtract>(a, b).number;
-    storeBytes(call.dst, call.dstDigits, sum.digits, sum.sign);
-    return true;
+    return sumOf(call.op1Digits, call.op2Digits, call.dstDigits);
 }
 // The same for packed items that fit the word.
 template <bool subtract, class Word>
