@@ -614,9 +614,9 @@ int main(int argc, char **argv)
 {
     using namespace kvrcob;
     // A compilation is short and its texts are long: what is freed is used again, not given back.
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_MMAP_THRESHOLD, 32 << 20); // more is refused
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    mallopt(M_TOP_PAD, 8 << 20);
+    mallopt(M_TOP_PAD, 64 << 20);
     diagnostics().sources = &sources();
     Options options;
     parseOptions(argc, argv, options);

@@ -88,8 +88,6 @@ static int placesOf(const Item &item)
 void Emitter::moveLoc(const Loc &source, const Loc &target)
 {
     if (!source.good() || !target.good()) return;
-    Expr e;
-    (void)e;
     const Item &from = *source.item, &to = *target.item;
     bool plainFrom = source.refmod || from.category == Category::Group;
     bool numericFrom = !plainFrom && isNumericItem(from),
