@@ -105,7 +105,7 @@ template <bool subtract>
 template <bool subtract, class Word>
 [[gnu::always_inline]] inline bool byteZonedSum(const auto &call)
 {
-    auto sumOf = [&call](int32_t op1Digits, int32_t op2Digits, int32_t dstDigits) __attribute__((always_inline))
+    auto sumWith = [&call](int32_t op1Digits, int32_t op2Digits, int32_t dstDigits) __attribute__((always_inline))
     {
         Word excess = 0;
         const auto a = signedBytes(loadBytes<Word>(call.op1, op1Digits), excess);
@@ -116,13 +116,14 @@ template <bool subtract, class Word>
         return true;
     };
     if constexpr (sizeof(Word) == 4) {
-        const int32_t all = call.op1Digits | call.op2Digits | call.dstDigits;
-        if (all == 1) return digitZonedSum<subtract>(call);
-        if (all == 2) return sumOf(2, 2, 2);
+        auto allHave = [&call](int32_t n) { return call.op1Digits == n && call.op2Digits == n && call.dstDigits == n; };
+        if (allHave(1)) return digitZonedSum<subtract>(call);
+        if (allHave(2)) return sumWith(2, 2, 2);
     }
     if (!fitBytes<Word>(call.op1Digits, call.op2Digits, call.dstDigits)) return false;
-    return sumOf(call.op1Digits, call.op2Digits, call.dstDigits);
+    return sumWith(call.op1Digits, call.op2Digits, call.dstDigits);
 }
+
 // The same for packed items that fit the word.
 template <bool subtract, class Word>
 [[gnu::always_inline]] inline bool shortPackedSum(const auto &call)

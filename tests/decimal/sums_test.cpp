@@ -148,6 +148,20 @@ TEST(ZonedSums, ZonesThatNoCarryReachesStay)
     EXPECT_EQ(hex(dst, 5), "30f1f23338");
 }
 
+TEST(ZonedSums, WhereAnItemHasNoDigitsNothingIsStored)
+{
+    const uint8_t a[] = {'1', '2'}, b[] = {'3', '4'};
+    for (int lengths = 0; lengths < 27; lengths++) {
+        const int an = lengths % 3, bn = lengths / 3 % 3, dn = lengths / 9;
+        if (an && bn && dn) continue;
+        for (auto entry : {_zvkcBCD_ADD_Znd, _zvkcBCD_SUB_Znd}) {
+            uint8_t dst[] = {'x', 'y'};
+            entry(a, b, dst, dn, bn, an);
+            EXPECT_EQ(hex(dst, 2), "7879") << an << " and " << bn << " into " << dn;
+        }
+    }
+}
+
 // ---- binary integers ----
 
 // The packed decrement's rules, digit by digit on the whole item: the sign turns at the units'
