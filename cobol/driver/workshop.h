@@ -38,5 +38,7 @@ int interrupted();
 
 // Whether a file can be made at this path; if not, an error says why.
 bool canWrite(const std::string &path);
+// "-" is standard output.
+bool writeFile(const std::string &path, const std::string &text);
 
 } // namespace kvrcob
