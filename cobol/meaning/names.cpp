@@ -120,6 +120,15 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
     return nullptr;
 }
 
+Item *Meaning::key(Program &program, const Reference &ref, Word outer)
+{
+    if (Item *item = resolve(program, ref, true)) return item;
+    Reference qualified = ref;
+    qualified.names.push_back(outer);
+    if (Item *item = resolve(program, qualified, true)) return item;
+    return resolve(program, ref);
+}
+
 File *Meaning::file(Program &program, Word name, Tok at)
 {
     for (Program *p = &program; p; p = p->parent)

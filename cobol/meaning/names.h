@@ -23,6 +23,8 @@ public:
 
     // The item that a reference means; null after an error (which was told unless `silent`).
     Item *resolve(Program &program, const Reference &ref, bool silent = false);
+    // The key of a table or of a sort file; a name that others have, too, is the one in `outer`.
+    Item *key(Program &program, const Reference &ref, Word outer);
     File *file(Program &program, Word name, Tok at);
     // The index of a procedure, or -1 after an error. `from`: the procedure in which the name
     // stands.
