@@ -87,6 +87,8 @@ private:
     void dataDivision(Program &program);
     void fileSection(Program &program);
     void fileDescription(Program &program);
+    void passNames();
+    bool atUsageAlone(int level) const;
     void records(Program &program, Item::Section section, File *file);
     Item *dataDescription(Program &program, Item::Section section);
     void occursClause(Program &program, Item &item);
