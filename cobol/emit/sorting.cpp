@@ -143,7 +143,7 @@ void Emitter::sortStatement(const SortStatement &s)
         std::string row;
         if (recordOf(*item).file != file || !sortKey(*item, item->offset, key.ascending, row)) {
             error(key.item->at, wordText(item->name) + " is no key in a record of " + wordText(file->name));
-            continue;
+            return;
         }
         rows += cat(row, ", ");
         count++;

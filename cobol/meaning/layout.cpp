@@ -146,8 +146,9 @@ struct Layout {
         if (!item.hasPicture) {
             if (item.level != 66 && !(item.hasValue && item.values.size() == 1 && item.values[0].from &&
                                       item.values[0].from->kind == ExprKind::String)) {
-                meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
-                                           " has neither a PICTURE nor items below it");
+                if (!item.broken)
+                    meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
+                                               " has neither a PICTURE nor items below it");
                 item.size = 1;
                 item.category = Category::Alphanumeric;
                 item.picture.positions = 1;

@@ -51,7 +51,10 @@ Statement *Parser::evaluateStatement()
         while (!atEnd() && !atMark('.') && !at(K_WHEN) && !at(K_END_EVALUATE)) step();
         panic_ = false;
     }
+    if (!at(K_WHEN)) error("expected WHEN before " + shown());
     while (at(K_WHEN) && !panic_) {
+        if (!s->whens.empty() && s->whens.back().other)
+            warn("evaluate", here(), "this WHEN is never reached: WHEN OTHER comes before it");
         EvaluateStatement::When when;
         while (at(K_WHEN) && !panic_) {
             step();

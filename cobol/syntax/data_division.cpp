@@ -417,7 +417,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
     }
     if (item->level == 88) {
         if (!item->name) errorAt(levelAt, "a condition-name (level 88) needs a name");
-        valueClause(*item);
+        if (at(K_VALUE) || at(K_VALUES))
+            valueClause(*item);
+        else
+            error("expected VALUE before " + shown());
         if (at(K_WHEN) || at(K_FALSE)) {
             take(K_WHEN);
             take(K_SET);
@@ -434,7 +437,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         panic_ = false;
         return item;
     }
-    while (!atMark('.') && !atEnd() && !panic_) {
+    while (!atMark('.') && !atEnd() && !panic_ && !atNumber()) { // a number: a period is missing
         Tok clause = here();
         if (take(K_REDEFINES)) {
             item->redefinesAt = here();
@@ -448,8 +451,14 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         }
         if (take(K_PIC) || take(K_PICTURE)) {
             take(K_IS);
-            if (now().kind != TokenKind::Picture) {
-                error("expected a picture string before " + shown());
+            if (now().kind != TokenKind::Picture || now().text == ".") {
+                error("expected a picture string before " + (now().text == "." ? "\".\"" : shown()));
+                if (now().kind == TokenKind::Picture) { // "PIC." and nothing else
+                    item->broken = true;
+                    panic_ = false;
+                    step();
+                    return item;
+                }
                 continue;
             }
             if (item->hasPicture) errorAt(clause, "a second PICTURE clause");
@@ -543,6 +552,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         }
         errorAt(clause, "expected a clause of the data description before " + shown());
     }
+    item->broken = panic_;
     if (panic_)
         skipToPeriod();
     else
