@@ -309,7 +309,9 @@ struct Layout {
     void checkValue(Item &item)
     {
         if (!item.hasValue || item.values.empty()) return;
-        if (item.values.size() > 1 || item.values[0].to) {
+        if (item.values.size() > 1 && item.occurs && item.elementary() && item.values.size() <= item.occursMax) {
+            // VALUES "JAN" "FEB" ...: one for each occurrence.
+        } else if (item.values.size() > 1 || item.values[0].to) {
             meaning.error(item.at, "only a condition-name has several values");
             return;
         }

@@ -100,6 +100,13 @@ Expr *Parser::primary()
         }
         return e;
     }
+    if (at(internWord("BYTE-LENGTH"), K_OF)) {
+        step();
+        step();
+        Expr *e = node(ExprKind::LengthOf, start);
+        e->ref = identifier();
+        return e;
+    }
     if (at(K_ADDRESS, K_OF)) {
         step();
         step();
