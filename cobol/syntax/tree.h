@@ -316,6 +316,7 @@ struct Program {
 struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
+    std::vector<Program *> elsewhere; // functions (FUNCTION-ID) of the command's other sources
     bool embedded = false; // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
