@@ -320,7 +320,7 @@ private:
     std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
-    bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
+    bool sortKey(const Item &item, uint32_t offset, bool ascending, bool inTable, std::string &out);
 
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);

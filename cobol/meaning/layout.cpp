@@ -61,6 +61,18 @@ struct Layout {
         }
         if (item.level == 1 || item.level == 77)
             meaning.warning("occurs", item.at, "OCCURS at level 01 is an extension");
+        keys(item);
+    }
+
+    // A key is the table itself or one of its items.
+    void keys(const Item &table)
+    {
+        for (const SortKey &key : table.keys) {
+            const Item *item = meaning.key(program, *key.item, table.name), *within = item;
+            while (within && within != &table) within = within->parent;
+            if (item && !within)
+                meaning.error(key.item->at, wordText(item->name) + " is not in the table " + wordText(table.name));
+        }
     }
 
     // COMP-X: an unsigned binary number, high byte first, of as many bytes as its picture needs.

@@ -3,7 +3,7 @@
 //
 // A node names its place by the index of its token. Nodes live as long as the compilation: they are
 // made with `make<T>()` and never freed. Fields under "meaning" are empty after parsing;
-// meaning/layout.cpp and meaning/names.cpp fill them.
+// meaning/layout.cpp and meaning/programs.cpp fill them.
 #pragma once
 
 #include <set>
