@@ -356,6 +356,7 @@ private:
         int64_t fixed = -1;
     };
     Program *userFunction(const Expr *e);
+    std::string functionEntry(Program &f);
     const Item *resultOf(Program &function);
     bool callFunction(const Expr *e, Loc &result);
     Num functionNumber(const Expr *e, int wantScale);
@@ -430,6 +431,7 @@ private:
     std::string zeroFlag_;
     bool reversed_ = false;     // an OPEN REVERSED was emitted
     bool usesXml_ = false;      // a program has XML PARSE or XML GENERATE
+    std::set<size_t> declaredElsewhere_; // functions of other sources, by their index
     bool utilities_ = false;    // the CALL of a utility was emitted
     bool utilityNames_ = false; // a CALL of an item was emitted
     int sortReturn_ = -1;       // the source names SORT-RETURN; -1: not looked yet

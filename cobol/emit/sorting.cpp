@@ -148,7 +148,7 @@ void Emitter::sortStatement(const SortStatement &s)
         std::string row;
         if (recordOf(*item).file != file || !sortKey(*item, item->offset, key.ascending, false, row)) {
             error(key.item->at, wordText(item->name) + " is no key in a record of " + wordText(file->name));
-            continue;
+            return;
         }
         rows += cat(row, ", ");
         count++;

@@ -40,6 +40,22 @@ void Meaning::suggest(Program &p, Word name, Tok at)
 {
     if (group_.embedded || !told_.insert(name).second) return; // once for each name
     const std::string &text = wordText(name);
+    for (const Program *owner = &p; owner; owner = owner->parent)
+        for (const File *f : owner->files)
+            if (f->name == name) {
+                error(at, text + " is a file; a record or another data item is needed here");
+                return;
+            }
+    for (const Procedure &procedure : p.procedures)
+        if (procedure.name == name) {
+            error(at, text + (procedure.isSection ? " is a section" : " is a paragraph") +
+                          "; a data item is needed here");
+            return;
+        }
+    if (text.rfind("END", 0) == 0 && isReserved(internWord("END-" + text.substr(3)))) { // ENDIF
+        error(at, text + " is not declared; did you mean END-" + text.substr(3) + "?");
+        return;
+    }
     const Item *best = nullptr;
     size_t bestDistance = text.size() / 3 + 1;
     if (text.size() > 40 || p.names->items.size() > 20000) {
