@@ -492,8 +492,8 @@ bool makeResult(std::vector<std::string> command, const std::string &output, con
     return true;
 }
 
-// C that is longer is compiled without optimisation, unless an option asks for it: a program is one
-// function, and the C compiler's time grows faster than its length (20,000 statements: minutes).
+// C that is longer is compiled without optimisation, unless an option asks for it: what is one
+// function takes the C compiler a time that grows faster than its length.
 constexpr size_t kLongC = 2 << 20;
 
 // The C compiler and its options. CC may hold several words.

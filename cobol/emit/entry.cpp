@@ -50,7 +50,7 @@ void Emitter::entry(Program &p)
                     store(record->usage == Usage::Float ? floatNumber(value)
                                                         : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
                           locateItem(*record, "", true), false, "");
-                    std::string stored = code_.substr(2);
+                    std::string stored = std::move(code_);
                     sets += cat("{ ", insertions_[blocks_.back()].text, stored, "}\n");
                     insertions_.pop_back();
                     blocks_.pop_back();
@@ -148,7 +148,7 @@ void Emitter::entry(Program &p)
         Loc loc = locate(*p.returning);
         if (loc.good() && isNumericItem(*loc.item)) {
             blocks_.push_back(insertions_.size());
-            insertions_.push_back({0, ""});
+            insertions_.push_back({0, Insertion::Text, 0, ""});
             Num n = toInt(scaleTo(itemNumber(loc), 0, false));
             out += cat("int64_t returning; { ", insertions_.back().text, "returning = (int64_t)(", n.text, "); }\n");
             result = "returning";
