@@ -492,8 +492,8 @@ bool makeResult(std::vector<std::string> command, const std::string &output, con
     return true;
 }
 
-// C that is longer is compiled without optimisation, unless an option asks for it: a program is one
-// function, and the C compiler's time grows faster than its length (20,000 statements: minutes).
+// C that is longer is compiled without optimisation, unless an option asks for it: what is one
+// function takes the C compiler a time that grows faster than its length.
 constexpr size_t kLongC = 2 << 20;
 
 // The C compiler and its options. CC may hold several words.
@@ -537,14 +537,16 @@ bool build(const Options &o, const Home &home, const std::vector<Translated> &tr
                 command.insert(command.end(), {"-fPIC", "-c", files[i]});
                 outputs = {stemOf(o.sources[i]) + ".o"};
             } else {
-                // One module a source, under the name of each of its outermost programs.
+                // One module a source, under the name of each of its outermost programs: one file,
+                // so that a program has its storage once, whatever name brought the module in.
                 command.insert(command.end(), {"-fPIC", "-shared", files[i]});
                 command.insert(command.end(), link.begin(), link.end());
                 for (const std::string &program : translated[i].programs) outputs.push_back(program + ".so");
             }
             if (!o.output.empty()) outputs = {o.output};
-            for (const std::string &output : outputs)
-                if (!makeResult(command, output, o, shop)) return false;
+            if (!outputs.empty() && !makeResult(command, outputs[0], o, shop)) return false;
+            for (size_t other = 1; other < outputs.size(); other++)
+                if (!alsoNamed(outputs[0], outputs[other], shop)) return false;
         }
         return true;
     }

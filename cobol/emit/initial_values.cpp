@@ -52,7 +52,7 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     case ExprKind::All:
     case ExprKind::Reference: {
         blocks_.push_back(insertions_.size());
-        insertions_.push_back({0, ""});
+        insertions_.push_back({0, Insertion::Text, 0, ""});
         Text t = text(value);
         blocks_.pop_back();
         insertions_.pop_back();
@@ -152,7 +152,7 @@ void Emitter::initialValues(Program &p)
                     Loc loc = locateItem(*op.edited, "", true);
                     loc.address = cat("(", base, " + ", op.offset, ")");
                     move(op.edited->values[0].from, loc);
-                    std::string moved = code_.substr(2);
+                    std::string moved = std::move(code_);
                     before += cat("{ ", insertions_[blocks_.back()].text, moved, "}\n");
                     insertions_.pop_back();
                     blocks_.pop_back();

@@ -185,7 +185,7 @@ void Emitter::sortStatement(const SortStatement &s)
     if (s.hasInput) {
         openBlock();
         performWay_ = "SORT INPUT";
-        performRange(s.inputFirst, s.inputLast, 0);
+        performRange(s.inputFirst, s.inputLast);
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have
         // jumped through the block.
@@ -199,7 +199,7 @@ void Emitter::sortStatement(const SortStatement &s)
     if (s.hasOutput) {
         openBlock();
         performWay_ = s.verb == K_MERGE ? "MERGE OUTPUT" : "SORT OUTPUT";
-        performRange(s.outputFirst, s.outputLast, 0);
+        performRange(s.outputFirst, s.outputLast);
         closeBlock();
     }
     performWay_ = "PERFORM LOOP";

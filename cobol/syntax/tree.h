@@ -34,7 +34,6 @@ struct Procedure {
     uint32_t number = 0;
     std::vector<uint32_t> returns; // PERFORM sites that end here
     bool altered = false;
-    bool referenced = false;
 };
 
 // A PERFORM of procedures, by the index of the procedure that it is in.
