@@ -37,8 +37,7 @@ int Sources::open(const std::string &path, Spot includedAt)
         return -1;
     }
     file.lineStarts.push_back(0);
-    for (size_t i = 0; i < file.text.size(); i++)
-        if (file.text[i] == '\n') file.lineStarts.push_back(i + 1);
+    for (size_t at = 0; (at = file.text.find('\n', at)) != std::string::npos;) file.lineStarts.push_back(++at);
     files_.push_back(std::move(file));
     return static_cast<int>(files_.size()) - 1;
 }

@@ -3,8 +3,9 @@
     cobol print WS-TOTAL OF REC      one item; subscripts as in COBOL: PRICE OF SHOP (2, I)
     cobol locals                     all items of the program that is stopped
 
-gdb reads this file by itself when it loads the library. A program's function is called p1_body, p2_body and so on;
-p1_map beside it is a text that says what lies where (cobol/emit/debug_map.cpp says how).
+gdb reads this file by itself when it loads the library. A program's function is called p1_body, p2_body and so on,
+and paragraphs that have one of their own p1_7_PRINT_TOTALS; p1_map beside them is a text that says what lies where
+(cobol/emit/debug_map.cpp says how).
 """
 
 import re
@@ -42,7 +43,7 @@ def program():
     except gdb.error:
         frame = None
     while frame:
-        if match := re.fullmatch(r"p(\d+)_body", frame.name() or ""):
+        if match := re.fullmatch(r"p(\d+)_(body|\d+_\w+)", frame.name() or ""):
             frame.select()
             return int(match[1])
         frame = frame.older()

@@ -182,14 +182,24 @@ void listing(const Group &group, uint32_t file)
     for (const Program *p : group.programs) show(show, *p);
 }
 
-Translated translate(const std::string &path, const Options &options, bool mainProgram)
-{
+// A source with its tree and names, of which C is to be made.
+struct Unit {
+    Group *group = nullptr;
+    Meaning *meaning = nullptr;
+    uint32_t file = 0;
     Translated out;
+};
+
+Unit readUnit(const std::string &path, const Options &options)
+{
+    Unit unit;
+    Translated &out = unit.out;
     int file = sources().open(path, Spot{});
     if (file < 0) {
         diagnostics().fatal("cannot read " + path + reason());
-        return out;
+        return unit;
     }
+    unit.file = static_cast<uint32_t>(file);
     TextOptions text = options.text;
     if (options.verbose) {
         SourceFormat format = text.format != SourceFormat::Unknown
@@ -204,20 +214,45 @@ Translated translate(const std::string &path, const Options &options, bool mainP
     group->tokens = readSource(static_cast<uint32_t>(file), text, options.copy, out.dependencies);
     if (options.mode == Options::Preprocess) {
         out.c = printTokens(group->tokens);
-        return out;
+        return unit;
     }
     Parser(*group).parse();
-    Meaning meaning(*group);
-    meaning.analyse();
+    unit.group = group;
+    unit.meaning = new Meaning(*group);
+    unit.meaning->analyse();
+    return unit;
+}
+
+void emitUnit(Unit &unit, const Options &options, bool mainProgram)
+{
     EmitOptions emit = options.emit;
     emit.mainProgram = mainProgram;
     emit.readable = options.mode == Options::Assembly;
-    Emitter emitter(meaning, emit);
-    out.c = emitter.emit();
-    for (const Program *p : group->programs) out.programs.push_back(wordText(p->name));
-    if (options.list) listing(*group, static_cast<uint32_t>(file));
-    if (diagnostics().errors()) out.c.clear();
-    return out;
+    Emitter emitter(*unit.meaning, emit);
+    unit.out.c = emitter.emit();
+    for (const Program *p : unit.group->programs) unit.out.programs.push_back(wordText(p->name));
+    if (options.list) listing(*unit.group, unit.file);
+    if (diagnostics().errors()) unit.out.c.clear();
+}
+
+// All sources are read before C is made of the first one, for it may use functions of the others.
+std::vector<Translated> translate(const Options &options)
+{
+    std::vector<Unit> units;
+    for (const std::string &path : options.sources) units.push_back(readUnit(path, options));
+    for (Unit &unit : units)
+        for (const Unit &other : units) {
+            if (&other == &unit || !unit.group || !other.group) continue;
+            for (Program *p : other.group->programs)
+                if (p->isFunction) unit.group->elsewhere.push_back(p);
+        }
+    std::vector<Translated> translated;
+    for (size_t i = 0; i < units.size(); i++) {
+        bool mainProgram = i == 0 && options.mode != Options::Module && options.mode != Options::Object;
+        if (units[i].group) emitUnit(units[i], options, mainProgram);
+        translated.push_back(std::move(units[i].out));
+    }
+    return translated;
 }
 
 [[noreturn]] void usage(const std::string &text)
@@ -457,8 +492,8 @@ bool makeResult(std::vector<std::string> command, const std::string &output, con
     return true;
 }
 
-// C that is longer is compiled without optimisation, unless an option asks for it: a program is one
-// function, and the C compiler's time grows faster than its length (20,000 statements: minutes).
+// C that is longer is compiled without optimisation, unless an option asks for it: what is one
+// function takes the C compiler a time that grows faster than its length.
 constexpr size_t kLongC = 2 << 20;
 
 // The C compiler and its options. CC may hold several words.
@@ -502,14 +537,16 @@ bool build(const Options &o, const Home &home, const std::vector<Translated> &tr
                 command.insert(command.end(), {"-fPIC", "-c", files[i]});
                 outputs = {stemOf(o.sources[i]) + ".o"};
             } else {
-                // One module a source, under the name of each of its outermost programs.
+                // One module a source, under the name of each of its outermost programs: one file,
+                // so that a program has its storage once, whatever name brought the module in.
                 command.insert(command.end(), {"-fPIC", "-shared", files[i]});
                 command.insert(command.end(), link.begin(), link.end());
                 for (const std::string &program : translated[i].programs) outputs.push_back(program + ".so");
             }
             if (!o.output.empty()) outputs = {o.output};
-            for (const std::string &output : outputs)
-                if (!makeResult(command, output, o, shop)) return false;
+            if (!outputs.empty() && !makeResult(command, outputs[0], o, shop)) return false;
+            for (size_t other = 1; other < outputs.size(); other++)
+                if (!alsoNamed(outputs[0], outputs[other], shop)) return false;
         }
         return true;
     }
@@ -538,11 +575,7 @@ int compile(Options &o)
         }
     }
 
-    std::vector<Translated> translated;
-    for (size_t i = 0; i < o.sources.size(); i++) {
-        bool mainProgram = i == 0 && o.mode != Options::Module && o.mode != Options::Object;
-        translated.push_back(translate(o.sources[i], o, mainProgram));
-    }
+    const std::vector<Translated> translated = translate(o);
     if (diagnostics().errors()) return 1;
     if (!outputsHavePlaces(o, outputsOf(o, translated))) return 1;
     if (o.mode == Options::Check) return 0;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -102,6 +103,19 @@ bool canWrite(const std::string &path)
         return true;
     diagnostics().fatal("cannot write " + path + reason());
     return false;
+}
+
+bool alsoNamed(const std::string &path, const std::string &other, Workshop &shop)
+{
+    namespace fs = std::filesystem;
+    const std::string place = other + "." + std::to_string(getpid());
+    shop.litter(place);
+    std::error_code failed;
+    fs::create_hard_link(path, place, failed);
+    if (failed) fs::copy_file(path, place, failed);
+    if (!failed) fs::rename(place, other, failed);
+    if (failed) diagnostics().fatal("cannot write " + other + ": " + failed.message());
+    return !failed;
 }
 
 } // namespace kvrcob

@@ -208,6 +208,7 @@ std::string Emitter::findProgram(const Expr *name, bool exception)
 void Emitter::entryStatement(const EntryStatement &s)
 {
     entryCases_ += cat("case ", program_->uses.size() + s.number, ": goto entry", s.number, ";\n");
+    flow_.entered[procedure_] = true;
     put(cat("entry", s.number, ": __attribute__((unused));\n"));
 }
 

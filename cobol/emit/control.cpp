@@ -1,12 +1,7 @@
 // IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, CONTINUE, NEXT SENTENCE, STOP, GOBACK.
 //
-// A procedure division is one C function with a label for each paragraph. PERFORM of a range writes
-// its number into the cell of the paragraph or section that ends the range, and jumps to the first
-// one; at the end of every such procedure is a switch over the numbers that can be in its cell. So
-// ranges may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs
-// nothing. A cell's former number comes back after the PERFORM, for a range around it that ends in
-// the same place. A section ends after its last paragraph: EXIT SECTION in a paragraph that is
-// performed does not come back from that paragraph.
+// The procedures of a program are labels of C functions (procedures.cpp); PERFORM, GO TO and what
+// ends a paragraph are jumps.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -49,6 +44,10 @@ std::string Emitter::evaluateObject(const Expr *subject, const EvaluateStatement
         test = "0";
     } else if (value->kind == ExprKind::Relation && !value->left) {
         test = relation(subject, value->op, value->right); // WHEN > 5
+    } else if ((value->kind == ExprKind::ClassTest || value->kind == ExprKind::SignTest) && !value->left) {
+        Expr whole = *value; // WHEN NUMERIC
+        whole.left = const_cast<Expr *>(subject);
+        test = condition(&whole);
     } else if (isCondition(value) && !isConditionName(value)) {
         error(value->at, "a condition as the object needs TRUE, FALSE or a condition as its subject");
         test = "0";
@@ -162,30 +161,22 @@ size_t lastOf(const Program &p, size_t index)
     return last;
 }
 
-void Emitter::performRange(const ProcedureName &first, const ProcedureName &last, uint32_t)
+void Emitter::performRange(const ProcedureName &first, const ProcedureName &last)
 {
     long from = meaning_.procedure(*program_, first, procedure_);
     long to = last.name ? meaning_.procedure(*program_, last, procedure_) : from;
     if (from < 0 || to < 0) return;
     size_t end = static_cast<size_t>(to);
-    uint32_t site = ++sites_;
-    program_->procedures[end].returns.push_back(site);
-    program_->procedures[static_cast<size_t>(from)].referenced = true;
     // A PERFORM that may meet itself keeps the cell on a stack, others at the site's place in the
     // array of saved cells.
     bool circle = inCircle(static_cast<size_t>(from), lastOf(*program_, end));
     circling_ |= circle;
-    if (circle)
-        put(cat(emits(Do::Circle), "(&performs, ", site, ", x[", end, "]);\nx[", end, "] = ", site, ";\n"));
-    else
-        put(cat("if (x[", end, "] != ", site, ") s[", site - firstSite_, "] = x[", end, "];\nx[", end, "] = ", site,
-                ";\n"));
     debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (fromSegment >= 50 && fromSegment != now) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
-    put(cat("goto p", from, ";\nr", site, ": x[", end, "] = ",
-            circle ? cat(emits(Do::CircleEnd), "(&performs, ", site, ");\n") : cat("s[", site - firstSite_, "];\n")));
+    insertions_.push_back({code_.size(), Insertion::Perform, flow_.performs.size(), ""});
+    flow_.performs.push_back({++sites_, procedure_, static_cast<size_t>(from), end, circle});
 }
 
 void Emitter::performOnce(const PerformStatement &s)
@@ -193,7 +184,7 @@ void Emitter::performOnce(const PerformStatement &s)
     if (s.isInline)
         block(s.body);
     else
-        performRange(s.first, s.last, 0);
+        performRange(s.first, s.last);
 }
 
 void Emitter::performStatement(const PerformStatement &s)
@@ -305,6 +296,7 @@ void Emitter::jump(const ProcedureName &name)
     if (target.segment >= 50 && target.segment != now)
         put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
     debugWay("", name.at);
+    flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
     put(cat("goto p", to, ";\n"));
 }
 
@@ -333,7 +325,7 @@ void Emitter::goStatement(const GoStatement &s)
     Procedure &here = program_->procedures[procedure_];
     if (here.altered) {
         put(cat("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n"));
-        insertions_.push_back({code_.size(), cat("@alter", procedure_)});
+        insertions_.push_back({code_.size(), Insertion::Altered, procedure_, ""});
         put("}\n");
     }
     if (s.targets.empty()) {
@@ -359,6 +351,7 @@ void Emitter::alterStatement(const AlterStatement &s)
         }
         put(cat("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n"));
         alterTargets_[static_cast<size_t>(paragraph)].insert(static_cast<size_t>(target));
+        flow_.jumps.emplace_back(static_cast<size_t>(paragraph), static_cast<size_t>(target));
         debugAlter(paragraph, target, pair.paragraph.at);
     }
 }
@@ -374,6 +367,20 @@ void Emitter::leaveProgram(bool goback)
 void Emitter::exitStatement(const ExitStatement &s)
 {
     std::string code = cat("p", program_->number, "_returnCode");
+    if (s.value && s.form == ExitStatement::Continue) { // CONTINUE AFTER n SECONDS
+        utilities_ = true;
+        Expr nanoseconds, billion;
+        billion.text = "1000000000";
+        nanoseconds.kind = ExprKind::Arithmetic;
+        nanoseconds.at = s.value->at;
+        nanoseconds.op = '*';
+        nanoseconds.left = s.value;
+        nanoseconds.right = &billion;
+        std::string t = temp("int64_t");
+        put(cat(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t,
+                " % 1000000000);\n"));
+        return;
+    }
     if (s.value && s.form != ExitStatement::StopLiteral) {
         const Expr *e = constant(s.value);
         if (e->kind == ExprKind::Reference) {
@@ -415,14 +422,19 @@ void Emitter::exitStatement(const ExitStatement &s)
                     ";\n"));
         break;
     case ExitStatement::Paragraph:
+        paragraphEndUsed_ = true;
         put(cat("goto e", procedure_, ";\n"));
         break;
     case ExitStatement::Section: {
         const Procedure &here = program_->procedures[procedure_];
-        if (here.isSection || here.section >= 0)
-            put(cat("goto z", here.isSection ? static_cast<int>(procedure_) : here.section, ";\n"));
-        else
+        if (here.isSection || here.section >= 0) {
+            size_t section = here.isSection ? procedure_ : static_cast<size_t>(here.section);
+            flow_.sectionExits.emplace_back(procedure_, section);
+            put(cat("goto z", section, ";\n"));
+        } else {
+            paragraphEndUsed_ = true;
             put(cat("goto e", procedure_, ";\n"));
+        }
         break;
     }
     case ExitStatement::NextSentence:

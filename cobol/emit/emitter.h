@@ -1,7 +1,8 @@
 // The emitter: trees to C. One file a group of statements, as in syntax/:
 //
 //   statement_table.def  what is emitted for which statement and operands: the names are here only
-//   program.cpp          the C file: storage, prologue and epilogue of each program, paragraphs
+//   program.cpp          the C file: storage, the order of its parts; entry.cpp: a program's entry
+//   procedures.cpp       paragraphs as C functions; ranges.cpp: which have one of their own
 //   operands.cpp         where an operand is: addresses, subscripts, lengths, texts
 //   numbers.cpp          arithmetic expressions; conversions.cpp, stores.cpp: the ways of a number
 //   conditions.cpp       relations, class tests, condition-names
@@ -21,6 +22,7 @@
 #include <set>
 #include <type_traits>
 
+#include "cobol/emit/ranges.h"
 #include "cobol/emit/statement_table.h"
 #include "cobol/meaning/names.h"
 
@@ -99,15 +101,33 @@ private:
     void storage(Program &p);
     void initialValues(Program &p);
     void fileRecords(Program &p);
-    void procedures(Program &p);
     void entry(Program &p);
     std::string parameterType(Program &p, size_t index);
-    void paragraph(size_t index);
     void alphabets(Program &p);
     std::string alphabetCharacters(const Expr *e);
     void debugMap(Program &p); // debug_map.cpp
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
+
+    // ---- procedures.cpp
+    // What comes into the code in hand, in the order of places, when all of it is there.
+    struct Insertion {
+        enum Kind : uint8_t { Text, Perform, Return, Altered };
+        size_t at;
+        Kind kind;
+        size_t index;     // into flow_.performs; of the procedure that ends or was altered
+        std::string text; // declarations of a block's temporaries
+    };
+    void procedures(Program &p);
+    void paragraph(size_t index);
+    void alterable(Program &p);
+    void chooseFunctions(Program &p);
+    std::string functionName(const Range &r) const;
+    void resolve(const Insertion &insertion, std::string &out);
+    void resolvePerform(const Flow::Perform &perform, std::string &out);
+    void resolveReturn(size_t procedure, std::string &out);
+    void resolveAltered(size_t procedure, std::string &out);
+    void appendProcedure(size_t index, std::string &out);
 
     // ---- debugging.cpp: USE FOR DEBUGGING
     struct Watch {
@@ -138,6 +158,7 @@ private:
 
     // ---- tools
     void line(Tok at);
+    void line(Tok at, std::string &out);
     void error(Tok at, const std::string &text) { meaning_.error(at, text); }
     void notBuilt(Tok at, const std::string &phrase) { meaning_.error(at, phrase + " is not supported yet"); }
     void put(const std::string &text) { code_ += text; }
@@ -267,7 +288,7 @@ private:
     void performOnce(const PerformStatement &s);
     void findCircles(Program &p);
     bool inCircle(size_t from, size_t end) const;
-    void performRange(const ProcedureName &first, const ProcedureName &last, uint32_t site);
+    void performRange(const ProcedureName &first, const ProcedureName &last);
     void goStatement(const GoStatement &s);
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
@@ -320,7 +341,7 @@ private:
     std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
-    bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
+    bool sortKey(const Item &item, uint32_t offset, bool ascending, bool inTable, std::string &out);
 
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);
@@ -356,6 +377,7 @@ private:
         int64_t fixed = -1;
     };
     Program *userFunction(const Expr *e);
+    std::string functionEntry(Program &f);
     const Item *resultOf(Program &function);
     bool callFunction(const Expr *e, Loc &result);
     Num functionNumber(const Expr *e, int wantScale);
@@ -419,17 +441,19 @@ private:
     std::string globals_;       // static data before the functions
     std::string code_;          // the function in hand
     std::string functions_, useReturns_, entryCases_;
-    struct Insertion {
-        size_t at;
-        std::string text;
-    };
     std::vector<Insertion> insertions_;
     std::vector<size_t> blocks_; // indices into insertions_ of the open blocks
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
     size_t procedure_ = 0; // index of the procedure in hand
+    Flow flow_;            // of the program in hand
+    // Where each procedure begins in code_ and in insertions_; one more for the end.
+    std::vector<std::pair<size_t, size_t>> starts_;
+    std::vector<Range> ranges_; // ranges that are C functions of their own
+    std::vector<int> owners_;   // of each procedure: the index of the range it is in, or -1
     std::string zeroFlag_;
     bool reversed_ = false;     // an OPEN REVERSED was emitted
     bool usesXml_ = false;      // a program has XML PARSE or XML GENERATE
+    std::set<size_t> declaredElsewhere_; // functions of other sources, by their index
     bool utilities_ = false;    // the CALL of a utility was emitted
     bool utilityNames_ = false; // a CALL of an item was emitted
     int sortReturn_ = -1;       // the source names SORT-RETURN; -1: not looked yet
@@ -447,7 +471,7 @@ private:
     uint32_t firstSite_ = 1, counters_ = 0;   // of the program in hand: PERFORM sites, PERFORM n TIMES
     std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
     std::string sentenceEnd_;
-    bool sentenceEndUsed_ = false;
+    bool sentenceEndUsed_ = false, paragraphEndUsed_ = false;
     uint32_t lineFile_ = UINT32_MAX; // of the last #line, and its path as C has it
     std::string linePath_;
     std::map<size_t, std::set<size_t>> alterTargets_;

@@ -50,7 +50,7 @@ void Emitter::entry(Program &p)
                     store(record->usage == Usage::Float ? floatNumber(value)
                                                         : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
                           locateItem(*record, "", true), false, "");
-                    std::string stored = code_.substr(2);
+                    std::string stored = std::move(code_);
                     sets += cat("{ ", insertions_[blocks_.back()].text, stored, "}\n");
                     insertions_.pop_back();
                     blocks_.pop_back();
@@ -136,14 +136,19 @@ void Emitter::entry(Program &p)
     if (localBytes) out += cat(prefix, "initialize_local();\n");
     out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)", emits(Do::JumpBuffer), "(), 1);\n");
     out += cat("if (status == 0) ", prefix, "body(", p.entryPoints.empty() ? "0" : "entered", ");\n");
-    if (p.initial) out += cat("if (", prefix, "called) ", emits(Do::Reset), "((int32_t *)", prefix, "element);\nelse ");
-    if (outermost || true) out += cat(emits(Do::Leave), "(&", prefix, "pcb);\n");
+    if (p.initial) {
+        // The end of an initial program is its CANCEL, and that of the programs in it.
+        out += cat("if (", prefix, "called) {\n", emits(Do::Reset), "((int32_t *)", prefix, "element);\n");
+        for (const Program *inner : p.nested) out += cat("kvr_cancel_", inner->number, "();\n");
+        out += "} else ";
+    }
+    out += cat(emits(Do::Leave), "(&", prefix, "pcb);\n");
     std::string result = cat("(int64_t)", prefix, "returnCode");
     if (p.returning) {
         Loc loc = locate(*p.returning);
         if (loc.good() && isNumericItem(*loc.item)) {
             blocks_.push_back(insertions_.size());
-            insertions_.push_back({0, ""});
+            insertions_.push_back({0, Insertion::Text, 0, ""});
             Num n = toInt(scaleTo(itemNumber(loc), 0, false));
             out += cat("int64_t returning; { ", insertions_.back().text, "returning = (int64_t)(", n.text, "); }\n");
             result = "returning";

@@ -52,7 +52,7 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     case ExprKind::All:
     case ExprKind::Reference: {
         blocks_.push_back(insertions_.size());
-        insertions_.push_back({0, ""});
+        insertions_.push_back({0, Insertion::Text, 0, ""});
         Text t = text(value);
         blocks_.pop_back();
         insertions_.pop_back();
@@ -91,6 +91,16 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
     };
     bool table = item.occurs && item.occursMax > 1;
     // The first occurrence of a table is set apart, so that it can be copied.
+    if (item.elementary() && item.values.size() > 1) {
+        std::string all;
+        Item one = item;
+        for (uint32_t i = 0; i < item.occursMax; i++) {
+            if (i < item.values.size()) one.values = {item.values[i]};
+            all += i < item.values.size() ? valueBytes(*program_, one) : defaultBytes(item);
+        }
+        add(all);
+        return;
+    }
     if (item.elementary()) {
         std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
         const Expr *value = item.hasValue ? meaning_.constant(*program_, item.values[0].from) : nullptr;
@@ -142,7 +152,7 @@ void Emitter::initialValues(Program &p)
                     Loc loc = locateItem(*op.edited, "", true);
                     loc.address = cat("(", base, " + ", op.offset, ")");
                     move(op.edited->values[0].from, loc);
-                    std::string moved = code_.substr(2);
+                    std::string moved = std::move(code_);
                     before += cat("{ ", insertions_[blocks_.back()].text, moved, "}\n");
                     insertions_.pop_back();
                     blocks_.pop_back();

@@ -1,5 +1,5 @@
-// The C file: storage, the records of the run time, prologue and epilogue of each program, its
-// paragraphs.
+// The C file: storage and the records of the run time; the order in which all that belongs to a
+// program is emitted.
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>
@@ -19,20 +19,29 @@ std::string Emitter::temp(const char *type, const std::string &suffix)
 
 std::string Emitter::tempBytes(int64_t size) { return temp("uint8_t", cat("[", size < 1 ? 1 : size, "]")); }
 
+// A block has braces if it has temporaries: the C compiler's time for labels grows with the number
+// of blocks.
 void Emitter::openBlock()
 {
-    put("{\n");
     blocks_.push_back(insertions_.size());
-    insertions_.push_back({code_.size(), ""});
+    insertions_.push_back({code_.size(), Insertion::Text, 0, ""});
 }
 
 void Emitter::closeBlock()
 {
-    put("}\n");
+    size_t block = blocks_.back();
     blocks_.pop_back();
+    if (!insertions_[block].text.empty()) {
+        insertions_[block].text.insert(0, "{\n");
+        put("}\n");
+    } else if (block + 1 == insertions_.size()) {
+        insertions_.pop_back();
+    }
 }
 
-void Emitter::line(Tok at)
+void Emitter::line(Tok at) { line(at, code_); }
+
+void Emitter::line(Tok at, std::string &out)
 {
     if (!options_.lines) return;
     const Spot &spot = group_.spot(at);
@@ -40,9 +49,9 @@ void Emitter::line(Tok at)
         lineFile_ = spot.file;
         linePath_ = bytesLiteral(sources()[spot.file].path);
     }
-    code_ += "#line ";
-    appendTo(code_, spot.line ? spot.line : 1);
-    ((code_ += ' ') += linePath_) += '\n';
+    out += "#line ";
+    appendTo(out, spot.line ? spot.line : 1);
+    ((out += ' ') += linePath_) += '\n';
 }
 
 // ---- Statements
@@ -274,142 +283,6 @@ void Emitter::storage(Program &p)
         for (Program *inner : outer->nested) add(inner);
     for (Program *other : group_.programs) add(other);
     globals_ += "{0, 0, 0}};\n";
-}
-
-// ---- Procedures
-
-void Emitter::paragraph(size_t index)
-{
-    Program &p = *program_;
-    Procedure &procedure = p.procedures[index];
-    procedure_ = index;
-    if (procedure.segment >= 50 && index > 0 && p.procedures[index - 1].segment != procedure.segment)
-        put(cat("kvr_segment_", p.number, "(", procedure.segment, ");\n"));
-    line(procedure.at);
-    put(cat("p", index, ": __attribute__((unused));\n"));
-    debugProcedure(index);
-    for (const Sentence &sentence : procedure.sentences) {
-        sentenceEnd_ = label();
-        sentenceEndUsed_ = false;
-        block(sentence.statements);
-        if (sentenceEndUsed_) put(cat(sentenceEnd_, ": ;\n"));
-    }
-    put(cat("e", index, ": __attribute__((unused));\n"));
-    if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
-        debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
-    if (!procedure.isSection) insertions_.push_back({code_.size(), cat("@exit", index)});
-    // A section's exit comes after that of its last paragraph.
-    int section = procedure.isSection ? static_cast<int>(index) : procedure.section;
-    bool goesOn = index + 1 < p.procedures.size() && !p.procedures[index + 1].isSection &&
-                  p.procedures[index + 1].section == section;
-    if (section < 0 || goesOn) return;
-    put(cat("z", section, ": __attribute__((unused));\n"));
-    insertions_.push_back({code_.size(), cat("@exit", section)});
-}
-
-void Emitter::procedures(Program &p)
-{
-    findWatched(p);
-    code_.clear();
-    insertions_.clear();
-    blocks_.clear();
-    firstSite_ = sites_ + 1;
-    counters_ = 0;
-    findCircles(p);
-    alterTargets_.clear();
-    openBlock();
-    size_t n = 0;
-    for (Procedure &procedure : p.procedures) {
-        procedure.altered = p.hasAlter && procedure.sentences.size() >= 1 &&
-                            procedure.sentences[0].statements.size() == 1 &&
-                            procedure.sentences[0].statements[0]->verb == K_GO &&
-                            !static_cast<const GoStatement *>(procedure.sentences[0].statements[0])->depending;
-        if (procedure.altered)
-            globals_ += cat("#define a", p.number, "_", procedure.number, " p", p.number, "_altered[", n++, "]\n");
-    }
-    if (n) {
-        globals_ += cat("static void *p", p.number, "_altered[", n, "];\nstatic void *const p", p.number, "_unaltered[",
-                        n, "];\nstatic const uint8_t p", p.number, "_segments[", n, "] = {");
-        for (const Procedure &procedure : p.procedures)
-            if (procedure.altered) globals_ += cat(procedure.segment, ",");
-        globals_ += "};\n";
-        globals_ += cat("#define kvr_segment_", p.number, "(segment) ", emits(Do::Segment), "((segment), ", n, ", p",
-                        p.number, "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
-    } else {
-        globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
-    }
-    entryCases_.clear();
-    // USE procedures are entered from the library: each by a number of its own.
-    std::string entries;
-    for (size_t i = 0; i < p.uses.size(); i++) {
-        size_t end = p.uses[i].procedure;
-        uint32_t site = ++sites_;
-        p.procedures[end].returns.push_back(site);
-        entries += cat("case ", i + 1, ": x[", end, "] = ", site, ";",
-                       debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
-                       " goto p", p.uses[i].procedure, ";\n");
-        useReturns_ += cat("r", site, ": goto leave;\n");
-    }
-    for (size_t i = 0; i < p.procedures.size(); i++) {
-        if (i == p.firstProcedure && i > 0) put("main_procedures: ;\n");
-        paragraph(i);
-        if (i + 1 == p.firstProcedure) put("goto leave;\n"); // declaratives do not fall into what comes after them
-    }
-    if (p.firstProcedure == p.procedures.size() && p.firstProcedure > 0) put("main_procedures: ;\n");
-    put("goto leave;\n");
-    put(useReturns_);
-    useReturns_.clear();
-    put("leave: ;\n");
-    closeBlock();
-
-    // Exits and altered GO TOs, now that all of them are known.
-    std::stable_sort(insertions_.begin(), insertions_.end(),
-                     [](const Insertion &a, const Insertion &b) { return a.at < b.at; });
-    // The cells are in memory, and not in as many variables: those would be live everywhere, and
-    // the C compiler would take its time.
-    size_t saved = sites_ + 1 - firstSite_;
-    std::string out =
-        cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
-            "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
-    if (circling_)
-        out += cat("KvrPerforms performs __attribute__((cleanup(", emits(Do::PerformsEnd), "))) = {0, 0, 0};\n");
-    if (debugs_)
-        out += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
-    out += cat("switch (entry) { default: break;\n", entries, entryCases_, "}\n",
-               p.firstProcedure > 0 ? "goto main_procedures;\n" : "");
-    size_t room = code_.size() + 64 * p.procedures.size();
-    for (const Insertion &insertion : insertions_) room += insertion.text.size();
-    out.reserve(out.size() + room);
-    size_t from = 0;
-    for (const Insertion &insertion : insertions_) {
-        out.append(code_, from, insertion.at - from);
-        from = insertion.at;
-        if (insertion.text.rfind("@exit", 0) == 0) {
-            size_t index = static_cast<size_t>(std::atoi(insertion.text.c_str() + 5));
-            const Procedure &procedure = p.procedures[index];
-            if (procedure.returns.empty()) continue;
-            out += cat("switch (x[", index, "]) {");
-            for (uint32_t site : procedure.returns) out += cat(" case ", site, ": goto r", site, ";");
-            out += " }\n";
-        } else if (insertion.text.rfind("@alter", 0) == 0) {
-            size_t index = static_cast<size_t>(std::atoi(insertion.text.c_str() + 6));
-            for (size_t target : alterTargets_[index]) {
-                out += cat("case ", target + 1, ": ");
-                int segment = p.procedures[target].segment;
-                if (segment >= 50 && segment != p.procedures[index].segment)
-                    out += cat("kvr_segment_", p.number, "(", segment, "); ");
-                if (debugs_) out += cat("way = \"\"; wayLine = ", group_.spot(p.procedures[index].at).line, "; ");
-                out += cat("goto p", target, ";\n");
-            }
-        } else {
-            out += insertion.text;
-        }
-    }
-    out.append(code_, from, std::string::npos);
-    out += "return 0;\n}\n";
-    debugs_ = false;
-    code_ = std::move(out);
-    insertions_.clear();
 }
 
 void Emitter::program(Program &p)

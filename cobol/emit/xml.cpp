@@ -26,7 +26,8 @@ void Emitter::xmlParse(const XmlParseStatement &s)
     size_t end = static_cast<size_t>(to);
     uint32_t site = ++sites_;
     program_->procedures[end].returns.push_back(site);
-    program_->procedures[static_cast<size_t>(from)].referenced = true;
+    for (size_t i = static_cast<size_t>(from); i <= lastOf(*program_, end); i++) flow_.entered[i] = true;
+    flow_.entered[static_cast<size_t>(from)] = true;
     entryCases_ += cat("case -", site, ": x[", end, "] = ", site, "; goto p", from, ";\n");
     useReturns_ += cat("r", site, ": goto leave;\n");
     std::string failed = temp("int");

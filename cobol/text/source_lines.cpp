@@ -302,6 +302,7 @@ private:
     // True for a line that is not to be read.
     bool commentEntry(std::string_view body, bool beginsInAreaA)
     {
+        if (!inIdentification_ && !inEntry_ && !first_ && !beginsInAreaA) return false; // most lines
         std::string word = firstWord(body);
         if (word.empty()) return inEntry_;
         if ((word == "IDENTIFICATION" || word == "ID") && beginsInAreaA &&
@@ -369,9 +370,9 @@ private:
     {
         if (open_) return false;
         body = trimLeft(body);
+        if (!std::strchr("EeSsTtCcPp@", body.empty() ? ' ' : body[0])) return false; // most lines
         size_t end = body.find_first_of(" .");
-        std::string word(body.substr(0, end));
-        for (char &c : word) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        std::string word = upperOf(body.substr(0, end));
         std::string_view rest = trimLeft(end == std::string_view::npos ? std::string_view() : body.substr(end));
         if (word == "EJECT" || word == "SKIP1" || word == "SKIP2" || word == "SKIP3")
             return rest.find_first_not_of(". ") == std::string_view::npos;

@@ -3,32 +3,61 @@
 
 #include <algorithm>
 #include <deque>
-#include <unordered_map>
 #include <vector>
 
 namespace kvrcob {
 namespace {
 
+// Words by their numbers, and a hash table of the numbers: open addressing, at most half full.
 struct Table {
-    std::deque<std::string> texts; // addresses stay, so that the map's keys do
-    std::unordered_map<std::string_view, Word> numbers;
+    std::deque<std::string> texts; // references to them stay good
+    std::vector<uint32_t> hashes;
+    std::vector<Word> slots = std::vector<Word>(4096); // 0: none
 
-    Word add(const std::string &text)
+    static uint32_t hashOf(std::string_view text)
     {
-        texts.push_back(text);
-        Word word = static_cast<Word>(texts.size()) - 1;
-        numbers.emplace(texts.back(), word);
+        uint32_t hash = 2166136261u;
+        for (unsigned char c : text) hash = (hash ^ c) * 16777619u;
+        return hash ^ hash >> 15;
+    }
+
+    // The slot of this word, or the empty one in which it belongs.
+    Word &slot(std::string_view text, uint32_t hash)
+    {
+        size_t at = hash & (slots.size() - 1);
+        while (slots[at] && (hashes[slots[at]] != hash || texts[slots[at]] != text)) at = (at + 1) & (slots.size() - 1);
+        return slots[at];
+    }
+
+    Word find(std::string_view text)
+    {
+        if (text.empty()) return 0;
+        uint32_t hash = hashOf(text);
+        Word &word = slot(text, hash);
+        return word ? word : add(text, hash, word);
+    }
+
+    Word add(std::string_view text, uint32_t hash, Word &place)
+    {
+        Word word = place = static_cast<Word>(texts.size());
+        texts.emplace_back(text);
+        hashes.push_back(hash);
+        if (2 * texts.size() > slots.size()) {
+            std::vector<Word>(2 * slots.size()).swap(slots);
+            for (Word w = 1; w < texts.size(); w++) slot(texts[w], hashes[w]) = w;
+        }
         return word;
     }
 
     Table()
     {
-        add("");
+        texts.emplace_back();
+        hashes.push_back(0);
         auto known = [this](const char *name) {
             std::string text = name;
             for (char &c : text)
                 if (c == '_') c = '-';
-            add(text);
+            find(text);
         };
 #define KVRCOB_ADD(name) known(#name);
         KVRCOB_WORDS(KVRCOB_ADD, KVRCOB_ADD)
@@ -54,8 +83,7 @@ Word internWord(std::string_view text)
     upper.assign(text);
     for (char &c : upper)
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
-    auto found = table().numbers.find(upper);
-    return found != table().numbers.end() ? found->second : table().add(upper);
+    return table().find(upper);
 }
 
 const std::string &wordText(Word word) { return table().texts[word]; }

@@ -33,6 +33,12 @@ typedef int64_t (*KvrProgram)();
     memset(array, 0, sizeof array);                                                                                    \
     __asm__ volatile("" : : "r"(array) : "memory")
 
+/* A range of paragraphs as a function of its own: 1 if the program ends in it. It works on the
+   program's cells. */
+#define KVR_PERFORMED(name)                                                                                            \
+    static __attribute__((noinline)) int name(int *x __attribute__((unused)), int *s __attribute__((unused)),          \
+                                              int64_t *n __attribute__((unused)))
+
 /** A program that the source contains. */
 typedef struct KvrVisible {
     const char *name;
@@ -42,7 +48,8 @@ typedef struct KvrVisible {
 
 /* ---- Arguments of any length: how long those are of the function that is called next. */
 
-static int64_t kvr_lengths[64] __attribute__((unused));
+/* One for all sources of a program. */
+int64_t kvr_lengths[64] __attribute__((weak));
 
 /* ---- ALLOCATE, FREE. What FREE is given and ALLOCATE did not make stays as it is. */
 

@@ -3,7 +3,7 @@
 
 control_flow.py KVRCOB FIRST COUNT. Sections and paragraphs perform, alter and leave one another in every way; each
 step is displayed. The programs of the random numbers FIRST to FIRST+COUNT-1 are made; those that would go on for ever
-are left out.
+are left out. In those of even numbers most ranges keep to themselves, so that they become functions of their own.
 """
 import pathlib
 import random
@@ -25,7 +25,41 @@ class Flow:
         sections = sorted(self.numbers.sample(range(1, PARAGRAPHS), 4))
         self.section_of = [sum(at <= paragraph for at in sections) for paragraph in range(PARAGRAPHS)]
         self.alterable = sorted(self.numbers.sample(range(1, PARAGRAPHS - 1), 2))
+        self.calm = seed % 2 == 0
+        self.ranges = self.cut() if self.calm else []
+        self.guard = 'DISPLAY "FINI" STOP RUN' if self.calm else "GO TO FINI"
         self.build()
+
+    def cut(self):
+        """The paragraphs after the first section as ranges: whole sections, and runs of paragraphs."""
+        ranges = []
+        for section in range(1, max(self.section_of) + 1):
+            inside = [p for p in range(PARAGRAPHS) if self.section_of[p] == section]
+            if self.numbers.random() < 0.4:
+                ranges.append((f"S{section}", ("S", section), ("S", section), inside[0], inside[-1]))
+                continue
+            while inside:
+                run, inside = inside[:2], inside[2:]
+                if len(run) == 2 and self.numbers.random() < 0.5:
+                    run, inside = run[:1], run[1:] + inside
+                text = f"P{run[0]} THRU P{run[-1]}" if run[1:] else f"P{run[0]}"
+                ranges.append((text, ("P", run[0]), ("P", run[-1]), run[0], run[-1]))
+        if self.numbers.random() < 0.85:
+            self.alterable = []
+        return ranges
+
+    def strays(self):
+        """Whether this statement of a calm program goes where it likes."""
+        return not self.calm or self.numbers.random() < 0.004
+
+    def target(self):
+        """Where a GO TO goes: in a calm program to a paragraph of the same range."""
+        own = [r for r in self.ranges if r[3] <= self.paragraph <= r[4]]
+        if self.strays():
+            return self.numbers.randrange(PARAGRAPHS)
+        if not own:  # the main paragraphs
+            return self.numbers.randrange(self.section_of.index(1))
+        return self.numbers.randint(own[0][3], own[0][4])
 
     # The two forms side by side.
     def say(self, text):
@@ -58,7 +92,7 @@ class Flow:
                 self.act("altered", paragraph)
                 self.labels[("initial", paragraph)] = target
             else:
-                self.say("ADD 1 TO STEPS IF STEPS > %d GO TO FINI." % STEPS)
+                self.say(f"ADD 1 TO STEPS IF STEPS > {STEPS} {self.guard}.")
                 self.act("step")
                 self.trace()
                 for _ in range(self.numbers.randint(1, 3)):
@@ -69,6 +103,13 @@ class Flow:
                     self.label(self.sentence)
             self.label(("end P", paragraph))
             self.act("fall", ("P", paragraph))
+            if self.calm and self.section + 1 == self.section_of[min(paragraph + 1, PARAGRAPHS - 1)] == 1:
+                self.lines.append("CLOSING.")
+                for text, first, last, _, _ in self.ranges:
+                    self.say(f"PERFORM {text}")
+                    self.perform(first, last)
+                self.say('DISPLAY "FINI" STOP RUN.')
+                self.act("stop")
             if paragraph == PARAGRAPHS - 1 or self.section_of[paragraph + 1] != self.section:
                 self.label(("end S", self.section))
                 self.act("fall", ("S", self.section))
@@ -87,6 +128,9 @@ class Flow:
         return f"K{k} {relation} {limit}", (k, relation, limit)
 
     def range(self):
+        later = [r for r in self.ranges if r[3] > self.paragraph]
+        if later and not self.strays():
+            return self.numbers.choice(later)[:3]
         if self.numbers.random() < 0.3:
             first = self.numbers.randint(0, max(self.section_of))
             last = self.numbers.randint(first, max(self.section_of))
@@ -109,12 +153,16 @@ class Flow:
         kinds = ["trace", "add", "move", "show", "perform", "perform", "times", "until", "varying", "after", "if", "if", "evaluate",
                  "inline", "inline times"]
         if depth > 0:
-            kinds += ["go to", "exit paragraph", "exit section", "next sentence"]
+            kinds += ["go to", "exit paragraph", "next sentence"]
+        if depth > 0 and self.strays():
+            kinds += ["exit section"]
+        if self.calm and not any(r[3] > self.paragraph for r in self.ranges):
+            kinds = [k for k in kinds if k not in ("perform", "times", "until", "varying", "after")]
         if depth > 0 and self.inline:
             kinds += ["exit perform", "cycle"] * 2
         if depth > 2:
-            kinds = ["trace", "add", "show", "perform"]
-        kinds += ["alter"] if self.numbers.random() < 0.3 else []
+            kinds = ["trace", "add", "show"] + ["perform"] * (not self.calm)
+        kinds += ["alter"] if self.alterable and self.numbers.random() < 0.3 else []
         kinds += ["depending"]
         getattr(self, "do_" + self.numbers.choice(kinds).replace(" ", "_"))(depth)
 
@@ -273,7 +321,7 @@ class Flow:
         self.act("if", (k, ">", n), out)
         saved, self.inline = self.inline, (cycle, out)
         # What begins nothing may go on for ever: the step counts.
-        self.say("ADD 1 TO STEPS IF STEPS > %d GO TO FINI END-IF" % STEPS)
+        self.say(f"ADD 1 TO STEPS IF STEPS > {STEPS} {self.guard} END-IF")
         self.act("step")
         self.block(depth)
         self.inline = saved
@@ -296,13 +344,13 @@ class Flow:
         self.say("END-PERFORM")
 
     def do_go_to(self, _):
-        p = self.numbers.randrange(PARAGRAPHS)
+        p = self.target()
         self.say(f"GO TO P{p}")
         self.act("jump", ("P", p))
 
     def do_depending(self, _):
         k = self.counter()
-        targets = [self.numbers.randrange(PARAGRAPHS) for _ in range(3)]
+        targets = [self.target() for _ in range(3)]
         self.say("GO TO " + " ".join(f"P{p}" for p in targets) + f" DEPENDING ON K{k}")
         self.act("depending", k, targets)
 
@@ -405,7 +453,7 @@ class Flow:
 
 def main():
     compiler, first, count = pathlib.Path(sys.argv[1]).resolve(), int(sys.argv[2]), int(sys.argv[3])
-    failed = ran = lines = 0
+    failed = ran = lines = functions = 0
     for seed in range(first, first + count):
         flow = Flow(seed)
         expected = flow.run()
@@ -414,6 +462,8 @@ def main():
         with tempfile.TemporaryDirectory() as work:
             (pathlib.Path(work) / "flow.cbl").write_text(flow.text())
             subprocess.run([compiler, "-free", "-O0", "-w", "-o", "flow", "flow.cbl"], cwd=work, check=True)
+            subprocess.run([compiler, "-free", "-w", "-S", "flow.cbl"], cwd=work, check=True)
+            functions += (pathlib.Path(work) / "flow.c").read_text().count("KVR_PERFORMED(") // 2
             got = subprocess.run(["./flow"], cwd=work, capture_output=True, text=True).stdout.splitlines()
         ran += 1
         lines += len(expected)
@@ -421,8 +471,8 @@ def main():
             at = next((i for i, (a, b) in enumerate(zip(got, expected)) if a != b), min(len(got), len(expected)))
             print(f"{seed}: line {at + 1} of {len(expected)}: gave {got[at:at + 3]}, expected {expected[at:at + 3]}")
             failed += 1
-    print(f"control flow: {ran} programs, {lines} lines, {failed} differences")
-    sys.exit(failed > 0)
+    print(f"control flow: {ran} programs, {functions} ranges as functions, {lines} lines, {failed} differences")
+    sys.exit(failed > 0 or (count > 4 and functions == 0))
 
 
 main()

@@ -1,0 +1,278 @@
+// The procedures of a program as C functions.
+//
+// A procedure division is one C function with a label for each paragraph. PERFORM of a range writes
+// its number into the cell of the paragraph or section that ends the range, and jumps to the first
+// one; at the end of every such procedure is a switch over the numbers that can be in its cell. So
+// ranges may nest and overlap, GO TO may leave them, and a paragraph that nobody performs costs
+// nothing. A cell's former number comes back after the PERFORM, for a range around it that ends in
+// the same place. A section ends after its last paragraph: EXIT SECTION in a paragraph that is
+// performed does not come back from that paragraph.
+//
+// Ranges that need none of this are functions of their own (ranges.cpp). Which ones these are is
+// known when all statements were emitted; so PERFORMs, and the ends of procedures, are marks in the
+// code (Insertion) until then.
+//
+//     x   cells: the number of the PERFORM that a procedure's end returns to
+//     s   saved cells, one for each PERFORM
+//     n   how often a PERFORM n TIMES has yet to run
+#include <algorithm>
+
+#include "cobol/emit/emitter.h"
+
+namespace kvrcob {
+
+// Whether a paragraph never falls into the next one, for its last statement goes away. (An IF that
+// goes away in all its branches is not looked at.)
+static bool goesAway(const Procedure &procedure)
+{
+    if (procedure.sentences.empty() || procedure.sentences.back().statements.empty()) return false;
+    const Statement &last = *procedure.sentences.back().statements.back();
+    if (last.verb == K_GO) return !static_cast<const GoStatement &>(last).depending;
+    if (last.verb != K_STOP && last.verb != K_GOBACK) return false;
+    auto form = static_cast<const ExitStatement &>(last).form;
+    return form == ExitStatement::StopRun || form == ExitStatement::Goback;
+}
+
+void Emitter::paragraph(size_t index)
+{
+    Program &p = *program_;
+    Procedure &procedure = p.procedures[index];
+    procedure_ = index;
+    if (procedure.segment >= 50 && index > 0 && p.procedures[index - 1].segment != procedure.segment)
+        put(cat("kvr_segment_", p.number, "(", procedure.segment, ");\n"));
+    line(procedure.at);
+    put(cat("p", index, ": __attribute__((unused));\n"));
+    debugProcedure(index);
+    sentenceEndUsed_ = paragraphEndUsed_ = false;
+    for (const Sentence &sentence : procedure.sentences) {
+        sentenceEnd_ = label();
+        sentenceEndUsed_ = false;
+        block(sentence.statements);
+        if (sentenceEndUsed_) put(cat(sentenceEnd_, ": ;\n"));
+    }
+    flow_.endsAway[index] = !sentenceEndUsed_ && !paragraphEndUsed_ && goesAway(procedure);
+    if (paragraphEndUsed_) put(cat("e", index, ": ;\n"));
+    if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
+        debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
+    if (!procedure.isSection) insertions_.push_back({code_.size(), Insertion::Return, index, ""});
+    // A section's exit comes after that of its last paragraph.
+    int section = procedure.isSection ? static_cast<int>(index) : procedure.section;
+    bool goesOn = index + 1 < p.procedures.size() && !p.procedures[index + 1].isSection &&
+                  p.procedures[index + 1].section == section;
+    if (section < 0 || goesOn) return;
+    put(cat("z", section, ": __attribute__((unused));\n"));
+    insertions_.push_back({code_.size(), Insertion::Return, static_cast<size_t>(section), ""});
+}
+
+// The GO TOs that ALTER can change: where each goes now, and what brings a segment's back.
+void Emitter::alterable(Program &p)
+{
+    alterTargets_.clear();
+    size_t n = 0;
+    for (Procedure &procedure : p.procedures) {
+        procedure.altered = p.hasAlter && procedure.sentences.size() >= 1 &&
+                            procedure.sentences[0].statements.size() == 1 &&
+                            procedure.sentences[0].statements[0]->verb == K_GO &&
+                            !static_cast<const GoStatement *>(procedure.sentences[0].statements[0])->depending;
+        if (procedure.altered)
+            globals_ += cat("#define a", p.number, "_", procedure.number, " p", p.number, "_altered[", n++, "]\n");
+    }
+    if (n == 0) {
+        globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
+        return;
+    }
+    globals_ += cat("static void *p", p.number, "_altered[", n, "];\nstatic void *const p", p.number, "_unaltered[", n,
+                    "];\nstatic const uint8_t p", p.number, "_segments[", n, "] = {");
+    for (const Procedure &procedure : p.procedures)
+        if (procedure.altered) globals_ += cat(procedure.segment, ",");
+    globals_ += "};\n";
+    globals_ += cat("#define kvr_segment_", p.number, "(segment) ", emits(Do::Segment), "((segment), ", n, ", p",
+                    p.number, "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
+}
+
+// ---- Functions of their own
+
+// p1_7_PRINT_TOTALS
+std::string Emitter::functionName(const Range &r) const
+{
+    std::string name = cat("p", program_->number, "_", r.first, "_");
+    for (char c : wordText(program_->procedures[r.first].name))
+        name += isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
+}
+
+// Decides which ranges are functions. Debugging sections and SORT-RETURN need to know all cells;
+// segments are brought back where control comes into them.
+void Emitter::chooseFunctions(Program &p)
+{
+    ranges_.clear();
+    owners_.assign(p.procedures.size(), -1);
+    bool segments =
+        std::any_of(p.procedures.begin(), p.procedures.end(), [](const Procedure &q) { return q.segment >= 50; });
+    if (!debugs_ && !programEndsSort() && !segments) ranges_ = rangesAsFunctions(p, flow_);
+    // Those inside others come after them.
+    for (size_t r = 0; r < ranges_.size(); r++)
+        for (size_t i = ranges_[r].first; i <= ranges_[r].last; i++) owners_[i] = static_cast<int>(r);
+}
+
+// ---- Marks in the code
+
+void Emitter::resolvePerform(const Flow::Perform &perform, std::string &out)
+{
+    // Control is in a function of its own from its first paragraph on.
+    int owner = owners_[perform.from];
+    if (owner >= 0 && owner != owners_[perform.in] && ranges_[static_cast<size_t>(owner)].first == perform.from &&
+        ranges_[static_cast<size_t>(owner)].end == perform.end) {
+        out += cat("if (", functionName(ranges_[static_cast<size_t>(owner)]), "(x, s, n)) goto leave;\n");
+        return;
+    }
+    std::string cell = cat("x[", perform.end, "]"), saved = cat("s[", perform.site - firstSite_, "]");
+    if (perform.circle)
+        out += cat(emits(Do::Circle), "(&performs, ", perform.site, ", ", cell, ");\n");
+    else
+        out += cat("if (", cell, " != ", perform.site, ") ", saved, " = ", cell, ";\n");
+    out += cat(cell, " = ", perform.site, ";\ngoto p", perform.from, ";\nr", perform.site, ": ", cell, " = ",
+               perform.circle ? cat(emits(Do::CircleEnd), "(&performs, ", perform.site, ")") : saved, ";\n");
+}
+
+void Emitter::resolveReturn(size_t procedure, std::string &out)
+{
+    int owner = owners_[procedure];
+    if (owner >= 0 && ranges_[static_cast<size_t>(owner)].end == procedure) {
+        out += "return 0;\n";
+        return;
+    }
+    const std::vector<uint32_t> &sites = program_->procedures[procedure].returns;
+    if (sites.empty()) return;
+    out += cat("switch (x[", procedure, "]) {");
+    for (uint32_t site : sites) out += cat(" case ", site, ": goto r", site, ";");
+    out += " }\n";
+}
+
+void Emitter::resolveAltered(size_t procedure, std::string &out)
+{
+    Program &p = *program_;
+    for (size_t target : alterTargets_[procedure]) {
+        out += cat("case ", target + 1, ": ");
+        int segment = p.procedures[target].segment;
+        if (segment >= 50 && segment != p.procedures[procedure].segment)
+            out += cat("kvr_segment_", p.number, "(", segment, "); ");
+        if (debugs_) out += cat("way = \"\"; wayLine = ", group_.spot(p.procedures[procedure].at).line, "; ");
+        out += cat("goto p", target, ";\n");
+    }
+}
+
+void Emitter::resolve(const Insertion &insertion, std::string &out)
+{
+    switch (insertion.kind) {
+    case Insertion::Text:
+        out += insertion.text;
+        break;
+    case Insertion::Perform:
+        resolvePerform(flow_.performs[insertion.index], out);
+        break;
+    case Insertion::Return:
+        resolveReturn(insertion.index, out);
+        break;
+    case Insertion::Altered:
+        resolveAltered(insertion.index, out);
+        break;
+    }
+}
+
+// The code of a procedure (or what comes before and after all of them), without its marks.
+void Emitter::appendProcedure(size_t index, std::string &out)
+{
+    size_t from = starts_[index].first;
+    for (size_t i = starts_[index].second; i < starts_[index + 1].second; i++) {
+        out.append(code_, from, insertions_[i].at - from);
+        from = insertions_[i].at;
+        resolve(insertions_[i], out);
+    }
+    out.append(code_, from, starts_[index + 1].first - from);
+}
+
+void Emitter::procedures(Program &p)
+{
+    findWatched(p);
+    code_.clear();
+    insertions_.clear();
+    blocks_.clear();
+    firstSite_ = sites_ + 1;
+    counters_ = 0;
+    flow_ = Flow();
+    flow_.entered.assign(p.procedures.size(), 0);
+    flow_.endsAway.assign(p.procedures.size(), 0);
+    findCircles(p);
+    alterable(p);
+    entryCases_.clear();
+
+    // USE procedures are entered from the library: each by a number of its own.
+    std::string entries;
+    for (size_t i = 0; i < p.uses.size(); i++) {
+        size_t end = p.uses[i].procedure;
+        uint32_t site = ++sites_;
+        p.procedures[end].returns.push_back(site);
+        entries += cat("case ", i + 1, ": x[", end, "] = ", site, ";",
+                       debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
+                       " goto p", p.uses[i].procedure, ";\n");
+        useReturns_ += cat("r", site, ": goto leave;\n");
+    }
+
+    // All of the code, with marks. What comes before the first procedure are its temporaries only.
+    starts_.clear();
+    openBlock();
+    for (size_t i = 0; i < p.procedures.size(); i++) {
+        starts_.emplace_back(code_.size(), insertions_.size());
+        if (i == p.firstProcedure) {
+            flow_.entered[i] = true;
+            if (i > 0) put("main_procedures: ;\n");
+        }
+        paragraph(i);
+        if (i + 1 == p.firstProcedure) put("goto leave;\n"); // declaratives do not fall into what comes after them
+    }
+    starts_.emplace_back(code_.size(), insertions_.size());
+    if (p.firstProcedure == p.procedures.size() && p.firstProcedure > 0) put("main_procedures: ;\n");
+    put("goto leave;\n");
+    put(useReturns_);
+    useReturns_.clear();
+    put("leave: ;\n");
+    starts_.emplace_back(code_.size(), insertions_.size());
+
+    blocks_.pop_back();
+    chooseFunctions(p);
+    for (const Flow::Perform &perform : flow_.performs) p.procedures[perform.end].returns.push_back(perform.site);
+
+    // The cells are in memory, and not in as many variables: those would be live everywhere, and
+    // the C compiler would take its time.
+    std::string out;
+    out.reserve(code_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
+    size_t saved = sites_ + 1 - firstSite_;
+    out += cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
+               "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
+    if (circling_)
+        out += cat("KvrPerforms performs __attribute__((cleanup(", emits(Do::PerformsEnd), "))) = {0, 0, 0};\n");
+    if (debugs_)
+        out += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
+    out += cat("switch (entry) { default: break;\n", entries, entryCases_, "}\n",
+               p.firstProcedure > 0 ? "goto main_procedures;\n" : "", insertions_[0].text);
+    for (size_t i = 0; i < p.procedures.size(); i++)
+        if (owners_[i] < 0) appendProcedure(i, out);
+    appendProcedure(p.procedures.size(), out);
+    out += "return 0;\n}\n";
+
+    for (size_t r = 0; r < ranges_.size(); r++) {
+        std::string name = functionName(ranges_[r]);
+        globals_ += cat("KVR_PERFORMED(", name, ");\n");
+        line(p.procedures[ranges_[r].first].at, out);
+        out += cat("KVR_PERFORMED(", name, ")\n{\n");
+        for (size_t i = ranges_[r].first; i <= ranges_[r].last; i++)
+            if (owners_[i] == static_cast<int>(r)) appendProcedure(i, out);
+        out += "leave: __attribute__((unused));\nreturn 1;\n}\n";
+    }
+    debugs_ = false;
+    code_ = std::move(out);
+    insertions_.clear();
+}
+
+} // namespace kvrcob

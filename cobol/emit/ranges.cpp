@@ -1,0 +1,214 @@
+// Which ranges of procedures become C functions of their own.
+//
+// A program's procedures are labels of one C function, for PERFORM ranges may overlap, be fallen
+// into and be left by GO TO (control.cpp). The C compiler's time grows with the square of that
+// function's length. Most ranges do nothing of that kind: all that comes into them is a PERFORM of
+// just this range, and all that leaves them is their end (or the end of the program). Such a range
+// is a function, and its PERFORM a call:
+//
+//     MAIN-LINE.                          p1_body:    if (p1_2_ONE(x, s, n)) goto leave;
+//         PERFORM ONE THRU ONE-EXIT.                  if (p1_4_TWO(x, s, n)) goto leave;
+//         PERFORM TWO.
+//         STOP RUN.
+//     ONE.                                p1_2_ONE:   if (...) goto p3;
+//         IF ... GO TO ONE-EXIT.                      if (p1_4_TWO(x, s, n)) goto leave;
+//         PERFORM TWO.                                p3: return 0; leave: return 1;
+//     ONE-EXIT. EXIT.
+//     TWO.                                p1_4_TWO:   ...
+//
+// Whether a range may be one depends on others: it must not perform what is no function, and the
+// one before it must not fall into it. So all are taken for functions first, and those that break a
+// rule are taken out until no more do. PERFORMs inside a range, of parts of it, work there as
+// they do in the program's function; the cells are the same.
+#include "cobol/emit/ranges.h"
+
+#include <algorithm>
+#include <map>
+
+#include "cobol/emit/emitter.h"
+
+namespace kvrcob {
+
+namespace {
+
+constexpr size_t kMostWork = 5000000; // procedures in all ranges together
+
+class Ranges {
+public:
+    Ranges(const Program &p, Flow flow);
+    std::vector<Range> find();
+
+private:
+    struct Candidate : Range {
+        bool good = true;
+        bool holds(size_t procedure) const { return procedure >= first && procedure <= last; }
+    };
+    bool isFunction(const Candidate &r) const;
+    bool performsFit(const Candidate &r, size_t i) const;
+    bool isCandidate(size_t from, size_t end) const;
+    void reach(size_t procedure);
+    bool goesOn(size_t procedure) const;
+    void drop(Candidate &r);
+    bool dropInner();
+
+    const Program &p_;
+    Flow flow_;
+    std::vector<Candidate> candidates_;                  // by their first procedure
+    std::map<std::pair<size_t, size_t>, size_t> byEnds_; // from and end: an index into candidates_
+    // Of each procedure: what jumps to and from it, and the PERFORMs in it, of it, and that end
+    // with it.
+    std::vector<std::vector<size_t>> jumpsFrom_, jumpsTo_, performsIn_, performsFrom_, performsTo_;
+    std::vector<std::vector<std::pair<size_t, size_t>>> exitsAfter_; // EXIT SECTION, by the section's last paragraph
+    std::vector<std::vector<size_t>> endings_;                       // the candidates that end with it
+    std::vector<uint8_t> reached_;                                   // control may come to it
+};
+
+Ranges::Ranges(const Program &p, Flow flow)
+    : p_(p), flow_(std::move(flow)), jumpsFrom_(p.procedures.size()), jumpsTo_(p.procedures.size()),
+      performsIn_(p.procedures.size()), performsFrom_(p.procedures.size()), performsTo_(p.procedures.size()),
+      exitsAfter_(p.procedures.size()), endings_(p.procedures.size()), reached_(p.procedures.size())
+{
+    for (auto [in, to] : flow_.jumps) {
+        jumpsFrom_[in].push_back(to);
+        jumpsTo_[to].push_back(in);
+    }
+    for (auto exit : flow_.sectionExits) {
+        size_t last = lastOf(p, exit.second);
+        exitsAfter_[last].push_back(exit);
+        flow_.endsAway[last] = false;
+    }
+    size_t work = 0;
+    for (size_t i = 0; i < flow_.performs.size(); i++) {
+        const Flow::Perform &perform = flow_.performs[i];
+        size_t last = lastOf(p, perform.end);
+        performsIn_[perform.in].push_back(i);
+        performsFrom_[perform.from].push_back(i);
+        performsTo_[last].push_back(i);
+        if (perform.from <= last && byEnds_.try_emplace({perform.from, perform.end}, 0).second)
+            work += last + 1 - perform.from;
+    }
+    if (work > kMostWork) byEnds_.clear();
+    for (auto &[ends, index] : byEnds_) {
+        index = candidates_.size();
+        Candidate r;
+        r.first = ends.first, r.end = ends.second, r.last = lastOf(p, ends.second);
+        candidates_.push_back(r);
+    }
+    for (const Flow::Perform &perform : flow_.performs)
+        if (perform.circle && isCandidate(perform.from, perform.end))
+            candidates_[byEnds_[{perform.from, perform.end}]].good = false;
+    for (size_t i = 0; i < candidates_.size(); i++) endings_[candidates_[i].last].push_back(i);
+}
+
+bool Ranges::isCandidate(size_t from, size_t end) const
+{
+    auto found = byEnds_.find({from, end});
+    return found != byEnds_.end() && candidates_[found->second].good;
+}
+
+// Whether control may go on after this procedure, into the next one.
+bool Ranges::goesOn(size_t procedure) const
+{
+    if (!reached_[procedure] || flow_.endsAway[procedure]) return false;
+    const std::vector<size_t> &list = endings_[procedure];
+    return std::none_of(list.begin(), list.end(), [&](size_t r) { return candidates_[r].good; });
+}
+
+// Control may come here, and so to all to which it may go from here.
+void Ranges::reach(size_t procedure)
+{
+    std::vector<size_t> waiting = {procedure};
+    while (!waiting.empty()) {
+        size_t i = waiting.back();
+        waiting.pop_back();
+        if (i >= reached_.size() || reached_[i]) continue;
+        reached_[i] = true;
+        if (goesOn(i)) waiting.push_back(i + 1);
+        waiting.insert(waiting.end(), jumpsFrom_[i].begin(), jumpsFrom_[i].end());
+        for (size_t index : performsIn_[i]) waiting.push_back(flow_.performs[index].from);
+    }
+}
+
+// A range that is no function after all may fall into what comes after it.
+void Ranges::drop(Candidate &r)
+{
+    r.good = false;
+    if (goesOn(r.last)) reach(r.last + 1);
+}
+
+// PERFORMs that have to do with a procedure of the range: those from outside are of the whole
+// range, those inside are of parts of it or of other functions.
+bool Ranges::performsFit(const Candidate &r, size_t i) const
+{
+    auto whole = [&](const Flow::Perform &perform) { return perform.from == r.first && perform.end == r.end; };
+    for (const auto *list : {&performsFrom_[i], &performsTo_[i]})
+        for (size_t index : *list) {
+            const Flow::Perform &perform = flow_.performs[index];
+            if (!r.holds(perform.in) && !whole(perform)) return false;
+        }
+    for (size_t index : performsIn_[i]) {
+        const Flow::Perform &perform = flow_.performs[index];
+        size_t last = lastOf(p_, perform.end);
+        bool inside = r.holds(perform.from) && r.holds(last) && perform.end != r.end;
+        bool outside = !r.holds(perform.from) && !r.holds(last) && isCandidate(perform.from, perform.end);
+        if (!inside && !outside) return false;
+    }
+    return true;
+}
+
+bool Ranges::isFunction(const Candidate &r) const
+{
+    if (r.first < p_.firstProcedure) return false;
+    for (size_t i = r.first; i <= r.last; i++) {
+        if (flow_.entered[i] || !performsFit(r, i)) return false;
+        for (size_t to : jumpsFrom_[i])
+            if (!r.holds(to)) return false;
+        for (size_t in : jumpsTo_[i])
+            if (!r.holds(in)) return false;
+        // EXIT SECTION comes after the return of the section's last paragraph.
+        for (auto [in, section] : exitsAfter_[i])
+            if (!r.holds(in) || !r.holds(section) || (i == r.last && section != r.end)) return false;
+    }
+    return true;
+}
+
+// Of ranges inside each other that end in the same place, one can be a function: the longest.
+bool Ranges::dropInner()
+{
+    bool dropped = false;
+    for (const std::vector<size_t> &list : endings_) {
+        size_t longest = SIZE_MAX;
+        for (size_t index : list) {
+            Candidate &r = candidates_[index];
+            if (!r.good) continue;
+            if (longest == SIZE_MAX)
+                longest = index; // those of one procedure are in order: it begins first
+            else
+                drop(r), dropped = true;
+        }
+    }
+    return dropped;
+}
+
+std::vector<Range> Ranges::find()
+{
+    for (size_t i = 0; i < reached_.size(); i++)
+        if (flow_.entered[i] || !exitsAfter_[i].empty()) reach(i);
+    bool changed = !candidates_.empty();
+    while (changed) {
+        changed = false;
+        for (Candidate &r : candidates_)
+            if (r.good && ((r.first > 0 && goesOn(r.first - 1)) || !isFunction(r))) drop(r), changed = true;
+        if (!changed) changed = dropInner();
+    }
+    std::vector<Range> found;
+    for (const Candidate &r : candidates_)
+        if (r.good) found.push_back(r);
+    return found;
+}
+
+} // namespace
+
+std::vector<Range> rangesAsFunctions(const Program &p, Flow flow) { return Ranges(p, std::move(flow)).find(); }
+
+} // namespace kvrcob

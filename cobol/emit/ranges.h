@@ -1,0 +1,34 @@
+// Ranges of procedures that become C functions of their own (ranges.cpp).
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "cobol/syntax/tree.h"
+
+namespace kvrcob {
+
+// How control goes through a program, as its statements were emitted. Procedures are named by their
+// indices.
+struct Flow {
+    struct Perform {
+        uint32_t site;
+        size_t in, from, end; // the procedure that it is in; the range's first one and that which ends it
+        bool circle;          // it may meet itself
+    };
+    std::vector<Perform> performs;
+    std::vector<std::pair<size_t, size_t>> jumps;        // GO TO: in, to
+    std::vector<std::pair<size_t, size_t>> sectionExits; // EXIT SECTION: in, the section
+    std::vector<uint8_t> entered;  // control comes into it from the library, or from outside the program
+    std::vector<uint8_t> endsAway; // its last statement is a GO TO, STOP RUN or GOBACK
+};
+
+struct Range {
+    size_t first, last; // paragraphs and sections
+    size_t end;         // the one that ends it: `last`, or its section
+};
+
+std::vector<Range> rangesAsFunctions(const Program &p, Flow flow);
+
+} // namespace kvrcob
