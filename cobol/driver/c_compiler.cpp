@@ -124,14 +124,16 @@ bool build(const Options &o, const Home &home, const std::vector<Translated> &tr
                 command.insert(command.end(), {"-fPIC", "-c", files[i]});
                 outputs = {stemOf(o.sources[i]) + ".o"};
             } else {
-                // One module a source, under the name of each of its outermost programs.
+                // One module a source, under the name of each of its outermost programs: one file,
+                // so that a program has its storage once, whatever name brought the module in.
                 command.insert(command.end(), {"-fPIC", "-shared", files[i]});
                 command.insert(command.end(), link.begin(), link.end());
                 for (const std::string &program : translated[i].programs) outputs.push_back(program + ".so");
             }
             if (!o.output.empty()) outputs = {o.output};
-            for (const std::string &output : outputs)
-                if (!makeResult(command, output, o, shop)) return false;
+            if (!outputs.empty() && !makeResult(command, outputs[0], o, shop)) return false;
+            for (size_t other = 1; other < outputs.size(); other++)
+                if (!alsoNamed(outputs[0], outputs[other], shop)) return false;
         }
         return true;
     }

@@ -32,14 +32,24 @@
 namespace kvrcob {
 namespace {
 
-Translated translate(const std::string &path, const Options &options, bool mainProgram)
-{
+// A source with its tree and names, of which C is to be made.
+struct Unit {
+    Group *group = nullptr;
+    Meaning *meaning = nullptr;
+    uint32_t file = 0;
     Translated out;
+};
+
+Unit readUnit(const std::string &path, const Options &options)
+{
+    Unit unit;
+    Translated &out = unit.out;
     int file = sources().open(path, Spot{});
     if (file < 0) {
         diagnostics().fatal("cannot read " + path + reason());
-        return out;
+        return unit;
     }
+    unit.file = static_cast<uint32_t>(file);
     TextOptions text = options.text;
     if (options.verbose) {
         SourceFormat format = text.format != SourceFormat::Unknown
@@ -54,20 +64,45 @@ Translated translate(const std::string &path, const Options &options, bool mainP
     group->tokens = readSource(static_cast<uint32_t>(file), text, options.copy, out.dependencies);
     if (options.mode == Options::Preprocess) {
         out.c = printTokens(group->tokens);
-        return out;
+        return unit;
     }
     Parser(*group).parse();
-    Meaning meaning(*group);
-    meaning.analyse();
+    unit.group = group;
+    unit.meaning = new Meaning(*group);
+    unit.meaning->analyse();
+    return unit;
+}
+
+void emitUnit(Unit &unit, const Options &options, bool mainProgram)
+{
     EmitOptions emit = options.emit;
     emit.mainProgram = mainProgram;
     emit.readable = options.mode == Options::Assembly;
-    Emitter emitter(meaning, emit);
-    out.c = emitter.emit();
-    for (const Program *p : group->programs) out.programs.push_back(wordText(p->name));
-    if (options.list) listing(*group, static_cast<uint32_t>(file));
-    if (diagnostics().errors()) out.c.clear();
-    return out;
+    Emitter emitter(*unit.meaning, emit);
+    unit.out.c = emitter.emit();
+    for (const Program *p : unit.group->programs) unit.out.programs.push_back(wordText(p->name));
+    if (options.list) listing(*unit.group, unit.file);
+    if (diagnostics().errors()) unit.out.c.clear();
+}
+
+// All sources are read before C is made of the first one, for it may use functions of the others.
+std::vector<Translated> translate(const Options &options)
+{
+    std::vector<Unit> units;
+    for (const std::string &path : options.sources) units.push_back(readUnit(path, options));
+    for (Unit &unit : units)
+        for (const Unit &other : units) {
+            if (&other == &unit || !unit.group || !other.group) continue;
+            for (Program *p : other.group->programs)
+                if (p->isFunction) unit.group->elsewhere.push_back(p);
+        }
+    std::vector<Translated> translated;
+    for (size_t i = 0; i < units.size(); i++) {
+        bool mainProgram = i == 0 && options.mode != Options::Module && options.mode != Options::Object;
+        if (units[i].group) emitUnit(units[i], options, mainProgram);
+        translated.push_back(std::move(units[i].out));
+    }
+    return translated;
 }
 
 // A compilation overwrites none of its sources, and says before its work that a result has no
@@ -119,11 +154,7 @@ int compile(Options &o)
         usage("-o goes with one source here");
     Home home = findHome();
 
-    std::vector<Translated> translated;
-    for (size_t i = 0; i < o.sources.size(); i++) {
-        bool mainProgram = i == 0 && o.mode != Options::Module && o.mode != Options::Object;
-        translated.push_back(translate(o.sources[i], o, mainProgram));
-    }
+    const std::vector<Translated> translated = translate(o);
     if (diagnostics().errors()) return 1;
     if (!outputsHavePlaces(o, outputsOf(o, translated))) return 1;
     if (o.mode == Options::Check) return 0;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -115,6 +116,19 @@ bool writeFile(const std::string &path, const std::string &text)
     if (f != stdout) good = std::fclose(f) == 0 && good;
     if (!good) diagnostics().fatal("cannot write " + path + reason());
     return good;
+}
+
+bool alsoNamed(const std::string &path, const std::string &other, Workshop &shop)
+{
+    namespace fs = std::filesystem;
+    const std::string place = other + "." + std::to_string(getpid());
+    shop.litter(place);
+    std::error_code failed;
+    fs::create_hard_link(path, place, failed);
+    if (failed) fs::copy_file(path, place, failed);
+    if (!failed) fs::rename(place, other, failed);
+    if (failed) diagnostics().fatal("cannot write " + other + ": " + failed.message());
+    return !failed;
 }
 
 } // namespace kvrcob

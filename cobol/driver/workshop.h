@@ -41,4 +41,7 @@ bool canWrite(const std::string &path);
 // "-" is standard output.
 bool writeFile(const std::string &path, const std::string &text);
 
+// A file's second name; where the file system has none, a copy. False after an error.
+bool alsoNamed(const std::string &path, const std::string &other, Workshop &shop);
+
 } // namespace kvrcob

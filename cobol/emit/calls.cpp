@@ -219,6 +219,7 @@ void Emitter::callStatement(const CallStatement &s)
         put("}\n");
         if (s.exception.has) {
             put("else {\n");
+            raise("1", "\"EC-PROGRAM-NOT-FOUND\"");
             block(s.exception.on);
             put("}\n");
         }

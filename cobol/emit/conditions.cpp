@@ -287,13 +287,13 @@ std::string Emitter::signTest(const Expr *e)
 
 std::string Emitter::classTest(const Expr *e)
 {
-    if (!e->left || e->left->kind != ExprKind::Reference) {
-        if (e->left && e->left->kind == ExprKind::Function && !functionIsNumeric(e->left)) {
-            // goes on below with the function's text
-        } else {
-            error(e->at, "a class test needs a data item");
-            return "0";
-        }
+    ExprKind kind = e->left ? e->left->kind : ExprKind::Omitted;
+    bool isText = kind == ExprKind::String || kind == ExprKind::All || kind == ExprKind::Figurative ||
+                  (kind == ExprKind::Function && !functionIsNumeric(e->left)) ||
+                  (kind == ExprKind::Kept && !kept_[e->left].text.address.empty());
+    if (kind != ExprKind::Reference && !isText) {
+        error(e->at, "a class test needs a data item");
+        return "0";
     }
     std::string test;
     const char *bang = e->negated ? "!" : "";

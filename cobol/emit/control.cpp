@@ -44,6 +44,10 @@ std::string Emitter::evaluateObject(const Expr *subject, const EvaluateStatement
         test = "0";
     } else if (value->kind == ExprKind::Relation && !value->left) {
         test = relation(subject, value->op, value->right); // WHEN > 5
+    } else if ((value->kind == ExprKind::ClassTest || value->kind == ExprKind::SignTest) && !value->left) {
+        Expr whole = *value; // WHEN NUMERIC
+        whole.left = const_cast<Expr *>(subject);
+        test = condition(&whole);
     } else if (isCondition(value) && !isConditionName(value)) {
         error(value->at, "a condition as the object needs TRUE, FALSE or a condition as its subject");
         test = "0";
@@ -363,6 +367,20 @@ void Emitter::leaveProgram(bool goback)
 void Emitter::exitStatement(const ExitStatement &s)
 {
     std::string code = cat("p", program_->number, "_returnCode");
+    if (s.value && s.form == ExitStatement::Continue) { // CONTINUE AFTER n SECONDS
+        utilities_ = true;
+        Expr nanoseconds, billion;
+        billion.text = "1000000000";
+        nanoseconds.kind = ExprKind::Arithmetic;
+        nanoseconds.at = s.value->at;
+        nanoseconds.op = '*';
+        nanoseconds.left = s.value;
+        nanoseconds.right = &billion;
+        std::string t = temp("int64_t");
+        put(cat(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t,
+                " % 1000000000);\n"));
+        return;
+    }
     if (s.value && s.form != ExitStatement::StopLiteral) {
         const Expr *e = constant(s.value);
         if (e->kind == ExprKind::Reference) {

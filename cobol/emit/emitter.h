@@ -345,7 +345,7 @@ private:
     std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
-    bool sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out);
+    bool sortKey(const Item &item, uint32_t offset, bool ascending, bool inTable, std::string &out);
 
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);
@@ -381,8 +381,18 @@ private:
         int64_t fixed = -1;
     };
     Program *userFunction(const Expr *e);
+    std::string functionEntry(Program &f);
     const Item *resultOf(Program &function);
     bool callFunction(const Expr *e, Loc &result);
+
+    // ---- exceptions.cpp
+    bool asksForExceptions() const;
+    std::string verbAndPlace();
+    void raise(const std::string &failed, const std::string &name);
+    void verbBegins(const File &f);
+    bool exceptionText(const FunctionCall &f, FunctionText &result);
+    void sizePhrases(const ArithmeticStatement &s, const std::string &flag, const std::string &zero);
+
     Num functionNumber(const Expr *e, int wantScale);
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);
@@ -456,15 +466,17 @@ private:
     std::vector<Range> ranges_; // ranges that are C functions of their own
     std::vector<int> owners_;   // of each procedure: the index of the range it is in, or -1
     std::string zeroFlag_;
-    bool reversed_ = false;     // an OPEN REVERSED was emitted
-    bool usesXml_ = false;      // a program has XML PARSE or XML GENERATE
-    bool utilities_ = false;    // the CALL of a utility was emitted
-    bool utilityNames_ = false; // a CALL of an item was emitted
-    int sortReturn_ = -1;       // the source names SORT-RETURN; -1: not looked yet
-    bool deleteFile_ = false;   // a DELETE FILE was emitted
-    bool openGiven_ = false;    // an OPEN of a file that may be another system's
-    bool debugs_ = false;       // USE FOR DEBUGGING is in force
-    bool anyChange_ = false;    // every reference counts as one that may change the item
+    bool reversed_ = false;              // an OPEN REVERSED was emitted
+    bool usesXml_ = false;               // a program has XML PARSE or XML GENERATE
+    bool exceptions_ = false;            // the source asks for EXCEPTION-STATUS and its like
+    std::set<size_t> declaredElsewhere_; // functions of other sources, by their index
+    bool utilities_ = false;             // the CALL of a utility was emitted
+    bool utilityNames_ = false;          // a CALL of an item was emitted
+    int sortReturn_ = -1;                // the source names SORT-RETURN; -1: not looked yet
+    bool deleteFile_ = false;            // a DELETE FILE was emitted
+    bool openGiven_ = false;             // an OPEN of a file that may be another system's
+    bool debugs_ = false;                // USE FOR DEBUGGING is in force
+    bool anyChange_ = false;             // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;

@@ -136,8 +136,13 @@ void Emitter::entry(Program &p)
     if (localBytes) out += cat(prefix, "initialize_local();\n");
     out += cat("if (!", prefix, "called) status = sigsetjmp(*(sigjmp_buf *)", emits(Do::JumpBuffer), "(), 1);\n");
     out += cat("if (status == 0) ", prefix, "body(", p.entryPoints.empty() ? "0" : "entered", ");\n");
-    if (p.initial) out += cat("if (", prefix, "called) ", emits(Do::Reset), "((int32_t *)", prefix, "element);\nelse ");
-    if (outermost || true) out += cat(emits(Do::Leave), "(&", prefix, "pcb);\n");
+    if (p.initial) {
+        // The end of an initial program is its CANCEL, and that of the programs in it.
+        out += cat("if (", prefix, "called) {\n", emits(Do::Reset), "((int32_t *)", prefix, "element);\n");
+        for (const Program *inner : p.nested) out += cat("kvr_cancel_", inner->number, "();\n");
+        out += "} else ";
+    }
+    out += cat(emits(Do::Leave), "(&", prefix, "pcb);\n");
     std::string result = cat("(int64_t)", prefix, "returnCode");
     if (p.returning) {
         Loc loc = locate(*p.returning);

@@ -394,6 +394,14 @@ void Emitter::startStatement(const FileStatement &s)
         return;
     }
     put(cat(request, ".relation = ", relation, ";\n"));
+    if (f->organization == K_RELATIVE && s.key && f->relativeKey) {
+        Item *item = meaning_.resolve(*program_, *s.key);
+        if (!item) return;
+        if (item != meaning_.resolve(*f->program, *f->relativeKey)) {
+            error(s.key->at, "the key of a relative file is the item of its RELATIVE KEY");
+            return;
+        }
+    }
     if (f->organization == K_INDEXED && s.key) {
         int key = splitKeyNumber(*f, *s.key);
         Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;

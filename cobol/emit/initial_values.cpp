@@ -91,6 +91,16 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
     };
     bool table = item.occurs && item.occursMax > 1;
     // The first occurrence of a table is set apart, so that it can be copied.
+    if (item.elementary() && item.values.size() > 1) {
+        std::string all;
+        Item one = item;
+        for (uint32_t i = 0; i < item.occursMax; i++) {
+            if (i < item.values.size()) one.values = {item.values[i]};
+            all += i < item.values.size() ? valueBytes(*program_, one) : defaultBytes(item);
+        }
+        add(all);
+        return;
+    }
     if (item.elementary()) {
         std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
         const Expr *value = item.hasValue ? meaning_.constant(*program_, item.values[0].from) : nullptr;

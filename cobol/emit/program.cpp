@@ -359,6 +359,7 @@ std::string Emitter::emit()
         declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
     };
+    exceptions_ = asksForExceptions();
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
@@ -366,6 +367,7 @@ std::string Emitter::emit()
     if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
     if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
+    if (exceptions_) out += "#include \"kvr2/kvrcob/exceptions.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     if (utilityNames_) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
     out += "\n";

@@ -63,7 +63,7 @@ bool Emitter::searchByLibrary(const SearchStatement &s, const Item &table)
     std::vector<Argument> arguments;
     std::string keys, lengths, forms;
     for (size_t i = 0; i < pairs.size(); i++) {
-        const Item *key = meaning_.resolve(*program_, *table.keys[i].item, true);
+        const Item *key = meaning_.key(*program_, *table.keys[i].item, table.name);
         auto pair = std::find_if(pairs.begin(), pairs.end(), [&](const SearchPair &p) { return p.key == key; });
         if (!key || pair == pairs.end()) return false;
         int type = searchType(*key);

@@ -5,14 +5,19 @@
 
 namespace kvrcob {
 
-// A key as the engine wants it. False if there is no key of this kind.
-bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, std::string &out)
+// A key as the engine, or the sort of a table, wants it. False if there is no key of this kind.
+bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, bool inTable, std::string &out)
 {
     const char *type = "ZVK_KEY_ALPHANUMERIC", *sign = "0";
+    const char *const bytes = "ZVK_KEY_NATIONAL"; // as they are stored, under no alphabet
     if (item.category == Category::Numeric) {
         switch (item.usage) {
         case Usage::Packed:
-            type = "ZVK_KEY_PACKED";
+            // The sort of a table takes the sign of an unsigned number, 0xF, for negative.
+            type = inTable && !item.picture.sign ? bytes : "ZVK_KEY_PACKED";
+            break;
+        case Usage::CompX:
+            type = bytes;
             break;
         case Usage::Float:
         case Usage::Double:
@@ -101,11 +106,11 @@ void Emitter::sortStatement(const SortStatement &s)
         size_t count = 0;
         for (const SortKey &key : keys) {
             const Item *item = table;
-            if (key.item) item = meaning_.resolve(*program_, *key.item);
+            if (key.item) item = meaning_.key(*program_, *key.item, table->name);
             if (!item) return;
             std::string row;
             if (item->offset < table->offset || item->offset + item->size > table->offset + table->size ||
-                !sortKey(*item, item->offset - table->offset, key.ascending, row)) {
+                !sortKey(*item, item->offset - table->offset, key.ascending, true, row)) {
                 error(key.item ? key.item->at : s.at, "this is no key of the table");
                 return;
             }
@@ -138,12 +143,12 @@ void Emitter::sortStatement(const SortStatement &s)
             error(s.at, "a sort key needs an item");
             continue;
         }
-        Item *item = meaning_.resolve(*program_, *key.item);
-        if (!item) continue;
+        const Item *item = meaning_.key(*program_, *key.item, file->name);
+        if (!item) return;
         std::string row;
-        if (recordOf(*item).file != file || !sortKey(*item, item->offset, key.ascending, row)) {
+        if (recordOf(*item).file != file || !sortKey(*item, item->offset, key.ascending, false, row)) {
             error(key.item->at, wordText(item->name) + " is no key in a record of " + wordText(file->name));
-            continue;
+            return;
         }
         rows += cat(row, ", ");
         count++;

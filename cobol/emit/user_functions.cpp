@@ -9,7 +9,24 @@ Program *Emitter::userFunction(const Expr *e)
 {
     for (Program *p : group_.programs)
         if (p->isFunction && p->name == e->op) return p;
+    for (Program *p : group_.elsewhere)
+        if (p->name == e->op) return p;
     return nullptr;
+}
+
+// The C name of a function's entry. One of another source is declared here, under its own name.
+std::string Emitter::functionEntry(Program &f)
+{
+    auto found = std::find(group_.elsewhere.begin(), group_.elsewhere.end(), &f);
+    if (found == group_.elsewhere.end()) return cat("kvr_entry_", f.number);
+    size_t index = static_cast<size_t>(found - group_.elsewhere.begin());
+    std::string name = cat("kvr_other_", index);
+    if (declaredElsewhere_.insert(index).second) {
+        std::string parameters;
+        for (size_t i = 0; i < f.parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
+        globals_ += cat("int64_t ", name, "(", parameters, ") __asm__(", bytesLiteral(f.cName), ");\n");
+    }
+    return name;
 }
 
 const Item *Emitter::resultOf(Program &function)
@@ -78,12 +95,13 @@ bool Emitter::callFunction(const Expr *e, Loc &result)
     result.fixed = returned->size;
     result.length = cat(returned->size);
     result.address = tempBytes(std::max<int64_t>(returned->size, 1));
+    const std::string entry = functionEntry(f);
     bool zeros = isNumericItem(*returned) && returned->usage != Usage::Display;
     put(cat("memset(", result.address, ", ",
             zeros                      ? "0"
             : isNumericItem(*returned) ? "'0'"
                                        : "' '",
-            ", ", returned->size, ");\n", lengths, "kvr_entry_", f.number, "(", arguments, result.address, ");\n"));
+            ", ", returned->size, ");\n", lengths, entry, "(", arguments, result.address, ");\n"));
     return true;
 }
 

@@ -61,6 +61,18 @@ struct Layout {
         }
         if (item.level == 1 || item.level == 77)
             meaning.warning("occurs", item.at, "OCCURS at level 01 is an extension");
+        keys(item);
+    }
+
+    // A key is the table itself or one of its items.
+    void keys(const Item &table)
+    {
+        for (const SortKey &key : table.keys) {
+            const Item *item = meaning.key(program, *key.item, table.name), *within = item;
+            while (within && within != &table) within = within->parent;
+            if (item && !within)
+                meaning.error(key.item->at, wordText(item->name) + " is not in the table " + wordText(table.name));
+        }
     }
 
     // COMP-X: an unsigned binary number, high byte first, of as many bytes as its picture needs.
@@ -146,8 +158,9 @@ struct Layout {
         if (!item.hasPicture) {
             if (item.level != 66 && !(item.hasValue && item.values.size() == 1 && item.values[0].from &&
                                       item.values[0].from->kind == ExprKind::String)) {
-                meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
-                                           " has neither a PICTURE nor items below it");
+                if (!item.broken)
+                    meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
+                                               " has neither a PICTURE nor items below it");
                 item.size = 1;
                 item.category = Category::Alphanumeric;
                 item.picture.positions = 1;
@@ -308,7 +321,9 @@ struct Layout {
     void checkValue(Item &item)
     {
         if (!item.hasValue || item.values.empty()) return;
-        if (item.values.size() > 1 || item.values[0].to) {
+        if (item.values.size() > 1 && item.occurs && item.elementary() && item.values.size() <= item.occursMax) {
+            // VALUES "JAN" "FEB" ...: one for each occurrence.
+        } else if (item.values.size() > 1 || item.values[0].to) {
             meaning.error(item.at, "only a condition-name has several values");
             return;
         }

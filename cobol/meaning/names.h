@@ -18,11 +18,13 @@ class Meaning {
 public:
     explicit Meaning(Group &group) : group_(group) {}
 
-    // Names, layout and checks of all programs. False after errors that leave no sense in going on.
-    bool analyse();
+    // Names, layout and checks of all programs.
+    void analyse();
 
     // The item that a reference means; null after an error (which was told unless `silent`).
     Item *resolve(Program &program, const Reference &ref, bool silent = false);
+    // The key of a table or of a sort file; a name that others have, too, is the one in `outer`.
+    Item *key(Program &program, const Reference &ref, Word outer);
     File *file(Program &program, Word name, Tok at);
     // The index of a procedure, or -1 after an error. `from`: the procedure in which the name
     // stands.
@@ -49,10 +51,20 @@ public:
 private:
     std::set<Word> told_; // names that were reported as not declared or ambiguous
     friend struct Layout;
+    // meaning/programs.cpp
     void program(Program &p);
+    void enterNames(Program &p);
     void enter(Program &p, Item *item);
     void enterTree(Program &p, Item *item);
+    void recordLengths(Program &p, File &f);
+    void redefinition(Program &p, Item &record);
+    void parameters(Program &p);
+    void usesOfFiles(Program &p);
+    // meaning/special_registers.cpp
     void specials(Program &p);
+    void debugItem(Program &p);
+    void linageCounters(Program &p);
+
     void suggest(Program &p, Word name, Tok at);
     bool matches(const Item *item, const Reference &ref) const;
 

@@ -93,6 +93,12 @@ Statement *Parser::acceptStatement()
         if (environment) {
             s->from = K_ENVIRONMENT;
             s->name = operand();
+        } else if (s->from == K_USER && take(K_NAME)) {
+            s->from = K_ENVIRONMENT;
+            s->name = node(ExprKind::String, here());
+            s->name->text = "USER";
+        } else if (s->from == K_STANDARD && take(K_INPUT)) {
+            s->from = K_SYSIN;
         }
         if ((s->from == K_DATE && at(K_YYYYMMDD)) || (s->from == K_DAY && at(K_YYYYDDD))) {
             step();

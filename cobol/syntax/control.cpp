@@ -32,6 +32,17 @@ Expr *Parser::evaluateOperand(bool object)
         step();
         return e;
     }
+    // WHEN NUMERIC, WHEN IS NEGATIVE: a test of the subject.
+    size_t first = at(K_IS) ? 1 : 0;
+    bool sign = aheadIs(first, K_POSITIVE) || aheadIs(first, K_NEGATIVE);
+    if (object && (sign || aheadIs(first, K_NUMERIC) || aheadIs(first, K_ALPHABETIC) ||
+                   aheadIs(first, K_ALPHABETIC_LOWER) || aheadIs(first, K_ALPHABETIC_UPPER))) {
+        take(K_IS);
+        Expr *test = node(sign ? ExprKind::SignTest : ExprKind::ClassTest, start);
+        test->op = now().word;
+        step();
+        return test;
+    }
     Expr *e = condition();
     if (object && (take(K_THRU) || take(K_THROUGH))) {
         Expr *range = node(ExprKind::Range, start);
@@ -51,7 +62,10 @@ Statement *Parser::evaluateStatement()
         while (!atEnd() && !atMark('.') && !at(K_WHEN) && !at(K_END_EVALUATE)) step();
         panic_ = false;
     }
+    if (!at(K_WHEN)) error("expected WHEN before " + shown());
     while (at(K_WHEN) && !panic_) {
+        if (!s->whens.empty() && s->whens.back().other)
+            warn("evaluate", here(), "this WHEN is never reached: WHEN OTHER comes before it");
         EvaluateStatement::When when;
         while (at(K_WHEN) && !panic_) {
             step();
@@ -95,6 +109,7 @@ Statement *Parser::performStatement()
     bool countsInline = (atNumber() || atName()) && (aheadIs(1, K_TIMES));
     bool named = atProcedureName() && !countsInline;
     if (at(K_FUNCTION) && ahead().kind == TokenKind::Name && functionRow(ahead().word)) named = false;
+    if (at(K_FOREVER) && ahead().kind == TokenKind::Name && !aheadIs(1, K_OF) && !aheadIs(1, K_IN)) named = false;
     if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '('))
         named = false; // PERFORM T (I) TIMES
     if (named && atName() && (aheadIs(1, K_OF) || aheadIs(1, K_IN))) {
@@ -131,6 +146,9 @@ Statement *Parser::performStatement()
             if (!panic_) v.until = condition();
             s->varying.push_back(v);
         } while (take(K_AFTER) && !panic_);
+    } else if (at(K_FOREVER)) {
+        step();
+        s->forever = true;
     } else if (take(K_UNTIL)) {
         if (at(K_EXIT)) {
             step();
@@ -142,7 +160,6 @@ Statement *Parser::performStatement()
         s->times = expression();
         expect(K_TIMES);
     }
-    // PERFORM ... VARYING ... WITH TEST AFTER: the phrase may come last in some programs.
     if (s->isInline) {
         if (panic_) recover();
         block(s->body);
@@ -150,8 +167,6 @@ Statement *Parser::performStatement()
             error("expected END-PERFORM before " + shown());
             diagnostics().note(group_.spot(s->at), "for this PERFORM");
         }
-    } else if (at(K_END_PERFORM) && false) {
-        step();
     }
     return s;
 }
@@ -209,6 +224,10 @@ Statement *Parser::continueStatement()
 {
     auto *s = begin<ExitStatement>();
     s->form = ExitStatement::Continue;
+    if (take(K_AFTER)) { // CONTINUE AFTER n SECONDS
+        s->value = expression();
+        expect(K_SECONDS);
+    }
     return s;
 }
 

@@ -228,13 +228,19 @@ void Parser::valueClause(Item &item)
     take(K_IS);
     take(K_ARE);
     item.hasValue = true;
+    // A number in front of a name is the level of the next entry: a period is missing.
+    auto atLevel = [&] {
+        return atNumber() && now().text.size() <= 2 && ahead().kind == TokenKind::Name &&
+               (!isReserved(ahead().word) || aheadIs(1, K_FILLER)) &&
+               now().spot.line != tokens_[position_ - 1].spot.line;
+    };
     do {
         ValueRange range;
         range.from = literal();
         if (take(K_THRU) || take(K_THROUGH)) range.to = literal();
         item.values.push_back(range);
         if (panic_) return;
-    } while (atString() || atNumber() || atFigurative() || at(K_ALL) ||
+    } while (atString() || (atNumber() && !atLevel()) || atFigurative() || at(K_ALL) ||
              ((atMark('-') || atMark('+')) && ahead().kind == TokenKind::Number) || (item.level == 88 && atName()));
 }
 

@@ -79,6 +79,12 @@ void Parser::fileSection(Program &p)
     }
 }
 
+// The words of a file description that name something and count no further: DATA RECORD IS name.
+void Parser::passNames()
+{
+    while (atName() && !at(K_RECORDING)) step();
+}
+
 void Parser::fileDescription(Program &p)
 {
     bool sort = at(K_SD);
@@ -165,12 +171,12 @@ void Parser::fileDescription(Program &p)
             take(K_RECORD);
             take(K_IS);
             take(K_ARE);
-            if (!take(K_STANDARD) && !take(K_OMITTED))
-                while (atName()) step();
+            if (!take(K_STANDARD) && !take(K_OMITTED)) passNames();
         } else if (take(K_VALUE)) {
             take(K_OF);
             while (now().kind == TokenKind::Name && !atMark('.') && !at(K_RECORD) && !at(K_DATA) && !at(K_LABEL) &&
-                   !at(K_BLOCK) && !at(K_LINAGE) && !at(K_CODE_SET) && !at(K_REPORT) && !at(K_REPORTS)) {
+                   !at(K_BLOCK) && !at(K_LINAGE) && !at(K_CODE_SET) && !at(K_REPORT) && !at(K_REPORTS) &&
+                   !at(K_RECORDING) && !at(K_IS) && !at(K_EXTERNAL) && !at(K_GLOBAL)) {
                 bool fileId = at(K_FILE_ID) || wordText(now().word) == "FILE-ID" || wordText(now().word) == "ID" ||
                               wordText(now().word) == "IDENTIFICATION";
                 step();
@@ -192,7 +198,7 @@ void Parser::fileDescription(Program &p)
             take(K_RECORDS);
             take(K_IS);
             take(K_ARE);
-            while (atName()) step();
+            passNames();
         } else if (take(K_LINAGE)) {
             take(K_IS);
             f->linage = operand();
@@ -220,13 +226,17 @@ void Parser::fileDescription(Program &p)
             }
         } else if (take(K_CODE_SET)) {
             take(K_IS);
-            f->codeSet = now().word;
-            step();
+            if (atName()) {
+                f->codeSet = now().word;
+                step();
+            } else {
+                error("expected the alphabet's name before " + shown());
+            }
         } else if (take(K_RECORDING)) {
             take(K_MODE);
             take(K_IS);
             f->recordingMode = std::string(now().text);
-            step();
+            if (!atMark('.')) step();
         } else if (at(K_REPORT) || at(K_REPORTS)) {
             notBuilt(here(), "REPORT IS (the report writer)");
         } else {
@@ -334,6 +344,16 @@ void Parser::records(Program &p, Item::Section section, File *file)
     }
 }
 
+// A usage that could be a name, where it is the whole entry and no group: 05 BINARY-LONG UNSIGNED.
+bool Parser::atUsageAlone(int level) const
+{
+    size_t n = aheadIs(1, K_SIGNED) || aheadIs(1, K_UNSIGNED) ? 2 : 1;
+    if (ahead(n).kind != TokenKind::Punct || ahead(n).word != '.') return false;
+    if (ahead(n + 1).kind != TokenKind::Number) return true;
+    int next = std::atoi(std::string(ahead(n + 1).text).c_str());
+    return next <= level || next > 49;
+}
+
 Item *Parser::dataDescription(Program &p, Item::Section section)
 {
     Item *item = make<Item>();
@@ -349,7 +369,9 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
     }
     step();
     if (take(K_FILLER)) {
-    } else if (atName() && !((at(K_CONSTANT)) && false)) {
+    } else if (usageWord(*item) && (!atName() || atUsageAlone(item->level))) {
+        // An item without a name: 05 BINARY-LONG.
+    } else if (atName()) {
         // Words that are clauses only where no name is before them.
         item->at = here();
         item->name = now().word;
@@ -357,9 +379,9 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         dataNames_.insert(item->name);
         step();
     } else if (now().kind == TokenKind::Name && !at(K_PIC) && !at(K_PICTURE) && !at(K_REDEFINES) && !at(K_OCCURS) &&
-               !at(K_USAGE) && !at(K_VALUE) && !at(K_VALUES) && !at(K_COMP) && !at(K_COMP_3) && !at(K_BINARY) &&
-               !at(K_PACKED_DECIMAL) && !at(K_SIGN) && !at(K_IS) && !at(K_DISPLAY) && !at(K_INDEX) && !at(K_JUST) &&
-               !at(K_JUSTIFIED) && !at(K_SYNC) && !at(K_BLANK) && !at(K_EXTERNAL) && !at(K_GLOBAL)) {
+               !at(K_USAGE) && !at(K_VALUE) && !at(K_VALUES) && !at(K_SIGN) && !at(K_LEADING) && !at(K_TRAILING) &&
+               !at(K_IS) && !at(K_JUST) && !at(K_JUSTIFIED) && !at(K_SYNC) && !at(K_SYNCHRONIZED) && !at(K_BLANK) &&
+               !at(K_EXTERNAL) && !at(K_GLOBAL)) {
         error(wordText(now().word) + " is a reserved word; it cannot be an item's name");
         skipToPeriod();
         return nullptr;
@@ -395,7 +417,10 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
     }
     if (item->level == 88) {
         if (!item->name) errorAt(levelAt, "a condition-name (level 88) needs a name");
-        valueClause(*item);
+        if (at(K_VALUE) || at(K_VALUES))
+            valueClause(*item);
+        else
+            error("expected VALUE before " + shown());
         if (at(K_WHEN) || at(K_FALSE)) {
             take(K_WHEN);
             take(K_SET);
@@ -412,7 +437,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         panic_ = false;
         return item;
     }
-    while (!atMark('.') && !atEnd() && !panic_) {
+    while (!atMark('.') && !atEnd() && !panic_ && !atNumber()) { // a number: a period is missing
         Tok clause = here();
         if (take(K_REDEFINES)) {
             item->redefinesAt = here();
@@ -426,8 +451,14 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         }
         if (take(K_PIC) || take(K_PICTURE)) {
             take(K_IS);
-            if (now().kind != TokenKind::Picture) {
-                error("expected a picture string before " + shown());
+            if (now().kind != TokenKind::Picture || now().text == ".") {
+                error("expected a picture string before " + (now().text == "." ? "\".\"" : shown()));
+                if (now().kind == TokenKind::Picture) { // "PIC." and nothing else
+                    item->broken = true;
+                    panic_ = false;
+                    step();
+                    return item;
+                }
                 continue;
             }
             if (item->hasPicture) errorAt(clause, "a second PICTURE clause");
@@ -521,6 +552,7 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         }
         errorAt(clause, "expected a clause of the data description before " + shown());
     }
+    item->broken = panic_;
     if (panic_)
         skipToPeriod();
     else

@@ -117,8 +117,12 @@ void Parser::selectEntry(Program &p)
         } else if (at(K_ORGANIZATION) || at(K_SEQUENTIAL) || at(K_RELATIVE) || at(K_INDEXED) || at(K_LINE) ||
                    (at(K_RECORD) && aheadIs(1, K_SEQUENTIAL)) || (at(K_BINARY) && aheadIs(1, K_SEQUENTIAL))) {
             if (take(K_ORGANIZATION)) take(K_IS);
-            if (at(K_RELATIVE) && (aheadIs(1, K_KEY) || (!aheadIs(1, K_ORGANIZATION) && f->hasOrganization &&
-                                                         f->organization == K_RELATIVE))) {
+            // RELATIVE KEY IS name, of which two words may be left out.
+            bool named = aheadIs(1, K_IS) || (ahead().kind == TokenKind::Name && !isReserved(ahead().word) &&
+                                              !aheadIs(1, K_SHARING) && !isOldClause(ahead()));
+            if (at(K_RELATIVE) && (aheadIs(1, K_KEY) || named ||
+                                   (!aheadIs(1, K_ORGANIZATION) && f->hasOrganization &&
+                                    f->organization == K_RELATIVE))) {
                 step();
                 take(K_KEY);
                 take(K_IS);
@@ -267,7 +271,7 @@ void Parser::ioControl(Program &p)
             take(K_AREA);
             take(K_FOR);
             areas++;
-            while (atName()) {
+            while (atName() && wordText(now().word) != "APPLY") {
                 File *f = findFile(p, now().word);
                 if (!f)
                     error("there is no file " + wordText(now().word));

@@ -66,10 +66,8 @@ Statement *Parser::closeStatement()
         step();
         if (take(K_REEL) || take(K_UNIT)) {
             part.reel = true;
-            if (take(K_FOR)) {
-                take(K_REMOVAL);
-                part.removal = true;
-            }
+            if (at(K_FOR) && aheadIs(1, K_REMOVAL)) step();
+            if (take(K_REMOVAL)) part.removal = true;
         }
         if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_NO))) step();
         if (take(K_LOCK)) part.lock = true;

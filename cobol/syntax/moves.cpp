@@ -47,9 +47,9 @@ Statement *Parser::initializeStatement()
         s->allToValue = true;
     } else {
         Word word;
-        while (now().kind == TokenKind::Name && (aheadIs(1, K_TO) && aheadIs(2, K_VALUE)) && category(word)) {
+        while ((aheadIs(1, K_VALUE) || (aheadIs(1, K_TO) && aheadIs(2, K_VALUE))) && category(word)) {
             s->toValue.push_back(word);
-            step();
+            take(K_TO);
             step();
         }
     }
@@ -65,12 +65,9 @@ Statement *Parser::initializeStatement()
         }
         if (s->replacing.empty()) error("expected a category before " + shown());
     }
-    if (at(K_THEN) && aheadIs(1, K_TO)) step();
-    if (at(K_TO) && aheadIs(1, K_DEFAULT)) {
-        step();
-        step();
-        s->thenToDefault = true;
-    }
+    if (at(K_THEN) && (aheadIs(1, K_TO) || aheadIs(1, K_DEFAULT))) step();
+    if (at(K_TO, K_DEFAULT)) step();
+    if (take(K_DEFAULT)) s->thenToDefault = true;
     return s;
 }
 

@@ -72,6 +72,7 @@ void Parser::errorAt(Tok at, const std::string &text)
 {
     if (panic_) return;
     panic_ = true;
+    lost_ = true;
     diagnostics().error(group_.spot(at), text);
 }
 

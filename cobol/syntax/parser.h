@@ -1,11 +1,14 @@
 // The parser: tokens to trees, by recursive descent. One file a division or group of statements:
 //
-//   parser.cpp the tools: looking at words, expecting them, recovering from errors
-//   identification.cpp programs, nesting, IDENTIFICATION DIVISION environment_division.cpp
-//   SPECIAL-NAMES, SELECT data_division.cpp FD, data descriptions procedure_division.cpp sections,
-//   paragraphs, sentences, the table of verbs expressions.cpp identifiers, arithmetic expressions,
-//   conditions arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp
-//   strings.cpp searching.cpp xml.cpp statements
+//   parser.cpp                the tools: looking at words, expecting them, recovering from errors
+//   identification.cpp        programs, nesting, IDENTIFICATION DIVISION
+//   environment_division.cpp  SPECIAL-NAMES; file_control.cpp SELECT and I-O-CONTROL
+//   data_division.cpp         FD, data descriptions; data_clauses.cpp their longer clauses
+//   procedure_division.cpp    sections, paragraphs, sentences, the table of verbs
+//   operands.cpp              literals and identifiers
+//   expressions.cpp           arithmetic; conditions.cpp relations, AND, OR, NOT
+//   arithmetic.cpp moves.cpp control.cpp console.cpp calls.cpp files.cpp sorting.cpp strings.cpp
+//   searching.cpp xml.cpp     statements
 //
 // After an error the parser is in panic: it says no more until the next verb, period or header.
 #pragma once
@@ -55,6 +58,7 @@ private:
     void skipToDataEntry();
     void skipToVerb();
     void recover();
+    void lostWord();
     bool deep(); // nesting is too deep; reports
     struct Depth {
         Parser &parser;
@@ -87,6 +91,8 @@ private:
     void dataDivision(Program &program);
     void fileSection(Program &program);
     void fileDescription(Program &program);
+    void passNames();
+    bool atUsageAlone(int level) const;
     void records(Program &program, Item::Section section, File *file);
     Item *dataDescription(Program &program, Item::Section section);
     void occursClause(Program &program, Item &item);
@@ -124,7 +130,7 @@ private:
     bool atProcedureName() const;
     friend struct VerbRow;
 
-    // ---- expressions.cpp
+    // ---- operands.cpp, expressions.cpp, conditions.cpp
     Expr *expression(); // arithmetic
     Expr *condition();  // or any of the rest
     Expr *operand();    // identifier, literal, figurative constant, function
@@ -232,6 +238,7 @@ private:
     std::vector<Token> &tokens_;
     size_t position_ = 0;
     bool panic_ = false;
+    bool lost_ = false; // an error was told in this sentence: what ends its statements may be left over
     bool tooDeep_ = false;
     bool firstSentence_ = false; // of a procedure
     int depth_ = 0;

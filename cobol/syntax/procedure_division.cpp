@@ -406,6 +406,27 @@ void Parser::paragraphs(Program &p, bool declaratives)
     }
 }
 
+// A word that neither goes on with a statement nor begins one. After an error in this sentence
+// ELSE, WHEN and END-IF belong to a statement that was given up: they are no errors of their own.
+void Parser::lostWord()
+{
+    bool ends = now().kind == TokenKind::Name && wordText(now().word).rfind("END-", 0) == 0;
+    if (lost_ && (ends || at(K_ELSE) || at(K_WHEN))) return;
+    if (at(K_ELSE)) {
+        error("ELSE without IF");
+    } else if (at(K_WHEN)) {
+        error("WHEN without EVALUATE or SEARCH");
+    } else if (ends) {
+        error(wordText(now().word) + " without its statement");
+    } else if (at(K_END) && ahead().kind == TokenKind::Name &&
+               isReserved(internWord("END-" + wordText(ahead().word)))) {
+        error("expected a statement or a period before END; did you mean END-" + wordText(ahead().word) + "?");
+        step();
+    } else {
+        error("expected a statement or a period before " + shown());
+    }
+}
+
 void Parser::sentences(Procedure &procedure)
 {
     Sentence sentence;
@@ -417,17 +438,12 @@ void Parser::sentences(Procedure &procedure)
         } else if (atProcedureHeader()) {
             expectPeriod();
         } else {
-            if (at(K_ELSE))
-                error("ELSE without IF");
-            else if (at(K_WHEN))
-                error("WHEN without EVALUATE or SEARCH");
-            else if (now().kind == TokenKind::Name && wordText(now().word).rfind("END-", 0) == 0)
-                error(wordText(now().word) + " without its statement");
-            else
-                error("expected a statement or a period before " + shown());
+            lostWord();
             step();
             skipToVerb();
         }
+    } else {
+        lost_ = false;
     }
     procedure.sentences.push_back(std::move(sentence));
 }

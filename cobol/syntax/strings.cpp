@@ -136,6 +136,8 @@ Statement *Parser::inspectStatement()
     }
     if (take(K_REPLACING)) {
         any = true;
+        if (!at(K_CHARACTERS) && !at(K_ALL) && !at(K_LEADING) && !at(K_FIRST) && !at(K_TRAILING))
+            error("expected CHARACTERS, ALL, LEADING, FIRST or TRAILING before " + shown());
         while ((at(K_CHARACTERS) || at(K_ALL) || at(K_LEADING) || at(K_FIRST) || at(K_TRAILING)) && !panic_) {
             Word mode = now().word;
             step();

@@ -3,7 +3,7 @@
 //
 // A node names its place by the index of its token. Nodes live as long as the compilation: they are
 // made with `make<T>()` and never freed. Fields under "meaning" are empty after parsing;
-// meaning/layout.cpp and meaning/names.cpp fill them.
+// meaning/layout.cpp and meaning/programs.cpp fill them.
 #pragma once
 
 #include <set>
@@ -114,8 +114,12 @@ struct Item {
     Tok pictureAt = 0;
     bool hasPicture = false, hasUsage = false, hasSign = false, signLeading = false, signSeparate = false;
     bool justified = false, blankWhenZero = false, synchronized = false, external = false, global = false;
-    bool based = false;        // BASED: in storage of ALLOCATE
-    bool anyLength = false;    // as long as the argument
+    bool based = false;     // BASED: in storage of ALLOCATE
+    bool anyLength = false; // as long as the argument
+    bool broken = false;    // its description has an error, which was told
+    bool isTypedef = false; // TYPEDEF: no storage, copied by TYPE
+    Word typeName = 0;      // TYPE
+    Tok typeAt = 0;
     bool nativeBinary = false; // BINARY-CHAR and its like: size in nativeSize
     bool isUnsigned = false;
     uint8_t nativeSize = 0;
@@ -311,7 +315,8 @@ struct Program {
 struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
-    bool embedded = false; // there are EXEC blocks: names may be missing for them
+    std::vector<Program *> elsewhere; // functions (FUNCTION-ID) of the command's other sources
+    bool embedded = false;            // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
 

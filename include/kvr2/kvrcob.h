@@ -48,7 +48,8 @@ typedef struct KvrVisible {
 
 /* ---- Arguments of any length: how long those are of the function that is called next. */
 
-static int64_t kvr_lengths[64] __attribute__((unused));
+/* One for all sources of a program. */
+int64_t kvr_lengths[64] __attribute__((weak));
 
 /* ---- ALLOCATE, FREE. What FREE is given and ALLOCATE did not make stays as it is. */
 

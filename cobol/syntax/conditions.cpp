@@ -1,0 +1,208 @@
+// Conditions: relations, class and sign tests, and AND, OR, NOT over them.
+//
+// An abbreviated relation has no left side: A = B OR > C. A bare operand after AND or OR may be a
+// condition-name or an abbreviated relation, which only the names can tell (emit/conditions.cpp).
+#include "cobol/syntax/parser.h"
+
+namespace kvrcob {
+
+Expr *Parser::condition() { return orCondition(); }
+
+Expr *Parser::orCondition()
+{
+    Depth guard(*this);
+    if (deep()) return number("0", here());
+    Expr *left = andCondition();
+    while (at(K_OR)) {
+        left = joined(ExprKind::Or, left, &Parser::andCondition);
+        if (panic_) break;
+    }
+    return left;
+}
+
+Expr *Parser::andCondition()
+{
+    Expr *left = notCondition();
+    while (at(K_AND)) {
+        left = joined(ExprKind::And, left, &Parser::notCondition);
+        if (panic_) break;
+    }
+    return left;
+}
+
+bool Parser::atRelationalOperator() const
+{
+    if (now().kind == TokenKind::Punct)
+        return now().word == '=' || now().word == '<' || now().word == '>' || now().word == kLessEqual ||
+               now().word == kGreaterEqual || now().word == kNotEqual;
+    return at(K_EQUAL) || at(K_EQUALS) || at(K_GREATER) || at(K_LESS) || at(K_UNEQUAL) || at(K_EXCEEDS);
+}
+
+// Takes an operator with all its words.
+uint32_t Parser::relationalOperator()
+{
+    if (now().kind == TokenKind::Punct) {
+        uint32_t mark = now().word;
+        step();
+        if (mark == '>' && atMark('=')) {
+            step();
+            return kGreaterEqual;
+        }
+        if (mark == '<' && atMark('=')) {
+            step();
+            return kLessEqual;
+        }
+        if (mark == '=' && (atMark('<') || atMark('>'))) { // "=<" and "=>" of older programs
+            mark = atMark('<') ? kLessEqual : kGreaterEqual;
+            step();
+            return mark;
+        }
+        take(K_TO);
+        take(K_THAN);
+        return mark;
+    }
+    if (take(K_EQUAL) || take(K_EQUALS)) {
+        take(K_TO);
+        return '=';
+    }
+    if (take(K_UNEQUAL)) {
+        take(K_TO);
+        return kNotEqual;
+    }
+    if (take(K_EXCEEDS)) return '>';
+    bool greater = at(K_GREATER);
+    step();
+    take(K_THAN);
+    if (at(K_OR, K_EQUAL)) {
+        step();
+        step();
+        take(K_TO);
+        return greater ? kGreaterEqual : kLessEqual;
+    }
+    if (at(K_OR) && ahead().kind == TokenKind::Punct && ahead().word == '=') {
+        step();
+        step();
+        return greater ? kGreaterEqual : kLessEqual;
+    }
+    return greater ? '>' : '<';
+}
+
+static uint32_t turned(uint32_t op)
+{
+    switch (op) {
+    case '=':
+        return kNotEqual;
+    case kNotEqual:
+        return '=';
+    case '<':
+        return kGreaterEqual;
+    case '>':
+        return kLessEqual;
+    case kLessEqual:
+        return '>';
+    default:
+        return '<';
+    }
+}
+
+Expr *Parser::notCondition()
+{
+    Depth guard(*this);
+    if (deep()) return number("0", here());
+    if (at(K_NOT)) {
+        Tok start = here();
+        step();
+        if (atRelationalOperator()) { // A = B OR NOT > C
+            Expr *e = node(ExprKind::Relation, start);
+            e->op = turned(relationalOperator());
+            e->right = expression();
+            return e;
+        }
+        Expr *e = node(ExprKind::Not, start);
+        e->left = notCondition();
+        return e;
+    }
+    return relation();
+}
+
+Expr *Parser::relation()
+{
+    Tok start = here();
+    Expr *left = nullptr;
+    bool is = false;
+    if (at(K_IS) && !panic_) { // abbreviated: A IS = B OR IS > C
+        is = true;
+    } else if (!atRelationalOperator()) {
+        left = expression();
+        if (panic_) return left;
+        if (left->kind == ExprKind::Or || left->kind == ExprKind::And || left->kind == ExprKind::Not ||
+            left->kind == ExprKind::Relation || left->kind == ExprKind::ClassTest || left->kind == ExprKind::SignTest)
+            return left;
+    }
+    size_t saved = position_;
+    is = take(K_IS) || take(K_ARE) || is;
+    bool negated = take(K_NOT);
+    if (atRelationalOperator()) {
+        Expr *e = node(ExprKind::Relation, start);
+        e->at = here();
+        e->op = relationalOperator();
+        if (negated) e->op = turned(e->op);
+        e->left = left;
+        e->right = expression();
+        return e;
+    }
+    Word word = now().kind == TokenKind::Name ? now().word : 0;
+    if (word == K_NUMERIC || word == K_ALPHABETIC || word == K_ALPHABETIC_LOWER || word == K_ALPHABETIC_UPPER) {
+        Expr *e = node(ExprKind::ClassTest, here());
+        e->op = word;
+        e->left = left;
+        e->negated = negated;
+        step();
+        return e;
+    }
+    if (word == K_POSITIVE || word == K_NEGATIVE ||
+        ((is || negated) && (word == K_ZERO || word == K_ZEROS || word == K_ZEROES))) {
+        Expr *e = node(ExprKind::SignTest, here());
+        e->op = word == K_POSITIVE || word == K_NEGATIVE ? word : static_cast<Word>(K_ZERO);
+        e->left = left;
+        e->negated = negated;
+        step();
+        return e;
+    }
+    if ((word == K_ZERO || word == K_ZEROS || word == K_ZEROES) && left) { // "IF A ZERO"
+        Expr *e = node(ExprKind::SignTest, here());
+        e->op = K_ZERO;
+        e->left = left;
+        step();
+        return e;
+    }
+    if (left && program_ && now().kind == TokenKind::Name &&
+        !isReserved(word)) { // a class of SPECIAL-NAMES; IS may be left out
+        for (const UserClass *known : program_->classes) {
+            if (known->name != word) continue;
+            Expr *e = node(ExprKind::ClassTest, here());
+            e->op = word;
+            e->left = left;
+            e->negated = negated;
+            step();
+            return e;
+        }
+    }
+    if (is || negated) {
+        if (is && !negated && left && (at(K_TRUE) || at(K_FALSE))) return left;
+        if (!is) {
+            position_ = saved;
+            if (left) return left;
+        }
+        error("expected a relation or class before " + shown());
+        return node(ExprKind::Truth, start);
+    }
+    if (left && (atMark('!') || atMark(kPseudo))) { // "==" and "!=" of other languages
+        error("expected a relation before " + shown());
+        return node(ExprKind::Truth, start);
+    }
+    if (!left) left = number("0", start);
+    return left;
+}
+
+} // namespace kvrcob
