@@ -22,15 +22,17 @@
 namespace kvrcob {
 
 // Whether a paragraph never falls into the next one, for its last statement goes away. (An IF that
-// goes away in all its branches is not looked at.)
-static bool goesAway(const Procedure &procedure)
+// goes away in all its branches is not looked at.) EXIT PROGRAM passes by in a main program, which
+// a contained one never is.
+static bool goesAway(const Program &p, const Procedure &procedure)
 {
     if (procedure.sentences.empty() || procedure.sentences.back().statements.empty()) return false;
     const Statement &last = *procedure.sentences.back().statements.back();
     if (last.verb == K_GO) return !static_cast<const GoStatement &>(last).depending;
-    if (last.verb != K_STOP && last.verb != K_GOBACK) return false;
+    if (last.verb != K_STOP && last.verb != K_GOBACK && last.verb != K_EXIT) return false;
     auto form = static_cast<const ExitStatement &>(last).form;
-    return form == ExitStatement::StopRun || form == ExitStatement::Goback;
+    return form == ExitStatement::StopRun || form == ExitStatement::Goback ||
+           (form == ExitStatement::Program && p.parent);
 }
 
 void Emitter::paragraph(size_t index)
@@ -50,7 +52,7 @@ void Emitter::paragraph(size_t index)
         block(sentence.statements);
         if (sentenceEndUsed_) put(cat(sentenceEnd_, ": ;\n"));
     }
-    flow_.endsAway[index] = !sentenceEndUsed_ && !paragraphEndUsed_ && goesAway(procedure);
+    flow_.endsAway[index] = !sentenceEndUsed_ && !paragraphEndUsed_ && goesAway(p, procedure);
     if (paragraphEndUsed_) put(cat("e", index, ": ;\n"));
     if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
         debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);

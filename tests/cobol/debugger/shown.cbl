@@ -29,6 +29,9 @@
        WORKING-STORAGE SECTION.
        01  MINE                 PIC X(3) VALUE "abc".
        PROCEDURE DIVISION.
+           PERFORM SHOW-IT.
+           EXIT PROGRAM.
+       SHOW-IT.
            DISPLAY MINE.
        END PROGRAM INNER.
        END PROGRAM SHOWN.

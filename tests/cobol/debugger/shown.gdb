@@ -1,4 +1,4 @@
-break shown.cbl:32
+break shown.cbl:35
 run
 cobol print TOTAL OF REC
 cobol print total in second
@@ -11,7 +11,7 @@ cobol print THOUSANDS
 cobol print BOX (2, 3)
 cobol print NOT-A-NUMBER
 cobol print MINE
-up 2
+up 3
 cobol print BOX OF SHELF (SUB, 3)
 cobol print SECOND
 cobol print SHELF (1)
