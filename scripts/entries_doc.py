@@ -35,10 +35,10 @@ def main():
     texts = {path: path.read_text() for room in ROOMS for path in sorted((ROOT / room).rglob("*.cpp"))}
     codes = {path: re.sub(r"//.*", "", text) for path, text in texts.items()}
     defined = {path: set(DEFINITION.findall(code)) for path, code in codes.items()}
+    words = {path: set(re.findall(r"\w+", code)) for path, code in codes.items()}
     owners, missing = collections.defaultdict(list), []
     for name in NAMES:
-        word = re.compile(rf"\b{name}\b")
-        found = [path for path in codes if name in defined[path]] or [path for path in codes if word.search(codes[path])]
+        found = [path for path in codes if name in defined[path]] or [path for path in codes if name in words[path]]
         owners[found[0]].append(name) if found else missing.append(name)
     if missing:
         sys.exit("These names are whole in no file of the library: " + ", ".join(missing))

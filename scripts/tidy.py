@@ -26,11 +26,16 @@ NOISE = re.compile(r'^(\d+ warnings? (and \d+ errors? )?generated|Suppressed \d+
 
 
 def commands(build):
-    """Each source's command, without the flags that clang does not know."""
+    """Each source's command, without the flags that clang does not know. What the build compiles in a batch has the batch's."""
     with open(os.path.join(build, 'compile_commands.json')) as stream:
         entries = json.load(stream)
     unknown = ('-fno-gnu-unique', '-Wno-restrict')
-    return {entry['file']: [word for word in shlex.split(entry['command']) if word not in unknown] for entry in entries}
+    known = {entry['file']: [word for word in shlex.split(entry['command']) if word not in unknown] for entry in entries}
+    for batch in [path for path in known if '/Unity/' in path]:
+        with open(batch) as stream:
+            for member in re.findall(r'^#include "(.*)"', stream.read(), re.M):
+                known[member] = [member if word == batch else word for word in known[batch]]
+    return known
 
 
 def batches(files, known):
