@@ -48,11 +48,10 @@ Num Emitter::itemNumber(const Loc &loc)
         n.kind = Num::Packed;
         n.isSigned = true;
         std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
-        std::string record = cat("D", ++constants_);
-        std::string picture = item.picture.expanded;
-        globals_ +=
-            cat("static const struct { int16_t length; uint8_t picture[", picture.size(),
-                "]; } __attribute__((packed)) ", record, " = {", picture.size(), ", ", bytesLiteral(picture), "};\n");
+        const std::string &picture = item.picture.expanded;
+        std::string record = constantRecord(
+            "D", cat("struct { int16_t length; uint8_t picture[", picture.size(), "]; } __attribute__((packed))"),
+            cat("{", picture.size(), ", ", bytesLiteral(picture), "}"));
         n.text = cat(emits(Do::Load, Of::NumericEdited, Of::Packed), "((const DeEditRecord *)&", record, ", ",
                      loc.address, ", ", raw, ", ", t, ", ", n.digits, ")");
         return n;

@@ -167,6 +167,8 @@ private:
     std::string label() { return "l" + std::to_string(++labels_); }
     std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
     std::string constantBytes(std::string_view bytes); // an address of static bytes
+    // The name of a static constant; one for all that are equal.
+    std::string constantRecord(const char *prefix, const std::string &type, const std::string &value);
     void openBlock();
     void closeBlock();
 
@@ -306,6 +308,8 @@ private:
     void entryPoints(Program &p, std::string &out);
     std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
+    void visiblePrograms(Program &p);
+    std::string visibleTable();
 
     std::string shareMode(const File &f, Word sharing);
     void openStatement(const OpenStatement &s);
@@ -446,9 +450,11 @@ private:
         guards_; // of arguments that ALL made: the condition that there is such an element
     // Of records that others redefine: the bytes of the longest of them.
     std::map<const Item *, uint64_t> rooms_;
-    bool groupVisible_ = false; // the table of all outermost programs was emitted
-    std::string globals_;       // static data before the functions
-    std::string code_;          // the function in hand
+    bool groupVisible_ = false;                  // the table of all outermost programs was emitted
+    bool usesVisible_ = false;                   // the program in hand has a CALL or CANCEL of an item
+    std::map<std::string, std::string> records_; // constantRecord: names by type and value
+    std::string globals_;                        // static data before the functions
+    std::string code_;                           // the function in hand
     std::string functions_, useReturns_, entryCases_;
     std::vector<Insertion> insertions_;
     std::vector<size_t> blocks_; // indices into insertions_ of the open blocks

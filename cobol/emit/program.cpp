@@ -197,6 +197,16 @@ void Emitter::statement(const Statement &s)
     closeBlock();
 }
 
+std::string Emitter::constantRecord(const char *prefix, const std::string &type, const std::string &value)
+{
+    std::string &name = records_[type + value];
+    if (name.empty()) {
+        name = cat(prefix, ++constants_);
+        globals_ += cat("static const ", type, " ", name, " = ", value, ";\n");
+    }
+    return name;
+}
+
 // ---- Storage
 
 // What a record takes: as much as the longest of those that redefine it.
@@ -260,29 +270,6 @@ void Emitter::storage(Program &p)
         cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
     globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
                     "body(int entry);\n");
-
-    // What CALL identifier finds without the program manager. Programs that contain none and are in
-    // none see the same ones.
-    bool common = p.nested.empty() && !p.parent;
-    if (common) globals_ += cat("#define ", prefix, "visible group_visible\n");
-    if (common && groupVisible_) return;
-    groupVisible_ |= common;
-    globals_ += cat("static const KvrVisible ", common ? "group_" : prefix, "visible[] __attribute__((unused)) = {");
-    std::set<Word> names;
-    auto add = [&](Program *other) {
-        if (!common && visibleProgram(p, other->name) != other) return;
-        if (!names.insert(other->name).second) return;
-        globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
-                        ", kvr_cancel_", other->number, "}, ");
-        for (const EntryStatement *entry : other->entryPoints)
-            globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
-                            entry->number, ", kvr_cancel_", other->number, "}, ");
-    };
-    for (Program *inner : p.nested) add(inner);
-    for (Program *outer = p.parent; outer; outer = outer->parent)
-        for (Program *inner : outer->nested) add(inner);
-    for (Program *other : group_.programs) add(other);
-    globals_ += "{0, 0, 0}};\n";
 }
 
 void Emitter::program(Program &p)
@@ -305,7 +292,9 @@ void Emitter::program(Program &p)
     std::string functions;
     blocks_.clear();
     insertions_.clear();
+    usesVisible_ = false;
     procedures(p);
+    if (usesVisible_) visiblePrograms(p);
     functions = std::move(code_);
     code_.clear();
     line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
