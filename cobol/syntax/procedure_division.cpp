@@ -137,10 +137,14 @@ Statement *Parser::notBuiltStatement()
     Word verb = now().word;
     Tok start = here();
     Statement *s = begin<Statement>();
-    if (verb == K_EXEC)
+    if (verb == K_EXEC) {
         execBlock(start);
-    else
+    } else if (verb == K_JSON) {
+        notBuilt(start, "the statement JSON " + wordText(now().word));
+        step(); // GENERATE, or PARSE, is no statement of its own
+    } else {
         notBuilt(start, "the statement " + wordText(verb));
+    }
     return s;
 }
 

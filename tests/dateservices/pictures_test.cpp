@@ -11,6 +11,7 @@
 #include "dateservices/service_calls.h"
 #include "support/calendar_walk.h"
 #include "support/child.h"
+#include "support/share.h"
 
 namespace {
 
@@ -96,7 +97,7 @@ TEST(Pictures, WhatIsWrittenReadsBack)
     std::mt19937 random(7);
     const std::string delimiters = "/.,:-_ ";
     int32_t lilian = 1;
-    for (int round = 0; round < 30000; round++) {
+    for (int round = 0; round < shareOf(30000); round++) {
         lilian += 1 + static_cast<int32_t>(random() % 101);
         if (lilian > 3074324) lilian = 1;
         Moment moment = momentOf(lilian, random);

@@ -10,6 +10,7 @@
 #include "datetime/item.h"
 #include "support/calendar_walk.h"
 #include "support/child.h"
+#include "support/share.h"
 
 namespace {
 
@@ -139,7 +140,7 @@ TEST(Items, MoveBetweenAnyFormats)
     std::mt19937 random(91);
     CalendarWalk day = CalendarWalk::integers();
     for (int i = 0; i < 130000; i++) day.next(); // into 1956
-    for (int i = 0; i < 30000; i++, day.next()) {
+    for (int i = 0; i < shareOf(30000); i++, day.next()) {
         Moment m{day.year,
                  day.month,
                  day.day,

@@ -6,6 +6,7 @@
 #include "decimal/mode.h"
 #include "forms.h"
 #include "mode_guard.h"
+#include "support/share.h"
 
 namespace {
 
@@ -73,7 +74,7 @@ TYPED_TEST_SUITE(AnyBytes, Forms);
 
 TYPED_TEST(AnyBytes, SumsProductsAndComparisonsGoByTheModel)
 {
-    for (int round = 0; round < 60000; round++) {
+    for (int round = 0; round < shareOf(60000); round++) {
         unsigned limit = round % 3 == 0 ? 15 : 31; // both short cuts of packed items, and beyond their end
         auto count = [&] { return static_cast<int>(1 + randomBelow(limit + 1)); };
         this->check(count(), count(), count());

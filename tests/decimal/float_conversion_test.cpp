@@ -261,7 +261,7 @@ void checkAllCounts(OutOf<Value> toPacked, OutOf<Value> packedRounded, OutOf<Val
     Place place;
     for (int prec = 1; prec <= 31; prec++)
         for (int decs = 0; decs <= prec + 2; decs++)
-            for (int i = 0; i < rounds; i++) {
+            for (int i = 0; i < shareOf(rounds); i++) {
                 // Decimal numbers as programs have them, around the item's own size; and any bits.
                 std::string text = randomDigits(static_cast<int>(randomBelow(20)) + 1) + "E" +
                                    std::to_string(static_cast<int>(randomBelow(24)) - decs - 12);
@@ -296,7 +296,7 @@ template <class Value, class Parse>
 void checkDecimals(OutOf<Value> toPacked, OutOf<Value> packedRounded, OutOf<Value> toZoned, int formatDigits,
                    Parse parse)
 {
-    for (int i = 0; i < 20000; i++) {
+    for (int i = 0; i < shareOf(20000); i++) {
         int prec = static_cast<int>(randomBelow(31)) + 1, decs = static_cast<int>(randomBelow(33));
         std::string digits = randomDigits(static_cast<int>(randomBelow(static_cast<unsigned>(formatDigits))) + 1);
         int exponent = static_cast<int>(randomBelow(30)) - decs - 15;

@@ -2,6 +2,7 @@
 // that finds damage, while another program changes the file; a lock, or who holds it, that info
 // does not show; a command that works on a file that somebody else has open.
 #include "companions/stored_files.h"
+#include "support/share.h"
 
 namespace {
 
@@ -59,7 +60,7 @@ TEST_F(FileTool, WorksBesideAWriter)
                 }
         }
         int highest = 0;
-        for (int round = 0; round < 12; ++round) {
+        for (int round = 0; round < shareOf(12); ++round) {
             int status, one = -1, two = -1;
             EXPECT_EQ(tool("backup -f " + path + " " + copy, &status), "");
             ASSERT_EQ(status, 0);

@@ -6,6 +6,7 @@
 #include "kvr2/inspect.h"
 #include "support/child.h"
 #include "support/require.h"
+#include "support/share.h"
 #include "verbs/guarded_text.h"
 
 namespace {
@@ -315,7 +316,7 @@ TEST(Inspect, GeneratedStatementsAsTheModelHasThem)
 {
     Generator generator;
     GuardedTexts texts;
-    for (int i = 0; i < 60000; i++) {
+    for (int i = 0; i < shareOf(60000); i++) {
         generator.random.seed(static_cast<unsigned>(i));
         Statement statement = generator.statement(), model = statement;
         texts.next(generator.random);

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "kvr2/string_unstring.h"
+#include "support/share.h"
 #include "verbs/guarded_text.h"
 
 namespace {
@@ -328,7 +329,7 @@ Receiver randomReceiver(std::mt19937 &random)
 TEST(Unstring, GeneratedStatementsAsTheModelHasThem)
 {
     GuardedTexts texts;
-    for (unsigned i = 0; i < 60000; i++) {
+    for (unsigned i = 0; i < shareOf(60000u); i++) {
         std::mt19937 random(i);
         texts.next(random);
         static constexpr uint8_t forms[] = {0, ZVK_UNSTRING_NATIONAL, ZVK_UNSTRING_DBCS};
