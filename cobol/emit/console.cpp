@@ -156,6 +156,10 @@ void Emitter::displayStatement(const DisplayStatement &s)
 
 void Emitter::acceptStatement(const AcceptStatement &s)
 {
+    if (!s.target) { // ACCEPT OMITTED
+        put(cat(emits(Do::Accept, Of::Text), "(ZVK_ACCEPT_SYSIN, 1, ", tempBytes(1), ");\n"));
+        return;
+    }
     Loc loc = locate(*s.target, true);
     if (!loc.good()) return;
     Word from = s.from;

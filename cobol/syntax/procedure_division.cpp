@@ -385,6 +385,14 @@ void Parser::paragraphs(Program &p, bool declaratives)
             if (at(K_USE)) useStatement(p, p.procedures.size() - 1);
             continue;
         }
+        if (at(K_DATA, K_DIVISION) || at(K_ENVIRONMENT, K_DIVISION) || at(K_WORKING_STORAGE, K_SECTION) ||
+            at(K_LINKAGE, K_SECTION) || at(K_FILE, K_SECTION)) {
+            error(wordText(now().word) + " comes before the PROCEDURE DIVISION");
+            while (!atEnd() && !atProgramEnd() && !atProgramStart() && !at(K_PROCEDURE, K_DIVISION)) step();
+            if (at(K_PROCEDURE, K_DIVISION)) skipToPeriod();
+            panic_ = false;
+            continue;
+        }
         if (!atVerb()) {
             if (now().kind == TokenKind::Name && !isReserved(now().word)) {
                 // A word where a statement should begin: perhaps a verb in other letters, perhaps a
