@@ -19,7 +19,7 @@ EXPORTS = set(re.findall(r"^\s+([A-Za-z_]\w*);", (ROOT / "kvr2.map").read_text()
 
 # In emitted programs these are no routines that a statement chooses: functions that kvrcob emits
 # itself, and data.
-NO_CHOICE = re.compile(r"kvr_(entry|cancel|segment)_|kvr_(digits|lengths|arguments|argument_count|next_argument|utilities)\b")
+NO_CHOICE = re.compile(r"kvr_(entry|cancel|segment|other)_|kvr_(digits|lengths|arguments|argument_count|next_argument|utilities)\b")
 
 
 def without_comments(text):

@@ -118,4 +118,17 @@ bool alsoNamed(const std::string &path, const std::string &other, Workshop &shop
     return !failed;
 }
 
+bool writeFile(const std::string &path, const std::string &text)
+{
+    FILE *f = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+    if (!f) {
+        diagnostics().fatal("cannot write " + path + reason());
+        return false;
+    }
+    bool good = std::fwrite(text.data(), 1, text.size(), f) == text.size();
+    if (f != stdout) good = std::fclose(f) == 0 && good;
+    if (!good) diagnostics().fatal("cannot write " + path + reason());
+    return good;
+}
+
 } // namespace kvrcob

@@ -38,6 +38,8 @@ int interrupted();
 
 // Whether a file can be made at this path; if not, an error says why.
 bool canWrite(const std::string &path);
+// "-" is standard output.
+bool writeFile(const std::string &path, const std::string &text);
 
 // A file's second name; where the file system has none, a copy. False after an error.
 bool alsoNamed(const std::string &path, const std::string &other, Workshop &shop);

@@ -63,7 +63,7 @@ void Emitter::correspondingArithmetic(const ArithmeticStatement &s)
             store(add(itemNumber(y), itemNumber(x), minus), y, target.rounded, flag);
         }
     }
-    if (!flag.empty()) phrases(s.sizeError, flag);
+    sizePhrases(s, flag, "");
 }
 
 void Emitter::addStatement(const ArithmeticStatement &s)
@@ -115,7 +115,7 @@ void Emitter::addStatement(const ArithmeticStatement &s)
             store(combine(itemNumber(loc)), loc, t.rounded, flag);
         }
     }
-    if (!flag.empty()) phrases(s.sizeError, flag);
+    sizePhrases(s, flag, "");
 }
 
 int Emitter::quotientScale(const Item &item, Rounding rounded)
@@ -180,7 +180,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
     }
     if (!flag.empty()) {
         put(cat(flag, " |= ", zero, ";\n"));
-        phrases(s.sizeError, flag);
+        sizePhrases(s, flag, zero);
     }
 }
 
@@ -217,7 +217,7 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     if (guarded) put("}\n");
     if (!flag.empty()) {
         if (guarded) put(cat(flag, " |= ", zeroFlag_, ";\n"));
-        phrases(s.sizeError, flag);
+        sizePhrases(s, flag, zeroFlag_);
     }
 }
 

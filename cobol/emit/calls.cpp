@@ -9,17 +9,49 @@
 namespace kvrcob {
 
 // The program of this source that a CALL in `from` reaches by a name.
+// COMMON programs of those around it; a program's own siblings only if they are COMMON.
+static bool isVisible(const Program &from, const Program &inner)
+{
+    return inner.common || (&inner == &from && inner.recursive);
+}
+
 Program *Emitter::visibleProgram(Program &from, Word name)
 {
     for (Program *inner : from.nested)
         if (inner->name == name) return inner;
-    // COMMON programs of those around it; a program's own siblings only if they are COMMON.
     for (Program *outer = from.parent; outer; outer = outer->parent)
         for (Program *inner : outer->nested)
-            if (inner->name == name && (inner->common || (inner == &from && inner->recursive))) return inner;
+            if (inner->name == name && isVisible(from, *inner)) return inner;
     for (Program *p : group_.programs)
         if (p->name == name) return p;
     return nullptr;
+}
+
+// What CALL identifier finds without the program manager, in the order in which names hide each
+// other. Programs that contain none and are in none see the same ones.
+void Emitter::visiblePrograms(Program &p)
+{
+    const bool alone = p.nested.empty() && !p.parent;
+    std::string prefix = cat("p", p.number, "_");
+    if (alone) globals_ += cat("#define ", prefix, "visible group_visible\n");
+    if (alone && groupVisible_) return;
+    groupVisible_ |= alone;
+    globals_ += cat("static const KvrVisible ", alone ? "group_" : prefix, "visible[] = {");
+    std::set<Word> names;
+    auto add = [&](const Program *other) {
+        if (!names.insert(other->name).second) return;
+        globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
+                        ", kvr_cancel_", other->number, "}, ");
+        for (const EntryStatement *entry : other->entryPoints)
+            globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
+                            entry->number, ", kvr_cancel_", other->number, "}, ");
+    };
+    for (const Program *inner : p.nested) add(inner);
+    for (const Program *outer = p.parent; outer; outer = outer->parent)
+        for (const Program *inner : outer->nested)
+            if (isVisible(p, *inner)) add(inner);
+    for (const Program *other : group_.programs) add(other);
+    globals_ += "{0, 0, 0}};\n";
 }
 
 // A utility gets, besides its arguments, a table of where they are, how long they are and what
@@ -148,8 +180,8 @@ void Emitter::callStatement(const CallStatement &s)
                     utility, ");\n"));
         } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
             // The item may name a utility, which needs to know more of its arguments.
-            put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", p",
-                    program_->number, "_visible, kvr_utilities);\nif (", routine, ") {\n"));
+            put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", ",
+                    visibleTable(), ", kvr_utilities);\nif (", routine, ") {\n"));
             utilityArguments(s);
             utilityNames_ = true;
             put("} else {\n");
@@ -187,6 +219,7 @@ void Emitter::callStatement(const CallStatement &s)
         put("}\n");
         if (s.exception.has) {
             put("else {\n");
+            raise("1", "\"EC-PROGRAM-NOT-FOUND\"");
             block(s.exception.on);
             put("}\n");
         }
@@ -195,13 +228,20 @@ void Emitter::callStatement(const CallStatement &s)
     }
 }
 
+// The C name of the table for a CALL of an item.
+std::string Emitter::visibleTable()
+{
+    usesVisible_ = true;
+    return cat("p", program_->number, "_visible");
+}
+
 // The address of the program that a name means at this moment, or null.
 std::string Emitter::findProgram(const Expr *name, bool exception)
 {
     Text t = text(name, true);
     if (!t.good) return "0";
-    return cat(emits(Do::Call, Of::Text), "(", t.address, ", ", t.length, ", &p", program_->number, "_pcb, p",
-               program_->number, "_visible, ", exception ? 1 : 0, ")");
+    return cat(emits(Do::Call, Of::Text), "(", t.address, ", ", t.length, ", &p", program_->number, "_pcb, ",
+               visibleTable(), ", ", exception ? 1 : 0, ")");
 }
 
 // ENTRY: a further way into the program's function. Control that comes from above passes by.
@@ -268,8 +308,8 @@ void Emitter::cancelStatement(const CancelStatement &s)
         }
         Text name = text(target, true);
         if (!name.good) continue;
-        put(cat(emits(Do::Cancel, Of::Text), "(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, p",
-                program_->number, "_visible);\n"));
+        put(cat(emits(Do::Cancel, Of::Text), "(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, ",
+                visibleTable(), ");\n"));
     }
 }
 

@@ -48,11 +48,10 @@ Num Emitter::itemNumber(const Loc &loc)
         n.kind = Num::Packed;
         n.isSigned = true;
         std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
-        std::string record = cat("D", ++constants_);
-        std::string picture = item.picture.expanded;
-        globals_ +=
-            cat("static const struct { int16_t length; uint8_t picture[", picture.size(),
-                "]; } __attribute__((packed)) ", record, " = {", picture.size(), ", ", bytesLiteral(picture), "};\n");
+        const std::string &picture = item.picture.expanded;
+        std::string record = constantRecord(
+            "D", cat("struct { int16_t length; uint8_t picture[", picture.size(), "]; } __attribute__((packed))"),
+            cat("{", picture.size(), ", ", bytesLiteral(picture), "}"));
         n.text = cat(emits(Do::Load, Of::NumericEdited, Of::Packed), "((const DeEditRecord *)&", record, ", ",
                      loc.address, ", ", raw, ", ", t, ", ", n.digits, ")");
         return n;
@@ -69,20 +68,19 @@ Num Emitter::itemNumber(const Loc &loc)
         return n;
     case Usage::Binary:
     case Usage::Native:
-    case Usage::Index:
-        if (item.usage == Usage::Native || item.nativeBinary || !options_.truncate)
-            n.digits = item.size == 1   ? 3
-                       : item.size == 2 ? 5
-                       : item.size == 4 ? 10
-                                        : 20,
-            n.most = static_cast<unsigned __int128>(1) << (item.size * 8);
-        n.text = cat(n.wide() ? "(__int128)" : "",
-                     item.picture.sign || item.usage == Usage::Index ? emits(Do::Load, Of::Signed)
-                                                                     : emits(Do::Load, Of::Unsigned),
-                     item.size, "(", loc.address, ")");
-        if (!n.wide() && item.size < 8) n.text = cat("(int64_t)", n.text);
-        if (!n.wide() && item.size == 8) n.text = cat("(int64_t)", n.text);
+    case Usage::Index: {
+        const bool hasSign = item.picture.sign || item.usage == Usage::Index;
+        const bool byCapacity = item.usage == Usage::Native || item.nativeBinary || !options_.truncate;
+        if (byCapacity) n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
+        // I * J + K has 19 digits, but fits into 64 bits if each of them has 32.
+        if (byCapacity || (item.size == 4 && n.digits == 9))
+            n.most = static_cast<unsigned __int128>(1) << (item.size * 8 - (hasSign ? 1 : 0));
+        n.text =
+            cat(n.wide() ? "(__int128)" : "", hasSign ? emits(Do::Load, Of::Signed) : emits(Do::Load, Of::Unsigned),
+                item.size, "(", loc.address, ")");
+        if (!n.wide()) n.text.insert(0, "(int64_t)");
         return n;
+    }
     case Usage::Packed:
         n.kind = Num::Packed;
         n.text = checkedAddress(loc);

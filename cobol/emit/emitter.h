@@ -167,6 +167,8 @@ private:
     std::string label() { return "l" + std::to_string(++labels_); }
     std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
     std::string constantBytes(std::string_view bytes); // an address of static bytes
+    // The name of a static constant; one for all that are equal.
+    std::string constantRecord(const char *prefix, const std::string &type, const std::string &value);
     void openBlock();
     void closeBlock();
 
@@ -306,6 +308,8 @@ private:
     void entryPoints(Program &p, std::string &out);
     std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
+    void visiblePrograms(Program &p);
+    std::string visibleTable();
 
     std::string shareMode(const File &f, Word sharing);
     void openStatement(const OpenStatement &s);
@@ -380,6 +384,15 @@ private:
     std::string functionEntry(Program &f);
     const Item *resultOf(Program &function);
     bool callFunction(const Expr *e, Loc &result);
+
+    // ---- exceptions.cpp
+    bool asksForExceptions() const;
+    std::string verbAndPlace();
+    void raise(const std::string &failed, const std::string &name);
+    void verbBegins(const File &f);
+    bool exceptionText(const FunctionCall &f, FunctionText &result);
+    void sizePhrases(const ArithmeticStatement &s, const std::string &flag, const std::string &zero);
+
     Num functionNumber(const Expr *e, int wantScale);
     Text functionText(const Expr *e);
     bool functionIsNumeric(const Expr *e);
@@ -437,9 +450,11 @@ private:
         guards_; // of arguments that ALL made: the condition that there is such an element
     // Of records that others redefine: the bytes of the longest of them.
     std::map<const Item *, uint64_t> rooms_;
-    bool groupVisible_ = false; // the table of all outermost programs was emitted
-    std::string globals_;       // static data before the functions
-    std::string code_;          // the function in hand
+    bool groupVisible_ = false;                  // the table of all outermost programs was emitted
+    bool usesVisible_ = false;                   // the program in hand has a CALL or CANCEL of an item
+    std::map<std::string, std::string> records_; // constantRecord: names by type and value
+    std::string globals_;                        // static data before the functions
+    std::string code_;                           // the function in hand
     std::string functions_, useReturns_, entryCases_;
     std::vector<Insertion> insertions_;
     std::vector<size_t> blocks_; // indices into insertions_ of the open blocks
@@ -451,16 +466,17 @@ private:
     std::vector<Range> ranges_; // ranges that are C functions of their own
     std::vector<int> owners_;   // of each procedure: the index of the range it is in, or -1
     std::string zeroFlag_;
-    bool reversed_ = false;     // an OPEN REVERSED was emitted
-    bool usesXml_ = false;      // a program has XML PARSE or XML GENERATE
+    bool reversed_ = false;              // an OPEN REVERSED was emitted
+    bool usesXml_ = false;               // a program has XML PARSE or XML GENERATE
+    bool exceptions_ = false;            // the source asks for EXCEPTION-STATUS and its like
     std::set<size_t> declaredElsewhere_; // functions of other sources, by their index
-    bool utilities_ = false;    // the CALL of a utility was emitted
-    bool utilityNames_ = false; // a CALL of an item was emitted
-    int sortReturn_ = -1;       // the source names SORT-RETURN; -1: not looked yet
-    bool deleteFile_ = false;   // a DELETE FILE was emitted
-    bool openGiven_ = false;    // an OPEN of a file that may be another system's
-    bool debugs_ = false;       // USE FOR DEBUGGING is in force
-    bool anyChange_ = false;    // every reference counts as one that may change the item
+    bool utilities_ = false;             // the CALL of a utility was emitted
+    bool utilityNames_ = false;          // a CALL of an item was emitted
+    int sortReturn_ = -1;                // the source names SORT-RETURN; -1: not looked yet
+    bool deleteFile_ = false;            // a DELETE FILE was emitted
+    bool openGiven_ = false;             // an OPEN of a file that may be another system's
+    bool debugs_ = false;                // USE FOR DEBUGGING is in force
+    bool anyChange_ = false;             // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;

@@ -7,6 +7,7 @@ namespace kvrcob {
 // program's own: the index of its attributes, its USE procedures.
 void Emitter::prepare(const File &f)
 {
+    verbBegins(f);
     if (f.external) put(cat("F", f.number, "->index = ", f.index, ";\n"));
     if (f.external || (f.global && (program_ != f.program || !f.program->nested.empty())))
         put(cat("F", f.number, "->useTable = ", useTable(*program_, f), ";\n"));

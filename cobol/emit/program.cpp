@@ -197,6 +197,16 @@ void Emitter::statement(const Statement &s)
     closeBlock();
 }
 
+std::string Emitter::constantRecord(const char *prefix, const std::string &type, const std::string &value)
+{
+    std::string &name = records_[type + value];
+    if (name.empty()) {
+        name = cat(prefix, ++constants_);
+        globals_ += cat("static const ", type, " ", name, " = ", value, ";\n");
+    }
+    return name;
+}
+
 // ---- Storage
 
 // What a record takes: as much as the longest of those that redefine it.
@@ -260,29 +270,6 @@ void Emitter::storage(Program &p)
         cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
     globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
                     "body(int entry);\n");
-
-    // What CALL identifier finds without the program manager. Programs that contain none and are in
-    // none see the same ones.
-    bool common = p.nested.empty() && !p.parent;
-    if (common) globals_ += cat("#define ", prefix, "visible group_visible\n");
-    if (common && groupVisible_) return;
-    groupVisible_ |= common;
-    globals_ += cat("static const KvrVisible ", common ? "group_" : prefix, "visible[] __attribute__((unused)) = {");
-    std::set<Word> names;
-    auto add = [&](Program *other) {
-        if (!common && visibleProgram(p, other->name) != other) return;
-        if (!names.insert(other->name).second) return;
-        globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
-                        ", kvr_cancel_", other->number, "}, ");
-        for (const EntryStatement *entry : other->entryPoints)
-            globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
-                            entry->number, ", kvr_cancel_", other->number, "}, ");
-    };
-    for (Program *inner : p.nested) add(inner);
-    for (Program *outer = p.parent; outer; outer = outer->parent)
-        for (Program *inner : outer->nested) add(inner);
-    for (Program *other : group_.programs) add(other);
-    globals_ += "{0, 0, 0}};\n";
 }
 
 void Emitter::program(Program &p)
@@ -305,7 +292,9 @@ void Emitter::program(Program &p)
     std::string functions;
     blocks_.clear();
     insertions_.clear();
+    usesVisible_ = false;
     procedures(p);
+    if (usesVisible_) visiblePrograms(p);
     functions = std::move(code_);
     code_.clear();
     line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
@@ -370,6 +359,7 @@ std::string Emitter::emit()
         declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
     };
+    exceptions_ = asksForExceptions();
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
     std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
@@ -377,6 +367,7 @@ std::string Emitter::emit()
     if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
     if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
+    if (exceptions_) out += "#include \"kvr2/kvrcob/exceptions.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     if (utilityNames_) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
     out += "\n";

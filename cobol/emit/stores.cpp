@@ -14,12 +14,13 @@ void Emitter::storeEdited(Num value, const Loc &target)
     int code = item.blankWhenZero ? 256 - klass : klass;
     bool allSuppressed = picture.find('9') == std::string::npos && picture.find_first_of("Z*") != std::string::npos;
     if (picture.find('9') == std::string::npos && klass >= 6) allSuppressed = true;
-    std::string record = cat("P", ++constants_);
-    globals_ += cat("static const struct { int16_t length; uint8_t point, currency, editClass, picture[",
-                    picture.size(), "]; } __attribute__((packed)) ", record, " = {", allSuppressed ? "-" : "",
-                    picture.size(), ", ", static_cast<int>(program_->commaIsPoint ? ',' : '.'), ", ",
-                    static_cast<int>(static_cast<uint8_t>(item.picture.currency)), ", ", code, ", ",
-                    bytesLiteral(picture), "};\n");
+    std::string record = constantRecord("P",
+                                        cat("struct { int16_t length; uint8_t point, currency, editClass, picture[",
+                                            picture.size(), "]; } __attribute__((packed))"),
+                                        cat("{", allSuppressed ? "-" : "", picture.size(), ", ",
+                                            static_cast<int>(program_->commaIsPoint ? ',' : '.'), ", ",
+                                            static_cast<int>(static_cast<uint8_t>(item.picture.currency)), ", ", code,
+                                            ", ", bytesLiteral(picture), "}"));
     value = toPacked(value);
     std::string digits = tempBytes(item.picture.digits + 1);
     put(cat(emits(Do::Edit, Of::NumericEdited, Of::Packed), "((const NumericEditRecord *)&", record, ", ",

@@ -129,6 +129,7 @@ void Emitter::stringStatement(const StringStatement &s)
         storeInteger(s.pointer, cat(block.name, "[3]"));
         put("}\n");
     }
+    raise(cat(overflow, " != 1"), "\"EC-OVERFLOW-STRING\"");
     phrases(s.overflow, cat(overflow, " != 1"));
 }
 
@@ -249,6 +250,7 @@ void Emitter::unstringStatement(const UnstringStatement &s)
     if (s.pointer) storeInteger(s.pointer, cat(block.name, "[3]"));
     if (s.tallying) storeInteger(s.tallying, cat("(uint32_t)", block.name, "[4]"));
     if (s.pointer) put("}\n");
+    raise(cat(overflow, " != 1"), "\"EC-OVERFLOW-UNSTRING\"");
     phrases(s.overflow, cat(overflow, " != 1"));
 }
 

@@ -14,7 +14,7 @@ Program *Emitter::userFunction(const Expr *e)
     return nullptr;
 }
 
-// The C name of a function's entry. One of another source is declared here, under a name of its own.
+// The C name of a function's entry. One of another source is declared here, under its own name.
 std::string Emitter::functionEntry(Program &f)
 {
     auto found = std::find(group_.elsewhere.begin(), group_.elsewhere.end(), &f);

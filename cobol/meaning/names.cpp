@@ -48,8 +48,8 @@ void Meaning::suggest(Program &p, Word name, Tok at)
             }
     for (const Procedure &procedure : p.procedures)
         if (procedure.name == name) {
-            error(at, text + (procedure.isSection ? " is a section" : " is a paragraph") +
-                          "; a data item is needed here");
+            error(at,
+                  text + (procedure.isSection ? " is a section" : " is a paragraph") + "; a data item is needed here");
             return;
         }
     if (text.rfind("END", 0) == 0 && isReserved(internWord("END-" + text.substr(3)))) { // ENDIF
@@ -173,8 +173,8 @@ long Meaning::procedure(Program &p, const ProcedureName &name, size_t from, bool
                            (best.empty() ? "" : "; did you mean " + best + "?"));
         return -1;
     }
-    long match = -1;
-    int count = 0;
+    long match = -1, near = -1;
+    int count = 0, nearCount = 0;
     int section = from < p.procedures.size()
                       ? (p.procedures[from].isSection ? static_cast<int>(from) : p.procedures[from].section)
                       : -1;
@@ -184,13 +184,18 @@ long Meaning::procedure(Program &p, const ProcedureName &name, size_t from, bool
             if (candidate.section < 0 || p.procedures[static_cast<size_t>(candidate.section)].name != name.section)
                 continue;
         } else if (found->second.size() > 1 && candidate.section == section && !candidate.isSection) {
-            match = static_cast<long>(i); // in the same section: needs no qualifier
-            count = 1;
-            break;
+            near = static_cast<long>(i); // in the same section: needs no qualifier
+            nearCount++;
         }
         match = static_cast<long>(i);
         count++;
     }
+    if (nearCount > 1 && !silent) {
+        error(name.at, "there are " + std::to_string(nearCount) + " paragraphs " + wordText(name.name) +
+                           "; this could be any of them");
+        return -1;
+    }
+    if (nearCount > 0) match = near, count = nearCount;
     if (silent) return count == 1 ? match : -1;
     if (count > 1) {
         error(name.at, wordText(name.name) + " is ambiguous; qualify it with its section");

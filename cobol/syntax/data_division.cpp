@@ -55,7 +55,7 @@ void Parser::dataDivision(Program &p)
         } else if (at(K_PROCEDURE) || at(K_END) || at(K_IDENTIFICATION) || at(K_ID) || atEnd()) {
             return;
         } else {
-            error("expected a section of the DATA DIVISION or the PROCEDURE DIVISION before " + shown());
+            error("expected a section of the DATA DIVISION or the PROCEDURE DIVISION before " + shown() + headerLike());
             if (!atNumber()) skipToDataEntry();
             panic_ = false;
             if (atNumber()) records(p, Item::WorkingStorage, nullptr); // its header is missing

@@ -9,6 +9,35 @@ bool Parser::atProgramStart() const
     return ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) || atProgramId();
 }
 
+// "; did you mean WORKING-STORAGE SECTION?", or nothing if no header is spelled like what is here.
+std::string Parser::headerLike() const
+{
+    static const char *const headers[] = {"PROGRAM-ID",
+                                          "ENVIRONMENT DIVISION",
+                                          "CONFIGURATION SECTION",
+                                          "SPECIAL-NAMES",
+                                          "INPUT-OUTPUT SECTION",
+                                          "FILE-CONTROL",
+                                          "DATA DIVISION",
+                                          "FILE SECTION",
+                                          "WORKING-STORAGE SECTION",
+                                          "LOCAL-STORAGE SECTION",
+                                          "LINKAGE SECTION",
+                                          "PROCEDURE DIVISION",
+                                          "IDENTIFICATION DIVISION"};
+    std::string text, best;
+    for (size_t n = 0; n < 4 && ahead(n).kind == TokenKind::Name && ahead(n).text.size() < 30; n++)
+        text += (n ? " " : "") + wordText(ahead(n).word);
+    size_t bestDistance = 4;
+    for (const char *header : headers) {
+        size_t d = spellingDistance(text, header);
+        if (d >= bestDistance) continue;
+        bestDistance = d;
+        best = header;
+    }
+    return best.empty() ? "" : "; did you mean " + best + "?";
+}
+
 void Parser::parse()
 {
     while (!atEnd()) {
@@ -21,7 +50,7 @@ void Parser::parse()
             if (now().kind == TokenKind::Name && wordText(now().word) == "CLASS-ID")
                 notBuilt(here(), "CLASS-ID");
             else
-                error("expected IDENTIFICATION DIVISION before " + shown());
+                error("expected IDENTIFICATION DIVISION before " + shown() + headerLike());
             while (!atEnd() && !atProgramStart()) step();
             panic_ = false;
         }

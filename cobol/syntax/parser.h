@@ -69,6 +69,7 @@ private:
     // ---- identification.cpp
     Program *program(Program *parent);
     bool atProgramStart() const;
+    std::string headerLike() const;
     bool atProgramId() const { return (at(K_PROGRAM_ID) || at(K_FUNCTION_ID)) && ahead().kind == TokenKind::Punct; }
     bool atProgramEnd() const { return at(K_END, K_PROGRAM) || at(K_END, K_FUNCTION); }
     void functionHeader(Program &program);

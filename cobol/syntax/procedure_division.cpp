@@ -137,10 +137,14 @@ Statement *Parser::notBuiltStatement()
     Word verb = now().word;
     Tok start = here();
     Statement *s = begin<Statement>();
-    if (verb == K_EXEC)
+    if (verb == K_EXEC) {
         execBlock(start);
-    else
+    } else if (verb == K_JSON) {
+        notBuilt(start, "the statement JSON " + wordText(now().word));
+        step(); // GENERATE, or PARSE, is no statement of its own
+    } else {
         notBuilt(start, "the statement " + wordText(verb));
+    }
     return s;
 }
 
@@ -406,8 +410,8 @@ void Parser::paragraphs(Program &p, bool declaratives)
     }
 }
 
-// A word that neither goes on with a statement nor begins one. After an error in this sentence ELSE,
-// WHEN and END-IF belong to a statement that was given up: they are no errors of their own.
+// A word that neither goes on with a statement nor begins one. After an error in this sentence
+// ELSE, WHEN and END-IF belong to a statement that was given up: they are no errors of their own.
 void Parser::lostWord()
 {
     bool ends = now().kind == TokenKind::Name && wordText(now().word).rfind("END-", 0) == 0;
@@ -418,7 +422,8 @@ void Parser::lostWord()
         error("WHEN without EVALUATE or SEARCH");
     } else if (ends) {
         error(wordText(now().word) + " without its statement");
-    } else if (at(K_END) && ahead().kind == TokenKind::Name && isReserved(internWord("END-" + wordText(ahead().word)))) {
+    } else if (at(K_END) && ahead().kind == TokenKind::Name &&
+               isReserved(internWord("END-" + wordText(ahead().word)))) {
         error("expected a statement or a period before END; did you mean END-" + wordText(ahead().word) + "?");
         step();
     } else {

@@ -114,11 +114,11 @@ struct Item {
     Tok pictureAt = 0;
     bool hasPicture = false, hasUsage = false, hasSign = false, signLeading = false, signSeparate = false;
     bool justified = false, blankWhenZero = false, synchronized = false, external = false, global = false;
-    bool based = false;        // BASED: in storage of ALLOCATE
-    bool anyLength = false;    // as long as the argument
-    bool broken = false;       // its description has an error, which was told
-    bool isTypedef = false;    // TYPEDEF: no storage, copied by TYPE
-    Word typeName = 0;         // TYPE
+    bool based = false;     // BASED: in storage of ALLOCATE
+    bool anyLength = false; // as long as the argument
+    bool broken = false;    // its description has an error, which was told
+    bool isTypedef = false; // TYPEDEF: no storage, copied by TYPE
+    Word typeName = 0;      // TYPE
     Tok typeAt = 0;
     bool nativeBinary = false; // BINARY-CHAR and its like: size in nativeSize
     bool isUnsigned = false;
@@ -316,7 +316,7 @@ struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
     std::vector<Program *> elsewhere; // functions (FUNCTION-ID) of the command's other sources
-    bool embedded = false; // there are EXEC blocks: names may be missing for them
+    bool embedded = false;            // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
 

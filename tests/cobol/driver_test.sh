@@ -87,6 +87,32 @@ says 0 hello env XDG_CACHE_HOME=/dev/null "$kvrcob" run -O0 h.cbl
 says 0 hello env -u XDG_CACHE_HOME HOME=/dev/null "$kvrcob" run -O0 h.cbl
 says 0 hello env -u XDG_CACHE_HOME -u HOME "$kvrcob" run -O0 h.cbl
 
+# A function of another source, with a parameter of any length.
+cat >functions.cbl <<'COBOL'
+       identification division.
+       function-id. greeting.
+       data division.
+       linkage section.
+       01 whom pic x any length.
+       01 text-of pic x(12).
+       procedure division using whom returning text-of.
+           string "HELLO " whom delimited by size into text-of
+           goback.
+       end function greeting.
+COBOL
+cat >uses.cbl <<'COBOL'
+       identification division.
+       program-id. uses.
+       environment division.
+       configuration section.
+       repository. function greeting.
+       procedure division.
+           display greeting ("BOB") "!".
+COBOL
+says 0 '' "$kvrcob" -O0 -o uses uses.cbl functions.cbl
+says 0 'HELLO BOB   !' ./uses
+says 1 'FUNCTION GREETING is not supported yet' "$kvrcob" check uses.cbl
+
 # Two at once: each time the program is whole.
 for turn in 1 2 3; do
     "$kvrcob" -O0 -o twice h.cbl & one=$!

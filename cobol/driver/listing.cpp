@@ -1,0 +1,67 @@
+// See listing.h.
+#include "cobol/driver/listing.h"
+
+#include <cstdio>
+
+#include "cobol/diagnostics.h"
+
+namespace kvrcob {
+
+static const char *usageName(const Item &item)
+{
+    switch (item.usage) {
+    case Usage::Display:
+        return item.elementary() ? "DISPLAY" : "GROUP";
+    case Usage::Binary:
+        return "BINARY";
+    case Usage::Native:
+        return "COMP-5";
+    case Usage::Packed:
+        return "PACKED-DECIMAL";
+    case Usage::Float:
+        return "COMP-1";
+    case Usage::Double:
+        return "COMP-2";
+    case Usage::Index:
+        return "INDEX";
+    case Usage::Pointer:
+        return "POINTER";
+    case Usage::ProcedurePointer:
+        return "PROCEDURE-POINTER";
+    default:
+        return "OTHER";
+    }
+}
+
+static void listItem(const Item &item, int depth)
+{
+    std::printf("  %02d  %*s%-*s %8u %8u  %s", item.level, depth * 2, "", 32 - depth * 2 > 1 ? 32 - depth * 2 : 1,
+                item.name ? wordText(item.name).c_str() : "FILLER", item.offset, item.size,
+                item.elementary() ? usageName(item) : "GROUP");
+    if (item.occurs) std::printf(" OCCURS %u", item.occursMax);
+    if (item.redefines)
+        std::printf(" REDEFINES %s", item.redefines->name ? wordText(item.redefines->name).c_str() : "FILLER");
+    std::putchar('\n');
+    for (const Item *child : item.children) listItem(*child, depth + 1);
+}
+
+void listing(const Group &group, uint32_t file)
+{
+    const SourceFile &source = sources()[file];
+    for (size_t i = 0; i < source.lineStarts.size(); i++) {
+        Spot spot{file, static_cast<uint32_t>(i + 1), 1, 1};
+        std::string_view line = sources().line(spot);
+        std::printf("%6zu  %.*s\n", i + 1, static_cast<int>(line.size()), line.data());
+    }
+    auto show = [](auto &self, const Program &p) -> void {
+        std::printf("\nProgram %s\n  Level  Name                           Offset   Length  Usage\n",
+                    wordText(p.name).c_str());
+        for (const File *f : p.files)
+            for (const Item *record : f->records) listItem(*record, 0);
+        for (const Item *record : p.records) listItem(*record, 0);
+        for (const Program *inner : p.nested) self(self, *inner);
+    };
+    for (const Program *p : group.programs) show(show, *p);
+}
+
+} // namespace kvrcob

@@ -1,0 +1,30 @@
+// What the command was asked for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cobol/emit/emitter.h"
+#include "cobol/text/preprocessor.h"
+
+namespace kvrcob {
+
+struct Options {
+    enum Mode { Program, Module, Object, Assembly, Preprocess, Check, Run } mode = Program;
+    std::string output;
+    std::vector<std::string> sources, linker, arguments, objects;
+    TextOptions text;
+    CopyPath copy;
+    EmitOptions emit;
+    std::string optimisation; // as it was asked for; empty: kvrcob chooses
+    bool debug = false, verbose = false, dependencies = false, list = false, keep = false;
+};
+
+// Reads the command line; a wrong one ends the command with a message.
+void parseOptions(int argc, char **argv, Options &o);
+[[noreturn]] void usage(const std::string &text);
+
+// What a source is called without folder and extension: what it makes has this name.
+std::string stemOf(const std::string &path);
+
+} // namespace kvrcob

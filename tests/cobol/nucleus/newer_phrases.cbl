@@ -1,0 +1,65 @@
+      * Phrases of later COBOL that change what happens, and odd places of
+      * optional words.
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. NEWER.
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       01 N PIC 99 VALUE 0.
+       01 S PIC S99 VALUE -1.
+       01 X PIC X(5) VALUE "12345".
+       01 MONTHS.
+          05 M PIC X(3) OCCURS 5 VALUES "JAN" "FEB" "MAR".
+          05 D PIC 99 OCCURS 3 VALUES 31 28 31.
+       01 LEN CONSTANT BYTE-LENGTH OF X.
+       01 G.
+          05 BINARY-LONG UNSIGNED.
+          05 COMP-1.
+          05 GN PIC 99 VALUE 7.
+          05 GX PIC XX VALUE "AB".
+          05 FILLER PIC XX VALUE "FF".
+       01 H.
+          05 POINTER.
+             10 HN PIC 9 VALUE 3.
+       PROCEDURE DIVISION.
+       MAIN-P.
+           PERFORM FOREVER
+              ADD 1 TO N
+              IF N = 2 EXIT PERFORM CYCLE END-IF
+              IF N > 3 EXIT PERFORM END-IF
+              DISPLAY "TURN " N
+           END-PERFORM
+           DISPLAY N
+           CONTINUE AFTER 0.001 SECONDS
+           CONTINUE AFTER N / 1000 SECONDS
+
+           IF "ABC" IS ALPHABETIC DISPLAY "ALPHABETIC" END-IF
+           IF "A1" IS NOT ALPHABETIC DISPLAY "NOT ALPHABETIC" END-IF
+           IF "12" NUMERIC DISPLAY "NUMERIC" END-IF
+           EVALUATE X
+               WHEN ALPHABETIC DISPLAY "LETTERS"
+               WHEN NUMERIC DISPLAY "DIGITS"
+               WHEN OTHER DISPLAY "OTHER"
+           END-EVALUATE
+           EVALUATE S
+               WHEN POSITIVE DISPLAY "POSITIVE"
+               WHEN IS NEGATIVE DISPLAY "NEGATIVE"
+           END-EVALUATE
+           EVALUATE FUNCTION TRIM (X) ALSO S + 1
+               WHEN NOT NUMERIC ALSO ANY DISPLAY "NO DIGITS"
+               WHEN NUMERIC ALSO POSITIVE DISPLAY "POSITIVE"
+               WHEN NUMERIC ALSO 0 DISPLAY "DIGITS AND ZERO"
+           END-EVALUATE
+
+           DISPLAY MONTHS "|" M (3) D (2) LEN
+           DISPLAY FUNCTION LENGTH (G) HN FUNCTION LENGTH (POINTER)
+
+           MOVE 1 TO GN MOVE "ZZ" TO GX
+           INITIALIZE G NUMERIC VALUE
+           DISPLAY GN GX
+           INITIALIZE G ALL VALUE THEN DEFAULT
+           DISPLAY GN GX
+           MOVE 1 TO GN
+           INITIALIZE G ALPHANUMERIC TO VALUE
+               THEN REPLACING NUMERIC DATA BY 5 DEFAULT
+           DISPLAY GN GX
+           STOP RUN.
