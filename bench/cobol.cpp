@@ -115,9 +115,11 @@ void writeProgram(const std::string &name, int lines)
     out << "       IDENTIFICATION DIVISION.\n       PROGRAM-ID. " << name << ".\n       DATA DIVISION.\n"
         << "       WORKING-STORAGE SECTION.\n"
         << "       01 T. 02 E PIC 9(5)V99 COMP-3 OCCURS 50.\n       01 X PIC X(20).\n       01 Y PIC X(30).\n"
-        << "       01 N PIC 9(4) COMP.\n       01 Z PIC ZZ,ZZ9.99.\n       PROCEDURE DIVISION.\n       MAIN-LINE.\n"
-        << "           PERFORM P0.\n           GOBACK.\n";
-    for (int i = 0, line = 13; line < lines; i++, line += 10)
+        << "       01 N PIC 9(4) COMP.\n       01 Z PIC ZZ,ZZ9.99.\n       PROCEDURE DIVISION.\n       MAIN-LINE.\n";
+    const int paragraphs = (lines - 12) / 11;
+    for (int i = 0; i < paragraphs; i++) out << "           PERFORM P" << i << ".\n";
+    out << "           GOBACK.\n";
+    for (int i = 0; i < paragraphs; i++)
         out << "       P" << i << ".\n           MOVE " << i % 50 + 1 << " TO N\n"
             << "           ADD 1.25 TO E (N)\n           IF E (N) > 100\n               MOVE \"LARGE\" TO X\n"
             << "           ELSE\n               MOVE E (N) TO Z\n           END-IF\n           MOVE X TO Y\n"
