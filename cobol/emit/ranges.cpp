@@ -17,9 +17,10 @@
 //     TWO.                                p1_4_TWO:   ...
 //
 // Whether a range may be one depends on others: it must not perform what is no function, and the
-// one before it must not fall into it. So all are taken for functions first, and those that break a
-// rule are taken out until no more do. PERFORMs inside a range, of parts of it, work there as
-// they do in the program's function; the cells are the same.
+// one before it must not fall into it. So all are taken for functions first. Those that break a
+// rule are taken out, and with each one those that rely on it; each is looked at once. PERFORMs
+// inside a range, of parts of it, work there as they do in the program's function; the cells are
+// the same.
 #include "cobol/emit/ranges.h"
 
 #include <algorithm>
@@ -46,10 +47,12 @@ private:
     bool isFunction(const Candidate &r) const;
     bool performsFit(const Candidate &r, size_t i) const;
     bool isCandidate(size_t from, size_t end) const;
-    void reach(size_t procedure);
     bool goesOn(size_t procedure) const;
-    void drop(Candidate &r);
-    bool dropInner();
+    void drop(size_t candidate);
+    void dropInner();
+    void fallThrough(size_t procedure);
+    void reach(size_t procedure);
+    void settle();
 
     const Program &p_;
     Flow flow_;
@@ -59,28 +62,40 @@ private:
     // with it.
     std::vector<std::vector<size_t>> jumpsFrom_, jumpsTo_, performsIn_, performsFrom_, performsTo_;
     std::vector<std::vector<std::pair<size_t, size_t>>> exitsAfter_; // EXIT SECTION, by the section's last paragraph
-    std::vector<std::vector<size_t>> endings_;                       // the candidates that end with it
-    std::vector<uint8_t> reached_;                                   // control may come to it
+    // The candidates that begin and end with it, and all that it is in.
+    std::vector<std::vector<size_t>> beginnings_, endings_, holders_;
+    std::vector<uint8_t> reached_; // control may come to it
+    std::vector<size_t> lasts_;    // of the performs: the last procedure of the range
+    // What has yet to be followed: procedures that control may come to, candidates that were
+    // dropped.
+    std::vector<size_t> coming_, dropped_;
 };
 
 Ranges::Ranges(const Program &p, Flow flow)
     : p_(p), flow_(std::move(flow)), jumpsFrom_(p.procedures.size()), jumpsTo_(p.procedures.size()),
       performsIn_(p.procedures.size()), performsFrom_(p.procedures.size()), performsTo_(p.procedures.size()),
-      exitsAfter_(p.procedures.size()), endings_(p.procedures.size()), reached_(p.procedures.size())
+      exitsAfter_(p.procedures.size()), beginnings_(p.procedures.size() + 1), endings_(p.procedures.size()),
+      holders_(p.procedures.size()), reached_(p.procedures.size())
 {
+    std::vector<size_t> lasts(p.procedures.size(), SIZE_MAX);
+    auto lastOfRange = [&](size_t end) {
+        if (lasts[end] == SIZE_MAX) lasts[end] = lastOf(p, end);
+        return lasts[end];
+    };
     for (auto [in, to] : flow_.jumps) {
         jumpsFrom_[in].push_back(to);
         jumpsTo_[to].push_back(in);
     }
     for (auto exit : flow_.sectionExits) {
-        size_t last = lastOf(p, exit.second);
+        size_t last = lastOfRange(exit.second);
         exitsAfter_[last].push_back(exit);
         flow_.endsAway[last] = false;
     }
     size_t work = 0;
     for (size_t i = 0; i < flow_.performs.size(); i++) {
         const Flow::Perform &perform = flow_.performs[i];
-        size_t last = lastOf(p, perform.end);
+        size_t last = lastOfRange(perform.end);
+        lasts_.push_back(last);
         performsIn_[perform.in].push_back(i);
         performsFrom_[perform.from].push_back(i);
         performsTo_[last].push_back(i);
@@ -91,13 +106,14 @@ Ranges::Ranges(const Program &p, Flow flow)
     for (auto &[ends, index] : byEnds_) {
         index = candidates_.size();
         Candidate r;
-        r.first = ends.first, r.end = ends.second, r.last = lastOf(p, ends.second);
+        r.first = ends.first, r.end = ends.second, r.last = lastOfRange(ends.second);
         candidates_.push_back(r);
+        beginnings_[r.first].push_back(index);
+        endings_[r.last].push_back(index);
+        for (size_t i = r.first; i <= r.last; i++) holders_[i].push_back(index);
     }
     for (const Flow::Perform &perform : flow_.performs)
-        if (perform.circle && isCandidate(perform.from, perform.end))
-            candidates_[byEnds_[{perform.from, perform.end}]].good = false;
-    for (size_t i = 0; i < candidates_.size(); i++) endings_[candidates_[i].last].push_back(i);
+        if (perform.circle && isCandidate(perform.from, perform.end)) drop(byEnds_[{perform.from, perform.end}]);
 }
 
 bool Ranges::isCandidate(size_t from, size_t end) const
@@ -114,26 +130,50 @@ bool Ranges::goesOn(size_t procedure) const
     return std::none_of(list.begin(), list.end(), [&](size_t r) { return candidates_[r].good; });
 }
 
-// Control may come here, and so to all to which it may go from here.
-void Ranges::reach(size_t procedure)
+void Ranges::drop(size_t candidate)
 {
-    std::vector<size_t> waiting = {procedure};
-    while (!waiting.empty()) {
-        size_t i = waiting.back();
-        waiting.pop_back();
-        if (i >= reached_.size() || reached_[i]) continue;
-        reached_[i] = true;
-        if (goesOn(i)) waiting.push_back(i + 1);
-        waiting.insert(waiting.end(), jumpsFrom_[i].begin(), jumpsFrom_[i].end());
-        for (size_t index : performsIn_[i]) waiting.push_back(flow_.performs[index].from);
-    }
+    if (!candidates_[candidate].good) return;
+    candidates_[candidate].good = false;
+    dropped_.push_back(candidate);
 }
 
-// A range that is no function after all may fall into what comes after it.
-void Ranges::drop(Candidate &r)
+void Ranges::fallThrough(size_t procedure)
 {
-    r.good = false;
-    if (goesOn(r.last)) reach(r.last + 1);
+    if (!goesOn(procedure)) return;
+    coming_.push_back(procedure + 1);
+    for (size_t candidate : beginnings_[procedure + 1]) drop(candidate);
+}
+
+void Ranges::reach(size_t procedure)
+{
+    if (procedure >= reached_.size() || reached_[procedure]) return;
+    reached_[procedure] = true;
+    fallThrough(procedure);
+    coming_.insert(coming_.end(), jumpsFrom_[procedure].begin(), jumpsFrom_[procedure].end());
+    for (size_t index : performsIn_[procedure]) coming_.push_back(flow_.performs[index].from);
+}
+
+// All that follows from what was reached and dropped.
+void Ranges::settle()
+{
+    while (!coming_.empty() || !dropped_.empty()) {
+        if (!coming_.empty()) {
+            size_t procedure = coming_.back();
+            coming_.pop_back();
+            reach(procedure);
+            continue;
+        }
+        const Candidate &r = candidates_[dropped_.back()];
+        dropped_.pop_back();
+        // A function performs nothing outside of it that is none.
+        for (size_t index : performsFrom_[r.first]) {
+            const Flow::Perform &perform = flow_.performs[index];
+            if (perform.end != r.end) continue;
+            for (size_t holder : holders_[perform.in])
+                if (!candidates_[holder].holds(r.first)) drop(holder);
+        }
+        fallThrough(r.last);
+    }
 }
 
 // PERFORMs that have to do with a procedure of the range: those from outside are of the whole
@@ -148,7 +188,7 @@ bool Ranges::performsFit(const Candidate &r, size_t i) const
         }
     for (size_t index : performsIn_[i]) {
         const Flow::Perform &perform = flow_.performs[index];
-        size_t last = lastOf(p_, perform.end);
+        size_t last = lasts_[index];
         bool inside = r.holds(perform.from) && r.holds(last) && perform.end != r.end;
         bool outside = !r.holds(perform.from) && !r.holds(last) && isCandidate(perform.from, perform.end);
         if (!inside && !outside) return false;
@@ -173,34 +213,28 @@ bool Ranges::isFunction(const Candidate &r) const
 }
 
 // Of ranges inside each other that end in the same place, one can be a function: the longest.
-bool Ranges::dropInner()
+void Ranges::dropInner()
 {
-    bool dropped = false;
     for (const std::vector<size_t> &list : endings_) {
-        size_t longest = SIZE_MAX;
-        for (size_t index : list) {
-            Candidate &r = candidates_[index];
-            if (!r.good) continue;
-            if (longest == SIZE_MAX)
-                longest = index; // those of one procedure are in order: it begins first
-            else
-                drop(r), dropped = true;
+        bool longest = true; // those of one procedure are in order: it begins first
+        for (size_t candidate : list) {
+            if (!candidates_[candidate].good) continue;
+            if (!longest) drop(candidate);
+            longest = false;
         }
     }
-    return dropped;
+    settle();
 }
 
 std::vector<Range> Ranges::find()
 {
     for (size_t i = 0; i < reached_.size(); i++)
-        if (flow_.entered[i] || !exitsAfter_[i].empty()) reach(i);
-    bool changed = !candidates_.empty();
-    while (changed) {
-        changed = false;
-        for (Candidate &r : candidates_)
-            if (r.good && ((r.first > 0 && goesOn(r.first - 1)) || !isFunction(r))) drop(r), changed = true;
-        if (!changed) changed = dropInner();
-    }
+        if (flow_.entered[i] || !exitsAfter_[i].empty()) coming_.push_back(i);
+    settle();
+    for (size_t i = 0; i < candidates_.size(); i++)
+        if (candidates_[i].good && !isFunction(candidates_[i])) drop(i);
+    settle();
+    dropInner();
     std::vector<Range> found;
     for (const Candidate &r : candidates_)
         if (r.good) found.push_back(r);

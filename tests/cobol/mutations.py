@@ -64,6 +64,8 @@ def extremes():
                                        "       PROCEDURE"), None
     yield "many_programs", "".join(f"""       IDENTIFICATION DIVISION.\n       PROGRAM-ID. X{i}.
        PROCEDURE DIVISION.\n           CALL "X{i + 1}".\n       END PROGRAM X{i}.\n""" for i in range(3000)), None
+    chain = "".join(f"       P{i}.\n           PERFORM P{i + 1}.\n" for i in range(30000))
+    yield "performed_chain", HEAD + "           PERFORM P0.\n       Q.\n           STOP RUN.\n" + chain + "       P30000.\n           GO TO Q.\n", None
     yield "open_literal", HEAD + "           DISPLAY 'abc\n" * 300, "no closing quotation mark"
     yield "bytes", bytes(range(256)).decode("latin-1") * 400, "error"
 
