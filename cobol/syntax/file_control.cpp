@@ -120,9 +120,9 @@ void Parser::selectEntry(Program &p)
             // RELATIVE KEY IS name, of which two words may be left out.
             bool named = aheadIs(1, K_IS) || (ahead().kind == TokenKind::Name && !isReserved(ahead().word) &&
                                               !aheadIs(1, K_SHARING) && !isOldClause(ahead()));
-            if (at(K_RELATIVE) && (aheadIs(1, K_KEY) || named ||
-                                   (!aheadIs(1, K_ORGANIZATION) && f->hasOrganization &&
-                                    f->organization == K_RELATIVE))) {
+            if (at(K_RELATIVE) &&
+                (aheadIs(1, K_KEY) || named ||
+                 (!aheadIs(1, K_ORGANIZATION) && f->hasOrganization && f->organization == K_RELATIVE))) {
                 step();
                 take(K_KEY);
                 take(K_IS);
