@@ -88,7 +88,7 @@ def main():
             command = [compiler, "-w", "-S", *includes, "-o", str(c), str(source)]
             wrong = ""
             try:
-                done = subprocess.run(command, cwd=work, capture_output=True, encoding="latin-1", timeout=60)
+                done = subprocess.run(command, cwd=work, capture_output=True, encoding="latin-1", timeout=600)
                 if done.returncode not in (0, 1) or (done.returncode == 1 and "error: " not in done.stderr):
                     wrong = f"exit status {done.returncode}: {done.stderr[-500:]}"
                 elif wanted is None and done.returncode:

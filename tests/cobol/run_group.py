@@ -37,7 +37,7 @@ def main():
             made.append([compiler, *options, "-o", "program", str(source)])
             said = ""
             for command in made:
-                done = subprocess.run(command, cwd=work, env=environment, capture_output=True, encoding="latin-1", timeout=120)
+                done = subprocess.run(command, cwd=work, env=environment, capture_output=True, encoding="latin-1", timeout=600)
                 said += done.stderr
                 if done.returncode != 0:
                     said += f"kvrcob ended with {done.returncode}\n"
@@ -47,7 +47,7 @@ def main():
                 continue
             given = source.with_suffix(".input")
             text = given.read_text(encoding="latin-1") if given.exists() else ""
-            run = subprocess.run(["./program"], cwd=work, env=environment, input=text, capture_output=True, encoding="latin-1", timeout=60)
+            run = subprocess.run(["./program"], cwd=work, env=environment, input=text, capture_output=True, encoding="latin-1", timeout=600)
             errors = source.with_suffix(".errors")
             message = errors.read_text(encoding="latin-1").strip() if errors.exists() else ""
             wrong = message not in run.stderr or run.stdout != expected or run.returncode != status or (status == 0 and not message and run.stderr)

@@ -160,7 +160,7 @@ TEST(Checksums, NoChangedByteIsDelivered)
             pid_t child = fork();
             if (child == 0) {
                 for (int number : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE}) signal(number, SIG_DFL);
-                alarm(60);
+                alarm(600);
                 readAll(path, kind, &found[0], &found[1]);
                 std::mt19937 own(seed);
                 int goodAfter = 0;

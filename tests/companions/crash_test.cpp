@@ -184,7 +184,7 @@ TEST(Crash, KilledBesideAnotherProgram)
             ASSERT_EQ(other.open(ZVK_OPEN_IO), "05");
             auto keyed = [](int n) { return FileRequest{.relativeKey = static_cast<uint64_t>(n) + 1}; };
             int written = 0;
-            alarm(60); // a lock that nobody holds any more would be waited for
+            alarm(600); // a lock that nobody holds any more would be waited for
             for (int round = part; round < killRounds(most) && round < part + most; ++round) {
                 int from = written;
                 int promised = killedAt(random, [&](auto promise) {

@@ -216,7 +216,7 @@ TEST(Threads, FileMovesBetweenThreads)
         TemporaryDirectory directory;
         CompiledFile file("stl-" + directory.file("f"), attributes);
         auto inThread = [](const std::function<void()> &body) { std::thread(body).join(); };
-        alarm(30); // a lock that belongs to another thread would be waited for
+        alarm(600); // a lock that belongs to another thread would be waited for
         for (uint8_t share : {0, 3}) {
             file.all.laidOut.fib.sharing = share;
             file.all.laidOut.fib.shareMode = share;

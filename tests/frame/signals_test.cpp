@@ -192,7 +192,7 @@ TEST(Signals, AnotherThreadsCrashAndASignalWithinTheReport)
             _zvkPgmInit(&program.pcb);
             nullPointer();
         },
-        {.env = {{"COBRTOPT", "TRAP=OLD"}}, .seconds = 20});
+        {.env = {{"COBRTOPT", "TRAP=OLD"}}});
     EXPECT_FALSE(run.timedOut);
     EXPECT_EQ(run.signal, SIGABRT) << run.err;
 }

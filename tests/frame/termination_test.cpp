@@ -209,13 +209,11 @@ TEST(Termination, FatalMessagesAndAborts)
     EXPECT_EQ(run.status, 5) << run.err;
 
     // Inside a program's start the run-unit mutex is held; the abort must not wait for it.
-    run = runChild(
-        [] {
-            CompiledProgram program("WINDOWED", entry);
-            program.pcb.yearWindow = -3000;
-            _zvkPgmInit(&program.pcb);
-        },
-        {.seconds = 20});
+    run = runChild([] {
+        CompiledProgram program("WINDOWED", entry);
+        program.pcb.yearWindow = -3000;
+        _zvkPgmInit(&program.pcb);
+    });
     EXPECT_EQ(run.signal, SIGABRT);
     EXPECT_FALSE(run.timedOut);
 }
@@ -301,30 +299,28 @@ TEST(Termination, ACloseThatDoesNotComeBack)
 {
     static int closes;
     for (const char *way : {"exit", "stop run", "message"}) {
-        ChildRun run = runChild(
-            [&] {
-                static FCB file;
-                static FIB fib;
-                static const char *does;
-                does = way;
-                static FCB *files[] = {&file};
-                static FIB *fibs[] = {&fib};
-                CompiledProgram main("MAIN", entry);
-                main.ipcb[0].files = files;
-                main.ipcb[0].fileCount = 1;
-                main.pcb.fibs = fibs;
-                int status = compiledMain(main, [] {
-                    file.mode = ZVK_OPEN_INPUT;
-                    file.close = [](FCB *, IPCB *) {
-                        printf("close %d ", ++closes);
-                        if (*does == 'e') exit(5);
-                        if (*does == 's') _zvkRunUnitTerm(6);
-                        ZVKABEND();
-                    };
-                });
-                exit(status);
-            },
-            {.seconds = 20});
+        ChildRun run = runChild([&] {
+            static FCB file;
+            static FIB fib;
+            static const char *does;
+            does = way;
+            static FCB *files[] = {&file};
+            static FIB *fibs[] = {&fib};
+            CompiledProgram main("MAIN", entry);
+            main.ipcb[0].files = files;
+            main.ipcb[0].fileCount = 1;
+            main.pcb.fibs = fibs;
+            int status = compiledMain(main, [] {
+                file.mode = ZVK_OPEN_INPUT;
+                file.close = [](FCB *, IPCB *) {
+                    printf("close %d ", ++closes);
+                    if (*does == 'e') exit(5);
+                    if (*does == 's') _zvkRunUnitTerm(6);
+                    ZVKABEND();
+                };
+            });
+            exit(status);
+        });
         EXPECT_FALSE(run.timedOut) << way;
         EXPECT_TRUE(run.status == 5 || run.status == 6 || run.signal == SIGABRT) << way << run.status;
         EXPECT_EQ(run.out, "close 1 ") << way;
@@ -334,28 +330,26 @@ TEST(Termination, ACloseThatDoesNotComeBack)
 // CANCEL runs a USE procedure that enters a program: no lock is held over it.
 TEST(Termination, CancelClosesWithoutALock)
 {
-    ChildRun run = runChild(
-        [] {
-            static CompiledProgram main("MAIN", entry), other("OTHER", otherEntry), sub("SUB", entry);
-            static FCB file;
-            static FIB fib;
-            static FCB *files[] = {&file};
-            static FIB *fibs[] = {&fib};
-            sub.ipcb[0].files = files;
-            sub.ipcb[0].fileCount = 1;
-            sub.pcb.fibs = fibs;
-            _zvkPgmInit(&main.pcb);
-            compiledCall(sub, [] {});
-            file.mode = ZVK_OPEN_INPUT;
-            file.close = [](FCB *closed, IPCB *) {
-                compiledCall(other, [] {});
-                closed->mode = 0;
-            };
-            uint8_t name[] = "SUB";
-            REQUIRE(_zvkCancel(nullptr, 3, name, &main.pcb) == 0 && file.mode == 0);
-            _zvkPgmTerm(&main.pcb);
-        },
-        {.seconds = 20});
+    ChildRun run = runChild([] {
+        static CompiledProgram main("MAIN", entry), other("OTHER", otherEntry), sub("SUB", entry);
+        static FCB file;
+        static FIB fib;
+        static FCB *files[] = {&file};
+        static FIB *fibs[] = {&fib};
+        sub.ipcb[0].files = files;
+        sub.ipcb[0].fileCount = 1;
+        sub.pcb.fibs = fibs;
+        _zvkPgmInit(&main.pcb);
+        compiledCall(sub, [] {});
+        file.mode = ZVK_OPEN_INPUT;
+        file.close = [](FCB *closed, IPCB *) {
+            compiledCall(other, [] {});
+            closed->mode = 0;
+        };
+        uint8_t name[] = "SUB";
+        REQUIRE(_zvkCancel(nullptr, 3, name, &main.pcb) == 0 && file.mode == 0);
+        _zvkPgmTerm(&main.pcb);
+    });
     EXPECT_GOOD(run);
 }
 

@@ -107,7 +107,7 @@ bool noWorker()
 #ifdef __SANITIZE_THREAD__ // whose run time has threads of its own
     return true;
 #endif
-    for (int tries = 0; tries < 1000 && filesIn("/proc/self/task") > 1; tries++) usleep(5000);
+    for (int tries = 0; tries < 60000 && filesIn("/proc/self/task") > 1; tries++) usleep(5000);
     return filesIn("/proc/self/task") == 1;
 }
 

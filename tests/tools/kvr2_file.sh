@@ -128,9 +128,9 @@ mkdir folder; mkfifo pipe; ln -s loop loop
 for name in folder pipe loop absent; do
     for command in info dump verify compact "keys drop"; do
         more=; [ "$command" = info ] || [ "$command" = dump ] || [ "$command" = verify ] || [ "$command" = compact ] || more=1
-        expect "$(status timeout 20 "$tool" $command $name $more)" 1; grep -q "$name: " err || fail "$command $name"
+        expect "$(status timeout 600 "$tool" $command $name $more)" 1; grep -q "$name: " err || fail "$command $name"
     done
-    [ $name = absent ] || expect "$(status timeout 20 "$tool" backup -f f $name)" "$([ $name = folder ] && echo 1 || echo 0)"
+    [ $name = absent ] || expect "$(status timeout 600 "$tool" backup -f f $name)" "$([ $name = folder ] && echo 1 || echo 0)"
 done
 
 # A user who may read only: no lock file can be used, and nothing may be made.

@@ -158,7 +158,7 @@ TEST(Accept, FromATerminal)
         }
         return true;
     };
-    alarm(30);
+    alarm(600);
     EXPECT_TRUE(readUntil("Name?")); // shown though the line is not ended, or this waits for ever
     ASSERT_EQ(write(terminal, "overlong line\n", 14), 14);
     EXPECT_TRUE(readUntil("[overlo]"));
