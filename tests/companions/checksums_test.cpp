@@ -5,6 +5,7 @@
 #include <map>
 #include <random>
 #include <sys/stat.h>
+#include <tuple>
 
 #include "stored_files.h"
 
@@ -19,12 +20,16 @@ struct Kind {
     size_t size = 20;
 };
 
-// Record n as it was written, or as a change leaves it: then it has another alternate key.
-string textOf(int n, size_t size = 20, bool changed = false)
+// Record n as it was written, or as a change leaves it: then it has another alternate key. Made
+// once and kept: the rounds below ask for the same few records millions of times.
+const string &textOf(int n, size_t size = 20, bool changed = false)
 {
+    static std::map<std::tuple<int, size_t, bool>, string> made;
+    auto [at, isNew] = made.try_emplace({n, size, changed});
+    if (!isNew) return at->second;
     char text[48];
     snprintf(text, sizeof text, "%06d%04d%04d%06d", n, changed ? 9000 + n % 3 : n % 7, n, n * 7);
-    string all(text);
+    string &all = at->second = text;
     while (all.size() < size) all += static_cast<char>('a' + (all.size() * 31 + static_cast<size_t>(n)) % 26);
     return all;
 }
@@ -100,7 +105,7 @@ void changeAll(const string &path, const Kind &kind, std::mt19937 &random, int *
     for (int step = 0; step < 60; ++step) {
         int n = 1 + static_cast<int>(random() % static_cast<unsigned>(kind.count + 20));
         unsigned what = random() % 4;
-        string text = textOf(n, kind.size, n <= kind.count);
+        const string &text = textOf(n, kind.size, n <= kind.count);
         file.move(text);
         if (what == 0)
             file.verb(file.fcb->deleteRecord, {});

@@ -4,11 +4,11 @@
 #include <csignal>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <regex>
 #include <string>
 
 #include "kvr2/run_unit.h"
 #include "support/child.h"
+#include "support/pattern.h"
 #include "support/require.h"
 
 using std::string;
@@ -42,7 +42,7 @@ void run(void)
         },
         {.env = {{"traceback_lines", tracebackLines}}});
     EXPECT_EQ(run.signal, SIGABRT) << run.err;
-    return std::regex_replace(run.err, std::regex("\\s+"), " ");
+    return oneLine(run.err);
 }
 
 TEST(DecimalFailure, NamesProgramAndLine)

@@ -2,12 +2,12 @@
 // that looks at the wrong digit or loses its carry, a sign that survives nothing or is lost with
 // something, bytes touched beyond an item, the dump's odd labels.
 #include <cstring>
-#include <regex>
 #include <string>
 
 #include "decimal/items.h"
 #include "kvr2/decimal_scaling.h"
 #include "support/child.h"
+#include "support/pattern.h"
 
 using std::string;
 
@@ -126,8 +126,7 @@ KVR2_PIECE(shift_keeps_negative_zero)
 
 TEST(Shift, DumpAndMode)
 {
-    string text = std::regex_replace(runPiece("shift_dump", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err,
-                                     std::regex("0x[0-9a-f]+"), "@");
+    string text = replaceAll(runPiece("shift_dump", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err, "0x[0-9a-f]+", "@");
     EXPECT_EQ(text, "Shift packed right round 1 ...\nop1: @ 3 125d\nres: @ 3 013d\nShift zonedts left 1 ...\nop1: @ 2 "
                     "3132\nop2: @ 3 313230\n");
     EXPECT_EQ(runPiece("shift_keeps_negative_zero", {.env = {{"COBOL_BCD_NOVALIDATE", "2"}}}).out, "");

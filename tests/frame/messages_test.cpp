@@ -9,7 +9,6 @@
 #include <dlfcn.h>
 #include <fstream>
 #include <nl_types.h>
-#include <regex>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -22,6 +21,7 @@
 #include "frame/signals/traceback.h"
 #include "support/child.h"
 #include "support/compiled_program.h"
+#include "support/pattern.h"
 #include "support/require.h"
 
 using std::string;
@@ -437,12 +437,10 @@ TEST(Messages, MessageStreamIsAFileWhereCobmsgsSaysSo)
     ChildRun run =
         writing({.env = {{"COBMSGS", "log%"}, {"COBOUTDIR", directory.path()}}}, [] { zvkWriteMsg(168, 0); });
     EXPECT_EQ(run.err, "");
-    std::smatch match;
-    ASSERT_TRUE(std::regex_match(
-        run.out, match,
-        std::regex("Creating COBMSGS file: (.*/log\\.\\d{8}\\.\\d{6}\\.\\d{6}[+-]\\d\\d\\d\\d\\.\\d+)\n")))
-        << run.out;
-    EXPECT_TRUE(contains(readFile(match[1]), "ZVK168W"));
+    std::optional<string> file =
+        groupOf(run.out, "Creating COBMSGS file: (.*/log\\.[0-9]{8}\\.[0-9]{6}\\.[0-9]{6}[+-][0-9]{4}\\.[0-9]+)\n");
+    ASSERT_TRUE(file) << run.out;
+    EXPECT_TRUE(contains(readFile(*file), "ZVK168W"));
     run = writing({.env = {{"COBMSGS", "/nowhere/at/all"}}}, [] { zvkWriteMsg(168, 0); });
     EXPECT_TRUE(contains(run.err, "ZVK168W")) << "a file that cannot be opened leaves stderr";
     EXPECT_TRUE(contains(run.err, "ZVK183I  The file of COBMSGS, /nowhere/at/all, cannot be opened")) << run.err;
@@ -460,7 +458,7 @@ TEST(Messages, DeviceFilesThatCannotBeOpened)
             for (uint8_t letter : {'O', 'I'}) openDeviceStream(letter);
     });
     EXPECT_GOOD(run);
-    const string flat = std::regex_replace(run.err, std::regex("\\s+"), " ");
+    const string flat = oneLine(run.err);
     for (const string &told : {string("SYSOUT, /nowhere/out, cannot be opened: No such file or directory. Instead the "
                                       "standard output is used."),
                                "SYSIN, " + directory.file("absent") + ", cannot"}) {

@@ -8,11 +8,11 @@
 #include <gtest/gtest.h>
 #include <quadmath.h>
 #include <random>
-#include <regex>
 
 #include "intrinsics/dfp.h"
 #include "kvr2/numval.h"
 #include "support/guarded.h"
+#include "support/pattern.h"
 #include "terse_messages.h"
 
 namespace {
@@ -117,20 +117,14 @@ TEST(Numval, ReadsNationalText)
 }
 
 // All prefixes of texts of the grammar, as the scan allows a text to end anywhere.
-const std::regex kNumvalPrefix(R"( *([+-] *(\d*(\.\d*)? *)|(\d+(\.\d*)?|\.\d*) *([+-] *|C(R *)?|D(B *)?)?)?)");
+const char *const kNumvalPrefix =
+    R"( *([+-] *([0-9]*(\.[0-9]*)? *)|([0-9]+(\.[0-9]*)?|\.[0-9]*) *([+-] *|C(R *)?|D(B *)?)?)?)";
 // With "$" as currency sign: after it, signs are trailing ones, even before a digit.
-const std::regex
-    kNumvalCPrefix(R"( *([+-] *(\$ *)?((\d(,?\d)*(,|(\.\d*)? *)|\.\d* *))?)"
-                   R"(|(\d(,?\d)*(,|(\.\d*)? *([+-] *|C(R *)?|D(B *)?)?)|\.\d* *([+-] *|C(R *)?|D(B *)?)?))"
-                   R"(|\$ *((\d(,?\d)*(,|(\.\d*)? *([+-] *|C(R *)?|D(B *)?)?)|\.\d* *([+-] *|C(R *)?|D(B *)?)?))"
-                   R"(|[+-] *|C(R *)?|D(B *)?)?)?)");
-
-size_t allowed(const std::regex &prefixes, const std::string &text)
-{
-    size_t length = text.size();
-    while (!std::regex_match(text.begin(), text.begin() + static_cast<ptrdiff_t>(length), prefixes)) length--;
-    return length;
-}
+const char *const kNumvalCPrefix =
+    R"( *([+-] *(\$ *)?(([0-9](,?[0-9])*(,|(\.[0-9]*)? *)|\.[0-9]* *))?)"
+    R"(|([0-9](,?[0-9])*(,|(\.[0-9]*)? *([+-] *|C(R *)?|D(B *)?)?)|\.[0-9]* *([+-] *|C(R *)?|D(B *)?)?))"
+    R"(|\$ *(([0-9](,?[0-9])*(,|(\.[0-9]*)? *([+-] *|C(R *)?|D(B *)?)?)|\.[0-9]* *([+-] *|C(R *)?|D(B *)?)?))"
+    R"(|[+-] *|C(R *)?|D(B *)?)?)?)";
 
 // What the bytes up to an error come to, by the C library.
 double plainValue(const std::string &text)
@@ -160,7 +154,7 @@ TEST(Numval, ReportsTheFirstCharacterThatDoesNotFitAndNoOther)
         std::string wantedValues;
         const std::string name = currency ? "NUMVAL-C" : "NUMVAL";
         for (const std::string &text : texts) {
-            size_t length = allowed(currency ? kNumvalCPrefix : kNumvalPrefix, text);
+            size_t length = longestBeginning(text, currency ? kNumvalCPrefix : kNumvalPrefix);
             if (length < text.size())
                 wanted.push_back("152 " + std::to_string(static_cast<int>(text[length])) + " " +
                                  std::to_string(length + 1) + " " + name);
