@@ -1,6 +1,7 @@
 // Loading a program by its name: COBPATH, the system's search rules, the entry symbol, and making
 // room when memory runs out.
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -148,27 +149,57 @@ void forgetProgram(LLE *lle)
     lle->ipcb = nullptr;
 }
 
-// The entries of a table whose program lies in an object that is about to go: an object may hold
-// several programs, and each registered itself under its own name.
-void forgetProgramsOf(HashTable *table, const link_map *object)
+// While an object is closed, an entry whose program lies in it has this bit.
+constexpr uint32_t kMayGo = 0x80000000u;
+
+// Calls `visit` with every entry that any table holds.
+template <class Visit>
+void forEachProgram(Visit visit)
 {
-    if (!table) return;
-    for (HashEntry *entry = HashTable_Next(table, nullptr); entry; entry = HashTable_Next(table, entry)) {
-        LLE *lle = zvkProgramOf(entry);
-        Dl_info info;
-        link_map *holder = nullptr;
-        if (lle && lle->pcb && dladdr1(lle->pcb, &info, reinterpret_cast<void **>(&holder), RTLD_DL_LINKMAP) &&
-            holder == object)
-            forgetProgram(lle);
-    }
+    auto visitTable = [&](HashTable *table) {
+        if (!table) return;
+        for (HashEntry *entry = HashTable_Next(table, nullptr); entry; entry = HashTable_Next(table, entry))
+            if (LLE *lle = zvkProgramOf(entry)) visit(lle);
+    };
+    visitTable(_zvkProccom->plle);
+    for (Runcom *runcom = _zvkProccom->runcom; runcom; runcom = runcom->parent) visitTable(runcom->plle);
 }
 
-void forgetProgramsOf(void *handle)
+// Closes an object and clears the entries of all programs that went with it: an object may hold
+// several, and each registered itself under its own name. The object stays while someone else holds
+// it, such as the run unit around the one that ends; its programs may be in use there, and stay.
+// The result is that of dlclose.
+int closeObject(void *handle)
 {
     link_map *object = nullptr;
-    if (dlinfo(handle, RTLD_DI_LINKMAP, &object) != 0) return;
-    forgetProgramsOf(_zvkProccom->plle, object);
-    for (Runcom *runcom = _zvkProccom->runcom; runcom; runcom = runcom->parent) forgetProgramsOf(runcom->plle, object);
+    char name[PATH_MAX] = "";
+    if (dlinfo(handle, RTLD_DI_LINKMAP, &object) == 0) snprintf(name, sizeof name, "%s", object->l_name);
+    forEachProgram([&](LLE *lle) {
+        Dl_info info;
+        link_map *holder = nullptr;
+        if (lle->pcb && dladdr1(lle->pcb, &info, reinterpret_cast<void **>(&holder), RTLD_DL_LINKMAP) &&
+            holder == object)
+            lle->flags |= kMayGo;
+    });
+
+    errno = 0;
+    dlerror();
+    int result = dlclose(handle);
+    bool stays = result != 0;
+    if (void *still = !stays && *name ? dlopen(name, RTLD_LAZY | RTLD_NOLOAD) : nullptr) {
+        stays = true;
+        dlclose(still);
+    }
+
+    forEachProgram([&](LLE *lle) {
+        if (!(lle->flags & kMayGo)) return;
+        lle->flags &= ~kMayGo;
+        if (stays) return;
+        lle->entry = nullptr;
+        lle->pcb = nullptr; // and not its fields: they are gone
+        lle->ipcb = nullptr;
+    });
+    return result;
 }
 
 } // namespace
@@ -202,10 +233,7 @@ void zvkUnloadProgram(LLE *lle)
 {
     forgetProgram(lle);
     if (!lle->load || !(lle->flags & ZVK_LLE_LOADED)) return;
-    forgetProgramsOf(lle->load);
-    errno = 0;
-    dlerror();
-    if (dlclose(lle->load) != 0) {
+    if (closeObject(lle->load) != 0) {
         int error = errno;
         if (const char *text = dlerror())
             fprintf(stderr, "CPM: dlclose(%p) for %.*s error: %d %s\n", lle->load, static_cast<int>(lle->nameLength),

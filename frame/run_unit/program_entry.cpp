@@ -53,7 +53,7 @@ void ensureRunUnit(PCB *pcb)
         InitCobolRte(pcb);
         if (!_zvkProccom) return;
         zvkRearmRunUnitMutex();
-        if (_zvkProccom->txmn) _zvkProccom->firstEntry = 0;
+        _zvkProccom->firstEntry = _zvkProccom->txmn ? 0 : 1;
     }
     // A run unit that a host made for itself keeps its wrapper stub: programs come and go in it,
     // and none of them ends it. A run unit that begins with this entry has this program as its

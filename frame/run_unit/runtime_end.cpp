@@ -48,9 +48,21 @@ void endRunUnits(uint32_t reason)
     }
 }
 
+// A run unit that a signal ended under a monitor kept its handlers. They read the tables that are
+// freed next.
+void restoreLeftSignals()
+{
+    for (Runcom *runcom = _zvkProccom->freeru; runcom; runcom = runcom->link) {
+        if (!(runcom->flags & ZVK_RUNCOM_SIG)) continue;
+        runcom->flags &= static_cast<uint8_t>(~ZVK_RUNCOM_SIG);
+        zvkSignalRestore();
+    }
+}
+
 void freeRecords()
 {
     bool inSignal = _zvkProccom->flags & ZVK_SIGNAL_IN_PROGRESS;
+    if (!inSignal) restoreLeftSignals();
     while (Runcom *runcom = _zvkProccom->freeru) {
         _zvkProccom->freeru = runcom->link;
         HashTable_Destroy(runcom->externalFiles);

@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstring>
 #include <dlfcn.h>
-#include <regex>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include "kvr2/kvr2.h"
 #include "support/child.h"
 #include "support/compiled_program.h"
+#include "support/pattern.h"
 #include "support/require.h"
 
 using std::string;
@@ -162,7 +162,7 @@ TEST_F(Programs, FailureWithoutOnExceptionIsMessage96WithItsCause)
     EXPECT_NE(fail("NOWHERE").err.find("NOWHERE"), string::npos);
     EXPECT_NE(fail("NOWHERE").err, fail("NOENTRY").err) << "the causes have texts of their own";
     // What is there and refused is told from what is not there, with the loader's reason.
-    auto flat = [&](const char *name) { return std::regex_replace(fail(name).err, std::regex("\\s+"), " "); };
+    auto flat = [&](const char *name) { return oneLine(fail(name).err); };
     EXPECT_NE(flat("NOWHERE").find("it was not found"), string::npos);
     EXPECT_NE(flat("BROKEN").find("BROKEN was found but cannot be loaded. The loader says:"), string::npos);
     EXPECT_NE(flat("BROKEN").find("too short"), string::npos) << flat("BROKEN");
@@ -305,6 +305,31 @@ TEST_F(Programs, UnloadingAnObjectForgetsAllItsPrograms)
         options);
     EXPECT_GOOD(run);
     EXPECT_NE(run.err.find("-SHARED-FILE"), string::npos) << run.err;
+}
+
+// Without a cache each run unit loads for itself. The object goes with the last of them.
+TEST_F(Programs, ANestedRunUnitsEndLeavesTheOuterOnesPrograms)
+{
+    buildTwoPrograms(directory->file("WRITER.so"));
+    ChildOptions options = where(directory->path());
+    options.env.emplace_back("COBOL_CPM_CACHE", "0");
+    ChildRun run = runChild(
+        [] {
+            string path = Programs::directory->file("WRITER.so");
+            Caller outer;
+            REQUIRE(outer.call("WRITER") == 1);
+            _zvkCOBOLLink();
+            Caller inner;
+            REQUIRE(inner.call("WRITER") >= 0); // its registration is the outer run unit's
+            _zvkPgmTerm(&inner.main.pcb);
+            REQUIRE(outer.call("WRITER") == 1);
+            HashEntry *helper = HashTable_Find(_zvkProccom->runcom->plle, nullptr, "HELPER", 6, 0, 0);
+            REQUIRE(helper && static_cast<LLE *>(helper->value)->pcb && !(static_cast<LLE *>(helper->value)->flags));
+            _zvkPgmTerm(&outer.main.pcb);
+            REQUIRE(!dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD));
+        },
+        options);
+    EXPECT_GOOD(run);
 }
 
 TEST_F(Programs, TwoThreadsLoadAProgramOnce)

@@ -39,7 +39,7 @@ TEST(RunUnit, FirstProgramStartsEverythingTheSecondOnlyRegisters)
             _zvkPgmInit(&main.pcb);
             Runcom *runcom = _zvkProccom->runcom;
             REQUIRE(runcom && runcom->id == 1 && runcom->main == &main.pcb && runcom->active == 1 &&
-                    runcom->century == 80);
+                    runcom->century == 80 && _zvkProccom->firstEntry == 1);
             REQUIRE(runcom->randomSeed == 1 && string(runcom->upsi, runcom->upsi + 8) == "11000000" &&
                     runcom->errCount == 7);
             REQUIRE((main.pcb.flag & ZVK_PCB_MAIN) && !(main.pcb.flag & ZVK_OPTION_CHECK) &&

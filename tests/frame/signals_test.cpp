@@ -3,6 +3,7 @@
 // or loops; handlers left behind after the run unit's end; TRAP values taken for each other.
 #include <cerrno>
 #include <cmath>
+#include <csetjmp>
 #include <csignal>
 #include <string>
 #include <unistd.h>
@@ -165,6 +166,34 @@ TEST(Signals, HandlersAreTakenBack)
         struct sigaction present;
         sigaction(SIGUSR1, nullptr, &present);
         REQUIRE(present.sa_handler == SIG_DFL);
+    });
+    EXPECT_GOOD(run);
+}
+
+// A crash under a monitor leaves its run unit's handlers in place. The runtime's end takes back
+// all that are left.
+TEST(Signals, NoHandlerOutlivesTheTablesOfAMonitorsTasks)
+{
+    ChildRun run = runChild([] {
+        struct sigaction before, present;
+        sigaction(SIGSEGV, nullptr, &before);
+        CompiledProgram outer("OUTER", entry), inner("INNER", entry), next("NEXT", entry);
+        auto message = [](int32_t, const char *, const char *, uint32_t, uint64_t) {};
+        _zvk_cpm_init(message, 0);
+        _zvkPgmInit(&outer.pcb);
+        _zvk_cpm_init(message, 0);
+        _zvkPgmInit(&inner.pcb);
+        if (!sigsetjmp(*static_cast<sigjmp_buf *>(_zvkGetJmpBuffer()), 1)) raise(SIGSEGV);
+        _zvkPgmTerm(&inner.pcb);
+        _zvkPgmTerm(&outer.pcb);
+        _zvk_cpm_init(message, 0);
+        _zvkPgmInit(&next.pcb);
+        _zvkPgmTerm(&next.pcb);
+        uint32_t rc = 9;
+        _zvkCOBOLTerm(1, &rc);
+        REQUIRE(rc == 0 && !_zvkProccom);
+        sigaction(SIGSEGV, nullptr, &present);
+        REQUIRE(present.sa_handler == before.sa_handler);
     });
     EXPECT_GOOD(run);
 }
