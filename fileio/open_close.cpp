@@ -145,7 +145,8 @@ void _zvkGenericClose(FCB *fcb, IPCB *element, uint32_t variant)
         fprintf(stderr, "Closing %c%c%c-%s as '%s' %s %s FS1=%.2d FS2=%d\n", fcb->prefix[0], fcb->prefix[1],
                 fcb->prefix[2], fib->name, nameOf(fcb), concatText(fcb), generationText(fcb), fcb->status, fcb->fs2);
     fcb->currentVerb = ZVK_VERB_CLOSE;
-    zvkSetFileName(fcb, fib->assignment, false);
+    // An EXTERNAL file may outlive the program that closes it, so its name is that of its own copy.
+    zvkSetFileName(fcb, fcb->state & ZVK_FILE_FIB_OF_PROGRAM ? fcb->fib->assignment : fib->assignment, false);
     fcb->state &= ZVK_FILE_FIB_OF_PROGRAM | ZVK_FILE_CONCATENATED;
     zvkInitSlots(fcb, fcb->fib);
     fcb->lastCloseOptions = fcb->closeOptions;

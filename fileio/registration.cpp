@@ -160,7 +160,7 @@ void requireAgreement(const FCB *shared, const FIB *fib, const PCB *pcb)
 
 constexpr size_t kRelativeKeySize = 36, kAttributeSize = 8;
 
-// A FIB and the tables that it has offsets of, in one block; null without storage.
+// A FIB, the tables that it has offsets of and its assignment, in one block; null without storage.
 FIB *copyOf(const FIB *fib)
 {
     struct Piece {
@@ -173,6 +173,8 @@ FIB *copyOf(const FIB *fib)
                             {&FIB::linageOffset, 4 * sizeof(FileLinageGroup)}};
     size_t size = sizeof(FIB);
     for (const Piece &piece : pieces) size += fib->*piece.offset ? (piece.size + 7) & ~size_t{7} : 0;
+    size_t assigned = fib->assignment ? strnlen(fib->assignment, fib->assignmentLength) : 0;
+    size += assigned + 1;
     auto *copy = static_cast<FIB *>(zvkCalloc(1, size));
     if (!copy) return nullptr;
 
@@ -183,6 +185,10 @@ FIB *copyOf(const FIB *fib)
         memcpy(reinterpret_cast<uint8_t *>(copy) + next, at(fib, fib->*piece.offset), piece.size);
         copy->*piece.offset = static_cast<uint32_t>(next);
         next += (piece.size + 7) & ~size_t{7};
+    }
+    if (fib->assignment) {
+        copy->assignment = reinterpret_cast<char *>(copy) + next;
+        memcpy(copy->assignment, fib->assignment, assigned);
     }
     return copy;
 }
@@ -286,6 +292,16 @@ bool zvkFileIsOpen(const FCB *file) { return file->mode != 0; }
 
 bool zvkFileIsExternal(const FCB *file) { return file->fib && (file->fib->attributes & ZVK_FILE_EXTERNAL); }
 
+// The index of an EXTERNAL file is its number in the program whose statement came last. The run
+// unit's end closes it for another program: it gets the number that it has in that one's list, or
+// its attributes would be looked for in another file's place, perhaps after the list's end.
+static void becomeFileOf(const IPCB *element, FCB *file)
+{
+    if (!element || !(file->state & ZVK_FILE_FIB_OF_PROGRAM)) return;
+    for (int32_t i = 0; element->files && i < element->fileCount; i++)
+        if (element->files[i] == file) file->index = static_cast<uint32_t>(i) + 1;
+}
+
 // Set while a run unit's end closes the file; not part of the public record's states.
 constexpr uint32_t kFileClosing = 0x00100000;
 
@@ -293,6 +309,7 @@ bool zvkFileIsClosing(const FCB *file) { return file->state & kFileClosing; }
 
 void zvkCloseFile(FCB *file, IPCB *element, bool useProcedures)
 {
+    becomeFileOf(element, file);
     if (useProcedures) {
         if (file->close) file->close(file, element);
         return;

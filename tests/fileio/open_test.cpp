@@ -351,6 +351,41 @@ TEST(ExternalFiles, AreSharedAndMustAgree)
         EXPECT_NE(run.err.find(word), string::npos) << word;
 }
 
+// A statement says which of its program's files it means. The run unit's end has no statement: it
+// meets the file in one of its programs, with the number that it has in another, longer one.
+TEST(ExternalFiles, AreClosedAsTheFileOfTheProgramThatIsMet)
+{
+    ChildRun run = runChild([] {
+        File &first = File::make("FIRST", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL),
+             &second = File::make("SECOND", "x", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL);
+        first.start();
+        second.start();
+        first.fcb->mode = ZVK_OPEN_INPUT;
+        first.fcb->state |= ZVK_FILE_ABSENT;
+        first.fcb->index = 0x1000000;
+        _zvkCleanUp();
+        REQUIRE((first.state() == "00") != (second.state() == "00")); // its own status field, and no other
+    });
+    EXPECT_GOOD(run);
+}
+
+// A program that is gone takes its assignment with it; the closed file still has a name to tell.
+TEST(ExternalFiles, KeepTheirNameWhenTheProgramThatClosedThemIsGone)
+{
+    ChildRun run = runChild([] {
+        File &first = File::make("FIRST", "data/x  ", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL),
+             &second = File::make("SECOND", "data/x  ", ZVK_FILE_ASSIGN_LITERAL | ZVK_FILE_EXTERNAL);
+        first.start();
+        second.start();
+        second.fcb->mode = ZVK_OPEN_INPUT;
+        second.fcb->state |= ZVK_FILE_ABSENT;
+        REQUIRE(second.close() == "00");
+        for (File *file : {&first, &second}) memset(file->fib.assignment, '?', file->fib.assignmentLength);
+        REQUIRE(strcmp(first.fcb->fileName, "data/x  ") == 0);
+    });
+    EXPECT_GOOD(run);
+}
+
 // Of LINAGE it is the block that has to agree; the flags of its parts do not count by themselves.
 TEST(ExternalFiles, LinageAgreesByItsBlock)
 {
