@@ -45,7 +45,8 @@ constexpr int kUndecided = 2;
 
 // Two items of one format whose parts lie in the order of their weight need no system form: the
 // first part that differs decides. kUndecided where that does not hold, or a fraction, a blank-like
-// "X" or a short item has a say. An entry that is none is left to the conversion, which refuses it.
+// "X", a NUL or a short item has a say. An entry that is none is left to the conversion, which
+// refuses it.
 int compareInPlace(const char *left, const char *right, const FD *fd)
 {
     uint64_t pos = 0, length = itemLength(fd);
@@ -69,6 +70,7 @@ int compareInPlace(const char *left, const char *right, const FD *fd)
         }
         lastPlace = place;
         for (uint64_t i = 0; sign == 0 && i < width; i++) {
+            if (!a[i] || !b[i]) return kUndecided; // a NUL ends a system form
             if (a[i] == b[i]) continue;
             if (a[i] == 'X' || b[i] == 'X') return kUndecided;
             sign = static_cast<uint8_t>(a[i]) > static_cast<uint8_t>(b[i]) ? 1 : -1;

@@ -79,18 +79,28 @@ void settleDay(Fields &fields)
     fields.day = date.day;
 }
 
-void moveDays(Fields &fields, int64_t days)
+void moveDays(Fields &fields, int64_t days, bool adding)
 {
     fields.day += days;
-    int32_t length = checkedMonthLength(fields);
-    bool beyond = days >= 0 ? fields.day > length : fields.day <= 0;
-    if (beyond) settleDay(fields);
+    if (adding) {
+        if (fields.day > checkedMonthLength(fields)) settleDay(fields);
+        return;
+    }
+    if (fields.day > 0) return;
+    // The day is one of the month before. How long the present month is does not matter, so that a
+    // month 13 is no reason to stop.
+    if (--fields.month == 0) {
+        fields.month = 12;
+        fields.year--;
+    }
+    fields.day += checkedMonthLength(fields);
+    if (fields.day <= 0) settleDay(fields);
 }
 
-void moveMonths(Fields &fields, int64_t months)
+void moveMonths(Fields &fields, int64_t months, bool adding)
 {
     fields.month += months;
-    if (months >= 0 ? fields.month > 12 : fields.month <= 0) {
+    if (adding ? fields.month > 12 : fields.month <= 0) {
         int64_t years = calendar::floorDiv(fields.month - 1, 12);
         fields.month -= years * 12;
         fields.year += years;
@@ -116,7 +126,7 @@ void moveHours(Fields &fields, int64_t hours, bool adding, bool carry)
     int64_t days = carryOf(fields.hour, 24, adding);
     if (days == 0) return;
     if (carry)
-        moveDays(fields, days);
+        moveDays(fields, days, adding);
     else if (adding)
         fields.day += days;
 }
@@ -148,10 +158,10 @@ void applyDuration(Fields &fields, const DurationEntry &duration, bool adding, b
         fields.year += value;
         break;
     case duMonths:
-        moveMonths(fields, value);
+        moveMonths(fields, value, adding);
         break;
     case duDays:
-        moveDays(fields, value);
+        moveDays(fields, value, adding);
         break;
     case duHours:
         moveHours(fields, value, adding, carry);

@@ -151,7 +151,7 @@ bool translateEntry(Translation &t, const FormatEntry *entry)
 {
     uint32_t type = entry->entryType;
     DATETIME_ASSERT(isEntryOf(kTextEntries | kDateEntries | kTimeEntries, type), "! \"entryType\"");
-    DATETIME_ASSERT(type != ZVK_FE_LITERAL && type != ZVK_FE_CHAR, "! \"feLiteral\"");
+    DATETIME_ASSERT(type != ZVK_FE_LITERAL, "! \"feLiteral\"");
     if (type == ZVK_FE_AM_PM || type == ZVK_FE_AM_PM_LOCALE) return translateHalf(t);
     if (const char *format = elementFormat(type)) return translateElement(t, format);
     size_t width = std::min<size_t>(kEntryWidth[type], static_cast<size_t>(t.end - t.at));

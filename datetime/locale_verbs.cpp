@@ -25,6 +25,11 @@ constexpr char kCheckName[] = "Range_check_locale";
     DATETIME_ASSERT((a)->hasLocale == 1 || (b)->hasLocale == 1,                                                        \
                     "( (" #a ") -> hasLocale) == 1 || ( (" #b ") -> hasLocale) == 1")
 
+// A timestamp has no locale form. Some verbs take it as it is, others stop.
+enum class Stamps : bool { Refused, Plain };
+
+bool isPlain(const FD *fd) { return fd->category == ctTIMESTAMP; }
+
 // A side of a verb as the plain verbs take it: the item itself, or its ISO twin.
 struct Side {
     const FD *given;
@@ -32,9 +37,9 @@ struct Side {
     char area[kLocaleArea];
     bool translated = false, readable = true;
 
-    explicit Side(FD *own, const LocaleProgram *program) : given(own)
+    explicit Side(FD *own, const LocaleProgram *program, Stamps stamps = Stamps::Refused) : given(own)
     {
-        translated = own->hasLocale == 1;
+        translated = own->hasLocale == 1 && !(stamps == Stamps::Plain && isPlain(own));
         if (translated && (!own->formatLiteralPtr || (own->formatIsStrptime && own->localeIndex == 1)))
             DateTime_updateFormatFromLocale(own, program);
         fd = *own;
@@ -73,9 +78,6 @@ NewCallInfo withoutCheck(NewCallInfo newCallInfo)
     newCallInfo.rangeCheck = 0;
     return newCallInfo;
 }
-
-// A timestamp has no locale form; its plain verb serves.
-bool isPlain(const FD *fd) { return fd->category == ctTIMESTAMP; }
 
 } // namespace
 
@@ -184,7 +186,7 @@ int32_t _zvkcDateTime_Find_Duration_Locale(const char *lhsPtr, FD *lhsFDPtr, con
     ASSERT_DATE_TIME(lhsFDPtr);
     ASSERT_DATE_TIME(rhsFDPtr);
     ASSERT_ONE_HAS_LOCALE(lhsFDPtr, rhsFDPtr);
-    Side lhs(lhsFDPtr, program), rhs(rhsFDPtr, program);
+    Side lhs(lhsFDPtr, program, Stamps::Plain), rhs(rhsFDPtr, program, Stamps::Plain);
     const char *left = lhs.read(lhsPtr, program), *right = rhs.read(rhsPtr, program);
     lhs.check(left, windowYear, newCallInfo);
     rhs.check(right, windowYear, newCallInfo);
@@ -312,6 +314,15 @@ void checkSource(const char *source, int32_t sourceClass, const char *result)
                     "sourceClass == rltDBCS || sourceClass == rltALPHANUMERIC");
 }
 
+// The bytes of a source of LOCALE-TIME: eight digits and, only after a sign, four more.
+size_t timeLength(const char *source)
+{
+    constexpr size_t digits = 8, offset = 4;
+    size_t length = strnlen(source, digits);
+    if (length < digits || (source[digits] != '+' && source[digits] != '-')) return length;
+    return digits + 1 + strnlen(source + digits + 1, offset);
+}
+
 // Two digits; -1 for what is none.
 int32_t pairAt(const char *text)
 {
@@ -332,7 +343,7 @@ int32_t checkedPair(const char *source, const char *shown, int at, int32_t highe
 // Minutes that a time with an offset from UTC lies before the locale's.
 int32_t shiftToLocale(const char *source, size_t length, uint16_t localeId, const LocaleProgram *program)
 {
-    if (length < 13 || (source[8] != '+' && source[8] != '-')) return 0;
+    if (length < 13) return 0;
     int32_t hours = pairAt(source + 9), mins = pairAt(source + 11);
     if (hours) DATETIME_ASSERT(hours > 0 && hours < 24, "hours > 0 && hours < 24");
     if (mins) DATETIME_ASSERT(mins > 0 && mins < 60, "mins > 0 && mins < 60");
@@ -362,7 +373,7 @@ int32_t _zvkcDateTime_Locale_Time(const char *sourcePtr, int32_t sourceClass, ui
     constexpr int32_t kDayMinutes = 1440;
     checkSource(sourcePtr, sourceClass, resultPtr);
     char shown[14] = {};
-    size_t length = strnlen(sourcePtr, sizeof shown - 1);
+    size_t length = timeLength(sourcePtr);
     memcpy(shown, sourcePtr, length);
     int32_t hours = checkedPair(shown, shown, 0, 23), minutes = checkedPair(shown, shown, 2, 59),
             seconds = checkedPair(shown, shown, 4, 59);

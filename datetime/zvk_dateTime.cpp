@@ -253,7 +253,10 @@ void writeDayOfYear(ItemWriter &out, const char *system)
 {
     int64_t year = DateTime_ATOL(system, 0, 4);
     char digits[3];
-    int32_t day = calendar::dayOfYear(year, twoDigits(system + 5), twoDigits(system + 8));
+    int64_t month = twoDigits(system + 5);
+    int32_t day = calendar::dayOfYear(year, month, twoDigits(system + 8));
+    // A day beyond its year is one of a thirteenth month, and comes back as it was.
+    if (month == 13) day = calendar::yearLength(year) + static_cast<int32_t>(twoDigits(system + 8));
     calendar::putDigits(digits, 3, static_cast<uint64_t>(day));
     out.put(digits, 3);
 }

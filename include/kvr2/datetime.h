@@ -249,8 +249,8 @@ enum {
  * MOVE of a date-time item to another one.
  *
  * A DATE into a TIMESTAMP keeps the time of a receiver that holds a valid timestamp, a TIME its
- * date; otherwise the rest becomes 00:00:00 or 0000-01-01. A TIMESTAMP into a DATE or TIME gives
- * its part.
+ * date, whatever its layout; otherwise the rest becomes 00:00:00 or 0000-01-01. A TIMESTAMP into a
+ * DATE or TIME gives its part.
  *
  * @param sender, receiver      items of senderFD and receiverFD; may be the same
  * @param reserved              not read
@@ -472,7 +472,7 @@ ZVK_EXPORT int32_t _zvkcDateTime_Locale_Date(const char *source, int32_t sourceC
 /**
  * FUNCTION LOCALE-TIME: HHMMSSFF in the layout of a locale.
  *
- * @param source  8 digits, and then either a NUL or, as CURRENT-DATE has it, "+" or "-" and the
+ * @param source  8 digits, and then any character or, as CURRENT-DATE has it, "+" or "-" and the
  *                offset from UTC as HHMM. A time with an offset is shifted to the locale's offset
  * @messages 1003 with the source and the hours, minutes or seconds that are out of range; 1000,
  *           1002. The run unit then stops

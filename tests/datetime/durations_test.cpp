@@ -12,12 +12,13 @@ namespace {
 
 using Durations = std::vector<DurationEntry>;
 
-std::string shifted(const std::string &text, const Format &format, const Durations &durations, bool adding = true)
+std::string shifted(const std::string &text, const Format &format, const Durations &durations, bool adding = true,
+                    NewCallInfo info = kCheck)
 {
     Item item(text); // source and receiver in one
     auto words = static_cast<uint32_t>(2 * durations.size());
     (adding ? _zvkcDateTime_Add_Duration : _zvkcDateTime_Sub_Duration)(item.get(), &format.fd, item.get(), words,
-                                                                       durations.data(), 1950, kCheck);
+                                                                       durations.data(), 1950, info);
     return item.text();
 }
 
@@ -68,6 +69,19 @@ TEST(Durations, MonthsEndOnTheirLastDay)
     EXPECT_EQ(shifted("2026-12-15", isoDate(), {{duMonths, 24000}}, false), "0026-12-15");
     EXPECT_EQ(shifted("2024-02-29", isoDate(), {{duYears, 1}}), "2025-02-29"); // years leave the day alone
     EXPECT_EQ(shifted("2026-01-31", isoDate(), {{duDays, 1}}), "2026-02-01");
+}
+
+// Subtracting looks at a month only where a day is to go below 1, and counts a month or day 0 as
+// one of before.
+TEST(Durations, SubtractingTakesPartsAsTheyAre)
+{
+    EXPECT_EQ(shifted("2026-00-15", isoDate(), {{duDays, 5}}, false, kNoCheck), "2026-00-10");
+    EXPECT_EQ(shifted("2026-00-15", isoDate(), {{duMonths, 0}}, false, kNoCheck), "2025-12-15");
+    EXPECT_EQ(shifted("2026-03-00", isoDate(), {{duDays, 0}}, false, kNoCheck), "2026-02-28");
+    EXPECT_EQ(shifted("2026-02-31", isoDate(), {{duDays, 1}}, false, kNoCheck), "2026-02-30");
+    EXPECT_EQ(shifted("2026-13-01", isoDate(), {{duDays, 1}}, false, kNoCheck), "2026-12-31");
+    EXPECT_EQ(shifted("2026-03-00", isoDate(), {{duDays, 0}}, true, kNoCheck), "2026-03-00");
+    EXPECT_EQ(shifted("2026-02-31", isoDate(), {{duDays, 0}}, true, kNoCheck), "2026-03-03");
 }
 
 TEST(Durations, TimesWrapWithinTheDay)

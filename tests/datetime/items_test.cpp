@@ -191,6 +191,8 @@ TEST(Items, DaysOfTheYear)
     EXPECT_EQ(moved("2000366", ofYear, isoDate()), "2000-12-31");
     EXPECT_EQ(moved("2001366", ofYear, isoDate()), "2001-13-01"); // only the check refuses it
     EXPECT_EQ(moved("2001000", ofYear, isoDate()), "2001-00-00");
+    for (const char *beyond : {"2001366", "2000367", "2001399", "2001000"})
+        EXPECT_EQ(moved(beyond, ofYear, ofYear), beyond);
     Item bad("2001366");
     EXPECT_EQ(_zvkcDateTime_Test(bad.get(), &ofYear.fd, nullptr, 7, 1950), '0');
 }
@@ -217,6 +219,11 @@ TEST(Items, ATimestampKeepsWhatItIsNotGiven)
     EXPECT_EQ(moved("23:59:58", isoTime(), isoStamp()), "0000-01-01-23:59:58.000000");
     EXPECT_EQ(moved(before, isoStamp(), isoStamp(), "?-?-?-?-?-?-?-?-?-?-?-?-?-"), before);
     EXPECT_EQ(moved(before, isoStamp(), isoDate()), "2026-03-07");
+    // Also in a layout of its own.
+    Format german(ctTIMESTAMP,
+                  {entry(10), entry(4), entry(12), entry(4), entry(15), entry(6), entry(16), entry(7), entry(18)}, 16);
+    EXPECT_EQ(moved("1999-12-31", isoDate(), german, "07.03.2026 08:09"), "31.12.1999 08:09");
+    EXPECT_EQ(moved("23:59:58", isoTime(), german, "07.03.2026 08:09"), "07.03.2026 23:59");
 }
 
 int relations(const std::string &a, const Format &fa, const std::string &b, const Format &fb)
@@ -252,6 +259,8 @@ TEST(Items, Relations)
 // Items of one descriptor are compared in place, those of two equal ones by their system forms.
 TEST(Items, OneDescriptorOrTwoMakeNoDifference)
 {
+    constexpr int equal = 0x29;
+    EXPECT_EQ(relations(std::string(10, '\0'), isoDate(), "2026-03-08", isoDate()), equal); // a NUL ends both
     std::mt19937 random(8);
     const Format stamp = isoStamp(), date = isoDate(), backwards(ctDATE, {entry(10), entry(12), entry(15)}, 8);
     for (int i = 0; i < 20000; i++) {
@@ -259,7 +268,7 @@ TEST(Items, OneDescriptorOrTwoMakeNoDifference)
         const Format two = one;
         std::string a = i % 3 == 0 ? "2026-03-07-08:09:10.000456" : i % 3 == 1 ? "2026-03-07" : "07032026", b = a;
         for (std::string *text : {&a, &b})
-            for (size_t n = random() % 4; n > 0; n--) (*text)[random() % a.size()] = "0123456789 X"[random() % 12];
+            for (size_t n = random() % 4; n > 0; n--) (*text)[random() % a.size()] = "0123456789 X\0"[random() % 13];
         if (a.find_first_of("X", 20) != std::string::npos || b.find_first_of("X", 20) != std::string::npos) continue;
         ASSERT_EQ(relations(a, one, b, one), relations(a, one, b, two)) << a << " and " << b;
     }
