@@ -116,6 +116,7 @@ void writeFixed(const FixedLayout &layout, char *out, const DateParts &parts)
         auto value = static_cast<uint32_t>(parts.*part.value);
         char *at = out + part.at;
         if (part.width & 1) {
+            if (value > 999) value /= 10; // 1000 milliseconds show their first three digits
             at[2] = static_cast<char>('0' + value % 10);
             value /= 10;
         } else if (part.width == 4) {

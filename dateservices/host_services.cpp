@@ -23,7 +23,7 @@ struct HostString {
 
     explicit HostString(const VSTRING *given) : length(0), text{}
     {
-        int32_t ebcdic = std::clamp<int32_t>(static_cast<int16_t>(given->length), 0, kHostString);
+        int32_t ebcdic = std::min<int32_t>(given->length, kHostString);
         int32_t room = kHostString;
         if (ebcdic == 0) return;
         _zvkConvToASCII(reinterpret_cast<const uint8_t *>(given->text), ebcdic, reinterpret_cast<uint8_t *>(text),

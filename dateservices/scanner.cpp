@@ -15,7 +15,7 @@
 namespace dates {
 namespace {
 
-enum Seen : uint8_t { kSeenYear = 1, kSeenMonth = 2, kSeenDay = 4, kSeenDayOfYear = 8 };
+enum Seen : uint8_t { kSeenYear = 1, kSeenMonth = 2, kSeenDay = 4, kSeenDayOfYear = 8, kSeenHour = 16 };
 
 struct Scan {
     const char *date, *start, *end;
@@ -87,10 +87,30 @@ Status dayOfYear(Scan &scan, const PictureElement &)
     return scan.parts.dayOfYear < 1 || scan.parts.dayOfYear > 366 ? kBadDay : kGood;
 }
 
+// Puts AM or PM into the hour. 12 AM stays 12 without the dots, on purpose; the half then stays
+// too, for those who count seconds.
+Status applyHalf(DateParts &parts, bool dotted)
+{
+    if (parts.halfOfDay == kNoHalf) return kGood;
+    if (parts.hour > 12) return kBadHour;
+    if (parts.halfOfDay == kMorning) {
+        if (parts.hour == 12 && !dotted) return kGood;
+        if (parts.hour == 12) parts.hour = 0;
+    } else {
+        if (parts.hour == 0) return kBadHour;
+        if (parts.hour < 12) parts.hour += 12;
+    }
+    parts.halfOfDay = kNoHalf;
+    return kGood;
+}
+
+// The half of the day goes into the hour as soon as both are known.
 Status hour(Scan &scan, const PictureElement &element)
 {
     Status status = pair(scan, element, scan.parts.hour);
-    return status == kGood && scan.parts.hour > 23 ? kBadHour : status;
+    if (status != kGood) return status;
+    scan.seen |= kSeenHour;
+    return scan.parts.hour > 23 ? kBadHour : applyHalf(scan.parts, scan.dotted);
 }
 
 Status minute(Scan &scan, const PictureElement &)
@@ -207,7 +227,7 @@ Status half(Scan &scan, const PictureElement &element)
     scan.dotted = dotted;
     scan.date += length;
     if (dotted && scan.left() && *scan.date == '.') scan.date++;
-    return kGood;
+    return scan.seen & kSeenHour ? applyHalf(scan.parts, dotted) : kGood;
 }
 
 Status eraByName(Scan &scan, int32_t &era)
@@ -261,23 +281,6 @@ constexpr ScanStep kSteps[static_cast<size_t>(Element::count)] = {
     notValid,    // brokenEra
 };
 
-// Puts AM or PM into the hour. 12 AM stays 12 without the dots, on purpose; the half then stays
-// too, for those who count seconds.
-Status applyHalf(DateParts &parts, bool dotted)
-{
-    if (parts.halfOfDay == kNoHalf) return kGood;
-    if (parts.hour > 12) return kBadHour;
-    if (parts.halfOfDay == kMorning) {
-        if (parts.hour == 12 && !dotted) return kGood;
-        if (parts.hour == 12) parts.hour = 0;
-    } else {
-        if (parts.hour == 0) return kBadHour;
-        if (parts.hour < 12) parts.hour += 12;
-    }
-    parts.halfOfDay = kNoHalf;
-    return kGood;
-}
-
 } // namespace
 
 Status scanDate(const char *date, const char *dateEnd, const Picture &picture, DateParts &parts, const EraTable *eras)
@@ -295,8 +298,8 @@ Status scanDate(const char *date, const char *dateEnd, const Picture &picture, D
         if (status != kGood) return status;
         scan.shorter = false;
     }
-    Status status = applyHalf(parts, scan.dotted);
-    if (status != kGood) return status;
+    // A half without an hour is one of hour 0.
+    if (Status status = scan.seen & kSeenHour ? kGood : applyHalf(parts, scan.dotted); status != kGood) return status;
     bool fixesDay = (scan.seen & kSeenDayOfYear) || (scan.seen & (kSeenMonth | kSeenDay)) == (kSeenMonth | kSeenDay);
     return (scan.seen & kSeenYear) && fixesDay ? kGood : kNotEnough;
 }

@@ -26,12 +26,7 @@ struct Text {
     size_t length() const { return static_cast<size_t>(end - begin); }
 };
 
-// A length that is negative as a signed number stands for no text.
-Text textOf(const VSTRING *string)
-{
-    size_t length = static_cast<int16_t>(string->length) < 0 ? 0 : string->length;
-    return {string->text, string->text + length};
-}
+Text textOf(const VSTRING *string) { return {string->text, string->text + string->length}; }
 
 bool isBlank(const Text &text)
 {

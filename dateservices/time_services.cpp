@@ -25,7 +25,9 @@ double secondsOf(int64_t lilian, const DateParts &parts)
 
 bool isSeconds(double seconds) { return seconds >= kFirstSecond && seconds <= kLastSecond; }
 
-// The small amounts take up what binary fractions lose. From 0.9995 on a fraction counts 1000
+// The small amounts take up what binary fractions lose. They go into each part alone, and what is
+// left after a part is the rest without them: 0.05 milliseconds before an hour that hour counts,
+// with 60 minutes, 60 seconds and 1000 milliseconds, and from 0.9995 on a fraction counts 1000
 // milliseconds, without a carry; on purpose.
 void setTime(DateParts &parts, double seconds)
 {
@@ -33,11 +35,11 @@ void setTime(DateParts &parts, double seconds)
     double rest = seconds - day * kSecondsOfDay;
     setDate(parts, static_cast<int64_t>(day));
     parts.hour = static_cast<int32_t>(std::floor((rest + 0.0001) / 3600.0));
-    rest -= parts.hour * 3600.0;
+    rest = std::fmod(rest, 3600.0);
     parts.minute = static_cast<int32_t>(std::floor((rest + 0.0001) / 60.0));
-    rest -= parts.minute * 60.0;
+    rest = std::fmod(rest, 60.0);
     parts.second = static_cast<int32_t>(std::floor(rest + 0.0001));
-    rest -= parts.second;
+    rest = std::fmod(rest, 1.0);
     parts.millisecond = static_cast<int32_t>(std::floor((rest + 0.0005) * 1000.0));
 }
 

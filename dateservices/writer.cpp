@@ -48,13 +48,14 @@ struct Writer {
 
 using WriteStep = Status (*)(Writer &, const PictureElement &);
 
-// The last `width` digits, with leading zeros or, after a Z, without.
+// The last `width` digits, with leading zeros or, after a Z, without those that a short number has.
 Status number(Writer &writer, int32_t value, int width, bool shorter)
 {
+    constexpr int32_t powers[] = {1, 10, 100, 1000};
     char digits[12];
     calendar::putDigits(digits, width, static_cast<uint32_t>(value));
     int skipped = 0;
-    while (shorter && skipped < width - 1 && digits[skipped] == '0') skipped++;
+    while (shorter && skipped < width - 1 && value < powers[width - 1 - skipped]) skipped++;
     return writer.put(digits + skipped, static_cast<size_t>(width - skipped));
 }
 
@@ -98,7 +99,8 @@ Status pair(Writer &writer, const PictureElement &element, int32_t value)
 Status month(Writer &writer, const PictureElement &element) { return pair(writer, element, writer.parts.month); }
 Status day(Writer &writer, const PictureElement &element) { return pair(writer, element, writer.parts.day); }
 Status second(Writer &writer, const PictureElement &element) { return pair(writer, element, writer.parts.second); }
-Status minute(Writer &writer, const PictureElement &) { return number(writer, writer.parts.minute, 2, writer.shorter); }
+// Two digits, also after a Z.
+Status minute(Writer &writer, const PictureElement &) { return number(writer, writer.parts.minute, 2, false); }
 Status dayOfYear(Writer &writer, const PictureElement &) { return number(writer, writer.parts.dayOfYear, 3, false); }
 
 Status hour(Writer &writer, const PictureElement &element)
@@ -185,8 +187,10 @@ Status half(Writer &writer, const PictureElement &element)
     return writer.put(form, element.length);
 }
 
-Status era(Writer &writer, const PictureElement &)
+// Without a table of eras the letters are letters.
+Status era(Writer &writer, const PictureElement &element)
 {
+    if (!writer.eras) return copied(writer, element);
     int32_t number = writer.parts.eraKind == kJapanese ? writer.parts.japaneseEra : writer.parts.chineseEra;
     if (number == 0) return kNoEraForDate;
     const char *name = eraName(writer.eras, static_cast<uint32_t>(number));
@@ -235,8 +239,7 @@ Status writeDate(char *out, const Picture &picture, const DateParts &parts, cons
         writeFixed(*picture.layout, out, parts);
         return kGood;
     }
-    Writer writer{out,   out + kOutput, ElementReader(picture),  picture.half,
-                  parts, eras,          parts.eraKind != kNoEra, false};
+    Writer writer{out, out + kOutput, ElementReader(picture), picture.half, parts, eras, eras != nullptr, false};
     while (writer.reader.more()) {
         PictureElement element = writer.reader.next();
         // The last character of a picture cannot shorten anything; there a Z is a letter.

@@ -35,15 +35,15 @@
  * | `AP`, `A.P`, `A.P.` | AM or PM, A.M or P.M with or without a "." after it | AM, A.M, A.M. in the picture's case |
  * | `<JJJJ>` | name of a Japanese era | likewise |
  * | `<CCCC>`, `<CCCCCCCC>` | name of a Chinese era | likewise |
- * | `Z` | the next element may have a digit less | the next element has no leading zeros |
+ * | `Z` | the next element may have a digit less | the next one has no leading zeros; `MI` and `DDD` keep them |
  * | other | one character, whatever it is; not at the start | the character |
  *
  * The names of months and days are those of the process's locale. Eras are in the message catalog
  * (message 216). Under `AP` 12 AM is hour 12 to the scanner, which the seconds of LSVSECS count as
  * 0; under `A.P` it is hour 0. On purpose.
  *
- * A VSTRING whose length is negative as a signed number is an empty one. A feedback pointer may be
- * null: the service then writes the message of the token instead.
+ * The length of a VSTRING is unsigned. A feedback pointer may be null: the service then writes the
+ * message of the token instead.
  *
  * | message | severity | meaning |
  * |---|---|---|
@@ -174,7 +174,11 @@ ZVK_EXPORT void LSVISEC(const LsvNumber *year, const LsvNumber *month, const Lsv
                         const LsvNumber *minutes, const LsvNumber *seconds, const LsvNumber *milliseconds,
                         LsvSeconds *lilianSeconds, FeedbackCode *fc);
 
-/** Lilian seconds to date and time. */
+/**
+ * Lilian seconds to date and time. From 0.1 milliseconds before a minute or an hour on that one
+ * counts, and what follows it shows 60; milliseconds show 1000 from half a millisecond before a
+ * second on.
+ */
 ZVK_EXPORT void LSVSECI(const LsvSeconds *lilianSeconds, LsvNumber *year, LsvNumber *month, LsvNumber *day,
                         LsvNumber *hours, LsvNumber *minutes, LsvNumber *seconds, LsvNumber *milliseconds,
                         FeedbackCode *fc);

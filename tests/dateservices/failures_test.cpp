@@ -5,6 +5,7 @@
 #include <ctime>
 #include <sys/time.h>
 
+#include "dateservices/date_parts.h"
 #include "dateservices/service_calls.h"
 #include "frame/messages.h"
 #include "kvr2/dateservices.h"
@@ -92,6 +93,20 @@ TEST(DateFailures, ErasOfACatalogThatIsMissing)
         },
         {.env = {{"NLSPATH", "/nonexistent/%N"}}});
     EXPECT_NE(run.err.find("ZVK206"), std::string::npos) << run.err;
+}
+
+// A catalog whose text of eras does not begin with a count gives no table, and that is no failure.
+TEST(DateFailures, WithoutATableOfErasLettersAreLetters)
+{
+    char out[dates::kOutput];
+    memset(out, ' ', sizeof out);
+    dates::DateParts parts{};
+    dates::setDate(parts, 162246);
+    const char picture[] = "<JJJJ>YYYY YY";
+    parts.eraKind = dates::kJapanese;
+    EXPECT_EQ(dates::writeDate(out, dates::pictureOf(picture, picture + strlen(picture)), parts, nullptr),
+              dates::kGood);
+    EXPECT_EQ(trimmed(out), "<JJJJ>2026 26");
 }
 
 } // namespace

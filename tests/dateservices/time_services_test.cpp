@@ -104,6 +104,27 @@ TEST(TimeServices, TextOfSeconds)
     EXPECT_EQ(dateTime(86400, "<JJJJ>").token, 2506);
 }
 
+// What is small enough to be lost counts as the next part, but is no carry: the parts after it do
+// not begin anew.
+TEST(TimeServices, FractionsBelowTheNextPart)
+{
+    auto shown = [](double ofDay) {
+        Parts parts;
+        EXPECT_EQ(toParts(150000 * 86400.0 + ofDay, parts), 0);
+        char text[64];
+        snprintf(text, sizeof text, "%d:%d:%d.%d", parts.number[3], parts.number[4], parts.number[5], parts.number[6]);
+        return std::string(text);
+    };
+    EXPECT_EQ(shown(3600.0), "1:0:0.0");
+    EXPECT_EQ(shown(3599.9997), "0:59:59.1000");
+    EXPECT_EQ(shown(3599.99995), "1:60:60.1000");
+    EXPECT_EQ(shown(10.99995), "0:0:11.1000");
+    EXPECT_EQ(shown(-0.00005), "0:0:0.0"); // the day is begun anew
+    double before = 150000 * 86400.0 + 12.9997;
+    for (const char *picture : {"SS.999", "HH:MI:SS.999", "SS.999 AP"})
+        EXPECT_NE(dateTime(before, picture).value.find("12.100"), std::string::npos) << picture;
+}
+
 struct Offset {
     int32_t hours, minutes;
     double seconds;
@@ -205,7 +226,7 @@ TEST(TimeServices, HostFormsLetNoNumberThrough)
         LSVLOCT_HOST(n, v, reinterpret_cast<char *>(text.data()), &fc);
         TKJEDT4_HOST(reinterpret_cast<char *>(day.data()), &fc);
         printf("%g %d %d", value.value(), text.data()[0] == 0xF2, memcmp(text.data(), day.data(), 8));
-        GuardedString none("", 0xFFFF);
+        GuardedString none(std::string(0xFFFF, '\xF1'));
         LSVCBLDY_HOST(none.get(), none.get(), n, &fc);
         printf(" %s", shown(fc).c_str());
         LSVDYWK_HOST(n, n, nullptr);
