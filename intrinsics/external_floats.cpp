@@ -239,9 +239,10 @@ void toExternal(const ZvkExternalFloatTarget &picture, ZvkFloat128 value, uint8_
     Printed printed;
     print(value, printedDigits, printed);
 
-    // Three characters: an exponent of three or four digits loses its last ones. It stays.
+    // Three characters: an exponent of three or four digits loses its last ones. A picture without
+    // integer digits keeps the exponent of one, so that its items are a tenth. Both stay.
     char exponent[16] = {printed.exponent[0], printed.exponent[1], printed.exponent[2], 0};
-    if (value != 0 && integer != 1)
+    if (value != 0 && integer > 1)
         snprintf(exponent, sizeof exponent, "%+.2i", static_cast<int>(strtol(exponent, nullptr, 10)) - (integer - 1));
 
     out.put(signFor(picture.mantissaSign, printed.text[0]));

