@@ -1,7 +1,8 @@
 // Between decimal items and binary integers of 1, 2, 4 and 8 bytes.
 //
 // Into binary nothing is tested: a value that is too long wraps. Out of binary the digits that do
-// not fit are dropped on the left.
+// not fit are dropped on the left. When only zeros are left of a negative value the item is
+// positive, unless the mode keeps negative zeros.
 #include <cstdio>
 #include <type_traits>
 
@@ -243,12 +244,12 @@ void writePacked(Word digits, bool negative, uint8_t *dst, int32_t n)
 }
 
 // The same for a magnitude below 1000 and an item of 1 to 3 digits.
-[[gnu::always_inline]] inline void writeFewPacked(unsigned magnitude, bool negative, uint8_t *dst, int32_t n)
+[[gnu::always_inline]] inline void writeFewPacked(unsigned magnitude, bool negative, bool keep, uint8_t *dst, int32_t n)
 {
     const unsigned hundreds = magnitude / 100;
     unsigned digits = hundreds << 8 | kValuePair[magnitude - hundreds * 100];
     if (n < 3) digits &= n == 2 ? 0xFF : 0x0F;
-    const unsigned item = digits << 4 | signNibble(negative && digits); // a zero is positive
+    const unsigned item = digits << 4 | signNibble(negative && (keep || digits));
     if (n > 1) *dst++ = static_cast<uint8_t>(item >> 8);
     *dst = static_cast<uint8_t>(item);
 }
@@ -283,7 +284,7 @@ uint64_t signOf(bool negative) { return negative ? kByteMinus : 0; }
 
 // Into items of more than eight digits; a magnitude has 20 at most. Where two of the stores
 // overlap, the second one is right.
-inline void writeZoned(uint64_t magnitude, bool negative, uint8_t *dst, int32_t n)
+inline void writeZoned(uint64_t magnitude, bool negative, bool keep, uint8_t *dst, int32_t n)
 {
     const uint64_t upper = magnitude / 100'000'000;
     const uint64_t last = eightBytes(static_cast<uint32_t>(magnitude % 100'000'000));
@@ -291,7 +292,7 @@ inline void writeZoned(uint64_t magnitude, bool negative, uint8_t *dst, int32_t 
     if (n <= 16) {
         const uint64_t front = middle << (8 * (16 - n));
         storeBig<uint64_t>(dst, front | kByteZones<uint64_t>);
-        storeBytes(dst + n - 8, 8, last, signOf(negative && (front | last))); // a zero is positive
+        storeBytes(dst + n - 8, 8, last, signOf(negative && (keep || (front | last))));
         return;
     }
     if (n > 24) memset(dst, '0', static_cast<size_t>(n) - 24);
@@ -299,7 +300,7 @@ inline void writeZoned(uint64_t magnitude, bool negative, uint8_t *dst, int32_t 
     if (n < 24) front <<= 8 * (24 - n);
     storeBig<uint64_t>(n > 24 ? dst + n - 24 : dst, front | kByteZones<uint64_t>);
     storeBig<uint64_t>(dst + n - 16, middle | kByteZones<uint64_t>);
-    storeBytes(dst + n - 8, 8, last, signOf(negative && (front | middle | last)));
+    storeBytes(dst + n - 8, 8, last, signOf(negative && (keep || (front | middle | last))));
 }
 
 // Of as many digits as an item has room for.
@@ -320,24 +321,25 @@ struct FromBinary {
         dumpConversion(Shown<Integer>::name, shortName<Form>);
         dumpInteger("in: ", value);
     }
-    uint8_t *work(uint32_t) const
+    uint8_t *work(uint32_t mode) const
     {
+        const bool keep = mode & ZVK_BCD_KEEP_NEG_ZERO;
         const uint64_t sign = value < 0 ? ~uint64_t{0} : 0;
         const uint64_t magnitude = (static_cast<uint64_t>(value) ^ sign) - sign;
         if constexpr (isPacked<Form>) {
             if (static_cast<uint32_t>(dn - 1) < 3 && magnitude < 1000) {
-                writeFewPacked(static_cast<unsigned>(magnitude), sign != 0, dst, dn);
+                writeFewPacked(static_cast<unsigned>(magnitude), sign != 0, keep, dst, dn);
                 return dst;
             }
             withDigits(magnitude, [&](auto digits) {
                 const int32_t n = dn > 0 ? dn : 0;
-                writePacked(digits, sign && !allZero(digits, n), dst, n); // a zero is positive
+                writePacked(digits, sign && (keep || !allZero(digits, n)), dst, n);
             });
         } else if (fitBytes<uint64_t>(dn)) {
             const uint64_t digits = lowBytes(magnitude, dn);
-            storeBytes(dst, dn, digits, signOf(sign && digits));
+            storeBytes(dst, dn, digits, signOf(sign && (keep || digits)));
         } else if (dn > 0) {
-            writeZoned(magnitude, sign != 0, dst, dn);
+            writeZoned(magnitude, sign != 0, keep, dst, dn);
         }
         return dst;
     }

@@ -8,12 +8,12 @@
 #include <array>
 #include <csignal>
 #include <cstring>
-#include <regex>
 #include <string>
 
 #include "decimal/items.h"
 #include "kvr2/decimal_conversions.h"
 #include "support/child.h"
+#include "support/pattern.h"
 #include "support/require.h"
 
 using std::string;
@@ -293,6 +293,17 @@ KVR2_PIECE(ebcdic_matrix)
     }
 }
 
+// A power of ten in items of all lengths: the sign stays where only zeros do.
+template <class Integer, class Entry>
+void negativePowers(Integer power, Entry entry, Form form)
+{
+    for (size_t n = 1; n <= 30; n++) {
+        Bytes wanted = bytesOf(form, {fitted(std::to_string(-int64_t{power}), n), true}), got(wanted.size(), 0xEE);
+        entry(power, got.data(), static_cast<int32_t>(n));
+        if (got != wanted) printf("got %s, not %s\n", hex(got).c_str(), hex(wanted).c_str());
+    }
+}
+
 KVR2_PIECE(mode_bits)
 {
     auto is = [](Convert entry, const string &source, int sn, int dn, const string &wanted) {
@@ -305,6 +316,12 @@ KVR2_PIECE(mode_bits)
     if (mode == "2") {
         is(_zvkcBCD_Cpy_Pckd, {0x10, 0x0D}, 3, 2, string("\0\x0D", 2));
         is(_zvkcBCD_CONV_ZndTO_To_ZndTS, "10p", 3, 2, "00-");
+        negativePowers(int8_t{-100}, _zvkcBCD_CONV_Int1_To_Pckd, Packed);
+        negativePowers(int16_t{-10000}, _zvkcBCD_CONV_Int2_To_Pckd, Packed);
+        negativePowers(int32_t{-1000000000}, _zvkcBCD_CONV_Int4_To_Pckd, Packed);
+        negativePowers(int32_t{-1000000000}, _zvkcBCD_CONV_Int4_To_Znd, TO);
+        negativePowers(int64_t{-1000000000000000000}, _zvkcBCD_CONV_Int8_To_Pckd, Packed);
+        negativePowers(int64_t{-1000000000000000000}, _zvkcBCD_CONV_Int8_To_Znd, TO);
     } else if (mode == "4") {
         is(_zvkcBCD_CONV_ZndUS_To_ZndUS,
            "A\xF2"
@@ -379,8 +396,7 @@ KVR2_PIECE(dumped)
 
 TEST(Conversion, Dump)
 {
-    string text =
-        std::regex_replace(runPiece("dumped", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err, std::regex("0x[0-9a-f]+"), "@");
+    string text = replaceAll(runPiece("dumped", {.env = {{"COBOL_BCD_DEBUG", "1"}}}).err, "0x[0-9a-f]+", "@");
     EXPECT_EQ(text, "Copy zoned ...\nop1: @ 2 3132\nres: @ 2 3132\n"
                     "packed to zonedto ...\nin:  @ 3 123c\nout: @ 3 313233\n"
                     "zonedto to packed...\nin:  @ 2 31322b\nout: @ 2 012c\n"
