@@ -1,4 +1,4 @@
-// Indexed files: OPEN, CLOSE and the verbs. Their parts: the store (indexed_store.cpp), its
+// Indexed files: OPEN, CLOSE and the verbs. Their parts: the store (indexed_store.cpp) and its
 // transactions, a record with its entries (indexed_record.cpp), the place of sequential reading and
 // START (indexed_position.cpp).
 #include "companions/filesystems/indexed_file.h"

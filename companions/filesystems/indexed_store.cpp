@@ -1,258 +1,25 @@
 #include "companions/filesystems/indexed_store.h"
 
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
-#include <dirent.h>
 #include <fcntl.h>
-#include <pthread.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include "companions/filesystems/durability.h"
 #include "companions/filesystems/size_limit.h"
 #include "companions/filesystems/store_faults.h"
+#include "companions/filesystems/store_state.h"
 #include "companions/filesystems/transaction.h"
 
 namespace filesystems {
 
-// An environment with LMDB's locks may be open only once in a process; the files of a program that
-// are the same file share it. A child process takes none of its parent's.
-struct Store {
-    dev_t device;
-    ino_t inode;
-    pid_t process;
-    MDB_env *env;
-    uint32_t users;
-    bool writable;
-    bool shared;
-    Store *next;
-    pthread_rwlock_t mapLock; // shared: held by every transaction, for itself alone by who changes the map
-    dev_t lockDevice;         // of the lock file
-    ino_t lockInode;
-    std::atomic<uint64_t> mapBytes; // of LMDB's map
-    MDB_dbi about;
-    StoreMap *map;
-    int folder;                                             // -1: not known
-    std::atomic<int64_t> folderTime, youngTime, youngSince; // isSettled
-    // The change that is being made: one at a time, LMDB sees to that.
-    StoreSnapshot committed;
-    VettedPages vetted; // of many changes in one transaction
-    uint64_t *marks;    // for the lists of free pages
-    uint64_t marksRoom; // pages
-    uint64_t ownChange; // the commit that this program made last
-    bool many;
-    char name[];
-};
-
 namespace {
-
-constexpr int kUnsettled = -40004; // a journal comes first
 
 Store *stores;
 pthread_mutex_t storesLock = PTHREAD_MUTEX_INITIALIZER;
-
-// Another name of the same file, in the same folder, that has a store: a hard link to it shares its
-// records. False: there is none.
-bool otherName(const char *file, const struct stat &about, char *name)
-{
-    const char *slash = strrchr(file, '/');
-    char folder[PATH_MAX], path[PATH_MAX];
-    snprintf(folder, sizeof folder, "%.*s", slash ? static_cast<int>(slash - file + 1) : 2, slash ? file : "./");
-    DIR *entries = opendir(folder);
-    bool found = false;
-    while (dirent *entry = entries && !found ? readdir(entries) : nullptr) {
-        struct stat other;
-        if (entry->d_ino != about.st_ino || snprintf(path, sizeof path, "%s%s", folder, entry->d_name) >= PATH_MAX)
-            continue;
-        if (snprintf(name, PATH_MAX, "%s.mdb", path) >= PATH_MAX || access(name, F_OK) != 0) continue;
-        found = stat(path, &other) == 0 && other.st_dev == about.st_dev && other.st_ino == about.st_ino;
-    }
-    if (entries) closedir(entries);
-    if (found) snprintf(name, PATH_MAX, "%s", path);
-    return found;
-}
-
-bool storeName(FCB *fcb, char *name, const char *suffix)
-{
-    char path[PATH_MAX], linked[PATH_MAX];
-    struct stat about;
-    const char *file = resolvedName(fcb->fileName, path);
-    if (!file) return failWithErrno(fcb, errno);
-    if (snprintf(name, PATH_MAX, "%s.mdb", file) >= PATH_MAX) return failWithErrno(fcb, ENAMETOOLONG);
-    // A file of several names has its store beside one of them.
-    if (access(name, F_OK) != 0 && stat(file, &about) == 0 && about.st_nlink > 1) {
-        if (otherName(file, about, linked))
-            file = linked;
-        else if (about.st_size)
-            return fail(fcb, 30, fs2Link);
-    }
-    if (snprintf(name, PATH_MAX, "%s.mdb%s", file, suffix) < PATH_MAX) return true;
-    return failWithErrno(fcb, ENAMETOOLONG);
-}
-
-void enterTransaction(Store *store)
-{
-    if (store->shared) pthread_rwlock_rdlock(&store->mapLock);
-}
-
-// With size 0 as large as another program made it.
-void resizeMap(Store *store, size_t size)
-{
-    MDB_envinfo info;
-    if (store->shared) pthread_rwlock_wrlock(&store->mapLock);
-    mdb_env_set_mapsize(store->env, size);
-    if (mdb_env_info(store->env, &info) == 0) store->mapBytes = info.me_mapsize;
-    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
-}
-
-// The last change of the folder's entries, in nanoseconds; 0 where that cannot be said.
-int64_t folderTimeOf(const Store *store)
-{
-    struct stat about;
-    if (store->folder < 0 || fstat(store->folder, &about) != 0) return 0;
-    return int64_t(about.st_mtim.tv_sec) * 1000000000 + about.st_mtim.tv_nsec;
-}
-
-// Would another change of the folder have another time? Some file systems keep whole seconds, the
-// others the ticks of a clock. Who stamps may be another machine, and clocks are set. So a time
-// counts once it has been seen for longer than that, by a clock that nobody sets.
-bool isSettled(Store *store, int64_t time)
-{
-    constexpr int64_t second = 1000000000, tick = second / 50;
-    timespec clock;
-    // It stands still when the clock that stamps files does, as on a machine too busy for ticks.
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &clock);
-    const int64_t now = int64_t(clock.tv_sec) * second + clock.tv_nsec;
-    if (store->youngTime.load(std::memory_order_acquire) != time) {
-        store->youngSince.store(now, std::memory_order_relaxed);
-        store->youngTime.store(time, std::memory_order_release);
-        return false;
-    }
-    return now - store->youngSince.load(std::memory_order_relaxed) > (time % second ? tick : 3 * second);
-}
-
-// Are the store's files those that were opened, and is there no journal of another? Both are
-// entries of one folder: while the folder does not change, the answer does not.
-int checkPlace(Store *store, bool settles)
-{
-    char file[PATH_MAX];
-    int64_t time = folderTimeOf(store);
-    if (time && time == store->folderTime.load(std::memory_order_relaxed)) return 0;
-    if (int error = storeIsReplaced(store)) return error;
-    if (hasJournal(fileOfStore(store, file))) return settles ? kUnsettled : 0;
-    if (time && isSettled(store, time)) store->folderTime.store(time, std::memory_order_relaxed);
-    return 0;
-}
-
-// Room for as many pages as the store has; all bits 0. False: there is no storage.
-bool makeMarks(uint64_t **marks, uint64_t *room, uint64_t pages)
-{
-    if (*marks && *room >= pages) return true;
-    free(*marks);
-    *room = pages * 2;
-    *marks = static_cast<uint64_t *>(calloc(*room / 64 + 1, sizeof(uint64_t)));
-    return *marks;
-}
-
-// What LMDB will trust from its first step on.
-int vetChange(Store *store, bool many)
-{
-    constexpr uint64_t few = 16;
-    const StoreSnapshot &now = store->committed;
-    store->many = many;
-    if (many) {
-        if (!makeMarks(&store->vetted.bits, &store->vetted.room, now.lastPage + 1)) return ENOMEM;
-        memset(store->vetted.bits, 0, (store->vetted.room / 64 + 1) * sizeof(uint64_t));
-    }
-    if (!makeMarks(&store->marks, &store->marksRoom, now.lastPage + 1)) return ENOMEM;
-    // Long lists that only this program has written since it looked at them need no second look.
-    const StoreTree &lists = now.freePages;
-    bool known = store->ownChange && store->ownChange == now.change;
-    bool isShort = lists.leafPages + lists.overflowPages <= few;
-    int error = vetForChange(now, isShort || !known, store->marks);
-    store->ownChange = error ? 0 : now.change;
-    return error;
-}
-
-// What a transaction that has begun sees; a change looks at what LMDB will trust.
-int takePages(Store *store, bool change, MDB_txn *txn, bool stuck, uint64_t size, bool many, StoreSnapshot *snapshot)
-{
-    int error = withPages(store->map, [&] {
-        int passed = takeSnapshot(store->map, mdb_txn_id(txn) - change, stuck, size, snapshot);
-        return !passed && change ? vetChange(store, many) : passed;
-    });
-    // Work that was left has not taken its marks away.
-    if (error && change && store->marks) memset(store->marks, 0, (store->marksRoom / 64 + 1) * sizeof(uint64_t));
-    return error;
-}
-
-// `settles`: not before what journals say.
-int beginTransaction(Store *store, unsigned flags, MDB_txn **txn, StoreSnapshot *snapshot, bool many,
-                     bool settles = true)
-{
-    char file[PATH_MAX];
-    bool cleared = false;
-    for (int passed = 0;;) {
-        bool renews = flags && *txn;
-        uint64_t size;
-        int error = sizeOfStore(store->map, &size);
-        // Twice the address space while half of it is used. If the system gives no more, LMDB says
-        // so once the store is full.
-        if (!error && !flags && size > store->mapBytes / 2) resizeMap(store, store->mapBytes * 2);
-        enterTransaction(store);
-        if (!error) error = renews ? mdb_txn_renew(*txn) : mdb_txn_begin(store->env, nullptr, flags, txn);
-        const bool begun = !error;
-        if (begun && store->shared) error = checkPlace(store, settles);
-        if (!error) error = takePages(store, !flags, *txn, passed > 20, size, many, snapshot);
-        if (!error) return 0;
-        if (begun && flags) {
-            mdb_txn_reset(*txn);
-        } else if (begun) {
-            mdb_txn_abort(*txn);
-            *txn = nullptr;
-        }
-        leaveTransaction(store);
-        if (error == kUnsettled)
-            error = settleJournal(fileOfStore(store, file));
-        else if (error == kSnapshotPassed && flags && ++passed < 1000)
-            error = 0;
-        else if (error == MDB_MAP_RESIZED)
-            resizeMap(store, 0), error = 0;
-        else if (error == MDB_READERS_FULL && !cleared)
-            clearDeadReaders(store), cleared = true, error = 0;
-        if (error) return error == kSnapshotPassed ? MDB_CORRUPTED : error;
-    }
-}
-
-// Is there no room for a store to grow? Asks for some after its end, which no data is harmed by.
-bool storeIsFull(FCB *fcb)
-{
-    constexpr off_t some = 65536;
-    char name[PATH_MAX];
-    if (!storeName(fcb, name, "")) return false;
-    int descriptor = open(name, O_RDWR | O_CLOEXEC);
-    struct stat about;
-    rlimit limit;
-    bool full = false;
-    if (descriptor >= 0 && fstat(descriptor, &about) == 0) {
-        SizeLimitHeldOff guard;
-        if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
-            full = static_cast<rlim_t>(about.st_size + some) > limit.rlim_cur;
-        if (!full && fallocate(descriptor, FALLOC_FL_KEEP_SIZE, about.st_size, some) != 0) {
-            struct statvfs space;
-            full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG ||
-                   (fstatvfs(descriptor, &space) == 0 && space.f_bavail * space.f_frsize < static_cast<uint64_t>(some));
-        }
-    }
-    if (descriptor >= 0) close(descriptor);
-    return full;
-}
 
 int openEnvironment(const char *name, bool writable, bool locked, MDB_env **env)
 {
@@ -373,99 +140,6 @@ int openDatabases(Store *store, const StoredHeader &header, MDB_dbi *data)
 
 } // namespace
 
-int storeIsReplaced(const Store *store)
-{
-    char lock[PATH_MAX];
-    struct stat about;
-    if (stat(store->name, &about) != 0 || about.st_dev != store->device || about.st_ino != store->inode)
-        return kStoreReplaced;
-    if (!store->lockInode) return 0;
-    snprintf(lock, sizeof lock, "%s-lock", store->name);
-    bool same = stat(lock, &about) == 0 && about.st_dev == store->lockDevice && about.st_ino == store->lockInode;
-    return same ? 0 : kStoreReplaced;
-}
-
-void leaveTransaction(Store *store)
-{
-    if (store->shared) pthread_rwlock_unlock(&store->mapLock);
-}
-
-int beginReading(Store *store, MDB_txn **txn, StoreSnapshot *snapshot)
-{
-    return beginTransaction(store, MDB_RDONLY, txn, snapshot, false);
-}
-
-int beginChange(Store *store, MDB_txn **txn, bool many)
-{
-    *txn = nullptr;
-    return beginTransaction(store, 0, txn, &store->committed, many);
-}
-
-int changeIsWhole(const Store *store)
-{
-    uint64_t size;
-    if (int error = sizeOfStore(store->map, &size)) return error;
-    return size / store->committed.pageSize < store->committed.pages ? MDB_CORRUPTED : 0;
-}
-
-int commitChange(Store *store, MDB_txn *txn)
-{
-    int error = store->many ? changeIsWhole(store) : 0;
-    if (error)
-        mdb_txn_abort(txn);
-    else
-        error = mdb_txn_commit(txn);
-    if (error)
-        store->ownChange = 0;
-    else if (store->ownChange)
-        ++store->ownChange;
-    return error;
-}
-
-const StoreMap *mapOfStore(const Store *store) { return store->map; }
-
-const StoreSnapshot &committedState(const Store *store) { return store->committed; }
-bool makesManyChanges(const Store *store) { return store->many; }
-VettedPages *vettedPages(Store *store) { return store->many ? &store->vetted : nullptr; }
-
-const char *fileOfStore(const Store *store, char *room)
-{
-    snprintf(room, PATH_MAX, "%.*s", static_cast<int>(strlen(store->name) - strlen(".mdb")), store->name);
-    return room;
-}
-
-int beginRedo(Store *store, MDB_txn **txn)
-{
-    *txn = nullptr;
-    return beginTransaction(store, 0, txn, &store->committed, true, false);
-}
-
-// The tree "about" has one page or two.
-static int vetAbout(Store *store)
-{
-    return withPages(store->map, [&] {
-        StoreTree about;
-        int error = findTree(store->committed, kAboutDatabase, &about);
-        return error ? error : vetTree(store->committed, about, vettedPages(store));
-    });
-}
-
-uint64_t lastJournal(Store *store, MDB_txn *txn)
-{
-    MDB_val k = valueOf("journal", 7), v;
-    uint64_t number = 0;
-    if (vetAbout(store) == 0 && mdb_get(txn, store->about, &k, &v) == 0 && v.mv_size == sizeof number)
-        memcpy(&number, v.mv_data, sizeof number);
-    return number;
-}
-
-int noteJournal(Store *store, MDB_txn *txn, uint64_t number)
-{
-    if (int error = vetAbout(store)) return error;
-    MDB_val k = valueOf("journal", 7), v = valueOf(&number, sizeof number);
-    return mdb_put(txn, store->about, &k, &v, 0);
-}
-
 int forceStore(Store *store)
 {
     unsigned flags;
@@ -512,12 +186,6 @@ bool trimStore(Store *store, const MDB_dbi *data, uint32_t count)
     if (!good) unlink(name);
     if (good && force) forceDirectory(store->name);
     return good;
-}
-
-void clearDeadReaders(Store *store)
-{
-    int dead;
-    if (store->shared) mdb_reader_check(store->env, &dead);
 }
 
 uint64_t bytesPerCommit(const Store *store) { return store->mapBytes / 16; }
