@@ -1,6 +1,6 @@
 // kvr2-file: looks at, copies, checks and mends the files of COBOL programs. kvr2-file.1 is its
-// manual; each command is in a file of its own family (file_info.cpp, file_transfer.cpp,
-// file_stores.cpp, file_backup.cpp).
+// manual; the commands are in file_info.cpp, file_transfer.cpp (dump, load, copy), file_verify.cpp,
+// file_rebuild.cpp, file_compact.cpp (also keys add and drop) and file_backup.cpp.
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
