@@ -6,11 +6,11 @@ keep, lose (CANCEL) and share (GLOBAL, EXTERNAL) what they count, and show it wh
 outermost ones are of one source, or modules that CALL loads.
 """
 import os
-import pathlib
 import random
-import subprocess
 import sys
 import tempfile
+
+from trial import Trial
 
 LIMIT = 100000  # items are PIC 9(5)
 
@@ -269,8 +269,8 @@ class World:
 
 
 def main():
-    compiler, first, count = pathlib.Path(sys.argv[1]).resolve(), int(sys.argv[2]), int(sys.argv[3])
-    failed, calls, seed = 0, 0, first
+    trial, first, count = Trial(sys.argv[1]), int(sys.argv[2]), int(sys.argv[3])
+    calls, seed = 0, first
     while count:
         world = World(random.Random(seed))
         seed += 1
@@ -282,19 +282,12 @@ def main():
         calls += world.calls
         with tempfile.TemporaryDirectory() as work:
             together = seed % 2  # in one source; else the others are modules
-            (pathlib.Path(work) / "calls.cbl").write_text(world.text(world.outer if together else world.outer[:1]))
-            subprocess.run([compiler, "-free", "-O0", "-o", "calls", "calls.cbl"], cwd=work, check=True)
+            trial.compile(work, "calls.cbl", world.text(world.outer if together else world.outer[:1]), "-O0")
             if not together:
-                (pathlib.Path(work) / "others.cbl").write_text(world.text(world.outer[1:]))
-                subprocess.run([compiler, "-free", "-O0", "-m", "others.cbl"], cwd=work, check=True)
-            run = subprocess.run(["./calls"], cwd=work, env={**os.environ, "COBPATH": work}, capture_output=True, encoding="latin-1")
-        got = [line.rstrip() for line in run.stdout.splitlines()]
-        if run.returncode or got != expected:
-            failed += 1
-            at = ([a == b for a, b in zip(got, expected)] + [False]).index(False)
-            print(f"{seed - 1}: status {run.returncode}, line {at}:\n  gave     {got[at:at + 1]}\n  expected {expected[at:at + 1]} {run.stderr}")
-    print(f"calls: {calls} in {seed - first} programs, {failed} that differ")
-    sys.exit(failed > 0)
+                trial.compile(work, "others.cbl", world.text(world.outer[1:]), "-O0", "-m")
+            got = trial.run(work, ["./calls"], env={**os.environ, "COBPATH": work})
+            trial.compare(seed - 1, got, expected)
+    trial.end(f"calls: {calls} in {seed - first} programs")
 
 
 main()

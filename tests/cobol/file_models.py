@@ -7,9 +7,10 @@ keeps its records in a dictionary.
 """
 import pathlib
 import random
-import subprocess
 import sys
 import tempfile
+
+from trial import Trial
 
 VERBS = 1000
 ACCESS = ["SEQUENTIAL", "RANDOM", "DYNAMIC"]
@@ -310,13 +311,11 @@ def some_verbs(numbers, organization, access):
 
 
 def main():
-    compiler, first, count = pathlib.Path(sys.argv[1]).resolve(), int(sys.argv[3]), int(sys.argv[4])
+    trial, first, count = Trial(sys.argv[1]), int(sys.argv[3]), int(sys.argv[4])
     kind = {"indexed": IndexedFile, "relative": RelativeFile}[sys.argv[2]]
-    failed = 0
     for access in ACCESS:
         with tempfile.TemporaryDirectory() as work:
-            (pathlib.Path(work) / "verbs.cbl").write_text(source(kind.organization, access))
-            subprocess.run([compiler, "-free", "-O0", "verbs.cbl"], cwd=work, check=True)
+            trial.compile(work, "verbs.cbl", source(kind.organization, access), "-O0")
             for seed in range(first, first + count):
                 for old in pathlib.Path(work).glob("verbs.dat*"):
                     old.unlink()
@@ -325,16 +324,8 @@ def main():
                 verbs += [(verb, model.random(numbers)) for verb in some_verbs(numbers, kind.organization, access)]
                 wanted = [model.line(*verb).rstrip() for verb in verbs]
                 given = "".join(verb + "".join(operands) + "\n" for verb, operands in verbs) + "XX\n"
-                run = subprocess.run(["./verbs"], cwd=work, input=given, check=True, capture_output=True, text=True)
-                got = [line.rstrip() for line in run.stdout.splitlines()]
-                if got != wanted:
-                    failed += 1
-                    same = [a == b for a, b in zip(got, wanted)] + [False]
-                    at = min(same.index(False), len(wanted) - 1)
-                    print(f"{access} {seed}, verb {at}, {verbs[at]}: gave {got[at:at + 1]}, expected {wanted[at]}")
-                    print(f"  before it: {got[max(0, at - 5):at]}")
-    print(f"{sys.argv[2]}: {len(ACCESS) * count * VERBS} verbs, {failed} runs that differ")
-    sys.exit(failed > 0)
+                trial.compare(f"{access} {seed}", trial.run(work, ["./verbs"], input=given), wanted)
+    trial.end(f"{sys.argv[2]}: {len(ACCESS) * count * VERBS} verbs in {len(ACCESS) * count} runs")
 
 
 main()

@@ -7,9 +7,10 @@ what `kvrcob -E` gives must be the model's text, whatever the blanks between its
 import pathlib
 import random
 import re
-import subprocess
 import sys
 import tempfile
+
+from trial import Trial
 
 WORDS = ["ALPHA", "BETA", "GAMMA", "DELTA-1", "AL-TAG", "TAG", "TAG-END", "MOVE", "TO", "5", "42"]
 LITERALS = ['"ALPHA"', '"A  B"', '"TAG"']
@@ -181,21 +182,15 @@ class Model:
 
 
 def main():
-    compiler, first, count = pathlib.Path(sys.argv[1]).resolve(), int(sys.argv[2]), int(sys.argv[3])
-    failed = 0
+    trial, first, count = Trial(sys.argv[1]), int(sys.argv[2]), int(sys.argv[3])
     for seed in range(first, first + count):
         model = Model(random.Random(seed))
         with tempfile.TemporaryDirectory() as work:
             for name, text in {**model.files, "main.cbl": model.source}.items():
                 (pathlib.Path(work) / name).write_text(text)
-            run = subprocess.run([compiler, "-free", "-E", "main.cbl"], cwd=work, capture_output=True, text=True)
-        got, expected = canonical(run.stdout).split(" "), canonical(shown(model.words)).split(" ")
-        if run.returncode or got != expected:
-            failed += 1
-            at = ([a == b for a, b in zip(got, expected)] + [False]).index(False)
-            print(f"{seed}: status {run.returncode}, word {at}: gave {got[max(0, at - 3):at + 4]}, expected {expected[max(0, at - 3):at + 4]} {run.stderr}")
-    print(f"replacing: {count} sources, {failed} that differ")
-    sys.exit(failed > 0)
+            got = trial.run(work, [trial.compiler, "-free", "-E", "main.cbl"])
+        trial.compare(seed, canonical("\n".join(got)).split(" "), canonical(shown(model.words)).split(" "))
+    trial.end(f"replacing: {count} sources")
 
 
 main()

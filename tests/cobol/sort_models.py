@@ -5,11 +5,11 @@ sort_models.py KVRCOB FIRST COUNT. Each program has records of random fields, lo
 sorts: from files or an input procedure, to files or an output procedure, by random keys, under random alphabets. What
 it shows must be in the model's order; records with equal keys keep theirs.
 """
-import pathlib
 import random
-import subprocess
 import sys
 import tempfile
+
+from trial import Trial
 
 USAGES = {
     "S9": "DISPLAY", "S9L": "DISPLAY SIGN LEADING", "S9LS": "SIGN LEADING SEPARATE", "S9TS": "SIGN TRAILING SEPARATE CHARACTER",
@@ -258,23 +258,15 @@ class Model:
 
 
 def main():
-    compiler, first, count = pathlib.Path(sys.argv[1]).resolve(), int(sys.argv[2]), int(sys.argv[3])
-    failed = 0
+    trial, first, count = Trial(sys.argv[1]), int(sys.argv[2]), int(sys.argv[3])
     for seed in range(first, first + count):
         model = Model(random.Random(seed))
         model.loaded = {file: len(rows) for file, rows in model.files.items()}
         given = "".join(model.shown(row) + "\n" for file in "AB" for row in model.files[file])
         with tempfile.TemporaryDirectory() as work:
-            (pathlib.Path(work) / "sorts.cbl").write_text(model.text())
-            subprocess.run([compiler, "-free", "-O0", "sorts.cbl"], cwd=work, check=True)
-            run = subprocess.run(["./sorts"], cwd=work, input=given, capture_output=True, text=True)
-        got = [line.rstrip() for line in run.stdout.splitlines()]
-        if run.returncode or got != model.expected:
-            failed += 1
-            at = ([a == b for a, b in zip(got, model.expected)] + [False]).index(False)
-            print(f"{seed}: status {run.returncode}, line {at}: gave {got[at:at + 3]}, expected {model.expected[at:at + 3]} {run.stderr}")
-    print(f"sort: {count} programs, {failed} that differ")
-    sys.exit(failed > 0)
+            trial.compile(work, "sorts.cbl", model.text(), "-O0")
+            trial.compare(seed, trial.run(work, ["./sorts"], input=given), model.expected)
+    trial.end(f"sort: {count} programs")
 
 
 main()
