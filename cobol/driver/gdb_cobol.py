@@ -118,8 +118,8 @@ def shown(item, data):
         return zoned(data, item)
     if item.usage == "packed":
         return packed(data, item)
-    if item.usage == "binary":
-        value = int.from_bytes(data, "little", signed=bool(item.sign))
+    if item.usage in ("binary", "big-endian"):
+        value = int.from_bytes(data, "little" if item.usage == "binary" else "big", signed=bool(item.sign))
         return scaled(abs(value), item, value < 0)
     if item.usage in ("float", "double"):
         return repr(struct.unpack("<f" if item.usage == "float" else "<d", data)[0])

@@ -2,6 +2,7 @@
 #include "cobol/driver/listing.h"
 
 #include <cstdio>
+#include <iterator>
 
 #include "cobol/diagnostics.h"
 
@@ -9,35 +10,17 @@ namespace kvrcob {
 
 static const char *usageName(const Item &item)
 {
-    switch (item.usage) {
-    case Usage::Display:
-        return item.elementary() ? "DISPLAY" : "GROUP";
-    case Usage::Binary:
-        return "BINARY";
-    case Usage::Native:
-        return "COMP-5";
-    case Usage::Packed:
-        return "PACKED-DECIMAL";
-    case Usage::Float:
-        return "COMP-1";
-    case Usage::Double:
-        return "COMP-2";
-    case Usage::Index:
-        return "INDEX";
-    case Usage::Pointer:
-        return "POINTER";
-    case Usage::ProcedurePointer:
-        return "PROCEDURE-POINTER";
-    default:
-        return "OTHER";
-    }
+    static constexpr const char *names[] = {"DISPLAY", "BINARY", "COMP-5",  "PACKED-DECIMAL",    "COMP-1",
+                                            "COMP-2",  "INDEX",  "POINTER", "PROCEDURE-POINTER", "NATIONAL",
+                                            "COMP-X"};
+    static_assert(std::size(names) == static_cast<size_t>(Usage::CompX) + 1);
+    return item.elementary() ? names[static_cast<size_t>(item.usage)] : "GROUP";
 }
 
 static void listItem(const Item &item, int depth)
 {
     std::printf("  %02d  %*s%-*s %8u %8u  %s", item.level, depth * 2, "", 32 - depth * 2 > 1 ? 32 - depth * 2 : 1,
-                item.name ? wordText(item.name).c_str() : "FILLER", item.offset, item.size,
-                item.elementary() ? usageName(item) : "GROUP");
+                item.name ? wordText(item.name).c_str() : "FILLER", item.offset, item.size, usageName(item));
     if (item.occurs) std::printf(" OCCURS %u", item.occursMax);
     if (item.redefines)
         std::printf(" REDEFINES %s", item.redefines->name ? wordText(item.redefines->name).c_str() : "FILLER");

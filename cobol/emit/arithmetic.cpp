@@ -37,8 +37,10 @@ void Emitter::phrases(const Phrases &p, const std::string &failed)
     put("}\n");
 }
 
-static bool arithmeticTarget(const Item &item, bool giving)
+bool Emitter::arithmeticTarget(const Reference &ref, const Item &item, bool giving)
 {
+    if (item.category == Category::Index)
+        meaning_.warning("extension", ref.at, "arithmetic on an index is an extension; SET changes it");
     return item.category == Category::Numeric || item.category == Category::Index ||
            (giving && item.category == Category::NumericEdited);
 }
@@ -97,7 +99,7 @@ void Emitter::addStatement(const ArithmeticStatement &s)
         for (const Target &t : s.targets) {
             Loc loc = locate(*t.ref, true);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*loc.item, true) || loc.refmod) {
+            if (!arithmeticTarget(*t.ref, *loc.item, true) || loc.refmod) {
                 error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
                 continue;
             }
@@ -108,7 +110,7 @@ void Emitter::addStatement(const ArithmeticStatement &s)
         for (const Target &t : s.targets) {
             Loc loc = locate(*t.ref, true);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*loc.item, false) || loc.refmod) {
+            if (!arithmeticTarget(*t.ref, *loc.item, false) || loc.refmod) {
                 error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
                 continue;
             }
@@ -140,7 +142,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
             const Target &t = s.targets[i];
             Loc loc = locate(*t.ref, true);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*loc.item, true) || loc.refmod) {
+            if (!arithmeticTarget(*t.ref, *loc.item, true) || loc.refmod) {
                 error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
                 continue;
             }
@@ -168,7 +170,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
         for (const Target &t : s.targets) {
             Loc loc = locate(*t.ref, true);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*loc.item, false) || loc.refmod) {
+            if (!arithmeticTarget(*t.ref, *loc.item, false) || loc.refmod) {
                 error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
                 continue;
             }
@@ -195,7 +197,7 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
         Loc loc = locate(*t.ref, true);
         locs.push_back(loc);
         if (!loc.good()) continue;
-        if (!arithmeticTarget(*loc.item, true) || loc.refmod) {
+        if (!arithmeticTarget(*t.ref, *loc.item, true) || loc.refmod) {
             error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
             return;
         }

@@ -80,150 +80,146 @@ void Emitter::utilityArguments(const CallStatement &s)
     utilities_ = true;
 }
 
+// An argument BY VALUE: an integer, a double or an address; empty: an error was told.
+std::string Emitter::valueArgument(const Expr *e)
+{
+    if (e->kind == ExprKind::Reference) {
+        Loc loc = locate(*e->ref);
+        if (!loc.good()) return "";
+        if (loc.item->category == Category::Pointer) return cat(emits(Do::Load, Of::Pointer), "(", loc.address, ")");
+        if (loc.item->usage == Usage::Double || loc.item->usage == Usage::Float) return itemNumber(loc).text;
+        if (isNumericItem(*loc.item) && !loc.refmod) return integer(e);
+        if (loc.fixed == 1) return cat("(int64_t)*", loc.address);
+    } else if (e->kind == ExprKind::String) {
+        if (e->text.size() <= 1)
+            return cat("(int64_t)", static_cast<int>(static_cast<unsigned char>(e->text.empty() ? 0 : e->text[0])));
+    } else {
+        return e->kind == ExprKind::Figurative && e->op == K_NULL ? "(int64_t)0" : integer(e);
+    }
+    notBuilt(e->at, "BY VALUE of more than one character");
+    return "";
+}
+
+// An item BY REFERENCE, or a copy of it.
+std::string Emitter::itemArgument(const Expr *e, bool content)
+{
+    Item *item = meaning_.resolve(*program_, *e->ref, true);
+    if (!item && e->ref->names.size() == 1)
+        for (File *f : program_->files)
+            if (f->name == e->ref->names[0]) {
+                notBuilt(e->at, "a file as an argument of CALL");
+                return "";
+            }
+    Loc loc = locate(*e->ref);
+    if (!loc.good() || !content) return loc.address;
+    if (loc.fixed < 0 || loc.fixed > 65536)
+        return cat(emits(Do::Content, Of::Text), "(__builtin_alloca((size_t)", loc.length, "), ", loc.address, ", ",
+                   loc.length, ")");
+    std::string copy = tempBytes(loc.fixed ? loc.fixed : 1);
+    return cat("memcpy(", copy, ", ", loc.address, ", ", loc.fixed, ")");
+}
+
+// What is passed for an argument; empty: an error was told.
+std::string Emitter::callArgument(const CallStatement::Argument &argument)
+{
+    const Expr *e = constant(argument.value);
+    if (e->kind == ExprKind::Omitted) return "(uint8_t *)0";
+    if (argument.mode == CallStatement::Value) return valueArgument(e);
+    if (e->kind == ExprKind::Reference) return itemArgument(e, argument.mode == CallStatement::Content);
+    if (e->kind == ExprKind::AddressOf) {
+        std::string t = temp("uint8_t *");
+        return cat("(", t, " = ", locate(*e->ref).address, ", (uint8_t *)&", t, ")");
+    }
+    if (isNumericExpr(e)) {
+        // A number: an integer as a binary item of 4 bytes.
+        std::string t = temp("int32_t");
+        return cat("(", t, " = (int32_t)", integer(e), ", (uint8_t *)&", t, ")");
+    }
+    Text t = text(e);
+    if (!t.good) return "";
+    std::string copy = tempBytes((t.fixed > 0 ? t.fixed : 256) + 1);
+    return cat(emits(Do::Content, Of::Text), "(", copy, ", ", t.address, ", ", t.length, ")");
+}
+
+// Finds a program that is not known now; `routine` is its address then, or null. False: an error
+// was told.
+bool Emitter::findRoutine(const CallStatement &s, const Expr *target, const std::string &routine)
+{
+    bool phrases = s.exception.has || s.exception.hasNot;
+    Text name = text(target, true);
+    if (!name.good) return false;
+    if (target->kind == ExprKind::Reference) {
+        Loc loc = locate(*target->ref);
+        if (loc.good() && loc.item->category == Category::Pointer) {
+            put(cat(routine, " = (KvrProgram)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ");\n"));
+            return true;
+        }
+    }
+    const std::string called = target->kind == ExprKind::String ? wordText(internWord(target->text)) : "";
+    if (const char *utility = emitsUtility(called)) {
+        utilityArguments(s);
+        put(cat(routine, " = (KvrProgram)", emits(Do::Utility), "(", bytesLiteral(called), ", (KvrUtility)", utility,
+                ");\n"));
+    } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
+        // The item may name a utility, which needs to know more of its arguments.
+        put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", ",
+                visibleTable(), ", kvr_utilities);\nif (", routine, ") {\n"));
+        utilityArguments(s);
+        utilityNames_ = true;
+        put("} else {\n");
+        put(cat(routine, " = ", findProgram(target, phrases), ";\n}\n"));
+    } else if (!name.address.empty()) {
+        put(cat(routine, " = ", findProgram(target, phrases), ";\n"));
+    }
+    return true;
+}
+
+// The call, with its value in RETURNING's item.
+void Emitter::callReturning(const CallStatement &s, const std::string &routine, const std::string &arguments,
+                            bool direct)
+{
+    Loc loc = locate(*s.returning, true);
+    if (!loc.good()) return;
+    if (loc.item->category == Category::Pointer) {
+        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)((uint8_t *(*)())", routine,
+                ")(", arguments, "));\n"));
+    } else if (isNumericItem(*loc.item)) {
+        std::string t = temp("int64_t");
+        // A C function may return an int, and the upper half of the register is anything then.
+        bool wide = direct || loc.item->size == 8 || loc.item->picture.digits > 9;
+        put(cat(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n"));
+        store(integerNumber(t, wide ? 18 : 10), loc, false, "");
+    } else {
+        error(s.returning->at, "RETURNING needs a numeric item or a pointer");
+    }
+}
+
 void Emitter::callStatement(const CallStatement &s)
 {
-    const Expr *target = constant(s.program);
-    std::string failed, arguments;
-    // BY CONTENT: copies.
+    std::string arguments;
     for (const CallStatement::Argument &argument : s.arguments) {
-        const Expr *e = constant(argument.value);
-        std::string a;
-        if (e->kind == ExprKind::Omitted) {
-            a = "(uint8_t *)0";
-        } else if (argument.mode == CallStatement::Value) {
-            if (e->kind == ExprKind::Reference) {
-                Loc loc = locate(*e->ref);
-                if (!loc.good()) return;
-                if (loc.item->category == Category::Pointer)
-                    a = cat(emits(Do::Load, Of::Pointer), "(", loc.address, ")");
-                else if (loc.item->usage == Usage::Double || loc.item->usage == Usage::Float)
-                    a = itemNumber(loc).text;
-                else if (isNumericItem(*loc.item) && !loc.refmod)
-                    a = integer(e);
-                else if (loc.fixed == 1)
-                    a = cat("(int64_t)*", loc.address);
-                else
-                    return notBuilt(e->at, "BY VALUE of more than one character");
-            } else if (e->kind == ExprKind::String && e->text.size() > 1) {
-                return notBuilt(e->at, "BY VALUE of more than one character");
-            } else if (e->kind == ExprKind::String) {
-                a = cat("(int64_t)", static_cast<int>(static_cast<unsigned char>(e->text.empty() ? 0 : e->text[0])));
-            } else if (e->kind == ExprKind::Figurative && e->op == K_NULL) {
-                a = "(int64_t)0";
-            } else {
-                a = integer(e);
-            }
-        } else if (e->kind == ExprKind::Reference) {
-            Item *item = meaning_.resolve(*program_, *e->ref, true);
-            if (!item && e->ref->names.size() == 1) {
-                bool isFile = false;
-                for (File *f : program_->files)
-                    if (f->name == e->ref->names[0]) isFile = true;
-                if (isFile) {
-                    notBuilt(e->at, "a file as an argument of CALL");
-                    return;
-                }
-            }
-            Loc loc = locate(*e->ref);
-            if (!loc.good()) return;
-            if (argument.mode == CallStatement::Content) {
-                if (loc.fixed >= 0 && loc.fixed <= 65536) {
-                    std::string copy = tempBytes(loc.fixed ? loc.fixed : 1);
-                    a = cat("memcpy(", copy, ", ", loc.address, ", ", loc.fixed, ")");
-                } else {
-                    a = cat(emits(Do::Content, Of::Text), "(__builtin_alloca((size_t)", loc.length, "), ", loc.address,
-                            ", ", loc.length, ")");
-                }
-            } else {
-                a = loc.address;
-            }
-        } else if (e->kind == ExprKind::AddressOf) {
-            std::string t = temp("uint8_t *");
-            a = cat("(", t, " = ", locate(*e->ref).address, ", (uint8_t *)&", t, ")");
-        } else if (isNumericExpr(e)) {
-            // A number: an integer as a binary item of 4 bytes.
-            std::string t = temp("int32_t");
-            a = cat("(", t, " = (int32_t)", integer(e), ", (uint8_t *)&", t, ")");
-        } else {
-            Text t = text(e);
-            if (!t.good) return;
-            std::string copy = tempBytes((t.fixed > 0 ? t.fixed : 256) + 1);
-            a = cat(emits(Do::Content, Of::Text), "(", copy, ", ", t.address, ", ", t.length, ")");
-        }
-        arguments += cat(arguments.empty() ? "" : ", ", a);
+        std::string passed = callArgument(argument);
+        if (passed.empty()) return;
+        arguments += cat(arguments.empty() ? "" : ", ", passed);
     }
-    std::string result = "(void)", routine;
-    bool direct = false;
-    if (target->kind == ExprKind::String) {
-        Word name = internWord(target->text);
-        if (Program *p = visibleProgram(*program_, name)) {
-            routine = cat("((int64_t (*)())kvr_entry_", p->number, ")");
-            direct = true;
-        }
-    }
-    bool phrases_ = s.exception.has || s.exception.hasNot;
-    if (!direct) {
-        routine = temp("KvrProgram");
-        Text name = text(target, true);
-        if (!name.good) return;
-        if (target->kind == ExprKind::Reference) {
-            Loc loc = locate(*target->ref);
-            if (loc.good() && loc.item->category == Category::Pointer) {
-                put(cat(routine, " = (KvrProgram)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ");\n"));
-                name.address.clear();
-            }
-        }
-        const std::string called = target->kind == ExprKind::String ? wordText(internWord(target->text)) : "";
-        if (const char *utility = emitsUtility(called)) {
-            utilityArguments(s);
-            put(cat(routine, " = (KvrProgram)", emits(Do::Utility), "(", bytesLiteral(called), ", (KvrUtility)",
-                    utility, ");\n"));
-        } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
-            // The item may name a utility, which needs to know more of its arguments.
-            put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", ",
-                    visibleTable(), ", kvr_utilities);\nif (", routine, ") {\n"));
-            utilityArguments(s);
-            utilityNames_ = true;
-            put("} else {\n");
-            put(cat(routine, " = ", findProgram(target, phrases_), ";\n}\n"));
-        } else if (!name.address.empty()) {
-            put(cat(routine, " = ", findProgram(target, phrases_), ";\n"));
-        }
-        put(cat("if (", routine, ") {\n"));
-    } else if (phrases_) {
-        put("{\n");
-    }
-    std::string call = cat(routine, "(", arguments, ")");
-    if (s.returning) {
-        Loc loc = locate(*s.returning, true);
-        if (loc.good()) {
-            if (loc.item->category == Category::Pointer) {
-                put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)((uint8_t *(*)())",
-                        routine, ")(", arguments, "));\n"));
-            } else if (isNumericItem(*loc.item)) {
-                std::string t = temp("int64_t");
-                // A C function may return an int, and the upper half of the register is anything
-                // then.
-                bool wide = direct || loc.item->size == 8 || loc.item->picture.digits > 9;
-                put(cat(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n"));
-                store(integerNumber(t, wide ? 18 : 10), loc, false, "");
-            } else {
-                error(s.returning->at, "RETURNING needs a numeric item or a pointer");
-            }
-        }
-    } else {
-        put(cat("p", program_->number, "_returnCode = (int32_t)", call, ";\n"));
-    }
+
+    const Expr *target = constant(s.program);
+    const Program *known =
+        target->kind == ExprKind::String ? visibleProgram(*program_, internWord(target->text)) : nullptr;
+    std::string routine = known ? cat("((int64_t (*)())kvr_entry_", known->number, ")") : temp("KvrProgram");
+    if (!known && !findRoutine(s, target, routine)) return;
+    bool enclosed = !known || s.exception.hasNot || s.exception.has;
+    if (enclosed) put(known ? "{\n" : cat("if (", routine, ") {\n"));
+    if (s.returning)
+        callReturning(s, routine, arguments, known);
+    else
+        put(cat("p", program_->number, "_returnCode = (int32_t)", routine, "(", arguments, ");\n"));
     if (s.exception.hasNot) block(s.exception.onNot);
-    if (!direct) {
-        put("}\n");
-        if (s.exception.has) {
-            put("else {\n");
-            raise("1", "\"EC-PROGRAM-NOT-FOUND\"");
-            block(s.exception.on);
-            put("}\n");
-        }
-    } else if (phrases_) {
+    if (enclosed) put("}\n");
+    if (!known && s.exception.has) {
+        put("else {\n");
+        raise("1", "\"EC-PROGRAM-NOT-FOUND\"");
+        block(s.exception.on);
         put("}\n");
     }
 }
@@ -279,7 +275,7 @@ void Emitter::entryArguments(Program &p, std::string &out)
 
 // The functions of the ENTRY statements: each leaves its number and arguments for the program's own
 // function, which does all that an entry into the program does.
-void Emitter::entryPoints(Program &p, std::string &out)
+void Emitter::entryPoints(const Program &p, std::string &out)
 {
     for (const EntryStatement *entry : p.entryPoints) {
         std::string parameters, arguments, nulls;

@@ -7,147 +7,130 @@
 
 namespace kvrcob {
 
+// The device of UPON; null: the statement is another one and done, or an error was told.
+const char *Emitter::displayDevice(const DisplayStatement &s)
+{
+    Word name = s.upon;
+    for (const Mnemonic &m : program_->mnemonics)
+        if (m.name == s.upon) name = m.device;
+    const std::string &text = wordText(name);
+    auto setEnvironment = [&](const char *routine, const Expr *e) {
+        Text t = this->text(e, true);
+        put(cat(routine, "(", t.address, ", ", t.length, ");\n"));
+        return nullptr;
+    };
+    const char *setName = emits(Do::DisplayEnvironmentName, Of::Text);
+    const char *setValue = emits(Do::DisplayEnvironmentValue, Of::Text);
+    if (name == K_ENVIRONMENT) { // SET ENVIRONMENT name TO value
+        setEnvironment(setName, s.items[0]);
+        return setEnvironment(setValue, s.items[1]);
+    }
+    if (text == "ENVIRONMENT-NAME") return setEnvironment(setName, s.items[0]);
+    if (text == "ENVIRONMENT-VALUE") return setEnvironment(setValue, s.items[0]);
+    if (text == "ARGUMENT-NUMBER") {
+        put(cat("kvr_next_argument = (int)", integer(s.items[0]), ";\n"));
+        return nullptr;
+    }
+    if (text == "COMMAND-LINE") {
+        notBuilt(s.uponAt, "DISPLAY UPON " + text);
+        return nullptr;
+    }
+    if (text == "CONSOLE" || text == "CRT" || text == "TERMINAL") return "ZVK_DISPLAY_CONSOLE";
+    if (text == "SYSPUNCH" || text == "SYSPCH") return "ZVK_DISPLAY_SYSPUNCH";
+    if (text == "SYSERR" || text == "STDERR") return "KVR_DISPLAY_ERROR";
+    if (text == "SYSOUT" || text == "SYSLST" || text == "SYSLIST" || text == "STDOUT" || text == "PRINTER" ||
+        name != s.upon)
+        return "ZVK_DISPLAY_SYSOUT";
+    error(s.uponAt, "there is no device " + text);
+    return nullptr;
+}
+
+// How many digits an item shows.
+static int shownDigits(const Item &item)
+{
+    if (item.isIndexName || item.usage == Usage::Index) return item.specialKind ? item.picture.digits : 9;
+    if (item.nativeBinary || item.usage != Usage::Native || item.specialKind) return item.picture.digits;
+    return std::max(item.size == 2 ? 5 : item.size == 4 ? 10 : item.size == 8 ? 19 : 3, item.picture.digits);
+}
+
+// The text of a number; `item`: of which item, null for what is computed. False: an error was told.
+bool Emitter::displayedNumber(Num n, const Item *item, Shown &out)
+{
+    if (!n.good()) return false;
+    std::string length;
+    if (n.kind == Num::Float) {
+        out.address = tempBytes(48);
+        out.size = length = temp("int");
+        put(cat(length, " = ", emits(Do::Show, Of::Float), "(", n.text, ", ", out.address, ", ",
+                item && item->usage == Usage::Float ? 7 : 15, ", '", program_->commaIsPoint ? ',' : '.', "');\n"));
+        return true;
+    }
+    int digits = item ? shownDigits(*item) : n.digits, sign = item ? n.isSigned : 2;
+    if (n.scale < 0) {
+        n = scaleUp(n, 0);
+        digits = n.digits;
+    }
+    n = toPacked(n);
+    out.address = tempBytes(digits + n.scale + 8);
+    out.size = length = temp("int");
+    if (!item) digits = n.digits;
+    if (digits > n.digits) {
+        std::string wider = tempBytes(digits / 2 + 1);
+        n.text = cat(emits(Do::WidenShown, Of::Packed), "(", n.text, ", ", wider, ", ", digits, ", ", n.digits, ")");
+        n.digits = digits;
+    }
+    put(cat(length, " = ", emits(Do::Show, Of::Packed), "(", n.text, ", ", n.digits, ", ", digits, ", ", n.scale, ", ",
+            sign, ", '", program_->commaIsPoint ? ',' : '.', "', ", out.address, ");\n"));
+    return true;
+}
+
+// Where what an operand shows is. False: an error was told.
+bool Emitter::displayed(const Expr *e, Shown &out)
+{
+    if (e->kind == ExprKind::Number || (e->kind == ExprKind::Negate && e->left->kind == ExprKind::Number)) {
+        // As it is written.
+        std::string t = e->kind == ExprKind::Number ? std::string(e->text) : "-" + std::string(e->left->text);
+        out = {bytesLiteral(t), cat(t.size())};
+        return true;
+    }
+    if (isNumericExpr(e)) {
+        const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(*program_, *e->ref) : nullptr;
+        Loc loc = item ? locate(*e->ref) : Loc{};
+        if (e->kind == ExprKind::Function && userFunction(e) && callFunction(e, loc)) item = loc.item;
+        if (item && !loc.good()) return false;
+        bool asItIs = item && item->usage == Usage::Display && item->picture.scale == 0 &&
+                      (item->signForm == SignForm::LeadingSeparate || item->signForm == SignForm::TrailingSeparate ||
+                       item->signForm == SignForm::None);
+        if (!asItIs) return displayedNumber(item ? itemNumber(loc) : number(e), item, out);
+        out = {loc.address, loc.length};
+        return true;
+    }
+    if (categoryOf(e) == Category::Pointer && e->kind == ExprKind::Reference) {
+        Loc loc = locate(*e->ref);
+        out = {tempBytes(24), temp("int")};
+        put(cat(out.size, " = ", emits(Do::Show, Of::Pointer), "(", loc.address, ", ", out.address, ");\n"));
+        return true;
+    }
+    Text t = text(e);
+    if (!t.good) return false;
+    out = {t.address, t.length};
+    if (t.fixed < 0) {
+        out = {temp("const uint8_t *"), temp("uint64_t")};
+        put(cat(out.address, " = ", t.address, "; ", out.size, " = (uint64_t)", t.length, ";\n"));
+    }
+    return true;
+}
+
 void Emitter::displayStatement(const DisplayStatement &s)
 {
-    const char *device = "ZVK_DISPLAY_SYSOUT";
-    if (s.upon) {
-        Word name = s.upon;
-        for (const Mnemonic &m : program_->mnemonics)
-            if (m.name == s.upon) name = m.device;
-        const std::string &text = wordText(name);
-        if (name == K_ENVIRONMENT) { // SET ENVIRONMENT name TO value
-            Text variable = this->text(s.items[0], true);
-            put(cat(emits(Do::DisplayEnvironmentName, Of::Text), "(", variable.address, ", ", variable.length, ");\n"));
-            Text value = this->text(s.items[1], true);
-            put(cat(emits(Do::DisplayEnvironmentValue, Of::Text), "(", value.address, ", ", value.length, ");\n"));
-            return;
-        }
-        if (text == "CONSOLE" || text == "CRT" || text == "TERMINAL")
-            device = "ZVK_DISPLAY_CONSOLE";
-        else if (text == "SYSPUNCH" || text == "SYSPCH")
-            device = "ZVK_DISPLAY_SYSPUNCH";
-        else if (text == "SYSERR" || text == "STDERR")
-            device = "KVR_DISPLAY_ERROR";
-        else if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE" || text == "ARGUMENT-NUMBER" ||
-                 text == "COMMAND-LINE") {
-            if (text == "ENVIRONMENT-NAME" || text == "ENVIRONMENT-VALUE") {
-                Text t = this->text(s.items[0], true);
-                put(cat(text == "ENVIRONMENT-NAME" ? emits(Do::DisplayEnvironmentName, Of::Text)
-                                                   : emits(Do::DisplayEnvironmentValue, Of::Text),
-                        "(", t.address, ", ", t.length, ");\n"));
-                return;
-            }
-            if (text == "ARGUMENT-NUMBER") {
-                put(cat("kvr_next_argument = (int)", integer(s.items[0]), ";\n"));
-                return;
-            }
-            notBuilt(s.uponAt, "DISPLAY UPON " + text);
-            return;
-        } else if (text == "SYSOUT" || text == "SYSLST" || text == "SYSLIST" || text == "STDOUT" || text == "PRINTER" ||
-                   name != s.upon) {
-            device = "ZVK_DISPLAY_SYSOUT";
-        } else {
-            error(s.uponAt, "there is no device " + text);
-            return;
-        }
-    }
+    const char *device = s.upon ? displayDevice(s) : "ZVK_DISPLAY_SYSOUT";
+    if (!device) return;
     std::string items = temp("DisplayItem", cat("[", s.items.size(), "]"));
-    size_t i = 0;
-    for (const Expr *original : s.items) {
-        const Expr *e = constant(original);
-        std::string address, size;
-        bool numeric = isNumericExpr(e) && e->kind != ExprKind::Number;
-        if (e->kind == ExprKind::Number) {
-            // As it is written.
-            address = bytesLiteral(e->text);
-            size = cat(e->text.size());
-        } else if (e->kind == ExprKind::Negate && e->left->kind == ExprKind::Number) {
-            std::string t = "-" + std::string(e->left->text);
-            address = bytesLiteral(t);
-            size = cat(t.size());
-        } else if (numeric) {
-            const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(*program_, *e->ref) : nullptr;
-            Loc loc = item ? locate(*e->ref) : Loc{};
-            if (e->kind == ExprKind::Function && userFunction(e) && callFunction(e, loc)) item = loc.item;
-            if (item && !loc.good()) return;
-            if (item && item->usage == Usage::Display &&
-                (item->signForm == SignForm::LeadingSeparate || item->signForm == SignForm::TrailingSeparate ||
-                 item->signForm == SignForm::None) &&
-                item->picture.scale == 0) {
-                address = loc.address;
-                size = loc.length;
-            } else {
-                Num n = item ? itemNumber(loc) : number(e);
-                if (!n.good()) return;
-                if (n.kind == Num::Float) {
-                    std::string buffer = tempBytes(48), length = temp("int");
-                    put(cat(length, " = ", emits(Do::Show, Of::Float), "(", n.text, ", ", buffer, ", ",
-                            item && item->usage == Usage::Float ? 7 : 15, ");\n"));
-                    address = buffer;
-                    size = length;
-                } else {
-                    int digits = n.digits;
-                    if (item && (item->usage == Usage::Native || item->usage == Usage::Index || item->nativeBinary ||
-                                 item->isIndexName)) {
-                        digits = item->isIndexName             ? 9
-                                 : item->usage == Usage::Index ? 9
-                                 : item->nativeBinary          ? item->picture.digits
-                                                               : (item->size == 2   ? 5
-                                                                  : item->size == 4 ? 10
-                                                                  : item->size == 8 ? 19
-                                                                                    : 3);
-                        if (item->usage == Usage::Native && !item->nativeBinary)
-                            digits = item->picture.digits > digits ? item->picture.digits : digits;
-                        if (item->specialKind) digits = item->picture.digits;
-                    } else if (item) {
-                        digits = item->picture.digits;
-                    }
-                    bool isSigned = n.isSigned;
-                    int showSign = item ? (isSigned ? (item->usage == Usage::Display && false ? 2 : 1) : 0) : 2;
-                    bool computed = !item;
-                    if (n.scale < 0) {
-                        n = scaleUp(n, 0);
-                        digits = n.digits;
-                    }
-                    n = toPacked(n);
-                    int places = n.scale;
-                    std::string buffer = tempBytes(digits + places + 8), length = temp("int");
-                    if (computed) {
-                        put(cat(length, " = ", emits(Do::Show, Of::Packed), "(", n.text, ", ", n.digits, ", ", n.digits,
-                                ", ", places, ", 2, '", program_->commaIsPoint ? ',' : '.', "', ", buffer, ");\n"));
-                    } else {
-                        if (digits > n.digits) {
-                            std::string wider = tempBytes(digits / 2 + 1);
-                            n.text = cat(emits(Do::WidenShown, Of::Packed), "(", n.text, ", ", wider, ", ", digits,
-                                         ", ", n.digits, ")");
-                            n.digits = digits;
-                        }
-                        put(cat(length, " = ", emits(Do::Show, Of::Packed), "(", n.text, ", ", n.digits, ", ", digits,
-                                ", ", places, ", ", showSign, ", '", program_->commaIsPoint ? ',' : '.', "', ", buffer,
-                                ");\n"));
-                    }
-                    address = buffer;
-                    size = length;
-                }
-            }
-        } else if (categoryOf(e) == Category::Pointer && e->kind == ExprKind::Reference) {
-            Loc loc = locate(*e->ref);
-            std::string buffer = tempBytes(24), length = temp("int");
-            put(cat(length, " = ", emits(Do::Show, Of::Pointer), "(", loc.address, ", ", buffer, ");\n"));
-            address = buffer, size = length;
-        } else {
-            Text t = text(e);
-            if (!t.good) return;
-            if (t.fixed < 0) {
-                std::string a = temp("const uint8_t *"), l = temp("uint64_t");
-                put(cat(a, " = ", t.address, "; ", l, " = (uint64_t)", t.length, ";\n"));
-                address = a, size = l;
-            } else {
-                address = t.address, size = t.length;
-            }
-        }
-        put(cat(items, "[", i, "] = (DisplayItem){", address, ", ", size, ", ", size, ", ZVK_DISPLAY_TEXT, 0};\n"));
-        i++;
+    for (size_t i = 0; i < s.items.size(); i++) {
+        Shown shown;
+        if (!displayed(constant(s.items[i]), shown)) return;
+        put(cat(items, "[", i, "] = (DisplayItem){", shown.address, ", ", shown.size, ", ", shown.size,
+                ", ZVK_DISPLAY_TEXT, 0};\n"));
     }
     put(cat(emits(Do::Display, Of::Text), "(", items, ", ", s.items.size(), ", ", device, ", ", s.noAdvancing ? 1 : 0,
             ");\n"));

@@ -259,7 +259,7 @@ void Emitter::performStatement(const PerformStatement &s)
                 std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
                 put(cat("if (", c, ") break;\n"));
                 step(i);
-                if (i + 1 < n) set(i + 1); // the inner item begins again
+                for (size_t j = i + 1; j < n; j++) set(j); // the inner items begin again
                 put("}\n");
             }
         }

@@ -58,7 +58,9 @@ Num Emitter::itemNumber(const Loc &loc)
     }
     switch (item.usage) {
     case Usage::Float:
-        return floatNumber(cat(emits(Do::Load, Of::Comp1), "(", loc.address, ")"));
+        n = floatNumber(cat(emits(Do::Load, Of::Comp1), "(", loc.address, ")"));
+        n.single = true;
+        return n;
     case Usage::Double:
         return floatNumber(cat(emits(Do::Load, Of::Comp2), "(", loc.address, ")"));
     case Usage::CompX:
@@ -146,6 +148,8 @@ Num Emitter::toFloat(Num a)
 {
     if (a.kind == Num::Float || !a.good()) return a;
     if (a.literal) return floatNumber(cat(a.value.negative ? "-" : "", a.value.digits, "e", -a.value.scale));
+    if (a.kind == Num::Packed && a.digits > kMostInt && a.scale >= 0)
+        return floatNumber(cat(emits(Do::ToFloat, Of::LongPacked), "(", a.text, ", ", a.digits, ", ", a.scale, ")"));
     int scale = a.scale;
     if (a.kind == Num::Packed) a = toInt(a);
     if (scale > 0)
@@ -153,6 +157,22 @@ Num Emitter::toFloat(Num a)
     else
         a.text = cat("((double)(", a.text, ")", scale < 0 ? cat(" * 1e", -scale) : "", ")");
     return floatNumber(a.text);
+}
+
+// A COMP-1 item among decimal numbers is the shortest one that it can be: 0.7, not 0.699999988.
+Num Emitter::decimalSingle(Num a)
+{
+    a.text = cat(emits(Do::Settle, Of::Comp1), "(", a.text, ")");
+    a.single = false;
+    return a;
+}
+
+// Two operands, one of them floating point.
+void Emitter::bothFloat(Num &a, Num &b)
+{
+    if (a.single && b.kind != Num::Float) a = decimalSingle(a);
+    if (b.single && a.kind != Num::Float) b = decimalSingle(b);
+    a = toFloat(a), b = toFloat(b);
 }
 
 // The same value with more decimal places.
@@ -196,6 +216,7 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
 {
     if (!a.good()) return a;
     if (a.kind == Num::Float) {
+        if (a.single) a = decimalSingle(a);
         Num n = integerNumber(
             cat(emits(Do::ToInteger, Of::Float), "(", a.text, ", ", scale, ", ", static_cast<int>(rounded), ")"),
             kMostInt);

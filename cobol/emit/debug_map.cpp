@@ -21,6 +21,8 @@ static const char *mapUsage(const Item &item)
     case Usage::Native:
     case Usage::Index:
         return "binary";
+    case Usage::CompX:
+        return "big-endian";
     case Usage::Packed:
         return "packed";
     case Usage::Float:

@@ -3,7 +3,7 @@
 //   statement_table.def  what is emitted for which statement and operands: the names are here only
 //   program.cpp          the C file: storage, the order of its parts; entry.cpp: a program's entry
 //   procedures.cpp       paragraphs as C functions; ranges.cpp: which have one of their own
-//   operands.cpp         where an operand is: addresses, subscripts, lengths, texts
+//   operands.cpp         where an operand is: addresses, subscripts, lengths; texts.cpp: its text
 //   numbers.cpp          arithmetic expressions; conversions.cpp, stores.cpp: the ways of a number
 //   conditions.cpp       relations, class tests, condition-names
 //   functions.cpp        intrinsic functions; by kinds in *_functions.cpp, FUNCTION-IDs in
@@ -75,6 +75,7 @@ struct Num {
     int scale = 0;
     bool isSigned = true;
     bool literal = false;
+    bool single = false; // Float: a COMP-1 item as it is, good for 6 to 9 digits
     Decimal value;       // of a literal
     bool direct = false; // Packed: the item itself, not a copy
     // Int: never more than this, above or below zero, whatever the item holds; 0: only the digits
@@ -100,10 +101,44 @@ private:
     void program(Program &p);
     void storage(Program &p);
     void initialValues(Program &p);
+
+    // ---- file_records.cpp
     void fileRecords(Program &p);
+    void fileRecord(Program &p, File &f, uint32_t room);
+    struct Assignment {
+        std::string name;
+        const char *attribute;
+        bool dynamic = false; // an item holds the name
+        bool device = false;  // the keyboard or the display
+    };
+    Assignment assignment(Program &p, const File &f);
+    void fileInformation(Program &p, const File &f, const Assignment &assigned);
+    struct KeyTable {
+        std::string keys, parts;
+        size_t keyCount = 0, partCount = 0;
+    };
+    KeyTable keyTable(Program &p, const File &f);
+    void addKey(Program &p, const File &f, const Reference &ref, const std::vector<Reference *> &parts, bool duplicates,
+                KeyTable &table);
+    const Item *keyItem(Program &p, const File &f, const Reference &ref);
+
+    // ---- entry.cpp
     void entry(Program &p);
+    // What the entry does with the program's records: saved, set and restored around its body.
+    struct EntryText {
+        std::string saves, sets, restores;
+        uint64_t localBytes = 0;
+    };
+    void linkageEntry(Program &p, const Item &record, const Item *returned, EntryText &text);
+    void valueParameter(const Item &record, std::string &sets);
+    void localEntry(const Item &record, EntryText &text);
+    void externalRecords(const Program &p, std::string &out);
+    void fileEntry(Program &p, std::string &out);
+    std::string returnedValue(const Program &p, const std::string &prefix, std::string &out);
+    void programRecords(const Program &p, const std::string &prefix, const std::string &name, std::string &out);
     std::string parameterType(Program &p, size_t index);
-    void alphabets(Program &p);
+
+    void alphabets(Program &p); // alphabets.cpp
     std::string alphabetCharacters(const Expr *e);
     void debugMap(Program &p); // debug_map.cpp
     std::string defaultBytes(const Item &item);
@@ -174,12 +209,20 @@ private:
 
     // ---- operands.cpp
     Loc locate(const Reference &ref, bool receiving = false);
+    bool displacement(const Reference &ref, const Item &item, std::string &out);
+    Loc partOf(const Reference &ref, const Loc &loc);
     Loc locateItem(const Item &item, const std::string &displacement = "", bool receiving = false);
     std::string baseOf(const Item &item);
     uint64_t roomOf(const Item &record) const;
     std::string subscript(const Expr *e);
     std::string integer(const Expr *e); // a C integer of 64 bits
     Text text(const Expr *e, bool numericAsText = false);
+    Text bytesText(std::string bytes);
+    Text fillText(uint8_t byte);
+    Text figurativeText(const Expr *e);
+    Text allText(const Expr *e);
+    Text digitsText(const Num &n, int digits);
+    Text itemText(const Expr *e, bool numericAsText);
     Text textOf(const Loc &loc);
     std::string currentCount(const Item &table);
     bool isNumericExpr(const Expr *e);
@@ -206,6 +249,8 @@ private:
     Num toPacked(Num a);
     Num toInt(Num a);
     Num toFloat(Num a);
+    Num decimalSingle(Num a);
+    void bothFloat(Num &a, Num &b);
     Num scaleUp(Num a, int scale);
     Num scaleTo(Num a, int scale, Rounding rounded);
     Num scaleTo(Num a, int scale, bool rounded)
@@ -224,6 +269,7 @@ private:
     }
     // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is
     // room for.
+    bool arithmeticTarget(const Reference &ref, const Item &item, bool giving);
     static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement
@@ -298,14 +344,25 @@ private:
     void leaveProgram(bool goback);
 
     void displayStatement(const DisplayStatement &s);
+    struct Shown { // what DISPLAY shows: C expressions
+        std::string address, size;
+    };
+    const char *displayDevice(const DisplayStatement &s);
+    bool displayed(const Expr *e, Shown &out);
+    bool displayedNumber(Num n, const Item *item, Shown &out);
     void acceptStatement(const AcceptStatement &s);
 
     void callStatement(const CallStatement &s);
+    std::string callArgument(const CallStatement::Argument &argument);
+    std::string valueArgument(const Expr *e);
+    std::string itemArgument(const Expr *e, bool content);
+    bool findRoutine(const CallStatement &s, const Expr *target, const std::string &routine);
+    void callReturning(const CallStatement &s, const std::string &routine, const std::string &arguments, bool direct);
     void utilityArguments(const CallStatement &s);
     void cancelStatement(const CancelStatement &s);
     void entryStatement(const EntryStatement &s);
     void entryArguments(Program &p, std::string &out);
-    void entryPoints(Program &p, std::string &out);
+    void entryPoints(const Program &p, std::string &out);
     std::string findProgram(const Expr *name, bool exception);
     Program *visibleProgram(Program &from, Word name);
     void visiblePrograms(Program &p);
@@ -342,6 +399,10 @@ private:
     static int splitKeyNumber(const File &f, const Reference &ref);
 
     void sortStatement(const SortStatement &s);
+    std::string sortWeights(const SortStatement &s);
+    void sortTable(const SortStatement &s, const std::string &weights);
+    std::string sortKeys(const SortStatement &s, const File &file, size_t &count);
+    void sortFile(const SortStatement &s, const File &file, const std::string &weights);
     std::string sortFiles(const std::vector<std::pair<Word, Tok>> &list, bool read);
     void releaseStatement(const FileStatement &s);
     void returnStatement(const FileStatement &s);
@@ -399,6 +460,8 @@ private:
     void expandAll(const Expr *e, std::vector<const Expr *> &out);
     bool functionCall(const Expr *e, FunctionCall &f);
     std::string guardOf(const FunctionCall &f, size_t i);
+    std::string counter();
+    void count(const FunctionCall &f, size_t i, const std::string &counted);
 
     Num absolute(const FunctionCall &f);
     Num algebraicLimit(const FunctionCall &f);
@@ -545,6 +608,9 @@ uint8_t figurativeByte(uint32_t op);
 
 // The index of the last paragraph of a range that ends with this procedure (control.cpp).
 size_t lastOf(const Program &p, size_t index);
+
+// The bytes of a file's record area (file_records.cpp).
+uint32_t recordRoom(const Program &p, const File &f);
 
 // The item with its record (level 01 or 77).
 inline const Item &recordOf(const Item &item)

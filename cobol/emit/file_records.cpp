@@ -74,26 +74,141 @@ void Emitter::codeSetTable(const File &f, uint32_t room)
     globals_ += "};\n";
 }
 
+// The bytes of the file's record area: files that share it need room for the longest record.
+uint32_t recordRoom(const Program &p, const File &f)
+{
+    uint32_t room = f.maxRecord ? f.maxRecord : 1;
+    for (const Item *record : f.records) room = std::max(room, record->size);
+    for (const File *other : p.files) {
+        if (!f.sameArea || other->sameArea != f.sameArea) continue;
+        room = std::max(room, other->maxRecord);
+        for (const Item *record : other->records) room = std::max(room, record->size);
+    }
+    return room;
+}
+
+// ASSIGN, or what is there in place of it.
+Emitter::Assignment Emitter::assignment(Program &p, const File &f)
+{
+    auto literal = [](const Expr *e) {
+        return Assignment{assignmentOf(std::string(e->text)), " | ZVK_FILE_ASSIGN_LITERAL"};
+    };
+    if (f.assign && f.assign->kind == ExprKind::String) return literal(f.assign);
+    if (f.assignItem) {
+        const Item *item = f.assignExternal ? nullptr : meaning_.resolve(p, *f.assignItem, true);
+        if (item && item->isConstant && item->constant && item->constant->kind == ExprKind::String)
+            return literal(item->constant);
+        if (item && item->level != 88) return {"", " | ZVK_FILE_ASSIGN_ITEM", true};
+        return {nameOfAssignment(wordText(f.assignItem->names[0])), " | ZVK_FILE_ASSIGN_ENVIRONMENT"};
+    }
+    if (f.valueOfFileId && f.valueOfFileId->kind == ExprKind::String) return literal(f.valueOfFileId);
+    if (f.device == K_KEYBOARD) return {"/dev/stdin", " | ZVK_FILE_ASSIGN_LITERAL", false, true};
+    if (f.device == K_DISPLAY) return {"/dev/stdout", " | ZVK_FILE_ASSIGN_LITERAL", false, true};
+    return {wordText(f.name), " | ZVK_FILE_ASSIGN_ENVIRONMENT"};
+}
+
+static const char *organizationOf(const File &f, bool device)
+{
+    if (device || f.organization == K_LINE || isPrinted(f)) return "ZVK_FILE_LINE_SEQUENTIAL";
+    return f.organization == K_INDEXED ? "ZVK_FILE_INDEXED" : f.organization == K_RELATIVE ? "ZVK_FILE_RELATIVE" : "0";
+}
+
+const Item *Emitter::keyItem(Program &p, const File &f, const Reference &ref)
+{
+    Item *item = meaning_.resolve(p, ref);
+    if (item && item->file != &f && recordOf(*item).file != &f) error(ref.at, "a key is an item of the file's record");
+    return item;
+}
+
+// A key, and the parts of a split one after its first.
+void Emitter::addKey(Program &p, const File &f, const Reference &ref, const std::vector<Reference *> &parts,
+                     bool duplicates, KeyTable &table)
+{
+    const Item *item = keyItem(p, f, parts.empty() ? ref : *parts[0]);
+    if (!item) return;
+    size_t size = item->size;
+    for (size_t i = 1; i < parts.size(); ++i)
+        if (const Item *part = keyItem(p, f, *parts[i])) {
+            size += part->size;
+            table.parts += cat("{", part->size, ", ", part->offset, ", 0, {0, 0, 0}}, ");
+        }
+    bool split = parts.size() > 1;
+    table.keys += cat("{", size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
+                      split ? " | ZVK_FILE_KEY_PARTS" : "", ", {", split ? parts.size() - 1 : 0, ", 0, 0}}, ");
+    table.keyCount++;
+    if (split) table.partCount += parts.size() - 1;
+}
+
+Emitter::KeyTable Emitter::keyTable(Program &p, const File &f)
+{
+    KeyTable table;
+    if (f.organization != K_INDEXED) return table;
+    if (f.recordKey) addKey(p, f, *f.recordKey, f.recordKeyParts, false, table);
+    for (const auto &alternate : f.alternateKeys)
+        addKey(p, f, *alternate.item, alternate.parts, alternate.duplicates, table);
+    return table;
+}
+
+// The FIB: what the run time is told of the file.
+void Emitter::fileInformation(Program &p, const File &f, const Assignment &assigned)
+{
+    uint32_t n = f.number;
+    KeyTable table = keyTable(p, f);
+    std::string linage;
+    if (f.linage) {
+        linage = "ZVK_FILE_LINAGE";
+        globals_ += cat("static KvrPage G", n, ";\n");
+        if (f.footing) linage += " | ZVK_FILE_LINAGE_FOOTING";
+        if (f.top) linage += " | ZVK_FILE_LINAGE_TOP";
+        if (f.bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
+    }
+    globals_ += cat("typedef struct { FIB fib; FileKey keys[", table.keyCount ? table.keyCount + table.partCount : 1,
+                    "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; } T", n, ";\nstatic T",
+                    n, " I", n, " = {.fib = {\n");
+    if (f.sharing || f.lockMode) {
+        int lockMode = f.lockMode == K_MANUAL ? 1 : f.lockMode == K_AUTOMATIC ? 2 : f.lockMode == K_EXCLUSIVE ? 3 : 0;
+        globals_ += cat(".sharing = 1, .lockMode = ", lockMode, ", .shareMode = ", shareMode(f, f.sharing), ",\n");
+    }
+    const char *access = f.access == K_SEQUENTIAL ? "0x80" : f.access == K_RANDOM ? "0x40" : "0";
+    globals_ +=
+        cat(".index = ", f.index, ", .prefix = \"???\", .organization = ", organizationOf(f, assigned.device),
+            ", .accessMode = ", access, ", .recordFormat = ", f.minRecord != f.maxRecord ? 1 : 0,
+            ", .attributes = ", f.optional ? "ZVK_FILE_OPTIONAL" : "0", f.external ? " | ZVK_FILE_EXTERNAL" : "",
+            assigned.attribute, ",\n.maxRecord = ", f.maxRecord, ", .minRecord = ", f.minRecord,
+            ", .keyCount = ", table.keyCount, ", .name = ", bytesLiteral(wordText(f.name).substr(0, 43)),
+            ", .assignmentLength = ", assigned.name.size(), ", .linage = ", linage.empty() ? "0" : linage,
+            ",\n.keysOffset = offsetof(T", n, ", keys), .relativeKeyOffset = offsetof(T", n,
+            ", relative), .attributeOffset = offsetof(T", n, ", attribute), .linageOffset = offsetof(T", n,
+            ", linage),\n.recordArea = &A", n, "cell, .assignment = N", n,
+            f.status ? cat(", .statusBase = &I", n, "status") : "", "}",
+            table.keyCount ? cat(", .keys = {", table.keys, table.parts, "}") : "", "};\n");
+}
+
+// The records of one file but a sort file's: record area, name, FIB, FCB.
+void Emitter::fileRecord(Program &p, File &f, uint32_t room)
+{
+    uint32_t n = f.number;
+    codeSetTable(f, room);
+    if (f.organization == K_INDEXED && !f.recordKey) error(f.at, "an indexed file needs a RECORD KEY");
+    Assignment assigned = assignment(p, f);
+    globals_ += cat("static char N", n, "[", assigned.dynamic ? 4096 : assigned.name.size() + 1, "]",
+                    assigned.dynamic ? "" : cat(" = ", bytesLiteral(assigned.name)), ";\n");
+    globals_ += cat("static uint8_t *A", n, "cell = (uint8_t *)&A", n, ";\n");
+    if (f.status) globals_ += cat("static uint8_t *I", n, "status;\n");
+    fileInformation(p, f, assigned);
+    std::string use = useTable(p, f);
+    globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", f.index, ", .maxRecord = ", f.maxRecord,
+                    use == "0" ? "" : cat(", .useTable = ", use), "};\n");
+}
+
 void Emitter::fileRecords(Program &p)
 {
-    std::string prefix = cat("p", p.number, "_");
-    std::vector<File *> files;
-    for (File *f : p.files)
-        if (!f->sortFile) files.push_back(f);
-    std::string list, fibs;
-    size_t index = 0;
+    std::string prefix = cat("p", p.number, "_"), list, fibs;
     for (const UseStatement &use : p.uses)
         for (const auto &[word, at] : use.files) meaning_.file(p, word, at);
+    size_t index = 0;
     for (File *f : p.files) {
-        uint32_t n = f->number;
-        uint32_t room = f->maxRecord ? f->maxRecord : 1;
-        for (const Item *record : f->records) room = std::max(room, record->size);
-        // A record area that files share has room for the longest.
-        for (const File *other : p.files)
-            if (f->sameArea && other->sameArea == f->sameArea) {
-                room = std::max(room, other->maxRecord);
-                for (const Item *record : other->records) room = std::max(room, record->size);
-            }
+        uint32_t n = f->number, room = recordRoom(p, *f);
         globals_ += cat("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n,
                         " __attribute__((aligned(16)));\n");
         if (f->sortFile) {
@@ -103,118 +218,12 @@ void Emitter::fileRecords(Program &p)
         }
         f->index = ++index;
         globals_ += cat("#define F", n, " (", prefix, "files[", index - 1, "])\n");
-        codeSetTable(*f, room);
-        if (f->organization == K_INDEXED && !f->recordKey) error(f->at, "an indexed file needs a RECORD KEY");
-        bool print = isPrinted(*f);
-        std::string organization = f->organization == K_LINE || print ? "ZVK_FILE_LINE_SEQUENTIAL"
-                                   : f->organization == K_INDEXED     ? "ZVK_FILE_INDEXED"
-                                   : f->organization == K_RELATIVE    ? "ZVK_FILE_RELATIVE"
-                                                                      : "0";
-        std::string attributes = f->optional ? "ZVK_FILE_OPTIONAL" : "0", name;
-        if (f->external) attributes += " | ZVK_FILE_EXTERNAL";
-        std::string nameText;
-        bool dynamic = false;
-        if (f->assign && f->assign->kind == ExprKind::String) {
-            nameText = assignmentOf(std::string(f->assign->text));
-            attributes += " | ZVK_FILE_ASSIGN_LITERAL";
-        } else if (f->assignItem) {
-            Item *item = f->assignExternal ? nullptr : meaning_.resolve(p, *f->assignItem, true);
-            const Expr *constantName = nullptr;
-            if (item && item->isConstant) constantName = item->constant;
-            if (constantName && constantName->kind == ExprKind::String) {
-                nameText = assignmentOf(std::string(constantName->text));
-                attributes += " | ZVK_FILE_ASSIGN_LITERAL";
-            } else if (item && item->level != 88) {
-                dynamic = true;
-                attributes += " | ZVK_FILE_ASSIGN_ITEM";
-            } else {
-                nameText = nameOfAssignment(wordText(f->assignItem->names[0]));
-                attributes += " | ZVK_FILE_ASSIGN_ENVIRONMENT";
-            }
-        } else if (f->valueOfFileId && f->valueOfFileId->kind == ExprKind::String) {
-            nameText = assignmentOf(std::string(f->valueOfFileId->text));
-            attributes += " | ZVK_FILE_ASSIGN_LITERAL";
-        } else {
-            nameText = f->device == K_KEYBOARD  ? "/dev/stdin"
-                       : f->device == K_DISPLAY ? "/dev/stdout"
-                                                : wordText(f->name);
-            attributes += f->device == K_KEYBOARD || f->device == K_DISPLAY ? " | ZVK_FILE_ASSIGN_LITERAL"
-                                                                            : " | ZVK_FILE_ASSIGN_ENVIRONMENT";
-            if (f->device == K_KEYBOARD || f->device == K_DISPLAY) organization = "ZVK_FILE_LINE_SEQUENTIAL";
-        }
-        globals_ += cat("static char N", n, "[", dynamic ? 4096 : nameText.size() + 1, "]",
-                        dynamic ? "" : cat(" = ", bytesLiteral(nameText)), ";\n");
-        globals_ += cat("static uint8_t *A", n, "cell = (uint8_t *)&A", n, ";\n");
-        if (f->status) globals_ += cat("static uint8_t *I", n, "status;\n");
-
-        // Keys
-        std::string keys, moreParts;
-        size_t keyCount = 0, partCount = 0;
-        auto keyItem = [&](const Reference &ref) {
-            Item *item = meaning_.resolve(p, ref);
-            if (item && item->file != f && recordOf(*item).file != f)
-                error(ref.at, "a key is an item of the file's record");
-            return item;
-        };
-        auto key = [&](const Reference &ref, const std::vector<Reference *> &parts, bool duplicates) {
-            Item *item = keyItem(parts.empty() ? ref : *parts[0]);
-            if (!item) return;
-            size_t size = item->size;
-            for (size_t i = 1; i < parts.size(); ++i)
-                if (const Item *part = keyItem(*parts[i])) {
-                    size += part->size;
-                    moreParts += cat("{", part->size, ", ", part->offset, ", 0, {0, 0, 0}}, ");
-                }
-            bool split = parts.size() > 1;
-            keys += cat("{", size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
-                        split ? " | ZVK_FILE_KEY_PARTS" : "", ", {", split ? parts.size() - 1 : 0, ", 0, 0}}, ");
-            keyCount++;
-            if (split) partCount += parts.size() - 1;
-        };
-        if (f->organization == K_INDEXED) {
-            if (f->recordKey) key(*f->recordKey, f->recordKeyParts, false);
-            for (const auto &alternate : f->alternateKeys) key(*alternate.item, alternate.parts, alternate.duplicates);
-        }
-        std::string linage;
-        if (f->linage) {
-            linage = "ZVK_FILE_LINAGE";
-            globals_ += cat("static KvrPage G", n, ";\n");
-            if (f->footing) linage += " | ZVK_FILE_LINAGE_FOOTING";
-            if (f->top) linage += " | ZVK_FILE_LINAGE_TOP";
-            if (f->bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
-        }
-        std::string type = cat("struct { FIB fib; FileKey keys[", keyCount ? keyCount + partCount : 1,
-                               "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; }");
-        globals_ += cat("typedef ", type, " T", n, ";\nstatic T", n, " I", n, " = {.fib = {\n");
-        if (f->sharing || f->lockMode) {
-            globals_ += cat(".sharing = 1, .lockMode = ",
-                            f->lockMode == K_MANUAL      ? 1
-                            : f->lockMode == K_AUTOMATIC ? 2
-                            : f->lockMode == K_EXCLUSIVE ? 3
-                                                         : 0,
-                            ", .shareMode = ", shareMode(*f, f->sharing), ",\n");
-        }
-        globals_ +=
-            cat(".index = ", index, ", .prefix = \"???\", .organization = ", organization, ", .accessMode = ",
-                f->access == K_SEQUENTIAL ? "0x80"
-                : f->access == K_RANDOM   ? "0x40"
-                                          : "0",
-                ", .recordFormat = ", f->minRecord != f->maxRecord ? 1 : 0, ", .attributes = ", attributes,
-                ",\n.maxRecord = ", f->maxRecord, ", .minRecord = ", f->minRecord, ", .keyCount = ", keyCount,
-                ", .name = ", bytesLiteral(wordText(f->name).substr(0, 43)), ", .assignmentLength = ", nameText.size(),
-                ", .linage = ", linage.empty() ? "0" : linage, ",\n.keysOffset = offsetof(T", n,
-                ", keys), .relativeKeyOffset = offsetof(T", n, ", relative), .attributeOffset = offsetof(T", n,
-                ", attribute), .linageOffset = offsetof(T", n, ", linage),\n.recordArea = &A", n,
-                "cell, .assignment = N", n, f->status ? cat(", .statusBase = &I", n, "status") : "", "}",
-                keyCount ? cat(", .keys = {", keys, moreParts, "}") : "", "};\n");
-        std::string use = useTable(p, *f);
-        globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", index,
-                        ", .maxRecord = ", f->maxRecord, use == "0" ? "" : cat(", .useTable = ", use), "};\n");
+        fileRecord(p, *f, room);
         list += cat("&C", n, ", ");
         fibs += cat("&I", n, ".fib, ");
     }
-    globals_ += cat("static FCB *", prefix, "files[", files.size() + 1, "] = {", list, "0};\nstatic FIB *", prefix,
-                    "fibs[", files.size() + 1, "] = {", fibs, "0};\n");
+    globals_ += cat("static FCB *", prefix, "files[", index + 1, "] = {", list, "0};\nstatic FIB *", prefix, "fibs[",
+                    index + 1, "] = {", fibs, "0};\n");
 }
 
 // The USE procedures that serve a file's statements in a program, by the mode in which the file is

@@ -138,63 +138,74 @@ static std::string fillOrCopy(Emitter *, const std::string &to, const std::strin
 
 void Emitter::initialValues(Program &p)
 {
-    auto records = [&](Item::Section section) {
-        for (Item *record : p.records) {
-            if (record->section != section || record->redefines || record->external) continue;
-            std::vector<InitOp> ops;
-            initOps(*record, 0, true, ops);
-            std::string base = baseOf(*record);
-            for (const InitOp &op : ops) {
-                if (op.edited) {
-                    std::string before;
-                    before.swap(code_);
-                    openBlock();
-                    Loc loc = locateItem(*op.edited, "", true);
-                    loc.address = cat("(", base, " + ", op.offset, ")");
-                    move(op.edited->values[0].from, loc);
-                    std::string moved = std::move(code_);
-                    before += cat("{ ", insertions_[blocks_.back()].text, moved, "}\n");
-                    insertions_.pop_back();
-                    blocks_.pop_back();
-                    code_.swap(before);
-                    continue;
+    auto begin = [&](const Item *record) {
+        std::vector<InitOp> ops;
+        initOps(*record, 0, true, ops);
+        std::string base = baseOf(*record);
+        for (const InitOp &op : ops) {
+            if (op.edited) {
+                std::string before;
+                before.swap(code_);
+                openBlock();
+                Loc loc = locateItem(*op.edited, "", true);
+                loc.address = cat("(", base, " + ", op.offset, ")");
+                move(op.edited->values[0].from, loc);
+                std::string moved = std::move(code_);
+                before += cat("{ ", insertions_[blocks_.back()].text, moved, "}\n");
+                insertions_.pop_back();
+                blocks_.pop_back();
+                code_.swap(before);
+                continue;
+            }
+            if (op.count) {
+                put(cat(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count,
+                        ");\n"));
+                continue;
+            }
+            // Long runs of one character are filled; the rest is copied.
+            size_t i = 0;
+            const std::string &bytes = op.bytes;
+            while (i < bytes.size()) {
+                size_t j = i;
+                while (j < bytes.size()) {
+                    size_t run = j;
+                    while (run < bytes.size() && bytes[run] == bytes[j]) run++;
+                    if (run - j >= 64) break;
+                    j = run;
                 }
-                if (op.count) {
-                    put(cat(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count,
-                            ");\n"));
-                    continue;
+                if (j > i) {
+                    std::string part = bytes.substr(i, j - i);
+                    for (size_t k = 0; k < part.size(); k += 16000) {
+                        std::string piece = part.substr(k, 16000);
+                        put(fillOrCopy(this, cat(base, " + ", op.offset + i + k), piece, bytesLiteral(piece)));
+                    }
                 }
-                // Long runs of one character are filled; the rest is copied.
-                size_t i = 0;
-                const std::string &bytes = op.bytes;
-                while (i < bytes.size()) {
-                    size_t j = i;
-                    while (j < bytes.size()) {
-                        size_t run = j;
-                        while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                        if (run - j >= 64) break;
-                        j = run;
-                    }
-                    if (j > i) {
-                        std::string part = bytes.substr(i, j - i);
-                        for (size_t k = 0; k < part.size(); k += 16000) {
-                            std::string piece = part.substr(k, 16000);
-                            put(fillOrCopy(this, cat(base, " + ", op.offset + i + k), piece, bytesLiteral(piece)));
-                        }
-                    }
-                    if (j < bytes.size()) {
-                        size_t run = j;
-                        while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                        put(cat("memset(", base, " + ", op.offset + j, ", ",
-                                static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n"));
-                        j = run;
-                    }
-                    i = j;
+                if (j < bytes.size()) {
+                    size_t run = j;
+                    while (run < bytes.size() && bytes[run] == bytes[j]) run++;
+                    put(cat("memset(", base, " + ", op.offset + j, ", ",
+                            static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n"));
+                    j = run;
                 }
+                i = j;
             }
         }
     };
+    auto records = [&](Item::Section section) {
+        for (const Item *record : p.records)
+            if (record->section == section && !record->redefines && !record->external) begin(record);
+    };
+    // A file's record area begins as its first record does, with blanks after it.
+    auto recordAreas = [&] {
+        for (const File *f : p.files) {
+            if (f->external || f->records.empty()) continue;
+            uint32_t room = recordRoom(p, *f);
+            if (room > f->records[0]->size) put(cat("memset(F", f->number, "->record, 32, ", room, ");\n"));
+            begin(f->records[0]);
+        }
+    };
     put(cat("static void p", p.number, "_initialize(void)\n{\n"));
+    recordAreas();
     records(Item::WorkingStorage);
     for (Item *index : p.indexNames) put(cat("X", index->number, " = 1;\n"));
     put(cat("p", p.number, "_returnCode = 0;\np", p.number, "_tally = 0;\np", p.number, "_sortReturn = 0;\n"));

@@ -63,8 +63,9 @@ Num Emitter::integerPart(const FunctionCall &f)
     part = toInt(part);
     part = keep(part, false);
     std::string below = compareNumbers(n, part, '<');
-    Num result = integerNumber(cat("(", part.text, " - ", below, ")"), std::min(part.digits + 1, 38));
-    return result;
+    int digits = std::min(part.digits + 1, kMostInt);
+    return integerNumber(cat("(", digits > 18 && !part.wide() ? "(__int128)" : "", part.text, " - ", below, ")"),
+                         digits);
 }
 
 // MOD, REM
@@ -121,6 +122,16 @@ Num Emitter::factorial(const FunctionCall &f)
     n.kind = Num::Packed;
     n.digits = 38;
     n.text = cat(emitsFunction(f.name), "(", integer(f.args[0]), ", ", t, ")");
+
+    // Of an argument of one digit: the digits of 362880, so that a product keeps its places.
+    const Expr *a = constant(f.args[0]);
+    Item *item = a->kind == ExprKind::Reference ? meaning_.resolve(*program_, *a->ref) : nullptr;
+    bool small = a->kind == ExprKind::Number ? a->text.size() == 1
+                                             : item && item->usage == Usage::Display && item->picture.digits == 1;
+    if (!small) return n;
+    n = toInt(n);
+    n.text = cat("(int64_t)", n.text);
+    n.digits = 6;
     return n;
 }
 

@@ -94,7 +94,7 @@ Num Emitter::add(Num a, Num b, bool minus)
 {
     if (!a.good() || !b.good()) return Num{};
     if (a.kind == Num::Float || b.kind == Num::Float) {
-        a = toFloat(a), b = toFloat(b);
+        bothFloat(a, b);
         return floatNumber(cat("(", a.text,
                                minus ? emits(Do::Subtract, Of::Float, Of::Float) : emits(Do::Add, Of::Float, Of::Float),
                                "(", b.text, "))"));
@@ -167,7 +167,7 @@ Num Emitter::multiply(Num a, Num b)
 {
     if (!a.good() || !b.good()) return Num{};
     if (a.kind == Num::Float || b.kind == Num::Float) {
-        a = toFloat(a), b = toFloat(b);
+        bothFloat(a, b);
         return floatNumber(cat("(", a.text, emits(Do::Multiply, Of::Float, Of::Float), b.text, ")"));
     }
     if (a.text.size() > kLongText) a = keep(a, true);
@@ -216,7 +216,7 @@ Num Emitter::divide(Num a, Num b, int scale)
 {
     if (!a.good() || !b.good()) return Num{};
     if (a.kind == Num::Float || b.kind == Num::Float) {
-        a = toFloat(a), b = toFloat(b);
+        bothFloat(a, b);
         return floatNumber(
             cat(emits(Do::Divide, Of::Float, Of::Float), "(", a.text, ", ", b.text, ", &", zeroFlag(), ")"));
     }
@@ -310,7 +310,7 @@ Num Emitter::power(Num a, Num b, const Expr *exponent)
             return result;
         }
     }
-    a = toFloat(a), b = toFloat(b);
+    bothFloat(a, b);
     return floatNumber(cat(emits(Do::Power, Of::Float, Of::Float), "(", a.text, ", ", b.text, ", &", zeroFlag(), ")"));
 }
 
@@ -344,6 +344,8 @@ Num Emitter::number(const Expr *e, int wantScale)
             error(e->at, "a part of an item is no number");
             return Num{};
         }
+        if (loc.item->category == Category::NumericEdited)
+            meaning_.warning("extension", e->at, "an edited item as a number is an extension");
         return itemNumber(loc);
     }
     case ExprKind::LengthOf: {
@@ -398,7 +400,7 @@ std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
     if (!a.good() || !b.good()) return "0";
     const char *sign = emitsFor(relationOf(op), Of::Integer, Of::Integer);
     if (a.kind == Num::Float || b.kind == Num::Float) {
-        a = toFloat(a), b = toFloat(b);
+        bothFloat(a, b);
         return cat("(", emits(Do::Compare, Of::Float, Of::Float), "(", a.text, ", ", b.text, ") ", sign, " 0)");
     }
     int scale = std::max(a.scale, b.scale);

@@ -110,8 +110,10 @@ void Emitter::closeStatement(const CloseStatement &s)
             debugFile(*f, nullptr);
             continue;
         }
-        put(cat("F", f->number, "->closeOptions = ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
-                part.noRewind ? " | 0x0800" : "", "; F", f->number, "->statement = 0;\n"));
+        // A CLOSE of a file that is not open leaves the lock of an earlier CLOSE as it is.
+        put(cat("F", f->number, "->closeOptions = F", f->number, "->mode ? ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
+                part.noRewind ? " | 0x0800" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F",
+                f->number, "->statement = 0;\n"));
         put(cat("F", f->number, slot(emits(Do::Close)), "(F", f->number, ", p", f->program->number, "_element);\n"));
         debugFile(*f, nullptr);
     }

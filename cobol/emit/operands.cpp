@@ -1,4 +1,4 @@
-// Operands: where a data item is, how long it is, and what text an expression stands for.
+// Operands: where a data item is, and how long it is.
 //
 // An address is the start of the record plus what is known plus (subscript - 1) * stride for each
 // table around the item.
@@ -64,6 +64,13 @@ static const Item *lastDepending(const Item &item)
     return nullptr;
 }
 
+static bool within(const Item &item, const Item &group)
+{
+    for (const Item *a = &item; a; a = a->parent)
+        if (a == &group) return true;
+    return false;
+}
+
 Loc Emitter::locateItem(const Item &item, const std::string &displacement, bool receiving)
 {
     Loc loc;
@@ -87,7 +94,8 @@ Loc Emitter::locateItem(const Item &item, const std::string &displacement, bool 
     }
     if (item.hasDepending && !item.elementary() && !(item.depending && item.dependingItem == nullptr)) {
         const Item *table = lastDepending(item);
-        if (table && table->dependingItem && !(receiving && &recordOf(*table->dependingItem) == &recordOf(item))) {
+        // A receiver that holds its own counter is taken whole: the counter may change with it.
+        if (table && table->dependingItem && !(receiving && within(*table->dependingItem, item))) {
             loc.fixed = -1;
             loc.length = cat("(", table->offset - item.offset, " + ", currentCount(*table), " * ", table->size, ")");
         }
@@ -109,27 +117,14 @@ std::string Emitter::integer(const Expr *e)
 
 std::string Emitter::subscript(const Expr *e) { return integer(e); }
 
-Loc Emitter::locate(const Reference &ref, bool receiving)
+// How far from the first occurrences an item in tables is: " + ..." for each subscript. False: an
+// error was told.
+bool Emitter::displacement(const Reference &ref, const Item &item, std::string &out)
 {
-    Item *item = meaning_.resolve(*program_, ref);
-    if (!item) return Loc{};
-    if (item->isConstant) {
-        error(ref.at, wordText(item->name) + " is a constant");
-        return Loc{};
-    }
-    if (item->level == 88) {
-        error(ref.at, wordText(item->name) + " is a condition-name; a data item is needed here");
-        return Loc{};
-    }
-    if (item->isIndexName) {
-        if (!ref.subscripts.empty()) error(ref.at, "an index-name has no subscripts");
-        return locateItem(*item);
-    }
     // The tables around the item, from the outside in.
     std::vector<const Item *> tables;
-    for (const Item *a = item; a; a = a->parent)
+    for (const Item *a = &item; a; a = a->parent)
         if (a->occurs) tables.insert(tables.begin(), a);
-    std::string displacement;
     if (tables.size() != ref.subscripts.size()) {
         if (ref.subscripts.empty())
             error(ref.at, wordText(ref.names[0]) + " is in a table and needs " + std::to_string(tables.size()) +
@@ -139,7 +134,7 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
                               (tables.empty() ? " is in no table and has no subscripts"
                                               : " needs " + std::to_string(tables.size()) + " subscripts, not " +
                                                     std::to_string(ref.subscripts.size())));
-        return Loc{};
+        return false;
     }
     int64_t known = 0;
     for (size_t i = 0; i < tables.size(); i++) {
@@ -166,18 +161,19 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
             index = cat(emits(Do::CheckSubscript, Of::Integer), "(", index, ", ", currentCount(table), ", ",
                         bytesLiteral(wordText(ref.names[0])), ", ",
                         bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
-        displacement += cat(" + (", index, " - 1) * ", table.size);
+        out += cat(" + (", index, " - 1) * ", table.size);
     }
-    if (known) displacement = cat(" + ", known, displacement);
-    Loc loc = locateItem(*item, displacement, receiving);
-    if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
-    if (!ref.refmod) return loc;
+    if (known) out = cat(" + ", known, out);
+    return true;
+}
 
-    // (from : length)
-    if (item->usage != Usage::Display && item->category != Category::Group)
+// A part of an item: (from : length).
+Loc Emitter::partOf(const Reference &ref, const Loc &loc)
+{
+    if (loc.item->usage != Usage::Display && loc.item->category != Category::Group)
         error(ref.at, "reference modification needs an item of usage DISPLAY");
     Loc part;
-    part.item = item;
+    part.item = loc.item;
     part.refmod = true;
     part.category = Category::Alphanumeric;
     Decimal from, length;
@@ -237,6 +233,29 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     return part;
 }
 
+Loc Emitter::locate(const Reference &ref, bool receiving)
+{
+    Item *item = meaning_.resolve(*program_, ref);
+    if (!item) return Loc{};
+    if (item->isConstant) {
+        error(ref.at, wordText(item->name) + " is a constant");
+        return Loc{};
+    }
+    if (item->level == 88) {
+        error(ref.at, wordText(item->name) + " is a condition-name; a data item is needed here");
+        return Loc{};
+    }
+    if (item->isIndexName) {
+        if (!ref.subscripts.empty()) error(ref.at, "an index-name has no subscripts");
+        return locateItem(*item);
+    }
+    std::string away;
+    if (!displacement(ref, *item, away)) return Loc{};
+    Loc loc = locateItem(*item, away, receiving);
+    if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
+    return ref.refmod ? partOf(ref, loc) : loc;
+}
+
 Text Emitter::textOf(const Loc &loc)
 {
     Text t;
@@ -281,165 +300,6 @@ bool Emitter::isNumericExpr(const Expr *e)
 {
     Category c = categoryOf(e);
     return c == Category::Numeric || c == Category::Index;
-}
-
-uint8_t figurativeByte(uint32_t op)
-{
-    switch (op) {
-    case K_ZERO:
-        return '0';
-    case K_QUOTE:
-        return '"';
-    case K_HIGH_VALUE:
-        return 0xFF;
-    case K_LOW_VALUE:
-    case K_NULL:
-        return 0;
-    default:
-        return ' ';
-    }
-}
-
-Text Emitter::text(const Expr *e, bool numericAsText)
-{
-    Text t;
-    const Expr *original = e;
-    e = constant(e);
-    switch (e->kind) {
-    case ExprKind::String:
-        if (e->form != StringForm::Plain) {
-            notBuilt(e->at, "this form of literal");
-            t.good = false;
-        }
-        t.bytes = e->text;
-        t.isLiteral = true;
-        t.fixed = static_cast<int64_t>(e->text.size());
-        t.length = cat(t.fixed);
-        t.address = constantBytes(e->text);
-        return t;
-    case ExprKind::Number: {
-        // The digits, without sign and point.
-        for (char c : e->text)
-            if (c >= '0' && c <= '9') t.bytes += c;
-        t.isLiteral = true;
-        t.fixed = static_cast<int64_t>(t.bytes.size());
-        t.length = cat(t.fixed);
-        t.address = constantBytes(t.bytes);
-        return t;
-    }
-    case ExprKind::Figurative: {
-        t.kind = Text::Figurative;
-        t.fill = figurativeByte(e->op);
-        if (program_->collating && (e->op == K_HIGH_VALUE || e->op == K_LOW_VALUE)) {
-            const Alphabet *a = meaning_.alphabet(*program_, program_->collating);
-            if (a && a->weights.size() == 256) {
-                int best = 0;
-                for (int b = 1; b < 256; b++) {
-                    uint8_t w = a->weights[static_cast<size_t>(b)], bw = a->weights[static_cast<size_t>(best)];
-                    if (e->op == K_HIGH_VALUE ? w >= bw : w < bw) best = b;
-                }
-                t.fill = static_cast<uint8_t>(best);
-            }
-        }
-        t.fixed = 1;
-        t.length = "1";
-        t.bytes = std::string(1, static_cast<char>(t.fill));
-        t.address = constantBytes(t.bytes);
-        return t;
-    }
-    case ExprKind::All: {
-        t.kind = Text::All;
-        t.bytes = e->text;
-        if (e->ref) {
-            int byte = e->ref->names.size() == 1 ? meaning_.symbolic(*program_, e->ref->names[0]) : -1;
-            Expr name;
-            name.kind = ExprKind::Reference;
-            name.ref = e->ref;
-            const Expr *c = constant(&name);
-            if (byte >= 0)
-                t.bytes = std::string(1, static_cast<char>(byte));
-            else if (c->kind == ExprKind::String)
-                t.bytes = c->text;
-            else
-                error(e->at, "ALL needs a literal");
-        }
-        if (t.bytes.empty()) {
-            error(e->at, "ALL needs a literal that is not empty");
-            t.bytes = " ";
-        }
-        if (t.bytes.size() == 1) {
-            t.kind = Text::Figurative;
-            t.fill = static_cast<uint8_t>(t.bytes[0]);
-        }
-        t.fixed = static_cast<int64_t>(t.bytes.size());
-        t.length = cat(t.fixed);
-        t.address = constantBytes(t.bytes);
-        return t;
-    }
-    case ExprKind::Reference: {
-        if (e->ref->names.size() == 1 && e->ref->subscripts.empty() && !meaning_.resolve(*program_, *e->ref, true)) {
-            int byte = meaning_.symbolic(*program_, e->ref->names[0]);
-            if (byte >= 0) {
-                t.kind = Text::Figurative;
-                t.fill = static_cast<uint8_t>(byte);
-                t.bytes = std::string(1, static_cast<char>(byte));
-                t.fixed = 1;
-                t.length = "1";
-                t.address = constantBytes(t.bytes);
-                return t;
-            }
-        }
-        Loc loc = locate(*e->ref);
-        if (!loc.good()) {
-            t.good = false;
-            return t;
-        }
-        bool plainDigits = loc.item->usage == Usage::Display && loc.item->signForm == SignForm::None &&
-                           loc.item->picture.scale >= 0 && !loc.item->isIndexName; // whatever else they are
-        if (!loc.refmod && isNumericItem(*loc.item) && !plainDigits &&
-            (numericAsText || loc.item->usage != Usage::Display)) {
-            // The digits as text.
-            Num n = itemNumber(loc);
-            if (n.kind == Num::Float || n.scale > 0) {
-                if (n.kind == Num::Float) n = scaleTo(n, 0, false);
-            }
-            n = toPacked(n);
-            int digits = loc.item->isIndexName ? 9 : loc.item->picture.digits;
-            if (n.scale < 0) {
-                n = scaleUp(n, 0);
-                digits = n.digits;
-            }
-            std::string buffer = tempBytes(digits + 1);
-            t.address =
-                cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
-            t.fixed = digits;
-            t.length = cat(digits);
-            return t;
-        }
-        return textOf(loc);
-    }
-    case ExprKind::Kept:
-        if (!kept_[e].text.address.empty()) return kept_[e].text;
-        return text(e->left, numericAsText); // a number as text
-    case ExprKind::Function:
-        if (!functionIsNumeric(e)) return functionText(e);
-        [[fallthrough]];
-    default: {
-        Num n = number(e, 0);
-        if (!n.good()) {
-            t.good = false;
-            return t;
-        }
-        n = toPacked(scaleTo(n, 0, false));
-        std::string buffer = tempBytes(n.digits + 1);
-        t.address =
-            cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", n.digits, ", ", n.digits, ")");
-        t.fixed = n.digits;
-        t.length = cat(n.digits);
-        (void)original;
-        return t;
-    }
-    }
 }
 
 } // namespace kvrcob

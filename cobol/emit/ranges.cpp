@@ -165,7 +165,7 @@ void Ranges::settle()
         }
         const Candidate &r = candidates_[dropped_.back()];
         dropped_.pop_back();
-        // A function performs nothing outside of it that is none.
+        // A function performs only functions, apart from its own parts.
         for (size_t index : performsFrom_[r.first]) {
             const Flow::Perform &perform = flow_.performs[index];
             if (perform.end != r.end) continue;

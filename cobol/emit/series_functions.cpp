@@ -15,6 +15,20 @@ std::string Emitter::guardOf(const FunctionCall &f, size_t i)
     return found == guards_.end() ? "" : found->second;
 }
 
+// An item of its own that counts the arguments that exist.
+std::string Emitter::counter()
+{
+    std::string counted = temp("int64_t");
+    put(cat(counted, " = 0;\n"));
+    return counted;
+}
+
+void Emitter::count(const FunctionCall &f, size_t i, const std::string &counted)
+{
+    std::string guard = guardOf(f, i);
+    put(cat(guard.empty() ? "" : cat("if (", guard, ") "), counted, "++;\n"));
+}
+
 // ORD-MAX, ORD-MIN of texts.
 Num Emitter::placeOfExtremeText(const FunctionCall &f)
 {
@@ -24,15 +38,18 @@ Num Emitter::placeOfExtremeText(const FunctionCall &f)
         return Num{};
     }
     std::string address = temp("const uint8_t *"), length = temp("int64_t"), place = temp("int64_t");
+    std::string counted = f.guarded ? counter() : "";
     for (size_t i = 0; i < f.args.size(); i++) {
         Text t = text(f.args[i]);
         if (!t.good) return Num{};
+        if (f.guarded) count(f, i, counted);
         if (i == 0) {
             put(cat(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n"));
         } else {
             put(cat("if (", guardOf(f, i), guardOf(f, i).empty() ? "" : " && ", emits(Do::Compare, Of::Text, Of::Text),
                     "(", t.address, ", ", t.length, ", ", address, ", ", length, ") ", most ? ">" : "<", " 0) { ",
-                    address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = ", i + 1, "; }\n"));
+                    address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = ",
+                    f.guarded ? counted : cat(i + 1), "; }\n"));
         }
     }
     return integerNumber(place, 5, false);
@@ -58,16 +75,19 @@ Num Emitter::extreme(const FunctionCall &f)
     int digits = std::min(wholes + scale, 38);
     const char *type = isFloat ? "double" : digits > 18 ? "__int128" : "int64_t";
     std::string best = temp(type), least = temp(type), now = temp(type), place = temp("int64_t");
+    std::string counted = f.guarded ? counter() : "";
     for (size_t i = 0; i < all.size(); i++) {
         Num n = isFloat ? toFloat(all[i]) : toInt(scaleTo(all[i], scale, false));
+        std::string here = f.guarded ? counted : cat(i + 1);
+        if (f.guarded) count(f, i, counted);
         if (!guardOf(f, i).empty()) put(cat("if (", guardOf(f, i), ") {\n"));
         put(cat(now, " = ", n.text, ";\n"));
         if (i == 0)
             put(cat(best, " = ", least, " = ", now, "; ", place, " = 1;\n"));
         else
-            put(cat("if (", now, " > ", best, ") { ", best, " = ", now, "; ",
-                    most ? cat(place, " = ", i + 1, "; ") : "", "}\nif (", now, " < ", least, ") { ", least, " = ", now,
-                    "; ", most ? "" : cat(place, " = ", i + 1, "; "), "}\n"));
+            put(cat("if (", now, " > ", best, ") { ", best, " = ", now, "; ", most ? cat(place, " = ", here, "; ") : "",
+                    "}\nif (", now, " < ", least, ") { ", least, " = ", now, "; ",
+                    most ? "" : cat(place, " = ", here, "; "), "}\n"));
         if (!guardOf(f, i).empty()) put("}\n");
     }
     if (f.name == "ORD-MAX" || f.name == "ORD-MIN") return integerNumber(place, 5, false);
@@ -88,35 +108,43 @@ Num Emitter::extreme(const FunctionCall &f)
 // SUM, MEAN
 Num Emitter::sum(const FunctionCall &f)
 {
-    Num sum;
-    std::string count;
-    if (f.guarded) {
-        count = temp("int64_t");
-        put(cat(count, " = 0;\n"));
-    }
+    std::vector<Num> all;
+    int wholes = static_cast<int>(std::to_string(f.args.size()).size()), widest = 0, scale = 0;
+    std::string counted = f.guarded ? counter() : "";
     for (size_t i = 0; i < f.args.size(); i++) {
         Num n = number(f.args[i], -1);
         if (!n.good()) return Num{};
-        if (f.guarded) {
-            std::string guard = guardOf(f, i).empty() ? "1" : guardOf(f, i);
-            n = n.kind == Num::Float ? n : toInt(n);
-            n.text = cat("(", guard, " ? ", n.text, " : 0)");
+        std::string guard = guardOf(f, i);
+        if (!guard.empty()) {
+            std::string zero = n.kind == Num::Packed ? constantBytes(packedBytes("0", false, n.digits, true)) : "0";
+            n.text = cat("(", guard, " ? ", n.text, " : ", zero, ")");
             n.literal = n.direct = false;
-            put(cat("if (", guard, ") ", count, "++;\n"));
         }
-        sum = i == 0 ? n : add(sum, n, false);
-        if (f.args.size() > 8 && i % 8 == 7) {
-            // Many terms: no more digits than needed.
-            Num kept = keep(sum, true);
-            if (kept.kind != Num::Float) kept.digits = std::min(kept.digits, 37);
-            sum = kept;
+        if (f.guarded) count(f, i, counted);
+        widest = std::max(widest, n.digits - n.scale);
+        scale = std::max(scale, n.scale);
+        all.push_back(n);
+    }
+
+    // Many terms: no more digits than their sum can have.
+    Num sum = all[0];
+    int most = std::max(widest + wholes + scale, 19);
+    for (size_t i = 1; i < all.size(); i++) {
+        sum = add(sum, all[i], false);
+        if (sum.kind == Num::Int) sum.digits = std::min(sum.digits, most);
+        if (sum.kind == Num::Packed && sum.digits > most && !sum.cut.empty()) {
+            sum.text = sum.cut;
+            sum.text.replace(sum.text.rfind('@'), 1, std::to_string(most));
+            sum.cutOf = sum.text;
+            sum.digits = most;
         }
+        if (i % 8 == 7) sum = keep(sum, true);
     }
     if (f.name == "SUM") return sum;
-    if (f.guarded) return divide(sum, integerNumber(count, 5), std::max({f.wantScale, sum.scale, 0}) + 10);
     Decimal howMany;
     howMany.digits = std::to_string(f.args.size());
-    return divide(sum, literalNumber(howMany), std::max({f.wantScale, sum.scale, 0}) + 10);
+    return divide(sum, f.guarded ? integerNumber(counted, 5) : literalNumber(howMany),
+                  std::max({f.wantScale, sum.scale, 0}) + 10);
 }
 
 // MEDIAN, VARIANCE, STANDARD-DEVIATION, PRESENT-VALUE: an array of numbers.

@@ -72,116 +72,123 @@ std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list, bo
     return record;
 }
 
-void Emitter::sortStatement(const SortStatement &s)
+// The C expression of the alphabet by which keys are compared; "0": the native order.
+std::string Emitter::sortWeights(const SortStatement &s)
 {
-    std::string weights = "0";
-    if (Word name = s.collating ? s.collating : program_->collating) {
-        const Alphabet *a = meaning_.alphabet(*program_, name);
-        if (!a)
-            error(s.at, "there is no alphabet " + wordText(name));
-        else if (!a->kind || a->kind == K_EBCDIC)
-            weights = cat("alphabet", a->number);
-    }
-    File *file = nullptr;
-    for (Program *p = program_; p && !file; p = p->parent)
-        for (File *f : p->files)
-            if (f->name == s.file->names[0] && f->sortFile) file = f;
-    if (!file) {
-        // SORT of a table.
-        if (s.verb == K_MERGE) {
-            const File *other = meaning_.file(*program_, s.file->names[0], s.file->at);
-            if (other) error(s.file->at, wordText(other->name) + " is no sort file");
-            return;
-        }
-        Item *table = meaning_.resolve(*program_, *s.file);
-        if (!table) return;
-        if (!table->occurs) {
-            error(s.file->at, wordText(table->name) + " is neither a sort file nor a table");
-            return;
-        }
-        std::vector<SortKey> keys = s.keys;
-        if (keys.empty()) keys = table->keys;
-        if (keys.empty()) keys.push_back({true, nullptr});
-        std::string rows;
-        size_t count = 0;
-        for (const SortKey &key : keys) {
-            const Item *item = table;
-            if (key.item) item = meaning_.key(*program_, *key.item, table->name);
-            if (!item) return;
-            std::string row;
-            if (item->offset < table->offset || item->offset + item->size > table->offset + table->size ||
-                !sortKey(*item, item->offset - table->offset, key.ascending, true, row)) {
-                error(key.item ? key.item->at : s.at, "this is no key of the table");
-                return;
-            }
-            rows += cat(row, ", ");
-            count++;
-        }
-        std::string name = cat("K", ++constants_);
-        globals_ += cat("static const TableSortKey ", name, "[", count, "] = {", rows, "};\n");
-        // The table's address: its first occurrence; tables around it need their subscripts.
-        Reference first = *s.file;
-        Expr one;
-        one.kind = ExprKind::Number;
-        one.text = "1";
-        one.at = s.at;
-        size_t tables = 0;
-        for (const Item *a = table; a; a = a->parent) tables += a->occurs;
-        if (first.subscripts.size() + 1 == tables) first.subscripts.push_back(&one);
-        Loc loc = locate(first, true);
-        if (!loc.good()) return;
-        std::string list;
-        for (size_t i = 0; i < count; i++) list += cat(", &", name, "[", i, "]");
-        put(cat(emits(Do::SortTable, Of::Table), "(0, ", loc.address, ", ", table->size, ", (int32_t)",
-                currentCount(*table), ", ", weights, ", ", count, list, ");\n"));
+    Word name = s.collating ? s.collating : program_->collating;
+    if (!name) return "0";
+    const Alphabet *a = meaning_.alphabet(*program_, name);
+    if (!a) error(s.at, "there is no alphabet " + wordText(name));
+    return a && (!a->kind || a->kind == K_EBCDIC) ? cat("alphabet", a->number) : "0";
+}
+
+// SORT of a table.
+void Emitter::sortTable(const SortStatement &s, const std::string &weights)
+{
+    if (s.verb == K_MERGE) {
+        const File *other = meaning_.file(*program_, s.file->names[0], s.file->at);
+        if (other) error(s.file->at, wordText(other->name) + " is no sort file");
         return;
     }
+    Item *table = meaning_.resolve(*program_, *s.file);
+    if (!table) return;
+    if (!table->occurs) {
+        error(s.file->at, wordText(table->name) + " is neither a sort file nor a table");
+        return;
+    }
+    std::vector<SortKey> keys = s.keys.empty() ? table->keys : s.keys;
+    if (keys.empty()) keys.push_back({true, nullptr});
+    std::string rows, name = cat("K", ++constants_), list;
+    for (const SortKey &key : keys) {
+        const Item *item = key.item ? meaning_.key(*program_, *key.item, table->name) : table;
+        if (!item) return;
+        std::string row;
+        if (item->offset < table->offset || item->offset + item->size > table->offset + table->size ||
+            !sortKey(*item, item->offset - table->offset, key.ascending, true, row)) {
+            error(key.item ? key.item->at : s.at, "this is no key of the table");
+            return;
+        }
+        list += cat(", &", name, "[", &key - keys.data(), "]");
+        rows += cat(row, ", ");
+    }
+    globals_ += cat("static const TableSortKey ", name, "[", keys.size(), "] = {", rows, "};\n");
+
+    // The table's address: its first occurrence; tables around it need their subscripts.
+    Reference first = *s.file;
+    Expr one;
+    one.kind = ExprKind::Number;
+    one.text = "1";
+    one.at = s.at;
+    size_t tables = 0;
+    for (const Item *a = table; a; a = a->parent) tables += a->occurs;
+    if (first.subscripts.size() + 1 == tables) first.subscripts.push_back(&one);
+    Loc loc = locate(first, true);
+    if (!loc.good()) return;
+    put(cat(emits(Do::SortTable, Of::Table), "(0, ", loc.address, ", ", table->size, ", (int32_t)",
+            currentCount(*table), ", ", weights, ", ", keys.size(), list, ");\n"));
+}
+
+// The keys of a sort file's records as rows; empty: an error was told.
+std::string Emitter::sortKeys(const SortStatement &s, const File &file, size_t &count)
+{
     std::string rows;
-    size_t count = 0;
+    count = 0;
     for (const SortKey &key : s.keys) {
         if (!key.item) {
             error(s.at, "a sort key needs an item");
             continue;
         }
-        const Item *item = meaning_.key(*program_, *key.item, file->name);
-        if (!item) return;
+        const Item *item = meaning_.key(*program_, *key.item, file.name);
+        if (!item) return "";
         std::string row;
-        if (recordOf(*item).file != file || !sortKey(*item, item->offset, key.ascending, false, row)) {
-            error(key.item->at, wordText(item->name) + " is no key in a record of " + wordText(file->name));
-            return;
+        if (recordOf(*item).file != &file || !sortKey(*item, item->offset, key.ascending, false, row)) {
+            error(key.item->at, wordText(item->name) + " is no key in a record of " + wordText(file.name));
+            return "";
         }
         rows += cat(row, ", ");
         count++;
     }
-    if (count == 0) {
-        error(s.at, "SORT needs a key (ON ASCENDING KEY or ON DESCENDING KEY)");
-        return;
-    }
+    if (count == 0) error(s.at, "SORT needs a key (ON ASCENDING KEY or ON DESCENDING KEY)");
+    return rows;
+}
+
+// SORT and MERGE of files: the call that begins, the procedures, and between them the call that
+// sorts what the input procedure released.
+void Emitter::sortFile(const SortStatement &s, const File &file, const std::string &weights)
+{
+    size_t count;
+    std::string rows = sortKeys(s, file, count);
+    if (rows.empty()) return;
     const std::string verb = wordText(s.verb);
     if (s.usingFiles.empty() && !s.hasInput)
         error(s.at, verb + (s.verb == K_MERGE ? " needs USING" : " needs USING or an INPUT PROCEDURE"));
     if (s.givingFiles.empty() && !s.hasOutput) error(s.at, verb + " needs GIVING or an OUTPUT PROCEDURE");
+
     std::string n = cat(++constants_), prefix = cat("p", program_->number, "_");
-    bool variable = file->minRecord != file->maxRecord;
     globals_ += cat("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {", count,
                     ", 0, {", rows, "}};\n");
     globals_ += cat("static SortVerbBlock B", n, " = {.sortReturn = &", prefix,
                     "sortReturn, .lineNumber = ", group_.spot(s.at).line, ", .program = &", prefix, "pcb};\n");
-    globals_ +=
-        cat("static SortRecordDesc R", n, " = {.recordFormat = ", variable ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
-            ", .recordLength = ", file->maxRecord, "};\n");
+    globals_ += cat("static SortRecordDesc R", n,
+                    " = {.recordFormat = ", file.minRecord != file.maxRecord ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
+                    ", .recordLength = ", file.maxRecord, "};\n");
     globals_ += cat("static char Q", n, "[2];\n");
+
     std::string usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
     std::string eighth = temp("uint64_t", "[3]");
-    put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
-            "[2] = ZVK_SORT_STABLE;\n"));
-    std::string rest =
-        cat(", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &", givingList, ", ", eighth, ");\n");
+    const std::string fillEighth = cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
+                                       "[2] = ZVK_SORT_STABLE;\n");
+    auto operation = [&](const char *which) {
+        return cat(emits(Do::Sort), "(", which, ", &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
+                   givingList, ", ", eighth, ");\n");
+    };
+    put(fillEighth);
     put(cat(prefix, "sortReturn = 0;\n"));
     const std::string after = label();
     const bool mayEnd = (s.hasInput || s.hasOutput) && programEndsSort();
     if (mayEnd) put(cat("memcpy(", prefix, "sortCells, x, sizeof x);\n", prefix, "sortEnd = &&", after, ";\n"));
-    put(cat(emits(Do::Sort), "(", s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START", rest));
+    put(operation(s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START"));
+    const std::string failed = operation("ZVK_SORT_FAILED");
     if (s.hasInput) {
         openBlock();
         performWay_ = "SORT INPUT";
@@ -190,12 +197,9 @@ void Emitter::sortStatement(const SortStatement &s)
         // The lists are temporaries of this block: fill them again, for the procedure may have
         // jumped through the block.
         usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
-        put(cat(eighth, "[0] = (uint64_t)(intptr_t)", weights, "; ", eighth, "[1] = 0; ", eighth,
-                "[2] = ZVK_SORT_STABLE;\n"));
-        put(cat(emits(Do::Sort), "(ZVK_SORT_RUN, &B", n, ", &R", n, ", &K", n, ", Q", n, ", &", usingList, ", &",
-                givingList, ", ", eighth, ");\n"));
+        put(fillEighth);
+        put(operation("ZVK_SORT_RUN"));
     }
-    performWay_ = "PERFORM LOOP";
     if (s.hasOutput) {
         openBlock();
         performWay_ = s.verb == K_MERGE ? "MERGE OUTPUT" : "SORT OUTPUT";
@@ -204,8 +208,17 @@ void Emitter::sortStatement(const SortStatement &s)
     }
     performWay_ = "PERFORM LOOP";
     if (!mayEnd) return;
-    put(cat("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n",
-            emits(Do::Sort), "(ZVK_SORT_FAILED", rest, "B", n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n"));
+    put(cat("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n", failed,
+            "B", n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n"));
+}
+
+void Emitter::sortStatement(const SortStatement &s)
+{
+    std::string weights = sortWeights(s);
+    for (Program *p = program_; p; p = p->parent)
+        for (File *f : p->files)
+            if (f->name == s.file->names[0] && f->sortFile) return sortFile(s, *f, weights);
+    sortTable(s, weights);
 }
 
 // Whether the program sets SORT-RETURN: 16 in an input or output procedure ends the SORT at the

@@ -160,19 +160,12 @@ Expr *Parser::relation()
         step();
         return e;
     }
-    if (word == K_POSITIVE || word == K_NEGATIVE ||
-        ((is || negated) && (word == K_ZERO || word == K_ZEROS || word == K_ZEROES))) {
+    bool zero = word == K_ZERO || word == K_ZEROS || word == K_ZEROES;
+    if (word == K_POSITIVE || word == K_NEGATIVE || (zero && (is || negated || left))) { // also "IF A ZERO"
         Expr *e = node(ExprKind::SignTest, here());
-        e->op = word == K_POSITIVE || word == K_NEGATIVE ? word : static_cast<Word>(K_ZERO);
+        e->op = zero ? static_cast<Word>(K_ZERO) : word;
         e->left = left;
         e->negated = negated;
-        step();
-        return e;
-    }
-    if ((word == K_ZERO || word == K_ZEROS || word == K_ZEROES) && left) { // "IF A ZERO"
-        Expr *e = node(ExprKind::SignTest, here());
-        e->op = K_ZERO;
-        e->left = left;
         step();
         return e;
     }

@@ -1,166 +1,42 @@
-// Clauses of a data description that are longer: USAGE, OCCURS, VALUE.
+// Clauses of a data description that are longer: PICTURE, SIGN, OCCURS, VALUE.
 #include "cobol/syntax/parser.h"
 
 namespace kvrcob {
 
-// Is the present word a usage? Does not take it.
-bool Parser::usageWord(Item &)
+// False: the entry ends with "PIC." and has nothing else.
+bool Parser::pictureClause(Item &item)
 {
-    if (now().kind != TokenKind::Name) return false;
-    switch (now().word) {
-    case K_DISPLAY:
-    case K_COMP:
-    case K_COMP_1:
-    case K_COMP_2:
-    case K_COMP_3:
-    case K_COMP_4:
-    case K_COMP_5:
-    case K_COMP_6:
-    case K_COMP_X:
-    case K_COMP_N:
-    case K_COMPUTATIONAL:
-    case K_COMPUTATIONAL_1:
-    case K_COMPUTATIONAL_2:
-    case K_COMPUTATIONAL_3:
-    case K_COMPUTATIONAL_4:
-    case K_COMPUTATIONAL_5:
-    case K_BINARY:
-    case K_PACKED_DECIMAL:
-    case K_INDEX:
-    case K_POINTER:
-    case K_PROCEDURE_POINTER:
-    case K_PROGRAM_POINTER:
-    case K_FUNCTION_POINTER:
-    case K_BINARY_CHAR:
-    case K_BINARY_SHORT:
-    case K_BINARY_LONG:
-    case K_BINARY_DOUBLE:
-    case K_BINARY_LONG_LONG:
-    case K_BINARY_INT:
-    case K_SIGNED_SHORT:
-    case K_SIGNED_INT:
-    case K_SIGNED_LONG:
-    case K_UNSIGNED_SHORT:
-    case K_UNSIGNED_INT:
-    case K_UNSIGNED_LONG:
-    case K_FLOAT_SHORT:
-    case K_FLOAT_LONG:
-    case K_NATIONAL:
-    case K_DISPLAY_1:
-    case K_OBJECT:
-    case K_SIGNED:
-    case K_UNSIGNED:
-    case K_FLOAT_BINARY_32:
-    case K_FLOAT_BINARY_64:
-    case K_FLOAT_BINARY_128:
-    case K_FLOAT_DECIMAL_16:
-    case K_FLOAT_DECIMAL_34:
-    case K_FLOAT_EXTENDED:
-        return true;
-    default:
+    Tok clause = here();
+    step();
+    take(K_IS);
+    if (now().kind != TokenKind::Picture || now().text == ".") {
+        error("expected a picture string before " + (now().text == "." ? "\".\"" : shown()));
+        if (now().kind != TokenKind::Picture) return true;
+        item.broken = true;
+        panic_ = false;
+        step();
         return false;
     }
+    if (item.hasPicture) errorAt(clause, "a second PICTURE clause");
+    item.hasPicture = true;
+    item.pictureText = now().text;
+    item.pictureAt = here();
+    step();
+    return true;
 }
 
-void Parser::usageClause(Item &item)
+void Parser::signClause(Item &item)
 {
-    if (take(K_USAGE)) take(K_IS);
-    auto native = [&](uint8_t size) {
-        item.usage = Usage::Native;
-        item.nativeBinary = true;
-        item.nativeSize = size;
-    };
-    if (!usageWord(item)) {
-        error("expected a usage before " + shown());
-        return;
-    }
-    Tok at = here();
-    Word word = now().word;
-    step();
-    if (word != K_SIGNED && word != K_UNSIGNED) item.hasUsage = true;
-    switch (word) {
-    case K_DISPLAY:
-        item.usage = Usage::Display;
-        break;
-    case K_COMP:
-    case K_COMPUTATIONAL:
-    case K_COMP_4:
-    case K_COMPUTATIONAL_4:
-    case K_BINARY:
-        item.usage = Usage::Binary;
-        break;
-    case K_COMP_5:
-    case K_COMPUTATIONAL_5:
-    case K_COMP_N:
-        item.usage = Usage::Native;
-        break;
-    case K_COMP_X:
-        item.usage = Usage::CompX;
-        break;
-    case K_COMP_1:
-    case K_COMPUTATIONAL_1:
-    case K_FLOAT_SHORT:
-    case K_FLOAT_BINARY_32:
-        item.usage = Usage::Float;
-        break;
-    case K_COMP_2:
-    case K_COMPUTATIONAL_2:
-    case K_FLOAT_LONG:
-    case K_FLOAT_BINARY_64:
-        item.usage = Usage::Double;
-        break;
-    case K_COMP_3:
-    case K_COMPUTATIONAL_3:
-    case K_PACKED_DECIMAL:
-        item.usage = Usage::Packed;
-        break;
-    case K_INDEX:
-        item.usage = Usage::Index;
-        break;
-    case K_POINTER:
-        item.usage = Usage::Pointer;
-        break;
-    case K_PROCEDURE_POINTER:
-    case K_PROGRAM_POINTER:
-    case K_FUNCTION_POINTER:
-        item.usage = Usage::ProcedurePointer;
-        break;
-    case K_BINARY_CHAR:
-        native(1);
-        break;
-    case K_BINARY_SHORT:
-    case K_SIGNED_SHORT:
-    case K_UNSIGNED_SHORT:
-        native(2);
-        break;
-    case K_BINARY_LONG:
-    case K_BINARY_INT:
-    case K_SIGNED_INT:
-    case K_UNSIGNED_INT:
-        native(4);
-        break;
-    case K_BINARY_DOUBLE:
-    case K_BINARY_LONG_LONG:
-    case K_SIGNED_LONG:
-    case K_UNSIGNED_LONG:
-        native(8);
-        break;
-    case K_SIGNED:
-        item.isUnsigned = false;
-        break;
-    case K_UNSIGNED:
-        item.isUnsigned = true;
-        break;
-    default:
-        notBuilt(at, "USAGE " + wordText(word));
-        break;
-    }
-    if (word == K_UNSIGNED_SHORT || word == K_UNSIGNED_INT || word == K_UNSIGNED_LONG) item.isUnsigned = true;
-    if (item.nativeBinary) {
-        if (take(K_UNSIGNED))
-            item.isUnsigned = true;
-        else
-            take(K_SIGNED);
+    take(K_SIGN);
+    take(K_IS);
+    item.hasSign = true;
+    if (take(K_LEADING))
+        item.signLeading = true;
+    else if (!take(K_TRAILING))
+        error("expected LEADING or TRAILING before " + shown());
+    if (take(K_SEPARATE)) {
+        item.signSeparate = true;
+        take(K_CHARACTER);
     }
 }
 
@@ -204,7 +80,7 @@ void Parser::occursPhrases(Program &, Item &item)
         } else if (take(K_INDEXED)) {
             take(K_BY);
             if (!atName()) error("expected an index-name before " + shown());
-            while (atName() && !usageWord(item)) {
+            while (atName() && !atUsage()) {
                 Item *index = make<Item>();
                 index->name = now().word;
                 index->at = here();

@@ -139,8 +139,9 @@ Expr *Parser::functionCall()
     e->at = here();
     e->op = now().word;
     step();
-    Reference *ref = nullptr;
-    if (atMark('(')) {
+    const FunctionRow *row = functionRow(e->op);
+    bool noArguments = row && row->most == 0 && now().commaBefore; // what follows is another argument
+    if (atMark('(') && !noArguments) {
         Tok open = here();
         // A reference modifier of a function without arguments: FUNCTION CURRENT-DATE (1:8). Its
         // first operand is followed by a colon.
@@ -165,8 +166,9 @@ Expr *Parser::functionCall()
             }
         }
     }
-    if (atMark('(')) {
-        ref = make<Reference>();
+    // Other parentheses are the next argument of the function around it: MAX (ABS (A), (B + C)).
+    if (atMark('(') && beginsRefmod(position_)) {
+        Reference *ref = make<Reference>();
         ref->at = here();
         subscriptsAndRefmod(*ref);
         if (ref->refmod) e->ref = ref;

@@ -104,6 +104,15 @@ bool Parser::atOperand() const
            atFunctionName() || token.word == K_PAGE_COUNTER || token.word == K_LINE_COUNTER;
 }
 
+// The text that a name stands for, if it is that of a constant of the program.
+static const Expr *constantOf(const Program *p, Word name)
+{
+    if (!p) return nullptr;
+    for (const Item *item : p->constants)
+        if (item->name == name && item->constant && item->constant->kind == ExprKind::String) return item->constant;
+    return nullptr;
+}
+
 // A literal, with a sign if it is a number; figurative constants and ALL.
 Expr *Parser::literal()
 {
@@ -132,10 +141,12 @@ Expr *Parser::literal()
         e->text = now().text;
         e->form = now().form;
         step();
-        // "a" & "b"
-        while (atMark('&') && (ahead().kind == TokenKind::String)) {
+        // "a" & "b" & A-CONSTANT
+        while (atMark('&')) {
+            const Expr *more = ahead().kind == TokenKind::Name ? constantOf(program_, ahead().word) : nullptr;
+            if (!more && ahead().kind != TokenKind::String) break;
             step();
-            e->text = keepText(std::string(e->text) + std::string(now().text));
+            e->text = keepText(std::string(e->text) + std::string(more ? more->text : now().text));
             step();
         }
         return e;

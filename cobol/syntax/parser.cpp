@@ -85,8 +85,19 @@ void Parser::notBuilt(Tok at, const std::string &phrase) { errorAt(at, phrase + 
 
 void Parser::skipToPeriod()
 {
-    while (!atEnd() && !atMark('.')) step();
+    // A header of a division is no part of an entry whose period is missing.
+    auto atHeader = [&] { return now().areaA && now().kind == TokenKind::Name && aheadIs(1, K_DIVISION); };
+    for (bool moved = false; !atEnd() && !atMark('.') && !(moved && atHeader()); moved = true) step();
     takeMark('.');
+    panic_ = false;
+}
+
+void Parser::endOfEntry()
+{
+    if (panic_)
+        skipToPeriod();
+    else
+        expectPeriod();
     panic_ = false;
 }
 

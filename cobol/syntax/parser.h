@@ -2,8 +2,9 @@
 //
 //   parser.cpp                the tools: looking at words, expecting them, recovering from errors
 //   identification.cpp        programs, nesting, IDENTIFICATION DIVISION
-//   environment_division.cpp  SPECIAL-NAMES; file_control.cpp SELECT and I-O-CONTROL
-//   data_division.cpp         FD, data descriptions; data_clauses.cpp their longer clauses
+//   environment_division.cpp  SPECIAL-NAMES; file_control.cpp, select_entry.cpp the files
+//   data_division.cpp         its sections, and records as trees; file_description.cpp FD and SD
+//   data_description.cpp      an item's entry; data_clauses.cpp, usages.cpp its longer clauses
 //   procedure_division.cpp    sections, paragraphs, sentences, the table of verbs
 //   operands.cpp              literals and identifiers
 //   expressions.cpp           arithmetic; conditions.cpp relations, AND, OR, NOT
@@ -46,7 +47,6 @@ private:
     }
     bool take(Word word);
     bool takeMark(uint32_t mark);
-    std::vector<Reference *> keyParts();
     bool expect(Word word);
     void expectPeriod();
     void error(const std::string &text);
@@ -55,6 +55,7 @@ private:
     void notBuilt(Tok at, const std::string &phrase);
     std::string shown() const; // the present token, for messages
     void skipToPeriod();
+    void endOfEntry(); // takes its period; after an error all up to it
     void skipToDataEntry();
     void skipToVerb();
     void recover();
@@ -84,24 +85,53 @@ private:
     void symbolicClause(Program &program);
     bool mnemonicClause(Program &program);
     void inputOutputSection(Program &program);
-    void selectEntry(Program &program);
     void ioControl(Program &program);
+    File *findFile(Program &program, Word name);
     bool atSectionOrDivision() const;
+
+    // ---- select_entry.cpp
+    void selectEntry(Program &program);
+    void selectClause(File &file);
+    void assignClause(File &file);
+    bool assignmentWord(File &file, bool &any);
+    void organizationClause(File &file);
+    void relativeKeyClause(File &file);
+    void accessClause(File &file);
+    void recordKeyClause(File &file);
+    std::vector<Reference *> keyParts();
+    void lockModeClause(File &file);
+    void sharingClause(File &file);
 
     // ---- data_division.cpp
     void dataDivision(Program &program);
     void fileSection(Program &program);
-    void fileDescription(Program &program);
-    void passNames();
-    bool atUsageAlone(int level) const;
     void records(Program &program, Item::Section section, File *file);
+
+    // ---- file_description.cpp
+    void fileDescription(Program &program);
+    File *describedFile(Program &program);
+    void fileClause(File &file);
+    void passNames();
+    void recordClause(File &file);
+    void valueOfClause(File &file);
+    void linageClause(File &file);
+
+    // ---- data_description.cpp
     Item *dataDescription(Program &program, Item::Section section);
+    bool nameOfItem(Item &item);
+    void constantEntry(Item &item);
+    void conditionEntry(Item &item);
+    bool dataClause(Program &program, Item &item);
+    // data_clauses.cpp
+    bool pictureClause(Item &item);
+    void signClause(Item &item);
     void occursClause(Program &program, Item &item);
     void occursPhrases(Program &program, Item &item);
-    void usageClause(Item &item);
-    bool usageWord(Item &item);
     void valueClause(Item &item);
-    File *findFile(Program &program, Word name);
+    // usages.cpp
+    void usageClause(Item &item);
+    bool atUsage() const;
+    bool atUsageAlone(int level) const;
 
     // ---- procedure_division.cpp
     void procedureDivision(Program &program);

@@ -323,11 +323,7 @@ void Parser::procedureDivision(Program &p)
             p.returning = identifier();
         }
     }
-    if (panic_)
-        skipToPeriod();
-    else
-        expectPeriod();
-    panic_ = false;
+    endOfEntry();
     if (at(K_DECLARATIVES)) {
         step();
         expectPeriod();
@@ -513,11 +509,7 @@ void Parser::useStatement(Program &p, size_t procedure)
             if (use.files.empty()) error("expected a file or an open mode before " + shown());
         }
     }
-    if (panic_)
-        skipToPeriod();
-    else
-        expectPeriod();
-    panic_ = false;
+    endOfEntry();
     p.uses.push_back(use);
 }
 

@@ -299,8 +299,8 @@ private:
         return std::any_of(std::begin(entries), std::end(entries), [&](const char *e) { return word == e; });
     }
 
-    // True for a line that is not to be read.
-    bool commentEntry(std::string_view body, bool beginsInAreaA)
+    // True for a line that is not to be read. `body` begins in `column`.
+    bool commentEntry(std::string_view body, uint32_t column, bool beginsInAreaA)
     {
         if (!inIdentification_ && !inEntry_ && !first_ && !beginsInAreaA) return false; // most lines
         std::string word = firstWord(body);
@@ -328,7 +328,9 @@ private:
             std::string_view rest = trimLeft(body).substr(word.size());
             rest = trimLeft(rest);
             if (rest.empty() || rest[0] == '.') {
-                diagnostics().warning("obsolete", here(), "the paragraph " + word + " is obsolete");
+                column += static_cast<uint32_t>(body.size() - trimLeft(body).size());
+                Spot spot{out_.file, line_, column, static_cast<uint32_t>(word.size())};
+                diagnostics().warning("obsolete", spot, "the paragraph " + word + " is obsolete");
                 inEntry_ = true;
                 return true;
             }
@@ -381,13 +383,23 @@ private:
                out_.text.find_first_not_of(" \n") == std::string::npos;
     }
 
+    // "* TEXT" in column 1, as editors with tabs leave it. "*CR123 MOVE" is code with a mark.
+    static bool commentInColumnOne(std::string_view line)
+    {
+        if (line[0] != '*') return false;
+        bool isIndicator = std::strchr(" -Dd", line[6]);
+        bool blankArea = line.substr(1, 5).find_first_not_of(' ') == std::string_view::npos;
+        if (blankArea) return line[6] == ' ' || !isIndicator;
+        return !isIndicator || std::strchr(" *-=", line[1]);
+    }
+
     void fixedLine(std::string_view line)
     {
         if (line.size() < 7) return;
         char indicator = line[6];
         size_t limit = format_ == SourceFormat::Variable ? line.size() : std::min<size_t>(line.size(), 72);
         std::string_view body = line.substr(7, limit > 7 ? limit - 7 : 0);
-        if (indicator == '*' || indicator == '/') return;
+        if (indicator == '*' || indicator == '/' || commentInColumnOne(line)) return;
         if (indicator == '-') {
             continuation(body);
             return;
@@ -400,7 +412,7 @@ private:
         if (limit == 72 && line.size() > 72 && line[71] != ' ' && line[72] != ' ') sources().noteCutLine(here(73));
         if (trimLeft(body).empty() || listingLine(body)) return;
         bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
-        if (commentEntry(body, areaA)) return;
+        if (commentEntry(body, 8, areaA)) return;
         open_ = 0;
         openColumns_ = 0;
         bool debug = indicator == 'D' || indicator == 'd';
@@ -453,7 +465,7 @@ private:
         if (!open_ && line.size() > 6 && line.substr(0, 6).find_first_not_of(' ') == std::string_view::npos &&
             line[6] == '*')
             return;
-        if (!open_ && commentEntry(body, true)) return;
+        if (!open_ && commentEntry(line, 1, true)) return;
         if ((body[0] == 'D' || body[0] == 'd') && body.size() > 1 && body[1] == ' ' && line[0] == body[0]) {
             out_.text += kDebugLine;
             append(track(body.substr(2)), 3);

@@ -334,7 +334,7 @@ KVR_INLINE uint8_t *kvr_recode(uint8_t *to, const uint8_t *from, uint32_t length
 KVR_INLINE void kvr_close_reel(FCB *fcb, IPCB *element)
 {
     if (fcb->mode == 0) {
-        fcb->closeOptions = 0;
+        fcb->closeOptions = fcb->lastCloseOptions & ZVK_CLOSE_LOCK;
         fcb->statement = 0;
         fcb->close(fcb, element);
         return;

@@ -63,9 +63,12 @@ KVR_SHARED int kvr_show_number(const uint8_t *packed, int digits, int width, int
     return length;
 }
 
-KVR_SHARED int kvr_show_float(double v, uint8_t *out, int digits)
+KVR_SHARED int kvr_show_float(double v, uint8_t *out, int digits, char point)
 {
-    return snprintf((char *)out, 48, "%.*g", digits, v);
+    int length = snprintf((char *)out, 48, "%.*g", digits, v);
+    char *found = (char *)memchr(out, '.', (size_t)length);
+    if (found) *found = point;
+    return length;
 }
 
 KVR_SHARED int kvr_show_pointer(const uint8_t *p, uint8_t *out)

@@ -11,15 +11,25 @@
 #include "kvr2/kvrcob/base.h"
 
 typedef struct KvrException {
-    const char *status, *statement, *location; /* null: there was none */
-    char file[64];                             /* its status and name; empty if it was of no file */
-    /* The latest file verb, until its status is looked at. */
+    char status[32], statement[32]; /* 31 characters; empty: there was none */
+    char location[256];
+    char file[64]; /* its status and name; empty if it was of no file */
+    /* The latest file verb, until its status is looked at: at the latest when its program ends. */
     const FCB *pending;
     const char *pendingFile, *pendingStatement, *pendingLocation;
 } KvrException;
 
 /* One for all sources of a program. */
 KvrException kvr_exception __attribute__((weak));
+
+/* The texts are copied: they are of a module that CANCEL may unload. */
+KVR_SHARED void kvr_note_exception(const char *status, const char *statement, const char *location)
+{
+    snprintf(kvr_exception.status, sizeof kvr_exception.status, "%-31.31s", status);
+    snprintf(kvr_exception.statement, sizeof kvr_exception.statement, "%-31.31s", statement);
+    snprintf(kvr_exception.location, sizeof kvr_exception.location, "%s", location);
+    kvr_exception.file[0] = 0;
+}
 
 KVR_SHARED void kvr_settle_exception(void)
 {
@@ -37,9 +47,7 @@ KVR_SHARED void kvr_settle_exception(void)
     int status = e->pending ? e->pending->status : 0;
     e->pending = 0;
     if (status < 10 || status > 99) return;
-    e->status = names[status / 10];
-    e->statement = e->pendingStatement;
-    e->location = e->pendingLocation;
+    kvr_note_exception(names[status / 10], e->pendingStatement, e->pendingLocation);
     snprintf(e->file, sizeof e->file, "%02d%s", status, e->pendingFile);
 }
 
@@ -55,27 +63,23 @@ KVR_SHARED void kvr_verb_begins(const FCB *fcb, const char *file, const char *st
 KVR_SHARED void kvr_raise(const char *status, const char *statement, const char *location)
 {
     kvr_settle_exception();
-    kvr_exception.status = status;
-    kvr_exception.statement = statement;
-    kvr_exception.location = location;
-    kvr_exception.file[0] = 0;
+    kvr_note_exception(status, statement, location);
 }
 
-/* Status and statement have 31 characters. */
+/* The text of one of the four functions; its length. It stays until the next exception. */
 KVR_SHARED int64_t kvr_exception_text(const char *function, uint8_t **text)
 {
-    static char padded[32];
+    const KvrException *e = &kvr_exception;
     const char *what;
     kvr_settle_exception();
-    if (strcmp(function, "EXCEPTION-FILE") == 0) {
-        what = kvr_exception.file[0] ? kvr_exception.file : "00";
-    } else if (strcmp(function, "EXCEPTION-LOCATION") == 0) {
-        what = kvr_exception.location ? kvr_exception.location : " ";
-    } else {
-        what = strcmp(function, "EXCEPTION-STATUS") == 0 ? kvr_exception.status : kvr_exception.statement;
-        snprintf(padded, sizeof padded, "%-31s", what ? what : "");
-        what = padded;
-    }
+    if (strcmp(function, "EXCEPTION-FILE") == 0)
+        what = e->file[0] ? e->file : "00";
+    else if (strcmp(function, "EXCEPTION-LOCATION") == 0)
+        what = e->location[0] ? e->location : " ";
+    else if (!e->status[0])
+        what = "                               ";
+    else
+        what = strcmp(function, "EXCEPTION-STATUS") == 0 ? e->status : e->statement;
     *text = (uint8_t *)(intptr_t)what;
     return (int64_t)strlen(what);
 }

@@ -361,6 +361,28 @@ KVR_SHARED __int128 kvr_fixed(double v, int scale, int rounded)
     return negative ? -result : result;
 }
 
+/*
+ * The decimal number with the fewest digits that a binary 32 item can hold. A whole number of up to
+ * 9 digits, divided or multiplied by an exact power of ten, is that number to the last bit.
+ */
+KVR_SHARED double kvr_decimal_float(double v)
+{
+    static const double powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    double size = __builtin_fabs(v), shortest = v;
+    int wholes = 0, digits;
+    if (!(size >= 1e-6 && size < 1e9)) return v;
+    while (wholes < 9 && size >= powers[wholes]) wholes++;
+    while (wholes <= 0 && wholes > -6 && size * powers[1 - wholes] < 1) wholes--;
+    for (digits = 6; digits <= 9; digits++) {
+        int places = digits - wholes;
+        shortest = places >= 0 ? __builtin_rint(v * powers[places]) / powers[places]
+                               : __builtin_rint(v / powers[-places]) * powers[-places];
+        if ((float)shortest == (float)v) return shortest;
+    }
+    return v;
+}
+
 KVR_SHARED int kvr_compare_float(double a, double b)
 {
     double difference = __builtin_fabs(a - b),

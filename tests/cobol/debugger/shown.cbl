@@ -16,6 +16,7 @@
        01  SECOND.
            05  TOTAL            PIC 9 VALUE 4.
        01  SUB                  PIC 9 VALUE 2.
+       01  HIGH-FIRST           PIC 9(4) COMP-X VALUE 258.
        PROCEDURE DIVISION.
        MAIN-PARA.
            MOVE "AB" TO BOX (2, 3).

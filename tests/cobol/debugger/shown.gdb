@@ -1,4 +1,4 @@
-break shown.cbl:35
+break shown.cbl:36
 run
 cobol print TOTAL OF REC
 cobol print total in second

@@ -14,7 +14,7 @@ data division.
 working-storage section.
 01 t-pass pic 9(4) value 0.
 01 t-fail pic 9(4) value 0.
-01 n pic 9(3)v99 value 12,5. 01 e pic z.zz9,99. 01 m pic E.EE9,99. 01 x pic x(10). 01 i pic 9 value 1. 01 f pic 9.
+01 n pic 9(3)v99 value 12,5. 01 e pic z.zz9,99. 01 m pic E.EE9,99. 01 x pic x(10). 01 i pic 9 value 1. 01 f pic 9. 01 fl comp-2.
 01 v pic s9(3)v9(2) sign trailing separate. 
 procedure division.
 main-para.
@@ -68,5 +68,6 @@ main-para.
     end-if
     display n upon my-out
     display -1,5 " " n upon cons
+    move -1,5 to fl display fl
     display "passed " t-pass " failed " t-fail
     stop run.

@@ -17,6 +17,7 @@
        01 N PIC 99 VALUE 50.
        01 Z PIC 99 VALUE 0.
        01 X PIC X(3).
+       01 BOTH PIC X(32).
        PROCEDURE DIVISION.
        DECLARATIVES.
        NO-FILE SECTION.
@@ -53,4 +54,11 @@
            UNSTRING "A,B,C" DELIMITED BY "," INTO X
                ON OVERFLOW CONTINUE END-UNSTRING
            PERFORM TELL
+      * Two of the functions in one statement.
+           STRING FUNCTION EXCEPTION-STATUS DELIMITED BY SPACE "/"
+               FUNCTION EXCEPTION-STATEMENT DELIMITED BY SPACE
+               INTO BOTH
+           DISPLAY BOTH
+           IF FUNCTION EXCEPTION-STATUS = FUNCTION EXCEPTION-STATEMENT
+               DISPLAY "THE SAME" END-IF
            STOP RUN.

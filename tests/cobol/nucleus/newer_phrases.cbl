@@ -11,6 +11,9 @@
           05 M PIC X(3) OCCURS 5 VALUES "JAN" "FEB" "MAR".
           05 D PIC 99 OCCURS 3 VALUES 31 28 31.
        01 LEN CONSTANT BYTE-LENGTH OF X.
+       01 OPEN-MARK CONSTANT AS "<".
+       78 CLOSE-MARK VALUE ">".
+       01 MARKED PIC X(5) VALUE "[" & OPEN-MARK & CLOSE-MARK & "]".
        01 G.
           05 BINARY-LONG UNSIGNED.
           05 COMP-1.
@@ -22,6 +25,7 @@
              10 HN PIC 9 VALUE 3.
        PROCEDURE DIVISION.
        MAIN-P.
+           DISPLAY MARKED "a" & CLOSE-MARK & "b"
            PERFORM FOREVER
               ADD 1 TO N
               IF N = 2 EXIT PERFORM CYCLE END-IF
