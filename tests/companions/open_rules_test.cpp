@@ -207,9 +207,12 @@ void asNobody(const std::function<void()> &body)
     EXPECT_EQ(run.status, 0) << run.err << run.signal;
 }
 
+#define ONLY_AS_ROOT \
+    if (getuid() != 0) GTEST_SKIP() << "only root can become somebody else"
+
 TEST(Open, PermissionsAreAStatus)
 {
-    if (getuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+    ONLY_AS_ROOT;
     for (string organization : {"rsd-", "lsq-", "stl-", "relative", "indexed"}) {
         TemporaryDirectory directory;
         FileAttributes attributes = organization == "indexed"    ? indexedFile()
@@ -267,6 +270,7 @@ TEST(Open, PermissionsAreAStatus)
 // A reader that LMDB's locks cannot serve holds writers off, and is held off by them.
 TEST(Open, ReaderOfAnotherUserAndAWriter)
 {
+    ONLY_AS_ROOT;
     TemporaryDirectory directory;
     const string path = directory.file("i");
     FileAttributes attributes = indexedFile();

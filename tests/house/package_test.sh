@@ -53,7 +53,7 @@ printf '       PROGRAM-ID. HI.\n       PROCEDURE DIVISION.\n           DISPLAY "
 shown=$(XDG_CACHE_HOME=$work "$root/usr/bin/kvrcob" run "$work/hi.cbl")
 [ "$shown" = HI ] || { echo "kvrcob from its package: '$shown'"; exit 1; }
 for page in "$root"/usr/share/man/man?/*; do
-    [ -z "$(LC_ALL=C.UTF-8 man --warnings -l "$page" 2>&1 >/dev/null)" ] || { echo "the manual page $page has faults"; exit 1; }
+    [ -z "$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -l "$page" 2>&1 >/dev/null)" ] || { echo "the manual page $page has faults"; exit 1; }
 done
 for completion in "$root"/usr/share/bash-completion/completions/*; do
     bash -c 'source "$1" && complete -p "${1##*/}" >/dev/null' - "$completion" || { echo "completion of $completion"; exit 1; }

@@ -42,5 +42,5 @@ done
 for command in $(sed -n '/^Commands:/,/^$/p' help | awk 'NR>1 && NF {print $1}'); do
     grep -q "^\.B $command\$" "$manual" || fail "the manual lacks $command"
 done
-man -l "$manual" 2>&1 >/dev/null | grep . && fail "the manual has faults"
+MANWIDTH=80 man -l "$manual" 2>&1 >/dev/null | grep . && fail "the manual has faults"
 echo "kvr2-gdg does what its manual says"
