@@ -37,12 +37,18 @@ void Emitter::phrases(const Phrases &p, const std::string &failed)
     put("}\n");
 }
 
-bool Emitter::arithmeticTarget(const Reference &ref, const Item &item, bool giving)
+Loc Emitter::receivingNumber(const Target &target, bool giving)
 {
-    if (item.category == Category::Index)
-        meaning_.warning("extension", ref.at, "arithmetic on an index is an extension; SET changes it");
-    return item.category == Category::Numeric || item.category == Category::Index ||
-           (giving && item.category == Category::NumericEdited);
+    Loc loc = locate(*target.ref, true);
+    if (!loc.good()) return loc;
+    Category category = loc.item->category;
+    if (category == Category::Index)
+        meaning_.warning("extension", target.ref->at, "arithmetic on an index is an extension; SET changes it");
+    bool takes =
+        category == Category::Numeric || category == Category::Index || (giving && category == Category::NumericEdited);
+    if (takes && !loc.refmod) return loc;
+    error(target.ref->at, wordText(target.ref->names[0]) + " is no numeric item");
+    return {};
 }
 
 void Emitter::correspondingArithmetic(const ArithmeticStatement &s)
@@ -97,23 +103,15 @@ void Emitter::addStatement(const ArithmeticStatement &s)
         }
         if (several) result = keep(result, true);
         for (const Target &t : s.targets) {
-            Loc loc = locate(*t.ref, true);
+            Loc loc = receivingNumber(t, true);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*t.ref, *loc.item, true) || loc.refmod) {
-                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
-                continue;
-            }
             store(result, loc, t.rounded, flag);
         }
     } else {
         if (several) sum = keep(sum, true);
         for (const Target &t : s.targets) {
-            Loc loc = locate(*t.ref, true);
+            Loc loc = receivingNumber(t, false);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*t.ref, *loc.item, false) || loc.refmod) {
-                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
-                continue;
-            }
             store(combine(itemNumber(loc)), loc, t.rounded, flag);
         }
     }
@@ -140,12 +138,8 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
         Num quotient; // as stored in the first target, for REMAINDER
         for (size_t i = 0; i < s.targets.size(); i++) {
             const Target &t = s.targets[i];
-            Loc loc = locate(*t.ref, true);
+            Loc loc = receivingNumber(t, true);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*t.ref, *loc.item, true) || loc.refmod) {
-                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
-                continue;
-            }
             Num q = keep(divide(dividend, divisor, quotientScale(*loc.item, t.rounded)), true);
             if (i == 0 && s.remainder.ref) quotient = scaleTo(q, loc.item->picture.scale, false);
             put(cat("if (!", zero, ") {\n"));
@@ -153,7 +147,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
             put("}\n");
         }
         if (s.remainder.ref) {
-            Loc loc = locate(*s.remainder.ref, true);
+            Loc loc = receivingNumber(s.remainder, true);
             if (loc.good() && quotient.good()) {
                 if (dividend.kind == Num::Float || divisor.kind == Num::Float || quotient.kind == Num::Float) {
                     error(s.remainder.ref->at, "REMAINDER does not go with floating-point items");
@@ -168,12 +162,8 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
     } else {
         if (s.targets.size() > 1) first = keep(first, true);
         for (const Target &t : s.targets) {
-            Loc loc = locate(*t.ref, true);
+            Loc loc = receivingNumber(t, false);
             if (!loc.good()) continue;
-            if (!arithmeticTarget(*t.ref, *loc.item, false) || loc.refmod) {
-                error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
-                continue;
-            }
             Num q = keep(divide(itemNumber(loc), first, quotientScale(*loc.item, t.rounded)), true);
             put(cat("if (!", zero, ") {\n"));
             store(q, loc, t.rounded, flag);
@@ -194,22 +184,14 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     bool all = false; // a quotient needs all its places
     std::vector<Loc> locs;
     for (const Target &t : s.targets) {
-        Loc loc = locate(*t.ref, true);
+        Loc loc = receivingNumber(t, true);
         locs.push_back(loc);
         if (!loc.good()) continue;
-        if (!arithmeticTarget(*t.ref, *loc.item, true) || loc.refmod) {
-            error(t.ref->at, wordText(t.ref->names[0]) + " is no numeric item");
-            return;
-        }
         int wanted = quotientScale(*loc.item, t.rounded);
         scale = std::max(scale, wanted);
         all |= wanted < 0;
     }
     const Expr *e = s.operands[0];
-    if (e->kind != ExprKind::Arithmetic && e->kind != ExprKind::Function && !isNumericExpr(e) &&
-        e->kind != ExprKind::Figurative) {
-        // COMPUTE of a text is told there.
-    }
     Num value = number(e, all ? -1 : scale);
     if (!value.good()) return;
     bool guarded = !zeroFlag_.empty();

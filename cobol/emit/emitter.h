@@ -267,9 +267,11 @@ private:
     {
         store(std::move(value), target, rounded ? NearestAwayFromZero : Truncation, sizeError);
     }
+    // A receiving item of arithmetic (GIVING: or an edited one); not good, and told, if it takes
+    // no number.
+    Loc receivingNumber(const Target &target, bool giving);
     // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is
     // room for.
-    bool arithmeticTarget(const Reference &ref, const Item &item, bool giving);
     static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement

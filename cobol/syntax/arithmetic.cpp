@@ -41,24 +41,36 @@ void Parser::arithmeticTargets(std::vector<Target> &targets)
     } while (atName() && !at(K_EQUALS) && !panic_);
 }
 
+// CORRESPONDING group TO or FROM group.
+void Parser::correspondingGroups(ArithmeticStatement &s, Word preposition)
+{
+    s.corresponding = true;
+    Expr *group = node(ExprKind::Reference, here());
+    group->ref = identifier();
+    s.operands.push_back(group);
+    expect(preposition);
+    arithmeticTargets(s.targets);
+}
+
+// What ADD adds and SUBTRACT subtracts: one operand after the other.
+void Parser::operandsOfSum(ArithmeticStatement &s)
+{
+    while (atOperand() || at(K_FUNCTION) || atMark('(')) {
+        inArguments_ = OperandList; // "ADD A -1 TO B" has two operands
+        s.operands.push_back(operand());
+        inArguments_ = NoList;
+        if (panic_) break;
+    }
+    if (s.operands.empty()) error("expected an operand before " + shown());
+}
+
 Statement *Parser::addStatement()
 {
     auto *s = begin<ArithmeticStatement>();
     if (take(K_CORRESPONDING) || take(K_CORR)) {
-        s->corresponding = true;
-        Expr *group = node(ExprKind::Reference, here());
-        group->ref = identifier();
-        s->operands.push_back(group);
-        expect(K_TO);
-        arithmeticTargets(s->targets);
+        correspondingGroups(*s, K_TO);
     } else {
-        while (atOperand() || at(K_FUNCTION) || atMark('(')) {
-            inArguments_ = OperandList; // "ADD A -1 TO B" has two operands
-            s->operands.push_back(operand());
-            inArguments_ = NoList;
-            if (panic_) break;
-        }
-        if (s->operands.empty()) error("expected an operand before " + shown());
+        operandsOfSum(*s);
         if (take(K_TO)) {
             // ADD a TO b GIVING c: b is an operand; else a receiving item.
             size_t saved = position_;
@@ -108,20 +120,9 @@ Statement *Parser::subtractStatement()
 {
     auto *s = begin<ArithmeticStatement>();
     if (take(K_CORRESPONDING) || take(K_CORR)) {
-        s->corresponding = true;
-        Expr *group = node(ExprKind::Reference, here());
-        group->ref = identifier();
-        s->operands.push_back(group);
-        expect(K_FROM);
-        arithmeticTargets(s->targets);
+        correspondingGroups(*s, K_FROM);
     } else {
-        while (atOperand() || at(K_FUNCTION) || atMark('(')) {
-            inArguments_ = OperandList;
-            s->operands.push_back(operand());
-            inArguments_ = NoList;
-            if (panic_) break;
-        }
-        if (s->operands.empty()) error("expected an operand before " + shown());
+        operandsOfSum(*s);
         expect(K_FROM);
         operandOfGiving(*s);
         if (!panic_) arithmeticTargets(s->targets);

@@ -100,16 +100,23 @@ void Parser::retryPhrase(FileStatement &s)
         error("expected TIMES or SECONDS before " + shown());
 }
 
+// The file of a statement; false, and told, if there is none.
+bool Parser::fileName(FileStatement &s)
+{
+    s.fileAt = here();
+    if (!atName()) {
+        error("expected a file before " + shown());
+        return false;
+    }
+    s.file = now().word;
+    step();
+    return true;
+}
+
 Statement *Parser::readStatement()
 {
     auto *s = begin<FileStatement>();
-    s->fileAt = here();
-    if (!atName()) {
-        error("expected a file before " + shown());
-        return s;
-    }
-    s->file = now().word;
-    step();
+    if (!fileName(*s)) return s;
     if (take(K_NEXT))
         s->next = true;
     else if (take(K_PREVIOUS))
@@ -276,13 +283,7 @@ Statement *Parser::deleteStatement()
 {
     auto *s = begin<FileStatement>();
     if (take(K_FILE)) s->wholeFile = true;
-    s->fileAt = here();
-    if (!atName()) {
-        error("expected a file before " + shown());
-        return s;
-    }
-    s->file = now().word;
-    step();
+    if (!fileName(*s)) return s;
     if (s->wholeFile) {
         while (atName() && !panic_) { // several files: a statement for each
             s->moreFiles.push_back({now().word, here()});
@@ -301,13 +302,7 @@ Statement *Parser::deleteStatement()
 Statement *Parser::startStatement()
 {
     auto *s = begin<FileStatement>();
-    s->fileAt = here();
-    if (!atName()) {
-        error("expected a file before " + shown());
-        return s;
-    }
-    s->file = now().word;
-    step();
+    if (!fileName(*s)) return s;
     if (at(K_FIRST) || at(K_LAST)) {
         s->relation = now().word;
         step();
@@ -336,10 +331,7 @@ Statement *Parser::startStatement()
 Statement *Parser::unlockStatement()
 {
     auto *s = begin<FileStatement>();
-    s->fileAt = here();
-    s->file = now().word;
-    if (!atName()) error("expected a file before " + shown());
-    step();
+    if (!fileName(*s)) return s;
     take(K_RECORD);
     take(K_RECORDS);
     return s;

@@ -198,6 +198,8 @@ private:
     Statement *computeStatement();
     Rounding roundedPhrase();
     void arithmeticTargets(std::vector<Target> &targets);
+    void correspondingGroups(ArithmeticStatement &s, Word preposition);
+    void operandsOfSum(ArithmeticStatement &s);
     void operandOfGiving(ArithmeticStatement &s);
     void sizeError(Phrases &out);
 
@@ -232,6 +234,7 @@ private:
     Statement *closeStatement();
     Statement *readStatement();
     void retryPhrase(FileStatement &s);
+    bool fileName(FileStatement &s);
     void recordOrFile(FileStatement &s);
     void sharingPhrase(Word &sharing);
     Statement *writeStatement();
