@@ -32,10 +32,10 @@ struct Store {
     std::atomic<int64_t> folderTime, youngTime, youngSince; // isSettled
     // The change that is being made: one at a time, LMDB sees to that.
     StoreSnapshot committed;
-    VettedPages vetted; // of many changes in one transaction
-    uint64_t *marks;    // for the lists of free pages
-    uint64_t marksRoom; // pages
-    uint64_t ownChange; // the commit that this program made last
+    VettedPages vetted;              // of many changes in one transaction
+    uint64_t *marks;                 // for the lists of free pages
+    uint64_t marksRoom;              // pages
+    std::atomic<uint64_t> ownChange; // the commit that this program made last; 0: not known
     bool many;
     char name[];
 };

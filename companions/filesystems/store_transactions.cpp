@@ -133,14 +133,13 @@ int changeIsWhole(const Store *store)
 int commitChange(Store *store, MDB_txn *txn)
 {
     int error = store->many ? changeIsWhole(store) : 0;
+    // Before the commit, which another thread's change may follow at once.
+    if (store->ownChange) ++store->ownChange;
     if (error)
         mdb_txn_abort(txn);
     else
         error = mdb_txn_commit(txn);
-    if (error)
-        store->ownChange = 0;
-    else if (store->ownChange)
-        ++store->ownChange;
+    if (error) store->ownChange = 0;
     return error;
 }
 

@@ -46,7 +46,7 @@ static bool isOurs(const void *caller)
 #define FAILS(kind, error)                                                                                             \
     (failingCall.after >= 0 && isOurs(__builtin_return_address(0)) && callFails(kind, error, __func__))
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef KVR2_SANITIZED
 extern "C" {
 void *__libc_malloc(size_t size);
 void *__libc_calloc(size_t count, size_t size);
