@@ -6,6 +6,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <string>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -98,7 +99,10 @@ public:
         int ends[2];
         if (socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends) != 0) abort();
         child = fork();
-        if (child == 0) serve(ends[1], name, attributes);
+        if (child == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL); // two peers hold each other's lines: no end of file would tell them
+            serve(ends[1], name, attributes);
+        }
         ::close(ends[1]);
         line = ends[0];
     }
