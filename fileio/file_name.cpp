@@ -54,10 +54,23 @@ char *trimmedCopy(const char *text, size_t length, size_t skip, bool *empty)
 
 enum class Expansion { One, Several, NoStorage };
 
+// The system's wordexp does not survive everything that a name may hold: the program's arguments
+// ("$@") in arithmetic ("$[1]", "$((1))") give it a null pointer to write through, and each part of
+// a nest ("${A:-${B:-x}}") is a call within a call.
+bool isSafeToExpand(const char *name)
+{
+    constexpr int most = 256;
+    int parts = 0;
+    for (const char *at = name; (at = strchr(at, '$')); ++at)
+        if (++parts > most) return false;
+    return !strchr(name, '@') || !(strstr(name, "$[") || strstr(name, "$(("));
+}
+
 // Expands "~" and "$" without ever running a command.
 Expansion expandWords(char *&name)
 {
     if (name[0] != '~' && !strchr(name, '$')) return Expansion::One;
+    if (!isSafeToExpand(name)) return Expansion::One;
     wordexp_t words{};
     int rc = wordexp(name, &words, WRDE_NOCMD);
     if (rc == WRDE_NOSPACE) {

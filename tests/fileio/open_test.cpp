@@ -143,6 +143,12 @@ TEST_F(Opening, NamesAndPrefixes)
     EXPECT_EQ(openIt("$(touch ran)`touch ran`"),
               "open stl '$(touch ran)`touch ran`' 8000; 00close $(touch ran)`touch ran`; 00");
     EXPECT_NE(access(directory.file("ran").c_str(), F_OK), 0) << "a name ran a command";
+    // What the system's own expansion does not survive.
+    for (const char *name : {"$[$@]", "0[$[$@", "$((${@}))", "$[${x-$@}]"})
+        EXPECT_EQ(openIt(name), string("open stl '") + name + "' 8000; 00close " + name + "; 00");
+    string nest;
+    for (int depth = 0; depth < 30000; ++depth) nest += "$[";
+    EXPECT_EQ(openIt(nest).substr(0, 15), "open stl '$[$[$");
     EXPECT_EQ(openIt(string(8000, 'n')).substr(0, 22), "open stl 'nnnnnnnnnnnn");
     EXPECT_EQ(openIt("DD", {{"TEST_ATTRIBUTES", "32"}, {"DD", "lsq-/x"}}), "open lsq '/x' 8000; 00close /x; 00");
     EXPECT_EQ(openIt("DD", {{"TEST_ATTRIBUTES", "32"}, {"DD", ""}}), "open stl 'DD' 8000; 00close DD; 00");
