@@ -54,16 +54,16 @@ char *trimmedCopy(const char *text, size_t length, size_t skip, bool *empty)
 
 enum class Expansion { One, Several, NoStorage };
 
-// The system's wordexp does not survive everything that a name may hold: the program's arguments
-// ("$@") in arithmetic ("$[1]", "$((1))") give it a null pointer to write through, and each part of
-// a nest ("${A:-${B:-x}}") is a call within a call.
+// The system's wordexp does not survive everything that a name may hold. Arithmetic ("$[1]",
+// "$((1))") that is empty, or has the program's arguments ("$@") in it, is a null pointer to it;
+// each part of a nest ("${A-${B-x}}") is a call within a call. No name needs arithmetic.
 bool isSafeToExpand(const char *name)
 {
     constexpr int most = 256;
     int parts = 0;
     for (const char *at = name; (at = strchr(at, '$')); ++at)
-        if (++parts > most) return false;
-    return !strchr(name, '@') || !(strstr(name, "$[") || strstr(name, "$(("));
+        if (++parts > most || at[1] == '[' || (at[1] == '(' && at[2] == '(')) return false;
+    return true;
 }
 
 // Expands "~" and "$" without ever running a command.

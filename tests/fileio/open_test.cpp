@@ -144,7 +144,7 @@ TEST_F(Opening, NamesAndPrefixes)
               "open stl '$(touch ran)`touch ran`' 8000; 00close $(touch ran)`touch ran`; 00");
     EXPECT_NE(access(directory.file("ran").c_str(), F_OK), 0) << "a name ran a command";
     // What the system's own expansion does not survive.
-    for (const char *name : {"$[$@]", "0[$[$@", "$((${@}))", "$[${x-$@}]"})
+    for (const char *name : {"$[$@]", "0[$[$@", "$((${@}))", "$[${x-$@}]", "$(())", "x$[$NOTHING]"})
         EXPECT_EQ(openIt(name), string("open stl '") + name + "' 8000; 00close " + name + "; 00");
     string nest;
     for (int depth = 0; depth < 30000; ++depth) nest += "$[";
