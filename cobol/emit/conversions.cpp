@@ -96,6 +96,8 @@ Num Emitter::itemNumber(const Loc &loc)
     }
     // Zoned
     std::string address = checkedAddress(loc);
+    if (item.section == Item::Special && item.signForm == SignForm::LeadingSeparate) // DEBUG-SUB-1
+        address = cat(emits(Do::DebugSubscript, Of::ZonedLeadingSeparate), "(", address, ")");
     if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
         n.text = cat(item.signForm == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
                                                          : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),

@@ -19,6 +19,30 @@ Statement *Parser::ifStatement()
     return s;
 }
 
+// ON n [AND EVERY m] [UNTIL k] statements [ELSE statements]: an IF whose condition counts how often
+// it is met.
+Statement *Parser::onStatement()
+{
+    auto *s = begin<IfStatement>();
+    s->verb = K_IF;
+    warn("obsolete", s->at, "ON is obsolete");
+    Expr *count = node(ExprKind::Count, s->at);
+    int64_t from = 0, every = 0, until = 0;
+    parseInteger(from);
+    take(K_AND);
+    if (take(K_EVERY)) parseInteger(every);
+    if (take(K_UNTIL)) parseInteger(until);
+    for (int64_t value : {from, every, until}) count->args.push_back(number(keepText(std::to_string(value)), s->at));
+    s->condition = count;
+    if (panic_) recover();
+    block(s->then);
+    if (take(K_ELSE) || take(K_OTHERWISE)) {
+        s->hasElse = true;
+        block(s->otherwise);
+    }
+    return s;
+}
+
 Expr *Parser::evaluateOperand(bool object)
 {
     Tok start = here();

@@ -166,6 +166,9 @@ private:
     Expr *condition();  // or any of the rest
     Expr *operand();    // identifier, literal, figurative constant, function
     Expr *literal();    // with sign
+    const Expr *joinedConstant() const;
+    bool atWholeFloat() const;
+    Expr *unsignedNumber();
     Reference *identifier();
     Reference *fileOrName(); // without subscripts
     bool atOperand() const;
@@ -208,6 +211,7 @@ private:
     Statement *freeStatement();
 
     Statement *ifStatement();
+    Statement *onStatement();
     Statement *evaluateStatement();
     Expr *evaluateOperand(bool object);
     Statement *performStatement();
