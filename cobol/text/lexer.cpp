@@ -160,7 +160,7 @@ Token Lexer::next()
     unsigned char c = static_cast<unsigned char>(text[begin]);
 
     if (expectPicture_ && std::toupper(c) == 'I' && std::toupper(static_cast<unsigned char>(at(begin + 1))) == 'S' &&
-        at(begin + 2) == ' ') {
+        (at(begin + 2) == ' ' || at(begin + 2) == '\n')) {
         // PICTURE IS: the string comes next.
     } else if (expectPicture_ && atPictureCopy()) {
         pictureCopy_ = true;

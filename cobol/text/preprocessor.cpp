@@ -184,6 +184,14 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
     return out;
 }
 
+// A text whose last word is PICTURE or PICTURE IS.
+static bool endsWithPicture(const std::vector<Token> &text)
+{
+    size_t last = text.size();
+    if (last > 1 && isWord(text[last - 1], K_IS)) last--;
+    return last > 0 && (isWord(text[last - 1], K_PIC) || isWord(text[last - 1], K_PICTURE));
+}
+
 class Reader {
 public:
     Reader(TextOptions &options, const CopyPath &path, std::vector<std::string> &dependencies)
@@ -199,6 +207,7 @@ public:
         while (token.kind != TokenKind::End && !full(out.size(), token.spot)) {
             if (isWord(token, K_COPY)) {
                 copy(lexer, token, out, depth);
+                token = lexer.next();
             } else {
                 out.push_back(token);
                 token = lexer.next();
@@ -423,6 +432,8 @@ private:
         return "";
     }
 
+    // `token` becomes the statement's period. What comes after it is read when the copied text has
+    // been: that may end with PICTURE, or say that the comma is the decimal point.
     void copy(Lexer &lexer, Token &token, std::vector<Token> &out, int depth)
     {
         Spot statement = token.spot;
@@ -437,7 +448,6 @@ private:
             token = lexer.next();
         }
         bool ended = token.kind != TokenKind::End;
-        if (ended) token = lexer.next();
         Token end;
         end.spot = token.spot;
         words.push_back(end);
@@ -497,6 +507,7 @@ private:
         pictureCopy_ = pictureCopy;
         file(static_cast<uint32_t>(number), copied, depth + 1);
         if (!rules.empty()) copied = replaceAll(copied, rules);
+        if (endsWithPicture(copied)) lexer.expectPicture();
         out.insert(out.end(), copied.begin(), copied.end());
     }
 
