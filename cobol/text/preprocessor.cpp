@@ -39,6 +39,15 @@ bool sameToken(const Token &a, const Token &b)
     return a.text == b.text;
 }
 
+// The digits of -5, which is one text-word: 5 is not replaced there.
+bool isSigned(const std::vector<Token> &in, size_t i)
+{
+    if (i == 0 || in[i].kind != TokenKind::Number || in[i].spaceBefore) return false;
+    const Token &sign = in[i - 1];
+    if (!isPunct(sign, '-') && !isPunct(sign, '+')) return false;
+    return sign.spaceBefore || i == 1 || isPunct(in[i - 2], '(');
+}
+
 // Can this token be a piece of a word?
 bool isPiece(const Token &token)
 {
@@ -66,8 +75,8 @@ void join(std::vector<Token> &out, const Token &token, bool mayJoin)
     // After a "-" that was joined, its other half.
     if (!mayJoin && !out.empty() && out.back().text.size() < kLongestJoin)
         mayJoin = out.back().kind == TokenKind::Name && out.back().text.back() == '-';
-    if (mayJoin && !out.empty() && out.back().text.size() < kLongestJoin && !token.spaceBefore && isPiece(out.back()) &&
-        isPiece(token)) {
+    const bool begun = !out.empty() && isPiece(out.back()) && !isPunct(out.back(), '-'); // no word begins with "-"
+    if (mayJoin && begun && out.back().text.size() < kLongestJoin && !token.spaceBefore && isPiece(token)) {
         setText(out.back(), std::string(out.back().text) + std::string(token.text));
         return;
     }
@@ -128,6 +137,7 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
                 in[i] = picture;
                 continue; // another rule may have its tag here too
             }
+            if (isSigned(in, i)) continue;
             size_t n = 0;
             while (n < rule.from.size() && sameToken(in[i + n], rule.from[n])) n++;
             if (n == rule.from.size()) {
