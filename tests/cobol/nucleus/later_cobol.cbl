@@ -73,6 +73,9 @@ main.
     compute fl = 2E-1 + 1E+1 display fl
     move b"1011" to i display i
     display nam & "-" & nam if l(1:3) = nam & "" display "no" end-if
+    move 0 to
+return-code. display
+pi.
     move 6 to i
     evaluate true also i
        when i > 5 also 6 display "six"
