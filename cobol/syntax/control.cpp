@@ -1,4 +1,6 @@
 // IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, CONTINUE, NEXT SENTENCE, STOP, GOBACK.
+#include <algorithm>
+
 #include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
@@ -133,7 +135,10 @@ Statement *Parser::performStatement()
     bool countsInline = (atNumber() || atName()) && (aheadIs(1, K_TIMES));
     bool named = atProcedureName() && !countsInline;
     if (at(K_FUNCTION) && ahead().kind == TokenKind::Name && functionRow(ahead().word)) named = false;
-    if (at(K_FOREVER) && ahead().kind == TokenKind::Name && !aheadIs(1, K_OF) && !aheadIs(1, K_IN)) named = false;
+    if (at(K_FOREVER) && ahead().kind == TokenKind::Name) { // a procedure's name if a phrase follows
+        static constexpr Word phrases[] = {K_OF, K_IN, K_THRU, K_THROUGH, K_UNTIL, K_VARYING, K_WITH, K_TEST};
+        named = std::any_of(std::begin(phrases), std::end(phrases), [&](Word word) { return aheadIs(1, word); });
+    }
     if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '('))
         named = false; // PERFORM T (I) TIMES
     if (named && atName() && (aheadIs(1, K_OF) || aheadIs(1, K_IN))) {

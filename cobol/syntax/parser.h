@@ -278,7 +278,7 @@ private:
     bool firstSentence_ = false; // of a procedure
     int depth_ = 0;
     bool inProcedures_ = false;
-    std::set<Word> declared_;   // words of kvrcob that are names of items
+    std::set<Word> declared_;   // words of kvrcob that are names of items and files
     std::set<Word> tableNames_; // names of items that need subscripts
     std::set<Word> dataNames_;  // names of all items
     std::vector<bool> seen_;    // words that the source has before the present PROCEDURE DIVISION
