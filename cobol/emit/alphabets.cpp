@@ -55,6 +55,12 @@ static bool ebcdicWeights(std::vector<int> &weight)
     return good;
 }
 
+// Orders that need no ALPHABET clause, and are the machine's.
+bool standardOrder(Word name)
+{
+    return name == K_NATIVE || name == K_STANDARD_1 || name == K_STANDARD_2 || name == internWord("ASCII");
+}
+
 void Emitter::alphabets(Program &p)
 {
     if (options_.ebcdic && !p.collating) {
@@ -120,7 +126,7 @@ void Emitter::alphabets(Program &p)
     }
     if (p.collating) {
         const Alphabet *a = meaning_.alphabet(p, p.collating);
-        if (!a && (p.collating == K_NATIVE || p.collating == K_STANDARD_1 || p.collating == K_STANDARD_2)) {
+        if (!a && standardOrder(p.collating)) {
             p.collating = 0;
         } else if (!a) {
             error(p.collatingAt, "there is no alphabet " + wordText(p.collating));

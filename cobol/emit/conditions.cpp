@@ -59,6 +59,12 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
         return cat("!", condition(e->left, subject));
     case ExprKind::Truth:
         return e->op == K_TRUE ? "1" : "0";
+    case ExprKind::Count: {
+        const std::string count = cat("met", ++constants_);
+        globals_ += cat("static int64_t ", count, ";\n");
+        return cat(emits(Do::CountOfOn), "(&", count, ", ", integer(e->args[0]), ", ", integer(e->args[1]), ", ",
+                   integer(e->args[2]), ")");
+    }
     case ExprKind::Relation: {
         if (e->left) subject.left = e->left;
         if (!subject.left) {

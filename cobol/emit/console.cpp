@@ -121,8 +121,33 @@ bool Emitter::displayed(const Expr *e, Shown &out)
     return true;
 }
 
+// EXHIBIT CHANGED. What each item has shown is kept: its length (4 bytes) and up to 252 bytes.
+void Emitter::exhibitChanged(const DisplayStatement &s)
+{
+    const std::string kept = cat("exhibited", ++constants_), items = temp("DisplayItem", cat("[", s.items.size(), "]")),
+                      count = temp("int");
+    globals_ += cat("static uint8_t ", kept, "[", s.exhibited.size(), "][256];\n");
+    put(cat(count, " = 0;\n"));
+    size_t next = 0;
+    for (size_t operand = 0; operand < s.exhibited.size(); operand++) {
+        std::vector<Shown> shown(s.exhibited[operand]);
+        for (Shown &one : shown)
+            if (!displayed(constant(s.items[next++]), one)) return;
+        put(cat("if (", emits(Do::Changed, Of::Text), "(", kept, "[", operand, "], ", shown.back().address, ", ",
+                shown.back().size, ")) {\n"));
+        for (size_t i = 0; i < shown.size(); i++) {
+            const bool blank = operand > 0 && i == 0; // none in front of the first that is shown
+            put(cat(blank ? cat("if (", count, ") ") : "", items, "[", count, "++] = (DisplayItem){", shown[i].address,
+                    ", ", shown[i].size, ", ", shown[i].size, ", ZVK_DISPLAY_TEXT, 0};\n"));
+        }
+        put("}\n");
+    }
+    put(cat("if (", count, ") ", emits(Do::Display, Of::Text), "(", items, ", ", count, ", ZVK_DISPLAY_SYSOUT, 0);\n"));
+}
+
 void Emitter::displayStatement(const DisplayStatement &s)
 {
+    if (!s.exhibited.empty()) return exhibitChanged(s);
     const char *device = s.upon ? displayDevice(s) : "ZVK_DISPLAY_SYSOUT";
     if (!device) return;
     std::string items = temp("DisplayItem", cat("[", s.items.size(), "]"));

@@ -408,8 +408,10 @@ void Emitter::exitStatement(const ExitStatement &s)
         put(cat(emits(Do::StopRun), "(", code, " & 255);\n"));
         break;
     case ExitStatement::StopLiteral: {
-        Text t = text(s.value);
-        put(cat(emits(Do::StopLiteral, Of::Text), "(", t.length, ", ", t.address, ");\n"));
+        Shown literal;
+        if (displayed(constant(s.value), literal))
+            put(cat(emits(Do::StopLiteral, Of::Text), "(", literal.size, ", (const uint8_t *)", literal.address,
+                    ");\n"));
         break;
     }
     case ExitStatement::Perform:

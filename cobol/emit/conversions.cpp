@@ -95,7 +95,10 @@ Num Emitter::itemNumber(const Loc &loc)
         break;
     }
     // Zoned
-    std::string address = checkedAddress(loc);
+    Loc zoned = loc;
+    if (item.section == Item::Special && item.signForm == SignForm::LeadingSeparate) // DEBUG-SUB-1
+        zoned.address = cat(emits(Do::DebugSubscript, Of::ZonedLeadingSeparate), "(", loc.address, ")");
+    std::string address = checkedAddress(zoned);
     if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
         n.text = cat(item.signForm == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
                                                          : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),

@@ -351,6 +351,7 @@ private:
     };
     const char *displayDevice(const DisplayStatement &s);
     bool displayed(const Expr *e, Shown &out);
+    void exhibitChanged(const DisplayStatement &s);
     bool displayedNumber(Num n, const Item *item, Shown &out);
     void acceptStatement(const AcceptStatement &s);
 
@@ -604,6 +605,10 @@ inline Of zonedOf(SignForm form)
 
 // The relation that a token stands for.
 Do relationOf(uint32_t op);
+
+// Is this an order of characters that needs no ALPHABET clause, and the machine's own?
+// (alphabets.cpp)
+bool standardOrder(Word name);
 
 // The character that a figurative constant repeats, in the native order.
 uint8_t figurativeByte(uint32_t op);

@@ -194,6 +194,15 @@ void Emitter::appendProcedure(size_t index, std::string &out)
     out.append(code_, from, starts_[index + 1].first - from);
 }
 
+// The first statement after the DECLARATIVES, where START PROGRAM begins.
+static Tok firstStatement(const Program &p)
+{
+    for (size_t i = p.firstProcedure; i < p.procedures.size(); i++)
+        for (const Sentence &sentence : p.procedures[i].sentences)
+            if (!sentence.statements.empty()) return sentence.statements[0]->at;
+    return p.procedureAt;
+}
+
 void Emitter::procedures(Program &p)
 {
     findWatched(p);
@@ -255,7 +264,7 @@ void Emitter::procedures(Program &p)
     if (circling_)
         out += cat("KvrPerforms performs __attribute__((cleanup(", emits(Do::PerformsEnd), "))) = {0, 0, 0};\n");
     if (debugs_)
-        out += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(p.procedureAt).line, ";\n");
+        out += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(firstStatement(p)).line, ";\n");
     out += cat("switch (entry) { default: break;\n", entries, entryCases_, "}\n",
                p.firstProcedure > 0 ? "goto main_procedures;\n" : "", insertions_[0].text);
     for (size_t i = 0; i < p.procedures.size(); i++)

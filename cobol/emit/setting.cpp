@@ -44,6 +44,7 @@ void Emitter::allocateStatement(const AllocateStatement &s)
 
 void Emitter::setStatement(const SetStatement &s)
 {
+    if (s.form == SetStatement::LastException && exceptions_) put(cat(emits(Do::ForgetException), "();\n"));
     for (const SetStatement::Part &part : s.parts) {
         if (!part.value) continue;
         for (const Expr *t : part.targets) {

@@ -78,7 +78,7 @@ std::string Emitter::sortWeights(const SortStatement &s)
     Word name = s.collating ? s.collating : program_->collating;
     if (!name) return "0";
     const Alphabet *a = meaning_.alphabet(*program_, name);
-    if (!a) error(s.at, "there is no alphabet " + wordText(name));
+    if (!a && !standardOrder(name)) error(s.at, "there is no alphabet " + wordText(name));
     return a && (!a->kind || a->kind == K_EBCDIC) ? cat("alphabet", a->number) : "0";
 }
 

@@ -127,6 +127,7 @@ Item *Meaning::resolve(Program &program, const Reference &ref, bool silent)
         match->referenced = true;
         return match;
     }
+    if (Item *clock = clockRegister(program, ref)) return clock;
     if (!silent) {
         if (program.names->items.count(ref.names[0]) && ref.names.size() > 1)
             error(ref.at, "there is no " + wordText(ref.names[0]) + " in " + wordText(ref.names[1]));

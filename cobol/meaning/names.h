@@ -62,6 +62,8 @@ private:
     void usesOfFiles(Program &p);
     // meaning/special_registers.cpp
     void specials(Program &p);
+    void special(Program &p, Word name, Usage usage, uint32_t size, int digits, const std::string &address);
+    Item *clockRegister(Program &p, const Reference &ref);
     void debugItem(Program &p);
     void linageCounters(Program &p);
 

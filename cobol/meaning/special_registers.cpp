@@ -71,39 +71,58 @@ void Meaning::linageCounters(Program &p)
     }
 }
 
+// A register that is a record of its own; `digits` 0: a text.
+void Meaning::special(Program &p, Word name, Usage usage, uint32_t size, int digits, const std::string &address)
+{
+    if (p.names->items.count(name)) return;
+    Item *item = make<Item>();
+    item->name = name;
+    item->at = p.at;
+    item->level = 77;
+    item->program = &p;
+    item->section = Item::Special;
+    item->usage = usage;
+    item->size = size;
+    item->category = digits == 0 ? Category::Alphanumeric : Category::Numeric;
+    item->picture.category = item->category;
+    item->picture.digits = digits;
+    item->picture.positions = size;
+    item->picture.sign = name != K_TALLY && usage != Usage::Display;
+    item->signForm = SignForm::None;
+    item->special = address;
+    item->laidOut = true;
+    item->nativeBinary = usage == Usage::Native;
+    item->specialKind = name;
+    enter(p, item);
+}
+
+// CURRENT-DATE and TIME-OF-DAY of older programs: only where no item has the name, so that theirs,
+// and those of the programs around, go first. Null: it is neither.
+Item *Meaning::clockRegister(Program &p, const Reference &ref)
+{
+    const Word date = internWord("CURRENT-DATE"), time = internWord("TIME-OF-DAY"), name = ref.names[0];
+    if (ref.names.size() != 1 || (name != date && name != time) || p.names->items.count(name)) return nullptr;
+    warning("obsolete", ref.at,
+            name == date ? "CURRENT-DATE is a register, MM/DD/YY; the function is FUNCTION CURRENT-DATE"
+                         : "the register TIME-OF-DAY is obsolete");
+    if (name == date)
+        special(p, name, Usage::Display, 8, 0, "kvr_register_of_clock(0)");
+    else
+        special(p, name, Usage::Display, 6, 6, "kvr_register_of_clock(1)");
+    return p.names->items[name].front();
+}
+
 void Meaning::specials(Program &p)
 {
-    auto add = [&](Word name, Usage usage, uint32_t size, int digits, const std::string &address) {
-        if (p.names->items.count(name)) return;
-        Item *item = make<Item>();
-        item->name = name;
-        item->at = p.at;
-        item->level = 77;
-        item->program = &p;
-        item->section = Item::Special;
-        item->usage = usage;
-        item->size = size;
-        item->category = usage == Usage::Display ? Category::Alphanumeric : Category::Numeric;
-        item->picture.category = item->category;
-        item->picture.digits = digits;
-        item->picture.positions = size;
-        item->picture.sign = name != K_TALLY;
-        item->signForm = SignForm::None;
-        item->special = address;
-        item->laidOut = true;
-        item->nativeBinary = usage == Usage::Native;
-        item->specialKind = name;
-        enter(p, item);
-    };
     std::string prefix = "p" + std::to_string(p.number) + "_";
-    add(K_RETURN_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "returnCode)");
-    add(K_SORT_RETURN, Usage::Native, 2, 4, "((uint8_t *)&" + prefix + "sortReturn)");
-    add(K_TALLY, Usage::Native, 4, 5, "((uint8_t *)&" + prefix + "tally)");
-    add(K_WHEN_COMPILED, Usage::Display, 16, 0, "((uint8_t *)" + prefix + "whenCompiled)");
+    special(p, K_RETURN_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "returnCode)");
+    special(p, K_SORT_RETURN, Usage::Native, 2, 4, "((uint8_t *)&" + prefix + "sortReturn)");
+    special(p, K_TALLY, Usage::Native, 4, 5, "((uint8_t *)&" + prefix + "tally)");
+    special(p, K_WHEN_COMPILED, Usage::Display, 16, 0, "((uint8_t *)" + prefix + "whenCompiled)");
     if (p.usesXml) {
-        add(K_XML_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "xml.code)");
-        add(K_XML_EVENT, Usage::Display, 30, 0, "((uint8_t *)" + prefix + "xml.event)");
-        add(K_XML_TEXT, Usage::Display, 1, 0, "((uint8_t *)(uintptr_t)" + prefix + "xml.text)");
+        special(p, K_XML_CODE, Usage::Native, 4, 9, "((uint8_t *)&" + prefix + "xml.code)");
+        special(p, K_XML_EVENT, Usage::Display, 30, 0, "((uint8_t *)" + prefix + "xml.event)");
+        special(p, K_XML_TEXT, Usage::Display, 1, 0, "((uint8_t *)(uintptr_t)" + prefix + "xml.text)");
         if (Item *text = p.names->items[K_XML_TEXT].front(); text->section == Item::Special) {
             text->specialLength = "((int64_t)" + prefix + "xml.textLength)";
             text->hasDepending = true;

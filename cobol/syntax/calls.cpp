@@ -46,7 +46,7 @@ void Parser::usingPhrase(std::vector<CallStatement::Argument> &arguments)
 Statement *Parser::callStatement()
 {
     auto *s = begin<CallStatement>();
-    if (at(K_STATIC)) step();
+    if (at(K_STATIC) && !declared_.count(K_STATIC)) step();
     s->program = operand();
     if (take(K_USING)) {
         usingPhrase(s->arguments);

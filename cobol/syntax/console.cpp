@@ -46,12 +46,13 @@ Statement *Parser::displayStatement()
 }
 
 // EXHIBIT [NAMED] items: a DISPLAY with a blank between the items; NAMED puts "name = " in front.
+// With CHANGED those are left out that are as they were when this statement ran before.
 Statement *Parser::exhibitStatement()
 {
     auto *s = begin<DisplayStatement>();
     s->verb = K_DISPLAY;
     warn("obsolete", s->at, "EXHIBIT is obsolete");
-    if (at(K_CHANGED)) notBuilt(here(), "EXHIBIT CHANGED");
+    const bool changed = take(K_CHANGED);
     bool named = take(K_NAMED);
     auto text = [&](std::string bytes) {
         Expr *e = node(ExprKind::String, here());
@@ -59,7 +60,8 @@ Statement *Parser::exhibitStatement()
         s->items.push_back(e);
     };
     while ((atOperand() || at(K_FUNCTION)) && !panic_) {
-        if (!s->items.empty()) text(" ");
+        const size_t before = s->items.size();
+        if (before) text(" ");
         Tok first = here();
         Expr *item = operand();
         if (named && item->kind == ExprKind::Reference) {
@@ -71,6 +73,7 @@ Statement *Parser::exhibitStatement()
             text(name + " = ");
         }
         s->items.push_back(item);
+        if (changed) s->exhibited.push_back(s->items.size() - before);
     }
     if (s->items.empty()) error("expected an operand before " + shown());
     return s;

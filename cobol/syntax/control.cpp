@@ -1,4 +1,6 @@
 // IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, CONTINUE, NEXT SENTENCE, STOP, GOBACK.
+#include <algorithm>
+
 #include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
@@ -16,6 +18,30 @@ Statement *Parser::ifStatement()
         block(s->otherwise);
     }
     take(K_END_IF);
+    return s;
+}
+
+// ON n [AND EVERY m] [UNTIL k] statements [ELSE statements]: an IF whose condition counts how often
+// it is met.
+Statement *Parser::onStatement()
+{
+    auto *s = begin<IfStatement>();
+    s->verb = K_IF;
+    warn("obsolete", s->at, "ON is obsolete");
+    Expr *count = node(ExprKind::Count, s->at);
+    int64_t from = 0, every = 0, until = 0;
+    parseInteger(from);
+    take(K_AND);
+    if (take(K_EVERY)) parseInteger(every);
+    if (take(K_UNTIL)) parseInteger(until);
+    for (int64_t value : {from, every, until}) count->args.push_back(number(keepText(std::to_string(value)), s->at));
+    s->condition = count;
+    if (panic_) recover();
+    block(s->then);
+    if (take(K_ELSE) || take(K_OTHERWISE)) {
+        s->hasElse = true;
+        block(s->otherwise);
+    }
     return s;
 }
 
@@ -109,7 +135,10 @@ Statement *Parser::performStatement()
     bool countsInline = (atNumber() || atName()) && (aheadIs(1, K_TIMES));
     bool named = atProcedureName() && !countsInline;
     if (at(K_FUNCTION) && ahead().kind == TokenKind::Name && functionRow(ahead().word)) named = false;
-    if (at(K_FOREVER) && ahead().kind == TokenKind::Name && !aheadIs(1, K_OF) && !aheadIs(1, K_IN)) named = false;
+    if (at(K_FOREVER) && ahead().kind == TokenKind::Name) { // a procedure's name if a phrase follows
+        static constexpr Word phrases[] = {K_OF, K_IN, K_THRU, K_THROUGH, K_UNTIL, K_VARYING, K_WITH, K_TEST};
+        named = std::any_of(std::begin(phrases), std::end(phrases), [&](Word word) { return aheadIs(1, word); });
+    }
     if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '('))
         named = false; // PERFORM T (I) TIMES
     if (named && atName() && (aheadIs(1, K_OF) || aheadIs(1, K_IN))) {

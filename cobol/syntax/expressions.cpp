@@ -87,6 +87,7 @@ Expr *Parser::primary()
         return e;
     }
     if (atNumber() || atString() || atFigurative() || at(K_ALL)) return literal();
+    if (joinedConstant() || atWholeFloat()) return literal();
     if (at(K_FUNCTION) && ahead().kind == TokenKind::Name) return functionCall();
     if (atFunctionName()) return functionCall();
     if (at(K_LENGTH)) {

@@ -85,6 +85,13 @@ Statement *Parser::setStatement()
         return variable;
     }
     auto *s = begin<SetStatement>();
+    if (at(K_LAST, K_EXCEPTION)) {
+        step();
+        step();
+        if (expect(K_TO)) expect(K_OFF);
+        s->form = SetStatement::LastException;
+        return s;
+    }
     do {
         SetStatement::Part part;
         do {

@@ -113,6 +113,44 @@ static const Expr *constantOf(const Program *p, Word name)
     return nullptr;
 }
 
+// The constant that begins A-CONSTANT & "b"; null: none does.
+const Expr *Parser::joinedConstant() const
+{
+    const bool joins = now().kind == TokenKind::Name && ahead().kind == TokenKind::Punct && ahead().word == '&';
+    return joins ? constantOf(program_, now().word) : nullptr;
+}
+
+// 1E10, 2E+5, 25E-1: a floating-point literal without a point has the form of a name, and may be
+// one.
+bool Parser::atWholeFloat() const
+{
+    if (now().kind != TokenKind::Name || dataNames_.count(now().word)) return false;
+    const std::string_view text = now().text;
+    const size_t e = text.find_first_not_of("0123456789");
+    if (e == 0 || e == std::string_view::npos || (text[e] != 'E' && text[e] != 'e')) return false;
+    const std::string_view exponent = text.substr(e + 1);
+    const size_t digits = exponent.substr(0, 1) == "-" ? 1 : 0;
+    if (!exponent.empty())
+        return exponent.size() > digits && exponent.find_first_not_of("0123456789", digits) == std::string_view::npos;
+    return ahead().kind == TokenKind::Punct && ahead().word == '+' && !ahead().spaceBefore &&
+           ahead(2).kind == TokenKind::Number && !ahead(2).spaceBefore;
+}
+
+// now() is a number, or begins one of those.
+Expr *Parser::unsignedNumber()
+{
+    const Tok start = here();
+    const bool whole = atNumber();
+    std::string text(now().text);
+    step();
+    if (!whole && std::toupper(static_cast<unsigned char>(text.back())) == 'E') {
+        step();
+        text += now().text;
+        step();
+    }
+    return number(keepText(std::move(text)), start);
+}
+
 // A literal, with a sign if it is a number; figurative constants and ALL.
 Expr *Parser::literal()
 {
@@ -120,26 +158,22 @@ Expr *Parser::literal()
     if (atMark('-') || atMark('+')) {
         bool negative = atMark('-');
         step();
-        if (!atNumber()) {
+        if (!atNumber() && !atWholeFloat()) {
             error("expected a number before " + shown());
             return number("0", start);
         }
-        Expr *e = number(now().text, start);
-        step();
+        Expr *e = unsignedNumber();
         if (!negative) return e;
         Expr *minus = node(ExprKind::Negate, start);
         minus->left = e;
         return minus;
     }
-    if (atNumber()) {
-        Expr *e = number(now().text, start);
-        step();
-        return e;
-    }
-    if (atString()) {
+    if (atNumber() || atWholeFloat()) return unsignedNumber();
+    const Expr *constant = joinedConstant();
+    if (atString() || constant) {
         Expr *e = node(ExprKind::String, start);
-        e->text = now().text;
-        e->form = now().form;
+        e->text = constant ? constant->text : now().text;
+        e->form = constant ? constant->form : now().form;
         step();
         // "a" & "b" & A-CONSTANT
         while (atMark('&')) {
@@ -290,6 +324,7 @@ void Parser::subscriptsAndRefmod(Reference &ref)
 Expr *Parser::operand()
 {
     if (atString() || atFigurative() || at(K_ALL) || atMark('-') || atMark('+') || atNumber()) return literal();
+    if (joinedConstant()) return literal();
     return primary();
 }
 

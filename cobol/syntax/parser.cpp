@@ -13,9 +13,10 @@ bool Parser::atName() const
 }
 
 // The header of a paragraph after a sentence whose period is missing: a word on a line's beginning,
-// which no division before this one has.
+// which no division before this one has, and which is no register (RETURN-CODE) or function.
 bool Parser::atLostHeader() const
 {
+    if (now().word < K_count || (program_ && program_->functions.count(now().word))) return false;
     return inProcedures_ && now().areaA && !(now().word < seen_.size() && seen_[now().word]) && atProcedureHeader();
 }
 

@@ -166,6 +166,9 @@ private:
     Expr *condition();  // or any of the rest
     Expr *operand();    // identifier, literal, figurative constant, function
     Expr *literal();    // with sign
+    const Expr *joinedConstant() const;
+    bool atWholeFloat() const;
+    Expr *unsignedNumber();
     Reference *identifier();
     Reference *fileOrName(); // without subscripts
     bool atOperand() const;
@@ -210,6 +213,7 @@ private:
     Statement *freeStatement();
 
     Statement *ifStatement();
+    Statement *onStatement();
     Statement *evaluateStatement();
     Expr *evaluateOperand(bool object);
     Statement *performStatement();
@@ -277,7 +281,7 @@ private:
     bool firstSentence_ = false; // of a procedure
     int depth_ = 0;
     bool inProcedures_ = false;
-    std::set<Word> declared_;   // words of kvrcob that are names of items
+    std::set<Word> declared_;   // words of kvrcob that are names of items and files
     std::set<Word> tableNames_; // names of items that need subscripts
     std::set<Word> dataNames_;  // names of all items
     std::vector<bool> seen_;    // words that the source has before the present PROCEDURE DIVISION

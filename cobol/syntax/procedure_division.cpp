@@ -30,6 +30,7 @@ const VerbRow *VerbRow::of(Word verb)
         {K_FREE, &Parser::freeStatement},
         // control.cpp
         {K_IF, &Parser::ifStatement},
+        {K_ON, &Parser::onStatement},
         {K_EVALUATE, &Parser::evaluateStatement},
         {K_PERFORM, &Parser::performStatement},
         {K_GO, &Parser::goStatement},
@@ -105,7 +106,7 @@ static std::string verbLike(const std::string &text)
     Word best = 0;
     size_t bestDistance = text.size() < 4 ? 2 : 3;
     for (Word word = 1; text.size() <= 20 && word < K_count; word++) {
-        if (!VerbRow::of(word) || !isReserved(word)) continue;
+        if (!VerbRow::of(word) || !isReserved(word) || word == K_ON) continue;
         size_t d = spellingDistance(text, wordText(word));
         if (d >= bestDistance) continue;
         bestDistance = d;
@@ -118,6 +119,7 @@ bool Parser::atVerb() const
 {
     if (now().kind != TokenKind::Name || !VerbRow::of(now().word)) return false;
     if (now().word == K_READY || now().word == K_RESET) return aheadIs(1, K_TRACE);
+    if (now().word == K_ON) return ahead().kind == TokenKind::Number;
     if (now().word == K_SERVICE) return aheadIs(1, K_RELOAD) || aheadIs(1, K_LABEL);
     if (isReserved(now().word)) return true;
     if (now().word == K_XML || now().word == K_JSON) return aheadIs(1, K_PARSE) || aheadIs(1, K_GENERATE);

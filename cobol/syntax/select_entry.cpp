@@ -30,6 +30,7 @@ void Parser::selectEntry(Program &p)
         return;
     }
     f->name = now().word;
+    if (f->name < K_count) declared_.insert(f->name);
     step();
     for (const File *other : p.files)
         if (other->name == f->name) {

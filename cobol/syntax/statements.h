@@ -52,6 +52,7 @@ enum class ExprKind : uint8_t {
     Or,
     Not,
     Truth, // op: K_TRUE, K_FALSE
+    Count, // args: n, m, k of ON n AND EVERY m UNTIL k
     Any,   // ANY of EVALUATE
     Range, // left THRU right, of EVALUATE
     AllSubscript,
@@ -145,7 +146,7 @@ struct AllocateStatement : Statement { // ALLOCATE, FREE
 };
 
 struct SetStatement : Statement {
-    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address } form = To;
+    enum Form : uint8_t { To, UpBy, DownBy, Condition, Switch, Address, LastException } form = To;
     struct Part {
         std::vector<Expr *> targets;
         Expr *value = nullptr; // Condition: Truth; Switch: op K_ON or K_OFF
@@ -225,6 +226,9 @@ struct DisplayStatement : Statement {
     Word upon = 0;
     Tok uponAt = 0;
     bool noAdvancing = false;
+    // EXHIBIT CHANGED: of each operand in turn, how many items (its blank, its name, itself) it
+    // has.
+    std::vector<size_t> exhibited;
     Phrases exception;
 };
 

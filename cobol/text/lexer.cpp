@@ -41,7 +41,7 @@ void Lexer::skipSpace(Token &token)
         } else if (c == ' ' || c == '\0' || c == '\f' || c == '\v') {
             token.spaceBefore = true;
             position_++;
-        } else if (c == ',' && expectPicture_) {
+        } else if (c == ',' && expectPicture_ && at(position_ + 1) != ' ' && at(position_ + 1) != '\n') {
             return; // the first symbol of a picture
         } else if ((c == ',' || c == ';') && !(c == ',' && options_.commaIsPoint &&
                                                std::isdigit(static_cast<unsigned char>(at(position_ + 1))))) {
@@ -79,6 +79,24 @@ void Lexer::string(Token &token, char quote, size_t begin)
         diagnostics().error(spot, "this literal has no closing quotation mark");
     }
     token.text = keepText(std::move(value));
+}
+
+// H"FF" and B"1011": an unsigned integer, by the digits of its base.
+static void numberOfDigits(Token &token, unsigned base)
+{
+    unsigned long long value = 0;
+    for (char digit : token.text) {
+        const size_t weight = std::string_view("0123456789ABCDEF")
+                                  .find(static_cast<char>(std::toupper(static_cast<unsigned char>(digit))));
+        if (weight >= base || value > (~0ULL >> 4)) {
+            diagnostics().error(token.spot, base == 2 ? "a binary literal has up to 60 digits 0 and 1"
+                                                      : "a hexadecimal number has up to 16 digits 0 to 9 and A to F");
+            break;
+        }
+        value = value * base + weight;
+    }
+    token.kind = TokenKind::Number;
+    token.text = keepText(std::to_string(value));
 }
 
 void Lexer::picture(Token &token)
@@ -142,7 +160,7 @@ Token Lexer::next()
     unsigned char c = static_cast<unsigned char>(text[begin]);
 
     if (expectPicture_ && std::toupper(c) == 'I' && std::toupper(static_cast<unsigned char>(at(begin + 1))) == 'S' &&
-        at(begin + 2) == ' ') {
+        (at(begin + 2) == ' ' || at(begin + 2) == '\n')) {
         // PICTURE IS: the string comes next.
     } else if (expectPicture_ && atPictureCopy()) {
         pictureCopy_ = true;
@@ -171,6 +189,7 @@ Token Lexer::next()
                                                 std::toupper(static_cast<unsigned char>(text[begin + 1])) == 'X';
             if (known) {
                 string(token, quote, end);
+                const bool number = end - begin == 1 && (first == 'H' || first == 'B');
                 token.form = first == 'Z'                   ? StringForm::NullEnded
                              : first == 'N' || first == 'G' ? StringForm::National
                                                             : StringForm::Hex;
@@ -193,13 +212,8 @@ Token Lexer::next()
                 } else if (first == 'Z') {
                     token.text = keepText(std::string(token.text) + '\0');
                     token.form = StringForm::Plain;
-                } else if (first == 'H') {
-                    unsigned long long value = 0;
-                    for (char digit : token.text)
-                        if (std::isxdigit(static_cast<unsigned char>(digit)))
-                            value = value * 16 + static_cast<unsigned>(std::stoi(std::string(1, digit), nullptr, 16));
-                    token.kind = TokenKind::Number;
-                    token.text = keepText(std::to_string(value));
+                } else if (number) {
+                    numberOfDigits(token, first == 'H' ? 16 : 2);
                 }
                 token.spot.length = static_cast<uint32_t>(position_ - begin);
                 watch(token);

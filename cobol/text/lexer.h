@@ -20,7 +20,11 @@ public:
 
     // PICTURE COPY name: the copied text begins with the picture string.
     bool takePictureCopy() { return std::exchange(pictureCopy_, false); }
-    void expectPicture() { expectPicture_ = true; }
+    void expectPicture()
+    {
+        expectPicture_ = true;
+        before_ = K_PICTURE; // IS may come first
+    }
 
 private:
     bool atPictureCopy() const;

@@ -39,6 +39,15 @@ bool sameToken(const Token &a, const Token &b)
     return a.text == b.text;
 }
 
+// The digits of -5, which is one text-word: 5 is not replaced there.
+bool isSigned(const std::vector<Token> &in, size_t i)
+{
+    if (i == 0 || in[i].kind != TokenKind::Number || in[i].spaceBefore) return false;
+    const Token &sign = in[i - 1];
+    if (!isPunct(sign, '-') && !isPunct(sign, '+')) return false;
+    return sign.spaceBefore || i == 1 || isPunct(in[i - 2], '(');
+}
+
 // Can this token be a piece of a word?
 bool isPiece(const Token &token)
 {
@@ -66,8 +75,8 @@ void join(std::vector<Token> &out, const Token &token, bool mayJoin)
     // After a "-" that was joined, its other half.
     if (!mayJoin && !out.empty() && out.back().text.size() < kLongestJoin)
         mayJoin = out.back().kind == TokenKind::Name && out.back().text.back() == '-';
-    if (mayJoin && !out.empty() && out.back().text.size() < kLongestJoin && !token.spaceBefore && isPiece(out.back()) &&
-        isPiece(token)) {
+    const bool begun = !out.empty() && isPiece(out.back()) && !isPunct(out.back(), '-'); // no word begins with "-"
+    if (mayJoin && begun && out.back().text.size() < kLongestJoin && !token.spaceBefore && isPiece(token)) {
         setText(out.back(), std::string(out.back().text) + std::string(token.text));
         return;
     }
@@ -128,6 +137,7 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
                 in[i] = picture;
                 continue; // another rule may have its tag here too
             }
+            if (isSigned(in, i)) continue;
             size_t n = 0;
             while (n < rule.from.size() && sameToken(in[i + n], rule.from[n])) n++;
             if (n == rule.from.size()) {
@@ -184,6 +194,14 @@ std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replaceme
     return out;
 }
 
+// A text whose last word is PICTURE or PICTURE IS.
+static bool endsWithPicture(const std::vector<Token> &text)
+{
+    size_t last = text.size();
+    if (last > 1 && isWord(text[last - 1], K_IS)) last--;
+    return last > 0 && (isWord(text[last - 1], K_PIC) || isWord(text[last - 1], K_PICTURE));
+}
+
 class Reader {
 public:
     Reader(TextOptions &options, const CopyPath &path, std::vector<std::string> &dependencies)
@@ -199,6 +217,7 @@ public:
         while (token.kind != TokenKind::End && !full(out.size(), token.spot)) {
             if (isWord(token, K_COPY)) {
                 copy(lexer, token, out, depth);
+                token = lexer.next();
             } else {
                 out.push_back(token);
                 token = lexer.next();
@@ -423,6 +442,8 @@ private:
         return "";
     }
 
+    // `token` becomes the statement's period. What comes after it is read when the copied text has
+    // been: that may end with PICTURE, or say that the comma is the decimal point.
     void copy(Lexer &lexer, Token &token, std::vector<Token> &out, int depth)
     {
         Spot statement = token.spot;
@@ -437,7 +458,6 @@ private:
             token = lexer.next();
         }
         bool ended = token.kind != TokenKind::End;
-        if (ended) token = lexer.next();
         Token end;
         end.spot = token.spot;
         words.push_back(end);
@@ -497,6 +517,7 @@ private:
         pictureCopy_ = pictureCopy;
         file(static_cast<uint32_t>(number), copied, depth + 1);
         if (!rules.empty()) copied = replaceAll(copied, rules);
+        if (endsWithPicture(copied)) lexer.expectPicture();
         out.insert(out.end(), copied.begin(), copied.end());
     }
 

@@ -102,6 +102,22 @@ KVR_INLINE void kvr_debug_subscript(uint8_t *item, int place, int64_t value)
     memcpy(item + 38 + 6 * place, number, 5);
 }
 
+/* ON n AND EVERY m UNTIL k; 0 for what is left out. */
+KVR_INLINE int kvr_on(int64_t *count, int64_t from, int64_t every, int64_t until)
+{
+    const int64_t now = ++*count;
+    if (until && now >= until) return 0;
+    if (now <= from || !every) return now == from || (until && !every && now > from);
+    return (now - from) % every == 0;
+}
+
+/* DEBUG-SUB-1 to DEBUG-SUB-3 as numbers: blank, as they are without a subscript, they are zero. */
+KVR_INLINE uint8_t *kvr_debug_number(uint8_t *subscript)
+{
+    static uint8_t zero[] = "+0000";
+    return *subscript == ' ' ? zero : subscript;
+}
+
 /* ---- The process */
 
 static int kvr_argc __attribute__((unused));

@@ -34,6 +34,35 @@ KVR_SHARED void kvr_display(DisplayItem *items, int count, int device, int noAdv
     _zvkcDisplay(&request, items);
 }
 
+/* CURRENT-DATE (0), MM/DD/YY, and TIME-OF-DAY (1), HHMMSS, of older programs. */
+KVR_SHARED uint8_t *kvr_register_of_clock(int which)
+{
+    static uint8_t text[2][8];
+    uint8_t now[8];
+    if (which == 1) {
+        _zvkcAccept(ZVK_ACCEPT_TIME, 8, now);
+        memcpy(text[1], now, 6);
+        return text[1];
+    }
+    _zvkcAccept(ZVK_ACCEPT_DATE, 6, now);
+    text[0][2] = text[0][5] = '/';
+    memcpy(text[0], now + 2, 2);
+    memcpy(text[0] + 3, now + 4, 2);
+    memcpy(text[0] + 6, now, 2);
+    return text[0];
+}
+
+/* EXHIBIT CHANGED: is this text another than the one kept (its length, then up to 252 bytes)? */
+KVR_SHARED int kvr_changed(uint8_t *kept, const void *text, uint64_t length)
+{
+    const uint32_t mark = (uint32_t)length + 1;
+    const size_t compared = length < 252 ? (size_t)length : 252;
+    if (memcmp(kept, &mark, 4) == 0 && memcmp(kept + 4, text, compared) == 0) return 0;
+    memcpy(kept, &mark, 4);
+    memcpy(kept + 4, text, compared);
+    return 1;
+}
+
 /*
  * A packed number as text. `width`: digits shown; `sign`: 0 none, 1 "-" or "+" in front, 2 "-" in
  * front of a negative one, without leading zeros.

@@ -66,6 +66,8 @@ KVR_SHARED void kvr_raise(const char *status, const char *statement, const char 
     kvr_note_exception(status, statement, location);
 }
 
+KVR_SHARED void kvr_forget_exception(void) { memset(&kvr_exception, 0, sizeof kvr_exception); }
+
 /* The text of one of the four functions; its length. It stays until the next exception. */
 KVR_SHARED int64_t kvr_exception_text(const char *function, uint8_t **text)
 {

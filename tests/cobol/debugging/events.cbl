@@ -15,6 +15,7 @@
        01  ITEM-2 PIC 99 VALUE 1.
        01  GRP. 02 T-1 PIC 99 OCCURS 3 INDEXED BY IX1.
        01  I PIC 9 VALUE 2.
+       01  SUBS PIC 9(4).
        PROCEDURE DIVISION.
        DECLARATIVES.
        D-1 SECTION. USE FOR DEBUGGING ON ALL PROCEDURES.
@@ -25,7 +26,10 @@
        D-2P. DISPLAY "A:" DEBUG-NAME ":" DEBUG-SUB-1 ":"
            DEBUG-CONTENTS(1:14).
        D-3 SECTION. USE FOR DEBUGGING ON ITEM-2.
+      * Without a subscript DEBUG-SUB-1 is blank, and zero as a number.
        D-3P. DISPLAY "I:" DEBUG-NAME ":" DEBUG-CONTENTS(1:14).
+           ADD DEBUG-SUB-1 5 GIVING SUBS.
+           IF SUBS NOT = 5 DISPLAY "NOT ZERO".
        D-4 SECTION. USE FOR DEBUGGING ON F1.
        D-4P. DISPLAY "F:" DEBUG-LINE ":" DEBUG-NAME ":"
            DEBUG-CONTENTS(1:14).

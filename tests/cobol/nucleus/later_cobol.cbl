@@ -69,6 +69,14 @@ main.
       if i > 5 exit perform end-if
     end-perform
     display i
+    move 25E1 to i display i
+    compute fl = 2E-1 + 1E+1 display fl
+    move b"1011" to i display i
+    display nam & "-" & nam if l(1:3) = nam & "" display "no" end-if
+    move 0 to
+return-code. display
+pi.
+    move 6 to i
     evaluate true also i
        when i > 5 also 6 display "six"
        when other display "not"

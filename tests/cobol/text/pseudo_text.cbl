@@ -25,4 +25,8 @@
            DISPLAY ZIP NUM-2 ZIP.
            REPLACE ==NUM-2== BY ==NUM-1 (2, 2)==.
            MOVE 7 TO NUM-2. REPLACE OFF. DISPLAY NUM-2 NUM-1 (2, 2).
+      * -5 is one word, - 5 and (5 are two.
+           REPLACE ==5== BY ==6== ==-7== BY ==+8== ==NUM-9== BY ==9==.
+           COMPUTE NUM-2 = -5 + 20 - 5 + (5) -7. DISPLAY NUM-2.
+           COMPUTE NUM-2 = 50 -NUM-9. REPLACE OFF. DISPLAY NUM-2.
            STOP RUN.

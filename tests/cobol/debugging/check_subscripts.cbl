@@ -1,0 +1,22 @@
+      * DEBUG-SUB-1 is blank without a subscript, also where numbers are
+      * checked: as a number it is zero.
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. DBSUB.
+       ENVIRONMENT DIVISION.
+       CONFIGURATION SECTION.
+       SOURCE-COMPUTER. X WITH DEBUGGING MODE.
+       DATA DIVISION.
+       WORKING-STORAGE SECTION.
+       01  SUBSCRIPT PIC S9(4).
+       01  A PIC 9 VALUE 1.
+       01  T.
+           02 E PIC 9 OCCURS 12 VALUE 0.
+       PROCEDURE DIVISION.
+       DECLARATIVES.
+       D SECTION. USE FOR DEBUGGING ON ALL REFERENCES OF A, ALL E.
+       D1. MOVE DEBUG-SUB-1 TO SUBSCRIPT.
+           DISPLAY DEBUG-NAME (1:2) SUBSCRIPT.
+           IF DEBUG-SUB-1 = SPACES DISPLAY "BLANK".
+       END DECLARATIVES.
+       M SECTION.
+       M1. ADD 1 TO A. MOVE 5 TO E (12). STOP RUN.

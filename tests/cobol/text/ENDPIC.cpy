@@ -1,0 +1,2 @@
+       01  FROM-HERE PICTURE
+              IS
