@@ -1,6 +1,7 @@
 // kvr2-file: looks at, copies, checks and mends the files of COBOL programs. kvr2-file.1 is its
 // manual; the commands are in file_info.cpp, file_transfer.cpp (dump, load, copy), file_verify.cpp,
 // file_rebuild.cpp, file_compact.cpp (also keys add and drop) and file_backup.cpp.
+#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -274,6 +275,7 @@ static int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    signal(SIGXFSZ, SIG_IGN); // a write beyond the limit of file sizes is told as any other failure
     int outcome = file_tool::run(argc, argv);
     if (fflush(stdout) != 0 || ferror(stdout)) {
         file_tool::say("the output could not be written");

@@ -172,32 +172,6 @@ bool StoreBuilder::finish()
     return true;
 }
 
-int openStoreToRead(const std::string &path, MDB_env **env, int *guard)
-{
-    const std::string store = storeOf(path);
-    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY;
-    int error = 0;
-    *guard = -1;
-    for (int again = 0; again < 2; ++again) {
-        *env = nullptr;
-        error = mdb_env_create(env);
-        if (!error) mdb_env_set_maxreaders(*env, filesystems::kMostReaders);
-        if (!error) mdb_env_set_mapsize(*env, filesystems::mapSize());
-        if (!error) error = mdb_env_open(*env, store.c_str(), flags, 0666);
-        if (!error) return 0;
-        if (*env) mdb_env_close(*env);
-        *env = nullptr;
-        if ((error != EACCES && error != EROFS) || again || access(store.c_str(), R_OK) != 0) break;
-        *guard = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (*guard < 0) return errno;
-        if (!filesystems::denyWriters(*guard)) return ::close(*guard), *guard = -1, EBUSY;
-        flags |= MDB_NOLOCK;
-    }
-    if (*guard >= 0) ::close(*guard);
-    *guard = -1;
-    return error;
-}
-
 // --- the place of the old file
 
 OwnedFile::~OwnedFile()

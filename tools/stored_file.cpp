@@ -132,13 +132,17 @@ static void onBusError(int)
     _exit(kFailed);
 }
 
-StorePages::~StorePages()
+StorePages::~StorePages() { unmap(); }
+
+void StorePages::unmap()
 {
     if (base_) munmap(const_cast<uint8_t *>(base_), size_);
+    base_ = nullptr;
 }
 
 bool StorePages::map(const std::string &name)
 {
+    unmap();
     int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     struct stat about {};
     if (descriptor < 0 || fstat(descriptor, &about) != 0) {
@@ -156,8 +160,9 @@ bool StorePages::map(const std::string &name)
     signal(SIGBUS, onBusError);
     base_ = static_cast<const uint8_t *>(mapped);
     filePages_ = size_ / pageSize_;
-    lastPage_ = filePages_ ? filePages_ - 1 : 0;
+    if (!change_) lastPage_ = filePages_ ? filePages_ - 1 : 0;
     marks_.assign(filePages_, unknown);
+    if (change_) mark(0, 2, used);
     return true;
 }
 
@@ -176,16 +181,25 @@ bool StorePages::takeHead(uint64_t change)
         uint64_t itsChange = load<uint64_t>(page + changeAt);
         uint32_t pageSize = load<uint32_t>(page + treesAt);
         if (pageSize < 512 || pageSize > 65536 || (pageSize & (pageSize - 1))) continue;
+        // Pages that no commit has written yet may be beyond the end of the file, but not far.
+        uint64_t last = load<uint64_t>(page + lastAt), filePages = size_ / pageSize;
+        if (last < 1 || last >= filePages + filePages / 2 + 4096) continue;
         ++good;
         if (change ? itsChange != change : found && itsChange < change_) continue;
         found = true;
         pageSize_ = pageSize;
         change_ = itsChange;
-        lastPage_ = load<uint64_t>(page + lastAt);
+        lastPage_ = last;
         memcpy(trees_, page + treesAt, sizeof trees_);
     }
     headLost_ = good < 2;
     if (!found) return false;
+    // A head is written over by the second change after its own, in the order of its bytes. It was
+    // read in peace if not even the first one is there.
+    for (size_t at : {size_t(0), size_t(pageSize_)})
+        if (change &&
+            __atomic_load_n(reinterpret_cast<const uint64_t *>(base_ + at + changeAt), __ATOMIC_ACQUIRE) > change)
+            return change_ = 0, false;
     filePages_ = size_ / pageSize_;
     marks_.assign(filePages_, unknown);
     reached_ = freePages_ = 0;

@@ -65,6 +65,7 @@ public:
     StorePages &operator=(const StorePages &) = delete;
 
     // Maps the file; false: it has said why. A file without a head page that counts is mapped, too.
+    // Once more after `takeHead`: if the file has grown by then.
     bool map(const std::string &name);
     // Takes the head page of that change, 0: the newer one. False: there is none. With one of the
     // two damaged, the other may be that of the change before the last: `headLost`.
@@ -107,6 +108,7 @@ private:
     std::vector<uint8_t> marks_;
 
     struct Page;
+    void unmap();
     bool pageAt(uint64_t number, Page *page, std::string *why) const;
     bool entryAt(const Page &page, size_t node, Entry *entry, uint64_t *firstOverflow, std::string *why) const;
     bool walkPage(uint64_t number, int depth, const Visit &visit);
