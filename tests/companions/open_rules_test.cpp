@@ -377,4 +377,21 @@ TEST(Open, ExternalFileOfTwoPrograms)
     }
 }
 
+// An item gets the file's name after the file was registered; a message after CLOSE tells it.
+TEST(Open, ExternalFileOfAnItem)
+{
+    TemporaryDirectory directory;
+    ChildRun run = runChild([&] {
+        CompiledFile file("", {.external = true});
+        const string name = "rsd-" + directory.file("x");
+        file.all.assign(name);
+        REQUIRE(file.open(ZVK_OPEN_OUTPUT) == "00" && file.close() == "00");
+        file.all.assign("another");
+        REQUIRE(name == file.fcb->fileName);
+        file.all.assign("");
+        REQUIRE(file.open(ZVK_OPEN_INPUT) == "95");
+    });
+    EXPECT_EQ(run.status, 0) << run.err << run.signal;
+}
+
 } // namespace
