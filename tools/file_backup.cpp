@@ -127,7 +127,8 @@ int runBackup(const Arguments &arguments)
     if (struct stat there; stat(to.c_str(), &there) == 0 && S_ISREG(there.st_mode) && !old.take()) return kFailed;
     StoredHeaderFile header;
     bool known = header.read(from);
-    if (!known && header.isStored()) return say("%s: %s", from.c_str(), header.reason()), kFailed;
+    if (!known && (header.isStored() || header.isUnreadable()))
+        return say("%s: %s", from.c_str(), header.reason()), kFailed;
     bool indexed = known && (header.header().organization & ZVK_FILE_INDEXED);
     if (!(indexed ? copyIndexed(from, to, about) : copyPlain(from, to, about))) return kFailed;
     forceFile(to);

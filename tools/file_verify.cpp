@@ -114,10 +114,10 @@ void verifyIndexed(const StoredHeader &header, const std::string &path, Findings
         findings->add("its store cannot be opened (" + reader.reason() + "); it is looked at as it is");
     if (mapped == StoreReader::Mapped::headless) return findings->add("its store has no head page");
     if (pages.headLost()) findings->add("one of the two head pages of its store is damaged");
-    Tree trees[filesystems::kMostKeys], about;
-    std::string_view identity;
-    if (!pages.findTree(filesystems::kAboutDatabase, &about) || !pages.find(about, "identity", &identity) ||
-        identity.size() != sizeof header.identity || memcmp(identity.data(), &header.identity, identity.size()) != 0)
+    Tree trees[filesystems::kMostKeys], about{};
+    uint64_t identity;
+    pages.findTree(filesystems::kAboutDatabase, &about);
+    if (!identityOf(pages, &identity) || identity != header.identity)
         findings->add("its store belongs to another file");
     for (uint32_t key = 0; key < header.keyCount; ++key) {
         char name[8];

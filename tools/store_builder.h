@@ -65,6 +65,8 @@ public:
 private:
     std::string path_;
     int descriptor_ = -1;
+
+    bool complete();
 };
 
 // Forces a file, and the directory entry that leads to it; 0 or an errno.

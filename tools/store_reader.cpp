@@ -67,7 +67,10 @@ StoreReader::Mapped StoreReader::map(const std::string &path, StorePages *pages)
     if (open(path))
         if (int error = mdb_txn_begin(env_, nullptr, MDB_RDONLY, &txn_)) fails(error);
     if (!txn_ && !damaged_) return Mapped::failed;
-    if (!pages->map(storeOf(path))) return Mapped::headless;
+    if (!pages->map(storeOf(path))) {
+        reason_ = "its store cannot be read";
+        return txn_ ? Mapped::failed : Mapped::headless;
+    }
     // What is read of a head while others commit is taken only if it is the newest.
     for (int tries = 0; tries < kMostTries && txn_; ++tries) {
         if (pages->takeHead(mdb_txn_id(txn_)))

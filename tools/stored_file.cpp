@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "companions/filesystems/store_layout.h"
+
 namespace file_tool {
 
 // --- the header
@@ -24,7 +26,8 @@ bool StoredHeaderFile::read(const std::string &path)
     else if (descriptor < 0 || (got = pread(descriptor, &header_, sizeof header_, 0)) < 0)
         reason_ = strerror(errno);
     if (descriptor >= 0) ::close(descriptor);
-    if (got < 0) return false;
+    unreadable_ = got < 0;
+    if (unreadable_) return false;
     size_t size = static_cast<size_t>(got);
     marked_ = size >= 11 && filesystems::hasMark(header_);
     if (!marked_)
@@ -336,6 +339,16 @@ bool StorePages::findTree(const char *name, Tree *tree)
     std::string_view value;
     if (!find(trees_[1], name, &value) || value.size() != sizeof *tree) return false;
     memcpy(tree, value.data(), sizeof *tree);
+    return true;
+}
+
+bool identityOf(StorePages &pages, uint64_t *identity)
+{
+    Tree about;
+    std::string_view value;
+    if (!pages.findTree(filesystems::kAboutDatabase, &about) || !pages.find(about, "identity", &value)) return false;
+    if (value.size() != sizeof *identity) return false;
+    memcpy(identity, value.data(), sizeof *identity);
     return true;
 }
 

@@ -196,6 +196,10 @@ cp other half.kvr2-new; cp other.mdb half.mdb
 expect "$(status "$tool" verify half)" 3
 "$tool" compact half 2>/dev/null; "$tool" verify half >/dev/null; [ ! -e half.kvr2-new ] || fail "not completed"
 
+# What a command left before the file was made anew is not for the new one.
+cp other half.kvr2-new
+expect "$(status "$tool" compact half)" 0; "$tool" verify half >/dev/null; [ ! -e half.kvr2-new ] || fail "still there"
+
 # Compact, backup, rebuild.
 "$tool" compact f 2>/dev/null; "$tool" backup f g; "$tool" verify f g >/dev/null
 expect "$(status "$tool" backup f g)" 1
