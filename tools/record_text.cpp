@@ -281,7 +281,7 @@ struct Json {
             return;
         }
         int more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        *text += static_cast<char>((0xF00 >> more & 0xFF) | code >> 6 * more);
+        *text += static_cast<char>((0xF80 >> more & 0xFF) | code >> 6 * more);
         while (more--) *text += static_cast<char>(0x80 | (code >> 6 * more & 0x3F));
     }
     bool unit(uint32_t *code)
@@ -424,6 +424,7 @@ bool formatRecord(const Arguments &arguments, const Shape &shape, std::string_vi
         add(text ? "record" : "hex", text ? std::string(record) : hexOf(record), false);
     }
     if (format == Format::jsonLines) *line += "}";
+    if (line->empty()) *line = "\"\""; // others take an empty line for no row
     return true;
 }
 

@@ -56,6 +56,10 @@ for format in csv jsonl; do
     "$tool" dump -t rsd short a -f 2>/dev/null; "$tool" dump -t rsd back b -f 2>/dev/null; same a b
 done
 expect "$(status "$tool" dump -t csv -F ID:5,N:10:9 short)" 3; grep -q 'ends within field N' err || fail "a number that is cut off"
+# Characters that JSON writes as numbers; a row that is nothing but an empty cell.
+printf '{"A":"\\u00e9\\u20ac"}\n{"A":"\\ud83d\\ude00\\u0041"}\n{"A":""}\n' >text
+expect "$(status "$tool" load -f -c -r 6 -t jsonl -F A:6 back text)" 0
+expect "$("$tool" dump -t csv -F A:6 back 2>/dev/null | tr '\n' ' ')" 'A é€ 😀A "" '
 # Spreadsheets: a byte order mark; rows that have other columns than the head.
 printf '\xef\xbb\xbfA,B\r\n1,2\r\n3\r\n4,5,6\r\n' >text
 expect "$(status "$tool" load -f -c -r 8 -t csv -F A:4,B:4 back text)" 3; grep -q '2 refused' err || fail "rows of other columns"
