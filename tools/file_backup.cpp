@@ -101,7 +101,8 @@ bool copyIndexed(const std::string &from, const std::string &to, const struct st
     Copy pages(to + ".mdb", store.st_mode), header(to, about.st_mode);
     StoreReader reader;
     if (pages.descriptor < 0 || header.descriptor < 0) return false;
-    if (!reader.open(from)) return say("%s: %s", from.c_str(), reader.reason().c_str()), false;
+    if (!reader.open(from))
+        return say("%s: %s", (reader.damaged() ? storeName : from).c_str(), reader.reason().c_str()), false;
     if (int error = mdb_env_copyfd(reader.environment(), pages.descriptor))
         return say("%s.mdb: %s", to.c_str(), mdb_strerror(error)), false;
     if (!pages.force() || !fill(header, from, to)) return false;

@@ -70,7 +70,7 @@ int runDump(const Arguments &arguments)
     bool some = !arguments.key || file.startFirst(arguments.key);
     uint64_t done = 0;
     Refusals refusals;
-    Progress progress("dump", 0);
+    Progress progress("dump", 0, to != stdout || !isatty(1));
     bool numbered = shape.relative() && (arguments.format == Format::csv || arguments.format == Format::jsonLines);
     if (arguments.format == Format::csv) fprintf(to, "%s\n", csvHead(arguments, shape, numbered).c_str());
     while (some && file.readNext()) {

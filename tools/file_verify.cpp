@@ -31,6 +31,7 @@ struct Findings {
     bool failed = false; // it cannot be said whether there is any
     void add(const std::string &what)
     {
+        clearProgress();
         if (++count <= kMostTold) printf("%s: %s\n", path.c_str(), what.c_str());
         if (count == kMostTold + 1) printf("%s: further damage is only counted\n", path.c_str());
     }

@@ -68,7 +68,7 @@ StoreReader::Mapped StoreReader::map(const std::string &path, StorePages *pages)
         if (int error = mdb_txn_begin(env_, nullptr, MDB_RDONLY, &txn_)) fails(error);
     if (!txn_ && !damaged_) return Mapped::failed;
     if (!pages->map(storeOf(path))) {
-        reason_ = "its store cannot be read";
+        if (txn_) reason_ = "its store cannot be read";
         return txn_ ? Mapped::failed : Mapped::headless;
     }
     // What is read of a head while others commit is taken only if it is the newest.

@@ -30,7 +30,9 @@ bool StoredHeaderFile::read(const std::string &path)
     if (unreadable_) return false;
     size_t size = static_cast<size_t>(got);
     marked_ = size >= 11 && filesystems::hasMark(header_);
-    if (!marked_)
+    if (!size)
+        reason_ = "it is empty";
+    else if (!marked_)
         reason_ = "it has no header";
     else if (size != sizeof header_ || header_.checksum != filesystems::checksumOf(header_))
         reason_ = "its header is damaged";

@@ -250,6 +250,11 @@ expect "$(status "$tool" frobnicate f)" 2
 expect "$(status "$tool" verify)" 2
 expect "$(status "$tool" compact -k 1:2 f)" 2
 expect "$(status "$tool" dump -t xml f)" 2
+expect "$(status "$tool" load -x f in.txt)" 2; grep -q 'csv or jsonl' err || fail "lines in hexadecimal digits"
+cp f bare
+expect "$(status "$tool" backup bare new2)" 1; grep -q 'bare.mdb: No such file' err || fail "a missing store: $(cat err)"
+expect "$(status "$tool" verify bare)" 3; grep -q 'cannot be opened (No such file' out || fail "a missing store: $(cat out)"
+: >empty; expect "$(status "$tool" info empty)" 1; grep -q 'it is empty' err || fail "an empty file"
 expect "$(status "$tool" info absent)" 1
 expect "$(status "$tool" dump rsd-bytes)" 1
 expect "$(status "$tool" dump f /dev/full -f)" 1
