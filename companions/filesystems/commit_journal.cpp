@@ -221,7 +221,7 @@ bool isSameFile(int descriptor, const char *name)
 int removeName(const char *pointer, const char *gone)
 {
     char leadsTo[PATH_MAX];
-    int descriptor = open(pointer, O_RDWR | O_CLOEXEC);
+    int descriptor = open(pointer, O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) return errno == ENOENT ? 0 : errno;
     while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
     }
@@ -244,14 +244,18 @@ int settleJournal(const char *name)
     char pointer[PATH_MAX], decision[PATH_MAX];
     if (!journalName(name, pointer) || !decisionOf(pointer, decision)) return 0;
     int descriptor = open(decision, O_RDWR | O_CLOEXEC);
+    const bool mayOnlyRead = descriptor < 0 && (errno == EACCES || errno == EROFS || errno == EPERM);
+    if (mayOnlyRead) descriptor = open(decision, O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
         if (errno != ENOENT) return errno;
         return strcmp(pointer, decision) == 0 ? 0 : removeName(pointer, decision);
     }
-    while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
+    while (flock(descriptor, mayOnlyRead ? LOCK_SH : LOCK_EX) != 0 && errno == EINTR) {
     }
     int error = 0;
-    if (isSameFile(descriptor, decision)) {
+    if (isSameFile(descriptor, decision) && mayOnlyRead) {
+        error = EACCES; // its maker was killed: who may write brings it to its end
+    } else if (isSameFile(descriptor, decision)) {
         Head head;
         SizeLimitHeldOff guard;
         uint8_t *content = readJournal(descriptor, &head, &error);

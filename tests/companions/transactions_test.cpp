@@ -299,6 +299,43 @@ TEST_F(Transactions, OfSeveralProgramsEndWhateverTheirOrder)
     }
 }
 
+// A user who may only read meets the journal of a commit that is being made, too.
+TEST_F(Transactions, AreWaitedForByWhoMayOnlyRead)
+{
+    if (getuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+    TemporaryDirectory directory;
+    const string path = directory.file("f"), name = "stl-" + path;
+    {
+        CompiledFile file(name, relativeFile());
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        ASSERT_EQ(file.write("old", numbered(1)), "00");
+        ASSERT_EQ(file.close(), "00");
+        ASSERT_EQ(commit(), 0);
+    }
+    chmod(directory.path().c_str(), 0755);
+    chmod(path.c_str(), 0644);
+    pid_t writer = fork();
+    if (writer == 0) {
+        CompiledFile file(name, relativeFile());
+        bool good = file.open(ZVK_OPEN_IO) == "00";
+        while (good) good = file.rewrite("new", numbered(1)) == "00" && commit() == 0;
+        _exit(1);
+    }
+    pid_t reader = fork();
+    if (reader == 0) {
+        CompiledFile file(name, relativeFile());
+        string status = setuid(65534) == 0 ? file.open(ZVK_OPEN_INPUT) : "no other user";
+        for (int n = 0; status == "00" && n < shareOf(2000); ++n) status = file.read(numbered(1));
+        if (status != "00") fprintf(stderr, "%s %s\n", status.c_str(), reason(file).c_str());
+        _exit(status == "00" ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(reader, &status, 0);
+    EXPECT_EQ(status, 0);
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+}
+
 TEST_F(Transactions, KilledAtAnyMoment)
 {
     setenv("VFS_DURABILITY", "none", 1);
