@@ -269,6 +269,13 @@ int settleJournal(const char *name)
     return error;
 }
 
+// The name, if nobody has it. Not every file system has hard links.
+static bool takeName(const char *own, const char *name)
+{
+    if (link(own, name) == 0) return true;
+    return (errno == EPERM || errno == EOPNOTSUPP) && renameat2(AT_FDCWD, own, AT_FDCWD, name, RENAME_NOREPLACE) == 0;
+}
+
 // The journal of a file under its name, `name`: empty and locked, or one that leads to `decision`.
 // What another transaction has there comes first. It appears when it is whole, so that nobody takes
 // it for what a kill left, and for those who may use the file.
@@ -296,7 +303,7 @@ static int claimJournal(const char *file, const char *decision, char *name, int 
     bool named = false;
     while (!error && !named) {
         error = settleJournal(file);
-        named = !error && link(own, name) == 0;
+        named = !error && takeName(own, name);
         if (!error && !named && errno != EEXIST) error = errno;
     }
     unlink(own);
