@@ -142,7 +142,7 @@ void printStore(const std::string &path, const Shape &shape)
 {
     StoreReader reader;
     StorePages pages;
-    const StoreReader::Mapped mapped = reader.map(path, &pages);
+    const StoreReader::Mapped mapped = reader.map(path, &pages, true);
     if (mapped == StoreReader::Mapped::failed) {
         printf("  store       not looked at: %s\n", reader.reason().c_str());
         return;

@@ -28,7 +28,7 @@ bool StoreReader::fails(int error)
     return false;
 }
 
-bool StoreReader::open(const std::string &path)
+bool StoreReader::open(const std::string &path, bool glance)
 {
     const std::string store = storeOf(path);
     descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -42,6 +42,7 @@ bool StoreReader::open(const std::string &path)
         reason_ = "a program has it for itself alone; kvr2-file info says which";
         return false;
     }
+    if (glance) filesystems::releaseFile(descriptor_);
     filesystems::makeLockFile(store.c_str());
     unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY;
     for (int error = 0;;) {
@@ -54,7 +55,7 @@ bool StoreReader::open(const std::string &path)
         env_ = nullptr;
         bool lockFile = (error == EACCES || error == EROFS) && access(store.c_str(), R_OK) == 0;
         if (!lockFile || (flags & MDB_NOLOCK)) return fails(error);
-        if (!filesystems::denyWriters(descriptor_)) {
+        if (!glance && !filesystems::denyWriters(descriptor_)) {
             reason_ = "a program is writing it, and its lock file may not be used";
             return false;
         }
@@ -62,9 +63,9 @@ bool StoreReader::open(const std::string &path)
     }
 }
 
-StoreReader::Mapped StoreReader::map(const std::string &path, StorePages *pages)
+StoreReader::Mapped StoreReader::map(const std::string &path, StorePages *pages, bool glance)
 {
-    if (open(path))
+    if (open(path, glance))
         if (int error = mdb_txn_begin(env_, nullptr, MDB_RDONLY, &txn_)) fails(error);
     if (!txn_ && !damaged_) return Mapped::failed;
     if (!pages->map(storeOf(path))) {
