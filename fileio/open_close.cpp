@@ -95,6 +95,16 @@ int64_t openOnce(FCB *fcb, IPCB *element, const FIB *fib)
     return 0;
 }
 
+// A closed file has the name that it is assigned to. An EXTERNAL one may outlive the program that
+// closes it, and an item may have got its name after registration: it has a copy of its own.
+void takeAssignedName(FCB *fcb, const FIB *fib)
+{
+    bool external = fcb->state & ZVK_FILE_FIB_OF_PROGRAM;
+    size_t length = fib->assignment ? strnlen(fib->assignment, fib->assignmentLength) : 0;
+    char *copy = external && length ? strndup(fib->assignment, length) : nullptr;
+    zvkSetFileName(fcb, copy ? copy : external ? fcb->fib->assignment : fib->assignment, copy);
+}
+
 // The first volume of an OPTIONAL concatenation is absent: goes on to the next name. False when
 // there is none; then the whole of it is an absent file.
 bool skipAbsentVolume(FCB *fcb, IPCB *element)
@@ -145,9 +155,8 @@ void _zvkGenericClose(FCB *fcb, IPCB *element, uint32_t variant)
         fprintf(stderr, "Closing %c%c%c-%s as '%s' %s %s FS1=%.2d FS2=%d\n", fcb->prefix[0], fcb->prefix[1],
                 fcb->prefix[2], fib->name, nameOf(fcb), concatText(fcb), generationText(fcb), fcb->status, fcb->fs2);
     fcb->currentVerb = ZVK_VERB_CLOSE;
-    // An EXTERNAL file may outlive the program that closes it, so its name is that of its own copy.
-    zvkSetFileName(fcb, fcb->state & ZVK_FILE_FIB_OF_PROGRAM ? fcb->fib->assignment : fib->assignment, false);
-    fcb->state &= ZVK_FILE_FIB_OF_PROGRAM | ZVK_FILE_CONCATENATED;
+    takeAssignedName(fcb, fib);
+    fcb->state &= ZVK_FILE_FIB_OF_PROGRAM | ZVK_FILE_CONCATENATED | ZVK_FILE_NAME_ALLOCATED;
     zvkInitSlots(fcb, fcb->fib);
     fcb->lastCloseOptions = fcb->closeOptions;
     free(fcb->moduleBuffer);

@@ -14,6 +14,7 @@
 #include "companions/filesystems/whole_records.h"
 #include "tools/file_program.h"
 #include "tools/store_builder.h"
+#include "tools/store_reader.h"
 
 namespace file_tool {
 
@@ -63,11 +64,11 @@ bool copyBytes(filesystems::WholeRecords *whole, uint64_t size, int to, const st
     return ftruncate(to, static_cast<off_t>(size)) == 0 || failed(path, errno);
 }
 
-bool copyPlain(const std::string &from, const std::string &to, const struct stat &about)
+// All of a file on the disk, under the copy's own name.
+bool fill(const Copy &copy, const std::string &from, const std::string &to)
 {
     int descriptor = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) return failed(from, errno);
-    Copy copy(to, about.st_mode);
     std::string name = from;
     FCB fcb{};
     fcb.requestedMode = ZVK_OPEN_INPUT;
@@ -83,7 +84,13 @@ bool copyPlain(const std::string &from, const std::string &to, const struct stat
                 copyBytes(&whole, static_cast<uint64_t>(now.st_size), copy.descriptor, to);
     filesystems::endWhole(&whole);
     ::close(descriptor);
-    return good && copy.force() && copy.name(to);
+    return good && copy.force();
+}
+
+bool copyPlain(const std::string &from, const std::string &to, const struct stat &about)
+{
+    Copy copy(to, about.st_mode);
+    return copy.descriptor >= 0 && fill(copy, from, to) && copy.name(to);
 }
 
 bool copyIndexed(const std::string &from, const std::string &to, const struct stat &about)
@@ -91,18 +98,19 @@ bool copyIndexed(const std::string &from, const std::string &to, const struct st
     struct stat store {};
     std::string storeName = storeOf(from);
     stat(storeName.c_str(), &store);
-    Copy pages(to + ".mdb", store.st_mode);
-    if (pages.descriptor < 0) return false;
-    MDB_env *env = nullptr;
-    int guard, error = openStoreToRead(from, &env, &guard);
-    if (!error) error = mdb_env_copyfd(env, pages.descriptor);
-    if (env) mdb_env_close(env);
-    if (guard >= 0) ::close(guard);
-    if (error == EBUSY)
-        return say("%s: a program is writing it, and its lock file may not be used", from.c_str()), false;
-    if (error) return say("%s: %s", storeName.c_str(), mdb_strerror(error)), false;
-    // The store is there before the file that leads to it.
-    return pages.force() && pages.name(to + ".mdb") && copyPlain(from, to, about);
+    Copy pages(to + ".mdb", store.st_mode), header(to, about.st_mode);
+    StoreReader reader;
+    if (pages.descriptor < 0 || header.descriptor < 0) return false;
+    if (!reader.open(from))
+        return say("%s: %s", (reader.damaged() ? storeName : from).c_str(), reader.reason().c_str()), false;
+    if (int error = mdb_env_copyfd(reader.environment(), pages.descriptor))
+        return say("%s.mdb: %s", to.c_str(), mdb_strerror(error)), false;
+    if (!pages.force() || !fill(header, from, to)) return false;
+
+    // Until here an older copy is as it was. Its header must not lead to the new store.
+    unlink((to + ".mdb-lock").c_str());
+    unlink(to.c_str());
+    return pages.name(to + ".mdb") && header.name(to);
 }
 
 } // namespace
@@ -120,12 +128,9 @@ int runBackup(const Arguments &arguments)
     if (struct stat there; stat(to.c_str(), &there) == 0 && S_ISREG(there.st_mode) && !old.take()) return kFailed;
     StoredHeaderFile header;
     bool known = header.read(from);
-    if (!known && header.isStored()) return say("%s: %s", from.c_str(), header.reason()), kFailed;
+    if (!known && (header.isStored() || header.isUnreadable()))
+        return say("%s: %s", from.c_str(), header.reason()), kFailed;
     bool indexed = known && (header.header().organization & ZVK_FILE_INDEXED);
-    if (indexed) {
-        unlink((to + ".mdb-lock").c_str());
-        unlink(to.c_str()); // an old copy's header must not lead to the new store
-    }
     if (!(indexed ? copyIndexed(from, to, about) : copyPlain(from, to, about))) return kFailed;
     forceFile(to);
     return kDone;

@@ -15,7 +15,7 @@
 #include "companions/filesystems/share_locks.h"
 #include "companions/filesystems/store_layout.h"
 #include "tools/file_program.h"
-#include "tools/stored_file.h"
+#include "tools/store_reader.h"
 
 namespace file_tool {
 
@@ -140,9 +140,14 @@ std::string placeOf(const Shape &shape, const FileKey &key, size_t part)
 
 void printStore(const std::string &path, const Shape &shape)
 {
+    StoreReader reader;
     StorePages pages;
-    if (!pages.map(storeOf(path))) return;
-    if (!pages.takeHead()) {
+    const StoreReader::Mapped mapped = reader.map(path, &pages, true);
+    if (mapped == StoreReader::Mapped::failed) {
+        printf("  store       not looked at: %s\n", reader.reason().c_str());
+        return;
+    }
+    if (mapped == StoreReader::Mapped::headless) {
         printf("  store       damaged: it has no head page\n");
         return;
     }

@@ -1,5 +1,6 @@
 #include "tools/file_program.h"
 
+#include <cctype>
 #include <cstring>
 #include <sys/stat.h>
 
@@ -151,7 +152,12 @@ static bool isPrefix(const std::string &name)
 }
 
 std::string pathOf(const std::string &name) { return isPrefix(name) ? name.substr(4) : name; }
-std::string prefixOf(const std::string &name) { return isPrefix(name) ? name.substr(0, 3) : ""; }
+std::string prefixOf(const std::string &name)
+{
+    std::string prefix = isPrefix(name) ? name.substr(0, 3) : "";
+    for (char &c : prefix) c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    return prefix;
+}
 
 bool isSameFile(const std::string &one, const std::string &two)
 {

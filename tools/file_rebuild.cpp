@@ -5,6 +5,7 @@
 #include "companions/filesystems/byte_stream.h"
 #include "companions/filesystems/open_rules.h"
 #include "companions/filesystems/record_sum.h"
+#include "companions/filesystems/share_locks.h"
 #include "tools/file_program.h"
 #include "tools/store_builder.h"
 #include "tools/stored_file.h"
@@ -90,6 +91,10 @@ bool salvageRelative(const StoredHeader &header, const std::string &path, const 
         ++(status > "09" ? salvage->refused : salvage->kept);
         return !(failed = status >= "30");
     });
+    if (uint64_t rest = tornSlot(header, file)) {
+        say("%llu bytes at the end are no record", static_cast<unsigned long long>(rest));
+        ++salvage->unreadable;
+    }
     return made.close() && read && !failed;
 }
 
@@ -155,6 +160,15 @@ int runRebuild(const Arguments &arguments)
     if (isSameFile(path, to)) return kUsage;
     char room[PATH_MAX];
     if (const char *itself = filesystems::resolvedName(to.c_str(), room)) to = itself;
+    OpenFile source(path); // while it is read, nobody writes to it
+    FCB fcb{};
+    FIB fib{};
+    filesystems::ShareHeld held;
+    fcb.requestedMode = ZVK_OPEN_INPUT;
+    if (source.descriptor < 0) return kFailed;
+    if (!filesystems::takeFile(&fcb, &fib, source.descriptor, {filesystems::shareReadOnly, filesystems::shareReadOnly},
+                               &held))
+        return say("%s: the file is in use; kvr2-file info says by whom", path.c_str()), kFailed;
     Salvage salvage;
     bool good;
     if (header.organization & ZVK_FILE_INDEXED) {

@@ -54,10 +54,14 @@ struct Arguments {
 // One line on the standard error stream, with the tool's name in front.
 void say(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-// Work that may take long, in percent, while somebody looks on: on a terminal only.
+// Takes a line of progress away, before another text comes to the terminal.
+void clearProgress();
+
+// Work that may take long, in percent, while somebody looks on: on a terminal only. Not `wanted`
+// where the work's result goes there, too.
 class Progress {
 public:
-    Progress(const char *what, uint64_t total);
+    Progress(const char *what, uint64_t total, bool wanted = true);
     ~Progress();
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;

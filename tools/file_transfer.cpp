@@ -70,9 +70,9 @@ int runDump(const Arguments &arguments)
     bool some = !arguments.key || file.startFirst(arguments.key);
     uint64_t done = 0;
     Refusals refusals;
-    Progress progress("dump", 0);
+    Progress progress("dump", 0, to != stdout || !isatty(1));
     bool numbered = shape.relative() && (arguments.format == Format::csv || arguments.format == Format::jsonLines);
-    if (arguments.format == Format::csv) fprintf(to, "%s\n", csvHead(arguments, numbered).c_str());
+    if (arguments.format == Format::csv) fprintf(to, "%s\n", csvHead(arguments, shape, numbered).c_str());
     while (some && file.readNext()) {
         std::string line, why;
         std::string_view record = file.record();
@@ -90,7 +90,7 @@ int runDump(const Arguments &arguments)
                 why = "it holds a line end; another format takes it", good = false;
             line += '\n';
         } else {
-            good = good && formatRecord(arguments, record, numbered ? &number : nullptr, &line, &why);
+            good = good && formatRecord(arguments, shape, record, numbered ? &number : nullptr, &line, &why);
             line += '\n';
         }
         ++done;

@@ -10,7 +10,7 @@
 #include "companions/filesystems/record_sum.h"
 #include "companions/filesystems/store_layout.h"
 #include "tools/file_program.h"
-#include "tools/store_builder.h"
+#include "tools/store_reader.h"
 #include "tools/stored_file.h"
 #include "tools/stored_records.h"
 
@@ -31,6 +31,7 @@ struct Findings {
     bool failed = false; // it cannot be said whether there is any
     void add(const std::string &what)
     {
+        clearProgress();
         if (++count <= kMostTold) printf("%s: %s\n", path.c_str(), what.c_str());
         if (count == kMostTold + 1) printf("%s: further damage is only counted\n", path.c_str());
     }
@@ -45,56 +46,6 @@ std::string entryOf(const StoredHeader &header, uint32_t key, std::string_view r
     if (!hasDuplicates(header, key) || n >= numbers.size()) return entry;
     uint64_t swapped = __builtin_bswap64(numbers[n]);
     return entry.append(reinterpret_cast<char *>(&swapped), kSequenceSize);
-}
-
-// A snapshot of a store: registered as a reader, so that what it shows stays while others write.
-class Snapshot {
-public:
-    ~Snapshot()
-    {
-        if (txn_) mdb_txn_abort(txn_);
-        if (env_) mdb_env_close(env_);
-        if (guard_ >= 0) ::close(guard_);
-    }
-    Snapshot() = default;
-    Snapshot(const Snapshot &) = delete;
-    Snapshot &operator=(const Snapshot &) = delete;
-
-    // 0, an errno, or what makes it no store that LMDB opens.
-    int take(const std::string &path)
-    {
-        int error = openStoreToRead(path, &env_, &guard_);
-        return error ? error : mdb_txn_begin(env_, nullptr, MDB_RDONLY, &txn_);
-    }
-    uint64_t change() const { return mdb_txn_id(txn_); }
-    bool renew() { return mdb_txn_reset(txn_), mdb_txn_renew(txn_) == 0; }
-
-private:
-    MDB_env *env_ = nullptr;
-    MDB_txn *txn_ = nullptr;
-    int guard_ = -1;
-};
-
-// Maps the store as it was at one change, and stays so while `snapshot` lives.
-bool mapSnapshot(const std::string &path, Snapshot *snapshot, StorePages *pages, Findings *findings)
-{
-    int error = snapshot->take(path);
-    bool held = !error;
-    if (error > 0 && error != ENOENT && error != EINVAL) {
-        say("%s: %s", path.c_str(),
-            error == EBUSY ? "a program is writing it, and its lock file may not be used" : strerror(error));
-        return !(findings->failed = true);
-    }
-    if (!held)
-        findings->add(std::string("its store cannot be opened (") + mdb_strerror(error) +
-                      "); it is looked at as it is");
-    if (!pages->map(storeOf(path))) return false;
-    // Two changes after the snapshot its head page is written over.
-    for (int tries = 0; tries < 1000 && held; ++tries) {
-        if (pages->takeHead(snapshot->change())) return true;
-        if (!snapshot->renew()) break;
-    }
-    return pages->takeHead();
 }
 
 // Every entry of the primary key, or of what is left of it.
@@ -151,18 +102,23 @@ void verifyEntries(const StoredHeader &header, StorePages &pages, const Tree *tr
 
 void verifyIndexed(const StoredHeader &header, const std::string &path, Findings *findings)
 {
-    Snapshot snapshot;
+    StoreReader reader;
     StorePages pages;
     pages.onDamage = [&](const std::string &what) { findings->add("store: " + what); };
-    if (!mapSnapshot(path, &snapshot, &pages, findings)) {
-        if (!findings->failed) findings->add("its store has no head page");
+    const StoreReader::Mapped mapped = reader.map(path, &pages);
+    if (mapped == StoreReader::Mapped::failed) {
+        say("%s: %s", path.c_str(), reader.reason().c_str());
+        findings->failed = true;
         return;
     }
+    if (reader.damaged())
+        findings->add("its store cannot be opened (" + reader.reason() + "); it is looked at as it is");
+    if (mapped == StoreReader::Mapped::headless) return findings->add("its store has no head page");
     if (pages.headLost()) findings->add("one of the two head pages of its store is damaged");
-    Tree trees[filesystems::kMostKeys], about;
-    std::string_view identity;
-    if (!pages.findTree(filesystems::kAboutDatabase, &about) || !pages.find(about, "identity", &identity) ||
-        identity.size() != sizeof header.identity || memcmp(identity.data(), &header.identity, identity.size()) != 0)
+    Tree trees[filesystems::kMostKeys], about{};
+    uint64_t identity;
+    pages.findTree(filesystems::kAboutDatabase, &about);
+    if (!identityOf(pages, &identity) || identity != header.identity)
         findings->add("its store belongs to another file");
     for (uint32_t key = 0; key < header.keyCount; ++key) {
         char name[8];
@@ -200,6 +156,8 @@ void verifyRelative(const StoredHeader &header, const std::string &path, Finding
         return true;
     });
     if (!read) findings->add("not all of it can be read");
+    if (uint64_t rest = read ? tornSlot(header, file) : 0)
+        findings->add(std::to_string(rest) + " bytes at its end are no record");
     if (access((path + ".kvr2-rewrite").c_str(), F_OK) == 0)
         printf("%s: a change is under way, or was interrupted and is completed by the next OPEN I-O\n", path.c_str());
     printf("%s: %llu records\n", path.c_str(), static_cast<unsigned long long>(records));

@@ -1,6 +1,7 @@
 // kvr2-file: looks at, copies, checks and mends the files of COBOL programs. kvr2-file.1 is its
 // manual; the commands are in file_info.cpp, file_transfer.cpp (dump, load, copy), file_verify.cpp,
 // file_rebuild.cpp, file_compact.cpp (also keys add and drop) and file_backup.cpp.
+#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -16,10 +17,19 @@
 
 namespace file_tool {
 
+static bool progressIsShown;
+
+void clearProgress()
+{
+    if (progressIsShown) fputs("\r\033[K", stderr);
+    progressIsShown = false;
+}
+
 void say(const char *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
+    clearProgress();
     fputs("kvr2-file: ", stderr);
     vfprintf(stderr, format, arguments);
     fputc('\n', stderr);
@@ -33,21 +43,19 @@ static int64_t milliseconds()
     return int64_t(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
-Progress::Progress(const char *what, uint64_t total)
-    : what_(what), total_(total), shown_(milliseconds()), visible_(isatty(2) && isatty(1))
+Progress::Progress(const char *what, uint64_t total, bool wanted)
+    : what_(what), total_(total), shown_(milliseconds()), visible_(wanted && isatty(2))
 {
 }
 
-Progress::~Progress()
-{
-    if (visible_) fputs("\r\033[K", stderr);
-}
+Progress::~Progress() { clearProgress(); }
 
 void Progress::at(uint64_t done)
 {
     done_ = done;
     if (!visible_ || done % 64 || milliseconds() - shown_ < 200) return;
     shown_ = milliseconds();
+    progressIsShown = true;
     if (total_)
         fprintf(stderr, "\r%s %3llu%%", what_,
                 static_cast<unsigned long long>(done >= total_ ? 100 : done * 100 / total_));
@@ -267,6 +275,9 @@ static int run(int argc, char **argv)
     if (arguments.names.size() < wanted->least || arguments.names.size() > wanted->most)
         return say("%s takes %s", wanted->name, wanted->operands), kUsage;
     if (given & ~wanted->options) return say("%s does not take one of these options", wanted->name), kUsage;
+    bool columns = arguments.format == Format::csv || arguments.format == Format::jsonLines;
+    if (!columns && (arguments.hexadecimal || !arguments.fields.empty()))
+        return say("--fields, --layout and --hex go with --format=csv or jsonl"), kUsage;
     return wanted->run(arguments);
 }
 
@@ -274,6 +285,7 @@ static int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    signal(SIGXFSZ, SIG_IGN); // a write beyond the limit of file sizes is told as any other failure
     int outcome = file_tool::run(argc, argv);
     if (fflush(stdout) != 0 || ferror(stdout)) {
         file_tool::say("the output could not be written");

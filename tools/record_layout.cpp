@@ -20,7 +20,7 @@ struct Item {
     unsigned level = 0;
     std::string name, usage, picture;
     uint32_t offset = 0, length = 0, occurs = 1;
-    bool redefines = false, signApart = false;
+    bool redefines = false, signApart = false, depends = false;
 };
 
 std::string upper(std::string text)
@@ -66,14 +66,15 @@ bool beginsWithRecord(const char *copybook)
     return level <= 1;
 }
 
-bool writeProgram(const std::string &name, const std::string &copybook, bool needsRecord)
+// The copybook goes by a short name beside the program: its own may be too long for a line.
+bool writeProgram(const std::string &name, const char *copybook, bool needsRecord)
 {
     FILE *to = fopen(name.c_str(), "w");
     if (!to) return false;
     fprintf(to, "       IDENTIFICATION DIVISION.\n       PROGRAM-ID. LAYOUT.\n       DATA DIVISION.\n"
                 "       WORKING-STORAGE SECTION.\n");
     if (needsRecord) fprintf(to, "       01  LAYOUT-RECORD.\n");
-    fprintf(to, "       COPY \"%s\".\n       PROCEDURE DIVISION.\n           STOP RUN.\n", copybook.c_str());
+    fprintf(to, "       COPY \"%s\".\n       PROCEDURE DIVISION.\n           STOP RUN.\n", copybook);
     return fclose(to) == 0;
 }
 
@@ -100,27 +101,37 @@ std::vector<Item> itemsOfMap(const std::string &listing)
     return items;
 }
 
-// The pictures, from the entries of the source in the order of the map.
+// The next word of a source, a literal with the blanks in it. False: there is none.
+bool nextWord(const std::string &source, size_t *at, std::string *word)
+{
+    while (*at < source.size() && isspace(static_cast<unsigned char>(source[*at]))) ++*at;
+    size_t begin = *at;
+    char quote = 0;
+    for (; *at < source.size() && (quote || !isspace(static_cast<unsigned char>(source[*at]))); ++*at) {
+        char c = source[*at];
+        if (quote ? c == quote || c == '\n' : c == '"' || c == '\'') quote = quote ? '\0' : c;
+    }
+    *word = upper(source.substr(begin, *at - begin));
+    return *at > begin;
+}
+
+// The pictures, from the entries of the source in the order of the map. An entry begins with its
+// level after a period, wherever that is in its line.
 void takePictures(const std::string &source, std::vector<Item> *items)
 {
-    std::istringstream lines(source);
-    std::string line;
-    size_t at = 0;
+    size_t at = 0, item = 0;
     Item *now = nullptr;
-    while (std::getline(lines, line)) {
-        std::istringstream words(line);
-        std::string word;
-        for (bool first = true, picture = false; words >> word; first = false) {
-            word = upper(word);
-            unsigned level =
-                first && isdigit(static_cast<unsigned char>(word[0])) ? strtoul(word.c_str(), nullptr, 10) : 0;
-            if (level) now = (level <= 49 || level == 77) && at < items->size() ? &(*items)[at++] : nullptr;
-            if (!now || level) continue;
-            if (word.size() > 1 && word.back() == '.') word.pop_back();
-            if (picture && word != "IS") now->picture = word, picture = false;
-            picture |= word == "PIC" || word == "PICTURE";
-            now->signApart |= word == "SEPARATE" || word == "LEADING";
-        }
+    std::string word;
+    for (bool first = true, picture = false; nextWord(source, &at, &word);) {
+        unsigned long level = first ? strtoul(word.c_str(), nullptr, 10) : 0;
+        first = word.back() == '.';
+        if (level) now = (level <= 49 || level == 77) && item < items->size() ? &(*items)[item++] : nullptr;
+        if (!now || level) continue;
+        if (first && word.size() > 1) word.pop_back();
+        if (picture && word != "IS") now->picture = word, picture = false;
+        picture |= word == "PIC" || word == "PICTURE";
+        now->signApart |= word == "SEPARATE" || word == "LEADING";
+        now->depends |= word == "DEPENDING";
     }
 }
 
@@ -156,7 +167,10 @@ Field fieldOf(const Item &item)
     Field field;
     bool number = isNumber(item.picture, &field.isSigned, &field.scale);
     field.length = item.length;
-    if (item.usage == "DISPLAY")
+    const bool scaled = item.picture.find('P') != item.picture.npos; // digits that are not there
+    if (scaled && item.usage != "DISPLAY")
+        field.form = Field::bytes;
+    else if (item.usage == "DISPLAY")
         field.form = number && !item.signApart ? Field::zoned : Field::text;
     else if (item.usage == "PACKED-DECIMAL")
         field.form = Field::packed;
@@ -170,6 +184,18 @@ Field fieldOf(const Item &item)
         field.form = Field::bytes;
     if (field.form == Field::text || field.form == Field::bytes) field.isSigned = false, field.scale = 0;
     return field;
+}
+
+// The first item of the first record that lies after a table of no fixed size; null: none does.
+const Item *itemAfterTable(const std::vector<Item> &items)
+{
+    uint32_t end = 0;
+    for (size_t at = 1; at < items.size() && items[at].level > 1 && items[at].level != 77; ++at) {
+        const Item &item = items[at];
+        if (end && item.offset >= end && !item.redefines) return &item;
+        if (item.depends) end = item.offset + item.length * item.occurs;
+    }
+    return nullptr;
 }
 
 struct Unfolding {
@@ -222,15 +248,24 @@ bool readLayout(const char *copybook, std::vector<Field> *fields)
         return say("--layout: kvrcob, which reads copybooks, is not installed; --fields says what a record is made of"),
                false;
     if (!mkdtemp(folder)) return say("--layout: %s: %s", folder, strerror(errno)), false;
-    const std::string program = std::string(folder) + "/layout.cbl";
-    std::string listing, source;
-    bool good = writeProgram(program, path, !beginsWithRecord(path)) &&
+    const std::string program = std::string(folder) + "/layout.cbl", link = std::string(folder) + "/it";
+    std::string listing, source, folders = path;
+    folders.erase(folders.rfind('/') + 1); // what it copies itself lies beside it
+    if (const char *more = getenv("COBCPY")) folders += std::string(":") + more;
+    setenv("COBCPY", folders.c_str(), 1);
+    bool good = symlink(path, link.c_str()) == 0 && writeProgram(program, link.c_str(), !beginsWithRecord(path)) &&
                 runCompiler("check --list", program, &listing) && runCompiler("-E", program, &source);
+    unlink(link.c_str());
     unlink(program.c_str());
     rmdir(folder);
     std::vector<Item> items = itemsOfMap(listing);
     if (!good || items.empty()) return say("--layout: %s is no copybook that kvrcob can read", copybook), false;
     takePictures(source, &items);
+    if (const Item *moved = itemAfterTable(items))
+        return say("--layout: %s: %s comes after a table that OCCURS DEPENDING ON an item: its place is not always the "
+                   "same",
+                   copybook, moved->name.c_str()),
+               false;
     Unfolding{items, fields}.add(0, 0, "");
     return fields->size() < kMostFields || (say("--layout: %s has too many items", copybook), false);
 }

@@ -131,6 +131,13 @@ bool putFloat(const Field &field, const std::string &text, std::string *bytes)
     return true;
 }
 
+bool fromDecimal(const std::string &text, uint64_t most, uint64_t *value)
+{
+    errno = 0;
+    *value = strtoull(text.c_str(), nullptr, 10);
+    return !text.empty() && text.find_first_not_of("0123456789") == text.npos && !errno && *value <= most;
+}
+
 // "-12.5" at two decimal places: the digits 1250 and the sign. False if it has more digits or
 // places than fit.
 bool digitsOf(const Field &field, const std::string &text, size_t room, std::string *digits, bool *negative)
@@ -193,8 +200,10 @@ bool putNumber(const Field &field, const std::string &text, std::string *bytes)
 
 bool fieldText(const Field &field, std::string_view record, std::string *text, std::string *why)
 {
-    if (field.position + field.length > record.size()) return text->clear(), true; // a short record lacks it
+    if (field.position >= record.size()) return text->clear(), true; // a short record lacks it
     std::string_view bytes = record.substr(field.position, field.length);
+    if (bytes.size() < field.length && field.form != Field::text)
+        return *why = "it ends within field " + field.name, false;
     bool good = true;
     switch (field.form) {
     case Field::text:
@@ -243,9 +252,9 @@ std::string jsonString(const std::string &text)
     return quoted + '"';
 }
 
-void addValue(std::string *line, Format format, const std::string &name, const std::string &value, bool isNumber)
+void addValue(std::string *line, Format format, bool first, const std::string &name, const std::string &value,
+              bool isNumber)
 {
-    bool first = line->empty();
     if (format == Format::csv) {
         *line += (first ? "" : ",") + csvCell(value);
     } else {
@@ -272,7 +281,7 @@ struct Json {
             return;
         }
         int more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        *text += static_cast<char>((0xF00 >> more & 0xFF) | code >> 6 * more);
+        *text += static_cast<char>((0xF80 >> more & 0xFF) | code >> 6 * more);
         while (more--) *text += static_cast<char>(0x80 | (code >> 6 * more & 0x3F));
     }
     bool unit(uint32_t *code)
@@ -316,7 +325,7 @@ struct Json {
         if (*at == '"') return string(text);
         text->clear();
         if (strncmp(at, "null", 4) == 0) return at += 4, true;
-        while (*at && strchr("+-.0123456789", *at)) *text += *at++;
+        while (*at && strchr("+-.0123456789eE", *at)) *text += *at++;
         return !text->empty();
     }
     bool object(std::vector<std::string> *names, std::vector<std::string> *values)
@@ -375,33 +384,47 @@ bool parseFields(const char *text, std::vector<Field> *fields)
     return true;
 }
 
-std::string csvHead(const Arguments &arguments, bool numbered)
+// Fields have blanks at their ends no more, so they do not tell how long a record is.
+static bool hasLengths(const Arguments &arguments, const Shape &shape)
+{
+    return shape.variable() && !arguments.fields.empty();
+}
+
+std::string csvHead(const Arguments &arguments, const Shape &shape, bool numbered)
 {
     std::string line = numbered ? "number" : "";
     auto add = [&](const std::string &name) { line += (line.empty() ? "" : ",") + csvCell(name); };
+    if (hasLengths(arguments, shape)) add("length");
     for (const Field &field : arguments.fields) add(field.name);
     if (arguments.fields.empty()) add(arguments.hexadecimal ? "hex" : "record");
     return line;
 }
 
-bool formatRecord(const Arguments &arguments, std::string_view record, const uint64_t *number, std::string *line,
-                  std::string *why)
+bool formatRecord(const Arguments &arguments, const Shape &shape, std::string_view record, const uint64_t *number,
+                  std::string *line, std::string *why)
 {
     Format format = arguments.format;
     line->clear();
-    if (number) addValue(line, format, "number", std::to_string(*number), true);
+    bool first = true;
+    auto add = [&](const std::string &name, const std::string &value, bool isNumber) {
+        addValue(line, format, first, name, value, isNumber);
+        first = false;
+    };
+    if (number) add("number", std::to_string(*number), true);
+    if (hasLengths(arguments, shape)) add("length", std::to_string(record.size()), true);
     for (const Field &field : arguments.fields) {
         std::string text;
         if (!fieldText(field, record, &text, why)) return false;
-        addValue(line, format, field.name, text, field.form != Field::text && field.form != Field::bytes);
+        add(field.name, text, field.form != Field::text && field.form != Field::bytes);
     }
     if (arguments.fields.empty()) {
         bool text = isText(record) && !arguments.hexadecimal;
         if (!text && format == Format::csv && !arguments.hexadecimal)
             return *why = "it is no text; --hex writes it", false;
-        addValue(line, format, text ? "record" : "hex", text ? std::string(record) : hexOf(record), false);
+        add(text ? "record" : "hex", text ? std::string(record) : hexOf(record), false);
     }
     if (format == Format::jsonLines) *line += "}";
+    if (line->empty()) *line = "\"\""; // others take an empty line for no row
     return true;
 }
 
@@ -419,6 +442,14 @@ static bool readLine(FILE *from, std::string *line)
     free(text);
     if (size <= 0) return false;
     if (line->back() == '\n') line->pop_back();
+    return true;
+}
+
+// Spreadsheets put a byte order mark in front of UTF-8.
+bool RecordReader::textLine(std::string *line)
+{
+    if (!readLine(from_, line)) return false;
+    if (!line_++ && line->compare(0, 3, "\xEF\xBB\xBF") == 0) line->erase(0, 3);
     return true;
 }
 
@@ -451,15 +482,13 @@ bool RecordReader::csvRow(std::vector<std::string> *cells, std::string *why)
 {
     std::string line, cell;
     cells->clear();
-    if (!readLine(from_, &line)) return false;
-    ++line_;
+    if (!textLine(&line)) return false;
     bool quoted = false;
     for (size_t i = 0;; ++i) {
         if (i >= line.size()) {
             if (!quoted) break;
             std::string more; // a line end within quotes belongs to the cell
-            if (!readLine(from_, &more)) return *why = "a quote is not closed", false;
-            ++line_;
+            if (!textLine(&more)) return *why = "a quote is not closed", false;
             cell += '\n';
             line = more;
             i = static_cast<size_t>(-1);
@@ -490,10 +519,13 @@ bool RecordReader::assemble(const std::vector<std::string> &names, const std::ve
             if (field.form == Field::text || !putNumber(field, "0", &zero)) zero.assign(field.length, ' ');
             record->append(zero);
         }
+    uint64_t length = record->size();
     for (size_t i = 0; i < names.size(); ++i) {
-        const std::string &name = names[i], value = i < values.size() ? values[i] : "";
-        if (name == "number" && arguments_.fields.empty() + shape_.relative()) {
-            *number = strtoull(value.c_str(), nullptr, 10);
+        const std::string &name = names[i], &value = values[i];
+        const bool isLength = name == "length" && hasLengths(arguments_, shape_);
+        if (isLength || (name == "number" && (arguments_.fields.empty() || shape_.relative()))) {
+            if (!fromDecimal(value, isLength ? shape_.longest : ~uint64_t(0), isLength ? &length : number))
+                return *why = "'" + value + "' is no " + name, false;
             continue;
         }
         if (arguments_.fields.empty()) {
@@ -515,6 +547,7 @@ bool RecordReader::assemble(const std::vector<std::string> &names, const std::ve
         if (field->form == Field::text) bytes.resize(field->length, ' ');
         if (!bytes.empty()) record->replace(field->position, field->length, bytes);
     }
+    if (hasLengths(arguments_, shape_)) record->resize(length, ' ');
     return true;
 }
 
@@ -528,14 +561,18 @@ bool RecordReader::next(std::string *record, uint64_t *number, std::string *why)
     if (arguments_.format == Format::jsonLines) {
         std::string line;
         std::vector<std::string> names;
-        if (!readLine(from_, &line)) return false;
-        ++line_;
+        if (!textLine(&line)) return false;
         Json json = {line.c_str()};
-        if (!json.object(&names, &values)) return *why = "it is no object of strings and numbers", false;
+        if (strlen(line.c_str()) != line.size() || !json.object(&names, &values))
+            return *why = "it is no object of strings and numbers", false;
         return assemble(names, values, record, number, why);
     }
     if (columns_.empty() && !csvRow(&columns_, why)) return false;
-    return csvRow(&values, why) && assemble(columns_, values, record, number, why);
+    if (!csvRow(&values, why)) return false;
+    if (values.size() != columns_.size())
+        return *why = "it has " + std::to_string(values.size()) + " of " + std::to_string(columns_.size()) + " columns",
+               false;
+    return assemble(columns_, values, record, number, why);
 }
 
 } // namespace file_tool

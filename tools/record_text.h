@@ -1,9 +1,10 @@
 // Records as text: CSV (RFC 4180) and JSON lines, one column or member a field.
 //
 // Without fields a record is one column, "record", or "hex" for what is no text. A relative file
-// has its record number in front, "number". Fields of numbers are written in decimal: zoned and
-// packed ones with their sign and point, binary ones (COMP, most significant byte first) as they
-// are.
+// has its record number in front, "number"; fields of records that differ in length have the
+// "length" of each before them, for what they are filled up with does not tell it. Fields of
+// numbers are written in decimal: zoned and packed ones with their sign and point, binary ones
+// (COMP, most significant byte first) as they are.
 #pragma once
 
 #include <string>
@@ -19,11 +20,11 @@ namespace file_tool {
 bool parseFields(const char *text, std::vector<Field> *fields);
 
 // What goes before the first record of a CSV file.
-std::string csvHead(const Arguments &arguments, bool numbered);
+std::string csvHead(const Arguments &arguments, const Shape &shape, bool numbered);
 
 // One line, without its end. False: the record cannot be written so; `why` says it.
-bool formatRecord(const Arguments &arguments, std::string_view record, const uint64_t *number, std::string *line,
-                  std::string *why);
+bool formatRecord(const Arguments &arguments, const Shape &shape, std::string_view record, const uint64_t *number,
+                  std::string *line, std::string *why);
 
 // The way back: reads records of text from a stream.
 class RecordReader {
@@ -41,6 +42,7 @@ private:
     std::vector<std::string> columns_;
     uint64_t line_ = 0;
 
+    bool textLine(std::string *line);
     bool nextLines(std::string *record, std::string *why);
     bool nextBinary(std::string *record, std::string *why);
     bool csvRow(std::vector<std::string> *cells, std::string *why);

@@ -172,32 +172,6 @@ bool StoreBuilder::finish()
     return true;
 }
 
-int openStoreToRead(const std::string &path, MDB_env **env, int *guard)
-{
-    const std::string store = storeOf(path);
-    unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | MDB_RDONLY;
-    int error = 0;
-    *guard = -1;
-    for (int again = 0; again < 2; ++again) {
-        *env = nullptr;
-        error = mdb_env_create(env);
-        if (!error) mdb_env_set_maxreaders(*env, filesystems::kMostReaders);
-        if (!error) mdb_env_set_mapsize(*env, filesystems::mapSize());
-        if (!error) error = mdb_env_open(*env, store.c_str(), flags, 0666);
-        if (!error) return 0;
-        if (*env) mdb_env_close(*env);
-        *env = nullptr;
-        if ((error != EACCES && error != EROFS) || again || access(store.c_str(), R_OK) != 0) break;
-        *guard = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (*guard < 0) return errno;
-        if (!filesystems::denyWriters(*guard)) return ::close(*guard), *guard = -1, EBUSY;
-        flags |= MDB_NOLOCK;
-    }
-    if (*guard >= 0) ::close(*guard);
-    *guard = -1;
-    return error;
-}
-
 // --- the place of the old file
 
 OwnedFile::~OwnedFile()
@@ -222,11 +196,23 @@ bool OwnedFile::take()
     if (held.lockless)
         return say("%s: no locks on this file system, so others may have the file open", path_.c_str()), false;
 
-    // A killed command: if the new store is there already, its header follows; if not, all of it
-    // goes.
+    return complete();
+}
+
+// A killed command: if the new store is there already, and its header not, that follows. What it
+// left before or after that moment goes, for the file may be another by now.
+bool OwnedFile::complete()
+{
     StoredHeaderFile old, made;
+    StorePages pages;
+    uint64_t identity;
     if (access(newName().c_str(), F_OK) != 0 || !made.read(newName()) || !old.read(path_)) return true;
     if (access((newName() + ".mdb").c_str(), F_OK) == 0) return true;
+    if (!pages.map(path_ + ".mdb") || !pages.takeHead() || !identityOf(pages, &identity)) return true;
+    if (identity == old.header().identity || identity != made.header().identity) {
+        unlink(newName().c_str());
+        return true;
+    }
     say("%s: completing what an interrupted command left", path_.c_str());
     return replaceByNew();
 }
@@ -235,19 +221,32 @@ bool OwnedFile::replaceByNew()
 {
     StoredHeaderFile made;
     std::string store = newName() + ".mdb", old = path_ + ".mdb";
-    if (!made.read(newName())) return say("%s: %s", newName().c_str(), made.reason()), false;
+    bool isThere = access(store.c_str(), F_OK) == 0;
+    auto stays = [&](const std::string &name, const char *why) {
+        say("%s: %s", name.c_str(), why);
+        unlink(newName().c_str());
+        unlink(store.c_str());
+        return false;
+    };
+    if (!made.read(newName())) return stays(newName(), made.reason());
     struct stat about;
-    if (stat(old.c_str(), &about) == 0 && access(store.c_str(), F_OK) == 0 &&
+    if (stat(old.c_str(), &about) == 0 && isThere &&
         (chmod(store.c_str(), about.st_mode & 07777) != 0 || chown(store.c_str(), about.st_uid, about.st_gid) != 0))
         say("%s: its owner and rights could not be kept: %s", old.c_str(), strerror(errno));
-    if (access(store.c_str(), F_OK) == 0) {
+    if (isThere) {
         unlink((old + "-lock").c_str());
-        if (rename(store.c_str(), old.c_str()) != 0) return say("%s: %s", old.c_str(), strerror(errno)), false;
+        if (rename(store.c_str(), old.c_str()) != 0) return stays(old, strerror(errno));
     }
+
+    // From here on the file is between its old and its new form.
     int error = forceFile(old);
     if (!error) error = filesystems::writeAll(descriptor_, true, &made.header(), filesystems::kStoredHeaderSize, 0);
     if (!error && fsync(descriptor_) != 0) error = errno;
-    if (error) return say("%s: %s", path_.c_str(), strerror(error)), false;
+    if (error) {
+        say("%s: %s; it gives file status 30 until the change is completed: kvr2-file compact %s", path_.c_str(),
+            strerror(error), path_.c_str());
+        return false;
+    }
     unlink(newName().c_str());
     return true;
 }

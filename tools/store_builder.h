@@ -51,10 +51,6 @@ private:
     int nextNumber(uint32_t key, std::string_view value, uint64_t *number);
 };
 
-// The environment of a file's store for reading: 0, an errno or an error of LMDB. A user who may
-// not write NAME.mdb-lock admits no writer instead while `guard` is open; EBUSY: there is one.
-int openStoreToRead(const std::string &path, MDB_env **env, int *guard);
-
 // A file that nobody else has open, for as long as this lives.
 class OwnedFile {
 public:
@@ -69,6 +65,8 @@ public:
 private:
     std::string path_;
     int descriptor_ = -1;
+
+    bool complete();
 };
 
 // Forces a file, and the directory entry that leads to it; 0 or an errno.

@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "companions/filesystems/store_layout.h"
+
 namespace file_tool {
 
 // --- the header
@@ -24,10 +26,13 @@ bool StoredHeaderFile::read(const std::string &path)
     else if (descriptor < 0 || (got = pread(descriptor, &header_, sizeof header_, 0)) < 0)
         reason_ = strerror(errno);
     if (descriptor >= 0) ::close(descriptor);
-    if (got < 0) return false;
+    unreadable_ = got < 0;
+    if (unreadable_) return false;
     size_t size = static_cast<size_t>(got);
     marked_ = size >= 11 && filesystems::hasMark(header_);
-    if (!marked_)
+    if (!size)
+        reason_ = "it is empty";
+    else if (!marked_)
         reason_ = "it has no header";
     else if (size != sizeof header_ || header_.checksum != filesystems::checksumOf(header_))
         reason_ = "its header is damaged";
@@ -132,13 +137,17 @@ static void onBusError(int)
     _exit(kFailed);
 }
 
-StorePages::~StorePages()
+StorePages::~StorePages() { unmap(); }
+
+void StorePages::unmap()
 {
     if (base_) munmap(const_cast<uint8_t *>(base_), size_);
+    base_ = nullptr;
 }
 
 bool StorePages::map(const std::string &name)
 {
+    unmap();
     int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     struct stat about {};
     if (descriptor < 0 || fstat(descriptor, &about) != 0) {
@@ -156,8 +165,9 @@ bool StorePages::map(const std::string &name)
     signal(SIGBUS, onBusError);
     base_ = static_cast<const uint8_t *>(mapped);
     filePages_ = size_ / pageSize_;
-    lastPage_ = filePages_ ? filePages_ - 1 : 0;
+    if (!change_) lastPage_ = filePages_ ? filePages_ - 1 : 0;
     marks_.assign(filePages_, unknown);
+    if (change_) mark(0, 2, used);
     return true;
 }
 
@@ -176,16 +186,25 @@ bool StorePages::takeHead(uint64_t change)
         uint64_t itsChange = load<uint64_t>(page + changeAt);
         uint32_t pageSize = load<uint32_t>(page + treesAt);
         if (pageSize < 512 || pageSize > 65536 || (pageSize & (pageSize - 1))) continue;
+        // Pages that no commit has written yet may be beyond the end of the file, but not far.
+        uint64_t last = load<uint64_t>(page + lastAt), filePages = size_ / pageSize;
+        if (last < 1 || last >= filePages + filePages / 2 + 4096) continue;
         ++good;
         if (change ? itsChange != change : found && itsChange < change_) continue;
         found = true;
         pageSize_ = pageSize;
         change_ = itsChange;
-        lastPage_ = load<uint64_t>(page + lastAt);
+        lastPage_ = last;
         memcpy(trees_, page + treesAt, sizeof trees_);
     }
     headLost_ = good < 2;
     if (!found) return false;
+    // A head is written over by the second change after its own, in the order of its bytes. It was
+    // read in peace if not even the first one is there.
+    for (size_t at : {size_t(0), size_t(pageSize_)})
+        if (change &&
+            __atomic_load_n(reinterpret_cast<const uint64_t *>(base_ + at + changeAt), __ATOMIC_ACQUIRE) > change)
+            return change_ = 0, false;
     filePages_ = size_ / pageSize_;
     marks_.assign(filePages_, unknown);
     reached_ = freePages_ = 0;
@@ -322,6 +341,16 @@ bool StorePages::findTree(const char *name, Tree *tree)
     std::string_view value;
     if (!find(trees_[1], name, &value) || value.size() != sizeof *tree) return false;
     memcpy(tree, value.data(), sizeof *tree);
+    return true;
+}
+
+bool identityOf(StorePages &pages, uint64_t *identity)
+{
+    Tree about;
+    std::string_view value;
+    if (!pages.findTree(filesystems::kAboutDatabase, &about) || !pages.find(about, "identity", &value)) return false;
+    if (value.size() != sizeof *identity) return false;
+    memcpy(identity, value.data(), sizeof *identity);
     return true;
 }
 

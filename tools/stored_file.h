@@ -28,14 +28,15 @@ class StoredHeaderFile {
 public:
     // False: `reason` says why.
     bool read(const std::string &path);
-    bool isStored() const { return marked_; } // what was read begins as a file of this file system does
+    bool isStored() const { return marked_; }         // what was read begins as a file of this file system does
+    bool isUnreadable() const { return unreadable_; } // what it is cannot be said
     const char *reason() const { return reason_.c_str(); }
     const filesystems::StoredHeader &header() const { return header_; }
     Shape shape() const;
 
 private:
     filesystems::StoredHeader header_{};
-    bool marked_ = false;
+    bool marked_ = false, unreadable_ = false;
     std::string reason_;
 };
 
@@ -44,7 +45,8 @@ void layOutKeys(const Shape &shape, FileKey *table, size_t room);
 filesystems::StoredHeader headerOf(const Shape &shape);
 // The key of a record that is long enough for it.
 std::string keyIn(const filesystems::StoredHeader &header, uint32_t key, std::string_view record);
-std::string storeOf(const std::string &path); // NAME.mdb of the file itself
+std::string storeOf(const std::string &path);                 // NAME.mdb of the file itself
+bool identityOf(class StorePages &pages, uint64_t *identity); // of the file that a store belongs to
 
 // A tree of the store, as its parent knows it.
 struct Tree {
@@ -65,6 +67,7 @@ public:
     StorePages &operator=(const StorePages &) = delete;
 
     // Maps the file; false: it has said why. A file without a head page that counts is mapped, too.
+    // Once more after `takeHead`: if the file has grown by then.
     bool map(const std::string &name);
     // Takes the head page of that change, 0: the newer one. False: there is none. With one of the
     // two damaged, the other may be that of the change before the last: `headLost`.
@@ -107,6 +110,7 @@ private:
     std::vector<uint8_t> marks_;
 
     struct Page;
+    void unmap();
     bool pageAt(uint64_t number, Page *page, std::string *why) const;
     bool entryAt(const Page &page, size_t node, Entry *entry, uint64_t *firstOverflow, std::string *why) const;
     bool walkPage(uint64_t number, int depth, const Visit &visit);

@@ -81,10 +81,30 @@ OpenFile::~OpenFile()
     if (descriptor >= 0) ::close(descriptor);
 }
 
+static uint64_t slotSizeOf(const StoredHeader &header)
+{
+    return 4 + uint64_t(header.longest) + filesystems::sumSizeOf(header);
+}
+
+uint64_t tornSlot(const StoredHeader &header, const OpenFile &file)
+{
+    const uint64_t slotSize = slotSizeOf(header);
+    uint64_t size = file.size, rest = 0;
+    struct stat about;
+    for (int n = 0; n < 2; ++n) { // beside a writer once more, when its transfer is over
+        rest = size > kStoredHeaderSize ? (size - kStoredHeaderSize) % slotSize : 0;
+        if (!rest || n) break;
+        filesystems::lockBytes(file.descriptor, false, size - rest, slotSize);
+        if (fstat(file.descriptor, &about) == 0) size = static_cast<uint64_t>(about.st_size);
+        filesystems::unlockBytes(file.descriptor, file.size - rest, slotSize);
+    }
+    return rest;
+}
+
 bool walkSlots(const StoredHeader &header, OpenFile &file,
                const std::function<bool(uint64_t, uint32_t, std::string_view)> &visit)
 {
-    uint64_t slotSize = 4 + uint64_t(header.longest) + filesystems::sumSizeOf(header);
+    const uint64_t slotSize = slotSizeOf(header);
     std::string slot(slotSize, 0);
     Progress progress("slots", file.size);
     for (uint64_t number = 1;; ++number) {

@@ -41,6 +41,9 @@ struct OpenFile {
 bool walkSlots(const filesystems::StoredHeader &header, OpenFile &file,
                const std::function<bool(uint64_t, uint32_t, std::string_view)> &visit);
 
+// Bytes of a slot that the end of the file cuts off; 0: it ends with a whole one.
+uint64_t tornSlot(const filesystems::StoredHeader &header, const OpenFile &file);
+
 // Whether a slot may be one of this file: its length, and its checksum if the file has any.
 bool isPossibleSlot(const filesystems::StoredHeader &header, uint64_t number, uint32_t mark, std::string_view slot);
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <initializer_list>
 #include <new>
@@ -208,6 +209,28 @@ bool decisionOf(const char *pointer, char *decision)
     return true;
 }
 
+bool isSameFile(int descriptor, const char *name)
+{
+    struct stat ours, there;
+    return fstat(descriptor, &ours) == 0 && stat(name, &there) == 0 && ours.st_ino == there.st_ino &&
+           ours.st_dev == there.st_dev;
+}
+
+// A name whose decision is gone: never decided, or brought in by all others. Under its lock, and
+// only if it still is what was read: meanwhile another transaction may have put its own there.
+int removeName(const char *pointer, const char *gone)
+{
+    char leadsTo[PATH_MAX];
+    int descriptor = open(pointer, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return errno == ENOENT ? 0 : errno;
+    while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
+    }
+    bool same = isSameFile(descriptor, pointer) && decisionOf(pointer, leadsTo) && strcmp(leadsTo, gone) == 0;
+    int error = same && access(gone, F_OK) != 0 && unlink(pointer) != 0 && errno != ENOENT ? errno : 0;
+    close(descriptor);
+    return error;
+}
+
 } // namespace
 
 bool hasJournal(const char *name)
@@ -221,18 +244,18 @@ int settleJournal(const char *name)
     char pointer[PATH_MAX], decision[PATH_MAX];
     if (!journalName(name, pointer) || !decisionOf(pointer, decision)) return 0;
     int descriptor = open(decision, O_RDWR | O_CLOEXEC);
+    const bool mayOnlyRead = descriptor < 0 && (errno == EACCES || errno == EROFS || errno == EPERM);
+    if (mayOnlyRead) descriptor = open(decision, O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
-        // Never decided, or brought in by all others: what is left is the name.
-        bool gone = errno == ENOENT;
-        return gone && (unlink(pointer) == 0 || errno == ENOENT) ? 0 : errno;
+        if (errno != ENOENT) return errno;
+        return strcmp(pointer, decision) == 0 ? 0 : removeName(pointer, decision);
     }
-    while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
+    while (flock(descriptor, mayOnlyRead ? LOCK_SH : LOCK_EX) != 0 && errno == EINTR) {
     }
-    struct stat ours, there;
     int error = 0;
-    bool same = fstat(descriptor, &ours) == 0 && stat(decision, &there) == 0 && ours.st_ino == there.st_ino &&
-                ours.st_dev == there.st_dev;
-    if (same) {
+    if (isSameFile(descriptor, decision) && mayOnlyRead) {
+        error = EACCES; // its maker was killed: who may write brings it to its end
+    } else if (isSameFile(descriptor, decision)) {
         Head head;
         SizeLimitHeldOff guard;
         uint8_t *content = readJournal(descriptor, &head, &error);
@@ -246,35 +269,68 @@ int settleJournal(const char *name)
     return error;
 }
 
+// The name, if nobody has it. Not every file system has hard links.
+static bool takeName(const char *own, const char *name)
+{
+    if (link(own, name) == 0) return true;
+    return (errno == EPERM || errno == EOPNOTSUPP) && renameat2(AT_FDCWD, own, AT_FDCWD, name, RENAME_NOREPLACE) == 0;
+}
+
+// The journal of a file under its name, `name`: empty and locked, or one that leads to `decision`.
+// What another transaction has there comes first. It appears when it is whole, so that nobody takes
+// it for what a kill left, and for those who may use the file.
+static int claimJournal(const char *file, const char *decision, char *name, int *descriptor)
+{
+    char own[PATH_MAX];
+    struct stat about;
+    if (!journalName(file, name) || snprintf(own, sizeof own, "%s.%d", name, getpid()) >= PATH_MAX) return ENAMETOOLONG;
+    unlink(own);
+    *descriptor = open(own, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (*descriptor < 0) return errno;
+    int error = stat(file, &about) != 0 ? errno : 0;
+    if (!error &&
+        (fchown(*descriptor, about.st_uid, about.st_gid) != 0 || fchmod(*descriptor, about.st_mode & 0777) != 0))
+        fchmod(*descriptor, about.st_mode & 0666);
+    if (decision) {
+        uint64_t head[2] = {kPointer, strlen(decision)};
+        if (!error) error = writeAll(*descriptor, true, head, sizeof head, 0);
+        if (!error) error = writeAll(*descriptor, true, decision, head[1], sizeof head);
+        if (!error && wantedDurability() != Durability::none) error = forceData(*descriptor);
+    } else if (!error && flock(*descriptor, LOCK_EX) != 0) {
+        error = errno;
+    }
+
+    bool named = false;
+    while (!error && !named) {
+        error = settleJournal(file);
+        named = !error && takeName(own, name);
+        if (!error && !named && errno != EEXIST) error = errno;
+    }
+    unlink(own);
+    if (error) {
+        close(*descriptor);
+        *descriptor = -1;
+    }
+    return error;
+}
+
 int beginJournal(CommitJournal *journal, const JournalPart *parts, size_t count)
 {
     journal->descriptor = -1;
-    if (!journalName(parts[0].name, journal->name)) return ENAMETOOLONG;
     if (getrandom(&journal->number, sizeof journal->number, 0) != static_cast<ssize_t>(sizeof journal->number))
         return errno;
-    if (int error = settleJournal(parts[0].name)) return error;
-    journal->descriptor = open(journal->name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    int error = journal->descriptor < 0 || flock(journal->descriptor, LOCK_EX) != 0 ? errno : 0;
-    for (size_t i = 1; i < count && !error; ++i) {
+    if (int error = claimJournal(parts[0].name, nullptr, journal->name, &journal->descriptor)) return error;
+    int error = 0;
+    size_t claimed = 1;
+    for (; claimed < count && !error; ++claimed) {
         char pointer[PATH_MAX];
-        uint64_t head[2] = {kPointer, strlen(journal->name)};
-        int descriptor = -1;
-        if (!journalName(parts[i].name, pointer))
-            error = ENAMETOOLONG;
-        else if (!(error = settleJournal(parts[i].name)))
-            descriptor = open(pointer, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (!error && descriptor < 0) error = errno;
-        if (!error) error = writeAll(descriptor, true, journal->name, head[1], sizeof head);
-        if (!error) error = writeAll(descriptor, true, head, sizeof head, 0);
-        if (!error && wantedDurability() != Durability::none) {
-            error = forceData(descriptor);
-            forceDirectory(pointer);
-        }
-        if (descriptor >= 0) close(descriptor);
-        if (error && descriptor >= 0) unlink(pointer);
-        if (error) count = i;
+        int descriptor;
+        error = claimJournal(parts[claimed].name, journal->name, pointer, &descriptor);
+        if (error) break;
+        close(descriptor);
+        if (wantedDurability() != Durability::none) forceDirectory(pointer);
     }
-    if (error) endJournal(journal, parts, count);
+    if (error) endJournal(journal, parts, claimed);
     return error;
 }
 

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "companions/filesystems/durability.h"
+#include "companions/filesystems/lock_file.h"
 #include "companions/filesystems/size_limit.h"
 #include "companions/filesystems/store_faults.h"
 #include "companions/filesystems/store_state.h"
@@ -49,6 +50,7 @@ Store *openStore(const char *name, const struct stat &about, bool writable, bool
     MDB_env *env = nullptr;
     heedPageFaults();
     *error = checkHeads(name);
+    if (!*error && locked) makeLockFile(name);
     if (!*error) *error = openEnvironment(name, writable, locked, &env);
     if (*error) return nullptr;
     auto *store = static_cast<Store *>(calloc(1, sizeof(Store) + strlen(name) + 1));
@@ -274,7 +276,10 @@ Store *useStore(FCB *fcb, const Opened &opened, bool writable, bool shared, cons
         store = openStore(name, about, false, false, &error);
     }
     store = withDatabases(store, header, data, &error);
-    if (error) failWithStore(fcb, error);
+    if (error == EACCES && !lockFileIsUsable(name))
+        fail(fcb, 91, fs2LockFile);
+    else if (error)
+        failWithStore(fcb, error);
     return store;
 }
 

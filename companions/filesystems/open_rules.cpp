@@ -41,9 +41,16 @@ int standardStream(const FCB *fcb)
     return -1;
 }
 
-} // namespace
+// Does the name lead to another file by now, or to none?
+bool isReplaced(const char *name, const struct stat &ours)
+{
+    struct stat there;
+    return stat(name, &there) != 0 || there.st_dev != ours.st_dev || there.st_ino != ours.st_ino;
+}
 
-Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked)
+// One attempt; `*replaced`: what was opened, and is locked, has lost its name meanwhile.
+Opened openOnce(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked,
+                bool *replaced)
 {
     bool output = fcb->requestedMode & ZVK_OPEN_OUTPUT, input = fcb->requestedMode & ZVK_OPEN_INPUT;
     bool optional = fib->attributes & ZVK_FILE_OPTIONAL;
@@ -113,6 +120,7 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
         failWithErrno(fcb, errno);
         return refused(descriptor);
     }
+    *replaced = goesOn < 0 && isReplaced(fcb->fileName, about);
     if (about.st_size == 0 && emptyIsAbsent && !output) {
         if (!optional) {
             fail(fcb, 35, fs2Absent);
@@ -126,6 +134,21 @@ Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, b
     }
     if (created && !output) zvkSetStatus(fcb, 5, fs2Absent);
     return {descriptor, true, created || output, static_cast<uint64_t>(about.st_size), held};
+}
+
+} // namespace
+
+// The one before may have put another file in this one's place before it ended, as CLOSE does after
+// DELETE of lines: what is written into the old one would be lost.
+Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked)
+{
+    constexpr int most = 10; // a file system whose numbers are not always the same
+    for (int tries = 1;; ++tries) {
+        bool replaced = false;
+        Opened opened = openOnce(fcb, fib, policy, devices, emptyIsAbsent, parked, &replaced);
+        if (!replaced || tries == most) return opened;
+        if (opened.descriptor >= 0) close(opened.descriptor);
+    }
 }
 
 const char *resolvedName(const char *name, char *room)

@@ -44,6 +44,7 @@ const char *const kTexts[fs2Last - fs2AtEnd] = {
     "transaction cannot be committed: a change failed; roll it back",
     "file has changes that are not committed",
     "lines are not deleted from a file of several names (hard links)",
+    "no permission for the lock file of the record store (NAME.mdb-lock)",
 };
 
 const char *textOf(void *, uint32_t fs2, int32_t, int32_t)

@@ -50,6 +50,7 @@ enum Secondary : uint32_t {
     fs2Doomed,
     fs2Uncommitted,
     fs2SeveralNames,
+    fs2LockFile,
     fs2Last,
     fs2System = 1000
 };

@@ -78,8 +78,12 @@ Participant *addParticipant(const char *fileName, int descriptor)
     one->descriptor = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
     strcpy(one->name, name);
     if (one->descriptor < 0) return free(one), nullptr;
-    one->next = transaction.participants;
-    return transaction.participants = one;
+    // In one order for all programs: two that commit the same files do not wait for each other.
+    Participant **at = &transaction.participants;
+    while (*at && ((*at)->device < about.st_dev || ((*at)->device == about.st_dev && (*at)->inode < about.st_ino)))
+        at = &(*at)->next;
+    one->next = *at;
+    return *at = one;
 }
 
 uint16_t statusOf(int error)

@@ -213,6 +213,14 @@ TAKEN int unlink(const char *name)
     if (failing == FailingDisk::stopped) failsNow(&none);
     return static_cast<int>(syscall(SYS_unlink, name));
 }
+TAKEN int link(const char *name, const char *more)
+{
+    struct stat about;
+    int result = static_cast<int>(syscall(SYS_linkat, AT_FDCWD, name, AT_FDCWD, more, 0));
+    if (recording && result == 0 && stat(name, &about) == 0)
+        RecordingDisk::writes.push_back({about.st_ino, RecordedWrite::linked, more});
+    return result;
+}
 TAKEN int fsync(int fd)
 {
     record(fd, -1, "", 0);

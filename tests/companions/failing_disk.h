@@ -23,9 +23,9 @@ public:
 
 // What the process writes, in order, with the moments at which it has it forced to the disk.
 struct RecordedWrite {
-    enum : long { forced = -1, made = -2, removed = -3 };
+    enum : long { forced = -1, made = -2, removed = -3, linked = -4 };
     unsigned long inode;
-    long offset; // forced: all before it of this inode is on the disk; made, removed: `bytes` is a name
+    long offset; // forced: all before it of this inode is on the disk; made, removed, linked: `bytes` is a name
     std::string bytes;
 };
 class RecordingDisk {

@@ -506,4 +506,27 @@ TEST(Waiting, ForARecordOrAFile)
     }
 }
 
+// The file that was waited for may have lost its name to another.
+TEST(Waiting, ForAFileThatIsReplaced)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("lines"), name = "lsq-" + path;
+    writeFile(path, "one\ntwo\nthree\n");
+    CompiledFile holder(name, fixed10), waiter(name, fixed10);
+    ASSERT_EQ(holder.open(ZVK_OPEN_IO), "00");
+    ASSERT_EQ(holder.read(), "00");
+    ASSERT_EQ(holder.verb(holder.fcb->deleteRecord, {}), "00");
+    setenv("VFS_LOCK_WAIT", "600", 1);
+    std::thread ending([&] {
+        usleep(150000);
+        EXPECT_EQ(holder.close(), "00");
+    });
+    EXPECT_EQ(waiter.open(ZVK_OPEN_EXTEND), "00");
+    ending.join();
+    unsetenv("VFS_LOCK_WAIT");
+    EXPECT_EQ(waiter.write("four"), "00");
+    EXPECT_EQ(waiter.close(), "00");
+    EXPECT_EQ(readFile(path), "two\nthree\nfour\n");
+}
+
 } // namespace

@@ -293,6 +293,44 @@ TEST(Open, ReaderOfAnotherUserAndAWriter)
     });
 }
 
+// Whoever looks at an indexed file first makes its lock file, and the owner must write it.
+TEST(Open, LockFileOfAnotherUser)
+{
+    if (getuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+    TemporaryDirectory directory;
+    chmod(directory.path().c_str(), 0777);
+    const string path = directory.file("i"), lock = path + ".mdb-lock";
+    const FileAttributes attributes = indexedFile();
+    auto open = [&](uint16_t mode) {
+        CompiledFile file(path, attributes);
+        string status = file.open(mode), why = status < "10" ? "" : " " + reason(file);
+        if (file.fcb->mode) file.close();
+        return status + why;
+    };
+    struct stat about;
+    asNobody([&] { REQUIRE(open(ZVK_OPEN_OUTPUT) == "00"); });
+    chmod((path + ".mdb").c_str(), 0640);
+    EXPECT_EQ(open(ZVK_OPEN_INPUT), "00");
+    ASSERT_EQ(stat(lock.c_str(), &about), 0);
+    EXPECT_EQ(about.st_mode & 0777, 0640u);
+    asNobody([&] { REQUIRE(open(ZVK_OPEN_IO) == "00"); });
+
+    // Who cannot give it to the owner lets all who may read the store write it.
+    unlink(lock.c_str());
+    for (const string &name : {path, path + ".mdb"})
+        ASSERT_EQ(chown(name.c_str(), 0, 0) + chmod(name.c_str(), 0644), 0);
+    asNobody([&] { REQUIRE(open(ZVK_OPEN_INPUT) == "00"); });
+    ASSERT_EQ(stat(lock.c_str(), &about), 0);
+    EXPECT_EQ(about.st_mode & 0777, 0666u);
+
+    chmod(path.c_str(), 0666);
+    chmod((path + ".mdb").c_str(), 0666);
+    ASSERT_EQ(chown(lock.c_str(), 0, 0) + chmod(lock.c_str(), 0600), 0);
+    asNobody([&] {
+        REQUIRE(open(ZVK_OPEN_IO) == "91 no permission for the lock file of the record store (NAME.mdb-lock)");
+    });
+}
+
 // Every number that a module can give has a text, and no two the same; what the library gives
 // itself has none here.
 TEST(Open, SecondaryStatusesHaveTexts)
@@ -341,6 +379,23 @@ TEST(Open, ExternalFileOfTwoPrograms)
         });
         EXPECT_EQ(run.status, 0) << int(attributes.organization) << run.err << run.signal;
     }
+}
+
+// An item gets the file's name after the file was registered; a message after CLOSE tells it.
+TEST(Open, ExternalFileOfAnItem)
+{
+    TemporaryDirectory directory;
+    ChildRun run = runChild([&] {
+        CompiledFile file("", {.external = true});
+        const string name = "rsd-" + directory.file("x");
+        file.all.assign(name);
+        REQUIRE(file.open(ZVK_OPEN_OUTPUT) == "00" && file.close() == "00");
+        file.all.assign("another");
+        REQUIRE(name == file.fcb->fileName);
+        file.all.assign("");
+        REQUIRE(file.open(ZVK_OPEN_INPUT) == "95");
+    });
+    EXPECT_EQ(run.status, 0) << run.err << run.signal;
 }
 
 } // namespace

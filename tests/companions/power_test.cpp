@@ -35,7 +35,7 @@ string afterCut(const std::vector<RecordedWrite> &writes, unsigned long inode, c
         if (writes[i].inode == inode && writes[i].offset == RecordedWrite::made) end = i;
     size_t forced = 0;
     for (size_t i = begin; i < end; ++i)
-        if (writes[i].inode == inode && writes[i].offset < 0) forced = i;
+        if (writes[i].inode == inode && writes[i].offset < 0 && writes[i].offset != RecordedWrite::linked) forced = i;
     string content = before;
     for (size_t i = begin; i < end; ++i) {
         const RecordedWrite &one = writes[i];
@@ -139,8 +139,12 @@ bool madeFileAfterCut(const std::vector<RecordedWrite> &writes, const string &na
         const RecordedWrite &one = writes[i];
         if (one.offset > RecordedWrite::forced || one.offset == RecordedWrite::forced || one.bytes != name) continue;
         if (i >= forced && random() % 2) break; // the folder keeps the order of its changes
-        inode = one.offset == RecordedWrite::made ? one.inode : 0;
+        inode = one.offset == RecordedWrite::removed ? 0 : one.inode;
         made = i;
+        // What is linked was made, and perhaps written, under another name.
+        while (one.offset == RecordedWrite::linked && made &&
+               !(writes[made].inode == inode && writes[made].offset == RecordedWrite::made))
+            --made;
     }
     if (inode) *content = afterCut(writes, inode, "", end, random, made);
     return inode;

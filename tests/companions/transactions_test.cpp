@@ -260,6 +260,82 @@ TEST_F(Transactions, HoldLocksToTheirEnd)
 
 // Transfers between accounts in two indexed files and a relative one; killed at any moment, also
 // within a commit, while another program has the files open. Their sum stays.
+// Relative files have no lock for a whole transaction: two of them commit at the same moment.
+TEST_F(Transactions, OfSeveralProgramsEndWhateverTheirOrder)
+{
+    TemporaryDirectory directory;
+    const string names[] = {"stl-" + directory.file("a"), "stl-" + directory.file("b")};
+    for (const string &name : names) {
+        CompiledFile file(name, relativeFile());
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        for (uint64_t n : {1, 2, 3}) ASSERT_EQ(file.write("old", numbered(n)), "00");
+        ASSERT_EQ(file.close(), "00");
+    }
+    ASSERT_EQ(commit(), 0);
+    pid_t programs[3];
+    for (uint64_t who : {0, 1, 2})
+        if (!(programs[who] = fork())) {
+            alarm(300); // who waits without end fails
+            CompiledFile first(names[who % 2], relativeFile()), second(names[1 - who % 2], relativeFile());
+            bool good = first.open(ZVK_OPEN_IO) == "00" && second.open(ZVK_OPEN_IO) == "00";
+            for (int n = 0; good && n < shareOf(300); ++n) {
+                string text = std::to_string(n);
+                good =
+                    first.rewrite(text, numbered(who + 1)) == "00" && second.rewrite(text, numbered(who + 1)) == "00";
+                good = good && commit() == 0;
+            }
+            _exit(good ? 0 : 1);
+        }
+    for (pid_t program : programs) {
+        int status = -1;
+        waitpid(program, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status)) << "it waited for ever";
+        EXPECT_EQ(WEXITSTATUS(status), 0) << "a verb or the commit failed";
+    }
+    for (const string &name : names) {
+        string all;
+        for (int n : {1, 2, 3}) all += std::to_string(n) + ":" + pad(std::to_string(shareOf(300) - 1), 10) + "*1\n";
+        EXPECT_EQ(contentsOf(name, relativeFile()), all);
+    }
+}
+
+// A user who may only read meets the journal of a commit that is being made, too.
+TEST_F(Transactions, AreWaitedForByWhoMayOnlyRead)
+{
+    if (getuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+    TemporaryDirectory directory;
+    const string path = directory.file("f"), name = "stl-" + path;
+    {
+        CompiledFile file(name, relativeFile());
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        ASSERT_EQ(file.write("old", numbered(1)), "00");
+        ASSERT_EQ(file.close(), "00");
+        ASSERT_EQ(commit(), 0);
+    }
+    chmod(directory.path().c_str(), 0755);
+    chmod(path.c_str(), 0644);
+    pid_t writer = fork();
+    if (writer == 0) {
+        CompiledFile file(name, relativeFile());
+        bool good = file.open(ZVK_OPEN_IO) == "00";
+        while (good) good = file.rewrite("new", numbered(1)) == "00" && commit() == 0;
+        _exit(1);
+    }
+    pid_t reader = fork();
+    if (reader == 0) {
+        CompiledFile file(name, relativeFile());
+        string status = setuid(65534) == 0 ? file.open(ZVK_OPEN_INPUT) : "no other user";
+        for (int n = 0; status == "00" && n < shareOf(2000); ++n) status = file.read(numbered(1));
+        if (status != "00") fprintf(stderr, "%s %s\n", status.c_str(), reason(file).c_str());
+        _exit(status == "00" ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(reader, &status, 0);
+    EXPECT_EQ(status, 0);
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+}
+
 TEST_F(Transactions, KilledAtAnyMoment)
 {
     setenv("VFS_DURABILITY", "none", 1);

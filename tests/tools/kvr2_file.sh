@@ -45,6 +45,27 @@ expect "$(status "$tool" load --create -r 9 -t csv -F'A:4:p2,B:2:s9,C:2:b,D:1' n
 grep -q '2 refused\|3 refused' err || fail "numbers that do not fit are not refused"
 expect "$("$tool" dump -t csv -F'A:4:p2,B:2:s9,C:2:b,D:1' n 2>/dev/null | tail -1)" '12.25,7,65535,y'
 
+# A first column without text, records that are shorter than their fields, numbers that JSON writes with an exponent.
+printf '    ABCD\nXXXXYYYY\n' >text; "$tool" load -f -c -r 8 gaps text 2>/dev/null
+expect "$("$tool" dump -t csv -F A:4,B:4 gaps 2>/dev/null | sed -n 2p)" ',ABCD'
+printf 'ID001short\nID002a longer text\nID003\n' >text; "$tool" load -f -c -r 5-30 short text 2>/dev/null
+expect "$("$tool" dump -t csv -F ID:5,TEXT:25 short 2>/dev/null | sed -n 2p)" '10,ID001,short'
+for format in csv jsonl; do
+    "$tool" dump -t $format -F ID:5,TEXT:25 short text -f 2>/dev/null
+    expect "$(status "$tool" load -f -c -r 5-30 -t $format -F ID:5,TEXT:25 back text)" 0
+    "$tool" dump -t rsd short a -f 2>/dev/null; "$tool" dump -t rsd back b -f 2>/dev/null; same a b
+done
+expect "$(status "$tool" dump -t csv -F ID:5,N:10:9 short)" 3; grep -q 'ends within field N' err || fail "a number that is cut off"
+# Characters that JSON writes as numbers; a row that is nothing but an empty cell.
+printf '{"A":"\\u00e9\\u20ac"}\n{"A":"\\ud83d\\ude00\\u0041"}\n{"A":""}\n' >text
+expect "$(status "$tool" load -f -c -r 6 -t jsonl -F A:6 back text)" 0
+expect "$("$tool" dump -t csv -F A:6 back 2>/dev/null | tr '\n' ' ')" 'A é€ 😀A "" '
+# Spreadsheets: a byte order mark; rows that have other columns than the head.
+printf '\xef\xbb\xbfA,B\r\n1,2\r\n3\r\n4,5,6\r\n' >text
+expect "$(status "$tool" load -f -c -r 8 -t csv -F A:4,B:4 back text)" 3; grep -q '2 refused' err || fail "rows of other columns"
+expect "$("$tool" dump -t csv -F A:4,B:4 back 2>/dev/null | tail -1)" '1,2'
+expect "$("$tool" info "STL-$PWD/back" | sed -n 2p)" '  kind        sequential, file system stl'
+
 # The layout of a copybook is that of the fields; items that occur, that redefine and that are no decimal numbers.
 printf '           05  ACCT PIC 9(6).\n           05  GRP PIC S9(4).\n           05  NUM PIC 9(3)V99.\n           05  TXT PIC X(35).\n' >rec.cpy
 expect "$(PATH=/usr/bin:/bin status "$tool" dump -t csv -L rec.cpy f)" 2
@@ -72,6 +93,26 @@ expect "$("$tool" dump -t rsd deep 2>/dev/null | od -An -tx1 -v | tr -d ' \n')" 
 "$tool" dump -t csv -L deep.cpy deep 2>/dev/null >out.txt
 expect "$(tail -1 out.txt)" "$(tail -1 deep.csv)"
 expect "$(head -1 out.txt | tr -d '\"')" "$(head -1 deep.csv | tr -d '\"')"
+"$tool" dump -f -t jsonl -L deep.cpy deep text 2>/dev/null; sed -i 's/0\.125/1.25e-01/' text
+expect "$(status "$tool" load -f -c -r 21 -t jsonl -L deep.cpy back text)" 0
+"$tool" dump -t csv -L deep.cpy back 2>/dev/null >want.txt; same out.txt want.txt
+# Entries that share a line, values on a line of their own, digits that are not there, a name longer than a line.
+mkdir -p "$(printf 'folder%.0s' {1..20})"; cd folderf*
+cat >rows.cpy <<'END'
+       01  ROWS.  05  A PIC 9(3).  05  B PIC S9(3)V99 COMP-3.
+           05  T PIC X(3) VALUE "a. ".
+           05  C PIC 9(3) VALUE
+               5.
+           05  D PIC S9(3).  COPY "more.cpy".
+END
+echo '           05  P PIC SVPP99 COMP-3.' >more.cpy
+cd "$work"; printf 'A,B,T,C,D,P\n12,-1.50,xx,7,-3,012C\n' >text
+expect "$(status "$tool" load -f -c -r 17 -t csv -L folderf*/rows.cpy back text)" 0
+"$tool" dump -t csv -L folderf*/rows.cpy back 2>/dev/null >out.txt; same out.txt text
+printf '           05  N PIC 9.\n           05  T PIC X OCCURS 1 TO 5 DEPENDING ON N.\n' >table.cpy
+"$tool" dump -t csv -L table.cpy back >/dev/null 2>&1 || [ $? = 3 ] || fail "a table at the end"
+echo '           05  Z PIC X.' >>table.cpy
+expect "$(status "$tool" dump -t csv -L table.cpy back)" 2; grep -q 'Z comes after a table' err || fail "an item without a place"
 echo 'no copybook at all' >bad.cpy
 expect "$(status "$tool" dump -t csv -L bad.cpy f)" 2
 
@@ -159,9 +200,17 @@ cp other half.kvr2-new; cp other.mdb half.mdb
 expect "$(status "$tool" verify half)" 3
 "$tool" compact half 2>/dev/null; "$tool" verify half >/dev/null; [ ! -e half.kvr2-new ] || fail "not completed"
 
+# What a command left before the file was made anew is not for the new one.
+cp other half.kvr2-new
+expect "$(status "$tool" compact half)" 0; "$tool" verify half >/dev/null; [ ! -e half.kvr2-new ] || fail "still there"
+
 # Compact, backup, rebuild.
 "$tool" compact f 2>/dev/null; "$tool" backup f g; "$tool" verify f g >/dev/null
 expect "$(status "$tool" backup f g)" 1
+# A copy that fails leaves the one before.
+expect "$(ulimit -f 20; status "$tool" backup -f f g)" 1; grep -q 'g.mdb: File too large' err || fail "a full disk is not told"
+"$tool" verify g >/dev/null
+[ "$(echo g.*)" = "g.mdb g.mdb-lock" ] || fail "left over: $(echo g.*)"
 "$tool" rebuild f whole 2>/dev/null; "$tool" dump -f whole out.txt 2>/dev/null; same out.txt sorted.txt
 pages=$(($(stat -c %s g.mdb) / 4096))
 for ((page = 0; page < pages; page += page < 8 ? 1 : 4 * ${KVR2_TEST_SHARE:-1})); do
@@ -176,6 +225,9 @@ for ((page = 0; page < pages; page += page < 8 ? 1 : 4 * ${KVR2_TEST_SHARE:-1}))
     case "$seen $rc $((lost > 0))" in "3 3 "? | "3 0 0" | "0 0 0") ;; *) fail "page $page: verify $seen, rebuild $rc, $lost lost" ;; esac
     [ "$lost" -le 200 ] || fail "page $page: $lost records are lost"
 done
+cp f.mdb g.mdb
+for head in 0 4096; do printf '\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF' | dd of=g.mdb bs=1 seek=$((head + 136)) conv=notrunc 2>/dev/null; done
+expect "$(status "$tool" info g)" 0; expect "$(status "$tool" verify g)" 3
 head -c 100000 f.mdb >g.mdb
 expect "$(status "$tool" verify g)" 3
 expect "$(status "$tool" rebuild -f g new)" 3; "$tool" verify new >/dev/null
@@ -188,6 +240,9 @@ damage rel $((4096 + 54 * 10))
 expect "$(status "$tool" verify rel)" 3
 expect "$(status "$tool" rebuild rel newrel)" 3
 expect "$("$tool" dump newrel 2>/dev/null | wc -l)" 2999
+truncate -s -20 newrel
+expect "$(status "$tool" verify newrel)" 3
+expect "$(status "$tool" rebuild -f newrel rel)" 3; grep -q '2998 records kept, 1 lost' err || fail "a record that is cut off"
 
 # Wrong usage, and the manual.
 expect "$(status "$tool")" 2
@@ -195,6 +250,11 @@ expect "$(status "$tool" frobnicate f)" 2
 expect "$(status "$tool" verify)" 2
 expect "$(status "$tool" compact -k 1:2 f)" 2
 expect "$(status "$tool" dump -t xml f)" 2
+expect "$(status "$tool" load -x f in.txt)" 2; grep -q 'csv or jsonl' err || fail "lines in hexadecimal digits"
+cp f bare
+expect "$(status "$tool" backup bare new2)" 1; grep -q 'bare.mdb: No such file' err || fail "a missing store: $(cat err)"
+expect "$(status "$tool" verify bare)" 3; grep -q 'cannot be opened (No such file' out || fail "a missing store: $(cat out)"
+: >empty; expect "$(status "$tool" info empty)" 1; grep -q 'it is empty' err || fail "an empty file"
 expect "$(status "$tool" info absent)" 1
 expect "$(status "$tool" dump rsd-bytes)" 1
 expect "$(status "$tool" dump f /dev/full -f)" 1

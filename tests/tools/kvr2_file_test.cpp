@@ -46,11 +46,14 @@ TEST_F(FileTool, WorksBesideAWriter)
             ASSERT_LE(file.write(relative ? "0000" : "00000200009999", {.relativeKey = 2}), "02");
             ASSERT_EQ(file.close(), "00");
         }
+        int begun[2];
+        ASSERT_EQ(pipe(begun), 0);
         pid_t writer = fork();
         if (writer == 0) {
             CompiledFile file("stl-" + path, attributes);
             if (file.open(ZVK_OPEN_IO) != "00") _exit(1);
-            for (int n = 1;; ++n)
+            for (int n = 1;; ++n) {
+                if (n == 2 && write(begun[1], "", 1) != 1) _exit(3);
                 for (uint64_t record : {1, 2}) {
                     string text = relative ? string(5000, static_cast<char>('A' + n % 26)) : "";
                     text = relative ? text.replace(0, 4, counted("", n).substr(0, 4))
@@ -58,7 +61,12 @@ TEST_F(FileTool, WorksBesideAWriter)
                                           counted("", n + static_cast<int>(record) * 5000).substr(0, 4);
                     if (file.rewrite(text, {.relativeKey = record}) > "02") _exit(2);
                 }
+            }
         }
+        ::close(begun[1]);
+        char byte;
+        ASSERT_EQ(read(begun[0], &byte, 1), 1);
+        ::close(begun[0]);
         int highest = 0;
         for (int round = 0; round < shareOf(12); ++round) {
             int status, one = -1, two = -1;
@@ -123,6 +131,55 @@ TEST_F(FileTool, DoesNotWriteOverAFileInUse)
         ASSERT_EQ(file.rewrite(counted("000002", 7)), "00") << command;
     }
     ASSERT_EQ(file.close(), "00");
+}
+
+// A program that has the file for itself alone knows of no readers: nothing certain can be read.
+TEST_F(FileTool, ReadsNoStoreUnderAnExclusiveWriter)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("f"), copy = directory.file("copy");
+    CompiledFile file("stl-" + path, indexedFile());
+    ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+    ASSERT_EQ(file.write(counted("000001", 1)), "00");
+    int status;
+    for (const string &command : {"backup " + path + " " + copy, "verify " + path, "rebuild " + path + " " + copy}) {
+        string said = tool(command, &status);
+        EXPECT_EQ(status, 1) << command << said;
+        EXPECT_NE(said.find("kvr2-file info says"), string::npos) << said;
+        EXPECT_NE(access(copy.c_str(), F_OK), 0);
+    }
+    string said = tool("info " + path, &status);
+    EXPECT_EQ(status, 0) << said;
+    EXPECT_NE(said.find("open for itself alone"), string::npos) << said;
+    ASSERT_EQ(file.close(), "00");
+}
+
+// Pages that a writer uses again are no damage.
+TEST_F(FileTool, InfoBesideAWriter)
+{
+    TemporaryDirectory directory;
+    const string path = directory.file("f");
+    {
+        CompiledFile file("stl-" + path, indexedFile());
+        ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
+        for (int n = 0; n < 2000; ++n) ASSERT_LE(file.write(counted(std::to_string(100000 + n).c_str(), n)), "02");
+        ASSERT_EQ(file.close(), "00");
+    }
+    pid_t writer = fork();
+    if (writer == 0) {
+        CompiledFile file("stl-" + path, indexedFile());
+        if (file.open(ZVK_OPEN_IO) != "00") _exit(1);
+        for (int n = 0;; n = (n + 7) % 2000) file.rewrite(counted(std::to_string(100000 + n).c_str(), n));
+    }
+    for (int round = 0; round < shareOf(40); ++round) {
+        int status;
+        string said = tool("info " + path, &status);
+        EXPECT_EQ(status, 0) << said;
+        ASSERT_EQ(said.find("damaged"), string::npos) << said;
+        ASSERT_NE(said.find("records     2000"), string::npos) << said;
+    }
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
 }
 
 } // namespace
