@@ -78,11 +78,12 @@ template <bool subtract, class Word>
     return true;
 }
 
-// The same for items that fit the word, a digit a byte.
+// The same for items that fit the word, and not half of it, a digit a byte.
 template <bool subtract, class Word>
 [[gnu::always_inline]] inline bool byteZonedSum(const auto &call)
 {
     if (!fitBytes<Word>(call.op1Digits, call.op2Digits, call.dstDigits)) return false;
+    if (sizeof(Word) > 4 && fitBytes<HalfOf<Word>>(call.op1Digits, call.op2Digits, call.dstDigits)) return false;
     Word excess = 0;
     const auto a = signedBytes(loadBytes<Word>(call.op1, call.op1Digits), excess);
     const auto b = signedBytes(loadBytes<Word>(call.op2, call.op2Digits), excess);

@@ -14,6 +14,7 @@ using namespace bcd;
 
 namespace {
 
+// Of three items of n digits.
 template <bool subtract, int32_t n>
 [[gnu::always_inline]] inline bool sumOfLength(const auto &call)
 {
@@ -21,6 +22,16 @@ template <bool subtract, int32_t n>
         return digitSum<forms::ZndTO, subtract>(call.op1, call.op2, call.dst);
     else
         return byteZonedSum<subtract, std::conditional_t<(n > 4), uint64_t, uint32_t>>(call);
+}
+
+// Of any lengths. The ways by bytes come first; those through nibbles take signs that are letters,
+// and what is longer.
+template <bool subtract>
+[[gnu::always_inline]] inline bool sumOfLengths(const auto &call)
+{
+    return byteZonedSum<subtract, uint32_t>(call) || byteZonedSum<subtract, uint64_t>(call) ||
+           byteZonedSum<subtract, u128>(call) || shortZonedSum<subtract, uint64_t>(call) ||
+           longZonedSum<subtract>(call) || shortZonedSum<subtract, u128>(call);
 }
 
 struct AddZoned {
@@ -31,11 +42,7 @@ struct AddZoned {
     {
         return sumOfLength<false, n>(call);
     }
-    static bool quickLong(const auto &call)
-    {
-        return byteZonedSum<false, uint64_t>(call) || byteZonedSum<false, u128>(call) || longZonedSum<false>(call) ||
-               shortZonedSum<false, u128>(call);
-    }
+    static bool quickLong(const auto &call) { return sumOfLengths<false>(call); }
     static void work(const auto &c) { zvkBcdAddZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
@@ -47,11 +54,7 @@ struct SubZoned {
     {
         return sumOfLength<true, n>(call);
     }
-    static bool quickLong(const auto &call)
-    {
-        return byteZonedSum<true, uint64_t>(call) || byteZonedSum<true, u128>(call) || longZonedSum<true>(call) ||
-               shortZonedSum<true, u128>(call);
-    }
+    static bool quickLong(const auto &call) { return sumOfLengths<true>(call); }
     static void work(const auto &c) { zvkBcdSubZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 

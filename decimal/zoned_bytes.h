@@ -11,6 +11,8 @@
 // is left to the ways that decode its last byte by a table.
 #pragma once
 
+#include <type_traits>
+
 #include "decimal/words.h"
 #include "decimal/zoned.h"
 
@@ -19,6 +21,9 @@ namespace bcd {
 // Digits that fit a word.
 template <class Word>
 inline constexpr int32_t kByteDigits = sizeof(Word);
+
+template <class Word>
+using HalfOf = std::conditional_t<(sizeof(Word) > 8), uint64_t, uint32_t>;
 
 template <class Word>
 inline constexpr Word kByteZones = all<Word>(0x30);
