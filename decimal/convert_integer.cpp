@@ -197,7 +197,7 @@ struct ToBinary {
             if constexpr (isPacked<Form>)
                 return sn != 0 && fewPacked(result);
             else
-                return sn == 2 ? fewZoned<2>(result) : sn == 3 && fewZoned<3>(result);
+                return __builtin_expect(sn == 2, 1) ? fewZoned<2>(result) : sn == 3 && fewZoned<3>(result);
         }
         if constexpr (isPacked<Form>)
             return shortValue<uint64_t>(result);
