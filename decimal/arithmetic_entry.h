@@ -7,9 +7,12 @@
 //         using Form = forms::Pckd;
 //         static constexpr const char *title = "add packed...";         // null: these entries have no dump
 //         static bool quick(const auto &call);                          // and quickLong, if it has one
+//         template <int32_t n> static bool sameLength(const auto &call);  // or that, in place of quick
 //         static void work(const auto &call);
 //     };
 #pragma once
+
+#include <iterator>
 
 #include "decimal/dump.h"
 #include "decimal/entry.h"
@@ -28,11 +31,32 @@ struct TwoOperands {
     int32_t op2Digits;
     int32_t op1Digits;
 
-    bool quick(uint32_t, uint8_t *&result) const
+    bool quick(uint32_t, uint8_t *&result) const requires requires(const TwoOperands &call) { Op::quick(call); }
     {
         result = dst;
         return Op::quick(*this);
     }
+
+    // Where all three items have the same few digits there is a routine for each length. It knows
+    // its loads, shifts and stores, and needs no registers for lengths.
+    bool quick(uint32_t, uint8_t *&result) const requires requires(const TwoOperands &call)
+    {
+        Op::template sameLength<1>(call);
+    }
+    {
+        const auto index = static_cast<uint32_t>(op1Digits - 1);
+        if (op2Digits != op1Digits || dstDigits != op1Digits || index >= std::size(kOfLength)) return false;
+        result = kOfLength[index](op1, op2, dst);
+        return true;
+    }
+    template <int32_t n>
+    static uint8_t *ofLength(const uint8_t *op1, const uint8_t *op2, uint8_t *dst)
+    {
+        if (__builtin_expect(Op::template sameLength<n>(TwoOperands{op1, op2, dst, n, n, n}), 1)) return dst;
+        return runLongEntry<TwoOperands>(op1, op2, dst, n, n, n);
+    }
+    static constexpr decltype(&ofLength<1>) kOfLength[] = {ofLength<1>, ofLength<2>, ofLength<3>, ofLength<4>,
+                                                           ofLength<5>, ofLength<6>, ofLength<7>, ofLength<8>};
 
     bool quickLong(uint8_t *&result) const requires requires(const TwoOperands &call) { Op::quickLong(call); }
     {

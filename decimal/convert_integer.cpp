@@ -9,6 +9,7 @@
 #include "decimal/dump.h"
 #include "decimal/entry.h"
 #include "decimal/magnitude.h"
+#include "decimal/one_digit.h"
 #include "decimal/packed.h"
 #include "decimal/short_product.h"
 #include "decimal/validation.h"
@@ -97,55 +98,46 @@ struct ToBinary {
         dumpCopied("in: ", src, sn, Form::bytes(sn));
     }
 
-    // As signed, with the magnitude wrapped round.
-    [[gnu::always_inline]] static void give(uint64_t value, bool negative, Integer &result)
+    // As signed, with the magnitude wrapped round; `minus` is all bits of a negative one.
+    [[gnu::always_inline]] static void give(uint64_t value, uint64_t minus, Integer &result)
     {
-        const uint64_t minus = std::is_signed_v<Integer> ? 0 - uint64_t{negative} : 0;
-        result = static_cast<Integer>((value ^ minus) - minus);
+        if constexpr (std::is_signed_v<Integer>) value = (value ^ minus) - minus;
+        result = static_cast<Integer>(value);
     }
+    // Of the byte that carries the sign, in a zoned number that is clean.
+    static uint64_t minusOf(unsigned last) { return signMask(uint64_t{last} << 57); }
 
-    // Clean items of 1 to 3 digits.
+    // Clean items of two or three digits.
     [[gnu::always_inline]] bool fewPacked(Integer &result) const
     {
-        const unsigned last = src[sn >> 1], units = last >> 4, sign = last & 0x0F;
-        unsigned tens = 0, hundreds = 0;
-        if (sn > 1) {
-            tens = src[0] & 0x0Fu;
-            hundreds = src[0] >> 4;
-        }
+        const unsigned units = src[1] >> 4, sign = src[1] & 0x0F, tens = src[0] & 0x0F;
+        unsigned hundreds = src[0] >> 4;
         if (sign < 10 || units > 9 || tens > 9 || hundreds > 9) return false;
         if (sn == 2) hundreds = 0; // the first nibble of an even item is no digit
-        give(units + tens * 10 + hundreds * 100, isNegativeNibble(static_cast<uint8_t>(sign)), result);
+        give(units + tens * 10 + hundreds * 100, maskOf<uint64_t>(isNegativeNibble(static_cast<uint8_t>(sign))),
+             result);
         return true;
     }
-    // A letter in the last place is not decoded here, nor below, so its item goes the long way.
+    // Of two or three digits, known here. A letter in the last place is not decoded, nor below, so
+    // its item goes the long way.
+    template <int32_t n>
     [[gnu::always_inline]] bool fewZoned(Integer &result) const
     {
-        const unsigned last = src[sn - 1] ^ 0x30u;
-        unsigned value = last & ~kByteMinus;
-        if (value > 9) return false;
-        if (sn > 1) {
-            const unsigned tens = src[sn - 2] ^ 0x30u;
-            if (tens > 9) return false;
-            value += tens * 10;
-        }
-        if (sn > 2) {
-            const unsigned hundreds = src[0] ^ 0x30u;
-            if (hundreds > 9) return false;
-            value += hundreds * 100;
-        }
-        give(value, last & kByteMinus, result);
+        const unsigned last = src[n - 1] ^ 0x30u, tens = src[n - 2] ^ 0x30u, hundreds = n > 2 ? src[0] ^ 0x30u : 0;
+        const unsigned units = last & ~kByteMinus;
+        if (units > 9 || tens > 9 || hundreds > 9) return false;
+        give(units + tens * 10 + hundreds * 100, minusOf(last), result);
         return true;
     }
 
-    // Up to eight digits, a digit a byte.
+    // Four to eight digits, a digit a byte.
     [[gnu::always_inline]] bool eightDigitsValue(Integer &result) const
     {
-        if (!fitBytes<uint64_t>(sn)) return false;
+        if (static_cast<uint32_t>(sn - 4) > 4) return false;
         uint64_t excess = 0;
         const auto number = signedBytes(loadBytes<uint64_t>(src, sn), excess);
         if (anyExcess(excess)) return false;
-        give(valueOfBytes(number.digits), number.sign != 0, result);
+        give(valueOfBytes(number.digits), minusOf(number.sign), result);
         return true;
     }
 
@@ -169,7 +161,7 @@ struct ToBinary {
         const uint64_t front = loadBig<uint64_t>(src) ^ kByteZones<uint64_t>;
         excess |= excessOf(front >> (64 - 8 * before));
         if (anyExcess(excess)) return false;
-        give(value + weight * valueOfBytes(front >> (64 - 8 * before)), last.sign != 0, result);
+        give(value + weight * valueOfBytes(front >> (64 - 8 * before)), minusOf(last.sign), result);
         return true;
     }
 
@@ -194,16 +186,23 @@ struct ToBinary {
         }
         uint64_t value = limbValue(lowWord(digits));
         if constexpr (sizeof(Word) > 8) value += kLimb * limbValue(highWord(digits)); // longer ones wrap
-        give(value, negative, result);
+        give(value, maskOf<uint64_t>(negative), result);
         return true;
     }
     bool quick(uint32_t, Integer &result) const
     {
-        const bool few = static_cast<uint32_t>(sn - 1) < 3;
+        // Such short calls feel every jump, so the code of the shortest comes first.
+        if (static_cast<uint32_t>(sn) < 4) {
+            if (__builtin_expect(sn == 1, 1)) return digitValue<Form>(src, result);
+            if constexpr (isPacked<Form>)
+                return sn != 0 && fewPacked(result);
+            else
+                return __builtin_expect(sn == 2, 1) ? fewZoned<2>(result) : sn == 3 && fewZoned<3>(result);
+        }
         if constexpr (isPacked<Form>)
-            return few ? fewPacked(result) : shortValue<uint64_t>(result);
+            return shortValue<uint64_t>(result);
         else
-            return (few && fewZoned(result)) || eightDigitsValue(result);
+            return eightDigitsValue(result);
     }
     bool quickLong(Integer &result) const
     {
@@ -231,83 +230,83 @@ struct ToBinary {
 
 // Of an item longer than a word everything before the word is zero.
 template <class Word>
-void writePacked(Word digits, bool negative, uint8_t *dst, int32_t n)
+uint8_t *writePackedWord(Word digits, bool negative, bool keep, uint8_t *dst, int32_t n)
 {
     constexpr int32_t most = kWordDigits<Word>;
+    const bool minus = resultSign(negative, keep, anyBit(lowDigits(digits, n)));
+    uint8_t *to = dst;
     if (n > most) {
-        size_t before = packedBytes(n) - packedBytes(most);
+        const size_t before = packedBytes(n) - packedBytes(most);
         memset(dst, 0, before);
-        dst += before;
+        to += before;
         n = most;
     }
-    shortforms::Pckd::write(dst, n, digits, negative);
+    shortforms::Pckd::write(to, n, digits, minus);
+    return dst;
 }
 
-// The same for a magnitude below 1000 and an item of 1 to 3 digits.
-[[gnu::always_inline]] inline void writeFewPacked(unsigned magnitude, bool negative, bool keep, uint8_t *dst, int32_t n)
+// In the word that holds the digits.
+[[gnu::noinline]] uint8_t *writeLongPacked(uint64_t magnitude, bool negative, bool keep, uint8_t *dst, int32_t n)
 {
-    const unsigned hundreds = magnitude / 100;
-    unsigned digits = hundreds << 8 | kValuePair[magnitude - hundreds * 100];
-    if (n < 3) digits &= n == 2 ? 0xFF : 0x0F;
-    const unsigned item = digits << 4 | signNibble(negative && (keep || digits));
-    if (n > 1) *dst++ = static_cast<uint8_t>(item >> 8);
-    *dst = static_cast<uint8_t>(item);
-}
-
-// The digits of a magnitude, in the word that holds them.
-template <class Write>
-[[gnu::always_inline]] inline void withDigits(uint64_t magnitude, Write write)
-{
+    if (n < 0) n = 0;
     if (magnitude < 100'000'000)
-        write(uint64_t{eightDigits(static_cast<uint32_t>(magnitude))});
-    else if (magnitude < kLimb / 10) // one nibble stays free for a packed item's sign
-        write(limbDigits(magnitude));
-    else
-        write(digitsOf(u128{magnitude}));
+        return writePackedWord(uint64_t{eightDigits(static_cast<uint32_t>(magnitude))}, negative, keep, dst, n);
+    if (magnitude < kLimb / 10) // one nibble stays free for the sign
+        return writePackedWord(limbDigits(magnitude), negative, keep, dst, n);
+    return writePackedWord(digitsOf(u128{magnitude}), negative, keep, dst, n);
 }
 
-// The low n digits of 1 to 8, a byte each.
-[[gnu::always_inline]] inline uint64_t lowBytes(uint64_t magnitude, int32_t n)
+[[gnu::always_inline]] inline uint8_t *writePacked(uint64_t magnitude, bool negative, bool keep, uint8_t *dst,
+                                                   int32_t n)
 {
-    if (magnitude < 10 || n == 1) return magnitude % 10;
-    if (n <= 3) {
-        const auto number = static_cast<uint32_t>(magnitude < 1000 ? magnitude : magnitude % 1000);
-        const uint64_t tens = number / 10;
-        const uint64_t digits = number - tens * 10 + (tens % 10 << 8) + (tens / 10 << 16);
-        return n == 2 ? digits & 0xFFFF : digits;
-    }
-    const uint64_t low = magnitude < 100'000'000 ? magnitude : magnitude % 100'000'000;
-    return eightBytes(static_cast<uint32_t>(low)) & ~uint64_t{0} >> (64 - 8 * n);
+    if (static_cast<uint32_t>(n - 2) > 1 || magnitude >= 1000)
+        return writeLongPacked(magnitude, negative, keep, dst, n);
+    const uint32_t digits = threeDigitsApart<0x10>(static_cast<uint32_t>(magnitude)) & (n == 2 ? 0x0FFu : 0xFFFu);
+    const uint32_t sign = kPlus + resultSign(negative, keep, digits != 0);
+    storeBig<uint16_t>(dst, static_cast<uint16_t>(digits << 4 | sign));
+    return dst;
 }
-
-uint64_t signOf(bool negative) { return negative ? kByteMinus : 0; }
 
 // Into items of more than eight digits; a magnitude has 20 at most. Where two of the stores
 // overlap, the second one is right.
-inline void writeZoned(uint64_t magnitude, bool negative, bool keep, uint8_t *dst, int32_t n)
+[[gnu::noinline]] uint8_t *writeLongZoned(uint64_t magnitude, bool negative, bool keep, uint8_t *dst, int32_t n)
 {
+    if (n < 1) return dst;
     const uint64_t upper = magnitude / 100'000'000;
     const uint64_t last = eightBytes(static_cast<uint32_t>(magnitude % 100'000'000));
     const uint64_t middle = eightBytes(static_cast<uint32_t>(upper % 100'000'000));
     if (n <= 16) {
         const uint64_t front = middle << (8 * (16 - n));
         storeBig<uint64_t>(dst, front | kByteZones<uint64_t>);
-        storeBytes(dst + n - 8, 8, last, signOf(negative && (keep || (front | last))));
-        return;
+        storeBytes(dst + n - 8, 8, last, resultSign(signOf(negative), keep, (front | last) != 0));
+        return dst;
     }
     if (n > 24) memset(dst, '0', static_cast<size_t>(n) - 24);
     uint64_t front = eightBytes(static_cast<uint32_t>(upper / 100'000'000));
     if (n < 24) front <<= 8 * (24 - n);
     storeBig<uint64_t>(n > 24 ? dst + n - 24 : dst, front | kByteZones<uint64_t>);
     storeBig<uint64_t>(dst + n - 16, middle | kByteZones<uint64_t>);
-    storeBytes(dst + n - 8, 8, last, signOf(negative && (keep || (front | middle | last))));
+    storeBytes(dst + n - 8, 8, last, resultSign(signOf(negative), keep, (front | middle | last) != 0));
+    return dst;
 }
 
-// Of as many digits as an item has room for.
-template <class Word>
-inline bool allZero(Word digits, int32_t n)
+[[gnu::always_inline]] inline uint8_t *writeZoned(uint64_t magnitude, bool negative, bool keep, uint8_t *dst, int32_t n)
 {
-    return n < static_cast<int32_t>(2 * sizeof(Word)) ? !anyBit(digits & ((Word{1} << (4 * n)) - 1)) : !anyBit(digits);
+    if (__builtin_expect(!fitBytes<uint64_t>(n), 0)) return writeLongZoned(magnitude, negative, keep, dst, n);
+    auto write = [=](int32_t length, auto digits) __attribute__((always_inline))
+    {
+        digits &= static_cast<decltype(digits)>(~uint64_t{0} >> (64 - 8 * length)); // what is beyond is cut
+        storeBytes(dst, length, digits, resultSign(signOf(negative), keep, digits != 0));
+        return dst;
+    };
+    if (n <= 3) {
+        if (__builtin_expect(magnitude >= 1000, 0)) magnitude %= 1000;
+        const uint32_t digits = threeDigitsApart<0x100>(static_cast<uint32_t>(magnitude));
+        if (n == 2) return write(2, digits);
+        return n == 3 ? write(3, digits) : write(1, digits);
+    }
+    if (__builtin_expect(magnitude >= 100'000'000, 0)) magnitude %= 100'000'000;
+    return write(n, eightBytes(static_cast<uint32_t>(magnitude)));
 }
 
 template <class Integer, class Form>
@@ -321,27 +320,22 @@ struct FromBinary {
         dumpConversion(Shown<Integer>::name, shortName<Form>);
         dumpInteger("in: ", value);
     }
+    static bool keeps(uint32_t mode) { return mode & ZVK_BCD_KEEP_NEG_ZERO; }
+    bool negative() const { return value < 0; }
+    uint64_t magnitude() const
+    {
+        const auto minus = maskOf<uint64_t>(negative());
+        return (static_cast<uint64_t>(value) ^ minus) - minus;
+    }
+
     uint8_t *work(uint32_t mode) const
     {
-        const bool keep = mode & ZVK_BCD_KEEP_NEG_ZERO;
-        const uint64_t sign = value < 0 ? ~uint64_t{0} : 0;
-        const uint64_t magnitude = (static_cast<uint64_t>(value) ^ sign) - sign;
-        if constexpr (isPacked<Form>) {
-            if (static_cast<uint32_t>(dn - 1) < 3 && magnitude < 1000) {
-                writeFewPacked(static_cast<unsigned>(magnitude), sign != 0, keep, dst, dn);
-                return dst;
-            }
-            withDigits(magnitude, [&](auto digits) {
-                const int32_t n = dn > 0 ? dn : 0;
-                writePacked(digits, sign && (keep || !allZero(digits, n)), dst, n);
-            });
-        } else if (fitBytes<uint64_t>(dn)) {
-            const uint64_t digits = lowBytes(magnitude, dn);
-            storeBytes(dst, dn, digits, signOf(sign && (keep || digits)));
-        } else if (dn > 0) {
-            writeZoned(magnitude, sign != 0, keep, dst, dn);
-        }
-        return dst;
+        if (dn == 1 && digitFrom<Form>(value, dst)) return dst;
+        const uint64_t number = magnitude();
+        if constexpr (isPacked<Form>)
+            return writePacked(number, negative(), keeps(mode), dst, dn);
+        else
+            return writeZoned(number, negative(), keeps(mode), dst, dn);
     }
     void dumpResult(const uint8_t *) const { dumpCopied("out:", dst, dn, Form::bytes(dn)); }
 };
@@ -356,12 +350,12 @@ unsigned digitFromRight(const uint8_t *item, size_t bytes, int32_t place)
 } // namespace bcd
 
 #define TO_BINARY(Name, form, type)                                                                                    \
-    type Name(const uint8_t *src, int32_t srcDigits)                                                                   \
+    ZVK_SHORT_ENTRY type Name(const uint8_t *src, int32_t srcDigits)                                                   \
     {                                                                                                                  \
         return bcd::runEntry<bcd::ToBinary<bcd::forms::form, type>>(src, srcDigits);                                   \
     }
 #define FROM_BINARY(Name, type, form)                                                                                  \
-    uint8_t *Name(type value, uint8_t *dst, int32_t dstDigits)                                                         \
+    ZVK_SHORT_ENTRY uint8_t *Name(type value, uint8_t *dst, int32_t dstDigits)                                         \
     {                                                                                                                  \
         return bcd::runEntry<bcd::FromBinary<type, bcd::forms::form>>(value, dst, dstDigits);                          \
     }

@@ -13,6 +13,7 @@
 #include "decimal/conversion_workers.h"
 #include "decimal/dump.h"
 #include "decimal/entry.h"
+#include "decimal/one_digit.h"
 #include "decimal/packed.h"
 #include "decimal/short_number.h"
 #include "decimal/validation.h"
@@ -255,43 +256,49 @@ struct Cell {
         Word word;
         bool negative = false;
         if (!gatherSource(word, negative)) return false;
-        if (negative && !(mode & ZVK_BCD_KEEP_NEG_ZERO)) negative = anyBit(word & ((Word{1} << (4 * dn)) - 1));
-        shortforms::Pckd::write(dst, dn, word, negative);
+        word = lowDigits(word, dn);
+        const unsigned minus = resultSign(negative, mode & ZVK_BCD_KEEP_NEG_ZERO, anyBit(word));
+        shortforms::Pckd::writeCut(dst, dn, word, minus);
         return true;
     }
 
-    // One to three digits into as many places. Such items are so short that every step counts.
-    [[gnu::always_inline]] bool areFew() const
+    // Of one digit; into packed, where the mode keeps no negative zero. Out of packed a zero has no
+    // sign in any mode.
+    [[gnu::always_inline]] bool oneDigit(uint32_t mode) const
     {
-        return static_cast<uint32_t>(sn - 1) < 3 && static_cast<uint32_t>(dn - 1) < 3;
+        if (isPacked<To> && (mode & ZVK_BCD_KEEP_NEG_ZERO)) return false;
+        return digitConverted<From, To>(src, dst);
     }
-    [[gnu::always_inline]] bool fewFromPacked(uint32_t mode) const
+    // Of two or three, into as many.
+    [[gnu::always_inline]] bool fewFromPacked() const
     {
-        if ((mode & ZVK_BCD_EBCDIC) || !areFew()) return false;
-        const uint32_t whole = sn == 1 ? src[0] : loadBig<uint16_t>(src);
+        const uint32_t whole = loadBig<uint16_t>(src);
         const uint32_t digits = whole >> 4;
         const bool negative = isNegativeNibble(static_cast<uint8_t>(whole));
         if ((whole & 0x0F) < 10 || ((digits ^ (digits + 0x666)) & 0x1110)) return false;
         if (negative && digits == 0) return false;
         const uint32_t bytes = (digits & 0xF00) << 8 | (digits & 0x0F0) << 4 | (digits & 0x00F);
-        storeBytes(dst, dn, bytes, uint32_t{negative} << 6);
+        storeBytes(dst, dn, bytes, signOf(negative));
         return true;
     }
     [[gnu::always_inline]] bool fewIntoPacked(uint32_t mode) const
     {
-        if ((mode & ZVK_BCD_EBCDIC) || !areFew()) return false;
         uint32_t excess = 0;
         const auto number = signedBytes(loadBytes<uint32_t>(src, sn), excess);
         if (anyExcess(excess)) return false;
         const uint32_t pairs = (number.digits | number.digits >> 4) & 0x00FF00FF;
-        const uint32_t digits = (pairs | pairs >> 8) & 0x0FFF >> (4 * (3 - dn));
-        const bool negative = number.sign && (digits || (mode & ZVK_BCD_KEEP_NEG_ZERO));
-        const uint32_t whole = digits << 4 | signNibble(negative);
-        if (dn == 1)
-            dst[0] = static_cast<uint8_t>(whole);
-        else
-            storeBig<uint16_t>(dst, static_cast<uint16_t>(whole));
+        const uint32_t digits = (pairs | pairs >> 8) & (dn == 2 ? 0x0FF : 0xFFF);
+        const uint32_t sign = kPlus + resultSign(number.sign / kByteMinus, mode & ZVK_BCD_KEEP_NEG_ZERO, digits != 0);
+        storeBig<uint16_t>(dst, static_cast<uint16_t>(digits << 4 | sign));
         return true;
+    }
+    // Such items are so short that every step counts.
+    [[gnu::always_inline]] bool fewDigits(uint32_t mode) const
+    {
+        if (static_cast<uint32_t>(sn | dn) > 3 || (mode & ZVK_BCD_EBCDIC)) return false;
+        if (__builtin_expect(sn == 1, 1) && __builtin_expect(dn == 1, 1)) return oneDigit(mode);
+        if (!(sn & dn & 2)) return false;
+        return isPacked<From> ? fewFromPacked() : fewIntoPacked(mode);
     }
 
     template <class Word>
@@ -306,10 +313,8 @@ struct Cell {
     bool quick(uint32_t mode, uint8_t *&result) const requires(isPacked<From> || isPacked<To>)
     {
         result = dst;
-        if constexpr (same<From, forms::Pckd> && same<To, forms::ZndTO>) {
-            if (fewFromPacked(mode)) return true;
-        } else if constexpr (same<From, forms::ZndTO>) {
-            if (fewIntoPacked(mode)) return true;
+        if constexpr (same<From, forms::ZndTO> || same<To, forms::ZndTO>) {
+            if (fewDigits(mode)) return true;
         }
         return shortCell<uint64_t>(mode, result);
     }
@@ -362,7 +367,7 @@ struct Cell {
 } // namespace bcd
 
 #define CELL(Name, From, To)                                                                                           \
-    uint8_t *Name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)                              \
+    ZVK_SHORT_ENTRY uint8_t *Name(const uint8_t *src, uint8_t *dst, int32_t dstDigits, int32_t srcDigits)              \
     {                                                                                                                  \
         return bcd::runEntry<bcd::Cell<bcd::forms::From, bcd::forms::To>>(src, dst, dstDigits, srcDigits);             \
     }

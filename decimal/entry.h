@@ -99,10 +99,12 @@ template <class Call, class... Operands>
     return takeSteps(Call{operands...}, word, (word & ZVK_BCD_DEBUG) != 0);
 }
 
-// On a cache line of its own: where it falls otherwise, it and the entry after it take up to a
-// quarter longer.
+// For an exported entry of a few nanoseconds: on a cache line of its own. Where it falls otherwise
+// it takes up to a quarter longer.
+#define ZVK_SHORT_ENTRY [[gnu::aligned(64)]]
+
 template <class Call, class... Operands>
-[[gnu::noinline, gnu::aligned(64)]] ResultOf<Call> runLongEntry(Operands... operands)
+[[gnu::noinline]] ZVK_SHORT_ENTRY ResultOf<Call> runLongEntry(Operands... operands)
 {
     ResultOf<Call> result;
     if (__builtin_expect(Call{operands...}.quickLong(result), 1)) return result;

@@ -20,8 +20,8 @@ inline size_t packedBytes(int32_t digits) { return digits > 0 ? (static_cast<siz
 inline constexpr uint8_t kPlus = 0x0C;
 inline constexpr uint8_t kMinus = 0x0D;
 
-inline bool isNegativeNibble(uint8_t last) { return (last & 0x0F) == 0x0B || (last & 0x0F) == 0x0D; }
-inline uint8_t signNibble(bool negative) { return negative ? kMinus : kPlus; }
+constexpr bool isNegativeNibble(uint8_t last) { return (last & 0x0F) == 0x0B || (last & 0x0F) == 0x0D; }
+constexpr uint8_t signNibble(bool negative) { return static_cast<uint8_t>(kPlus + negative); }
 
 inline bool packedIsNegative(const uint8_t *item, int32_t digits)
 {

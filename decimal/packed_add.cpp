@@ -102,14 +102,14 @@ struct Addition {
 
 } // namespace
 
-uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
-                           int32_t op1Digits)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_ADD_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits,
+                                           int32_t op2Digits, int32_t op1Digits)
 {
     return runEntry<TwoOperands<AddPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
-                           int32_t op1Digits)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_SUB_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits,
+                                           int32_t op2Digits, int32_t op1Digits)
 {
     return runEntry<TwoOperands<SubPacked>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }

@@ -22,22 +22,22 @@ constexpr char kDec4[] = "dec packed_int32...";
 
 } // namespace
 
-uint8_t *_zvkcBCD_ADD_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_ADD_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
     return runEntry<ItemAndInteger<Step<false, int64_t, zvkBcdIncPacked, kInc8>>>(op, opDigits, value);
 }
 
-uint8_t *_zvkcBCD_ADD_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_ADD_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
     return runEntry<ItemAndInteger<Step<false, int32_t, zvkBcdIncPacked4, kInc4>>>(op, opDigits, value);
 }
 
-uint8_t *_zvkcBCD_SUB_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_SUB_Pckd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
     return runEntry<ItemAndInteger<Step<true, int64_t, zvkBcdDecPacked, kDec8>>>(op, opDigits, value);
 }
 
-uint8_t *_zvkcBCD_SUB_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_SUB_Pckd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
     return runEntry<ItemAndInteger<Step<true, int32_t, zvkBcdDecPacked4, kDec4>>>(op, opDigits, value);
 }

@@ -51,6 +51,23 @@ inline constexpr Word kAbove = all<Word>(0x11) - 1;
 inline bool anyBit(uint64_t word) { return word != 0; }
 inline bool anyBit(u128 word) { return (highWord(word) | lowWord(word)) != 0; }
 
+// The low n digits.
+inline uint64_t lowDigits(uint64_t digits, int32_t n)
+{
+    return n < 16 ? digits & ((uint64_t{1} << (4 * n)) - 1) : digits;
+}
+inline u128 lowDigits(u128 digits, int32_t n)
+{
+    if (n > 16) return fromWords(lowDigits(highWord(digits), n - 16), lowWord(digits));
+    return lowDigits(lowWord(digits), n);
+}
+
+// The sign of a result, 0 or what a minus is there: a zero has one only where the mode keeps it.
+inline unsigned resultSign(unsigned sign, bool keepsZero, bool anyDigit)
+{
+    return pick(keepsZero | anyDigit, sign, 0u);
+}
+
 // All digits of all numbers are 0 to 9: the raise that an addition begins with carries nowhere.
 template <class Word, class... Words>
 inline bool areDigits(Word first, Words... others)
@@ -126,15 +143,22 @@ struct Pckd {
         return raw.hasSign() && areDigits(raw.digits);
     }
 
+    // Digits that are no more than the item has.
+    template <class Word>
+    static void writeCut(uint8_t *item, int32_t n, Word digits, unsigned minus)
+    {
+        storeAs<Word>(item, bytes(n), shiftedLeft(digits, 4) | (kPlus + minus));
+    }
+
     template <class Word>
     static void write(uint8_t *item, int32_t n, Word digits, bool negative)
     {
         if constexpr (sizeof(Word) == 8) {
             // The first nibble of an even item is no digit.
             if ((n & 1) == 0) digits &= (Word{1} << (4 * n)) - 1;
-            storeAs<Word>(item, bytes(n), digits << 4 | signNibble(negative));
+            writeCut(item, n, digits, negative);
         } else {
-            storeAs<Word>(item, bytes(n), shiftedLeft(digits, 4) | signNibble(negative));
+            writeCut(item, n, digits, negative);
             clearUnusedNibble(item, n);
         }
     }

@@ -33,6 +33,14 @@ inline uint64_t eightDigitsApart(uint32_t value)
     return v + tens * (apart - 10);
 }
 
+// And for a value below 1000.
+template <unsigned apart>
+inline uint32_t threeDigitsApart(uint32_t value)
+{
+    const uint32_t tens = value * 205 >> 11, hundreds = value * 41 >> 12;
+    return value + tens * (apart - 10) + hundreds * (apart * (apart - 10));
+}
+
 // A digit a byte.
 inline uint64_t eightBytes(uint32_t value) { return eightDigitsApart<0x100>(value); }
 

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "decimal/integer_magnitude.h"
+#include "decimal/one_digit.h"
 #include "decimal/short_number.h"
 #include "decimal/short_product.h"
 #include "decimal/zoned_bytes.h"
@@ -25,17 +26,6 @@ inline u128 reducedPairs(u128 digits)
 {
     u128 bytes = shiftedLeft(digits, 4);
     return shiftedRight(fromWords(reducedBytes(highWord(bytes), 1), reducedBytes(lowWord(bytes), 0x0100)), 4);
-}
-
-// All bits of a word, or none.
-template <class Word>
-inline Word maskOf(bool set)
-{
-    uint64_t mask = 0 - uint64_t{set};
-    if constexpr (sizeof(Word) == 8)
-        return Word{mask};
-    else
-        return fromWords(mask, mask);
 }
 
 // A sum, and what the odd rules of some entries ask about it.
@@ -64,7 +54,8 @@ template <bool subtract, bool reducePairs, class Word>
 {
     SumIn<Word> sum = plainSum<subtract>(a, b);
     // Operands of equal length are subtracted as they come, and the complement is taken afterwards.
-    if (subtract && reducePairs && sum.complemented && sameLength(a.digits, b.digits))
+    // The first test is for few digits, which have no nineties: nothing predicts the second.
+    if (subtract && reducePairs && sum.number.digits >= 0x0910 && sum.complemented && sameLength(a.digits, b.digits))
         sum.number.digits = reducedPairs(sum.number.digits);
     return sum.number;
 }
@@ -87,63 +78,83 @@ template <bool subtract, class Word>
     return true;
 }
 
-// The same for items of one digit: with more, much of the time goes into the choice of loads.
-template <bool subtract>
-[[gnu::always_inline]] inline bool digitZonedSum(const auto &call)
-{
-    const unsigned first = *call.op1 ^ 0x30u, second = *call.op2 ^ 0x30u;
-    const unsigned a = first & ~kByteMinus, b = second & ~kByteMinus;
-    if ((a > 9) | (b > 9)) return false;
-    const unsigned differ = (first ^ second ^ (subtract ? kByteMinus : 0)) & kByteMinus;
-    const unsigned sum = a + b;
-    const unsigned digit = differ ? (a < b ? b - a : a - b) : sum - (sum > 9 ? 10 : 0);
-    *call.dst = static_cast<uint8_t>(digit | 0x30 | ((first & kByteMinus) ^ (a < b ? differ : 0)));
-    return true;
-}
-
-// The same for items of up to eight, or four, digits, a digit a byte.
+// The same for items that fit the word, and not half of it, a digit a byte.
 template <bool subtract, class Word>
 [[gnu::always_inline]] inline bool byteZonedSum(const auto &call)
 {
-    auto sumWith = [&call](int32_t op1Digits, int32_t op2Digits, int32_t dstDigits) __attribute__((always_inline))
-    {
-        Word excess = 0;
-        const auto a = signedBytes(loadBytes<Word>(call.op1, op1Digits), excess);
-        const auto b = signedBytes(loadBytes<Word>(call.op2, op2Digits), excess);
-        if (anyExcess(excess)) return false;
-        const auto sum = sumOfBytes<subtract>(a, b).number;
-        storeBytes(call.dst, dstDigits, sum.digits, sum.sign);
-        return true;
-    };
-    if constexpr (sizeof(Word) == 4) {
-        auto allHave = [&call](int32_t n) { return call.op1Digits == n && call.op2Digits == n && call.dstDigits == n; };
-        if (allHave(1)) return digitZonedSum<subtract>(call);
-        if (allHave(2)) return sumWith(2, 2, 2);
-    }
     if (!fitBytes<Word>(call.op1Digits, call.op2Digits, call.dstDigits)) return false;
-    return sumWith(call.op1Digits, call.op2Digits, call.dstDigits);
+    if (sizeof(Word) > 4 && fitBytes<HalfOf<Word>>(call.op1Digits, call.op2Digits, call.dstDigits)) return false;
+    Word excess = 0;
+    const auto a = signedBytes(loadBytes<Word>(call.op1, call.op1Digits), excess);
+    const auto b = signedBytes(loadBytes<Word>(call.op2, call.op2Digits), excess);
+    if (anyExcess(excess)) return false;
+    const auto sum = sumOfBytes<subtract>(a, b).number;
+    storeBytes(call.dst, call.dstDigits, sum.digits, sum.sign);
+    return true;
 }
 
-// The same for packed items that fit the word.
+// The same for more digits.
+template <bool subtract>
+[[gnu::always_inline]] inline bool longZonedSum(const auto &call)
+{
+    const auto fits = [](int32_t n) { return static_cast<uint32_t>(n - 1) < static_cast<uint32_t>(kLongBytes); };
+    if (!fits(call.op1Digits) || !fits(call.op2Digits) || !fits(call.dstDigits)) return false;
+    LongBytes a = loadLongBytes(call.op1, call.op1Digits), b = loadLongBytes(call.op2, call.op2Digits);
+    u128 excess = excessOf(a.high) | excessOf(b.high);
+    const auto first = signedBytes(a.low, excess), second = signedBytes(b.low, excess);
+    if (anyExcess(excess)) return false;
+    a.low = first.digits;
+    b.low = second.digits;
+    const unsigned differ = first.sign ^ second.sign ^ (subtract ? kByteMinus : 0);
+    bool smaller;
+    const LongBytes sum = sumOfLongBytes(a, b, differ != 0, smaller);
+    storeLongBytes(call.dst, call.dstDigits, sum, first.sign ^ (differ & (0 - unsigned{smaller})));
+    return true;
+}
+
+// The sum of packed items that fit the word; their lengths may be known where this is called.
+template <bool subtract, class Word>
+[[gnu::always_inline]] inline bool packedSum(const auto &call, int32_t op1Digits, int32_t op2Digits,
+                                             NumberIn<Word> &sum)
+{
+    shortforms::Pckd::Raw<Word> a(call.op1, op1Digits), b(call.op2, op2Digits);
+    if (!a.hasSign() || !b.hasSign() || !areDigits(a.digits, b.digits)) return false;
+    sum = sumOf<subtract, true, Word>(a, b);
+    return true;
+}
+
+// The same into an item.
 template <bool subtract, class Word>
 [[gnu::always_inline]] inline bool shortPackedSum(const auto &call)
 {
     using shortforms::Pckd;
-    if (static_cast<uint32_t>(call.op1Digits | call.op2Digits | call.dstDigits) > kWordDigits<Word>) return false;
-    Pckd::Raw<Word> a(call.op1, call.op1Digits), b(call.op2, call.op2Digits);
-    if (!a.hasSign() || !b.hasSign() || !areDigits(a.digits, b.digits)) return false;
-    NumberIn<Word> sum = sumOf<subtract, true, Word>(a, b);
+    NumberIn<Word> sum;
+    const auto longest = static_cast<uint32_t>(call.op1Digits | call.op2Digits | call.dstDigits);
+    if (longest > kWordDigits<Word>) return false;
+    if (sizeof(Word) == 8 && longest <= 3) {
+        const int32_t common = call.op1Digits & call.op2Digits & call.dstDigits;
+        if (common == 1 && longest == 1) return digitSum<forms::Pckd, subtract>(call.op1, call.op2, call.dst);
+        if (common & 2) { // all of two bytes
+            if (!packedSum<subtract>(call, 3, 3, sum)) return false;
+            Pckd::writeCut(call.dst, 3, lowDigits(sum.digits, call.dstDigits), sum.negative);
+            return true;
+        }
+    }
+    if (!packedSum<subtract>(call, call.op1Digits, call.op2Digits, sum)) return false;
     Pckd::write(call.dst, call.dstDigits, sum.digits, sum.negative);
     return true;
 }
 
 // The digits of an integer's magnitude, where they fit the word.
-inline bool integerDigits(uint64_t value, uint64_t &digits)
+[[gnu::always_inline]] inline bool integerDigits(uint64_t value, uint64_t &digits)
 {
     if (value >= kLimb / 10) return false;
-    digits = value < 10            ? value // ADD 1 TO COUNTER
-             : value < 100'000'000 ? eightDigits(static_cast<uint32_t>(value))
-                                   : limbDigits(value);
+    if (__builtin_expect(value < 10, 1)) // ADD 1 TO COUNTER
+        digits = value;
+    else
+        digits = value < 1000          ? threeDigitsApart<0x10>(static_cast<uint32_t>(value))
+                 : value < 100'000'000 ? eightDigits(static_cast<uint32_t>(value))
+                                       : limbDigits(value);
     return true;
 }
 inline bool integerDigits(uint64_t value, u128 &digits)
@@ -204,6 +215,7 @@ template <class Form, bool subtract, class Word>
     constexpr bool packed = std::is_same_v<Form, shortforms::Pckd>;
     const int32_t n = call.opDigits;
     NumberIn<Word> item, integer;
+    if (packed && n == 1 && digitStep<forms::Pckd, subtract>(call.op, call.value)) return true;
     if (static_cast<uint32_t>(n) - 1 >= kWordDigits<Word>) return false;
     if constexpr (packed) {
         typename Form::template Raw<Word> raw(call.op, n);
@@ -238,7 +250,7 @@ template <bool subtract, class Word>
     const auto item = signedBytes(loadBytes<Word>(call.op, n), excess);
     if (anyExcess(excess)) return false;
     if (call.value == 0) return true;
-    const auto sum = sumOfBytes<subtract>(item, {integer, call.value < 0 ? kByteMinus : 0}).number;
+    const auto sum = sumOfBytes<subtract>(item, {integer, signOf(call.value < 0)}).number;
     storeBytes(call.op, n, sum.digits, sum.sign);
     return true;
 }
@@ -257,7 +269,7 @@ template <bool subtract>
         excess |= excessOf(load<uint64_t>(call.op + at) ^ kByteZones<uint64_t>);
     if (anyExcess(excess)) return false;
     if (call.value == 0) return true;
-    const auto sum = sumOfBytes<subtract>(item, {integer, call.value < 0 ? kByteMinus : 0});
+    const auto sum = sumOfBytes<subtract>(item, {integer, signOf(call.value < 0)});
     if (sum.beyond) return false;
     storeBytes(tail, kByteDigits<uint64_t>, sum.number.digits, sum.number.sign);
     return true;
@@ -268,6 +280,7 @@ template <bool subtract>
 {
     if (!isShort(call.opDigits)) return false;
     const uint64_t value = magnitude(call.value);
+    if (value < 10 && call.opDigits == 1) return digitStep<forms::ZndTO, subtract>(call.op, call.value);
     if (value < 10 && fitBytes<uint32_t>(call.opDigits))
         return byteIntegerSum<subtract>(call, static_cast<uint32_t>(value));
     if (value >= 100'000'000) return false;

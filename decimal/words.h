@@ -97,6 +97,27 @@ inline void storeItem(uint8_t *p, size_t bytes, u128 value)
     storeBig<uint64_t>(p + bytes - 8, lowWord(value));
 }
 
+// All bits of a word, or none.
+template <class Word>
+inline Word maskOf(bool set)
+{
+    return static_cast<Word>(0) - static_cast<Word>(set);
+}
+
+// All bits of a word when its highest one is set, or none.
+inline uint32_t signMask(uint32_t word) { return static_cast<uint32_t>(static_cast<int32_t>(word) >> 31); }
+inline uint64_t signMask(uint64_t word) { return static_cast<uint64_t>(static_cast<int64_t>(word) >> 63); }
+inline u128 signMask(u128 word) { return fromWords(signMask(highWord(word)), signMask(highWord(word))); }
+
+// One of two values without a jump, for conditions that nothing predicts, such as signs. The
+// compiler would rather jump round the value that is not taken, so it is told nothing about them.
+template <class Word>
+[[gnu::always_inline]] inline Word pick(bool condition, Word yes, Word no)
+{
+    asm("" : "+r"(yes), "+r"(no));
+    return condition ? yes : no;
+}
+
 // The same for an item that fits a word of the given type.
 template <class Word>
 inline Word loadAs(const uint8_t *p, size_t bytes)

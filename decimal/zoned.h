@@ -45,11 +45,11 @@ inline bool overpunchIsNegative(uint8_t byte) { return kOverpunch[byte].negative
 inline constexpr uint8_t kZonePlus = 0x30;
 inline constexpr uint8_t kZoneMinus = 0x70;
 
-inline uint8_t zoneOf(bool negative) { return negative ? kZoneMinus : kZonePlus; }
+constexpr uint8_t zoneOf(bool negative) { return negative ? kZoneMinus : kZonePlus; }
 
 // "0" to "9" and, as a sign byte in the native form, "p" to "y".
-inline uint8_t zonedDigit(uint8_t digit) { return static_cast<uint8_t>(kZonePlus | (digit & 0x0F)); }
-inline uint8_t zonedDigit(uint8_t digit, bool negative)
+constexpr uint8_t zonedDigit(uint8_t digit) { return static_cast<uint8_t>(kZonePlus | (digit & 0x0F)); }
+constexpr uint8_t zonedDigit(uint8_t digit, bool negative)
 {
     return static_cast<uint8_t>(zoneOf(negative) | (digit & 0x0F));
 }

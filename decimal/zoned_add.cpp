@@ -2,6 +2,7 @@
 //
 // Items of up to 31 clean digits never get here: short_sum.h has done them.
 #include "decimal/arithmetic_entry.h"
+#include "decimal/one_digit.h"
 #include "decimal/short_sum.h"
 #include "decimal/sums.h"
 #include "decimal/zoned_digits.h"
@@ -13,27 +14,47 @@ using namespace bcd;
 
 namespace {
 
+// Of three items of n digits.
+template <bool subtract, int32_t n>
+[[gnu::always_inline]] inline bool sumOfLength(const auto &call)
+{
+    if constexpr (n == 1)
+        return digitSum<forms::ZndTO, subtract>(call.op1, call.op2, call.dst);
+    else
+        return byteZonedSum<subtract, std::conditional_t<(n > 4), uint64_t, uint32_t>>(call);
+}
+
+// Of any lengths. The ways by bytes come first; those through nibbles take signs that are letters,
+// and what is longer.
+template <bool subtract>
+[[gnu::always_inline]] inline bool sumOfLengths(const auto &call)
+{
+    return byteZonedSum<subtract, uint32_t>(call) || byteZonedSum<subtract, uint64_t>(call) ||
+           byteZonedSum<subtract, u128>(call) || shortZonedSum<subtract, uint64_t>(call) ||
+           longZonedSum<subtract>(call) || shortZonedSum<subtract, u128>(call);
+}
+
 struct AddZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "add zoned...";
-    static bool quick(const auto &call) { return byteZonedSum<false, uint32_t>(call); }
-    static bool quickLong(const auto &call)
+    template <int32_t n>
+    [[gnu::always_inline]] static bool sameLength(const auto &call)
     {
-        return byteZonedSum<false, uint64_t>(call) || shortZonedSum<false, uint64_t>(call) ||
-               shortZonedSum<false, u128>(call);
+        return sumOfLength<false, n>(call);
     }
+    static bool quickLong(const auto &call) { return sumOfLengths<false>(call); }
     static void work(const auto &c) { zvkBcdAddZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
 struct SubZoned {
     using Form = forms::ZndTO;
     static constexpr const char *title = "sub zoned...";
-    static bool quick(const auto &call) { return byteZonedSum<true, uint32_t>(call); }
-    static bool quickLong(const auto &call)
+    template <int32_t n>
+    [[gnu::always_inline]] static bool sameLength(const auto &call)
     {
-        return byteZonedSum<true, uint64_t>(call) || shortZonedSum<true, uint64_t>(call) ||
-               shortZonedSum<true, u128>(call);
+        return sumOfLength<true, n>(call);
     }
+    static bool quickLong(const auto &call) { return sumOfLengths<true>(call); }
     static void work(const auto &c) { zvkBcdSubZoned(c.op1, c.op1Digits, c.op2, c.op2Digits, c.dst, c.dstDigits, 0); }
 };
 
@@ -48,14 +69,14 @@ void copyRest(const uint8_t *start, const uint8_t *end, uint8_t *dst, uint8_t *t
 
 } // namespace
 
-uint8_t *_zvkcBCD_ADD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
-                          int32_t op1Digits)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_ADD_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits,
+                                          int32_t op2Digits, int32_t op1Digits)
 {
     return runEntry<TwoOperands<AddZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }
 
-uint8_t *_zvkcBCD_SUB_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits, int32_t op2Digits,
-                          int32_t op1Digits)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_SUB_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *dst, int32_t dstDigits,
+                                          int32_t op2Digits, int32_t op1Digits)
 {
     return runEntry<TwoOperands<SubZoned>>(op1, op2, dst, dstDigits, op2Digits, op1Digits);
 }

@@ -21,22 +21,22 @@ constexpr char kDec4[] = "dec zoned_int32...";
 
 } // namespace
 
-uint8_t *_zvkcBCD_ADD_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_ADD_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
     return runEntry<ItemAndInteger<Step<false, int64_t, zvkBcdIncZoned, kInc8>>>(op, opDigits, value);
 }
 
-uint8_t *_zvkcBCD_ADD_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_ADD_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
     return runEntry<ItemAndInteger<Step<false, int32_t, zvkBcdIncZoned4, kInc4>>>(op, opDigits, value);
 }
 
-uint8_t *_zvkcBCD_SUB_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_SUB_Znd_Int8(uint8_t *op, int32_t opDigits, int64_t value)
 {
     return runEntry<ItemAndInteger<Step<true, int64_t, zvkBcdDecZoned, kDec8>>>(op, opDigits, value);
 }
 
-uint8_t *_zvkcBCD_SUB_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
+ZVK_SHORT_ENTRY uint8_t *_zvkcBCD_SUB_Znd_Int4(uint8_t *op, int32_t opDigits, int32_t value)
 {
     return runEntry<ItemAndInteger<Step<true, int32_t, zvkBcdDecZoned4, kDec4>>>(op, opDigits, value);
 }

@@ -316,6 +316,12 @@ KVR2_PIECE(mode_bits)
     if (mode == "2") {
         is(_zvkcBCD_Cpy_Pckd, {0x10, 0x0D}, 3, 2, string("\0\x0D", 2));
         is(_zvkcBCD_CONV_ZndTO_To_ZndTS, "10p", 3, 2, "00-");
+        for (int n = 1; n <= 31; n++) { // out of packed a zero has no sign in any mode
+            const string zoned = string(static_cast<size_t>(n) - 1, '0') + 'p';
+            const string packed = string(static_cast<size_t>(n) / 2, '\0') + '\x0D';
+            is(_zvkcBCD_CONV_ZndTO_To_Pckd, zoned, n, n, packed);
+            is(_zvkcBCD_CONV_Pckd_To_ZndTO, packed, n, n, string(static_cast<size_t>(n), '0'));
+        }
         negativePowers(int8_t{-100}, _zvkcBCD_CONV_Int1_To_Pckd, Packed);
         negativePowers(int16_t{-10000}, _zvkcBCD_CONV_Int2_To_Pckd, Packed);
         negativePowers(int32_t{-1000000000}, _zvkcBCD_CONV_Int4_To_Pckd, Packed);
