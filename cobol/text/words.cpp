@@ -8,43 +8,53 @@
 namespace kvrcob {
 namespace {
 
+char upperCase(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+
 // Words by their numbers, and a hash table of the numbers: open addressing, at most half full.
 struct Table {
+    struct Slot {
+        uint32_t hash;
+        Word word; // 0: none
+        const std::string *text;
+    };
     std::deque<std::string> texts; // references to them stay good
-    std::vector<uint32_t> hashes;
-    std::vector<Word> slots = std::vector<Word>(4096); // 0: none
-
-    static uint32_t hashOf(std::string_view text)
-    {
-        uint32_t hash = 2166136261u;
-        for (unsigned char c : text) hash = (hash ^ c) * 16777619u;
-        return hash ^ hash >> 15;
-    }
+    std::vector<Slot> slots = std::vector<Slot>(4096);
+    std::string upper; // keeps its room: most words are known already
 
     // The slot of this word, or the empty one in which it belongs.
-    Word &slot(std::string_view text, uint32_t hash)
+    Slot &slot(std::string_view text, uint32_t hash)
     {
         size_t at = hash & (slots.size() - 1);
-        while (slots[at] && (hashes[slots[at]] != hash || texts[slots[at]] != text)) at = (at + 1) & (slots.size() - 1);
+        while (slots[at].word && (slots[at].hash != hash || *slots[at].text != text))
+            at = (at + 1) & (slots.size() - 1);
         return slots[at];
     }
 
     Word find(std::string_view text)
     {
         if (text.empty()) return 0;
-        uint32_t hash = hashOf(text);
-        Word &word = slot(text, hash);
-        return word ? word : add(text, hash, word);
+        uint32_t hash = 2166136261u;
+        upper.resize(text.size());
+        for (size_t i = 0; i < text.size(); i++) {
+            upper[i] = upperCase(text[i]);
+            hash = (hash ^ static_cast<unsigned char>(upper[i])) * 16777619u;
+        }
+        hash ^= hash >> 15;
+        Slot &place = slot(upper, hash);
+        if (!place.word) return add(hash, place);
+        return place.word;
     }
 
-    Word add(std::string_view text, uint32_t hash, Word &place)
+    Word add(uint32_t hash, Slot &place)
     {
-        Word word = place = static_cast<Word>(texts.size());
-        texts.emplace_back(text);
-        hashes.push_back(hash);
+        Word word = static_cast<Word>(texts.size());
+        texts.push_back(upper);
+        place = {hash, word, &texts.back()};
         if (2 * texts.size() > slots.size()) {
-            std::vector<Word>(2 * slots.size()).swap(slots);
-            for (Word w = 1; w < texts.size(); w++) slot(texts[w], hashes[w]) = w;
+            std::vector<Slot> old(2 * slots.size());
+            old.swap(slots);
+            for (const Slot &s : old)
+                if (s.word) slot(*s.text, s.hash) = s;
         }
         return word;
     }
@@ -52,7 +62,6 @@ struct Table {
     Table()
     {
         texts.emplace_back();
-        hashes.push_back(0);
         auto known = [this](const char *name) {
             std::string text = name;
             for (char &c : text)
@@ -77,14 +86,7 @@ const bool kReserved[] = {false, KVRCOB_WORDS(KVRCOB_YES, KVRCOB_NO)};
 
 } // namespace
 
-Word internWord(std::string_view text)
-{
-    static std::string upper; // keeps its room: most words are known already
-    upper.assign(text);
-    for (char &c : upper)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
-    return table().find(upper);
-}
+Word internWord(std::string_view text) { return table().find(text); }
 
 const std::string &wordText(Word word) { return table().texts[word]; }
 
