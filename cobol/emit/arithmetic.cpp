@@ -13,7 +13,7 @@ std::string Emitter::sizeErrorFlag(const ArithmeticStatement &s)
 {
     if (!s.sizeError.has && !s.sizeError.hasNot) return "";
     std::string flag = temp("int");
-    put(cat(flag, " = 0;\n"));
+    put(flag, " = 0;\n");
     return flag;
 }
 
@@ -22,7 +22,7 @@ void Emitter::phrases(const Phrases &p, const std::string &failed)
     debugNow();
     if (!p.has && !p.hasNot) return;
     if (p.has) {
-        put(cat("if (", failed, ") {\n"));
+        put("if (", failed, ") {\n");
         block(p.on);
         put("}\n");
         if (p.hasNot) {
@@ -32,7 +32,7 @@ void Emitter::phrases(const Phrases &p, const std::string &failed)
         }
         return;
     }
-    put(cat("if (!(", failed, ")) {\n"));
+    put("if (!(", failed, ")) {\n");
     block(p.onNot);
     put("}\n");
 }
@@ -148,7 +148,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
             }
             Num q = keep(divide(dividend, divisor, quotientScale(*loc.item, t.rounded)), true);
             if (i == 0 && s.remainder.ref) quotient = scaleTo(q, loc.item->picture.scale, false);
-            put(cat("if (!", zero, ") {\n"));
+            put("if (!", zero, ") {\n");
             store(q, loc, t.rounded, flag);
             put("}\n");
         }
@@ -159,7 +159,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
                     error(s.remainder.ref->at, "REMAINDER does not go with floating-point items");
                     return;
                 }
-                put(cat("if (!", zero, flag.empty() ? "" : cat(" && !", flag), ") {\n"));
+                put("if (!", zero, flag.empty() ? "" : cat(" && !", flag), ") {\n");
                 Num remainder = add(dividend, multiply(quotient, divisor), true);
                 store(remainder, loc, s.remainder.rounded, flag);
                 put("}\n");
@@ -175,13 +175,13 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
                 continue;
             }
             Num q = keep(divide(itemNumber(loc), first, quotientScale(*loc.item, t.rounded)), true);
-            put(cat("if (!", zero, ") {\n"));
+            put("if (!", zero, ") {\n");
             store(q, loc, t.rounded, flag);
             put("}\n");
         }
     }
     if (!flag.empty()) {
-        put(cat(flag, " |= ", zero, ";\n"));
+        put(flag, " |= ", zero, ";\n");
         sizePhrases(s, flag, zero);
     }
 }
@@ -214,11 +214,11 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     if (!value.good()) return;
     bool guarded = !zeroFlag_.empty();
     if (s.targets.size() > 1 || guarded) value = keep(value, true);
-    if (guarded) put(cat("if (!", zeroFlag_, ") {\n"));
+    if (guarded) put("if (!", zeroFlag_, ") {\n");
     for (size_t i = 0; i < s.targets.size(); i++) store(value, locs[i], s.targets[i].rounded, flag);
     if (guarded) put("}\n");
     if (!flag.empty()) {
-        if (guarded) put(cat(flag, " |= ", zeroFlag_, ";\n"));
+        if (guarded) put(flag, " |= ", zeroFlag_, ";\n");
         sizePhrases(s, flag, zeroFlag_);
     }
 }

@@ -9,7 +9,7 @@ namespace kvrcob {
 void Emitter::ifStatement(const IfStatement &s)
 {
     std::string c = debugCondition(condition(s.condition));
-    put(cat("if (", c, ") {\n"));
+    put("if (", c, ") {\n");
     block(s.then);
     put("}\n");
     if (s.hasElse) {
@@ -78,7 +78,7 @@ const Expr *Emitter::keptSubject(const Expr *e)
         out->at = e->at;
         out->left = const_cast<Expr *>(e);
         std::string t = temp("int");
-        put(cat(t, " = ", condition(e), ";\n"));
+        put(t, " = ", condition(e), ";\n");
         kept_[out].condition = t;
         return out;
     }
@@ -137,16 +137,16 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
                 std::string all;
                 for (size_t i = 0; i < row.size() && i < subjects.size(); i++) {
                     if (!row[i].value) continue;
-                    all += cat(all.empty() ? "" : " && ", evaluateObject(subjects[i], row[i]));
+                    all += joined(all.empty() ? "" : " && ", evaluateObject(subjects[i], row[i]));
                 }
-                test += cat(test.empty() ? "" : " || ", "(", all.empty() ? "0" : all, ")");
+                test += joined(test.empty() ? "" : " || ", "(", all.empty() ? "0" : all, ")");
             }
         }
-        put(cat("if (", test.empty() ? "0" : debugCondition(test), ") {\n"));
+        put("if (", test.empty() ? "0" : debugCondition(test), ") {\n");
         block(when.block);
-        put(cat("goto ", done, ";\n}\n"));
+        put("goto ", done, ";\n}\n");
     }
-    put(cat(done, ": ;\n"));
+    put(done, ": ;\n");
 }
 
 // ---- PERFORM
@@ -174,7 +174,7 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
-    if (fromSegment >= 50 && fromSegment != now) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
+    if (fromSegment >= 50 && fromSegment != now) put("kvr_segment_", program_->number, "(", fromSegment, ");\n");
     insertions_.push_back({code_.size(), Insertion::Perform, flow_.performs.size(), ""});
     flow_.performs.push_back({++sites_, procedure_, static_cast<size_t>(from), end, circle});
 }
@@ -196,7 +196,7 @@ void Emitter::performStatement(const PerformStatement &s)
     }
     auto body = [&] {
         performOnce(s);
-        if (s.isInline) put(cat(cycle, ": __attribute__((unused));\n"));
+        if (s.isInline) put(cycle, ": __attribute__((unused));\n");
     };
     if (s.forever) {
         put("for (;;) {\n");
@@ -204,9 +204,9 @@ void Emitter::performStatement(const PerformStatement &s)
         put("}\n");
     } else if (s.times) {
         std::string counter = cat("n[", counters_++, "]");
-        put(cat(counter, " = ", integer(s.times), ";\n"));
+        put(counter, " = ", integer(s.times), ";\n");
         debugNow();
-        put(cat("for (; ", counter, " > 0; ", counter, "--) {\n"));
+        put("for (; ", counter, " > 0; ", counter, "--) {\n");
         body();
         put("}\n");
     } else if (!s.varying.empty()) {
@@ -240,7 +240,7 @@ void Emitter::performStatement(const PerformStatement &s)
             for (size_t i = 0; i < n; i++) {
                 put("for (;;) {\n");
                 std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
-                put(cat("if (", c, ") break;\n"));
+                put("if (", c, ") break;\n");
             }
             anyChange_ = false;
             body();
@@ -257,7 +257,7 @@ void Emitter::performStatement(const PerformStatement &s)
             anyChange_ = true;
             for (size_t i = n; i-- > 0;) {
                 std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
-                put(cat("if (", c, ") break;\n"));
+                put("if (", c, ") break;\n");
                 step(i);
                 for (size_t j = i + 1; j < n; j++) set(j); // the inner items begin again
                 put("}\n");
@@ -270,7 +270,7 @@ void Emitter::performStatement(const PerformStatement &s)
             anyChange_ = true;
             std::string c = debugCondition(condition(s.until));
             anyChange_ = false;
-            put(cat("if (", c, ") break;\n"));
+            put("if (", c, ") break;\n");
         };
         if (!s.testAfter) test();
         body();
@@ -280,7 +280,7 @@ void Emitter::performStatement(const PerformStatement &s)
         body();
     }
     if (s.isInline) {
-        put(cat(exit, ": __attribute__((unused));\n"));
+        put(exit, ": __attribute__((unused));\n");
         performLabels_.pop_back();
     }
 }
@@ -294,10 +294,10 @@ void Emitter::jump(const ProcedureName &name)
     const Procedure &target = program_->procedures[static_cast<size_t>(to)];
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now)
-        put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
+        put("kvr_segment_", program_->number, "(", target.segment, ");\n");
     debugWay("", name.at);
     flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
-    put(cat("goto p", to, ";\n"));
+    put("goto p", to, ";\n");
 }
 
 void Emitter::goStatement(const GoStatement &s)
@@ -313,9 +313,9 @@ void Emitter::goStatement(const GoStatement &s)
         std::string number = integer(&e);
         anyChange_ = false;
         debugNow();
-        put(cat("switch (", number, ") {\n"));
+        put("switch (", number, ") {\n");
         for (size_t i = 0; i < s.targets.size(); i++) {
-            put(cat("case ", i + 1, ": "));
+            put("case ", i + 1, ": ");
             jump(s.targets[i]);
         }
         put("}\n");
@@ -324,7 +324,7 @@ void Emitter::goStatement(const GoStatement &s)
     // A paragraph that consists of this GO TO only can be altered.
     Procedure &here = program_->procedures[procedure_];
     if (here.altered) {
-        put(cat("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n"));
+        put("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n");
         insertions_.push_back({code_.size(), Insertion::Altered, procedure_, ""});
         put("}\n");
     }
@@ -333,7 +333,7 @@ void Emitter::goStatement(const GoStatement &s)
             error(s.at, "GO TO without a paragraph needs an ALTER that sets it");
             return;
         }
-        put(cat(emits(Do::Unaltered), "();\n"));
+        put(emits(Do::Unaltered), "();\n");
         return;
     }
     jump(s.targets[0]);
@@ -349,7 +349,7 @@ void Emitter::alterStatement(const AlterStatement &s)
             error(pair.paragraph.at, wordText(pair.paragraph.name) + " does not consist of a GO TO");
             continue;
         }
-        put(cat("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n"));
+        put("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n");
         alterTargets_[static_cast<size_t>(paragraph)].insert(static_cast<size_t>(target));
         flow_.jumps.emplace_back(static_cast<size_t>(paragraph), static_cast<size_t>(target));
         debugAlter(paragraph, target, pair.paragraph.at);
@@ -377,8 +377,8 @@ void Emitter::exitStatement(const ExitStatement &s)
         nanoseconds.left = s.value;
         nanoseconds.right = &billion;
         std::string t = temp("int64_t");
-        put(cat(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t,
-                " % 1000000000);\n"));
+        put(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t,
+            " % 1000000000);\n");
         return;
     }
     if (s.value && s.form != ExitStatement::StopLiteral) {
@@ -390,7 +390,7 @@ void Emitter::exitStatement(const ExitStatement &s)
                 return;
             }
         }
-        put(cat(code, " = (int32_t)", integer(s.value), ";\n"));
+        put(code, " = (int32_t)", integer(s.value), ";\n");
     }
     switch (s.form) {
     case ExitStatement::Plain:
@@ -398,18 +398,18 @@ void Emitter::exitStatement(const ExitStatement &s)
         put(";\n");
         break;
     case ExitStatement::Program:
-        put(cat("if (p", program_->number, "_called) goto leave;\n"));
+        put("if (p", program_->number, "_called) goto leave;\n");
         break;
     case ExitStatement::Goback:
     case ExitStatement::Function:
         leaveProgram(true);
         break;
     case ExitStatement::StopRun:
-        put(cat(emits(Do::StopRun), "(", code, " & 255);\n"));
+        put(emits(Do::StopRun), "(", code, " & 255);\n");
         break;
     case ExitStatement::StopLiteral: {
         Text t = text(s.value);
-        put(cat(emits(Do::StopLiteral, Of::Text), "(", t.length, ", ", t.address, ");\n"));
+        put(emits(Do::StopLiteral, Of::Text), "(", t.length, ", ", t.address, ");\n");
         break;
     }
     case ExitStatement::Perform:
@@ -417,29 +417,28 @@ void Emitter::exitStatement(const ExitStatement &s)
         if (performLabels_.empty())
             error(s.at, "EXIT PERFORM without an inline PERFORM");
         else
-            put(cat("goto ",
-                    s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
-                    ";\n"));
+            put("goto ", s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
+                ";\n");
         break;
     case ExitStatement::Paragraph:
         paragraphEndUsed_ = true;
-        put(cat("goto e", procedure_, ";\n"));
+        put("goto e", procedure_, ";\n");
         break;
     case ExitStatement::Section: {
         const Procedure &here = program_->procedures[procedure_];
         if (here.isSection || here.section >= 0) {
             size_t section = here.isSection ? procedure_ : static_cast<size_t>(here.section);
             flow_.sectionExits.emplace_back(procedure_, section);
-            put(cat("goto z", section, ";\n"));
+            put("goto z", section, ";\n");
         } else {
             paragraphEndUsed_ = true;
-            put(cat("goto e", procedure_, ";\n"));
+            put("goto e", procedure_, ";\n");
         }
         break;
     }
     case ExitStatement::NextSentence:
         sentenceEndUsed_ = true;
-        put(cat("goto ", sentenceEnd_, ";\n"));
+        put("goto ", sentenceEnd_, ";\n");
         break;
     }
 }

@@ -115,7 +115,7 @@ Num Emitter::toPacked(Num a)
     if (a.kind == Num::Float) a = scaleTo(a, 9, false);
     if (a.literal) {
         a.kind = Num::Packed;
-        a.text = constantBytes(packedBytes(a.value.digits, a.value.negative, a.digits, true));
+        a.text = constantBytes(packedBytes(a.literal->digits, a.literal->negative, a.digits, true));
         return a;
     }
     int digits = std::min(a.digits, kMostPacked);
@@ -147,7 +147,7 @@ Num Emitter::toInt(Num a)
 Num Emitter::toFloat(Num a)
 {
     if (a.kind == Num::Float || !a.good()) return a;
-    if (a.literal) return floatNumber(cat(a.value.negative ? "-" : "", a.value.digits, "e", -a.value.scale));
+    if (a.literal) return floatNumber(cat(a.literal->negative ? "-" : "", a.literal->digits, "e", -a.literal->scale));
     if (a.kind == Num::Packed && a.digits > kMostInt && a.scale >= 0)
         return floatNumber(cat(emits(Do::ToFloat, Of::LongPacked), "(", a.text, ", ", a.digits, ", ", a.scale, ")"));
     int scale = a.scale;
@@ -181,7 +181,7 @@ Num Emitter::scaleUp(Num a, int scale)
     int k = scale - a.scale;
     if (k <= 0 || !a.good()) return a;
     if (a.literal) {
-        Decimal d = a.value;
+        Decimal d = *a.literal;
         if (!d.isZero()) d.digits.append(static_cast<size_t>(k), '0');
         d.scale += k;
         bool packed = a.kind == Num::Packed;
@@ -239,9 +239,9 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
         return n;
     }
     if (a.literal) {
-        std::string digits = a.value.digits;
-        Decimal d = a.value;
-        d.digits = digitsAtScale(a.value, scale);
+        const std::string &digits = a.literal->digits;
+        Decimal d = *a.literal;
+        d.digits = digitsAtScale(*a.literal, scale);
         d.scale = scale;
         if (rounded && static_cast<int>(digits.size()) >= k && digits[digits.size() - static_cast<size_t>(k)] >= '5') {
             size_t i = d.digits.size();
@@ -297,18 +297,18 @@ Num Emitter::keep(Num a, bool copy)
         if (a.direct && !copy) return a;
         if (a.direct) {
             std::string t = tempBytes(a.digits / 2 + 1);
-            put(cat("memcpy(", t, ", ", a.text, ", ", a.digits / 2 + 1, ");\n"));
+            put("memcpy(", t, ", ", a.text, ", ", a.digits / 2 + 1, ");\n");
             a.text = t;
         } else {
             std::string t = temp("uint8_t *");
-            put(cat(t, " = ", a.text, ";\n"));
+            put(t, " = ", a.text, ";\n");
             a.text = t;
         }
         a.direct = false;
         return a;
     }
     std::string t = temp(a.kind == Num::Float ? "double" : a.wide() ? "__int128" : "int64_t");
-    put(cat(t, " = ", a.text, ";\n"));
+    put(t, " = ", a.text, ";\n");
     a.text = t;
     return a;
 }

@@ -21,39 +21,38 @@ void Emitter::moveText(const Text &source, const Loc &target)
     if (!source.good || !target.good()) return;
     bool right = target.item && target.item->justified && !target.refmod;
     if (source.kind == Text::Figurative) {
-        put(cat(emits(Do::MoveBytes, Of::Figurative, Of::Text), "(", target.address, ", ",
-                static_cast<int>(source.fill), ", ", target.length, ");\n"));
+        put(emits(Do::MoveBytes, Of::Figurative, Of::Text), "(", target.address, ", ", static_cast<int>(source.fill),
+            ", ", target.length, ");\n");
         return;
     }
     if (source.kind == Text::All) {
-        put(cat(emits(Do::MoveBytes, Of::AllLiteral, Of::Text), "(", target.address, ", ", target.length, ", ",
-                source.address, ", ", source.length, ");\n"));
+        put(emits(Do::MoveBytes, Of::AllLiteral, Of::Text), "(", target.address, ", ", target.length, ", ",
+            source.address, ", ", source.length, ");\n");
         return;
     }
     if (source.fixed >= 0 && target.fixed >= 0) {
         int64_t n = std::min(source.fixed, target.fixed), pad = target.fixed - n;
-        const char *copy = source.isLiteral ? "memcpy" : emits(Do::MoveBytes, Of::Text, Of::Text);
+        const std::string_view copy = source.isLiteral ? "memcpy" : emits(Do::MoveBytes, Of::Text, Of::Text);
         std::string to = target.address, from = source.address;
         if (right) {
             if (n)
-                put(cat(copy, "(", to, pad ? cat(" + ", pad) : "", ", ", from,
-                        source.fixed > n ? cat(" + ", source.fixed - n) : "", ", ", n, ");\n"));
-            if (pad) put(cat("memset(", to, ", ' ', ", pad, ");\n"));
+                put(copy, "(", to, pad ? cat(" + ", pad) : "", ", ", from,
+                    source.fixed > n ? cat(" + ", source.fixed - n) : "", ", ", n, ");\n");
+            if (pad) put("memset(", to, ", ' ', ", pad, ");\n");
             return;
         }
         if (source.isLiteral && target.fixed <= 64) {
             std::string bytes =
                 source.bytes.substr(0, static_cast<size_t>(n)) + std::string(static_cast<size_t>(pad), ' ');
-            put(cat("memcpy(", to, ", ", bytesLiteral(bytes), ", ", target.fixed, ");\n"));
+            put("memcpy(", to, ", ", bytesLiteral(bytes), ", ", target.fixed, ");\n");
             return;
         }
-        if (n) put(cat(copy, "(", to, ", ", from, ", ", n, ");\n"));
-        if (pad) put(cat("memset(", to, n ? cat(" + ", n) : "", ", ' ', ", pad, ");\n"));
+        if (n) put(copy, "(", to, ", ", from, ", ", n, ");\n");
+        if (pad) put("memset(", to, n ? cat(" + ", n) : "", ", ' ', ", pad, ");\n");
         return;
     }
-    put(cat(emits(Do::MoveBytes, Of::Varying, Of::Varying), "(", target.address, ", ",
-            right ? "-(int32_t)" : "(int32_t)", target.length, ", ", source.address, ", (int32_t)", source.length,
-            ");\n"));
+    put(emits(Do::MoveBytes, Of::Varying, Of::Varying), "(", target.address, ", ", right ? "-(int32_t)" : "(int32_t)",
+        target.length, ", ", source.address, ", (int32_t)", source.length, ");\n");
 }
 
 // From text to an alphanumeric-edited item.
@@ -67,9 +66,9 @@ static std::string editedRecord(const Item &item, const std::string &name, bool 
                         static_cast<char>('0' + (static_cast<unsigned char>(c) & 7)), 0};
         bytes += code;
     }
-    globals += cat("static const struct { int16_t length; uint8_t repeat, picture[", picture.size(),
-                   "]; } __attribute__((packed)) ", name, " = {", picture.size(), ", ", repeat ? 1 : 0, ", \"", bytes,
-                   "\"};\n");
+    globals += joined("static const struct { int16_t length; uint8_t repeat, picture[", picture.size(),
+                      "]; } __attribute__((packed)) ", name, " = {", picture.size(), ", ", repeat ? 1 : 0, ", \"",
+                      bytes, "\"};\n");
     return cat("(const AlphaEditRecord *)&", name);
 }
 
@@ -103,7 +102,7 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
             from.picture.scale == to.picture.scale && from.picture.sign == to.picture.sign &&
             from.signForm == to.signForm && from.size == to.size && !from.isIndexName && !to.isIndexName &&
             (from.usage != Usage::Display || from.picture.sign)) {
-            put(cat("memmove(", target.address, ", ", source.address, ", ", from.size, ");\n"));
+            put("memmove(", target.address, ", ", source.address, ", ", from.size, ");\n");
             return;
         }
         bool characters = plainFrom || (from.category != Category::NumericEdited && !numericFrom &&
@@ -132,8 +131,8 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
     }
     if (to.category == Category::AlphanumericEdited && !target.refmod) {
         std::string record = editedRecord(to, cat("P", ++constants_), false, globals_);
-        put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
-                target.address, ");\n"));
+        put(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
+            target.address, ");\n");
         return;
     }
     moveText(t, target);
@@ -146,16 +145,16 @@ Loc Emitter::pinned(Loc loc, bool copy)
     if (!loc.good() || loc.item->isIndexName) return loc;
     if (copy && loc.fixed >= 0 && loc.fixed <= 1 << 16) {
         std::string t = tempBytes(loc.fixed);
-        put(cat("memcpy(", t, ", ", loc.address, ", ", loc.fixed, ");\n"));
+        put("memcpy(", t, ", ", loc.address, ", ", loc.fixed, ");\n");
         loc.address = t;
         return loc;
     }
     std::string t = temp("uint8_t *");
-    put(cat(t, " = ", loc.address, ";\n"));
+    put(t, " = ", loc.address, ";\n");
     loc.address = t;
     if (loc.fixed < 0) {
         std::string length = temp("int64_t");
-        put(cat(length, " = ", loc.length, ";\n"));
+        put(length, " = ", loc.length, ";\n");
         loc.length = length;
     }
     return loc;
@@ -170,8 +169,8 @@ void Emitter::moveFrom(const Expr *source, const Loc &from, const Loc &target)
     if (!plainTo && to.category == Category::Pointer) {
         if (from.item->category != Category::Pointer && from.item->category != Category::Group)
             error(source->at, "a pointer is needed here");
-        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", (int64_t)",
-                emits(Do::Load, Of::Pointer), "(", from.address, "));\n"));
+        put(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", (int64_t)",
+            emits(Do::Load, Of::Pointer), "(", from.address, "));\n");
         return;
     }
     bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
@@ -227,7 +226,7 @@ void Emitter::move(const Expr *source, const Loc &target)
             return;
         } else
             error(source->at, "a pointer is needed here");
-        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", ", value, ");\n"));
+        put(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", ", value, ");\n");
         return;
     }
     bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
@@ -252,12 +251,12 @@ void Emitter::move(const Expr *source, const Loc &target)
         if (!t.good) return;
         if (t.kind != Text::Bytes) {
             if (to.category == Category::NumericEdited && t.kind == Text::Figurative && t.fill == ' ') {
-                put(cat("memset(", target.address, ", ' ', ", target.length, ");\n"));
+                put("memset(", target.address, ", ' ', ", target.length, ");\n");
                 return;
             }
             if (to.category == Category::Numeric && to.usage == Usage::Display && t.kind == Text::Figurative) {
                 // SPACES and the like to a number: the characters themselves.
-                put(cat("memset(", target.address, ", ", static_cast<int>(t.fill), ", ", target.length, ");\n"));
+                put("memset(", target.address, ", ", static_cast<int>(t.fill), ", ", target.length, ");\n");
                 return;
             }
             if (t.kind == Text::Figurative && (t.fill < '0' || t.fill > '9')) {
@@ -327,8 +326,8 @@ void Emitter::moveCharacters(const Text &t, const Loc &target)
         store(textNumber(t, placesOf(to)), target, false, "");
     } else if (!plainTo && to.category == Category::AlphanumericEdited) {
         std::string record = editedRecord(to, cat("P", ++constants_), t.kind != Text::Bytes, globals_);
-        put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
-                target.address, ");\n"));
+        put(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
+            target.address, ");\n");
     } else {
         moveText(t, target);
     }
@@ -367,7 +366,7 @@ Loc Emitter::member(const Reference &ref, const Item &group, const Item &item, b
         if (a->occurs) tables.insert(tables.begin(), a);
     std::string displacement;
     for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
-        displacement += cat(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
+        displacement += joined(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
     return locateItem(item, displacement, receiving);
 }
 

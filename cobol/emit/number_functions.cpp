@@ -15,7 +15,7 @@ Num Emitter::absolute(const FunctionCall &f)
     if (n.kind == Num::Float) return floatNumber(cat(emits(Do::Absolute, Of::Float), "(", n.text, ")"));
     if (n.kind == Num::Int) {
         n.text = cat(n.wide() ? emits(Do::Absolute, Of::Wide) : emits(Do::Absolute, Of::Integer), "(", n.text, ")");
-        n.literal = false;
+        n.literal = nullptr;
         n.isSigned = false;
         return n;
     }
@@ -142,7 +142,7 @@ Num Emitter::floatFunction(const FunctionCall &f)
 }
 
 // PI, E
-Num Emitter::floatConstant(const FunctionCall &f) { return floatNumber(emitsFunction(f.name)); }
+Num Emitter::floatConstant(const FunctionCall &f) { return floatNumber(std::string(emitsFunction(f.name))); }
 
 Num Emitter::annuity(const FunctionCall &f)
 {

@@ -161,7 +161,7 @@ bool Emitter::displacement(const Reference &ref, const Item &item, std::string &
             index = cat(emits(Do::CheckSubscript, Of::Integer), "(", index, ", ", currentCount(table), ", ",
                         bytesLiteral(wordText(ref.names[0])), ", ",
                         bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
-        out += cat(" + (", index, " - 1) * ", table.size);
+        out += joined(" + (", index, " - 1) * ", table.size);
     }
     if (known) out = cat(" + ", known, out);
     return true;

@@ -10,10 +10,10 @@ namespace kvrcob {
 
 // ---- Tools
 
-std::string Emitter::temp(const char *type, const std::string &suffix)
+std::string Emitter::temp(std::string_view type, std::string_view suffix)
 {
     std::string name = cat("t", ++temps_);
-    insertions_[blocks_.back()].text += cat(type, " ", name, suffix, "; ");
+    insertions_[blocks_.back()].text += joined(type, " ", name, suffix, "; ");
     return name;
 }
 
@@ -49,9 +49,7 @@ void Emitter::line(Tok at, std::string &out)
         lineFile_ = spot.file;
         linePath_ = bytesLiteral(sources()[spot.file].path);
     }
-    out += "#line ";
-    appendTo(out, spot.line ? spot.line : 1);
-    ((out += ' ') += linePath_) += '\n';
+    out += joined("#line ", spot.line ? spot.line : 1, ' ', linePath_, '\n');
 }
 
 // ---- Statements
@@ -202,7 +200,7 @@ std::string Emitter::constantRecord(const char *prefix, const std::string &type,
     std::string &name = records_[type + value];
     if (name.empty()) {
         name = cat(prefix, ++constants_);
-        globals_ += cat("static const ", type, " ", name, " = ", value, ";\n");
+        globals_ += joined("static const ", type, " ", name, " = ", value, ";\n");
     }
     return name;
 }
@@ -230,37 +228,37 @@ void Emitter::storage(Program &p)
         switch (record->section) {
         case Item::WorkingStorage:
             if (record->external)
-                globals_ += cat("static uint8_t *E", record->number, ";\n");
+                globals_ += joined("static uint8_t *E", record->number, ";\n");
             else
                 globals_ +=
                     cat("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16), unused));\n");
             break;
         case Item::LocalStorage:
-            globals_ += cat("static uint8_t *S", record->number, " __attribute__((unused));\n");
+            globals_ += joined("static uint8_t *S", record->number, " __attribute__((unused));\n");
             break;
         case Item::Linkage:
-            globals_ += cat("static uint8_t *L", record->number, " __attribute__((unused));\n");
-            if (record->anyLength) globals_ += cat("static int64_t N", record->number, ";\n");
+            globals_ += joined("static uint8_t *L", record->number, " __attribute__((unused));\n");
+            if (record->anyLength) globals_ += joined("static int64_t N", record->number, ";\n");
             break;
         default:
             break;
         }
     }
     for (Item *index : p.indexNames)
-        globals_ += cat("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
+        globals_ += joined("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
     std::string prefix = cat("p", p.number, "_");
-    globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
-                    "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
-    globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    globals_ += joined("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
+                       "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
+    globals_ += joined("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
     if (programEndsSort())
-        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
-                        p.procedures.size() + 1, "] __attribute__((unused));\n");
+        globals_ += joined("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix,
+                           "sortCells[", p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (p.usesXml) {
         usesXml_ = true;
-        globals_ += cat("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
+        globals_ += joined("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
     }
     if (!p.uses.empty())
-        globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
+        globals_ += joined("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -268,8 +266,8 @@ void Emitter::storage(Program &p)
     std::strftime(when, sizeof when, "%m/%d/%y%H.%M.%S", &local);
     globals_ +=
         cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
-    globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
-                    "body(int entry);\n");
+    globals_ += joined("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
+                       "body(int entry);\n");
 }
 
 void Emitter::program(Program &p)
@@ -280,12 +278,12 @@ void Emitter::program(Program &p)
     if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
         if (u == 0)
-            globals_ += cat(
+            globals_ += joined(
                 "static void p", p.number,
                 "_useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode) { (void)a; (void)b; (void)mode; p",
                 p.number, "_body((int)entry); }\n");
-        globals_ += cat("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
-                        " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
+        globals_ += joined("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
+                           " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
     }
     fileRecords(p);
     code_.clear();
@@ -335,12 +333,12 @@ std::string Emitter::emit()
     auto declare = [&](auto &self, Program &p) -> void {
         if (p.parent) {
             std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
-            declarations += cat("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters,
-                                ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
+            for (size_t i = 0; i < p.parameters.size(); i++) parameters += joined(i ? ", " : "", parameterType(p, i));
+            declarations += joined("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters,
+                                   ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
         } else {
             std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
+            for (size_t i = 0; i < p.parameters.size(); i++) parameters += joined(i ? ", " : "", parameterType(p, i));
             // The symbol has the program's name; the C name is our own, for a program may be called
             // FIB or W1.
             declarations +=
@@ -348,15 +346,15 @@ std::string Emitter::emit()
                     bytesLiteral(p.cName), ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
             const std::string &symbol = p.cName;
             if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
-                declarations += cat("#define ", symbol, " kvr_", symbol, "\n");
+                declarations += joined("#define ", symbol, " kvr_", symbol, "\n");
         }
         for (const EntryStatement *entry : p.entryPoints) {
             std::string parameters;
             for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
-            declarations += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(",
-                                parameters.empty() ? "void" : parameters, ");\n");
+            declarations += joined("int64_t kvr_entry_", p.number, "_", entry->number, "(",
+                                   parameters.empty() ? "void" : parameters, ");\n");
         }
-        declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
+        declarations += joined("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
     };
     exceptions_ = asksForExceptions();
@@ -381,10 +379,10 @@ std::string Emitter::emit()
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
     if (options_.mainProgram && main != group_.programs.end()) {
         Program *first = *main;
-        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
-                   options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        out += joined("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
+                      options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++)
-            out += cat(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
+            out += joined(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
         out += ") & 255;\n}\n";
     }
     return out;

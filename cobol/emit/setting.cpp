@@ -11,10 +11,10 @@ void Emitter::allocateStatement(const AllocateStatement &s)
         Loc loc = e->ref ? locate(*e->ref) : Loc{};
         if (!loc.good()) return;
         if (loc.item->based && !loc.item->parent && !loc.refmod)
-            put(cat(emits(Do::Free, Of::Pointer), "(L", loc.item->number, "); L", loc.item->number, " = 0;\n"));
+            put(emits(Do::Free, Of::Pointer), "(L", loc.item->number, "); L", loc.item->number, " = 0;\n");
         else if (e->kind == ExprKind::Reference && loc.item->category == Category::Pointer)
-            put(cat(emits(Do::Free, Of::Pointer), "((uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(",
-                    loc.address, ")); ", emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", 0);\n"));
+            put(emits(Do::Free, Of::Pointer), "((uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address,
+                ")); ", emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", 0);\n");
         else
             return error(e->at, "FREE needs a pointer or the address of a BASED item");
     }
@@ -23,7 +23,7 @@ void Emitter::allocateStatement(const AllocateStatement &s)
         Item *item = meaning_.resolve(*program_, *s.item);
         if (!item) return;
         if (!item->based) return error(s.item->at, "ALLOCATE needs a BASED item");
-        put(cat(address, " = L", item->number, " = ", emits(Do::Allocate), "(", item->storageSize(), ");\n"));
+        put(address, " = L", item->number, " = ", emits(Do::Allocate), "(", item->storageSize(), ");\n");
         if (s.initialized) {
             InitializeStatement values;
             values.verb = K_INITIALIZE;
@@ -33,13 +33,13 @@ void Emitter::allocateStatement(const AllocateStatement &s)
             initializeStatement(values);
         }
     } else {
-        put(cat(address, " = ", emits(Do::Allocate), "(", integer(s.characters), ");\n"));
+        put(address, " = ", emits(Do::Allocate), "(", integer(s.characters), ");\n");
     }
     if (!s.returning) return;
     Loc to = locate(*s.returning, true);
     if (!to.good()) return;
     if (to.item->category != Category::Pointer) return error(s.returning->at, "a pointer is needed here");
-    put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", to.address, ", (int64_t)(intptr_t)", address, ");\n"));
+    put(emits(Do::Store, Of::Pointer, Of::Integer), "(", to.address, ", (int64_t)(intptr_t)", address, ");\n");
 }
 
 void Emitter::setStatement(const SetStatement &s)
@@ -65,7 +65,7 @@ void Emitter::setStatement(const SetStatement &s)
                         cat("(uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(", locate(*v->ref).address, ")");
                 else
                     error(v->at, "a pointer is needed here");
-                put(cat("L", item->number, " = ", value, ";\n"));
+                put("L", item->number, " = ", value, ";\n");
                 continue;
             }
             if (part.value->kind == ExprKind::Truth && (part.value->op == K_ON || part.value->op == K_OFF)) {
@@ -73,8 +73,8 @@ void Emitter::setStatement(const SetStatement &s)
                 if (number < 0)
                     error(t->at, wordText(t->ref->names[0]) + " is no switch of SPECIAL-NAMES");
                 else
-                    put(cat("p", program_->number, "_pcb.upsi[", number, "] = '", part.value->op == K_ON ? '1' : '0',
-                            "';\n"));
+                    put("p", program_->number, "_pcb.upsi[", number, "] = '", part.value->op == K_ON ? '1' : '0',
+                        "';\n");
                 continue;
             }
             if (part.value->kind == ExprKind::Truth) {
@@ -100,7 +100,7 @@ void Emitter::setStatement(const SetStatement &s)
                 }
                 std::string displacement;
                 for (size_t i = 0; i < tables.size(); i++)
-                    displacement += cat(" + (", subscript(t->ref->subscripts[i]), " - 1) * ", tables[i]->size);
+                    displacement += joined(" + (", subscript(t->ref->subscripts[i]), " - 1) * ", tables[i]->size);
                 move(value, locateItem(*owner, displacement, true));
                 continue;
             }
@@ -108,9 +108,9 @@ void Emitter::setStatement(const SetStatement &s)
             if (!loc.good()) continue;
             if (s.form == SetStatement::UpBy || s.form == SetStatement::DownBy) {
                 if (loc.item->category == Category::Pointer) {
-                    put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)",
-                            emits(Do::Load, Of::Pointer), "(", loc.address, ") ",
-                            s.form == SetStatement::UpBy ? "+" : "-", " ", integer(part.value), ");\n"));
+                    put(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)",
+                        emits(Do::Load, Of::Pointer), "(", loc.address, ") ", s.form == SetStatement::UpBy ? "+" : "-",
+                        " ", integer(part.value), ");\n");
                     continue;
                 }
                 if (!isNumericItem(*loc.item)) {
@@ -122,8 +122,8 @@ void Emitter::setStatement(const SetStatement &s)
                 continue;
             }
             if (loc.item->category == Category::Pointer && part.value->kind == ExprKind::EntryOf) {
-                put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)(intptr_t)",
-                        findProgram(constant(part.value->left), false), ");\n"));
+                put(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)(intptr_t)",
+                    findProgram(constant(part.value->left), false), ");\n");
                 continue;
             }
             if (loc.item->category == Category::Pointer) {

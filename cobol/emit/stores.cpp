@@ -23,9 +23,9 @@ void Emitter::storeEdited(Num value, const Loc &target)
                                             ", ", bytesLiteral(picture), "}"));
     value = toPacked(value);
     std::string digits = tempBytes(item.picture.digits + 1);
-    put(cat(emits(Do::Edit, Of::NumericEdited, Of::Packed), "((const NumericEditRecord *)&", record, ", ",
-            emits(Do::EditDigits, Of::NumericEdited, Of::Packed), "(", value.text, ", ", digits, ", ",
-            item.picture.digits, ", ", value.digits, "), ", target.address, ");\n"));
+    put(emits(Do::Edit, Of::NumericEdited, Of::Packed), "((const NumericEditRecord *)&", record, ", ",
+        emits(Do::EditDigits, Of::NumericEdited, Of::Packed), "(", value.text, ", ", digits, ", ", item.picture.digits,
+        ", ", value.digits, "), ", target.address, ");\n");
 }
 
 void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::string &sizeError)
@@ -36,21 +36,21 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
         // What would lose digits is a size error.
         value = keep(value, true);
         std::string exact = compareNumbers(value, scaleTo(value, item.picture.scale, false), '=');
-        put(cat("if (!", exact, ") ", sizeError.empty() ? ";" : cat(sizeError, " = 1;"), " else {\n"));
+        put("if (!", exact, ") ", sizeError.empty() ? ";" : cat(sizeError, " = 1;"), " else {\n");
         store(value, target, false, sizeError);
         put("}\n");
         return;
     }
     if (item.isIndexName) {
         value = toInt(scaleTo(value, 0, rounded));
-        put(cat("X", item.number, " = ", value.text, ";\n"));
+        put("X", item.number, " = ", value.text, ";\n");
         return;
     }
     if (item.usage == Usage::Float || item.usage == Usage::Double) {
         value = toFloat(value);
-        put(cat(item.usage == Usage::Float ? emits(Do::Store, Of::Comp1, Of::Float)
-                                           : emits(Do::Store, Of::Comp2, Of::Float),
-                "(", target.address, ", ", value.text, ");\n"));
+        put(item.usage == Usage::Float ? emits(Do::Store, Of::Comp1, Of::Float)
+                                       : emits(Do::Store, Of::Comp2, Of::Float),
+            "(", target.address, ", ", value.text, ");\n");
         return;
     }
     int scale = item.picture.scale, digits = item.picture.digits;
@@ -69,19 +69,19 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
         if (byCapacity) {
             value = keep(toInt(value), false);
             bool isSigned = item.picture.sign || item.usage == Usage::Index;
-            put(cat("if (!", emits(Do::Fits, Of::Signed), "(", value.text, ", ", item.size, ", ", isSigned ? 1 : 0,
-                    ")) ", sizeError, " = 1; else {\n"));
+            put("if (!", emits(Do::Fits, Of::Signed), "(", value.text, ", ", item.size, ", ", isSigned ? 1 : 0, ")) ",
+                sizeError, " = 1; else {\n");
             check = true;
         } else if (value.digits > digits) {
             value = keep(value, false);
             if (value.kind == Num::Int) {
-                put(cat("if (", value.text, emits(Do::Fits, Of::Integer), powerOfTen(digits), " || ", value.text,
-                        " <= -", powerOfTen(digits), ") ", sizeError, " = 1; else {\n"));
+                put("if (", value.text, emits(Do::Fits, Of::Integer), powerOfTen(digits), " || ", value.text, " <= -",
+                    powerOfTen(digits), ") ", sizeError, " = 1; else {\n");
             } else {
                 std::string t = tempBytes((value.digits - digits) / 2 + 1);
-                put(cat("if (!", emits(Do::IsZero, Of::Packed), "(", emits(Do::Fits, Of::Packed), "(", value.text, ", ",
-                        t, ", ", value.digits - digits, ", ", value.digits, ", ", digits, "), ", value.digits - digits,
-                        ")) ", sizeError, " = 1; else {\n"));
+                put("if (!", emits(Do::IsZero, Of::Packed), "(", emits(Do::Fits, Of::Packed), "(", value.text, ", ", t,
+                    ", ", value.digits - digits, ", ", value.digits, ", ", digits, "), ", value.digits - digits, ")) ",
+                    sizeError, " = 1; else {\n");
             }
             check = true;
         }
@@ -99,47 +99,44 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
             value.text = cat(value.wide() ? emits(Do::Absolute, Of::Wide) : emits(Do::Absolute, Of::Integer), "(",
                              value.text, ")");
         if (item.usage == Usage::CompX)
-            put(cat(emits(Do::Store, Of::BigEndian, Of::Integer), "(", target.address, ", ", item.size, ", (uint64_t)(",
-                    value.text, "));\n"));
+            put(emits(Do::Store, Of::BigEndian, Of::Integer), "(", target.address, ", ", item.size, ", (uint64_t)(",
+                value.text, "));\n");
         else
-            put(cat(emits(Do::Store, Of::Signed, Of::Integer), item.size, "(", target.address, ", ", "(int64_t)(",
-                    value.text, "));\n"));
+            put(emits(Do::Store, Of::Signed, Of::Integer), item.size, "(", target.address, ", ", "(int64_t)(",
+                value.text, "));\n");
     } else if (item.usage == Usage::Packed) {
         if (value.kind == Num::Int && !value.wide() && !(!item.picture.sign && mayBeNegative)) {
-            put(cat(emits(Do::Store, Of::Packed, Of::Integer), "(", value.text, ", ", target.address, ", ", digits,
-                    ");\n"));
+            put(emits(Do::Store, Of::Packed, Of::Integer), "(", value.text, ", ", target.address, ", ", digits, ");\n");
         } else {
             value = toPacked(value);
             if (!item.picture.sign && mayBeNegative) {
                 std::string t = tempBytes(digits / 2 + 1);
-                put(cat("memcpy(", target.address, ", ", emits(Do::Store, Of::PackedUnsigned, Of::Packed), "(",
-                        value.text, ", ", t, ", ", digits, ", ", value.digits, "), ", digits / 2 + 1, ");\n"));
-            } else if (!value.cut.empty() && value.text == value.cutOf && value.digits >= digits) {
-                std::string cut = value.cut;
-                cut.replace(cut.rfind('@'), 1, std::to_string(digits));
-                put(cat(emits(Do::StoreSum, Of::Packed, Of::Packed), "(", target.address, ", ", cut, ", ", item.size,
-                        ");\n"));
+                put("memcpy(", target.address, ", ", emits(Do::Store, Of::PackedUnsigned, Of::Packed), "(", value.text,
+                    ", ", t, ", ", digits, ", ", value.digits, "), ", digits / 2 + 1, ");\n");
+            } else if (value.cut && value.text == value.cutTo(value.digits) && value.digits >= digits) {
+                put(emits(Do::StoreSum, Of::Packed, Of::Packed), "(", target.address, ", ", value.cutTo(digits), ", ",
+                    item.size, ");\n");
             } else {
-                put(cat(emits(Do::Store, Of::Packed, Of::Packed), "(", value.text, ", ", target.address, ", ", digits,
-                        ", ", value.digits, ");\n"));
+                put(emits(Do::Store, Of::Packed, Of::Packed), "(", value.text, ", ", target.address, ", ", digits, ", ",
+                    value.digits, ");\n");
             }
         }
-        if (!item.picture.sign) put(cat(target.address, "[", item.size - 1, "] |= 0x0F;\n"));
+        if (!item.picture.sign) put(target.address, "[", item.size - 1, "] |= 0x0F;\n");
     } else {
         bool plain = item.signForm == SignForm::None || item.signForm == SignForm::Trailing;
         if (value.kind == Num::Int && !value.wide() && plain) {
             if (item.signForm == SignForm::None)
-                put(cat(emits(Do::Store, Of::ZonedUnsigned, Of::Integer), "((uint64_t)",
-                        mayBeNegative ? cat(emits(Do::Absolute, Of::Integer), "(", value.text, ")")
-                                      : cat("(", value.text, ")"),
-                        ", ", target.address, ", ", digits, ");\n"));
+                put(emits(Do::Store, Of::ZonedUnsigned, Of::Integer), "((uint64_t)",
+                    mayBeNegative ? cat(emits(Do::Absolute, Of::Integer), "(", value.text, ")")
+                                  : cat("(", value.text, ")"),
+                    ", ", target.address, ", ", digits, ");\n");
             else
-                put(cat(emits(Do::Store, Of::ZonedTrailing, Of::Integer), "(", value.text, ", ", target.address, ", ",
-                        digits, ");\n"));
+                put(emits(Do::Store, Of::ZonedTrailing, Of::Integer), "(", value.text, ", ", target.address, ", ",
+                    digits, ");\n");
         } else {
             value = toPacked(value);
-            put(cat(emitsFor(Do::Store, zonedOf(item.signForm), Of::Packed), "(", value.text, ", ", target.address,
-                    ", ", digits, ", ", value.digits, ");\n"));
+            put(emitsFor(Do::Store, zonedOf(item.signForm), Of::Packed), "(", value.text, ", ", target.address, ", ",
+                digits, ", ", value.digits, ");\n");
         }
     }
     if (check) put("}\n");
