@@ -9,19 +9,21 @@ namespace kvrcob {
 std::string Emitter::bytesLiteral(std::string_view bytes)
 {
     std::string out = "\"";
-    for (unsigned char c : bytes) {
-        if (c == '"' || c == '\\' || c == '?') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c >= 32 && c < 127) {
-            out += static_cast<char>(c);
-        } else {
-            char code[5] = {'\\', static_cast<char>('0' + (c >> 6)), static_cast<char>('0' + (c >> 3 & 7)),
-                            static_cast<char>('0' + (c & 7)), 0};
-            out += code;
-        }
+    size_t from = 0; // of the bytes that stand for themselves
+    for (size_t i = 0; i < bytes.size(); i++) {
+        const unsigned char c = static_cast<unsigned char>(bytes[i]);
+        const bool printable = c >= 32 && c < 127, marked = c == '"' || c == '\\' || c == '?';
+        if (printable && !marked) continue;
+        out.append(bytes, from, i - from);
+        from = i + 1;
+        if (marked)
+            out += joined('\\', bytes[i]);
+        else
+            out += joined('\\', c >> 6, c >> 3 & 7, c & 7);
     }
-    return out + "\"";
+    out.append(bytes, from);
+    out += '"';
+    return out;
 }
 
 std::string Emitter::constantBytes(std::string_view bytes) { return cat("(uint8_t *)(intptr_t)", bytesLiteral(bytes)); }

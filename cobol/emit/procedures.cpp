@@ -198,6 +198,7 @@ void Emitter::procedures(Program &p)
 {
     findWatched(p);
     code_.clear();
+    code_.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
     insertions_.clear();
     blocks_.clear();
     firstSite_ = sites_ + 1;
@@ -249,7 +250,7 @@ void Emitter::procedures(Program &p)
     // The cells are in memory, and not in as many variables: those would be live everywhere, and
     // the C compiler would take its time.
     std::string out;
-    out.reserve(code_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
+    out.reserve(code_.size() + 32 * insertions_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
     size_t saved = sites_ + 1 - firstSite_;
     out += joined("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
                   "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");

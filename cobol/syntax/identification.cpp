@@ -111,7 +111,7 @@ Program *Parser::program(Program *parent)
                 p->recursive = true;
             } else if (take(K_PROGRAM)) {
                 break;
-            } else if (take(internWord("AS"))) {
+            } else if (take(K_AS)) {
                 if (atString()) {
                     p->nameText = now().text;
                     p->name = internWord(now().text);

@@ -57,6 +57,7 @@ void Lexer::skipSpace(Token &token)
         if (c == '\n') lineStart_ = true;
         token.spaceBefore = true;
         position_++;
+        while (text[position_] == ' ') position_++; // indentations; not beyond the NUL after the text
     }
 }
 
@@ -261,15 +262,14 @@ bool Lexer::atPictureCopy() const
     return at(position_ + 4) == ' ' || at(position_ + 4) == '\n';
 }
 
-Token Lexer::next()
+void Lexer::next(Token &token)
 {
-    Token token;
     skipSpace(token);
     const size_t begin = position_;
     token.spot = running_.spot(begin);
     token.areaA = lineStart_ && (running_.format == SourceFormat::Free || token.spot.column < 12);
     lineStart_ = false;
-    if (begin >= running_.text.size()) return token;
+    if (begin >= running_.text.size()) return;
 
     const char c = at(begin);
     if (expectPicture_ && picture(token))
@@ -284,7 +284,6 @@ Token Lexer::next()
         punctuation(token);
     token.spot.length = static_cast<uint32_t>(position_ - begin);
     watch(token);
-    return token;
 }
 
 } // namespace kvrcob

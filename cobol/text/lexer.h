@@ -15,8 +15,8 @@ public:
     {
     }
 
-    // The next token; End at the end.
-    Token next();
+    // The next token, into an empty one; it stays End at the end.
+    void next(Token &token);
 
     // PICTURE COPY name: the copied text begins with the picture string.
     bool takePictureCopy() { return std::exchange(pictureCopy_, false); }

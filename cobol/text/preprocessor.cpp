@@ -195,18 +195,18 @@ public:
     {
         Lexer lexer(number, options_);
         if (std::exchange(pictureCopy_, false)) lexer.expectPicture();
-        Token token = lexer.next();
-        while (token.kind != TokenKind::End && !full(out.size(), token.spot)) {
-            if (isWord(token, K_COPY)) {
-                copy(lexer, token, out, depth);
-            } else {
-                out.push_back(token);
-                token = lexer.next();
-            }
+        for (;;) {
+            lexer.next(out.emplace_back());
+            if (out.back().kind == TokenKind::End || full(out.size(), out.back().spot)) break;
+            if (!isWord(out.back(), K_COPY)) continue;
+            const Spot statement = out.back().spot;
+            out.pop_back();
+            copy(lexer, statement, out, depth);
         }
-        if (depth > 0) return;
-        token.kind = TokenKind::End;
-        out.push_back(token);
+        if (depth > 0)
+            out.pop_back();
+        else
+            out.back().kind = TokenKind::End;
     }
 
     // Whether the text has become too long; told once.
@@ -423,24 +423,18 @@ private:
         return "";
     }
 
-    void copy(Lexer &lexer, Token &token, std::vector<Token> &out, int depth)
+    void copy(Lexer &lexer, const Spot &statement, std::vector<Token> &out, int depth)
     {
-        Spot statement = token.spot;
         bool pictureCopy = lexer.takePictureCopy();
-        // The statement's own words, up to the period.
+        // The statement's own words, up to the period, which becomes their end.
         std::vector<Token> words;
-        token = lexer.next();
         bool inPseudo = false;
-        while (token.kind != TokenKind::End && (inPseudo || !isPunct(token, '.'))) {
-            if (isPunct(token, kPseudo)) inPseudo = !inPseudo;
-            words.push_back(token);
-            token = lexer.next();
-        }
-        bool ended = token.kind != TokenKind::End;
-        if (ended) token = lexer.next();
-        Token end;
-        end.spot = token.spot;
-        words.push_back(end);
+        do {
+            lexer.next(words.emplace_back());
+            if (isPunct(words.back(), kPseudo)) inPseudo = !inPseudo;
+        } while (words.back().kind != TokenKind::End && (inPseudo || !isPunct(words.back(), '.')));
+        const bool ended = words.back().kind != TokenKind::End;
+        words.back().kind = TokenKind::End;
         if (!ended) diagnostics().error(statement, "this COPY has no period at its end");
 
         size_t index = 0;
@@ -515,7 +509,7 @@ std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPat
 {
     Reader reader(options, path, dependencies);
     std::vector<Token> tokens;
-    tokens.reserve(sources()[file].text.size() / 8); // about what sources have
+    tokens.reserve(sources()[file].text.size() / 4); // most sources have fewer
     reader.file(file, tokens, 0);
     return reader.replaceStatements(std::move(tokens));
 }

@@ -39,6 +39,7 @@ public:
     {
         const std::string &text = sources()[out_.file].text;
         const bool tabs = text.find('\t') != std::string::npos;
+        mayDirect_ = text.find('$') != std::string::npos || text.find(">>") != std::string::npos;
         out_.text.reserve(text.size());
         size_t from = 0;
         while (from < text.size()) {
@@ -66,7 +67,7 @@ private:
 
     void oneLine(std::string_view line)
     {
-        if (directive(line)) return;
+        if (mayDirect_ && directive(line)) return;
         if (skipping()) return;
         if (format_ == SourceFormat::Free)
             freeLine(line);
@@ -532,6 +533,7 @@ private:
     std::vector<Condition> conditions_;
     std::vector<Spot> openIfs_;
     bool inIdentification_ = false, inEntry_ = false, badIndicator_ = false, first_ = true;
+    bool mayDirect_ = false; // there is a mark of a directive somewhere
     char open_ = 0, pending_ = 0;
     size_t openColumns_ = 0;
     size_t columns_ = 0; // of the line before, from column 8

@@ -19,13 +19,21 @@ struct Table {
     };
     std::deque<std::string> texts; // references to them stay good
     std::vector<Slot> slots = std::vector<Slot>(4096);
-    std::string upper; // keeps its room: most words are known already
+
+    // Whether a text in any case is this word.
+    static bool same(const std::string &word, std::string_view text)
+    {
+        if (word.size() != text.size()) return false;
+        for (size_t i = 0; i < text.size(); i++)
+            if (word[i] != upperCase(text[i])) return false;
+        return true;
+    }
 
     // The slot of this word, or the empty one in which it belongs.
     Slot &slot(std::string_view text, uint32_t hash)
     {
         size_t at = hash & (slots.size() - 1);
-        while (slots[at].word && (slots[at].hash != hash || *slots[at].text != text))
+        while (slots[at].word && (slots[at].hash != hash || !same(*slots[at].text, text)))
             at = (at + 1) & (slots.size() - 1);
         return slots[at];
     }
@@ -34,22 +42,18 @@ struct Table {
     {
         if (text.empty()) return 0;
         uint32_t hash = 2166136261u;
-        upper.resize(text.size());
-        for (size_t i = 0; i < text.size(); i++) {
-            upper[i] = upperCase(text[i]);
-            hash = (hash ^ static_cast<unsigned char>(upper[i])) * 16777619u;
-        }
+        for (char c : text) hash = (hash ^ static_cast<unsigned char>(upperCase(c))) * 16777619u;
         hash ^= hash >> 15;
-        Slot &place = slot(upper, hash);
-        if (!place.word) return add(hash, place);
-        return place.word;
+        Slot &place = slot(text, hash);
+        return place.word ? place.word : add(text, hash, place);
     }
 
-    Word add(uint32_t hash, Slot &place)
+    Word add(std::string_view text, uint32_t hash, Slot &place)
     {
         Word word = static_cast<Word>(texts.size());
-        texts.push_back(upper);
-        place = {hash, word, &texts.back()};
+        std::string &upper = texts.emplace_back(text);
+        for (char &c : upper) c = upperCase(c);
+        place = {hash, word, &upper};
         if (2 * texts.size() > slots.size()) {
             std::vector<Slot> old(2 * slots.size());
             old.swap(slots);
