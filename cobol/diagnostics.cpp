@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 
 namespace kvrcob {
 
@@ -27,6 +28,9 @@ int Sources::open(const std::string &path, Spot includedAt)
     SourceFile file;
     file.path = path;
     file.includedAt = includedAt;
+    struct stat info;
+    if (fstat(fileno(stream), &info) == 0 && S_ISREG(info.st_mode))
+        file.text.reserve(static_cast<size_t>(info.st_size));
     char buffer[65536];
     size_t got;
     while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0) file.text.append(buffer, got);

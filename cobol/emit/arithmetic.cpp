@@ -95,7 +95,7 @@ void Emitter::addStatement(const ArithmeticStatement &s)
             if (!second.good()) return;
             result = combine(second);
         }
-        if (several) result = keep(result, true);
+        if (several) result = keep(std::move(result), true);
         for (const Target &t : s.targets) {
             Loc loc = locate(*t.ref, true);
             if (!loc.good()) continue;
@@ -106,7 +106,7 @@ void Emitter::addStatement(const ArithmeticStatement &s)
             store(result, loc, t.rounded, flag);
         }
     } else {
-        if (several) sum = keep(sum, true);
+        if (several) sum = keep(std::move(sum), true);
         for (const Target &t : s.targets) {
             Loc loc = locate(*t.ref, true);
             if (!loc.good()) continue;
@@ -136,7 +136,8 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
         Num second = number(s.second);
         if (!second.good()) return;
         Num dividend = s.into ? second : first, divisor = s.into ? first : second;
-        if (s.targets.size() > 1 || s.remainder.ref) dividend = keep(dividend, true), divisor = keep(divisor, true);
+        if (s.targets.size() > 1 || s.remainder.ref)
+            dividend = keep(std::move(dividend), true), divisor = keep(std::move(divisor), true);
         Num quotient; // as stored in the first target, for REMAINDER
         for (size_t i = 0; i < s.targets.size(); i++) {
             const Target &t = s.targets[i];
@@ -166,7 +167,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
             }
         }
     } else {
-        if (s.targets.size() > 1) first = keep(first, true);
+        if (s.targets.size() > 1) first = keep(std::move(first), true);
         for (const Target &t : s.targets) {
             Loc loc = locate(*t.ref, true);
             if (!loc.good()) continue;
@@ -213,7 +214,7 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     Num value = number(e, all ? -1 : scale);
     if (!value.good()) return;
     bool guarded = !zeroFlag_.empty();
-    if (s.targets.size() > 1 || guarded) value = keep(value, true);
+    if (s.targets.size() > 1 || guarded) value = keep(std::move(value), true);
     if (guarded) put("if (!", zeroFlag_, ") {\n");
     for (size_t i = 0; i < s.targets.size(); i++) store(value, locs[i], s.targets[i].rounded, flag);
     if (guarded) put("}\n");

@@ -67,10 +67,10 @@ bool Emitter::displayedNumber(Num n, const Item *item, Shown &out)
     }
     int digits = item ? shownDigits(*item) : n.digits, sign = item ? n.isSigned : 2;
     if (n.scale < 0) {
-        n = scaleUp(n, 0);
+        n = scaleUp(std::move(n), 0);
         digits = n.digits;
     }
-    n = toPacked(n);
+    n = toPacked(std::move(n));
     out.address = tempBytes(digits + n.scale + 8);
     out.size = length = temp("int");
     if (!item) digits = n.digits;

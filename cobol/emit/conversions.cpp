@@ -77,10 +77,9 @@ Num Emitter::itemNumber(const Loc &loc)
         // I * J + K has 19 digits, but fits into 64 bits if each of them has 32.
         if (byCapacity || (item.size == 4 && n.digits == 9))
             n.most = static_cast<unsigned __int128>(1) << (item.size * 8 - (hasSign ? 1 : 0));
-        n.text =
-            cat(n.wide() ? "(__int128)" : "", hasSign ? emits(Do::Load, Of::Signed) : emits(Do::Load, Of::Unsigned),
-                item.size, "(", loc.address, ")");
-        if (!n.wide()) n.text.insert(0, "(int64_t)");
+        n.text = cat(n.wide() ? "(__int128)" : "(int64_t)",
+                     hasSign ? emits(Do::Load, Of::Signed) : emits(Do::Load, Of::Unsigned), item.size, "(", loc.address,
+                     ")");
         return n;
     }
     case Usage::Packed:
@@ -112,7 +111,7 @@ Num Emitter::itemNumber(const Loc &loc)
 Num Emitter::toPacked(Num a)
 {
     if (a.kind == Num::Packed || !a.good()) return a;
-    if (a.kind == Num::Float) a = scaleTo(a, 9, false);
+    if (a.kind == Num::Float) a = scaleTo(std::move(a), 9, false);
     if (a.literal) {
         a.kind = Num::Packed;
         a.text = constantBytes(packedBytes(a.literal->digits, a.literal->negative, a.digits, true));
@@ -151,7 +150,7 @@ Num Emitter::toFloat(Num a)
     if (a.kind == Num::Packed && a.digits > kMostInt && a.scale >= 0)
         return floatNumber(cat(emits(Do::ToFloat, Of::LongPacked), "(", a.text, ", ", a.digits, ", ", a.scale, ")"));
     int scale = a.scale;
-    if (a.kind == Num::Packed) a = toInt(a);
+    if (a.kind == Num::Packed) a = toInt(std::move(a));
     if (scale > 0)
         a.text = cat("((double)(", a.text, ") / 1e", scale, ")");
     else
@@ -170,9 +169,9 @@ Num Emitter::decimalSingle(Num a)
 // Two operands, one of them floating point.
 void Emitter::bothFloat(Num &a, Num &b)
 {
-    if (a.single && b.kind != Num::Float) a = decimalSingle(a);
-    if (b.single && a.kind != Num::Float) b = decimalSingle(b);
-    a = toFloat(a), b = toFloat(b);
+    if (a.single && b.kind != Num::Float) a = decimalSingle(std::move(a));
+    if (b.single && a.kind != Num::Float) b = decimalSingle(std::move(b));
+    a = toFloat(std::move(a)), b = toFloat(std::move(b));
 }
 
 // The same value with more decimal places.
@@ -201,7 +200,7 @@ Num Emitter::scaleUp(Num a, int scale)
         a.scale = scale;
         return a;
     }
-    a = toPacked(a);
+    a = toPacked(std::move(a));
     int digits = std::min(a.digits + k, kMostPacked);
     std::string t = tempBytes(digits / 2 + 1);
     a.text = cat(emits(Do::MorePlaces, Of::Packed), "(", a.text, ", ", t, ", ", digits, ", ", a.digits, ", ", k, ")");
@@ -216,7 +215,7 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
 {
     if (!a.good()) return a;
     if (a.kind == Num::Float) {
-        if (a.single) a = decimalSingle(a);
+        if (a.single) a = decimalSingle(std::move(a));
         Num n = integerNumber(
             cat(emits(Do::ToInteger, Of::Float), "(", a.text, ", ", scale, ", ", static_cast<int>(rounded), ")"),
             kMostInt);
@@ -230,7 +229,7 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
             notBuilt(statementAt_, "this mode of rounding of a result with so many digits");
             return Num{};
         }
-        a = toInt(a);
+        a = toInt(std::move(a));
         Num n = integerNumber(cat(emits(Do::RoundedMode, Of::Wide), "(", a.text, ", ", powerOfTen(k), ", ",
                                   static_cast<int>(rounded), ")"),
                               std::max(a.digits - k + 1, 1));

@@ -115,12 +115,12 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
         t = textOf(source); // its digits, and whatever else it may hold
     } else if (numericFrom) {
         Num n = itemNumber(source);
-        if (n.kind == Num::Float) n = scaleTo(n, 0, false);
-        n = toPacked(n);
+        if (n.kind == Num::Float) n = scaleTo(std::move(n), 0, false);
+        n = toPacked(std::move(n));
         int digits = from.picture.digits;
         if (n.scale < 0) {
             digits -= n.scale;
-            n = scaleUp(n, 0);
+            n = scaleUp(std::move(n), 0);
         }
         std::string buffer = tempBytes(digits + 1);
         t.address = cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");

@@ -98,14 +98,14 @@ Num Emitter::add(Num a, Num b, bool minus)
                                minus ? emits(Do::Subtract, Of::Float, Of::Float) : emits(Do::Add, Of::Float, Of::Float),
                                "(", b.text, "))"));
     }
-    if (a.text.size() > kLongText) a = keep(a, true);
+    if (a.text.size() > kLongText) a = keep(std::move(a), true);
     int scale = std::max(a.scale, b.scale);
     int whole = std::max(a.digits - a.scale, b.digits - b.scale);
     int digits = whole + scale + 1;
     bool packed = (a.kind == Num::Packed || b.kind == Num::Packed) &&
                   !(a.kind == Num::Int && !a.literal && b.digits <= 18 && digits <= kMostInt && false);
     if (!packed && digits <= kMostInt) {
-        a = scaleUp(a, scale), b = scaleUp(b, scale);
+        a = scaleUp(std::move(a), scale), b = scaleUp(std::move(b), scale);
         if (a.kind == Num::Int && b.kind == Num::Int) {
             Num n = integerNumber("", digits);
             n.most = a.most && b.most ? a.most + b.most : 0;
@@ -126,7 +126,7 @@ Num Emitter::add(Num a, Num b, bool minus)
     }
     a = toPacked(a.scale > scale ? scaleTo(a, scale, false) : scaleUp(toPacked(a), scale));
     b = toPacked(b.scale > scale ? scaleTo(b, scale, false) : scaleUp(toPacked(b), scale));
-    if (minus) b = negate(b);
+    if (minus) b = negate(std::move(b));
     std::string t = tempBytes(digits / 2 + 1);
     Num n;
     n.kind = Num::Packed;
@@ -174,7 +174,7 @@ Num Emitter::multiply(Num a, Num b)
         bothFloat(a, b);
         return floatNumber(cat("(", a.text, emits(Do::Multiply, Of::Float, Of::Float), b.text, ")"));
     }
-    if (a.text.size() > kLongText) a = keep(a, true);
+    if (a.text.size() > kLongText) a = keep(std::move(a), true);
     int digits = a.digits + b.digits, scale = a.scale + b.scale;
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
         Num n = integerNumber("", digits);
@@ -193,7 +193,7 @@ Num Emitter::multiply(Num a, Num b)
         int half = std::max(1, std::min(cut, std::max(1, longer.digits - kMostPacked / 2)));
         longer = scaleTo(longer, longer.scale - half, false);
     }
-    a = toPacked(a), b = toPacked(b);
+    a = toPacked(std::move(a)), b = toPacked(std::move(b));
     digits = std::min(a.digits + b.digits, kMostPacked);
     scale = a.scale + b.scale;
     std::string t = tempBytes(digits / 2 + 1);
@@ -251,7 +251,7 @@ Num Emitter::divide(Num a, Num b, int scale)
         scale -= cut;
         digits = std::min(a.digits + k, kMostPacked);
     }
-    a = toPacked(a), b = toPacked(b);
+    a = toPacked(std::move(a)), b = toPacked(std::move(b));
     int aScale = a.scale;
     a = scaleUp(a, aScale + k);
     std::string t = tempBytes(digits / 2 + 1);
@@ -410,13 +410,13 @@ std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
     int scale = std::max(a.scale, b.scale);
     if ((a.kind == Num::Int && b.kind == Num::Int) &&
         std::max(a.digits - a.scale, b.digits - b.scale) + scale <= kMostInt) {
-        a = scaleUp(a, scale), b = scaleUp(b, scale);
+        a = scaleUp(std::move(a), scale), b = scaleUp(std::move(b), scale);
         return cat("(", a.text, " ", sign, " ", b.text, ")");
     }
     if (b.literal && b.literal->isZero() && a.kind == Num::Packed && (op == '=' || op == kNotEqual))
         return cat("(", op == '=' ? "" : "!", emits(Do::IsZero, Of::Packed), "(", a.text, ", ", a.digits, "))");
-    a = toPacked(a), b = toPacked(b);
-    a = scaleUp(a, scale), b = scaleUp(b, scale);
+    a = toPacked(std::move(a)), b = toPacked(std::move(b));
+    a = scaleUp(std::move(a), scale), b = scaleUp(std::move(b), scale);
     return cat("(", emitsFor(relationOf(op), Of::Packed, Of::Packed), "(", a.text, ", ", b.text, ", ", b.digits, ", ",
                a.digits, "))");
 }

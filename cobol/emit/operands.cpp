@@ -112,8 +112,8 @@ std::string Emitter::integer(const Expr *e)
         return cat(d.negative ? "-" : "", d.digits, "L");
     Num n = number(e, 0);
     if (!n.good()) return "0";
-    if (n.scale != 0 || n.kind == Num::Float) n = scaleTo(n, 0, false);
-    n = toInt(n);
+    if (n.scale != 0 || n.kind == Num::Float) n = scaleTo(std::move(n), 0, false);
+    n = toInt(std::move(n));
     return n.wide() ? cat("(int64_t)(", n.text, ")") : n.text;
 }
 
@@ -255,7 +255,8 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     if (!displacement(ref, *item, away)) return Loc{};
     Loc loc = locateItem(*item, away, receiving);
     if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
-    return ref.refmod ? partOf(ref, loc) : loc;
+    if (ref.refmod) return partOf(ref, loc);
+    return loc;
 }
 
 Text Emitter::textOf(const Loc &loc)

@@ -137,7 +137,7 @@ Num Emitter::sum(const FunctionCall &f)
             sum.text = sum.cutTo(most);
             sum.digits = most;
         }
-        if (i % 8 == 7) sum = keep(sum, true);
+        if (i % 8 == 7) sum = keep(std::move(sum), true);
     }
     if (f.name == "SUM") return sum;
     Decimal howMany;

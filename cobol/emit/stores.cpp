@@ -21,7 +21,7 @@ void Emitter::storeEdited(Num value, const Loc &target)
                                             static_cast<int>(program_->commaIsPoint ? ',' : '.'), ", ",
                                             static_cast<int>(static_cast<uint8_t>(item.picture.currency)), ", ", code,
                                             ", ", bytesLiteral(picture), "}"));
-    value = toPacked(value);
+    value = toPacked(std::move(value));
     std::string digits = tempBytes(item.picture.digits + 1);
     put(emits(Do::Edit, Of::NumericEdited, Of::Packed), "((const NumericEditRecord *)&", record, ", ",
         emits(Do::EditDigits, Of::NumericEdited, Of::Packed), "(", value.text, ", ", digits, ", ", item.picture.digits,
@@ -34,7 +34,7 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
     const Item &item = *target.item;
     if (rounded == RoundingProhibited) {
         // What would lose digits is a size error.
-        value = keep(value, true);
+        value = keep(std::move(value), true);
         std::string exact = compareNumbers(value, scaleTo(value, item.picture.scale, false), '=');
         put("if (!", exact, ") ", sizeError.empty() ? ";" : cat(sizeError, " = 1;"), " else {\n");
         store(value, target, false, sizeError);
@@ -47,18 +47,18 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
         return;
     }
     if (item.usage == Usage::Float || item.usage == Usage::Double) {
-        value = toFloat(value);
+        value = toFloat(std::move(value));
         put(item.usage == Usage::Float ? emits(Do::Store, Of::Comp1, Of::Float)
                                        : emits(Do::Store, Of::Comp2, Of::Float),
             "(", target.address, ", ", value.text, ");\n");
         return;
     }
     int scale = item.picture.scale, digits = item.picture.digits;
-    value = scaleTo(value, scale, rounded);
-    if (value.kind == Num::Int && value.digits > kMostInt) value = toPacked(value);
+    value = scaleTo(std::move(value), scale, rounded);
+    if (value.kind == Num::Int && value.digits > kMostInt) value = toPacked(std::move(value));
     if (value.kind == Num::Packed && value.digits <= 18 &&
         (item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index))
-        value = toInt(value);
+        value = toInt(std::move(value));
 
     // Does it fit?
     bool binary = item.usage == Usage::Binary || item.usage == Usage::Native || item.usage == Usage::Index ||
@@ -73,7 +73,7 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
                 sizeError, " = 1; else {\n");
             check = true;
         } else if (value.digits > digits) {
-            value = keep(value, false);
+            value = keep(std::move(value), false);
             if (value.kind == Num::Int) {
                 put("if (", value.text, emits(Do::Fits, Of::Integer), powerOfTen(digits), " || ", value.text, " <= -",
                     powerOfTen(digits), ") ", sizeError, " = 1; else {\n");
@@ -91,10 +91,10 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
         storeEdited(value, target);
     } else if (binary) {
         if (!check && !byCapacity && value.digits > digits) {
-            value = toInt(value);
+            value = toInt(std::move(value));
             value.text = cat("((", value.text, ") % ", powerOfTen(digits), ")");
         }
-        value = toInt(value);
+        value = toInt(std::move(value));
         if (!item.picture.sign && mayBeNegative && item.usage != Usage::Index)
             value.text = cat(value.wide() ? emits(Do::Absolute, Of::Wide) : emits(Do::Absolute, Of::Integer), "(",
                              value.text, ")");
@@ -108,7 +108,7 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
         if (value.kind == Num::Int && !value.wide() && !(!item.picture.sign && mayBeNegative)) {
             put(emits(Do::Store, Of::Packed, Of::Integer), "(", value.text, ", ", target.address, ", ", digits, ");\n");
         } else {
-            value = toPacked(value);
+            value = toPacked(std::move(value));
             if (!item.picture.sign && mayBeNegative) {
                 std::string t = tempBytes(digits / 2 + 1);
                 put("memcpy(", target.address, ", ", emits(Do::Store, Of::PackedUnsigned, Of::Packed), "(", value.text,
@@ -134,7 +134,7 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
                 put(emits(Do::Store, Of::ZonedTrailing, Of::Integer), "(", value.text, ", ", target.address, ", ",
                     digits, ");\n");
         } else {
-            value = toPacked(value);
+            value = toPacked(std::move(value));
             put(emitsFor(Do::Store, zonedOf(item.signForm), Of::Packed), "(", value.text, ", ", target.address, ", ",
                 digits, ", ", value.digits, ");\n");
         }

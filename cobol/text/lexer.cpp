@@ -153,17 +153,17 @@ size_t Lexer::afterExponent(size_t i) const
 
 void Lexer::wordOrNumber(Token &token)
 {
-    const std::string &text = running_.text;
+    const char *const text = running_.text.c_str(); // the NUL after it ends every word
     const size_t begin = position_;
     size_t end = begin;
     uint8_t all = kInWord | kDigit;
-    for (; end < text.size() && is(text[end], kInWord); end++) all &= kClasses[static_cast<unsigned char>(text[end])];
+    for (; is(text[end], kInWord); end++) all &= kClasses[static_cast<unsigned char>(text[end])];
     if ((at(end) == '"' || at(end) == '\'') && prefixedString(token, begin, end)) return;
 
     token.kind = all & kDigit ? TokenKind::Number : TokenKind::Name;
     if (token.kind == TokenKind::Number && at(end) == (options_.commaIsPoint ? ',' : '.') && is(at(end + 1), kDigit))
         end = afterExponent(afterDigits(end + 1));
-    token.text = std::string_view(text).substr(begin, end - begin);
+    token.text = std::string_view(text + begin, end - begin);
     position_ = end;
     if (token.kind == TokenKind::Name) token.word = internWord(token.text);
 }
@@ -271,7 +271,7 @@ void Lexer::next(Token &token)
     lineStart_ = false;
     if (begin >= running_.text.size()) return;
 
-    const char c = at(begin);
+    const char c = running_.text[begin];
     if (expectPicture_ && picture(token))
         ; // read
     else if (c == '"' || c == '\'')

@@ -41,6 +41,7 @@ public:
         const bool tabs = text.find('\t') != std::string::npos;
         mayDirect_ = text.find('$') != std::string::npos || text.find(">>") != std::string::npos;
         out_.text.reserve(text.size());
+        out_.marks.reserve(text.size() / 20); // a line is seldom shorter
         size_t from = 0;
         while (from < text.size()) {
             size_t to = text.find('\n', from);
@@ -388,10 +389,10 @@ private:
     {
         if (open_ || !std::strchr("EeSsTtCcPp@", body[0])) return false; // most lines
         std::string_view rest;
-        for (const char *word : {"EJECT", "SKIP1", "SKIP2", "SKIP3"})
+        for (std::string_view word : {"EJECT", "SKIP1", "SKIP2", "SKIP3"})
             if (beginsWith(body, word, rest)) return rest.find_first_not_of(". ") == std::string_view::npos;
         if (beginsWith(body, "TITLE", rest)) return rest.starts_with('"') || rest.starts_with('\'');
-        for (const char *word : {"CBL", "PROCESS", "@OPTIONS"})
+        for (std::string_view word : {"CBL", "PROCESS", "@OPTIONS"})
             if (beginsWith(body, word, rest)) return out_.text.find_first_not_of(" \n") == std::string::npos;
         return false;
     }
