@@ -324,6 +324,12 @@ private:
     bool arithmeticTarget(const Reference &ref, const Item &item, bool giving);
     static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
+    void storeBinary(Num value, const Loc &target, bool fits);
+    void storePacked(Num value, const Loc &target);
+    void storeZoned(Num value, const Loc &target);
+    void storeExact(Num value, const Loc &target, const std::string &sizeError);
+    bool fillsItsBytes(const Item &item) const;
+    bool sizeTest(Num &value, const Item &item, const std::string &sizeError);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement
     std::string lengthAsText(const Num &n);
 
@@ -358,6 +364,7 @@ private:
     Loc member(const Reference &ref, const Item &group, const Item &item, bool receiving);
 
     // ---- statements
+    friend struct StatementTable;
     void statement(const Statement &s);
     void block(const Block &b);
     void addStatement(const ArithmeticStatement &s);

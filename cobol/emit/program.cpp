@@ -3,6 +3,7 @@
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <ctime>
 
@@ -59,8 +60,71 @@ void Emitter::block(const Block &b)
     for (const Statement *s : b) statement(*s);
 }
 
+// What emits the statements of a verb.
+struct StatementTable {
+    using Emit = void(Emitter &, const Statement &);
+
+    template <class S>
+    static const S &as(const Statement &s, void (Emitter::*)(const S &))
+    {
+        return static_cast<const S &>(s);
+    }
+    template <auto member>
+    static void emit(Emitter &e, const Statement &s)
+    {
+        (e.*member)(as(s, member));
+    }
+    static std::array<Emit *, K_count> make();
+};
+
+std::array<StatementTable::Emit *, K_count> StatementTable::make()
+{
+    std::array<Emit *, K_count> of = {};
+    of[K_ADD] = of[K_SUBTRACT] = of[K_MULTIPLY] = emit<&Emitter::addStatement>;
+    of[K_DIVIDE] = emit<&Emitter::divideStatement>;
+    of[K_COMPUTE] = emit<&Emitter::computeStatement>;
+    of[K_MOVE] = emit<&Emitter::moveStatement>;
+    of[K_INITIALIZE] = emit<&Emitter::initializeStatement>;
+    of[K_SET] = emit<&Emitter::setStatement>;
+    of[K_ALLOCATE] = of[K_FREE] = emit<&Emitter::allocateStatement>;
+
+    of[K_IF] = emit<&Emitter::ifStatement>;
+    of[K_EVALUATE] = emit<&Emitter::evaluateStatement>;
+    of[K_PERFORM] = emit<&Emitter::performStatement>;
+    of[K_GO] = emit<&Emitter::goStatement>;
+    of[K_ALTER] = emit<&Emitter::alterStatement>;
+    of[K_EXIT] = of[K_CONTINUE] = of[K_NEXT] = of[K_STOP] = of[K_ENTER] = of[K_GOBACK] = emit<&Emitter::exitStatement>;
+
+    of[K_DISPLAY] = emit<&Emitter::displayStatement>;
+    of[K_ACCEPT] = emit<&Emitter::acceptStatement>;
+    of[K_CALL] = emit<&Emitter::callStatement>;
+    of[K_ENTRY] = emit<&Emitter::entryStatement>;
+    of[K_CANCEL] = emit<&Emitter::cancelStatement>;
+
+    of[K_OPEN] = emit<&Emitter::openStatement>;
+    of[K_CLOSE] = emit<&Emitter::closeStatement>;
+    of[K_READ] = emit<&Emitter::readStatement>;
+    of[K_WRITE] = emit<&Emitter::writeStatement>;
+    of[K_REWRITE] = emit<&Emitter::rewriteStatement>;
+    of[K_DELETE] = emit<&Emitter::deleteStatement>;
+    of[K_START] = emit<&Emitter::startStatement>;
+    of[K_UNLOCK] = emit<&Emitter::unlockStatement>;
+    of[K_SORT] = of[K_MERGE] = emit<&Emitter::sortStatement>;
+    of[K_RELEASE] = emit<&Emitter::releaseStatement>;
+    of[K_RETURN] = emit<&Emitter::returnStatement>;
+
+    of[K_STRING] = emit<&Emitter::stringStatement>;
+    of[K_UNSTRING] = emit<&Emitter::unstringStatement>;
+    of[K_INSPECT] = emit<&Emitter::inspectStatement>;
+    of[K_PARSE] = emit<&Emitter::xmlParse>;
+    of[K_XML] = emit<&Emitter::xmlGenerate>;
+    of[K_SEARCH] = emit<&Emitter::searchStatement>;
+    return of;
+}
+
 void Emitter::statement(const Statement &s)
 {
+    static const auto table = StatementTable::make();
     line(s.at);
     openBlock();
     std::string outerZero;
@@ -69,125 +133,12 @@ void Emitter::statement(const Statement &s)
     outerDebugs.swap(pendingDebugs_);
     Tok outerAt = statementAt_;
     statementAt_ = s.at;
-    switch (s.verb) {
-    case K_ADD:
-    case K_SUBTRACT:
-    case K_MULTIPLY:
-        addStatement(static_cast<const ArithmeticStatement &>(s));
-        break;
-    case K_DIVIDE:
-        divideStatement(static_cast<const ArithmeticStatement &>(s));
-        break;
-    case K_COMPUTE:
-        computeStatement(static_cast<const ArithmeticStatement &>(s));
-        break;
-    case K_MOVE:
-        moveStatement(static_cast<const MoveStatement &>(s));
-        break;
-    case K_INITIALIZE:
-        initializeStatement(static_cast<const InitializeStatement &>(s));
-        break;
-    case K_SET:
-        setStatement(static_cast<const SetStatement &>(s));
-        break;
-    case K_ALLOCATE:
-    case K_FREE:
-        allocateStatement(static_cast<const AllocateStatement &>(s));
-        break;
-    case K_IF:
-        ifStatement(static_cast<const IfStatement &>(s));
-        break;
-    case K_EVALUATE:
-        evaluateStatement(static_cast<const EvaluateStatement &>(s));
-        break;
-    case K_PERFORM:
-        performStatement(static_cast<const PerformStatement &>(s));
-        break;
-    case K_GO:
-        goStatement(static_cast<const GoStatement &>(s));
-        break;
-    case K_ALTER:
-        alterStatement(static_cast<const AlterStatement &>(s));
-        break;
-    case K_EXIT:
-    case K_CONTINUE:
-    case K_NEXT:
-    case K_STOP:
-    case K_ENTER:
-    case K_GOBACK:
-        exitStatement(static_cast<const ExitStatement &>(s));
-        break;
-    case K_DISPLAY:
-        displayStatement(static_cast<const DisplayStatement &>(s));
-        break;
-    case K_ACCEPT:
-        acceptStatement(static_cast<const AcceptStatement &>(s));
-        break;
-    case K_CALL:
-        callStatement(static_cast<const CallStatement &>(s));
-        break;
-    case K_ENTRY:
-        entryStatement(static_cast<const EntryStatement &>(s));
-        break;
-    case K_CANCEL:
-        cancelStatement(static_cast<const CancelStatement &>(s));
-        break;
-    case K_OPEN:
-        openStatement(static_cast<const OpenStatement &>(s));
-        break;
-    case K_CLOSE:
-        closeStatement(static_cast<const CloseStatement &>(s));
-        break;
-    case K_READ:
-        readStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_WRITE:
-        writeStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_REWRITE:
-        rewriteStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_DELETE:
-        deleteStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_START:
-        startStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_UNLOCK:
-        unlockStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_SORT:
-    case K_MERGE:
-        sortStatement(static_cast<const SortStatement &>(s));
-        break;
-    case K_RELEASE:
-        releaseStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_RETURN:
-        returnStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_STRING:
-        stringStatement(static_cast<const StringStatement &>(s));
-        break;
-    case K_UNSTRING:
-        unstringStatement(static_cast<const UnstringStatement &>(s));
-        break;
-    case K_INSPECT:
-        inspectStatement(static_cast<const InspectStatement &>(s));
-        break;
-    case K_PARSE:
-        xmlParse(static_cast<const XmlParseStatement &>(s));
-        break;
-    case K_XML:
-        xmlGenerate(static_cast<const XmlGenerateStatement &>(s));
-        break;
-    case K_SEARCH:
-        searchStatement(static_cast<const SearchStatement &>(s));
-        break;
-    default:
+
+    if (s.verb < K_count && table[s.verb])
+        table[s.verb](*this, s);
+    else
         notBuilt(s.at, "the statement " + wordText(s.verb));
-        break;
-    }
+
     debugNow();
     statementAt_ = outerAt;
     pendingDebugs_.swap(outerDebugs);
