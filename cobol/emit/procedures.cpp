@@ -108,13 +108,10 @@ std::string Emitter::functionName(const Range &r) const
 void Emitter::chooseFunctions(Program &p)
 {
     ranges_.clear();
-    owners_.assign(p.procedures.size(), -1);
     bool segments =
         std::any_of(p.procedures.begin(), p.procedures.end(), [](const Procedure &q) { return q.segment >= 50; });
     if (!debugs_ && !programEndsSort() && !segments) ranges_ = rangesAsFunctions(p, flow_);
-    // Those inside others come after them.
-    for (size_t r = 0; r < ranges_.size(); r++)
-        for (size_t i = ranges_[r].first; i <= ranges_[r].last; i++) owners_[i] = static_cast<int>(r);
+    owners_ = ownersOf(p, ranges_);
 }
 
 // ---- Marks in the code
@@ -123,9 +120,12 @@ void Emitter::resolvePerform(const Flow::Perform &perform, std::string &out)
 {
     // Control is in a function of its own from its first paragraph on.
     int owner = owners_[perform.from];
-    if (owner >= 0 && owner != owners_[perform.in] && ranges_[static_cast<size_t>(owner)].first == perform.from &&
-        ranges_[static_cast<size_t>(owner)].end == perform.end) {
-        out += joined("if (", functionName(ranges_[static_cast<size_t>(owner)]), "(x, s, n)) goto leave;\n");
+    const Range *range = owner >= 0 && owner != owners_[perform.in] ? &ranges_[static_cast<size_t>(owner)] : nullptr;
+    if (range && range->first == perform.from && range->end == perform.end) {
+        out += joined(range->exits.empty() ? "if (" : "switch (", functionName(*range), "(x, s, n))");
+        if (!range->exits.empty()) out += " { case 0: break;";
+        for (size_t to : range->exits) out += joined(" case ", to + 2, ": goto p", to, ";");
+        out += range->exits.empty() ? " goto leave;\n" : " default: goto leave; }\n";
         return;
     }
     std::string cell = cat("x[", perform.end, "]"), saved = cat("s[", perform.site - firstSite_, "]");
@@ -272,7 +272,9 @@ void Emitter::procedures(Program &p)
         out += joined("KVR_PERFORMED(", name, ")\n{\n");
         for (size_t i = ranges_[r].first; i <= ranges_[r].last; i++)
             if (owners_[i] == static_cast<int>(r)) appendProcedure(i, out);
-        out += "leave: __attribute__((unused));\nreturn 1;\n}\n";
+        out += "leave: __attribute__((unused));\nreturn 1;\n";
+        for (size_t to : ranges_[r].exits) out += joined("p", to, ": return ", to + 2, ";\n");
+        out += "}\n";
     }
     debugs_ = false;
     code_ = std::move(out);
