@@ -179,110 +179,121 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     flow_.performs.push_back({++sites_, procedure_, static_cast<size_t>(from), end, circle});
 }
 
+// What is performed, once. EXIT PERFORM CYCLE goes to its end.
 void Emitter::performOnce(const PerformStatement &s)
 {
-    if (s.isInline)
-        block(s.body);
-    else
+    if (!s.isInline) {
         performRange(s.first, s.last);
+        return;
+    }
+    block(s.body);
+    put(performLabels_.back().second, ": __attribute__((unused));\n");
+}
+
+void Emitter::performTimes(const PerformStatement &s)
+{
+    std::string counter = cat("n[", counters_++, "]");
+    put(counter, " = ", integer(s.times), ";\n");
+    debugNow();
+    put("for (; ", counter, " > 0; ", counter, "--) {\n");
+    performOnce(s);
+    put("}\n");
+}
+
+void Emitter::breakIf(const Expr *until)
+{
+    std::string c = until ? debugCondition(condition(until)) : "1";
+    put("if (", c, ") break;\n");
+}
+
+void Emitter::performUntil(const PerformStatement &s)
+{
+    auto test = [&] {
+        anyChange_ = true;
+        breakIf(s.until);
+        anyChange_ = false;
+    };
+    put("for (;;) {\n");
+    if (!s.testAfter) test();
+    performOnce(s);
+    if (s.testAfter) test();
+    put("}\n");
+}
+
+// FROM
+void Emitter::setVarying(const Varying &v)
+{
+    Loc loc = locate(*v.item, true);
+    if (!loc.good()) return;
+    if (!isNumericItem(*loc.item)) {
+        error(v.item->at, wordText(v.item->names[0]) + " is no numeric item");
+        return;
+    }
+    if (!v.from) return; // an error was told there
+    store(number(v.from), loc, false, "");
+    debugNow();
+}
+
+// BY
+void Emitter::stepVarying(const Varying &v)
+{
+    Loc loc = locate(*v.item, true);
+    if (!loc.good() || !isNumericItem(*loc.item)) return;
+    Num by = v.by ? number(v.by) : integerNumber("1LL", 1);
+    store(add(itemNumber(loc), std::move(by), false), loc, false, "");
+    debugNow();
+}
+
+// VARYING a ... AFTER b ...: loops inside each other, the last one runs fastest. An outer item is
+// stepped before the inner ones begin again.
+void Emitter::performVarying(const PerformStatement &s)
+{
+    const size_t n = s.varying.size();
+    anyChange_ = true;
+    for (const auto &v : s.varying) setVarying(v);
+    for (const auto &v : s.varying) {
+        put("for (;;) {\n");
+        if (!s.testAfter) breakIf(v.until);
+    }
+
+    anyChange_ = false;
+    performOnce(s);
+    anyChange_ = true;
+
+    for (size_t i = n; i-- > 0;) {
+        if (s.testAfter) breakIf(s.varying[i].until);
+        stepVarying(s.varying[i]);
+        // Tested before, those further in have been set when their own loops ended.
+        const size_t end = s.testAfter ? n : std::min(i + 2, n);
+        for (size_t j = i + 1; j < end; j++) setVarying(s.varying[j]);
+        put("}\n");
+    }
+    anyChange_ = false;
 }
 
 void Emitter::performStatement(const PerformStatement &s)
 {
-    std::string exit, cycle;
+    std::string exit;
     if (s.isInline) {
-        exit = label(), cycle = label();
-        performLabels_.push_back({exit, cycle});
+        exit = label();
+        performLabels_.push_back({exit, label()});
     }
-    auto body = [&] {
-        performOnce(s);
-        if (s.isInline) put(cycle, ": __attribute__((unused));\n");
-    };
     if (s.forever) {
         put("for (;;) {\n");
-        body();
+        performOnce(s);
         put("}\n");
     } else if (s.times) {
-        std::string counter = cat("n[", counters_++, "]");
-        put(counter, " = ", integer(s.times), ";\n");
-        debugNow();
-        put("for (; ", counter, " > 0; ", counter, "--) {\n");
-        body();
-        put("}\n");
+        performTimes(s);
     } else if (!s.varying.empty()) {
-        // VARYING a ... AFTER b ...: the last one runs fastest.
-        size_t n = s.varying.size();
-        anyChange_ = true;
-        auto set = [&](size_t i) {
-            Loc loc = locate(*s.varying[i].item, true);
-            if (!loc.good()) return;
-            if (!isNumericItem(*loc.item)) {
-                error(s.varying[i].item->at, wordText(s.varying[i].item->names[0]) + " is no numeric item");
-                return;
-            }
-            if (!s.varying[i].from) return; // an error was told there
-            store(number(s.varying[i].from), loc, false, "");
-            debugNow();
-        };
-        auto step = [&](size_t i) {
-            Loc loc = locate(*s.varying[i].item, true);
-            if (!loc.good() || !isNumericItem(*loc.item)) return;
-            Num by = s.varying[i].by ? number(s.varying[i].by) : integerNumber("1LL", 1);
-            store(add(itemNumber(loc), by, false), loc, false, "");
-            debugNow();
-        };
-        for (size_t i = 0; i < n; i++) set(i);
-        std::vector<std::string> tops;
-        if (!s.testAfter) {
-            // Loops inside each other. When an inner one ends, its item gets its FROM value again
-            // before the outer item is stepped... the standard of 1985 steps the outer one first
-            // and then sets the inner one, which is what happens here.
-            for (size_t i = 0; i < n; i++) {
-                put("for (;;) {\n");
-                std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
-                put("if (", c, ") break;\n");
-            }
-            anyChange_ = false;
-            body();
-            anyChange_ = true;
-            for (size_t i = n; i-- > 0;) {
-                step(i);
-                for (size_t j = i + 1; j <= i + 1 && j < n; j++) set(j);
-                put("}\n");
-            }
-        } else {
-            for (size_t i = 0; i < n; i++) put("for (;;) {\n");
-            anyChange_ = false;
-            body();
-            anyChange_ = true;
-            for (size_t i = n; i-- > 0;) {
-                std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
-                put("if (", c, ") break;\n");
-                step(i);
-                for (size_t j = i + 1; j < n; j++) set(j); // the inner items begin again
-                put("}\n");
-            }
-        }
-        anyChange_ = false;
+        performVarying(s);
     } else if (s.until) {
-        put("for (;;) {\n");
-        auto test = [&] {
-            anyChange_ = true;
-            std::string c = debugCondition(condition(s.until));
-            anyChange_ = false;
-            put("if (", c, ") break;\n");
-        };
-        if (!s.testAfter) test();
-        body();
-        if (s.testAfter) test();
-        put("}\n");
+        performUntil(s);
     } else {
-        body();
+        performOnce(s);
     }
-    if (s.isInline) {
-        put(exit, ": __attribute__((unused));\n");
-        performLabels_.pop_back();
-    }
+    if (!s.isInline) return;
+    put(exit, ": __attribute__((unused));\n");
+    performLabels_.pop_back();
 }
 
 // ---- GO TO, ALTER

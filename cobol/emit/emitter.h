@@ -393,6 +393,12 @@ private:
     std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
     void performStatement(const PerformStatement &s);
     void performOnce(const PerformStatement &s);
+    void performTimes(const PerformStatement &s);
+    void performUntil(const PerformStatement &s);
+    void performVarying(const PerformStatement &s);
+    void setVarying(const Varying &v);
+    void stepVarying(const Varying &v);
+    void breakIf(const Expr *until);
     void findCircles(Program &p);
     bool inCircle(size_t from, size_t end) const;
     void performRange(const ProcedureName &first, const ProcedureName &last);
