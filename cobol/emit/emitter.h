@@ -377,6 +377,11 @@ private:
     void moveStatement(const MoveStatement &s);
     void initializeStatement(const InitializeStatement &s);
     void setStatement(const SetStatement &s);
+    void setAddress(const Expr *target, const Expr *value);
+    void setSwitch(const Expr *target, bool on);
+    void setCondition(const Expr *target, bool truth);
+    void setItem(const Loc &loc, const Expr *target, const Expr *value);
+    void stepItem(const Loc &loc, const Expr *target, const Expr *by, bool down);
     void allocateStatement(const AllocateStatement &s);
 
     void ifStatement(const IfStatement &s);
