@@ -17,45 +17,95 @@ std::string Emitter::checkedAddress(const Loc &loc)
                ", ", spot.line, ")");
 }
 
+// What an item's description says of its number, without the way to get it.
+static Num describedNumber(const Item &item)
+{
+    Num n;
+    n.digits = item.picture.digits;
+    n.scale = item.picture.scale;
+    n.isSigned = item.picture.sign;
+    return n;
+}
+
+// A text taken as an integer.
+Num Emitter::textInteger(const Loc &loc)
+{
+    const int64_t length = loc.fixed >= 0 ? loc.fixed : 18;
+    Num n;
+    n.kind = Num::Packed;
+    n.digits = static_cast<int>(std::min<int64_t>(length, 38));
+    std::string t = tempBytes(n.digits / 2 + 1);
+    if (loc.fixed >= 0)
+        n.text = cat(emits(Do::Load, Of::ZonedUnsigned, Of::Packed), "(", loc.address,
+                     length > 38 ? cat(" + ", length - 38) : "", ", ", t, ", ", n.digits, ", ", n.digits, ")");
+    else
+        n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", loc.address, ", ", loc.length, ", ", t, ", ",
+                     n.digits, ", 0, '.')");
+    return n;
+}
+
+// De-editing: digits and a sign after them.
+Num Emitter::deEditedNumber(const Loc &loc)
+{
+    const Item &item = *loc.item;
+    Num n = describedNumber(item);
+    n.kind = Num::Packed;
+    n.isSigned = true;
+    std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
+    const std::string &picture = item.picture.expanded;
+    std::string record = constantRecord(
+        "D", cat("struct { int16_t length; uint8_t picture[", picture.size(), "]; } __attribute__((packed))"),
+        cat("{", picture.size(), ", ", bytesLiteral(picture), "}"));
+    n.text = cat(emits(Do::Load, Of::NumericEdited, Of::Packed), "((const DeEditRecord *)&", record, ", ", loc.address,
+                 ", ", raw, ", ", t, ", ", n.digits, ")");
+    return n;
+}
+
+Num Emitter::binaryNumber(const Loc &loc)
+{
+    const Item &item = *loc.item;
+    Num n = describedNumber(item);
+    const bool hasSign = item.picture.sign || item.usage == Usage::Index;
+    const bool byCapacity = item.usage == Usage::Native || item.nativeBinary || !options_.truncate;
+    if (byCapacity) n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
+    // I * J + K has 19 digits, but fits into 64 bits if each of them has 32.
+    if (byCapacity || (item.size == 4 && n.digits == 9))
+        n.most = static_cast<unsigned __int128>(1) << (item.size * 8 - (hasSign ? 1 : 0));
+    n.text =
+        cat(n.wide() ? "(__int128)" : "(int64_t)",
+            hasSign ? emits(Do::Load, Of::Signed) : emits(Do::Load, Of::Unsigned), item.size, "(", loc.address, ")");
+    return n;
+}
+
+Num Emitter::zonedNumber(const Loc &loc)
+{
+    const SignForm form = loc.item->signForm;
+    Num n = describedNumber(*loc.item);
+    std::string address = checkedAddress(loc);
+    if (n.digits <= 18 && (form == SignForm::None || form == SignForm::Trailing)) {
+        n.text = cat(form == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
+                                                : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),
+                     "(", address, ", ", n.digits, ")");
+        return n;
+    }
+    n.kind = Num::Packed;
+    std::string t = tempBytes(n.digits / 2 + 1);
+    n.text =
+        cat(emitsFor(Do::Load, zonedOf(form), Of::Packed), "(", address, ", ", t, ", ", n.digits, ", ", n.digits, ")");
+    return n;
+}
+
 Num Emitter::itemNumber(const Loc &loc)
 {
     Num n;
     if (!loc.good()) return n;
     const Item &item = *loc.item;
     if (item.isIndexName) return integerNumber(cat("X", item.number), 10);
-    n.digits = item.picture.digits;
-    n.scale = item.picture.scale;
-    n.isSigned = item.picture.sign;
     if (loc.refmod || item.category == Category::Group || item.category == Category::Alphanumeric ||
-        item.category == Category::Alphabetic || item.category == Category::AlphanumericEdited) {
-        // A text taken as an integer.
-        int64_t length = loc.fixed >= 0 ? loc.fixed : 18;
-        n.kind = Num::Packed;
-        n.scale = 0;
-        n.digits = static_cast<int>(std::min<int64_t>(length, 38));
-        n.isSigned = true;
-        std::string t = tempBytes(n.digits / 2 + 1);
-        if (loc.fixed >= 0)
-            n.text = cat(emits(Do::Load, Of::ZonedUnsigned, Of::Packed), "(", loc.address,
-                         length > 38 ? cat(" + ", length - 38) : "", ", ", t, ", ", n.digits, ", ", n.digits, ")");
-        else
-            n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", loc.address, ", ", loc.length, ", ", t, ", ",
-                         n.digits, ", 0, '.')");
-        return n;
-    }
-    if (item.category == Category::NumericEdited) {
-        // De-editing: digits and a sign after them.
-        n.kind = Num::Packed;
-        n.isSigned = true;
-        std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
-        const std::string &picture = item.picture.expanded;
-        std::string record = constantRecord(
-            "D", cat("struct { int16_t length; uint8_t picture[", picture.size(), "]; } __attribute__((packed))"),
-            cat("{", picture.size(), ", ", bytesLiteral(picture), "}"));
-        n.text = cat(emits(Do::Load, Of::NumericEdited, Of::Packed), "((const DeEditRecord *)&", record, ", ",
-                     loc.address, ", ", raw, ", ", t, ", ", n.digits, ")");
-        return n;
-    }
+        item.category == Category::Alphabetic || item.category == Category::AlphanumericEdited)
+        return textInteger(loc);
+    if (item.category == Category::NumericEdited) return deEditedNumber(loc);
+
     switch (item.usage) {
     case Usage::Float:
         n = floatNumber(cat(emits(Do::Load, Of::Comp1), "(", loc.address, ")"));
@@ -64,25 +114,17 @@ Num Emitter::itemNumber(const Loc &loc)
     case Usage::Double:
         return floatNumber(cat(emits(Do::Load, Of::Comp2), "(", loc.address, ")"));
     case Usage::CompX:
+        n = describedNumber(item);
         n.digits = std::min(static_cast<int>(item.size * 5 + 1) / 2 + 1, 20);
         n.text = cat(n.wide() ? "(__int128)" : "(int64_t)", emits(Do::Load, Of::BigEndian), "(", loc.address, ", ",
                      item.size, ")");
         return n;
     case Usage::Binary:
     case Usage::Native:
-    case Usage::Index: {
-        const bool hasSign = item.picture.sign || item.usage == Usage::Index;
-        const bool byCapacity = item.usage == Usage::Native || item.nativeBinary || !options_.truncate;
-        if (byCapacity) n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
-        // I * J + K has 19 digits, but fits into 64 bits if each of them has 32.
-        if (byCapacity || (item.size == 4 && n.digits == 9))
-            n.most = static_cast<unsigned __int128>(1) << (item.size * 8 - (hasSign ? 1 : 0));
-        n.text = cat(n.wide() ? "(__int128)" : "(int64_t)",
-                     hasSign ? emits(Do::Load, Of::Signed) : emits(Do::Load, Of::Unsigned), item.size, "(", loc.address,
-                     ")");
-        return n;
-    }
+    case Usage::Index:
+        return binaryNumber(loc);
     case Usage::Packed:
+        n = describedNumber(item);
         n.kind = Num::Packed;
         n.text = checkedAddress(loc);
         n.direct = true;
@@ -91,21 +133,8 @@ Num Emitter::itemNumber(const Loc &loc)
     case Usage::ProcedurePointer:
         return integerNumber(cat("(int64_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ")"), 18);
     default:
-        break;
+        return zonedNumber(loc);
     }
-    // Zoned
-    std::string address = checkedAddress(loc);
-    if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
-        n.text = cat(item.signForm == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
-                                                         : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),
-                     "(", address, ", ", n.digits, ")");
-        return n;
-    }
-    n.kind = Num::Packed;
-    std::string t = tempBytes(n.digits / 2 + 1);
-    n.text = cat(emitsFor(Do::Load, zonedOf(item.signForm), Of::Packed), "(", address, ", ", t, ", ", n.digits, ", ",
-                 n.digits, ")");
-    return n;
 }
 
 Num Emitter::toPacked(Num a)

@@ -289,6 +289,10 @@ private:
     // ---- numbers.cpp
     Num number(const Expr *e, int wantScale = -1);
     Num itemNumber(const Loc &loc);
+    Num textInteger(const Loc &loc);
+    Num deEditedNumber(const Loc &loc);
+    Num binaryNumber(const Loc &loc);
+    Num zonedNumber(const Loc &loc);
     std::string checkedAddress(const Loc &loc);
     Num literalNumber(const Decimal &value);
     Num integerNumber(const std::string &c, int digits, bool isSigned = true);
@@ -350,6 +354,9 @@ private:
 
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
+    void moveTextToNumber(const Expr *source, const Loc &target);
+    Text repeatedDigits(const Text &all, int count);
+    void moveToPointer(const Expr *source, const Loc &target);
     Loc pinned(Loc loc, bool copy);
     void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);

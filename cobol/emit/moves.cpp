@@ -209,98 +209,94 @@ static bool typedNumber(std::string text, char point, Decimal &out)
     return true;
 }
 
+// Text that is no item, a literal or a figurative constant, to a number.
+void Emitter::moveTextToNumber(const Expr *source, const Loc &target)
+{
+    Text t = text(source);
+    if (!t.good) return;
+    const Item &to = *target.item;
+    if (t.kind != Text::Bytes) {
+        const bool figurative = t.kind == Text::Figurative;
+        const bool characters = (to.category == Category::NumericEdited && t.fill == ' ') ||
+                                (to.category == Category::Numeric && to.usage == Usage::Display);
+        if (figurative && characters) { // SPACES and the like: the characters themselves
+            const std::string fill =
+                t.fill == ' ' && to.category == Category::NumericEdited ? "' '" : cat(static_cast<int>(t.fill));
+            put("memset(", target.address, ", ", fill, ", ", target.length, ");\n");
+            return;
+        }
+        const bool digit = t.fill >= '0' && t.fill <= '9';
+        if (figurative && !digit &&
+            (to.usage == Usage::Packed || to.usage == Usage::Binary || to.usage == Usage::Native))
+            return error(source->at, "this figurative constant cannot be moved to a numeric item");
+        t = repeatedDigits(t, to.picture.digits);
+    }
+    if (!t.isLiteral) return store(textNumber(t, placesOf(to)), target, false, "");
+
+    Decimal typed;
+    if (t.bytes.find_first_not_of("0123456789") != std::string::npos)
+        meaning_.warning("move", source->at, "this literal has characters that are no digits");
+    if (!typedNumber(t.bytes, program_->commaIsPoint ? ',' : '.', typed)) {
+        std::string digits;
+        for (char c : t.bytes) digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
+        if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
+        typed = decimalOf(digits, false);
+    }
+    store(literalNumber(typed), target, false, "");
+}
+
+// ALL "12" to a number: as many characters as it has digits.
+Text Emitter::repeatedDigits(const Text &all, int count)
+{
+    std::string digits;
+    while (static_cast<int>(digits.size()) < count) digits += all.bytes;
+    digits.resize(static_cast<size_t>(count));
+    Text t;
+    t.isLiteral = true;
+    t.fixed = count;
+    t.length = cat(count);
+    t.address = constantBytes(digits);
+    t.bytes = std::move(digits);
+    return t;
+}
+
+void Emitter::moveToPointer(const Expr *source, const Loc &target)
+{
+    std::string value = "0";
+    if (source->kind == ExprKind::Reference) return moveFrom(source, locate(*source->ref), target);
+    if (source->kind == ExprKind::AddressOf)
+        value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
+    else if (source->kind != ExprKind::Figurative || source->op != K_NULL)
+        error(source->at, "a pointer is needed here");
+    put(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", ", value, ");\n");
+}
+
 void Emitter::move(const Expr *source, const Loc &target)
 {
     if (!target.good()) return;
     source = constant(source);
     const Item &to = *target.item;
-    bool plainTo = target.refmod || to.category == Category::Group;
-    if (!plainTo && to.category == Category::Pointer) {
-        std::string value = "0";
-        if (source->kind == ExprKind::Figurative && source->op == K_NULL)
-            value = "0";
-        else if (source->kind == ExprKind::AddressOf)
-            value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
-        else if (source->kind == ExprKind::Reference) {
-            moveFrom(source, locate(*source->ref), target);
-            return;
-        } else
-            error(source->at, "a pointer is needed here");
-        put(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", ", value, ");\n");
-        return;
-    }
-    bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
-    if (source->kind == ExprKind::Reference && meaning_.resolve(*program_, *source->ref, true)) {
-        moveFrom(source, locate(*source->ref), target);
-        return;
-    }
-    if (source->kind == ExprKind::Reference && meaning_.symbolic(*program_, source->ref->names[0]) < 0) {
-        meaning_.resolve(*program_, *source->ref); // tells that it is not declared
-        return;
-    }
-    bool numericFrom = source->kind == ExprKind::Number || source->kind == ExprKind::Negate ||
-                       source->kind == ExprKind::Arithmetic || source->kind == ExprKind::LengthOf ||
-                       (source->kind == ExprKind::Function && functionIsNumeric(source)) ||
-                       (source->kind == ExprKind::Figurative && source->op == K_ZERO);
-    if (numericTo) {
-        if (numericFrom) {
-            store(number(source, std::max(to.picture.scale, 0)), target, false, "");
+    const bool plainTo = target.refmod || to.category == Category::Group;
+    if (!plainTo && to.category == Category::Pointer) return moveToPointer(source, target);
+    if (source->kind == ExprKind::Reference) {
+        if (meaning_.resolve(*program_, *source->ref, true)) return moveFrom(source, locate(*source->ref), target);
+        if (meaning_.symbolic(*program_, source->ref->names[0]) < 0) {
+            meaning_.resolve(*program_, *source->ref); // tells that it is not declared
             return;
         }
-        Text t = text(source);
-        if (!t.good) return;
-        if (t.kind != Text::Bytes) {
-            if (to.category == Category::NumericEdited && t.kind == Text::Figurative && t.fill == ' ') {
-                put("memset(", target.address, ", ' ', ", target.length, ");\n");
-                return;
-            }
-            if (to.category == Category::Numeric && to.usage == Usage::Display && t.kind == Text::Figurative) {
-                // SPACES and the like to a number: the characters themselves.
-                put("memset(", target.address, ", ", static_cast<int>(t.fill), ", ", target.length, ");\n");
-                return;
-            }
-            if (t.kind == Text::Figurative && (t.fill < '0' || t.fill > '9')) {
-                if (to.usage == Usage::Packed || to.usage == Usage::Binary || to.usage == Usage::Native) {
-                    error(source->at, "this figurative constant cannot be moved to a numeric item");
-                    return;
-                }
-            }
-            // ALL "12": as many characters as the item has digits.
-            std::string digits;
-            int want = to.picture.digits;
-            while (static_cast<int>(digits.size()) < want) digits += t.bytes;
-            digits.resize(static_cast<size_t>(want));
-            t = Text{};
-            t.bytes = digits;
-            t.isLiteral = true;
-            t.fixed = want;
-            t.length = cat(want);
-            t.address = constantBytes(digits);
-        }
-        Num n;
-        if (t.isLiteral) {
-            std::string digits;
-            Decimal typed;
-            if (t.bytes.find_first_not_of("0123456789") != std::string::npos)
-                meaning_.warning("move", source->at, "this literal has characters that are no digits");
-            if (typedNumber(t.bytes, program_->commaIsPoint ? ',' : '.', typed)) {
-                store(literalNumber(typed), target, false, "");
-                return;
-            }
-            for (char c : t.bytes) {
-                digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
-            }
-            if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
-            n = literalNumber(decimalOf(digits, false));
-        } else {
-            n = textNumber(t, placesOf(to));
-        }
-        store(n, target, false, "");
-        return;
     }
-    Text t = text(source);
-    if (!t.good) return;
-    moveCharacters(t, target);
+
+    const bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
+    const bool numericFrom = source->kind == ExprKind::Number || source->kind == ExprKind::Negate ||
+                             source->kind == ExprKind::Arithmetic || source->kind == ExprKind::LengthOf ||
+                             (source->kind == ExprKind::Function && functionIsNumeric(source)) ||
+                             (source->kind == ExprKind::Figurative && source->op == K_ZERO);
+    if (numericTo && numericFrom)
+        store(number(source, std::max(to.picture.scale, 0)), target, false, "");
+    else if (numericTo)
+        moveTextToNumber(source, target);
+    else if (Text t = text(source); t.good)
+        moveCharacters(t, target);
 }
 
 // Characters as a number: an integer if they are digits, else what somebody typed.
