@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 
 namespace kvrcob {
 
@@ -27,6 +28,9 @@ int Sources::open(const std::string &path, Spot includedAt)
     SourceFile file;
     file.path = path;
     file.includedAt = includedAt;
+    struct stat info;
+    if (fstat(fileno(stream), &info) == 0 && S_ISREG(info.st_mode))
+        file.text.reserve(static_cast<size_t>(info.st_size));
     char buffer[65536];
     size_t got;
     while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0) file.text.append(buffer, got);
@@ -36,21 +40,30 @@ int Sources::open(const std::string &path, Spot includedAt)
         errno = failure;
         return -1;
     }
-    file.lineStarts.push_back(0);
-    for (size_t at = 0; (at = file.text.find('\n', at)) != std::string::npos;) file.lineStarts.push_back(++at);
     files_.push_back(std::move(file));
     return static_cast<int>(files_.size()) - 1;
 }
 
-std::string_view Sources::line(const Spot &spot) const
+// Only what tells something of a source needs them.
+const std::vector<size_t> &Sources::lineStarts(uint32_t index)
+{
+    SourceFile &file = files_[index];
+    if (file.lineStarts.empty()) {
+        file.lineStarts.push_back(0);
+        for (size_t at = 0; (at = file.text.find('\n', at)) != std::string::npos;) file.lineStarts.push_back(++at);
+    }
+    return file.lineStarts;
+}
+
+std::string_view Sources::line(const Spot &spot)
 {
     if (spot.line == 0 || spot.file >= files_.size()) return {};
-    const SourceFile &file = files_[spot.file];
-    if (spot.line > file.lineStarts.size()) return {};
-    size_t from = file.lineStarts[spot.line - 1];
-    size_t to = spot.line < file.lineStarts.size() ? file.lineStarts[spot.line] : file.text.size();
-    while (to > from && (file.text[to - 1] == '\n' || file.text[to - 1] == '\r')) to--;
-    return std::string_view(file.text).substr(from, to - from);
+    const std::vector<size_t> &starts = lineStarts(spot.file);
+    if (spot.line > starts.size()) return {};
+    const std::string_view text = files_[spot.file].text;
+    size_t from = starts[spot.line - 1], to = spot.line < starts.size() ? starts[spot.line] : text.size();
+    while (to > from && (text[to - 1] == '\n' || text[to - 1] == '\r')) to--;
+    return text.substr(from, to - from);
 }
 
 static std::string jsonText(std::string_view text)

@@ -27,8 +27,8 @@ struct Spot {
 struct SourceFile {
     std::string path;
     std::string text;
-    std::vector<size_t> lineStarts;
-    Spot includedAt; // the COPY; line 0 for the main source
+    std::vector<size_t> lineStarts; // when a line was shown
+    Spot includedAt;                // the COPY; line 0 for the main source
     // Lines of fixed form whose text goes on where column 73 begins, in order.
     std::vector<uint32_t> cutLines;
 };
@@ -40,7 +40,8 @@ public:
     const SourceFile &operator[](uint32_t index) const { return files_[index]; }
     void noteCutLine(const Spot &spot) { files_[spot.file].cutLines.push_back(spot.line); }
     size_t size() const { return files_.size(); }
-    std::string_view line(const Spot &spot) const;
+    const std::vector<size_t> &lineStarts(uint32_t file);
+    std::string_view line(const Spot &spot);
 
 private:
     std::vector<SourceFile> files_;

@@ -30,8 +30,7 @@ static void listItem(const Item &item, int depth)
 
 void listing(const Group &group, uint32_t file)
 {
-    const SourceFile &source = sources()[file];
-    for (size_t i = 0; i < source.lineStarts.size(); i++) {
+    for (size_t i = 0; i < sources().lineStarts(file).size(); i++) {
         Spot spot{file, static_cast<uint32_t>(i + 1), 1, 1};
         std::string_view line = sources().line(spot);
         std::printf("%6zu  %.*s\n", i + 1, static_cast<int>(line.size()), line.data());

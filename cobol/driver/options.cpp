@@ -47,109 +47,143 @@ void usage(const std::string &text)
     std::exit(2);
 }
 
-static void readWords(int argc, char **argv, Options &o)
+namespace {
+
+// Options that are one word and mean one thing.
+struct Switch {
+    std::string_view word;
+    void (*set)(Options &);
+};
+
+constexpr Switch kSwitches[] = {
+    {"-m", [](Options &o) { o.mode = Options::Module; }},
+    {"-c", [](Options &o) { o.mode = Options::Object; }},
+    {"-S", [](Options &o) { o.mode = Options::Assembly; }},
+    {"-E", [](Options &o) { o.mode = Options::Preprocess; }},
+    {"-v", [](Options &o) { o.verbose = true; }},
+    {"-g", [](Options &o) { o.debug = o.emit.debugMap = true; }},
+    {"-MD", [](Options &o) { o.dependencies = true; }},
+    {"--list", [](Options &o) { o.list = true; }},
+    {"--save-temps", [](Options &o) { o.keep = true; }},
+    {"-save-temps", [](Options &o) { o.keep = true; }},
+    {"-fixed", [](Options &o) { o.text.format = SourceFormat::Fixed; }},
+    {"-free", [](Options &o) { o.text.format = SourceFormat::Free; }},
+    {"-variable", [](Options &o) { o.text.format = SourceFormat::Variable; }},
+    {"-fcheck", [](Options &o) { o.emit.check = true; }},
+    {"-fcheck=all", [](Options &o) { o.emit.check = true; }},
+    {"-fcheck=none", [](Options &o) { o.emit.check = false; }},
+    {"-fno-trunc", [](Options &o) { o.emit.truncate = false; }},
+    {"-ftrunc", [](Options &o) { o.emit.truncate = true; }},
+    {"-febcdic", [](Options &o) { o.emit.ebcdic = true; }},
+    {"-fdiagnostics-format=json", [](Options &) { diagnostics().json = true; }},
+    {"-fdiagnostics-format=text", [](Options &) { diagnostics().json = false; }},
+    {"-Werror", [](Options &) { diagnostics().warningsAreErrors = true; }},
+    {"-w", [](Options &) { diagnostics().disabled.insert("all"); }},
+    {"-Wall", [](Options &) { diagnostics().disabled.clear(); }},
+    {"-Wextra", [](Options &) { diagnostics().disabled.clear(); }},
+    {"-O", [](Options &o) { o.optimisation = "-O"; }},
+    {"-O0", [](Options &o) { o.optimisation = "-O0"; }},
+    {"-O1", [](Options &o) { o.optimisation = "-O1"; }},
+    {"-O2", [](Options &o) { o.optimisation = "-O2"; }},
+    {"--help",
+     [](Options &) {
+         std::fputs(kHelp, stdout);
+         std::exit(0);
+     }},
+    {"--version",
+     [](Options &) {
+         std::printf("kvrcob %s\n", KVRCOB_VERSION);
+         std::exit(0);
+     }},
+};
+
+bool isSwitch(std::string_view word, Options &o)
 {
-    int i = 1;
-    auto value = [&](const std::string &option) -> std::string {
-        if (i + 1 >= argc) usage("the option " + option + " needs a value");
+    for (const Switch &s : kSwitches)
+        if (s.word == word) {
+            s.set(o);
+            return true;
+        }
+    return false;
+}
+
+void define(Options &o, const std::string &definition)
+{
+    size_t equal = definition.find('=');
+    std::string name = definition.substr(0, equal);
+    for (char &c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    o.text.defines[name] = equal == std::string::npos ? "1" : definition.substr(equal + 1);
+}
+
+// A source, or what is for the C compiler to link.
+void fileWord(Options &o, const std::string &path)
+{
+    size_t dot = path.rfind('.');
+    std::string extension = dot == std::string::npos ? "" : path.substr(dot);
+    const bool linked = extension == ".o" || extension == ".a" || extension == ".so" || extension == ".c";
+    (linked ? o.objects : o.sources).push_back(path);
+}
+
+// The words of the command line, one after the other.
+struct Words {
+    int i, argc;
+    char **argv;
+
+    // What an option has after it, in its own word or in the next one.
+    std::string value(const std::string &word, size_t size)
+    {
+        if (word.size() > size) return word.substr(size);
+        if (i + 1 >= argc) usage("the option " + word + " needs a value");
         return argv[++i];
-    };
-    for (; i < argc; i++) {
-        std::string a = argv[i];
-        if (o.mode == Options::Run && !o.sources.empty()) {
-            // After the source come the program's arguments.
-            if (a == "--") i++;
-            for (; i < argc; i++) o.arguments.push_back(argv[i]);
-            return;
-        }
-        if ((a == "run" || a == "check") && o.mode == Options::Program && o.sources.empty()) {
-            o.mode = a == "run" ? Options::Run : Options::Check;
-        } else if (a.empty() || a[0] != '-' || a == "-") {
-            size_t dot = a.rfind('.');
-            std::string extension = dot == std::string::npos ? "" : a.substr(dot);
-            if (extension == ".o" || extension == ".a" || extension == ".so" || extension == ".c")
-                o.objects.push_back(a);
-            else
-                o.sources.push_back(a);
-        } else if (a == "--help") {
-            std::fputs(kHelp, stdout);
-            std::exit(0);
-        } else if (a == "--version") {
-            std::printf("kvrcob %s\n", KVRCOB_VERSION);
-            std::exit(0);
-        } else if (a == "-o") {
-            o.output = value(a);
-        } else if (a == "-m") {
-            o.mode = Options::Module;
-        } else if (a == "-c") {
-            o.mode = Options::Object;
-        } else if (a == "-S") {
-            o.mode = Options::Assembly;
-        } else if (a == "-E") {
-            o.mode = Options::Preprocess;
-        } else if (a == "-v") {
-            o.verbose = true;
-        } else if (a == "-g") {
-            o.debug = o.emit.debugMap = true;
-        } else if (a == "-MD") {
-            o.dependencies = true;
-        } else if (a == "--list") {
-            o.list = true;
-        } else if (a == "--save-temps" || a == "-save-temps") {
-            o.keep = true;
-        } else if (a == "-fixed") {
-            o.text.format = SourceFormat::Fixed;
-        } else if (a == "-free") {
-            o.text.format = SourceFormat::Free;
-        } else if (a == "-variable") {
-            o.text.format = SourceFormat::Variable;
-        } else if (a.rfind("-ftabstop=", 0) == 0) {
-            o.text.tabStop = std::atoi(a.c_str() + 10);
-            if (o.text.tabStop < 1 || o.text.tabStop > 100) usage("-ftabstop takes a number from 1 to 100");
-        } else if (a.rfind("-fcheck", 0) == 0) {
-            if (a != "-fcheck=all" && a != "-fcheck" && a != "-fcheck=none") usage("-fcheck takes all or none");
-            o.emit.check = a != "-fcheck=none";
-        } else if (a == "-fno-trunc") {
-            o.emit.truncate = false;
-        } else if (a == "-ftrunc") {
-            o.emit.truncate = true;
-        } else if (a == "-febcdic") {
-            o.emit.ebcdic = true;
-        } else if (a == "-fdiagnostics-format=json") {
-            diagnostics().json = true;
-        } else if (a == "-fdiagnostics-format=text") {
-            diagnostics().json = false;
-        } else if (a == "-Werror") {
-            diagnostics().warningsAreErrors = true;
-        } else if (a == "-w") {
-            diagnostics().disabled.insert("all");
-        } else if (a.rfind("-Wno-", 0) == 0) {
-            diagnostics().disabled.insert(a.substr(5));
-        } else if (a.rfind("-W", 0) == 0) {
-            std::string name = a.substr(2);
-            if (name == "all" || name == "extra") {
-                diagnostics().disabled.clear();
-            } else {
-                diagnostics().enabled.insert(name);
-                diagnostics().disabled.erase(name);
-            }
-        } else if (a.rfind("-I", 0) == 0) {
-            o.copy.directories.push_back(a.size() > 2 ? a.substr(2) : value(a));
-        } else if (a.rfind("-D", 0) == 0) {
-            std::string definition = a.size() > 2 ? a.substr(2) : value(a);
-            size_t equal = definition.find('=');
-            std::string name = definition.substr(0, equal);
-            for (char &c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-            o.text.defines[name] = equal == std::string::npos ? "1" : definition.substr(equal + 1);
-        } else if (a == "-O0" || a == "-O1" || a == "-O2" || a == "-O") {
-            o.optimisation = a;
-        } else if (a.rfind("-L", 0) == 0 || a.rfind("-l", 0) == 0) {
-            o.linker.push_back(a.size() > 2 ? a : a + value(a));
-        } else {
-            usage("there is no option " + a);
-        }
+    }
+};
+
+// Options with a value, or with a name in them.
+void optionWord(Options &o, const std::string &a, Words &words)
+{
+    if (a == "-o") {
+        o.output = words.value(a, 2);
+    } else if (a.starts_with("-ftabstop=")) {
+        o.text.tabStop = std::atoi(a.c_str() + 10);
+        if (o.text.tabStop < 1 || o.text.tabStop > 100) usage("-ftabstop takes a number from 1 to 100");
+    } else if (a.starts_with("-fcheck")) {
+        usage("-fcheck takes all or none");
+    } else if (a.starts_with("-Wno-")) {
+        diagnostics().disabled.insert(a.substr(5));
+    } else if (a.starts_with("-W")) {
+        diagnostics().enabled.insert(a.substr(2));
+        diagnostics().disabled.erase(a.substr(2));
+    } else if (a.starts_with("-I")) {
+        o.copy.directories.push_back(words.value(a, 2));
+    } else if (a.starts_with("-D")) {
+        define(o, words.value(a, 2));
+    } else if (a.starts_with("-L") || a.starts_with("-l")) {
+        o.linker.push_back(a.substr(0, 2) + words.value(a, 2));
+    } else {
+        usage("there is no option " + a);
     }
 }
+
+void readWords(int argc, char **argv, Options &o)
+{
+    Words words{1, argc, argv};
+    for (; words.i < argc; words.i++) {
+        const std::string a = argv[words.i];
+        if (o.mode == Options::Run && !o.sources.empty()) {
+            // After the source come the program's arguments.
+            o.arguments.assign(argv + words.i + (a == "--" ? 1 : 0), argv + argc);
+            return;
+        }
+        if ((a == "run" || a == "check") && o.mode == Options::Program && o.sources.empty())
+            o.mode = a == "run" ? Options::Run : Options::Check;
+        else if (a.empty() || a[0] != '-' || a == "-")
+            fileWord(o, a);
+        else if (!isSwitch(a, o))
+            optionWord(o, a, words);
+    }
+}
+
+} // namespace
 
 // COBCPY: folders of copybooks, after those of -I.
 static void readCopyPath(CopyPath &copy)

@@ -117,10 +117,10 @@ void Emitter::alphabets(Program &p)
         for (int c = 0; c < 256; c++)
             if (weight[static_cast<size_t>(c)] < 0) weight[static_cast<size_t>(c)] = std::min(next++, 255);
         a->weights.resize(256);
-        globals_ += cat("static const uint8_t alphabet", a->number, "[256] __attribute__((unused)) = {");
+        globals_ += joined("static const uint8_t alphabet", a->number, "[256] __attribute__((unused)) = {");
         for (int c = 0; c < 256; c++) {
             a->weights[static_cast<size_t>(c)] = static_cast<uint8_t>(weight[static_cast<size_t>(c)]);
-            globals_ += cat(c ? "," : "", weight[static_cast<size_t>(c)]);
+            globals_ += joined(c ? "," : "", weight[static_cast<size_t>(c)]);
         }
         globals_ += "};\n";
     }
@@ -154,8 +154,8 @@ void Emitter::alphabets(Program &p)
                 for (char k : from) in[static_cast<unsigned char>(k)] = 0;
             }
         }
-        globals_ += cat("static const uint8_t class", c->number, "[256] __attribute__((unused)) = {");
-        for (int k = 0; k < 256; k++) globals_ += cat(k ? "," : "", in[static_cast<size_t>(k)]);
+        globals_ += joined("static const uint8_t class", c->number, "[256] __attribute__((unused)) = {");
+        for (int k = 0; k < 256; k++) globals_ += joined(k ? "," : "", in[static_cast<size_t>(k)]);
         globals_ += "};\n";
     }
 }

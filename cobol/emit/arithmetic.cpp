@@ -13,7 +13,7 @@ std::string Emitter::sizeErrorFlag(const ArithmeticStatement &s)
 {
     if (!s.sizeError.has && !s.sizeError.hasNot) return "";
     std::string flag = temp("int");
-    put(cat(flag, " = 0;\n"));
+    put(flag, " = 0;\n");
     return flag;
 }
 
@@ -22,7 +22,7 @@ void Emitter::phrases(const Phrases &p, const std::string &failed)
     debugNow();
     if (!p.has && !p.hasNot) return;
     if (p.has) {
-        put(cat("if (", failed, ") {\n"));
+        put("if (", failed, ") {\n");
         block(p.on);
         put("}\n");
         if (p.hasNot) {
@@ -32,7 +32,7 @@ void Emitter::phrases(const Phrases &p, const std::string &failed)
         }
         return;
     }
-    put(cat("if (!(", failed, ")) {\n"));
+    put("if (!(", failed, ")) {\n");
     block(p.onNot);
     put("}\n");
 }
@@ -101,14 +101,14 @@ void Emitter::addStatement(const ArithmeticStatement &s)
             if (!second.good()) return;
             result = combine(second);
         }
-        if (several) result = keep(result, true);
+        if (several) result = keep(std::move(result), true);
         for (const Target &t : s.targets) {
             Loc loc = receivingNumber(t, true);
             if (!loc.good()) continue;
             store(result, loc, t.rounded, flag);
         }
     } else {
-        if (several) sum = keep(sum, true);
+        if (several) sum = keep(std::move(sum), true);
         for (const Target &t : s.targets) {
             Loc loc = receivingNumber(t, false);
             if (!loc.good()) continue;
@@ -134,7 +134,8 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
         Num second = number(s.second);
         if (!second.good()) return;
         Num dividend = s.into ? second : first, divisor = s.into ? first : second;
-        if (s.targets.size() > 1 || s.remainder.ref) dividend = keep(dividend, true), divisor = keep(divisor, true);
+        if (s.targets.size() > 1 || s.remainder.ref)
+            dividend = keep(std::move(dividend), true), divisor = keep(std::move(divisor), true);
         Num quotient; // as stored in the first target, for REMAINDER
         for (size_t i = 0; i < s.targets.size(); i++) {
             const Target &t = s.targets[i];
@@ -142,7 +143,7 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
             if (!loc.good()) continue;
             Num q = keep(divide(dividend, divisor, quotientScale(*loc.item, t.rounded)), true);
             if (i == 0 && s.remainder.ref) quotient = scaleTo(q, loc.item->picture.scale, false);
-            put(cat("if (!", zero, ") {\n"));
+            put("if (!", zero, ") {\n");
             store(q, loc, t.rounded, flag);
             put("}\n");
         }
@@ -153,25 +154,25 @@ void Emitter::divideStatement(const ArithmeticStatement &s)
                     error(s.remainder.ref->at, "REMAINDER does not go with floating-point items");
                     return;
                 }
-                put(cat("if (!", zero, flag.empty() ? "" : cat(" && !", flag), ") {\n"));
+                put("if (!", zero, flag.empty() ? "" : cat(" && !", flag), ") {\n");
                 Num remainder = add(dividend, multiply(quotient, divisor), true);
                 store(remainder, loc, s.remainder.rounded, flag);
                 put("}\n");
             }
         }
     } else {
-        if (s.targets.size() > 1) first = keep(first, true);
+        if (s.targets.size() > 1) first = keep(std::move(first), true);
         for (const Target &t : s.targets) {
             Loc loc = receivingNumber(t, false);
             if (!loc.good()) continue;
             Num q = keep(divide(itemNumber(loc), first, quotientScale(*loc.item, t.rounded)), true);
-            put(cat("if (!", zero, ") {\n"));
+            put("if (!", zero, ") {\n");
             store(q, loc, t.rounded, flag);
             put("}\n");
         }
     }
     if (!flag.empty()) {
-        put(cat(flag, " |= ", zero, ";\n"));
+        put(flag, " |= ", zero, ";\n");
         sizePhrases(s, flag, zero);
     }
 }
@@ -195,12 +196,12 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     Num value = number(e, all ? -1 : scale);
     if (!value.good()) return;
     bool guarded = !zeroFlag_.empty();
-    if (s.targets.size() > 1 || guarded) value = keep(value, true);
-    if (guarded) put(cat("if (!", zeroFlag_, ") {\n"));
+    if (s.targets.size() > 1 || guarded) value = keep(std::move(value), true);
+    if (guarded) put("if (!", zeroFlag_, ") {\n");
     for (size_t i = 0; i < s.targets.size(); i++) store(value, locs[i], s.targets[i].rounded, flag);
     if (guarded) put("}\n");
     if (!flag.empty()) {
-        if (guarded) put(cat(flag, " |= ", zeroFlag_, ";\n"));
+        if (guarded) put(flag, " |= ", zeroFlag_, ";\n");
         sizePhrases(s, flag, zeroFlag_);
     }
 }

@@ -33,18 +33,18 @@ void Emitter::visiblePrograms(Program &p)
 {
     const bool alone = p.nested.empty() && !p.parent;
     std::string prefix = cat("p", p.number, "_");
-    if (alone) globals_ += cat("#define ", prefix, "visible group_visible\n");
+    if (alone) globals_ += joined("#define ", prefix, "visible group_visible\n");
     if (alone && groupVisible_) return;
     groupVisible_ |= alone;
-    globals_ += cat("static const KvrVisible ", alone ? "group_" : prefix, "visible[] = {");
+    globals_ += joined("static const KvrVisible ", alone ? "group_" : prefix, "visible[] = {");
     std::set<Word> names;
     auto add = [&](const Program *other) {
         if (!names.insert(other->name).second) return;
-        globals_ += cat("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
-                        ", kvr_cancel_", other->number, "}, ");
+        globals_ += joined("{", bytesLiteral(wordText(other->name)), ", (KvrProgram)kvr_entry_", other->number,
+                           ", kvr_cancel_", other->number, "}, ");
         for (const EntryStatement *entry : other->entryPoints)
-            globals_ += cat("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
-                            entry->number, ", kvr_cancel_", other->number, "}, ");
+            globals_ += joined("{", bytesLiteral(wordText(entry->name)), ", (KvrProgram)kvr_entry_", other->number, "_",
+                               entry->number, ", kvr_cancel_", other->number, "}, ");
     };
     for (const Program *inner : p.nested) add(inner);
     for (const Program *outer = p.parent; outer; outer = outer->parent)
@@ -74,9 +74,9 @@ void Emitter::utilityArguments(const CallStatement &s)
             address = t.address;
             size = t.length;
         }
-        put(cat("kvr_arguments[", n++, "] = (KvrArgument){(uint8_t *)", address, ", ", size, ", ", value, "};\n"));
+        put("kvr_arguments[", n++, "] = (KvrArgument){(uint8_t *)", address, ", ", size, ", ", value, "};\n");
     }
-    put(cat("kvr_argument_count = ", n, ";\n"));
+    put("kvr_argument_count = ", n, ";\n");
     utilities_ = true;
 }
 
@@ -151,25 +151,25 @@ bool Emitter::findRoutine(const CallStatement &s, const Expr *target, const std:
     if (target->kind == ExprKind::Reference) {
         Loc loc = locate(*target->ref);
         if (loc.good() && loc.item->category == Category::Pointer) {
-            put(cat(routine, " = (KvrProgram)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ");\n"));
+            put(routine, " = (KvrProgram)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ");\n");
             return true;
         }
     }
     const std::string called = target->kind == ExprKind::String ? wordText(internWord(target->text)) : "";
     if (const char *utility = emitsUtility(called)) {
         utilityArguments(s);
-        put(cat(routine, " = (KvrProgram)", emits(Do::Utility), "(", bytesLiteral(called), ", (KvrUtility)", utility,
-                ");\n"));
+        put(routine, " = (KvrProgram)", emits(Do::Utility), "(", bytesLiteral(called), ", (KvrUtility)", utility,
+            ");\n");
     } else if (!name.address.empty() && target->kind == ExprKind::Reference) {
         // The item may name a utility, which needs to know more of its arguments.
-        put(cat(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", ",
-                visibleTable(), ", kvr_utilities);\nif (", routine, ") {\n"));
+        put(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", ",
+            visibleTable(), ", kvr_utilities);\nif (", routine, ") {\n");
         utilityArguments(s);
         utilityNames_ = true;
         put("} else {\n");
-        put(cat(routine, " = ", findProgram(target, phrases), ";\n}\n"));
+        put(routine, " = ", findProgram(target, phrases), ";\n}\n");
     } else if (!name.address.empty()) {
-        put(cat(routine, " = ", findProgram(target, phrases), ";\n"));
+        put(routine, " = ", findProgram(target, phrases), ";\n");
     }
     return true;
 }
@@ -181,13 +181,13 @@ void Emitter::callReturning(const CallStatement &s, const std::string &routine, 
     Loc loc = locate(*s.returning, true);
     if (!loc.good()) return;
     if (loc.item->category == Category::Pointer) {
-        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)((uint8_t *(*)())", routine,
-                ")(", arguments, "));\n"));
+        put(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)((uint8_t *(*)())", routine, ")(",
+            arguments, "));\n");
     } else if (isNumericItem(*loc.item)) {
         std::string t = temp("int64_t");
         // A C function may return an int, and the upper half of the register is anything then.
         bool wide = direct || loc.item->size == 8 || loc.item->picture.digits > 9;
-        put(cat(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n"));
+        put(t, " = ((", wide ? "int64_t" : "int", " (*)())", routine, ")(", arguments, ");\n");
         store(integerNumber(t, wide ? 18 : 10), loc, false, "");
     } else {
         error(s.returning->at, "RETURNING needs a numeric item or a pointer");
@@ -200,7 +200,7 @@ void Emitter::callStatement(const CallStatement &s)
     for (const CallStatement::Argument &argument : s.arguments) {
         std::string passed = callArgument(argument);
         if (passed.empty()) return;
-        arguments += cat(arguments.empty() ? "" : ", ", passed);
+        arguments += joined(arguments.empty() ? "" : ", ", passed);
     }
 
     const Expr *target = constant(s.program);
@@ -213,7 +213,7 @@ void Emitter::callStatement(const CallStatement &s)
     if (s.returning)
         callReturning(s, routine, arguments, known);
     else
-        put(cat("p", program_->number, "_returnCode = (int32_t)", routine, "(", arguments, ");\n"));
+        put("p", program_->number, "_returnCode = (int32_t)", routine, "(", arguments, ");\n");
     if (s.exception.hasNot) block(s.exception.onNot);
     if (enclosed) put("}\n");
     if (!known && s.exception.has) {
@@ -243,9 +243,9 @@ std::string Emitter::findProgram(const Expr *name, bool exception)
 // ENTRY: a further way into the program's function. Control that comes from above passes by.
 void Emitter::entryStatement(const EntryStatement &s)
 {
-    entryCases_ += cat("case ", program_->uses.size() + s.number, ": goto entry", s.number, ";\n");
+    entryCases_ += joined("case ", program_->uses.size() + s.number, ": goto entry", s.number, ";\n");
     flow_.entered[procedure_] = true;
-    put(cat("entry", s.number, ": __attribute__((unused));\n"));
+    put("entry", s.number, ": __attribute__((unused));\n");
 }
 
 // In the program's function: by which ENTRY it was entered, and that one's arguments.
@@ -255,22 +255,22 @@ void Emitter::entryArguments(Program &p, std::string &out)
     std::string prefix = cat("p", p.number, "_");
     size_t most = 0;
     for (const EntryStatement *entry : p.entryPoints) most = std::max(most, entry->parameters.size());
-    globals_ += cat("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
-    out += cat("uint8_t *entryValues[", most + 1, "];\nmemcpy(entryValues, ", prefix,
-               "entryArguments, sizeof entryValues);\n");
-    out += cat("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
-               "entry) {\n");
+    globals_ += joined("static int ", prefix, "entry;\nstatic uint8_t *", prefix, "entryArguments[", most + 1, "];\n");
+    out += joined("uint8_t *entryValues[", most + 1, "];\nmemcpy(entryValues, ", prefix,
+                  "entryArguments, sizeof entryValues);\n");
+    out += joined("int entered = ", prefix, "entry ? ", p.uses.size(), " + ", prefix, "entry : 0;\nswitch (", prefix,
+                  "entry) {\n");
     for (const EntryStatement *entry : p.entryPoints) {
-        out += cat("case ", entry->number, ":\n");
+        out += joined("case ", entry->number, ":\n");
         for (size_t i = 0; i < entry->parameters.size(); i++) {
             const Expr *e = entry->parameters[i].value;
             const Item *item = e->kind == ExprKind::Reference ? meaning_.resolve(p, *e->ref, true) : nullptr;
             const bool byValue = entry->parameters[i].mode == CallStatement::Value;
-            if (item) out += cat("L", item->number, " = ", byValue ? "(uint8_t *)&" : "", "entryValues[", i, "];\n");
+            if (item) out += joined("L", item->number, " = ", byValue ? "(uint8_t *)&" : "", "entryValues[", i, "];\n");
         }
         out += "break;\n";
     }
-    out += cat("}\n", prefix, "entry = 0;\n");
+    out += joined("}\n", prefix, "entry = 0;\n");
 }
 
 // The functions of the ENTRY statements: each leaves its number and arguments for the program's own
@@ -280,15 +280,15 @@ void Emitter::entryPoints(const Program &p, std::string &out)
     for (const EntryStatement *entry : p.entryPoints) {
         std::string parameters, arguments, nulls;
         for (size_t i = 0; i < entry->parameters.size(); i++) {
-            parameters += cat(i ? ", " : "", "uint8_t *a", i);
-            arguments += cat("p", p.number, "_entryArguments[", i, "] = a", i, ";\n");
+            parameters += joined(i ? ", " : "", "uint8_t *a", i);
+            arguments += joined("p", p.number, "_entryArguments[", i, "] = a", i, ";\n");
         }
         for (size_t i = 0; i < p.parameters.size(); i++) nulls += i ? ", 0" : "0";
-        out += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(", parameters.empty() ? "void" : parameters,
-                   ") __asm__(", bytesLiteral(wordText(entry->name)), ");\n",
-                   "__attribute__((visibility(\"default\"))) int64_t kvr_entry_", p.number, "_", entry->number, "(",
-                   parameters.empty() ? "void" : parameters, ")\n{\n", arguments, "p", p.number,
-                   "_entry = ", entry->number, ";\nreturn kvr_entry_", p.number, "(", nulls, ");\n}\n");
+        out += joined("int64_t kvr_entry_", p.number, "_", entry->number, "(", parameters.empty() ? "void" : parameters,
+                      ") __asm__(", bytesLiteral(wordText(entry->name)), ");\n",
+                      "__attribute__((visibility(\"default\"))) int64_t kvr_entry_", p.number, "_", entry->number, "(",
+                      parameters.empty() ? "void" : parameters, ")\n{\n", arguments, "p", p.number,
+                      "_entry = ", entry->number, ";\nreturn kvr_entry_", p.number, "(", nulls, ");\n}\n");
     }
 }
 
@@ -298,14 +298,14 @@ void Emitter::cancelStatement(const CancelStatement &s)
         const Expr *target = constant(e);
         if (target->kind == ExprKind::String) {
             if (Program *p = visibleProgram(*program_, internWord(target->text))) {
-                put(cat("kvr_cancel_", p->number, "();\n"));
+                put("kvr_cancel_", p->number, "();\n");
                 continue;
             }
         }
         Text name = text(target, true);
         if (!name.good) continue;
-        put(cat(emits(Do::Cancel, Of::Text), "(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, ",
-                visibleTable(), ");\n"));
+        put(emits(Do::Cancel, Of::Text), "(", name.address, ", ", name.length, ", &p", program_->number, "_pcb, ",
+            visibleTable(), ");\n");
     }
 }
 

@@ -52,7 +52,7 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
         }
         std::string out = cat("(", condition(first, subject));
         for (size_t i = chain.size(); i-- > 0;)
-            out += cat(e->kind == ExprKind::And ? " && " : " || ", condition(chain[i], subject));
+            out += joined(e->kind == ExprKind::And ? " && " : " || ", condition(chain[i], subject));
         return out + ")";
     }
     case ExprKind::Not:
@@ -119,7 +119,7 @@ Do relationOf(uint32_t op)
                                  : Do::NotEqual;
 }
 
-static const char *signOf(uint32_t op) { return emitsFor(relationOf(op), Of::Integer, Of::Integer); }
+static std::string_view signOf(uint32_t op) { return emitsFor(relationOf(op), Of::Integer, Of::Integer); }
 
 static uint32_t swapped(uint32_t op)
 {
@@ -248,7 +248,7 @@ std::string Emitter::conditionName(const Item &item, const Reference &ref)
                 if (a->occurs) tables.insert(tables.begin(), a);
             std::string displacement;
             for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
-                displacement += cat(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
+                displacement += joined(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
             if (tables.size() != ref.subscripts.size())
                 error(ref.at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
             loc = locateItem(*owner, displacement);
@@ -270,7 +270,7 @@ std::string Emitter::conditionName(const Item &item, const Reference &ref)
             return compareTexts(textOf(loc), v, op);
         };
         if (to)
-            out += cat("(", test(from, kGreaterEqual), " && ", test(to, kLessEqual), ")");
+            out += joined("(", test(from, kGreaterEqual), " && ", test(to, kLessEqual), ")");
         else
             out += test(from, '=');
     }

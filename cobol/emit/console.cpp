@@ -14,13 +14,13 @@ const char *Emitter::displayDevice(const DisplayStatement &s)
     for (const Mnemonic &m : program_->mnemonics)
         if (m.name == s.upon) name = m.device;
     const std::string &text = wordText(name);
-    auto setEnvironment = [&](const char *routine, const Expr *e) {
+    auto setEnvironment = [&](std::string_view routine, const Expr *e) {
         Text t = this->text(e, true);
-        put(cat(routine, "(", t.address, ", ", t.length, ");\n"));
+        put(routine, "(", t.address, ", ", t.length, ");\n");
         return nullptr;
     };
-    const char *setName = emits(Do::DisplayEnvironmentName, Of::Text);
-    const char *setValue = emits(Do::DisplayEnvironmentValue, Of::Text);
+    const std::string_view setName = emits(Do::DisplayEnvironmentName, Of::Text);
+    const std::string_view setValue = emits(Do::DisplayEnvironmentValue, Of::Text);
     if (name == K_ENVIRONMENT) { // SET ENVIRONMENT name TO value
         setEnvironment(setName, s.items[0]);
         return setEnvironment(setValue, s.items[1]);
@@ -28,7 +28,7 @@ const char *Emitter::displayDevice(const DisplayStatement &s)
     if (text == "ENVIRONMENT-NAME") return setEnvironment(setName, s.items[0]);
     if (text == "ENVIRONMENT-VALUE") return setEnvironment(setValue, s.items[0]);
     if (text == "ARGUMENT-NUMBER") {
-        put(cat("kvr_next_argument = (int)", integer(s.items[0]), ";\n"));
+        put("kvr_next_argument = (int)", integer(s.items[0]), ";\n");
         return nullptr;
     }
     if (text == "COMMAND-LINE") {
@@ -61,16 +61,16 @@ bool Emitter::displayedNumber(Num n, const Item *item, Shown &out)
     if (n.kind == Num::Float) {
         out.address = tempBytes(48);
         out.size = length = temp("int");
-        put(cat(length, " = ", emits(Do::Show, Of::Float), "(", n.text, ", ", out.address, ", ",
-                item && item->usage == Usage::Float ? 7 : 15, ", '", program_->commaIsPoint ? ',' : '.', "');\n"));
+        put(length, " = ", emits(Do::Show, Of::Float), "(", n.text, ", ", out.address, ", ",
+            item && item->usage == Usage::Float ? 7 : 15, ", '", program_->commaIsPoint ? ',' : '.', "');\n");
         return true;
     }
     int digits = item ? shownDigits(*item) : n.digits, sign = item ? n.isSigned : 2;
     if (n.scale < 0) {
-        n = scaleUp(n, 0);
+        n = scaleUp(std::move(n), 0);
         digits = n.digits;
     }
-    n = toPacked(n);
+    n = toPacked(std::move(n));
     out.address = tempBytes(digits + n.scale + 8);
     out.size = length = temp("int");
     if (!item) digits = n.digits;
@@ -79,8 +79,8 @@ bool Emitter::displayedNumber(Num n, const Item *item, Shown &out)
         n.text = cat(emits(Do::WidenShown, Of::Packed), "(", n.text, ", ", wider, ", ", digits, ", ", n.digits, ")");
         n.digits = digits;
     }
-    put(cat(length, " = ", emits(Do::Show, Of::Packed), "(", n.text, ", ", n.digits, ", ", digits, ", ", n.scale, ", ",
-            sign, ", '", program_->commaIsPoint ? ',' : '.', "', ", out.address, ");\n"));
+    put(length, " = ", emits(Do::Show, Of::Packed), "(", n.text, ", ", n.digits, ", ", digits, ", ", n.scale, ", ",
+        sign, ", '", program_->commaIsPoint ? ',' : '.', "', ", out.address, ");\n");
     return true;
 }
 
@@ -108,7 +108,7 @@ bool Emitter::displayed(const Expr *e, Shown &out)
     if (categoryOf(e) == Category::Pointer && e->kind == ExprKind::Reference) {
         Loc loc = locate(*e->ref);
         out = {tempBytes(24), temp("int")};
-        put(cat(out.size, " = ", emits(Do::Show, Of::Pointer), "(", loc.address, ", ", out.address, ");\n"));
+        put(out.size, " = ", emits(Do::Show, Of::Pointer), "(", loc.address, ", ", out.address, ");\n");
         return true;
     }
     Text t = text(e);
@@ -116,7 +116,7 @@ bool Emitter::displayed(const Expr *e, Shown &out)
     out = {t.address, t.length};
     if (t.fixed < 0) {
         out = {temp("const uint8_t *"), temp("uint64_t")};
-        put(cat(out.address, " = ", t.address, "; ", out.size, " = (uint64_t)", t.length, ";\n"));
+        put(out.address, " = ", t.address, "; ", out.size, " = (uint64_t)", t.length, ";\n");
     }
     return true;
 }
@@ -154,18 +154,61 @@ void Emitter::displayStatement(const DisplayStatement &s)
     for (size_t i = 0; i < s.items.size(); i++) {
         Shown shown;
         if (!displayed(constant(s.items[i]), shown)) return;
-        put(cat(items, "[", i, "] = (DisplayItem){", shown.address, ", ", shown.size, ", ", shown.size,
-                ", ZVK_DISPLAY_TEXT, 0};\n"));
+        put(items, "[", i, "] = (DisplayItem){", shown.address, ", ", shown.size, ", ", shown.size,
+            ", ZVK_DISPLAY_TEXT, 0};\n");
     }
-    put(cat(emits(Do::Display, Of::Text), "(", items, ", ", s.items.size(), ", ", device, ", ", s.noAdvancing ? 1 : 0,
-            ");\n"));
+    put(emits(Do::Display, Of::Text), "(", items, ", ", s.items.size(), ", ", device, ", ", s.noAdvancing ? 1 : 0,
+        ");\n");
     if (s.exception.hasNot) block(s.exception.onNot);
 }
+
+// ---- ACCEPT
+
+namespace {
+
+// What the clock is asked for, and how many digits it gives.
+struct ClockRow {
+    Word from;
+    bool longYear;
+    std::string_view flags;
+    int digits;
+};
+
+constexpr ClockRow kClocks[] = {
+    {K_DATE, false, "ZVK_ACCEPT_DATE", 6}, {K_DATE, true, "ZVK_ACCEPT_DATE | ZVK_ACCEPT_LONG_YEAR", 8},
+    {K_DAY, false, "ZVK_ACCEPT_DAY", 5},   {K_DAY, true, "ZVK_ACCEPT_DAY | ZVK_ACCEPT_LONG_YEAR", 7},
+    {K_TIME, false, "ZVK_ACCEPT_TIME", 8}, {K_DAY_OF_WEEK, false, "ZVK_ACCEPT_DAY_OF_WEEK", 1},
+};
+
+// Texts from outside the program that may not be there.
+struct OutsideRow {
+    std::string_view name, routine;
+};
+
+constexpr OutsideRow kOutsides[] = {
+    {"ENVIRONMENT", emits(Do::AcceptEnvironment, Of::Text)},
+    {"ENVIRONMENT-VALUE", emits(Do::AcceptEnvironmentValue, Of::Text)},
+    {"COMMAND-LINE", emits(Do::AcceptCommandLine, Of::Text)},
+    {"ARGUMENT-NUMBER", emits(Do::AcceptArgumentNumber, Of::Text)},
+    {"ARGUMENT-VALUE", emits(Do::AcceptArgument, Of::Text)},
+};
+
+struct DeviceRow {
+    std::string_view name, flags;
+};
+
+constexpr DeviceRow kInputs[] = {
+    {"", "ZVK_ACCEPT_SYSIN"},           {"SYSIN", "ZVK_ACCEPT_SYSIN"},      {"SYSIPT", "ZVK_ACCEPT_SYSIN"},
+    {"STDIN", "ZVK_ACCEPT_SYSIN"},      {"CONSOLE", "ZVK_ACCEPT_CONSOLE"},  {"CRT", "ZVK_ACCEPT_CONSOLE"},
+    {"TERMINAL", "ZVK_ACCEPT_CONSOLE"}, {"KEYBOARD", "ZVK_ACCEPT_CONSOLE"},
+};
+
+} // namespace
 
 void Emitter::acceptStatement(const AcceptStatement &s)
 {
     if (!s.target) { // ACCEPT OMITTED
-        put(cat(emits(Do::Accept, Of::Text), "(ZVK_ACCEPT_SYSIN, 1, ", tempBytes(1), ");\n"));
+        put(emits(Do::Accept, Of::Text), "(ZVK_ACCEPT_SYSIN, 1, ", tempBytes(1), ");\n");
         return;
     }
     Loc loc = locate(*s.target, true);
@@ -174,94 +217,81 @@ void Emitter::acceptStatement(const AcceptStatement &s)
     for (const Mnemonic &m : program_->mnemonics)
         if (m.name == s.from && s.from) from = m.device;
     const std::string &name = wordText(from);
-    bool clock = false;
-    int clockDigits = 0;
-    std::string flags;
-    if (from == K_DATE)
-        flags = s.longYear ? "ZVK_ACCEPT_DATE | ZVK_ACCEPT_LONG_YEAR" : "ZVK_ACCEPT_DATE", clock = true,
-        clockDigits = s.longYear ? 8 : 6;
-    else if (from == K_DAY)
-        flags = s.longYear ? "ZVK_ACCEPT_DAY | ZVK_ACCEPT_LONG_YEAR" : "ZVK_ACCEPT_DAY", clock = true,
-        clockDigits = s.longYear ? 7 : 5;
-    else if (from == K_TIME)
-        flags = "ZVK_ACCEPT_TIME", clock = true, clockDigits = 8;
-    else if (from == K_DAY_OF_WEEK)
-        flags = "ZVK_ACCEPT_DAY_OF_WEEK", clock = true, clockDigits = 1;
-    else if (from == K_ENVIRONMENT || name == "ENVIRONMENT-VALUE" || name == "COMMAND-LINE" ||
-             name == "ARGUMENT-NUMBER" || name == "ARGUMENT-VALUE") {
-        std::string buffer = tempBytes(4096), length = temp("int"), call;
-        if (from == K_ENVIRONMENT) {
-            Text t = text(s.name, true);
-            call = cat(emits(Do::AcceptEnvironment, Of::Text), "(", t.address, ", ", t.length, ", ", buffer, ", 4096)");
-        } else if (name == "ENVIRONMENT-VALUE")
-            call = cat(emits(Do::AcceptEnvironmentValue, Of::Text), "(", buffer, ", 4096)");
-        else if (name == "COMMAND-LINE")
-            call = cat(emits(Do::AcceptCommandLine, Of::Text), "(", buffer, ", 4096)");
-        else if (name == "ARGUMENT-NUMBER")
-            call = cat(emits(Do::AcceptArgumentNumber, Of::Text), "(", buffer, ", 4096)");
-        else
-            call = cat(emits(Do::AcceptArgument, Of::Text), "(", buffer, ", 4096)");
-        put(cat(length, " = ", call, ";\n"));
-        put(cat("if (", length, " >= 0) {\n"));
-        bool numericTo = !loc.refmod && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited);
-        if (numericTo) {
-            Text t;
-            t.address = buffer;
-            t.length = length;
-            store(textNumber(t, loc.item->picture.scale), loc, false, "");
-        } else {
-            Text t;
-            t.address = buffer;
-            t.length = length;
-            moveText(t, loc);
-        }
-        if (s.exception.hasNot) block(s.exception.onNot);
-        put("}\n");
-        put("else {\n");
-        if (s.exception.has) block(s.exception.on);
-        put("}\n");
-        return;
-    } else if (from == 0 || name == "SYSIN" || name == "SYSIPT" || name == "STDIN") {
-        flags = "ZVK_ACCEPT_SYSIN";
-    } else if (name == "CONSOLE" || name == "CRT" || name == "TERMINAL" || name == "KEYBOARD" || from != s.from) {
-        flags = "ZVK_ACCEPT_CONSOLE";
-    } else {
+
+    for (const ClockRow &row : kClocks)
+        if (row.from == from && row.longYear == s.longYear) return acceptClock(row.flags, row.digits, loc);
+    for (const OutsideRow &row : kOutsides)
+        if (row.name == name) return acceptOutside(s, row.routine, loc);
+    for (const DeviceRow &row : kInputs)
+        if (row.name == name) return acceptInput(s, row.flags, loc);
+    if (from != s.from) // another device's mnemonic-name
+        acceptInput(s, "ZVK_ACCEPT_CONSOLE", loc);
+    else
         error(s.at, "there is no device " + name);
+}
+
+// Whether what is accepted is taken as a number: edited, or to the item's decimal places.
+bool Emitter::acceptsNumber(const Loc &loc)
+{
+    return !loc.refmod && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited);
+}
+
+// The date or the time, as if moved from an unsigned integer item.
+void Emitter::acceptClock(std::string_view flags, int digits, const Loc &loc)
+{
+    std::string buffer = tempBytes(16);
+    put(emits(Do::AcceptClock), "(", flags, ", ", digits, ", ", buffer, ");\n");
+    if (acceptsNumber(loc)) {
+        std::string number = cat(emits(Do::AcceptClockNumber, Of::ZonedUnsigned), "(", buffer, ", ", digits, ")");
+        store(integerNumber(number, digits, false), loc, false, "");
         return;
     }
-    if (clock) {
-        // As if moved from an unsigned integer item.
-        std::string buffer = tempBytes(16);
-        put(cat(emits(Do::AcceptClock), "(", flags, ", ", clockDigits, ", ", buffer, ");\n"));
-        bool plain = loc.refmod || loc.item->category == Category::Group;
-        if (!plain && (isNumericItem(*loc.item) || loc.item->category == Category::NumericEdited)) {
-            Num n =
-                integerNumber(cat(emits(Do::AcceptClockNumber, Of::ZonedUnsigned), "(", buffer, ", ", clockDigits, ")"),
-                              clockDigits, false);
-            store(n, loc, false, "");
-        } else {
-            Text t;
-            t.address = buffer;
-            t.length = cat(clockDigits);
-            t.fixed = clockDigits;
-            moveText(t, loc);
-        }
-        return;
+    Text t;
+    t.address = buffer;
+    t.length = cat(digits);
+    t.fixed = digits;
+    moveText(t, loc);
+}
+
+// A value of the environment or of the command line.
+void Emitter::acceptOutside(const AcceptStatement &s, std::string_view routine, const Loc &loc)
+{
+    Text t;
+    t.address = tempBytes(4096);
+    t.length = temp("int");
+    std::string name;
+    if (s.name) {
+        Text asked = text(s.name, true);
+        name = cat(asked.address, ", ", asked.length, ", ");
     }
-    // ON EXCEPTION: there is no line any more.
-    bool phrases = s.exception.has || s.exception.hasNot;
+    put(t.length, " = ", routine, "(", name, t.address, ", 4096);\n");
+    put("if (", t.length, " >= 0) {\n");
+    if (acceptsNumber(loc))
+        store(textNumber(t, loc.item->picture.scale), loc, false, "");
+    else
+        moveText(t, loc);
+    if (s.exception.hasNot) block(s.exception.onNot);
+    put("}\n");
+    put("else {\n");
+    if (s.exception.has) block(s.exception.on);
+    put("}\n");
+}
+
+// A line of a device. ON EXCEPTION: there is no line any more.
+void Emitter::acceptInput(const AcceptStatement &s, std::string_view flags, const Loc &loc)
+{
+    const bool phrases = s.exception.has || s.exception.hasNot;
     if (phrases) {
-        put(cat("if (", emits(Do::InputEnded), "()) {\n"));
+        put("if (", emits(Do::InputEnded), "()) {\n");
         if (s.exception.has) block(s.exception.on);
         put("} else {\n");
     }
-    bool plain = loc.refmod || !isNumericItem(*loc.item);
-    if (plain) {
-        put(cat(emits(Do::Accept, Of::Text), "(", flags, ", ", loc.length, ", ", loc.address, ");\n"));
+    if (loc.refmod || !isNumericItem(*loc.item)) {
+        put(emits(Do::Accept, Of::Text), "(", flags, ", ", loc.length, ", ", loc.address, ");\n");
     } else {
         // A number: a line of text, then its value.
         std::string buffer = tempBytes(64);
-        put(cat("memset(", buffer, ", ' ', 64);\n", emits(Do::Accept, Of::Text), "(", flags, ", 63, ", buffer, ");\n"));
+        put("memset(", buffer, ", ' ', 64);\n", emits(Do::Accept, Of::Text), "(", flags, ", 63, ", buffer, ");\n");
         Num n;
         n.kind = Num::Packed;
         n.digits = 36;

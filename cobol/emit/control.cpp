@@ -9,7 +9,7 @@ namespace kvrcob {
 void Emitter::ifStatement(const IfStatement &s)
 {
     std::string c = debugCondition(condition(s.condition));
-    put(cat("if (", c, ") {\n"));
+    put("if (", c, ") {\n");
     block(s.then);
     put("}\n");
     if (s.hasElse) {
@@ -78,7 +78,7 @@ const Expr *Emitter::keptSubject(const Expr *e)
         out->at = e->at;
         out->left = const_cast<Expr *>(e);
         std::string t = temp("int");
-        put(cat(t, " = ", condition(e), ";\n"));
+        put(t, " = ", condition(e), ";\n");
         kept_[out].condition = t;
         return out;
     }
@@ -137,16 +137,16 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
                 std::string all;
                 for (size_t i = 0; i < row.size() && i < subjects.size(); i++) {
                     if (!row[i].value) continue;
-                    all += cat(all.empty() ? "" : " && ", evaluateObject(subjects[i], row[i]));
+                    all += joined(all.empty() ? "" : " && ", evaluateObject(subjects[i], row[i]));
                 }
-                test += cat(test.empty() ? "" : " || ", "(", all.empty() ? "0" : all, ")");
+                test += joined(test.empty() ? "" : " || ", "(", all.empty() ? "0" : all, ")");
             }
         }
-        put(cat("if (", test.empty() ? "0" : debugCondition(test), ") {\n"));
+        put("if (", test.empty() ? "0" : debugCondition(test), ") {\n");
         block(when.block);
-        put(cat("goto ", done, ";\n}\n"));
+        put("goto ", done, ";\n}\n");
     }
-    put(cat(done, ": ;\n"));
+    put(done, ": ;\n");
 }
 
 // ---- PERFORM
@@ -174,115 +174,126 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     debugWay(performWay_, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
-    if (fromSegment >= 50 && fromSegment != now) put(cat("kvr_segment_", program_->number, "(", fromSegment, ");\n"));
+    if (fromSegment >= 50 && fromSegment != now) put("kvr_segment_", program_->number, "(", fromSegment, ");\n");
     insertions_.push_back({code_.size(), Insertion::Perform, flow_.performs.size(), ""});
     flow_.performs.push_back({++sites_, procedure_, static_cast<size_t>(from), end, circle});
 }
 
+// What is performed, once. EXIT PERFORM CYCLE goes to its end.
 void Emitter::performOnce(const PerformStatement &s)
 {
-    if (s.isInline)
-        block(s.body);
-    else
+    if (!s.isInline) {
         performRange(s.first, s.last);
+        return;
+    }
+    block(s.body);
+    put(performLabels_.back().second, ": __attribute__((unused));\n");
+}
+
+void Emitter::performTimes(const PerformStatement &s)
+{
+    std::string counter = cat("n[", counters_++, "]");
+    put(counter, " = ", integer(s.times), ";\n");
+    debugNow();
+    put("for (; ", counter, " > 0; ", counter, "--) {\n");
+    performOnce(s);
+    put("}\n");
+}
+
+void Emitter::breakIf(const Expr *until)
+{
+    std::string c = until ? debugCondition(condition(until)) : "1";
+    put("if (", c, ") break;\n");
+}
+
+void Emitter::performUntil(const PerformStatement &s)
+{
+    auto test = [&] {
+        anyChange_ = true;
+        breakIf(s.until);
+        anyChange_ = false;
+    };
+    put("for (;;) {\n");
+    if (!s.testAfter) test();
+    performOnce(s);
+    if (s.testAfter) test();
+    put("}\n");
+}
+
+// FROM
+void Emitter::setVarying(const Varying &v)
+{
+    Loc loc = locate(*v.item, true);
+    if (!loc.good()) return;
+    if (!isNumericItem(*loc.item)) {
+        error(v.item->at, wordText(v.item->names[0]) + " is no numeric item");
+        return;
+    }
+    if (!v.from) return; // an error was told there
+    store(number(v.from), loc, false, "");
+    debugNow();
+}
+
+// BY
+void Emitter::stepVarying(const Varying &v)
+{
+    Loc loc = locate(*v.item, true);
+    if (!loc.good() || !isNumericItem(*loc.item)) return;
+    Num by = v.by ? number(v.by) : integerNumber("1LL", 1);
+    store(add(itemNumber(loc), std::move(by), false), loc, false, "");
+    debugNow();
+}
+
+// VARYING a ... AFTER b ...: loops inside each other, the last one runs fastest. An outer item is
+// stepped before the inner ones begin again.
+void Emitter::performVarying(const PerformStatement &s)
+{
+    const size_t n = s.varying.size();
+    anyChange_ = true;
+    for (const auto &v : s.varying) setVarying(v);
+    for (const auto &v : s.varying) {
+        put("for (;;) {\n");
+        if (!s.testAfter) breakIf(v.until);
+    }
+
+    anyChange_ = false;
+    performOnce(s);
+    anyChange_ = true;
+
+    for (size_t i = n; i-- > 0;) {
+        if (s.testAfter) breakIf(s.varying[i].until);
+        stepVarying(s.varying[i]);
+        // Tested before, those further in have been set when their own loops ended.
+        const size_t end = s.testAfter ? n : std::min(i + 2, n);
+        for (size_t j = i + 1; j < end; j++) setVarying(s.varying[j]);
+        put("}\n");
+    }
+    anyChange_ = false;
 }
 
 void Emitter::performStatement(const PerformStatement &s)
 {
-    std::string exit, cycle;
+    std::string exit;
     if (s.isInline) {
-        exit = label(), cycle = label();
-        performLabels_.push_back({exit, cycle});
+        exit = label();
+        performLabels_.push_back({exit, label()});
     }
-    auto body = [&] {
-        performOnce(s);
-        if (s.isInline) put(cat(cycle, ": __attribute__((unused));\n"));
-    };
     if (s.forever) {
         put("for (;;) {\n");
-        body();
+        performOnce(s);
         put("}\n");
     } else if (s.times) {
-        std::string counter = cat("n[", counters_++, "]");
-        put(cat(counter, " = ", integer(s.times), ";\n"));
-        debugNow();
-        put(cat("for (; ", counter, " > 0; ", counter, "--) {\n"));
-        body();
-        put("}\n");
+        performTimes(s);
     } else if (!s.varying.empty()) {
-        // VARYING a ... AFTER b ...: the last one runs fastest.
-        size_t n = s.varying.size();
-        anyChange_ = true;
-        auto set = [&](size_t i) {
-            Loc loc = locate(*s.varying[i].item, true);
-            if (!loc.good()) return;
-            if (!isNumericItem(*loc.item)) {
-                error(s.varying[i].item->at, wordText(s.varying[i].item->names[0]) + " is no numeric item");
-                return;
-            }
-            if (!s.varying[i].from) return; // an error was told there
-            store(number(s.varying[i].from), loc, false, "");
-            debugNow();
-        };
-        auto step = [&](size_t i) {
-            Loc loc = locate(*s.varying[i].item, true);
-            if (!loc.good() || !isNumericItem(*loc.item)) return;
-            Num by = s.varying[i].by ? number(s.varying[i].by) : integerNumber("1LL", 1);
-            store(add(itemNumber(loc), by, false), loc, false, "");
-            debugNow();
-        };
-        for (size_t i = 0; i < n; i++) set(i);
-        std::vector<std::string> tops;
-        if (!s.testAfter) {
-            // Loops inside each other. When an inner one ends, its item gets its FROM value again
-            // before the outer item is stepped... the standard of 1985 steps the outer one first
-            // and then sets the inner one, which is what happens here.
-            for (size_t i = 0; i < n; i++) {
-                put("for (;;) {\n");
-                std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
-                put(cat("if (", c, ") break;\n"));
-            }
-            anyChange_ = false;
-            body();
-            anyChange_ = true;
-            for (size_t i = n; i-- > 0;) {
-                step(i);
-                for (size_t j = i + 1; j <= i + 1 && j < n; j++) set(j);
-                put("}\n");
-            }
-        } else {
-            for (size_t i = 0; i < n; i++) put("for (;;) {\n");
-            anyChange_ = false;
-            body();
-            anyChange_ = true;
-            for (size_t i = n; i-- > 0;) {
-                std::string c = s.varying[i].until ? debugCondition(condition(s.varying[i].until)) : "1";
-                put(cat("if (", c, ") break;\n"));
-                step(i);
-                for (size_t j = i + 1; j < n; j++) set(j); // the inner items begin again
-                put("}\n");
-            }
-        }
-        anyChange_ = false;
+        performVarying(s);
     } else if (s.until) {
-        put("for (;;) {\n");
-        auto test = [&] {
-            anyChange_ = true;
-            std::string c = debugCondition(condition(s.until));
-            anyChange_ = false;
-            put(cat("if (", c, ") break;\n"));
-        };
-        if (!s.testAfter) test();
-        body();
-        if (s.testAfter) test();
-        put("}\n");
+        performUntil(s);
     } else {
-        body();
+        performOnce(s);
     }
-    if (s.isInline) {
-        put(cat(exit, ": __attribute__((unused));\n"));
-        performLabels_.pop_back();
-    }
+    if (!s.isInline) return;
+    put(exit, ": __attribute__((unused));\n");
+    performLabels_.pop_back();
 }
 
 // ---- GO TO, ALTER
@@ -294,10 +305,10 @@ void Emitter::jump(const ProcedureName &name)
     const Procedure &target = program_->procedures[static_cast<size_t>(to)];
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now)
-        put(cat("kvr_segment_", program_->number, "(", target.segment, ");\n"));
+        put("kvr_segment_", program_->number, "(", target.segment, ");\n");
     debugWay("", name.at);
     flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
-    put(cat("goto p", to, ";\n"));
+    put("goto p", to, ";\n");
 }
 
 void Emitter::goStatement(const GoStatement &s)
@@ -313,9 +324,9 @@ void Emitter::goStatement(const GoStatement &s)
         std::string number = integer(&e);
         anyChange_ = false;
         debugNow();
-        put(cat("switch (", number, ") {\n"));
+        put("switch (", number, ") {\n");
         for (size_t i = 0; i < s.targets.size(); i++) {
-            put(cat("case ", i + 1, ": "));
+            put("case ", i + 1, ": ");
             jump(s.targets[i]);
         }
         put("}\n");
@@ -324,7 +335,7 @@ void Emitter::goStatement(const GoStatement &s)
     // A paragraph that consists of this GO TO only can be altered.
     Procedure &here = program_->procedures[procedure_];
     if (here.altered) {
-        put(cat("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n"));
+        put("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n");
         insertions_.push_back({code_.size(), Insertion::Altered, procedure_, ""});
         put("}\n");
     }
@@ -333,7 +344,7 @@ void Emitter::goStatement(const GoStatement &s)
             error(s.at, "GO TO without a paragraph needs an ALTER that sets it");
             return;
         }
-        put(cat(emits(Do::Unaltered), "();\n"));
+        put(emits(Do::Unaltered), "();\n");
         return;
     }
     jump(s.targets[0]);
@@ -349,7 +360,7 @@ void Emitter::alterStatement(const AlterStatement &s)
             error(pair.paragraph.at, wordText(pair.paragraph.name) + " does not consist of a GO TO");
             continue;
         }
-        put(cat("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n"));
+        put("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n");
         alterTargets_[static_cast<size_t>(paragraph)].insert(static_cast<size_t>(target));
         flow_.jumps.emplace_back(static_cast<size_t>(paragraph), static_cast<size_t>(target));
         debugAlter(paragraph, target, pair.paragraph.at);
@@ -377,8 +388,8 @@ void Emitter::exitStatement(const ExitStatement &s)
         nanoseconds.left = s.value;
         nanoseconds.right = &billion;
         std::string t = temp("int64_t");
-        put(cat(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t,
-                " % 1000000000);\n"));
+        put(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t,
+            " % 1000000000);\n");
         return;
     }
     if (s.value && s.form != ExitStatement::StopLiteral) {
@@ -390,7 +401,7 @@ void Emitter::exitStatement(const ExitStatement &s)
                 return;
             }
         }
-        put(cat(code, " = (int32_t)", integer(s.value), ";\n"));
+        put(code, " = (int32_t)", integer(s.value), ";\n");
     }
     switch (s.form) {
     case ExitStatement::Plain:
@@ -398,20 +409,19 @@ void Emitter::exitStatement(const ExitStatement &s)
         put(";\n");
         break;
     case ExitStatement::Program:
-        put(cat("if (p", program_->number, "_called) goto leave;\n"));
+        put("if (p", program_->number, "_called) goto leave;\n");
         break;
     case ExitStatement::Goback:
     case ExitStatement::Function:
         leaveProgram(true);
         break;
     case ExitStatement::StopRun:
-        put(cat(emits(Do::StopRun), "(", code, " & 255);\n"));
+        put(emits(Do::StopRun), "(", code, " & 255);\n");
         break;
     case ExitStatement::StopLiteral: {
         Shown literal;
         if (displayed(constant(s.value), literal))
-            put(cat(emits(Do::StopLiteral, Of::Text), "(", literal.size, ", (const uint8_t *)", literal.address,
-                    ");\n"));
+            put(emits(Do::StopLiteral, Of::Text), "(", literal.size, ", (const uint8_t *)", literal.address, ");\n");
         break;
     }
     case ExitStatement::Perform:
@@ -419,29 +429,28 @@ void Emitter::exitStatement(const ExitStatement &s)
         if (performLabels_.empty())
             error(s.at, "EXIT PERFORM without an inline PERFORM");
         else
-            put(cat("goto ",
-                    s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
-                    ";\n"));
+            put("goto ", s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
+                ";\n");
         break;
     case ExitStatement::Paragraph:
         paragraphEndUsed_ = true;
-        put(cat("goto e", procedure_, ";\n"));
+        put("goto e", procedure_, ";\n");
         break;
     case ExitStatement::Section: {
         const Procedure &here = program_->procedures[procedure_];
         if (here.isSection || here.section >= 0) {
             size_t section = here.isSection ? procedure_ : static_cast<size_t>(here.section);
             flow_.sectionExits.emplace_back(procedure_, section);
-            put(cat("goto z", section, ";\n"));
+            put("goto z", section, ";\n");
         } else {
             paragraphEndUsed_ = true;
-            put(cat("goto e", procedure_, ";\n"));
+            put("goto e", procedure_, ";\n");
         }
         break;
     }
     case ExitStatement::NextSentence:
         sentenceEndUsed_ = true;
-        put(cat("goto ", sentenceEnd_, ";\n"));
+        put("goto ", sentenceEnd_, ";\n");
         break;
     }
 }

@@ -17,45 +17,98 @@ std::string Emitter::checkedAddress(const Loc &loc)
                ", ", spot.line, ")");
 }
 
+// What an item's description says of its number, without the way to get it.
+static Num describedNumber(const Item &item)
+{
+    Num n;
+    n.digits = item.picture.digits;
+    n.scale = item.picture.scale;
+    n.isSigned = item.picture.sign;
+    return n;
+}
+
+// A text taken as an integer.
+Num Emitter::textInteger(const Loc &loc)
+{
+    const int64_t length = loc.fixed >= 0 ? loc.fixed : 18;
+    Num n;
+    n.kind = Num::Packed;
+    n.digits = static_cast<int>(std::min<int64_t>(length, 38));
+    std::string t = tempBytes(n.digits / 2 + 1);
+    if (loc.fixed >= 0)
+        n.text = cat(emits(Do::Load, Of::ZonedUnsigned, Of::Packed), "(", loc.address,
+                     length > 38 ? cat(" + ", length - 38) : "", ", ", t, ", ", n.digits, ", ", n.digits, ")");
+    else
+        n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", loc.address, ", ", loc.length, ", ", t, ", ",
+                     n.digits, ", 0, '.')");
+    return n;
+}
+
+// De-editing: digits and a sign after them.
+Num Emitter::deEditedNumber(const Loc &loc)
+{
+    const Item &item = *loc.item;
+    Num n = describedNumber(item);
+    n.kind = Num::Packed;
+    n.isSigned = true;
+    std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
+    const std::string &picture = item.picture.expanded;
+    std::string record = constantRecord(
+        "D", cat("struct { int16_t length; uint8_t picture[", picture.size(), "]; } __attribute__((packed))"),
+        cat("{", picture.size(), ", ", bytesLiteral(picture), "}"));
+    n.text = cat(emits(Do::Load, Of::NumericEdited, Of::Packed), "((const DeEditRecord *)&", record, ", ", loc.address,
+                 ", ", raw, ", ", t, ", ", n.digits, ")");
+    return n;
+}
+
+Num Emitter::binaryNumber(const Loc &loc)
+{
+    const Item &item = *loc.item;
+    Num n = describedNumber(item);
+    const bool hasSign = item.picture.sign || item.usage == Usage::Index;
+    const bool byCapacity = item.usage == Usage::Native || item.nativeBinary || !options_.truncate;
+    if (byCapacity) n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
+    // I * J + K has 19 digits, but fits into 64 bits if each of them has 32.
+    if (byCapacity || (item.size == 4 && n.digits == 9))
+        n.most = static_cast<unsigned __int128>(1) << (item.size * 8 - (hasSign ? 1 : 0));
+    n.text =
+        cat(n.wide() ? "(__int128)" : "(int64_t)",
+            hasSign ? emits(Do::Load, Of::Signed) : emits(Do::Load, Of::Unsigned), item.size, "(", loc.address, ")");
+    return n;
+}
+
+Num Emitter::zonedNumber(const Loc &loc)
+{
+    const SignForm form = loc.item->signForm;
+    Num n = describedNumber(*loc.item);
+    Loc zoned = loc;
+    if (loc.item->section == Item::Special && form == SignForm::LeadingSeparate) // DEBUG-SUB-1
+        zoned.address = cat(emits(Do::DebugSubscript, Of::ZonedLeadingSeparate), "(", loc.address, ")");
+    std::string address = checkedAddress(zoned);
+    if (n.digits <= 18 && (form == SignForm::None || form == SignForm::Trailing)) {
+        n.text = cat(form == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
+                                                : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),
+                     "(", address, ", ", n.digits, ")");
+        return n;
+    }
+    n.kind = Num::Packed;
+    std::string t = tempBytes(n.digits / 2 + 1);
+    n.text =
+        cat(emitsFor(Do::Load, zonedOf(form), Of::Packed), "(", address, ", ", t, ", ", n.digits, ", ", n.digits, ")");
+    return n;
+}
+
 Num Emitter::itemNumber(const Loc &loc)
 {
     Num n;
     if (!loc.good()) return n;
     const Item &item = *loc.item;
     if (item.isIndexName) return integerNumber(cat("X", item.number), 10);
-    n.digits = item.picture.digits;
-    n.scale = item.picture.scale;
-    n.isSigned = item.picture.sign;
     if (loc.refmod || item.category == Category::Group || item.category == Category::Alphanumeric ||
-        item.category == Category::Alphabetic || item.category == Category::AlphanumericEdited) {
-        // A text taken as an integer.
-        int64_t length = loc.fixed >= 0 ? loc.fixed : 18;
-        n.kind = Num::Packed;
-        n.scale = 0;
-        n.digits = static_cast<int>(std::min<int64_t>(length, 38));
-        n.isSigned = true;
-        std::string t = tempBytes(n.digits / 2 + 1);
-        if (loc.fixed >= 0)
-            n.text = cat(emits(Do::Load, Of::ZonedUnsigned, Of::Packed), "(", loc.address,
-                         length > 38 ? cat(" + ", length - 38) : "", ", ", t, ", ", n.digits, ", ", n.digits, ")");
-        else
-            n.text = cat(emits(Do::Load, Of::Varying, Of::Packed), "(", loc.address, ", ", loc.length, ", ", t, ", ",
-                         n.digits, ", 0, '.')");
-        return n;
-    }
-    if (item.category == Category::NumericEdited) {
-        // De-editing: digits and a sign after them.
-        n.kind = Num::Packed;
-        n.isSigned = true;
-        std::string raw = tempBytes(item.picture.positions + 2), t = tempBytes(n.digits / 2 + 1);
-        const std::string &picture = item.picture.expanded;
-        std::string record = constantRecord(
-            "D", cat("struct { int16_t length; uint8_t picture[", picture.size(), "]; } __attribute__((packed))"),
-            cat("{", picture.size(), ", ", bytesLiteral(picture), "}"));
-        n.text = cat(emits(Do::Load, Of::NumericEdited, Of::Packed), "((const DeEditRecord *)&", record, ", ",
-                     loc.address, ", ", raw, ", ", t, ", ", n.digits, ")");
-        return n;
-    }
+        item.category == Category::Alphabetic || item.category == Category::AlphanumericEdited)
+        return textInteger(loc);
+    if (item.category == Category::NumericEdited) return deEditedNumber(loc);
+
     switch (item.usage) {
     case Usage::Float:
         n = floatNumber(cat(emits(Do::Load, Of::Comp1), "(", loc.address, ")"));
@@ -64,26 +117,17 @@ Num Emitter::itemNumber(const Loc &loc)
     case Usage::Double:
         return floatNumber(cat(emits(Do::Load, Of::Comp2), "(", loc.address, ")"));
     case Usage::CompX:
+        n = describedNumber(item);
         n.digits = std::min(static_cast<int>(item.size * 5 + 1) / 2 + 1, 20);
         n.text = cat(n.wide() ? "(__int128)" : "(int64_t)", emits(Do::Load, Of::BigEndian), "(", loc.address, ", ",
                      item.size, ")");
         return n;
     case Usage::Binary:
     case Usage::Native:
-    case Usage::Index: {
-        const bool hasSign = item.picture.sign || item.usage == Usage::Index;
-        const bool byCapacity = item.usage == Usage::Native || item.nativeBinary || !options_.truncate;
-        if (byCapacity) n.digits = item.size == 1 ? 3 : item.size == 2 ? 5 : item.size == 4 ? 10 : 20;
-        // I * J + K has 19 digits, but fits into 64 bits if each of them has 32.
-        if (byCapacity || (item.size == 4 && n.digits == 9))
-            n.most = static_cast<unsigned __int128>(1) << (item.size * 8 - (hasSign ? 1 : 0));
-        n.text =
-            cat(n.wide() ? "(__int128)" : "", hasSign ? emits(Do::Load, Of::Signed) : emits(Do::Load, Of::Unsigned),
-                item.size, "(", loc.address, ")");
-        if (!n.wide()) n.text.insert(0, "(int64_t)");
-        return n;
-    }
+    case Usage::Index:
+        return binaryNumber(loc);
     case Usage::Packed:
+        n = describedNumber(item);
         n.kind = Num::Packed;
         n.text = checkedAddress(loc);
         n.direct = true;
@@ -92,33 +136,17 @@ Num Emitter::itemNumber(const Loc &loc)
     case Usage::ProcedurePointer:
         return integerNumber(cat("(int64_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ")"), 18);
     default:
-        break;
+        return zonedNumber(loc);
     }
-    // Zoned
-    Loc zoned = loc;
-    if (item.section == Item::Special && item.signForm == SignForm::LeadingSeparate) // DEBUG-SUB-1
-        zoned.address = cat(emits(Do::DebugSubscript, Of::ZonedLeadingSeparate), "(", loc.address, ")");
-    std::string address = checkedAddress(zoned);
-    if (n.digits <= 18 && (item.signForm == SignForm::None || item.signForm == SignForm::Trailing)) {
-        n.text = cat(item.signForm == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
-                                                         : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),
-                     "(", address, ", ", n.digits, ")");
-        return n;
-    }
-    n.kind = Num::Packed;
-    std::string t = tempBytes(n.digits / 2 + 1);
-    n.text = cat(emitsFor(Do::Load, zonedOf(item.signForm), Of::Packed), "(", address, ", ", t, ", ", n.digits, ", ",
-                 n.digits, ")");
-    return n;
 }
 
 Num Emitter::toPacked(Num a)
 {
     if (a.kind == Num::Packed || !a.good()) return a;
-    if (a.kind == Num::Float) a = scaleTo(a, 9, false);
+    if (a.kind == Num::Float) a = scaleTo(std::move(a), 9, false);
     if (a.literal) {
         a.kind = Num::Packed;
-        a.text = constantBytes(packedBytes(a.value.digits, a.value.negative, a.digits, true));
+        a.text = constantBytes(packedBytes(a.literal->digits, a.literal->negative, a.digits, true));
         return a;
     }
     int digits = std::min(a.digits, kMostPacked);
@@ -150,11 +178,11 @@ Num Emitter::toInt(Num a)
 Num Emitter::toFloat(Num a)
 {
     if (a.kind == Num::Float || !a.good()) return a;
-    if (a.literal) return floatNumber(cat(a.value.negative ? "-" : "", a.value.digits, "e", -a.value.scale));
+    if (a.literal) return floatNumber(cat(a.literal->negative ? "-" : "", a.literal->digits, "e", -a.literal->scale));
     if (a.kind == Num::Packed && a.digits > kMostInt && a.scale >= 0)
         return floatNumber(cat(emits(Do::ToFloat, Of::LongPacked), "(", a.text, ", ", a.digits, ", ", a.scale, ")"));
     int scale = a.scale;
-    if (a.kind == Num::Packed) a = toInt(a);
+    if (a.kind == Num::Packed) a = toInt(std::move(a));
     if (scale > 0)
         a.text = cat("((double)(", a.text, ") / 1e", scale, ")");
     else
@@ -173,9 +201,9 @@ Num Emitter::decimalSingle(Num a)
 // Two operands, one of them floating point.
 void Emitter::bothFloat(Num &a, Num &b)
 {
-    if (a.single && b.kind != Num::Float) a = decimalSingle(a);
-    if (b.single && a.kind != Num::Float) b = decimalSingle(b);
-    a = toFloat(a), b = toFloat(b);
+    if (a.single && b.kind != Num::Float) a = decimalSingle(std::move(a));
+    if (b.single && a.kind != Num::Float) b = decimalSingle(std::move(b));
+    a = toFloat(std::move(a)), b = toFloat(std::move(b));
 }
 
 // The same value with more decimal places.
@@ -184,7 +212,7 @@ Num Emitter::scaleUp(Num a, int scale)
     int k = scale - a.scale;
     if (k <= 0 || !a.good()) return a;
     if (a.literal) {
-        Decimal d = a.value;
+        Decimal d = *a.literal;
         if (!d.isZero()) d.digits.append(static_cast<size_t>(k), '0');
         d.scale += k;
         bool packed = a.kind == Num::Packed;
@@ -204,7 +232,7 @@ Num Emitter::scaleUp(Num a, int scale)
         a.scale = scale;
         return a;
     }
-    a = toPacked(a);
+    a = toPacked(std::move(a));
     int digits = std::min(a.digits + k, kMostPacked);
     std::string t = tempBytes(digits / 2 + 1);
     a.text = cat(emits(Do::MorePlaces, Of::Packed), "(", a.text, ", ", t, ", ", digits, ", ", a.digits, ", ", k, ")");
@@ -219,7 +247,7 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
 {
     if (!a.good()) return a;
     if (a.kind == Num::Float) {
-        if (a.single) a = decimalSingle(a);
+        if (a.single) a = decimalSingle(std::move(a));
         Num n = integerNumber(
             cat(emits(Do::ToInteger, Of::Float), "(", a.text, ", ", scale, ", ", static_cast<int>(rounded), ")"),
             kMostInt);
@@ -233,7 +261,7 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
             notBuilt(statementAt_, "this mode of rounding of a result with so many digits");
             return Num{};
         }
-        a = toInt(a);
+        a = toInt(std::move(a));
         Num n = integerNumber(cat(emits(Do::RoundedMode, Of::Wide), "(", a.text, ", ", powerOfTen(k), ", ",
                                   static_cast<int>(rounded), ")"),
                               std::max(a.digits - k + 1, 1));
@@ -242,9 +270,9 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
         return n;
     }
     if (a.literal) {
-        std::string digits = a.value.digits;
-        Decimal d = a.value;
-        d.digits = digitsAtScale(a.value, scale);
+        const std::string &digits = a.literal->digits;
+        Decimal d = *a.literal;
+        d.digits = digitsAtScale(*a.literal, scale);
         d.scale = scale;
         if (rounded && static_cast<int>(digits.size()) >= k && digits[digits.size() - static_cast<size_t>(k)] >= '5') {
             size_t i = d.digits.size();
@@ -300,18 +328,18 @@ Num Emitter::keep(Num a, bool copy)
         if (a.direct && !copy) return a;
         if (a.direct) {
             std::string t = tempBytes(a.digits / 2 + 1);
-            put(cat("memcpy(", t, ", ", a.text, ", ", a.digits / 2 + 1, ");\n"));
+            put("memcpy(", t, ", ", a.text, ", ", a.digits / 2 + 1, ");\n");
             a.text = t;
         } else {
             std::string t = temp("uint8_t *");
-            put(cat(t, " = ", a.text, ";\n"));
+            put(t, " = ", a.text, ";\n");
             a.text = t;
         }
         a.direct = false;
         return a;
     }
     std::string t = temp(a.kind == Num::Float ? "double" : a.wide() ? "__int128" : "int64_t");
-    put(cat(t, " = ", a.text, ";\n"));
+    put(t, " = ", a.text, ";\n");
     a.text = t;
     return a;
 }

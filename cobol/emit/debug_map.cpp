@@ -42,9 +42,9 @@ static void mapItem(const Item &item, int depth, const std::string &base, std::s
     int sign = static_cast<int>(item.signForm);
     if (item.usage != Usage::Display)
         sign = item.usage == Usage::Index || (item.nativeBinary ? !item.isUnsigned : item.picture.sign);
-    out += cat(depth, "|", item.name ? std::string(wordText(item.name)) : "FILLER", "|", depth ? "" : base, "|",
-               item.offset, "|", item.size, "|", mapUsage(item), "|", item.picture.digits, "|", item.picture.scale, "|",
-               sign, "|", item.occurs ? item.occursMax : 0, "\n");
+    out += joined(depth, "|", item.name ? std::string(wordText(item.name)) : "FILLER", "|", depth ? "" : base, "|",
+                  item.offset, "|", item.size, "|", mapUsage(item), "|", item.picture.digits, "|", item.picture.scale,
+                  "|", sign, "|", item.occurs ? item.occursMax : 0, "\n");
     for (const Item *child : item.children)
         if (child->level != 66 && child->level != 88) mapItem(*child, depth + 1, base, out);
 }
@@ -58,8 +58,8 @@ void Emitter::debugMap(Program &p)
     for (const File *file : p.files)
         for (const Item *record : file->records) mapItem(*record, 0, baseOf(*record), map);
     for (const Item *index : p.indexNames)
-        map += cat("0|", wordText(index->name), "|(unsigned char *)&X", index->number, "|0|8|binary|18|0|1|0\n");
-    globals_ += cat("static const char p", p.number, "_map[] __attribute__((used)) =\n");
+        map += joined("0|", wordText(index->name), "|(unsigned char *)&X", index->number, "|0|8|binary|18|0|1|0\n");
+    globals_ += joined("static const char p", p.number, "_map[] __attribute__((used)) =\n");
     for (size_t from = 0; from < map.size();) { // a C string a line
         size_t to = map.find('\n', from) + 1;
         globals_ += bytesLiteral(map.substr(from, to - from)) + "\n";

@@ -55,7 +55,7 @@ std::string Emitter::debugSection(const Watch &watch, const std::string &argumen
 // How a procedure is reached next, for DEBUG-CONTENTS.
 void Emitter::debugWay(const std::string &way, Tok at)
 {
-    if (debugs_) put(cat("way = ", bytesLiteral(way), "; wayLine = ", group_.spot(at).line, ";\n"));
+    if (debugs_) put("way = ", bytesLiteral(way), "; wayLine = ", group_.spot(at).line, ";\n");
 }
 
 static void replaceMark(std::string &text, const std::string &with)
@@ -121,8 +121,8 @@ void Emitter::debugItem(const Reference &ref, const Item &item, const Loc &loc, 
         call = debugSection(found->second, cat(group_.spot(statementAt_).line, ", ", bytesLiteral(found->second.name),
                                                ", ", loc.address, ", (uint32_t)(", loc.length, ")"));
     for (size_t i = 0; i < ref.subscripts.size() && i < 3; i++)
-        subscripts += cat(emits(Do::DebugSubscript), "(p", program_->number, "_debugItem, ", i, ", ",
-                          integer(ref.subscripts[i]), ");\n");
+        subscripts += joined(emits(Do::DebugSubscript), "(p", program_->number, "_debugItem, ", i, ", ",
+                             integer(ref.subscripts[i]), ");\n");
     replaceMark(call, subscripts);
     for (const std::string &other : pendingDebugs_)
         if (other == call) return;
@@ -135,8 +135,8 @@ void Emitter::debugFile(const File &f, const FileStatement *read)
     auto found = watchedFiles_.find(&f);
     if (!debugs_ || found == watchedFiles_.end() || inDebuggingSection(procedure_)) return;
     std::string status = cat("F", f.number, "->status"), record = cat("F", f.number, "->record"), unless;
-    if (read && read->end.has) unless += cat(" && !(", status, " >= 10 && ", status, " < 20)");
-    if (read && read->invalid.has) unless += cat(" && !(", status, " >= 20 && ", status, " < 30)");
+    if (read && read->end.has) unless += joined(" && !(", status, " >= 10 && ", status, " < 20)");
+    if (read && read->invalid.has) unless += joined(" && !(", status, " >= 20 && ", status, " < 30)");
     std::string call =
         debugSection(found->second, cat(group_.spot(statementAt_).line, ", ", bytesLiteral(found->second.name), ", ",
                                         read ? cat(record, ", ", f.maxRecord) : "\"\", 0"));
@@ -157,7 +157,7 @@ std::string Emitter::debugCondition(const std::string &c)
 {
     if (pendingDebugs_.empty()) return c;
     std::string value = temp("int");
-    put(cat(value, " = ", c, ";\n"));
+    put(value, " = ", c, ";\n");
     debugNow();
     return value;
 }

@@ -17,10 +17,11 @@
 // block (`temp`). Statements check what they emit: an error means that no C is written.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
+#include <concepts>
 #include <map>
 #include <set>
-#include <type_traits>
 
 #include "cobol/emit/ranges.h"
 #include "cobol/emit/statement_table.h"
@@ -38,6 +39,53 @@ struct EmitOptions {
     bool debugMap = false;                  // -g: what lies where, for the debugger
     std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
 };
+
+// Joins texts and numbers: `cat` gives a text, `joined` a view of it that is good until the next
+// call of either, for they put all texts together in the same room.
+inline std::vector<char> joinRoom(4096);
+
+inline size_t roomFor(std::string_view text) { return text.size(); }
+template <size_t N>
+constexpr size_t roomFor(const char (&)[N]) // a literal
+{
+    return N - 1;
+}
+template <std::integral T>
+size_t roomFor(T)
+{
+    return 20;
+}
+inline char *written(char *out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
+template <size_t N>
+char *written(char *out, const char (&literal)[N])
+{
+    return std::copy_n(literal, N - 1, out);
+}
+inline char *written(char *out, char c)
+{
+    *out = c;
+    return out + 1;
+}
+template <std::integral T>
+char *written(char *out, T number)
+{
+    return std::to_chars(out, out + roomFor(number), number).ptr;
+}
+
+template <class... Parts>
+std::string_view joined(const Parts &...parts)
+{
+    const size_t room = (roomFor(parts) + ...);
+    if (room > joinRoom.size()) joinRoom.resize(2 * room);
+    char *end = joinRoom.data();
+    ((end = written(end, parts)), ...);
+    return {joinRoom.data(), end};
+}
+template <class... Parts>
+std::string cat(const Parts &...parts)
+{
+    return std::string(joined(parts...));
+}
 
 // Where a data item is.
 struct Loc {
@@ -74,16 +122,16 @@ struct Num {
     int digits = 1; // at most so many
     int scale = 0;
     bool isSigned = true;
-    bool literal = false;
-    bool single = false; // Float: a COMP-1 item as it is, good for 6 to 9 digits
-    Decimal value;       // of a literal
-    bool direct = false; // Packed: the item itself, not a copy
+    bool single = false;              // Float: a COMP-1 item as it is, good for 6 to 9 digits
+    bool direct = false;              // Packed: the item itself, not a copy
+    const Decimal *literal = nullptr; // the value, if it is a literal
     // Int: never more than this, above or below zero, whatever the item holds; 0: only the digits
     // are known
     unsigned __int128 most = 0;
-    // Packed, while `text` is `cutOf`: the same, cut by the library to as many digits as @ stands
-    // for
-    std::string cut, cutOf;
+    // Packed, a sum as the library computes it: @ stands for the digits that it is cut to. It holds
+    // while `text` is `cutTo(digits)`.
+    const std::string *cut = nullptr;
+    std::string cutTo(int places) const;
     bool wide() const { return most ? most > INT64_MAX : digits > 18; }
     bool good() const { return !text.empty(); }
 };
@@ -196,8 +244,12 @@ private:
     void line(Tok at, std::string &out);
     void error(Tok at, const std::string &text) { meaning_.error(at, text); }
     void notBuilt(Tok at, const std::string &phrase) { meaning_.error(at, phrase + " is not supported yet"); }
-    void put(const std::string &text) { code_ += text; }
-    std::string temp(const char *type, const std::string &suffix = "");
+    template <class... Parts>
+    void put(const Parts &...parts)
+    {
+        code_ += joined(parts...);
+    }
+    std::string temp(std::string_view type, std::string_view suffix = "");
     std::string tempBytes(int64_t size);
     std::string label() { return "l" + std::to_string(++labels_); }
     std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
@@ -237,6 +289,10 @@ private:
     // ---- numbers.cpp
     Num number(const Expr *e, int wantScale = -1);
     Num itemNumber(const Loc &loc);
+    Num textInteger(const Loc &loc);
+    Num deEditedNumber(const Loc &loc);
+    Num binaryNumber(const Loc &loc);
+    Num zonedNumber(const Loc &loc);
     std::string checkedAddress(const Loc &loc);
     Num literalNumber(const Decimal &value);
     Num integerNumber(const std::string &c, int digits, bool isSigned = true);
@@ -274,6 +330,12 @@ private:
     // room for.
     static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
+    void storeBinary(Num value, const Loc &target, bool fits);
+    void storePacked(Num value, const Loc &target);
+    void storeZoned(Num value, const Loc &target);
+    void storeExact(Num value, const Loc &target, const std::string &sizeError);
+    bool fillsItsBytes(const Item &item) const;
+    bool sizeTest(Num &value, const Item &item, const std::string &sizeError);
     std::string zeroFlag(); // C int that a division by zero sets, in this statement
     std::string lengthAsText(const Num &n);
 
@@ -294,6 +356,9 @@ private:
 
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
+    void moveTextToNumber(const Expr *source, const Loc &target);
+    Text repeatedDigits(const Text &all, int count);
+    void moveToPointer(const Expr *source, const Loc &target);
     Loc pinned(Loc loc, bool copy);
     void moveFrom(const Expr *source, const Loc &from, const Loc &target);
     void moveText(const Text &source, const Loc &target);
@@ -308,6 +373,7 @@ private:
     Loc member(const Reference &ref, const Item &group, const Item &item, bool receiving);
 
     // ---- statements
+    friend struct StatementTable;
     void statement(const Statement &s);
     void block(const Block &b);
     void addStatement(const ArithmeticStatement &s);
@@ -320,6 +386,11 @@ private:
     void moveStatement(const MoveStatement &s);
     void initializeStatement(const InitializeStatement &s);
     void setStatement(const SetStatement &s);
+    void setAddress(const Expr *target, const Expr *value);
+    void setSwitch(const Expr *target, bool on);
+    void setCondition(const Expr *target, bool truth);
+    void setItem(const Loc &loc, const Expr *target, const Expr *value);
+    void stepItem(const Loc &loc, const Expr *target, const Expr *by, bool down);
     void allocateStatement(const AllocateStatement &s);
 
     void ifStatement(const IfStatement &s);
@@ -336,6 +407,12 @@ private:
     std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
     void performStatement(const PerformStatement &s);
     void performOnce(const PerformStatement &s);
+    void performTimes(const PerformStatement &s);
+    void performUntil(const PerformStatement &s);
+    void performVarying(const PerformStatement &s);
+    void setVarying(const Varying &v);
+    void stepVarying(const Varying &v);
+    void breakIf(const Expr *until);
     void findCircles(Program &p);
     bool inCircle(size_t from, size_t end) const;
     void performRange(const ProcedureName &first, const ProcedureName &last);
@@ -354,6 +431,10 @@ private:
     void exhibitChanged(const DisplayStatement &s);
     bool displayedNumber(Num n, const Item *item, Shown &out);
     void acceptStatement(const AcceptStatement &s);
+    bool acceptsNumber(const Loc &loc);
+    void acceptClock(std::string_view flags, int digits, const Loc &loc);
+    void acceptOutside(const AcceptStatement &s, std::string_view routine, const Loc &loc);
+    void acceptInput(const AcceptStatement &s, std::string_view flags, const Loc &loc);
 
     void callStatement(const CallStatement &s);
     std::string callArgument(const CallStatement::Argument &argument);
@@ -566,30 +647,6 @@ private:
     };
     void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);
 };
-
-// Joins texts and numbers.
-inline void appendTo(std::string &out, const std::string &text) { out += text; }
-inline void appendTo(std::string &out, const char *text) { out += text; }
-inline void appendTo(std::string &out, std::string_view text) { out += text; }
-inline void appendTo(std::string &out, char c) { out += c; }
-template <class T>
-requires std::is_integral_v<T>
-void appendTo(std::string &out, T number)
-{
-    char digits[24];
-    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
-}
-inline size_t roomFor(std::string_view text) { return text.size(); }
-template <class T>
-requires std::is_integral_v<T> size_t roomFor(T) { return 20; }
-template <class... Parts>
-std::string cat(const Parts &...parts)
-{
-    std::string out;
-    out.reserve((roomFor(parts) + ...));
-    (appendTo(out, parts), ...);
-    return out;
-}
 
 // A verb's routine in an FCB: the field's name, with the arrow before it.
 inline std::string_view slot(std::string_view text) { return text.substr(text.find("->")); }

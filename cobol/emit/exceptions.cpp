@@ -12,7 +12,9 @@ namespace kvrcob {
 bool Emitter::asksForExceptions() const
 {
     for (const char *name : {"EXCEPTION-STATUS", "EXCEPTION-STATEMENT", "EXCEPTION-LOCATION", "EXCEPTION-FILE"}) {
+        const size_t known = wordCount();
         const Word word = internWord(name);
+        if (word >= known) continue; // no source has had it
         for (const Token &token : group_.tokens)
             if (token.kind == TokenKind::Name && token.word == word) return true;
     }
@@ -32,14 +34,13 @@ std::string Emitter::verbAndPlace()
 // `name` is C text.
 void Emitter::raise(const std::string &failed, const std::string &name)
 {
-    if (exceptions_) put(cat("if (", failed, ") ", emits(Do::Raise), "(", name, ", ", verbAndPlace(), ");\n"));
+    if (exceptions_) put("if (", failed, ") ", emits(Do::Raise), "(", name, ", ", verbAndPlace(), ");\n");
 }
 
 void Emitter::verbBegins(const File &f)
 {
     if (exceptions_)
-        put(cat(emits(Do::VerbBegins), "(F", f.number, ", ", bytesLiteral(wordText(f.name)), ", ", verbAndPlace(),
-                ");\n"));
+        put(emits(Do::VerbBegins), "(F", f.number, ", ", bytesLiteral(wordText(f.name)), ", ", verbAndPlace(), ");\n");
 }
 
 // ON SIZE ERROR and NOT ON SIZE ERROR; `zero` tells a division by zero, and may be empty.
@@ -53,7 +54,7 @@ void Emitter::sizePhrases(const ArithmeticStatement &s, const std::string &flag,
 
 bool Emitter::exceptionText(const FunctionCall &f, FunctionText &result)
 {
-    put(cat(result.length, " = ", emitsFunction(f.name), "(", bytesLiteral(f.name), ", &", result.address, ");\n"));
+    put(result.length, " = ", emitsFunction(f.name), "(", bytesLiteral(f.name), ", &", result.address, ");\n");
     return true;
 }
 

@@ -70,7 +70,7 @@ void Emitter::codeSetTable(const File &f, uint32_t room)
                                   : "CODE-SET of an alphabet that gives several characters one code");
     globals_ +=
         cat("static uint8_t codes", f.number, "[", room, "];\nstatic const uint8_t native", f.number, "[256] = {");
-    for (int c : back) globals_ += cat(c, ",");
+    for (int c : back) globals_ += joined(c, ",");
     globals_ += "};\n";
 }
 
@@ -130,11 +130,11 @@ void Emitter::addKey(Program &p, const File &f, const Reference &ref, const std:
     for (size_t i = 1; i < parts.size(); ++i)
         if (const Item *part = keyItem(p, f, *parts[i])) {
             size += part->size;
-            table.parts += cat("{", part->size, ", ", part->offset, ", 0, {0, 0, 0}}, ");
+            table.parts += joined("{", part->size, ", ", part->offset, ", 0, {0, 0, 0}}, ");
         }
     bool split = parts.size() > 1;
-    table.keys += cat("{", size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
-                      split ? " | ZVK_FILE_KEY_PARTS" : "", ", {", split ? parts.size() - 1 : 0, ", 0, 0}}, ");
+    table.keys += joined("{", size, ", ", item->offset, ", ", duplicates ? "ZVK_FILE_KEY_DUPLICATES" : "0",
+                         split ? " | ZVK_FILE_KEY_PARTS" : "", ", {", split ? parts.size() - 1 : 0, ", 0, 0}}, ");
     table.keyCount++;
     if (split) table.partCount += parts.size() - 1;
 }
@@ -157,17 +157,17 @@ void Emitter::fileInformation(Program &p, const File &f, const Assignment &assig
     std::string linage;
     if (f.linage) {
         linage = "ZVK_FILE_LINAGE";
-        globals_ += cat("static KvrPage G", n, ";\n");
+        globals_ += joined("static KvrPage G", n, ";\n");
         if (f.footing) linage += " | ZVK_FILE_LINAGE_FOOTING";
         if (f.top) linage += " | ZVK_FILE_LINAGE_TOP";
         if (f.bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";
     }
-    globals_ += cat("typedef struct { FIB fib; FileKey keys[", table.keyCount ? table.keyCount + table.partCount : 1,
-                    "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; } T", n, ";\nstatic T",
-                    n, " I", n, " = {.fib = {\n");
+    globals_ += joined("typedef struct { FIB fib; FileKey keys[", table.keyCount ? table.keyCount + table.partCount : 1,
+                       "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; } T", n,
+                       ";\nstatic T", n, " I", n, " = {.fib = {\n");
     if (f.sharing || f.lockMode) {
         int lockMode = f.lockMode == K_MANUAL ? 1 : f.lockMode == K_AUTOMATIC ? 2 : f.lockMode == K_EXCLUSIVE ? 3 : 0;
-        globals_ += cat(".sharing = 1, .lockMode = ", lockMode, ", .shareMode = ", shareMode(f, f.sharing), ",\n");
+        globals_ += joined(".sharing = 1, .lockMode = ", lockMode, ", .shareMode = ", shareMode(f, f.sharing), ",\n");
     }
     const char *access = f.access == K_SEQUENTIAL ? "0x80" : f.access == K_RANDOM ? "0x40" : "0";
     globals_ +=
@@ -191,14 +191,14 @@ void Emitter::fileRecord(Program &p, File &f, uint32_t room)
     codeSetTable(f, room);
     if (f.organization == K_INDEXED && !f.recordKey) error(f.at, "an indexed file needs a RECORD KEY");
     Assignment assigned = assignment(p, f);
-    globals_ += cat("static char N", n, "[", assigned.dynamic ? 4096 : assigned.name.size() + 1, "]",
-                    assigned.dynamic ? "" : cat(" = ", bytesLiteral(assigned.name)), ";\n");
-    globals_ += cat("static uint8_t *A", n, "cell = (uint8_t *)&A", n, ";\n");
-    if (f.status) globals_ += cat("static uint8_t *I", n, "status;\n");
+    globals_ += joined("static char N", n, "[", assigned.dynamic ? 4096 : assigned.name.size() + 1, "]",
+                       assigned.dynamic ? "" : cat(" = ", bytesLiteral(assigned.name)), ";\n");
+    globals_ += joined("static uint8_t *A", n, "cell = (uint8_t *)&A", n, ";\n");
+    if (f.status) globals_ += joined("static uint8_t *I", n, "status;\n");
     fileInformation(p, f, assigned);
     std::string use = useTable(p, f);
-    globals_ += cat("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", f.index, ", .maxRecord = ", f.maxRecord,
-                    use == "0" ? "" : cat(", .useTable = ", use), "};\n");
+    globals_ += joined("static FCB C", n, " = {.eyecatcher = \"FCB\", .index = ", f.index,
+                       ", .maxRecord = ", f.maxRecord, use == "0" ? "" : cat(", .useTable = ", use), "};\n");
 }
 
 void Emitter::fileRecords(Program &p)
@@ -209,21 +209,21 @@ void Emitter::fileRecords(Program &p)
     size_t index = 0;
     for (File *f : p.files) {
         uint32_t n = f->number, room = recordRoom(p, *f);
-        globals_ += cat("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n,
-                        " __attribute__((aligned(16)));\n");
+        globals_ += joined("static struct { uint64_t runtime[4]; uint8_t record[", room + 8, "]; } A", n,
+                           " __attribute__((aligned(16)));\n");
         if (f->sortFile) {
-            globals_ += cat("static FCB C", n, " __attribute__((unused)) = {.eyecatcher = \"FCB\", .record = A", n,
-                            ".record};\n#define F", n, " (&C", n, ")\n");
+            globals_ += joined("static FCB C", n, " __attribute__((unused)) = {.eyecatcher = \"FCB\", .record = A", n,
+                               ".record};\n#define F", n, " (&C", n, ")\n");
             continue;
         }
         f->index = ++index;
-        globals_ += cat("#define F", n, " (", prefix, "files[", index - 1, "])\n");
+        globals_ += joined("#define F", n, " (", prefix, "files[", index - 1, "])\n");
         fileRecord(p, *f, room);
-        list += cat("&C", n, ", ");
-        fibs += cat("&I", n, ".fib, ");
+        list += joined("&C", n, ", ");
+        fibs += joined("&I", n, ".fib, ");
     }
-    globals_ += cat("static FCB *", prefix, "files[", index + 1, "] = {", list, "0};\nstatic FIB *", prefix, "fibs[",
-                    index + 1, "] = {", fibs, "0};\n");
+    globals_ += joined("static FCB *", prefix, "files[", index + 1, "] = {", list, "0};\nstatic FIB *", prefix, "fibs[",
+                       index + 1, "] = {", fibs, "0};\n");
 }
 
 // The USE procedures that serve a file's statements in a program, by the mode in which the file is
@@ -255,8 +255,8 @@ std::string Emitter::useTable(Program &p, const File &f)
     std::string name = "0";
     if (any) {
         name = cat("U", p.number, "_", f.number);
-        globals_ += cat("static void *", name, "[5] = {");
-        for (int m = 0; m < 5; m++) globals_ += cat(rows[m].empty() ? "0" : rows[m], ", ");
+        globals_ += joined("static void *", name, "[5] = {");
+        for (int m = 0; m < 5; m++) globals_ += joined(rows[m].empty() ? "0" : rows[m], ", ");
         globals_ += "};\n";
     }
     useTables_[{p.number, f.number}] = name;

@@ -13,8 +13,8 @@ namespace kvrcob {
 void Emitter::encodeRecord(const File &f, const std::string &request)
 {
     if (const Alphabet *a = codeSet(f))
-        put(cat(request, ".into = ", emits(Do::Recode, Of::Text), "(codes", f.number, ", F", f.number,
-                "->record, sizeof codes", f.number, ", alphabet", a->number, ");\n"));
+        put(request, ".into = ", emits(Do::Recode, Of::Text), "(codes", f.number, ", F", f.number,
+            "->record, sizeof codes", f.number, ", alphabet", a->number, ");\n");
 }
 
 File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
@@ -47,10 +47,10 @@ void Emitter::relativeKeyIn(const File &f, const std::string &request)
     Loc loc = locate(*f.relativeKey);
     if (!loc.good()) return;
     Num n = toInt(scaleTo(itemNumber(loc), 0, false));
-    put(cat(request, ".relativeKey = (uint64_t)(", n.text, ");\n"));
+    put(request, ".relativeKey = (uint64_t)(", n.text, ");\n");
     if (loc.item->picture.digits < 18) {
         std::string limit(static_cast<size_t>(loc.item->picture.digits), '9');
-        put(cat(request, ".relativeKeyLimit = ", limit, ";\n"));
+        put(request, ".relativeKeyLimit = ", limit, ";\n");
     }
 }
 
@@ -60,7 +60,7 @@ void Emitter::relativeKeyOut(const File &f, const std::string &request)
     Unwatched unwatched(*this);
     Loc loc = locate(*f.relativeKey, true);
     if (!loc.good()) return;
-    put(cat("if (F", f.number, "->status < 10) {\n"));
+    put("if (F", f.number, "->status < 10) {\n");
     store(integerNumber(cat("(int64_t)", request, ".relativeKey"), 18, false), loc, false, "");
     put("}\n");
 }
@@ -72,25 +72,25 @@ void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
     debugNow();
     if (s.end.has || s.end.hasNot) {
         if (s.end.has) {
-            put(cat("if (", status, " >= 10 && ", status, " < 20) {\n"));
+            put("if (", status, " >= 10 && ", status, " < 20) {\n");
             block(s.end.on);
             put("}\n");
         }
         if (s.end.hasNot) {
-            put(cat(s.end.has ? "else " : "", "if (", status, " < 10) {\n"));
+            put(s.end.has ? "else " : "", "if (", status, " < 10) {\n");
             block(s.end.onNot);
             put("}\n");
         }
         if ((s.invalid.has || s.invalid.hasNot) && s.end.has) put("else ");
     }
     if (s.invalid.has) {
-        put(cat("if (", status, " >= 20 && ", status, " < 30) {\n"));
+        put("if (", status, " >= 20 && ", status, " < 30) {\n");
         block(s.invalid.on);
         put("}\n");
         if (s.invalid.hasNot) put("else ");
     }
     if (s.invalid.hasNot) {
-        put(cat("if (", status, " < 10) {\n"));
+        put("if (", status, " < 10) {\n");
         block(s.invalid.onNot);
         put("}\n");
     }
@@ -147,7 +147,7 @@ void Emitter::readStatement(const FileStatement &s)
         s.next || s.previous || f->access == K_SEQUENTIAL || f->organization == K_SEQUENTIAL ||
         f->organization == K_LINE ||
         (f->access == K_DYNAMIC && !s.key && (s.end.has || s.end.hasNot) && !(s.invalid.has || s.invalid.hasNot));
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    put("memset(&", request, ", 0, sizeof ", request, ");\n");
     std::string options = sequential ? (s.previous ? "ZVK_REQUEST_PREVIOUS" : "ZVK_REQUEST_NEXT") : "ZVK_REQUEST_KEY";
     if (s.lock == K_LOCK) options += " | ZVK_REQUEST_LOCK";
     if (s.lock == K_NO) options += " | ZVK_REQUEST_NO_LOCK";
@@ -161,25 +161,25 @@ void Emitter::readStatement(const FileStatement &s)
             error(s.key->at, wordText(item->name) + " is no key of the file");
             return;
         }
-        if (key > 0) put(cat(request, ".key = ", key, ";\n"));
+        if (key > 0) put(request, ".key = ", key, ";\n");
     }
     if (s.lock == K_ADVANCING) notBuilt(s.at, "READ ... ADVANCING ON LOCK");
-    put(cat(request, ".options = ", options, ";\n"));
+    put(request, ".options = ", options, ";\n");
     retry(s, request);
     relativeKeyIn(*f, request);
-    put(cat("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n"));
+    put("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n");
     prepare(*f);
-    put(cat("F", f->number, slot(emits(Do::Read)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-            ");\n"));
+    put("F", f->number, slot(emits(Do::Read)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+        ");\n");
     if (codeSet(*f))
-        put(cat("if (F", f->number, "->status < 10) ", emits(Do::Recode, Of::Text), "(F", f->number, "->record, F",
-                f->number, "->record, ", request, ".recordLength, native", f->number, ");\n"));
+        put("if (F", f->number, "->status < 10) ", emits(Do::Recode, Of::Text), "(F", f->number, "->record, F",
+            f->number, "->record, ", request, ".recordLength, native", f->number, ");\n");
     if (sequential) relativeKeyOut(*f, request);
     if (f->recordDepending) {
         Unwatched unwatched(*this);
         Loc loc = locate(*f->recordDepending, true);
         if (loc.good()) {
-            put(cat("if (F", f->number, "->status < 10) {\n"));
+            put("if (F", f->number, "->status < 10) {\n");
             store(integerNumber(cat("(int64_t)", request, ".recordLength"), 9, false), loc, false, "");
             put("}\n");
         }
@@ -187,7 +187,7 @@ void Emitter::readStatement(const FileStatement &s)
     if (s.into) {
         Loc to = locate(*s.into, true);
         if (to.good()) {
-            put(cat("if (F", f->number, "->status < 10) {\n"));
+            put("if (F", f->number, "->status < 10) {\n");
             // As a move of the record; of several records as a group.
             if (f->records.size() == 1 && f->minRecord == f->maxRecord) {
                 moveLoc(locateItem(*f->records[0]), to);
@@ -225,7 +225,7 @@ void Emitter::writeStatement(const FileStatement &s)
     }
     if (s.from) move(s.from, record);
     std::string request = temp("FileRequest");
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    put("memset(&", request, ", 0, sizeof ", request, ");\n");
     // In a file of pages or one that is advanced anywhere, a WRITE without ADVANCING is one AFTER a
     // line.
     if (s.before || s.after || f->linage || isPrinted(*f)) {
@@ -247,15 +247,15 @@ void Emitter::writeStatement(const FileStatement &s)
             advance = cat(c, " == '1' ? ZVK_ADVANCE_PAGE : ", c, " == '0' ? 2 : ", c, " == '-' ? 3 : ", c, " != '+'");
         } else if (s.advancing) {
             advance = cat("(int32_t)", integer(s.advancing));
-            if (s.positioning) advance += cat(" > 0 ? (int32_t)", integer(s.advancing), " : ZVK_ADVANCE_PAGE");
+            if (s.positioning) advance += joined(" > 0 ? (int32_t)", integer(s.advancing), " : ZVK_ADVANCE_PAGE");
         }
-        put(cat(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request,
-                ".advance = ", advance, ";\n"));
+        put(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request,
+            ".advance = ", advance, ";\n");
     }
     encodeRecord(*f, request);
     linageValues(*f);
     if (f->linage)
-        put(cat(emits(Do::LinageBefore), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ");\n"));
+        put(emits(Do::LinageBefore), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ");\n");
     std::string length;
     if (f->recordDepending) {
         Unwatched unwatched(*this);
@@ -267,34 +267,34 @@ void Emitter::writeStatement(const FileStatement &s)
         length = cat("(uint32_t)", now.length);
     }
     if (f->minRecord == f->maxRecord && f->organization != K_LINE) length = cat(f->maxRecord);
-    put(cat(request, ".recordLength = ", length, ";\n"));
+    put(request, ".recordLength = ", length, ";\n");
     if (f->access != K_SEQUENTIAL)
         relativeKeyIn(*f, request);
     else if (f->organization == K_RELATIVE && f->relativeKey) {
         relativeKeyIn(*f, request);
-        put(cat(request, ".relativeKey = 0;\n"));
+        put(request, ".relativeKey = 0;\n");
     }
-    if (f->organization == K_RELATIVE && f->access != K_SEQUENTIAL) put(cat(request, ".options |= ZVK_REQUEST_KEY;\n"));
-    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    if (f->organization == K_RELATIVE && f->access != K_SEQUENTIAL) put(request, ".options |= ZVK_REQUEST_KEY;\n");
+    put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     debugNow();
     prepare(*f);
     if (f->access == K_SEQUENTIAL && f->organization != K_LINE)
-        put(cat("if (F", f->number, "->mode & ZVK_OPEN_IO) ", emits(Do::Refuse), "(F", f->number, ", p",
-                f->program->number, "_element, 48, ZVK_VERB_WRITE);\nelse "));
-    put(cat("F", f->number, slot(emits(Do::Write)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-            ");\n"));
+        put("if (F", f->number, "->mode & ZVK_OPEN_IO) ", emits(Do::Refuse), "(F", f->number, ", p", f->program->number,
+            "_element, 48, ZVK_VERB_WRITE);\nelse ");
+    put("F", f->number, slot(emits(Do::Write)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+        ");\n");
     if (f->linage)
-        put(cat(emits(Do::LinageAfter), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ", ", request,
-                ".advance);\n"));
+        put(emits(Do::LinageAfter), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ", ", request,
+            ".advance);\n");
     if (f->access == K_SEQUENTIAL) relativeKeyOut(*f, request);
     if (s.eop.has || s.eop.hasNot) {
         if (s.eop.has) {
-            put(cat("if (", request, ".options & ZVK_REQUEST_END_OF_PAGE) {\n"));
+            put("if (", request, ".options & ZVK_REQUEST_END_OF_PAGE) {\n");
             block(s.eop.on);
             put("}\n");
         }
         if (s.eop.hasNot) {
-            put(cat(s.eop.has ? "else " : cat("if (!(", request, ".options & ZVK_REQUEST_END_OF_PAGE)) "), "{\n"));
+            put(s.eop.has ? "else " : cat("if (!(", request, ".options & ZVK_REQUEST_END_OF_PAGE)) "), "{\n");
             block(s.eop.onNot);
             put("}\n");
         }
@@ -309,7 +309,7 @@ void Emitter::rewriteStatement(const FileStatement &s)
     if (!f) return;
     if (s.from) move(s.from, record);
     std::string request = temp("FileRequest");
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    put("memset(&", request, ", 0, sizeof ", request, ");\n");
     std::string length = cat("(uint32_t)", locateItem(*record.item).length);
     if (f->recordDepending) {
         Unwatched unwatched(*this);
@@ -317,18 +317,18 @@ void Emitter::rewriteStatement(const FileStatement &s)
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
     if (f->minRecord == f->maxRecord) length = cat(f->maxRecord);
-    put(cat(request, ".recordLength = ", length, ";\n"));
+    put(request, ".recordLength = ", length, ";\n");
     if (f->access != K_SEQUENTIAL) {
-        put(cat(request, ".options = ZVK_REQUEST_KEY;\n"));
+        put(request, ".options = ZVK_REQUEST_KEY;\n");
         relativeKeyIn(*f, request);
     }
     encodeRecord(*f, request);
     retry(s, request);
-    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     debugNow();
     prepare(*f);
-    put(cat("F", f->number, slot(emits(Do::Rewrite)), "(F", f->number, ", p", f->program->number, "_element, &",
-            request, ");\n"));
+    put("F", f->number, slot(emits(Do::Rewrite)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+        ");\n");
     afterVerb(s, *f, true);
 }
 
@@ -336,11 +336,11 @@ void Emitter::rewriteStatement(const FileStatement &s)
 void Emitter::retry(const FileStatement &s, const std::string &request)
 {
     if (!s.retry) return;
-    put(cat(request, ".options |= ",
-            s.retry == K_TIMES     ? "ZVK_REQUEST_RETRY_TIMES"
-            : s.retry == K_SECONDS ? "ZVK_REQUEST_RETRY_SECONDS"
-                                   : "ZVK_REQUEST_RETRY_FOREVER",
-            "; ", request, ".retry = ", s.retries ? cat("(int32_t)", integer(s.retries)) : "0", ";\n"));
+    put(request, ".options |= ",
+        s.retry == K_TIMES     ? "ZVK_REQUEST_RETRY_TIMES"
+        : s.retry == K_SECONDS ? "ZVK_REQUEST_RETRY_SECONDS"
+                               : "ZVK_REQUEST_RETRY_FOREVER",
+        "; ", request, ".retry = ", s.retries ? cat("(int32_t)", integer(s.retries)) : "0", ";\n");
 }
 
 void Emitter::deleteStatement(const FileStatement &s)
@@ -357,16 +357,16 @@ void Emitter::deleteStatement(const FileStatement &s)
         return;
     }
     std::string request = temp("FileRequest");
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    put("memset(&", request, ", 0, sizeof ", request, ");\n");
     if (f->access != K_SEQUENTIAL) {
-        put(cat(request, ".options = ZVK_REQUEST_KEY;\n"));
+        put(request, ".options = ZVK_REQUEST_KEY;\n");
         relativeKeyIn(*f, request);
     }
     retry(s, request);
-    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     prepare(*f);
-    put(cat("F", f->number, slot(emits(Do::Delete)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-            ");\n"));
+    put("F", f->number, slot(emits(Do::Delete)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+        ");\n");
     debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
@@ -380,7 +380,7 @@ void Emitter::startStatement(const FileStatement &s)
         return;
     }
     std::string request = temp("FileRequest");
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\n"));
+    put("memset(&", request, ", 0, sizeof ", request, ");\n");
     const char *relation = s.relation == '='             ? "ZVK_RELATION_EQUAL"
                            : s.relation == '>'           ? "ZVK_RELATION_GREATER"
                            : s.relation == kGreaterEqual ? "ZVK_RELATION_NOT_LESS"
@@ -393,7 +393,7 @@ void Emitter::startStatement(const FileStatement &s)
         error(s.at, "START does not go with NOT EQUAL");
         return;
     }
-    put(cat(request, ".relation = ", relation, ";\n"));
+    put(request, ".relation = ", relation, ";\n");
     if (f->organization == K_RELATIVE && s.key && f->relativeKey) {
         Item *item = meaning_.resolve(*program_, *s.key);
         if (!item) return;
@@ -412,17 +412,17 @@ void Emitter::startStatement(const FileStatement &s)
             return;
         }
         // 0: the whole of a split key
-        put(cat(request, ".key = ", key, "; ", request, ".keyLength = ", item ? item->size : 0, ";\n"));
+        put(request, ".key = ", key, "; ", request, ".keyLength = ", item ? item->size : 0, ";\n");
         if (s.advancing) // START ... WITH LENGTH: no more than the key has
-            put(cat("if (", integer(s.advancing), " > 0",
-                    item ? cat(" && ", integer(s.advancing), " < ", item->size) : std::string(), ") ", request,
-                    ".keyLength = (uint32_t)", integer(s.advancing), ";\n"));
+            put("if (", integer(s.advancing), " > 0",
+                item ? cat(" && ", integer(s.advancing), " < ", item->size) : std::string(), ") ", request,
+                ".keyLength = (uint32_t)", integer(s.advancing), ";\n");
     }
     relativeKeyIn(*f, request);
-    put(cat("F", f->number, "->statement = ", statementFlags(s, false), ";\n"));
+    put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     prepare(*f);
-    put(cat("F", f->number, slot(emits(Do::Start)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-            ");\n"));
+    put("F", f->number, slot(emits(Do::Start)), "(F", f->number, ", p", f->program->number, "_element, &", request,
+        ");\n");
     debugFile(*f, nullptr);
     afterVerb(s, *f, true);
 }
@@ -437,8 +437,8 @@ void Emitter::unlockStatement(const FileStatement &s)
     }
     prepare(*f);
     std::string request = temp("FileRequest");
-    put(cat("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, slot(emits(Do::Unlock)), "(F", f->number,
-            ", p", f->program->number, "_element, &", request, ");\n"));
+    put("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, slot(emits(Do::Unlock)), "(F", f->number,
+        ", p", f->program->number, "_element, &", request, ");\n");
 }
 
 } // namespace kvrcob

@@ -51,7 +51,7 @@ void Emitter::expandAll(const Expr *e, std::vector<const Expr *> &out)
     if (tables[i]->dependingItem) {
         // Only the occurrences that the table has now are arguments.
         count = temp("int64_t");
-        put(cat(count, " = ", currentCount(*tables[i]), ";\n"));
+        put(count, " = ", currentCount(*tables[i]), ";\n");
     }
     std::string outer = guards_.count(e) ? guards_[e] : "";
     for (uint32_t k = 1; k <= tables[i]->occursMax; k++) {
@@ -213,7 +213,7 @@ Text Emitter::functionText(const Expr *e)
     if (own) {
         Loc loc;
         if (!callFunction(e, loc)) return t;
-        put(cat(result.address, " = ", loc.address, "; ", result.length, " = ", loc.length, ";\n"));
+        put(result.address, " = ", loc.address, "; ", result.length, " = ", loc.length, ";\n");
         result.fixed = loc.fixed;
     } else {
         bool (Emitter::*call)(const FunctionCall &, FunctionText &) = nullptr;
@@ -232,8 +232,8 @@ Text Emitter::functionText(const Expr *e)
     if (e->ref) {
         std::string from = integer(e->ref->from);
         std::string size = e->ref->length ? integer(e->ref->length) : "0";
-        put(cat(emits(Do::FunctionPart, Of::Varying), "(&", result.address, ", &", result.length, ", ", from, ", ",
-                size, ");\n"));
+        put(emits(Do::FunctionPart, Of::Varying), "(&", result.address, ", &", result.length, ", ", from, ", ", size,
+            ");\n");
         t.length = result.length;
         t.fixed = -1;
     }

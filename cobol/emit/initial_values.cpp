@@ -151,15 +151,15 @@ void Emitter::initialValues(Program &p)
                 loc.address = cat("(", base, " + ", op.offset, ")");
                 move(op.edited->values[0].from, loc);
                 std::string moved = std::move(code_);
-                before += cat("{ ", insertions_[blocks_.back()].text, moved, "}\n");
+                before += joined("{ ", insertions_[blocks_.back()].text, moved, "}\n");
                 insertions_.pop_back();
                 blocks_.pop_back();
                 code_.swap(before);
                 continue;
             }
             if (op.count) {
-                put(cat(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count,
-                        ");\n"));
+                put(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count,
+                    ");\n");
                 continue;
             }
             // Long runs of one character are filled; the rest is copied.
@@ -183,8 +183,8 @@ void Emitter::initialValues(Program &p)
                 if (j < bytes.size()) {
                     size_t run = j;
                     while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                    put(cat("memset(", base, " + ", op.offset + j, ", ",
-                            static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n"));
+                    put("memset(", base, " + ", op.offset + j, ", ",
+                        static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n");
                     j = run;
                 }
                 i = j;
@@ -200,20 +200,20 @@ void Emitter::initialValues(Program &p)
         for (const File *f : p.files) {
             if (f->external || f->records.empty()) continue;
             uint32_t room = recordRoom(p, *f);
-            if (room > f->records[0]->size) put(cat("memset(F", f->number, "->record, 32, ", room, ");\n"));
+            if (room > f->records[0]->size) put("memset(F", f->number, "->record, 32, ", room, ");\n");
             begin(f->records[0]);
         }
     };
-    put(cat("static void p", p.number, "_initialize(void)\n{\n"));
+    put("static void p", p.number, "_initialize(void)\n{\n");
     recordAreas();
     records(Item::WorkingStorage);
-    for (Item *index : p.indexNames) put(cat("X", index->number, " = 1;\n"));
-    put(cat("p", p.number, "_returnCode = 0;\np", p.number, "_tally = 0;\np", p.number, "_sortReturn = 0;\n"));
+    for (Item *index : p.indexNames) put("X", index->number, " = 1;\n");
+    put("p", p.number, "_returnCode = 0;\np", p.number, "_tally = 0;\np", p.number, "_sortReturn = 0;\n");
     bool altered = false;
     for (const Procedure &procedure : p.procedures) altered |= procedure.altered;
-    if (altered) put(cat("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n"));
+    if (altered) put("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n");
     put("}\n");
-    put(cat("static void p", p.number, "_initialize_local(void)\n{\n"));
+    put("static void p", p.number, "_initialize_local(void)\n{\n");
     records(Item::LocalStorage);
     put("}\n");
 }

@@ -49,7 +49,7 @@ void Emitter::initializeOne(const Loc &loc, const Item &item, const InitializeSt
         space->op = K_SPACE;
         move(space, loc);
     } else {
-        put(cat("memset(", loc.address, ", ' ', ", loc.length, ");\n"));
+        put("memset(", loc.address, ", ' ', ", loc.length, ");\n");
     }
 }
 
@@ -65,7 +65,7 @@ void Emitter::initialize(const Loc &target, const Item &item, const InitializeSt
         if (!child->name && child->elementary() && !s.withFiller) continue;
         if (child->occurs) {
             std::string i = temp("int64_t");
-            put(cat("for (", i, " = 0; ", i, " < ", currentCount(*child), "; ", i, "++) {\n"));
+            put("for (", i, " = 0; ", i, " < ", currentCount(*child), "; ", i, "++) {\n");
             std::string inner = cat(displacement, " + ", i, " * ", child->size);
             initialize(locateItem(*child, inner, true), *child, s, inner);
             put("}\n");
@@ -82,7 +82,7 @@ void Emitter::initializeStatement(const InitializeStatement &s)
         if (!loc.good()) continue;
         if (loc.refmod || loc.item->elementary()) {
             if (loc.refmod) {
-                put(cat("memset(", loc.address, ", ' ', ", loc.length, ");\n"));
+                put("memset(", loc.address, ", ' ', ", loc.length, ");\n");
             } else {
                 initializeOne(loc, *loc.item, s);
             }
@@ -93,7 +93,7 @@ void Emitter::initializeStatement(const InitializeStatement &s)
             if (a->occurs) tables.insert(tables.begin(), a);
         std::string displacement;
         for (size_t i = 0; i < tables.size() && i < ref->subscripts.size(); i++)
-            displacement += cat(" + (", subscript(ref->subscripts[i]), " - 1) * ", tables[i]->size);
+            displacement += joined(" + (", subscript(ref->subscripts[i]), " - 1) * ", tables[i]->size);
         initialize(loc, *loc.item, s, displacement);
     }
 }

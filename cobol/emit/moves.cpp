@@ -21,39 +21,38 @@ void Emitter::moveText(const Text &source, const Loc &target)
     if (!source.good || !target.good()) return;
     bool right = target.item && target.item->justified && !target.refmod;
     if (source.kind == Text::Figurative) {
-        put(cat(emits(Do::MoveBytes, Of::Figurative, Of::Text), "(", target.address, ", ",
-                static_cast<int>(source.fill), ", ", target.length, ");\n"));
+        put(emits(Do::MoveBytes, Of::Figurative, Of::Text), "(", target.address, ", ", static_cast<int>(source.fill),
+            ", ", target.length, ");\n");
         return;
     }
     if (source.kind == Text::All) {
-        put(cat(emits(Do::MoveBytes, Of::AllLiteral, Of::Text), "(", target.address, ", ", target.length, ", ",
-                source.address, ", ", source.length, ");\n"));
+        put(emits(Do::MoveBytes, Of::AllLiteral, Of::Text), "(", target.address, ", ", target.length, ", ",
+            source.address, ", ", source.length, ");\n");
         return;
     }
     if (source.fixed >= 0 && target.fixed >= 0) {
         int64_t n = std::min(source.fixed, target.fixed), pad = target.fixed - n;
-        const char *copy = source.isLiteral ? "memcpy" : emits(Do::MoveBytes, Of::Text, Of::Text);
+        const std::string_view copy = source.isLiteral ? "memcpy" : emits(Do::MoveBytes, Of::Text, Of::Text);
         std::string to = target.address, from = source.address;
         if (right) {
             if (n)
-                put(cat(copy, "(", to, pad ? cat(" + ", pad) : "", ", ", from,
-                        source.fixed > n ? cat(" + ", source.fixed - n) : "", ", ", n, ");\n"));
-            if (pad) put(cat("memset(", to, ", ' ', ", pad, ");\n"));
+                put(copy, "(", to, pad ? cat(" + ", pad) : "", ", ", from,
+                    source.fixed > n ? cat(" + ", source.fixed - n) : "", ", ", n, ");\n");
+            if (pad) put("memset(", to, ", ' ', ", pad, ");\n");
             return;
         }
         if (source.isLiteral && target.fixed <= 64) {
             std::string bytes =
                 source.bytes.substr(0, static_cast<size_t>(n)) + std::string(static_cast<size_t>(pad), ' ');
-            put(cat("memcpy(", to, ", ", bytesLiteral(bytes), ", ", target.fixed, ");\n"));
+            put("memcpy(", to, ", ", bytesLiteral(bytes), ", ", target.fixed, ");\n");
             return;
         }
-        if (n) put(cat(copy, "(", to, ", ", from, ", ", n, ");\n"));
-        if (pad) put(cat("memset(", to, n ? cat(" + ", n) : "", ", ' ', ", pad, ");\n"));
+        if (n) put(copy, "(", to, ", ", from, ", ", n, ");\n");
+        if (pad) put("memset(", to, n ? cat(" + ", n) : "", ", ' ', ", pad, ");\n");
         return;
     }
-    put(cat(emits(Do::MoveBytes, Of::Varying, Of::Varying), "(", target.address, ", ",
-            right ? "-(int32_t)" : "(int32_t)", target.length, ", ", source.address, ", (int32_t)", source.length,
-            ");\n"));
+    put(emits(Do::MoveBytes, Of::Varying, Of::Varying), "(", target.address, ", ", right ? "-(int32_t)" : "(int32_t)",
+        target.length, ", ", source.address, ", (int32_t)", source.length, ");\n");
 }
 
 // From text to an alphanumeric-edited item.
@@ -67,9 +66,9 @@ static std::string editedRecord(const Item &item, const std::string &name, bool 
                         static_cast<char>('0' + (static_cast<unsigned char>(c) & 7)), 0};
         bytes += code;
     }
-    globals += cat("static const struct { int16_t length; uint8_t repeat, picture[", picture.size(),
-                   "]; } __attribute__((packed)) ", name, " = {", picture.size(), ", ", repeat ? 1 : 0, ", \"", bytes,
-                   "\"};\n");
+    globals += joined("static const struct { int16_t length; uint8_t repeat, picture[", picture.size(),
+                      "]; } __attribute__((packed)) ", name, " = {", picture.size(), ", ", repeat ? 1 : 0, ", \"",
+                      bytes, "\"};\n");
     return cat("(const AlphaEditRecord *)&", name);
 }
 
@@ -103,7 +102,7 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
             from.picture.scale == to.picture.scale && from.picture.sign == to.picture.sign &&
             from.signForm == to.signForm && from.size == to.size && !from.isIndexName && !to.isIndexName &&
             (from.usage != Usage::Display || from.picture.sign)) {
-            put(cat("memmove(", target.address, ", ", source.address, ", ", from.size, ");\n"));
+            put("memmove(", target.address, ", ", source.address, ", ", from.size, ");\n");
             return;
         }
         bool characters = plainFrom || (from.category != Category::NumericEdited && !numericFrom &&
@@ -116,12 +115,12 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
         t = textOf(source); // its digits, and whatever else it may hold
     } else if (numericFrom) {
         Num n = itemNumber(source);
-        if (n.kind == Num::Float) n = scaleTo(n, 0, false);
-        n = toPacked(n);
+        if (n.kind == Num::Float) n = scaleTo(std::move(n), 0, false);
+        n = toPacked(std::move(n));
         int digits = from.picture.digits;
         if (n.scale < 0) {
             digits -= n.scale;
-            n = scaleUp(n, 0);
+            n = scaleUp(std::move(n), 0);
         }
         std::string buffer = tempBytes(digits + 1);
         t.address = cat(emits(Do::ToDigits, Of::Packed), "(", n.text, ", ", buffer, ", ", digits, ", ", n.digits, ")");
@@ -132,8 +131,8 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
     }
     if (to.category == Category::AlphanumericEdited && !target.refmod) {
         std::string record = editedRecord(to, cat("P", ++constants_), false, globals_);
-        put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
-                target.address, ");\n"));
+        put(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
+            target.address, ");\n");
         return;
     }
     moveText(t, target);
@@ -146,16 +145,16 @@ Loc Emitter::pinned(Loc loc, bool copy)
     if (!loc.good() || loc.item->isIndexName) return loc;
     if (copy && loc.fixed >= 0 && loc.fixed <= 1 << 16) {
         std::string t = tempBytes(loc.fixed);
-        put(cat("memcpy(", t, ", ", loc.address, ", ", loc.fixed, ");\n"));
+        put("memcpy(", t, ", ", loc.address, ", ", loc.fixed, ");\n");
         loc.address = t;
         return loc;
     }
     std::string t = temp("uint8_t *");
-    put(cat(t, " = ", loc.address, ";\n"));
+    put(t, " = ", loc.address, ";\n");
     loc.address = t;
     if (loc.fixed < 0) {
         std::string length = temp("int64_t");
-        put(cat(length, " = ", loc.length, ";\n"));
+        put(length, " = ", loc.length, ";\n");
         loc.length = length;
     }
     return loc;
@@ -170,8 +169,8 @@ void Emitter::moveFrom(const Expr *source, const Loc &from, const Loc &target)
     if (!plainTo && to.category == Category::Pointer) {
         if (from.item->category != Category::Pointer && from.item->category != Category::Group)
             error(source->at, "a pointer is needed here");
-        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", (int64_t)",
-                emits(Do::Load, Of::Pointer), "(", from.address, "));\n"));
+        put(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", (int64_t)",
+            emits(Do::Load, Of::Pointer), "(", from.address, "));\n");
         return;
     }
     bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
@@ -210,98 +209,94 @@ static bool typedNumber(std::string text, char point, Decimal &out)
     return true;
 }
 
+// Text that is no item, a literal or a figurative constant, to a number.
+void Emitter::moveTextToNumber(const Expr *source, const Loc &target)
+{
+    Text t = text(source);
+    if (!t.good) return;
+    const Item &to = *target.item;
+    if (t.kind != Text::Bytes) {
+        const bool figurative = t.kind == Text::Figurative;
+        const bool characters = (to.category == Category::NumericEdited && t.fill == ' ') ||
+                                (to.category == Category::Numeric && to.usage == Usage::Display);
+        if (figurative && characters) { // SPACES and the like: the characters themselves
+            const std::string fill =
+                t.fill == ' ' && to.category == Category::NumericEdited ? "' '" : cat(static_cast<int>(t.fill));
+            put("memset(", target.address, ", ", fill, ", ", target.length, ");\n");
+            return;
+        }
+        const bool digit = t.fill >= '0' && t.fill <= '9';
+        if (figurative && !digit &&
+            (to.usage == Usage::Packed || to.usage == Usage::Binary || to.usage == Usage::Native))
+            return error(source->at, "this figurative constant cannot be moved to a numeric item");
+        t = repeatedDigits(t, to.picture.digits);
+    }
+    if (!t.isLiteral) return store(textNumber(t, placesOf(to)), target, false, "");
+
+    Decimal typed;
+    if (t.bytes.find_first_not_of("0123456789") != std::string::npos)
+        meaning_.warning("move", source->at, "this literal has characters that are no digits");
+    if (!typedNumber(t.bytes, program_->commaIsPoint ? ',' : '.', typed)) {
+        std::string digits;
+        for (char c : t.bytes) digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
+        if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
+        typed = decimalOf(digits, false);
+    }
+    store(literalNumber(typed), target, false, "");
+}
+
+// ALL "12" to a number: as many characters as it has digits.
+Text Emitter::repeatedDigits(const Text &all, int count)
+{
+    std::string digits;
+    while (static_cast<int>(digits.size()) < count) digits += all.bytes;
+    digits.resize(static_cast<size_t>(count));
+    Text t;
+    t.isLiteral = true;
+    t.fixed = count;
+    t.length = cat(count);
+    t.address = constantBytes(digits);
+    t.bytes = std::move(digits);
+    return t;
+}
+
+void Emitter::moveToPointer(const Expr *source, const Loc &target)
+{
+    std::string value = "0";
+    if (source->kind == ExprKind::Reference) return moveFrom(source, locate(*source->ref), target);
+    if (source->kind == ExprKind::AddressOf)
+        value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
+    else if (source->kind != ExprKind::Figurative || source->op != K_NULL)
+        error(source->at, "a pointer is needed here");
+    put(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", ", value, ");\n");
+}
+
 void Emitter::move(const Expr *source, const Loc &target)
 {
     if (!target.good()) return;
     source = constant(source);
     const Item &to = *target.item;
-    bool plainTo = target.refmod || to.category == Category::Group;
-    if (!plainTo && to.category == Category::Pointer) {
-        std::string value = "0";
-        if (source->kind == ExprKind::Figurative && source->op == K_NULL)
-            value = "0";
-        else if (source->kind == ExprKind::AddressOf)
-            value = cat("(int64_t)(intptr_t)", locate(*source->ref).address);
-        else if (source->kind == ExprKind::Reference) {
-            moveFrom(source, locate(*source->ref), target);
-            return;
-        } else
-            error(source->at, "a pointer is needed here");
-        put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", target.address, ", ", value, ");\n"));
-        return;
-    }
-    bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
-    if (source->kind == ExprKind::Reference && meaning_.resolve(*program_, *source->ref, true)) {
-        moveFrom(source, locate(*source->ref), target);
-        return;
-    }
-    if (source->kind == ExprKind::Reference && meaning_.symbolic(*program_, source->ref->names[0]) < 0) {
-        meaning_.resolve(*program_, *source->ref); // tells that it is not declared
-        return;
-    }
-    bool numericFrom = source->kind == ExprKind::Number || source->kind == ExprKind::Negate ||
-                       source->kind == ExprKind::Arithmetic || source->kind == ExprKind::LengthOf ||
-                       (source->kind == ExprKind::Function && functionIsNumeric(source)) ||
-                       (source->kind == ExprKind::Figurative && source->op == K_ZERO);
-    if (numericTo) {
-        if (numericFrom) {
-            store(number(source, std::max(to.picture.scale, 0)), target, false, "");
+    const bool plainTo = target.refmod || to.category == Category::Group;
+    if (!plainTo && to.category == Category::Pointer) return moveToPointer(source, target);
+    if (source->kind == ExprKind::Reference) {
+        if (meaning_.resolve(*program_, *source->ref, true)) return moveFrom(source, locate(*source->ref), target);
+        if (meaning_.symbolic(*program_, source->ref->names[0]) < 0) {
+            meaning_.resolve(*program_, *source->ref); // tells that it is not declared
             return;
         }
-        Text t = text(source);
-        if (!t.good) return;
-        if (t.kind != Text::Bytes) {
-            if (to.category == Category::NumericEdited && t.kind == Text::Figurative && t.fill == ' ') {
-                put(cat("memset(", target.address, ", ' ', ", target.length, ");\n"));
-                return;
-            }
-            if (to.category == Category::Numeric && to.usage == Usage::Display && t.kind == Text::Figurative) {
-                // SPACES and the like to a number: the characters themselves.
-                put(cat("memset(", target.address, ", ", static_cast<int>(t.fill), ", ", target.length, ");\n"));
-                return;
-            }
-            if (t.kind == Text::Figurative && (t.fill < '0' || t.fill > '9')) {
-                if (to.usage == Usage::Packed || to.usage == Usage::Binary || to.usage == Usage::Native) {
-                    error(source->at, "this figurative constant cannot be moved to a numeric item");
-                    return;
-                }
-            }
-            // ALL "12": as many characters as the item has digits.
-            std::string digits;
-            int want = to.picture.digits;
-            while (static_cast<int>(digits.size()) < want) digits += t.bytes;
-            digits.resize(static_cast<size_t>(want));
-            t = Text{};
-            t.bytes = digits;
-            t.isLiteral = true;
-            t.fixed = want;
-            t.length = cat(want);
-            t.address = constantBytes(digits);
-        }
-        Num n;
-        if (t.isLiteral) {
-            std::string digits;
-            Decimal typed;
-            if (t.bytes.find_first_not_of("0123456789") != std::string::npos)
-                meaning_.warning("move", source->at, "this literal has characters that are no digits");
-            if (typedNumber(t.bytes, program_->commaIsPoint ? ',' : '.', typed)) {
-                store(literalNumber(typed), target, false, "");
-                return;
-            }
-            for (char c : t.bytes) {
-                digits += static_cast<char>('0' + (static_cast<unsigned char>(c) & 15) % 10);
-            }
-            if (digits.size() > 38) digits = digits.substr(digits.size() - 38);
-            n = literalNumber(decimalOf(digits, false));
-        } else {
-            n = textNumber(t, placesOf(to));
-        }
-        store(n, target, false, "");
-        return;
     }
-    Text t = text(source);
-    if (!t.good) return;
-    moveCharacters(t, target);
+
+    const bool numericTo = !plainTo && (isNumericItem(to) || to.category == Category::NumericEdited);
+    const bool numericFrom = source->kind == ExprKind::Number || source->kind == ExprKind::Negate ||
+                             source->kind == ExprKind::Arithmetic || source->kind == ExprKind::LengthOf ||
+                             (source->kind == ExprKind::Function && functionIsNumeric(source)) ||
+                             (source->kind == ExprKind::Figurative && source->op == K_ZERO);
+    if (numericTo && numericFrom)
+        store(number(source, std::max(to.picture.scale, 0)), target, false, "");
+    else if (numericTo)
+        moveTextToNumber(source, target);
+    else if (Text t = text(source); t.good)
+        moveCharacters(t, target);
 }
 
 // Characters as a number: an integer if they are digits, else what somebody typed.
@@ -327,8 +322,8 @@ void Emitter::moveCharacters(const Text &t, const Loc &target)
         store(textNumber(t, placesOf(to)), target, false, "");
     } else if (!plainTo && to.category == Category::AlphanumericEdited) {
         std::string record = editedRecord(to, cat("P", ++constants_), t.kind != Text::Bytes, globals_);
-        put(cat(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
-                target.address, ");\n"));
+        put(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
+            target.address, ");\n");
     } else {
         moveText(t, target);
     }
@@ -367,7 +362,7 @@ Loc Emitter::member(const Reference &ref, const Item &group, const Item &item, b
         if (a->occurs) tables.insert(tables.begin(), a);
     std::string displacement;
     for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
-        displacement += cat(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
+        displacement += joined(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
     return locateItem(item, displacement, receiving);
 }
 

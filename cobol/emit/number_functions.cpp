@@ -15,7 +15,7 @@ Num Emitter::absolute(const FunctionCall &f)
     if (n.kind == Num::Float) return floatNumber(cat(emits(Do::Absolute, Of::Float), "(", n.text, ")"));
     if (n.kind == Num::Int) {
         n.text = cat(n.wide() ? emits(Do::Absolute, Of::Wide) : emits(Do::Absolute, Of::Integer), "(", n.text, ")");
-        n.literal = false;
+        n.literal = nullptr;
         n.isSigned = false;
         return n;
     }
@@ -49,19 +49,19 @@ Num Emitter::integerPart(const FunctionCall &f)
             return scaleTo(
                 floatNumber(cat(emitsFunction(f.name), "(", emits(Do::Settle, Of::Float), "(", n.text, "))")), 0,
                 false);
-        n = scaleTo(n, 9, false);
+        n = scaleTo(std::move(n), 9, false);
     }
     if (n.scale <= 0) {
         if (f.name != "FRACTION-PART") return scaleUp(n, 0);
         return integerNumber("0LL", 1);
     }
-    n = keep(n, false);
+    n = keep(std::move(n), false);
     Num part = scaleTo(n, 0, false);
     if (f.name == "INTEGER-PART") return part;
     if (f.name == "FRACTION-PART") return add(n, part, true);
     // The greatest integer not above: one less where a fraction of a negative number was cut.
-    part = toInt(part);
-    part = keep(part, false);
+    part = toInt(std::move(part));
+    part = keep(std::move(part), false);
     std::string below = compareNumbers(n, part, '<');
     int digits = std::min(part.digits + 1, kMostInt);
     return integerNumber(cat("(", digits > 18 && !part.wide() ? "(__int128)" : "", part.text, " - ", below, ")"),
@@ -76,7 +76,7 @@ Num Emitter::remainder(const FunctionCall &f)
     if (a.kind == Num::Float || b.kind == Num::Float) {
         if (f.name == "REM")
             return floatNumber(cat(emitsFunction(f.name, Of::Float), "(", toFloat(a).text, ", ", toFloat(b).text, ")"));
-        a = scaleTo(a, 0, false), b = scaleTo(b, 0, false);
+        a = scaleTo(std::move(a), 0, false), b = scaleTo(std::move(b), 0, false);
     }
     int scale = std::max({a.scale, b.scale, 0});
     a = toInt(scaleUp(a, scale)), b = toInt(scaleUp(b, scale));
@@ -129,7 +129,7 @@ Num Emitter::factorial(const FunctionCall &f)
     bool small = a->kind == ExprKind::Number ? a->text.size() == 1
                                              : item && item->usage == Usage::Display && item->picture.digits == 1;
     if (!small) return n;
-    n = toInt(n);
+    n = toInt(std::move(n));
     n.text = cat("(int64_t)", n.text);
     n.digits = 6;
     return n;
@@ -142,7 +142,7 @@ Num Emitter::floatFunction(const FunctionCall &f)
 }
 
 // PI, E
-Num Emitter::floatConstant(const FunctionCall &f) { return floatNumber(emitsFunction(f.name)); }
+Num Emitter::floatConstant(const FunctionCall &f) { return floatNumber(std::string(emitsFunction(f.name))); }
 
 Num Emitter::annuity(const FunctionCall &f)
 {

@@ -58,8 +58,7 @@ Num Emitter::literalNumber(const Decimal &value)
         n = floatNumber(cat(value.negative ? "-" : "", value.digits, "e", value.exponent - value.scale));
         return n;
     }
-    n.literal = true;
-    n.value = value;
+    n.literal = new Decimal(value);
     n.digits = std::max<int>(static_cast<int>(value.digits.size()), 1);
     n.scale = value.scale;
     n.isSigned = value.negative;
@@ -75,11 +74,11 @@ Num Emitter::literalNumber(const Decimal &value)
         if (high.size() > 18) {
             std::string higher = high.substr(0, high.size() - 18), middle = high.substr(high.size() - 18);
             middle.erase(0, std::min(middle.find_first_not_of('0'), middle.size() - 1));
-            n.text += cat("((__int128)", higher, "LL * 1000000000000000000LL + ", middle, "LL)");
+            n.text += joined("((__int128)", higher, "LL * 1000000000000000000LL + ", middle, "LL)");
         } else {
-            n.text += cat(high, "LL");
+            n.text += joined(high, "LL");
         }
-        n.text += cat(" * 1000000000000000000LL + ", low, "LL))");
+        n.text += joined(" * 1000000000000000000LL + ", low, "LL))");
     } else {
         n.kind = Num::Packed;
         n.digits = std::min(n.digits, kMostPacked);
@@ -99,14 +98,14 @@ Num Emitter::add(Num a, Num b, bool minus)
                                minus ? emits(Do::Subtract, Of::Float, Of::Float) : emits(Do::Add, Of::Float, Of::Float),
                                "(", b.text, "))"));
     }
-    if (a.text.size() > kLongText) a = keep(a, true);
+    if (a.text.size() > kLongText) a = keep(std::move(a), true);
     int scale = std::max(a.scale, b.scale);
     int whole = std::max(a.digits - a.scale, b.digits - b.scale);
     int digits = whole + scale + 1;
     bool packed = (a.kind == Num::Packed || b.kind == Num::Packed) &&
                   !(a.kind == Num::Int && !a.literal && b.digits <= 18 && digits <= kMostInt && false);
     if (!packed && digits <= kMostInt) {
-        a = scaleUp(a, scale), b = scaleUp(b, scale);
+        a = scaleUp(std::move(a), scale), b = scaleUp(std::move(b), scale);
         if (a.kind == Num::Int && b.kind == Num::Int) {
             Num n = integerNumber("", digits);
             n.most = a.most && b.most ? a.most + b.most : 0;
@@ -127,25 +126,30 @@ Num Emitter::add(Num a, Num b, bool minus)
     }
     a = toPacked(a.scale > scale ? scaleTo(a, scale, false) : scaleUp(toPacked(a), scale));
     b = toPacked(b.scale > scale ? scaleTo(b, scale, false) : scaleUp(toPacked(b), scale));
-    if (minus) b = negate(b);
+    if (minus) b = negate(std::move(b));
     std::string t = tempBytes(digits / 2 + 1);
     Num n;
     n.kind = Num::Packed;
     n.digits = digits;
     n.scale = scale;
-    n.cut = cat(minus ? emits(Do::Subtract, Of::Packed, Of::Packed) : emits(Do::Add, Of::Packed, Of::Packed), "(",
-                a.text, ", ", b.text, ", ", t, ", @, ", b.digits, ", ", a.digits, ")");
-    n.text = n.cut;
-    n.text.replace(n.text.rfind('@'), 1, std::to_string(digits));
-    n.cutOf = n.text;
+    n.cut = new std::string(
+        cat(minus ? emits(Do::Subtract, Of::Packed, Of::Packed) : emits(Do::Add, Of::Packed, Of::Packed), "(", a.text,
+            ", ", b.text, ", ", t, ", @, ", b.digits, ", ", a.digits, ")"));
+    n.text = n.cutTo(digits);
     return n;
+}
+
+std::string Num::cutTo(int places) const
+{
+    const size_t at = cut->rfind('@');
+    return cat(std::string_view(*cut).substr(0, at), places, std::string_view(*cut).substr(at + 1));
 }
 
 Num Emitter::negate(Num a)
 {
     if (!a.good()) return a;
     if (a.literal) {
-        Decimal d = a.value;
+        Decimal d = *a.literal;
         if (!d.isZero()) d.negative = !d.negative;
         bool packed = a.kind == Num::Packed;
         Num n = literalNumber(d);
@@ -170,7 +174,7 @@ Num Emitter::multiply(Num a, Num b)
         bothFloat(a, b);
         return floatNumber(cat("(", a.text, emits(Do::Multiply, Of::Float, Of::Float), b.text, ")"));
     }
-    if (a.text.size() > kLongText) a = keep(a, true);
+    if (a.text.size() > kLongText) a = keep(std::move(a), true);
     int digits = a.digits + b.digits, scale = a.scale + b.scale;
     if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
         Num n = integerNumber("", digits);
@@ -189,7 +193,7 @@ Num Emitter::multiply(Num a, Num b)
         int half = std::max(1, std::min(cut, std::max(1, longer.digits - kMostPacked / 2)));
         longer = scaleTo(longer, longer.scale - half, false);
     }
-    a = toPacked(a), b = toPacked(b);
+    a = toPacked(std::move(a)), b = toPacked(std::move(b));
     digits = std::min(a.digits + b.digits, kMostPacked);
     scale = a.scale + b.scale;
     std::string t = tempBytes(digits / 2 + 1);
@@ -206,7 +210,7 @@ std::string Emitter::zeroFlag()
 {
     if (zeroFlag_.empty()) {
         zeroFlag_ = temp("int");
-        insertions_[blocks_.back()].text += cat(zeroFlag_, " = 0; ");
+        insertions_[blocks_.back()].text += joined(zeroFlag_, " = 0; ");
     }
     return zeroFlag_;
 }
@@ -247,7 +251,7 @@ Num Emitter::divide(Num a, Num b, int scale)
         scale -= cut;
         digits = std::min(a.digits + k, kMostPacked);
     }
-    a = toPacked(a), b = toPacked(b);
+    a = toPacked(std::move(a)), b = toPacked(std::move(b));
     int aScale = a.scale;
     a = scaleUp(a, aScale + k);
     std::string t = tempBytes(digits / 2 + 1);
@@ -295,7 +299,7 @@ Num Emitter::power(Num a, Num b, const Expr *exponent)
         d.digits.size() <= 3) {
         int n = std::atoi(d.digits.c_str());
         if (n == 0) {
-            if (a.literal && !a.value.isZero()) return integerNumber("1LL", 1);
+            if (a.literal && !a.literal->isZero()) return integerNumber("1LL", 1);
             Decimal zero;
             zero.digits = "0";
             std::string test = compareNumbers(a, literalNumber(zero), '=');
@@ -303,7 +307,7 @@ Num Emitter::power(Num a, Num b, const Expr *exponent)
         }
         if (n == 1) return a;
         Decimal exact;
-        if (a.literal && literalPower(a.value, n, exact)) return literalNumber(exact);
+        if (a.literal && literalPower(*a.literal, n, exact)) return literalNumber(exact);
         if (a.digits * n <= kMostPacked) {
             Num base = keep(a, false), result = base;
             for (int i = 1; i < n; i++) result = multiply(result, base);
@@ -398,7 +402,7 @@ Num Emitter::number(const Expr *e, int wantScale)
 std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
 {
     if (!a.good() || !b.good()) return "0";
-    const char *sign = emitsFor(relationOf(op), Of::Integer, Of::Integer);
+    const std::string_view sign = emitsFor(relationOf(op), Of::Integer, Of::Integer);
     if (a.kind == Num::Float || b.kind == Num::Float) {
         bothFloat(a, b);
         return cat("(", emits(Do::Compare, Of::Float, Of::Float), "(", a.text, ", ", b.text, ") ", sign, " 0)");
@@ -406,13 +410,13 @@ std::string Emitter::compareNumbers(Num a, Num b, uint32_t op)
     int scale = std::max(a.scale, b.scale);
     if ((a.kind == Num::Int && b.kind == Num::Int) &&
         std::max(a.digits - a.scale, b.digits - b.scale) + scale <= kMostInt) {
-        a = scaleUp(a, scale), b = scaleUp(b, scale);
+        a = scaleUp(std::move(a), scale), b = scaleUp(std::move(b), scale);
         return cat("(", a.text, " ", sign, " ", b.text, ")");
     }
-    if (b.literal && b.value.isZero() && a.kind == Num::Packed && (op == '=' || op == kNotEqual))
+    if (b.literal && b.literal->isZero() && a.kind == Num::Packed && (op == '=' || op == kNotEqual))
         return cat("(", op == '=' ? "" : "!", emits(Do::IsZero, Of::Packed), "(", a.text, ", ", a.digits, "))");
-    a = toPacked(a), b = toPacked(b);
-    a = scaleUp(a, scale), b = scaleUp(b, scale);
+    a = toPacked(std::move(a)), b = toPacked(std::move(b));
+    a = scaleUp(std::move(a), scale), b = scaleUp(std::move(b), scale);
     return cat("(", emitsFor(relationOf(op), Of::Packed, Of::Packed), "(", a.text, ", ", b.text, ", ", b.digits, ", ",
                a.digits, "))");
 }

@@ -8,9 +8,9 @@ namespace kvrcob {
 void Emitter::prepare(const File &f)
 {
     verbBegins(f);
-    if (f.external) put(cat("F", f.number, "->index = ", f.index, ";\n"));
+    if (f.external) put("F", f.number, "->index = ", f.index, ";\n");
     if (f.external || (f.global && (program_ != f.program || !f.program->nested.empty())))
-        put(cat("F", f.number, "->useTable = ", useTable(*program_, f), ";\n"));
+        put("F", f.number, "->useTable = ", useTable(*program_, f), ";\n");
 }
 
 void Emitter::linageValues(const File &f)
@@ -19,7 +19,7 @@ void Emitter::linageValues(const File &f)
     const Expr *values[4] = {f.linage, f.footing, f.top, f.bottom};
     for (int i = 0; i < 4; i++) {
         if (!values[i]) continue;
-        put(cat("I", f.number, ".linage[", i, "].value = (uint32_t)", integer(values[i]), ";\n"));
+        put("I", f.number, ".linage[", i, "].value = (uint32_t)", integer(values[i]), ";\n");
     }
 }
 
@@ -38,8 +38,8 @@ void Emitter::assignment(const File &f)
     if (!item || item->isConstant || item->level == 88) return;
     Loc loc = locate(*f.assignItem);
     if (loc.good())
-        put(cat("I", f.number, ".fib.assignmentLength = ", emits(Do::Assignment, Of::Text), "(N", f.number, ", ",
-                loc.address, ", ", loc.length, ");\n"));
+        put("I", f.number, ".fib.assignmentLength = ", emits(Do::Assignment, Of::Text), "(N", f.number, ", ",
+            loc.address, ", ", loc.length, ");\n");
 }
 
 // A sequential file with records of one length may come from another system, as records or as lines
@@ -53,8 +53,8 @@ bool Emitter::mayBeGiven(const File &f)
 void Emitter::openGiven(const File &f, bool probe)
 {
     openGiven_ = true;
-    put(cat(emits(Do::OpenGiven), "(F", f.number, ", p", f.program->number, "_element, &I", f.number, ".fib, ",
-            probe ? 1 : 0, ");\n"));
+    put(emits(Do::OpenGiven), "(F", f.number, ", p", f.program->number, "_element, &I", f.number, ".fib, ",
+        probe ? 1 : 0, ");\n");
 }
 
 void Emitter::openStatement(const OpenStatement &s)
@@ -69,25 +69,25 @@ void Emitter::openStatement(const OpenStatement &s)
         if (part.reversed && (part.mode != K_INPUT || f->organization == K_RELATIVE || f->organization == K_INDEXED))
             error(part.at, "REVERSED goes with OPEN INPUT of a sequential file");
         linageValues(*f);
-        if (f->linage) put(cat(emits(Do::LinageOpen), "(&I", f->number, ".linage[0], &G", f->number, ");\n"));
+        if (f->linage) put(emits(Do::LinageOpen), "(&I", f->number, ".linage[0], &G", f->number, ");\n");
         assignment(*f);
         prepare(*f);
         if (f->program->openShares || program_->openShares) // each OPEN anew: what another one said is over
-            put(cat("I", f->number, ".fib.sharing = ", part.sharing || f->sharing || f->lockMode ? 1 : 0, "; I",
-                    f->number, ".fib.shareMode = ", shareMode(*f, part.sharing ? part.sharing : f->sharing), ";\n"));
+            put("I", f->number, ".fib.sharing = ", part.sharing || f->sharing || f->lockMode ? 1 : 0, "; I", f->number,
+                ".fib.shareMode = ", shareMode(*f, part.sharing ? part.sharing : f->sharing), ";\n");
         const char *mode = part.mode == K_INPUT    ? "ZVK_OPEN_INPUT"
                            : part.mode == K_OUTPUT ? "ZVK_OPEN_OUTPUT"
                            : part.mode == K_I_O    ? "ZVK_OPEN_IO"
                                                    : "ZVK_OPEN_EXTEND";
-        put(cat("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F",
-                f->number, "->statement = 0;\n"));
+        put("F", f->number, "->requestedMode = ", mode, part.noRewind ? " | ZVK_OPEN_STATUS_07" : "", "; F", f->number,
+            "->statement = 0;\n");
         if ((part.mode != K_OUTPUT || f->readable) && mayBeGiven(*f))
             openGiven(*f, false);
         else
-            put(cat("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n"));
+            put("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n");
         if (part.reversed) {
             reversed_ = true;
-            put(cat(emits(Do::OpenReversed), "(F", f->number, ", p", f->program->number, "_element);\n"));
+            put(emits(Do::OpenReversed), "(F", f->number, ", p", f->program->number, "_element);\n");
         }
         debugFile(*f, nullptr);
     }
@@ -106,15 +106,15 @@ void Emitter::closeStatement(const CloseStatement &s)
         if (part.reel) {
             // There are no reels: the statement is successful, with status 07, and the file stays
             // open.
-            put(cat(emits(Do::CloseReel), "(F", f->number, ", p", f->program->number, "_element);\n"));
+            put(emits(Do::CloseReel), "(F", f->number, ", p", f->program->number, "_element);\n");
             debugFile(*f, nullptr);
             continue;
         }
         // A CLOSE of a file that is not open leaves the lock of an earlier CLOSE as it is.
-        put(cat("F", f->number, "->closeOptions = F", f->number, "->mode ? ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
-                part.noRewind ? " | 0x0800" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F",
-                f->number, "->statement = 0;\n"));
-        put(cat("F", f->number, slot(emits(Do::Close)), "(F", f->number, ", p", f->program->number, "_element);\n"));
+        put("F", f->number, "->closeOptions = F", f->number, "->mode ? ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
+            part.noRewind ? " | 0x0800" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F", f->number,
+            "->statement = 0;\n");
+        put("F", f->number, slot(emits(Do::Close)), "(F", f->number, ", p", f->program->number, "_element);\n");
         debugFile(*f, nullptr);
     }
 }
@@ -133,8 +133,7 @@ void Emitter::deleteFile(const FileStatement &s)
         assignment(*f);
         prepare(*f);
         deleteFile_ = true;
-        put(cat(emits(Do::DeleteFile), "(F", f->number, ", p", f->program->number, "_element, &I", f->number,
-                ".fib);\n"));
+        put(emits(Do::DeleteFile), "(F", f->number, ", p", f->program->number, "_element, &I", f->number, ".fib);\n");
     }
 }
 

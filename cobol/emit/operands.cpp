@@ -9,19 +9,21 @@ namespace kvrcob {
 std::string Emitter::bytesLiteral(std::string_view bytes)
 {
     std::string out = "\"";
-    for (unsigned char c : bytes) {
-        if (c == '"' || c == '\\' || c == '?') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c >= 32 && c < 127) {
-            out += static_cast<char>(c);
-        } else {
-            char code[5] = {'\\', static_cast<char>('0' + (c >> 6)), static_cast<char>('0' + (c >> 3 & 7)),
-                            static_cast<char>('0' + (c & 7)), 0};
-            out += code;
-        }
+    size_t from = 0; // of the bytes that stand for themselves
+    for (size_t i = 0; i < bytes.size(); i++) {
+        const unsigned char c = static_cast<unsigned char>(bytes[i]);
+        const bool printable = c >= 32 && c < 127, marked = c == '"' || c == '\\' || c == '?';
+        if (printable && !marked) continue;
+        out.append(bytes, from, i - from);
+        from = i + 1;
+        if (marked)
+            out += joined('\\', bytes[i]);
+        else
+            out += joined('\\', c >> 6, c >> 3 & 7, c & 7);
     }
-    return out + "\"";
+    out.append(bytes, from);
+    out += '"';
+    return out;
 }
 
 std::string Emitter::constantBytes(std::string_view bytes) { return cat("(uint8_t *)(intptr_t)", bytesLiteral(bytes)); }
@@ -110,8 +112,8 @@ std::string Emitter::integer(const Expr *e)
         return cat(d.negative ? "-" : "", d.digits, "L");
     Num n = number(e, 0);
     if (!n.good()) return "0";
-    if (n.scale != 0 || n.kind == Num::Float) n = scaleTo(n, 0, false);
-    n = toInt(n);
+    if (n.scale != 0 || n.kind == Num::Float) n = scaleTo(std::move(n), 0, false);
+    n = toInt(std::move(n));
     return n.wide() ? cat("(int64_t)(", n.text, ")") : n.text;
 }
 
@@ -161,7 +163,7 @@ bool Emitter::displacement(const Reference &ref, const Item &item, std::string &
             index = cat(emits(Do::CheckSubscript, Of::Integer), "(", index, ", ", currentCount(table), ", ",
                         bytesLiteral(wordText(ref.names[0])), ", ",
                         bytesLiteral(sources()[group_.spot(ref.at).file].path), ", ", group_.spot(ref.at).line, ")");
-        out += cat(" + (", index, " - 1) * ", table.size);
+        out += joined(" + (", index, " - 1) * ", table.size);
     }
     if (known) out = cat(" + ", known, out);
     return true;
@@ -253,7 +255,8 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     if (!displacement(ref, *item, away)) return Loc{};
     Loc loc = locateItem(*item, away, receiving);
     if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
-    return ref.refmod ? partOf(ref, loc) : loc;
+    if (ref.refmod) return partOf(ref, loc);
+    return loc;
 }
 
 Text Emitter::textOf(const Loc &loc)

@@ -41,19 +41,19 @@ void Emitter::paragraph(size_t index)
     Procedure &procedure = p.procedures[index];
     procedure_ = index;
     if (procedure.segment >= 50 && index > 0 && p.procedures[index - 1].segment != procedure.segment)
-        put(cat("kvr_segment_", p.number, "(", procedure.segment, ");\n"));
+        put("kvr_segment_", p.number, "(", procedure.segment, ");\n");
     line(procedure.at);
-    put(cat("p", index, ": __attribute__((unused));\n"));
+    put("p", index, ": __attribute__((unused));\n");
     debugProcedure(index);
     sentenceEndUsed_ = paragraphEndUsed_ = false;
     for (const Sentence &sentence : procedure.sentences) {
         sentenceEnd_ = label();
         sentenceEndUsed_ = false;
         block(sentence.statements);
-        if (sentenceEndUsed_) put(cat(sentenceEnd_, ": ;\n"));
+        if (sentenceEndUsed_) put(sentenceEnd_, ": ;\n");
     }
     flow_.endsAway[index] = !sentenceEndUsed_ && !paragraphEndUsed_ && goesAway(p, procedure);
-    if (paragraphEndUsed_) put(cat("e", index, ": ;\n"));
+    if (paragraphEndUsed_) put("e", index, ": ;\n");
     if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
         debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
     if (!procedure.isSection) insertions_.push_back({code_.size(), Insertion::Return, index, ""});
@@ -62,7 +62,7 @@ void Emitter::paragraph(size_t index)
     bool goesOn = index + 1 < p.procedures.size() && !p.procedures[index + 1].isSection &&
                   p.procedures[index + 1].section == section;
     if (section < 0 || goesOn) return;
-    put(cat("z", section, ": __attribute__((unused));\n"));
+    put("z", section, ": __attribute__((unused));\n");
     insertions_.push_back({code_.size(), Insertion::Return, static_cast<size_t>(section), ""});
 }
 
@@ -77,19 +77,19 @@ void Emitter::alterable(Program &p)
                             procedure.sentences[0].statements[0]->verb == K_GO &&
                             !static_cast<const GoStatement *>(procedure.sentences[0].statements[0])->depending;
         if (procedure.altered)
-            globals_ += cat("#define a", p.number, "_", procedure.number, " p", p.number, "_altered[", n++, "]\n");
+            globals_ += joined("#define a", p.number, "_", procedure.number, " p", p.number, "_altered[", n++, "]\n");
     }
     if (n == 0) {
-        globals_ += cat("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
+        globals_ += joined("#define kvr_segment_", p.number, "(segment) ((void)0)\n");
         return;
     }
-    globals_ += cat("static void *p", p.number, "_altered[", n, "];\nstatic void *const p", p.number, "_unaltered[", n,
-                    "];\nstatic const uint8_t p", p.number, "_segments[", n, "] = {");
+    globals_ += joined("static void *p", p.number, "_altered[", n, "];\nstatic void *const p", p.number, "_unaltered[",
+                       n, "];\nstatic const uint8_t p", p.number, "_segments[", n, "] = {");
     for (const Procedure &procedure : p.procedures)
-        if (procedure.altered) globals_ += cat(procedure.segment, ",");
+        if (procedure.altered) globals_ += joined(procedure.segment, ",");
     globals_ += "};\n";
-    globals_ += cat("#define kvr_segment_", p.number, "(segment) ", emits(Do::Segment), "((segment), ", n, ", p",
-                    p.number, "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
+    globals_ += joined("#define kvr_segment_", p.number, "(segment) ", emits(Do::Segment), "((segment), ", n, ", p",
+                       p.number, "_altered, p", p.number, "_unaltered, p", p.number, "_segments)\n");
 }
 
 // ---- Functions of their own
@@ -108,13 +108,10 @@ std::string Emitter::functionName(const Range &r) const
 void Emitter::chooseFunctions(Program &p)
 {
     ranges_.clear();
-    owners_.assign(p.procedures.size(), -1);
     bool segments =
         std::any_of(p.procedures.begin(), p.procedures.end(), [](const Procedure &q) { return q.segment >= 50; });
     if (!debugs_ && !programEndsSort() && !segments) ranges_ = rangesAsFunctions(p, flow_);
-    // Those inside others come after them.
-    for (size_t r = 0; r < ranges_.size(); r++)
-        for (size_t i = ranges_[r].first; i <= ranges_[r].last; i++) owners_[i] = static_cast<int>(r);
+    owners_ = ownersOf(p, ranges_);
 }
 
 // ---- Marks in the code
@@ -123,18 +120,21 @@ void Emitter::resolvePerform(const Flow::Perform &perform, std::string &out)
 {
     // Control is in a function of its own from its first paragraph on.
     int owner = owners_[perform.from];
-    if (owner >= 0 && owner != owners_[perform.in] && ranges_[static_cast<size_t>(owner)].first == perform.from &&
-        ranges_[static_cast<size_t>(owner)].end == perform.end) {
-        out += cat("if (", functionName(ranges_[static_cast<size_t>(owner)]), "(x, s, n)) goto leave;\n");
+    const Range *range = owner >= 0 && owner != owners_[perform.in] ? &ranges_[static_cast<size_t>(owner)] : nullptr;
+    if (range && range->first == perform.from && range->end == perform.end) {
+        out += joined(range->exits.empty() ? "if (" : "switch (", functionName(*range), "(x, s, n))");
+        if (!range->exits.empty()) out += " { case 0: break;";
+        for (size_t to : range->exits) out += joined(" case ", to + 2, ": goto p", to, ";");
+        out += range->exits.empty() ? " goto leave;\n" : " default: goto leave; }\n";
         return;
     }
     std::string cell = cat("x[", perform.end, "]"), saved = cat("s[", perform.site - firstSite_, "]");
     if (perform.circle)
-        out += cat(emits(Do::Circle), "(&performs, ", perform.site, ", ", cell, ");\n");
+        out += joined(emits(Do::Circle), "(&performs, ", perform.site, ", ", cell, ");\n");
     else
-        out += cat("if (", cell, " != ", perform.site, ") ", saved, " = ", cell, ";\n");
-    out += cat(cell, " = ", perform.site, ";\ngoto p", perform.from, ";\nr", perform.site, ": ", cell, " = ",
-               perform.circle ? cat(emits(Do::CircleEnd), "(&performs, ", perform.site, ")") : saved, ";\n");
+        out += joined("if (", cell, " != ", perform.site, ") ", saved, " = ", cell, ";\n");
+    out += joined(cell, " = ", perform.site, ";\ngoto p", perform.from, ";\nr", perform.site, ": ", cell, " = ",
+                  perform.circle ? cat(emits(Do::CircleEnd), "(&performs, ", perform.site, ")") : saved, ";\n");
 }
 
 void Emitter::resolveReturn(size_t procedure, std::string &out)
@@ -146,8 +146,8 @@ void Emitter::resolveReturn(size_t procedure, std::string &out)
     }
     const std::vector<uint32_t> &sites = program_->procedures[procedure].returns;
     if (sites.empty()) return;
-    out += cat("switch (x[", procedure, "]) {");
-    for (uint32_t site : sites) out += cat(" case ", site, ": goto r", site, ";");
+    out += joined("switch (x[", procedure, "]) {");
+    for (uint32_t site : sites) out += joined(" case ", site, ": goto r", site, ";");
     out += " }\n";
 }
 
@@ -155,12 +155,12 @@ void Emitter::resolveAltered(size_t procedure, std::string &out)
 {
     Program &p = *program_;
     for (size_t target : alterTargets_[procedure]) {
-        out += cat("case ", target + 1, ": ");
+        out += joined("case ", target + 1, ": ");
         int segment = p.procedures[target].segment;
         if (segment >= 50 && segment != p.procedures[procedure].segment)
-            out += cat("kvr_segment_", p.number, "(", segment, "); ");
-        if (debugs_) out += cat("way = \"\"; wayLine = ", group_.spot(p.procedures[procedure].at).line, "; ");
-        out += cat("goto p", target, ";\n");
+            out += joined("kvr_segment_", p.number, "(", segment, "); ");
+        if (debugs_) out += joined("way = \"\"; wayLine = ", group_.spot(p.procedures[procedure].at).line, "; ");
+        out += joined("goto p", target, ";\n");
     }
 }
 
@@ -207,6 +207,7 @@ void Emitter::procedures(Program &p)
 {
     findWatched(p);
     code_.clear();
+    code_.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
     insertions_.clear();
     blocks_.clear();
     firstSite_ = sites_ + 1;
@@ -224,10 +225,11 @@ void Emitter::procedures(Program &p)
         size_t end = p.uses[i].procedure;
         uint32_t site = ++sites_;
         p.procedures[end].returns.push_back(site);
-        entries += cat("case ", i + 1, ": x[", end, "] = ", site, ";",
-                       debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
-                       " goto p", p.uses[i].procedure, ";\n");
-        useReturns_ += cat("r", site, ": goto leave;\n");
+        entries +=
+            joined("case ", i + 1, ": x[", end, "] = ", site, ";",
+                   debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
+                   " goto p", p.uses[i].procedure, ";\n");
+        useReturns_ += joined("r", site, ": goto leave;\n");
     }
 
     // All of the code, with marks. What comes before the first procedure are its temporaries only.
@@ -257,16 +259,17 @@ void Emitter::procedures(Program &p)
     // The cells are in memory, and not in as many variables: those would be live everywhere, and
     // the C compiler would take its time.
     std::string out;
-    out.reserve(code_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
+    out.reserve(code_.size() + 32 * insertions_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
     size_t saved = sites_ + 1 - firstSite_;
-    out += cat("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
-               "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
+    out += joined("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
+                  "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
     if (circling_)
-        out += cat("KvrPerforms performs __attribute__((cleanup(", emits(Do::PerformsEnd), "))) = {0, 0, 0};\n");
+        out += joined("KvrPerforms performs __attribute__((cleanup(", emits(Do::PerformsEnd), "))) = {0, 0, 0};\n");
     if (debugs_)
-        out += cat("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(firstStatement(p)).line, ";\n");
-    out += cat("switch (entry) { default: break;\n", entries, entryCases_, "}\n",
-               p.firstProcedure > 0 ? "goto main_procedures;\n" : "", insertions_[0].text);
+        out +=
+            joined("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(firstStatement(p)).line, ";\n");
+    out += joined("switch (entry) { default: break;\n", entries, entryCases_, "}\n",
+                  p.firstProcedure > 0 ? "goto main_procedures;\n" : "", insertions_[0].text);
     for (size_t i = 0; i < p.procedures.size(); i++)
         if (owners_[i] < 0) appendProcedure(i, out);
     appendProcedure(p.procedures.size(), out);
@@ -274,12 +277,14 @@ void Emitter::procedures(Program &p)
 
     for (size_t r = 0; r < ranges_.size(); r++) {
         std::string name = functionName(ranges_[r]);
-        globals_ += cat("KVR_PERFORMED(", name, ");\n");
+        globals_ += joined("KVR_PERFORMED(", name, ");\n");
         line(p.procedures[ranges_[r].first].at, out);
-        out += cat("KVR_PERFORMED(", name, ")\n{\n");
+        out += joined("KVR_PERFORMED(", name, ")\n{\n");
         for (size_t i = ranges_[r].first; i <= ranges_[r].last; i++)
             if (owners_[i] == static_cast<int>(r)) appendProcedure(i, out);
-        out += "leave: __attribute__((unused));\nreturn 1;\n}\n";
+        out += "leave: __attribute__((unused));\nreturn 1;\n";
+        for (size_t to : ranges_[r].exits) out += joined("p", to, ": return ", to + 2, ";\n");
+        out += "}\n";
     }
     debugs_ = false;
     code_ = std::move(out);

@@ -3,6 +3,7 @@
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <ctime>
 
@@ -10,10 +11,10 @@ namespace kvrcob {
 
 // ---- Tools
 
-std::string Emitter::temp(const char *type, const std::string &suffix)
+std::string Emitter::temp(std::string_view type, std::string_view suffix)
 {
     std::string name = cat("t", ++temps_);
-    insertions_[blocks_.back()].text += cat(type, " ", name, suffix, "; ");
+    insertions_[blocks_.back()].text += joined(type, " ", name, suffix, "; ");
     return name;
 }
 
@@ -49,9 +50,7 @@ void Emitter::line(Tok at, std::string &out)
         lineFile_ = spot.file;
         linePath_ = bytesLiteral(sources()[spot.file].path);
     }
-    out += "#line ";
-    appendTo(out, spot.line ? spot.line : 1);
-    ((out += ' ') += linePath_) += '\n';
+    out += joined("#line ", spot.line ? spot.line : 1, ' ', linePath_, '\n');
 }
 
 // ---- Statements
@@ -61,8 +60,71 @@ void Emitter::block(const Block &b)
     for (const Statement *s : b) statement(*s);
 }
 
+// What emits the statements of a verb.
+struct StatementTable {
+    using Emit = void(Emitter &, const Statement &);
+
+    template <class S>
+    static const S &as(const Statement &s, void (Emitter::*)(const S &))
+    {
+        return static_cast<const S &>(s);
+    }
+    template <auto member>
+    static void emit(Emitter &e, const Statement &s)
+    {
+        (e.*member)(as(s, member));
+    }
+    static std::array<Emit *, K_count> make();
+};
+
+std::array<StatementTable::Emit *, K_count> StatementTable::make()
+{
+    std::array<Emit *, K_count> of = {};
+    of[K_ADD] = of[K_SUBTRACT] = of[K_MULTIPLY] = emit<&Emitter::addStatement>;
+    of[K_DIVIDE] = emit<&Emitter::divideStatement>;
+    of[K_COMPUTE] = emit<&Emitter::computeStatement>;
+    of[K_MOVE] = emit<&Emitter::moveStatement>;
+    of[K_INITIALIZE] = emit<&Emitter::initializeStatement>;
+    of[K_SET] = emit<&Emitter::setStatement>;
+    of[K_ALLOCATE] = of[K_FREE] = emit<&Emitter::allocateStatement>;
+
+    of[K_IF] = emit<&Emitter::ifStatement>;
+    of[K_EVALUATE] = emit<&Emitter::evaluateStatement>;
+    of[K_PERFORM] = emit<&Emitter::performStatement>;
+    of[K_GO] = emit<&Emitter::goStatement>;
+    of[K_ALTER] = emit<&Emitter::alterStatement>;
+    of[K_EXIT] = of[K_CONTINUE] = of[K_NEXT] = of[K_STOP] = of[K_ENTER] = of[K_GOBACK] = emit<&Emitter::exitStatement>;
+
+    of[K_DISPLAY] = emit<&Emitter::displayStatement>;
+    of[K_ACCEPT] = emit<&Emitter::acceptStatement>;
+    of[K_CALL] = emit<&Emitter::callStatement>;
+    of[K_ENTRY] = emit<&Emitter::entryStatement>;
+    of[K_CANCEL] = emit<&Emitter::cancelStatement>;
+
+    of[K_OPEN] = emit<&Emitter::openStatement>;
+    of[K_CLOSE] = emit<&Emitter::closeStatement>;
+    of[K_READ] = emit<&Emitter::readStatement>;
+    of[K_WRITE] = emit<&Emitter::writeStatement>;
+    of[K_REWRITE] = emit<&Emitter::rewriteStatement>;
+    of[K_DELETE] = emit<&Emitter::deleteStatement>;
+    of[K_START] = emit<&Emitter::startStatement>;
+    of[K_UNLOCK] = emit<&Emitter::unlockStatement>;
+    of[K_SORT] = of[K_MERGE] = emit<&Emitter::sortStatement>;
+    of[K_RELEASE] = emit<&Emitter::releaseStatement>;
+    of[K_RETURN] = emit<&Emitter::returnStatement>;
+
+    of[K_STRING] = emit<&Emitter::stringStatement>;
+    of[K_UNSTRING] = emit<&Emitter::unstringStatement>;
+    of[K_INSPECT] = emit<&Emitter::inspectStatement>;
+    of[K_PARSE] = emit<&Emitter::xmlParse>;
+    of[K_XML] = emit<&Emitter::xmlGenerate>;
+    of[K_SEARCH] = emit<&Emitter::searchStatement>;
+    return of;
+}
+
 void Emitter::statement(const Statement &s)
 {
+    static const auto table = StatementTable::make();
     line(s.at);
     openBlock();
     std::string outerZero;
@@ -71,125 +133,12 @@ void Emitter::statement(const Statement &s)
     outerDebugs.swap(pendingDebugs_);
     Tok outerAt = statementAt_;
     statementAt_ = s.at;
-    switch (s.verb) {
-    case K_ADD:
-    case K_SUBTRACT:
-    case K_MULTIPLY:
-        addStatement(static_cast<const ArithmeticStatement &>(s));
-        break;
-    case K_DIVIDE:
-        divideStatement(static_cast<const ArithmeticStatement &>(s));
-        break;
-    case K_COMPUTE:
-        computeStatement(static_cast<const ArithmeticStatement &>(s));
-        break;
-    case K_MOVE:
-        moveStatement(static_cast<const MoveStatement &>(s));
-        break;
-    case K_INITIALIZE:
-        initializeStatement(static_cast<const InitializeStatement &>(s));
-        break;
-    case K_SET:
-        setStatement(static_cast<const SetStatement &>(s));
-        break;
-    case K_ALLOCATE:
-    case K_FREE:
-        allocateStatement(static_cast<const AllocateStatement &>(s));
-        break;
-    case K_IF:
-        ifStatement(static_cast<const IfStatement &>(s));
-        break;
-    case K_EVALUATE:
-        evaluateStatement(static_cast<const EvaluateStatement &>(s));
-        break;
-    case K_PERFORM:
-        performStatement(static_cast<const PerformStatement &>(s));
-        break;
-    case K_GO:
-        goStatement(static_cast<const GoStatement &>(s));
-        break;
-    case K_ALTER:
-        alterStatement(static_cast<const AlterStatement &>(s));
-        break;
-    case K_EXIT:
-    case K_CONTINUE:
-    case K_NEXT:
-    case K_STOP:
-    case K_ENTER:
-    case K_GOBACK:
-        exitStatement(static_cast<const ExitStatement &>(s));
-        break;
-    case K_DISPLAY:
-        displayStatement(static_cast<const DisplayStatement &>(s));
-        break;
-    case K_ACCEPT:
-        acceptStatement(static_cast<const AcceptStatement &>(s));
-        break;
-    case K_CALL:
-        callStatement(static_cast<const CallStatement &>(s));
-        break;
-    case K_ENTRY:
-        entryStatement(static_cast<const EntryStatement &>(s));
-        break;
-    case K_CANCEL:
-        cancelStatement(static_cast<const CancelStatement &>(s));
-        break;
-    case K_OPEN:
-        openStatement(static_cast<const OpenStatement &>(s));
-        break;
-    case K_CLOSE:
-        closeStatement(static_cast<const CloseStatement &>(s));
-        break;
-    case K_READ:
-        readStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_WRITE:
-        writeStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_REWRITE:
-        rewriteStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_DELETE:
-        deleteStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_START:
-        startStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_UNLOCK:
-        unlockStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_SORT:
-    case K_MERGE:
-        sortStatement(static_cast<const SortStatement &>(s));
-        break;
-    case K_RELEASE:
-        releaseStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_RETURN:
-        returnStatement(static_cast<const FileStatement &>(s));
-        break;
-    case K_STRING:
-        stringStatement(static_cast<const StringStatement &>(s));
-        break;
-    case K_UNSTRING:
-        unstringStatement(static_cast<const UnstringStatement &>(s));
-        break;
-    case K_INSPECT:
-        inspectStatement(static_cast<const InspectStatement &>(s));
-        break;
-    case K_PARSE:
-        xmlParse(static_cast<const XmlParseStatement &>(s));
-        break;
-    case K_XML:
-        xmlGenerate(static_cast<const XmlGenerateStatement &>(s));
-        break;
-    case K_SEARCH:
-        searchStatement(static_cast<const SearchStatement &>(s));
-        break;
-    default:
+
+    if (s.verb < K_count && table[s.verb])
+        table[s.verb](*this, s);
+    else
         notBuilt(s.at, "the statement " + wordText(s.verb));
-        break;
-    }
+
     debugNow();
     statementAt_ = outerAt;
     pendingDebugs_.swap(outerDebugs);
@@ -202,7 +151,7 @@ std::string Emitter::constantRecord(const char *prefix, const std::string &type,
     std::string &name = records_[type + value];
     if (name.empty()) {
         name = cat(prefix, ++constants_);
-        globals_ += cat("static const ", type, " ", name, " = ", value, ";\n");
+        globals_ += joined("static const ", type, " ", name, " = ", value, ";\n");
     }
     return name;
 }
@@ -230,37 +179,37 @@ void Emitter::storage(Program &p)
         switch (record->section) {
         case Item::WorkingStorage:
             if (record->external)
-                globals_ += cat("static uint8_t *E", record->number, ";\n");
+                globals_ += joined("static uint8_t *E", record->number, ";\n");
             else
                 globals_ +=
                     cat("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16), unused));\n");
             break;
         case Item::LocalStorage:
-            globals_ += cat("static uint8_t *S", record->number, " __attribute__((unused));\n");
+            globals_ += joined("static uint8_t *S", record->number, " __attribute__((unused));\n");
             break;
         case Item::Linkage:
-            globals_ += cat("static uint8_t *L", record->number, " __attribute__((unused));\n");
-            if (record->anyLength) globals_ += cat("static int64_t N", record->number, ";\n");
+            globals_ += joined("static uint8_t *L", record->number, " __attribute__((unused));\n");
+            if (record->anyLength) globals_ += joined("static int64_t N", record->number, ";\n");
             break;
         default:
             break;
         }
     }
     for (Item *index : p.indexNames)
-        globals_ += cat("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
+        globals_ += joined("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
     std::string prefix = cat("p", p.number, "_");
-    globals_ += cat("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
-                    "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
-    globals_ += cat("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
+    globals_ += joined("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
+                       "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
+    globals_ += joined("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
     if (programEndsSort())
-        globals_ += cat("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix, "sortCells[",
-                        p.procedures.size() + 1, "] __attribute__((unused));\n");
+        globals_ += joined("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix,
+                           "sortCells[", p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (p.usesXml) {
         usesXml_ = true;
-        globals_ += cat("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
+        globals_ += joined("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
     }
     if (!p.uses.empty())
-        globals_ += cat("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
+        globals_ += joined("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -268,8 +217,8 @@ void Emitter::storage(Program &p)
     std::strftime(when, sizeof when, "%m/%d/%y%H.%M.%S", &local);
     globals_ +=
         cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
-    globals_ += cat("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
-                    "body(int entry);\n");
+    globals_ += joined("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
+                       "body(int entry);\n");
 }
 
 void Emitter::program(Program &p)
@@ -280,12 +229,12 @@ void Emitter::program(Program &p)
     if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
         if (u == 0)
-            globals_ += cat(
+            globals_ += joined(
                 "static void p", p.number,
                 "_useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode) { (void)a; (void)b; (void)mode; p",
                 p.number, "_body((int)entry); }\n");
-        globals_ += cat("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
-                        " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
+        globals_ += joined("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
+                           " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
     }
     fileRecords(p);
     code_.clear();
@@ -335,12 +284,12 @@ std::string Emitter::emit()
     auto declare = [&](auto &self, Program &p) -> void {
         if (p.parent) {
             std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
-            declarations += cat("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters,
-                                ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
+            for (size_t i = 0; i < p.parameters.size(); i++) parameters += joined(i ? ", " : "", parameterType(p, i));
+            declarations += joined("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters,
+                                   ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
         } else {
             std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += cat(i ? ", " : "", parameterType(p, i));
+            for (size_t i = 0; i < p.parameters.size(); i++) parameters += joined(i ? ", " : "", parameterType(p, i));
             // The symbol has the program's name; the C name is our own, for a program may be called
             // FIB or W1.
             declarations +=
@@ -348,15 +297,15 @@ std::string Emitter::emit()
                     bytesLiteral(p.cName), ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
             const std::string &symbol = p.cName;
             if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
-                declarations += cat("#define ", symbol, " kvr_", symbol, "\n");
+                declarations += joined("#define ", symbol, " kvr_", symbol, "\n");
         }
         for (const EntryStatement *entry : p.entryPoints) {
             std::string parameters;
             for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
-            declarations += cat("int64_t kvr_entry_", p.number, "_", entry->number, "(",
-                                parameters.empty() ? "void" : parameters, ");\n");
+            declarations += joined("int64_t kvr_entry_", p.number, "_", entry->number, "(",
+                                   parameters.empty() ? "void" : parameters, ");\n");
         }
-        declarations += cat("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
+        declarations += joined("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
     };
     exceptions_ = asksForExceptions();
@@ -381,10 +330,10 @@ std::string Emitter::emit()
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
     if (options_.mainProgram && main != group_.programs.end()) {
         Program *first = *main;
-        out += cat("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
-                   options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        out += joined("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
+                      options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++)
-            out += cat(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
+            out += joined(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
         out += ") & 255;\n}\n";
     }
     return out;

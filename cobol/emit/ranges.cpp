@@ -3,18 +3,23 @@
 // A program's procedures are labels of one C function, for PERFORM ranges may overlap, be fallen
 // into and be left by GO TO (control.cpp). The C compiler's time grows with the square of that
 // function's length. Most ranges do nothing of that kind: all that comes into them is a PERFORM of
-// just this range, and all that leaves them is their end (or the end of the program). Such a range
-// is a function, and its PERFORM a call:
+// just this range. Such a range is a function, and its PERFORM a call:
 //
 //     MAIN-LINE.                          p1_body:    if (p1_2_ONE(x, s, n)) goto leave;
-//         PERFORM ONE THRU ONE-EXIT.                  if (p1_4_TWO(x, s, n)) goto leave;
-//         PERFORM TWO.
+//         PERFORM ONE THRU ONE-EXIT.                  switch (p1_4_TWO(x, s, n)) {
+//         PERFORM TWO.                                case 0: break; case 7: goto p5; default: goto leave; }
 //         STOP RUN.
 //     ONE.                                p1_2_ONE:   if (...) goto p3;
-//         IF ... GO TO ONE-EXIT.                      if (p1_4_TWO(x, s, n)) goto leave;
-//         PERFORM TWO.                                p3: return 0; leave: return 1;
-//     ONE-EXIT. EXIT.
-//     TWO.                                p1_4_TWO:   ...
+//         IF ... GO TO ONE-EXIT.                      ...
+//     ONE-EXIT. EXIT.                                 p3: return 0; leave: return 1;
+//     TWO.                                p1_4_TWO:   if (...) goto p5;
+//         IF ... GO TO GIVE-UP.                       return 0; leave: return 1; p5: return 7;
+//     GIVE-UP.                            (p1_body)   p5: ...
+//
+// A function returns 0 at its end, 1 where the program ends, and the number of a procedure and 2
+// where GO TO leaves it. Whoever performed it goes there, or returns the same if that is outside of
+// it, too. The procedure is in a function that is on its way: nothing but PERFORM comes into one.
+// The PERFORMs that a GO TO leaves are not active any more, for no other way leads to their ends.
 //
 // Whether a range may be one depends on others: it must not perform what is no function, and the
 // one before it must not fall into it. So all are taken for functions first. Those that break a
@@ -25,6 +30,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "cobol/emit/emitter.h"
 
@@ -33,16 +39,18 @@ namespace kvrcob {
 namespace {
 
 constexpr size_t kMostWork = 5000000; // procedures in all ranges together
+constexpr size_t kMostExits = 200000; // of all ranges together
 
 class Ranges {
 public:
-    Ranges(const Program &p, Flow flow);
+    // `mayLeave`: GO TO may go out of a function.
+    Ranges(const Program &p, const Flow &flow, bool mayLeave);
     std::vector<Range> find();
+    bool findExits(std::vector<Range> &ranges) const;
 
 private:
     struct Candidate : Range {
         bool good = true;
-        bool holds(size_t procedure) const { return procedure >= first && procedure <= last; }
     };
     bool isFunction(const Candidate &r) const;
     bool performsFit(const Candidate &r, size_t i) const;
@@ -56,6 +64,7 @@ private:
 
     const Program &p_;
     Flow flow_;
+    const bool mayLeave_;
     std::vector<Candidate> candidates_;                  // by their first procedure
     std::map<std::pair<size_t, size_t>, size_t> byEnds_; // from and end: an index into candidates_
     // Of each procedure: what jumps to and from it, and the PERFORMs in it, of it, and that end
@@ -71,8 +80,8 @@ private:
     std::vector<size_t> coming_, dropped_;
 };
 
-Ranges::Ranges(const Program &p, Flow flow)
-    : p_(p), flow_(std::move(flow)), jumpsFrom_(p.procedures.size()), jumpsTo_(p.procedures.size()),
+Ranges::Ranges(const Program &p, const Flow &flow, bool mayLeave)
+    : p_(p), flow_(flow), mayLeave_(mayLeave), jumpsFrom_(p.procedures.size()), jumpsTo_(p.procedures.size()),
       performsIn_(p.procedures.size()), performsFrom_(p.procedures.size()), performsTo_(p.procedures.size()),
       exitsAfter_(p.procedures.size()), beginnings_(p.procedures.size() + 1), endings_(p.procedures.size()),
       holders_(p.procedures.size()), reached_(p.procedures.size())
@@ -202,7 +211,7 @@ bool Ranges::isFunction(const Candidate &r) const
     for (size_t i = r.first; i <= r.last; i++) {
         if (flow_.entered[i] || !performsFit(r, i)) return false;
         for (size_t to : jumpsFrom_[i])
-            if (!r.holds(to)) return false;
+            if (!mayLeave_ && !r.holds(to)) return false;
         for (size_t in : jumpsTo_[i])
             if (!r.holds(in)) return false;
         // EXIT SECTION comes after the return of the section's last paragraph.
@@ -241,8 +250,49 @@ std::vector<Range> Ranges::find()
     return found;
 }
 
+// Where control may go on after each of these functions: by its own GO TOs, and by those of the
+// functions that it performs. False: that is too much.
+bool Ranges::findExits(std::vector<Range> &ranges) const
+{
+    const std::vector<int> owners = ownersOf(p_, ranges);
+    const auto within = [](int r) { return static_cast<size_t>(r); };
+    std::vector<std::set<size_t>> callers(ranges.size());
+    for (const Flow::Perform &perform : flow_.performs) {
+        const int callee = owners[perform.from], caller = owners[perform.in];
+        if (callee >= 0 && caller >= 0 && callee != caller) callers[within(callee)].insert(within(caller));
+    }
+
+    std::vector<std::set<size_t>> exits(ranges.size());
+    std::vector<std::pair<size_t, size_t>> coming; // a function, and where it may go on
+    size_t count = 0;
+    for (auto [in, to] : flow_.jumps)
+        if (owners[in] >= 0) coming.emplace_back(within(owners[in]), to);
+    while (!coming.empty()) {
+        const auto [r, to] = coming.back();
+        coming.pop_back();
+        if (ranges[r].holds(to) || !exits[r].insert(to).second) continue;
+        if (++count > kMostExits) return false;
+        for (size_t caller : callers[r]) coming.emplace_back(caller, to);
+    }
+    for (size_t r = 0; r < ranges.size(); r++) ranges[r].exits.assign(exits[r].begin(), exits[r].end());
+    return true;
+}
+
 } // namespace
 
-std::vector<Range> rangesAsFunctions(const Program &p, Flow flow) { return Ranges(p, std::move(flow)).find(); }
+std::vector<Range> rangesAsFunctions(const Program &p, const Flow &flow)
+{
+    Ranges leaving(p, flow, true);
+    std::vector<Range> ranges = leaving.find();
+    return leaving.findExits(ranges) ? ranges : Ranges(p, flow, false).find();
+}
+
+std::vector<int> ownersOf(const Program &p, const std::vector<Range> &ranges)
+{
+    std::vector<int> owners(p.procedures.size(), -1);
+    for (size_t r = 0; r < ranges.size(); r++)
+        for (size_t i = ranges[r].first; i <= ranges[r].last; i++) owners[i] = static_cast<int>(r);
+    return owners;
+}
 
 } // namespace kvrcob

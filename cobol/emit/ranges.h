@@ -25,10 +25,15 @@ struct Flow {
 };
 
 struct Range {
-    size_t first, last; // paragraphs and sections
-    size_t end;         // the one that ends it: `last`, or its section
+    size_t first, last;        // paragraphs and sections
+    size_t end;                // the one that ends it: `last`, or its section
+    std::vector<size_t> exits; // where GO TO, in it or in what it performs, may go on outside
+    bool holds(size_t procedure) const { return procedure >= first && procedure <= last; }
 };
 
-std::vector<Range> rangesAsFunctions(const Program &p, Flow flow);
+// Those inside others come after them.
+std::vector<Range> rangesAsFunctions(const Program &p, const Flow &flow);
+// Of each procedure: the index of the innermost range that it is in, or -1.
+std::vector<int> ownersOf(const Program &p, const std::vector<Range> &ranges);
 
 } // namespace kvrcob

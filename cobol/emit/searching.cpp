@@ -80,30 +80,30 @@ bool Emitter::searchByLibrary(const SearchStatement &s, const Item &table)
             Num n = number(operand);
             if (!n.good() || n.kind == Num::Float || n.scale > key->picture.scale ||
                 n.digits - n.scale > key->picture.digits - key->picture.scale ||
-                (n.isSigned && !key->picture.sign && !(n.literal && !n.value.negative)))
+                (n.isSigned && !key->picture.sign && !(n.literal && !n.literal->negative)))
                 return false;
             Loc place = locateItem(*key);
             place.address = tempBytes(key->size);
             store(n, place, false, "");
             arguments.push_back({type, place.address, cat(key->size)});
         }
-        keys += cat("{", type, table.keys[i].ascending ? "" : " | ZVK_SEARCH_DESCENDING", ", {0}, ", key->size, ", ",
-                    key->offset - table.offset, "}, ");
-        lengths += cat(arguments.back().length, ", ");
+        keys += joined("{", type, table.keys[i].ascending ? "" : " | ZVK_SEARCH_DESCENDING", ", {0}, ", key->size, ", ",
+                       key->offset - table.offset, "}, ");
+        lengths += joined(arguments.back().length, ", ");
         forms += "0, ";
     }
 
     std::string header = cat("K", ++constants_), list = temp("SearchArgument", cat("[", pairs.size(), "]"));
-    globals_ += cat("static const struct { uint16_t base; int16_t keys, arguments; uint16_t reserved; SearchKey key[",
-                    pairs.size(), "]; uint64_t length[", pairs.size(), "]; uint8_t form[", pairs.size(),
-                    "]; } __attribute__((packed)) ", header, " = {0, ", pairs.size(), ", ", pairs.size(), ", 0, {",
-                    keys, "}, {", lengths, "}, {", forms, "}};\n");
+    globals_ += joined(
+        "static const struct { uint16_t base; int16_t keys, arguments; uint16_t reserved; SearchKey key[", pairs.size(),
+        "]; uint64_t length[", pairs.size(), "]; uint8_t form[", pairs.size(), "]; } __attribute__((packed)) ", header,
+        " = {0, ", pairs.size(), ", ", pairs.size(), ", 0, {", keys, "}, {", lengths, "}, {", forms, "}};\n");
     for (size_t i = 0; i < arguments.size(); i++)
-        put(cat(list, "[", i, "].value = ", list, "[", i, "].item = ", arguments[i].text, ";\n"));
+        put(list, "[", i, "].value = ", list, "[", i, "].item = ", arguments[i].text, ";\n");
     std::string found = temp("int64_t");
-    put(cat(found, " = ", emits(Do::SearchAll, Of::Table), "((const SearchHeader *)(const void *)&", header, ", ",
-            locateItem(table).address, ", ", currentCount(table), ", ", table.size, ", ", list, ", 0, 0);\nX",
-            table.indexes[0]->number, " = ", found, " < 0 ? 0 : ", found, " / ", table.size, " + 1;\n"));
+    put(found, " = ", emits(Do::SearchAll, Of::Table), "((const SearchHeader *)(const void *)&", header, ", ",
+        locateItem(table).address, ", ", currentCount(table), ", ", table.size, ", ", list, ", 0, 0);\nX",
+        table.indexes[0]->number, " = ", found, " < 0 ? 0 : ", found, " / ", table.size, " + 1;\n");
     return true;
 }
 
@@ -141,27 +141,27 @@ void Emitter::searchStatement(const SearchStatement &s)
     if (s.all && table->keys.empty())
         error(s.table->at, "SEARCH ALL needs a table with keys (ASCENDING or DESCENDING KEY)");
     if (s.all && searchByLibrary(s, *table)) {
-        put(cat("if (", x, " == 0) {\n"));
+        put("if (", x, " == 0) {\n");
         block(s.atEnd);
         put("} else {\n");
         block(s.whens[0].block);
         put("}\n");
         return;
     }
-    if (s.all) put(cat(x, " = 1;\n"));
-    put(cat("for (;; ", x, "++", ") {\n"));
-    put(cat("if (", x, " < 1 || ", x, " > ", most, ") {\n"));
+    if (s.all) put(x, " = 1;\n");
+    put("for (;; ", x, "++", ") {\n");
+    put("if (", x, " < 1 || ", x, " > ", most, ") {\n");
     block(s.atEnd);
-    put(cat("goto ", done, ";\n}\n"));
+    put("goto ", done, ";\n}\n");
     for (const SearchStatement::When &when : s.whens) {
         std::string c = debugCondition(condition(when.condition));
-        put(cat("if (", c, ") {\n"));
+        put("if (", c, ") {\n");
         block(when.block);
-        put(cat("goto ", done, ";\n}\n"));
+        put("goto ", done, ";\n}\n");
     }
     if (other) store(add(itemNumber(otherLoc), integerNumber("1LL", 1), false), otherLoc, false, "");
     put("}\n");
-    put(cat(done, ": ;\n"));
+    put(done, ": ;\n");
 }
 
 } // namespace kvrcob

@@ -19,14 +19,14 @@ std::string Emitter::guardOf(const FunctionCall &f, size_t i)
 std::string Emitter::counter()
 {
     std::string counted = temp("int64_t");
-    put(cat(counted, " = 0;\n"));
+    put(counted, " = 0;\n");
     return counted;
 }
 
 void Emitter::count(const FunctionCall &f, size_t i, const std::string &counted)
 {
     std::string guard = guardOf(f, i);
-    put(cat(guard.empty() ? "" : cat("if (", guard, ") "), counted, "++;\n"));
+    put(guard.empty() ? "" : cat("if (", guard, ") "), counted, "++;\n");
 }
 
 // ORD-MAX, ORD-MIN of texts.
@@ -44,12 +44,12 @@ Num Emitter::placeOfExtremeText(const FunctionCall &f)
         if (!t.good) return Num{};
         if (f.guarded) count(f, i, counted);
         if (i == 0) {
-            put(cat(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n"));
+            put(address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = 1;\n");
         } else {
-            put(cat("if (", guardOf(f, i), guardOf(f, i).empty() ? "" : " && ", emits(Do::Compare, Of::Text, Of::Text),
-                    "(", t.address, ", ", t.length, ", ", address, ", ", length, ") ", most ? ">" : "<", " 0) { ",
-                    address, " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = ",
-                    f.guarded ? counted : cat(i + 1), "; }\n"));
+            put("if (", guardOf(f, i), guardOf(f, i).empty() ? "" : " && ", emits(Do::Compare, Of::Text, Of::Text), "(",
+                t.address, ", ", t.length, ", ", address, ", ", length, ") ", most ? ">" : "<", " 0) { ", address,
+                " = ", t.address, "; ", length, " = ", t.length, "; ", place, " = ", f.guarded ? counted : cat(i + 1),
+                "; }\n");
         }
     }
     return integerNumber(place, 5, false);
@@ -80,14 +80,14 @@ Num Emitter::extreme(const FunctionCall &f)
         Num n = isFloat ? toFloat(all[i]) : toInt(scaleTo(all[i], scale, false));
         std::string here = f.guarded ? counted : cat(i + 1);
         if (f.guarded) count(f, i, counted);
-        if (!guardOf(f, i).empty()) put(cat("if (", guardOf(f, i), ") {\n"));
-        put(cat(now, " = ", n.text, ";\n"));
+        if (!guardOf(f, i).empty()) put("if (", guardOf(f, i), ") {\n");
+        put(now, " = ", n.text, ";\n");
         if (i == 0)
-            put(cat(best, " = ", least, " = ", now, "; ", place, " = 1;\n"));
+            put(best, " = ", least, " = ", now, "; ", place, " = 1;\n");
         else
-            put(cat("if (", now, " > ", best, ") { ", best, " = ", now, "; ", most ? cat(place, " = ", here, "; ") : "",
-                    "}\nif (", now, " < ", least, ") { ", least, " = ", now, "; ",
-                    most ? "" : cat(place, " = ", here, "; "), "}\n"));
+            put("if (", now, " > ", best, ") { ", best, " = ", now, "; ", most ? cat(place, " = ", here, "; ") : "",
+                "}\nif (", now, " < ", least, ") { ", least, " = ", now, "; ",
+                most ? "" : cat(place, " = ", here, "; "), "}\n");
         if (!guardOf(f, i).empty()) put("}\n");
     }
     if (f.name == "ORD-MAX" || f.name == "ORD-MIN") return integerNumber(place, 5, false);
@@ -118,7 +118,8 @@ Num Emitter::sum(const FunctionCall &f)
         if (!guard.empty()) {
             std::string zero = n.kind == Num::Packed ? constantBytes(packedBytes("0", false, n.digits, true)) : "0";
             n.text = cat("(", guard, " ? ", n.text, " : ", zero, ")");
-            n.literal = n.direct = false;
+            n.literal = nullptr;
+            n.direct = false;
         }
         if (f.guarded) count(f, i, counted);
         widest = std::max(widest, n.digits - n.scale);
@@ -132,13 +133,11 @@ Num Emitter::sum(const FunctionCall &f)
     for (size_t i = 1; i < all.size(); i++) {
         sum = add(sum, all[i], false);
         if (sum.kind == Num::Int) sum.digits = std::min(sum.digits, most);
-        if (sum.kind == Num::Packed && sum.digits > most && !sum.cut.empty()) {
-            sum.text = sum.cut;
-            sum.text.replace(sum.text.rfind('@'), 1, std::to_string(most));
-            sum.cutOf = sum.text;
+        if (sum.kind == Num::Packed && sum.digits > most && sum.cut) {
+            sum.text = sum.cutTo(most);
             sum.digits = most;
         }
-        if (i % 8 == 7) sum = keep(sum, true);
+        if (i % 8 == 7) sum = keep(std::move(sum), true);
     }
     if (f.name == "SUM") return sum;
     Decimal howMany;
@@ -154,14 +153,14 @@ Num Emitter::statistic(const FunctionCall &f)
     std::string count = cat(f.args.size());
     if (f.guarded) {
         count = temp("int");
-        put(cat(count, " = 0;\n"));
+        put(count, " = 0;\n");
     }
     for (size_t i = 0; i < f.args.size(); i++) {
         if (!f.guarded)
-            put(cat(array, "[", i, "] = ", toFloat(number(f.args[i], -1)).text, ";\n"));
+            put(array, "[", i, "] = ", toFloat(number(f.args[i], -1)).text, ";\n");
         else
-            put(cat("if (", guardOf(f, i).empty() ? "1" : guardOf(f, i), ") ", array, "[", count,
-                    "++] = ", toFloat(number(f.args[i], -1)).text, ";\n"));
+            put("if (", guardOf(f, i).empty() ? "1" : guardOf(f, i), ") ", array, "[", count,
+                "++] = ", toFloat(number(f.args[i], -1)).text, ";\n");
     }
     return floatNumber(cat(emitsFunction(f.name), "('",
                            f.name == "MEDIAN"               ? 'M'

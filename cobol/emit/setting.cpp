@@ -11,10 +11,10 @@ void Emitter::allocateStatement(const AllocateStatement &s)
         Loc loc = e->ref ? locate(*e->ref) : Loc{};
         if (!loc.good()) return;
         if (loc.item->based && !loc.item->parent && !loc.refmod)
-            put(cat(emits(Do::Free, Of::Pointer), "(L", loc.item->number, "); L", loc.item->number, " = 0;\n"));
+            put(emits(Do::Free, Of::Pointer), "(L", loc.item->number, "); L", loc.item->number, " = 0;\n");
         else if (e->kind == ExprKind::Reference && loc.item->category == Category::Pointer)
-            put(cat(emits(Do::Free, Of::Pointer), "((uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(",
-                    loc.address, ")); ", emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", 0);\n"));
+            put(emits(Do::Free, Of::Pointer), "((uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(", loc.address,
+                ")); ", emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", 0);\n");
         else
             return error(e->at, "FREE needs a pointer or the address of a BASED item");
     }
@@ -23,7 +23,7 @@ void Emitter::allocateStatement(const AllocateStatement &s)
         Item *item = meaning_.resolve(*program_, *s.item);
         if (!item) return;
         if (!item->based) return error(s.item->at, "ALLOCATE needs a BASED item");
-        put(cat(address, " = L", item->number, " = ", emits(Do::Allocate), "(", item->storageSize(), ");\n"));
+        put(address, " = L", item->number, " = ", emits(Do::Allocate), "(", item->storageSize(), ");\n");
         if (s.initialized) {
             InitializeStatement values;
             values.verb = K_INITIALIZE;
@@ -33,109 +33,113 @@ void Emitter::allocateStatement(const AllocateStatement &s)
             initializeStatement(values);
         }
     } else {
-        put(cat(address, " = ", emits(Do::Allocate), "(", integer(s.characters), ");\n"));
+        put(address, " = ", emits(Do::Allocate), "(", integer(s.characters), ");\n");
     }
     if (!s.returning) return;
     Loc to = locate(*s.returning, true);
     if (!to.good()) return;
     if (to.item->category != Category::Pointer) return error(s.returning->at, "a pointer is needed here");
-    put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", to.address, ", (int64_t)(intptr_t)", address, ");\n"));
+    put(emits(Do::Store, Of::Pointer, Of::Integer), "(", to.address, ", (int64_t)(intptr_t)", address, ");\n");
+}
+
+// SET ADDRESS OF record TO ...
+void Emitter::setAddress(const Expr *target, const Expr *value)
+{
+    Item *item = meaning_.resolve(*program_, *target->ref);
+    if (!item) return;
+    if (item->section != Item::Linkage || item->parent)
+        return error(target->at, "SET ADDRESS OF needs a record of the LINKAGE SECTION");
+    std::string address;
+    if (value->kind == ExprKind::Figurative && value->op == K_NULL)
+        address = "0";
+    else if (value->kind == ExprKind::AddressOf)
+        address = locate(*value->ref).address;
+    else if (value->kind == ExprKind::Reference)
+        address = cat("(uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(", locate(*value->ref).address, ")");
+    else
+        error(value->at, "a pointer is needed here");
+    put("L", item->number, " = ", address, ";\n");
+}
+
+// SET switch TO ON
+void Emitter::setSwitch(const Expr *target, bool on)
+{
+    const Word name = target->ref->names[0];
+    const int number = meaning_.switchOf(*program_, name);
+    if (number < 0) return error(target->at, wordText(name) + " is no switch of SPECIAL-NAMES");
+    put("p", program_->number, "_pcb.upsi[", number, "] = '", on ? '1' : '0', "';\n");
+}
+
+// SET condition-name TO TRUE: its first value is moved to its item.
+void Emitter::setCondition(const Expr *target, bool truth)
+{
+    const Item *item = meaning_.resolve(*program_, *target->ref);
+    if (!item) return;
+    if (item->level != 88) return error(target->at, wordText(item->name) + " is no condition-name");
+    const Expr *first = item->values.empty() ? nullptr : item->values[0].from, *value = truth ? first : item->whenFalse;
+    if (!value) return error(target->at, "this condition-name has no value for FALSE");
+
+    const std::vector<Expr *> &subscripts = target->ref->subscripts;
+    std::vector<const Item *> tables;
+    for (const Item *a = item->parent; a; a = a->parent)
+        if (a->occurs) tables.insert(tables.begin(), a);
+    if (tables.size() != subscripts.size())
+        return error(target->at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
+    std::string displacement;
+    for (size_t i = 0; i < tables.size(); i++)
+        displacement += joined(" + (", subscript(subscripts[i]), " - 1) * ", tables[i]->size);
+    move(value, locateItem(*item->parent, displacement, true));
+}
+
+// SET index UP BY n
+void Emitter::stepItem(const Loc &loc, const Expr *target, const Expr *by, bool down)
+{
+    if (loc.item->category == Category::Pointer) {
+        put(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)", emits(Do::Load, Of::Pointer),
+            "(", loc.address, ") ", down ? "-" : "+", " ", integer(by), ");\n");
+        return;
+    }
+    if (!isNumericItem(*loc.item)) return error(target->at, "SET needs an index, a pointer or a condition-name");
+    Num now = itemNumber(loc), step = integerNumber(integer(by), 10);
+    store(add(std::move(now), std::move(step), down), loc, false, "");
+}
+
+// SET index TO n, SET pointer TO ...
+void Emitter::setItem(const Loc &loc, const Expr *target, const Expr *value)
+{
+    const bool pointer = loc.item->category == Category::Pointer;
+    if (pointer && value->kind == ExprKind::EntryOf)
+        put(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)(intptr_t)",
+            findProgram(constant(value->left), false), ");\n");
+    else if (pointer)
+        move(value, loc);
+    else if (!isNumericItem(*loc.item))
+        error(target->at, "SET needs an index, a pointer or a condition-name");
+    else
+        store(integerNumber(integer(value), 10), loc, false, "");
 }
 
 void Emitter::setStatement(const SetStatement &s)
 {
-    if (s.form == SetStatement::LastException && exceptions_) put(cat(emits(Do::ForgetException), "();\n"));
+    if (s.form == SetStatement::LastException && exceptions_) put(emits(Do::ForgetException), "();\n");
+    const bool steps = s.form == SetStatement::UpBy || s.form == SetStatement::DownBy;
     for (const SetStatement::Part &part : s.parts) {
-        if (!part.value) continue;
-        for (const Expr *t : part.targets) {
-            if (t->kind == ExprKind::AddressOf) {
-                Item *item = meaning_.resolve(*program_, *t->ref);
-                if (!item) continue;
-                if (item->section != Item::Linkage || item->parent) {
-                    error(t->at, "SET ADDRESS OF needs a record of the LINKAGE SECTION");
-                    continue;
-                }
-                const Expr *v = part.value;
-                std::string value;
-                if (v->kind == ExprKind::Figurative && v->op == K_NULL)
-                    value = "0";
-                else if (v->kind == ExprKind::AddressOf)
-                    value = locate(*v->ref).address;
-                else if (v->kind == ExprKind::Reference)
-                    value =
-                        cat("(uint8_t *)(intptr_t)", emits(Do::Load, Of::Pointer), "(", locate(*v->ref).address, ")");
+        const Expr *value = part.value;
+        if (!value) continue;
+        const bool truth = value->kind == ExprKind::Truth;
+        for (const Expr *target : part.targets) {
+            if (target->kind == ExprKind::AddressOf) {
+                setAddress(target, value);
+            } else if (truth && (value->op == K_ON || value->op == K_OFF)) {
+                setSwitch(target, value->op == K_ON);
+            } else if (truth) {
+                setCondition(target, value->op == K_TRUE);
+            } else if (Loc loc = locate(*target->ref, true); loc.good()) {
+                if (steps)
+                    stepItem(loc, target, value, s.form == SetStatement::DownBy);
                 else
-                    error(v->at, "a pointer is needed here");
-                put(cat("L", item->number, " = ", value, ";\n"));
-                continue;
+                    setItem(loc, target, value);
             }
-            if (part.value->kind == ExprKind::Truth && (part.value->op == K_ON || part.value->op == K_OFF)) {
-                int number = meaning_.switchOf(*program_, t->ref->names[0]);
-                if (number < 0)
-                    error(t->at, wordText(t->ref->names[0]) + " is no switch of SPECIAL-NAMES");
-                else
-                    put(cat("p", program_->number, "_pcb.upsi[", number, "] = '", part.value->op == K_ON ? '1' : '0',
-                            "';\n"));
-                continue;
-            }
-            if (part.value->kind == ExprKind::Truth) {
-                Item *item = meaning_.resolve(*program_, *t->ref);
-                if (!item) continue;
-                if (item->level != 88) {
-                    error(t->at, wordText(item->name) + " is no condition-name");
-                    continue;
-                }
-                const Expr *value = part.value->op == K_TRUE ? (item->values.empty() ? nullptr : item->values[0].from)
-                                                             : item->whenFalse;
-                if (!value) {
-                    error(t->at, "this condition-name has no value for FALSE");
-                    continue;
-                }
-                Item *owner = item->parent;
-                std::vector<const Item *> tables;
-                for (const Item *a = owner; a; a = a->parent)
-                    if (a->occurs) tables.insert(tables.begin(), a);
-                if (tables.size() != t->ref->subscripts.size()) {
-                    error(t->at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
-                    continue;
-                }
-                std::string displacement;
-                for (size_t i = 0; i < tables.size(); i++)
-                    displacement += cat(" + (", subscript(t->ref->subscripts[i]), " - 1) * ", tables[i]->size);
-                move(value, locateItem(*owner, displacement, true));
-                continue;
-            }
-            Loc loc = locate(*t->ref, true);
-            if (!loc.good()) continue;
-            if (s.form == SetStatement::UpBy || s.form == SetStatement::DownBy) {
-                if (loc.item->category == Category::Pointer) {
-                    put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)",
-                            emits(Do::Load, Of::Pointer), "(", loc.address, ") ",
-                            s.form == SetStatement::UpBy ? "+" : "-", " ", integer(part.value), ");\n"));
-                    continue;
-                }
-                if (!isNumericItem(*loc.item)) {
-                    error(t->at, "SET needs an index, a pointer or a condition-name");
-                    continue;
-                }
-                Num now = itemNumber(loc), by = integerNumber(integer(part.value), 10);
-                store(add(now, by, s.form == SetStatement::DownBy), loc, false, "");
-                continue;
-            }
-            if (loc.item->category == Category::Pointer && part.value->kind == ExprKind::EntryOf) {
-                put(cat(emits(Do::Store, Of::Pointer, Of::Integer), "(", loc.address, ", (int64_t)(intptr_t)",
-                        findProgram(constant(part.value->left), false), ");\n"));
-                continue;
-            }
-            if (loc.item->category == Category::Pointer) {
-                move(part.value, loc);
-                continue;
-            }
-            if (!isNumericItem(*loc.item)) {
-                error(t->at, "SET needs an index, a pointer or a condition-name");
-                continue;
-            }
-            store(integerNumber(integer(part.value), 10), loc, false, "");
         }
     }
 }

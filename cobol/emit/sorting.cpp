@@ -61,14 +61,14 @@ std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list, bo
         prepare(*f);
         assignment(*f);
         if (read && mayBeGiven(*f)) {
-            put(cat("F", f->number, "->requestedMode = ZVK_OPEN_INPUT; F", f->number, "->statement = 0;\n"));
+            put("F", f->number, "->requestedMode = ZVK_OPEN_INPUT; F", f->number, "->statement = 0;\n");
             openGiven(*f, true);
         }
         if (codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
-        put(cat(array, "[", count++, "] = F", f->number, ";\n"));
+        put(array, "[", count++, "] = F", f->number, ";\n");
     }
-    put(cat("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", count, "; ", record,
-            ".files = ", array, ";\n"));
+    put("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", count, "; ", record, ".files = ", array,
+        ";\n");
     return record;
 }
 
@@ -108,10 +108,10 @@ void Emitter::sortTable(const SortStatement &s, const std::string &weights)
             error(key.item ? key.item->at : s.at, "this is no key of the table");
             return;
         }
-        list += cat(", &", name, "[", &key - keys.data(), "]");
-        rows += cat(row, ", ");
+        list += joined(", &", name, "[", &key - keys.data(), "]");
+        rows += joined(row, ", ");
     }
-    globals_ += cat("static const TableSortKey ", name, "[", keys.size(), "] = {", rows, "};\n");
+    globals_ += joined("static const TableSortKey ", name, "[", keys.size(), "] = {", rows, "};\n");
 
     // The table's address: its first occurrence; tables around it need their subscripts.
     Reference first = *s.file;
@@ -124,8 +124,8 @@ void Emitter::sortTable(const SortStatement &s, const std::string &weights)
     if (first.subscripts.size() + 1 == tables) first.subscripts.push_back(&one);
     Loc loc = locate(first, true);
     if (!loc.good()) return;
-    put(cat(emits(Do::SortTable, Of::Table), "(0, ", loc.address, ", ", table->size, ", (int32_t)",
-            currentCount(*table), ", ", weights, ", ", keys.size(), list, ");\n"));
+    put(emits(Do::SortTable, Of::Table), "(0, ", loc.address, ", ", table->size, ", (int32_t)", currentCount(*table),
+        ", ", weights, ", ", keys.size(), list, ");\n");
 }
 
 // The keys of a sort file's records as rows; empty: an error was told.
@@ -145,7 +145,7 @@ std::string Emitter::sortKeys(const SortStatement &s, const File &file, size_t &
             error(key.item->at, wordText(item->name) + " is no key in a record of " + wordText(file.name));
             return "";
         }
-        rows += cat(row, ", ");
+        rows += joined(row, ", ");
         count++;
     }
     if (count == 0) error(s.at, "SORT needs a key (ON ASCENDING KEY or ON DESCENDING KEY)");
@@ -165,14 +165,15 @@ void Emitter::sortFile(const SortStatement &s, const File &file, const std::stri
     if (s.givingFiles.empty() && !s.hasOutput) error(s.at, verb + " needs GIVING or an OUTPUT PROCEDURE");
 
     std::string n = cat(++constants_), prefix = cat("p", program_->number, "_");
-    globals_ += cat("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {", count,
-                    ", 0, {", rows, "}};\n");
-    globals_ += cat("static SortVerbBlock B", n, " = {.sortReturn = &", prefix,
-                    "sortReturn, .lineNumber = ", group_.spot(s.at).line, ", .program = &", prefix, "pcb};\n");
-    globals_ += cat("static SortRecordDesc R", n,
-                    " = {.recordFormat = ", file.minRecord != file.maxRecord ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
-                    ", .recordLength = ", file.maxRecord, "};\n");
-    globals_ += cat("static char Q", n, "[2];\n");
+    globals_ += joined("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {",
+                       count, ", 0, {", rows, "}};\n");
+    globals_ += joined("static SortVerbBlock B", n, " = {.sortReturn = &", prefix,
+                       "sortReturn, .lineNumber = ", group_.spot(s.at).line, ", .program = &", prefix, "pcb};\n");
+    globals_ +=
+        joined("static SortRecordDesc R", n,
+               " = {.recordFormat = ", file.minRecord != file.maxRecord ? "ZVK_SORT_VARIABLE" : "ZVK_SORT_FIXED",
+               ", .recordLength = ", file.maxRecord, "};\n");
+    globals_ += joined("static char Q", n, "[2];\n");
 
     std::string usingList = sortFiles(s.usingFiles, true), givingList = sortFiles(s.givingFiles, false);
     std::string eighth = temp("uint64_t", "[3]");
@@ -183,10 +184,10 @@ void Emitter::sortFile(const SortStatement &s, const File &file, const std::stri
                    givingList, ", ", eighth, ");\n");
     };
     put(fillEighth);
-    put(cat(prefix, "sortReturn = 0;\n"));
+    put(prefix, "sortReturn = 0;\n");
     const std::string after = label();
     const bool mayEnd = (s.hasInput || s.hasOutput) && programEndsSort();
-    if (mayEnd) put(cat("memcpy(", prefix, "sortCells, x, sizeof x);\n", prefix, "sortEnd = &&", after, ";\n"));
+    if (mayEnd) put("memcpy(", prefix, "sortCells, x, sizeof x);\n", prefix, "sortEnd = &&", after, ";\n");
     put(operation(s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START"));
     const std::string failed = operation("ZVK_SORT_FAILED");
     if (s.hasInput) {
@@ -208,8 +209,8 @@ void Emitter::sortFile(const SortStatement &s, const File &file, const std::stri
     }
     performWay_ = "PERFORM LOOP";
     if (!mayEnd) return;
-    put(cat("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n", failed,
-            "B", n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n"));
+    put("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n", failed, "B",
+        n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n");
 }
 
 void Emitter::sortStatement(const SortStatement &s)
@@ -234,8 +235,8 @@ bool Emitter::programEndsSort()
 void Emitter::endSort()
 {
     if (programEndsSort())
-        put(cat("if (p", program_->number, "_sortReturn == 16 && p", program_->number, "_sortEnd) goto *p",
-                program_->number, "_sortEnd;\n"));
+        put("if (p", program_->number, "_sortReturn == 16 && p", program_->number, "_sortEnd) goto *p",
+            program_->number, "_sortEnd;\n");
 }
 
 void Emitter::releaseStatement(const FileStatement &s)
@@ -256,8 +257,8 @@ void Emitter::releaseStatement(const FileStatement &s)
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
     endSort();
-    put(cat(status, " = 0;\n", emits(Do::Release), "(", length, ", F", f->number, "->record, &", status, ");\n"));
-    put(cat("if (", status, ") p", program_->number, "_sortReturn = (int16_t)", status, ";\n"));
+    put(status, " = 0;\n", emits(Do::Release), "(", length, ", F", f->number, "->record, &", status, ");\n");
+    put("if (", status, ") p", program_->number, "_sortReturn = (int16_t)", status, ";\n");
 }
 
 void Emitter::returnStatement(const FileStatement &s)
@@ -270,12 +271,12 @@ void Emitter::returnStatement(const FileStatement &s)
     }
     std::string status = temp("uint16_t"), length = temp("uint32_t");
     endSort();
-    put(cat(status, " = 0;\n", length, " = ", f->maxRecord, ";\n", emits(Do::Return), "(&", length, ", F", f->number,
-            "->record, &", status, ");\n"));
+    put(status, " = 0;\n", length, " = ", f->maxRecord, ";\n", emits(Do::Return), "(&", length, ", F", f->number,
+        "->record, &", status, ");\n");
     if (f->recordDepending) {
         Loc loc = locate(*f->recordDepending, true);
         if (loc.good()) {
-            put(cat("if (!", status, ") {\n"));
+            put("if (!", status, ") {\n");
             store(integerNumber(cat("(int64_t)", length), 9, false), loc, false, "");
             put("}\n");
         }
@@ -283,7 +284,7 @@ void Emitter::returnStatement(const FileStatement &s)
     if (s.into) {
         Loc to = locate(*s.into, true);
         if (to.good()) {
-            put(cat("if (!", status, ") {\n"));
+            put("if (!", status, ") {\n");
             if (f->records.size() == 1 && f->minRecord == f->maxRecord) {
                 moveLoc(locateItem(*f->records[0]), to);
             } else {

@@ -28,7 +28,7 @@ constexpr UtilityText kUtilityTexts[] = {
 
 } // namespace
 
-const char *emitsFunction(std::string_view name, Of of)
+std::string_view emitsFunction(std::string_view name, Of of)
 {
     const char *first = nullptr;
     for (const FunctionText &row : kFunctionTexts) {

@@ -2,7 +2,7 @@
 // is done with which classes of operands. The rows are in statement_table.def.
 //
 //   put(cat(emits(Do::Release), "(", length, ", ", ...));
-//   const char *how = emits(Do::Rounded, n.wide() ? Of::Wide : Of::Integer);
+//   std::string_view how = emits(Do::Rounded, n.wide() ? Of::Wide : Of::Integer);
 //
 // Where the classes are known here, a row that the table does not have is an error of the compiler.
 #pragma once
@@ -69,14 +69,14 @@ constexpr const char *findRow(Do what, Of a, Of b)
 const char *noSuchRow(); // never defined
 
 // What is emitted. Without such a row the call is no constant.
-consteval const char *emits(Do what, Of a = Of::None, Of b = Of::None)
+consteval std::string_view emits(Do what, Of a = Of::None, Of b = Of::None)
 {
     const char *text = findRow(what, a, b);
     return text ? text : noSuchRow();
 }
 
 // The same where the classes are known only when kvrcob runs.
-inline const char *emitsFor(Do what, Of a = Of::None, Of b = Of::None)
+inline std::string_view emitsFor(Do what, Of a = Of::None, Of b = Of::None)
 {
     const char *text = findRow(what, a, b);
     assert(text);
@@ -84,7 +84,7 @@ inline const char *emitsFor(Do what, Of a = Of::None, Of b = Of::None)
 }
 
 // What is emitted for an intrinsic function, by its name; of several rows the one of the class.
-const char *emitsFunction(std::string_view name, Of of = Of::None);
+std::string_view emitsFunction(std::string_view name, Of of = Of::None);
 
 // The routine of a utility, null if there is none of that name.
 const char *emitsUtility(std::string_view name);

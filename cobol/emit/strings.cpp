@@ -25,10 +25,14 @@ struct Words {
     size_t next = 0;
     std::string code;
 
-    void put(const std::string &value) { code += cat(name, "[", next++, "] = ", value, ";\n"); }
-    void put(uint64_t value) { put(cat(value, "u")); }
-    void address(const std::string &value) { put(cat("(uint64_t)(uintptr_t)(", value, ")")); }
-    void length(const std::string &value) { put(cat("(uint64_t)(", value, ")")); }
+    template <class... Parts>
+    void put(const Parts &...value)
+    {
+        code += joined(name, "[", next++, "] = ", value..., ";\n");
+    }
+    void number(uint64_t value) { put(value, "u"); }
+    void address(const std::string &value) { put("(uint64_t)(uintptr_t)(", value, ")"); }
+    void length(const std::string &value) { put("(uint64_t)(", value, ")"); }
 };
 
 Expr *expressionOf(Reference *ref)
@@ -72,7 +76,7 @@ bool isDisplay(const Item &item)
 std::string Emitter::pointerIn(Reference *pointer, const std::string &length, std::string &value)
 {
     value = temp("int64_t");
-    put(cat(value, " = ", integer(expressionOf(pointer)), ";\n"));
+    put(value, " = ", integer(expressionOf(pointer)), ";\n");
     return cat(value, " >= 1 && ", value, " <= (int64_t)(", length, ")");
 }
 
@@ -95,14 +99,14 @@ void Emitter::stringStatement(const StringStatement &s)
     for (const StringStatement::Group &group : s.groups) size += 3 + 2 * group.sources.size();
     Words block{temp("uint64_t", cat("[", size, "]"))};
     std::string overflow = temp("uint32_t"), pointer, inRange = "1";
-    put(cat(overflow, " = 1;\n"));
+    put(overflow, " = 1;\n");
 
-    block.put(s.pointer ? ZVK_STRING_POINTER * kThirdByte : 0);
+    block.number(s.pointer ? ZVK_STRING_POINTER * kThirdByte : 0);
     block.address(target.address);
     block.length(target.length);
     if (s.pointer) inRange = pointerIn(s.pointer, target.length, pointer);
     block.put(s.pointer ? cat("(uint64_t)", pointer) : "1");
-    block.put(s.groups.size());
+    block.number(s.groups.size());
     for (const StringStatement::Group &group : s.groups) {
         if (group.delimiter) {
             Text t = text(group.delimiter, true);
@@ -110,10 +114,10 @@ void Emitter::stringStatement(const StringStatement &s)
             block.address(t.address);
             block.length(t.length);
         } else {
-            block.put(uint64_t{0});
-            block.put(uint64_t{0});
+            block.number(0);
+            block.number(0);
         }
-        block.put(group.sources.size());
+        block.number(group.sources.size());
         for (const Expr *source : group.sources) {
             Text t = text(source, true);
             if (!t.good) return;
@@ -122,9 +126,9 @@ void Emitter::stringStatement(const StringStatement &s)
         }
     }
 
-    if (s.pointer) put(cat("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n"));
+    if (s.pointer) put("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n");
     put(block.code);
-    put(cat(emits(Do::String, Of::Text), "((StringBlock *)", block.name, ", 0, &", overflow, ");\n"));
+    put(emits(Do::String, Of::Text), "((StringBlock *)", block.name, ", 0, &", overflow, ");\n");
     if (s.pointer) {
         storeInteger(s.pointer, cat(block.name, "[3]"));
         put("}\n");
@@ -162,12 +166,12 @@ void Emitter::unstringStatement(const UnstringStatement &s)
     Words block{temp("uint64_t", cat("[", 6 + 3 * std::max<size_t>(1, s.delimiters.size()), "]"))};
     Words targets{temp("uint64_t", cat("[", 8 * s.targets.size(), "]"))};
     std::string overflow = temp("uint32_t"), pointer, inRange = "1";
-    put(cat(overflow, " = 1;\n"));
+    put(overflow, " = 1;\n");
 
     // The block: source, POINTER, TALLYING, delimiters.
     uint64_t flags =
         (s.pointer ? uint64_t{ZVK_UNSTRING_POINTER} : 0) | (s.tallying ? uint64_t{ZVK_UNSTRING_TALLYING} : 0);
-    block.put(flags * kThirdByte);
+    block.number(flags * kThirdByte);
     block.address(source.address);
     block.length(source.length);
     if (s.pointer) inRange = pointerIn(s.pointer, source.length, pointer);
@@ -175,16 +179,16 @@ void Emitter::unstringStatement(const UnstringStatement &s)
     std::string tally = "0";
     if (s.tallying) {
         tally = temp("int64_t");
-        put(cat(tally, " = ", integer(expressionOf(s.tallying)), ";\n"));
+        put(tally, " = ", integer(expressionOf(s.tallying)), ";\n");
     }
-    block.put(cat("(uint32_t)", tally));
-    block.put(cat(s.delimiters.size(), "u | (uint64_t)", s.targets.size(), "u << 32"));
+    block.put("(uint32_t)", tally);
+    block.put(s.delimiters.size(), "u | (uint64_t)", s.targets.size(), "u << 32");
     for (const UnstringStatement::Delimiter &d : s.delimiters) {
         Text t = text(d.value, true);
         if (!t.good) return;
         block.address(t.address);
         block.length(t.length);
-        block.put(cat(d.all || t.kind == Text::All ? ZVK_UNSTRING_ALL : 0u, "u"));
+        block.number(d.all || t.kind == Text::All ? ZVK_UNSTRING_ALL : 0u);
     }
 
     // The receiving items. A count that stays all ones is of an item that the source did not reach.
@@ -208,30 +212,30 @@ void Emitter::unstringStatement(const UnstringStatement &s)
             if (s.delimiters.empty()) width = isNumericItem(item) ? std::max(1, item.picture.digits) : target.fixed;
             buffers[i] = tempBytes(width);
             targets.address(buffers[i]);
-            targets.put(static_cast<uint64_t>(width));
+            targets.number(static_cast<uint64_t>(width));
             moved.emplace_back(i, target);
             kind = 0;
             integerSize = 0;
         }
-        targets.put(static_cast<uint64_t>(integerSize));
-        targets.put(kind * kThirdByte);
+        targets.number(static_cast<uint64_t>(integerSize));
+        targets.number(kind * kThirdByte);
         if (into.delimiter) {
             Loc delimiter = locate(*into.delimiter, true);
             if (!delimiter.good()) return;
             targets.address(delimiter.address);
             targets.length(delimiter.length);
-            targets.put(!delimiter.refmod && delimiter.item->justified ? ZVK_UNSTRING_JUST_RIGHT * kThirdByte : 0);
+            targets.number(!delimiter.refmod && delimiter.item->justified ? ZVK_UNSTRING_JUST_RIGHT * kThirdByte : 0);
         } else {
-            for (int word = 0; word < 3; word++) targets.put(uint64_t{0});
+            for (int word = 0; word < 3; word++) targets.number(0);
         }
         targets.put("~(uint64_t)0");
     }
 
-    if (s.pointer) put(cat("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n"));
+    if (s.pointer) put("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n");
     put(block.code);
     put(targets.code);
-    put(cat(emits(Do::Unstring, Of::Text), "((UnstringBlock *)", block.name, ", (UnstringTarget *)", targets.name,
-            ", 0, &", overflow, ");\n"));
+    put(emits(Do::Unstring, Of::Text), "((UnstringBlock *)", block.name, ", (UnstringTarget *)", targets.name, ", 0, &",
+        overflow, ");\n");
     auto reached = [&](size_t i) { return cat("if (~", targets.name, "[", 8 * i + 7, "]) {\n"); };
     for (auto &[i, target] : moved) {
         put(reached(i));
@@ -302,9 +306,9 @@ void Emitter::inspectTrailing(const InspectStatement &s, const Loc &target)
             places[i] = bounds[i] ? cat(bound.address, ", ", bound.length) : "0, 0";
         }
         std::string count = temp("int64_t");
-        put(cat(count, " = ", emits(Do::InspectTrailing, Of::Text), "(", target.address, ", ", target.length, ", ",
-                compared.address, ", ", compared.length, ", ", places[0], ", ", places[1], ", ",
-                phrase.result ? result.address : "0", ");\n"));
+        put(count, " = ", emits(Do::InspectTrailing, Of::Text), "(", target.address, ", ", target.length, ", ",
+            compared.address, ", ", compared.length, ", ", places[0], ", ", places[1], ", ",
+            phrase.result ? result.address : "0", ");\n");
         if (!phrase.counter) continue;
         Loc loc = locate(*phrase.counter, true);
         if (!loc.good()) return;
@@ -333,8 +337,8 @@ void Emitter::inspectStatement(const InspectStatement &s)
     for (const InspectStatement::Phrase &phrase : s.phrases)
         if (phrase.mode == K_TRAILING) return inspectTrailing(s, target);
     Words block{temp("uint64_t", cat("[", 4 + 12 * s.phrases.size(), "]"))};
-    block.put(s.phrases.size());
-    block.put(signFlags(target));
+    block.number(s.phrases.size());
+    block.number(signFlags(target));
     block.length(target.length);
     block.address(target.address);
 
@@ -358,7 +362,7 @@ void Emitter::inspectStatement(const InspectStatement &s)
         if (phrase.kind == K_TALLYING) {
             if (counters.empty() || counters.back().first != phrase.counter) {
                 counters.emplace_back(phrase.counter, temp("uint64_t"));
-                put(cat(counters.back().second, " = 0;\n"));
+                put(counters.back().second, " = 0;\n");
             }
             words[0][0] = cat(kind, "u");
             words[0][1] = "8";
@@ -372,7 +376,7 @@ void Emitter::inspectStatement(const InspectStatement &s)
             for (std::string &word : operand) block.put(word.empty() ? "0" : word);
     }
     put(block.code);
-    put(cat(emits(Do::Inspect, Of::Text), "((InspectBlock *)", block.name, ");\n"));
+    put(emits(Do::Inspect, Of::Text), "((InspectBlock *)", block.name, ");\n");
     for (auto &[counter, sum] : counters) {
         Loc loc = locate(*counter, true);
         if (!loc.good()) return;

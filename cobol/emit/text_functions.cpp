@@ -10,9 +10,9 @@ namespace kvrcob {
 bool Emitter::dateText(const FunctionCall &f, FunctionText &result)
 {
     std::string buffer = tempBytes(22);
-    put(cat(emitsFunction(f.name), f.name == "CURRENT-DATE" ? "((char *)" : "(__DATE__, __TIME__, (char *)", buffer,
-            ");\n"));
-    put(cat(result.address, " = ", buffer, "; ", result.length, " = 21;\n"));
+    put(emitsFunction(f.name), f.name == "CURRENT-DATE" ? "((char *)" : "(__DATE__, __TIME__, (char *)", buffer,
+        ");\n");
+    put(result.address, " = ", buffer, "; ", result.length, " = 21;\n");
     result.fixed = 21;
     return true;
 }
@@ -22,17 +22,17 @@ bool Emitter::changedText(const FunctionCall &f, FunctionText &result)
 {
     Text a = text(f.args[0], true);
     if (!a.good) return false;
-    const char *entry = emitsFunction(f.name);
+    const std::string_view entry = emitsFunction(f.name);
     if (a.fixed >= 0) {
         std::string buffer = tempBytes(a.fixed + 1);
-        put(cat(result.address, " = ", buffer, "; ", result.length, " = ", a.fixed, "; ", entry, "(", result.length,
-                ", ", a.address, ", ", result.address, ");\n"));
+        put(result.address, " = ", buffer, "; ", result.length, " = ", a.fixed, "; ", entry, "(", result.length, ", ",
+            a.address, ", ", result.address, ");\n");
         result.fixed = a.fixed;
     } else {
         std::string from = temp("const uint8_t *");
-        put(cat(from, " = ", a.address, "; ", result.length, " = ", a.length, "; ", result.address, " = ",
-                emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", entry, "(", result.length, ", ", from,
-                ", ", result.address, ");\n"));
+        put(from, " = ", a.address, "; ", result.length, " = ", a.length, "; ", result.address, " = ",
+            emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", entry, "(", result.length, ", ", from,
+            ", ", result.address, ");\n");
     }
     return true;
 }
@@ -43,8 +43,8 @@ bool Emitter::trimmed(const FunctionCall &f, FunctionText &result)
     if (!a.good) return false;
     int mode = 3;
     if (f.args.size() > 1) mode = f.args[1]->op == K_LEADING ? 1 : 2;
-    put(cat(result.address, " = (uint8_t *)(intptr_t)(", a.address, "); ", result.length, " = ", a.length, "; ",
-            emitsFunction(f.name), "(&", result.address, ", &", result.length, ", ", mode, ");\n"));
+    put(result.address, " = (uint8_t *)(intptr_t)(", a.address, "); ", result.length, " = ", a.length, "; ",
+        emitsFunction(f.name), "(&", result.address, ", &", result.length, ", ", mode, ");\n");
     return true;
 }
 
@@ -54,10 +54,10 @@ bool Emitter::formatted(const FunctionCall &f, FunctionText &result)
     Text a = text(f.args[0], true);
     if (!a.good) return false;
     std::string from = temp("const uint8_t *");
-    put(cat(from, " = ", a.address, "; ", result.length, " = ", a.length, "; ", result.address, " = ",
-            emits(Do::FunctionRoom, Of::Varying), "(", result.length, ");\n"));
+    put(from, " = ", a.address, "; ", result.length, " = ", a.length, "; ", result.address, " = ",
+        emits(Do::FunctionRoom, Of::Varying), "(", result.length, ");\n");
     if (f.name == "FORMATTED-CURRENT-DATE") {
-        put(cat(emitsFunction(f.name), "(", from, ", ", result.length, ", ", result.address, ");\n"));
+        put(emitsFunction(f.name), "(", from, ", ", result.length, ", ", result.address, ");\n");
     } else {
         size_t next = 1;
         std::string date = f.name == "FORMATTED-TIME" ? "1" : integer(f.args[next++]), nanos = "0", offset = "0";
@@ -69,8 +69,8 @@ bool Emitter::formatted(const FunctionCall &f, FunctionText &result)
         }
         bool hasOffset = next < f.args.size();
         if (hasOffset) offset = integer(f.args[next]);
-        put(cat(emitsFunction(f.name), "(", from, ", ", result.length, ", ", date, ", (int64_t)", nanos, ", ",
-                hasOffset ? 1 : 0, ", ", offset, ", ", result.address, ");\n"));
+        put(emitsFunction(f.name), "(", from, ", ", result.length, ", ", date, ", (int64_t)", nanos, ", ",
+            hasOffset ? 1 : 0, ", ", offset, ", ", result.address, ");\n");
     }
     if (a.fixed >= 0) result.fixed = a.fixed;
     return true;
@@ -82,10 +82,9 @@ bool Emitter::textOfDigits(const FunctionCall &f, FunctionText &result)
     Text a = text(f.args[0], true);
     if (!a.good) return false;
     std::string from = temp("const uint8_t *");
-    put(cat(from, " = ", a.address, "; ", result.length, " = ", a.length, "; ", result.address, " = ",
-            emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", result.length, " = ",
-            emitsFunction(f.name), "(", from, ", ", result.length, ", ", f.name[0] == 'H' ? 2 : 8, ", ", result.address,
-            ");\n"));
+    put(from, " = ", a.address, "; ", result.length, " = ", a.length, "; ", result.address, " = ",
+        emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", result.length, " = ", emitsFunction(f.name),
+        "(", from, ", ", result.length, ", ", f.name[0] == 'H' ? 2 : 8, ", ", result.address, ");\n");
     return true;
 }
 
@@ -94,17 +93,16 @@ bool Emitter::bitsOf(const FunctionCall &f, FunctionText &result)
     Text a = text(f.args[0], true);
     if (!a.good) return false;
     std::string from = temp("const uint8_t *");
-    put(cat(from, " = ", a.address, "; ", result.length, " = 8 * (", a.length, "); ", result.address, " = ",
-            emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", emitsFunction(f.name), "(", from, ", ",
-            result.length, " / 8, ", result.address, ");\n"));
+    put(from, " = ", a.address, "; ", result.length, " = 8 * (", a.length, "); ", result.address, " = ",
+        emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", emitsFunction(f.name), "(", from, ", ",
+        result.length, " / 8, ", result.address, ");\n");
     return true;
 }
 
 bool Emitter::moduleId(const FunctionCall &f, FunctionText &result)
 {
     const std::string &id = wordText(program_->name);
-    put(cat(result.address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", result.length, " = ", id.size(),
-            ";\n"));
+    put(result.address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", result.length, " = ", id.size(), ";\n");
     result.fixed = static_cast<int64_t>(id.size());
     return true;
 }
@@ -114,9 +112,9 @@ bool Emitter::hexOf(const FunctionCall &f, FunctionText &result)
     Text a = text(f.args[0], true);
     if (!a.good) return false;
     std::string from = temp("const uint8_t *");
-    put(cat(from, " = ", a.address, "; ", result.length, " = 2 * (", a.length, "); ", result.address, " = ",
-            emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", emitsFunction(f.name), "(", from, ", ",
-            result.length, " / 2, ", result.address, ");\n"));
+    put(from, " = ", a.address, "; ", result.length, " = 2 * (", a.length, "); ", result.address, " = ",
+        emits(Do::FunctionRoom, Of::Varying), "(", result.length, "); ", emitsFunction(f.name), "(", from, ", ",
+        result.length, " / 2, ", result.address, ");\n");
     return true;
 }
 
@@ -132,10 +130,9 @@ bool Emitter::charOf(const FunctionCall &f, FunctionText &result)
     std::string buffer = tempBytes(1);
     std::string place = integer(f.args[0]);
     const Alphabet *a = ownSequence();
-    put(cat(buffer, "[0] = ",
-            a ? cat(emitsFunction(f.name), "(alphabet", a->number, ", ", place, ")")
-              : cat("(uint8_t)(", place, " - 1)"),
-            "; ", result.address, " = ", buffer, "; ", result.length, " = 1;\n"));
+    put(buffer, "[0] = ",
+        a ? cat(emitsFunction(f.name), "(alphabet", a->number, ", ", place, ")") : cat("(uint8_t)(", place, " - 1)"),
+        "; ", result.address, " = ", buffer, "; ", result.length, " = 1;\n");
     result.fixed = 1;
     return true;
 }
@@ -146,10 +143,9 @@ bool Emitter::concatenated(const FunctionCall &f, FunctionText &result)
     for (size_t i = 0; i < f.args.size(); i++) {
         Text a = text(f.args[i], true);
         if (!a.good) return false;
-        put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
+        put(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n");
     }
-    put(cat(result.address, " = ", emitsFunction(f.name), "(", list, ", ", f.args.size(), ", &", result.length,
-            ");\n"));
+    put(result.address, " = ", emitsFunction(f.name), "(", list, ", ", f.args.size(), ", &", result.length, ");\n");
     return true;
 }
 
@@ -160,10 +156,10 @@ bool Emitter::substituted(const FunctionCall &f, FunctionText &result)
     for (size_t i = 0; i < f.args.size(); i++) {
         Text a = text(f.args[i], true);
         if (!a.good) return false;
-        put(cat(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n"));
+        put(list, "[", i, "].text = ", a.address, "; ", list, "[", i, "].length = ", a.length, ";\n");
     }
-    put(cat(result.address, " = ", emitsFunction(f.name), "(", list, ", ", f.args.size(), ", ",
-            f.name == "SUBSTITUTE" ? 0 : 1, ", &", result.length, ");\n"));
+    put(result.address, " = ", emitsFunction(f.name), "(", list, ", ", f.args.size(), ", ",
+        f.name == "SUBSTITUTE" ? 0 : 1, ", &", result.length, ");\n");
     return true;
 }
 
@@ -180,14 +176,13 @@ bool Emitter::extremeText(const FunctionCall &f, FunctionText &result)
         Text a = text(f.args[i], true);
         if (!a.good) return false;
         if (i == 0)
-            put(cat(result.address, " = (uint8_t *)(intptr_t)", a.address, "; ", result.length, " = ", a.length,
-                    ";\n"));
+            put(result.address, " = (uint8_t *)(intptr_t)", a.address, "; ", result.length, " = ", a.length, ";\n");
         else
-            put(cat(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (",
-                    guards_.count(f.args[i]) ? guards_[f.args[i]] + " && " : "", emits(Do::Compare, Of::Text, Of::Text),
-                    "(", now, ", ", nowLength, ", ", result.address, ", ", result.length, ") ",
-                    f.name == "MAX" ? ">" : "<", " 0) { ", result.address, " = (uint8_t *)(intptr_t)", now, "; ",
-                    result.length, " = ", nowLength, "; }\n"));
+            put(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (",
+                guards_.count(f.args[i]) ? guards_[f.args[i]] + " && " : "", emits(Do::Compare, Of::Text, Of::Text),
+                "(", now, ", ", nowLength, ", ", result.address, ", ", result.length, ") ", f.name == "MAX" ? ">" : "<",
+                " 0) { ", result.address, " = (uint8_t *)(intptr_t)", now, "; ", result.length, " = ", nowLength,
+                "; }\n");
     }
     return true;
 }

@@ -116,11 +116,11 @@ Text Emitter::itemText(const Expr *e, bool numericAsText)
         return textOf(loc);
 
     Num n = itemNumber(loc);
-    if (n.kind == Num::Float) n = scaleTo(n, 0, false);
-    n = toPacked(n);
+    if (n.kind == Num::Float) n = scaleTo(std::move(n), 0, false);
+    n = toPacked(std::move(n));
     int digits = item.isIndexName ? 9 : item.picture.digits;
     if (n.scale < 0) {
-        n = scaleUp(n, 0);
+        n = scaleUp(std::move(n), 0);
         digits = n.digits;
     }
     return digitsText(n, digits);

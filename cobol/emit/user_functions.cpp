@@ -24,7 +24,7 @@ std::string Emitter::functionEntry(Program &f)
     if (declaredElsewhere_.insert(index).second) {
         std::string parameters;
         for (size_t i = 0; i < f.parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
-        globals_ += cat("int64_t ", name, "(", parameters, ") __asm__(", bytesLiteral(f.cName), ");\n");
+        globals_ += joined("int64_t ", name, "(", parameters, ") __asm__(", bytesLiteral(f.cName), ");\n");
     }
     return name;
 }
@@ -64,11 +64,11 @@ bool Emitter::callFunction(const Expr *e, Loc &result)
         if (formal->anyLength) {
             Text t = text(a, true);
             if (!t.good) return false;
-            put(cat(address, " = (uint8_t *)(intptr_t)(", t.address, ");\n"));
+            put(address, " = (uint8_t *)(intptr_t)(", t.address, ");\n");
             std::string length = temp("int64_t");
-            put(cat(length, " = ", t.length, ";\n"));
-            lengths += cat("kvr_lengths[", i, "] = ", length, ";\n");
-            arguments += cat(address, ", ");
+            put(length, " = ", t.length, ";\n");
+            lengths += joined("kvr_lengths[", i, "] = ", length, ";\n");
+            arguments += joined(address, ", ");
             continue;
         }
         Loc given;
@@ -80,14 +80,14 @@ bool Emitter::callFunction(const Expr *e, Loc &result)
             same = given.good() && given.fixed >= static_cast<int64_t>(formal->size) &&
                    (formal->category == Category::Group || !isNumericItem(*given.item));
         if (same) {
-            put(cat(address, " = ", given.address, ";\n"));
+            put(address, " = ", given.address, ";\n");
         } else {
             Loc copy = locateItem(*formal, "", true);
             copy.address = tempBytes(formal->size);
-            put(cat(address, " = ", copy.address, ";\n"));
+            put(address, " = ", copy.address, ";\n");
             move(a, copy);
         }
-        arguments += cat(address, ", ");
+        arguments += joined(address, ", ");
     }
     result = Loc{};
     result.item = returned;
@@ -97,11 +97,11 @@ bool Emitter::callFunction(const Expr *e, Loc &result)
     result.address = tempBytes(std::max<int64_t>(returned->size, 1));
     const std::string entry = functionEntry(f);
     bool zeros = isNumericItem(*returned) && returned->usage != Usage::Display;
-    put(cat("memset(", result.address, ", ",
-            zeros                      ? "0"
-            : isNumericItem(*returned) ? "'0'"
-                                       : "' '",
-            ", ", returned->size, ");\n", lengths, entry, "(", arguments, result.address, ");\n"));
+    put("memset(", result.address, ", ",
+        zeros                      ? "0"
+        : isNumericItem(*returned) ? "'0'"
+                                   : "' '",
+        ", ", returned->size, ");\n", lengths, entry, "(", arguments, result.address, ");\n");
     return true;
 }
 

@@ -28,11 +28,11 @@ void Emitter::xmlParse(const XmlParseStatement &s)
     program_->procedures[end].returns.push_back(site);
     for (size_t i = static_cast<size_t>(from); i <= lastOf(*program_, end); i++) flow_.entered[i] = true;
     flow_.entered[static_cast<size_t>(from)] = true;
-    entryCases_ += cat("case -", site, ": x[", end, "] = ", site, "; goto p", from, ";\n");
-    useReturns_ += cat("r", site, ": goto leave;\n");
+    entryCases_ += joined("case -", site, ": x[", end, "] = ", site, "; goto p", from, ";\n");
+    useReturns_ += joined("r", site, ": goto leave;\n");
     std::string failed = temp("int");
-    put(cat(failed, " = ", emits(Do::XmlParse, Of::Text), "(&p", program_->number, "_xml, p", program_->number,
-            "_body, -", site, ", ", document.address, ", ", document.length, ", ", codePage, ");\n"));
+    put(failed, " = ", emits(Do::XmlParse, Of::Text), "(&p", program_->number, "_xml, p", program_->number, "_body, -",
+        site, ", ", document.address, ", ", document.length, ", ", codePage, ");\n");
     phrases(s.exception, failed);
 }
 
@@ -98,7 +98,7 @@ bool XmlWalk::phrases()
 
 void XmlWalk::node(int level, unsigned flags, const std::string &rest)
 {
-    nodes += cat("{", level, ", ", flags, ", {", rest, "}}, ");
+    nodes += joined("{", level, ", ", flags, ", {", rest, "}}, ");
 }
 
 // Bytes that write nothing.
@@ -112,7 +112,7 @@ void XmlWalk::name(const Item &item, std::string_view byDefault)
     auto given = names.find(&item);
     std::string_view text = given != names.end() ? given->second->name->text : byDefault;
     text = text.substr(0, 255);
-    nameStream += cat(static_cast<char>(text.size()), text);
+    nameStream += joined(static_cast<char>(text.size()), text);
 }
 
 void XmlWalk::number(const Item &i, int level, unsigned flags, const std::string &displacement)
@@ -128,7 +128,7 @@ void XmlWalk::number(const Item &i, int level, unsigned flags, const std::string
     target.fixed = edited->size;
     target.length = cat(edited->size);
     e.store(n, target, false, "");
-    e.put(cat(editCursor, " += ", edited->size, ";\n"));
+    e.put(editCursor, " += ", edited->size, ";\n");
     editedLength += edited->size;
 }
 
@@ -161,14 +161,14 @@ void XmlWalk::item(const Item &i, int level, const std::string &displacement, bo
         std::string index = e.temp("int64_t"), count = cat(i.occursMax);
         if (i.dependingItem) {
             count = e.temp("int64_t");
-            e.put(cat(count, " = ", e.currentCount(i), ";\n"));
+            e.put(count, " = ", e.currentCount(i), ";\n");
             node(level, ZVK_XML_NODE_DEPENDING, cat(".count = ", depending.size()));
             depending.push_back(count);
         } else {
             node(level, ZVK_XML_NODE_CONTROL, cat(".count = ", i.occursMax));
         }
-        e.put(cat("for (", index, " = 0; ", index, " < ", count, "; ", index, "++) {\n"));
-        place += cat(" + ", index, " * ", i.size);
+        e.put("for (", index, " = 0; ", index, " < ", count, "; ", index, "++) {\n");
+        place += joined(" + ", index, " * ", i.size);
         editedLength = 0;
     }
     name(i, i.name ? e.group_.tokens[i.at].text : "FILLER");
@@ -212,10 +212,10 @@ void Emitter::xmlGenerate(const XmlGenerateStatement &s)
     XmlWalk walk(*this, s);
     if (!walk.phrases()) return;
     std::string base = temp("uint8_t *");
-    put(cat(base, " = ", source.address, ";\n"));
+    put(base, " = ", source.address, ";\n");
     walk.editCursor = temp("uint8_t *");
     std::string prefix = cat("Y", ++constants_);
-    put(cat(walk.editCursor, " = ", prefix, "edited;\n"));
+    put(walk.editCursor, " = ", prefix, "edited;\n");
     Item whole = *source.item;
     whole.occurs = false;
     std::string displacement = cat(" + (", base, " - ", locateItem(whole).address, ")");
@@ -223,14 +223,14 @@ void Emitter::xmlGenerate(const XmlGenerateStatement &s)
                           wordText(program_->name).substr(0, 255));
     if (walk.names.count(source.item)) walk.names[&whole] = walk.names[source.item];
     walk.item(whole, 1, displacement, false, nullptr);
-    globals_ += cat("static const GenerateNode ", prefix, "nodes[] = {", walk.nodes, "{0}};\nstatic uint8_t ", prefix,
-                    "edited[", std::max<int64_t>(walk.editedLength, 1), "];\n");
+    globals_ += joined("static const GenerateNode ", prefix, "nodes[] = {", walk.nodes, "{0}};\nstatic uint8_t ",
+                       prefix, "edited[", std::max<int64_t>(walk.editedLength, 1), "];\n");
 
     std::string depending = "0", options = "0", count = temp("uint32_t"), failed = temp("int");
     if (!walk.depending.empty()) {
         depending = temp("uint64_t", cat("[", walk.depending.size(), "]"));
         for (size_t i = 0; i < walk.depending.size(); i++)
-            put(cat(depending, "[", i, "] = (uint64_t)", walk.depending[i], ";\n"));
+            put(depending, "[", i, "] = (uint64_t)", walk.depending[i], ";\n");
     }
     unsigned bits = 0;
     if (s.declaration) bits |= ZVK_XML_DECLARATION;
@@ -238,20 +238,19 @@ void Emitter::xmlGenerate(const XmlGenerateStatement &s)
     if (bits || s.encoding || s.nameSpace) {
         std::string record = temp("XmlGenerateOptions");
         options = cat("&", record);
-        put(cat("memset(&", record, ", 0, sizeof ", record, ");\n", record, ".options = ", bits, ";\n"));
+        put("memset(&", record, ", 0, sizeof ", record, ");\n", record, ".options = ", bits, ";\n");
         auto text = [&](const Expr *e, const char *length, const char *address) {
             if (!e) return;
             Text t = this->text(e, true);
-            put(cat(record, ".", length, " = (uint64_t)(", t.length, ");\n", record, ".", address, " = ", t.address,
-                    ";\n"));
+            put(record, ".", length, " = (uint64_t)(", t.length, ");\n", record, ".", address, " = ", t.address, ";\n");
         };
         text(s.encoding, "encodingLength", "encodingName");
         text(s.nameSpace, "namespaceLength", "namespaceUri");
         text(s.prefix, "prefixLength", "prefix");
     }
-    put(cat(failed, " = ", emits(Do::XmlGenerate, Of::Text), "(&p", program_->number, "_xml, ", receiver.address, ", ",
-            receiver.length, ", ", base, ", ", prefix, "edited, ", depending, ", ", prefix, "nodes, ",
-            constantBytes(walk.nameStream), ", ", options, ", &", count, ");\n"));
+    put(failed, " = ", emits(Do::XmlGenerate, Of::Text), "(&p", program_->number, "_xml, ", receiver.address, ", ",
+        receiver.length, ", ", base, ", ", prefix, "edited, ", depending, ", ", prefix, "nodes, ",
+        constantBytes(walk.nameStream), ", ", options, ", &", count, ");\n");
     if (s.count) storeInteger(s.count, count);
     phrases(s.exception, failed);
 }

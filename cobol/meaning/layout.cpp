@@ -117,70 +117,80 @@ struct Layout {
         return out;
     }
 
-    void elementary(Item &item)
+    // Items whose USAGE says all.
+    static void numericWithoutPicture(Item &item, uint32_t size, int digits, bool sign)
+    {
+        item.category = item.picture.category = Category::Numeric;
+        item.size = size;
+        item.picture.digits = digits;
+        item.picture.sign = sign;
+    }
+
+    static bool byUsageAlone(Item &item)
     {
         switch (item.usage) {
         case Usage::Index:
+            numericWithoutPicture(item, 4, 9, true);
             item.category = Category::Index;
-            item.size = 4;
-            item.picture.digits = 9;
-            item.picture.sign = true;
-            item.picture.category = Category::Numeric;
-            return;
+            return true;
         case Usage::Pointer:
         case Usage::ProcedurePointer:
             item.category = Category::Pointer;
             item.size = 8;
-            return;
+            return true;
         case Usage::Float:
+            numericWithoutPicture(item, 4, 7, true);
+            return true;
         case Usage::Double:
-            item.category = Category::Numeric;
-            item.size = item.usage == Usage::Float ? 4 : 8;
-            item.picture.digits = item.usage == Usage::Float ? 7 : 15;
-            item.picture.sign = true;
-            item.picture.category = Category::Numeric;
-            return;
+            numericWithoutPicture(item, 8, 15, true);
+            return true;
         default:
             break;
         }
-        if (item.nativeBinary) {
-            item.category = Category::Numeric;
-            item.picture.category = Category::Numeric;
-            item.size = item.nativeSize;
-            item.picture.digits = item.nativeSize == 1   ? 3
-                                  : item.nativeSize == 2 ? 5
-                                  : item.nativeSize == 4 ? 10
-                                  : item.isUnsigned      ? 20
-                                                         : 19;
-            item.picture.sign = !item.isUnsigned;
+        if (!item.nativeBinary) return false;
+        const int digits = item.nativeSize == 1   ? 3
+                           : item.nativeSize == 2 ? 5
+                           : item.nativeSize == 4 ? 10
+                           : item.isUnsigned      ? 20
+                                                  : 19;
+        numericWithoutPicture(item, item.nativeSize, digits, !item.isUnsigned);
+        return true;
+    }
+
+    // One character, after an error.
+    static void oneCharacter(Item &item)
+    {
+        item.size = 1;
+        item.picture = Picture{};
+        item.picture.positions = 1;
+    }
+
+    // Without a PICTURE it follows from the VALUE.
+    void byValue(Item &item)
+    {
+        item.category = Category::Alphanumeric;
+        const Expr *value = item.hasValue && item.values.size() == 1 ? item.values[0].from : nullptr;
+        if (item.level != 66 && !(value && value->kind == ExprKind::String)) {
+            if (!item.broken)
+                meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
+                                           " has neither a PICTURE nor items below it");
+            oneCharacter(item);
             return;
         }
-        if (!item.hasPicture) {
-            if (item.level != 66 && !(item.hasValue && item.values.size() == 1 && item.values[0].from &&
-                                      item.values[0].from->kind == ExprKind::String)) {
-                if (!item.broken)
-                    meaning.error(item.at, (item.name ? wordText(item.name) : "FILLER") +
-                                               " has neither a PICTURE nor items below it");
-                item.size = 1;
-                item.category = Category::Alphanumeric;
-                item.picture.positions = 1;
-                return;
-            }
-            // The picture follows from the VALUE.
-            item.category = Category::Alphanumeric;
-            item.size = item.level == 66 ? item.size : static_cast<uint32_t>(item.values[0].from->text.size());
-            item.picture.positions = item.size;
-            return;
-        }
+        if (item.level != 66) item.size = static_cast<uint32_t>(value->text.size());
+        item.picture.positions = item.size;
+    }
+
+    // Reads an item's PICTURE; BLANK WHEN ZERO makes an edited one of it. False after an error.
+    bool picture(Item &item)
+    {
         char symbol = program.currencySymbol ? program.currencySymbol : program.currency;
         std::string wrong = readPicture(pictureOf(item), symbol, program.commaIsPoint, item.picture);
         item.picture.currency = program.currency;
         if (!wrong.empty()) {
             meaning.error(item.pictureAt, wrong);
-            item.size = 1;
-            item.picture = Picture{};
-            item.picture.positions = 1;
-            return;
+            oneCharacter(item);
+            return false;
         }
         item.category = item.picture.category;
         if (item.blankWhenZero && item.category == Category::Numeric) {
@@ -188,45 +198,54 @@ struct Layout {
             item.picture.category = Category::NumericEdited;
             if (item.picture.sign) meaning.error(item.at, "BLANK WHEN ZERO does not go with S");
         }
+        return true;
+    }
+
+    // The size of a binary or packed item. False: it is neither.
+    bool computational(Item &item)
+    {
+        const bool packed = item.usage == Usage::Packed;
+        if (!packed && item.usage != Usage::Binary && item.usage != Usage::Native) return false;
+        if (item.category != Category::Numeric) {
+            meaning.error(item.at,
+                          packed ? "a packed item needs a numeric picture" : "a binary item needs a numeric picture");
+            item.usage = Usage::Display;
+            return false;
+        }
+        int &digits = item.picture.digits;
+        if (packed) {
+            item.size = static_cast<uint32_t>(digits) / 2 + 1;
+            return true;
+        }
+        if (digits > 18) {
+            meaning.error(item.at, "binary items of more than 18 digits are not supported yet");
+            digits = 18;
+        }
+        item.size = digits <= 4 ? 2 : digits <= 9 ? 4 : 8;
+        return true;
+    }
+
+    void elementary(Item &item)
+    {
+        if (byUsageAlone(item)) return;
+        if (!item.hasPicture) {
+            byValue(item);
+            return;
+        }
+        if (!picture(item)) return;
         if (item.usage == Usage::CompX && compX(item)) return;
-        bool numeric = item.category == Category::Numeric;
         if (item.picture.digits > 38 && item.picture.category != Category::Alphanumeric) {
             meaning.error(item.pictureAt, "a numeric item has at most 38 digits");
             item.picture.digits = 38;
         }
         if (item.isUnsigned) item.picture.sign = false;
-        switch (item.usage) {
-        case Usage::Binary:
-        case Usage::Native:
-            if (!numeric) {
-                meaning.error(item.at, "a binary item needs a numeric picture");
-                item.usage = Usage::Display;
-                break;
-            }
-            if (item.picture.digits > 18) {
-                meaning.error(item.at, "binary items of more than 18 digits are not supported yet");
-                item.picture.digits = 18;
-            }
-            item.size = item.picture.digits <= 4 ? 2 : item.picture.digits <= 9 ? 4 : 8;
-            return;
-        case Usage::Packed:
-            if (!numeric) {
-                meaning.error(item.at, "a packed item needs a numeric picture");
-                item.usage = Usage::Display;
-                break;
-            }
-            item.size = static_cast<uint32_t>(item.picture.digits) / 2 + 1;
-            return;
-        default:
-            break;
-        }
+        if (computational(item)) return;
+
         item.size = item.picture.positions;
-        if (numeric && item.picture.sign) {
-            item.signForm = item.signSeparate
-                                ? (item.signLeading ? SignForm::LeadingSeparate : SignForm::TrailingSeparate)
-                                : (item.signLeading ? SignForm::Leading : SignForm::Trailing);
-            if (item.signSeparate) item.size++;
-        }
+        if (item.category != Category::Numeric || !item.picture.sign) return;
+        item.signForm = item.signSeparate ? (item.signLeading ? SignForm::LeadingSeparate : SignForm::TrailingSeparate)
+                                          : (item.signLeading ? SignForm::Leading : SignForm::Trailing);
+        if (item.signSeparate) item.size++;
     }
 
     uint32_t alignment(const Item &item) const

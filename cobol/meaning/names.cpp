@@ -257,8 +257,16 @@ int Meaning::symbolic(Program &p, Word name) const
     return -1;
 }
 
+static bool seesConstants(const Program *p)
+{
+    for (; p; p = p->parent)
+        if (!p->constants.empty()) return true;
+    return false;
+}
+
 const Expr *Meaning::constant(Program &p, const Expr *e)
 {
+    if (!seesConstants(&p)) return e; // most programs
     for (int depth = 0; e && depth < 100; depth++) {
         if (e->kind != ExprKind::Reference || !e->ref->subscripts.empty() || e->ref->refmod ||
             e->ref->names.size() != 1)

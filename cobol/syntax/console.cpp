@@ -91,7 +91,7 @@ Statement *Parser::acceptStatement()
         s->from = now().word;
         if (now().kind != TokenKind::Name) error("expected a device, DATE, DAY, TIME or DAY-OF-WEEK before " + shown());
         bool environment = at(K_ENVIRONMENT) || at(K_ENVIRONMENT_VARIABLE);
-        if (at(K_ENVIRONMENT) && aheadIs(1, internWord("VARIABLE"))) step();
+        if (at(K_ENVIRONMENT) && aheadIs(1, K_VARIABLE)) step();
         step();
         if (environment) {
             s->from = K_ENVIRONMENT;

@@ -71,7 +71,7 @@ void Parser::constantEntry(Item &item)
     take(K_CONSTANT);
     take(K_IS);
     take(K_GLOBAL);
-    if (!take(internWord("AS")) && !take(K_VALUE) && at(K_FROM)) notBuilt(here(), "CONSTANT FROM");
+    if (!take(K_AS) && !take(K_VALUE) && at(K_FROM)) notBuilt(here(), "CONSTANT FROM");
     take(K_IS);
     item.constant = expression();
 }
@@ -130,7 +130,7 @@ bool Parser::dataClause(Program &p, Item &item)
         step();
     } else if (take(K_EXTERNAL)) {
         item.external = true;
-        if (take(internWord("AS")) && atString()) {
+        if (take(K_AS) && atString()) {
             item.externalName = internWord(now().text);
             step();
         }

@@ -101,7 +101,7 @@ Expr *Parser::primary()
         }
         return e;
     }
-    if (at(internWord("BYTE-LENGTH"), K_OF)) {
+    if (at(K_BYTE_LENGTH, K_OF)) {
         step();
         step();
         Expr *e = node(ExprKind::LengthOf, start);

@@ -59,6 +59,23 @@ void Parser::parse()
     if (group_.programs.empty() && diagnostics().errors() == 0) error("the source holds no program");
 }
 
+// Contained programs take over what the outermost one's CONFIGURATION SECTION says.
+static void inherit(Program &p, const Program &parent)
+{
+    p.alphabets = parent.alphabets;
+    p.classes = parent.classes;
+    p.symbolics = parent.symbolics;
+    p.mnemonics = parent.mnemonics;
+    p.currency = parent.currency;
+    p.currencySymbol = parent.currencySymbol;
+    p.commaIsPoint = parent.commaIsPoint;
+    p.collating = parent.collating;
+    p.collatingAt = parent.collatingAt;
+    p.allFunctions = parent.allFunctions;
+    p.functions = parent.functions;
+    p.debugging = parent.debugging;
+}
+
 Program *Parser::program(Program *parent)
 {
     Depth guard(*this);
@@ -68,116 +85,112 @@ Program *Parser::program(Program *parent)
     p->at = here();
     Program *outer = program_;
     program_ = p;
-    if (parent) {
-        // Contained programs take over what the outermost one's CONFIGURATION SECTION says.
-        p->alphabets = parent->alphabets;
-        p->classes = parent->classes;
-        p->symbolics = parent->symbolics;
-        p->mnemonics = parent->mnemonics;
-        p->currency = parent->currency;
-        p->currencySymbol = parent->currencySymbol;
-        p->commaIsPoint = parent->commaIsPoint;
-        p->collating = parent->collating;
-        p->collatingAt = parent->collatingAt;
-        p->allFunctions = parent->allFunctions;
-        p->functions = parent->functions;
-        p->debugging = parent->debugging;
-    }
+    if (parent) inherit(*p, *parent);
+
+    programHeader(*p);
+    divisions(*p);
+    if (p->isFunction) functionHeader(*p);
+    containedPrograms(*p);
+    p->endAt = here();
+    if (atProgramEnd()) endProgram(*p);
+    program_ = outer;
+    return p;
+}
+
+// IDENTIFICATION DIVISION and PROGRAM-ID or FUNCTION-ID. A source without them gets the name MAIN.
+void Parser::programHeader(Program &p)
+{
     if (at(K_IDENTIFICATION) || at(K_ID)) {
         step();
         expect(K_DIVISION);
         expectPeriod();
         panic_ = false;
     }
-    p->isFunction = p->recursive = take(K_FUNCTION_ID);
-    if (p->isFunction || take(K_PROGRAM_ID)) {
+    p.isFunction = p.recursive = take(K_FUNCTION_ID);
+    if (p.isFunction || take(K_PROGRAM_ID)) {
         takeMark('.');
-        p->at = here();
-        if (now().kind == TokenKind::Name || atString() || atNumber()) {
-            p->nameText = now().text;
-            p->name = internWord(now().text);
-            step();
-            if (p->isFunction) p->functions.insert(p->name); // it may call itself
-        } else {
-            error("expected the program's name before " + shown());
-        }
-        take(K_IS);
-        for (;;) {
-            if (take(K_COMMON)) {
-                p->common = true;
-            } else if (take(K_INITIAL)) {
-                p->initial = true;
-            } else if (take(K_RECURSIVE)) {
-                p->recursive = true;
-            } else if (take(K_PROGRAM)) {
-                break;
-            } else if (take(internWord("AS"))) {
-                if (atString()) {
-                    p->nameText = now().text;
-                    p->name = internWord(now().text);
-                    step();
-                }
-            } else {
-                break;
-            }
-        }
-        take(K_PROGRAM);
+        p.at = here();
+        if (!programName(p)) error("expected the program's name before " + shown());
+        if (p.isFunction && p.name) p.functions.insert(p.name); // it may call itself
+        programAttributes(p);
         if (!takeMark('.') && !atEnd()) {
-            if (!at(K_ENVIRONMENT) && !at(K_DATA) && !at(K_PROCEDURE)) {
-                expectPeriod();
-                skipToPeriod();
-            } else {
-                expectPeriod();
-            }
+            const bool atDivision = at(K_ENVIRONMENT) || at(K_DATA) || at(K_PROCEDURE);
+            expectPeriod();
+            if (!atDivision) skipToPeriod();
         }
-        panic_ = false;
     } else {
-        // A source without PROGRAM-ID; it gets the name MAIN.
         if (!at(K_ENVIRONMENT) && !at(K_DATA) && !at(K_PROCEDURE)) error("expected PROGRAM-ID before " + shown());
-        panic_ = false;
-        p->name = internWord("MAIN");
-        p->nameText = wordText(p->name);
+        p.name = internWord("MAIN");
+        p.nameText = wordText(p.name);
     }
+    panic_ = false;
+}
+
+bool Parser::programName(Program &p)
+{
+    if (now().kind != TokenKind::Name && !atString() && !atNumber()) return false;
+    p.nameText = now().text;
+    p.name = internWord(now().text);
+    step();
+    return true;
+}
+
+// IS COMMON INITIAL RECURSIVE PROGRAM, AS "name".
+void Parser::programAttributes(Program &p)
+{
+    take(K_IS);
+    for (;;) {
+        if (take(K_COMMON))
+            p.common = true;
+        else if (take(K_INITIAL))
+            p.initial = true;
+        else if (take(K_RECURSIVE))
+            p.recursive = true;
+        else if (!take(K_AS))
+            break;
+        else if (atString())
+            programName(p);
+    }
+    take(K_PROGRAM);
+}
+
+// A division's header may be missing before the section that shows it.
+void Parser::divisions(Program &p)
+{
     if (at(K_OPTIONS)) skipToPeriod();
-    if (at(K_ENVIRONMENT, K_DIVISION)) environmentDivision(*p);
-    if (at(K_CONFIGURATION, K_SECTION) || at(K_INPUT_OUTPUT, K_SECTION)) environmentDivision(*p);
+    if (at(K_ENVIRONMENT, K_DIVISION)) environmentDivision(p);
+    if (at(K_CONFIGURATION, K_SECTION) || at(K_INPUT_OUTPUT, K_SECTION)) environmentDivision(p);
     if (at(K_DATA, K_DIVISION) || at(K_FILE, K_SECTION) || at(K_WORKING_STORAGE, K_SECTION) ||
         at(K_LINKAGE, K_SECTION) || at(K_LOCAL_STORAGE, K_SECTION))
-        dataDivision(*p);
-    if (at(K_PROCEDURE, K_DIVISION)) procedureDivision(*p);
-    if (p->isFunction) functionHeader(*p);
-    // Contained programs, then END PROGRAM.
+        dataDivision(p);
+    if (at(K_PROCEDURE, K_DIVISION)) procedureDivision(p);
+}
+
+void Parser::containedPrograms(Program &p)
+{
     for (;;) {
         panic_ = false;
         if (takeMark('.')) continue;
-        if (!p->isFunction && (at(K_IDENTIFICATION) || at(K_ID) || at(K_PROGRAM_ID))) {
-            // Without END PROGRAM before it, it can be the next outermost program only where
-            // this one is not contained; a program that is followed by another and has an END
-            // PROGRAM of its own later contains it. So look for END PROGRAM with this name.
-            bool contains = false;
-            int depth = 0;
-            for (size_t i = position_; i + 1 < tokens_.size(); i++) {
-                const Token &t = tokens_[i];
-                if (t.kind != TokenKind::Name) continue;
-                if (t.word == K_END && tokens_[i + 1].kind == TokenKind::Name && tokens_[i + 1].word == K_PROGRAM) {
-                    if (i + 2 < tokens_.size() && internWord(tokens_[i + 2].text) == p->name) {
-                        contains = true;
-                        break;
-                    }
-                    depth++;
-                }
-                if (depth > 10000) break;
-            }
-            if (!contains) break;
-            if (Program *inner = program(p)) p->nested.push_back(inner);
-            continue;
-        }
-        break;
+        const bool begins = at(K_IDENTIFICATION) || at(K_ID) || at(K_PROGRAM_ID);
+        if (p.isFunction || !begins || !endsLater(p)) return;
+        if (Program *inner = program(&p)) p.nested.push_back(inner);
     }
-    p->endAt = here();
-    if (atProgramEnd()) endProgram(*p);
-    program_ = outer;
-    return p;
+}
+
+// Without END PROGRAM before it, a program can be the next outermost one only where the one in hand
+// is not contained; a program that is followed by another and has an END PROGRAM of its own later
+// contains it. So look for END PROGRAM with this name.
+bool Parser::endsLater(const Program &p) const
+{
+    int others = 0;
+    for (size_t i = position_; i + 1 < tokens_.size() && others <= 10000; i++) {
+        const Token &t = tokens_[i], &next = tokens_[i + 1];
+        if (t.kind != TokenKind::Name || t.word != K_END) continue;
+        if (next.kind != TokenKind::Name || next.word != K_PROGRAM) continue;
+        if (i + 2 < tokens_.size() && internWord(tokens_[i + 2].text) == p.name) return true;
+        others++;
+    }
+    return false;
 }
 
 // A function's result is one more parameter: the address of the caller's room for it.

@@ -73,7 +73,13 @@ private:
     std::string headerLike() const;
     bool atProgramId() const { return (at(K_PROGRAM_ID) || at(K_FUNCTION_ID)) && ahead().kind == TokenKind::Punct; }
     bool atProgramEnd() const { return at(K_END, K_PROGRAM) || at(K_END, K_FUNCTION); }
+    void programHeader(Program &program);
+    bool programName(Program &program);
+    void programAttributes(Program &program);
+    void divisions(Program &program);
     void functionHeader(Program &program);
+    void containedPrograms(Program &program);
+    bool endsLater(const Program &program) const;
     void endProgram(Program &program);
 
     // ---- environment_division.cpp

@@ -15,8 +15,8 @@ public:
     {
     }
 
-    // The next token; End at the end.
-    Token next();
+    // The next token, into an empty one; it stays End at the end.
+    void next(Token &token);
 
     // PICTURE COPY name: the copied text begins with the picture string.
     bool takePictureCopy() { return std::exchange(pictureCopy_, false); }
@@ -27,11 +27,18 @@ public:
     }
 
 private:
-    bool atPictureCopy() const;
     char at(size_t i) const { return i < running_.text.size() ? running_.text[i] : '\n'; }
     void skipSpace(Token &token);
     void string(Token &token, char quote, size_t begin);
-    void picture(Token &token);
+    bool prefixedString(Token &token, size_t begin, size_t quote);
+    size_t afterDigits(size_t i) const;
+    size_t afterExponent(size_t i) const;
+    void wordOrNumber(Token &token);
+    bool atFraction() const;
+    void fraction(Token &token);
+    void punctuation(Token &token);
+    bool atPictureCopy() const;
+    bool picture(Token &token);
     void watch(const Token &token);
 
     TextOptions &options_;

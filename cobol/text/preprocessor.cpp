@@ -6,6 +6,7 @@
 // joined to one word again.
 #include "cobol/text/preprocessor.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
@@ -99,97 +100,107 @@ size_t findFolded(std::string_view text, std::string_view part, size_t from = 0)
 // Of one compilation: texts that copy each other, or whose replacements do, could grow for ever.
 constexpr size_t kMostTokens = 4000000, kMostCopies = 100000;
 
+std::string textOf(const std::vector<Token> &tokens)
+{
+    std::string text;
+    for (const Token &t : tokens) text += t.text;
+    return text;
+}
+
+// LEADING and TRAILING: whether the rule's part is at that end of a word.
+bool hasPart(const Token &token, const Replacement &rule)
+{
+    if (token.kind != TokenKind::Name || rule.fromText.empty()) return false;
+    const std::string &text = wordText(token.word), &part = wordText(internWord(rule.fromText));
+    return rule.mode == Replacement::Leading ? text.starts_with(part) : text.ends_with(part);
+}
+
+// A tag within a picture, as in X(:LENGTH:): the lexer has not divided the string.
+bool mayHaveTag(const Token &token, const Replacement &rule)
+{
+    return token.kind == TokenKind::Picture && rule.fromText.starts_with(':') &&
+           token.text.find(':') != std::string_view::npos;
+}
+
+void replaceTags(Token &picture, const Replacement &rule)
+{
+    size_t at = findFolded(picture.text, rule.fromText);
+    if (at == std::string::npos) return;
+    std::string text(picture.text);
+    const std::string with = textOf(rule.to);
+    while (at != std::string::npos && text.size() < kLongestJoin) {
+        text.replace(at, rule.fromText.size(), with);
+        at = findFolded(text, rule.fromText, at + with.size());
+    }
+    setText(picture, std::move(text));
+}
+
+// The first rule that matches here. Tags within a picture are replaced at once, by all rules.
+const Replacement *matchAt(std::vector<Token> &in, size_t i, const std::vector<Replacement> &rules)
+{
+    for (const Replacement &rule : rules) {
+        if (rule.mode != Replacement::Whole) {
+            if (hasPart(in[i], rule)) return &rule;
+        } else if (rule.from.empty() || i + rule.from.size() > in.size()) {
+            continue;
+        } else if (mayHaveTag(in[i], rule)) {
+            replaceTags(in[i], rule);
+        } else if (!isSigned(in, i) &&
+                   std::equal(rule.from.begin(), rule.from.end(), in.begin() + static_cast<ptrdiff_t>(i), sameToken)) {
+            return &rule;
+        }
+    }
+    return nullptr;
+}
+
+void replacePart(Token token, const Replacement &rule, std::vector<Token> &out)
+{
+    std::string text(token.text);
+    const size_t n = rule.fromText.size();
+    text.replace(rule.mode == Replacement::Leading ? 0 : text.size() - n, n, textOf(rule.to));
+    if (text.empty()) return;
+    setText(token, std::move(text));
+    out.push_back(token);
+}
+
+// The new words take the place of the old ones, for messages, too. Text before them that touches is
+// joined.
+void replaceWords(const Token &old, const Replacement &rule, std::vector<Token> &out)
+{
+    for (size_t k = 0; k < rule.to.size(); k++) {
+        Token token = rule.to[k];
+        token.spot = old.spot;
+        if (k == 0) {
+            token.spaceBefore = old.spaceBefore;
+            token.commaBefore = old.commaBefore;
+            token.areaA = old.areaA;
+        }
+        // A number that becomes the string after PICTURE.
+        if (old.kind == TokenKind::Picture && rule.to.size() == 1) {
+            token.kind = TokenKind::Picture;
+            token.word = 0;
+        }
+        join(out, token, k == 0);
+    }
+}
+
 // Ends early where the text becomes longer than any may be; the caller tells it.
 std::vector<Token> replaceAll(std::vector<Token> in, const std::vector<Replacement> &rules)
 {
     if (rules.empty()) return in;
-    Token picture;
     std::vector<Token> out;
     out.reserve(in.size());
-    bool touched = false; // the last token of out came from a replacement
-    size_t i = 0;
-    while (i < in.size() && out.size() <= kMostTokens) {
-        const Replacement *match = nullptr;
-        for (const Replacement &rule : rules) {
-            if (rule.mode != Replacement::Whole) {
-                if (in[i].kind != TokenKind::Name || rule.fromText.empty()) continue;
-                const std::string &text = wordText(in[i].word), part = wordText(internWord(rule.fromText));
-                if (text.size() < part.size()) continue;
-                size_t at = rule.mode == Replacement::Leading ? 0 : text.size() - part.size();
-                if (text.compare(at, part.size(), part) != 0) continue;
-                match = &rule;
-                break;
-            }
-            if (rule.from.empty() || i + rule.from.size() > in.size()) continue;
-            // A tag within a picture, as in X(:LENGTH:): the lexer has not divided the string.
-            if (in[i].kind == TokenKind::Picture && !rule.fromText.empty() && rule.fromText.front() == ':' &&
-                in[i].text.find(':') != std::string_view::npos) {
-                size_t at = findFolded(in[i].text, rule.fromText);
-                if (at == std::string::npos) continue;
-                picture = in[i];
-                std::string text(picture.text), with;
-                for (const Token &t : rule.to) with += t.text;
-                while (at != std::string::npos && text.size() < kLongestJoin) {
-                    text.replace(at, rule.fromText.size(), with);
-                    at = findFolded(text, rule.fromText, at + with.size());
-                }
-                setText(picture, text);
-                in[i] = picture;
-                continue; // another rule may have its tag here too
-            }
-            if (isSigned(in, i)) continue;
-            size_t n = 0;
-            while (n < rule.from.size() && sameToken(in[i + n], rule.from[n])) n++;
-            if (n == rule.from.size()) {
-                match = &rule;
-                break;
-            }
-        }
-        if (!match) {
+    bool touched = false; // words were replaced just before: what touches them is joined
+    for (size_t i = 0; i < in.size() && out.size() <= kMostTokens;) {
+        const Replacement *match = matchAt(in, i, rules);
+        if (!match)
             join(out, in[i], touched);
-            touched = false;
-            i++;
-            continue;
-        }
-        if (match->mode != Replacement::Whole) {
-            Token token = in[i];
-            std::string text(token.text), with;
-            for (const Token &t : match->to) with += t.text;
-            size_t n = match->fromText.size();
-            if (match->mode == Replacement::Leading)
-                text.replace(0, n, with);
-            else
-                text.replace(text.size() - n, n, with);
-            if (!text.empty()) {
-                setText(token, text);
-                out.push_back(token);
-            }
-            i++;
-            touched = false;
-            continue;
-        }
-        // The place of what is replaced, for messages. Text before and after that touches is
-        // joined.
-        bool first = true;
-        for (const Token &with : match->to) {
-            Token token = with;
-            token.spot = in[i].spot;
-            if (first) {
-                token.spaceBefore = in[i].spaceBefore;
-                token.commaBefore = in[i].commaBefore;
-                token.areaA = in[i].areaA;
-            }
-            // A number that becomes the string after PICTURE.
-            if (in[i].kind == TokenKind::Picture && match->to.size() == 1) {
-                token.kind = TokenKind::Picture;
-                token.word = 0;
-            }
-            join(out, token, first);
-            first = false;
-        }
-        i += match->from.size();
-        touched = !match->to.empty();
-        if (match->to.empty() && i < in.size()) touched = true;
+        else if (match->mode == Replacement::Whole)
+            replaceWords(in[i], *match, out);
+        else
+            replacePart(in[i], *match, out);
+        touched = match && match->mode == Replacement::Whole;
+        i += touched ? match->from.size() : 1;
     }
     return out;
 }
@@ -213,19 +224,18 @@ public:
     {
         Lexer lexer(number, options_);
         if (std::exchange(pictureCopy_, false)) lexer.expectPicture();
-        Token token = lexer.next();
-        while (token.kind != TokenKind::End && !full(out.size(), token.spot)) {
-            if (isWord(token, K_COPY)) {
-                copy(lexer, token, out, depth);
-                token = lexer.next();
-            } else {
-                out.push_back(token);
-                token = lexer.next();
-            }
+        for (;;) {
+            lexer.next(out.emplace_back());
+            if (out.back().kind == TokenKind::End || full(out.size(), out.back().spot)) break;
+            if (!isWord(out.back(), K_COPY)) continue;
+            const Spot statement = out.back().spot;
+            out.pop_back();
+            copy(lexer, statement, out, depth);
         }
-        if (depth > 0) return;
-        token.kind = TokenKind::End;
-        out.push_back(token);
+        if (depth > 0)
+            out.pop_back();
+        else
+            out.back().kind = TokenKind::End;
     }
 
     // Whether the text has become too long; told once.
@@ -442,25 +452,20 @@ private:
         return "";
     }
 
-    // `token` becomes the statement's period. What comes after it is read when the copied text has
-    // been: that may end with PICTURE, or say that the comma is the decimal point.
-    void copy(Lexer &lexer, Token &token, std::vector<Token> &out, int depth)
+    // What comes after its period is read when the copied text has been: that may end with PICTURE,
+    // or say that the comma is the decimal point.
+    void copy(Lexer &lexer, const Spot &statement, std::vector<Token> &out, int depth)
     {
-        Spot statement = token.spot;
         bool pictureCopy = lexer.takePictureCopy();
-        // The statement's own words, up to the period.
+        // The statement's own words, up to the period, which becomes their end.
         std::vector<Token> words;
-        token = lexer.next();
         bool inPseudo = false;
-        while (token.kind != TokenKind::End && (inPseudo || !isPunct(token, '.'))) {
-            if (isPunct(token, kPseudo)) inPseudo = !inPseudo;
-            words.push_back(token);
-            token = lexer.next();
-        }
-        bool ended = token.kind != TokenKind::End;
-        Token end;
-        end.spot = token.spot;
-        words.push_back(end);
+        do {
+            lexer.next(words.emplace_back());
+            if (isPunct(words.back(), kPseudo)) inPseudo = !inPseudo;
+        } while (words.back().kind != TokenKind::End && (inPseudo || !isPunct(words.back(), '.')));
+        const bool ended = words.back().kind != TokenKind::End;
+        words.back().kind = TokenKind::End;
         if (!ended) diagnostics().error(statement, "this COPY has no period at its end");
 
         size_t index = 0;
@@ -536,7 +541,7 @@ std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPat
 {
     Reader reader(options, path, dependencies);
     std::vector<Token> tokens;
-    tokens.reserve(sources()[file].text.size() / 8); // about what sources have
+    tokens.reserve(sources()[file].text.size() / 4); // most sources have fewer
     reader.file(file, tokens, 0);
     return reader.replaceStatements(std::move(tokens));
 }

@@ -38,7 +38,10 @@ public:
     RunningText read()
     {
         const std::string &text = sources()[out_.file].text;
+        const bool tabs = text.find('\t') != std::string::npos;
+        mayDirect_ = text.find('$') != std::string::npos || text.find(">>") != std::string::npos;
         out_.text.reserve(text.size());
+        out_.marks.reserve(text.size() / 20); // a line is seldom shorter
         size_t from = 0;
         while (from < text.size()) {
             size_t to = text.find('\n', from);
@@ -47,7 +50,7 @@ public:
             while (end > from && (text[end - 1] == '\r' || text[end - 1] == 0x1A)) end--;
             line_++;
             std::string_view raw(text.data() + from, end - from);
-            if (raw.find('\t') != std::string_view::npos)
+            if (tabs && raw.find('\t') != std::string_view::npos)
                 oneLine(expandTabs(raw, options_.tabStop));
             else
                 oneLine(raw);
@@ -65,7 +68,7 @@ private:
 
     void oneLine(std::string_view line)
     {
-        if (directive(line)) return;
+        if (mayDirect_ && directive(line)) return;
         if (skipping()) return;
         if (format_ == SourceFormat::Free)
             freeLine(line);
@@ -86,10 +89,10 @@ private:
         if (format_ != SourceFormat::Free && body.size() < line.size() && line.size() > 6 &&
             (line[6] == '*' || line[6] == '/'))
             return false;
-        if (body.substr(0, 2) != ">>" && line.size() > 8 && line.substr(7, 2) == ">>") body = line.substr(7);
-        bool dollar =
-            (format_ != SourceFormat::Free && line.size() > 7 && line[6] == '$') || (!body.empty() && body[0] == '$');
-        if (body.substr(0, 2) != ">>" && !dollar) return false;
+        if (!body.starts_with(">>") && line.size() > 8 && line[7] == '>' && line[8] == '>') body = line.substr(7);
+        const bool dollar =
+            (format_ != SourceFormat::Free && line.size() > 7 && line[6] == '$') || body.starts_with('$');
+        if (!body.starts_with(">>") && !dollar) return false;
         std::string text = upperOf(dollar ? line.substr(line.find('$') + 1) : body.substr(2));
         std::vector<std::string> words = split(text);
         std::string verb = words.empty() ? "" : words[0];
@@ -353,6 +356,8 @@ private:
     // its end. Comments after *> end the piece.
     std::string_view track(std::string_view text)
     {
+        const auto has = [text](char c) { return text.find(c) != std::string_view::npos; };
+        if (!open_ && !has('"') && !has('\'') && !has('*')) return text; // most lines
         for (size_t i = 0; i < text.size(); i++) {
             char c = text[i];
             if (open_) {
@@ -366,21 +371,30 @@ private:
         return text;
     }
 
+    // Whether a line begins with this word, in any case; then `rest` is what comes after it.
+    static bool beginsWith(std::string_view body, std::string_view word, std::string_view &rest)
+    {
+        if (body.size() < word.size()) return false;
+        for (size_t i = 0; i < word.size(); i++)
+            if (std::toupper(static_cast<unsigned char>(body[i])) != word[i]) return false;
+        rest = body.substr(word.size());
+        if (!rest.empty() && rest[0] != ' ' && rest[0] != '.') return false;
+        rest = trimLeft(rest);
+        return true;
+    }
+
     // EJECT, SKIP1 and their like only lay out a listing; CBL and PROCESS name options of other
     // compilers, before the program.
     bool listingLine(std::string_view body) const
     {
-        if (open_) return false;
-        body = trimLeft(body);
-        if (!std::strchr("EeSsTtCcPp@", body.empty() ? ' ' : body[0])) return false; // most lines
-        size_t end = body.find_first_of(" .");
-        std::string word = upperOf(body.substr(0, end));
-        std::string_view rest = trimLeft(end == std::string_view::npos ? std::string_view() : body.substr(end));
-        if (word == "EJECT" || word == "SKIP1" || word == "SKIP2" || word == "SKIP3")
-            return rest.find_first_not_of(". ") == std::string_view::npos;
-        if (word == "TITLE") return !rest.empty() && (rest[0] == '"' || rest[0] == '\'');
-        return (word == "CBL" || word == "PROCESS" || word == "@OPTIONS") &&
-               out_.text.find_first_not_of(" \n") == std::string::npos;
+        if (open_ || !std::strchr("EeSsTtCcPp@", body[0])) return false; // most lines
+        std::string_view rest;
+        for (std::string_view word : {"EJECT", "SKIP1", "SKIP2", "SKIP3"})
+            if (beginsWith(body, word, rest)) return rest.find_first_not_of(". ") == std::string_view::npos;
+        if (beginsWith(body, "TITLE", rest)) return rest.starts_with('"') || rest.starts_with('\'');
+        for (std::string_view word : {"CBL", "PROCESS", "@OPTIONS"})
+            if (beginsWith(body, word, rest)) return out_.text.find_first_not_of(" \n") == std::string::npos;
+        return false;
     }
 
     // "* TEXT" in column 1, as editors with tabs leave it. "*CR123 MOVE" is code with a mark.
@@ -410,8 +424,9 @@ private:
                                   "this character in column 7 is no indicator; use -free for a source in free form");
         }
         if (limit == 72 && line.size() > 72 && line[71] != ' ' && line[72] != ' ') sources().noteCutLine(here(73));
-        if (trimLeft(body).empty() || listingLine(body)) return;
-        bool areaA = body.substr(0, 4).find_first_not_of(' ') != std::string_view::npos;
+        const std::string_view words = trimLeft(body);
+        if (words.empty() || listingLine(words)) return;
+        const bool areaA = body.size() - words.size() < 4;
         if (commentEntry(body, 8, areaA)) return;
         open_ = 0;
         openColumns_ = 0;
@@ -519,6 +534,7 @@ private:
     std::vector<Condition> conditions_;
     std::vector<Spot> openIfs_;
     bool inIdentification_ = false, inEntry_ = false, badIndicator_ = false, first_ = true;
+    bool mayDirect_ = false; // there is a mark of a directive somewhere
     char open_ = 0, pending_ = 0;
     size_t openColumns_ = 0;
     size_t columns_ = 0; // of the line before, from column 8
@@ -526,19 +542,13 @@ private:
 
 } // namespace
 
+// The lexer asks from one end of the text to the other, mostly within one line.
 Spot RunningText::spot(size_t offset) const
 {
-    while (last + 1 < marks.size() && marks[last].offset <= offset && marks[last + 1].offset <= offset) {
-        if (++last % 4 == 0) break; // a few steps; further ones by halves
-    }
-    if (last < marks.size() && marks[last].offset <= offset &&
-        (last + 1 == marks.size() || marks[last + 1].offset > offset))
-        return {file, marks[last].line, marks[last].column + static_cast<uint32_t>(offset - marks[last].offset), 1};
-    auto after =
-        std::upper_bound(marks.begin(), marks.end(), offset, [](size_t o, const Mark &m) { return o < m.offset; });
-    if (after == marks.begin()) return {file, 1, 1, 1};
-    const Mark &mark = *(after - 1);
-    last = static_cast<size_t>(&mark - marks.data());
+    if (marks.empty() || marks.front().offset > offset) return {file, 1, 1, 1};
+    if (marks[last].offset > offset) last = 0;
+    while (last + 1 < marks.size() && marks[last + 1].offset <= offset) last++;
+    const Mark &mark = marks[last];
     return {file, mark.line, mark.column + static_cast<uint32_t>(offset - mark.offset), 1};
 }
 

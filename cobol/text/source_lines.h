@@ -38,7 +38,7 @@ struct RunningText {
     SourceFormat format = SourceFormat::Fixed;
 
     Spot spot(size_t offset) const;
-    mutable size_t last = 0; // index of the mark that was found last: the next offset is mostly near
+    mutable size_t last = 0; // index of the mark that was found last
 };
 
 // Tells the format of a text from its first lines.

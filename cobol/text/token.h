@@ -11,8 +11,9 @@ namespace kvrcob {
 
 enum class TokenKind : uint8_t { End, Name, Number, String, Picture, Punct };
 
-// Punctuation is one character, or one of these.
-enum : uint32_t { kPower = 256, kLessEqual, kGreaterEqual, kNotEqual, kPseudo };
+// Punctuation is one character, or one of these. No word has such a number, for START has a
+// relation or one of the words FIRST and LAST.
+enum : uint32_t { kPower = 1u << 30, kLessEqual, kGreaterEqual, kNotEqual, kPseudo };
 
 // What a String is made of.
 enum class StringForm : uint8_t { Plain, Hex, National, NullEnded };

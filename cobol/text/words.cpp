@@ -8,43 +8,57 @@
 namespace kvrcob {
 namespace {
 
+char upperCase(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+
 // Words by their numbers, and a hash table of the numbers: open addressing, at most half full.
 struct Table {
+    struct Slot {
+        uint32_t hash;
+        Word word; // 0: none
+        const std::string *text;
+    };
     std::deque<std::string> texts; // references to them stay good
-    std::vector<uint32_t> hashes;
-    std::vector<Word> slots = std::vector<Word>(4096); // 0: none
+    std::vector<Slot> slots = std::vector<Slot>(4096);
 
-    static uint32_t hashOf(std::string_view text)
+    // Whether a text in any case is this word.
+    static bool same(const std::string &word, std::string_view text)
     {
-        uint32_t hash = 2166136261u;
-        for (unsigned char c : text) hash = (hash ^ c) * 16777619u;
-        return hash ^ hash >> 15;
+        if (word.size() != text.size()) return false;
+        for (size_t i = 0; i < text.size(); i++)
+            if (word[i] != upperCase(text[i])) return false;
+        return true;
     }
 
     // The slot of this word, or the empty one in which it belongs.
-    Word &slot(std::string_view text, uint32_t hash)
+    Slot &slot(std::string_view text, uint32_t hash)
     {
         size_t at = hash & (slots.size() - 1);
-        while (slots[at] && (hashes[slots[at]] != hash || texts[slots[at]] != text)) at = (at + 1) & (slots.size() - 1);
+        while (slots[at].word && (slots[at].hash != hash || !same(*slots[at].text, text)))
+            at = (at + 1) & (slots.size() - 1);
         return slots[at];
     }
 
     Word find(std::string_view text)
     {
         if (text.empty()) return 0;
-        uint32_t hash = hashOf(text);
-        Word &word = slot(text, hash);
-        return word ? word : add(text, hash, word);
+        uint32_t hash = 2166136261u;
+        for (char c : text) hash = (hash ^ static_cast<unsigned char>(upperCase(c))) * 16777619u;
+        hash ^= hash >> 15;
+        Slot &place = slot(text, hash);
+        return place.word ? place.word : add(text, hash, place);
     }
 
-    Word add(std::string_view text, uint32_t hash, Word &place)
+    Word add(std::string_view text, uint32_t hash, Slot &place)
     {
-        Word word = place = static_cast<Word>(texts.size());
-        texts.emplace_back(text);
-        hashes.push_back(hash);
+        Word word = static_cast<Word>(texts.size());
+        std::string &upper = texts.emplace_back(text);
+        for (char &c : upper) c = upperCase(c);
+        place = {hash, word, &upper};
         if (2 * texts.size() > slots.size()) {
-            std::vector<Word>(2 * slots.size()).swap(slots);
-            for (Word w = 1; w < texts.size(); w++) slot(texts[w], hashes[w]) = w;
+            std::vector<Slot> old(2 * slots.size());
+            old.swap(slots);
+            for (const Slot &s : old)
+                if (s.word) slot(*s.text, s.hash) = s;
         }
         return word;
     }
@@ -52,7 +66,6 @@ struct Table {
     Table()
     {
         texts.emplace_back();
-        hashes.push_back(0);
         auto known = [this](const char *name) {
             std::string text = name;
             for (char &c : text)
@@ -77,14 +90,7 @@ const bool kReserved[] = {false, KVRCOB_WORDS(KVRCOB_YES, KVRCOB_NO)};
 
 } // namespace
 
-Word internWord(std::string_view text)
-{
-    static std::string upper; // keeps its room: most words are known already
-    upper.assign(text);
-    for (char &c : upper)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
-    return table().find(upper);
-}
+Word internWord(std::string_view text) { return table().find(text); }
 
 const std::string &wordText(Word word) { return table().texts[word]; }
 

@@ -33,8 +33,8 @@ typedef int64_t (*KvrProgram)();
     memset(array, 0, sizeof array);                                                                                    \
     __asm__ volatile("" : : "r"(array) : "memory")
 
-/* A range of paragraphs as a function of its own: 1 if the program ends in it. It works on the
-   program's cells. */
+/* A range of paragraphs as a function of its own, which works on the program's cells: 0 at its end,
+   1 if the program ends in it, more where GO TO leaves it. */
 #define KVR_PERFORMED(name)                                                                                            \
     static __attribute__((noinline)) int name(int *x __attribute__((unused)), int *s __attribute__((unused)),          \
                                               int64_t *n __attribute__((unused)))
