@@ -207,7 +207,7 @@ void asNobody(const std::function<void()> &body)
     EXPECT_EQ(run.status, 0) << run.err << run.signal;
 }
 
-#define ONLY_AS_ROOT \
+#define ONLY_AS_ROOT                                                                                                   \
     if (getuid() != 0) GTEST_SKIP() << "only root can become somebody else"
 
 TEST(Open, PermissionsAreAStatus)
