@@ -56,6 +56,8 @@ struct OneDigit {
         }
     }
     static constexpr unsigned at(int index) { return static_cast<unsigned>(index - kLowest); }
+    constexpr int firstOf(uint8_t byte) const { return static_cast<int>(first[byte]); }
+    constexpr int secondOf(uint8_t byte) const { return static_cast<int>(second[byte]); }
 };
 template <class Form>
 inline constexpr OneDigit<Form> kOneDigit;
@@ -65,7 +67,7 @@ template <class Form, bool subtract>
 [[gnu::always_inline]] inline bool digitSum(const uint8_t *op1, const uint8_t *op2, uint8_t *dst)
 {
     constexpr const auto &table = kOneDigit<Form>;
-    const int first = table.first[*op1], second = table.second[*op2];
+    const int first = table.firstOf(*op1), second = table.secondOf(*op2);
     const unsigned at = table.at(subtract ? first - second : first + second);
     if (__builtin_expect(at >= table.sums.size(), 0)) return false;
     *dst = table.sums[at];
@@ -78,7 +80,7 @@ template <class Form, bool subtract>
 {
     constexpr const auto &table = kOneDigit<Form>;
     if (__builtin_expect(static_cast<uint64_t>(value) + 9 > 18 || value == 0, 0)) return false;
-    const int first = table.first[*item], second = 2 * static_cast<int>(value);
+    const int first = table.firstOf(*item), second = 2 * static_cast<int>(value);
     const unsigned at = table.at(subtract ? first - second : first + second);
     if (__builtin_expect(at >= table.sums.size(), 0)) return false;
     // In packed items the sign does not turn: it would turn for the borrow of the units and again
@@ -91,7 +93,7 @@ template <class Form, bool subtract>
 template <class From, class To>
 [[gnu::always_inline]] inline bool digitConverted(const uint8_t *src, uint8_t *dst)
 {
-    const int doubled = kOneDigit<From>.second[*src];
+    const int doubled = kOneDigit<From>.secondOf(*src);
     if (__builtin_expect(doubled == kOneDigit<From>.kNoSecond, 0)) return false;
     *dst = kOneDigit<To>.sums[kOneDigit<To>.at(doubled)];
     return true;
@@ -101,7 +103,7 @@ template <class From, class To>
 template <class Form, class Integer>
 [[gnu::always_inline]] inline bool digitValue(const uint8_t *src, Integer &value)
 {
-    const int doubled = kOneDigit<Form>.second[*src];
+    const int doubled = kOneDigit<Form>.secondOf(*src);
     if (__builtin_expect(doubled == kOneDigit<Form>.kNoSecond, 0)) return false;
     const int signedValue = doubled >> 1;
     value = static_cast<Integer>(std::is_unsigned_v<Integer> && signedValue < 0 ? -signedValue : signedValue);

@@ -525,7 +525,7 @@ bool RecordReader::assemble(const std::vector<std::string> &names, const std::ve
         const bool isLength = name == "length" && hasLengths(arguments_, shape_);
         if (isLength || (name == "number" && (arguments_.fields.empty() || shape_.relative()))) {
             if (!fromDecimal(value, isLength ? shape_.longest : ~uint64_t(0), isLength ? &length : number))
-                return *why = "'" + value + "' is no " + name, false;
+                return why->assign("'").append(value).append("' is no ").append(name), false;
             continue;
         }
         if (arguments_.fields.empty()) {
