@@ -48,10 +48,12 @@ Num Emitter::dateOfInteger(const FunctionCall &f)
 Num Emitter::windowed(const FunctionCall &f)
 {
     std::string window = f.args.size() > 1 ? integer(f.args[1]) : "50";
+    if (f.args.size() > 2) // counted from that year
+        window = cat(window, " + ", integer(f.args[2]), " - ", emits(Do::PresentYear), "()");
     int digits = f.name[0] == 'Y' ? 4 : f.name == "DATE-TO-YYYYMMDD" ? 8 : 7;
     return integerNumber(
-        cat(emitsFunction(f.name), "(", digits, ", (int32_t)", integer(f.args[0]), ", (int32_t)", window, ")"), digits,
-        false);
+        cat(emitsFunction(f.name), "(", digits, ", (int32_t)", integer(f.args[0]), ", (int32_t)(", window, "))"),
+        digits, false);
 }
 
 } // namespace kvrcob

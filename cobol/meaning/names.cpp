@@ -36,6 +36,34 @@ static bool isGlobal(const Item *item)
     return record->global || (record->file && record->file->global);
 }
 
+// The reserved word that is spelled like this one: two letters at most are wrong.
+static Word reservedLike(const std::string &text)
+{
+    Word best = 0;
+    size_t bestDistance = 3;
+    for (Word word = 1; text.size() > 4 && text.size() <= 20 && word < K_count; word++) {
+        const std::string &other = wordText(word);
+        if (!isReserved(word) || other.size() + 2 < text.size() || text.size() + 2 < other.size()) continue;
+        size_t d = spellingDistance(text, other);
+        if (d >= bestDistance) continue;
+        bestDistance = d;
+        best = word;
+    }
+    return best;
+}
+
+// Whether a word is an item or a number, a minus sign and another one: COUNT-1.
+static bool isDifference(Program &p, const std::string &text)
+{
+    auto isOperand = [&](const std::string &part) {
+        if (part.find_first_not_of("0123456789") == std::string::npos) return !part.empty();
+        return p.names->items.count(internWord(part)) > 0;
+    };
+    for (size_t i = text.find('-'); i != std::string::npos; i = text.find('-', i + 1))
+        if (isOperand(text.substr(0, i)) && isOperand(text.substr(i + 1))) return true;
+    return false;
+}
+
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
     if (group_.embedded || !told_.insert(name).second) return; // once for each name
@@ -76,6 +104,10 @@ void Meaning::suggest(Program &p, Word name, Tok at)
     if (best) {
         error(at, text + " is not declared; did you mean " + wordText(best->name) + "?");
         diagnostics().note(group_.spot(best->at), wordText(best->name) + " is declared here");
+    } else if (isDifference(p, text)) {
+        error(at, text + " is not declared; a minus sign has blanks around it");
+    } else if (Word reserved = reservedLike(text)) { // DISPLYA after an operand
+        error(at, text + " is not declared; did you mean " + wordText(reserved) + "?");
     } else {
         error(at, text + " is not declared");
     }

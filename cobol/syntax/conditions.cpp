@@ -169,6 +169,16 @@ Expr *Parser::relation()
         step();
         return e;
     }
+    if (left && left->kind == ExprKind::Reference && word == K_OMITTED) { // a parameter without an address
+        Expr *e = node(ExprKind::Relation, here());
+        e->op = negated ? static_cast<uint32_t>(kNotEqual) : '=';
+        e->left = node(ExprKind::AddressOf, left->at);
+        e->left->ref = left->ref;
+        e->right = node(ExprKind::Figurative, here());
+        e->right->op = K_NULL;
+        step();
+        return e;
+    }
     if (left && program_ && now().kind == TokenKind::Name &&
         !isReserved(word)) { // a class of SPECIAL-NAMES; IS may be left out
         for (const UserClass *known : program_->classes) {

@@ -192,7 +192,12 @@ Statement *Parser::performStatement()
     if (s->isInline) {
         if (panic_) recover();
         block(s->body);
-        if (!take(K_END_PERFORM) && !panic_) {
+        if (at(K_END, K_PERFORM)) {
+            error("END PERFORM is written END-PERFORM");
+            step();
+            step();
+            panic_ = false;
+        } else if (!take(K_END_PERFORM) && !panic_) {
             error("expected END-PERFORM before " + shown());
             diagnostics().note(group_.spot(s->at), "for this PERFORM");
         }

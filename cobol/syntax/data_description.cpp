@@ -30,8 +30,8 @@ Item *Parser::dataDescription(Program &p, Item::Section section)
         if (!item->name) errorAt(levelAt, "a condition-name (level 88) needs a name");
         conditionEntry(*item);
     } else {
-        // A number: a period is missing.
-        while (!atMark('.') && !atEnd() && !panic_ && !atNumber())
+        // A number, or a header in area A: a period is missing.
+        while (!atMark('.') && !atEnd() && !panic_ && !atNumber() && !(now().areaA && atSectionOrDivision()))
             if (!dataClause(p, *item)) return item;
         item->broken = panic_;
     }

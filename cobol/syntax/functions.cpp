@@ -19,9 +19,9 @@ static const FunctionRow kFunctions[] = {
     {"COS", FunctionResult::Float, 1, 1},
     {"CURRENT-DATE", FunctionResult::Text, 0, 0},
     {"DATE-OF-INTEGER", FunctionResult::Integer, 1, 1},
-    {"DATE-TO-YYYYMMDD", FunctionResult::Integer, 1, 2},
+    {"DATE-TO-YYYYMMDD", FunctionResult::Integer, 1, 3},
     {"DAY-OF-INTEGER", FunctionResult::Integer, 1, 1},
-    {"DAY-TO-YYYYDDD", FunctionResult::Integer, 1, 2},
+    {"DAY-TO-YYYYDDD", FunctionResult::Integer, 1, 3},
     {"E", FunctionResult::Float, 0, 0},
     {"EXCEPTION-FILE", FunctionResult::Text, 0, 0},
     {"EXCEPTION-LOCATION", FunctionResult::Text, 0, 0},
@@ -88,7 +88,7 @@ static const FunctionRow kFunctions[] = {
     {"UPPER-CASE", FunctionResult::Text, 1, 1},
     {"VARIANCE", FunctionResult::Float, 1, -1},
     {"WHEN-COMPILED", FunctionResult::Text, 0, 0},
-    {"YEAR-TO-YYYY", FunctionResult::Integer, 1, 2},
+    {"YEAR-TO-YYYY", FunctionResult::Integer, 1, 3},
 };
 
 const FunctionRow *functionRows(size_t &count)

@@ -146,6 +146,7 @@ private:
     void sentences(Procedure &procedure);
     bool atVerb() const;
     bool atProcedureHeader() const;
+    bool atBareHeader() const;
     bool atLostHeader() const;
     void seeNames();
     Statement *statement();

@@ -302,6 +302,13 @@ bool Parser::atProcedureHeader() const
     return next.kind == TokenKind::Name && next.word == K_SECTION;
 }
 
+// A paragraph's name without its period: alone in its line in area A, before a statement.
+bool Parser::atBareHeader() const
+{
+    return now().areaA && now().kind == TokenKind::Name && !isReserved(now().word) && ahead().kind == TokenKind::Name &&
+           VerbRow::of(ahead().word) && ahead().spot.line != now().spot.line && verbLike(wordText(now().word)).empty();
+}
+
 void Parser::seeNames()
 {
     seen_.resize(wordCount());
@@ -357,7 +364,7 @@ void Parser::paragraphs(Program &p, bool declaratives)
         if ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) return;
         if (atProgramId()) return;
         if (takeMark('.')) continue;
-        if (atProcedureHeader()) {
+        if (atProcedureHeader() || atBareHeader()) {
             Procedure procedure;
             procedure.name = internWord(now().text);
             procedure.at = here();

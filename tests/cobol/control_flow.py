@@ -447,6 +447,10 @@ class Flow:
                     if site == a[1]:
                         cells[a[0]] = cell
                         break
+                else:
+                    # The end of a range around this one had ended it already, and then something fell into its end:
+                    # two active ranges with a common exit, of which COBOL says nothing.
+                    return None
             elif op == "fall" and cells.get(a[0]):
                 at = self.labels[cells[a[0]]]
         return None

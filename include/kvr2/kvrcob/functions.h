@@ -49,6 +49,14 @@ KVR_SHARED uint8_t *kvr_factorial(int64_t n, uint8_t *to)
     return _zvkcBCD_Cpy_Pckd(bytes, to, 38, 63);
 }
 
+KVR_SHARED int32_t kvr_present_year(void)
+{
+    time_t now = time(NULL);
+    struct tm t;
+    localtime_r(&now, &t);
+    return t.tm_year + 1900;
+}
+
 KVR_SHARED int64_t kvr_windowed(int digits, int32_t value, int32_t window)
 {
     char text[9];

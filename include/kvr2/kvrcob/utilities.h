@@ -77,6 +77,33 @@ KVR_SHARED int64_t kvr_u_pause(int64_t seconds, int64_t nanoseconds)
 }
 KVR_SHARED int64_t kvr_u_sleep(void) { return kvr_u_pause(kvr_argument_count ? kvr_arguments[0].value : 0, 0); }
 
+/* The nanoseconds may be digits in a text. */
+KVR_SHARED int64_t kvr_u_nanosleep(void)
+{
+    char digits[32];
+    int64_t n = kvr_argument_count ? kvr_arguments[0].value : 0;
+    if (n == 0) n = strtoll(kvr_u_text(0, digits, sizeof digits), NULL, 10);
+    return kvr_u_pause(n / 1000000000, n % 1000000000);
+}
+
+/* The first argument's text to the right, or as the second one says: R, L, C for the middle. */
+KVR_SHARED int64_t kvr_u_justify(void)
+{
+    uint8_t *text = kvr_arguments[0].address, way = 'R';
+    size_t size, first = 0, length, to;
+    if (!kvr_argument_count || kvr_arguments[0].size < 1) return 1;
+    if (kvr_argument_count > 1 && kvr_arguments[1].size > 0) way = (uint8_t)(kvr_arguments[1].address[0] & ~0x20);
+    size = (size_t)kvr_arguments[0].size;
+    while (first < size && text[first] == ' ') first++;
+    length = size - first;
+    while (length > 0 && text[first + length - 1] == ' ') length--;
+    to = way == 'L' ? 0 : way == 'C' ? (size - length) / 2 : size - length;
+    memmove(text + to, text + first, length);
+    memset(text, ' ', to);
+    memset(text + to + length, ' ', size - to - length);
+    return 0;
+}
+
 /* Letters of the first argument; the second is how many characters count, all without it. */
 KVR_SHARED int64_t kvr_u_fold(int from, int to)
 {
