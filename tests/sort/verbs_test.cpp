@@ -4,8 +4,8 @@
 // Faults that these tests are there to catch: words that reach the engine changed or in the wrong
 // place; buffer, fill and spill file that do not agree at the limits; records that cross a chunk;
 // input that is empty; SORT-RETURN, error number and message 26 that do not follow the engine; an
-// active sort that the end does not stop; files that a signal leaves behind; a failing load that has
-// an effect.
+// active sort that the end does not stop; files that a signal leaves behind; a failing load that
+// has an effect.
 #include <atomic>
 #include <csignal>
 #include <filesystem>
