@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
+#include <pthread.h>
 
 #include "chardata/copy_text.h"
 #include "frame/locale/locale_handles.h"
@@ -145,12 +146,20 @@ extern "C" {
 
 void _zvkcSetCodePages(void)
 {
-    if (!_zvkProccom || _zvkProccom->ccsid >= 0) return;
+    if (!_zvkProccom || __atomic_load_n(&_zvkProccom->ccsid, __ATOMIC_ACQUIRE) >= 0) return;
     CodePageChoice choice;
     chooseFromProcess(choice);
-    memcpy(_zvkProccom->localeName, choice.localeName, sizeof choice.localeName);
-    memcpy(_zvkProccom->ebcdicCodePage, choice.ebcdicCodePage, sizeof choice.ebcdicCodePage);
-    _zvkProccom->ccsid = choice.row; // last: it says that the names stand
+
+    // Chosen without the lock, since a message may end the run unit: threads that come here at once
+    // choose the same, and the first of them stores it.
+    static pthread_mutex_t storing = PTHREAD_MUTEX_INITIALIZER;
+    pthread_mutex_lock(&storing);
+    if (_zvkProccom->ccsid < 0) {
+        memcpy(_zvkProccom->localeName, choice.localeName, sizeof choice.localeName);
+        memcpy(_zvkProccom->ebcdicCodePage, choice.ebcdicCodePage, sizeof choice.ebcdicCodePage);
+        __atomic_store_n(&_zvkProccom->ccsid, choice.row, __ATOMIC_RELEASE); // last: it says that the names stand
+    }
+    pthread_mutex_unlock(&storing);
 }
 
 void _zvkGetLocaleCP(char *localeName, char *ebcdicCodePage)

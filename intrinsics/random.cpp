@@ -2,7 +2,8 @@
 //
 // Its state is a field of the run unit's record, so that each run unit has its own sequence;
 // outside of any run unit there is one for the process. A state of 0, like the 1 that a run unit
-// starts with, makes 950706376 the first number.
+// starts with, makes 950706376 the first number. Threads that draw at once share the sequence: each
+// number goes to one of them.
 #include "base/quiet_floats.h"
 #include "frame/run_unit.h"
 #include "intrinsics/float_functions.h"
@@ -25,16 +26,32 @@ uint32_t &state()
     return run ? run->randomSeed : ownState;
 }
 
-// The number after `from`, which becomes the state. The product has up to 62 bits, and 2^31 is 1
-// here: the parts above and below bit 31 add up to the same rest.
-uint32_t next(uint32_t from)
+// The number after `from`. The product has up to 62 bits, and 2^31 is 1 here: the parts above and
+// below bit 31 add up to the same rest.
+uint32_t after(uint32_t from)
 {
     uint64_t product = uint64_t{from ? from : 1} * kMultiplier;
     uint64_t folded = (product & kModulus) + (product >> 31);
     folded = (folded & kModulus) + (folded >> 31);
-    auto rest = static_cast<uint32_t>(folded == kModulus ? 0 : folded);
-    state() = rest;
-    return rest;
+    return static_cast<uint32_t>(folded == kModulus ? 0 : folded);
+}
+
+// The next number of the sequence.
+uint32_t draw()
+{
+    uint32_t &shared = state();
+    uint32_t from = __atomic_load_n(&shared, __ATOMIC_RELAXED), number;
+    do number = after(from);
+    while (!__atomic_compare_exchange_n(&shared, &from, number, true, __ATOMIC_RELAXED, __ATOMIC_RELAXED));
+    return number;
+}
+
+// Begins the sequence anew, after `from`; its first number.
+uint32_t begin(uint32_t from)
+{
+    uint32_t number = after(from);
+    __atomic_store_n(&state(), number, __ATOMIC_RELAXED);
+    return number;
 }
 
 template <class F>
@@ -81,20 +98,20 @@ typename F::Value seeded(typename F::Value seed)
             Value turns = x / most;
             x = F::isFinite(turns) ? (turns - Functions<F>::trunc(turns)) * most : static_cast<Value>(0);
         }
-        return fractionOf<F>(next(lowWordOf<F>(x + 1)));
+        return fractionOf<F>(begin(lowWordOf<F>(x + 1)));
     });
 }
 
 } // namespace
 
-double _zvkRandom(void) { return fractionOf<Binary64>(next(state())); }
+double _zvkRandom(void) { return fractionOf<Binary64>(draw()); }
 
 double _zvkRandomInt8(uint64_t seed)
 {
     const bool tooLarge = seed >= static_cast<uint64_t>(kSeedLimit);
     if (tooLarge) reportTooLarge("RANDOM", kSeedLimit);
     if (seed > kMostSeed) seed %= kMostSeed + 1;
-    return fractionOf<Binary64>(next(static_cast<uint32_t>(seed) + 1));
+    return fractionOf<Binary64>(begin(static_cast<uint32_t>(seed) + 1));
 }
 
 double _zvkRandomFloat8(double seed) { return seeded<Binary64>(seed); }

@@ -32,20 +32,23 @@ bool writeAll(int fd, const uint8_t *bytes, uint64_t size)
     return true;
 }
 
-} // namespace
-
-bool zvkNameSpillFile(ZvkThreadRecord *record, Spill kind)
+// False, with an empty name, if the name does not fit.
+bool nameOf(const ZvkThreadRecord *record, Spill kind, char *path)
 {
     const char *directory = record->tempDir ? record->tempDir : ".";
     size_t length = strlen(directory);
     int size =
-        snprintf(record->spillPath, kSpillPathBytes, "%s%s%s%010u.%010u", directory,
+        snprintf(path, kSpillPathBytes, "%s%s%s%010u.%010u", directory,
                  length && directory[length - 1] == '/' ? "" : "/", kind == Spill::Input ? "sortwki." : "sortwko.",
                  static_cast<uint32_t>(_zvkProccom->pid), static_cast<uint32_t>(record->threadId));
     bool fits = size > 0 && static_cast<uint64_t>(size) < kSpillPathBytes;
-    if (!fits) record->spillPath[0] = 0;
+    if (!fits) path[0] = 0;
     return fits;
 }
+
+} // namespace
+
+bool zvkNameSpillFile(ZvkThreadRecord *record, Spill kind) { return nameOf(record, kind, record->spillPath); }
 
 Append zvkAppendSpill(const char *path, const uint8_t *bytes, uint64_t size)
 {
@@ -91,7 +94,12 @@ void zvkCloseSpill(ZvkThreadRecord *record)
 void zvkRemoveSpillFiles()
 {
     auto *record = static_cast<ZvkThreadRecord *>(zvkThreadScratch(-1));
-    if (record && record->spillPath && record->spillPath[0]) unlink(record->spillPath);
+    if (!record || !record->spillPath) return;
+    if (record->spillPath[0]) unlink(record->spillPath);
+    // While the engine runs only the statement knows the file of the released records. The path in
+    // the thread's record stays, for threads of the engine read it.
+    char input[kSpillPathBytes];
+    if (record->active && nameOf(record, Spill::Input, input)) unlink(input);
 }
 
 void zvkDropSpill(ZvkThreadRecord *record)

@@ -1,11 +1,12 @@
-// What the console verbs share: the device streams, their locks, writing that retries, flushing
-// before a read.
+// What the console verbs share: the device streams, their locks, flushing before a
+// read.
 #pragma once
 
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 
+#include "frame/whole_writes.h"
 #include "kvr2/run_unit.h"
 
 // Holds a stream's lock for a scope.
@@ -31,16 +32,6 @@ FILE *zvkConsoleOutput();
 FILE *zvkSysin();
 FILE *zvkSysout();
 FILE *zvkSyspunch();
-
-// True for errors after which a read or write is tried again. EAGAIN waits until the descriptor is
-// ready, or for a moment.
-bool zvkRetryAfter(int error, FILE *stream, short events);
-
-// Writes to a stream that the caller has locked; gives up without a word on an error that is not to
-// be retried.
-void zvkWriteText(FILE *stream, const void *text, size_t length);
-
-void zvkFlushLocked(FILE *stream);
 
 // So that what was shown earlier, a prompt above all, is visible before a read from stdin blocks.
 void zvkFlushMessagesBeforeRead();

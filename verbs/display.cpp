@@ -81,8 +81,8 @@ extern "C" void _zvkcDisplay(const DisplayRequest *request, DisplayItem *items)
 
     StreamLock lock(stream);
     bool valid = writeItems(stream, *request, items);
-    if (!(request->options & ZVK_DISPLAY_NO_ADVANCING)) putc_unlocked('\n', stream);
-    if (flushesEveryDisplay()) fflush_unlocked(stream);
+    if (!(request->options & ZVK_DISPLAY_NO_ADVANCING)) zvkWriteText(stream, "\n", 1);
+    if (flushesEveryDisplay()) zvkFlushWhole(stream);
     lock.release();
     if (!valid) msg::invalidDisplayItem();
 }

@@ -9,7 +9,7 @@ void show(FILE *stream, const uint8_t *text, uint64_t length)
 {
     StreamLock lock(stream);
     zvkWriteText(stream, text, length);
-    putc_unlocked('\n', stream);
+    zvkWriteText(stream, "\n", 1);
 }
 
 // Reads a line and drops it. Returns what a failed read left in errno, else 0. Unlike ACCEPT it

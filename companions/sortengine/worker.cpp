@@ -5,6 +5,32 @@
 
 namespace {
 
+// Holds the worker's mutex with signals blocked. A signal that ends the run unit abandons the sort
+// out of its handler (closeWorker): in a thread that held the mutex it would wait for itself.
+class WorkerLock {
+public:
+    explicit WorkerLock(Worker *worker) : worker_(worker) { take(); }
+    ~WorkerLock() { release(); }
+    void take()
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+        pthread_mutex_lock(&worker_->mutex);
+    }
+    void release()
+    {
+        pthread_mutex_unlock(&worker_->mutex);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    WorkerLock(const WorkerLock &) = delete;
+    WorkerLock &operator=(const WorkerLock &) = delete;
+
+private:
+    Worker *worker_;
+    sigset_t before_;
+};
+
 Job *takeFirst(Worker *worker)
 {
     Job *job = worker->first;
@@ -24,12 +50,12 @@ void takeOut(Worker *worker, const Job *job)
 }
 
 // Called and left with the mutex held.
-void runJob(Worker *worker, Job *job)
+void runJob(Worker *worker, Job *job, WorkerLock &lock)
 {
     job->state = JobState::Running;
-    pthread_mutex_unlock(&worker->mutex);
+    lock.release();
     job->run(job);
-    pthread_mutex_lock(&worker->mutex);
+    lock.take();
     job->state = JobState::Done;
     pthread_cond_broadcast(&worker->changed);
 }
@@ -37,14 +63,13 @@ void runJob(Worker *worker, Job *job)
 void *work(void *argument)
 {
     auto *worker = static_cast<Worker *>(argument);
-    pthread_mutex_lock(&worker->mutex);
+    WorkerLock lock(worker);
     while (!worker->stop) {
         if (Job *job = takeFirst(worker))
-            runJob(worker, job);
+            runJob(worker, job, lock);
         else
             pthread_cond_wait(&worker->changed, &worker->mutex);
     }
-    pthread_mutex_unlock(&worker->mutex);
     return nullptr;
 }
 
@@ -61,15 +86,11 @@ void openWorker(Worker *worker)
 
 void submit(Worker *worker, Job *job)
 {
-    pthread_mutex_lock(&worker->mutex);
+    WorkerLock lock(worker);
     if (!worker->started && !worker->refused) {
-        // The program's signals are not this thread's business.
-        sigset_t all, before;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before);
+        // It begins with all signals blocked: the program's are not this thread's business.
         worker->started = pthread_create(&worker->thread, nullptr, work, worker) == 0;
         worker->refused = !worker->started;
-        pthread_sigmask(SIG_SETMASK, &before, nullptr);
     }
     job->next = nullptr;
     job->error = 0;
@@ -77,20 +98,17 @@ void submit(Worker *worker, Job *job)
     (worker->last ? worker->last->next : worker->first) = job;
     worker->last = job;
     pthread_cond_broadcast(&worker->changed);
-    pthread_mutex_unlock(&worker->mutex);
 }
 
 uint32_t waitFor(Worker *worker, Job *job)
 {
-    pthread_mutex_lock(&worker->mutex);
+    WorkerLock lock(worker);
     if (job->state == JobState::Queued) {
         takeOut(worker, job);
-        runJob(worker, job);
+        runJob(worker, job, lock);
     }
     while (job->state == JobState::Running) pthread_cond_wait(&worker->changed, &worker->mutex);
-    uint32_t error = job->state == JobState::Done ? job->error : 0;
-    pthread_mutex_unlock(&worker->mutex);
-    return error;
+    return job->state == JobState::Done ? job->error : 0;
 }
 
 void closeWorker(Worker *worker)

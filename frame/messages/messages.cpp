@@ -21,6 +21,7 @@
 #include "frame/signals/traceback.h"
 #include "frame/streams/stream_sync.h"
 #include "frame/trace.h"
+#include "frame/whole_writes.h"
 #include "kvr2/termination.h"
 
 namespace {
@@ -226,8 +227,7 @@ void send(const Composer &out, FILE *stream, Ending ending)
         }
         return;
     }
-    for (size_t done = 0; done < out.length && !ferror_unlocked(stream);)
-        done += fwrite_unlocked(out.text + done, 1, out.length - done, stream);
+    zvkWriteText(stream, out.text, out.length);
 }
 
 uint32_t writeToString(uint32_t number, uint32_t control, va_list *args)

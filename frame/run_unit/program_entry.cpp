@@ -43,17 +43,20 @@ void enter(PCB *pcb)
     count(&pcb->ipcb->ent);
 }
 
+// Several threads may enter programs at once.
+void setFirstEntry(uint32_t value) { __atomic_store_n(&_zvkProccom->firstEntry, value, __ATOMIC_RELAXED); }
+
 // Makes sure that the runtime runs and a run unit with a main program is active.
 void ensureRunUnit(PCB *pcb)
 {
     RunUnitMutexGuard guard;
     if (runtimeStarted()) {
-        _zvkProccom->firstEntry = 1;
+        setFirstEntry(1);
     } else {
         InitCobolRte(pcb);
         if (!_zvkProccom) return;
         zvkRearmRunUnitMutex();
-        _zvkProccom->firstEntry = _zvkProccom->txmn ? 0 : 1;
+        setFirstEntry(_zvkProccom->txmn ? 0 : 1);
     }
     // A run unit that a host made for itself keeps its wrapper stub: programs come and go in it,
     // and none of them ends it. A run unit that begins with this entry has this program as its
@@ -166,7 +169,7 @@ void _zvkPgmInit(PCB *pcb)
     // A later entry while all is set up needs no more than the count. What this looks at changes
     // only when a run unit starts or ends, which a program that is being entered cannot overlap.
     if (__builtin_expect(pcb->lle && runtimeStarted() && !_zvkProccom->debug && haveRunUnitWithMain(), true)) {
-        _zvkProccom->firstEntry = 1;
+        setFirstEntry(1);
         enter(pcb);
         return;
     }

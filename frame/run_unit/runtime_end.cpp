@@ -16,6 +16,7 @@
 #include "frame/thread_record.h"
 #include "frame/trace.h"
 #include "frame/upcalls.h"
+#include "frame/whole_writes.h"
 
 namespace {
 
@@ -89,7 +90,9 @@ void closeStreams()
     for (size_t i = 0; i < std::size(bound); i++) {
         FILE *stream = bound[i];
         bool seen = std::find(bound, bound + i, stream) != bound + i;
-        if (stream && !seen && stream != stdin && stream != stdout && stream != stderr) fclose(stream);
+        if (!stream || seen || stream == stdin) continue;
+        zvkFlushLocked(stream);
+        if (stream != stdout && stream != stderr) fclose(stream);
     }
     _zvkProccom->sysin = _zvkProccom->sysout = _zvkProccom->msgs = nullptr;
     _zvkProccom->conIn = _zvkProccom->conOut = _zvkProccom->syspunch = nullptr;

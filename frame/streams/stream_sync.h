@@ -4,12 +4,14 @@
 #include <cstdio>
 #include <unistd.h>
 
+#include "frame/whole_writes.h"
+
 // Flushes a stream and its descriptor, under the stream's own lock.
 inline void zvkSyncStream(FILE *stream)
 {
     if (!stream) return;
     flockfile(stream);
-    fflush_unlocked(stream);
+    zvkFlushWhole(stream);
     fdatasync(fileno_unlocked(stream));
     funlockfile(stream);
 }

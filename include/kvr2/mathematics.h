@@ -113,6 +113,7 @@ ZVK_EXPORT ZvkDecimal128 _Dmr_rem_decfloat16(ZvkDecimal128 dividend, ZvkDecimal1
  * when no seed was given.
  *
  * @return at least 0, below 1
+ * @threads  any; each number of the sequence goes to one of them
  */
 ZVK_EXPORT double _zvkRandom(void);
 

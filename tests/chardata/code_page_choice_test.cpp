@@ -4,6 +4,8 @@
 // ends, a newer namesake, a number that only an alias bears).
 #include <cstring>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "chardata/code_page_choice.h"
 #include "chardata/open_converter.h"
@@ -169,6 +171,27 @@ TEST(CodePageChoice, IsMadeOnceInTheProcessRecord)
         },
         options);
     EXPECT_EQ(run.out, "8 en_US.ISO8859-1 TQX-037 TQX-037");
+}
+
+// Under the thread sanitizer: that threads which need the pages at once do not meet in the record.
+TEST(CodePageChoice, IsStoredOnceByThreadsAtOnce)
+{
+    ChildRun run = runChild(
+        [] {
+            static Proccom own;
+            if (!_zvkProccom) _zvkProccom = &own;
+            _zvkProccom->ccsid = -1;
+            std::vector<std::thread> threads;
+            for (int t = 0; t < 8; t++)
+                threads.emplace_back([] {
+                    char locale[64], page[16];
+                    _zvkGetLocaleCP(locale, page);
+                    if (strcmp(locale, "en_US.ISO8859-1") != 0 || strcmp(page, "TQX-037") != 0) exit(3);
+                });
+            for (std::thread &thread : threads) thread.join();
+        },
+        {.env = {{"LC_ALL", "C"}, {"EBCDIC_CODEPAGE", "TQX-037"}}});
+    EXPECT_EQ(run.status, 0) << run.err;
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <fstream>
 #include <nl_types.h>
 #include <string>
@@ -447,6 +448,20 @@ TEST(Messages, MessageStreamIsAFileWhereCobmsgsSaysSo)
     run = writing({.env = {{"COBMSGS", "log%"}, {"COBOUTDIR", "/nowhere"}}}, [] { zvkWriteMsg(168, 0); });
     EXPECT_TRUE(contains(run.err, "ZVK168W"));
     EXPECT_EQ(run.out, "") << "no file is announced that is not there";
+}
+
+// A disk that was full for a while, say: a write that failed is no reason to be silent for good.
+TEST(Messages, AStreamThatFailedOnceIsTriedAgain)
+{
+    ChildRun run = writing({}, [] {
+        int own = dup(2), full = open("/dev/full", O_WRONLY);
+        REQUIRE(own >= 0 && full >= 0 && dup2(full, 2) == 2);
+        zvkWriteMsg(168, 0);
+        REQUIRE(ferror(stderr) && dup2(own, 2) == 2);
+        zvkWriteMsg(168, 0);
+    });
+    EXPECT_GOOD(run);
+    EXPECT_TRUE(contains(run.err, "ZVK168W")) << run.err;
 }
 
 // Each device's file that cannot be opened is told of once, and the program goes on.

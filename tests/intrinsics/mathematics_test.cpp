@@ -1,12 +1,16 @@
 // Faults that these tests are there to catch: a name bound to another function or format; a missing
 // or wrong message; a remainder with the wrong sign, or that never ends; a sequence of random
-// numbers that is not the given one, is shared by run units or depends on the format of its seed; a
-// factorial's digits or bytes; a trap.
+// numbers that is not the given one, is shared by run units, is torn by threads or depends on the
+// format of its seed; a factorial's digits or bytes; a trap.
+#include <algorithm>
+#include <atomic>
 #include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <quadmath.h>
 #include <random>
+#include <thread>
+#include <vector>
 
 #include "decimal/reference.h"
 #include "intrinsics/dfp.h"
@@ -132,6 +136,31 @@ TEST(Random, IsTheGivenSequence)
     EXPECT_EQ(run.out, "1");
     EXPECT_EQ(_zvkRandomInt8(0), 0.4427071551059872);
     EXPECT_EQ(_zvkRandom(), static_cast<double>(kMultiplier * kMultiplier % kModulus) / 2147483647.0);
+}
+
+// No number of the sequence is given twice, and none is left out.
+TEST(Random, ThreadsShareTheSequence)
+{
+    constexpr int kThreads = 8, kEach = 200000;
+    _zvkRandomInt8(0);
+    std::vector<double> drawn(kThreads * kEach), expected;
+    std::vector<std::thread> threads;
+    std::atomic<int> ready{0};
+    for (int t = 0; t < kThreads; t++)
+        threads.emplace_back([&drawn, &ready, t] {
+            ready++;
+            while (ready < kThreads) std::this_thread::yield();
+            for (int i = 0; i < kEach; i++) drawn[static_cast<size_t>(t * kEach + i)] = _zvkRandom();
+        });
+    for (std::thread &thread : threads) thread.join();
+    uint64_t state = kMultiplier;
+    for (size_t i = 0; i < drawn.size(); i++) {
+        state = state * kMultiplier % kModulus;
+        expected.push_back(static_cast<double>(state) / 2147483647.0);
+    }
+    std::sort(drawn.begin(), drawn.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_TRUE(drawn == expected);
 }
 
 TEST(Random, TakesSeedsInEveryFormat)

@@ -4,8 +4,10 @@
 // Faults that these tests are there to catch: words that reach the engine changed or in the wrong
 // place; buffer, fill and spill file that do not agree at the limits; records that cross a chunk;
 // input that is empty; SORT-RETURN, error number and message 26 that do not follow the engine; an
-// active sort that the end does not stop; a failing load that has an effect.
+// active sort that the end does not stop; files that a signal leaves behind; a failing load that
+// has an effect.
 #include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
@@ -385,6 +387,21 @@ KVR2_PIECE(sort_threads)
     for (std::thread &thread : threads) thread.join();
 }
 
+// A signal ends the run unit while the engine sorts what was spilled.
+KVR2_PIECE(sort_signal)
+{
+    Statement sort(3, kBuffer);
+    REQUIRE(sort.op(1) == 0);
+    const std::string record(kBuffer, 'r');
+    for (int i = 0; i < 2; i++) REQUIRE(release(record) == 7);
+    behaviour = [](const EngineCall &call) {
+        REQUIRE(call.inFileSize == kBuffer);
+        writeFile(call.outPath, call.memory);
+        return raise(SIGTERM);
+    };
+    sort.op(3);
+}
+
 TEST(SortVerbs, TheEngineGetsTheStatementsWordsAndItsResultIsReported)
 {
     TemporaryDirectory directory;
@@ -429,6 +446,14 @@ TEST(SortVerbs, TheEndStopsAnActiveSortAndASecondSortIsReported)
     ChildRun run = runPiece("sort_end", with(kFake, directory));
     EXPECT_TRUE(holds(run.err + run.out, "ZVK013"));
     EXPECT_EQ((run.err + run.out).find("sort/verbs_test.cpp"), std::string::npos) << run.err;
+}
+
+TEST(SortVerbs, ASignalLeavesNoSpillFiles)
+{
+    TemporaryDirectory directory;
+    ChildRun run = runPiece("sort_signal", with(kFake, directory));
+    EXPECT_TRUE(holds(run.err, "ZVK995")) << run.err;
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 }
 
 TEST(SortVerbs, WithoutAnEngineTheStatementHasNoEffect)

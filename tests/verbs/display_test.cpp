@@ -1,7 +1,8 @@
 // Catches: a number's text that is wrong in digits, sign, exponent or width; items shown after an
 // invalid one, or not shown after a null one; lines of threads that mix; text of one device in the
 // file of another; a message that overtakes the text before it; a process that dies of a full disk,
-// a closed pipe or a device that is missing.
+// a closed pipe or a device that is missing; text that signals, or pipes that do
+// not wait, tear.
 #include <cfloat>
 #include <csignal>
 #include <cstring>
@@ -11,6 +12,7 @@
 #include <quadmath.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 
@@ -237,26 +239,54 @@ TEST(Display, AFullDiskAndAClosedPipeAreBorneInSilence)
     EXPECT_EQ(run.status, 0);
 }
 
+// Displays 500 lines into a pipe whose reader is slower. Exits with 4 where bytes are missing.
+void displayToASlowReader(bool buffered, bool blocking)
+{
+    int ends[2];
+    if (pipe(ends) != 0 || (!blocking && fcntl(ends[1], F_SETFL, O_NONBLOCK) != 0)) exit(3);
+    _zvkProccom->sysout = fdopen(ends[1], "w");
+    if (!buffered) setvbuf(_zvkProccom->sysout, nullptr, _IONBF, 0);
+    sigset_t timer;
+    sigemptyset(&timer);
+    sigaddset(&timer, SIGALRM);
+    pthread_sigmask(SIG_BLOCK, &timer, nullptr); // the writer is to be interrupted, not the reader
+    std::string line(1000, 'x'), all;
+    std::thread reader([&] {
+        char buffer[4096];
+        for (ssize_t got; (got = read(ends[0], buffer, sizeof buffer)) > 0;) {
+            all.append(buffer, static_cast<size_t>(got));
+            usleep(200);
+        }
+    });
+    pthread_sigmask(SIG_UNBLOCK, &timer, nullptr);
+    for (int i = 0; i < 500; i++) display({text(line)});
+    pthread_sigmask(SIG_BLOCK, &timer, nullptr);
+    fcntl(ends[1], F_SETFL, 0);
+    fclose(_zvkProccom->sysout);
+    _zvkProccom->sysout = nullptr;
+    reader.join();
+    if (all.size() != 500 * 1001) exit(4);
+}
+
 TEST(Display, ABusyPipeIsWaitedFor)
 {
     ChildRun run = inConsole([] {
-        int ends[2];
-        if (pipe(ends) != 0 || fcntl(ends[1], F_SETFL, O_NONBLOCK) != 0) exit(3);
-        _zvkProccom->sysout = fdopen(ends[1], "w");
-        setvbuf(_zvkProccom->sysout, nullptr, _IONBF, 0);
-        std::string line(1000, 'x'), all;
-        std::thread reader([&] {
-            char buffer[4096];
-            for (ssize_t got; (got = read(ends[0], buffer, sizeof buffer)) > 0;) {
-                all.append(buffer, static_cast<size_t>(got));
-                usleep(200);
-            }
-        });
-        for (int i = 0; i < 500; i++) display({text(line)});
-        fclose(_zvkProccom->sysout);
-        reader.join();
-        _zvkProccom->sysout = nullptr;
-        if (all.size() != 500 * 1001) exit(4);
+        displayToASlowReader(false, false);
+        displayToASlowReader(true, false);
+    });
+    EXPECT_EQ(run.status, 0) << run.err;
+}
+
+TEST(Display, ATimerOfTheHostLosesNothing)
+{
+    ChildRun run = inConsole([] {
+        struct sigaction ignoring {};
+        ignoring.sa_handler = [](int) {};
+        sigaction(SIGALRM, &ignoring, nullptr); // without SA_RESTART
+        itimerval often{{0, 100}, {0, 100}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+        displayToASlowReader(true, true);
+        displayToASlowReader(false, true);
     });
     EXPECT_EQ(run.status, 0) << run.err;
 }
