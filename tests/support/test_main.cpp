@@ -26,13 +26,13 @@ __attribute__((visibility("default"), used)) const char *__tsan_default_options(
     return OWN_SIGNALS "report_signal_unsafe=0:halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1";
 }
 // The dynamic loader, and what it runs when it loads and unloads, is ordered by a lock of its own
-// that the sanitizer does not see; so are the time zone, and what is put into a stream under
-// flockfile without a call of the system's library. A store's map lock (companions/filesystems) is
-// read-locked before and after the list of stores is locked: readers do not wait for each other,
-// nor for a writer that waits, and a writer takes no other lock.
+// that the sanitizer does not see; so are the time zone, setlocale, and what is put into a stream
+// under flockfile without a call of the system's library. A store's map lock (in
+// companions/filesystems) is read-locked before and after the list of stores is locked: readers do
+// not wait for each other, nor for a writer that waits, and a writer takes no other lock.
 __attribute__((visibility("default"), used)) const char *__tsan_default_suppressions()
 {
-    return "race:ld-linux\nrace:putc_unlocked\nrace:tzset_internal\ndeadlock:enterTransaction\n";
+    return "race:ld-linux\nrace:putc_unlocked\nrace:tzset_internal\nrace:zvkSetLocale\ndeadlock:enterTransaction\n";
 }
 }
 
