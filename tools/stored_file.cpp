@@ -178,18 +178,22 @@ bool StorePages::takeHead(uint64_t change)
     constexpr size_t treesAt = kHeadSize + 24, lastAt = treesAt + 2 * sizeof(Tree), changeAt = lastAt + 8;
     bool found = false;
     int good = 0;
-    for (size_t at : {size_t(0), size_t(pageSize_)}) {
+    uint32_t agreed = 0;
+    // The second head first: it is where its page size says, so that says more than the other's.
+    for (size_t at : {size_t(pageSize_), size_t(0)}) {
         if (size_ < at + changeAt + 8) continue;
         const uint8_t *page = base_ + at;
         if (load<uint32_t>(page + kHeadSize) != magic || load<uint32_t>(page + kHeadSize + 4) != 1) continue;
         if (!(load<uint16_t>(page + 10) & kHead)) continue;
         uint64_t itsChange = load<uint64_t>(page + changeAt);
         uint32_t pageSize = load<uint32_t>(page + treesAt);
-        if (pageSize < 512 || pageSize > 65536 || (pageSize & (pageSize - 1))) continue;
+        if (pageSize < 512 || pageSize > 65536 || (pageSize & (pageSize - 1)) || size_ < 2 * size_t(pageSize)) continue;
+        if (at ? pageSize != at : agreed && pageSize != agreed) continue;
         // Pages that no commit has written yet may be beyond the end of the file, but not far.
         uint64_t last = load<uint64_t>(page + lastAt), filePages = size_ / pageSize;
         if (last < 1 || last >= filePages + filePages / 2 + 4096) continue;
         ++good;
+        agreed = pageSize;
         if (change ? itsChange != change : found && itsChange < change_) continue;
         found = true;
         pageSize_ = pageSize;
@@ -202,7 +206,7 @@ bool StorePages::takeHead(uint64_t change)
     // A head is written over by the second change after its own, in the order of its bytes. It was
     // read in peace if not even the first one is there.
     for (size_t at : {size_t(0), size_t(pageSize_)})
-        if (change &&
+        if (change && size_ >= at + changeAt + 8 &&
             __atomic_load_n(reinterpret_cast<const uint64_t *>(base_ + at + changeAt), __ATOMIC_ACQUIRE) > change)
             return change_ = 0, false;
     filePages_ = size_ / pageSize_;

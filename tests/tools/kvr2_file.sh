@@ -226,6 +226,14 @@ for ((page = 0; page < pages; page += page < 8 ? 1 : 4 * ${KVR2_TEST_SHARE:-1}))
     [ "$lost" -le 200 ] || fail "page $page: $lost records are lost"
 done
 cp f.mdb g.mdb
+# A head page with a page size that cannot be: the other one leads to the records.
+for head in 0 4096; do
+    echo 000001abcd >one; "$tool" load -f -c -O indexed -r 10 -k 1:6 heads one 2>/dev/null
+    printf '\0\0\1\0' | dd of=heads.mdb bs=1 seek=$((head + 40)) conv=notrunc 2>/dev/null
+    expect "$(status "$tool" verify heads)" 3
+    expect "$(status "$tool" rebuild -f heads whole)" 3
+    "$tool" dump whole out.txt -f 2>/dev/null; same out.txt one
+done
 for head in 0 4096; do printf '\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF' | dd of=g.mdb bs=1 seek=$((head + 136)) conv=notrunc 2>/dev/null; done
 expect "$(status "$tool" info g)" 0; expect "$(status "$tool" verify g)" 3
 head -c 100000 f.mdb >g.mdb
