@@ -89,15 +89,18 @@ static uint64_t slotSizeOf(const StoredHeader &header)
 uint64_t tornSlot(const StoredHeader &header, const OpenFile &file)
 {
     const uint64_t slotSize = slotSizeOf(header);
-    uint64_t size = file.size, rest = 0;
+    const auto restOf = [&](uint64_t size) {
+        return size > kStoredHeaderSize ? (size - kStoredHeaderSize) % slotSize : 0;
+    };
+    uint64_t rest = restOf(file.size);
+    if (!rest) return 0;
+
+    // Beside a writer once more, when its transfer is over.
+    const uint64_t place = file.size - rest;
     struct stat about;
-    for (int n = 0; n < 2; ++n) { // beside a writer once more, when its transfer is over
-        rest = size > kStoredHeaderSize ? (size - kStoredHeaderSize) % slotSize : 0;
-        if (!rest || n) break;
-        filesystems::lockBytes(file.descriptor, false, size - rest, slotSize);
-        if (fstat(file.descriptor, &about) == 0) size = static_cast<uint64_t>(about.st_size);
-        filesystems::unlockBytes(file.descriptor, file.size - rest, slotSize);
-    }
+    filesystems::lockBytes(file.descriptor, false, place, slotSize);
+    if (fstat(file.descriptor, &about) == 0) rest = restOf(static_cast<uint64_t>(about.st_size));
+    filesystems::unlockBytes(file.descriptor, place, slotSize);
     return rest;
 }
 
