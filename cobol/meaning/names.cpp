@@ -36,22 +36,6 @@ static bool isGlobal(const Item *item)
     return record->global || (record->file && record->file->global);
 }
 
-// The reserved word that is spelled like this one: two letters at most are wrong.
-static Word reservedLike(const std::string &text)
-{
-    Word best = 0;
-    size_t bestDistance = 3;
-    for (Word word = 1; text.size() > 4 && text.size() <= 20 && word < K_count; word++) {
-        const std::string &other = wordText(word);
-        if (!isReserved(word) || other.size() + 2 < text.size() || text.size() + 2 < other.size()) continue;
-        size_t d = spellingDistance(text, other);
-        if (d >= bestDistance) continue;
-        bestDistance = d;
-        best = word;
-    }
-    return best;
-}
-
 // Whether a word is an item or a number, a minus sign and another one: COUNT-1.
 static bool isDifference(Program &p, const std::string &text)
 {
@@ -106,7 +90,7 @@ void Meaning::suggest(Program &p, Word name, Tok at)
         diagnostics().note(group_.spot(best->at), wordText(best->name) + " is declared here");
     } else if (isDifference(p, text)) {
         error(at, text + " is not declared; a minus sign has blanks around it");
-    } else if (Word reserved = reservedLike(text)) { // DISPLYA after an operand
+    } else if (Word reserved = text.size() > 4 ? reservedLike(text, [](Word) { return true; }) : 0) { // DISPLYA
         error(at, text + " is not declared; did you mean " + wordText(reserved) + "?");
     } else {
         error(at, text + " is not declared");

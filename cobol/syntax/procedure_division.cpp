@@ -103,15 +103,7 @@ const VerbRow *VerbRow::of(Word verb)
 // "; did you mean DISPLAY?", or nothing if no verb is spelled like this word.
 static std::string verbLike(const std::string &text)
 {
-    Word best = 0;
-    size_t bestDistance = text.size() < 4 ? 2 : 3;
-    for (Word word = 1; text.size() <= 20 && word < K_count; word++) {
-        if (!VerbRow::of(word) || !isReserved(word) || word == K_ON) continue;
-        size_t d = spellingDistance(text, wordText(word));
-        if (d >= bestDistance) continue;
-        bestDistance = d;
-        best = word;
-    }
+    const Word best = reservedLike(text, [](Word word) { return VerbRow::of(word) && word != K_ON; });
     return best ? "; did you mean " + wordText(best) + "?" : "";
 }
 

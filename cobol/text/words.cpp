@@ -114,4 +114,20 @@ size_t spellingDistance(const std::string &a, const std::string &b)
     return row[b.size()];
 }
 
+Word reservedLike(const std::string &text, bool (*wanted)(Word))
+{
+    Word best = 0;
+    size_t below = text.size() < 4 ? 2 : 3;
+    for (Word word = 1; text.size() <= 20 && word < K_count; word++) {
+        const std::string &other = wordText(word);
+        const bool farApart = other.size() + 2 < text.size() || text.size() + 2 < other.size();
+        if (farApart || !isReserved(word) || !wanted(word)) continue;
+        const size_t distance = spellingDistance(text, other);
+        if (distance >= below) continue;
+        below = distance;
+        best = word;
+    }
+    return best;
+}
+
 } // namespace kvrcob

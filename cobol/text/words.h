@@ -23,6 +23,9 @@ const std::string &wordText(Word word);
 bool isReserved(Word word);
 // How many letters are to be put in, taken out or changed to make one word of the other.
 size_t spellingDistance(const std::string &a, const std::string &b);
+// The reserved word that `text` is a misspelling of, among those that are wanted; 0: none. Two
+// letters at most are wrong, one in short words.
+Word reservedLike(const std::string &text, bool (*wanted)(Word));
 // How many words there are, for loops over all of them.
 size_t wordCount();
 
