@@ -237,6 +237,7 @@ void Emitter::setVarying(const Varying &v)
 // BY
 void Emitter::stepVarying(const Varying &v)
 {
+    if (stepCounter(v)) return;
     Loc loc = locate(*v.item, true);
     if (!loc.good() || !isNumericItem(*loc.item)) return;
     Num by = v.by ? number(v.by) : integerNumber("1LL", 1);
@@ -248,10 +249,13 @@ void Emitter::stepVarying(const Varying &v)
 // stepped before the inner ones begin again.
 void Emitter::performVarying(const PerformStatement &s)
 {
-    const size_t n = s.varying.size();
+    const size_t n = s.varying.size(), outerCounters = loopCounters_.size();
     anyChange_ = true;
     for (const auto &v : s.varying) setVarying(v);
+    for (size_t i = 0; i < n && s.isInline; i++)
+        countWith(s.varying[i], i + 1 < n ? &s.varying[i + 1] : nullptr, !s.testAfter);
     for (const auto &v : s.varying) {
+        beginCounting(v);
         put("for (;;) {\n");
         if (!s.testAfter) breakIf(v.until);
     }
@@ -266,8 +270,11 @@ void Emitter::performVarying(const PerformStatement &s)
         // Tested before, those further in have been set when their own loops ended.
         const size_t end = s.testAfter ? n : std::min(i + 2, n);
         for (size_t j = i + 1; j < end; j++) setVarying(s.varying[j]);
+        for (size_t c = outerCounters; c < loopCounters_.size(); c++) readStaleCounter(loopCounters_[c]);
         put("}\n");
+        endCounting(s.varying[i]);
     }
+    loopCounters_.erase(loopCounters_.begin() + static_cast<ptrdiff_t>(outerCounters), loopCounters_.end());
     anyChange_ = false;
 }
 
@@ -426,11 +433,13 @@ void Emitter::exitStatement(const ExitStatement &s)
     }
     case ExitStatement::Perform:
     case ExitStatement::PerformCycle:
-        if (performLabels_.empty())
+        if (performLabels_.empty()) {
             error(s.at, "EXIT PERFORM without an inline PERFORM");
-        else
-            put("goto ", s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
-                ";\n");
+            break;
+        }
+        countersAtExit();
+        put("goto ", s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
+            ";\n");
         break;
     case ExitStatement::Paragraph:
         paragraphEndUsed_ = true;

@@ -108,6 +108,7 @@ Num Emitter::itemNumber(const Loc &loc)
         item.category == Category::Alphabetic || item.category == Category::AlphanumericEdited)
         return textInteger(loc);
     if (item.category == Category::NumericEdited) return deEditedNumber(loc);
+    if (const LoopCounter *c = counterOf(item)) return c->value;
 
     switch (item.usage) {
     case Usage::Float:

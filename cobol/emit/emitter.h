@@ -9,6 +9,7 @@
 //   functions.cpp        intrinsic functions; by kinds in *_functions.cpp, FUNCTION-IDs in
 //                        user_functions.cpp
 //   file_records.cpp     what the run time is told of each file
+//   loop_counters.cpp    items that PERFORM VARYING counts with, in C variables
 //   arithmetic.cpp moves.cpp initialize.cpp setting.cpp control.cpp console.cpp calls.cpp
 //   opening.cpp files.cpp sorting.cpp strings.cpp searching.cpp xml.cpp  the statements
 //
@@ -413,6 +414,30 @@ private:
     void setVarying(const Varying &v);
     void stepVarying(const Varying &v);
     void breakIf(const Expr *until);
+
+    // ---- loop_counters.cpp
+    struct LoopCounter {
+        const Item *item;
+        Num value;         // its text is a C variable
+        bool stale;        // the storage may have another value
+        bool leavesByTest; // it leaves the item's range only where UNTIL holds
+    };
+    std::vector<bool> countersBefore(const Statement &s);
+    void countersAfter(const std::vector<bool> &staleBefore);
+    Num counterInStorage(const Item &item);
+    void countersAtExit();
+    void readStaleCounter(LoopCounter &c);
+    void receives(const Item &item, bool inTable);
+    LoopCounter *counterOf(const Item &item);
+    LoopCounter *counterOf(const Varying &v);
+    bool holdsBeyond(const Expr *condition, const Item &item, bool up);
+    void countWith(const Varying &v, const Varying *next, bool testBefore);
+    void cutCounter(const LoopCounter &c);
+    void beginCounting(const Varying &v);
+    void endCounting(const Varying &v);
+    bool stepCounter(const Varying &v);
+    std::vector<LoopCounter> loopCounters_; // of the loops around the statement in hand
+
     void findCircles(Program &p);
     bool inCircle(size_t from, size_t end) const;
     void performRange(const ProcedureName &first, const ProcedureName &last);

@@ -133,6 +133,7 @@ void Emitter::statement(const Statement &s)
     outerDebugs.swap(pendingDebugs_);
     Tok outerAt = statementAt_;
     statementAt_ = s.at;
+    const std::vector<bool> staleBefore = countersBefore(s);
 
     if (s.verb < K_count && table[s.verb])
         table[s.verb](*this, s);
@@ -140,6 +141,7 @@ void Emitter::statement(const Statement &s)
         notBuilt(s.at, "the statement " + wordText(s.verb));
 
     debugNow();
+    countersAfter(staleBefore);
     statementAt_ = outerAt;
     pendingDebugs_.swap(outerDebugs);
     zeroFlag_.swap(outerZero);

@@ -33,6 +33,9 @@ typedef int64_t (*KvrProgram)();
     memset(array, 0, sizeof array);                                                                                    \
     __asm__ volatile("" : : "r"(array) : "memory")
 
+/* Begins a loop around a loop: the C compiler is not to make one loop of both. */
+#define KVR_AGAIN __asm__ volatile("")
+
 /* A range of paragraphs as a function of its own, which works on the program's cells: 0 at its end,
    1 if the program ends in it, more where GO TO leaves it. */
 #define KVR_PERFORMED(name)                                                                                            \
