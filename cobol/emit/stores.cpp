@@ -75,7 +75,8 @@ void Emitter::storeBinary(Num value, const Loc &target, bool fits)
     const bool dropsSign = value.isSigned && !item.picture.sign && item.usage != Usage::Index;
     if (!fits && value.digits > item.picture.digits) {
         value = toInt(std::move(value));
-        value.text = cat("((", value.text, ") % ", powerOfTen(item.picture.digits), ")");
+        value.text = cat(value.wide() ? emits(Do::Cut, Of::Wide) : emits(Do::Cut, Of::Integer), "(", value.text, ", ",
+                         powerOfTen(item.picture.digits), ")");
     }
     value = toInt(std::move(value));
     if (dropsSign)
