@@ -53,9 +53,9 @@ bool Parser::nameOfItem(Item &item)
         step();
         return true;
     }
-    static constexpr Word clauses[] = {K_PIC,       K_PICTURE, K_REDEFINES,    K_OCCURS,   K_USAGE,    K_VALUE,
-                                       K_VALUES,    K_SIGN,    K_LEADING,      K_TRAILING, K_IS,       K_JUST,
-                                       K_JUSTIFIED, K_SYNC,    K_SYNCHRONIZED, K_BLANK,    K_EXTERNAL, K_GLOBAL};
+    static constexpr Word clauses[] = {K_PIC,          K_PICTURE, K_REDEFINES, K_OCCURS, K_USAGE, K_VALUE,     K_VALUES,
+                                       K_SIGN,         K_LEADING, K_TRAILING,  K_IS,     K_JUST,  K_JUSTIFIED, K_SYNC,
+                                       K_SYNCHRONIZED, K_BLANK,   K_EXTERNAL,  K_GLOBAL, K_TYPE,  K_SAME};
     if (now().kind != TokenKind::Name) return true;
     for (Word clause : clauses)
         if (at(clause)) return true;
@@ -126,7 +126,7 @@ bool Parser::dataClause(Program &p, Item &item)
         take(K_WHEN);
         if (!take(K_ZERO) && !take(K_ZEROS) && !take(K_ZEROES)) error("expected ZERO before " + shown());
         item.blankWhenZero = true;
-    } else if (at(K_IS) && (aheadIs(1, K_EXTERNAL) || aheadIs(1, K_GLOBAL))) {
+    } else if (at(K_IS) && (aheadIs(1, K_EXTERNAL) || aheadIs(1, K_GLOBAL) || aheadIs(1, K_TYPEDEF))) {
         step();
     } else if (take(K_EXTERNAL)) {
         item.external = true;
@@ -149,7 +149,19 @@ bool Parser::dataClause(Program &p, Item &item)
         step();
         step();
         item.anyLength = true;
-    } else if (at(K_ANY) || at(K_TYPEDEF) || at(K_TYPE) || at(K_LINE) || at(K_COLUMN) || at(K_SOURCE) || at(K_GROUP)) {
+    } else if (take(K_TYPEDEF)) {
+        if (item.level != 1 || !item.name) errorAt(clause, "TYPEDEF is for items of level 01 with a name");
+        item.isTypedef = true;
+        take(K_STRONG);
+    } else if (take(K_TYPE)) {
+        take(K_TO);
+        item.describedBy = identifier();
+    } else if (at(K_SAME) && aheadIs(1, K_AS)) {
+        step();
+        step();
+        item.sameAs = true;
+        item.describedBy = identifier();
+    } else if (at(K_ANY) || at(K_LINE) || at(K_COLUMN) || at(K_SOURCE) || at(K_GROUP)) {
         notBuilt(here(), "the clause " + wordText(now().word));
     } else {
         errorAt(clause, "expected a clause of the data description before " + shown());

@@ -118,8 +118,8 @@ struct Item {
     bool anyLength = false; // as long as the argument
     bool broken = false;    // its description has an error, which was told
     bool isTypedef = false; // TYPEDEF: no storage, copied by TYPE
-    Word typeName = 0;      // TYPE
-    Tok typeAt = 0;
+    bool sameAs = false;
+    Reference *describedBy = nullptr; // TYPE, SAME AS
     bool nativeBinary = false; // BINARY-CHAR and its like: size in nativeSize
     bool isUnsigned = false;
     uint8_t nativeSize = 0;
@@ -288,6 +288,7 @@ struct Program {
     std::vector<File *> files;
     std::vector<Item *> records; // level 01 and 77 of all sections but FILE
     std::vector<Item *> constants;
+    std::vector<Item *> types; // meaning: TYPEDEFs
 
     // procedures
     bool hasProcedures = false;

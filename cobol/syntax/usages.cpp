@@ -97,6 +97,10 @@ bool Parser::atUsageAlone(int level) const
 void Parser::usageClause(Item &item)
 {
     if (take(K_USAGE)) take(K_IS);
+    if (!atUsage() && atName()) { // a type
+        item.describedBy = identifier();
+        return;
+    }
     if (!atUsage()) {
         error("expected a usage before " + shown());
         return;
