@@ -62,6 +62,7 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
     case ExprKind::Count: {
         const std::string count = cat("met", ++constants_);
         globals_ += cat("static int64_t ", count, ";\n");
+        beginsAgain_ += joined(count, " = 0;\n");
         return cat(emits(Do::CountOfOn), "(&", count, ", ", integer(e->args[0]), ", ", integer(e->args[1]), ", ",
                    integer(e->args[2]), ")");
     }

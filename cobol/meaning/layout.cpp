@@ -283,8 +283,8 @@ struct Layout {
         if (item.elementary()) {
             elementary(item);
             if (item.depending || item.anyLength) item.hasDepending = true;
-            if (item.anyLength && (!program.isFunction || item.parent || item.section != Item::Linkage))
-                meaning.error(item.at, "ANY LENGTH of other items than parameters of a function is not supported yet");
+            if (item.anyLength && (item.parent || item.section != Item::Linkage))
+                meaning.error(item.at, "ANY LENGTH of other items than parameters is not supported yet");
             checkValue(item);
             return;
         }

@@ -196,6 +196,7 @@ private:
     void subscriptsAndRefmod(Reference &ref);
     uint32_t relationalOperator(); // 0: none; takes its words
     bool atRelationalOperator() const;
+    bool atRelationAlone() const;
     Expr *node(ExprKind kind, Tok at);
     Expr *number(std::string_view text, Tok at);
     bool parseInteger(int64_t &value);

@@ -102,6 +102,15 @@ KVR_INLINE void kvr_debug_subscript(uint8_t *item, int place, int64_t value)
     memcpy(item + 38 + 6 * place, number, 5);
 }
 
+/* Whether an EXTERNAL item has no values yet. `mark` notes that it gets them now. */
+KVR_INLINE int kvr_first_external(void *mark, const uint8_t *item, size_t size)
+{
+    uint8_t *known = (uint8_t *)mark;
+    if (!known || !item || *known) return 0;
+    *known = 1;
+    return item[0] == 0 && memcmp(item, item + 1, size - 1) == 0;
+}
+
 /* ON n AND EVERY m UNTIL k; 0 for what is left out. */
 KVR_INLINE int kvr_on(int64_t *count, int64_t from, int64_t every, int64_t until)
 {
