@@ -336,6 +336,11 @@ KVR_INLINE uint16_t kvr_assignment(char *to, const uint8_t *item, int64_t length
     int known = 0;
     while (length > 0 && (item[length - 1] == ' ' || item[length - 1] == 0)) length--;
     if (length > 4000) length = 4000;
+    if (length > 2 && item[1] == ':' && (item[0] & 0xDF) >= 'A' && (item[0] & 0xDF) <= 'Z') {
+        item += 2;
+        length -= 2;
+    }
+    if (length > 1 && item[length - 1] == ':') length--;
     for (i = 0; length > 4 && prefixes[i]; i += 4)
         if (memcmp(prefixes + i, item, 4) == 0) known = 1;
     if (!known && length > 0 && memchr(item, '-', (size_t)length) && !strchr("/.~$", item[0])) {
