@@ -71,9 +71,31 @@ void Parser::constantEntry(Item &item)
     take(K_CONSTANT);
     take(K_IS);
     take(K_GLOBAL);
-    if (!take(K_AS) && !take(K_VALUE) && at(K_FROM)) notBuilt(here(), "CONSTANT FROM");
+    if (!take(K_AS) && !take(K_VALUE) && take(K_FROM)) {
+        item.constant = definedNumber();
+        return;
+    }
     take(K_IS);
     item.constant = expression();
+}
+
+// The number that -D or >>DEFINE gave a name, where it had no other one before.
+Expr *Parser::definedNumber()
+{
+    const Tok name = here();
+    step();
+    auto found = group_.defines.find(wordText(tokens_[name].word));
+    const std::string_view value = found == group_.defines.end() ? std::string_view() : found->second;
+    const size_t sign = value.substr(0, 1) == "-" ? 1 : 0;
+    if (value.size() == sign || value.find_first_not_of("0123456789", sign) != std::string_view::npos) {
+        notBuilt(name, "CONSTANT FROM of anything but one number that -D or >>DEFINE gave");
+        return number("0", name);
+    }
+    Expr *constant = number(value.substr(sign), name);
+    if (!sign) return constant;
+    Expr *minus = node(ExprKind::Negate, name);
+    minus->left = constant;
+    return minus;
 }
 
 // 88 name VALUE x THRU y WHEN SET TO FALSE IS z.

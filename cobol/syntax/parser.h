@@ -126,6 +126,7 @@ private:
     Item *dataDescription(Program &program, Item::Section section);
     bool nameOfItem(Item &item);
     void constantEntry(Item &item);
+    Expr *definedNumber();
     void conditionEntry(Item &item);
     bool dataClause(Program &program, Item &item);
     // data_clauses.cpp

@@ -6,6 +6,7 @@
 // meaning/layout.cpp and meaning/programs.cpp fill them.
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -120,7 +121,7 @@ struct Item {
     bool isTypedef = false; // TYPEDEF: no storage, copied by TYPE
     bool sameAs = false;
     Reference *describedBy = nullptr; // TYPE, SAME AS
-    bool nativeBinary = false; // BINARY-CHAR and its like: size in nativeSize
+    bool nativeBinary = false;        // BINARY-CHAR and its like: size in nativeSize
     bool isUnsigned = false;
     uint8_t nativeSize = 0;
     Usage usage = Usage::Display;
@@ -316,8 +317,9 @@ struct Program {
 struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
-    std::vector<Program *> elsewhere; // functions (FUNCTION-ID) of the command's other sources
-    bool embedded = false;            // there are EXEC blocks: names may be missing for them
+    std::vector<Program *> elsewhere;                        // functions (FUNCTION-ID) of the command's other sources
+    std::map<std::string, std::string, std::less<>> defines; // -D, >>DEFINE: those with one value
+    bool embedded = false;                                   // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
 
