@@ -312,6 +312,8 @@ std::string Emitter::classTest(const Expr *e)
             if (item.usage == Usage::Packed)
                 test = cat(emits(Do::IsNumeric, Of::Packed), "(", loc.address, ", ", item.picture.digits, ", ",
                            item.picture.sign ? 1 : 0, ")");
+            else if (item.usage == Usage::Comp6)
+                test = cat(emits(Do::IsNumeric, Of::Comp6), "(", loc.address, ", ", item.size, ")");
             else if (item.usage == Usage::Display && item.signForm == SignForm::None)
                 test = cat(emits(Do::IsNumeric, Of::ZonedUnsigned), "(", loc.address, ", ", item.picture.digits,
                            ", kvr_digits)");

@@ -334,6 +334,7 @@ private:
     void storeEdited(Num value, const Loc &target);
     void storeBinary(Num value, const Loc &target, bool fits);
     void storePacked(Num value, const Loc &target);
+    void storeComp6(const Num &value, const Loc &target);
     void storeZoned(Num value, const Loc &target);
     void storeExact(Num value, const Loc &target, const std::string &sizeError);
     bool fillsItsBytes(const Item &item) const;

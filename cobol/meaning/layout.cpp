@@ -1,8 +1,9 @@
 // Layout: category, size and offset of every item of a record.
 //
 // Binary items are native: 2 bytes up to 4 digits, 4 up to 9, 8 up to 18. Packed ones have digits /
-// 2 + 1 bytes. SYNCHRONIZED aligns binary and floating-point items to their size, counted from the
-// start of the record. A table with DEPENDING ON has room for all its occurrences.
+// 2 + 1 bytes, COMP-6 ones, without the sign, (digits + 1) / 2. SYNCHRONIZED aligns binary and
+// floating-point items to their size, counted from the start of the record. A table with DEPENDING
+// ON has room for all its occurrences.
 #include "cobol/meaning/names.h"
 #include "cobol/meaning/picture.h"
 
@@ -204,7 +205,7 @@ struct Layout {
     // The size of a binary or packed item. False: it is neither.
     bool computational(Item &item)
     {
-        const bool packed = item.usage == Usage::Packed;
+        const bool packed = item.usage == Usage::Packed || item.usage == Usage::Comp6;
         if (!packed && item.usage != Usage::Binary && item.usage != Usage::Native) return false;
         if (item.category != Category::Numeric) {
             meaning.error(item.at,
@@ -213,6 +214,12 @@ struct Layout {
             return false;
         }
         int &digits = item.picture.digits;
+        if (item.usage == Usage::Comp6) {
+            if (item.picture.sign) meaning.error(item.at, "a COMP-6 item has no sign");
+            item.picture.sign = false;
+            item.size = static_cast<uint32_t>(digits + 1) / 2;
+            return true;
+        }
         if (packed) {
             item.size = static_cast<uint32_t>(digits) / 2 + 1;
             return true;

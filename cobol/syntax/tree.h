@@ -68,7 +68,8 @@ enum class Usage : uint8_t {
     Pointer,
     ProcedurePointer,
     National,
-    CompX
+    CompX,
+    Comp6
 };
 
 // What kind of picture and content an elementary item has.
