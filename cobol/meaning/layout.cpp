@@ -202,6 +202,17 @@ struct Layout {
         return true;
     }
 
+    // PIC X(n) COMP-5: a native unsigned number of n bytes.
+    static bool nativeBytes(Item &item)
+    {
+        const uint32_t n = item.picture.positions;
+        if (item.usage != Usage::Native || item.category != Category::Alphanumeric) return false;
+        if (n != 1 && n != 2 && n != 4 && n != 8) return false;
+        item.picture = Picture{};
+        numericWithoutPicture(item, n, n == 1 ? 3 : n == 2 ? 5 : n == 4 ? 10 : 20, false);
+        return true;
+    }
+
     // The size of a binary or packed item. False: it is neither.
     bool computational(Item &item)
     {
@@ -241,6 +252,7 @@ struct Layout {
         }
         if (!picture(item)) return;
         if (item.usage == Usage::CompX && compX(item)) return;
+        if (nativeBytes(item)) return;
         if (item.picture.digits > 38 && item.picture.category != Category::Alphanumeric) {
             meaning.error(item.pictureAt, "a numeric item has at most 38 digits");
             item.picture.digits = 38;

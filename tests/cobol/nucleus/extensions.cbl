@@ -13,6 +13,11 @@ working-storage section.
 01 exceeds pic x value "e".
 01 f comp-2.
 01 s comp-1.
+01 b1 pic x comp-5 value 200.
+01 b2 pic x(2) comp-5.
+01 b2-bytes redefines b2 pic x(2).
+01 b4 pic x(4) usage comp-5 value 4000000000.
+01 b8 pic x(8) comp-5.
 procedure division.
     compute n = today (1:4) + 1 display n
     if today (5:2) = 3 and today (from-here:2) < today (from-here + 2:2) display "march" end-if
@@ -38,4 +43,8 @@ procedure division.
     move 3.5e10 to s display s
     move -.001 to s display s
     move 123456789 to s display s
+
+    add 100 to b1 on size error display "too large" end-add
+    move 513 to b2 if b2-bytes = x"0102" display "native" end-if
+    compute b8 = b4 * b4 display b1 " " b2 " " b4 " " b8 " " function length (b8)
     stop run.
