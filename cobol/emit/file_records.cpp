@@ -15,7 +15,7 @@ static std::string assignmentOf(std::string_view text)
     text = text.substr(0, text.find_last_not_of(' ') + 1);
     if (text.size() > 2 && text[1] == ':' && std::isalpha(static_cast<unsigned char>(text[0]))) text.remove_prefix(2);
     if (text.size() > 1 && text.back() == ':') text.remove_suffix(1);
-    const std::string name(text);
+    std::string name(text);
     static const char *const prefixes[] = {"jgt-", "qvr-", "hdk-", "psx-", "lsq-", "nat-", "stl-", "rsd-", "str-",
                                            "wbr-", "raw-", "rql-", "pip-", "fif-", "sok-", "mqu-", "plx-"};
     if (name.find('-') == std::string::npos || name.empty() || name[0] == '/' || name[0] == '.' || name[0] == '~' ||
