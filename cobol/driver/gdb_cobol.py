@@ -118,6 +118,8 @@ def shown(item, data):
         return zoned(data, item)
     if item.usage == "packed":
         return packed(data, item)
+    if item.usage == "comp-6":
+        return scaled(int(data.hex()), item, False) if data.hex().isdigit() else f"0x{data.hex()} (not numeric)"
     if item.usage in ("binary", "big-endian"):
         value = int.from_bytes(data, "little" if item.usage == "binary" else "big", signed=bool(item.sign))
         return scaled(abs(value), item, value < 0)

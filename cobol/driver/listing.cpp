@@ -12,8 +12,8 @@ static const char *usageName(const Item &item)
 {
     static constexpr const char *names[] = {"DISPLAY", "BINARY", "COMP-5",  "PACKED-DECIMAL",    "COMP-1",
                                             "COMP-2",  "INDEX",  "POINTER", "PROCEDURE-POINTER", "NATIONAL",
-                                            "COMP-X"};
-    static_assert(std::size(names) == static_cast<size_t>(Usage::CompX) + 1);
+                                            "COMP-X",  "COMP-6"};
+    static_assert(std::size(names) == static_cast<size_t>(Usage::Comp6) + 1);
     return item.elementary() ? names[static_cast<size_t>(item.usage)] : "GROUP";
 }
 

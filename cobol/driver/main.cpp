@@ -62,6 +62,8 @@ Unit readUnit(const std::string &path, const Options &options)
     }
     Group *group = new Group();
     group->tokens = readSource(static_cast<uint32_t>(file), text, options.copy, out.dependencies);
+    group->defines = text.defines;
+    for (const std::string &name : text.changed) group->defines.erase(name);
     if (options.mode == Options::Preprocess) {
         out.c = printTokens(group->tokens);
         return unit;

@@ -63,18 +63,20 @@ void Emitter::utilityArguments(const CallStatement &s)
         const Expr *e = constant(argument.value);
         std::string address = "0", size = "-1", value = "0";
         if (n == 8 || e->kind == ExprKind::Omitted) break;
-        if (isNumericExpr(e)) value = integer(e);
+        const bool number = isNumericExpr(e);
+        if (number) value = integer(e);
         if (argument.mode != CallStatement::Value && e->kind == ExprKind::Reference) {
             Loc loc = locate(*e->ref);
             address = loc.address;
             size = loc.length;
-        } else if (argument.mode != CallStatement::Value && !isNumericExpr(e)) {
+        } else if (argument.mode != CallStatement::Value && !number) {
             Text t = text(e);
             if (!t.good) return;
             address = t.address;
             size = t.length;
         }
-        put("kvr_arguments[", n++, "] = (KvrArgument){(uint8_t *)", address, ", ", size, ", ", value, "};\n");
+        put("kvr_arguments[", n++, "] = (KvrArgument){(uint8_t *)", address, ", ", size, ", ", value, ", ",
+            number ? 1 : 0, "};\n");
     }
     put("kvr_argument_count = ", n, ";\n");
     utilities_ = true;
@@ -101,7 +103,7 @@ std::string Emitter::valueArgument(const Expr *e)
 }
 
 // An item BY REFERENCE, or a copy of it.
-std::string Emitter::itemArgument(const Expr *e, bool content)
+std::string Emitter::itemArgument(const Expr *e, bool content, std::string &length)
 {
     Item *item = meaning_.resolve(*program_, *e->ref, true);
     if (!item && e->ref->names.size() == 1)
@@ -111,6 +113,7 @@ std::string Emitter::itemArgument(const Expr *e, bool content)
                 return "";
             }
     Loc loc = locate(*e->ref);
+    length = loc.length;
     if (!loc.good() || !content) return loc.address;
     if (loc.fixed < 0 || loc.fixed > 65536)
         return cat(emits(Do::Content, Of::Text), "(__builtin_alloca((size_t)", loc.length, "), ", loc.address, ", ",
@@ -119,26 +122,40 @@ std::string Emitter::itemArgument(const Expr *e, bool content)
     return cat("memcpy(", copy, ", ", loc.address, ", ", loc.fixed, ")");
 }
 
-// What is passed for an argument; empty: an error was told.
-std::string Emitter::callArgument(const CallStatement::Argument &argument)
+// What is passed for an argument; empty: an error was told. `length` becomes how long it is.
+std::string Emitter::callArgument(const CallStatement::Argument &argument, std::string &length)
 {
     const Expr *e = constant(argument.value);
     if (e->kind == ExprKind::Omitted) return "(uint8_t *)0";
     if (argument.mode == CallStatement::Value) return valueArgument(e);
-    if (e->kind == ExprKind::Reference) return itemArgument(e, argument.mode == CallStatement::Content);
+    if (e->kind == ExprKind::Reference) return itemArgument(e, argument.mode == CallStatement::Content, length);
     if (e->kind == ExprKind::AddressOf) {
         std::string t = temp("uint8_t *");
+        length = "8";
         return cat("(", t, " = ", locate(*e->ref).address, ", (uint8_t *)&", t, ")");
     }
     if (isNumericExpr(e)) {
         // A number: an integer as a binary item of 4 bytes.
         std::string t = temp("int32_t");
+        length = "4";
         return cat("(", t, " = (int32_t)", integer(e), ", (uint8_t *)&", t, ")");
     }
     Text t = text(e);
     if (!t.good) return "";
+    length = t.length;
     std::string copy = tempBytes((t.fixed > 0 ? t.fixed : 256) + 1);
     return cat(emits(Do::Content, Of::Text), "(", copy, ", ", t.address, ", ", t.length, ")");
+}
+
+// Whether a program wants to know how long an argument is; one that is not known now may.
+bool Emitter::wantsLength(Program *known, size_t argument)
+{
+    if (!known) return argument < 64; // the room of kvr_lengths
+    if (argument >= known->parameters.size()) return false;
+    const Expr *formal = known->parameters[argument].value;
+    const Item *item =
+        formal && formal->kind == ExprKind::Reference ? meaning_.resolve(*known, *formal->ref, true) : nullptr;
+    return item && item->anyLength;
 }
 
 // Finds a program that is not known now; `routine` is its address then, or null. False: an error
@@ -196,20 +213,21 @@ void Emitter::callReturning(const CallStatement &s, const std::string &routine, 
 
 void Emitter::callStatement(const CallStatement &s)
 {
-    std::string arguments;
-    for (const CallStatement::Argument &argument : s.arguments) {
-        std::string passed = callArgument(argument);
+    const Expr *target = constant(s.program);
+    Program *known = target->kind == ExprKind::String ? visibleProgram(*program_, internWord(target->text)) : nullptr;
+    std::string arguments, lengths;
+    for (size_t i = 0; i < s.arguments.size(); i++) {
+        std::string length = "0", passed = callArgument(s.arguments[i], length);
         if (passed.empty()) return;
-        arguments += joined(arguments.empty() ? "" : ", ", passed);
+        arguments += joined(i ? ", " : "", passed);
+        if (wantsLength(known, i)) lengths += joined("kvr_lengths[", i, "] = ", length, ";\n");
     }
 
-    const Expr *target = constant(s.program);
-    const Program *known =
-        target->kind == ExprKind::String ? visibleProgram(*program_, internWord(target->text)) : nullptr;
     std::string routine = known ? cat("((int64_t (*)())kvr_entry_", known->number, ")") : temp("KvrProgram");
     if (!known && !findRoutine(s, target, routine)) return;
     bool enclosed = !known || s.exception.hasNot || s.exception.has;
     if (enclosed) put(known ? "{\n" : cat("if (", routine, ") {\n"));
+    put(lengths);
     if (s.returning)
         callReturning(s, routine, arguments, known);
     else

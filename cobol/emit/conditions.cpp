@@ -62,6 +62,7 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
     case ExprKind::Count: {
         const std::string count = cat("met", ++constants_);
         globals_ += cat("static int64_t ", count, ";\n");
+        beginsAgain_ += joined(count, " = 0;\n");
         return cat(emits(Do::CountOfOn), "(&", count, ", ", integer(e->args[0]), ", ", integer(e->args[1]), ", ",
                    integer(e->args[2]), ")");
     }
@@ -311,6 +312,8 @@ std::string Emitter::classTest(const Expr *e)
             if (item.usage == Usage::Packed)
                 test = cat(emits(Do::IsNumeric, Of::Packed), "(", loc.address, ", ", item.picture.digits, ", ",
                            item.picture.sign ? 1 : 0, ")");
+            else if (item.usage == Usage::Comp6)
+                test = cat(emits(Do::IsNumeric, Of::Comp6), "(", loc.address, ", ", item.size, ")");
             else if (item.usage == Usage::Display && item.signForm == SignForm::None)
                 test = cat(emits(Do::IsNumeric, Of::ZonedUnsigned), "(", loc.address, ", ", item.picture.digits,
                            ", kvr_digits)");

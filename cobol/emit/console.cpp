@@ -127,6 +127,7 @@ void Emitter::exhibitChanged(const DisplayStatement &s)
     const std::string kept = cat("exhibited", ++constants_), items = temp("DisplayItem", cat("[", s.items.size(), "]")),
                       count = temp("int");
     globals_ += cat("static uint8_t ", kept, "[", s.exhibited.size(), "][256];\n");
+    beginsAgain_ += joined("memset(", kept, ", 0, sizeof ", kept, ");\n");
     put(cat(count, " = 0;\n"));
     size_t next = 0;
     for (size_t operand = 0; operand < s.exhibited.size(); operand++) {

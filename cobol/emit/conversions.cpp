@@ -133,6 +133,12 @@ Num Emitter::itemNumber(const Loc &loc)
         n.text = checkedAddress(loc);
         n.direct = true;
         return n;
+    case Usage::Comp6:
+        n = describedNumber(item);
+        n.kind = Num::Packed;
+        n.text = cat(emits(Do::Load, Of::Comp6, Of::Packed), "(", loc.address, ", ", tempBytes(n.digits / 2 + 1), ", ",
+                     n.digits, ")");
+        return n;
     case Usage::Pointer:
     case Usage::ProcedurePointer:
         return integerNumber(cat("(int64_t)", emits(Do::Load, Of::Pointer), "(", loc.address, ")"), 18);

@@ -25,6 +25,8 @@ static const char *mapUsage(const Item &item)
         return "big-endian";
     case Usage::Packed:
         return "packed";
+    case Usage::Comp6:
+        return "comp-6";
     case Usage::Float:
         return "float";
     case Usage::Double:

@@ -182,6 +182,8 @@ private:
     void valueParameter(const Item &record, std::string &sets);
     void localEntry(const Item &record, EntryText &text);
     void externalRecords(const Program &p, std::string &out);
+    static std::string externalName(const Item &record);
+    static std::string externalTable(const std::string &rows, int count);
     void fileEntry(Program &p, std::string &out);
     std::string returnedValue(const Program &p, const std::string &prefix, std::string &out);
     void programRecords(const Program &p, const std::string &prefix, const std::string &name, std::string &out);
@@ -333,6 +335,7 @@ private:
     void storeEdited(Num value, const Loc &target);
     void storeBinary(Num value, const Loc &target, bool fits);
     void storePacked(Num value, const Loc &target);
+    void storeComp6(const Num &value, const Loc &target);
     void storeZoned(Num value, const Loc &target);
     void storeExact(Num value, const Loc &target, const std::string &sizeError);
     bool fillsItsBytes(const Item &item) const;
@@ -462,9 +465,10 @@ private:
     void acceptInput(const AcceptStatement &s, std::string_view flags, const Loc &loc);
 
     void callStatement(const CallStatement &s);
-    std::string callArgument(const CallStatement::Argument &argument);
+    bool wantsLength(Program *known, size_t argument);
+    std::string callArgument(const CallStatement::Argument &argument, std::string &length);
     std::string valueArgument(const Expr *e);
-    std::string itemArgument(const Expr *e, bool content);
+    std::string itemArgument(const Expr *e, bool content, std::string &length);
     bool findRoutine(const CallStatement &s, const Expr *target, const std::string &routine);
     void callReturning(const CallStatement &s, const std::string &routine, const std::string &arguments, bool direct);
     void utilityArguments(const CallStatement &s);
@@ -628,6 +632,7 @@ private:
     std::string globals_;                        // static data before the functions
     std::string code_;                           // the function in hand
     std::string functions_, useReturns_, entryCases_;
+    std::string beginsAgain_; // of the program in hand: what its statements keep begins anew after CANCEL
     std::vector<Insertion> insertions_;
     std::vector<size_t> blocks_; // indices into insertions_ of the open blocks
     uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;

@@ -80,14 +80,23 @@ void Emitter::externalRecords(const Program &p, std::string &out)
     int count = 0;
     for (const Item *record : p.records) {
         if (!record->external || record->redefines) continue;
-        std::string name = wordText(record->externalName ? record->externalName : record->name).substr(0, 31);
-        rows += joined("{", record->storageSize(), ", ", bytesLiteral(name), "}, ");
+        rows += joined("{", record->storageSize(), ", ", bytesLiteral(externalName(*record)), "}, ");
         addresses += joined("E", record->number, " = (uint8_t *)addresses[", count++, "];\n");
     }
-    if (!count) return;
-    out += joined("{ static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", count,
-                  "]; } items = {", count, ", {0}, {", rows, "}};\nvoid *addresses[", count, "];\n",
-                  emits(Do::External), "(&items.count, addresses);\n", addresses, "}\n");
+    if (count) out += joined("{ ", externalTable(rows, count), addresses, "}\n");
+}
+
+std::string Emitter::externalName(const Item &record)
+{
+    return wordText(record.externalName ? record.externalName : record.name).substr(0, 31);
+}
+
+// Asks for the addresses of so many rows.
+std::string Emitter::externalTable(const std::string &rows, int count)
+{
+    return cat("static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", count,
+               "]; } items = {", count, ", {0}, {", rows, "}};\nvoid *addresses[", count, "];\n", emits(Do::External),
+               "(&items.count, addresses);\n");
 }
 
 // Where the files' statuses go, and which files share a record area.

@@ -2,14 +2,20 @@
 #include "cobol/emit/emitter.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 namespace kvrcob {
 
-// A name as it is handed to OPEN. The library takes "abc-name" for a file system's prefix, so other
-// names with a "-" get "./" in front.
-static std::string assignmentOf(const std::string &name)
+// A name as it is handed to OPEN; kvr_assignment does the same with what an item holds. The library
+// takes "abc-name" for a file system's prefix, so other names with a "-" get "./" in front; and it
+// takes "a:b" for two files, so a drive, "A:NAME", and the end of "LPT1:" are left out.
+static std::string assignmentOf(std::string_view text)
 {
+    text = text.substr(0, text.find_last_not_of(' ') + 1);
+    if (text.size() > 2 && text[1] == ':' && std::isalpha(static_cast<unsigned char>(text[0]))) text.remove_prefix(2);
+    if (text.size() > 1 && text.back() == ':') text.remove_suffix(1);
+    std::string name(text);
     static const char *const prefixes[] = {"jgt-", "qvr-", "hdk-", "psx-", "lsq-", "nat-", "stl-", "rsd-", "str-",
                                            "wbr-", "raw-", "rql-", "pip-", "fif-", "sok-", "mqu-", "plx-"};
     if (name.find('-') == std::string::npos || name.empty() || name[0] == '/' || name[0] == '.' || name[0] == '~' ||
@@ -90,9 +96,7 @@ uint32_t recordRoom(const Program &p, const File &f)
 // ASSIGN, or what is there in place of it.
 Emitter::Assignment Emitter::assignment(Program &p, const File &f)
 {
-    auto literal = [](const Expr *e) {
-        return Assignment{assignmentOf(std::string(e->text)), " | ZVK_FILE_ASSIGN_LITERAL"};
-    };
+    auto literal = [](const Expr *e) { return Assignment{assignmentOf(e->text), " | ZVK_FILE_ASSIGN_LITERAL"}; };
     if (f.assign && f.assign->kind == ExprKind::String) return literal(f.assign);
     if (f.assignItem) {
         const Item *item = f.assignExternal ? nullptr : meaning_.resolve(p, *f.assignItem, true);

@@ -204,14 +204,37 @@ void Emitter::initialValues(Program &p)
             begin(f->records[0]);
         }
     };
+    // The run time makes EXTERNAL records as zero bytes. The first program that has one gives it
+    // its values; a mark of one byte, EXTERNAL as well, says that this was done. One that is not
+    // zero any more was filled by a program that does not know of marks.
+    auto externals = [&] {
+        std::string rows;
+        std::vector<const Item *> made;
+        for (const Item *record : p.records) {
+            if (record->section != Item::WorkingStorage || !record->external || record->redefines) continue;
+            made.push_back(record);
+            rows += joined("{1, ", bytesLiteral("?" + externalName(*record)), "}, ");
+        }
+        if (made.empty()) return;
+        put("{ ", externalTable(rows, static_cast<int>(made.size())));
+        for (size_t i = 0; i < made.size(); i++) {
+            put("if (", emits(Do::FirstExternal), "(addresses[", i, "], E", made[i]->number, ", ",
+                made[i]->storageSize(), ")) {\n");
+            begin(made[i]);
+            put("}\n");
+        }
+        put("}\n");
+    };
     put("static void p", p.number, "_initialize(void)\n{\n");
     recordAreas();
     records(Item::WorkingStorage);
+    externals();
     for (Item *index : p.indexNames) put("X", index->number, " = 1;\n");
     put("p", p.number, "_returnCode = 0;\np", p.number, "_tally = 0;\np", p.number, "_sortReturn = 0;\n");
     bool altered = false;
     for (const Procedure &procedure : p.procedures) altered |= procedure.altered;
     if (altered) put("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n");
+    put(beginsAgain_);
     put("}\n");
     put("static void p", p.number, "_initialize_local(void)\n{\n");
     records(Item::LocalStorage);

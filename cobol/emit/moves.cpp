@@ -227,7 +227,8 @@ void Emitter::moveTextToNumber(const Expr *source, const Loc &target)
         }
         const bool digit = t.fill >= '0' && t.fill <= '9';
         if (figurative && !digit &&
-            (to.usage == Usage::Packed || to.usage == Usage::Binary || to.usage == Usage::Native))
+            (to.usage == Usage::Packed || to.usage == Usage::Comp6 || to.usage == Usage::Binary ||
+             to.usage == Usage::Native))
             return error(source->at, "this figurative constant cannot be moved to a numeric item");
         t = repeatedDigits(t, to.picture.digits);
     }

@@ -345,8 +345,13 @@ Num Emitter::number(const Expr *e, int wantScale)
             return Num{};
         }
         if (loc.refmod) {
-            error(e->at, "a part of an item is no number");
-            return Num{};
+            // A part of a number's digits, such as the year of a date: many programs compute with
+            // it.
+            if (loc.item->category != Category::Numeric) {
+                error(e->at, "a part of an item is no number");
+                return Num{};
+            }
+            meaning_.warning("extension", e->at, "a part of a numeric item as a number is an extension");
         }
         if (loc.item->category == Category::NumericEdited)
             meaning_.warning("extension", e->at, "an edited item as a number is an extension");

@@ -244,6 +244,7 @@ void Emitter::program(Program &p)
     blocks_.clear();
     insertions_.clear();
     usesVisible_ = false;
+    beginsAgain_.clear();
     procedures(p);
     if (usesVisible_) visiblePrograms(p);
     functions = std::move(code_);

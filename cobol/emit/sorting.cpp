@@ -17,6 +17,7 @@ bool Emitter::sortKey(const Item &item, uint32_t offset, bool ascending, bool in
             type = inTable && !item.picture.sign ? bytes : "ZVK_KEY_PACKED";
             break;
         case Usage::CompX:
+        case Usage::Comp6:
             type = bytes;
             break;
         case Usage::Float:

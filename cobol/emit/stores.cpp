@@ -111,6 +111,12 @@ void Emitter::storePacked(Num value, const Loc &target)
     if (!item.picture.sign) put(target.address, "[", item.size - 1, "] |= 0x0F;\n");
 }
 
+void Emitter::storeComp6(const Num &value, const Loc &target)
+{
+    put(emits(Do::Store, Of::Comp6, Of::Packed), "(", value.text, ", ", target.address, ", ",
+        target.item->picture.digits, ", ", value.digits, ");\n");
+}
+
 void Emitter::storeZoned(Num value, const Loc &target)
 {
     const SignForm form = target.item->signForm;
@@ -172,6 +178,8 @@ void Emitter::store(Num value, const Loc &target, Rounding rounded, const std::s
         storeBinary(std::move(value), target, tested || fillsItsBytes(item));
     else if (item.usage == Usage::Packed)
         storePacked(std::move(value), target);
+    else if (item.usage == Usage::Comp6)
+        storeComp6(toPacked(std::move(value)), target);
     else
         storeZoned(std::move(value), target);
     if (tested) put("}\n");

@@ -106,6 +106,13 @@ std::string numericBytes(const Item &item, const Decimal &value)
     }
     case Usage::Packed:
         return packedBytes(digits, negative && item.picture.sign, item.picture.digits, item.picture.sign);
+    case Usage::Comp6: { // the digits of a packed number, without its sign
+        const std::string text = "0" + fitted(digits, static_cast<size_t>(item.picture.digits));
+        std::string bytes;
+        for (size_t i = text.size() - 2 * item.size; i + 1 < text.size(); i += 2)
+            bytes += static_cast<char>((text[i] - '0') << 4 | (text[i + 1] - '0'));
+        return bytes;
+    }
     case Usage::Binary:
     case Usage::Native:
     case Usage::CompX:

@@ -1,8 +1,9 @@
 // Layout: category, size and offset of every item of a record.
 //
 // Binary items are native: 2 bytes up to 4 digits, 4 up to 9, 8 up to 18. Packed ones have digits /
-// 2 + 1 bytes. SYNCHRONIZED aligns binary and floating-point items to their size, counted from the
-// start of the record. A table with DEPENDING ON has room for all its occurrences.
+// 2 + 1 bytes, COMP-6 ones, without the sign, (digits + 1) / 2. SYNCHRONIZED aligns binary and
+// floating-point items to their size, counted from the start of the record. A table with DEPENDING
+// ON has room for all its occurrences.
 #include "cobol/meaning/names.h"
 #include "cobol/meaning/picture.h"
 
@@ -201,10 +202,21 @@ struct Layout {
         return true;
     }
 
+    // PIC X(n) COMP-5: a native unsigned number of n bytes.
+    static bool nativeBytes(Item &item)
+    {
+        const uint32_t n = item.picture.positions;
+        if (item.usage != Usage::Native || item.category != Category::Alphanumeric) return false;
+        if (n != 1 && n != 2 && n != 4 && n != 8) return false;
+        item.picture = Picture{};
+        numericWithoutPicture(item, n, n == 1 ? 3 : n == 2 ? 5 : n == 4 ? 10 : 20, false);
+        return true;
+    }
+
     // The size of a binary or packed item. False: it is neither.
     bool computational(Item &item)
     {
-        const bool packed = item.usage == Usage::Packed;
+        const bool packed = item.usage == Usage::Packed || item.usage == Usage::Comp6;
         if (!packed && item.usage != Usage::Binary && item.usage != Usage::Native) return false;
         if (item.category != Category::Numeric) {
             meaning.error(item.at,
@@ -213,6 +225,12 @@ struct Layout {
             return false;
         }
         int &digits = item.picture.digits;
+        if (item.usage == Usage::Comp6) {
+            if (item.picture.sign) meaning.error(item.at, "a COMP-6 item has no sign");
+            item.picture.sign = false;
+            item.size = static_cast<uint32_t>(digits + 1) / 2;
+            return true;
+        }
         if (packed) {
             item.size = static_cast<uint32_t>(digits) / 2 + 1;
             return true;
@@ -234,6 +252,7 @@ struct Layout {
         }
         if (!picture(item)) return;
         if (item.usage == Usage::CompX && compX(item)) return;
+        if (nativeBytes(item)) return;
         if (item.picture.digits > 38 && item.picture.category != Category::Alphanumeric) {
             meaning.error(item.pictureAt, "a numeric item has at most 38 digits");
             item.picture.digits = 38;
@@ -283,8 +302,8 @@ struct Layout {
         if (item.elementary()) {
             elementary(item);
             if (item.depending || item.anyLength) item.hasDepending = true;
-            if (item.anyLength && (!program.isFunction || item.parent || item.section != Item::Linkage))
-                meaning.error(item.at, "ANY LENGTH of other items than parameters of a function is not supported yet");
+            if (item.anyLength && (item.parent || item.section != Item::Linkage))
+                meaning.error(item.at, "ANY LENGTH of other items than parameters is not supported yet");
             checkValue(item);
             return;
         }

@@ -26,6 +26,8 @@ public:
     // The key of a table or of a sort file; a name that others have, too, is the one in `outer`.
     Item *key(Program &program, const Reference &ref, Word outer);
     File *file(Program &program, Word name, Tok at);
+    // Do the qualifiers of a reference fit an item that has the name?
+    bool matches(const Item *item, const Reference &ref) const;
     // The index of a procedure, or -1 after an error. `from`: the procedure in which the name
     // stands.
     long procedure(Program &program, const ProcedureName &name, size_t from, bool silent = false);
@@ -68,12 +70,14 @@ private:
     void linageCounters(Program &p);
 
     void suggest(Program &p, Word name, Tok at);
-    bool matches(const Item *item, const Reference &ref) const;
 
     Group &group_;
     uint32_t programs_ = 0, records_ = 0, files_ = 0, indexes_ = 0;
     int constantDepth_ = 0;
 };
+
+// meaning/typedefs.cpp: items with TYPE or SAME AS get the description of the other item.
+void describe(Meaning &meaning, Program &program);
 
 // meaning/layout.cpp: sizes and places of a record and all that is in it.
 void layOut(Meaning &meaning, Program &program, Item &record);

@@ -59,6 +59,7 @@ void Meaning::enterNames(Program &p)
     p.names = new Names();
     p.number = ++programs_;
     p.cName = cNameOf(p.nameText);
+    describe(*this, p);
     for (File *f : p.files) f->number = ++files_;
     for (Item *constant : p.constants) enter(p, constant);
     auto enterRecord = [&](Item *record) {
@@ -135,6 +136,9 @@ void Meaning::parameters(Program &p)
     };
     for (size_t i = 0; i < p.parameters.size(); i++)
         if (Item *item = parameter(p.parameters[i].value)) item->parameter = static_cast<int>(i);
+    for (const Item *record : p.records)
+        if (record->anyLength && record->section == Item::Linkage && record->parameter < 0)
+            error(record->at, "ANY LENGTH of other items than parameters is not supported yet");
     for (EntryStatement *entry : p.entryPoints)
         for (const CallStatement::Argument &argument : entry->parameters) {
             const Item *item = parameter(argument.value);

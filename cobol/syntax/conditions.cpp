@@ -38,6 +38,12 @@ bool Parser::atRelationalOperator() const
     return at(K_EQUAL) || at(K_EQUALS) || at(K_GREATER) || at(K_LESS) || at(K_UNEQUAL) || at(K_EXCEEDS);
 }
 
+// The same where an operand could be, too, which some of the words may be names of.
+bool Parser::atRelationAlone() const
+{
+    return atRelationalOperator() && !(now().kind == TokenKind::Name && declared_.count(now().word));
+}
+
 // Takes an operator with all its words.
 uint32_t Parser::relationalOperator()
 {
@@ -112,7 +118,7 @@ Expr *Parser::notCondition()
     if (at(K_NOT)) {
         Tok start = here();
         step();
-        if (atRelationalOperator()) { // A = B OR NOT > C
+        if (atRelationAlone()) { // A = B OR NOT > C
             Expr *e = node(ExprKind::Relation, start);
             e->op = turned(relationalOperator());
             e->right = expression();
@@ -132,7 +138,7 @@ Expr *Parser::relation()
     bool is = false;
     if (at(K_IS) && !panic_) { // abbreviated: A IS = B OR IS > C
         is = true;
-    } else if (!atRelationalOperator()) {
+    } else if (!atRelationAlone()) {
         left = expression();
         if (panic_) return left;
         if (left->kind == ExprKind::Or || left->kind == ExprKind::And || left->kind == ExprKind::Not ||

@@ -53,9 +53,9 @@ bool Parser::nameOfItem(Item &item)
         step();
         return true;
     }
-    static constexpr Word clauses[] = {K_PIC,       K_PICTURE, K_REDEFINES,    K_OCCURS,   K_USAGE,    K_VALUE,
-                                       K_VALUES,    K_SIGN,    K_LEADING,      K_TRAILING, K_IS,       K_JUST,
-                                       K_JUSTIFIED, K_SYNC,    K_SYNCHRONIZED, K_BLANK,    K_EXTERNAL, K_GLOBAL};
+    static constexpr Word clauses[] = {K_PIC,          K_PICTURE, K_REDEFINES, K_OCCURS, K_USAGE, K_VALUE,     K_VALUES,
+                                       K_SIGN,         K_LEADING, K_TRAILING,  K_IS,     K_JUST,  K_JUSTIFIED, K_SYNC,
+                                       K_SYNCHRONIZED, K_BLANK,   K_EXTERNAL,  K_GLOBAL, K_TYPE,  K_SAME};
     if (now().kind != TokenKind::Name) return true;
     for (Word clause : clauses)
         if (at(clause)) return true;
@@ -71,9 +71,31 @@ void Parser::constantEntry(Item &item)
     take(K_CONSTANT);
     take(K_IS);
     take(K_GLOBAL);
-    if (!take(K_AS) && !take(K_VALUE) && at(K_FROM)) notBuilt(here(), "CONSTANT FROM");
+    if (!take(K_AS) && !take(K_VALUE) && take(K_FROM)) {
+        item.constant = definedNumber();
+        return;
+    }
     take(K_IS);
     item.constant = expression();
+}
+
+// The number that -D or >>DEFINE gave a name, where it had no other one before.
+Expr *Parser::definedNumber()
+{
+    const Tok name = here();
+    step();
+    auto found = group_.defines.find(wordText(tokens_[name].word));
+    const std::string_view value = found == group_.defines.end() ? std::string_view() : found->second;
+    const size_t sign = value.substr(0, 1) == "-" ? 1 : 0;
+    if (value.size() == sign || value.find_first_not_of("0123456789", sign) != std::string_view::npos) {
+        notBuilt(name, "CONSTANT FROM of anything but one number that -D or >>DEFINE gave");
+        return number("0", name);
+    }
+    Expr *constant = number(value.substr(sign), name);
+    if (!sign) return constant;
+    Expr *minus = node(ExprKind::Negate, name);
+    minus->left = constant;
+    return minus;
 }
 
 // 88 name VALUE x THRU y WHEN SET TO FALSE IS z.
@@ -126,7 +148,7 @@ bool Parser::dataClause(Program &p, Item &item)
         take(K_WHEN);
         if (!take(K_ZERO) && !take(K_ZEROS) && !take(K_ZEROES)) error("expected ZERO before " + shown());
         item.blankWhenZero = true;
-    } else if (at(K_IS) && (aheadIs(1, K_EXTERNAL) || aheadIs(1, K_GLOBAL))) {
+    } else if (at(K_IS) && (aheadIs(1, K_EXTERNAL) || aheadIs(1, K_GLOBAL) || aheadIs(1, K_TYPEDEF))) {
         step();
     } else if (take(K_EXTERNAL)) {
         item.external = true;
@@ -149,7 +171,19 @@ bool Parser::dataClause(Program &p, Item &item)
         step();
         step();
         item.anyLength = true;
-    } else if (at(K_ANY) || at(K_TYPEDEF) || at(K_TYPE) || at(K_LINE) || at(K_COLUMN) || at(K_SOURCE) || at(K_GROUP)) {
+    } else if (take(K_TYPEDEF)) {
+        if (item.level != 1 || !item.name) errorAt(clause, "TYPEDEF is for items of level 01 with a name");
+        item.isTypedef = true;
+        take(K_STRONG);
+    } else if (take(K_TYPE)) {
+        take(K_TO);
+        item.describedBy = identifier();
+    } else if (at(K_SAME) && aheadIs(1, K_AS)) {
+        step();
+        step();
+        item.sameAs = true;
+        item.describedBy = identifier();
+    } else if (at(K_ANY) || at(K_LINE) || at(K_COLUMN) || at(K_SOURCE) || at(K_GROUP)) {
         notBuilt(here(), "the clause " + wordText(now().word));
     } else {
         errorAt(clause, "expected a clause of the data description before " + shown());

@@ -79,10 +79,11 @@ void Parser::fileSection(Program &p)
     }
 }
 
+// Whether an item needs subscripts; one of a type may, for tables may be of the type.
 static bool inTable(const Item &item)
 {
     for (const Item *a = &item; a; a = a->parent)
-        if (a->occurs) return true;
+        if (a->occurs || (a->isTypedef && a != &item)) return true;
     return false;
 }
 

@@ -13,6 +13,7 @@ bool Parser::atSectionOrDivision() const
            (ahead().word == K_SECTION || ahead().word == K_DIVISION);
 }
 
+// Headers may be left out, that of the division and those of its sections.
 void Parser::environmentDivision(Program &p)
 {
     if (at(K_ENVIRONMENT, K_DIVISION)) {

@@ -158,8 +158,7 @@ void Parser::programAttributes(Program &p)
 void Parser::divisions(Program &p)
 {
     if (at(K_OPTIONS)) skipToPeriod();
-    if (at(K_ENVIRONMENT, K_DIVISION)) environmentDivision(p);
-    if (at(K_CONFIGURATION, K_SECTION) || at(K_INPUT_OUTPUT, K_SECTION)) environmentDivision(p);
+    environmentDivision(p);
     if (at(K_DATA, K_DIVISION) || at(K_FILE, K_SECTION) || at(K_WORKING_STORAGE, K_SECTION) ||
         at(K_LINKAGE, K_SECTION) || at(K_LOCAL_STORAGE, K_SECTION))
         dataDivision(p);

@@ -126,6 +126,7 @@ private:
     Item *dataDescription(Program &program, Item::Section section);
     bool nameOfItem(Item &item);
     void constantEntry(Item &item);
+    Expr *definedNumber();
     void conditionEntry(Item &item);
     bool dataClause(Program &program, Item &item);
     // data_clauses.cpp
@@ -196,6 +197,7 @@ private:
     void subscriptsAndRefmod(Reference &ref);
     uint32_t relationalOperator(); // 0: none; takes its words
     bool atRelationalOperator() const;
+    bool atRelationAlone() const;
     Expr *node(ExprKind kind, Tok at);
     Expr *number(std::string_view text, Tok at);
     bool parseInteger(int64_t &value);

@@ -6,6 +6,7 @@
 // meaning/layout.cpp and meaning/programs.cpp fill them.
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -67,7 +68,8 @@ enum class Usage : uint8_t {
     Pointer,
     ProcedurePointer,
     National,
-    CompX
+    CompX,
+    Comp6
 };
 
 // What kind of picture and content an elementary item has.
@@ -118,9 +120,9 @@ struct Item {
     bool anyLength = false; // as long as the argument
     bool broken = false;    // its description has an error, which was told
     bool isTypedef = false; // TYPEDEF: no storage, copied by TYPE
-    Word typeName = 0;      // TYPE
-    Tok typeAt = 0;
-    bool nativeBinary = false; // BINARY-CHAR and its like: size in nativeSize
+    bool sameAs = false;
+    Reference *describedBy = nullptr; // TYPE, SAME AS
+    bool nativeBinary = false;        // BINARY-CHAR and its like: size in nativeSize
     bool isUnsigned = false;
     uint8_t nativeSize = 0;
     Usage usage = Usage::Display;
@@ -288,6 +290,7 @@ struct Program {
     std::vector<File *> files;
     std::vector<Item *> records; // level 01 and 77 of all sections but FILE
     std::vector<Item *> constants;
+    std::vector<Item *> types; // meaning: TYPEDEFs
 
     // procedures
     bool hasProcedures = false;
@@ -315,8 +318,9 @@ struct Program {
 struct Group {
     std::vector<Token> tokens;
     std::vector<Program *> programs;
-    std::vector<Program *> elsewhere; // functions (FUNCTION-ID) of the command's other sources
-    bool embedded = false;            // there are EXEC blocks: names may be missing for them
+    std::vector<Program *> elsewhere;                        // functions (FUNCTION-ID) of the command's other sources
+    std::map<std::string, std::string, std::less<>> defines; // -D, >>DEFINE: those with one value
+    bool embedded = false;                                   // there are EXEC blocks: names may be missing for them
     const Spot &spot(Tok at) const { return tokens[at].spot; }
 };
 

@@ -25,6 +25,9 @@ constexpr UsageWord kUsages[] = {
     {K_COMPUTATIONAL_5, Usage::Native, 0, false},
     {K_COMP_N, Usage::Native, 0, false},
     {K_COMP_X, Usage::CompX, 0, false},
+    {K_COMPUTATIONAL_X, Usage::CompX, 0, false},
+    {K_COMP_6, Usage::Comp6, 0, false},
+    {K_COMPUTATIONAL_6, Usage::Comp6, 0, false},
     {K_COMP_1, Usage::Float, 0, false},
     {K_COMPUTATIONAL_1, Usage::Float, 0, false},
     {K_FLOAT_SHORT, Usage::Float, 0, false},
@@ -57,8 +60,7 @@ constexpr UsageWord kUsages[] = {
 
 // Usages that are not built yet.
 constexpr Word kLaterUsages[] = {
-    K_COMP_6,           K_NATIONAL,         K_DISPLAY_1,        K_OBJECT,
-    K_FLOAT_BINARY_128, K_FLOAT_DECIMAL_16, K_FLOAT_DECIMAL_34, K_FLOAT_EXTENDED,
+    K_NATIONAL, K_DISPLAY_1, K_OBJECT, K_FLOAT_BINARY_128, K_FLOAT_DECIMAL_16, K_FLOAT_DECIMAL_34, K_FLOAT_EXTENDED,
 };
 
 const UsageWord *usageOf(Word word)
@@ -97,6 +99,10 @@ bool Parser::atUsageAlone(int level) const
 void Parser::usageClause(Item &item)
 {
     if (take(K_USAGE)) take(K_IS);
+    if (!atUsage() && atName()) { // a type
+        item.describedBy = identifier();
+        return;
+    }
     if (!atUsage()) {
         error("expected a usage before " + shown());
         return;

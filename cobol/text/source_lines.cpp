@@ -135,7 +135,7 @@ private:
             return true;
         } else if (verb == "DEFINE") {
             define(words);
-        } else if (verb == "SOURCE" || (verb == "SET" && dollar)) {
+        } else if (verb == "SOURCE" || verb == "SET") {
             if (text.find("FREE") != std::string::npos)
                 format_ = SourceFormat::Free;
             else if (text.find("VARIABLE") != std::string::npos)
@@ -209,6 +209,7 @@ private:
         if (words.size() < 2) return;
         if (std::find(words.begin(), words.end(), "OFF") != words.end()) {
             options_.defines.erase(words[1]);
+            options_.changed.insert(words[1]);
             return;
         }
         size_t value = words.size() > 2 && words[2] == "AS" ? 3 : 2;
@@ -218,7 +219,10 @@ private:
             return;
         }
         bool override_ = words.back() == "OVERRIDE";
-        if (options_.defines.count(words[1]) && !override_) return; // -D goes before the source's own value
+        if (options_.defines.count(words[1])) {
+            if (!override_) return; // -D goes before the source's own value
+            options_.changed.insert(words[1]);
+        }
         options_.defines[words[1]] = value < words.size() && words[value] != "OVERRIDE" ? words[value] : "1";
     }
 

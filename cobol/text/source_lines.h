@@ -19,6 +19,7 @@ struct TextOptions {
     SourceFormat format = SourceFormat::Unknown;
     int tabStop = 8;
     std::map<std::string, std::string, std::less<>> defines; // -D, >>DEFINE
+    std::set<std::string> changed;                           // names that were defined anew, or OFF
     std::set<uint32_t> freeFiles;                            // that were in free form
     bool debugging = false;                                  // WITH DEBUGGING MODE was seen
     bool commaIsPoint = false;                               // DECIMAL-POINT IS COMMA was seen

@@ -105,6 +105,15 @@ KVR_INLINE void kvr_debug_subscript(uint8_t *item, int place, int64_t value)
     memcpy(item + 38 + 6 * place, number, 5);
 }
 
+/* Whether an EXTERNAL item has no values yet. `mark` notes that it gets them now. */
+KVR_INLINE int kvr_first_external(void *mark, const uint8_t *item, size_t size)
+{
+    uint8_t *known = (uint8_t *)mark;
+    if (!known || !item || *known) return 0;
+    *known = 1;
+    return item[0] == 0 && memcmp(item, item + 1, size - 1) == 0;
+}
+
 /* ON n AND EVERY m UNTIL k; 0 for what is left out. */
 KVR_INLINE int kvr_on(int64_t *count, int64_t from, int64_t every, int64_t until)
 {
@@ -330,6 +339,11 @@ KVR_INLINE uint16_t kvr_assignment(char *to, const uint8_t *item, int64_t length
     int known = 0;
     while (length > 0 && (item[length - 1] == ' ' || item[length - 1] == 0)) length--;
     if (length > 4000) length = 4000;
+    if (length > 2 && item[1] == ':' && (item[0] & 0xDF) >= 'A' && (item[0] & 0xDF) <= 'Z') {
+        item += 2;
+        length -= 2;
+    }
+    if (length > 1 && item[length - 1] == ':') length--;
     for (i = 0; length > 4 && prefixes[i]; i += 4)
         if (memcmp(prefixes + i, item, 4) == 0) known = 1;
     if (!known && length > 0 && memchr(item, '-', (size_t)length) && !strchr("/.~$", item[0])) {

@@ -4,7 +4,7 @@
 run_group.py KVRCOB FOLDER. NAME.input, if there is one, is the program's standard input; the sources in
 FOLDER/modules become modules for CALL by name. The first line of an expected output may be "#exit N".
 NAME.errors has what the standard error must contain; without it a program that ends well writes none.
-A program must compile without a warning (those for obsolete elements are off) and runs in a fresh folder.
+A program must compile without a warning (those for obsolete elements and extensions are off) and runs in a fresh folder.
 """
 import difflib
 import os
@@ -26,7 +26,7 @@ def main():
         if expected.startswith("#exit "):
             first, expected = expected.split("\n", 1)
             status = int(first.split()[1])
-        options = ["-Wno-obsolete", "-O0", "-I", str(folder)]
+        options = ["-Wno-obsolete", "-Wno-extension", "-O0", "-I", str(folder)]
         if source.stem.startswith("check_"):
             options.append("-fcheck=all")
         with tempfile.TemporaryDirectory() as work:

@@ -94,10 +94,32 @@ KVR_SHARED int kvr_show_number(const uint8_t *packed, int digits, int width, int
 
 KVR_SHARED int kvr_show_float(double v, uint8_t *out, int digits, char point)
 {
-    int length = snprintf((char *)out, 48, "%.*g", digits, v);
-    char *found = (char *)memchr(out, '.', (size_t)length);
-    if (found) *found = point;
-    return length;
+    char text[48], *shown = (char *)out;
+    int length = snprintf(text, sizeof text, "%.*E", digits - 1, v == 0 ? 0 : v), exponent, i, n = 0;
+    char *e = (char *)memchr(text, 'E', (size_t)length), *from = text;
+    if (!e || !memchr("0123456789", e[-1], 10)) return snprintf(shown, 48, "%g", v); /* no number */
+    exponent = atoi(e + 1);
+    if (*from == '-') shown[n++] = *from++;
+    if (e > from + 1) from[1] = from[0], from++; /* the digits alone */
+    while (e > from + 1 && e[-1] == '0') e--;
+    digits = (int)(e - from);
+
+    if (exponent < -20 || exponent > 37) { /* 1.5E+100 */
+        shown[n++] = *from;
+        if (digits > 1) shown[n++] = point;
+        for (i = 1; i < digits; i++) shown[n++] = from[i];
+        return n + snprintf(shown + n, 8, "E%+03d", exponent);
+    }
+    if (exponent < 0) {
+        shown[n++] = '0';
+        shown[n++] = point;
+        for (i = -1; i > exponent; i--) shown[n++] = '0';
+    }
+    for (i = 0; i < digits || i <= exponent; i++) {
+        if (exponent >= 0 && i == exponent + 1) shown[n++] = point;
+        shown[n++] = i < digits ? from[i] : '0';
+    }
+    return n;
 }
 
 KVR_SHARED int kvr_show_pointer(const uint8_t *p, uint8_t *out)

@@ -51,6 +51,36 @@ KVR_INLINE void kvr_put_big(uint8_t *p, int size, uint64_t value)
     for (; size-- > 0; value >>= 8) p[size] = (uint8_t)value;
 }
 
+/*
+ * COMP-6: two digits a byte and no sign. A packed number of as many digits is the same one digit to
+ * the left, with the sign after it.
+ */
+KVR_INLINE uint8_t *kvr_get_signless(const uint8_t *item, uint8_t *packed, int digits)
+{
+    int from = (digits + 1) / 2, to = digits / 2;
+    packed[to] = (uint8_t)(item[from - 1] << 4 | 0x0F);
+    while (to-- > 0) {
+        from--;
+        packed[to] = (uint8_t)((from > 0 ? item[from - 1] << 4 : 0) | item[from] >> 4);
+    }
+    return packed;
+}
+KVR_INLINE void kvr_put_signless(const uint8_t *packed, uint8_t *item, int digits, int packedDigits)
+{
+    int from = packedDigits / 2, to = (digits + 1) / 2;
+    while (to-- > 0) {
+        item[to] = (uint8_t)((from > 0 ? packed[from - 1] << 4 : 0) | (from >= 0 ? packed[from] >> 4 : 0));
+        from--;
+    }
+    if (digits & 1) item[0] &= 0x0F;
+}
+KVR_INLINE int kvr_is_signless(const uint8_t *item, int size)
+{
+    while (size-- > 0)
+        if (item[size] >> 4 > 9 || (item[size] & 15) > 9) return 0;
+    return 1;
+}
+
 KVR_INLINE double kvr_get_float(const uint8_t *p)
 {
     float v;

@@ -16,6 +16,7 @@
 #include "kvr2/kvrcob.h" /* asks the system's headers for all that they have */
 
 #include <errno.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -25,6 +26,7 @@ typedef struct KvrArgument {
     uint8_t *address;
     int64_t size;  /* bytes; -1 for an argument BY VALUE */
     int64_t value; /* of a number */
+    int number;    /* it is one */
 } KvrArgument;
 
 static KvrArgument kvr_arguments[8];
@@ -82,7 +84,7 @@ KVR_SHARED int64_t kvr_u_nanosleep(void)
 {
     char digits[32];
     int64_t n = kvr_argument_count ? kvr_arguments[0].value : 0;
-    if (n == 0) n = strtoll(kvr_u_text(0, digits, sizeof digits), NULL, 10);
+    if (kvr_argument_count && !kvr_arguments[0].number) n = strtoll(kvr_u_text(0, digits, sizeof digits), NULL, 10);
     return kvr_u_pause(n / 1000000000, n % 1000000000);
 }
 
@@ -203,27 +205,154 @@ KVR_SHARED int64_t kvr_u_change_dir(void)
     return kvr_u_outcome(chdir(kvr_u_text(0, name, sizeof name)));
 }
 
-/* Size (8 bytes), day, month (1 each), year (2), hour, minute, second, hundredths (1 each). */
-KVR_SHARED int64_t kvr_u_check_file(void)
+/* What a file's inode says of its size and time, for the argument after its name. */
+KVR_SHARED int kvr_u_file_details(uint8_t details[16], struct tm *t)
 {
     char name[4096];
     struct stat info;
+    if (stat(kvr_u_text(0, name, sizeof name), &info) != 0) return 0;
+    localtime_r(&info.st_mtime, t);
+    kvr_put_big(details, 8, (uint64_t)info.st_size);
+    return 1;
+}
+KVR_SHARED int64_t kvr_u_give_details(const uint8_t details[16])
+{
+    if (kvr_argument_count > 1 && kvr_arguments[1].size > 0)
+        memcpy(kvr_arguments[1].address, details, kvr_arguments[1].size < 16 ? (size_t)kvr_arguments[1].size : 16);
+    return 0;
+}
+
+/* Size (8 bytes), day, month (1 each), year (2), hour, minute, second, hundredths (1 each). */
+KVR_SHARED int64_t kvr_u_check_file(void)
+{
     struct tm t;
     uint8_t details[16];
-    int i;
-    if (stat(kvr_u_text(0, name, sizeof name), &info) != 0) return 35;
-    localtime_r(&info.st_mtime, &t);
-    for (i = 0; i < 8; i++) details[i] = (uint8_t)((uint64_t)info.st_size >> (56 - 8 * i));
+    if (!kvr_u_file_details(details, &t)) return 35;
     details[8] = (uint8_t)t.tm_mday;
     details[9] = (uint8_t)(t.tm_mon + 1);
-    details[10] = (uint8_t)((t.tm_year + 1900) >> 8);
-    details[11] = (uint8_t)(t.tm_year + 1900);
+    kvr_put_big(details + 10, 2, (uint64_t)t.tm_year + 1900);
     details[12] = (uint8_t)t.tm_hour;
     details[13] = (uint8_t)t.tm_min;
     details[14] = (uint8_t)t.tm_sec;
     details[15] = 0;
-    if (kvr_argument_count > 1 && kvr_arguments[1].size > 0)
-        memcpy(kvr_arguments[1].address, details, kvr_arguments[1].size < 16 ? (size_t)kvr_arguments[1].size : 16);
+    return kvr_u_give_details(details);
+}
+
+/* Size (8 bytes), YYYYMMDD and HHMMSS00 (4 each). */
+KVR_SHARED int64_t kvr_u_file_info(void)
+{
+    struct tm t;
+    uint8_t details[16];
+    if (!kvr_u_file_details(details, &t)) return 35;
+    kvr_put_big(details + 8, 4, (uint64_t)((t.tm_year + 1900) * 10000 + (t.tm_mon + 1) * 100 + t.tm_mday));
+    kvr_put_big(details + 12, 4, (uint64_t)(t.tm_hour * 1000000 + t.tm_min * 10000 + t.tm_sec * 100));
+    return kvr_u_give_details(details);
+}
+
+/* The folder that the process is in: flags, room, and the item that gets its name. 128: no room. */
+KVR_SHARED int64_t kvr_u_current_dir(void)
+{
+    char name[4096];
+    size_t room, length;
+    if (kvr_argument_count < 3 || kvr_arguments[2].size < 1) return 128;
+    room = (size_t)kvr_arguments[2].size;
+    if (!getcwd(name, sizeof name)) return 128;
+    length = strlen(name);
+    if (length > room) return 128;
+    memset(kvr_arguments[2].address, ' ', room);
+    memcpy(kvr_arguments[2].address, name, length);
+    return 0;
+}
+
+/*
+ * Files by bytes. The program holds a file as 4 bytes, which are the descriptor under a mark, so
+ * that an item that holds anything else reaches no file, the standard streams least of all.
+ */
+#define KVR_U_MARK 0x4B000000u
+
+/* Argument i as a number; an item that is none counts as its bytes, high byte first. */
+KVR_SHARED uint64_t kvr_u_number(int i)
+{
+    const KvrArgument *a = kvr_arguments + i;
+    uint64_t n = 0;
+    int64_t k;
+    if (i >= kvr_argument_count) return 0;
+    if (a->number) return (uint64_t)a->value;
+    for (k = 0; k < a->size && k < 8; k++) n = n << 8 | a->address[k];
+    return n;
+}
+KVR_SHARED int kvr_u_descriptor(void)
+{
+    uint32_t held = 0;
+    if (!kvr_argument_count || kvr_arguments[0].size < 4) return -1;
+    memcpy(&held, kvr_arguments[0].address, 4);
+    return (held & 0xFF000000u) == KVR_U_MARK ? (int)(held & 0xFFFFFFu) : -1;
+}
+
+/* A name, access (1 to read, 2 to write, 3 for both), who else may, the device, and the handle. */
+KVR_SHARED int64_t kvr_u_open(int flags)
+{
+    char name[4096];
+    uint64_t access = kvr_u_number(1) & 3;
+    uint32_t held;
+    int file;
+    if (kvr_argument_count < 5 || kvr_arguments[4].size < 4 || access == 0) return 30;
+    flags |= O_CLOEXEC | (access == 1 ? O_RDONLY : access == 2 ? O_WRONLY : O_RDWR);
+    file = open(kvr_u_text(0, name, sizeof name), flags, 0666);
+    if (file < 0) return kvr_u_outcome(-1);
+    held = KVR_U_MARK | (uint32_t)file;
+    memcpy(kvr_arguments[4].address, &held, 4);
+    return 0;
+}
+KVR_SHARED int64_t kvr_u_open_file(void) { return kvr_u_open(0); }
+KVR_SHARED int64_t kvr_u_create_file(void) { return kvr_u_open(O_CREAT | O_TRUNC); }
+
+KVR_SHARED int64_t kvr_u_close_file(void)
+{
+    int file = kvr_u_descriptor();
+    if (file < 0) return 30;
+    memset(kvr_arguments[0].address, 0, 4);
+    return kvr_u_outcome(close(file));
+}
+KVR_SHARED int64_t kvr_u_flush_file(void) { return kvr_u_outcome(fsync(kvr_u_descriptor())); }
+
+/*
+ * The handle, where in the file, how many bytes, flags, and the item. With flag 128 the place
+ * becomes the file's size, and that is all. 10: the file ends there.
+ */
+KVR_SHARED int64_t kvr_u_read_file(void)
+{
+    int file = kvr_u_descriptor();
+    uint64_t count = kvr_u_number(2), done = 0;
+    struct stat info;
+    if (file < 0 || kvr_argument_count < 4) return 30;
+    if (kvr_u_number(3) & 128) {
+        if (fstat(file, &info) != 0 || kvr_arguments[1].size < 1 || kvr_arguments[1].size > 8) return 30;
+        kvr_put_big(kvr_arguments[1].address, (int)kvr_arguments[1].size, (uint64_t)info.st_size);
+        return 0;
+    }
+    if (kvr_argument_count < 5 || kvr_arguments[4].size < 0 || count > (uint64_t)kvr_arguments[4].size) return 30;
+    while (done < count) {
+        ssize_t n = pread(file, kvr_arguments[4].address + done, count - done, (off_t)(kvr_u_number(1) + done));
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return 30;
+        if (n == 0) break;
+        done += (uint64_t)n;
+    }
+    return count && !done ? 10 : 0;
+}
+KVR_SHARED int64_t kvr_u_write_file(void)
+{
+    int file = kvr_u_descriptor();
+    uint64_t count = kvr_u_number(2), done = 0;
+    if (file < 0 || kvr_argument_count < 5 || kvr_arguments[4].size < 0) return 30;
+    if (count > (uint64_t)kvr_arguments[4].size) return 30;
+    while (done < count) {
+        ssize_t n = pwrite(file, kvr_arguments[4].address + done, count - done, (off_t)(kvr_u_number(1) + done));
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return 30;
+        done += (uint64_t)n;
+    }
     return 0;
 }
 

@@ -2,6 +2,7 @@ identification division.
 program-id. directives.
 data division.
 working-storage section.
+>>set sourceformat "free"
 >>define level as 3
 >>evaluate level
 >>when 1
@@ -35,6 +36,10 @@ working-storage section.
 >>end-if
 copy fixd.
 copy free1.
+>>define minus-two as -2
+01 lev constant from level.
+01 two constant is global from minus-two.
+01 lv. 02 pic x occurs lev value "*".
 procedure division.
-    display a b c fx fr-name fr-2
+    display a b c fx fr-name fr-2 lv two
     goback.
