@@ -123,6 +123,7 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
     // A chain of if and else; each test's temporaries are computed where it is. Subjects that
     // several tests use are computed once, before them.
     std::string done = label();
+    ToldOnce told(*this);
     size_t tests = 0;
     for (const EvaluateStatement::When &when : s.whens) tests += when.rows.size();
     std::vector<const Expr *> subjects(s.subjects.begin(), s.subjects.end());

@@ -235,6 +235,15 @@ private:
     void debugAlter(long paragraph, long target, Tok at);
     void debugItem(const Reference &ref, const Item &item, const Loc &loc, bool changed);
     void debugFile(const File &f, const FileStatement *read);
+    // EVALUATE and SEARCH: the calls that their conditions owe, and the flag of each that was made.
+    struct ToldOnce {
+        explicit ToldOnce(Emitter &e) : emitter(e) { e.debugTold_ = &flags; }
+        ~ToldOnce() { emitter.debugTold_ = nullptr; }
+        ToldOnce(const ToldOnce &) = delete;
+        ToldOnce &operator=(const ToldOnce &) = delete;
+        Emitter &emitter;
+        std::map<std::string, std::string> flags;
+    };
     void debugNow();
     std::string debugCondition(const std::string &c);
     std::string debugSection(const Watch &watch, const std::string &arguments);
@@ -627,7 +636,8 @@ private:
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;
-    std::vector<std::string> pendingDebugs_;  // of the statement in hand: debugging sections to run
+    std::vector<std::string> pendingDebugs_; // of the statement in hand: debugging sections to run
+    std::map<std::string, std::string> *debugTold_ = nullptr;
     const char *performWay_ = "PERFORM LOOP"; // what DEBUG-CONTENTS says of the range performed next
     std::vector<uint32_t> circles_;           // of each procedure; equal numbers: they perform each other
     bool circling_ = false;                   // a PERFORM may meet itself

@@ -131,6 +131,8 @@ void Emitter::statement(const Statement &s)
     outerZero.swap(zeroFlag_);
     std::vector<std::string> outerDebugs;
     outerDebugs.swap(pendingDebugs_);
+    auto *outerTold = debugTold_;
+    debugTold_ = nullptr;
     Tok outerAt = statementAt_;
     statementAt_ = s.at;
 
@@ -142,6 +144,7 @@ void Emitter::statement(const Statement &s)
     debugNow();
     statementAt_ = outerAt;
     pendingDebugs_.swap(outerDebugs);
+    debugTold_ = outerTold;
     zeroFlag_.swap(outerZero);
     closeBlock();
 }
@@ -209,7 +212,8 @@ void Emitter::storage(Program &p)
         globals_ += joined("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
     }
     if (!p.uses.empty())
-        globals_ += joined("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
+        globals_ += joined("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n",
+                           "static int ", prefix, "debugging __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
