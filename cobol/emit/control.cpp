@@ -341,10 +341,8 @@ void Emitter::goStatement(const GoStatement &s)
         put("}\n");
     }
     if (s.targets.empty()) {
-        if (!here.altered) {
-            error(s.at, "GO TO without a paragraph needs an ALTER that sets it");
-            return;
-        }
+        if (!here.altered)
+            meaning_.warning("alter", s.at, "GO TO without a paragraph, and no ALTER sets it: it ends the run");
         put(emits(Do::Unaltered), "();\n");
         return;
     }
