@@ -146,6 +146,7 @@ public:
 
 private:
     // ---- program.cpp
+    void useRoutine(const Program &p);
     void program(Program &p);
     void storage(Program &p);
     void initialValues(Program &p);

@@ -225,6 +225,18 @@ void Emitter::storage(Program &p)
                        "body(int entry);\n");
 }
 
+// What the library calls after a failed verb. A USE procedure whose own statements fail, such as the
+// CLOSE of a file that could not be opened, is not entered again: it goes on after them.
+void Emitter::useRoutine(const Program &p)
+{
+    std::string prefix = cat("p", p.number, "_");
+    globals_ += joined("static uint8_t ", prefix, "uses[", p.uses.size(), "];\nstatic void ", prefix,
+                       "useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode)\n{\n(void)a; (void)b; "
+                       "(void)mode;\nif (",
+                       prefix, "uses[entry - 1]) return;\n", prefix, "uses[entry - 1] = 1;\n", prefix,
+                       "body((int)entry);\n", prefix, "uses[entry - 1] = 0;\n}\n");
+}
+
 void Emitter::program(Program &p)
 {
     program_ = &p;
@@ -232,11 +244,7 @@ void Emitter::program(Program &p)
     storage(p);
     if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
-        if (u == 0)
-            globals_ += joined(
-                "static void p", p.number,
-                "_useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode) { (void)a; (void)b; (void)mode; p",
-                p.number, "_body((int)entry); }\n");
+        if (u == 0) useRoutine(p);
         globals_ += joined("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
                            " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
     }

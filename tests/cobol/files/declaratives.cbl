@@ -25,6 +25,8 @@
        DA-X. EXIT.
        DB SECTION. USE AFTER ERROR PROCEDURE ON B.
        DB-1. DISPLAY "USE B " SB. PERFORM DA-9.
+      * Neither procedure is entered again while it runs.
+           CLOSE B. CLOSE A. DISPLAY "CLOSED " SB SA.
        DX SECTION. USE AFTER ERROR PROCEDURE ON X1.
        DX-1. DISPLAY "USE X " SX.
        END DECLARATIVES.
