@@ -307,6 +307,8 @@ void Emitter::jump(const ProcedureName &name)
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now)
         put("kvr_segment_", program_->number, "(", target.segment, ");\n");
+    // A GO TO out of the DECLARATIVES ends the USE procedure: the next failure enters it again.
+    if (procedure_ < program_->firstProcedure && static_cast<size_t>(to) >= program_->firstProcedure) put(noUseRuns());
     debugWay("", name.at);
     flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
     put("goto p", to, ";\n");

@@ -147,6 +147,7 @@ public:
 private:
     // ---- program.cpp
     void useRoutine(const Program &p);
+    std::string noUseRuns() const;
     void program(Program &p);
     void storage(Program &p);
     void initialValues(Program &p);

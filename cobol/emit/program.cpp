@@ -237,6 +237,13 @@ void Emitter::useRoutine(const Program &p)
                        "body((int)entry);\n", prefix, "uses[entry - 1] = 0;\n}\n");
 }
 
+std::string Emitter::noUseRuns() const
+{
+    if (program_->uses.empty()) return "";
+    std::string prefix = cat("p", program_->number, "_");
+    return cat("memset(", prefix, "uses, 0, sizeof ", prefix, "uses);\n", prefix, "debugging = 0;\n");
+}
+
 void Emitter::program(Program &p)
 {
     program_ = &p;
