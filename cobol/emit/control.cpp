@@ -307,8 +307,7 @@ void Emitter::jump(const ProcedureName &name)
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now)
         put("kvr_segment_", program_->number, "(", target.segment, ");\n");
-    // A GO TO out of the DECLARATIVES ends the USE procedure: the next failure enters it again.
-    if (procedure_ < program_->firstProcedure && static_cast<size_t>(to) >= program_->firstProcedure) put(noUseRuns());
+    if (static_cast<size_t>(to) >= program_->firstProcedure) leaveUse(to);
     debugWay("", name.at);
     flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
     put("goto p", to, ";\n");
@@ -370,9 +369,9 @@ void Emitter::alterStatement(const AlterStatement &s)
 
 // ---- EXIT and its like
 
-void Emitter::leaveProgram(bool goback)
+void Emitter::leaveProgram()
 {
-    (void)goback;
+    leaveUse(-1);
     put("goto leave;\n");
 }
 
@@ -410,11 +409,13 @@ void Emitter::exitStatement(const ExitStatement &s)
         put(";\n");
         break;
     case ExitStatement::Program:
-        put("if (p", program_->number, "_called) goto leave;\n");
+        put("if (p", program_->number, "_called) {\n");
+        leaveProgram();
+        put("}\n");
         break;
     case ExitStatement::Goback:
     case ExitStatement::Function:
-        leaveProgram(true);
+        leaveProgram();
         break;
     case ExitStatement::StopRun:
         put(emits(Do::StopRun), "(", code, " & 255);\n");

@@ -146,8 +146,6 @@ public:
 
 private:
     // ---- program.cpp
-    void useRoutine(const Program &p);
-    std::string noUseRuns() const;
     void program(Program &p);
     void storage(Program &p);
     void initialValues(Program &p);
@@ -213,6 +211,14 @@ private:
     void resolveReturn(size_t procedure, std::string &out);
     void resolveAltered(size_t procedure, std::string &out);
     void appendProcedure(size_t index, std::string &out);
+
+    // ---- use_procedures.cpp
+    void useRoutine(const Program &p);
+    std::string noUseRuns() const;
+    bool inUseProcedure() const;
+    void leaveUse(long target);
+    static bool verbOfFiles(Word verb);
+    void leftUse();
 
     // ---- debugging.cpp: USE FOR DEBUGGING
     struct Watch {
@@ -431,7 +437,7 @@ private:
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
     void exitStatement(const ExitStatement &s);
-    void leaveProgram(bool goback);
+    void leaveProgram();
 
     void displayStatement(const DisplayStatement &s);
     struct Shown { // what DISPLAY shows: C expressions
@@ -633,6 +639,7 @@ private:
     int sortReturn_ = -1;                // the source names SORT-RETURN; -1: not looked yet
     bool deleteFile_ = false;            // a DELETE FILE was emitted
     bool openGiven_ = false;             // an OPEN of a file that may be another system's
+    std::set<long> useTargets_;          // where USE procedures of the program in hand go; -1: out of it
     bool debugs_ = false;                // USE FOR DEBUGGING is in force
     bool anyChange_ = false;             // every reference counts as one that may change the item
     Tok statementAt_ = 0;

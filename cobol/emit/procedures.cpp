@@ -218,6 +218,7 @@ void Emitter::procedures(Program &p)
     findCircles(p);
     alterable(p);
     entryCases_.clear();
+    useTargets_.clear();
 
     // USE procedures are entered from the library: each by a number of its own.
     std::string entries;

@@ -142,6 +142,7 @@ void Emitter::statement(const Statement &s)
         notBuilt(s.at, "the statement " + wordText(s.verb));
 
     debugNow();
+    if (verbOfFiles(s.verb)) leftUse();
     statementAt_ = outerAt;
     pendingDebugs_.swap(outerDebugs);
     debugTold_ = outerTold;
@@ -223,25 +224,6 @@ void Emitter::storage(Program &p)
         cat("static uint8_t ", prefix, "whenCompiled[17] __attribute__((unused)) = ", bytesLiteral(when), ";\n");
     globals_ += joined("static PCB ", prefix, "pcb;\nstatic IPCB ", prefix, "element[1];\nstatic int ", prefix,
                        "body(int entry);\n");
-}
-
-// What the library calls after a failed verb. A USE procedure whose own statements fail, such as the
-// CLOSE of a file that could not be opened, is not entered again: it goes on after them.
-void Emitter::useRoutine(const Program &p)
-{
-    std::string prefix = cat("p", p.number, "_");
-    globals_ += joined("static uint8_t ", prefix, "uses[", p.uses.size(), "];\nstatic void ", prefix,
-                       "useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode)\n{\n(void)a; (void)b; "
-                       "(void)mode;\nif (",
-                       prefix, "uses[entry - 1]) return;\n", prefix, "uses[entry - 1] = 1;\n", prefix,
-                       "body((int)entry);\n", prefix, "uses[entry - 1] = 0;\n}\n");
-}
-
-std::string Emitter::noUseRuns() const
-{
-    if (program_->uses.empty()) return "";
-    std::string prefix = cat("p", program_->number, "_");
-    return cat("memset(", prefix, "uses, 0, sizeof ", prefix, "uses);\n", prefix, "debugging = 0;\n");
 }
 
 void Emitter::program(Program &p)
