@@ -307,7 +307,7 @@ void Emitter::jump(const ProcedureName &name)
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now)
         put("kvr_segment_", program_->number, "(", target.segment, ");\n");
-    if (static_cast<size_t>(to) >= program_->firstProcedure) leaveUse(to);
+    leaveUse(static_cast<size_t>(to));
     debugWay("", name.at);
     flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
     put("goto p", to, ";\n");
@@ -369,12 +369,6 @@ void Emitter::alterStatement(const AlterStatement &s)
 
 // ---- EXIT and its like
 
-void Emitter::leaveProgram()
-{
-    leaveUse(-1);
-    put("goto leave;\n");
-}
-
 void Emitter::exitStatement(const ExitStatement &s)
 {
     std::string code = cat("p", program_->number, "_returnCode");
@@ -409,13 +403,11 @@ void Emitter::exitStatement(const ExitStatement &s)
         put(";\n");
         break;
     case ExitStatement::Program:
-        put("if (p", program_->number, "_called) {\n");
-        leaveProgram();
-        put("}\n");
+        put("if (p", program_->number, "_called) goto leave;\n");
         break;
     case ExitStatement::Goback:
     case ExitStatement::Function:
-        leaveProgram();
+        put("goto leave;\n");
         break;
     case ExitStatement::StopRun:
         put(emits(Do::StopRun), "(", code, " & 255);\n");

@@ -215,8 +215,9 @@ private:
     // ---- use_procedures.cpp
     void useRoutine(const Program &p);
     std::string noUseRuns() const;
-    bool inUseProcedure() const;
-    void leaveUse(long target);
+    std::string runsAsUse() const;
+    void leaveUse(size_t target);
+    void leaveInUse();
     static bool verbOfFiles(Word verb);
     void leftUse();
 
@@ -437,7 +438,6 @@ private:
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
     void exitStatement(const ExitStatement &s);
-    void leaveProgram();
 
     void displayStatement(const DisplayStatement &s);
     struct Shown { // what DISPLAY shows: C expressions
@@ -639,7 +639,7 @@ private:
     int sortReturn_ = -1;                // the source names SORT-RETURN; -1: not looked yet
     bool deleteFile_ = false;            // a DELETE FILE was emitted
     bool openGiven_ = false;             // an OPEN of a file that may be another system's
-    std::set<long> useTargets_;          // where USE procedures of the program in hand go; -1: out of it
+    std::set<size_t> useTargets_;        // where GO TOs of its USE procedures go
     bool debugs_ = false;                // USE FOR DEBUGGING is in force
     bool anyChange_ = false;             // every reference counts as one that may change the item
     Tok statementAt_ = 0;

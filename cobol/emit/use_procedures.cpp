@@ -6,7 +6,9 @@
 // statement is in, where the active PERFORMs are. So they leave a note, and return through the
 // library; the statement looks at the note when its verb is done:
 //
-//     if (p1_gone) switch (p1_gone) { case 8: p1_gone = 0; goto p7; default: p1_gone = 0; goto leave; }
+//     if (p1_gone) switch (p1_gone) {
+//     case 8: p1_gone = 0; goto p7;
+//     default: p1_gone = 0; goto leave; }
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -33,24 +35,31 @@ std::string Emitter::noUseRuns() const
                "debugging = 0;\n");
 }
 
-// A GLOBAL one may run for the statement of another program, which does not look at the note.
-bool Emitter::inUseProcedure() const
+// "entry == 1 || entry == 3": it is a USE procedure that runs. A GLOBAL one may run for a statement
+// of another program, which does not look at the note.
+std::string Emitter::runsAsUse() const
 {
-    if (procedure_ >= program_->firstProcedure) return false;
-    const Procedure &now = program_->procedures[procedure_];
-    size_t section = now.isSection || now.section < 0 ? procedure_ : static_cast<size_t>(now.section);
-    for (const UseStatement &use : program_->uses)
-        if (use.procedure == section) return !use.debugging && !use.global;
-    return false;
+    std::string any;
+    for (size_t u = 0; u < program_->uses.size(); u++)
+        if (!program_->uses[u].debugging && !program_->uses[u].global)
+            any += joined(any.empty() ? "" : " || ", "entry == ", u + 1);
+    return any;
 }
 
-// Leaves a note and the procedure, if it runs as a USE procedure; target -1: leaves the program.
-void Emitter::leaveUse(long target)
+// A GO TO out of the DECLARATIVES. They can be performed as well, and it is a plain one then.
+void Emitter::leaveUse(size_t target)
 {
-    if (!inUseProcedure()) return;
-    put("if (entry > 0 && entry <= ", program_->uses.size(), ") {\np", program_->number,
-        "_gone = ", target < 0 ? -1 : target + 1, ";\ngoto leave;\n}\n");
+    std::string runs = runsAsUse();
+    if (runs.empty() || procedure_ >= program_->firstProcedure || target < program_->firstProcedure) return;
+    put("if (", runs, ") {\np", program_->number, "_gone = ", target + 1, ";\nreturn 0;\n}\n");
     useTargets_.insert(target);
+}
+
+// What leaves the program, in whatever the USE procedure performed, comes here.
+void Emitter::leaveInUse()
+{
+    std::string runs = runsAsUse();
+    if (!runs.empty()) put("if (", runs, ") p", program_->number, "_gone = -1;\n");
 }
 
 bool Emitter::verbOfFiles(Word verb)
@@ -63,18 +72,16 @@ bool Emitter::verbOfFiles(Word verb)
 // DECLARATIVES, which come first, all targets are known.
 void Emitter::leftUse()
 {
-    if (program_->uses.empty()) return;
+    if (runsAsUse().empty()) return;
     std::string gone = cat("p", program_->number, "_gone");
     if (procedure_ < program_->firstProcedure) {
-        put("if (", gone, " && entry) goto leave;\n");
+        put("if (", gone, " && entry) return 0;\n");
         return;
     }
-    if (useTargets_.empty()) return;
     put("if (", gone, ") switch (", gone, ") {\n");
-    for (long target : useTargets_) {
-        if (target < 0) continue;
+    for (size_t target : useTargets_) {
         put("case ", target + 1, ": ", gone, " = 0; goto p", target, ";\n");
-        flow_.jumps.emplace_back(procedure_, static_cast<size_t>(target));
+        flow_.jumps.emplace_back(procedure_, target);
     }
     put("default: ", gone, " = 0; goto leave;\n}\n");
 }
