@@ -49,8 +49,10 @@ std::string Emitter::runsAsUse() const
 // A GO TO out of the DECLARATIVES. They can be performed as well, and it is a plain one then.
 void Emitter::leaveUse(size_t target)
 {
+    if (procedure_ >= program_->firstProcedure || target < program_->firstProcedure) return;
+    if (inDebuggingSection(procedure_)) put("p", program_->number, "_debugging = 0;\n");
     std::string runs = runsAsUse();
-    if (runs.empty() || procedure_ >= program_->firstProcedure || target < program_->firstProcedure) return;
+    if (runs.empty()) return;
     put("if (", runs, ") {\np", program_->number, "_gone = ", target + 1, ";\nreturn 0;\n}\n");
     useTargets_.insert(target);
 }

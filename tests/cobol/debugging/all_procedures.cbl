@@ -6,6 +6,7 @@
        DATA DIVISION.
        WORKING-STORAGE SECTION.
        77 A PIC 9 VALUE 0. 77 N PIC 9 VALUE 0. 77 W PIC 9 VALUE 3.
+       77 V PIC 9 VALUE 0.
        01 TT. 02 T PIC 9 OCCURS 3 INDEXED BY IX VALUE 1.
        PROCEDURE DIVISION.
        DECLARATIVES.
@@ -17,6 +18,9 @@
        DW SECTION. USE FOR DEBUGGING ON ALL REFERENCES OF W.
        DW1. DISPLAY DEBUG-NAME "=" DEBUG-CONTENTS(1:1).
             PERFORM ER1.
+       DV SECTION. USE FOR DEBUGGING ON V.
+      * A GO TO out of a section ends it.
+       DV1. DISPLAY "V LEFT". GO TO P8.
       * What a debugging section performs is not watched.
        ER SECTION. USE AFTER ERROR PROCEDURE ON INPUT.
        ER1. ADD W TO N.
@@ -39,4 +43,6 @@
        P7. DISPLAY "7".
       D    DISPLAY "D" 
       D    " TWO LINES".
+           MOVE 1 TO V. DISPLAY "NOT HERE".
+       P8. IF V = 1 MOVE 2 TO V DISPLAY "NOR HERE".
            STOP RUN.
