@@ -46,15 +46,17 @@ std::string Emitter::runsAsUse() const
     return any;
 }
 
-// A GO TO out of the DECLARATIVES. They can be performed as well, and it is a plain one then.
+// A GO TO out of the DECLARATIVES. It is a plain one where they are performed, and where they run
+// for debugging or as a GLOBAL one; these have ended then.
 void Emitter::leaveUse(size_t target)
 {
     if (procedure_ >= program_->firstProcedure || target < program_->firstProcedure) return;
-    if (inDebuggingSection(procedure_)) put("p", program_->number, "_debugging = 0;\n");
     std::string runs = runsAsUse();
-    if (runs.empty()) return;
-    put("if (", runs, ") {\np", program_->number, "_gone = ", target + 1, ";\nreturn 0;\n}\n");
-    useTargets_.insert(target);
+    if (!runs.empty()) {
+        put("if (", runs, ") {\np", program_->number, "_gone = ", target + 1, ";\nreturn 0;\n}\n");
+        useTargets_.insert(target);
+    }
+    if (!program_->uses.empty()) put("if (entry) {\n", noUseRuns(), "}\n");
 }
 
 // What leaves the program, in whatever the USE procedure performed, comes here.
