@@ -123,6 +123,7 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
     // A chain of if and else; each test's temporaries are computed where it is. Subjects that
     // several tests use are computed once, before them.
     std::string done = label();
+    ToldOnce told(*this);
     size_t tests = 0;
     for (const EvaluateStatement::When &when : s.whens) tests += when.rows.size();
     std::vector<const Expr *> subjects(s.subjects.begin(), s.subjects.end());
@@ -313,6 +314,7 @@ void Emitter::jump(const ProcedureName &name)
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (target.segment >= 50 && target.segment != now)
         put("kvr_segment_", program_->number, "(", target.segment, ");\n");
+    leaveUse(static_cast<size_t>(to));
     debugWay("", name.at);
     flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
     put("goto p", to, ";\n");
@@ -347,10 +349,8 @@ void Emitter::goStatement(const GoStatement &s)
         put("}\n");
     }
     if (s.targets.empty()) {
-        if (!here.altered) {
-            error(s.at, "GO TO without a paragraph needs an ALTER that sets it");
-            return;
-        }
+        if (!here.altered)
+            meaning_.warning("alter", s.at, "GO TO without a paragraph, and no ALTER sets it: it ends the run");
         put(emits(Do::Unaltered), "();\n");
         return;
     }
@@ -375,12 +375,6 @@ void Emitter::alterStatement(const AlterStatement &s)
 }
 
 // ---- EXIT and its like
-
-void Emitter::leaveProgram(bool goback)
-{
-    (void)goback;
-    put("goto leave;\n");
-}
 
 void Emitter::exitStatement(const ExitStatement &s)
 {
@@ -420,7 +414,7 @@ void Emitter::exitStatement(const ExitStatement &s)
         break;
     case ExitStatement::Goback:
     case ExitStatement::Function:
-        leaveProgram(true);
+        put("goto leave;\n");
         break;
     case ExitStatement::StopRun:
         put(emits(Do::StopRun), "(", code, " & 255);\n");

@@ -4,8 +4,9 @@
 // is. What it is told is in DEBUG-ITEM. A watched procedure runs its section at its start. A
 // watched file or item runs it after the statement; the calls that a statement owes are collected
 // while its operands are located, and emitted when it is done (`debugNow`), or before what it does
-// next: its phrases, its branches, the jump. A program without WITH DEBUGGING MODE has none of
-// this, and the run-time option NODEBUG passes over the calls.
+// next: its phrases, its branches, the jump. While a section runs no other one does, whatever it
+// performs. A program without WITH DEBUGGING MODE has none of this, and the run-time option NODEBUG
+// passes over the calls.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -48,8 +49,9 @@ bool Emitter::inDebuggingSection(size_t procedure) const
 std::string Emitter::debugSection(const Watch &watch, const std::string &arguments)
 {
     std::string prefix = cat("p", program_->number, "_");
-    return cat("if (", prefix, "pcb.flag & ZVK_OPTION_DEBUG) {\n", emits(Do::Debugging), "(", prefix, "debugItem, ",
-               arguments, ");\n@", prefix, "body(", watch.use + 1, ");\n}\n");
+    return cat("if (", prefix, "pcb.flag & ZVK_OPTION_DEBUG && !", prefix, "debugging) {\n", emits(Do::Debugging), "(",
+               prefix, "debugItem, ", arguments, ");\n@", prefix, "debugging = 1;\n", prefix, "body(", watch.use + 1,
+               ");\n", prefix, "debugging = 0;\n}\n");
 }
 
 // How a procedure is reached next, for DEBUG-CONTENTS.
@@ -144,12 +146,21 @@ void Emitter::debugFile(const File &f, const FileStatement *read)
     put(unless.empty() ? call : cat("if (1", unless, ") {\n", call, "}\n"));
 }
 
-// Emits the calls that the statement owes.
+// Emits the calls that the statement owes. A section runs once for an EVALUATE or a SEARCH, however
+// many of its conditions are evaluated and name the item.
 void Emitter::debugNow()
 {
     std::vector<std::string> calls;
     calls.swap(pendingDebugs_);
-    for (const std::string &call : calls) put(call);
+    for (const std::string &call : calls) {
+        if (!debugTold_) {
+            put(call);
+            continue;
+        }
+        std::string &told = (*debugTold_)[call];
+        if (told.empty()) told = temp("int", " = 0");
+        put("if (!", told, ") {\n", told, " = 1;\n", call, "}\n");
+    }
 }
 
 // A condition that has watched items: their sections run after its evaluation.

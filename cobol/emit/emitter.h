@@ -215,6 +215,15 @@ private:
     void resolveAltered(size_t procedure, std::string &out);
     void appendProcedure(size_t index, std::string &out);
 
+    // ---- use_procedures.cpp
+    void useRoutine(const Program &p);
+    std::string noUseRuns() const;
+    std::string runsAsUse() const;
+    void leaveUse(size_t target);
+    void leaveInUse();
+    static bool verbOfFiles(Word verb);
+    void leftUse();
+
     // ---- debugging.cpp: USE FOR DEBUGGING
     struct Watch {
         size_t use = 0;   // index of the USE statement
@@ -238,6 +247,15 @@ private:
     void debugAlter(long paragraph, long target, Tok at);
     void debugItem(const Reference &ref, const Item &item, const Loc &loc, bool changed);
     void debugFile(const File &f, const FileStatement *read);
+    // EVALUATE and SEARCH: the calls that their conditions owe, and the flag of each that was made.
+    struct ToldOnce {
+        explicit ToldOnce(Emitter &e) : emitter(e) { e.debugTold_ = &flags; }
+        ~ToldOnce() { emitter.debugTold_ = nullptr; }
+        ToldOnce(const ToldOnce &) = delete;
+        ToldOnce &operator=(const ToldOnce &) = delete;
+        Emitter &emitter;
+        std::map<std::string, std::string> flags;
+    };
     void debugNow();
     std::string debugCondition(const std::string &c);
     std::string debugSection(const Watch &watch, const std::string &arguments);
@@ -448,7 +466,6 @@ private:
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
     void exitStatement(const ExitStatement &s);
-    void leaveProgram(bool goback);
 
     void displayStatement(const DisplayStatement &s);
     struct Shown { // what DISPLAY shows: C expressions
@@ -652,12 +669,14 @@ private:
     int sortReturn_ = -1;                // the source names SORT-RETURN; -1: not looked yet
     bool deleteFile_ = false;            // a DELETE FILE was emitted
     bool openGiven_ = false;             // an OPEN of a file that may be another system's
+    std::set<size_t> useTargets_;        // where GO TOs of its USE procedures go
     bool debugs_ = false;                // USE FOR DEBUGGING is in force
     bool anyChange_ = false;             // every reference counts as one that may change the item
     Tok statementAt_ = 0;
     std::map<const Item *, Watch> watchedItems_;
     std::map<const File *, Watch> watchedFiles_;
-    std::vector<std::string> pendingDebugs_;  // of the statement in hand: debugging sections to run
+    std::vector<std::string> pendingDebugs_; // of the statement in hand: debugging sections to run
+    std::map<std::string, std::string> *debugTold_ = nullptr;
     const char *performWay_ = "PERFORM LOOP"; // what DEBUG-CONTENTS says of the range performed next
     std::vector<uint32_t> circles_;           // of each procedure; equal numbers: they perform each other
     bool circling_ = false;                   // a PERFORM may meet itself

@@ -161,7 +161,7 @@ void Emitter::fileInformation(Program &p, const File &f, const Assignment &assig
     std::string linage;
     if (f.linage) {
         linage = "ZVK_FILE_LINAGE";
-        globals_ += joined("static KvrPage G", n, ";\n");
+        globals_ += joined("static uint32_t G", n, ";\n");
         if (f.footing) linage += " | ZVK_FILE_LINAGE_FOOTING";
         if (f.top) linage += " | ZVK_FILE_LINAGE_TOP";
         if (f.bottom) linage += " | ZVK_FILE_LINAGE_BOTTOM";

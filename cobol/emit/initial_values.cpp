@@ -231,6 +231,7 @@ void Emitter::initialValues(Program &p)
     externals();
     for (Item *index : p.indexNames) put("X", index->number, " = 1;\n");
     put("p", p.number, "_returnCode = 0;\np", p.number, "_tally = 0;\np", p.number, "_sortReturn = 0;\n");
+    put(noUseRuns());
     bool altered = false;
     for (const Procedure &procedure : p.procedures) altered |= procedure.altered;
     if (altered) put("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n");

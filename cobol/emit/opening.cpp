@@ -69,7 +69,6 @@ void Emitter::openStatement(const OpenStatement &s)
         if (part.reversed && (part.mode != K_INPUT || f->organization == K_RELATIVE || f->organization == K_INDEXED))
             error(part.at, "REVERSED goes with OPEN INPUT of a sequential file");
         linageValues(*f);
-        if (f->linage) put(emits(Do::LinageOpen), "(&I", f->number, ".linage[0], &G", f->number, ");\n");
         assignment(*f);
         prepare(*f);
         if (f->program->openShares || program_->openShares) // each OPEN anew: what another one said is over

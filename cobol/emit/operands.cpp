@@ -134,7 +134,8 @@ bool Emitter::displacement(const Reference &ref, const Item &item, std::string &
         else
             error(ref.at, wordText(ref.names[0]) +
                               (tables.empty() ? " is in no table and has no subscripts"
-                                              : " needs " + std::to_string(tables.size()) + " subscripts, not " +
+                                              : " needs " + std::to_string(tables.size()) +
+                                                    (tables.size() == 1 ? " subscript, not " : " subscripts, not ") +
                                                     std::to_string(ref.subscripts.size())));
         return false;
     }

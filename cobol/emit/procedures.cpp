@@ -218,6 +218,7 @@ void Emitter::procedures(Program &p)
     findCircles(p);
     alterable(p);
     entryCases_.clear();
+    useTargets_.clear();
 
     // USE procedures are entered from the library: each by a number of its own.
     std::string entries;
@@ -229,7 +230,7 @@ void Emitter::procedures(Program &p)
             joined("case ", i + 1, ": x[", end, "] = ", site, ";",
                    debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
                    " goto p", p.uses[i].procedure, ";\n");
-        useReturns_ += joined("r", site, ": goto leave;\n");
+        useReturns_ += joined("r", site, ": return 0;\n");
     }
 
     // All of the code, with marks. What comes before the first procedure are its temporaries only.
@@ -242,7 +243,7 @@ void Emitter::procedures(Program &p)
             if (i > 0) put("main_procedures: ;\n");
         }
         paragraph(i);
-        if (i + 1 == p.firstProcedure) put("goto leave;\n"); // declaratives do not fall into what comes after them
+        if (i + 1 == p.firstProcedure) put("return 0;\n"); // declaratives do not fall into what comes after them
     }
     starts_.emplace_back(code_.size(), insertions_.size());
     if (p.firstProcedure == p.procedures.size() && p.firstProcedure > 0) put("main_procedures: ;\n");
@@ -250,6 +251,7 @@ void Emitter::procedures(Program &p)
     put(useReturns_);
     useReturns_.clear();
     put("leave: ;\n");
+    leaveInUse();
     starts_.emplace_back(code_.size(), insertions_.size());
 
     blocks_.pop_back();

@@ -131,6 +131,8 @@ void Emitter::statement(const Statement &s)
     outerZero.swap(zeroFlag_);
     std::vector<std::string> outerDebugs;
     outerDebugs.swap(pendingDebugs_);
+    auto *outerTold = debugTold_;
+    debugTold_ = nullptr;
     Tok outerAt = statementAt_;
     statementAt_ = s.at;
     const std::vector<bool> staleBefore = countersBefore(s);
@@ -141,9 +143,11 @@ void Emitter::statement(const Statement &s)
         notBuilt(s.at, "the statement " + wordText(s.verb));
 
     debugNow();
+    if (verbOfFiles(s.verb)) leftUse();
     countersAfter(staleBefore);
     statementAt_ = outerAt;
     pendingDebugs_.swap(outerDebugs);
+    debugTold_ = outerTold;
     zeroFlag_.swap(outerZero);
     closeBlock();
 }
@@ -211,7 +215,8 @@ void Emitter::storage(Program &p)
         globals_ += joined("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
     }
     if (!p.uses.empty())
-        globals_ += joined("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n");
+        globals_ += joined("static uint8_t ", prefix, "debugItem[56 + KVR_DEBUG_CONTENTS] __attribute__((unused));\n",
+                           "static int ", prefix, "debugging __attribute__((unused));\n");
     std::time_t now = std::time(nullptr);
     char when[32] = "";
     std::tm local;
@@ -230,11 +235,7 @@ void Emitter::program(Program &p)
     storage(p);
     if (options_.debugMap) debugMap(p);
     for (size_t u = 0; u < p.uses.size(); u++) {
-        if (u == 0)
-            globals_ += joined(
-                "static void p", p.number,
-                "_useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode) { (void)a; (void)b; (void)mode; p",
-                p.number, "_body((int)entry); }\n");
+        if (u == 0) useRoutine(p);
         globals_ += joined("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
                            " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
     }

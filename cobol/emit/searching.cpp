@@ -138,6 +138,7 @@ void Emitter::searchStatement(const SearchStatement &s)
         }
     }
     std::string x = cat("X", index->number), most = currentCount(*table), done = label();
+    ToldOnce told(*this);
     if (s.all && table->keys.empty())
         error(s.table->at, "SEARCH ALL needs a table with keys (ASCENDING or DESCENDING KEY)");
     if (s.all && searchByLibrary(s, *table)) {

@@ -110,6 +110,9 @@ void Parser::specialNames(Program &p)
         if (takeMark('.')) continue;
         if (take(K_ALPHABET)) {
             alphabetClause(p);
+        } else if (atOldAlphabet()) {
+            warn("obsolete", here(), "an alphabet without the word ALPHABET is of older COBOL");
+            alphabetClause(p);
         } else if (take(K_CLASS)) {
             classClause(p);
         } else if (take(K_SYMBOLIC)) {
@@ -165,6 +168,13 @@ void Parser::specialNames(Program &p)
                 step();
         }
     }
+}
+
+// COBOL of 1974 names an alphabet as it names a device: TENS IS "9" THRU "0".
+bool Parser::atOldAlphabet() const
+{
+    return atName() && aheadIs(1, K_IS) &&
+           (aheadIs(2, K_NATIVE) || aheadIs(2, K_STANDARD_1) || ahead(2).kind == TokenKind::String);
 }
 
 void Parser::alphabetClause(Program &p)

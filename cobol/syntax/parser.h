@@ -87,6 +87,7 @@ private:
     void configurationSection(Program &program);
     void specialNames(Program &program);
     void alphabetClause(Program &program);
+    bool atOldAlphabet() const;
     void classClause(Program &program);
     void symbolicClause(Program &program);
     bool mnemonicClause(Program &program);
@@ -144,6 +145,7 @@ private:
     void procedureDivision(Program &program);
     void paragraphs(Program &program, bool declaratives);
     void useStatement(Program &program, size_t procedure);
+    bool atLabelProcedure() const;
     void sentences(Procedure &procedure);
     bool atVerb() const;
     bool atProcedureHeader() const;

@@ -457,6 +457,17 @@ void Parser::sentences(Procedure &procedure)
     procedure.sentences.push_back(std::move(sentence));
 }
 
+// BEFORE or AFTER, then STANDARD, BEGINNING or ENDING, FILE, REEL or UNIT, all optional, and LABEL
+// PROCEDURE.
+bool Parser::atLabelProcedure() const
+{
+    if (!at(K_BEFORE) && !at(K_AFTER)) return false;
+    for (size_t i = 1; i <= 4; i++) {
+        if (aheadIs(i, K_LABEL)) return aheadIs(i + 1, K_PROCEDURE);
+    }
+    return false;
+}
+
 void Parser::useStatement(Program &p, size_t procedure)
 {
     UseStatement use;
@@ -464,6 +475,11 @@ void Parser::useStatement(Program &p, size_t procedure)
     use.procedure = procedure;
     step();
     use.global = take(K_GLOBAL);
+    if (atLabelProcedure()) {
+        warn("obsolete", here(), "there are no labels: this USE procedure never runs");
+        skipToPeriod();
+        return;
+    }
     if (at(K_BEFORE)) {
         notBuilt(here(), "USE BEFORE REPORTING");
         skipToPeriod();

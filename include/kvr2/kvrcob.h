@@ -390,28 +390,21 @@ KVR_INLINE void kvr_refuse(FCB *fcb, IPCB *element, uint16_t status, uint8_t ver
 
 /*
  * LINAGE: the page that begins next takes the present values of its items; the one in hand keeps
- * its footing and its bottom margin, which are in `page`.
+ * its footing and its bottom margin. They stay in the FCB, so that the programs of an EXTERNAL file
+ * write on the same page. `counter` is LINAGE-COUNTER before the WRITE.
  */
-typedef struct KvrPage {
-    uint32_t footing, bottom, counter;
-} KvrPage;
-KVR_INLINE void kvr_linage_open(const FileLinageGroup *groups, KvrPage *page)
-{
-    page->footing = groups[1].value;
-    page->bottom = groups[3].value;
-}
-KVR_INLINE void kvr_linage_before(FCB *fcb, const FileLinageGroup *groups, KvrPage *page)
+KVR_INLINE void kvr_linage_before(FCB *fcb, const FileLinageGroup *groups, uint32_t *counter)
 {
     fcb->linageBody = groups[0].value;
-    fcb->linageFooting = page->footing;
     fcb->linageTop = groups[2].value;
-    fcb->linageBottom = page->bottom;
-    page->counter = fcb->linageCounter;
+    *counter = fcb->linageCounter;
 }
-KVR_INLINE void kvr_linage_after(FCB *fcb, const FileLinageGroup *groups, KvrPage *page, int32_t advance)
+KVR_INLINE void kvr_linage_after(FCB *fcb, const FileLinageGroup *groups, const uint32_t *counter, int32_t advance)
 {
-    if (fcb->status < 10 && fcb->linageCounter == 1 && (page->counter > 1 || advance != 0))
-        kvr_linage_open(groups, page);
+    if (fcb->status < 10 && fcb->linageCounter == 1 && (*counter > 1 || advance != 0)) {
+        fcb->linageFooting = groups[1].value;
+        fcb->linageBottom = groups[3].value;
+    }
 }
 
 KVR_INLINE void kvr_unaltered(void)

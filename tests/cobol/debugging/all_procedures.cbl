@@ -5,16 +5,33 @@
        SOURCE-COMPUTER. A WITH DEBUGGING MODE.
        DATA DIVISION.
        WORKING-STORAGE SECTION.
-       77 A PIC 9 VALUE 0. 77 N PIC 9 VALUE 0.
+       77 A PIC 9 VALUE 0. 77 N PIC 9 VALUE 0. 77 W PIC 9 VALUE 3.
+       77 V PIC 9 VALUE 0.
+       01 TT. 02 T PIC 9 OCCURS 3 INDEXED BY IX VALUE 1.
        PROCEDURE DIVISION.
        DECLARATIVES.
        DB SECTION. USE FOR DEBUGGING ON ALL PROCEDURES.
        DB1. DISPLAY DEBUG-NAME "/" DEBUG-CONTENTS(1:20).
             PERFORM DB2.
+            PERFORM ER1.
        DB2. ADD 1 TO N.
+       DW SECTION. USE FOR DEBUGGING ON ALL REFERENCES OF W.
+       DW1. DISPLAY DEBUG-NAME "=" DEBUG-CONTENTS(1:1).
+            PERFORM ER1.
+       DV SECTION. USE FOR DEBUGGING ON V.
+      * A GO TO out of a section ends it.
+       DV1. DISPLAY "V LEFT". GO TO P8.
+      * What a debugging section performs is not watched.
+       ER SECTION. USE AFTER ERROR PROCEDURE ON INPUT.
+       ER1. ADD W TO N.
        END DECLARATIVES.
        S1 SECTION.
        P1. MOVE 1 TO A.
+      * Once for a statement, of however many conditions.
+           EVALUATE W WHEN 1 ADD 1 TO A WHEN 2 ADD 2 TO A
+             WHEN 3 ADD 3 TO A WHEN 4 CONTINUE.
+           DISPLAY "SEARCH". SET IX TO 1.
+           SEARCH T AT END DISPLAY "NONE" WHEN T (IX) = W STOP RUN.
            ALTER P3 TO PROCEED TO P5.
            PERFORM P2 VARYING A FROM 1 BY 1 UNTIL A > 2.
        P2. EXIT.
@@ -26,4 +43,6 @@
        P7. DISPLAY "7".
       D    DISPLAY "D" 
       D    " TWO LINES".
+           MOVE 1 TO V. DISPLAY "NOT HERE".
+       P8. IF V = 1 MOVE 2 TO V DISPLAY "NOR HERE".
            STOP RUN.

@@ -25,8 +25,11 @@
        DA-X. EXIT.
        DB SECTION. USE AFTER ERROR PROCEDURE ON B.
        DB-1. DISPLAY "USE B " SB. PERFORM DA-9.
+      * Neither procedure is entered again while it runs.
+           CLOSE B. CLOSE A. DISPLAY "CLOSED " SB SA.
        DX SECTION. USE AFTER ERROR PROCEDURE ON X1.
        DX-1. DISPLAY "USE X " SX.
+           IF SX = "47" ADD 1 TO N GO TO P2.
        END DECLARATIVES.
        MAIN-S SECTION.
        P1. OPEN INPUT A. PERFORM DA-9.
@@ -40,5 +43,7 @@
            MOVE "AA" TO XK. WRITE XR INVALID KEY DISPLAY "IK".
            CLOSE X1. OPEN INPUT X1.
            MOVE "ZZ" TO XK. START X1 KEY NOT < XK.
-           DISPLAY SX.
+           DISPLAY SX. CLOSE X1.
+      * GO TO out of a USE procedure ends it.
+       P2. IF N < 6 READ X1 DISPLAY "NOT HERE".
            STOP RUN.
