@@ -2,8 +2,10 @@
 #include "cobol/driver/options.h"
 
 #include <cctype>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "cobol/diagnostics.h"
 
@@ -143,16 +145,17 @@ void optionWord(Options &o, const std::string &a, Words &words)
 {
     if (a == "-o") {
         o.output = words.value(a, 2);
+        if (o.output.empty()) usage("the option -o needs a value");
     } else if (a.starts_with("-ftabstop=")) {
-        o.text.tabStop = std::atoi(a.c_str() + 10);
-        if (o.text.tabStop < 1 || o.text.tabStop > 100) usage("-ftabstop takes a number from 1 to 100");
+        const char *end = a.data() + a.size();
+        const auto [rest, failure] = std::from_chars(a.data() + std::strlen("-ftabstop="), end, o.text.tabStop);
+        if (failure != std::errc() || rest != end || o.text.tabStop < 1 || o.text.tabStop > 100)
+            usage("-ftabstop takes a number from 1 to 100");
     } else if (a.starts_with("-fcheck")) {
         usage("-fcheck takes all or none");
-    } else if (a.starts_with("-Wno-")) {
-        diagnostics().disabled.insert(a.substr(5));
     } else if (a.starts_with("-W")) {
-        diagnostics().enabled.insert(a.substr(2));
-        diagnostics().disabled.erase(a.substr(2));
+        const bool off = a.starts_with("-Wno-");
+        diagnostics().choose(a.substr(off ? 5 : 2), !off);
     } else if (a.starts_with("-I")) {
         o.copy.directories.push_back(words.value(a, 2));
     } else if (a.starts_with("-D")) {

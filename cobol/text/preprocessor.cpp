@@ -222,6 +222,11 @@ public:
 
     void file(uint32_t number, std::vector<Token> &out, int depth)
     {
+        if (const char *encoding = foreignEncoding(sources()[number].text)) {
+            diagnostics().error({number, 1, 1, 1},
+                                std::string("this text is in ") + encoding + "; make it ASCII or UTF-8 first");
+            sources().forget(number);
+        }
         Lexer lexer(number, options_);
         if (std::exchange(pictureCopy_, false)) lexer.expectPicture();
         for (;;) {
