@@ -113,8 +113,13 @@ void define(Options &o, const std::string &definition)
 {
     size_t equal = definition.find('=');
     std::string name = definition.substr(0, equal);
+    if (name.empty()) usage("-D takes NAME or NAME=VALUE");
     for (char &c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    o.text.defines[name] = equal == std::string::npos ? "1" : definition.substr(equal + 1);
+    std::string value = equal == std::string::npos ? "1" : definition.substr(equal + 1);
+    const char first = value.empty() ? 0 : value.front();
+    if (value.size() > 1 && (first == '"' || first == '\'') && value.back() == first)
+        value = value.substr(1, value.size() - 2); // a literal
+    o.text.defines[name] = value;
 }
 
 // A source, or what is for the C compiler to link.
