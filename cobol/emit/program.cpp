@@ -303,7 +303,8 @@ std::string Emitter::emit()
             std::string parameters;
             for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
             declarations += joined("int64_t kvr_entry_", p.number, "_", entry->number, "(",
-                                   parameters.empty() ? "void" : parameters, ");\n");
+                                   parameters.empty() ? "void" : parameters, ") __asm__(",
+                                   bytesLiteral(wordText(entry->name)), ");\n");
         }
         declarations += joined("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);

@@ -19,6 +19,9 @@
 
 /* ---- Functions */
 
+/* FUNCTION EXP10: the C library has it, though not in its standard headers. */
+double exp10(double);
+
 /* A floating-point number without what the 15th digit does not show. */
 KVR_INLINE double kvr_settled(double v)
 {
