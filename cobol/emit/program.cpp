@@ -173,30 +173,31 @@ void Emitter::storage(Program &p)
             uint64_t &room = rooms_[record->redefines];
             room = std::max(room, static_cast<uint64_t>(record->storageSize()));
         }
+    // A debugger shows items that nothing else looks at.
+    const char *kept = options_.debugMap ? " __attribute__((used))" : " __attribute__((unused))";
     for (Item *record : p.records) {
         if (record->redefines) continue;
         uint64_t size = std::max<uint64_t>(roomOf(*record), 1);
         switch (record->section) {
         case Item::WorkingStorage:
             if (record->external)
-                globals_ += joined("static uint8_t *E", record->number, ";\n");
+                globals_ += joined("static uint8_t *E", record->number, kept, ";\n");
             else
-                globals_ +=
-                    cat("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16), unused));\n");
+                globals_ += joined("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16)))",
+                                   kept, ";\n");
             break;
         case Item::LocalStorage:
-            globals_ += joined("static uint8_t *S", record->number, " __attribute__((unused));\n");
+            globals_ += joined("static uint8_t *S", record->number, kept, ";\n");
             break;
         case Item::Linkage:
-            globals_ += joined("static uint8_t *L", record->number, " __attribute__((unused));\n");
+            globals_ += joined("static uint8_t *L", record->number, kept, ";\n");
             if (record->anyLength) globals_ += joined("static int64_t N", record->number, ";\n");
             break;
         default:
             break;
         }
     }
-    for (Item *index : p.indexNames)
-        globals_ += joined("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
+    for (Item *index : p.indexNames) globals_ += joined("static int64_t X", index->number, kept, " = 1;\n");
     std::string prefix = cat("p", p.number, "_");
     globals_ += joined("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                        "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
