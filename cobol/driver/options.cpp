@@ -18,7 +18,8 @@ static const char kHelp[] =
     "\n"
     "  -o FILE          the program's name (default: that of the first source)\n"
     "  -m               make loadable modules NAME.so, one for each outermost program\n"
-    "  -c, -S, -E       stop after the object file, the C text, COPY and REPLACE\n"
+    "  -c, -S, -E       stop after the object file, the C text, COPY and REPLACE;\n"
+    "                   objects are linked by kvrcob -o FILE a.o b.o\n"
     "  -I DIR           look for copybooks here, too (also COBCPY)\n"
     "  -fixed, -free, -variable   the reference format (default: told from the source)\n"
     "  -ftabstop=N      columns from tab to tab (8)\n"
@@ -88,22 +89,27 @@ constexpr Switch kSwitches[] = {
     {"-O1", [](Options &o) { o.optimisation = "-O1"; }},
     {"-O2", [](Options &o) { o.optimisation = "-O2"; }},
     {"--help",
-     [](Options &) {
+     [](Options &o) {
          std::fputs(kHelp, stdout);
-         std::exit(0);
+         o.answered = true;
      }},
     {"--version",
-     [](Options &) {
+     [](Options &o) {
          std::printf("kvrcob %s\n", KVRCOB_VERSION);
-         std::exit(0);
+         o.answered = true;
      }},
 };
 
+bool isVerb(Options::Mode mode) { return mode == Options::Run || mode == Options::Check; }
+constexpr const char *kExclusive = "run and check go without -m, -c, -S and -E";
+
 bool isSwitch(std::string_view word, Options &o)
 {
+    const bool verb = isVerb(o.mode);
     for (const Switch &s : kSwitches)
         if (s.word == word) {
             s.set(o);
+            if (verb && !isVerb(o.mode)) usage(kExclusive);
             return true;
         }
     return false;
@@ -175,16 +181,17 @@ void optionWord(Options &o, const std::string &a, Words &words)
 void readWords(int argc, char **argv, Options &o)
 {
     Words words{1, argc, argv};
-    for (; words.i < argc; words.i++) {
+    for (; words.i < argc && !o.answered; words.i++) {
         const std::string a = argv[words.i];
         if (o.mode == Options::Run && !o.sources.empty()) {
             // After the source come the program's arguments.
             o.arguments.assign(argv + words.i + (a == "--" ? 1 : 0), argv + argc);
             return;
         }
-        if ((a == "run" || a == "check") && o.mode == Options::Program && o.sources.empty())
+        if ((a == "run" || a == "check") && !isVerb(o.mode) && o.sources.empty()) {
+            if (o.mode != Options::Program) usage(kExclusive); // a source of that name is ./run
             o.mode = a == "run" ? Options::Run : Options::Check;
-        else if (a.empty() || a[0] != '-' || a == "-")
+        } else if (a.empty() || a[0] != '-' || a == "-")
             fileWord(o, a);
         else if (!isSwitch(a, o))
             optionWord(o, a, words);
@@ -208,10 +215,16 @@ static void readCopyPath(CopyPath &copy)
     }
 }
 
-void parseOptions(int argc, char **argv, Options &o)
+bool parseOptions(int argc, char **argv, Options &o)
 {
     readWords(argc, argv, o);
     readCopyPath(o.copy);
+    diagnostics().tabStop = o.text.tabStop;
+    const bool verb = isVerb(o.mode);
+    if (verb && !o.output.empty()) usage("-o names what run and check do not make");
+    // These make nothing that could depend on a file.
+    if (verb || o.mode == Options::Preprocess) o.dependencies = false;
+    return o.answered;
 }
 
 } // namespace kvrcob

@@ -330,10 +330,12 @@ std::string Emitter::emit()
     else
         joinLines(functions_, out);
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
-    if (options_.mainProgram && main != group_.programs.end()) {
+    if (options_.main != EmitOptions::NoMain && main != group_.programs.end()) {
         Program *first = *main;
-        out += joined("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
-                      options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        const char *weak = options_.main == EmitOptions::MainIfFirst ? "__attribute__((weak)) " : "";
+        out += joined("\n#line 1 \"<main>\"\n", weak, "int main(int argc, char **argv)\n{\n", emits(Do::Main),
+                      "(argc, argv, ", options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_",
+                      first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++)
             out += joined(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
         out += ") & 255;\n}\n";
