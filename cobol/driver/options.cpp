@@ -81,6 +81,7 @@ constexpr Switch kSwitches[] = {
     {"-fdiagnostics-format=json", [](Options &) { diagnostics().json = true; }},
     {"-fdiagnostics-format=text", [](Options &) { diagnostics().json = false; }},
     {"-Werror", [](Options &) { diagnostics().warningsAreErrors = true; }},
+    {"-Wno-error", [](Options &) { diagnostics().warningsAreErrors = false; }},
     {"-w", [](Options &) { diagnostics().disabled.insert("all"); }},
     {"-Wall", [](Options &) { diagnostics().disabled.clear(); }},
     {"-Wextra", [](Options &) { diagnostics().disabled.clear(); }},

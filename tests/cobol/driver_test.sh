@@ -75,6 +75,10 @@ says 2 'run and check go without' "$kvrcob" -S check h.cbl
 says 2 '-o names what run and check do not make' "$kvrcob" check -o x h.cbl
 says 2 '-ftabstop takes a number' "$kvrcob" -ftabstop=4x check h.cbl
 says 2 '-D takes NAME' "$kvrcob" -D =3 check h.cbl
+sed '2a\
+author. me.' h.cbl >author.cbl
+says 1 'error: the paragraph AUTHOR is obsolete [-Wobsolete]' "$kvrcob" -Werror check author.cbl
+says 0 'warning: the paragraph' "$kvrcob" -Werror -Wno-error check author.cbl
 says 0 'there is no warning obsolet' "$kvrcob" -Wno-obsolet check h.cbl
 
 # The value of -D beside literals of >>IF, in their own letters.

@@ -92,12 +92,16 @@ KVR_SHARED int kvr_show_number(const uint8_t *packed, int digits, int width, int
     return length;
 }
 
+/* What the process's locale puts between the digits, one byte or several, becomes `point`. */
 KVR_SHARED int kvr_show_float(double v, uint8_t *out, int digits, char point)
 {
-    int length = snprintf((char *)out, 48, "%.*g", digits, v);
-    char *found = (char *)memchr(out, '.', (size_t)length);
-    if (found) *found = point;
-    return length;
+    char *text = (char *)out;
+    int length = snprintf(text, 48, "%.*g", digits, v);
+    char *from = text + strspn(text, "-0123456789"), *to = from + strcspn(from, "0123456789e");
+    if (from == text || from[-1] == '-' || from == to) return length; /* no number, or a whole one */
+    *from = point;
+    memmove(from + 1, to, strlen(to) + 1);
+    return length - (int)(to - from) + 1;
 }
 
 KVR_SHARED int kvr_show_pointer(const uint8_t *p, uint8_t *out)
