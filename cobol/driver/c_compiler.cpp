@@ -135,8 +135,12 @@ bool build(const Options &o, const Home &home, const std::vector<Translated> &tr
     }
     if (home.library != "/usr/lib")
         link.insert(link.end(), {"-Xlinker", "-rpath", "-Xlinker", home.library, "-Wl,--disable-new-dtags"});
+    // A library of programs is asked for by no symbol: CALL looks for them by name.
+    link.insert(link.end(), {"-Wl,--push-state", "-Wl,--no-as-needed"});
+    for (const std::string &object : o.objects)
+        if (object.ends_with(".so")) link.push_back(object);
     link.insert(link.end(), o.linker.begin(), o.linker.end());
-    link.insert(link.end(), {"-lkvr2_64r", "-lm"});
+    link.insert(link.end(), {"-Wl,--pop-state", "-lkvr2_64r", "-lm"});
 
     if (o.mode == Options::Object || o.mode == Options::Module) {
         for (size_t i = 0; i < files.size(); i++) {
@@ -154,7 +158,8 @@ bool build(const Options &o, const Home &home, const std::vector<Translated> &tr
     }
     std::vector<std::string> command = compiler;
     command.insert(command.end(), files.begin(), files.end());
-    command.insert(command.end(), o.objects.begin(), o.objects.end());
+    for (const std::string &object : o.objects)
+        if (!object.ends_with(".so")) command.push_back(object);
     command.push_back("-rdynamic");
     command.insert(command.end(), link.begin(), link.end());
     return makeResult(command, outputsOf(o, translated, 0)[0], o);

@@ -49,6 +49,14 @@ says 0 '' "$kvrcob" -o both calls.o other.o
 says 0 '' "$kvrcob" -o both other.o calls.o
 [ "$(./both)" = other ] || fails "of two objects came $(./both)"
 
+# A module as a library: only CALL names what is in it.
+says 0 '' "$kvrcob" -O0 -m -o libothers.so other.cbl
+for library in '-L. -lothers' ./libothers.so; do
+    # shellcheck disable=SC2086
+    says 0 '' "$kvrcob" -O0 -o both calls.cbl $library
+    says 0 $'hello\nother' env LD_LIBRARY_PATH=. ./both
+done
+
 # -MD, as make reads it.
 mkdir 'in, $x'
 printf '%s\n' 'identification division.' 'program-id. names.' 'data division.' 'working-storage section.' \
