@@ -161,9 +161,11 @@ void Diagnostics::showLine(const Spot &spot) const
                  std::string(underlined, '~').c_str());
 }
 
-// One message without the source's line.
-void Diagnostics::tell(const char *severity, const Spot &spot, const std::string &text, const char *name) const
+// One message without the source's line. A word of a million letters is not told whole.
+void Diagnostics::tell(const char *severity, const Spot &spot, std::string text, const char *name) const
 {
+    constexpr size_t kLongest = 1000;
+    if (text.size() > kLongest) text = text.substr(0, kLongest) + "...";
     const bool placed = hasPlace(spot);
     const std::string path = placed ? (*sources)[spot.file].path : "kvrcob";
     if (json) {
@@ -172,12 +174,11 @@ void Diagnostics::tell(const char *severity, const Spot &spot, const std::string
                      name ? ",\"option\":\"-W" : "", name ? name : "", name ? "\"" : "");
         return;
     }
-    std::string shown = text;
-    for (char &c : shown)
+    for (char &c : text)
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
     std::fprintf(stderr, "%s:", path.c_str());
     if (placed) std::fprintf(stderr, "%u:%u:", spot.line, spot.column);
-    std::fprintf(stderr, " %s: %s", severity, shown.c_str());
+    std::fprintf(stderr, " %s: %s", severity, text.c_str());
     if (name) std::fprintf(stderr, " [-W%s]", name);
     std::fputc('\n', stderr);
 }

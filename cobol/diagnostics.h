@@ -61,6 +61,8 @@ public:
     void choose(const std::string &name, bool on);
 
     size_t errors() const { return errors_; }
+    // No error is shown any more: what would only better its text need not be looked for.
+    bool full() const { return errors_ >= limit; }
 
     bool json = false;
     bool warningsAreErrors = false;
@@ -72,7 +74,7 @@ public:
 private:
     bool hasPlace(const Spot &spot) const { return sources && spot.line && spot.file < sources->size(); }
     void show(const char *severity, Spot spot, const std::string &text, const char *name = nullptr) const;
-    void tell(const char *severity, const Spot &spot, const std::string &text, const char *name) const;
+    void tell(const char *severity, const Spot &spot, std::string text, const char *name) const;
     void showLine(const Spot &spot) const;
     void tellOfCutLine(const Spot &spot);
     size_t errors_ = 0;

@@ -38,6 +38,11 @@ sed -i "s/BYTES/$(printf '\344\366')/; s/é/$(printf 'e\314\201')/" wanted
 cmp wanted said || fails "the carets are $(cat said)"
 says 1 'carets.cbl:4:15' "$kvrcob" check -free -ftabstop=4 carets.cbl
 
+# A word of a million letters is not told whole.
+{ sed '$d' h.cbl; printf 'display '; head -c 1000000 /dev/zero | tr '\0' x; echo .; } >long.cbl
+"$kvrcob" check long.cbl 2>said
+[ "$(wc -c <said)" -lt 2000 ] && grep -q 'long.cbl:5:9: error: XXX' said || fails "$(head -c 300 said)"
+
 # JSON: UTF-8 whatever the source is in, the COPY as a note, and the end of many errors.
 name=$(printf 'na\344me.cpy')
 for n in {1..120}; do echo "           MOVE 1 TO X$n."; done >"$name"

@@ -66,6 +66,9 @@ def extremes():
        PROCEDURE DIVISION.\n           CALL "X{i + 1}".\n       END PROGRAM X{i}.\n""" for i in range(3000)), None
     chain = "".join(f"       P{i}.\n           PERFORM P{i + 1}.\n" for i in range(30000))
     yield "performed_chain", HEAD + "           PERFORM P0.\n       Q.\n           STOP RUN.\n" + chain + "       P30000.\n           GO TO Q.\n", None
+    items = "".join(f"       01 LONG-ITEM-{i} PIC X.\n" for i in range(19000))
+    yield "misspelled", HEAD.replace("       PROCEDURE", items + "       PROCEDURE") + "".join(
+        f"           MOVE 1 TO LONG-ITEN-{i}.\n" for i in range(300000)), "did you mean LONG-ITEM-1?"
     yield "open_literal", HEAD + "           DISPLAY 'abc\n" * 300, "no closing quotation mark"
     yield "bytes", bytes(range(256)).decode("latin-1") * 400, "error"
 
