@@ -142,8 +142,12 @@ def shown(item, data):
     if item.usage in ("binary", "big-endian"):
         value = int.from_bytes(data, "little" if item.usage == "binary" else "big", signed=bool(item.sign))
         return scaled(abs(value), item, value < 0)
-    if item.usage in ("float", "double"):
-        return repr(struct.unpack("<f" if item.usage == "float" else "<d", data)[0])
+    if item.usage == "double":
+        return repr(struct.unpack("<d", data)[0])
+    if item.usage == "float":  # the shortest number that it can be: 0.7, not 0.699999988
+        value = struct.unpack("<f", data)[0]
+        texts = (f"{value:.{digits}g}" for digits in range(1, 10))
+        return next((repr(float(t)) for t in texts if struct.pack("<f", float(t)) == data), repr(value))
     if item.usage == "pointer":
         return hex(int.from_bytes(data, "little"))
     return quoted(data)

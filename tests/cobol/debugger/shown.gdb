@@ -1,4 +1,4 @@
-break shown.cbl:36
+break shown.cbl:37
 run
 cobol print TOTAL OF REC
 cobol print total in second
