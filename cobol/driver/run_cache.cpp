@@ -131,7 +131,7 @@ std::string cachedProgram(const Options &o, const Home &home, const std::vector<
     for (const Translated &t : translated) parts.push_back(withoutTime(t.c));
     addLinked(o, parts);
 
-    const std::string program = folder + "/" + hashOf(parts);
+    std::string program = folder + "/" + hashOf(parts);
     if (isInCache(program))
         utimensat(AT_FDCWD, program.c_str(), nullptr, 0); // it is in use
     else

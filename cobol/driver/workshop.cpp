@@ -120,7 +120,8 @@ static std::string throughLinks(std::string path)
         const ssize_t n = readlink(path.c_str(), target, sizeof target);
         if (n <= 0 || static_cast<size_t>(n) == sizeof target) break;
         const std::string next(target, static_cast<size_t>(n));
-        path = next[0] == '/' ? next : directoryOf(path) + "/" + next;
+        path = next[0] == '/' ? "" : directoryOf(path) + "/";
+        path += next;
     }
     return path;
 }
