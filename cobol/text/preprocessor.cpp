@@ -448,11 +448,13 @@ private:
                     stat((directory + lowerLibrary).c_str(), &info) != 0)
                     places.push_back(directory);
             }
-            for (const std::string &place : places)
+            for (size_t i = 0; i < places.size(); i++) {
+                if (i > 0 && places[i] == places[i - 1]) continue; // the library is spelled in small letters
                 for (const char *extension : extensions)
                     for (const std::string &spelling : {name, upper, lower})
-                        if (isFile(place + spelling + extension)) return place + spelling + extension;
-            tried += (tried.empty() ? "" : ", ") + (directory.empty() ? std::string(".") : directory);
+                        if (isFile(places[i] + spelling + extension)) return places[i] + spelling + extension;
+                tried += (tried.empty() ? "" : ", ") + (places[i].empty() ? std::string(".") : places[i]);
+            }
         }
         return "";
     }

@@ -43,6 +43,13 @@ says 1 'carets.cbl:4:15' "$kvrcob" check -free -ftabstop=4 carets.cbl
 "$kvrcob" check long.cbl 2>said
 [ "$(wc -c <said)" -lt 2000 ] && grep -q 'long.cbl:5:9: error: XXX' said || fails "$(head -c 300 said)"
 
+# Where a text was looked for.
+sed 's/display "hello"/copy text of LIB/' h.cbl >places.cbl
+says 1 'the text text of LIB to be copied was not found in LIB/, lib/, ., inc/LIB/, inc/lib/, inc/' \
+    "$kvrcob" check -I inc places.cbl
+mkdir lib
+says 1 'was not found in LIB/, lib/, inc/LIB/, inc/lib/, inc/' env COBCPY=inc "$kvrcob" check places.cbl
+
 # JSON: UTF-8 whatever the source is in, the COPY as a note, and the end of many errors.
 name=$(printf 'na\344me.cpy')
 for n in {1..120}; do echo "           MOVE 1 TO X$n."; done >"$name"
