@@ -104,12 +104,12 @@ std::vector<std::string> compilerWords()
 }
 
 // Two passes of GCC gain nothing here and take long for long functions. Other compilers do not know
-// these options, and warn of forms that are meant as they are; a dry run tells which it is.
+// these options; a dry run tells which it is.
 static std::vector<std::string> ownOptions(std::vector<std::string> compiler)
 {
     compiler.insert(compiler.end(), {"-###", "-fno-tree-pta", "-x", "c", "/dev/null"});
-    if (runCommand(compiler, Telling::Silent) == 0) return {"-fno-gcse", "-fno-tree-pta"};
-    return {"-w"};
+    if (runCommand(compiler, Telling::Silent) != 0) return {};
+    return {"-fno-gcse", "-fno-tree-pta"};
 }
 
 // The C compiler and its options.

@@ -279,6 +279,22 @@ static void joinLines(const std::string &text, std::string &out)
     out += '\n';
 }
 
+// People who compile the C text themselves may ask for warnings; those that tell nothing of C that
+// nobody wrote are off.
+constexpr const char *kBeginning = R"(/* Made by kvrcob. */
+#pragma GCC diagnostic ignored "-Wunused-function"
+#pragma GCC diagnostic ignored "-Wunused-variable"
+#pragma GCC diagnostic ignored "-Wunused-but-set-variable"
+#pragma GCC diagnostic ignored "-Wunused-const-variable"
+#pragma GCC diagnostic ignored "-Wcast-function-type"
+#ifdef __clang__
+#pragma GCC diagnostic ignored "-Wparentheses-equality"
+#else
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include "kvr2/kvrcob.h"
+)";
+
 std::string Emitter::emit()
 {
     std::string declarations;
@@ -313,7 +329,7 @@ std::string Emitter::emit()
     exceptions_ = asksForExceptions();
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
-    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
+    std::string out = kBeginning;
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
     if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";

@@ -103,7 +103,7 @@ def main():
                 done, wrong = None, "does not end"
             if done and done.returncode == 0 and wanted == "" and accepted < COMPILED:
                 accepted += 1
-                check = ["cc", "-std=gnu11", "-fsyntax-only", "-fwrapv", f"-I{include}", str(c)]
+                check = ["cc", "-std=gnu11", "-fsyntax-only", "-fwrapv", "-Wall", "-Wextra", f"-I{include}", str(c)]
                 said = subprocess.run(check, capture_output=True, encoding="latin-1").stderr
                 if said:
                     wrong = f"the C compiler says: {said[:500]}"
