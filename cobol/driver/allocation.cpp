@@ -33,7 +33,7 @@ char *piece, *pieceEnd;
 [[noreturn]] void noMemory()
 {
     std::fputs("kvrcob: there is no memory left\n", stderr);
-    std::abort();
+    std::_Exit(1);
 }
 
 uint64_t &headOf(void *block) { return static_cast<uint64_t *>(block)[-1]; }

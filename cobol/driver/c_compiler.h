@@ -23,10 +23,15 @@ struct Home {
 
 Home findHome();
 
-// What the mode makes, in the current folder unless -o says otherwise.
-std::vector<std::string> outputsOf(const Options &o, const std::vector<Translated> &translated);
+// What is made of source i, in the current folder unless -o says otherwise: one program of all
+// sources, or an object, a C text, modules of each.
+std::vector<std::string> outputsOf(const Options &o, const std::vector<Translated> &translated, size_t i);
+// -MD: where the dependencies of source i go. "pay.d" for the program "pay" and the object "pay.o".
+std::string dependenciesFile(const Options &o, size_t i);
+// The words of CC, or cc.
+std::vector<std::string> compilerWords();
 
 // Objects, modules or the program, from the C texts.
-bool build(const Options &o, const Home &home, const std::vector<Translated> &translated, Workshop &shop);
+bool build(const Options &o, const Home &home, const std::vector<Translated> &translated, const Workshop &shop);
 
 } // namespace kvrcob

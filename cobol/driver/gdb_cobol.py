@@ -17,7 +17,8 @@ SHOWN = 5  # occurrences of a table that are shown
 
 
 class Item:
-    def __init__(self, line, parents):
+    def __init__(self, line, parents, program):
+        self.program = program  # whose item it is
         depth, self.name, self.base, offset, size, self.usage, digits, scale, sign, occurs = line.split("|")
         self.depth = int(depth)
         self.offset, self.size, self.digits, self.scale = int(offset), int(size), int(digits), int(scale)
@@ -36,6 +37,23 @@ class Item:
         return found + [self] if self.occurs else found
 
 
+def map_of(number):
+    """The lines of a program's map, as the selected frame sees it."""
+    return gdb.parse_and_eval(f"p{number}_map").string("latin-1").splitlines()
+
+
+def entered(frame):
+    """The number of the program whose entry, called as the program is, this frame is in."""
+    frame.select()
+    number = 1
+    try:
+        while map_of(number)[0].split("|")[0] != frame.name():
+            number += 1
+    except gdb.error:
+        return None
+    return number
+
+
 def program():
     """The number of the COBOL program of the selected frame, or of the frame that called it."""
     try:
@@ -46,6 +64,8 @@ def program():
         if match := re.fullmatch(r"p(\d+)_(body|\d+_\w+)", frame.name() or ""):
             frame.select()
             return int(match[1])
+        if number := entered(frame):
+            return number
         frame = frame.older()
     raise gdb.GdbError("No COBOL program is active here.")
 
@@ -55,11 +75,12 @@ def items(number):
     found = []
     while number:
         try:
-            lines = gdb.parse_and_eval(f"p{number}_map").string("latin-1").splitlines()
+            lines = map_of(number)
         except gdb.error:
             raise gdb.GdbError("The program was made without -g.")
-        number, parents = int(lines[0]), []
-        found += [Item(line, parents) for line in lines[1:]]
+        parents = []
+        found += [Item(line, parents, number) for line in lines[1:]]
+        number = int(lines[0].split("|")[1])
     return found
 
 
@@ -123,8 +144,12 @@ def shown(item, data):
     if item.usage in ("binary", "big-endian"):
         value = int.from_bytes(data, "little" if item.usage == "binary" else "big", signed=bool(item.sign))
         return scaled(abs(value), item, value < 0)
-    if item.usage in ("float", "double"):
-        return repr(struct.unpack("<f" if item.usage == "float" else "<d", data)[0])
+    if item.usage == "double":
+        return repr(struct.unpack("<d", data)[0])
+    if item.usage == "float":  # the shortest number that it can be: 0.7, not 0.699999988
+        value = struct.unpack("<f", data)[0]
+        texts = (f"{value:.{digits}g}" for digits in range(1, 10))
+        return next((repr(float(t)) for t in texts if struct.pack("<f", float(t)) == data), repr(value))
     if item.usage == "pointer":
         return hex(int.from_bytes(data, "little"))
     return quoted(data)
@@ -158,7 +183,7 @@ def find(known, words):
     found = [item for item in known if item.name == words[0] and qualified(item)]
     if not found:
         raise gdb.GdbError(f"There is no item {' OF '.join(words)} here.")
-    if len(found) > 1 and found[0].base == found[1].base:
+    if len(found) > 1 and found[0].program == found[1].program:
         raise gdb.GdbError(f"{' OF '.join(words)} is ambiguous; qualify it with OF.")
     return found[0]
 
@@ -222,3 +247,7 @@ class CobolLocals(gdb.Command):
 Cobol()
 CobolPrint()
 CobolLocals()
+
+# "step" stays in COBOL: it passes over the library, what kvrcob's headers add, and the C library's moves.
+for passed in ("-rfu ^_?zvk", "-rfu ^_*mem", "-gfi */kvr2/kvrcob.h", "-gfi */kvr2/kvrcob/*.h"):
+    gdb.execute("skip " + passed, to_string=True)

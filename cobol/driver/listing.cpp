@@ -30,7 +30,8 @@ static void listItem(const Item &item, int depth)
 
 void listing(const Group &group, uint32_t file)
 {
-    for (size_t i = 0; i < sources().lineStarts(file).size(); i++) {
+    const size_t lines = sources().lineStarts(file).size() - sources()[file].text.ends_with('\n');
+    for (size_t i = 0; i < lines; i++) {
         Spot spot{file, static_cast<uint32_t>(i + 1), 1, 1};
         std::string_view line = sources().line(spot);
         std::printf("%6zu  %.*s\n", i + 1, static_cast<int>(line.size()), line.data());

@@ -19,9 +19,12 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <malloc.h>
+#include <map>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "cobol/driver/c_compiler.h"
@@ -75,10 +78,10 @@ Unit readUnit(const std::string &path, const Options &options)
     return unit;
 }
 
-void emitUnit(Unit &unit, const Options &options, bool mainProgram)
+void emitUnit(Unit &unit, const Options &options, EmitOptions::MainFunction main)
 {
     EmitOptions emit = options.emit;
-    emit.mainProgram = mainProgram;
+    emit.main = main;
     emit.readable = options.mode == Options::Assembly;
     Emitter emitter(*unit.meaning, emit);
     unit.out.c = emitter.emit();
@@ -100,26 +103,65 @@ std::vector<Translated> translate(const Options &options)
         }
     std::vector<Translated> translated;
     for (size_t i = 0; i < units.size(); i++) {
-        bool mainProgram = i == 0 && options.mode != Options::Module && options.mode != Options::Object;
-        if (units[i].group) emitUnit(units[i], options, mainProgram);
+        const auto main = options.mode == Options::Module   ? EmitOptions::NoMain
+                          : options.mode == Options::Object ? EmitOptions::MainIfFirst
+                          : i == 0                          ? EmitOptions::Main
+                                                            : EmitOptions::NoMain;
+        if (units[i].group) emitUnit(units[i], options, main);
         translated.push_back(std::move(units[i].out));
     }
     return translated;
 }
 
-// A compilation overwrites none of its sources, and says before its work that a result has no
-// place.
-bool outputsHavePlaces(const Options &o, const std::vector<std::string> &outputs)
+// All that the command is to write; standard output is no file.
+std::vector<std::string> filesToWrite(const Options &o, const std::vector<Translated> &translated)
 {
-    for (const std::string &output : outputs) {
-        struct stat result, source;
-        for (const std::string &path : o.sources)
-            if (stat(output.c_str(), &result) == 0 && stat(path.c_str(), &source) == 0 &&
-                result.st_ino == source.st_ino && result.st_dev == source.st_dev) {
-                diagnostics().fatal("the result " + output + " would overwrite the source; name another with -o");
-                return false;
-            }
-        if (output != "-" && !canWrite(output)) return false;
+    std::vector<std::string> files;
+    const bool joined = o.mode == Options::Program || o.mode == Options::Preprocess;
+    for (size_t i = 0; i < (joined ? 1 : translated.size()); i++) {
+        for (const std::string &output : outputsOf(o, translated, i))
+            if (output != "-") files.push_back(output);
+        if (o.dependencies && !translated.empty()) files.push_back(dependenciesFile(o, i));
+    }
+    return files;
+}
+
+// What is read, by the identity of its file.
+std::map<std::pair<dev_t, ino_t>, std::string> filesRead(const Options &o, const std::vector<Translated> &translated)
+{
+    std::map<std::pair<dev_t, ino_t>, std::string> files;
+    const auto note = [&files](const std::vector<std::string> &paths) {
+        struct stat info;
+        for (const std::string &path : paths)
+            if (stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode)) files[{info.st_dev, info.st_ino}] = path;
+    };
+    for (const Translated &t : translated) note(t.dependencies);
+    note(o.objects);
+    note(o.sources);
+    return files;
+}
+
+// A compilation overwrites nothing that it reads and no result by another, and says before its work
+// that a result has no place.
+bool outputsHavePlaces(const Options &o, const std::vector<Translated> &translated)
+{
+    const auto inputs = filesRead(o, translated);
+    std::set<std::string> before;
+    for (const std::string &file : filesToWrite(o, translated)) {
+        struct stat info;
+        const auto input = stat(file.c_str(), &info) == 0 ? inputs.find({info.st_dev, info.st_ino}) : inputs.end();
+        if (input != inputs.end()) {
+            const bool source = std::count(o.sources.begin(), o.sources.end(), input->second);
+            diagnostics().fatal("the result " + file + " would overwrite " +
+                                (source ? "the source" : input->second + ", which it is made of") +
+                                "; name another with -o");
+            return false;
+        }
+        if (!before.insert(file).second) {
+            diagnostics().fatal("two of the results are called " + file);
+            return false;
+        }
+        if (!canWrite(file)) return false;
     }
     return true;
 }
@@ -138,66 +180,116 @@ bool eachProgramOnce(const Options &o, const std::vector<Translated> &translated
     return true;
 }
 
-// -MD: what the result depends on, as make reads it.
+// A name as make reads it. In a target "%" would make a pattern.
+std::string makeWord(const std::string &name, bool target)
+{
+    std::string word;
+    for (char c : name) {
+        if (c == '$') word += '$';
+        if (c == ' ' || c == '#' || c == ':' || (target && c == '%')) word += '\\';
+        word += c;
+    }
+    return word;
+}
+
+// -MD: what the results depend on.
 bool writeDependencies(const Options &o, const std::vector<Translated> &translated)
 {
-    std::string target = o.output.empty() ? stemOf(o.sources[0]) : o.output, text = target + ":";
-    for (size_t i = 0; i < translated.size(); i++) {
-        text += " " + o.sources[i];
-        for (const std::string &d : translated[i].dependencies) text += " " + d;
+    const bool joined = o.mode == Options::Program;
+    for (size_t i = 0; i < (joined ? 1 : translated.size()); i++) {
+        std::string text, separator;
+        for (const std::string &output : outputsOf(o, translated, i))
+            text += std::exchange(separator, " ") + makeWord(output, true);
+        text += ":";
+        std::set<std::string> named;
+        for (size_t j = i; j < (joined ? translated.size() : i + 1); j++) {
+            if (named.insert(o.sources[j]).second) text += " " + makeWord(o.sources[j], false);
+            for (const std::string &copied : translated[j].dependencies)
+                if (named.insert(copied).second) text += " " + makeWord(copied, false);
+        }
+        if (!writeFile(dependenciesFile(o, i), text + "\n")) return false;
     }
-    return writeFile(target + ".d", text + "\n");
+    return true;
+}
+
+// -E and -S.
+bool writeTexts(const Options &o, const std::vector<Translated> &translated)
+{
+    for (size_t i = 0; i < translated.size(); i++) {
+        const std::vector<std::string> outputs = outputsOf(o, translated, i);
+        if (!writeFile(outputs.empty() ? "-" : outputs[0], translated[i].c)) return false;
+    }
+    return true;
+}
+
+// Programs, modules, objects.
+bool buildAll(const Options &o, const Home &home, const std::vector<Translated> &translated)
+{
+    Workshop shop;
+    shop.keep = o.keep;
+    if (shop.open() && build(o, home, translated, shop)) return true;
+    shop.keep = shop.keep && !interrupted();
+    return false;
+}
+
+// Without a cache the program is in the temporary folder, and is gone when it has been started.
+int runWithoutCache(Options &o, const Home &home, const std::vector<Translated> &translated)
+{
+    int program = -1;
+    {
+        Workshop shop;
+        shop.keep = o.keep;
+        if (!shop.open()) return 1;
+        o.output = shop.folder() + "/program";
+        if (!build(o, home, translated, shop)) return 1;
+        program = open(o.output.c_str(), O_RDONLY | O_CLOEXEC);
+    }
+    return start(o, o.output, program);
+}
+
+int run(Options &o, const Home &home, const std::vector<Translated> &translated)
+{
+    o.output = cachedProgram(o, home, translated);
+    if (o.output.empty()) return runWithoutCache(o, home, translated);
+    if (!isInCache(o.output)) {
+        std::remove(o.output.c_str()); // whatever is there is not to be followed
+        if (!buildAll(o, home, translated)) return 1;
+    }
+    return start(o, o.output, -1);
 }
 
 int compile(Options &o)
 {
-    if (o.sources.empty()) usage("there is no source");
-    if (o.sources.size() > 1 && !o.output.empty() && o.mode != Options::Program && o.mode != Options::Run)
-        usage("-o goes with one source here");
-    Home home = findHome();
-
+    if (o.sources.empty() && (o.objects.empty() || o.mode != Options::Program)) usage("there is no source");
+    if (o.sources.size() > 1 && !o.output.empty() && o.mode != Options::Program) usage("-o goes with one source here");
+    const Home home = findHome();
     const std::vector<Translated> translated = translate(o);
-    if (diagnostics().errors()) return 1;
-    if (!outputsHavePlaces(o, outputsOf(o, translated))) return 1;
-    if (o.mode == Options::Check) return 0;
-    if (o.mode == Options::Preprocess) {
-        for (const Translated &t : translated)
-            if (!writeFile(o.output.empty() ? "-" : o.output, t.c)) return 1;
-        return 0;
-    }
-    if (o.mode == Options::Assembly) {
-        for (size_t i = 0; i < translated.size(); i++)
-            if (!writeFile(o.output.empty() ? stemOf(o.sources[i]) + ".c" : o.output, translated[i].c)) return 1;
-        return 0;
-    }
+    if (diagnostics().errors() || !outputsHavePlaces(o, translated)) return 1;
+    const bool oneProgram = o.mode == Options::Program || o.mode == Options::Run;
+    if (oneProgram && !eachProgramOnce(o, translated)) return 1;
 
-    if (o.mode != Options::Module && o.mode != Options::Object && !eachProgramOnce(o, translated)) return 1;
+    bool good = true;
+    switch (o.mode) {
+    case Options::Check:
+        break;
+    case Options::Preprocess:
+    case Options::Assembly:
+        good = writeTexts(o, translated);
+        break;
+    case Options::Run:
+        return run(o, home, translated);
+    default:
+        good = buildAll(o, home, translated);
+    }
+    return good && (!o.dependencies || writeDependencies(o, translated)) ? 0 : 1;
+}
 
-    std::string runProgram;
-    bool made = false;
-    if (o.mode == Options::Run) {
-        runProgram = cachedProgram(o, home, translated);
-        made = !runProgram.empty() && access(runProgram.c_str(), F_OK) == 0;
-    }
-    // Without a cache the program is in the temporary folder, and is gone when it has been started.
-    int program = -1;
-    if (!made) {
-        Workshop shop;
-        shop.keep = o.keep;
-        if (!shop.open()) return 1;
-        if (o.mode == Options::Run) o.output = runProgram.empty() ? shop.folder() + "/program" : runProgram;
-        if (!build(o, home, translated, shop)) {
-            shop.keep = shop.keep && !interrupted();
-            return interrupted() ? 128 + interrupted() : 1;
-        }
-        if (o.mode == Options::Run && runProgram.empty()) {
-            program = open(o.output.c_str(), O_RDONLY | O_CLOEXEC);
-            shop.litter(o.output);
-        }
-    }
-    if (o.dependencies && !writeDependencies(o, translated)) return 1;
-    if (o.mode == Options::Run) return start(o, program >= 0 ? o.output : runProgram, program);
-    return 0;
+// What was printed has arrived, or that is an error.
+int printed(int status)
+{
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
+    diagnostics().fatal("cannot write standard output" + reason());
+    return status ? status : 1;
 }
 
 } // namespace
@@ -212,6 +304,7 @@ int main(int argc, char **argv)
     mallopt(M_TOP_PAD, 64 << 20);
     diagnostics().sources = &sources();
     Options options;
-    parseOptions(argc, argv, options);
-    return compile(options);
+    const bool asked = parseOptions(argc, argv, options);
+    const int status = printed(asked ? 0 : compile(options));
+    return interrupted() ? 128 + interrupted() : status;
 }

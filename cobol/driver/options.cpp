@@ -2,8 +2,10 @@
 #include "cobol/driver/options.h"
 
 #include <cctype>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "cobol/diagnostics.h"
 
@@ -16,7 +18,8 @@ static const char kHelp[] =
     "\n"
     "  -o FILE          the program's name (default: that of the first source)\n"
     "  -m               make loadable modules NAME.so, one for each outermost program\n"
-    "  -c, -S, -E       stop after the object file, the C text, COPY and REPLACE\n"
+    "  -c, -S, -E       stop after the object file, the C text, COPY and REPLACE;\n"
+    "                   objects are linked by kvrcob -o FILE a.o b.o\n"
     "  -I DIR           look for copybooks here, too (also COBCPY)\n"
     "  -fixed, -free, -variable   the reference format (default: told from the source)\n"
     "  -ftabstop=N      columns from tab to tab (8)\n"
@@ -78,6 +81,7 @@ constexpr Switch kSwitches[] = {
     {"-fdiagnostics-format=json", [](Options &) { diagnostics().json = true; }},
     {"-fdiagnostics-format=text", [](Options &) { diagnostics().json = false; }},
     {"-Werror", [](Options &) { diagnostics().warningsAreErrors = true; }},
+    {"-Wno-error", [](Options &) { diagnostics().warningsAreErrors = false; }},
     {"-w", [](Options &) { diagnostics().disabled.insert("all"); }},
     {"-Wall", [](Options &) { diagnostics().disabled.clear(); }},
     {"-Wextra", [](Options &) { diagnostics().disabled.clear(); }},
@@ -86,22 +90,27 @@ constexpr Switch kSwitches[] = {
     {"-O1", [](Options &o) { o.optimisation = "-O1"; }},
     {"-O2", [](Options &o) { o.optimisation = "-O2"; }},
     {"--help",
-     [](Options &) {
+     [](Options &o) {
          std::fputs(kHelp, stdout);
-         std::exit(0);
+         o.answered = true;
      }},
     {"--version",
-     [](Options &) {
+     [](Options &o) {
          std::printf("kvrcob %s\n", KVRCOB_VERSION);
-         std::exit(0);
+         o.answered = true;
      }},
 };
 
+bool isVerb(Options::Mode mode) { return mode == Options::Run || mode == Options::Check; }
+constexpr const char *kExclusive = "run and check go without -m, -c, -S and -E";
+
 bool isSwitch(std::string_view word, Options &o)
 {
+    const bool verb = isVerb(o.mode);
     for (const Switch &s : kSwitches)
         if (s.word == word) {
             s.set(o);
+            if (verb && !isVerb(o.mode)) usage(kExclusive);
             return true;
         }
     return false;
@@ -111,8 +120,13 @@ void define(Options &o, const std::string &definition)
 {
     size_t equal = definition.find('=');
     std::string name = definition.substr(0, equal);
+    if (name.empty()) usage("-D takes NAME or NAME=VALUE");
     for (char &c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    o.text.defines[name] = equal == std::string::npos ? "1" : definition.substr(equal + 1);
+    std::string value = equal == std::string::npos ? "1" : definition.substr(equal + 1);
+    const char first = value.empty() ? 0 : value.front();
+    if (value.size() > 1 && (first == '"' || first == '\'') && value.back() == first)
+        value = value.substr(1, value.size() - 2); // a literal
+    o.text.defines[name] = value;
 }
 
 // A source, or what is for the C compiler to link.
@@ -143,16 +157,17 @@ void optionWord(Options &o, const std::string &a, Words &words)
 {
     if (a == "-o") {
         o.output = words.value(a, 2);
+        if (o.output.empty()) usage("the option -o needs a value");
     } else if (a.starts_with("-ftabstop=")) {
-        o.text.tabStop = std::atoi(a.c_str() + 10);
-        if (o.text.tabStop < 1 || o.text.tabStop > 100) usage("-ftabstop takes a number from 1 to 100");
+        const char *end = a.data() + a.size();
+        const auto [rest, failure] = std::from_chars(a.data() + std::strlen("-ftabstop="), end, o.text.tabStop);
+        if (failure != std::errc() || rest != end || o.text.tabStop < 1 || o.text.tabStop > 100)
+            usage("-ftabstop takes a number from 1 to 100");
     } else if (a.starts_with("-fcheck")) {
         usage("-fcheck takes all or none");
-    } else if (a.starts_with("-Wno-")) {
-        diagnostics().disabled.insert(a.substr(5));
     } else if (a.starts_with("-W")) {
-        diagnostics().enabled.insert(a.substr(2));
-        diagnostics().disabled.erase(a.substr(2));
+        const bool off = a.starts_with("-Wno-");
+        diagnostics().choose(a.substr(off ? 5 : 2), !off);
     } else if (a.starts_with("-I")) {
         o.copy.directories.push_back(words.value(a, 2));
     } else if (a.starts_with("-D")) {
@@ -167,16 +182,17 @@ void optionWord(Options &o, const std::string &a, Words &words)
 void readWords(int argc, char **argv, Options &o)
 {
     Words words{1, argc, argv};
-    for (; words.i < argc; words.i++) {
+    for (; words.i < argc && !o.answered; words.i++) {
         const std::string a = argv[words.i];
         if (o.mode == Options::Run && !o.sources.empty()) {
             // After the source come the program's arguments.
             o.arguments.assign(argv + words.i + (a == "--" ? 1 : 0), argv + argc);
             return;
         }
-        if ((a == "run" || a == "check") && o.mode == Options::Program && o.sources.empty())
+        if ((a == "run" || a == "check") && !isVerb(o.mode) && o.sources.empty()) {
+            if (o.mode != Options::Program) usage(kExclusive); // a source of that name is ./run
             o.mode = a == "run" ? Options::Run : Options::Check;
-        else if (a.empty() || a[0] != '-' || a == "-")
+        } else if (a.empty() || a[0] != '-' || a == "-")
             fileWord(o, a);
         else if (!isSwitch(a, o))
             optionWord(o, a, words);
@@ -200,10 +216,16 @@ static void readCopyPath(CopyPath &copy)
     }
 }
 
-void parseOptions(int argc, char **argv, Options &o)
+bool parseOptions(int argc, char **argv, Options &o)
 {
     readWords(argc, argv, o);
     readCopyPath(o.copy);
+    diagnostics().tabStop = o.text.tabStop;
+    const bool verb = isVerb(o.mode);
+    if (verb && !o.output.empty()) usage("-o names what run and check do not make");
+    // These make nothing that could depend on a file.
+    if (verb || o.mode == Options::Preprocess) o.dependencies = false;
+    return o.answered;
 }
 
 } // namespace kvrcob

@@ -17,11 +17,12 @@ struct Options {
     CopyPath copy;
     EmitOptions emit;
     std::string optimisation; // as it was asked for; empty: kvrcob chooses
-    bool debug = false, verbose = false, dependencies = false, list = false, keep = false;
+    bool debug = false, verbose = false, dependencies = false, list = false, keep = false, answered = false;
 };
 
-// Reads the command line; a wrong one ends the command with a message.
-void parseOptions(int argc, char **argv, Options &o);
+// Reads the command line; a wrong one ends the command with a message. True if it was a question
+// (--help, --version), which has its answer now.
+bool parseOptions(int argc, char **argv, Options &o);
 [[noreturn]] void usage(const std::string &text);
 
 // What a source is called without folder and extension: what it makes has this name.

@@ -1,8 +1,8 @@
-// The temporary folder of a compilation, and the C compiler's run.
+// The temporary folder of a compilation, the C compiler's run, and how results get to their places.
 //
-// A compilation leaves nothing but its result, whatever ends it. SIGINT, SIGTERM and SIGHUP are
-// taken from the moment at which the folder is there: they end the C compiler, which removes its
-// own pieces, and kvrcob then goes the ordinary way out.
+// A compilation leaves nothing but its result, whatever ends it but SIGKILL. The signals that end a
+// command are taken from the moment at which there is something to remove: they end the C compiler,
+// which removes its own pieces, and kvrcob then goes the ordinary way out.
 #include "cobol/driver/workshop.h"
 
 #include <cerrno>
@@ -10,7 +10,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
+#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -31,19 +33,28 @@ static void endChild(int signal)
 
 int interrupted() { return caught; }
 
-bool Workshop::open()
+void catchSignals()
 {
     struct sigaction action = {};
     action.sa_handler = endChild;
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ, SIGXCPU}) {
         struct sigaction before = {};
         // Under nohup, and in the background of some shells, it stays ignored.
         if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
             sigaction(signal, &action, nullptr);
     }
+}
+
+bool Workshop::open()
+{
+    catchSignals();
     const char *temporary = std::getenv("TMPDIR");
-    folder_ = std::string(temporary && *temporary ? temporary : "/tmp") + "/kvrcob.XXXXXX";
-    if (mkdtemp(folder_.data())) return true;
+    outer_ = temporary ? temporary : "";
+    folder_ = (outer_.empty() ? "/tmp" : outer_) + "/kvrcob.XXXXXX";
+    if (mkdtemp(folder_.data())) {
+        setenv("TMPDIR", folder_.c_str(), 1); // for the C compiler, which may be killed, too
+        return true;
+    }
     diagnostics().fatal("cannot make a temporary directory " + folder_ + reason());
     folder_.clear();
     return false;
@@ -51,24 +62,21 @@ bool Workshop::open()
 
 Workshop::~Workshop()
 {
-    for (const std::string &path : files_)
-        if (!keep || path.compare(0, folder_.size(), folder_) != 0) unlink(path.c_str());
     if (folder_.empty()) return;
+    if (outer_.empty())
+        unsetenv("TMPDIR");
+    else
+        setenv("TMPDIR", outer_.c_str(), 1);
+    std::error_code failed;
     if (keep)
         std::fprintf(stderr, "kvrcob: the C text is in %s\n", folder_.c_str());
     else
-        rmdir(folder_.c_str());
+        std::filesystem::remove_all(folder_, failed);
 }
 
-std::string Workshop::file(const std::string &name)
+int runCommand(const std::vector<std::string> &command, Telling telling)
 {
-    files_.push_back(folder_ + "/" + name);
-    return files_.back();
-}
-
-int runCommand(const std::vector<std::string> &command, bool verbose)
-{
-    if (verbose) {
+    if (telling == Telling::Verbose) {
         for (const std::string &word : command) std::fprintf(stderr, "%s ", word.c_str());
         std::fputc('\n', stderr);
     }
@@ -77,12 +85,19 @@ int runCommand(const std::vector<std::string> &command, bool verbose)
     for (const std::string &word : command) argv.push_back(const_cast<char *>(word.c_str()));
     argv.push_back(nullptr);
     if (caught) return 128 + caught;
-    pid_t pid = fork();
-    if (pid < 0) return kCannotRun;
-    if (pid == 0) {
-        execvp(argv[0], argv.data());
-        _exit(kCannotRun);
-    }
+
+    posix_spawn_file_actions_t streams;
+    posix_spawn_file_actions_init(&streams);
+    if (telling == Telling::Silent)
+        for (int stream : {STDOUT_FILENO, STDERR_FILENO})
+            posix_spawn_file_actions_addopen(&streams, stream, "/dev/null", O_WRONLY, 0);
+    pid_t pid;
+    errno = posix_spawnp(&pid, argv[0], &streams, nullptr, argv.data(), environ);
+    const int failure = errno;
+    posix_spawn_file_actions_destroy(&streams);
+    errno = failure;
+    if (failure) return kCannotRun;
+
     child = pid;
     if (caught) kill(pid, caught);
     int status = 0;
@@ -91,44 +106,100 @@ int runCommand(const std::vector<std::string> &command, bool verbose)
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
 }
 
-bool canWrite(const std::string &path)
+std::string directoryOf(const std::string &path)
 {
-    struct stat info;
     size_t slash = path.rfind('/');
-    std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-    bool there = stat(path.c_str(), &info) == 0;
-    if (there && S_ISDIR(info.st_mode))
-        errno = EISDIR;
-    else if (access(there && !S_ISREG(info.st_mode) ? path.c_str() : folder.c_str(), W_OK) == 0)
-        return true;
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Where symbolic links lead in the end, also to a file that is not there yet.
+static std::string throughLinks(std::string path)
+{
+    char target[4096];
+    for (int links = 0; links < 40; links++) {
+        const ssize_t n = readlink(path.c_str(), target, sizeof target);
+        if (n <= 0 || static_cast<size_t>(n) == sizeof target) break;
+        const std::string next(target, static_cast<size_t>(n));
+        path = next[0] == '/' ? "" : directoryOf(path) + "/";
+        path += next;
+    }
+    return path;
+}
+
+static bool cannotWrite(const std::string &path)
+{
     diagnostics().fatal("cannot write " + path + reason());
     return false;
 }
 
-bool alsoNamed(const std::string &path, const std::string &other, Workshop &shop)
+bool canWrite(const std::string &path)
+{
+    struct stat info;
+    const bool there = stat(path.c_str(), &info) == 0, device = there && !S_ISREG(info.st_mode);
+    if (there && S_ISDIR(info.st_mode))
+        errno = EISDIR;
+    else if (access(device ? path.c_str() : directoryOf(throughLinks(path)).c_str(), W_OK) == 0)
+        return true;
+    return cannotWrite(path);
+}
+
+bool Result::begin(const std::string &output)
+{
+    output_ = output;
+    struct stat info;
+    if (stat(output.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
+        path_ = output;
+        return true;
+    }
+    place_ = throughLinks(output);
+    path_ = directoryOf(place_) + "/.kvrcob.XXXXXX"; // a name that is never too long
+    const int file = mkstemp(path_.data());
+    if (file < 0) {
+        place_.clear();
+        return cannotWrite(output);
+    }
+    // Whoever makes the file now gives it the usual permissions.
+    close(file);
+    unlink(path_.c_str());
+    return true;
+}
+
+bool Result::take()
+{
+    if (place_.empty()) return true;
+    if (rename(path_.c_str(), place_.c_str()) != 0) return cannotWrite(output_);
+    place_.clear();
+    return true;
+}
+
+Result::~Result()
+{
+    if (!place_.empty()) unlink(path_.c_str());
+}
+
+bool alsoNamed(const std::string &path, const std::string &other)
 {
     namespace fs = std::filesystem;
-    const std::string place = other + "." + std::to_string(getpid());
-    shop.litter(place);
+    Result result;
+    if (!result.begin(other)) return false;
     std::error_code failed;
-    fs::create_hard_link(path, place, failed);
-    if (failed) fs::copy_file(path, place, failed);
-    if (!failed) fs::rename(place, other, failed);
+    fs::create_hard_link(path, result.path(), failed);
+    if (failed) fs::copy_file(path, result.path(), failed);
     if (failed) diagnostics().fatal("cannot write " + other + ": " + failed.message());
-    return !failed;
+    return !failed && result.take();
 }
 
 bool writeFile(const std::string &path, const std::string &text)
 {
-    FILE *f = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
-    if (!f) {
-        diagnostics().fatal("cannot write " + path + reason());
-        return false;
-    }
-    bool good = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-    if (f != stdout) good = std::fclose(f) == 0 && good;
-    if (!good) diagnostics().fatal("cannot write " + path + reason());
-    return good;
+    if (path == "-") return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() || cannotWrite(path);
+    catchSignals();
+    Result result;
+    if (!result.begin(path)) return false;
+    FILE *f = std::fopen(result.path().c_str(), "wb");
+    if (!f) return cannotWrite(path);
+    const bool written = std::fwrite(text.data(), 1, text.size(), f) == text.size();
+    if (std::fclose(f) != 0 || !written) return cannotWrite(path);
+    return result.take();
 }
 
 } // namespace kvrcob

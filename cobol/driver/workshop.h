@@ -2,6 +2,7 @@
 // what comes out.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,31 +11,47 @@ namespace kvrcob {
 // ": No such file or directory" for the last system call that failed.
 std::string reason();
 
-// The folder of the C text. It goes with all that was made in it, also when the compilation is
-// interrupted.
+// "/a/b/c" is in "/a/b", "c" in ".".
+std::string directoryOf(const std::string &path);
+
+// The folder of the C text, and of what the C compiler makes on its way. It goes with all that is
+// in it, also when the compilation is interrupted.
 class Workshop {
 public:
     bool open(); // in TMPDIR, else in /tmp
     ~Workshop();
-    // The path of a file of this name; it is removed at the end.
-    std::string file(const std::string &name);
-    // Removed at the end if it is still there: what has not reached its place.
-    void litter(const std::string &path) { files_.push_back(path); }
     const std::string &folder() const { return folder_; }
 
     bool keep = false;
 
 private:
-    std::string folder_;
-    std::vector<std::string> files_;
+    std::string folder_, outer_; // outer_: TMPDIR as it was
 };
 
-constexpr int kCannotRun = 127;
+// A result while it is made: a file beside its place, which it takes when it is whole. So a
+// compilation that fails or is ended leaves what was there before, and of two at once one wins. A
+// symbolic link stays, and what it leads to is replaced; a device, a pipe or the like is written as
+// it is.
+class Result {
+public:
+    bool begin(const std::string &output); // false after an error
+    const std::string &path() const { return path_; }
+    bool take();
+    ~Result(); // removes what has not taken its place
+
+private:
+    std::string output_, path_, place_; // as it was asked for; where it is made; where it goes
+};
+
+constexpr int kCannotRun = -1; // errno says why
 
 // Runs a command and waits for it. A signal that is to end kvrcob ends the command; interrupted()
 // then tells of it.
-int runCommand(const std::vector<std::string> &command, bool verbose);
+enum class Telling : uint8_t { Silent, Plain, Verbose };
+int runCommand(const std::vector<std::string> &command, Telling telling);
 int interrupted();
+// From here on a signal that is to end kvrcob is noted, and what was begun is removed.
+void catchSignals();
 
 // Whether a file can be made at this path; if not, an error says why.
 bool canWrite(const std::string &path);
@@ -42,6 +59,6 @@ bool canWrite(const std::string &path);
 bool writeFile(const std::string &path, const std::string &text);
 
 // A file's second name; where the file system has none, a copy. False after an error.
-bool alsoNamed(const std::string &path, const std::string &other, Workshop &shop);
+bool alsoNamed(const std::string &path, const std::string &other);
 
 } // namespace kvrcob

@@ -302,9 +302,7 @@ void Emitter::entryPoints(const Program &p, std::string &out)
             arguments += joined("p", p.number, "_entryArguments[", i, "] = a", i, ";\n");
         }
         for (size_t i = 0; i < p.parameters.size(); i++) nulls += i ? ", 0" : "0";
-        out += joined("int64_t kvr_entry_", p.number, "_", entry->number, "(", parameters.empty() ? "void" : parameters,
-                      ") __asm__(", bytesLiteral(wordText(entry->name)), ");\n",
-                      "__attribute__((visibility(\"default\"))) int64_t kvr_entry_", p.number, "_", entry->number, "(",
+        out += joined("__attribute__((visibility(\"default\"))) int64_t kvr_entry_", p.number, "_", entry->number, "(",
                       parameters.empty() ? "void" : parameters, ")\n{\n", arguments, "p", p.number,
                       "_entry = ", entry->number, ";\nreturn kvr_entry_", p.number, "(", nulls, ");\n}\n");
     }

@@ -7,8 +7,8 @@
 //     DEPTH|NAME|ADDRESS|OFFSET|SIZE|USAGE|DIGITS|SCALE|SIGN|OCCURS
 //
 // ADDRESS is the C text of its record's address, given with the record (depth 0); SIGN is 0 for
-// unsigned items, else 1 to 4 as in SignForm. The first line names the program that contains this
-// one, or 0, whose GLOBAL items it sees.
+// unsigned items, else 1 to 4 as in SignForm. The first line, SYMBOL|NUMBER, has the program's
+// symbol and the number of the program that contains it, or 0, whose GLOBAL items it sees.
 #include "cobol/emit/emitter.h"
 
 namespace kvrcob {
@@ -53,7 +53,7 @@ static void mapItem(const Item &item, int depth, const std::string &base, std::s
 
 void Emitter::debugMap(Program &p)
 {
-    std::string map = cat(p.parent ? p.parent->number : 0, "\n");
+    std::string map = cat(p.cName, "|", p.parent ? p.parent->number : 0, "\n");
     for (const Item *record : p.records)
         if (!record->isConstant && record->level != 66 && record->level != 88)
             mapItem(*record, 0, baseOf(*record), map);

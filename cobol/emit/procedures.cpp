@@ -263,6 +263,7 @@ void Emitter::procedures(Program &p)
     std::string out;
     out.reserve(code_.size() + 32 * insertions_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
     size_t saved = sites_ + 1 - firstSite_;
+    line(p.at, out);
     out += joined("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
                   "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
     if (circling_)

@@ -179,30 +179,31 @@ void Emitter::storage(Program &p)
             uint64_t &room = rooms_[record->redefines];
             room = std::max(room, static_cast<uint64_t>(record->storageSize()));
         }
+    // A debugger shows items that nothing else looks at.
+    const char *kept = options_.debugMap ? " __attribute__((used))" : " __attribute__((unused))";
     for (Item *record : p.records) {
         if (record->redefines) continue;
         uint64_t size = std::max<uint64_t>(roomOf(*record), 1);
         switch (record->section) {
         case Item::WorkingStorage:
             if (record->external)
-                globals_ += joined("static uint8_t *E", record->number, ";\n");
+                globals_ += joined("static uint8_t *E", record->number, kept, ";\n");
             else
-                globals_ +=
-                    cat("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16), unused));\n");
+                globals_ += joined("static uint8_t W", record->number, "[", size, "] __attribute__((aligned(16)))",
+                                   kept, ";\n");
             break;
         case Item::LocalStorage:
-            globals_ += joined("static uint8_t *S", record->number, " __attribute__((unused));\n");
+            globals_ += joined("static uint8_t *S", record->number, kept, ";\n");
             break;
         case Item::Linkage:
-            globals_ += joined("static uint8_t *L", record->number, " __attribute__((unused));\n");
+            globals_ += joined("static uint8_t *L", record->number, kept, ";\n");
             if (record->anyLength) globals_ += joined("static int64_t N", record->number, ";\n");
             break;
         default:
             break;
         }
     }
-    for (Item *index : p.indexNames)
-        globals_ += joined("static int64_t X", index->number, " __attribute__((unused)) = 1;\n");
+    for (Item *index : p.indexNames) globals_ += joined("static int64_t X", index->number, kept, " = 1;\n");
     std::string prefix = cat("p", p.number, "_");
     globals_ += joined("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                        "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
@@ -282,6 +283,22 @@ static void joinLines(const std::string &text, std::string &out)
     out += '\n';
 }
 
+// People who compile the C text themselves may ask for warnings; those that tell nothing of C that
+// nobody wrote are off.
+constexpr const char *kBeginning = R"(/* Made by kvrcob. */
+#pragma GCC diagnostic ignored "-Wunused-function"
+#pragma GCC diagnostic ignored "-Wunused-variable"
+#pragma GCC diagnostic ignored "-Wunused-but-set-variable"
+#pragma GCC diagnostic ignored "-Wunused-const-variable"
+#pragma GCC diagnostic ignored "-Wcast-function-type"
+#ifdef __clang__
+#pragma GCC diagnostic ignored "-Wparentheses-equality"
+#else
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include "kvr2/kvrcob.h"
+)";
+
 std::string Emitter::emit()
 {
     std::string declarations;
@@ -307,7 +324,8 @@ std::string Emitter::emit()
             std::string parameters;
             for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
             declarations += joined("int64_t kvr_entry_", p.number, "_", entry->number, "(",
-                                   parameters.empty() ? "void" : parameters, ");\n");
+                                   parameters.empty() ? "void" : parameters, ") __asm__(",
+                                   bytesLiteral(wordText(entry->name)), ");\n");
         }
         declarations += joined("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
         for (Program *inner : p.nested) self(self, *inner);
@@ -315,7 +333,7 @@ std::string Emitter::emit()
     exceptions_ = asksForExceptions();
     for (Program *p : group_.programs) declare(declare, *p);
     for (Program *p : group_.programs) program(*p);
-    std::string out = "/* Made by kvrcob. */\n#include \"kvr2/kvrcob.h\"\n";
+    std::string out = kBeginning;
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
     if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
     if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
@@ -332,10 +350,12 @@ std::string Emitter::emit()
     else
         joinLines(functions_, out);
     auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
-    if (options_.mainProgram && main != group_.programs.end()) {
+    if (options_.main != EmitOptions::NoMain && main != group_.programs.end()) {
         Program *first = *main;
-        out += joined("\n#line 1 \"<main>\"\nint main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
-                      options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first->number, ")(");
+        const char *weak = options_.main == EmitOptions::MainIfFirst ? "__attribute__((weak)) " : "";
+        out += joined("\n#line 1 \"<main>\"\n", weak, "int main(int argc, char **argv)\n{\n", emits(Do::Main),
+                      "(argc, argv, ", options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_",
+                      first->number, ")(");
         for (size_t i = 0; i < first->parameters.size(); i++)
             out += joined(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
         out += ") & 255;\n}\n";

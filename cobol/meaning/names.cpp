@@ -48,10 +48,17 @@ static bool isDifference(Program &p, const std::string &text)
     return false;
 }
 
+// A misspelled name is compared with all that there are, if they are not more than this.
+constexpr size_t kMostCompared = 20000;
+
 void Meaning::suggest(Program &p, Word name, Tok at)
 {
     if (group_.embedded || !told_.insert(name).second) return; // once for each name
     const std::string &text = wordText(name);
+    if (diagnostics().full()) {
+        error(at, text + " is not declared");
+        return;
+    }
     for (const Program *owner = &p; owner; owner = owner->parent)
         for (const File *f : owner->files)
             if (f->name == name) {
@@ -70,7 +77,7 @@ void Meaning::suggest(Program &p, Word name, Tok at)
     }
     const Item *best = nullptr;
     size_t bestDistance = text.size() / 3 + 1;
-    if (text.size() > 40 || p.names->items.size() > 20000) {
+    if (text.size() > 40 || p.names->items.size() > kMostCompared) {
         error(at, text + " is not declared");
         return;
     }
@@ -179,7 +186,9 @@ long Meaning::procedure(Program &p, const ProcedureName &name, size_t from, bool
         if (silent) return -1;
         std::string best;
         size_t bestDistance = wordText(name.name).size() / 3 + 1;
+        const bool compares = !diagnostics().full() && p.names->procedures.size() <= kMostCompared;
         for (const auto &[word, list] : p.names->procedures) {
+            if (!compares) break;
             size_t d = spellingDistance(wordText(name.name), wordText(word));
             if (d < bestDistance) {
                 bestDistance = d;

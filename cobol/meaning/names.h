@@ -1,6 +1,7 @@
 // Names: which item, file or procedure a word means, with qualification and GLOBAL.
 #pragma once
 
+#include <map>
 #include <set>
 #include <unordered_map>
 
@@ -55,6 +56,8 @@ private:
     friend struct Layout;
     // meaning/programs.cpp
     void program(Program &p);
+    using Callables = std::map<std::string, Tok>; // by symbol
+    void calledOnce(const std::vector<Program *> &programs, Callables &among, Callables &symbols);
     void enterNames(Program &p);
     void enter(Program &p, Item *item);
     void enterTree(Program &p, Item *item);

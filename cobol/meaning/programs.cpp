@@ -8,6 +8,27 @@ namespace kvrcob {
 void Meaning::analyse()
 {
     for (Program *p : group_.programs) program(*p);
+    Callables symbols;
+    calledOnce(group_.programs, symbols, symbols);
+}
+
+// Programs side by side have names of their own. Those of the outermost programs, and of all
+// entries, are symbols of the C text.
+void Meaning::calledOnce(const std::vector<Program *> &programs, Callables &among, Callables &symbols)
+{
+    const auto enterOnce = [this](const std::string &symbol, Word name, Tok at, Callables &names) {
+        const auto [first, fresh] = names.emplace(symbol, at);
+        if (fresh || !name) return;
+        error(at, "there is another program or entry " + wordText(name));
+        diagnostics().note(group_.spot(first->second), "it is named here");
+    };
+    for (const Program *p : programs) {
+        enterOnce(p->cName, p->name, p->at, among);
+        for (const EntryStatement *entry : p->entryPoints)
+            enterOnce(wordText(entry->name), entry->name, entry->at, symbols);
+        Callables contained;
+        calledOnce(p->nested, contained, symbols);
+    }
 }
 
 void Meaning::enter(Program &p, Item *item)

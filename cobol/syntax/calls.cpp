@@ -77,6 +77,7 @@ Statement *Parser::entryStatement()
         error("expected the entry's name as a literal before " + shown());
         return s;
     }
+    checkSymbol();
     s->name = internWord(now().text);
     step();
     if (take(K_USING)) usingPhrase(s->parameters);

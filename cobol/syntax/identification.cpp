@@ -2,6 +2,8 @@
 // are gone already: text/source_lines.cpp.
 #include "cobol/syntax/parser.h"
 
+#include <algorithm>
+
 namespace kvrcob {
 
 bool Parser::atProgramStart() const
@@ -129,10 +131,21 @@ void Parser::programHeader(Program &p)
 bool Parser::programName(Program &p)
 {
     if (now().kind != TokenKind::Name && !atString() && !atNumber()) return false;
+    checkSymbol();
     p.nameText = now().text;
     p.name = internWord(now().text);
     step();
     return true;
+}
+
+// A program's or an entry's name becomes a symbol, and the name of a file.
+void Parser::checkSymbol()
+{
+    const std::string_view name = now().text;
+    const bool bad = std::any_of(name.begin(), name.end(), [](unsigned char c) {
+        return c < ' ' || c == '"' || c == '\\' || c == '/' || c == '@';
+    });
+    if (bad || name.empty()) error("a name that is called is not empty, and has no quotation mark, backslash, / or @");
 }
 
 // IS COMMON INITIAL RECURSIVE PROGRAM, AS "name".

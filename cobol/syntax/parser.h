@@ -75,6 +75,7 @@ private:
     bool atProgramEnd() const { return at(K_END, K_PROGRAM) || at(K_END, K_FUNCTION); }
     void programHeader(Program &program);
     bool programName(Program &program);
+    void checkSymbol();
     void programAttributes(Program &program);
     void divisions(Program &program);
     void functionHeader(Program &program);

@@ -222,6 +222,11 @@ public:
 
     void file(uint32_t number, std::vector<Token> &out, int depth)
     {
+        if (const char *encoding = foreignEncoding(sources()[number].text)) {
+            diagnostics().error({number, 1, 1, 1},
+                                std::string("this text is in ") + encoding + "; make it ASCII or UTF-8 first");
+            sources().forget(number);
+        }
         Lexer lexer(number, options_);
         if (std::exchange(pictureCopy_, false)) lexer.expectPicture();
         for (;;) {
@@ -443,11 +448,13 @@ private:
                     stat((directory + lowerLibrary).c_str(), &info) != 0)
                     places.push_back(directory);
             }
-            for (const std::string &place : places)
+            for (size_t i = 0; i < places.size(); i++) {
+                if (i > 0 && places[i] == places[i - 1]) continue; // the library is spelled in small letters
                 for (const char *extension : extensions)
                     for (const std::string &spelling : {name, upper, lower})
-                        if (isFile(place + spelling + extension)) return place + spelling + extension;
-            tried += (tried.empty() ? "" : ", ") + (directory.empty() ? std::string(".") : directory);
+                        if (isFile(places[i] + spelling + extension)) return places[i] + spelling + extension;
+                tried += (tried.empty() ? "" : ", ") + (places[i].empty() ? std::string(".") : places[i]);
+            }
         }
         return "";
     }
@@ -546,32 +553,41 @@ std::vector<Token> readSource(uint32_t file, TextOptions &options, const CopyPat
     return reader.replaceStatements(std::move(tokens));
 }
 
+// A literal as it can be read again: what has no place in a line goes by its code.
+static std::string printLiteral(std::string_view text, StringForm form)
+{
+    std::string out;
+    const bool plain = std::none_of(text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; });
+    for (char c : text) {
+        constexpr char digits[] = "0123456789ABCDEF";
+        const auto byte = static_cast<unsigned char>(c);
+        if (plain)
+            out.append(c == '"' ? 2 : 1, c);
+        else
+            out += {digits[byte >> 4], digits[byte & 15]};
+    }
+    return (!plain ? "X\"" : form == StringForm::National ? "N\"" : "\"") + out + "\"";
+}
+
 std::string printTokens(const std::vector<Token> &tokens)
 {
     std::string out;
     Spot last;
     for (const Token &token : tokens) {
         if (token.kind == TokenKind::End) break;
+        if (token.commaBefore) out += ',';
         if (token.spot.file != last.file || token.spot.line != last.line) {
             if (!out.empty()) out += '\n';
-            if (token.areaA)
-                out += "";
-            else
-                out += "    ";
+            // A line that begins with D and a blank would be a debugging line.
+            out += !token.areaA ? "    " : token.text.size() == 1 ? " " : "";
         } else if (token.spaceBefore) {
             out += ' ';
         }
         last = token.spot;
-        if (token.kind == TokenKind::String) {
-            out += '"';
-            for (char c : token.text) {
-                out += c;
-                if (c == '"') out += c;
-            }
-            out += '"';
-        } else {
+        if (token.kind == TokenKind::String)
+            out += printLiteral(token.text, token.form);
+        else
             out += token.text;
-        }
     }
     return out + "\n";
 }

@@ -77,4 +77,29 @@ SourceFormat guessFormat(std::string_view text)
     return againstFixed * 4 > seen ? SourceFormat::Free : SourceFormat::Fixed;
 }
 
+// UTF-16 and UTF-32 have a mark at their beginning, or a zero in every second byte. EBCDIC has its
+// blanks where ASCII has "@", and no ASCII blank.
+const char *foreignEncoding(std::string_view text)
+{
+    using namespace std::literals;
+    if (text.starts_with("\xFF\xFE\0\0"sv) || text.starts_with("\0\0\xFE\xFF"sv)) return "UTF-32";
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) return "UTF-16";
+    const std::string_view start = text.substr(0, 400);
+    size_t zeros[2] = {}, blanks = 0, ebcdic = 0, own = 0;
+    for (size_t i = 0; i < start.size(); i++) {
+        const auto c = static_cast<unsigned char>(start[i]);
+        if (c == 0) zeros[i % 2]++;
+        if (c == 0x20) blanks++;
+        if (c == 0x40) ebcdic++;
+        // Letters, digits, and what COBOL has most of besides: . - ( ) and the ends of lines.
+        const bool letter = (c & 0x0F) <= 9 && ((c >= 0x81 && c <= 0xA9) || (c >= 0xC1 && c <= 0xF9));
+        if (letter || c == 0x40 || c == 0x4B || c == 0x60 || c == 0x4D || c == 0x5D || c == 0x15 || c == 0x25) own++;
+    }
+    const size_t half = start.size() / 2;
+    for (size_t k : {0, 1})
+        if (half >= 8 && zeros[k] * 4 >= half * 3 && zeros[1 - k] == 0) return "UTF-16";
+    if (ebcdic > 0 && blanks == 0 && own * 10 > start.size() * 9) return "EBCDIC";
+    return nullptr;
+}
+
 } // namespace kvrcob

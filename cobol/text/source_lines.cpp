@@ -93,8 +93,9 @@ private:
         const bool dollar =
             (format_ != SourceFormat::Free && line.size() > 7 && line[6] == '$') || body.starts_with('$');
         if (!body.starts_with(">>") && !dollar) return false;
-        std::string text = upperOf(dollar ? line.substr(line.find('$') + 1) : body.substr(2));
-        std::vector<std::string> words = split(text);
+        const std::string_view written = dollar ? line.substr(line.find('$') + 1) : body.substr(2);
+        const std::string text = upperOf(written);
+        const std::vector<std::string> words = split(written);
         std::string verb = words.empty() ? "" : words[0];
         if (verb == "IF") {
             conditions_.push_back({!skipping() && evaluate(words), false, ""});
@@ -177,7 +178,10 @@ private:
         return false;
     }
 
-    static std::vector<std::string> split(const std::string &text)
+    // Words in capitals; a literal as it is, after kLiteral.
+    static constexpr char kLiteral = '"';
+
+    static std::vector<std::string> split(std::string_view text)
     {
         std::vector<std::string> words;
         size_t i = 0;
@@ -187,17 +191,17 @@ private:
             } else if (text[i] == '"' || text[i] == '\'') {
                 size_t end = text.find(text[i], i + 1);
                 if (end == std::string::npos) end = text.size();
-                words.push_back(text.substr(i + 1, end - i - 1));
+                words.push_back(kLiteral + std::string(text.substr(i + 1, end - i - 1)));
                 i = end + 1;
             } else if (std::strchr("=<>()", text[i])) {
                 size_t n =
                     i + 1 < text.size() && std::strchr("=>", text[i + 1]) && text[i] != '(' && text[i] != ')' ? 2 : 1;
-                words.push_back(text.substr(i, n));
+                words.emplace_back(text.substr(i, n));
                 i += n;
             } else {
                 size_t end = text.find_first_of(" =<>()\"'", i);
                 if (end == std::string::npos) end = text.size();
-                words.push_back(text.substr(i, end - i));
+                words.push_back(upperOf(text.substr(i, end - i)));
                 i = end;
             }
         }
@@ -223,7 +227,8 @@ private:
             if (!override_) return; // -D goes before the source's own value
             options_.changed.insert(words[1]);
         }
-        options_.defines[words[1]] = value < words.size() && words[value] != "OVERRIDE" ? words[value] : "1";
+        const std::string given = value < words.size() && words[value] != "OVERRIDE" ? words[value] : "1";
+        options_.defines[words[1]] = given.substr(given[0] == kLiteral);
     }
 
     // name [IS] [NOT] DEFINED, name = value, name alone, joined by AND and OR from left to right.
@@ -292,6 +297,7 @@ private:
 
     std::string valueOf(const std::string &word) const
     {
+        if (word.starts_with(kLiteral)) return word.substr(1);
         auto found = options_.defines.find(word);
         if (found != options_.defines.end()) return found->second;
         return !word.empty() && std::isalpha(static_cast<unsigned char>(word[0])) ? "" : word;

@@ -49,6 +49,9 @@ SourceFormat guessFormat(std::string_view text);
 // by sequence numbers.
 bool showsFixed(std::string_view text);
 
+// The encoding of a text that is neither ASCII nor something that has ASCII in it, else nothing.
+const char *foreignEncoding(std::string_view text);
+
 RunningText readLines(uint32_t file, TextOptions &options);
 
 } // namespace kvrcob

@@ -61,7 +61,7 @@ KINDS = re.findall(r"{(\w+)}", PROGRAM) + ["source"]
 ELSEWHERE = [
     "cannot write ", "cannot read ", "cannot make a temporary directory ", "there is no C compiler ", "the C compiler failed",
     "cannot run ", "the result ", " would overwrite the source", "there is a program ", " in ", " and one in ",
-    "this system has no table of EBCDIC", "the statement ", "this is nested too deep", "COPY is nested too deep",
+    "this text is in ", "; make it ASCII or UTF-8 first", "this system has no table of EBCDIC", "the statement ", "this is nested too deep", "COPY is nested too deep",
     "the text is too long after", "there are too many COPY",
     "a literal is needed here", "a sign test needs an operand", "there is no class ", "BY VALUE of a function",
     "these are too many arguments", " of an item without a picture of a number", " needs numbers here",
@@ -69,6 +69,9 @@ ELSEWHERE = [
     " is a reserved word; expected the name of a data item", "expected a reference modifier here", "WHEN without EVALUATE or SEARCH",
     "DISPLAY UPON ", "this replacement of TRAILING", "REPLACE ends with a period", "this COPY has no period at its end",
 ]
+
+
+NAMES = set()  # of warnings
 
 
 def read_cases(path):
@@ -126,6 +129,8 @@ def texts_of_calls(folder):
             text = re.sub(r'"\s+"', "", source[call.end() : at - 1])
             pieces = [p.replace('\\"', '"') for p in re.findall(r'"((?:[^"\\]|\\.)*)"', text)]
             if "warning(" in call.group() or "warn(" in call.group():
+                if pieces:
+                    NAMES.add(pieces[0])
                 pieces = pieces[1:]  # the option's name
             if pieces:
                 yield path.name, pieces
@@ -158,6 +163,10 @@ def main():
             if len(piece) > 3 and not piece.startswith(tuple(ELSEWHERE)) and piece not in everything:
                 failed += 1
                 print(f"{name}: nothing brings about {piece!r}")
+    for page in ("diagnostics.cpp", "driver/kvrcob.1", "driver/kvrcob.completion"):
+        for name in NAMES - set(re.findall(r"\w+", (sources / page).read_text())):
+            failed += 1
+            print(f"{page} does not know -W{name}")
     print(f"{len(cases)} cases, {failed} failed")
     sys.exit(failed > 0)
 

@@ -5,30 +5,10 @@
 # as something else.
 #
 #   driver_test.sh KVRCOB
-set -uo pipefail
-kvrcob=$(realpath "$1")
-work=$(mktemp -d)
-trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT
-export LC_ALL=C XDG_CACHE_HOME=$work/cache TMPDIR=$work/tmp
-mkdir "$work/tmp" "$work/tree"
-cd "$work/tree"
-failed=0
+source "$(dirname "$0")/says.sh"
 
-# says STATUS TEXT COMMAND...: the command ends with the status, and its output or message has the text.
-says() {
-    local status=$1 text=$2 said got
-    shift 2
-    said=$("$@" 2>&1 </dev/null)
-    got=$?
-    if [ $got != "$status" ] || [[ $said != *"$text"* ]]; then
-        echo "FAILED: $* gave $got, expected $status and '$text':"
-        echo "$said"
-        failed=1
-    fi
-}
-
-printf '%s\n' 'identification division.' 'program-id. hello.' 'procedure division.' '    display "hello".' '    stop run.' >h.cbl
-for name in 'two words.cbl' "q'uo\"te.cbl" 'dollar$x;`y`.cbl' '-dash.cbl'; do
+N=$(printf 'n%.0s' {1..251}) # the longest name that a file can have, with its ending
+for name in "$N.cbl" 'two words.cbl' "q'uo\"te.cbl" 'dollar$x;`y`.cbl' '-dash.cbl'; do
     cp h.cbl "./$name"
     says 0 '' "$kvrcob" -O0 "./$name"
     says 0 hello "./${name%.cbl}"
@@ -50,6 +30,70 @@ says 1 'would overwrite the source' "$kvrcob" -O0 -o ./h.cbl h.cbl
 says 2 '-o goes with one source' "$kvrcob" -S -o both.c h.cbl source
 says 1 'there is a program HELLO in h.cbl and one in source' "$kvrcob" -O0 -o both h.cbl source
 says 0 '' cmp h.cbl source
+says 1 'two of the results are called h.o' "$kvrcob" -c h.cbl ./h.cbl
+printf '%s\n' 'identification division.' 'program-id. copies.' 'data division.' 'working-storage section.' 'copy "text.cpy".' >copies.cbl
+echo '01 item pic x.' >text.cpy
+says 1 'would overwrite text.cpy, which it is made of' "$kvrcob" -S -o text.cpy copies.cbl
+says 0 item cat text.cpy
+says 1 'cannot write standard output: No space left on device' bash -c "'$kvrcob' -E h.cbl >/dev/full"
+ln -s there link
+says 0 '' "$kvrcob" -S -o link h.cbl
+[ -L link ] && [ -f there ] || fails 'a link is not written through'
+
+# Objects: the first one's program is the main program.
+sed 's/hello/other/; s/stop run/exit program/' h.cbl >other.cbl
+sed 's/stop run/call "other". stop run/' h.cbl >calls.cbl
+says 0 '' "$kvrcob" -O0 -c calls.cbl other.cbl
+says 0 '' "$kvrcob" -o both calls.o other.o
+[ "$(./both)" = $'hello\nother' ] || fails "of two objects came $(./both)"
+says 0 '' "$kvrcob" -o both other.o calls.o
+[ "$(./both)" = other ] || fails "of two objects came $(./both)"
+
+# A module as a library: only CALL names what is in it.
+says 0 '' "$kvrcob" -O0 -m -o libothers.so other.cbl
+for library in '-L. -lothers' ./libothers.so; do
+    # shellcheck disable=SC2086
+    says 0 '' "$kvrcob" -O0 -o both calls.cbl $library
+    says 0 $'hello\nother' env LD_LIBRARY_PATH=. ./both
+done
+
+# -MD, as make reads it.
+mkdir 'in, $x'
+printf '%s\n' 'identification division.' 'program-id. names.' 'data division.' 'working-storage section.' \
+    'copy "c d$e#f.cpy".' 'copy "x:y%z.cpy".' 'procedure division.' '    display a b.' >'in, $x/names.cbl'
+echo '01 a pic 9.' >'in, $x/c d$e#f.cpy'
+echo '01 b pic 9.' >'in, $x/x:y%z.cpy'
+says 0 '' "$kvrcob" -MD -S -o 'p%q $r#s.c' 'in, $x/names.cbl'
+touch -d 2001-01-01 'in, $x'/*
+touch -d 2002-01-01 'p%q $r#s.c'
+printf 'include p%%q\\ $$r\\#s.d\np\\%%q\\ $$r\\#s.c:\n\techo making\n' >makefile
+for changed in 'in, $x/names.cbl' 'in, $x/c d$e#f.cpy' 'in, $x/x:y%z.cpy'; do
+    says 0 'up to date' make 'p%q $r#s.c'
+    touch "$changed"
+    says 0 making make 'p%q $r#s.c'
+    touch -d 2001-01-01 "$changed"
+done
+says 0 '' "$kvrcob" -MD -c -O0 calls.cbl other.cbl
+says 0 'calls.o: calls.cbl' cat calls.d
+says 0 'other.o: other.cbl' cat other.d
+
+# Options that do not go together, or are none.
+says 2 'run and check go without' "$kvrcob" run -c h.cbl
+says 2 'run and check go without' "$kvrcob" -S check h.cbl
+says 2 '-o names what run and check do not make' "$kvrcob" check -o x h.cbl
+says 2 '-ftabstop takes a number' "$kvrcob" -ftabstop=4x check h.cbl
+says 2 '-D takes NAME' "$kvrcob" -D =3 check h.cbl
+sed '2a\
+author. me.' h.cbl >author.cbl
+says 1 'error: the paragraph AUTHOR is obsolete [-Wobsolete]' "$kvrcob" -Werror check author.cbl
+says 0 'warning: the paragraph' "$kvrcob" -Werror -Wno-error check author.cbl
+says 0 'there is no warning obsolet' "$kvrcob" -Wno-obsolet check h.cbl
+
+# The value of -D beside literals of >>IF, in their own letters.
+printf '%s\n' '>>IF MODE = "prod"' 'DISPLAY "as asked".' '>>ELSE' 'DISPLAY "otherwise".' '>>END-IF' >mode.cpy
+sed 's/display "hello"/copy "mode.cpy"/' h.cbl >mode.cbl
+says 0 'as asked' "$kvrcob" -E -DMODE=prod mode.cbl
+says 0 otherwise "$kvrcob" -E -DMODE=PROD mode.cbl
 
 # The order of texts: small letters, capitals, digits, but where a program names an order.
 cat >order.cbl <<'END'
@@ -81,11 +125,20 @@ says 1 'holds no program' "$kvrcob" check /dev/null
 says 1 "cannot make a temporary directory $work/none/kvrcob." env TMPDIR="$work/none" "$kvrcob" h.cbl
 says 1 'there is no C compiler cc: install one' env PATH=/nonexistent "$kvrcob" h.cbl
 says 1 'there is no C compiler nosuchcc: install one' env CC="nosuchcc -m64" "$kvrcob" h.cbl
+says 1 'cannot run the C compiler ./h.cbl: Permission denied' env CC=./h.cbl "$kvrcob" h.cbl
 says 0 '' env CC="${CC:-cc}  -DX" "$kvrcob" -O0 -o h h.cbl
-says 0 hello "$kvrcob" run -O0 h.cbl
-says 0 hello env XDG_CACHE_HOME=/dev/null "$kvrcob" run -O0 h.cbl
-says 0 hello env -u XDG_CACHE_HOME HOME=/dev/null "$kvrcob" run -O0 h.cbl
-says 0 hello env -u XDG_CACHE_HOME -u HOME "$kvrcob" run -O0 h.cbl
+# A compiler that is not GCC.
+printf '#!/bin/sh\nfor word; do [ "$word" != -fno-tree-pta ] || exit 1; done\nexec %s "$@"\n' "${CC:-cc}" >othercc
+chmod +x othercc
+says 0 hello env CC=./othercc "$kvrcob" run -O0 h.cbl
+# An installation in a folder with an odd name.
+mkdir -p 'in, $x/bin'
+cp "$kvrcob" 'in, $x/bin'
+ln -s "$(dirname "$kvrcob")/../kvrcob/lib" 'in, $x/lib'
+ln -s "$(sed -n 's/.* -I\([^ ]*\) .*/\1/p' <("$kvrcob" -v -O0 -o h h.cbl 2>&1))" 'in, $x/include'
+says 0 '' 'in, $x/bin/kvrcob' -O0 -o h h.cbl
+says 0 'in, $x/lib' readelf -d h
+says 0 hello ./h
 
 # A function of another source, with a parameter of any length.
 cat >functions.cbl <<'COBOL'
@@ -131,6 +184,15 @@ SLOW
 chmod +x slowcc
 says 143 '' env CC=./slowcc "$kvrcob" -o never h.cbl
 
-left=$(ls -A "$TMPDIR"; ls | grep -E '^(never|twice\.|h\.[0-9])')
-[ -z "$left" ] || { echo "FAILED: left over: $left"; failed=1; }
+nothing_left '^(never|\.kvrcob)'
+
+# One that ends as it fills a file, or as nobody reads what it says: what was there stays.
+{ cat letters.cbl; for n in {1..400}; do echo "000700     DISPLAY \"LINE $n\"."; done; } >long.cbl
+echo before >long.c
+says 153 'cannot write long.c: File too large' bash -c "ulimit -f 4; exec '$kvrcob' -S long.cbl"
+says 0 before cat long.c
+printf '#!/bin/sh\nkill -PIPE $PPID; sleep 1\n' >pipecc
+chmod +x pipecc
+says 141 '' env CC=./pipecc "$kvrcob" -o never h.cbl
+nothing_left '^(never|\.kvrcob)'
 exit $failed

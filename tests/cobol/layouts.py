@@ -10,8 +10,9 @@ written with
   copy     parts of that, of any length and from any place, as copied texts
   replace  REPLACE of each of its words and numbers by itself
   free     in free form, as many words a line as fall there
+  printed  as -E gives it
 
-Programs with other texts, directives, D lines or line numbers in their results are passed over.
+But for the last, programs with other texts, directives, D lines or line numbers in their results are passed over.
 """
 import pathlib
 import random
@@ -136,16 +137,33 @@ def c_text(compiler, lines, folder, form):
     return re.sub(r"\d+", "N", re.sub(r"(?m)^#line.*\n", "", text)) # line numbers, and when it was compiled
 
 
+def printed(compiler, path, folder):
+    """The texts of the source as it is, and as -E gives it."""
+    options = ["-w", "-I", path.parent]
+    subprocess.run([compiler, "-S", *options, "-o", "p.c", path], cwd=folder, capture_output=True)
+    subprocess.run([compiler, "-E", *options, "-o", "e.cbl", path], cwd=folder, capture_output=True)
+    done = subprocess.run([compiler, "-S", *options, "-free", "-o", "e.c", "e.cbl"], cwd=folder, capture_output=True, text=True)
+    texts = [pathlib.Path(folder, name).read_text(encoding="latin-1") for name in ("p.c", "e.c")
+             if pathlib.Path(folder, name).exists()]
+    return [re.sub(r"\d+|\"[^\"]*p\.cbl\"", "N", re.sub(r"(?m)^#line.*\n", "", text)) for text in texts] + [done.stderr]
+
+
 def check(compiler, path, seed):
     source = path.read_text(encoding="latin-1")
     words = None if re.search(PASSED_OVER, source) else units(source)
-    if not words:
-        return 0, []
     told, count = [], 0
+    with tempfile.TemporaryDirectory() as folder:
+        wanted, *others = printed(compiler, path.resolve(), folder)
+        if others:
+            count += 1
+            if others[0] != wanted:
+                told.append(f"{path}: printed by -E: other C\n{others[-1][:600]}")
+    if not words:
+        return count, told
     with tempfile.TemporaryDirectory() as folder:
         wanted = c_text(compiler, source.split("\n"), folder, "-fixed")
         if "int main" not in wanted and "_body" not in wanted:
-            return 0, []
+            return count, told
         for layout in ("lines", "split", "copy", "replace", "free"):
             rnd = random.Random(f"{seed} {path.name} {layout}")
             lines = (free_form(words, rnd) if layout == "free" else replaced(source, words) if layout == "replace"

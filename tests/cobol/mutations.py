@@ -66,6 +66,9 @@ def extremes():
        PROCEDURE DIVISION.\n           CALL "X{i + 1}".\n       END PROGRAM X{i}.\n""" for i in range(3000)), None
     chain = "".join(f"       P{i}.\n           PERFORM P{i + 1}.\n" for i in range(30000))
     yield "performed_chain", HEAD + "           PERFORM P0.\n       Q.\n           STOP RUN.\n" + chain + "       P30000.\n           GO TO Q.\n", None
+    items = "".join(f"       01 LONG-ITEM-{i} PIC X.\n" for i in range(19000))
+    yield "misspelled", HEAD.replace("       PROCEDURE", items + "       PROCEDURE") + "".join(
+        f"           MOVE 1 TO LONG-ITEN-{i}.\n" for i in range(300000)), "did you mean LONG-ITEM-1?"
     yield "open_literal", HEAD + "           DISPLAY 'abc\n" * 300, "no closing quotation mark"
     yield "bytes", bytes(range(256)).decode("latin-1") * 400, "error"
 
@@ -100,7 +103,7 @@ def main():
                 done, wrong = None, "does not end"
             if done and done.returncode == 0 and wanted == "" and accepted < COMPILED:
                 accepted += 1
-                check = ["cc", "-std=gnu11", "-fsyntax-only", "-fwrapv", f"-I{include}", str(c)]
+                check = ["cc", "-std=gnu11", "-fsyntax-only", "-fwrapv", "-Wall", "-Wextra", f"-I{include}", str(c)]
                 said = subprocess.run(check, capture_output=True, encoding="latin-1").stderr
                 if said:
                     wrong = f"the C compiler says: {said[:500]}"

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Compiles and runs every program of a folder and compares what it writes with NAME.expected.
 
-run_group.py KVRCOB FOLDER. NAME.input, if there is one, is the program's standard input; the sources in
+run_group.py KVRCOB FOLDER LOCALES. NAME.input, if there is one, is the program's standard input; the sources in
 FOLDER/modules become modules for CALL by name. The first line of an expected output may be "#exit N".
 NAME.errors has what the standard error must contain; without it a program that ends well writes none.
-A program must compile without a warning (those for obsolete elements and extensions are off) and runs in a fresh folder.
+A program must compile without a warning (those for obsolete elements and extensions are off) and runs in a fresh folder,
+as its user would who has set German: LOCALES has de_DE.UTF-8 if this machine can make it.
 """
 import difflib
 import os
@@ -17,6 +18,8 @@ import tempfile
 def main():
     compiler, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
     failed = 0
+    if not pathlib.Path(sys.argv[3], "de_DE.UTF-8").exists():
+        print("there is no German locale: run in that of C")
     programs = sorted(folder.glob("*.cbl"))
     if not programs:
         sys.exit(f"no programs in {folder}")
@@ -47,7 +50,9 @@ def main():
                 continue
             given = source.with_suffix(".input")
             text = given.read_text(encoding="latin-1") if given.exists() else ""
-            run = subprocess.run(["./program"], cwd=work, env=environment, input=text, capture_output=True, encoding="latin-1", timeout=600)
+            german = dict(environment, LOCPATH=sys.argv[3], LANG="de_DE.UTF-8", LC_COLLATE="C")
+            del german["LC_ALL"]
+            run = subprocess.run(["./program"], cwd=work, env=german, input=text, capture_output=True, encoding="latin-1", timeout=600)
             errors = source.with_suffix(".errors")
             message = errors.read_text(encoding="latin-1").strip() if errors.exists() else ""
             wrong = message not in run.stderr or run.stdout != expected or run.returncode != status or (status == 0 and not message and run.stderr)

@@ -96,11 +96,13 @@ KVR_SHARED int kvr_show_float(double v, uint8_t *out, int digits, char point)
 {
     char text[48], *shown = (char *)out;
     int length = snprintf(text, sizeof text, "%.*E", digits - 1, v == 0 ? 0 : v), exponent, i, n = 0;
-    char *e = (char *)memchr(text, 'E', (size_t)length), *from = text;
+    char *e = (char *)memchr(text, 'E', (size_t)length), *from = text, *rest;
     if (!e || !memchr("0123456789", e[-1], 10)) return snprintf(shown, 48, "%g", v); /* no number */
     exponent = atoi(e + 1);
     if (*from == '-') shown[n++] = *from++;
-    if (e > from + 1) from[1] = from[0], from++; /* the digits alone */
+    rest = from + 1 + strcspn(from + 1, "0123456789E");
+    rest[-1] = *from; /* the digits alone: the locale's point may be several bytes */
+    from = rest - 1;
     while (e > from + 1 && e[-1] == '0') e--;
     digits = (int)(e - from);
 

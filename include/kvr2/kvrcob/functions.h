@@ -9,6 +9,7 @@
 #pragma GCC system_header
 #endif
 
+#include <langinfo.h>
 #include <time.h>
 
 #include "kvr2/date_functions.h"
@@ -18,6 +19,9 @@
 #include "kvr2/statistics.h"
 
 /* ---- Functions */
+
+/* FUNCTION EXP10: the C library has it, though not in its standard headers. */
+double exp10(double);
 
 /* A floating-point number without what the 15th digit does not show. */
 KVR_INLINE double kvr_settled(double v)
@@ -181,13 +185,23 @@ KVR_SHARED int64_t kvr_test_numval(const uint8_t *text, int64_t length, char poi
     return i < length ? i + 1 : 0;
 }
 
-/* NUMVAL-F: a number with an exponent. */
+/* NUMVAL-F: a number with an exponent, its point as strtod wants it in the process's locale. */
 KVR_SHARED double kvr_numval_float(const uint8_t *text, int64_t length, char point)
 {
+    const char *radix = nl_langinfo(RADIXCHAR);
+    const size_t size = strlen(radix);
     char plain[128];
-    int64_t n = 0, i;
-    for (i = 0; i < length && n < 127; i++)
-        if (text[i] != ' ') plain[n++] = text[i] == (uint8_t)point ? '.' : (char)text[i];
+    size_t n = 0;
+    int64_t i;
+    for (i = 0; i < length && n + size < sizeof plain; i++) {
+        if (text[i] == ' ') continue;
+        if (text[i] == (uint8_t)point) {
+            memcpy(plain + n, radix, size);
+            n += size;
+        } else {
+            plain[n++] = (char)text[i];
+        }
+    }
     plain[n] = 0;
     return strtod(plain, 0);
 }

@@ -383,11 +383,11 @@ KVR_SHARED __int128 kvr_fixed(double v, int scale, int rounded)
     snprintf(text, sizeof text, "%.14e", v);
     negative = text[0] == '-';
     {
-        const char *p = text + negative;
+        const char *p = text + negative, *end = strchr(p, 'e');
         char mantissa[16];
         mantissa[0] = p[0];
-        memcpy(mantissa + 1, p + 2, 14);
-        exponent = atoi(strchr(p, 'e') + 1);
+        memcpy(mantissa + 1, end - 14, 14); /* the locale says what is before them */
+        exponent = atoi(end + 1);
         digits = exponent + 1 + scale; /* of the mantissa count */
         if (rounded > 1 && digits < 15) {
             __int128 unit = 1;

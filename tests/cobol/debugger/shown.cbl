@@ -17,6 +17,7 @@
            05  TOTAL            PIC 9 VALUE 4.
        01  SUB                  PIC 9 VALUE 2.
        01  HIGH-FIRST           PIC 9(4) COMP-X VALUE 258.
+       01  SHORT-FLOAT          COMP-1 VALUE 0.7.
        PROCEDURE DIVISION.
        MAIN-PARA.
            MOVE "AB" TO BOX (2, 3).

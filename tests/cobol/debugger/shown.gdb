@@ -1,4 +1,4 @@
-break shown.cbl:36
+break shown.cbl:37
 run
 cobol print TOTAL OF REC
 cobol print total in second
@@ -11,7 +11,7 @@ cobol print THOUSANDS
 cobol print BOX (2, 3)
 cobol print NOT-A-NUMBER
 cobol print MINE
-up 3
+frame function p1_body
 cobol print BOX OF SHELF (SUB, 3)
 cobol print SECOND
 cobol print SHELF (1)
