@@ -369,12 +369,6 @@ void Emitter::alterStatement(const AlterStatement &s)
 
 // ---- EXIT and its like
 
-void Emitter::leaveProgram(bool goback)
-{
-    (void)goback;
-    put("goto leave;\n");
-}
-
 void Emitter::exitStatement(const ExitStatement &s)
 {
     std::string code = cat("p", program_->number, "_returnCode");
@@ -413,7 +407,7 @@ void Emitter::exitStatement(const ExitStatement &s)
         break;
     case ExitStatement::Goback:
     case ExitStatement::Function:
-        leaveProgram(true);
+        put("goto leave;\n");
         break;
     case ExitStatement::StopRun:
         put(emits(Do::StopRun), "(", code, " & 255);\n");

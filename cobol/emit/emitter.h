@@ -420,7 +420,6 @@ private:
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
     void exitStatement(const ExitStatement &s);
-    void leaveProgram(bool goback);
 
     void displayStatement(const DisplayStatement &s);
     struct Shown { // what DISPLAY shows: C expressions
@@ -645,7 +644,7 @@ private:
         uint64_t size = 0, count = 0; // so many copies of the element there, or
         const Item *edited = nullptr; // the number of its VALUE, edited
     };
-    void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);
+    void initOps(const Item &item, uint64_t offset, std::vector<InitOp> &ops);
 };
 
 // A verb's routine in an FCB: the field's name, with the arrow before it.

@@ -79,9 +79,8 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     return bytes + std::string(item.size - bytes.size(), ' ');
 }
 
-void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector<InitOp> &ops)
+void Emitter::initOps(const Item &item, uint64_t offset, std::vector<InitOp> &ops)
 {
-    (void)whole;
     auto add = [&](std::string bytes) {
         if (!ops.empty() && ops.back().count == 0 && !ops.back().edited &&
             ops.back().offset + ops.back().bytes.size() == offset)
@@ -122,12 +121,12 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
         add(valueBytes(*program_, item));
     } else {
         for (const Item *child : item.children)
-            if (!child->redefines) initOps(*child, offset + child->offset - item.offset, false, ops);
+            if (!child->redefines) initOps(*child, offset + child->offset - item.offset, ops);
     }
     if (table) ops.push_back({offset, "", item.size, item.occursMax});
 }
 
-static std::string fillOrCopy(Emitter *, const std::string &to, const std::string &bytes, const std::string &literal)
+static std::string fillOrCopy(const std::string &to, const std::string &bytes, const std::string &literal)
 {
     bool same = bytes.find_first_not_of(bytes[0]) == std::string::npos;
     if (same && bytes.size() > 8)
@@ -140,7 +139,7 @@ void Emitter::initialValues(Program &p)
 {
     auto begin = [&](const Item *record) {
         std::vector<InitOp> ops;
-        initOps(*record, 0, true, ops);
+        initOps(*record, 0, ops);
         std::string base = baseOf(*record);
         for (const InitOp &op : ops) {
             if (op.edited) {
@@ -177,7 +176,7 @@ void Emitter::initialValues(Program &p)
                     std::string part = bytes.substr(i, j - i);
                     for (size_t k = 0; k < part.size(); k += 16000) {
                         std::string piece = part.substr(k, 16000);
-                        put(fillOrCopy(this, cat(base, " + ", op.offset + i + k), piece, bytesLiteral(piece)));
+                        put(fillOrCopy(cat(base, " + ", op.offset + i + k), piece, bytesLiteral(piece)));
                     }
                 }
                 if (j < bytes.size()) {
