@@ -468,10 +468,18 @@ private:
     void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
+    std::string newRequest();
+    void callVerb(const File &f, std::string_view routine, const std::string &request);
     File *fileOfRecord(const FileStatement &s, Loc &record);
     void relativeKeyIn(const File &f, const std::string &request);
     void relativeKeyOut(const File &f, const std::string &request);
-    void afterVerb(const FileStatement &s, const File &f, bool endIsInvalid);
+    void recordLengthIn(const File &f, const Loc &record, const std::string &request);
+    void recordLengthOut(const File &f, const std::string &request);
+    void readInto(const Reference &into, const File &f, const std::string &request);
+    std::string advance(const FileStatement &s);
+    void endOfPage(const Phrases &p, const std::string &request);
+    bool startKey(const FileStatement &s, const File &f, const std::string &request);
+    void afterVerb(const FileStatement &s, const File &f);
     void linageValues(const File &f);
     const Alphabet *codeSet(const File &f);
     void codeSetTable(const File &f, uint32_t room);
@@ -649,6 +657,9 @@ private:
 
 // A verb's routine in an FCB: the field's name, with the arrow before it.
 inline std::string_view slot(std::string_view text) { return text.substr(text.find("->")); }
+
+// What a verb's routine takes first: the file's FCB, and the element of its program.
+inline std::string fcbAndElement(const File &f) { return cat("F", f.number, ", p", f.program->number, "_element"); }
 
 // A sequential file that is printed, and so a file of lines.
 bool isPrinted(const File &f);

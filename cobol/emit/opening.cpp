@@ -53,8 +53,7 @@ bool Emitter::mayBeGiven(const File &f)
 void Emitter::openGiven(const File &f, bool probe)
 {
     openGiven_ = true;
-    put(emits(Do::OpenGiven), "(F", f.number, ", p", f.program->number, "_element, &I", f.number, ".fib, ",
-        probe ? 1 : 0, ");\n");
+    put(emits(Do::OpenGiven), "(", fcbAndElement(f), ", &I", f.number, ".fib, ", probe ? 1 : 0, ");\n");
 }
 
 void Emitter::openStatement(const OpenStatement &s)
@@ -84,10 +83,10 @@ void Emitter::openStatement(const OpenStatement &s)
         if ((part.mode != K_OUTPUT || f->readable) && mayBeGiven(*f))
             openGiven(*f, false);
         else
-            put("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n");
+            put("F", f->number, slot(emits(Do::Open)), "(", fcbAndElement(*f), ");\n");
         if (part.reversed) {
             reversed_ = true;
-            put(emits(Do::OpenReversed), "(F", f->number, ", p", f->program->number, "_element);\n");
+            put(emits(Do::OpenReversed), "(", fcbAndElement(*f), ");\n");
         }
         debugFile(*f, nullptr);
     }
@@ -106,7 +105,7 @@ void Emitter::closeStatement(const CloseStatement &s)
         if (part.reel) {
             // There are no reels: the statement is successful, with status 07, and the file stays
             // open.
-            put(emits(Do::CloseReel), "(F", f->number, ", p", f->program->number, "_element);\n");
+            put(emits(Do::CloseReel), "(", fcbAndElement(*f), ");\n");
             debugFile(*f, nullptr);
             continue;
         }
@@ -114,7 +113,7 @@ void Emitter::closeStatement(const CloseStatement &s)
         put("F", f->number, "->closeOptions = F", f->number, "->mode ? ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
             part.noRewind ? " | 0x0800" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F", f->number,
             "->statement = 0;\n");
-        put("F", f->number, slot(emits(Do::Close)), "(F", f->number, ", p", f->program->number, "_element);\n");
+        put("F", f->number, slot(emits(Do::Close)), "(", fcbAndElement(*f), ");\n");
         debugFile(*f, nullptr);
     }
 }
@@ -133,7 +132,7 @@ void Emitter::deleteFile(const FileStatement &s)
         assignment(*f);
         prepare(*f);
         deleteFile_ = true;
-        put(emits(Do::DeleteFile), "(F", f->number, ", p", f->program->number, "_element, &I", f->number, ".fib);\n");
+        put(emits(Do::DeleteFile), "(", fcbAndElement(*f), ", &I", f->number, ".fib);\n");
     }
 }
 
