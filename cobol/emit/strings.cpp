@@ -139,23 +139,10 @@ void Emitter::stringStatement(const StringStatement &s)
 
 // ---- UNSTRING
 
-// Whether the library can put a field into an item of this kind itself, and as what.
-static bool unstringKind(const Item &item, uint32_t &kind, int64_t &integerSize)
+// Whether the library can put a field into an item of this kind itself.
+static bool takesField(const Item &item)
 {
-    kind = 0;
-    integerSize = 0;
-    if (!item.elementary() || item.category == Category::Alphanumeric || item.category == Category::Alphabetic) {
-        kind = item.justified ? ZVK_UNSTRING_JUST_RIGHT : 0;
-        return true;
-    }
-    if (item.category != Category::Numeric || item.usage != Usage::Display || item.picture.scale < 0 ||
-        item.picture.scale > item.picture.digits)
-        return false;
-    kind = ZVK_UNSTRING_NUMERIC;
-    if (item.signForm == SignForm::TrailingSeparate) kind |= ZVK_UNSTRING_SIGN_SEPARATE;
-    if (item.signForm == SignForm::LeadingSeparate) kind |= ZVK_UNSTRING_SIGN_SEPARATE | ZVK_UNSTRING_SIGN_LEADING;
-    integerSize = item.picture.digits - item.picture.scale;
-    return true;
+    return !item.elementary() || item.category == Category::Alphanumeric || item.category == Category::Alphabetic;
 }
 
 void Emitter::unstringStatement(const UnstringStatement &s)
@@ -198,11 +185,11 @@ void Emitter::unstringStatement(const UnstringStatement &s)
         const UnstringStatement::Into &into = s.targets[i];
         Loc target = locate(*into.target, true);
         if (!target.good()) return;
-        uint32_t kind = 0;
-        int64_t integerSize = 0;
+        bool right = false;
         // A number gets its digits by a MOVE: a field at the end of the source may have blanks
         // after them.
-        if (target.refmod || (unstringKind(*target.item, kind, integerSize) && kind != ZVK_UNSTRING_NUMERIC)) {
+        if (target.refmod || takesField(*target.item)) {
+            right = !target.refmod && target.item->justified;
             targets.address(target.address);
             targets.length(target.length);
         } else {
@@ -214,11 +201,9 @@ void Emitter::unstringStatement(const UnstringStatement &s)
             targets.address(buffers[i]);
             targets.number(static_cast<uint64_t>(width));
             moved.emplace_back(i, target);
-            kind = 0;
-            integerSize = 0;
         }
-        targets.number(static_cast<uint64_t>(integerSize));
-        targets.number(kind * kThirdByte);
+        targets.number(0);
+        targets.number(right ? ZVK_UNSTRING_JUST_RIGHT * kThirdByte : 0);
         if (into.delimiter) {
             Loc delimiter = locate(*into.delimiter, true);
             if (!delimiter.good()) return;

@@ -22,6 +22,8 @@ def main():
         sys.exit(f"no programs in {folder}")
     for source in programs:
         expected = source.with_suffix(".expected").read_text(encoding="latin-1")
+        if not expected:
+            sys.exit(f"{source.name}: nothing is expected, so the test could not fail")
         status = 0
         if expected.startswith("#exit "):
             first, expected = expected.split("\n", 1)
