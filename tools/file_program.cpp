@@ -40,7 +40,7 @@ FileProgram::FileProgram(const std::string &name, const Shape &shape, bool rando
     memcpy(fcb_->eyecatcher, "FCB", 3);
     fcb_->index = fib.index = 1;
     fib.organization = shape.organization;
-    fib.accessMode = randomAccess ? 0 : 0x80;
+    fib.accessMode = randomAccess ? 0 : ZVK_FILE_ACCESS_SEQUENTIAL;
     fib.attributes = ZVK_FILE_ASSIGN_LITERAL;
     fib.maxRecord = fcb_->maxRecord = shape.longest;
     fib.minRecord = shape.shortest;

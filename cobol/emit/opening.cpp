@@ -26,7 +26,10 @@ void Emitter::linageValues(const File &f)
 // What the file's other users may do, of its SELECT or of an OPEN.
 std::string Emitter::shareMode(const File &f, Word sharing)
 {
-    int others = sharing == K_ALL ? 1 : sharing == K_READ ? 2 : sharing == K_NO ? 3 : f.lockMode == K_EXCLUSIVE ? 3 : 0;
+    const char *others = sharing == K_ALL                                             ? "ZVK_FILE_SHARE_ALL"
+                         : sharing == K_READ                                          ? "ZVK_FILE_SHARE_READ"
+                         : sharing == K_NO || (!sharing && f.lockMode == K_EXCLUSIVE) ? "ZVK_FILE_SHARE_NONE"
+                                                                                      : "0";
     return cat(others, f.lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "");
 }
 
@@ -111,8 +114,8 @@ void Emitter::closeStatement(const CloseStatement &s)
         }
         // A CLOSE of a file that is not open leaves the lock of an earlier CLOSE as it is.
         put("F", f->number, "->closeOptions = F", f->number, "->mode ? ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
-            part.noRewind ? " | 0x0800" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F", f->number,
-            "->statement = 0;\n");
+            part.noRewind ? " | ZVK_CLOSE_NO_REWIND" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F",
+            f->number, "->statement = 0;\n");
         put("F", f->number, slot(emits(Do::Close)), "(", fcbAndElement(*f), ");\n");
         debugFile(*f, nullptr);
     }
