@@ -18,6 +18,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <concepts>
 #include <map>
@@ -505,7 +506,24 @@ private:
     void inspectTrailing(const InspectStatement &s, const Loc &target);
     std::string pointerIn(Reference *pointer, const std::string &length, std::string &value);
     void storeInteger(Reference *target, const std::string &c);
-    bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
+    struct Words; // of a block that lists a statement's operands
+    struct UnstringField {
+        Loc target;
+        std::string buffer; // not empty: the field comes here, and a MOVE brings it to the target
+    };
+    bool unstringBlock(const UnstringStatement &s, const Text &source, Words &block, std::string &inRange);
+    bool unstringTarget(const UnstringStatement &s, const UnstringStatement::Into &into, int64_t longest,
+                        Words &targets, UnstringField &field);
+    struct PhraseOperand {
+        std::array<std::string, 3> words = {"0", "0", "0"}; // flags, length, address
+        int64_t fixed = -1;                                 // the length without a sign, if it is known now
+        bool figurative = false;
+    };
+    using Counters = std::vector<std::pair<const Reference *, std::string>>; // items, and what counts for them
+    bool inspected(const InspectStatement &s, Loc &target);
+    bool inspectOperand(const Expr *e, uint32_t kind, PhraseOperand &out);
+    bool inspectPhrase(const InspectStatement::Phrase &phrase, Counters &counters, Words &block);
+    void tally(const Reference &counter, const std::string &count, bool fromZero);
 
     void xmlParse(const XmlParseStatement &s);
     void xmlGenerate(const XmlGenerateStatement &s);
