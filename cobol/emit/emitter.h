@@ -187,8 +187,16 @@ private:
     void programRecords(const Program &p, const std::string &prefix, const std::string &name, std::string &out);
     std::string parameterType(Program &p, size_t index);
 
-    void alphabets(Program &p); // alphabets.cpp
+    // ---- alphabets.cpp
+    void alphabets(Program &p);
+    void alphabet(Alphabet &a);
+    void userClass(UserClass &c);
+    void collatingSequence(Program &p);
     std::string alphabetCharacters(const Expr *e);
+    bool alphabetRange(const Expr *from, const Expr *to, int &first, int &last);
+    void clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next);
+    void byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes);
+
     void debugMap(Program &p); // debug_map.cpp
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
@@ -203,6 +211,10 @@ private:
         std::string text; // declarations of a block's temporaries
     };
     void procedures(Program &p);
+    std::string useEntries(Program &p);
+    void allProcedures(Program &p);
+    void bodyFunction(const Program &p, const std::string &entries, std::string &out);
+    void rangeFunction(const Program &p, size_t r, std::string &out);
     void paragraph(size_t index);
     void alterable(Program &p);
     void chooseFunctions(Program &p);
