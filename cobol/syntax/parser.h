@@ -112,6 +112,10 @@ private:
     void dataDivision(Program &program);
     void fileSection(Program &program);
     void records(Program &program, Item::Section section, File *file);
+    struct OpenRecord;
+    void placeCondition(Item *item, OpenRecord &open);
+    void placeRenames(Item *item, OpenRecord &open);
+    void placeItem(Item *item, OpenRecord &open);
 
     // ---- file_description.cpp
     void fileDescription(Program &program);
@@ -265,6 +269,12 @@ private:
     Statement *examineStatement();
     Statement *transformStatement();
     void beforeAfter(InspectStatement::Phrase &phrase);
+    bool atCounter();
+    bool atTallyingMode() const;
+    bool atReplacingMode() const;
+    void tallyingPhrases(InspectStatement &s);
+    void replacingPhrases(InspectStatement &s);
+    void convertingPhrase(InspectStatement &s);
 
     Statement *searchStatement();
 
