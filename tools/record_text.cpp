@@ -453,7 +453,7 @@ bool RecordReader::textLine(std::string *line)
     return true;
 }
 
-bool RecordReader::nextLines(std::string *record, std::string *why)
+bool RecordReader::nextLine(std::string *record)
 {
     if (!readLine(from_, record)) return false;
     ++line_;
@@ -555,7 +555,7 @@ bool RecordReader::next(std::string *record, uint64_t *number, std::string *why)
 {
     why->clear();
     *number = 0;
-    if (arguments_.format == Format::lsq) return nextLines(record, why);
+    if (arguments_.format == Format::lsq) return nextLine(record);
     if (arguments_.format == Format::rsd) return nextBinary(record, why);
     std::vector<std::string> values;
     if (arguments_.format == Format::jsonLines) {

@@ -43,7 +43,7 @@ private:
     uint64_t line_ = 0;
 
     bool textLine(std::string *line);
-    bool nextLines(std::string *record, std::string *why);
+    bool nextLine(std::string *record);
     bool nextBinary(std::string *record, std::string *why);
     bool csvRow(std::vector<std::string> *cells, std::string *why);
     bool assemble(const std::vector<std::string> &names, const std::vector<std::string> &values, std::string *record,

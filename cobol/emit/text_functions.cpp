@@ -99,7 +99,7 @@ bool Emitter::bitsOf(const FunctionCall &f, FunctionText &result)
     return true;
 }
 
-bool Emitter::moduleId(const FunctionCall &f, FunctionText &result)
+bool Emitter::moduleId(const FunctionCall &, FunctionText &result)
 {
     const std::string &id = wordText(program_->name);
     put(result.address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", result.length, " = ", id.size(), ";\n");
