@@ -301,6 +301,9 @@ private:
 
     // ---- numbers.cpp
     Num number(const Expr *e, int wantScale = -1);
+    Num referenceNumber(const Expr *e);
+    Num lengthNumber(const Expr *e);
+    Num arithmeticNumber(const Expr *e, int wantScale);
     Num itemNumber(const Loc &loc);
     Num textInteger(const Loc &loc);
     Num deEditedNumber(const Loc &loc);
@@ -321,6 +324,9 @@ private:
     Num decimalSingle(Num a);
     void bothFloat(Num &a, Num &b);
     Num scaleUp(Num a, int scale);
+    Num roundedByMode(Num a, int scale, Rounding mode);
+    Num scaledLiteral(const Num &a, int scale, bool rounded);
+    Num scaledInteger(Num a, int scale, bool rounded);
     Num scaleTo(Num a, int scale, Rounding rounded);
     Num scaleTo(Num a, int scale, bool rounded)
     {
@@ -361,7 +367,10 @@ private:
     std::string condition(const Expr *e, Subject &subject);
     std::string relation(const Expr *left, uint32_t op, const Expr *right);
     std::string compareTexts(const Text &a, const Text &b, uint32_t op);
+    std::string pointerRelation(const Expr *left, uint32_t op, const Expr *right);
+    Loc conditionVariable(const Item &owner, const Reference &ref);
     std::string conditionName(const Item &item, const Reference &ref);
+    std::string numericTest(const Loc &loc);
     std::string classTest(const Expr *e);
     std::string signTest(const Expr *e);
     bool isConditionName(const Expr *e);
@@ -433,6 +442,10 @@ private:
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
     void exitStatement(const ExitStatement &s);
+    void pause(Expr *seconds);
+    bool returnCode(const Expr *value, const std::string &code);
+    void exitParagraph();
+    void exitSection();
 
     void displayStatement(const DisplayStatement &s);
     struct Shown { // what DISPLAY shows: C expressions
@@ -683,6 +696,9 @@ private:
         const Item *edited = nullptr; // the number of its VALUE, edited
     };
     void initOps(const Item &item, uint64_t offset, std::vector<InitOp> &ops);
+    void initialRecord(const Item &record);
+    void initialEdited(const std::string &base, const InitOp &op);
+    void initialBytes(const std::string &base, uint64_t offset, const std::string &bytes);
 };
 
 // A verb's routine in an FCB: the field's name, with the arrow before it.
