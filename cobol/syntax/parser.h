@@ -146,6 +146,9 @@ private:
     // ---- procedure_division.cpp
     void procedureDivision(Program &program);
     void paragraphs(Program &program, bool declaratives);
+    void procedureHeader(Program &program, bool declaratives, int &section);
+    bool lateDivision();
+    void noStatement();
     void useStatement(Program &program, size_t procedure);
     void sentences(Procedure &procedure);
     bool atVerb() const;
@@ -228,6 +231,10 @@ private:
     Statement *evaluateStatement();
     Expr *evaluateOperand(bool object);
     Statement *performStatement();
+    bool atPerformedName();
+    void performPhrases(PerformStatement &s);
+    void varyingPhrases(PerformStatement &s);
+    void inlineBody(PerformStatement &s);
     Statement *goStatement();
     Statement *alterStatement();
     Statement *exitStatement();
