@@ -148,6 +148,10 @@ public:
 private:
     // ---- program.cpp
     void program(Program &p);
+    void declarations(Program &p, std::string &out);
+    std::string headers() const;
+    void mainFunction(std::string &out) const;
+    void useRecords(const Program &p);
     void storage(Program &p);
     void initialValues(Program &p);
 
