@@ -95,63 +95,89 @@ private:
         if (!body.starts_with(">>") && !dollar) return false;
         std::string text = upperOf(dollar ? line.substr(line.find('$') + 1) : body.substr(2));
         std::vector<std::string> words = split(text);
-        std::string verb = words.empty() ? "" : words[0];
+        const std::string verb = words.empty() ? "" : words[0];
+        if (conditional(verb, words, dollar) || skipping()) return true;
+        if (verb == "DEFINE")
+            define(words);
+        else if (verb == "SOURCE" || (verb == "SET" && dollar))
+            setFormat(text);
+        else if (verb == "D")
+            debugLine(line);
+        else if (std::find(std::begin(kNoEffect), std::end(kNoEffect), verb) == std::end(kNoEffect))
+            diagnostics().warning("directive", here(), "the directive >>" + verb + " is not known and has no effect");
+        return true;
+    }
+
+    // Known, and without effect here.
+    static constexpr std::string_view kNoEffect[] = {
+        "TURN", "LISTING", "PAGE", "CALL-CONVENTION", "FLAG-02", "FLAG-85", "LEAP-SECOND", "PROPAGATE", "COBOL-WORDS"};
+
+    void setFormat(const std::string &text)
+    {
+        if (text.find("FREE") != std::string::npos)
+            format_ = SourceFormat::Free;
+        else if (text.find("VARIABLE") != std::string::npos)
+            format_ = SourceFormat::Variable;
+        else if (text.find("FIXED") != std::string::npos)
+            format_ = SourceFormat::Fixed;
+    }
+
+    // >>D: a line for debugging.
+    void debugLine(std::string_view line)
+    {
+        size_t at = line.find(">>");
+        std::string_view rest = line.substr(std::min(line.size(), at + 3));
+        append(std::string(1, kDebugLine) + std::string(rest), static_cast<uint32_t>(at + 4));
+        out_.text += '\n';
+    }
+
+    // Directives of conditional compilation, which count in what is passed over, too.
+    bool conditional(const std::string &verb, const std::vector<std::string> &words, bool dollar)
+    {
         if (verb == "IF") {
             conditions_.push_back({!skipping() && evaluate(words), false, ""});
             conditions_.back().taken = conditions_.back().active || skippingOuter();
             openIfs_.push_back(here());
-        } else if (verb == "ELSE") {
-            if (conditions_.empty()) {
-                diagnostics().error(here(), ">>ELSE without >>IF");
-            } else {
-                conditions_.back().active = !conditions_.back().taken;
-                conditions_.back().taken = true;
-            }
-        } else if (verb == "ELIF" || verb == "ELSE-IF") {
-            if (conditions_.empty()) {
-                diagnostics().error(here(), ">>ELIF without >>IF");
-            } else {
-                conditions_.back().active = !conditions_.back().taken && evaluate(words);
-                if (conditions_.back().active) conditions_.back().taken = true;
-            }
-        } else if (verb == "EVALUATE") {
+            return true;
+        }
+        if (verb == "EVALUATE") {
             const bool outer = skipping();
             conditions_.push_back({false, outer, words.size() > 1 ? words[1] : "TRUE"});
             openIfs_.push_back(here());
-        } else if (verb == "WHEN") {
-            if (conditions_.empty() || conditions_.back().subject.empty())
-                diagnostics().error(here(), ">>WHEN without >>EVALUATE");
-            else
-                when(words);
-        } else if (verb == "END-IF" || verb == "END-EVALUATE" || (verb == "END" && dollar)) {
-            if (conditions_.empty()) {
-                diagnostics().error(here(), verb == "END-EVALUATE" ? ">>END-EVALUATE without >>EVALUATE"
-                                                                   : ">>END-IF without >>IF");
-            } else {
-                conditions_.pop_back();
-                openIfs_.pop_back();
-            }
-        } else if (skipping()) {
             return true;
-        } else if (verb == "DEFINE") {
-            define(words);
-        } else if (verb == "SOURCE" || (verb == "SET" && dollar)) {
-            if (text.find("FREE") != std::string::npos)
-                format_ = SourceFormat::Free;
-            else if (text.find("VARIABLE") != std::string::npos)
-                format_ = SourceFormat::Variable;
-            else if (text.find("FIXED") != std::string::npos)
-                format_ = SourceFormat::Fixed;
-        } else if (verb == "D") {
-            size_t at = line.find(">>");
-            std::string_view rest = line.substr(std::min(line.size(), at + 3));
-            append(std::string(1, kDebugLine) + std::string(rest), static_cast<uint32_t>(at + 4));
-            out_.text += '\n';
-        } else if (verb != "TURN" && verb != "LISTING" && verb != "PAGE" && verb != "CALL-CONVENTION" &&
-                   verb != "FLAG-02" && verb != "FLAG-85" && verb != "LEAP-SECOND" && verb != "PROPAGATE" &&
-                   verb != "COBOL-WORDS") {
-            diagnostics().warning("directive", here(), "the directive >>" + verb + " is not known and has no effect");
         }
+        const bool within = !conditions_.empty();
+        if (verb == "ELSE") {
+            if (!within) return error(">>ELSE without >>IF");
+            conditions_.back().active = !conditions_.back().taken;
+            conditions_.back().taken = true;
+            return true;
+        }
+        if (verb == "ELIF" || verb == "ELSE-IF") {
+            if (!within) return error(">>ELIF without >>IF");
+            conditions_.back().active = !conditions_.back().taken && evaluate(words);
+            if (conditions_.back().active) conditions_.back().taken = true;
+            return true;
+        }
+        if (verb == "WHEN") {
+            if (!within || conditions_.back().subject.empty()) return error(">>WHEN without >>EVALUATE");
+            when(words);
+            return true;
+        }
+        if (verb == "END-IF" || verb == "END-EVALUATE" || (verb == "END" && dollar)) {
+            if (!within)
+                return error(verb == "END-EVALUATE" ? ">>END-EVALUATE without >>EVALUATE" : ">>END-IF without >>IF");
+            conditions_.pop_back();
+            openIfs_.pop_back();
+            return true;
+        }
+        return false;
+    }
+
+    // True: with that the directive has been dealt with.
+    bool error(const char *text)
+    {
+        diagnostics().error(here(), text);
         return true;
     }
 
