@@ -192,6 +192,8 @@ private:
     Expr *andCondition();
     Expr *notCondition();
     Expr *relation();
+    Expr *testNode(ExprKind kind, Word test, Expr *left, bool negated);
+    Expr *wordTest(Expr *left, bool is, bool negated);
     Expr *joined(ExprKind kind, Expr *left, Expr *(Parser::*right)());
     Expr *additive();
     Expr *multiplicative();
