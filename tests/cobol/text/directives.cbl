@@ -33,8 +33,13 @@ working-storage section.
 01 never.
 >>end-evaluate
 >>end-if
+>>if (level = 3 or level = 4) and level = 5
+01 d pic x value "W".
+>>elif not (level = 3 and level = 4) and (level is defined)
+01 d pic x value "P".
+>>end-if
 copy fixd.
 copy free1.
 procedure division.
-    display a b c fx fr-name fr-2
+    display a b c d fx fr-name fr-2
     goback.
