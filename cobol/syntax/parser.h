@@ -85,7 +85,12 @@ private:
     // ---- environment_division.cpp
     void environmentDivision(Program &program);
     void configurationSection(Program &program);
+    void sourceComputer(Program &program);
+    void objectComputer(Program &program);
+    void repository(Program &program);
     void specialNames(Program &program);
+    void specialNamesClause(Program &program);
+    void currencyClause(Program &program);
     void alphabetClause(Program &program);
     void classClause(Program &program);
     void symbolicClause(Program &program);
@@ -259,6 +264,8 @@ private:
     Statement *readStatement();
     void retryPhrase(FileStatement &s);
     bool fileName(FileStatement &s);
+    bool invalidPhrases(FileStatement &s);
+    bool lockPhrase(FileStatement &s);
     void recordOrFile(FileStatement &s);
     void sharingPhrase(Word &sharing);
     Statement *writeStatement();
