@@ -4,7 +4,7 @@
 include(CMakePackageConfigHelpers)
 
 # Shared objects keep their execute bit, which Debian's CMake takes away: the library can be run, too.
-install(TARGETS kvr2 EXPORT kvr2Targets
+kvr2_install(kvr2 EXPORT kvr2Targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 

@@ -193,9 +193,9 @@ void Diagnostics::show(const char *severity, Spot spot, const std::string &text,
 }
 
 // All names that warnings have.
-static constexpr std::string_view kWarnings[] = {"corresponding", "directive", "evaluate", "extension",
-                                                 "indicator",     "level",     "move",     "obsolete",
-                                                 "occurs",        "period",    "value"};
+static constexpr std::string_view kWarnings[] = {"alter",     "corresponding", "directive", "evaluate",
+                                                 "extension", "indicator",     "level",     "move",
+                                                 "obsolete",  "occurs",        "period",    "value"};
 
 void Diagnostics::choose(const std::string &name, bool on)
 {

@@ -352,7 +352,7 @@ struct FromFloat {
     }
     // Items of up to 15 digits from a number that fits them with room to spare: nothing can come of
     // the steps but the digits.
-    bool quick(uint32_t mode, uint8_t *&result) const requires(std::is_same_v<F, Binary64>)
+    bool quick(uint32_t, uint8_t *&result) const requires(std::is_same_v<F, Binary64>)
     {
         constexpr uint64_t least = 0x3FC0000000000000, most = 0x4330000000000000; // 0.125 and 2^52
         uint64_t bits = bitsAs<uint64_t>(value) << 1 >> 1;

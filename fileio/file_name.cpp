@@ -123,9 +123,8 @@ void choosePrefix(FCB *fcb, const FIB *fib, const char *text, size_t prefixLengt
 // Several files are read one after the other, and nothing else.
 void requireSequentialInput(FCB *fcb, const FIB *fib)
 {
-    constexpr uint8_t sequentialAccess = 0x80;
     bool sequential =
-        (fib->accessMode & sequentialAccess) || !(fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE));
+        (fib->accessMode & ZVK_FILE_ACCESS_SEQUENTIAL) || !(fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE));
     bool possible = (fcb->requestedMode & ZVK_OPEN_INPUT) && sequential;
     if ((fcb->state & ZVK_FILE_CONCATENATED) && !possible) zvkSetStatus(fcb, 37, 0);
 }

@@ -110,7 +110,7 @@ void describeDifferences(const FIB *a, const FIB *b, char (&list)[1024])
         "FILE ASSIGNMENT NAME");
     if (a->sharing || b->sharing) {
         add(bits(a->shareMode, b->shareMode, ZVK_FILE_SHARE_MASK), "SHARE MODE");
-        add(bits(a->lockMode, b->lockMode, 0x07), "LOCK MODE");
+        add(bits(a->lockMode, b->lockMode, ZVK_FILE_LOCK_MASK), "LOCK MODE");
         add(bits(a->shareMode, b->shareMode, ZVK_FILE_LOCK_COUNT), "LOCK COUNT");
     }
     add(bits(a->linage, b->linage, ZVK_FILE_LINAGE_FOOTING), "LINAGE FOOTING");
@@ -135,10 +135,10 @@ void describeDifferences(const FIB *a, const FIB *b, char (&list)[1024])
 bool agree(const FIB *a, const FIB *b)
 {
     constexpr size_t first = 8, last = 62;
-    constexpr uint8_t shareBits = ZVK_FILE_SHARE_MASK | ZVK_FILE_LOCK_COUNT, lockBits = 0x07;
+    constexpr uint8_t shareBits = ZVK_FILE_SHARE_MASK | ZVK_FILE_LOCK_COUNT;
     if (memcmp(at(a, first), at(b, first), last - first + 1) != 0) return false;
     if ((a->sharing || b->sharing) &&
-        (((a->shareMode ^ b->shareMode) & shareBits) || ((a->lockMode ^ b->lockMode) & lockBits)))
+        (((a->shareMode ^ b->shareMode) & shareBits) || ((a->lockMode ^ b->lockMode) & ZVK_FILE_LOCK_MASK)))
         return false;
     if ((a->linage ^ b->linage) & ZVK_FILE_LINAGE) return false;
     if ((a->linage & ZVK_FILE_LINAGE) &&

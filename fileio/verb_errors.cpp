@@ -15,7 +15,6 @@ struct Outcome {
 };
 
 constexpr Outcome kBroken{30, 5};
-constexpr uint8_t kSequentialAccess = 0x80;
 
 bool openIn(const FCB *fcb, int modes) { return fcb->mode & modes; }
 
@@ -29,7 +28,7 @@ Outcome openOutcome(const FCB *fcb, const FIB *)
 Outcome readOutcome(const FCB *fcb, const FIB *fib)
 {
     bool keyed = fib->organization & (ZVK_FILE_INDEXED | ZVK_FILE_RELATIVE);
-    bool sequential = fib->accessMode & kSequentialAccess;
+    bool sequential = fib->accessMode & ZVK_FILE_ACCESS_SEQUENTIAL;
     if (!openIn(fcb, ZVK_OPEN_INPUT)) return {47, 9};
     if (!(fcb->state & ZVK_FILE_ABSENT)) return kBroken;
     if (keyed && !(fcb->statement & ZVK_STATEMENT_NEXT) && !sequential) return {23, 29};
@@ -40,7 +39,7 @@ Outcome readOutcome(const FCB *fcb, const FIB *fib)
 
 Outcome writeOutcome(const FCB *fcb, const FIB *fib)
 {
-    bool sequential = fib->accessMode & kSequentialAccess;
+    bool sequential = fib->accessMode & ZVK_FILE_ACCESS_SEQUENTIAL;
     if (openIn(fcb, ZVK_OPEN_IO) && sequential && !(fib->organization & ZVK_FILE_LINE_SEQUENTIAL)) return {92, 29};
     if (openIn(fcb, ZVK_OPEN_OUTPUT)) return kBroken;
     return {48, 30};

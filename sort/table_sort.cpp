@@ -138,7 +138,7 @@ void sortTable(TableSort &sort, const TableSortKey *const *keys, int32_t keyCoun
 
 } // namespace
 
-void _zvkcTSort(uint64_t reserved, void *table, uint32_t elementLength, int32_t count, const uint8_t *collating,
+void _zvkcTSort(uint64_t, void *table, uint32_t elementLength, int32_t count, const uint8_t *collating,
                 int32_t keyCount, ...)
 {
     if (elementLength == 0 || count < 2 || keyCount <= 0) return;

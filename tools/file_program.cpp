@@ -40,7 +40,7 @@ FileProgram::FileProgram(const std::string &name, const Shape &shape, bool rando
     memcpy(fcb_->eyecatcher, "FCB", 3);
     fcb_->index = fib.index = 1;
     fib.organization = shape.organization;
-    fib.accessMode = randomAccess ? 0 : 0x80;
+    fib.accessMode = randomAccess ? 0 : ZVK_FILE_ACCESS_SEQUENTIAL;
     fib.attributes = ZVK_FILE_ASSIGN_LITERAL;
     fib.maxRecord = fcb_->maxRecord = shape.longest;
     fib.minRecord = shape.shortest;
@@ -159,6 +159,9 @@ std::string prefixOf(const std::string &name)
     return prefix;
 }
 
+bool isStored(const std::string &prefix) { return prefix == "stl" || prefix == "jgt" || prefix == "qvr"; }
+bool isLines(const std::string &prefix) { return prefix == "lsq" || prefix == "nat"; }
+
 bool isSameFile(const std::string &one, const std::string &two)
 {
     struct stat first, second;
@@ -172,7 +175,7 @@ bool isSameFile(const std::string &one, const std::string &two)
 bool findShape(std::string &name, const Arguments &arguments, Shape *shape)
 {
     std::string prefix = prefixOf(name), path = pathOf(name);
-    bool stored = prefix == "stl" || prefix == "jgt" || prefix == "qvr";
+    bool stored = isStored(prefix);
     StoredHeaderFile header;
     if (stored || prefix.empty()) {
         if (header.read(path)) {
@@ -193,7 +196,7 @@ bool findShape(std::string &name, const Arguments &arguments, Shape *shape)
         shape->keys.clear();
         return true;
     }
-    if (prefix == "lsq" || prefix == "nat") { // lines of any length
+    if (isLines(prefix)) { // of any length
         shape->longest = 32767;
         return true;
     }

@@ -58,6 +58,10 @@ bool isSameFile(const std::string &one, const std::string &two);
 std::string pathOf(const std::string &name);
 std::string prefixOf(const std::string &name);
 
+// What a prefix says: records after a header of our own; lines.
+bool isStored(const std::string &prefix);
+bool isLines(const std::string &prefix);
+
 // Shape of an existing file: out of its header, or what the command line says. Gives the name its
 // prefix. False: it has said why.
 bool findShape(std::string &name, const Arguments &arguments, Shape *shape);

@@ -48,6 +48,76 @@ int summary(uint64_t done, const char *verb, const Refusals &refusals)
 // Writes until the file has no more, or fails for good (34 no space, 30, 9x).
 bool refusedForGood(const std::string &status) { return status >= "30" && status != "44"; }
 
+// A record as text, its line end included. False: it cannot be, and why.
+bool textOf(const Arguments &arguments, const FileProgram &file, bool numbered, std::string *line, std::string *why)
+{
+    const Shape &shape = file.shape();
+    const std::string_view record = file.record();
+    const uint64_t number = file.number();
+    bool good = true;
+    if (file.cut()) *why = "it is longer than a record and was cut", good = false;
+    if (arguments.format == Format::rsd) {
+        auto length = static_cast<uint32_t>(record.size());
+        if (shape.variable()) line->assign(reinterpret_cast<char *>(&length), sizeof length);
+        *line += record;
+        return good;
+    }
+    if (arguments.format == Format::lsq) {
+        *line = record;
+        while (!line->empty() && line->back() == ' ') line->pop_back();
+        if (line->find('\n') != std::string::npos || (!line->empty() && line->back() == '\r'))
+            *why = "it holds a line end; another format takes it", good = false;
+    } else {
+        good = good && formatRecord(arguments, shape, record, numbered ? &number : nullptr, line, why);
+    }
+    *line += '\n';
+    return good;
+}
+
+// The file that `load` writes to, and how it is opened. An Outcome; kDone: all is known.
+int loadTarget(const Arguments &arguments, std::string &name, Shape *shape, uint16_t *mode)
+{
+    if (!arguments.create) {
+        if (!findShape(name, arguments, shape)) return kFailed;
+        *mode = shape->indexed() || shape->relative() ? ZVK_OPEN_IO : ZVK_OPEN_EXTEND;
+        return kDone;
+    }
+    if (!mayBeMade(name, arguments.force)) return kFailed;
+    *shape = arguments.shape;
+    *mode = ZVK_OPEN_OUTPUT;
+    if (!shape->longest) return say("--create needs --record=LENGTH"), kUsage;
+    if (shape->indexed() != !shape->keys.empty())
+        return say("an indexed file needs --key, and no other file has one"), kUsage;
+    if (prefixOf(name).empty()) name = "stl-" + name;
+    return kDone;
+}
+
+// What keeps a record of a text out of the file before it is written; "": nothing. A short one is
+// filled.
+std::string unfit(const Shape &shape, std::string *record, bool numberMissing)
+{
+    if (numberMissing) return "it has no record number";
+    if (record->size() > shape.longest) return "it is longer than a record";
+    if (shape.variable() && record->size() < shape.shortest) record->resize(shape.shortest, ' ');
+    return "";
+}
+
+// The shape of what `copy` makes of a file.
+Shape copyShape(const Arguments &arguments, const Shape &source, const std::string &prefix)
+{
+    Shape target = source;
+    if (arguments.shapeGiven) {
+        target.organization = arguments.shape.organization;
+        target.keys = arguments.shape.keys;
+        target.parts = arguments.shape.parts;
+        if (arguments.shape.longest)
+            target.longest = arguments.shape.longest, target.shortest = arguments.shape.shortest;
+    }
+    if (!isStored(prefix)) target.organization = 0, target.keys.clear(), target.parts.clear();
+    if (prefix == "wbr" || prefix == "raw") target.shortest = target.longest;
+    return target;
+}
+
 } // namespace
 
 int runDump(const Arguments &arguments)
@@ -75,27 +145,11 @@ int runDump(const Arguments &arguments)
     if (arguments.format == Format::csv) fprintf(to, "%s\n", csvHead(arguments, shape, numbered).c_str());
     while (some && file.readNext()) {
         std::string line, why;
-        std::string_view record = file.record();
-        uint64_t number = file.number();
-        bool good = true;
-        if (file.cut()) why = "it is longer than a record and was cut", good = false;
-        if (arguments.format == Format::rsd) {
-            auto length = static_cast<uint32_t>(record.size());
-            if (shape.variable()) line.assign(reinterpret_cast<char *>(&length), sizeof length);
-            line += record;
-        } else if (arguments.format == Format::lsq) {
-            line = record;
-            while (!line.empty() && line.back() == ' ') line.pop_back();
-            if (line.find('\n') != std::string::npos || (!line.empty() && line.back() == '\r'))
-                why = "it holds a line end; another format takes it", good = false;
-            line += '\n';
-        } else {
-            good = good && formatRecord(arguments, shape, record, numbered ? &number : nullptr, &line, &why);
-            line += '\n';
-        }
         ++done;
-        if (!good) refusals.add("record " + std::to_string(done), why);
-        if (good) fwrite(line.data(), 1, line.size(), to);
+        if (textOf(arguments, file, numbered, &line, &why))
+            fwrite(line.data(), 1, line.size(), to);
+        else
+            refusals.add("record " + std::to_string(done), why);
         if (ferror(to)) break;
         progress.at(done);
     }
@@ -110,19 +164,8 @@ int runLoad(const Arguments &arguments)
 {
     std::string name = arguments.names[0];
     Shape shape;
-    uint16_t mode = ZVK_OPEN_EXTEND;
-    if (arguments.create) {
-        if (!mayBeMade(name, arguments.force)) return kFailed;
-        shape = arguments.shape;
-        mode = ZVK_OPEN_OUTPUT;
-        if (!shape.longest) return say("--create needs --record=LENGTH"), kUsage;
-        if (shape.indexed() != !shape.keys.empty())
-            return say("an indexed file needs --key, and no other file has one"), kUsage;
-        if (prefixOf(name).empty()) name = "stl-" + name;
-    } else if (!findShape(name, arguments, &shape)) {
-        return kFailed;
-    }
-    if (!arguments.create && (shape.indexed() || shape.relative())) mode = ZVK_OPEN_IO;
+    uint16_t mode = 0;
+    if (int outcome = loadTarget(arguments, name, &shape, &mode)) return outcome;
     if (arguments.names.size() > 1 && isSameFile(pathOf(name), arguments.names[1])) return kUsage;
     FILE *from = arguments.names.size() > 1 ? fopen(arguments.names[1].c_str(), "re") : stdin;
     if (!from) return say("%s: %s", arguments.names[1].c_str(), strerror(errno)), kFailed;
@@ -143,9 +186,7 @@ int runLoad(const Arguments &arguments)
         bool got = reader.next(&record, &number, &why);
         if (!got && why.empty()) break;
         std::string where = "line " + std::to_string(reader.line());
-        if (shape.relative() && random && why.empty() && !number) why = "it has no record number";
-        if (why.empty() && record.size() > shape.longest) why = "it is longer than a record";
-        if (why.empty() && shape.variable() && record.size() < shape.shortest) record.resize(shape.shortest, ' ');
+        if (why.empty()) why = unfit(shape, &record, shape.relative() && random && !number);
         if (why.empty()) {
             std::string status = file.write(record, number);
             if (status > "09") why = file.reason();
@@ -169,23 +210,13 @@ int runLoad(const Arguments &arguments)
 int runCopy(const Arguments &arguments)
 {
     std::string from = arguments.names[0], to = arguments.names[1];
-    Shape shape, target;
+    Shape shape;
     if (!findShape(from, arguments, &shape)) return kFailed;
     if (!mayBeMade(to, arguments.force)) return kFailed;
     if (isSameFile(pathOf(from), pathOf(to))) return kUsage;
     std::string prefix = prefixOf(to);
     if (prefix.empty()) to = "stl-" + to, prefix = "stl";
-    bool stored = prefix == "stl" || prefix == "jgt" || prefix == "qvr";
-    target = shape;
-    if (arguments.shapeGiven) {
-        target.organization = arguments.shape.organization;
-        target.keys = arguments.shape.keys;
-        target.parts = arguments.shape.parts;
-        if (arguments.shape.longest)
-            target.longest = arguments.shape.longest, target.shortest = arguments.shape.shortest;
-    }
-    if (!stored) target.organization = 0, target.keys.clear(), target.parts.clear();
-    if (prefix == "wbr" || prefix == "raw") target.shortest = target.longest;
+    const Shape target = copyShape(arguments, shape, prefix);
     if (target.indexed() != !target.keys.empty())
         return say("an indexed file needs --key, and no other file has one"), kUsage;
 

@@ -167,20 +167,19 @@ void verifyRelative(const StoredHeader &header, const std::string &path, Finding
 void verifySequential(const std::string &name, const Shape &shape, Findings *findings)
 {
     FileProgram file(name, shape);
+    const std::string prefix = prefixOf(name);
     if (!file.open(ZVK_OPEN_INPUT)) return findings->add("it cannot be opened");
     StoredHeaderFile header;
     uint64_t records = 0, bytes = 0, sum = header.read(pathOf(name)) ? filesystems::sumSizeOf(header.header()) : 0;
     while (file.readNext()) {
         ++records;
-        bytes += file.record().size() + (shape.variable() && prefixOf(name) != "lsq" ? 4 : 0) + sum;
+        bytes += file.record().size() + (shape.variable() ? sizeof(uint32_t) : 0) + sum;
         if (file.cut()) findings->add("record " + std::to_string(records) + " is longer than a record");
     }
     if (file.failed()) findings->add("damaged after record " + std::to_string(records));
     OpenFile about(pathOf(name));
-    bool lines = prefixOf(name) == "lsq" || prefixOf(name) == "nat";
-    uint64_t start =
-        prefixOf(name) == "stl" || prefixOf(name) == "jgt" || prefixOf(name) == "qvr" ? kStoredHeaderSize : 0;
-    if (!lines && !file.failed() && about.size > start + bytes)
+    uint64_t start = isStored(prefix) ? kStoredHeaderSize : 0;
+    if (!isLines(prefix) && !file.failed() && about.size > start + bytes)
         findings->add(std::to_string(about.size - start - bytes) + " bytes at its end are no record");
     printf("%s: %llu records\n", name.c_str(), static_cast<unsigned long long>(records));
 }

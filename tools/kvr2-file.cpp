@@ -12,7 +12,6 @@
 #include "kvr2/kvr2.h"
 #include "tools/file_tool.h"
 #include "tools/record_layout.h"
-#include "tools/record_text.h"
 #include "tools/stored_file.h"
 
 namespace file_tool {

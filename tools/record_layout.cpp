@@ -270,4 +270,40 @@ bool readLayout(const char *copybook, std::vector<Field> *fields)
     return fields->size() < kMostFields || (say("--layout: %s has too many items", copybook), false);
 }
 
+bool parseFields(const char *text, std::vector<Field> *fields)
+{
+    uint32_t position = 0;
+    std::string all = text;
+    for (size_t at = 0; at <= all.size();) {
+        size_t comma = all.find(',', at);
+        std::string one = all.substr(at, comma == std::string::npos ? comma : comma - at);
+        Field field;
+        char name[64], form[16] = "x";
+        unsigned length = 0;
+        int parts = sscanf(one.c_str(), "%63[^:]:%u:%15s", name, &length, form);
+        const char *letter = form;
+        if (*letter == 's') field.isSigned = true, ++letter;
+        field.form = *letter == '9'   ? Field::zoned
+                     : *letter == 'p' ? Field::packed
+                     : *letter == 'b' ? Field::binary
+                                      : Field::text;
+        if (field.form == Field::packed) field.isSigned = true;
+        char *end;
+        field.scale = static_cast<uint32_t>(strtoul(letter + 1, &end, 10));
+        bool known = *letter && strchr("x9pb", *letter) && !*end && field.scale <= 18;
+        bool fits = length > 0 && length <= 65535 && !(field.form == Field::binary && length > 8) &&
+                    !(field.form == Field::packed && length > 20);
+        if (parts < 2 || !known || !fits)
+            return say("--fields: '%s' is no NAME:LENGTH:FORM with a form of x, 9, s9, p, b or sb", one.c_str()), false;
+        field.name = name;
+        field.position = position;
+        field.length = length;
+        position += length;
+        fields->push_back(field);
+        if (comma == std::string::npos) break;
+        at = comma + 1;
+    }
+    return true;
+}
+
 } // namespace file_tool

@@ -1,9 +1,9 @@
-// What a record is made of, out of a COBOL copybook: --layout.
+// What a record is made of: --fields says it, or a COBOL copybook, --layout.
 //
-// kvrcob reads it, in a program of nothing but the COPY: the map of its data gives places and
-// lengths, its source after COPY the pictures. So the layout is the compiler's own, with SYNC, SIGN
-// and whatever else moves bytes. The first record counts. What REDEFINES something is left out, an
-// item that OCCURS has one field for each: HIST(2).
+// kvrcob reads the copybook, in a program of nothing but the COPY: the map of its data gives places
+// and lengths, its source after COPY the pictures. So the layout is the compiler's own, with SYNC,
+// SIGN and whatever else moves bytes. The first record counts. What REDEFINES something is left
+// out, an item that OCCURS has one field for each: HIST(2).
 #pragma once
 
 #include <vector>
@@ -11,6 +11,11 @@
 #include "tools/file_tool.h"
 
 namespace file_tool {
+
+// --fields=NAME:LENGTH[:FORM],... in the order of the record. FORM: x text, 9 zoned, s9 zoned with
+// a sign in its last byte, p packed, b binary, sb binary with a sign; a number after it is the
+// decimal places: p2. False: it has said why.
+bool parseFields(const char *text, std::vector<Field> *fields);
 
 // False: it has said why.
 bool readLayout(const char *copybook, std::vector<Field> *fields);

@@ -14,11 +14,6 @@
 
 namespace file_tool {
 
-// --fields=NAME:LENGTH[:FORM],... in the order of the record. FORM: x text, 9 zoned, s9 zoned with
-// a sign in its last byte, p packed, b binary, sb binary with a sign; a number after it is the
-// decimal places: p2. False: it has said why.
-bool parseFields(const char *text, std::vector<Field> *fields);
-
 // What goes before the first record of a CSV file.
 std::string csvHead(const Arguments &arguments, const Shape &shape, bool numbered);
 
@@ -43,9 +38,11 @@ private:
     uint64_t line_ = 0;
 
     bool textLine(std::string *line);
-    bool nextLines(std::string *record, std::string *why);
+    bool nextLine(std::string *record);
     bool nextBinary(std::string *record, std::string *why);
     bool csvRow(std::vector<std::string> *cells, std::string *why);
+    std::string emptyRecord() const;
+    bool put(const std::string &name, const std::string &value, std::string *record, std::string *why);
     bool assemble(const std::vector<std::string> &names, const std::vector<std::string> &values, std::string *record,
                   uint64_t *number, std::string *why);
 };

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iconv.h>
+#include <numeric>
 
 namespace kvrcob {
 
@@ -61,6 +62,106 @@ bool standardOrder(Word name)
     return name == K_NATIVE || name == K_STANDARD_1 || name == K_STANDARD_2 || name == internWord("ASCII");
 }
 
+// The two ends of THRU; false, and told, if they are no single characters.
+bool Emitter::alphabetRange(const Expr *from, const Expr *to, int &first, int &last)
+{
+    const std::string low = alphabetCharacters(from);
+    if (low.empty()) return false; // told already
+    const std::string high = alphabetCharacters(to);
+    if (low.size() != 1 || high.size() != 1) {
+        error(from->at, "THRU goes between single characters");
+        return false;
+    }
+    first = static_cast<unsigned char>(low[0]);
+    last = static_cast<unsigned char>(high[0]);
+    return true;
+}
+
+// The weight of each character, in the order in which the clause names them; `next`: the weight
+// after the last. THRU may go down.
+void Emitter::clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next)
+{
+    auto give = [&](int c, int w, const Expr *e) {
+        int &now = weight[static_cast<size_t>(c)];
+        if (now >= 0) return error(e->at, "this character is in the alphabet already");
+        now = w;
+    };
+    for (const Alphabet::Part &part : a.parts) {
+        if (part.thru) {
+            int first = 0, last = 0;
+            if (!alphabetRange(part.from, part.thru, first, last)) continue;
+            const int step = first <= last ? 1 : -1;
+            for (int c = first; c != last + step; c += step) give(c, next++, part.from);
+            continue;
+        }
+        const std::string named = alphabetCharacters(part.from);
+        if (named.empty()) continue;
+        if (part.also.empty()) {
+            for (unsigned char c : named) give(c, next++, part.from);
+            continue;
+        }
+        give(static_cast<unsigned char>(named[0]), next, part.from);
+        for (const Expr *e : part.also)
+            for (unsigned char c : alphabetCharacters(e)) give(c, next, e);
+        next++;
+    }
+}
+
+// A table of 256 bytes in C.
+void Emitter::byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes)
+{
+    globals_ += joined("static const uint8_t ", prefix, number, "[256] __attribute__((unused)) = {");
+    for (size_t c = 0; c < 256; c++) globals_ += joined(c ? "," : "", bytes[c]);
+    globals_ += "};\n";
+}
+
+void Emitter::alphabet(Alphabet &a)
+{
+    a.number = ++constants_;
+    std::vector<int> weight(256, -1);
+    int next = 0;
+    if (a.kind == K_EBCDIC) {
+        if (!ebcdicWeights(weight)) return error(a.at, "this system has no table of EBCDIC (the iconv module IBM1047)");
+    } else if (a.parts.empty()) {
+        std::iota(weight.begin(), weight.end(), 0);
+    }
+    clauseWeights(a, weight, next);
+
+    // What was not named comes after, in native order.
+    for (int &w : weight)
+        if (w < 0) w = std::min(next++, 255);
+    a.weights.assign(weight.begin(), weight.end());
+    byteTable("alphabet", a.number, weight);
+}
+
+void Emitter::userClass(UserClass &c)
+{
+    c.number = ++constants_;
+    std::vector<int> outside(256, 1);
+    for (const ValueRange &range : c.ranges) {
+        int first = 0, last = 0;
+        if (!range.to) {
+            for (unsigned char k : alphabetCharacters(range.from)) outside[k] = 0;
+        } else if (alphabetRange(range.from, range.to, first, last)) {
+            for (int k = std::min(first, last); k <= std::max(first, last); k++) outside[static_cast<size_t>(k)] = 0;
+        }
+    }
+    byteTable("class", c.number, outside);
+}
+
+// The program's collating sequence: 0 for a native one.
+void Emitter::collatingSequence(Program &p)
+{
+    if (!p.collating) return;
+    const Alphabet *a = meaning_.alphabet(p, p.collating);
+    if (a ? a->kind && a->kind != K_EBCDIC : standardOrder(p.collating)) {
+        p.collating = 0;
+    } else if (!a) {
+        error(p.collatingAt, "there is no alphabet " + wordText(p.collating));
+        p.collating = 0;
+    }
+}
+
 void Emitter::alphabets(Program &p)
 {
     if (options_.ebcdic && !p.collating) {
@@ -70,94 +171,11 @@ void Emitter::alphabets(Program &p)
         p.collating = ebcdic_.name;
     }
     program_ = &p;
-    for (Alphabet *a : p.alphabets) {
-        if (!a->weights.empty()) continue;
-        a->number = ++constants_;
-        std::vector<int> weight(256, -1);
-        if (a->kind == K_EBCDIC && !ebcdicWeights(weight)) {
-            error(a->at, "this system has no table of EBCDIC (the iconv module IBM1047)");
-            continue;
-        }
-        int next = 0;
-        if (a->parts.empty() && a->kind != K_EBCDIC) {
-            for (int i = 0; i < 256; i++) weight[static_cast<size_t>(i)] = i;
-        }
-        auto give = [&](unsigned char c, int w, const Expr *e) {
-            if (weight[c] >= 0)
-                error(e->at, "this character is in the alphabet already");
-            else
-                weight[c] = w;
-        };
-        for (const Alphabet::Part &part : a->parts) {
-            std::string from = alphabetCharacters(part.from);
-            if (from.empty()) continue;
-            if (part.thru) {
-                std::string to = alphabetCharacters(part.thru);
-                if (from.size() != 1 || to.size() != 1) {
-                    error(part.from->at, "THRU goes between single characters");
-                    continue;
-                }
-                int x = static_cast<unsigned char>(from[0]), y = static_cast<unsigned char>(to[0]);
-                for (int c = x;; c += x <= y ? 1 : -1) {
-                    give(static_cast<unsigned char>(c), next++, part.from);
-                    if (c == y) break;
-                }
-                continue;
-            }
-            if (!part.also.empty()) {
-                give(static_cast<unsigned char>(from[0]), next, part.from);
-                for (const Expr *e : part.also)
-                    for (char c : alphabetCharacters(e)) give(static_cast<unsigned char>(c), next, e);
-                next++;
-                continue;
-            }
-            for (char c : from) give(static_cast<unsigned char>(c), next++, part.from);
-        }
-        // What was not named comes after, in native order.
-        for (int c = 0; c < 256; c++)
-            if (weight[static_cast<size_t>(c)] < 0) weight[static_cast<size_t>(c)] = std::min(next++, 255);
-        a->weights.resize(256);
-        globals_ += joined("static const uint8_t alphabet", a->number, "[256] __attribute__((unused)) = {");
-        for (int c = 0; c < 256; c++) {
-            a->weights[static_cast<size_t>(c)] = static_cast<uint8_t>(weight[static_cast<size_t>(c)]);
-            globals_ += joined(c ? "," : "", weight[static_cast<size_t>(c)]);
-        }
-        globals_ += "};\n";
-    }
-    if (p.collating) {
-        const Alphabet *a = meaning_.alphabet(p, p.collating);
-        if (!a && standardOrder(p.collating)) {
-            p.collating = 0;
-        } else if (!a) {
-            error(p.collatingAt, "there is no alphabet " + wordText(p.collating));
-            p.collating = 0;
-        } else if (a->kind && a->kind != K_EBCDIC) {
-            p.collating = 0; // native
-        }
-    }
-    for (UserClass *c : p.classes) {
-        if (c->number) continue;
-        c->number = ++constants_;
-        std::vector<int> in(256, 1);
-        for (const ValueRange &range : c->ranges) {
-            std::string from = alphabetCharacters(range.from);
-            if (range.to) {
-                std::string to = alphabetCharacters(range.to);
-                if (from.size() != 1 || to.size() != 1) {
-                    error(range.from->at, "THRU goes between single characters");
-                    continue;
-                }
-                int x = static_cast<unsigned char>(from[0]), y = static_cast<unsigned char>(to[0]);
-                if (x > y) std::swap(x, y);
-                for (int k = x; k <= y; k++) in[static_cast<size_t>(k)] = 0;
-            } else {
-                for (char k : from) in[static_cast<unsigned char>(k)] = 0;
-            }
-        }
-        globals_ += joined("static const uint8_t class", c->number, "[256] __attribute__((unused)) = {");
-        for (int k = 0; k < 256; k++) globals_ += joined(k ? "," : "", in[static_cast<size_t>(k)]);
-        globals_ += "};\n";
-    }
+    for (Alphabet *a : p.alphabets)
+        if (a->weights.empty()) alphabet(*a);
+    collatingSequence(p);
+    for (UserClass *c : p.classes)
+        if (!c->number) userClass(*c);
 }
 
 } // namespace kvrcob

@@ -170,6 +170,21 @@ std::string Emitter::compareTexts(const Text &a, const Text &b, uint32_t op)
     return cat("(", call, " ", signOf(op), " 0)");
 }
 
+std::string Emitter::pointerRelation(const Expr *left, uint32_t op, const Expr *right)
+{
+    auto address = [&](const Expr *e) -> std::string {
+        if (e->kind == ExprKind::Figurative && e->op == K_NULL) return "0";
+        if (e->kind == ExprKind::AddressOf) return cat("(int64_t)(intptr_t)(", locate(*e->ref).address, ")");
+        if (e->kind == ExprKind::Reference)
+            return cat("(int64_t)", emits(Do::Load, Of::Pointer), "(", locate(*e->ref).address, ")");
+        error(e->at, "a pointer is needed here");
+        return "0";
+    };
+    if (op != '=' && op != kNotEqual) error(left->at, "pointers are equal or not equal, nothing else");
+    std::string x = address(left), y = address(right);
+    return cat("(", x, " ", signOf(op), " ", y, ")");
+}
+
 std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
 {
     left = constant(left), right = constant(right);
@@ -189,74 +204,44 @@ std::string Emitter::relation(const Expr *left, uint32_t op, const Expr *right)
          numericB = b == Category::Numeric || b == Category::Index;
     bool zeroA = left->kind == ExprKind::Figurative && left->op == K_ZERO,
          zeroB = right->kind == ExprKind::Figurative && right->op == K_ZERO;
-    if (a == Category::Pointer || b == Category::Pointer) {
-        auto address = [&](const Expr *e) -> std::string {
-            if (e->kind == ExprKind::Figurative && e->op == K_NULL) return "0";
-            if (e->kind == ExprKind::AddressOf) return cat("(int64_t)(intptr_t)(", locate(*e->ref).address, ")");
-            if (e->kind == ExprKind::Reference)
-                return cat("(int64_t)", emits(Do::Load, Of::Pointer), "(", locate(*e->ref).address, ")");
-            error(e->at, "a pointer is needed here");
-            return "0";
-        };
-        if (op != '=' && op != kNotEqual) error(left->at, "pointers are equal or not equal, nothing else");
-        std::string x = address(left), y = address(right);
-        return cat("(", x, " ", signOf(op), " ", y, ")");
-    }
+    if (a == Category::Pointer || b == Category::Pointer) return pointerRelation(left, op, right);
     if ((numericA || zeroA) && (numericB || zeroB) && (numericA || numericB)) {
         Num x = number(left), y = number(right);
         return compareNumbers(x, y, op);
     }
-    // A number of usage DISPLAY with a text: the number as a text of its digits.
-    if (figurativeA && figurativeB) {
-        Text x = text(left), y = text(right);
-        return compareTexts(x, y, op);
-    }
-    if (numericA && !figurativeB &&
-        (b == Category::NumericEdited || b == Category::Group || b == Category::Alphanumeric ||
-         b == Category::Alphabetic || b == Category::AlphanumericEdited)) {
-        bool wholeText = b == Category::Group;
-        Text x = text(left, !wholeText), y = text(right);
-        return compareTexts(x, y, op);
-    }
-    if (numericB && !figurativeA) {
-        bool wholeText = a == Category::Group;
-        Text x = text(left), y = text(right, !wholeText);
-        return compareTexts(x, y, op);
-    }
-    // With SPACES and its like: the bytes of the item as they are.
-    Text x = text(left, numericA && !figurativeB), y = text(right, numericB && !figurativeA);
+    // A number of usage DISPLAY with a text: the number as a text of its digits. With a group, with
+    // SPACES and its like: the bytes of the item as they are.
+    Text x = text(left, numericA && !figurativeB && b != Category::Group),
+         y = text(right, numericB && !figurativeA && a != Category::Group);
     return compareTexts(x, y, op);
+}
+
+// The item of a condition-name, whose subscripts are those of its item.
+Loc Emitter::conditionVariable(const Item &owner, const Reference &ref)
+{
+    Reference plain;
+    plain.at = ref.at;
+    plain.subscripts = ref.subscripts;
+    for (const Item *a = &owner; a; a = a->parent)
+        if (a->name) plain.names.push_back(a->name);
+    if (owner.name != 0 && meaning_.resolve(*program_, plain, true) == &owner) return locate(plain);
+
+    // FILLER or a name that does not tell: the item itself, with its tables' subscripts.
+    std::vector<const Item *> tables;
+    for (const Item *a = &owner; a; a = a->parent)
+        if (a->occurs) tables.insert(tables.begin(), a);
+    std::string displacement;
+    for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
+        displacement += joined(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
+    if (tables.size() != ref.subscripts.size())
+        error(ref.at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
+    return locateItem(owner, displacement);
 }
 
 std::string Emitter::conditionName(const Item &item, const Reference &ref)
 {
-    // The condition-name's subscripts are those of its item.
-    Item *owner = item.parent;
-    Reference variable = ref;
-    // Qualifiers of the condition-name may begin with the item itself.
-    variable.names.clear();
-    Loc loc;
-    {
-        Reference plain;
-        plain.at = ref.at;
-        plain.subscripts = ref.subscripts;
-        for (const Item *a = owner; a; a = a->parent)
-            if (a->name) plain.names.push_back(a->name);
-        if (owner->name == 0 || meaning_.resolve(*program_, plain, true) != owner) {
-            // FILLER or a name that does not tell: the item itself, with its tables' subscripts.
-            std::vector<const Item *> tables;
-            for (const Item *a = owner; a; a = a->parent)
-                if (a->occurs) tables.insert(tables.begin(), a);
-            std::string displacement;
-            for (size_t i = 0; i < tables.size() && i < ref.subscripts.size(); i++)
-                displacement += joined(" + (", subscript(ref.subscripts[i]), " - 1) * ", tables[i]->size);
-            if (tables.size() != ref.subscripts.size())
-                error(ref.at, "this condition-name needs " + std::to_string(tables.size()) + " subscripts");
-            loc = locateItem(*owner, displacement);
-        } else {
-            loc = locate(plain);
-        }
-    }
+    const Item *owner = item.parent;
+    Loc loc = conditionVariable(*owner, ref);
     if (!loc.good()) return "0";
     bool numeric = isNumericItem(*owner);
     std::string out = "(";
@@ -292,6 +277,24 @@ std::string Emitter::signTest(const Expr *e)
     return e->negated ? cat("!", test) : test;
 }
 
+// Does an item hold a number, or only digits?
+std::string Emitter::numericTest(const Loc &loc)
+{
+    const Item &item = *loc.item;
+    if (loc.refmod || item.category != Category::Numeric)
+        return cat(emits(Do::IsNumeric, Of::Text), "(", loc.address, ", (int32_t)", loc.length, ", kvr_digits)");
+    const int digits = item.picture.digits;
+    if (item.usage == Usage::Packed)
+        return cat(emits(Do::IsNumeric, Of::Packed), "(", loc.address, ", ", digits, ", ", item.picture.sign ? 1 : 0,
+                   ")");
+    if (item.usage == Usage::Comp6) return cat(emits(Do::IsNumeric, Of::Comp6), "(", loc.address, ", ", item.size, ")");
+    if (item.usage != Usage::Display) return "1";
+    if (item.signForm == SignForm::None)
+        return cat(emits(Do::IsNumeric, Of::ZonedUnsigned), "(", loc.address, ", ", digits, ", kvr_digits)");
+    return cat(emits(Do::IsNumeric, Of::ZonedTrailing), "(", loc.address, ", ", digits, ", ",
+               static_cast<int>(item.signForm), ")");
+}
+
 std::string Emitter::classTest(const Expr *e)
 {
     ExprKind kind = e->left ? e->left->kind : ExprKind::Omitted;
@@ -304,28 +307,9 @@ std::string Emitter::classTest(const Expr *e)
     }
     std::string test;
     const char *bang = e->negated ? "!" : "";
-    if (e->op == K_NUMERIC && e->left->kind == ExprKind::Reference) {
+    if (e->op == K_NUMERIC && kind == ExprKind::Reference) {
         Loc loc = locate(*e->left->ref);
-        if (!loc.good()) return "0";
-        const Item &item = *loc.item;
-        if (!loc.refmod && item.category == Category::Numeric) {
-            if (item.usage == Usage::Packed)
-                test = cat(emits(Do::IsNumeric, Of::Packed), "(", loc.address, ", ", item.picture.digits, ", ",
-                           item.picture.sign ? 1 : 0, ")");
-            else if (item.usage == Usage::Comp6)
-                test = cat(emits(Do::IsNumeric, Of::Comp6), "(", loc.address, ", ", item.size, ")");
-            else if (item.usage == Usage::Display && item.signForm == SignForm::None)
-                test = cat(emits(Do::IsNumeric, Of::ZonedUnsigned), "(", loc.address, ", ", item.picture.digits,
-                           ", kvr_digits)");
-            else if (item.usage == Usage::Display)
-                test = cat(emits(Do::IsNumeric, Of::ZonedTrailing), "(", loc.address, ", ", item.picture.digits, ", ",
-                           static_cast<int>(item.signForm), ")");
-            else
-                test = "1";
-        } else {
-            test = cat(emits(Do::IsNumeric, Of::Text), "(", loc.address, ", (int32_t)", loc.length, ", kvr_digits)");
-        }
-        return cat(bang, test);
+        return loc.good() ? cat(bang, numericTest(loc)) : "0";
     }
     Text t = text(e->left);
     if (!t.good) return "0";

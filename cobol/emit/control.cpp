@@ -376,34 +376,57 @@ void Emitter::alterStatement(const AlterStatement &s)
 
 // ---- EXIT and its like
 
+// CONTINUE AFTER n SECONDS
+void Emitter::pause(Expr *seconds)
+{
+    utilities_ = true;
+    Expr nanoseconds, billion;
+    billion.text = "1000000000";
+    nanoseconds.kind = ExprKind::Arithmetic;
+    nanoseconds.at = seconds->at;
+    nanoseconds.op = '*';
+    nanoseconds.left = seconds;
+    nanoseconds.right = &billion;
+    std::string t = temp("int64_t");
+    put(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t, " % 1000000000);\n");
+}
+
+// STOP RUN n, GOBACK GIVING n and their like. False: it is no number.
+bool Emitter::returnCode(const Expr *value, const std::string &code)
+{
+    const Expr *e = constant(value);
+    if (e->kind == ExprKind::Reference) {
+        Loc loc = locate(*e->ref);
+        if (loc.good() && loc.item->category == Category::Pointer) {
+            error(e->at, "a number is needed here");
+            return false;
+        }
+    }
+    put(code, " = (int32_t)", integer(value), ";\n");
+    return true;
+}
+
+void Emitter::exitParagraph()
+{
+    paragraphEndUsed_ = true;
+    put("goto e", procedure_, ";\n");
+}
+
+// Without sections a paragraph is all that there is to leave.
+void Emitter::exitSection()
+{
+    const Procedure &here = program_->procedures[procedure_];
+    if (!here.isSection && here.section < 0) return exitParagraph();
+    size_t section = here.isSection ? procedure_ : static_cast<size_t>(here.section);
+    flow_.sectionExits.emplace_back(procedure_, section);
+    put("goto z", section, ";\n");
+}
+
 void Emitter::exitStatement(const ExitStatement &s)
 {
-    std::string code = cat("p", program_->number, "_returnCode");
-    if (s.value && s.form == ExitStatement::Continue) { // CONTINUE AFTER n SECONDS
-        utilities_ = true;
-        Expr nanoseconds, billion;
-        billion.text = "1000000000";
-        nanoseconds.kind = ExprKind::Arithmetic;
-        nanoseconds.at = s.value->at;
-        nanoseconds.op = '*';
-        nanoseconds.left = s.value;
-        nanoseconds.right = &billion;
-        std::string t = temp("int64_t");
-        put(t, " = ", integer(&nanoseconds), ";\n", emits(Do::Pause), "(", t, " / 1000000000, ", t,
-            " % 1000000000);\n");
-        return;
-    }
-    if (s.value && s.form != ExitStatement::StopLiteral) {
-        const Expr *e = constant(s.value);
-        if (e->kind == ExprKind::Reference) {
-            Loc loc = locate(*e->ref);
-            if (loc.good() && loc.item->category == Category::Pointer) {
-                error(e->at, "a number is needed here");
-                return;
-            }
-        }
-        put(code, " = (int32_t)", integer(s.value), ";\n");
-    }
+    const std::string code = cat("p", program_->number, "_returnCode");
+    if (s.value && s.form == ExitStatement::Continue) return pause(s.value);
+    if (s.value && s.form != ExitStatement::StopLiteral && !returnCode(s.value, code)) return;
     switch (s.form) {
     case ExitStatement::Plain:
     case ExitStatement::Continue:
@@ -436,21 +459,11 @@ void Emitter::exitStatement(const ExitStatement &s)
             ";\n");
         break;
     case ExitStatement::Paragraph:
-        paragraphEndUsed_ = true;
-        put("goto e", procedure_, ";\n");
+        exitParagraph();
         break;
-    case ExitStatement::Section: {
-        const Procedure &here = program_->procedures[procedure_];
-        if (here.isSection || here.section >= 0) {
-            size_t section = here.isSection ? procedure_ : static_cast<size_t>(here.section);
-            flow_.sectionExits.emplace_back(procedure_, section);
-            put("goto z", section, ";\n");
-        } else {
-            paragraphEndUsed_ = true;
-            put("goto e", procedure_, ";\n");
-        }
+    case ExitStatement::Section:
+        exitSection();
         break;
-    }
     case ExitStatement::NextSentence:
         sentenceEndUsed_ = true;
         put("goto ", sentenceEnd_, ";\n");

@@ -249,6 +249,68 @@ Num Emitter::scaleUp(Num a, int scale)
     return a;
 }
 
+// A mode of rounding other than those of ROUNDED and of cutting: by way of an integer.
+Num Emitter::roundedByMode(Num a, int scale, Rounding mode)
+{
+    const int k = a.scale - scale;
+    if (a.digits > kMostInt || k >= kMostInt) {
+        notBuilt(statementAt_, "this mode of rounding of a result with so many digits");
+        return Num{};
+    }
+    a = toInt(std::move(a));
+    Num n = integerNumber(
+        cat(emits(Do::RoundedMode, Of::Wide), "(", a.text, ", ", powerOfTen(k), ", ", static_cast<int>(mode), ")"),
+        std::max(a.digits - k + 1, 1));
+    n.scale = scale;
+    if (!n.wide()) n.text = cat("(int64_t)", n.text);
+    return n;
+}
+
+// A literal's k last decimal places go here and now.
+Num Emitter::scaledLiteral(const Num &a, int scale, bool rounded)
+{
+    const std::string &digits = a.literal->digits;
+    const auto k = static_cast<size_t>(a.scale - scale);
+    Decimal d = *a.literal;
+    d.digits = digitsAtScale(*a.literal, scale);
+    d.scale = scale;
+    if (rounded && digits.size() >= k && digits[digits.size() - k] >= '5') {
+        size_t i = d.digits.size();
+        while (i > 0 && d.digits[i - 1] == '9') d.digits[--i] = '0';
+        if (i == 0)
+            d.digits.insert(0, "1");
+        else
+            d.digits[i - 1]++;
+    }
+    if (d.isZero()) d.negative = false;
+    Num n = literalNumber(d);
+    return a.kind == Num::Packed ? toPacked(n) : n;
+}
+
+Num Emitter::scaledInteger(Num a, int scale, bool rounded)
+{
+    const int k = a.scale - scale;
+    if (k > kMostInt - 1) {
+        Num zero = integerNumber("0LL", 1);
+        zero.scale = scale;
+        return zero;
+    }
+    const bool wasWide = a.wide();
+    if (rounded)
+        a.text = cat(wasWide || k > 18 ? emits(Do::Rounded, Of::Wide) : emits(Do::Rounded, Of::Integer), "(", a.text,
+                     ", ", powerOfTen(k), ")");
+    else
+        a.text = cat("((", a.text, ")", emits(Do::FewerPlaces, Of::Integer), powerOfTen(k), ")");
+    a.digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
+    if (a.most) {
+        for (int i = 0; i < k; i++) a.most /= 10;
+        a.most++;
+    }
+    a.scale = scale;
+    if (wasWide ? !a.wide() : k > 18) a.text = cat("(int64_t)", a.text);
+    return a;
+}
+
 // The value with so many decimal places, cut or rounded.
 Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
 {
@@ -261,62 +323,12 @@ Num Emitter::scaleTo(Num a, int scale, Rounding rounded)
         n.scale = scale;
         return n;
     }
-    int k = a.scale - scale;
+    const int k = a.scale - scale;
     if (k <= 0) return scaleUp(a, scale);
-    if (rounded > NearestAwayFromZero) {
-        if (a.digits > kMostInt || k >= kMostInt) {
-            notBuilt(statementAt_, "this mode of rounding of a result with so many digits");
-            return Num{};
-        }
-        a = toInt(std::move(a));
-        Num n = integerNumber(cat(emits(Do::RoundedMode, Of::Wide), "(", a.text, ", ", powerOfTen(k), ", ",
-                                  static_cast<int>(rounded), ")"),
-                              std::max(a.digits - k + 1, 1));
-        n.scale = scale;
-        if (!n.wide()) n.text = cat("(int64_t)", n.text);
-        return n;
-    }
-    if (a.literal) {
-        const std::string &digits = a.literal->digits;
-        Decimal d = *a.literal;
-        d.digits = digitsAtScale(*a.literal, scale);
-        d.scale = scale;
-        if (rounded && static_cast<int>(digits.size()) >= k && digits[digits.size() - static_cast<size_t>(k)] >= '5') {
-            size_t i = d.digits.size();
-            while (i > 0 && d.digits[i - 1] == '9') d.digits[--i] = '0';
-            if (i == 0)
-                d.digits.insert(0, "1");
-            else
-                d.digits[i - 1]++;
-        }
-        if (d.isZero()) d.negative = false;
-        bool packed = a.kind == Num::Packed;
-        Num n = literalNumber(d);
-        return packed ? toPacked(n) : n;
-    }
-    if (a.kind == Num::Int) {
-        if (k > kMostInt - 1) {
-            Num zero = integerNumber("0LL", 1);
-            zero.scale = scale;
-            return zero;
-        }
-        if (rounded)
-            a.text = cat(a.wide() || k > 18 ? emits(Do::Rounded, Of::Wide) : emits(Do::Rounded, Of::Integer), "(",
-                         a.text, ", ", powerOfTen(k), ")");
-        else
-            a.text = cat("((", a.text, ")", emits(Do::FewerPlaces, Of::Integer), powerOfTen(k), ")");
-        bool wasWide = a.wide();
-        a.digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
-        if (a.most) {
-            for (int i = 0; i < k; i++) a.most /= 10;
-            a.most++;
-        }
-        a.scale = scale;
-        if (wasWide && !a.wide()) a.text = cat("(int64_t)", a.text);
-        if (!wasWide && k > 18) a.text = cat("(int64_t)", a.text);
-        return a;
-    }
-    int digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
+    if (rounded > NearestAwayFromZero) return roundedByMode(std::move(a), scale, rounded);
+    if (a.literal) return scaledLiteral(a, scale, rounded != Truncation);
+    if (a.kind == Num::Int) return scaledInteger(std::move(a), scale, rounded != Truncation);
+    const int digits = std::max(a.digits - k + (rounded ? 1 : 0), 1);
     std::string t = tempBytes(digits / 2 + 1);
     a.text = cat(rounded ? emits(Do::Rounded, Of::Packed) : emits(Do::FewerPlaces, Of::Packed), "(", a.text, ", ", t,
                  ", ", digits, ", ", a.digits, ", ", k, ")");

@@ -19,6 +19,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <concepts>
 #include <map>
@@ -150,6 +151,10 @@ public:
 private:
     // ---- program.cpp
     void program(Program &p);
+    void declarations(Program &p, std::string &out);
+    std::string headers() const;
+    void mainFunction(std::string &out) const;
+    void useRecords(const Program &p);
     void storage(Program &p);
     void initialValues(Program &p);
 
@@ -191,8 +196,16 @@ private:
     void programRecords(const Program &p, const std::string &prefix, const std::string &name, std::string &out);
     std::string parameterType(Program &p, size_t index);
 
-    void alphabets(Program &p); // alphabets.cpp
+    // ---- alphabets.cpp
+    void alphabets(Program &p);
+    void alphabet(Alphabet &a);
+    void userClass(UserClass &c);
+    void collatingSequence(Program &p);
     std::string alphabetCharacters(const Expr *e);
+    bool alphabetRange(const Expr *from, const Expr *to, int &first, int &last);
+    void clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next);
+    void byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes);
+
     void debugMap(Program &p); // debug_map.cpp
     std::string defaultBytes(const Item &item);
     std::string valueBytes(Program &p, const Item &item);
@@ -207,6 +220,10 @@ private:
         std::string text; // declarations of a block's temporaries
     };
     void procedures(Program &p);
+    std::string useEntries(Program &p);
+    void allProcedures(Program &p);
+    void bodyFunction(const Program &p, const std::string &entries, std::string &out);
+    void rangeFunction(const Program &p, size_t r, std::string &out);
     void paragraph(size_t index);
     void alterable(Program &p);
     void chooseFunctions(Program &p);
@@ -311,6 +328,9 @@ private:
 
     // ---- numbers.cpp
     Num number(const Expr *e, int wantScale = -1);
+    Num referenceNumber(const Expr *e);
+    Num lengthNumber(const Expr *e);
+    Num arithmeticNumber(const Expr *e, int wantScale);
     Num itemNumber(const Loc &loc);
     Num textInteger(const Loc &loc);
     Num deEditedNumber(const Loc &loc);
@@ -331,6 +351,9 @@ private:
     Num decimalSingle(Num a);
     void bothFloat(Num &a, Num &b);
     Num scaleUp(Num a, int scale);
+    Num roundedByMode(Num a, int scale, Rounding mode);
+    Num scaledLiteral(const Num &a, int scale, bool rounded);
+    Num scaledInteger(Num a, int scale, bool rounded);
     Num scaleTo(Num a, int scale, Rounding rounded);
     Num scaleTo(Num a, int scale, bool rounded)
     {
@@ -372,7 +395,10 @@ private:
     std::string condition(const Expr *e, Subject &subject);
     std::string relation(const Expr *left, uint32_t op, const Expr *right);
     std::string compareTexts(const Text &a, const Text &b, uint32_t op);
+    std::string pointerRelation(const Expr *left, uint32_t op, const Expr *right);
+    Loc conditionVariable(const Item &owner, const Reference &ref);
     std::string conditionName(const Item &item, const Reference &ref);
+    std::string numericTest(const Loc &loc);
     std::string classTest(const Expr *e);
     std::string signTest(const Expr *e);
     bool isConditionName(const Expr *e);
@@ -468,6 +494,10 @@ private:
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
     void exitStatement(const ExitStatement &s);
+    void pause(Expr *seconds);
+    bool returnCode(const Expr *value, const std::string &code);
+    void exitParagraph();
+    void exitSection();
 
     void displayStatement(const DisplayStatement &s);
     struct Shown { // what DISPLAY shows: C expressions
@@ -517,10 +547,18 @@ private:
     void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
+    std::string newRequest();
+    void callVerb(const File &f, std::string_view routine, const std::string &request);
     File *fileOfRecord(const FileStatement &s, Loc &record);
     void relativeKeyIn(const File &f, const std::string &request);
     void relativeKeyOut(const File &f, const std::string &request);
-    void afterVerb(const FileStatement &s, const File &f, bool endIsInvalid);
+    void recordLengthIn(const File &f, const Loc &record, const std::string &request);
+    void recordLengthOut(const File &f, const std::string &request);
+    void readInto(const Reference &into, const File &f, const std::string &request);
+    std::string advance(const FileStatement &s);
+    void endOfPage(const Phrases &p, const std::string &request);
+    bool startKey(const FileStatement &s, const File &f, const std::string &request);
+    void afterVerb(const FileStatement &s, const File &f);
     void linageValues(const File &f);
     const Alphabet *codeSet(const File &f);
     void codeSetTable(const File &f, uint32_t room);
@@ -546,7 +584,24 @@ private:
     void inspectTrailing(const InspectStatement &s, const Loc &target);
     std::string pointerIn(Reference *pointer, const std::string &length, std::string &value);
     void storeInteger(Reference *target, const std::string &c);
-    bool inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative);
+    struct Words; // of a block that lists a statement's operands
+    struct UnstringField {
+        Loc target;
+        std::string buffer; // not empty: the field comes here, and a MOVE brings it to the target
+    };
+    bool unstringBlock(const UnstringStatement &s, const Text &source, Words &block, std::string &inRange);
+    bool unstringTarget(const UnstringStatement &s, const UnstringStatement::Into &into, int64_t longest,
+                        Words &targets, UnstringField &field);
+    struct PhraseOperand {
+        std::array<std::string, 3> words = {"0", "0", "0"}; // flags, length, address
+        int64_t fixed = -1;                                 // the length without a sign, if it is known now
+        bool figurative = false;
+    };
+    using Counters = std::vector<std::pair<const Reference *, std::string>>; // items, and what counts for them
+    bool inspected(const InspectStatement &s, Loc &target);
+    bool inspectOperand(const Expr *e, uint32_t kind, PhraseOperand &out);
+    bool inspectPhrase(const InspectStatement::Phrase &phrase, Counters &counters, Words &block);
+    void tally(const Reference &counter, const std::string &count, bool fromZero);
 
     void xmlParse(const XmlParseStatement &s);
     void xmlGenerate(const XmlGenerateStatement &s);
@@ -696,11 +751,17 @@ private:
         uint64_t size = 0, count = 0; // so many copies of the element there, or
         const Item *edited = nullptr; // the number of its VALUE, edited
     };
-    void initOps(const Item &item, uint64_t offset, bool first, std::vector<InitOp> &ops);
+    void initOps(const Item &item, uint64_t offset, std::vector<InitOp> &ops);
+    void initialRecord(const Item &record);
+    void initialEdited(const std::string &base, const InitOp &op);
+    void initialBytes(const std::string &base, uint64_t offset, const std::string &bytes);
 };
 
 // A verb's routine in an FCB: the field's name, with the arrow before it.
 inline std::string_view slot(std::string_view text) { return text.substr(text.find("->")); }
+
+// What a verb's routine takes first: the file's FCB, and the element of its program.
+inline std::string fcbAndElement(const File &f) { return cat("F", f.number, ", p", f.program->number, "_element"); }
 
 // A sequential file that is printed, and so a file of lines.
 bool isPrinted(const File &f);

@@ -170,10 +170,15 @@ void Emitter::fileInformation(Program &p, const File &f, const Assignment &assig
                        "]; uint8_t relative[36]; uint8_t attribute[8]; FileLinageGroup linage[4]; } T", n,
                        ";\nstatic T", n, " I", n, " = {.fib = {\n");
     if (f.sharing || f.lockMode) {
-        int lockMode = f.lockMode == K_MANUAL ? 1 : f.lockMode == K_AUTOMATIC ? 2 : f.lockMode == K_EXCLUSIVE ? 3 : 0;
+        const char *lockMode = f.lockMode == K_MANUAL      ? "ZVK_FILE_LOCK_MANUAL"
+                               : f.lockMode == K_AUTOMATIC ? "ZVK_FILE_LOCK_AUTOMATIC"
+                               : f.lockMode == K_EXCLUSIVE ? "ZVK_FILE_LOCK_EXCLUSIVE"
+                                                           : "0";
         globals_ += joined(".sharing = 1, .lockMode = ", lockMode, ", .shareMode = ", shareMode(f, f.sharing), ",\n");
     }
-    const char *access = f.access == K_SEQUENTIAL ? "0x80" : f.access == K_RANDOM ? "0x40" : "0";
+    const char *access = f.access == K_SEQUENTIAL ? "ZVK_FILE_ACCESS_SEQUENTIAL"
+                         : f.access == K_RANDOM   ? "ZVK_FILE_ACCESS_RANDOM"
+                                                  : "0";
     globals_ +=
         cat(".index = ", f.index, ", .prefix = \"???\", .organization = ", organizationOf(f, assigned.device),
             ", .accessMode = ", access, ", .recordFormat = ", f.minRecord != f.maxRecord ? 1 : 0,

@@ -9,6 +9,22 @@
 
 namespace kvrcob {
 
+// A request of this statement's own, all zeros.
+std::string Emitter::newRequest()
+{
+    std::string request = temp("FileRequest");
+    put("memset(&", request, ", 0, sizeof ", request, ");\n");
+    return request;
+}
+
+void Emitter::callVerb(const File &f, std::string_view routine, const std::string &request)
+{
+    put("F", f.number, slot(routine), "(", fcbAndElement(f), ", &", request, ");\n");
+}
+
+// The C condition that the verb was successful.
+static std::string succeeded(const File &f) { return cat("F", f.number, "->status < 10"); }
+
 // The record goes out in the file's codes.
 void Emitter::encodeRecord(const File &f, const std::string &request)
 {
@@ -60,15 +76,41 @@ void Emitter::relativeKeyOut(const File &f, const std::string &request)
     Unwatched unwatched(*this);
     Loc loc = locate(*f.relativeKey, true);
     if (!loc.good()) return;
-    put("if (F", f.number, "->status < 10) {\n");
+    put("if (", succeeded(f), ") {\n");
     store(integerNumber(cat("(int64_t)", request, ".relativeKey"), 18, false), loc, false, "");
     put("}\n");
 }
 
-// The branches of AT END, INVALID KEY and their opposites.
-void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
+// The length of the record that goes out: what DEPENDING says, else with the present number of
+// occurrences.
+void Emitter::recordLengthIn(const File &f, const Loc &record, const std::string &request)
 {
-    std::string status = cat("F", f.number, "->status");
+    std::string length = cat("(uint32_t)", locateItem(*record.item).length);
+    if (f.recordDepending) {
+        Unwatched unwatched(*this);
+        Loc loc = locate(*f.recordDepending);
+        if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
+    }
+    if (f.minRecord == f.maxRecord && f.organization != K_LINE) length = cat(f.maxRecord);
+    put(request, ".recordLength = ", length, ";\n");
+}
+
+// The DEPENDING item says how long the record was that came in.
+void Emitter::recordLengthOut(const File &f, const std::string &request)
+{
+    if (!f.recordDepending) return;
+    Unwatched unwatched(*this);
+    Loc loc = locate(*f.recordDepending, true);
+    if (!loc.good()) return;
+    put("if (", succeeded(f), ") {\n");
+    store(integerNumber(cat("(int64_t)", request, ".recordLength"), 9, false), loc, false, "");
+    put("}\n");
+}
+
+// The branches of AT END, INVALID KEY and their opposites.
+void Emitter::afterVerb(const FileStatement &s, const File &f)
+{
+    const std::string status = cat("F", f.number, "->status"), good = succeeded(f);
     debugNow();
     if (s.end.has || s.end.hasNot) {
         if (s.end.has) {
@@ -77,7 +119,7 @@ void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
             put("}\n");
         }
         if (s.end.hasNot) {
-            put(s.end.has ? "else " : "", "if (", status, " < 10) {\n");
+            put(s.end.has ? "else " : "", "if (", good, ") {\n");
             block(s.end.onNot);
             put("}\n");
         }
@@ -90,7 +132,7 @@ void Emitter::afterVerb(const FileStatement &s, const File &f, bool)
         if (s.invalid.hasNot) put("else ");
     }
     if (s.invalid.hasNot) {
-        put("if (", status, " < 10) {\n");
+        put("if (", good, ") {\n");
         block(s.invalid.onNot);
         put("}\n");
     }
@@ -134,20 +176,35 @@ static std::string statementFlags(const FileStatement &s, bool next)
     return flags;
 }
 
+// INTO: as a move of the record; of several records as a group.
+void Emitter::readInto(const Reference &into, const File &f, const std::string &request)
+{
+    Loc to = locate(into, true);
+    if (!to.good()) return;
+    const bool oneLength = f.minRecord == f.maxRecord;
+    put("if (", succeeded(f), ") {\n");
+    if (f.records.size() == 1 && oneLength) {
+        moveLoc(locateItem(*f.records[0]), to);
+    } else {
+        Text record;
+        record.address = cat("F", f.number, "->record");
+        record.length = oneLength ? cat(f.maxRecord) : cat(request, ".recordLength");
+        if (oneLength) record.fixed = f.maxRecord;
+        moveText(record, to);
+    }
+    put("}\n");
+}
+
 void Emitter::readStatement(const FileStatement &s)
 {
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
-    if (f->sortFile) {
-        error(s.fileAt, "a sort file is read with RETURN");
-        return;
-    }
-    std::string request = temp("FileRequest");
-    bool sequential =
+    if (f->sortFile) return error(s.fileAt, "a sort file is read with RETURN");
+    const std::string request = newRequest();
+    const bool sequential =
         s.next || s.previous || f->access == K_SEQUENTIAL || f->organization == K_SEQUENTIAL ||
         f->organization == K_LINE ||
         (f->access == K_DYNAMIC && !s.key && (s.end.has || s.end.hasNot) && !(s.invalid.has || s.invalid.hasNot));
-    put("memset(&", request, ", 0, sizeof ", request, ");\n");
     std::string options = sequential ? (s.previous ? "ZVK_REQUEST_PREVIOUS" : "ZVK_REQUEST_NEXT") : "ZVK_REQUEST_KEY";
     if (s.lock == K_LOCK) options += " | ZVK_REQUEST_LOCK";
     if (s.lock == K_NO) options += " | ZVK_REQUEST_NO_LOCK";
@@ -157,10 +214,8 @@ void Emitter::readStatement(const FileStatement &s)
         Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;
         if (key < 0 && !item) return;
         if (item) key = keyNumber(*f, *item, false);
-        if (key < 0 && f->organization == K_INDEXED) {
-            error(s.key->at, wordText(item->name) + " is no key of the file");
-            return;
-        }
+        if (key < 0 && f->organization == K_INDEXED)
+            return error(s.key->at, wordText(item->name) + " is no key of the file");
         if (key > 0) put(request, ".key = ", key, ";\n");
     }
     if (s.lock == K_ADVANCING) notBuilt(s.at, "READ ... ADVANCING ON LOCK");
@@ -169,40 +224,16 @@ void Emitter::readStatement(const FileStatement &s)
     relativeKeyIn(*f, request);
     put("F", f->number, "->statement = ", statementFlags(s, sequential), ";\n");
     prepare(*f);
-    put("F", f->number, slot(emits(Do::Read)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-        ");\n");
+    callVerb(*f, emits(Do::Read), request);
+
     if (codeSet(*f))
-        put("if (F", f->number, "->status < 10) ", emits(Do::Recode, Of::Text), "(F", f->number, "->record, F",
-            f->number, "->record, ", request, ".recordLength, native", f->number, ");\n");
+        put("if (", succeeded(*f), ") ", emits(Do::Recode, Of::Text), "(F", f->number, "->record, F", f->number,
+            "->record, ", request, ".recordLength, native", f->number, ");\n");
     if (sequential) relativeKeyOut(*f, request);
-    if (f->recordDepending) {
-        Unwatched unwatched(*this);
-        Loc loc = locate(*f->recordDepending, true);
-        if (loc.good()) {
-            put("if (F", f->number, "->status < 10) {\n");
-            store(integerNumber(cat("(int64_t)", request, ".recordLength"), 9, false), loc, false, "");
-            put("}\n");
-        }
-    }
-    if (s.into) {
-        Loc to = locate(*s.into, true);
-        if (to.good()) {
-            put("if (F", f->number, "->status < 10) {\n");
-            // As a move of the record; of several records as a group.
-            if (f->records.size() == 1 && f->minRecord == f->maxRecord) {
-                moveLoc(locateItem(*f->records[0]), to);
-            } else {
-                Text t;
-                t.address = cat("F", f->number, "->record");
-                t.length = f->minRecord == f->maxRecord ? cat(f->maxRecord) : cat(request, ".recordLength");
-                if (f->minRecord == f->maxRecord) t.fixed = f->maxRecord;
-                moveText(t, to);
-            }
-            put("}\n");
-        }
-    }
+    recordLengthOut(*f, request);
+    if (s.into) readInto(*s.into, *f, request);
     debugFile(*f, &s);
-    afterVerb(s, *f, false);
+    afterVerb(s, *f);
 }
 
 // AFTER ADVANCING C01 without an entry of SPECIAL-NAMES.
@@ -214,92 +245,85 @@ Word Emitter::undeclaredChannel(const FileStatement &s)
     return channel && !meaning_.resolve(*program_, *s.advancing->ref, true) ? s.advancing->ref->names[0] : 0;
 }
 
+// How far a WRITE advances the paper: lines, as a C expression.
+std::string Emitter::advance(const FileStatement &s)
+{
+    if (s.page) return "ZVK_ADVANCE_PAGE";
+    if (const Word channel = s.mnemonic ? s.mnemonic : undeclaredChannel(s)) {
+        const std::string &device = wordText(channel);
+        for (const char *top : {"C01", "FORMFEED", "TOP", "PAGE", "TOP-OF-PAGE", "XXXXX049"})
+            if (device == top) return "ZVK_ADVANCE_PAGE";
+        return device.rfind("CSP", 0) == 0 ? "0" : "1";
+    }
+    if (!s.advancing) return "1";
+    if (!s.positioning) return cat("(int32_t)", integer(s.advancing));
+    if (isNumericExpr(s.advancing)) {
+        const std::string sign = integer(s.advancing);
+        return cat("(int32_t)", sign, " > 0 ? (int32_t)", integer(s.advancing), " : ZVK_ADVANCE_PAGE");
+    }
+    // A printer's control character: blank, 0, - and + for so many lines, 1 for a page.
+    const std::string c = cat("*", text(s.advancing).address);
+    return cat(c, " == '1' ? ZVK_ADVANCE_PAGE : ", c, " == '0' ? 2 : ", c, " == '-' ? 3 : ", c, " != '+'");
+}
+
+void Emitter::endOfPage(const Phrases &p, const std::string &request)
+{
+    const std::string reached = cat(request, ".options & ZVK_REQUEST_END_OF_PAGE");
+    if (p.has) {
+        put("if (", reached, ") {\n");
+        block(p.on);
+        put("}\n");
+    }
+    if (p.hasNot) {
+        put(p.has ? "else " : cat("if (!(", reached, ")) "), "{\n");
+        block(p.onNot);
+        put("}\n");
+    }
+}
+
 void Emitter::writeStatement(const FileStatement &s)
 {
     Loc record;
     File *f = fileOfRecord(s, record);
     if (!f) return;
-    if (f->sortFile) {
-        error(s.at, "a record of a sort file is written with RELEASE");
-        return;
-    }
+    if (f->sortFile) return error(s.at, "a record of a sort file is written with RELEASE");
     if (s.from) move(s.from, record);
-    std::string request = temp("FileRequest");
-    put("memset(&", request, ", 0, sizeof ", request, ");\n");
+    const std::string request = newRequest();
+
     // In a file of pages or one that is advanced anywhere, a WRITE without ADVANCING is one AFTER a
     // line.
     if (s.before || s.after || f->linage || isPrinted(*f)) {
-        std::string advance = "1";
-        if (s.page) {
-            advance = "ZVK_ADVANCE_PAGE";
-        } else if (const Word channel = s.mnemonic ? s.mnemonic : undeclaredChannel(s)) {
-            const std::string &device = wordText(channel);
-            if (device == "C01" || device == "FORMFEED" || device == "TOP" || device == "PAGE" ||
-                device == "TOP-OF-PAGE" || device == "XXXXX049")
-                advance = "ZVK_ADVANCE_PAGE";
-            else if (device.rfind("CSP", 0) == 0)
-                advance = "0";
-            else
-                advance = "1";
-        } else if (s.advancing && s.positioning && !isNumericExpr(s.advancing)) {
-            // A printer's control character: blank, 0, - and + for so many lines, 1 for a page.
-            const std::string c = cat("*", text(s.advancing).address);
-            advance = cat(c, " == '1' ? ZVK_ADVANCE_PAGE : ", c, " == '0' ? 2 : ", c, " == '-' ? 3 : ", c, " != '+'");
-        } else if (s.advancing) {
-            advance = cat("(int32_t)", integer(s.advancing));
-            if (s.positioning) advance += joined(" > 0 ? (int32_t)", integer(s.advancing), " : ZVK_ADVANCE_PAGE");
-        }
+        const std::string lines = advance(s);
         put(request, ".options = ", s.before ? "ZVK_REQUEST_BEFORE" : "ZVK_REQUEST_AFTER", "; ", request,
-            ".advance = ", advance, ";\n");
+            ".advance = ", lines, ";\n");
     }
     encodeRecord(*f, request);
     linageValues(*f);
     if (f->linage)
         put(emits(Do::LinageBefore), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ");\n");
-    std::string length;
-    if (f->recordDepending) {
-        Unwatched unwatched(*this);
-        Loc loc = locate(*f->recordDepending);
-        if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
-    } else {
-        // The record's own length, with the present number of occurrences.
-        Loc now = locateItem(*record.item);
-        length = cat("(uint32_t)", now.length);
-    }
-    if (f->minRecord == f->maxRecord && f->organization != K_LINE) length = cat(f->maxRecord);
-    put(request, ".recordLength = ", length, ";\n");
-    if (f->access != K_SEQUENTIAL)
-        relativeKeyIn(*f, request);
-    else if (f->organization == K_RELATIVE && f->relativeKey) {
-        relativeKeyIn(*f, request);
+    recordLengthIn(*f, record, request);
+
+    // In sequence the run time numbers the records, and only the item's limit counts.
+    relativeKeyIn(*f, request);
+    if (f->organization == K_RELATIVE && f->access != K_SEQUENTIAL)
+        put(request, ".options |= ZVK_REQUEST_KEY;\n");
+    else if (f->organization == K_RELATIVE && f->relativeKey)
         put(request, ".relativeKey = 0;\n");
-    }
-    if (f->organization == K_RELATIVE && f->access != K_SEQUENTIAL) put(request, ".options |= ZVK_REQUEST_KEY;\n");
+
     put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     debugNow();
     prepare(*f);
     if (f->access == K_SEQUENTIAL && f->organization != K_LINE)
-        put("if (F", f->number, "->mode & ZVK_OPEN_IO) ", emits(Do::Refuse), "(F", f->number, ", p", f->program->number,
-            "_element, 48, ZVK_VERB_WRITE);\nelse ");
-    put("F", f->number, slot(emits(Do::Write)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-        ");\n");
+        put("if (F", f->number, "->mode & ZVK_OPEN_IO) ", emits(Do::Refuse), "(", fcbAndElement(*f),
+            ", 48, ZVK_VERB_WRITE);\nelse ");
+    callVerb(*f, emits(Do::Write), request);
+
     if (f->linage)
         put(emits(Do::LinageAfter), "(F", f->number, ", &I", f->number, ".linage[0], &G", f->number, ", ", request,
             ".advance);\n");
     if (f->access == K_SEQUENTIAL) relativeKeyOut(*f, request);
-    if (s.eop.has || s.eop.hasNot) {
-        if (s.eop.has) {
-            put("if (", request, ".options & ZVK_REQUEST_END_OF_PAGE) {\n");
-            block(s.eop.on);
-            put("}\n");
-        }
-        if (s.eop.hasNot) {
-            put(s.eop.has ? "else " : cat("if (!(", request, ".options & ZVK_REQUEST_END_OF_PAGE)) "), "{\n");
-            block(s.eop.onNot);
-            put("}\n");
-        }
-    }
-    afterVerb(s, *f, true);
+    endOfPage(s.eop, request);
+    afterVerb(s, *f);
 }
 
 void Emitter::rewriteStatement(const FileStatement &s)
@@ -308,16 +332,8 @@ void Emitter::rewriteStatement(const FileStatement &s)
     File *f = fileOfRecord(s, record);
     if (!f) return;
     if (s.from) move(s.from, record);
-    std::string request = temp("FileRequest");
-    put("memset(&", request, ", 0, sizeof ", request, ");\n");
-    std::string length = cat("(uint32_t)", locateItem(*record.item).length);
-    if (f->recordDepending) {
-        Unwatched unwatched(*this);
-        Loc loc = locate(*f->recordDepending);
-        if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
-    }
-    if (f->minRecord == f->maxRecord) length = cat(f->maxRecord);
-    put(request, ".recordLength = ", length, ";\n");
+    const std::string request = newRequest();
+    recordLengthIn(*f, record, request);
     if (f->access != K_SEQUENTIAL) {
         put(request, ".options = ZVK_REQUEST_KEY;\n");
         relativeKeyIn(*f, request);
@@ -327,9 +343,8 @@ void Emitter::rewriteStatement(const FileStatement &s)
     put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     debugNow();
     prepare(*f);
-    put("F", f->number, slot(emits(Do::Rewrite)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-        ");\n");
-    afterVerb(s, *f, true);
+    callVerb(*f, emits(Do::Rewrite), request);
+    afterVerb(s, *f);
 }
 
 // RETRY into the request.
@@ -348,16 +363,10 @@ void Emitter::deleteStatement(const FileStatement &s)
     if (s.wholeFile) return deleteFile(s);
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
-    if (f->sortFile) {
-        error(s.fileAt, "a sort file is not deleted");
-        return;
-    }
-    if (f->organization != K_INDEXED && f->organization != K_RELATIVE) {
-        error(s.fileAt, "DELETE goes with an indexed or a relative file");
-        return;
-    }
-    std::string request = temp("FileRequest");
-    put("memset(&", request, ", 0, sizeof ", request, ");\n");
+    if (f->sortFile) return error(s.fileAt, "a sort file is not deleted");
+    if (f->organization != K_INDEXED && f->organization != K_RELATIVE)
+        return error(s.fileAt, "DELETE goes with an indexed or a relative file");
+    const std::string request = newRequest();
     if (f->access != K_SEQUENTIAL) {
         put(request, ".options = ZVK_REQUEST_KEY;\n");
         relativeKeyIn(*f, request);
@@ -365,22 +374,38 @@ void Emitter::deleteStatement(const FileStatement &s)
     retry(s, request);
     put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     prepare(*f);
-    put("F", f->number, slot(emits(Do::Delete)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-        ");\n");
+    callVerb(*f, emits(Do::Delete), request);
     debugFile(*f, nullptr);
-    afterVerb(s, *f, true);
+    afterVerb(s, *f);
+}
+
+// The key of START, an indexed file's or the beginning of one. False: it is none.
+bool Emitter::startKey(const FileStatement &s, const File &f, const std::string &request)
+{
+    int key = splitKeyNumber(f, *s.key);
+    Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;
+    if (key < 0 && !item) return false;
+    if (item) key = keyNumber(f, *item, true);
+    if (key < 0) {
+        error(s.key->at, wordText(item->name) + " is no key of the file, and no beginning of one");
+        return false;
+    }
+    // 0: the whole of a split key
+    put(request, ".key = ", key, "; ", request, ".keyLength = ", item ? item->size : 0, ";\n");
+    if (s.advancing) // START ... WITH LENGTH: no more than the key has
+        put("if (", integer(s.advancing), " > 0",
+            item ? cat(" && ", integer(s.advancing), " < ", item->size) : std::string(), ") ", request,
+            ".keyLength = (uint32_t)", integer(s.advancing), ";\n");
+    return true;
 }
 
 void Emitter::startStatement(const FileStatement &s)
 {
     File *f = meaning_.file(*program_, s.file, s.fileAt);
     if (!f) return;
-    if (f->organization != K_INDEXED && f->organization != K_RELATIVE) {
-        error(s.fileAt, "START goes with an indexed or a relative file");
-        return;
-    }
-    std::string request = temp("FileRequest");
-    put("memset(&", request, ", 0, sizeof ", request, ");\n");
+    if (f->organization != K_INDEXED && f->organization != K_RELATIVE)
+        return error(s.fileAt, "START goes with an indexed or a relative file");
+    const std::string request = newRequest();
     const char *relation = s.relation == '='             ? "ZVK_RELATION_EQUAL"
                            : s.relation == '>'           ? "ZVK_RELATION_GREATER"
                            : s.relation == kGreaterEqual ? "ZVK_RELATION_NOT_LESS"
@@ -389,42 +414,21 @@ void Emitter::startStatement(const FileStatement &s)
                            : s.relation == K_FIRST       ? "ZVK_RELATION_FIRST"
                            : s.relation == K_LAST        ? "ZVK_RELATION_LAST"
                                                          : nullptr;
-    if (!relation) {
-        error(s.at, "START does not go with NOT EQUAL");
-        return;
-    }
+    if (!relation) return error(s.at, "START does not go with NOT EQUAL");
     put(request, ".relation = ", relation, ";\n");
     if (f->organization == K_RELATIVE && s.key && f->relativeKey) {
         Item *item = meaning_.resolve(*program_, *s.key);
         if (!item) return;
-        if (item != meaning_.resolve(*f->program, *f->relativeKey)) {
-            error(s.key->at, "the key of a relative file is the item of its RELATIVE KEY");
-            return;
-        }
+        if (item != meaning_.resolve(*f->program, *f->relativeKey))
+            return error(s.key->at, "the key of a relative file is the item of its RELATIVE KEY");
     }
-    if (f->organization == K_INDEXED && s.key) {
-        int key = splitKeyNumber(*f, *s.key);
-        Item *item = key < 0 ? meaning_.resolve(*program_, *s.key) : nullptr;
-        if (key < 0 && !item) return;
-        if (item) key = keyNumber(*f, *item, true);
-        if (key < 0) {
-            error(s.key->at, wordText(item->name) + " is no key of the file, and no beginning of one");
-            return;
-        }
-        // 0: the whole of a split key
-        put(request, ".key = ", key, "; ", request, ".keyLength = ", item ? item->size : 0, ";\n");
-        if (s.advancing) // START ... WITH LENGTH: no more than the key has
-            put("if (", integer(s.advancing), " > 0",
-                item ? cat(" && ", integer(s.advancing), " < ", item->size) : std::string(), ") ", request,
-                ".keyLength = (uint32_t)", integer(s.advancing), ";\n");
-    }
+    if (f->organization == K_INDEXED && s.key && !startKey(s, *f, request)) return;
     relativeKeyIn(*f, request);
     put("F", f->number, "->statement = ", statementFlags(s, false), ";\n");
     prepare(*f);
-    put("F", f->number, slot(emits(Do::Start)), "(F", f->number, ", p", f->program->number, "_element, &", request,
-        ");\n");
+    callVerb(*f, emits(Do::Start), request);
     debugFile(*f, nullptr);
-    afterVerb(s, *f, true);
+    afterVerb(s, *f);
 }
 
 void Emitter::unlockStatement(const FileStatement &s)
@@ -436,9 +440,8 @@ void Emitter::unlockStatement(const FileStatement &s)
         return;
     }
     prepare(*f);
-    std::string request = temp("FileRequest");
-    put("memset(&", request, ", 0, sizeof ", request, ");\nF", f->number, slot(emits(Do::Unlock)), "(F", f->number,
-        ", p", f->program->number, "_element, &", request, ");\n");
+    const std::string request = newRequest();
+    callVerb(*f, emits(Do::Unlock), request);
 }
 
 } // namespace kvrcob

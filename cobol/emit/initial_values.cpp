@@ -79,9 +79,8 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
     return bytes + std::string(item.size - bytes.size(), ' ');
 }
 
-void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector<InitOp> &ops)
+void Emitter::initOps(const Item &item, uint64_t offset, std::vector<InitOp> &ops)
 {
-    (void)whole;
     auto add = [&](std::string bytes) {
         if (!ops.empty() && ops.back().count == 0 && !ops.back().edited &&
             ops.back().offset + ops.back().bytes.size() == offset)
@@ -122,12 +121,12 @@ void Emitter::initOps(const Item &item, uint64_t offset, bool whole, std::vector
         add(valueBytes(*program_, item));
     } else {
         for (const Item *child : item.children)
-            if (!child->redefines) initOps(*child, offset + child->offset - item.offset, false, ops);
+            if (!child->redefines) initOps(*child, offset + child->offset - item.offset, ops);
     }
     if (table) ops.push_back({offset, "", item.size, item.occursMax});
 }
 
-static std::string fillOrCopy(Emitter *, const std::string &to, const std::string &bytes, const std::string &literal)
+static std::string fillOrCopy(const std::string &to, const std::string &bytes, const std::string &literal)
 {
     bool same = bytes.find_first_not_of(bytes[0]) == std::string::npos;
     if (same && bytes.size() > 8)
@@ -136,64 +135,68 @@ static std::string fillOrCopy(Emitter *, const std::string &to, const std::strin
     return cat("memcpy(", to, ", ", literal, ", ", bytes.size(), ");\n");
 }
 
+// The length of the run of equal bytes at a place.
+static size_t runAt(const std::string &bytes, size_t at)
+{
+    size_t end = at;
+    while (end < bytes.size() && bytes[end] == bytes[at]) end++;
+    return end - at;
+}
+
+// Long runs of one character are filled; the rest is copied, in pieces that a C literal can have.
+void Emitter::initialBytes(const std::string &base, uint64_t offset, const std::string &bytes)
+{
+    constexpr size_t longRun = 64, longestLiteral = 16000;
+    for (size_t from = 0; from < bytes.size();) {
+        size_t end = from; // of what is copied
+        while (end < bytes.size() && runAt(bytes, end) < longRun) end += runAt(bytes, end);
+        for (; from < end; from += std::min(longestLiteral, end - from)) {
+            std::string piece = bytes.substr(from, std::min(longestLiteral, end - from));
+            put(fillOrCopy(cat(base, " + ", offset + from), piece, bytesLiteral(piece)));
+        }
+        if (from == bytes.size()) break;
+        const size_t run = runAt(bytes, from);
+        put("memset(", base, " + ", offset + from, ", ", static_cast<int>(static_cast<unsigned char>(bytes[from])),
+            ", ", run, ");\n");
+        from += run;
+    }
+}
+
+// An edited item that begins with a number: by a MOVE, which has temporaries of its own.
+void Emitter::initialEdited(const std::string &base, const InitOp &op)
+{
+    std::string before;
+    before.swap(code_);
+    openBlock();
+    Loc loc = locateItem(*op.edited, "", true);
+    loc.address = cat("(", base, " + ", op.offset, ")");
+    move(op.edited->values[0].from, loc);
+    before += joined("{ ", insertions_[blocks_.back()].text, code_, "}\n");
+    insertions_.pop_back();
+    blocks_.pop_back();
+    code_.swap(before);
+}
+
+void Emitter::initialRecord(const Item &record)
+{
+    std::vector<InitOp> ops;
+    initOps(record, 0, ops);
+    const std::string base = baseOf(record);
+    for (const InitOp &op : ops) {
+        if (op.edited)
+            initialEdited(base, op);
+        else if (op.count)
+            put(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count, ");\n");
+        else
+            initialBytes(base, op.offset, op.bytes);
+    }
+}
+
 void Emitter::initialValues(Program &p)
 {
-    auto begin = [&](const Item *record) {
-        std::vector<InitOp> ops;
-        initOps(*record, 0, true, ops);
-        std::string base = baseOf(*record);
-        for (const InitOp &op : ops) {
-            if (op.edited) {
-                std::string before;
-                before.swap(code_);
-                openBlock();
-                Loc loc = locateItem(*op.edited, "", true);
-                loc.address = cat("(", base, " + ", op.offset, ")");
-                move(op.edited->values[0].from, loc);
-                std::string moved = std::move(code_);
-                before += joined("{ ", insertions_[blocks_.back()].text, moved, "}\n");
-                insertions_.pop_back();
-                blocks_.pop_back();
-                code_.swap(before);
-                continue;
-            }
-            if (op.count) {
-                put(emits(Do::Replicate, Of::Table), "(", base, " + ", op.offset, ", ", op.size, ", ", op.count,
-                    ");\n");
-                continue;
-            }
-            // Long runs of one character are filled; the rest is copied.
-            size_t i = 0;
-            const std::string &bytes = op.bytes;
-            while (i < bytes.size()) {
-                size_t j = i;
-                while (j < bytes.size()) {
-                    size_t run = j;
-                    while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                    if (run - j >= 64) break;
-                    j = run;
-                }
-                if (j > i) {
-                    std::string part = bytes.substr(i, j - i);
-                    for (size_t k = 0; k < part.size(); k += 16000) {
-                        std::string piece = part.substr(k, 16000);
-                        put(fillOrCopy(this, cat(base, " + ", op.offset + i + k), piece, bytesLiteral(piece)));
-                    }
-                }
-                if (j < bytes.size()) {
-                    size_t run = j;
-                    while (run < bytes.size() && bytes[run] == bytes[j]) run++;
-                    put("memset(", base, " + ", op.offset + j, ", ",
-                        static_cast<int>(static_cast<unsigned char>(bytes[j])), ", ", run - j, ");\n");
-                    j = run;
-                }
-                i = j;
-            }
-        }
-    };
     auto records = [&](Item::Section section) {
         for (const Item *record : p.records)
-            if (record->section == section && !record->redefines && !record->external) begin(record);
+            if (record->section == section && !record->redefines && !record->external) initialRecord(*record);
     };
     // A file's record area begins as its first record does, with blanks after it.
     auto recordAreas = [&] {
@@ -201,7 +204,7 @@ void Emitter::initialValues(Program &p)
             if (f->external || f->records.empty()) continue;
             uint32_t room = recordRoom(p, *f);
             if (room > f->records[0]->size) put("memset(F", f->number, "->record, 32, ", room, ");\n");
-            begin(f->records[0]);
+            initialRecord(*f->records[0]);
         }
     };
     // The run time makes EXTERNAL records as zero bytes. The first program that has one gives it
@@ -220,7 +223,7 @@ void Emitter::initialValues(Program &p)
         for (size_t i = 0; i < made.size(); i++) {
             put("if (", emits(Do::FirstExternal), "(addresses[", i, "], E", made[i]->number, ", ",
                 made[i]->storageSize(), ")) {\n");
-            begin(made[i]);
+            initialRecord(*made[i]);
             put("}\n");
         }
         put("}\n");

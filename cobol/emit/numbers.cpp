@@ -318,6 +318,63 @@ Num Emitter::power(Num a, Num b, const Expr *exponent)
     return floatNumber(cat(emits(Do::Power, Of::Float, Of::Float), "(", a.text, ", ", b.text, ", &", zeroFlag(), ")"));
 }
 
+Num Emitter::referenceNumber(const Expr *e)
+{
+    Loc loc = locate(*e->ref);
+    if (!loc.good()) return Num{};
+    const Category category = loc.item->category;
+    if (loc.refmod) {
+        // A part of a number's digits, such as the year of a date: many programs compute with it.
+        if (category != Category::Numeric) {
+            error(e->at, "a part of an item is no number");
+            return Num{};
+        }
+        meaning_.warning("extension", e->at, "a part of a numeric item as a number is an extension");
+    }
+    if (!isNumericItem(*loc.item) && category != Category::NumericEdited && category != Category::Pointer) {
+        error(e->at, wordText(e->ref->names[0]) + " is no numeric item");
+        return Num{};
+    }
+    if (category == Category::NumericEdited)
+        meaning_.warning("extension", e->at, "an edited item as a number is an extension");
+    return itemNumber(loc);
+}
+
+// LENGTH OF a literal or an item.
+Num Emitter::lengthNumber(const Expr *e)
+{
+    if (e->left) return integerNumber(cat(e->left->text.size(), "LL"), 10);
+    if (!e->ref) return Num{};
+    Item *item = meaning_.resolve(*program_, *e->ref);
+    if (!item) return Num{};
+    // A table's own length of one occurrence needs no subscripts.
+    if (e->ref->subscripts.empty() && !e->ref->refmod && fixedOccurrence(*item))
+        return integerNumber(cat(item->size, "LL"), 10);
+    return integerNumber(cat("(int64_t)(", locate(*e->ref).length, ")"), 10);
+}
+
+// A chain of operators may be long: from the left, without recursion.
+Num Emitter::arithmeticNumber(const Expr *e, int wantScale)
+{
+    std::vector<const Expr *> chain;
+    const Expr *first = e;
+    for (; first->kind == ExprKind::Arithmetic; first = first->left) chain.push_back(first);
+    Num n = number(first, -1);
+    for (size_t i = chain.size(); i-- > 0;) {
+        const Expr &step = *chain[i];
+        Num right = number(step.right, -1);
+        if (step.op == '+' || step.op == '-')
+            n = add(n, right, step.op == '-');
+        else if (step.op == '*')
+            n = multiply(n, right);
+        else if (step.op == '/')
+            n = divide(n, right, i == 0 ? wantScale : -1);
+        else
+            n = n.good() && right.good() ? power(n, right, step.right) : Num{};
+    }
+    return n;
+}
+
 Num Emitter::number(const Expr *e, int wantScale)
 {
     e = constant(e);
@@ -332,62 +389,14 @@ Num Emitter::number(const Expr *e, int wantScale)
         }
         error(e->at, "a number is needed here");
         return Num{};
-    case ExprKind::Negate: {
-        Num n = number(e->left, wantScale);
-        return negate(n);
-    }
-    case ExprKind::Reference: {
-        Loc loc = locate(*e->ref);
-        if (!loc.good()) return Num{};
-        if (!loc.refmod && !isNumericItem(*loc.item) && loc.item->category != Category::NumericEdited &&
-            loc.item->category != Category::Pointer) {
-            error(e->at, wordText(e->ref->names[0]) + " is no numeric item");
-            return Num{};
-        }
-        if (loc.refmod) {
-            // A part of a number's digits, such as the year of a date: many programs compute with
-            // it.
-            if (loc.item->category != Category::Numeric) {
-                error(e->at, "a part of an item is no number");
-                return Num{};
-            }
-            meaning_.warning("extension", e->at, "a part of a numeric item as a number is an extension");
-        }
-        if (loc.item->category == Category::NumericEdited)
-            meaning_.warning("extension", e->at, "an edited item as a number is an extension");
-        return itemNumber(loc);
-    }
-    case ExprKind::LengthOf: {
-        if (e->left) return integerNumber(cat(e->left->text.size(), "LL"), 10);
-        if (!e->ref) return Num{};
-        Item *item = meaning_.resolve(*program_, *e->ref);
-        if (!item) return Num{};
-        // A table's own length of one occurrence needs no subscripts.
-        if (e->ref->subscripts.empty() && !e->ref->refmod && fixedOccurrence(*item))
-            return integerNumber(cat(item->size, "LL"), 10);
-        Loc loc = locate(*e->ref);
-        return integerNumber(cat("(int64_t)(", loc.length, ")"), 10);
-    }
-    case ExprKind::Arithmetic: {
-        // A chain of operators may be long: from the left, without recursion.
-        std::vector<const Expr *> chain;
-        const Expr *first = e;
-        for (; first->kind == ExprKind::Arithmetic; first = first->left) chain.push_back(first);
-        Num n = number(first, -1);
-        for (size_t i = chain.size(); i-- > 0;) {
-            const Expr &step = *chain[i];
-            Num right = number(step.right, -1);
-            if (step.op == '+' || step.op == '-')
-                n = add(n, right, step.op == '-');
-            else if (step.op == '*')
-                n = multiply(n, right);
-            else if (step.op == '/')
-                n = divide(n, right, i == 0 ? wantScale : -1);
-            else
-                n = n.good() && right.good() ? power(n, right, step.right) : Num{};
-        }
-        return n;
-    }
+    case ExprKind::Negate:
+        return negate(number(e->left, wantScale));
+    case ExprKind::Reference:
+        return referenceNumber(e);
+    case ExprKind::LengthOf:
+        return lengthNumber(e);
+    case ExprKind::Arithmetic:
+        return arithmeticNumber(e, wantScale);
     case ExprKind::Kept:
         return kept_[e].num;
     case ExprKind::Function:

@@ -26,7 +26,10 @@ void Emitter::linageValues(const File &f)
 // What the file's other users may do, of its SELECT or of an OPEN.
 std::string Emitter::shareMode(const File &f, Word sharing)
 {
-    int others = sharing == K_ALL ? 1 : sharing == K_READ ? 2 : sharing == K_NO ? 3 : f.lockMode == K_EXCLUSIVE ? 3 : 0;
+    const char *others = sharing == K_ALL                                             ? "ZVK_FILE_SHARE_ALL"
+                         : sharing == K_READ                                          ? "ZVK_FILE_SHARE_READ"
+                         : sharing == K_NO || (!sharing && f.lockMode == K_EXCLUSIVE) ? "ZVK_FILE_SHARE_NONE"
+                                                                                      : "0";
     return cat(others, f.lockMultiple ? " | ZVK_FILE_LOCK_COUNT" : "");
 }
 
@@ -53,8 +56,7 @@ bool Emitter::mayBeGiven(const File &f)
 void Emitter::openGiven(const File &f, bool probe)
 {
     openGiven_ = true;
-    put(emits(Do::OpenGiven), "(F", f.number, ", p", f.program->number, "_element, &I", f.number, ".fib, ",
-        probe ? 1 : 0, ");\n");
+    put(emits(Do::OpenGiven), "(", fcbAndElement(f), ", &I", f.number, ".fib, ", probe ? 1 : 0, ");\n");
 }
 
 void Emitter::openStatement(const OpenStatement &s)
@@ -83,10 +85,10 @@ void Emitter::openStatement(const OpenStatement &s)
         if ((part.mode != K_OUTPUT || f->readable) && mayBeGiven(*f))
             openGiven(*f, false);
         else
-            put("F", f->number, slot(emits(Do::Open)), "(F", f->number, ", p", f->program->number, "_element);\n");
+            put("F", f->number, slot(emits(Do::Open)), "(", fcbAndElement(*f), ");\n");
         if (part.reversed) {
             reversed_ = true;
-            put(emits(Do::OpenReversed), "(F", f->number, ", p", f->program->number, "_element);\n");
+            put(emits(Do::OpenReversed), "(", fcbAndElement(*f), ");\n");
         }
         debugFile(*f, nullptr);
     }
@@ -105,15 +107,15 @@ void Emitter::closeStatement(const CloseStatement &s)
         if (part.reel) {
             // There are no reels: the statement is successful, with status 07, and the file stays
             // open.
-            put(emits(Do::CloseReel), "(F", f->number, ", p", f->program->number, "_element);\n");
+            put(emits(Do::CloseReel), "(", fcbAndElement(*f), ");\n");
             debugFile(*f, nullptr);
             continue;
         }
         // A CLOSE of a file that is not open leaves the lock of an earlier CLOSE as it is.
         put("F", f->number, "->closeOptions = F", f->number, "->mode ? ", part.lock ? "ZVK_CLOSE_LOCK" : "0",
-            part.noRewind ? " | 0x0800" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F", f->number,
-            "->statement = 0;\n");
-        put("F", f->number, slot(emits(Do::Close)), "(F", f->number, ", p", f->program->number, "_element);\n");
+            part.noRewind ? " | ZVK_CLOSE_NO_REWIND" : "", " : F", f->number, "->lastCloseOptions & ZVK_CLOSE_LOCK; F",
+            f->number, "->statement = 0;\n");
+        put("F", f->number, slot(emits(Do::Close)), "(", fcbAndElement(*f), ");\n");
         debugFile(*f, nullptr);
     }
 }
@@ -132,7 +134,7 @@ void Emitter::deleteFile(const FileStatement &s)
         assignment(*f);
         prepare(*f);
         deleteFile_ = true;
-        put(emits(Do::DeleteFile), "(F", f->number, ", p", f->program->number, "_element, &I", f->number, ".fib);\n");
+        put(emits(Do::DeleteFile), "(", fcbAndElement(*f), ", &I", f->number, ".fib);\n");
     }
 }
 

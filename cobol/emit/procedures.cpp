@@ -203,37 +203,25 @@ static Tok firstStatement(const Program &p)
     return p.procedureAt;
 }
 
-void Emitter::procedures(Program &p)
+// USE procedures are entered from the library: each by a number of its own.
+std::string Emitter::useEntries(Program &p)
 {
-    findWatched(p);
-    code_.clear();
-    code_.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
-    insertions_.clear();
-    blocks_.clear();
-    firstSite_ = sites_ + 1;
-    counters_ = 0;
-    flow_ = Flow();
-    flow_.entered.assign(p.procedures.size(), 0);
-    flow_.endsAway.assign(p.procedures.size(), 0);
-    findCircles(p);
-    alterable(p);
-    entryCases_.clear();
-    useTargets_.clear();
-
-    // USE procedures are entered from the library: each by a number of its own.
     std::string entries;
     for (size_t i = 0; i < p.uses.size(); i++) {
-        size_t end = p.uses[i].procedure;
-        uint32_t site = ++sites_;
-        p.procedures[end].returns.push_back(site);
-        entries +=
-            joined("case ", i + 1, ": x[", end, "] = ", site, ";",
-                   debugs_ ? cat(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";") : "",
-                   " goto p", p.uses[i].procedure, ";\n");
+        const size_t procedure = p.uses[i].procedure;
+        const uint32_t site = ++sites_;
+        p.procedures[procedure].returns.push_back(site);
+        entries += joined("case ", i + 1, ": x[", procedure, "] = ", site, ";");
+        if (debugs_) entries += joined(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";");
+        entries += joined(" goto p", procedure, ";\n");
         useReturns_ += joined("r", site, ": return 0;\n");
     }
+    return entries;
+}
 
-    // All of the code, with marks. What comes before the first procedure are its temporaries only.
+// The code of all procedures, with marks. What comes before the first one are its temporaries only.
+void Emitter::allProcedures(Program &p)
+{
     starts_.clear();
     openBlock();
     for (size_t i = 0; i < p.procedures.size(); i++) {
@@ -253,16 +241,15 @@ void Emitter::procedures(Program &p)
     put("leave: ;\n");
     leaveInUse();
     starts_.emplace_back(code_.size(), insertions_.size());
-
     blocks_.pop_back();
-    chooseFunctions(p);
-    for (const Flow::Perform &perform : flow_.performs) p.procedures[perform.end].returns.push_back(perform.site);
+}
 
-    // The cells are in memory, and not in as many variables: those would be live everywhere, and
-    // the C compiler would take its time.
-    std::string out;
-    out.reserve(code_.size() + 32 * insertions_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
-    size_t saved = sites_ + 1 - firstSite_;
+// The big function: all procedures that are in no function of their own. The cells are in memory,
+// and not in as many variables: those would be live everywhere, and the C compiler would take its
+// time.
+void Emitter::bodyFunction(const Program &p, const std::string &entries, std::string &out)
+{
+    const size_t saved = sites_ + 1 - firstSite_;
     line(p.at, out);
     out += joined("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
                   "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
@@ -277,18 +264,50 @@ void Emitter::procedures(Program &p)
         if (owners_[i] < 0) appendProcedure(i, out);
     appendProcedure(p.procedures.size(), out);
     out += "return 0;\n}\n";
+}
 
-    for (size_t r = 0; r < ranges_.size(); r++) {
-        std::string name = functionName(ranges_[r]);
-        globals_ += joined("KVR_PERFORMED(", name, ");\n");
-        line(p.procedures[ranges_[r].first].at, out);
-        out += joined("KVR_PERFORMED(", name, ")\n{\n");
-        for (size_t i = ranges_[r].first; i <= ranges_[r].last; i++)
-            if (owners_[i] == static_cast<int>(r)) appendProcedure(i, out);
-        out += "leave: __attribute__((unused));\nreturn 1;\n";
-        for (size_t to : ranges_[r].exits) out += joined("p", to, ": return ", to + 2, ";\n");
-        out += "}\n";
-    }
+// A function of its own: it returns 0 at the end of the range, 1 to leave the program, and the
+// number of a procedure outside, plus 2, to go there.
+void Emitter::rangeFunction(const Program &p, size_t r, std::string &out)
+{
+    const Range &range = ranges_[r];
+    const std::string name = functionName(range);
+    globals_ += joined("KVR_PERFORMED(", name, ");\n");
+    line(p.procedures[range.first].at, out);
+    out += joined("KVR_PERFORMED(", name, ")\n{\n");
+    for (size_t i = range.first; i <= range.last; i++)
+        if (owners_[i] == static_cast<int>(r)) appendProcedure(i, out);
+    out += "leave: __attribute__((unused));\nreturn 1;\n";
+    for (size_t to : range.exits) out += joined("p", to, ": return ", to + 2, ";\n");
+    out += "}\n";
+}
+
+void Emitter::procedures(Program &p)
+{
+    findWatched(p);
+    code_.clear();
+    code_.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
+    insertions_.clear();
+    blocks_.clear();
+    firstSite_ = sites_ + 1;
+    counters_ = 0;
+    flow_ = Flow();
+    flow_.entered.assign(p.procedures.size(), 0);
+    flow_.endsAway.assign(p.procedures.size(), 0);
+    findCircles(p);
+    alterable(p);
+    entryCases_.clear();
+    useTargets_.clear();
+
+    const std::string entries = useEntries(p);
+    allProcedures(p);
+    chooseFunctions(p);
+    for (const Flow::Perform &perform : flow_.performs) p.procedures[perform.end].returns.push_back(perform.site);
+
+    std::string out;
+    out.reserve(code_.size() + 32 * insertions_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
+    bodyFunction(p, entries, out);
+    for (size_t r = 0; r < ranges_.size(); r++) rangeFunction(p, r, out);
     debugs_ = false;
     code_ = std::move(out);
     insertions_.clear();

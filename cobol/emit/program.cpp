@@ -229,32 +229,35 @@ void Emitter::storage(Program &p)
                        "body(int entry);\n");
 }
 
+// What the library calls for each USE procedure.
+void Emitter::useRecords(const Program &p)
+{
+    if (p.uses.empty()) return;
+    useRoutine(p);
+    for (size_t u = 1; u <= p.uses.size(); u++)
+        globals_ += joined("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u,
+                           " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u, "};\n");
+}
+
 void Emitter::program(Program &p)
 {
     program_ = &p;
     alphabets(p);
     storage(p);
     if (options_.debugMap) debugMap(p);
-    for (size_t u = 0; u < p.uses.size(); u++) {
-        if (u == 0) useRoutine(p);
-        globals_ += joined("static const struct { void *routine; uint64_t argument; } p", p.number, "_use", u + 1,
-                           " __attribute__((unused)) = {(void *)p", p.number, "_useRoutine, ", u + 1, "};\n");
-    }
+    useRecords(p);
     fileRecords(p);
     code_.clear();
-    std::string functions;
     blocks_.clear();
     insertions_.clear();
     usesVisible_ = false;
     beginsAgain_.clear();
     procedures(p);
     if (usesVisible_) visiblePrograms(p);
-    functions = std::move(code_);
+    std::string functions = std::move(code_);
     code_.clear();
     line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
-    functions += code_;
-    code_.clear();
     entry(p);
     functions += code_;
     for (Program *inner : p.nested) program(*inner);
@@ -299,40 +302,36 @@ constexpr const char *kBeginning = R"(/* Made by kvrcob. */
 #include "kvr2/kvrcob.h"
 )";
 
-std::string Emitter::emit()
+// What the C functions of a program and of those in it look like from outside. The symbol of an
+// outermost one is the program's name; the C name is our own, for a program may be called FIB or
+// W1.
+void Emitter::declarations(Program &p, std::string &out)
 {
-    std::string declarations;
-    auto declare = [&](auto &self, Program &p) -> void {
-        if (p.parent) {
-            std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += joined(i ? ", " : "", parameterType(p, i));
-            declarations += joined("static int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters,
-                                   ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
-        } else {
-            std::string parameters;
-            for (size_t i = 0; i < p.parameters.size(); i++) parameters += joined(i ? ", " : "", parameterType(p, i));
-            // The symbol has the program's name; the C name is our own, for a program may be called
-            // FIB or W1.
-            declarations +=
-                cat("int64_t kvr_entry_", p.number, "(", parameters.empty() ? "void" : parameters, ") __asm__(",
-                    bytesLiteral(p.cName), ");\n#define kvr_entry_", p.number, " kvr_entry_", p.number, "\n");
-            const std::string &symbol = p.cName;
-            if (symbol.size() > 1 && symbol[0] != 'F' && symbol.find_first_not_of("0123456789", 1) == std::string::npos)
-                declarations += joined("#define ", symbol, " kvr_", symbol, "\n");
-        }
-        for (const EntryStatement *entry : p.entryPoints) {
-            std::string parameters;
-            for (size_t i = 0; i < entry->parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
-            declarations += joined("int64_t kvr_entry_", p.number, "_", entry->number, "(",
-                                   parameters.empty() ? "void" : parameters, ") __asm__(",
-                                   bytesLiteral(wordText(entry->name)), ");\n");
-        }
-        declarations += joined("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
-        for (Program *inner : p.nested) self(self, *inner);
-    };
-    exceptions_ = asksForExceptions();
-    for (Program *p : group_.programs) declare(declare, *p);
-    for (Program *p : group_.programs) program(*p);
+    std::string parameters;
+    for (size_t i = 0; i < p.parameters.size(); i++) parameters += joined(i ? ", " : "", parameterType(p, i));
+    if (parameters.empty()) parameters = "void";
+    const std::string entry = cat("kvr_entry_", p.number);
+    const std::string &symbol = p.cName;
+    out += joined(p.parent ? "static " : "", "int64_t ", entry, "(", parameters, ")");
+    if (!p.parent) out += cat(" __asm__(", bytesLiteral(symbol), ")");
+    out += joined(";\n#define ", entry, " ", entry, "\n");
+    if (!p.parent && symbol.size() > 1 && symbol[0] != 'F' &&
+        symbol.find_first_not_of("0123456789", 1) == std::string::npos)
+        out += joined("#define ", symbol, " kvr_", symbol, "\n");
+
+    for (const EntryStatement *point : p.entryPoints) {
+        std::string addresses;
+        for (size_t i = 0; i < point->parameters.size(); i++) addresses += i ? ", uint8_t *" : "uint8_t *";
+        out += joined("int64_t ", entry, "_", point->number, "(", addresses.empty() ? "void" : addresses, ") __asm__(",
+                      bytesLiteral(wordText(point->name)), ");\n");
+    }
+    out += joined("static void kvr_cancel_", p.number, "(void) __attribute__((unused));\n");
+    for (Program *inner : p.nested) declarations(*inner, out);
+}
+
+// The headers of helpers that not all programs need.
+std::string Emitter::headers() const
+{
     std::string out = kBeginning;
     if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
     if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
@@ -341,25 +340,40 @@ std::string Emitter::emit()
     if (exceptions_) out += "#include \"kvr2/kvrcob/exceptions.h\"\n";
     if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
     if (utilityNames_) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
-    out += "\n";
-    out.reserve(out.size() + declarations.size() + globals_.size() + functions_.size() + 4096);
-    ((out += declarations) += '\n') += globals_;
+    return out += '\n';
+}
+
+// The C main calls the first program that is no function.
+void Emitter::mainFunction(std::string &out) const
+{
+    auto found =
+        std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
+    if (found == group_.programs.end()) return;
+    const Program &first = **found;
+    const char *weak = options_.main == EmitOptions::MainIfFirst ? "__attribute__((weak)) " : "";
+    out +=
+        joined("\n#line 1 \"<main>\"\n", weak, "int main(int argc, char **argv)\n{\n", emits(Do::Main), "(argc, argv, ",
+               options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_", first.number, ")(");
+    for (size_t i = 0; i < first.parameters.size(); i++)
+        out += joined(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
+    out += ") & 255;\n}\n";
+}
+
+std::string Emitter::emit()
+{
+    std::string declared;
+    exceptions_ = asksForExceptions();
+    for (Program *p : group_.programs) declarations(*p, declared);
+    for (Program *p : group_.programs) program(*p);
+    std::string out = headers();
+    out.reserve(out.size() + declared.size() + globals_.size() + functions_.size() + 4096);
+    ((out += declared) += '\n') += globals_;
     out += '\n';
     if (options_.readable)
         out += functions_;
     else
         joinLines(functions_, out);
-    auto main = std::find_if(group_.programs.begin(), group_.programs.end(), [](Program *p) { return !p->isFunction; });
-    if (options_.main != EmitOptions::NoMain && main != group_.programs.end()) {
-        Program *first = *main;
-        const char *weak = options_.main == EmitOptions::MainIfFirst ? "__attribute__((weak)) " : "";
-        out += joined("\n#line 1 \"<main>\"\n", weak, "int main(int argc, char **argv)\n{\n", emits(Do::Main),
-                      "(argc, argv, ", options_.check ? 1 : 0, ");\nreturn (int)((int64_t (*)())kvr_entry_",
-                      first->number, ")(");
-        for (size_t i = 0; i < first->parameters.size(); i++)
-            out += joined(i ? ", " : "", emits(Do::MainParameter), "(", i, ")");
-        out += ") & 255;\n}\n";
-    }
+    if (options_.main != EmitOptions::NoMain) mainFunction(out);
     return out;
 }
 

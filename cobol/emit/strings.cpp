@@ -16,10 +16,8 @@
 
 namespace kvrcob {
 
-namespace {
-
 // Fills the words of a block one after the other.
-struct Words {
+struct Emitter::Words {
     explicit Words(std::string array) : name(std::move(array)) {}
     std::string name;
     size_t next = 0;
@@ -33,7 +31,26 @@ struct Words {
     void number(uint64_t value) { put(value, "u"); }
     void address(const std::string &value) { put("(uint64_t)(uintptr_t)(", value, ")"); }
     void length(const std::string &value) { put("(uint64_t)(", value, ")"); }
+    void text(const Text &t)
+    {
+        address(t.address);
+        length(t.length);
+    }
 };
+
+namespace {
+
+// Where things are in the blocks, and how long their parts are, in words.
+constexpr size_t kWord = sizeof(uint64_t);
+constexpr size_t kPointerWord = offsetof(UnstringBlock, pointer) / kWord;
+constexpr size_t kTallyWord = offsetof(UnstringBlock, tally) / kWord;
+constexpr size_t kDelimitersWord = offsetof(UnstringBlock, delimiters) / kWord;
+constexpr size_t kDelimiterWords = sizeof(UnstringDelimiter) / kWord;
+constexpr size_t kTargetWords = sizeof(UnstringTarget) / kWord;
+constexpr size_t kCountWord = offsetof(UnstringTarget, count) / kWord;
+constexpr size_t kPhrasesWord = offsetof(InspectBlock, phrases) / kWord;
+constexpr size_t kPhraseWords = sizeof(InspectPhrase) / kWord;
+static_assert(offsetof(StringBlock, pointer) == offsetof(UnstringBlock, pointer));
 
 Expr *expressionOf(Reference *ref)
 {
@@ -111,8 +128,7 @@ void Emitter::stringStatement(const StringStatement &s)
         if (group.delimiter) {
             Text t = text(group.delimiter, true);
             if (!t.good) return;
-            block.address(t.address);
-            block.length(t.length);
+            block.text(t);
         } else {
             block.number(0);
             block.number(0);
@@ -121,8 +137,7 @@ void Emitter::stringStatement(const StringStatement &s)
         for (const Expr *source : group.sources) {
             Text t = text(source, true);
             if (!t.good) return;
-            block.address(t.address);
-            block.length(t.length);
+            block.text(t);
         }
     }
 
@@ -130,7 +145,7 @@ void Emitter::stringStatement(const StringStatement &s)
     put(block.code);
     put(emits(Do::String, Of::Text), "((StringBlock *)", block.name, ", 0, &", overflow, ");\n");
     if (s.pointer) {
-        storeInteger(s.pointer, cat(block.name, "[3]"));
+        storeInteger(s.pointer, cat(block.name, "[", kPointerWord, "]"));
         put("}\n");
     }
     raise(cat(overflow, " != 1"), "\"EC-OVERFLOW-STRING\"");
@@ -139,44 +154,23 @@ void Emitter::stringStatement(const StringStatement &s)
 
 // ---- UNSTRING
 
-// Whether the library can put a field into an item of this kind itself, and as what.
-static bool unstringKind(const Item &item, uint32_t &kind, int64_t &integerSize)
+// Whether the library can put a field into an item of this kind itself.
+static bool takesField(const Item &item)
 {
-    kind = 0;
-    integerSize = 0;
-    if (!item.elementary() || item.category == Category::Alphanumeric || item.category == Category::Alphabetic) {
-        kind = item.justified ? ZVK_UNSTRING_JUST_RIGHT : 0;
-        return true;
-    }
-    if (item.category != Category::Numeric || item.usage != Usage::Display || item.picture.scale < 0 ||
-        item.picture.scale > item.picture.digits)
-        return false;
-    kind = ZVK_UNSTRING_NUMERIC;
-    if (item.signForm == SignForm::TrailingSeparate) kind |= ZVK_UNSTRING_SIGN_SEPARATE;
-    if (item.signForm == SignForm::LeadingSeparate) kind |= ZVK_UNSTRING_SIGN_SEPARATE | ZVK_UNSTRING_SIGN_LEADING;
-    integerSize = item.picture.digits - item.picture.scale;
-    return true;
+    return !item.elementary() || item.category == Category::Alphanumeric || item.category == Category::Alphabetic;
 }
 
-void Emitter::unstringStatement(const UnstringStatement &s)
+// The block: source, POINTER, TALLYING, delimiters. `inRange`: the C condition that POINTER is a
+// place in the source.
+bool Emitter::unstringBlock(const UnstringStatement &s, const Text &source, Words &block, std::string &inRange)
 {
-    Text source = text(s.source, true);
-    if (!source.good) return;
-    int64_t longest = source.fixed >= 0 ? source.fixed : source.item ? source.item->storageSize() : 4096;
-    Words block{temp("uint64_t", cat("[", 6 + 3 * std::max<size_t>(1, s.delimiters.size()), "]"))};
-    Words targets{temp("uint64_t", cat("[", 8 * s.targets.size(), "]"))};
-    std::string overflow = temp("uint32_t"), pointer, inRange = "1";
-    put(overflow, " = 1;\n");
-
-    // The block: source, POINTER, TALLYING, delimiters.
     uint64_t flags =
         (s.pointer ? uint64_t{ZVK_UNSTRING_POINTER} : 0) | (s.tallying ? uint64_t{ZVK_UNSTRING_TALLYING} : 0);
     block.number(flags * kThirdByte);
-    block.address(source.address);
-    block.length(source.length);
+    block.text(source);
+    std::string pointer, tally = "0";
     if (s.pointer) inRange = pointerIn(s.pointer, source.length, pointer);
     block.put(s.pointer ? cat("(uint64_t)", pointer) : "1");
-    std::string tally = "0";
     if (s.tallying) {
         tally = temp("int64_t");
         put(tally, " = ", integer(expressionOf(s.tallying)), ";\n");
@@ -185,74 +179,90 @@ void Emitter::unstringStatement(const UnstringStatement &s)
     block.put(s.delimiters.size(), "u | (uint64_t)", s.targets.size(), "u << 32");
     for (const UnstringStatement::Delimiter &d : s.delimiters) {
         Text t = text(d.value, true);
-        if (!t.good) return;
-        block.address(t.address);
-        block.length(t.length);
+        if (!t.good) return false;
+        block.text(t);
         block.number(d.all || t.kind == Text::All ? ZVK_UNSTRING_ALL : 0u);
     }
+    return true;
+}
 
-    // The receiving items. A count that stays all ones is of an item that the source did not reach.
-    std::vector<std::pair<size_t, Loc>> moved; // those that get their field by a MOVE, from a buffer
-    std::vector<std::string> buffers(s.targets.size());
-    for (size_t i = 0; i < s.targets.size(); i++) {
-        const UnstringStatement::Into &into = s.targets[i];
-        Loc target = locate(*into.target, true);
-        if (!target.good()) return;
-        uint32_t kind = 0;
-        int64_t integerSize = 0;
-        // A number gets its digits by a MOVE: a field at the end of the source may have blanks
-        // after them.
-        if (target.refmod || (unstringKind(*target.item, kind, integerSize) && kind != ZVK_UNSTRING_NUMERIC)) {
-            targets.address(target.address);
-            targets.length(target.length);
-        } else {
-            // Without delimiters a field has the length of its item, without a separate sign.
-            const Item &item = *target.item;
-            int64_t width = std::max<int64_t>(1, longest);
-            if (s.delimiters.empty()) width = isNumericItem(item) ? std::max(1, item.picture.digits) : target.fixed;
-            buffers[i] = tempBytes(width);
-            targets.address(buffers[i]);
-            targets.number(static_cast<uint64_t>(width));
-            moved.emplace_back(i, target);
-            kind = 0;
-            integerSize = 0;
-        }
-        targets.number(static_cast<uint64_t>(integerSize));
-        targets.number(kind * kThirdByte);
-        if (into.delimiter) {
-            Loc delimiter = locate(*into.delimiter, true);
-            if (!delimiter.good()) return;
-            targets.address(delimiter.address);
-            targets.length(delimiter.length);
-            targets.number(!delimiter.refmod && delimiter.item->justified ? ZVK_UNSTRING_JUST_RIGHT * kThirdByte : 0);
-        } else {
-            for (int word = 0; word < 3; word++) targets.number(0);
-        }
-        targets.put("~(uint64_t)0");
+// A receiving item. A number gets its digits by a MOVE, from a buffer: a field at the end of the
+// source may have blanks after them. `longest`: no field is longer.
+bool Emitter::unstringTarget(const UnstringStatement &s, const UnstringStatement::Into &into, int64_t longest,
+                             Words &targets, UnstringField &field)
+{
+    field.target = locate(*into.target, true);
+    if (!field.target.good()) return false;
+    const Item &item = *field.target.item;
+    const uint64_t justified = ZVK_UNSTRING_JUST_RIGHT * kThirdByte;
+    bool right = false;
+    if (field.target.refmod || takesField(item)) {
+        right = !field.target.refmod && item.justified;
+        targets.address(field.target.address);
+        targets.length(field.target.length);
+    } else {
+        // Without delimiters a field has the length of its item, without a separate sign.
+        int64_t width = std::max<int64_t>(1, longest);
+        if (s.delimiters.empty()) width = isNumericItem(item) ? std::max(1, item.picture.digits) : field.target.fixed;
+        field.buffer = tempBytes(width);
+        targets.address(field.buffer);
+        targets.number(static_cast<uint64_t>(width));
     }
+    targets.number(0);
+    targets.number(right ? justified : 0);
+    if (into.delimiter) {
+        Loc delimiter = locate(*into.delimiter, true);
+        if (!delimiter.good()) return false;
+        targets.address(delimiter.address);
+        targets.length(delimiter.length);
+        targets.number(!delimiter.refmod && delimiter.item->justified ? justified : 0);
+    } else {
+        for (int word = 0; word < 3; word++) targets.number(0);
+    }
+    targets.put("~(uint64_t)0"); // a count that stays so is of an item that the source did not reach
+    return true;
+}
+
+void Emitter::unstringStatement(const UnstringStatement &s)
+{
+    Text source = text(s.source, true);
+    if (!source.good) return;
+    int64_t longest = source.fixed >= 0 ? source.fixed : source.item ? source.item->storageSize() : 4096;
+    Words block{
+        temp("uint64_t", cat("[", kDelimitersWord + kDelimiterWords * std::max<size_t>(1, s.delimiters.size()), "]"))};
+    Words targets{temp("uint64_t", cat("[", kTargetWords * s.targets.size(), "]"))};
+    std::string overflow = temp("uint32_t"), inRange = "1";
+    put(overflow, " = 1;\n");
+    if (!unstringBlock(s, source, block, inRange)) return;
+    std::vector<UnstringField> fields(s.targets.size());
+    for (size_t i = 0; i < s.targets.size(); i++)
+        if (!unstringTarget(s, s.targets[i], longest, targets, fields[i])) return;
 
     if (s.pointer) put("if (!(", inRange, ")) ", overflow, " = 2;\nelse {\n");
     put(block.code);
     put(targets.code);
     put(emits(Do::Unstring, Of::Text), "((UnstringBlock *)", block.name, ", (UnstringTarget *)", targets.name, ", 0, &",
         overflow, ");\n");
-    auto reached = [&](size_t i) { return cat("if (~", targets.name, "[", 8 * i + 7, "]) {\n"); };
-    for (auto &[i, target] : moved) {
-        put(reached(i));
+
+    // What the library has left: the moves from buffers, COUNT, POINTER, TALLYING.
+    auto count = [&](size_t i) { return cat(targets.name, "[", kTargetWords * i + kCountWord, "]"); };
+    for (size_t i = 0; i < fields.size(); i++) {
+        if (fields[i].buffer.empty()) continue;
+        put("if (~", count(i), ") {\n");
         Text field;
-        field.address = buffers[i];
-        field.length = cat("(int64_t)", targets.name, "[", 8 * i + 7, "]");
-        moveCharacters(field, target);
+        field.address = fields[i].buffer;
+        field.length = cat("(int64_t)", count(i));
+        moveCharacters(field, fields[i].target);
         put("}\n");
     }
     for (size_t i = 0; i < s.targets.size(); i++) {
         if (!s.targets[i].count) continue;
-        put(reached(i));
-        storeInteger(s.targets[i].count, cat(targets.name, "[", 8 * i + 7, "]"));
+        put("if (~", count(i), ") {\n");
+        storeInteger(s.targets[i].count, count(i));
         put("}\n");
     }
-    if (s.pointer) storeInteger(s.pointer, cat(block.name, "[3]"));
-    if (s.tallying) storeInteger(s.tallying, cat("(uint32_t)", block.name, "[4]"));
+    if (s.pointer) storeInteger(s.pointer, cat(block.name, "[", kPointerWord, "]"));
+    if (s.tallying) storeInteger(s.tallying, cat("(uint32_t)", block.name, "[", kTallyWord, "]"));
     if (s.pointer) put("}\n");
     raise(cat(overflow, " != 1"), "\"EC-OVERFLOW-UNSTRING\"");
     phrases(s.overflow, cat(overflow, " != 1"));
@@ -260,8 +270,18 @@ void Emitter::unstringStatement(const UnstringStatement &s)
 
 // ---- INSPECT
 
-// An operand of a phrase as three words: flags, length, address.
-bool Emitter::inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[3], int64_t *fixed, bool *figurative)
+// Adds what was counted to an item; EXAMINE counts from zero.
+void Emitter::tally(const Reference &counter, const std::string &count, bool fromZero)
+{
+    Loc loc = locate(counter, true);
+    if (!loc.good()) return;
+    if (!isNumericItem(*loc.item)) return error(counter.at, "a numeric item is needed here");
+    Num counted = integerNumber(count, 18);
+    store(fromZero ? counted : add(itemNumber(loc), counted, false), loc, false, "");
+}
+
+// An operand of a phrase; `kind`: flags of the phrase, which its first operand carries.
+bool Emitter::inspectOperand(const Expr *e, uint32_t kind, PhraseOperand &out)
 {
     Text t;
     uint32_t flags = kind;
@@ -276,12 +296,10 @@ bool Emitter::inspectOperand(const Expr *e, uint32_t kind, std::string (&words)[
         t = text(e, true);
     }
     if (!t.good) return false;
-    *figurative = t.kind != Text::Bytes;
-    if (*figurative) flags |= ZVK_INSPECT_FIGURATIVE;
-    *fixed = flags & ZVK_INSPECT_SIGN_SEPARATE && t.fixed > 0 ? t.fixed - 1 : t.fixed;
-    words[0] = cat(flags, "u");
-    words[1] = cat("(uint64_t)(", t.length, ")");
-    words[2] = cat("(uint64_t)(uintptr_t)(", t.address, ")");
+    out.figurative = t.kind != Text::Bytes;
+    if (out.figurative) flags |= ZVK_INSPECT_FIGURATIVE;
+    out.fixed = flags & ZVK_INSPECT_SIGN_SEPARATE && t.fixed > 0 ? t.fixed - 1 : t.fixed;
+    out.words = {cat(flags, "u"), cat("(uint64_t)(", t.length, ")"), cat("(uint64_t)(uintptr_t)(", t.address, ")")};
     return true;
 }
 
@@ -309,81 +327,87 @@ void Emitter::inspectTrailing(const InspectStatement &s, const Loc &target)
         put(count, " = ", emits(Do::InspectTrailing, Of::Text), "(", target.address, ", ", target.length, ", ",
             compared.address, ", ", compared.length, ", ", places[0], ", ", places[1], ", ",
             phrase.result ? result.address : "0", ");\n");
-        if (!phrase.counter) continue;
-        Loc loc = locate(*phrase.counter, true);
-        if (!loc.good()) return;
-        if (!isNumericItem(*loc.item)) return error(phrase.counter->at, "a numeric item is needed here");
-        store(add(itemNumber(loc), integerNumber(count, 18), false), loc, false, "");
+        if (phrase.counter) tally(*phrase.counter, count, false);
     }
+}
+
+// What is inspected: an item, or a function's result, which can only be counted in.
+bool Emitter::inspected(const InspectStatement &s, Loc &target)
+{
+    if (!s.target && !s.function) return false;
+    if (s.function) {
+        Text t = text(s.function);
+        if (!t.good) return false;
+        target.address = t.address;
+        target.length = t.length;
+        for (const InspectStatement::Phrase &phrase : s.phrases)
+            if (phrase.kind != K_TALLYING) {
+                error(s.at, "a function's result can be inspected only for TALLYING");
+                return false;
+            }
+        return true;
+    }
+    target = locate(*s.target, true);
+    if (!target.good()) return false;
+    if (target.refmod || isDisplay(*target.item)) return true;
+    error(s.target->at, "INSPECT needs an item of USAGE DISPLAY");
+    return false;
+}
+
+// A phrase as the library has it, an InspectPhrase. TALLYING counts in a temporary; phrases that
+// follow each other and have the same item share one.
+bool Emitter::inspectPhrase(const InspectStatement::Phrase &phrase, Counters &counters, Words &block)
+{
+    uint32_t kind = phrase.kind == K_TALLYING    ? ZVK_INSPECT_TALLYING
+                    : phrase.kind == K_REPLACING ? ZVK_INSPECT_REPLACING
+                                                 : ZVK_INSPECT_CONVERTING;
+    if (phrase.mode == K_CHARACTERS) kind |= ZVK_INSPECT_CHARACTERS;
+    if (phrase.mode == K_LEADING) kind |= ZVK_INSPECT_LEADING;
+    if (phrase.mode == K_FIRST) kind |= ZVK_INSPECT_FIRST;
+    if (phrase.before) kind |= ZVK_INSPECT_BEFORE;
+    if (phrase.after) kind |= ZVK_INSPECT_AFTER;
+
+    PhraseOperand result, compared, before, after;
+    if (phrase.result && !inspectOperand(phrase.result, kind, result)) return false;
+    if (phrase.compared && !inspectOperand(phrase.compared, 0, compared)) return false;
+    if (phrase.before && !inspectOperand(phrase.before, 0, before)) return false;
+    if (phrase.after && !inspectOperand(phrase.after, 0, after)) return false;
+
+    if (phrase.kind == K_TALLYING) {
+        if (counters.empty() || counters.back().first != phrase.counter) {
+            counters.emplace_back(phrase.counter, temp("uint64_t"));
+            put(counters.back().second, " = 0;\n");
+        }
+        result.words = {cat(kind, "u"), "8", cat("(uint64_t)(uintptr_t)&", counters.back().second)};
+    } else if (!result.figurative && (phrase.mode == K_CHARACTERS ? result.fixed > 1
+                                                                  : result.fixed >= 0 && compared.fixed >= 0 &&
+                                                                        result.fixed != compared.fixed)) {
+        error(phrase.result->at, "the two operands must have the same length");
+        return false;
+    }
+    for (const PhraseOperand *operand : {&result, &compared, &before, &after})
+        for (const std::string &word : operand->words) block.put(word);
+    return true;
 }
 
 void Emitter::inspectStatement(const InspectStatement &s)
 {
-    if (!s.target && !s.function) return;
     Loc target;
-    if (s.function) {
-        Text t = text(s.function);
-        if (!t.good) return;
-        target.address = t.address;
-        target.length = t.length;
-        for (const InspectStatement::Phrase &phrase : s.phrases)
-            if (phrase.kind != K_TALLYING) return error(s.at, "a function's result can be inspected only for TALLYING");
-    } else {
-        target = locate(*s.target, true);
-        if (!target.good()) return;
-        if (!target.refmod && !isDisplay(*target.item))
-            return error(s.target->at, "INSPECT needs an item of USAGE DISPLAY");
-    }
+    if (!inspected(s, target)) return;
     for (const InspectStatement::Phrase &phrase : s.phrases)
         if (phrase.mode == K_TRAILING) return inspectTrailing(s, target);
-    Words block{temp("uint64_t", cat("[", 4 + 12 * s.phrases.size(), "]"))};
+    Words block{temp("uint64_t", cat("[", kPhrasesWord + kPhraseWords * s.phrases.size(), "]"))};
     block.number(s.phrases.size());
     block.number(signFlags(target));
     block.length(target.length);
     block.address(target.address);
 
-    std::vector<std::pair<Reference *, std::string>> counters;
-    for (const InspectStatement::Phrase &phrase : s.phrases) {
-        uint32_t kind = phrase.kind == K_TALLYING    ? ZVK_INSPECT_TALLYING
-                        : phrase.kind == K_REPLACING ? ZVK_INSPECT_REPLACING
-                                                     : ZVK_INSPECT_CONVERTING;
-        if (phrase.mode == K_CHARACTERS) kind |= ZVK_INSPECT_CHARACTERS;
-        if (phrase.mode == K_LEADING) kind |= ZVK_INSPECT_LEADING;
-        if (phrase.mode == K_FIRST) kind |= ZVK_INSPECT_FIRST;
-        if (phrase.before) kind |= ZVK_INSPECT_BEFORE;
-        if (phrase.after) kind |= ZVK_INSPECT_AFTER;
-
-        std::string words[4][3];
-        int64_t sizes[4] = {-1, -1, -1, -1};
-        bool figurative[4] = {};
-        const Expr *operands[4] = {phrase.result, phrase.compared, phrase.before, phrase.after};
-        for (int i = 0; i < 4; i++)
-            if (operands[i] && !inspectOperand(operands[i], i ? 0 : kind, words[i], &sizes[i], &figurative[i])) return;
-        if (phrase.kind == K_TALLYING) {
-            if (counters.empty() || counters.back().first != phrase.counter) {
-                counters.emplace_back(phrase.counter, temp("uint64_t"));
-                put(counters.back().second, " = 0;\n");
-            }
-            words[0][0] = cat(kind, "u");
-            words[0][1] = "8";
-            words[0][2] = cat("(uint64_t)(uintptr_t)&", counters.back().second);
-        } else if (phrase.mode == K_CHARACTERS
-                       ? sizes[0] > 1 && !figurative[0]
-                       : sizes[0] >= 0 && sizes[1] >= 0 && sizes[0] != sizes[1] && !figurative[0]) {
-            return error(phrase.result->at, "the two operands must have the same length");
-        }
-        for (auto &operand : words)
-            for (std::string &word : operand) block.put(word.empty() ? "0" : word);
-    }
+    Counters counters;
+    for (const InspectStatement::Phrase &phrase : s.phrases)
+        if (!inspectPhrase(phrase, counters, block)) return;
     put(block.code);
     put(emits(Do::Inspect, Of::Text), "((InspectBlock *)", block.name, ");\n");
-    for (auto &[counter, sum] : counters) {
-        Loc loc = locate(*counter, true);
-        if (!loc.good()) return;
-        if (!isNumericItem(*loc.item)) return error(counter->at, "a numeric item is needed here");
-        Num counted = integerNumber(cat("(int64_t)", sum), 18);
-        store(s.examine ? counted : add(itemNumber(loc), counted, false), loc, false, "");
-    }
+    for (auto &[counter, sum] : counters) tally(*counter, cat("(int64_t)", sum), s.examine);
 }
 
 } // namespace kvrcob

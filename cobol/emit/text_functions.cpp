@@ -99,7 +99,7 @@ bool Emitter::bitsOf(const FunctionCall &f, FunctionText &result)
     return true;
 }
 
-bool Emitter::moduleId(const FunctionCall &f, FunctionText &result)
+bool Emitter::moduleId(const FunctionCall &, FunctionText &result)
 {
     const std::string &id = wordText(program_->name);
     put(result.address, " = (uint8_t *)(intptr_t)", constantBytes(id), "; ", result.length, " = ", id.size(), ";\n");
@@ -166,9 +166,8 @@ bool Emitter::substituted(const FunctionCall &f, FunctionText &result)
 // MAX, MIN of texts.
 bool Emitter::extremeText(const FunctionCall &f, FunctionText &result)
 {
-    if (isNumericExpr(f.args[0])) {
-        Num n = functionNumber(f.e, -1);
-        (void)n;
+    if (isNumericExpr(f.args[0])) { // of numbers it is a text only where a part of it is asked for
+        error(f.e->at, "FUNCTION " + f.name + " gives a number and has no parts");
         return false;
     }
     std::string now = temp("const uint8_t *"), nowLength = temp("int64_t");

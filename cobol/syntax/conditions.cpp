@@ -131,50 +131,36 @@ Expr *Parser::notCondition()
     return relation();
 }
 
-Expr *Parser::relation()
+static bool isCondition(const Expr &e)
 {
-    Tok start = here();
-    Expr *left = nullptr;
-    bool is = false;
-    if (at(K_IS) && !panic_) { // abbreviated: A IS = B OR IS > C
-        is = true;
-    } else if (!atRelationAlone()) {
-        left = expression();
-        if (panic_) return left;
-        if (left->kind == ExprKind::Or || left->kind == ExprKind::And || left->kind == ExprKind::Not ||
-            left->kind == ExprKind::Relation || left->kind == ExprKind::ClassTest || left->kind == ExprKind::SignTest)
-            return left;
-    }
-    size_t saved = position_;
-    is = take(K_IS) || take(K_ARE) || is;
-    bool negated = take(K_NOT);
-    if (atRelationalOperator()) {
-        Expr *e = node(ExprKind::Relation, start);
-        e->at = here();
-        e->op = relationalOperator();
-        if (negated) e->op = turned(e->op);
-        e->left = left;
-        e->right = expression();
-        return e;
-    }
-    Word word = now().kind == TokenKind::Name ? now().word : 0;
-    if (word == K_NUMERIC || word == K_ALPHABETIC || word == K_ALPHABETIC_LOWER || word == K_ALPHABETIC_UPPER) {
-        Expr *e = node(ExprKind::ClassTest, here());
-        e->op = word;
-        e->left = left;
-        e->negated = negated;
-        step();
-        return e;
-    }
-    bool zero = word == K_ZERO || word == K_ZEROS || word == K_ZEROES;
-    if (word == K_POSITIVE || word == K_NEGATIVE || (zero && (is || negated || left))) { // also "IF A ZERO"
-        Expr *e = node(ExprKind::SignTest, here());
-        e->op = zero ? static_cast<Word>(K_ZERO) : word;
-        e->left = left;
-        e->negated = negated;
-        step();
-        return e;
-    }
+    return e.kind == ExprKind::Or || e.kind == ExprKind::And || e.kind == ExprKind::Not ||
+           e.kind == ExprKind::Relation || e.kind == ExprKind::ClassTest || e.kind == ExprKind::SignTest;
+}
+
+// A class or sign test, at its word.
+Expr *Parser::testNode(ExprKind kind, Word test, Expr *left, bool negated)
+{
+    Expr *e = node(kind, here());
+    e->op = test;
+    e->left = left;
+    e->negated = negated;
+    step();
+    return e;
+}
+
+// What follows an operand, IS and NOT, if it is a class or a sign, or OMITTED; else null. `is`: IS
+// or NOT was there.
+Expr *Parser::wordTest(Expr *left, bool is, bool negated)
+{
+    if (now().kind != TokenKind::Name) return nullptr;
+    const Word word = now().word;
+    if (word == K_NUMERIC || word == K_ALPHABETIC || word == K_ALPHABETIC_LOWER || word == K_ALPHABETIC_UPPER)
+        return testNode(ExprKind::ClassTest, word, left, negated);
+
+    const bool zero = word == K_ZERO || word == K_ZEROS || word == K_ZEROES;
+    if (word == K_POSITIVE || word == K_NEGATIVE || (zero && (is || left))) // also "IF A ZERO"
+        return testNode(ExprKind::SignTest, zero ? static_cast<Word>(K_ZERO) : word, left, negated);
+
     if (left && left->kind == ExprKind::Reference && word == K_OMITTED) { // a parameter without an address
         Expr *e = node(ExprKind::Relation, here());
         e->op = negated ? static_cast<uint32_t>(kNotEqual) : '=';
@@ -185,18 +171,36 @@ Expr *Parser::relation()
         step();
         return e;
     }
-    if (left && program_ && now().kind == TokenKind::Name &&
-        !isReserved(word)) { // a class of SPECIAL-NAMES; IS may be left out
-        for (const UserClass *known : program_->classes) {
-            if (known->name != word) continue;
-            Expr *e = node(ExprKind::ClassTest, here());
-            e->op = word;
-            e->left = left;
-            e->negated = negated;
-            step();
-            return e;
-        }
+    if (!left || !program_ || isReserved(word)) return nullptr;
+    for (const UserClass *known : program_->classes) // IS may be left out
+        if (known->name == word) return testNode(ExprKind::ClassTest, word, left, negated);
+    return nullptr;
+}
+
+Expr *Parser::relation()
+{
+    Tok start = here();
+    Expr *left = nullptr;
+    bool is = false;
+    if (at(K_IS) && !panic_) { // abbreviated: A IS = B OR IS > C
+        is = true;
+    } else if (!atRelationAlone()) {
+        left = expression();
+        if (panic_ || isCondition(*left)) return left;
     }
+    size_t saved = position_;
+    is = take(K_IS) || take(K_ARE) || is;
+    bool negated = take(K_NOT);
+    if (atRelationalOperator()) {
+        Expr *e = node(ExprKind::Relation, here());
+        e->op = relationalOperator();
+        if (negated) e->op = turned(e->op);
+        e->left = left;
+        e->right = expression();
+        return e;
+    }
+    if (Expr *test = wordTest(left, is || negated, negated)) return test;
+
     if (is || negated) {
         if (is && !negated && left && (at(K_TRUE) || at(K_FALSE))) return left;
         if (!is) {
@@ -210,8 +214,7 @@ Expr *Parser::relation()
         error("expected a relation before " + shown());
         return node(ExprKind::Truth, start);
     }
-    if (!left) left = number("0", start);
-    return left;
+    return left ? left : number("0", start);
 }
 
 } // namespace kvrcob

@@ -127,81 +127,98 @@ Statement *Parser::evaluateStatement()
     return s;
 }
 
-Statement *Parser::performStatement()
+// After PERFORM: a procedure's name, and neither the count of an inline PERFORM n TIMES nor the
+// first word of a phrase?
+bool Parser::atPerformedName()
 {
-    auto *s = begin<PerformStatement>();
-    // A procedure, unless the word is the count of an inline PERFORM n TIMES or belongs to a
-    // phrase.
-    bool countsInline = (atNumber() || atName()) && (aheadIs(1, K_TIMES));
-    bool named = atProcedureName() && !countsInline;
-    if (at(K_FUNCTION) && ahead().kind == TokenKind::Name && functionRow(ahead().word)) named = false;
     if (at(K_FOREVER) && ahead().kind == TokenKind::Name) { // a procedure's name if a phrase follows
         static constexpr Word phrases[] = {K_OF, K_IN, K_THRU, K_THROUGH, K_UNTIL, K_VARYING, K_WITH, K_TEST};
-        named = std::any_of(std::begin(phrases), std::end(phrases), [&](Word word) { return aheadIs(1, word); });
+        if (std::none_of(std::begin(phrases), std::end(phrases), [&](Word word) { return aheadIs(1, word); }))
+            return false;
+    } else if (!atProcedureName() || ((atNumber() || atName()) && aheadIs(1, K_TIMES)) ||
+               (at(K_FUNCTION) && ahead().kind == TokenKind::Name && functionRow(ahead().word))) {
+        return false;
     }
-    if (named && atName() && (ahead().kind == TokenKind::Punct && ahead().word == '('))
-        named = false; // PERFORM T (I) TIMES
-    if (named && atName() && (aheadIs(1, K_OF) || aheadIs(1, K_IN))) {
-        // PERFORM A OF B TIMES: a count; PERFORM P OF S: a procedure.
-        size_t i = 1;
-        while ((aheadIs(i, K_OF) || aheadIs(i, K_IN)) && ahead(i + 1).kind == TokenKind::Name) i += 2;
-        if (aheadIs(i, K_TIMES)) named = false;
-    }
-    if (named) {
-        s->first = procedureName();
-        if (take(K_THRU) || take(K_THROUGH)) s->last = procedureName();
-        if (program_ && !program_->procedures.empty())
-            program_->performed.push_back({program_->procedures.size() - 1, s->first, s->last});
-    } else {
-        s->isInline = true;
-    }
-    if (panic_) return s;
+    if (!atName()) return true;
+    if (ahead().kind == TokenKind::Punct && ahead().word == '(') return false; // PERFORM T (I) TIMES
+
+    // PERFORM A OF B TIMES: a count; PERFORM P OF S: a procedure.
+    size_t i = 1;
+    while ((aheadIs(i, K_OF) || aheadIs(i, K_IN)) && ahead(i + 1).kind == TokenKind::Name) i += 2;
+    return i == 1 || !aheadIs(i, K_TIMES);
+}
+
+void Parser::varyingPhrases(PerformStatement &s)
+{
+    do {
+        Varying v;
+        v.item = identifier();
+        expect(K_FROM);
+        if (!panic_) v.from = expression();
+        if (take(K_BY)) v.by = expression(); // BY may be left out: 1
+        expect(K_UNTIL);
+        if (!panic_) v.until = condition();
+        s.varying.push_back(v);
+    } while (take(K_AFTER) && !panic_);
+}
+
+// How often: TEST, VARYING, UNTIL, FOREVER, TIMES; nothing: once.
+void Parser::performPhrases(PerformStatement &s)
+{
     if (at(K_WITH) && aheadIs(1, K_TEST)) step();
     if (take(K_TEST)) {
         if (take(K_AFTER))
-            s->testAfter = true;
+            s.testAfter = true;
         else
             expect(K_BEFORE);
     }
     if (at(K_VARYING)) {
         step();
-        do {
-            Varying v;
-            v.item = identifier();
-            expect(K_FROM);
-            if (!panic_) v.from = expression();
-            if (take(K_BY)) v.by = expression(); // BY may be left out: 1
-            expect(K_UNTIL);
-            if (!panic_) v.until = condition();
-            s->varying.push_back(v);
-        } while (take(K_AFTER) && !panic_);
+        varyingPhrases(s);
     } else if (at(K_FOREVER)) {
         step();
-        s->forever = true;
+        s.forever = true;
     } else if (take(K_UNTIL)) {
         if (at(K_EXIT)) {
             step();
-            s->forever = true;
+            s.forever = true;
         } else {
-            s->until = condition();
+            s.until = condition();
         }
     } else if (atOperand() || at(K_FUNCTION) || atMark('(')) {
-        s->times = expression();
+        s.times = expression();
         expect(K_TIMES);
     }
-    if (s->isInline) {
-        if (panic_) recover();
-        block(s->body);
-        if (at(K_END, K_PERFORM)) {
-            error("END PERFORM is written END-PERFORM");
-            step();
-            step();
-            panic_ = false;
-        } else if (!take(K_END_PERFORM) && !panic_) {
-            error("expected END-PERFORM before " + shown());
-            diagnostics().note(group_.spot(s->at), "for this PERFORM");
-        }
+}
+
+void Parser::inlineBody(PerformStatement &s)
+{
+    if (panic_) recover();
+    block(s.body);
+    if (at(K_END, K_PERFORM)) {
+        error("END PERFORM is written END-PERFORM");
+        step();
+        step();
+        panic_ = false;
+    } else if (!take(K_END_PERFORM) && !panic_) {
+        error("expected END-PERFORM before " + shown());
+        diagnostics().note(group_.spot(s.at), "for this PERFORM");
     }
+}
+
+Statement *Parser::performStatement()
+{
+    auto *s = begin<PerformStatement>();
+    s->isInline = !atPerformedName();
+    if (!s->isInline) {
+        s->first = procedureName();
+        if (take(K_THRU) || take(K_THROUGH)) s->last = procedureName();
+        if (program_ && !program_->procedures.empty())
+            program_->performed.push_back({program_->procedures.size() - 1, s->first, s->last});
+    }
+    if (panic_) return s;
+    performPhrases(*s);
+    if (s->isInline) inlineBody(*s);
     return s;
 }
 

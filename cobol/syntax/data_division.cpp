@@ -87,11 +87,62 @@ static bool inTable(const Item &item)
     return false;
 }
 
+// Where the next item goes: the path to the latest one, and the item that level 88 belongs to.
+struct Parser::OpenRecord {
+    std::vector<Item *> path;
+    Item *latest = nullptr;
+    std::vector<Item *> &records; // of the file or the section
+};
+
+// A condition-name, level 88.
+void Parser::placeCondition(Item *item, OpenRecord &open)
+{
+    if (!open.latest) return errorAt(item->at, "a condition-name (level 88) needs an item in front of it");
+    item->parent = open.latest;
+    open.latest->conditions.push_back(item);
+    if (inTable(*item)) tableNames_.insert(item->name);
+}
+
+// RENAMES, level 66: its record finds it by name, as it does its condition-names.
+void Parser::placeRenames(Item *item, OpenRecord &open)
+{
+    if (open.path.empty()) return errorAt(item->at, "RENAMES needs a record in front of it");
+    item->parent = open.path.front();
+    item->parent->conditions.push_back(item);
+    open.latest = item;
+}
+
+// An item of its own, or one within the open record.
+void Parser::placeItem(Item *item, OpenRecord &open)
+{
+    std::vector<Item *> &path = open.path;
+    const bool top = item->level == 1 || item->level == 77;
+    while (!path.empty() && (top || path.back()->level >= item->level)) path.pop_back();
+    if (path.empty()) {
+        if (!top) {
+            errorAt(item->at, "level " + std::to_string(item->level) + " has no record (level 01) above it");
+            panic_ = false;
+            item->level = 1; // a record of its own, so that its names are known
+        }
+        open.records.push_back(item);
+    } else {
+        Item *group = path.back();
+        if (group->level == 77) errorAt(item->at, "an item of level 77 cannot be divided");
+        if (!group->children.empty() && group->children.back()->level > item->level)
+            warn("level", item->at,
+                 "the level number " + std::to_string(item->level) + " differs from that of the items before it");
+        item->parent = group;
+        group->children.push_back(item);
+    }
+    path.push_back(item);
+    open.latest = item;
+    if (inTable(*item)) tableNames_.insert(item->name);
+}
+
 // Data descriptions up to the next header; levels become a tree.
 void Parser::records(Program &p, Item::Section section, File *file)
 {
-    std::vector<Item *> open; // the path to the latest item
-    Item *lastItem = nullptr; // takes level 88
+    OpenRecord open{{}, nullptr, section == Item::FileSection && file ? file->records : p.records};
     for (;;) {
         panic_ = false;
         if (takeMark('.')) continue;
@@ -113,63 +164,14 @@ void Parser::records(Program &p, Item::Section section, File *file)
         if (!item) continue;
         item->file = file;
         item->program = &p;
-        if (item->level == 88) {
-            if (!lastItem) {
-                errorAt(item->at, "a condition-name (level 88) needs an item in front of it");
-                continue;
-            }
-            item->parent = lastItem;
-            lastItem->conditions.push_back(item);
-            if (inTable(*item)) tableNames_.insert(item->name);
-            continue;
-        }
-        if (item->isConstant) {
+        if (item->level == 88)
+            placeCondition(item, open);
+        else if (item->isConstant)
             p.constants.push_back(item);
-            continue;
-        }
-        if (item->level == 66) {
-            Item *record = open.empty() ? nullptr : open.front();
-            if (!record) {
-                errorAt(item->at, "RENAMES needs a record in front of it");
-                continue;
-            }
-            item->parent = record;
-            record->conditions.push_back(item); // found by name there
-            lastItem = item;
-            continue;
-        }
-        if (item->level == 1 || item->level == 77) {
-            open.clear();
-            open.push_back(item);
-            if (item->occurs) tableNames_.insert(item->name);
-            lastItem = item;
-            if (section == Item::FileSection && file)
-                file->records.push_back(item);
-            else
-                p.records.push_back(item);
-            continue;
-        }
-        while (!open.empty() && open.back()->level >= item->level) open.pop_back();
-        if (open.empty()) {
-            errorAt(item->at, "level " + std::to_string(item->level) + " has no record (level 01) above it");
-            panic_ = false;
-            // Treat it as a record of its own, so that its names are known.
-            item->level = 1;
-            open.push_back(item);
-            (section == Item::FileSection && file ? file->records : p.records).push_back(item);
-            lastItem = item;
-            continue;
-        }
-        if (open.back()->level == 77) errorAt(item->at, "an item of level 77 cannot be divided");
-        if (!open.back()->children.empty() && open.back()->children.back()->level != item->level &&
-            open.back()->children.back()->level > item->level && item->level != 66)
-            warn("level", item->at,
-                 "the level number " + std::to_string(item->level) + " differs from that of the items before it");
-        item->parent = open.back();
-        open.back()->children.push_back(item);
-        open.push_back(item);
-        if (inTable(*item)) tableNames_.insert(item->name);
-        lastItem = item;
+        else if (item->level == 66)
+            placeRenames(item, open);
+        else
+            placeItem(item, open);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "cobol/syntax/functions.h"
 #include "cobol/syntax/parser.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace kvrcob {
@@ -45,60 +46,133 @@ void Parser::environmentDivision(Program &p)
     }
 }
 
+void Parser::sourceComputer(Program &p)
+{
+    while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_OBJECT_COMPUTER) && !at(K_SPECIAL_NAMES)) {
+        if (at(K_DEBUGGING, K_MODE)) p.debugging = true;
+        step();
+    }
+}
+
+void Parser::objectComputer(Program &p)
+{
+    while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_SPECIAL_NAMES)) {
+        if (at(K_MEMORY)) warn("obsolete", here(), "MEMORY SIZE is obsolete and has no effect");
+        if (take(K_SEQUENCE)) {
+            take(K_IS);
+            p.collatingAt = here();
+            p.collating = now().word;
+        } else if (at(K_SEGMENT_LIMIT)) {
+            warn("obsolete", here(), "SEGMENT-LIMIT has no effect");
+        }
+        step();
+    }
+}
+
+// REPOSITORY: functions that need no FUNCTION in front.
+void Parser::repository(Program &p)
+{
+    while (!atEnd() && !atMark('.') && !atSectionOrDivision()) {
+        if (!take(K_FUNCTION)) {
+            step();
+        } else if (take(K_ALL)) {
+            p.allFunctions = true;
+            take(K_INTRINSIC);
+            size_t count = 0;
+            const FunctionRow *rows = functionRows(count);
+            for (size_t i = 0; i < count; i++) p.functions.insert(internWord(rows[i].name));
+        } else {
+            while (now().kind == TokenKind::Name && !at(K_FUNCTION) && !at(K_PROGRAM) && !at(K_CLASS)) {
+                if (!at(K_INTRINSIC)) p.functions.insert(now().word);
+                step();
+            }
+        }
+    }
+}
+
 void Parser::configurationSection(Program &p)
 {
+    static const struct {
+        Word header;
+        void (Parser::*paragraph)(Program &);
+    } paragraphs[] = {
+        {K_SOURCE_COMPUTER, &Parser::sourceComputer},
+        {K_OBJECT_COMPUTER, &Parser::objectComputer},
+        {K_SPECIAL_NAMES, &Parser::specialNames},
+        {K_REPOSITORY, &Parser::repository},
+    };
     for (;;) {
         panic_ = false;
-        if (take(K_SOURCE_COMPUTER)) {
-            takeMark('.');
-            while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_OBJECT_COMPUTER) &&
-                   !at(K_SPECIAL_NAMES)) {
-                if (at(K_DEBUGGING, K_MODE)) p.debugging = true;
-                step();
-            }
-            takeMark('.');
-        } else if (take(K_OBJECT_COMPUTER)) {
-            takeMark('.');
-            while (!atEnd() && !atMark('.') && !atSectionOrDivision() && !at(K_SPECIAL_NAMES)) {
-                if (at(K_MEMORY)) warn("obsolete", here(), "MEMORY SIZE is obsolete and has no effect");
-                if (take(K_SEQUENCE)) {
-                    take(K_IS);
-                    p.collatingAt = here();
-                    p.collating = now().word;
-                } else if (at(K_SEGMENT_LIMIT)) {
-                    warn("obsolete", here(), "SEGMENT-LIMIT has no effect");
-                }
-                step();
-            }
-            takeMark('.');
-        } else if (take(K_SPECIAL_NAMES)) {
-            takeMark('.');
-            specialNames(p);
-        } else if (take(K_REPOSITORY)) {
-            takeMark('.');
-            while (!atEnd() && !atMark('.') && !atSectionOrDivision()) {
-                if (take(K_FUNCTION)) {
-                    if (at(K_ALL)) {
-                        p.allFunctions = true;
-                        step();
-                        take(K_INTRINSIC);
-                        size_t count = 0;
-                        const FunctionRow *rows = functionRows(count);
-                        for (size_t i = 0; i < count; i++) p.functions.insert(internWord(rows[i].name));
-                    } else {
-                        while (now().kind == TokenKind::Name && !at(K_FUNCTION) && !at(K_PROGRAM) && !at(K_CLASS)) {
-                            if (!at(K_INTRINSIC)) p.functions.insert(now().word);
-                            step();
-                        }
-                    }
-                } else {
-                    step();
-                }
-            }
-            takeMark('.');
-        } else {
-            return;
-        }
+        auto found =
+            std::find_if(std::begin(paragraphs), std::end(paragraphs), [&](auto &row) { return at(row.header); });
+        if (found == std::end(paragraphs)) return;
+        step();
+        takeMark('.');
+        (this->*found->paragraph)(p);
+        takeMark('.');
+    }
+}
+
+// CURRENCY SIGN IS "E" [WITH PICTURE SYMBOL "$"]
+void Parser::currencyClause(Program &p)
+{
+    take(K_SIGN);
+    take(K_IS);
+    if (!atString() || now().text.empty()) {
+        error("expected a literal before " + shown());
+        return;
+    }
+    if (now().text.size() == 1)
+        p.currency = now().text[0];
+    else
+        notBuilt(here(), "a CURRENCY SIGN of more than one character");
+    step();
+    if (!at(K_WITH) && !at(K_PICTURE) && !at(K_PIC)) return;
+    take(K_WITH);
+    step();
+    // After PICTURE the lexer takes any word for a picture.
+    if (now().kind == TokenKind::Picture && internWord(now().text) == K_SYMBOL) step();
+    take(K_SYMBOL);
+    if (now().kind == TokenKind::Picture && now().text.size() == 3) {
+        p.currencySymbol = now().text[1];
+        step();
+    } else if (atString() && now().text.size() == 1) {
+        p.currencySymbol = now().text[0];
+        step();
+    } else {
+        error("expected a literal of one character before " + shown());
+    }
+}
+
+void Parser::specialNamesClause(Program &p)
+{
+    if (take(K_ALPHABET)) {
+        alphabetClause(p);
+    } else if (atOldAlphabet()) {
+        warn("obsolete", here(), "an alphabet without the word ALPHABET is of older COBOL");
+        alphabetClause(p);
+    } else if (take(K_CLASS)) {
+        classClause(p);
+    } else if (take(K_SYMBOLIC)) {
+        take(K_CHARACTERS);
+        take(K_CHARACTER);
+        symbolicClause(p);
+    } else if (take(K_CURRENCY)) {
+        currencyClause(p);
+    } else if (take(K_DECIMAL_POINT)) {
+        take(K_IS);
+        expect(K_COMMA);
+        p.commaIsPoint = true;
+    } else if (at(K_CURSOR) || at(K_CRT)) {
+        // Both speak of screens only, and the statements for these are told where they are met.
+        step();
+        take(K_STATUS);
+        take(K_IS);
+        if (atName()) identifier();
+    } else if (at(K_NUMERIC) && aheadIs(1, K_SIGN)) {
+        notBuilt(here(), "NUMERIC SIGN of SPECIAL-NAMES");
+    } else if (!mnemonicClause(p)) {
+        error("expected a clause of SPECIAL-NAMES before " + shown());
     }
 }
 
@@ -108,65 +182,11 @@ void Parser::specialNames(Program &p)
            !at(K_REPOSITORY) && !at(K_FILE_CONTROL)) {
         panic_ = false;
         if (takeMark('.')) continue;
-        if (take(K_ALPHABET)) {
-            alphabetClause(p);
-        } else if (atOldAlphabet()) {
-            warn("obsolete", here(), "an alphabet without the word ALPHABET is of older COBOL");
-            alphabetClause(p);
-        } else if (take(K_CLASS)) {
-            classClause(p);
-        } else if (take(K_SYMBOLIC)) {
-            take(K_CHARACTERS);
-            take(K_CHARACTER);
-            symbolicClause(p);
-        } else if (take(K_CURRENCY)) {
-            take(K_SIGN);
-            take(K_IS);
-            if (atString() && !now().text.empty()) {
-                if (now().text.size() == 1)
-                    p.currency = now().text[0];
-                else
-                    notBuilt(here(), "a CURRENCY SIGN of more than one character");
-                step();
-                if (at(K_WITH) || at(K_PICTURE) || at(K_PIC)) {
-                    take(K_WITH);
-                    step();
-                    // After PICTURE the lexer takes any word for a picture.
-                    if (now().kind == TokenKind::Picture && internWord(now().text) == K_SYMBOL) step();
-                    take(K_SYMBOL);
-                    if (now().kind == TokenKind::Picture && now().text.size() == 3) {
-                        p.currencySymbol = now().text[1];
-                        step();
-                    } else if (atString() && now().text.size() == 1) {
-                        p.currencySymbol = now().text[0];
-                        step();
-                    } else {
-                        error("expected a literal of one character before " + shown());
-                    }
-                }
-            } else {
-                error("expected a literal before " + shown());
-            }
-        } else if (take(K_DECIMAL_POINT)) {
-            take(K_IS);
-            expect(K_COMMA);
-            p.commaIsPoint = true;
-        } else if (at(K_CURSOR) || at(K_CRT)) {
-            // Both speak of screens only, and the statements for these are told where they are met.
+        specialNamesClause(p);
+        if (!panic_) continue;
+        while (!atEnd() && !atMark('.') && !at(K_ALPHABET) && !at(K_CLASS) && !at(K_SYMBOLIC) && !at(K_CURRENCY) &&
+               !at(K_DECIMAL_POINT) && !atSectionOrDivision())
             step();
-            take(K_STATUS);
-            take(K_IS);
-            if (atName()) identifier();
-        } else if (at(K_NUMERIC) && aheadIs(1, K_SIGN)) {
-            notBuilt(here(), "NUMERIC SIGN of SPECIAL-NAMES");
-        } else if (!mnemonicClause(p)) {
-            error("expected a clause of SPECIAL-NAMES before " + shown());
-        }
-        if (panic_) {
-            while (!atEnd() && !atMark('.') && !at(K_ALPHABET) && !at(K_CLASS) && !at(K_SYMBOLIC) && !at(K_CURRENCY) &&
-                   !at(K_DECIMAL_POINT) && !atSectionOrDivision())
-                step();
-        }
     }
 }
 

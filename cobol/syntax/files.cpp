@@ -113,6 +113,54 @@ bool Parser::fileName(FileStatement &s)
     return true;
 }
 
+// INVALID KEY and NOT INVALID KEY; KEY may be left out. True if there was one.
+bool Parser::invalidPhrases(FileStatement &s)
+{
+    bool any = false;
+    while ((at(K_INVALID) || (at(K_NOT) && aheadIs(1, K_INVALID))) && !panic_) {
+        const bool negated = at(K_NOT);
+        bool &has = negated ? s.invalid.hasNot : s.invalid.has;
+        if (has) break;
+        if (negated) step();
+        step();
+        take(K_KEY);
+        has = any = true;
+        block(negated ? s.invalid.onNot : s.invalid.on);
+    }
+    return any;
+}
+
+// WITH [KEPT] LOCK, WITH NO LOCK, WITH WAIT, WITH IGNORE LOCK, IGNORING LOCK, ADVANCING ON LOCK:
+// false if it is none of these.
+bool Parser::lockPhrase(FileStatement &s)
+{
+    if (at(K_WITH) &&
+        (aheadIs(1, K_LOCK) || aheadIs(1, K_KEPT) || aheadIs(1, K_NO) || aheadIs(1, K_WAIT) || aheadIs(1, K_IGNORE))) {
+        step();
+        take(K_KEPT); // a lock that stays beside others, as LOCK ON MULTIPLE RECORDS of the SELECT says
+        if (take(K_NO)) {
+            s.lock = K_NO;
+        } else if (take(K_IGNORE)) {
+            s.lock = K_IGNORING;
+        } else {
+            step();
+            s.lock = K_LOCK;
+            return true;
+        }
+    } else if (at(K_ADVANCING) && aheadIs(1, K_ON)) {
+        step();
+        step();
+        s.lock = K_ADVANCING;
+    } else if (at(K_IGNORING)) {
+        step();
+        s.lock = K_IGNORING;
+    } else {
+        return false;
+    }
+    take(K_LOCK);
+    return true;
+}
+
 Statement *Parser::readStatement()
 {
     auto *s = begin<FileStatement>();
@@ -125,31 +173,9 @@ Statement *Parser::readStatement()
     if (take(K_INTO)) s->into = identifier();
     for (;;) {
         if (panic_) return s;
-        if (at(K_WITH) && (aheadIs(1, K_LOCK) || aheadIs(1, K_KEPT) || aheadIs(1, K_NO) || aheadIs(1, K_WAIT) ||
-                           aheadIs(1, K_IGNORE))) {
-            step();
-            take(K_KEPT); // a lock that stays beside others, as LOCK ON MULTIPLE RECORDS of the SELECT says
-            if (take(K_NO)) {
-                take(K_LOCK);
-                s->lock = K_NO;
-            } else if (take(K_IGNORE)) {
-                take(K_LOCK);
-                s->lock = K_IGNORING;
-            } else {
-                step();
-                s->lock = K_LOCK;
-            }
-        } else if (at(K_RETRY)) {
+        if (lockPhrase(*s)) continue;
+        if (at(K_RETRY)) {
             retryPhrase(*s);
-        } else if (at(K_ADVANCING) && aheadIs(1, K_ON)) {
-            step();
-            step();
-            take(K_LOCK);
-            s->lock = K_ADVANCING;
-        } else if (at(K_IGNORING)) {
-            step();
-            take(K_LOCK);
-            s->lock = K_IGNORING;
         } else if (at(K_KEY)) {
             step();
             take(K_IS);
@@ -163,38 +189,12 @@ Statement *Parser::readStatement()
     }
     for (;;) {
         bool any = phrases(s->end, K_AT, K_END, 0);
-        if (at(K_INVALID) || (at(K_NOT) && aheadIs(1, K_INVALID))) {
-            bool negated = take(K_NOT);
-            if (negated ? s->invalid.hasNot : s->invalid.has) break;
-            step();
-            take(K_KEY);
-            (negated ? s->invalid.hasNot : s->invalid.has) = true;
-            block(negated ? s->invalid.onNot : s->invalid.on);
-            any = true;
-        }
+        any |= invalidPhrases(*s);
         if (!any || panic_) break;
     }
     take(K_END_READ);
     return s;
 }
-
-// INVALID KEY and NOT INVALID KEY; KEY may be left out.
-static bool atInvalid(const Token &a, const Token &b)
-{
-    return a.kind == TokenKind::Name &&
-           (a.word == K_INVALID || (a.word == K_NOT && b.kind == TokenKind::Name && b.word == K_INVALID));
-}
-
-#define KVRCOB_INVALID(s)                                                                                              \
-    while (atInvalid(now(), ahead()) && !panic_) {                                                                     \
-        bool negated = at(K_NOT);                                                                                      \
-        if (negated ? (s)->invalid.hasNot : (s)->invalid.has) break;                                                   \
-        if (negated) step();                                                                                           \
-        step();                                                                                                        \
-        take(K_KEY);                                                                                                   \
-        (negated ? (s)->invalid.hasNot : (s)->invalid.has) = true;                                                     \
-        block(negated ? (s)->invalid.onNot : (s)->invalid.on);                                                         \
-    }
 
 // What WRITE and REWRITE name: a record, or FILE and a file, whose record then comes FROM an item.
 void Parser::recordOrFile(FileStatement &s)
@@ -258,7 +258,7 @@ Statement *Parser::writeStatement()
         (negated ? s->eop.hasNot : s->eop.has) = true;
         block(negated ? s->eop.onNot : s->eop.on);
     }
-    KVRCOB_INVALID(s)
+    invalidPhrases(*s);
     take(K_END_WRITE);
     return s;
 }
@@ -274,7 +274,7 @@ Statement *Parser::rewriteStatement()
         take(K_NO);
         step();
     }
-    KVRCOB_INVALID(s)
+    invalidPhrases(*s);
     take(K_END_REWRITE);
     return s;
 }
@@ -294,7 +294,7 @@ Statement *Parser::deleteStatement()
     }
     take(K_RECORD);
     retryPhrase(*s);
-    KVRCOB_INVALID(s)
+    invalidPhrases(*s);
     take(K_END_DELETE);
     return s;
 }
@@ -323,7 +323,7 @@ Statement *Parser::startStatement()
             s->advancing = expression(); // how many characters of the key count
         }
     }
-    KVRCOB_INVALID(s)
+    invalidPhrases(*s);
     take(K_END_START);
     return s;
 }

@@ -86,7 +86,12 @@ private:
     // ---- environment_division.cpp
     void environmentDivision(Program &program);
     void configurationSection(Program &program);
+    void sourceComputer(Program &program);
+    void objectComputer(Program &program);
+    void repository(Program &program);
     void specialNames(Program &program);
+    void specialNamesClause(Program &program);
+    void currencyClause(Program &program);
     void alphabetClause(Program &program);
     bool atOldAlphabet() const;
     void classClause(Program &program);
@@ -114,6 +119,10 @@ private:
     void dataDivision(Program &program);
     void fileSection(Program &program);
     void records(Program &program, Item::Section section, File *file);
+    struct OpenRecord;
+    void placeCondition(Item *item, OpenRecord &open);
+    void placeRenames(Item *item, OpenRecord &open);
+    void placeItem(Item *item, OpenRecord &open);
 
     // ---- file_description.cpp
     void fileDescription(Program &program);
@@ -145,6 +154,9 @@ private:
     // ---- procedure_division.cpp
     void procedureDivision(Program &program);
     void paragraphs(Program &program, bool declaratives);
+    void procedureHeader(Program &program, bool declaratives, int &section);
+    bool lateDivision();
+    void noStatement();
     void useStatement(Program &program, size_t procedure);
     bool atLabelProcedure() const;
     void sentences(Procedure &procedure);
@@ -189,6 +201,8 @@ private:
     Expr *andCondition();
     Expr *notCondition();
     Expr *relation();
+    Expr *testNode(ExprKind kind, Word test, Expr *left, bool negated);
+    Expr *wordTest(Expr *left, bool is, bool negated);
     Expr *joined(ExprKind kind, Expr *left, Expr *(Parser::*right)());
     Expr *additive();
     Expr *multiplicative();
@@ -229,6 +243,10 @@ private:
     Statement *evaluateStatement();
     Expr *evaluateOperand(bool object);
     Statement *performStatement();
+    bool atPerformedName();
+    void performPhrases(PerformStatement &s);
+    void varyingPhrases(PerformStatement &s);
+    void inlineBody(PerformStatement &s);
     Statement *goStatement();
     Statement *alterStatement();
     Statement *exitStatement();
@@ -251,6 +269,8 @@ private:
     Statement *readStatement();
     void retryPhrase(FileStatement &s);
     bool fileName(FileStatement &s);
+    bool invalidPhrases(FileStatement &s);
+    bool lockPhrase(FileStatement &s);
     void recordOrFile(FileStatement &s);
     void sharingPhrase(Word &sharing);
     Statement *writeStatement();
@@ -270,6 +290,12 @@ private:
     Statement *examineStatement();
     Statement *transformStatement();
     void beforeAfter(InspectStatement::Phrase &phrase);
+    bool atCounter();
+    bool atTallyingMode() const;
+    bool atReplacingMode() const;
+    void tallyingPhrases(InspectStatement &s);
+    void replacingPhrases(InspectStatement &s);
+    void convertingPhrase(InspectStatement &s);
 
     Statement *searchStatement();
 

@@ -345,65 +345,78 @@ void Parser::procedureDivision(Program &p)
     inProcedures_ = false;
 }
 
+// The header of a section or paragraph; `section`: the index of the one that it is in.
+void Parser::procedureHeader(Program &p, bool declaratives, int &section)
+{
+    Procedure procedure;
+    procedure.name = internWord(now().text);
+    procedure.at = here();
+    procedure.declarative = declaratives;
+    step();
+    if (take(K_SECTION)) {
+        procedure.isSection = true;
+        if (atNumber()) {
+            int64_t number = 0;
+            parseInteger(number);
+            procedure.segment = static_cast<int>(number);
+        }
+        section = static_cast<int>(p.procedures.size());
+    } else {
+        procedure.section = section;
+        if (section >= 0) procedure.segment = p.procedures[static_cast<size_t>(section)].segment;
+    }
+    expectPeriod();
+    panic_ = false;
+    p.procedures.push_back(std::move(procedure));
+    if (at(K_USE) && !declaratives) error("USE is a statement of the DECLARATIVES");
+    if (at(K_USE)) useStatement(p, p.procedures.size() - 1);
+}
+
+// A header of another division, which comes too late: all up to the next program is passed over.
+bool Parser::lateDivision()
+{
+    if (!at(K_DATA, K_DIVISION) && !at(K_ENVIRONMENT, K_DIVISION) && !at(K_WORKING_STORAGE, K_SECTION) &&
+        !at(K_LINKAGE, K_SECTION) && !at(K_FILE, K_SECTION))
+        return false;
+    error(wordText(now().word) + " comes before the PROCEDURE DIVISION");
+    while (!atEnd() && !atProgramEnd() && !atProgramStart() && !at(K_PROCEDURE, K_DIVISION)) step();
+    if (at(K_PROCEDURE, K_DIVISION)) skipToPeriod();
+    return true;
+}
+
+// A word where a statement should begin: perhaps a verb in other letters, perhaps a header without
+// its period.
+void Parser::noStatement()
+{
+    if (now().kind == TokenKind::Name && !isReserved(now().word))
+        error(wordText(now().word) + " is neither a statement nor a paragraph's name with a period after it" +
+              verbLike(wordText(now().word)));
+    else
+        error("expected a statement before " + shown());
+    step();
+    skipToVerb();
+}
+
 void Parser::paragraphs(Program &p, bool declaratives)
 {
     int section = -1;
     bool open = false; // a procedure takes statements
     for (;;) {
         panic_ = false;
-        if (atEnd()) return;
-        if (atProgramEnd() || at(K_END, K_DECLARATIVES)) return;
+        if (atEnd() || atProgramEnd() || at(K_END, K_DECLARATIVES) || atProgramId()) return;
         if ((at(K_IDENTIFICATION) || at(K_ID)) && aheadIs(1, K_DIVISION)) return;
-        if (atProgramId()) return;
         if (takeMark('.')) continue;
         if (atProcedureHeader() || atBareHeader()) {
-            Procedure procedure;
-            procedure.name = internWord(now().text);
-            procedure.at = here();
-            procedure.declarative = declaratives;
-            step();
-            if (take(K_SECTION)) {
-                procedure.isSection = true;
-                if (atNumber()) {
-                    int64_t number = 0;
-                    parseInteger(number);
-                    procedure.segment = static_cast<int>(number);
-                }
-                section = static_cast<int>(p.procedures.size());
-            } else {
-                procedure.section = section;
-                if (section >= 0) procedure.segment = p.procedures[static_cast<size_t>(section)].segment;
-            }
-            expectPeriod();
-            panic_ = false;
-            p.procedures.push_back(std::move(procedure));
+            procedureHeader(p, declaratives, section);
             open = true;
-            if (at(K_USE) && !declaratives) error("USE is a statement of the DECLARATIVES");
-            if (at(K_USE)) useStatement(p, p.procedures.size() - 1);
             continue;
         }
-        if (at(K_DATA, K_DIVISION) || at(K_ENVIRONMENT, K_DIVISION) || at(K_WORKING_STORAGE, K_SECTION) ||
-            at(K_LINKAGE, K_SECTION) || at(K_FILE, K_SECTION)) {
-            error(wordText(now().word) + " comes before the PROCEDURE DIVISION");
-            while (!atEnd() && !atProgramEnd() && !atProgramStart() && !at(K_PROCEDURE, K_DIVISION)) step();
-            if (at(K_PROCEDURE, K_DIVISION)) skipToPeriod();
-            panic_ = false;
-            continue;
-        }
+        if (lateDivision()) continue;
         if (!atVerb()) {
-            if (now().kind == TokenKind::Name && !isReserved(now().word)) {
-                // A word where a statement should begin: perhaps a verb in other letters, perhaps a
-                // header without its period.
-                error(wordText(now().word) + " is neither a statement nor a paragraph's name with a period after it" +
-                      verbLike(wordText(now().word)));
-            } else {
-                error("expected a statement before " + shown());
-            }
-            step();
-            skipToVerb();
+            noStatement();
             continue;
         }
-        if (!open) {
+        if (!open) { // statements before the first header: a procedure without a name
             Procedure procedure;
             procedure.at = here();
             procedure.declarative = declaratives;

@@ -81,6 +81,78 @@ void Parser::beforeAfter(InspectStatement::Phrase &phrase)
     }
 }
 
+// Is this the item of the next FOR, and no operand?
+bool Parser::atCounter()
+{
+    if (!atName() || at(K_FUNCTION)) return false;
+    const size_t saved = position_;
+    const bool wasPanic = panic_;
+    identifier();
+    const bool counter = at(K_FOR);
+    position_ = saved;
+    panic_ = wasPanic;
+    return counter;
+}
+
+bool Parser::atTallyingMode() const { return at(K_CHARACTERS) || at(K_ALL) || at(K_LEADING) || at(K_TRAILING); }
+
+// TALLYING item FOR CHARACTERS, or FOR ALL "a" "b": one mode for several operands.
+void Parser::tallyingPhrases(InspectStatement &s)
+{
+    InspectStatement::Phrase phrase;
+    phrase.kind = K_TALLYING;
+    phrase.counter = identifier();
+    expect(K_FOR);
+    if (!atTallyingMode()) error("expected CHARACTERS, ALL, LEADING or TRAILING before " + shown());
+    while (atTallyingMode() && !panic_) {
+        phrase.mode = now().word;
+        step();
+        if (phrase.mode == K_CHARACTERS) {
+            s.phrases.push_back(phrase);
+            beforeAfter(s.phrases.back());
+            continue;
+        }
+        while ((atOperand() || at(K_FUNCTION)) && !at(K_ALL) && !panic_ && !atCounter()) {
+            s.phrases.push_back(phrase);
+            s.phrases.back().compared = operand();
+            beforeAfter(s.phrases.back());
+        }
+    }
+}
+
+bool Parser::atReplacingMode() const { return atTallyingMode() || at(K_FIRST); }
+
+// REPLACING CHARACTERS BY x, or ALL "a" BY "b" "c" BY "d": one mode for several pairs.
+void Parser::replacingPhrases(InspectStatement &s)
+{
+    if (!atReplacingMode()) error("expected CHARACTERS, ALL, LEADING, FIRST or TRAILING before " + shown());
+    while (atReplacingMode() && !panic_) {
+        const Word mode = now().word;
+        step();
+        do {
+            InspectStatement::Phrase phrase;
+            phrase.kind = K_REPLACING;
+            phrase.mode = mode;
+            if (mode != K_CHARACTERS) phrase.compared = operand();
+            expect(K_BY);
+            if (!panic_) phrase.result = operand();
+            beforeAfter(phrase);
+            s.phrases.push_back(phrase);
+        } while (mode != K_CHARACTERS && (atOperand() || at(K_FUNCTION)) && !at(K_ALL) && !panic_);
+    }
+}
+
+void Parser::convertingPhrase(InspectStatement &s)
+{
+    InspectStatement::Phrase phrase;
+    phrase.kind = K_CONVERTING;
+    phrase.compared = operand();
+    expect(K_TO);
+    if (!panic_) phrase.result = operand();
+    beforeAfter(phrase);
+    s.phrases.push_back(phrase);
+}
+
 Statement *Parser::inspectStatement()
 {
     auto *s = begin<InspectStatement>();
@@ -91,77 +163,19 @@ Statement *Parser::inspectStatement()
         s->target = inspected->ref;
     else
         errorAt(inspected->at, "INSPECT needs a data item");
+
     bool any = false;
     if (take(K_TALLYING)) {
         any = true;
-        while (atName() && !panic_) {
-            Reference *counter = identifier();
-            expect(K_FOR);
-            if (!at(K_CHARACTERS) && !at(K_ALL) && !at(K_LEADING) && !at(K_TRAILING))
-                error("expected CHARACTERS, ALL, LEADING or TRAILING before " + shown());
-            while ((at(K_CHARACTERS) || at(K_ALL) || at(K_LEADING) || at(K_TRAILING)) && !panic_) {
-                Word mode = now().word;
-                step();
-                if (mode == K_CHARACTERS) {
-                    InspectStatement::Phrase phrase;
-                    phrase.kind = K_TALLYING;
-                    phrase.mode = mode;
-                    phrase.counter = counter;
-                    beforeAfter(phrase);
-                    s->phrases.push_back(phrase);
-                    continue;
-                }
-                // ALL "a" "b": one mode for several operands; but "name FOR" begins the next
-                // counter.
-                while ((atOperand() || at(K_FUNCTION)) && !at(K_ALL) && !panic_) {
-                    if (atName() && !at(K_FUNCTION)) {
-                        size_t saved = position_;
-                        bool wasPanic = panic_;
-                        identifier();
-                        bool next = at(K_FOR);
-                        position_ = saved;
-                        panic_ = wasPanic;
-                        if (next) break;
-                    }
-                    InspectStatement::Phrase phrase;
-                    phrase.kind = K_TALLYING;
-                    phrase.mode = mode;
-                    phrase.counter = counter;
-                    phrase.compared = operand();
-                    beforeAfter(phrase);
-                    s->phrases.push_back(phrase);
-                }
-            }
-        }
+        while (atName() && !panic_) tallyingPhrases(*s);
     }
     if (take(K_REPLACING)) {
         any = true;
-        if (!at(K_CHARACTERS) && !at(K_ALL) && !at(K_LEADING) && !at(K_FIRST) && !at(K_TRAILING))
-            error("expected CHARACTERS, ALL, LEADING, FIRST or TRAILING before " + shown());
-        while ((at(K_CHARACTERS) || at(K_ALL) || at(K_LEADING) || at(K_FIRST) || at(K_TRAILING)) && !panic_) {
-            Word mode = now().word;
-            step();
-            do {
-                InspectStatement::Phrase phrase;
-                phrase.kind = K_REPLACING;
-                phrase.mode = mode;
-                if (mode != K_CHARACTERS) phrase.compared = operand();
-                expect(K_BY);
-                if (!panic_) phrase.result = operand();
-                beforeAfter(phrase);
-                s->phrases.push_back(phrase);
-            } while (mode != K_CHARACTERS && (atOperand() || at(K_FUNCTION)) && !at(K_ALL) && !panic_);
-        }
+        replacingPhrases(*s);
     }
     if (take(K_CONVERTING)) {
         any = true;
-        InspectStatement::Phrase phrase;
-        phrase.kind = K_CONVERTING;
-        phrase.compared = operand();
-        expect(K_TO);
-        if (!panic_) phrase.result = operand();
-        beforeAfter(phrase);
-        s->phrases.push_back(phrase);
+        convertingPhrase(*s);
     }
     if (!any) error("expected TALLYING, REPLACING or CONVERTING before " + shown());
     return s;

@@ -459,11 +459,14 @@ private:
         return "";
     }
 
-    // What comes after its period is read when the copied text has been: that may end with PICTURE,
-    // or say that the comma is the decimal point.
-    void copy(Lexer &lexer, const Spot &statement, std::vector<Token> &out, int depth)
+    // A COPY statement; false, and told, if it names no text.
+    struct CopyStatement {
+        Token name;
+        std::string library;
+        std::vector<Replacement> rules;
+    };
+    bool copyStatement(Lexer &lexer, const Spot &statement, CopyStatement &copy)
     {
-        bool pictureCopy = lexer.takePictureCopy();
         // The statement's own words, up to the period, which becomes their end.
         std::vector<Token> words;
         bool inPseudo = false;
@@ -477,58 +480,75 @@ private:
 
         size_t index = 0;
         Source source{&words, &index};
-        const Token nameToken = source.peek();
-        if (nameToken.kind != TokenKind::Name && nameToken.kind != TokenKind::String &&
-            nameToken.kind != TokenKind::Number) {
-            diagnostics().error(nameToken.spot, "COPY needs the name of a text");
-            return;
+        copy.name = source.peek();
+        if (copy.name.kind != TokenKind::Name && copy.name.kind != TokenKind::String &&
+            copy.name.kind != TokenKind::Number) {
+            diagnostics().error(copy.name.spot, "COPY needs the name of a text");
+            return false;
         }
-        std::string name(nameToken.text), library;
         source.step();
         if (isWord(source.peek(), K_OF) || isWord(source.peek(), K_IN)) {
             source.step();
-            library = std::string(source.peek().text);
+            copy.library = std::string(source.peek().text);
             source.step();
         }
         if (isWord(source.peek(), K_SUPPRESS)) {
             source.step();
             if (isWord(source.peek(), K_PRINTING)) source.step();
         }
-        std::vector<Replacement> rules;
         if (isWord(source.peek(), K_REPLACING)) {
             source.step();
-            rules = pairs(source);
+            copy.rules = pairs(source);
         } else if (source.peek().kind != TokenKind::End) {
             diagnostics().error(source.peek().spot, "REPLACING or a period belongs here");
         }
+        return true;
+    }
 
-        std::string tried, path = find(name, library, statement.file, tried);
+    // The file of the text; "", and told, if there is none, or if it would never end.
+    std::string copiedFile(const CopyStatement &copy, const Spot &statement, int depth)
+    {
+        const std::string name(copy.name.text);
+        std::string tried, path = find(name, copy.library, statement.file, tried);
         if (path.empty()) {
-            diagnostics().error(nameToken.spot, "the text " + name + (library.empty() ? "" : " of " + library) +
+            diagnostics().error(copy.name.spot, "the text " + name +
+                                                    (copy.library.empty() ? "" : " of " + copy.library) +
                                                     " to be copied was not found in " + tried);
-            return;
+            return "";
         }
         if (depth >= 100) {
-            diagnostics().error(nameToken.spot, "COPY is nested too deep; does the text copy itself?");
-            return;
+            diagnostics().error(copy.name.spot, "COPY is nested too deep; does the text copy itself?");
+            return "";
         }
         for (Spot at = statement; at.line; at = sources()[at.file].includedAt) {
             if (sources()[at.file].path == path) {
-                diagnostics().error(nameToken.spot, "the text " + name + " copies itself");
-                return;
+                diagnostics().error(copy.name.spot, "the text " + name + " copies itself");
+                return "";
             }
         }
+        return path;
+    }
+
+    // What comes after its period is read when the copied text has been: that may end with PICTURE,
+    // or say that the comma is the decimal point.
+    void copy(Lexer &lexer, const Spot &statement, std::vector<Token> &out, int depth)
+    {
+        const bool pictureCopy = lexer.takePictureCopy();
+        CopyStatement copy;
+        if (!copyStatement(lexer, statement, copy)) return;
+        const std::string path = copiedFile(copy, statement, depth);
+        if (path.empty()) return;
         copies_++;
         int number = full(out.size(), statement) ? -1 : sources().open(path, statement);
         if (number < 0) {
-            if (!full_) diagnostics().error(nameToken.spot, "cannot read " + path + ": " + std::strerror(errno));
+            if (!full_) diagnostics().error(copy.name.spot, "cannot read " + path + ": " + std::strerror(errno));
             return;
         }
         dependencies_.push_back(path);
         std::vector<Token> copied;
         pictureCopy_ = pictureCopy;
         file(static_cast<uint32_t>(number), copied, depth + 1);
-        if (!rules.empty()) copied = replaceAll(copied, rules);
+        if (!copy.rules.empty()) copied = replaceAll(copied, copy.rules);
         if (endsWithPicture(copied)) lexer.expectPicture();
         out.insert(out.end(), copied.begin(), copied.end());
     }

@@ -6,8 +6,9 @@
 // quotation mark of the next line. So the reader keeps track of literals that are open at a line's
 // end.
 //
-// Conditional compilation (>>IF) and comment entries of the IDENTIFICATION DIVISION go here, too:
-// their lines are no program text, and what is in them need not even be words.
+// What conditional compilation leaves out (conditional_text.h) and comment entries of the
+// IDENTIFICATION DIVISION go here, too: their lines are no program text, and what is in them need
+// not even be words.
 #include "cobol/text/source_lines.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "cobol/text/conditional_text.h"
 #include "cobol/text/line_text.h"
 
 namespace kvrcob {
@@ -23,7 +25,7 @@ namespace {
 // The reader of one file.
 class LineReader {
 public:
-    LineReader(uint32_t file, TextOptions &options) : options_(options)
+    LineReader(uint32_t file, TextOptions &options) : options_(options), conditions_(options)
     {
         out_.file = file;
         const SourceFile &source = sources()[file];
@@ -56,9 +58,7 @@ public:
                 oneLine(raw);
             from = to + 1;
         }
-        for (size_t i = 0; i < openIfs_.size(); i++)
-            diagnostics().error(openIfs_[i], conditions_[i].subject.empty() ? ">>IF without >>END-IF"
-                                                                            : ">>EVALUATE without >>END-EVALUATE");
+        conditions_.end();
         if (format_ == SourceFormat::Free) options_.freeFiles.insert(out_.file);
         return std::move(out_);
     }
@@ -69,7 +69,7 @@ private:
     void oneLine(std::string_view line)
     {
         if (mayDirect_ && directive(line)) return;
-        if (skipping()) return;
+        if (conditions_.skipping()) return;
         if (format_ == SourceFormat::Free)
             freeLine(line);
         else
@@ -77,11 +77,6 @@ private:
     }
 
     // ---- Directives
-
-    bool skipping() const
-    {
-        return std::any_of(conditions_.begin(), conditions_.end(), [](const Condition &c) { return !c.active; });
-    }
 
     bool directive(std::string_view line)
     {
@@ -94,213 +89,41 @@ private:
             (format_ != SourceFormat::Free && line.size() > 7 && line[6] == '$') || body.starts_with('$');
         if (!body.starts_with(">>") && !dollar) return false;
         const std::string_view written = dollar ? line.substr(line.find('$') + 1) : body.substr(2);
-        const std::string text = upperOf(written);
-        const std::vector<std::string> words = split(written);
-        std::string verb = words.empty() ? "" : words[0];
-        if (verb == "IF") {
-            conditions_.push_back({!skipping() && evaluate(words), false, ""});
-            conditions_.back().taken = conditions_.back().active || skippingOuter();
-            openIfs_.push_back(here());
-        } else if (verb == "ELSE") {
-            if (conditions_.empty()) {
-                diagnostics().error(here(), ">>ELSE without >>IF");
-            } else {
-                conditions_.back().active = !conditions_.back().taken;
-                conditions_.back().taken = true;
-            }
-        } else if (verb == "ELIF" || verb == "ELSE-IF") {
-            if (conditions_.empty()) {
-                diagnostics().error(here(), ">>ELIF without >>IF");
-            } else {
-                conditions_.back().active = !conditions_.back().taken && evaluate(words);
-                if (conditions_.back().active) conditions_.back().taken = true;
-            }
-        } else if (verb == "EVALUATE") {
-            const bool outer = skipping();
-            conditions_.push_back({false, outer, words.size() > 1 ? words[1] : "TRUE"});
-            openIfs_.push_back(here());
-        } else if (verb == "WHEN") {
-            if (conditions_.empty() || conditions_.back().subject.empty())
-                diagnostics().error(here(), ">>WHEN without >>EVALUATE");
-            else
-                when(words);
-        } else if (verb == "END-IF" || verb == "END-EVALUATE" || (verb == "END" && dollar)) {
-            if (conditions_.empty()) {
-                diagnostics().error(here(), verb == "END-EVALUATE" ? ">>END-EVALUATE without >>EVALUATE"
-                                                                   : ">>END-IF without >>IF");
-            } else {
-                conditions_.pop_back();
-                openIfs_.pop_back();
-            }
-        } else if (skipping()) {
-            return true;
-        } else if (verb == "DEFINE") {
-            define(words);
-        } else if (verb == "SOURCE" || verb == "SET") {
-            if (text.find("FREE") != std::string::npos)
-                format_ = SourceFormat::Free;
-            else if (text.find("VARIABLE") != std::string::npos)
-                format_ = SourceFormat::Variable;
-            else if (text.find("FIXED") != std::string::npos)
-                format_ = SourceFormat::Fixed;
-        } else if (verb == "D") {
-            size_t at = line.find(">>");
-            std::string_view rest = line.substr(std::min(line.size(), at + 3));
-            append(std::string(1, kDebugLine) + std::string(rest), static_cast<uint32_t>(at + 4));
-            out_.text += '\n';
-        } else if (verb != "TURN" && verb != "LISTING" && verb != "PAGE" && verb != "CALL-CONVENTION" &&
-                   verb != "FLAG-02" && verb != "FLAG-85" && verb != "LEAP-SECOND" && verb != "PROPAGATE" &&
-                   verb != "COBOL-WORDS") {
+        const std::vector<std::string> words = ConditionalText::split(written);
+        const std::string verb = words.empty() ? "" : words[0];
+        if (conditions_.directive(words, dollar, here()) || conditions_.skipping()) return true;
+        if (verb == "DEFINE")
+            conditions_.define(words);
+        else if (verb == "SOURCE" || verb == "SET")
+            setFormat(upperOf(written));
+        else if (verb == "D")
+            debugLine(line);
+        else if (std::find(std::begin(kNoEffect), std::end(kNoEffect), verb) == std::end(kNoEffect))
             diagnostics().warning("directive", here(), "the directive >>" + verb + " is not known and has no effect");
-        }
         return true;
     }
 
-    // >>WHEN value, value THRU value, OTHER; after >>EVALUATE TRUE a condition.
-    void when(const std::vector<std::string> &words)
+    // Known, and without effect here.
+    static constexpr std::string_view kNoEffect[] = {
+        "TURN", "LISTING", "PAGE", "CALL-CONVENTION", "FLAG-02", "FLAG-85", "LEAP-SECOND", "PROPAGATE", "COBOL-WORDS"};
+
+    void setFormat(const std::string &text)
     {
-        Condition &now = conditions_.back();
-        std::vector<std::string> test = words;
-        if (now.subject != "TRUE" && words.size() > 1) {
-            test = {"IF", now.subject, "=", words[1]};
-            if (words.size() > 3 && (words[2] == "THRU" || words[2] == "THROUGH"))
-                test = {"IF", now.subject, ">=", words[1], "AND", now.subject, "<=", words[3]};
-        }
-        const bool other = words.size() > 1 && words[1] == "OTHER";
-        now.active = !now.taken && (other || evaluate(test));
-        if (now.active) now.taken = true;
+        if (text.find("FREE") != std::string::npos)
+            format_ = SourceFormat::Free;
+        else if (text.find("VARIABLE") != std::string::npos)
+            format_ = SourceFormat::Variable;
+        else if (text.find("FIXED") != std::string::npos)
+            format_ = SourceFormat::Fixed;
     }
 
-    bool skippingOuter() const
+    // >>D: a line for debugging.
+    void debugLine(std::string_view line)
     {
-        for (size_t i = 0; i + 1 < conditions_.size(); i++)
-            if (!conditions_[i].active) return true;
-        return false;
-    }
-
-    // Words in capitals; a literal as it is, after kLiteral.
-    static constexpr char kLiteral = '"';
-
-    static std::vector<std::string> split(std::string_view text)
-    {
-        std::vector<std::string> words;
-        size_t i = 0;
-        while (i < text.size()) {
-            if (text[i] == ' ') {
-                i++;
-            } else if (text[i] == '"' || text[i] == '\'') {
-                size_t end = text.find(text[i], i + 1);
-                if (end == std::string::npos) end = text.size();
-                words.push_back(kLiteral + std::string(text.substr(i + 1, end - i - 1)));
-                i = end + 1;
-            } else if (std::strchr("=<>()", text[i])) {
-                size_t n =
-                    i + 1 < text.size() && std::strchr("=>", text[i + 1]) && text[i] != '(' && text[i] != ')' ? 2 : 1;
-                words.emplace_back(text.substr(i, n));
-                i += n;
-            } else {
-                size_t end = text.find_first_of(" =<>()\"'", i);
-                if (end == std::string::npos) end = text.size();
-                words.push_back(upperOf(text.substr(i, end - i)));
-                i = end;
-            }
-        }
-        return words;
-    }
-
-    void define(const std::vector<std::string> &words)
-    {
-        if (words.size() < 2) return;
-        if (std::find(words.begin(), words.end(), "OFF") != words.end()) {
-            options_.defines.erase(words[1]);
-            options_.changed.insert(words[1]);
-            return;
-        }
-        size_t value = words.size() > 2 && words[2] == "AS" ? 3 : 2;
-        if (value < words.size() && words[value] == "PARAMETER") {
-            const char *given = std::getenv(words[1].c_str());
-            if (given) options_.defines[words[1]] = given;
-            return;
-        }
-        bool override_ = words.back() == "OVERRIDE";
-        if (options_.defines.count(words[1])) {
-            if (!override_) return; // -D goes before the source's own value
-            options_.changed.insert(words[1]);
-        }
-        const std::string given = value < words.size() && words[value] != "OVERRIDE" ? words[value] : "1";
-        options_.defines[words[1]] = given.substr(given[0] == kLiteral);
-    }
-
-    // name [IS] [NOT] DEFINED, name = value, name alone, joined by AND and OR from left to right.
-    bool evaluate(const std::vector<std::string> &words)
-    {
-        bool result = false, join = true;
-        size_t i = 1;
-        while (i < words.size()) {
-            bool term = false, negate = false;
-            while (i < words.size() && (words[i] == "NOT" || words[i] == "(")) negate ^= words[i++] == "NOT";
-            if (i >= words.size()) break;
-            const std::string &name = words[i++];
-            if (i < words.size() && words[i] == "IS") i++;
-            if (i < words.size() && words[i] == "NOT") {
-                negate = !negate;
-                i++;
-            }
-            if (i < words.size() && (words[i] == "DEFINED" || words[i] == "SET")) {
-                term = options_.defines.count(name) != 0;
-                i++;
-            } else if (i + 1 < words.size() &&
-                       (words[i] == "=" || words[i] == "<" || words[i] == ">" || words[i] == "<>" || words[i] == "<=" ||
-                        words[i] == ">=" || words[i] == "EQUAL")) {
-                const std::string &relation = words[i++];
-                if (i < words.size() && words[i] == "TO") i++;
-                std::string left = valueOf(name), right = i < words.size() ? valueOf(words[i]) : "";
-                i++;
-                bool numbers = !left.empty() && !right.empty() &&
-                               left.find_first_not_of("0123456789") == std::string::npos &&
-                               right.find_first_not_of("0123456789") == std::string::npos;
-                int order = numbers ? (std::atoll(left.c_str()) > std::atoll(right.c_str())) -
-                                          (std::atoll(left.c_str()) < std::atoll(right.c_str()))
-                                    : left.compare(right);
-                term = relation == "=" || relation == "EQUAL" ? order == 0
-                       : relation == "<"                      ? order < 0
-                       : relation == ">"                      ? order > 0
-                       : relation == "<>"                     ? order != 0
-                       : relation == "<="                     ? order <= 0
-                                                              : order >= 0;
-            } else {
-                std::string value = valueOf(name);
-                term = value != "" && value != "0" && value != "OFF" && value != "FALSE";
-            }
-            while (i < words.size() && words[i] == ")") i++;
-            if (negate) term = !term;
-            result = join ? term : result;
-            if (i < words.size() && words[i] == "AND") {
-                join = result;
-                if (!result) {
-                    // A false left side: skip to the next OR.
-                    while (i < words.size() && words[i] != "OR") i++;
-                    if (i >= words.size()) return false;
-                    join = true;
-                }
-                i++;
-            } else if (i < words.size() && words[i] == "OR") {
-                if (result) return true;
-                join = true;
-                i++;
-            } else {
-                break;
-            }
-        }
-        return result;
-    }
-
-    std::string valueOf(const std::string &word) const
-    {
-        if (word.starts_with(kLiteral)) return word.substr(1);
-        auto found = options_.defines.find(word);
-        if (found != options_.defines.end()) return found->second;
-        return !word.empty() && std::isalpha(static_cast<unsigned char>(word[0])) ? "" : word;
+        size_t at = line.find(">>");
+        std::string_view rest = line.substr(std::min(line.size(), at + 3));
+        append(std::string(1, kDebugLine) + std::string(rest), static_cast<uint32_t>(at + 4));
+        out_.text += '\n';
     }
 
     // ---- Comment entries: AUTHOR and its like, up to the next line that begins in area A.
@@ -532,17 +355,11 @@ private:
         open_ = 0;
     }
 
-    struct Condition {
-        bool active, taken;
-        std::string subject; // of >>EVALUATE
-    };
-
     TextOptions &options_;
     RunningText out_;
     SourceFormat format_ = SourceFormat::Fixed;
     uint32_t line_ = 0;
-    std::vector<Condition> conditions_;
-    std::vector<Spot> openIfs_;
+    ConditionalText conditions_;
     bool inIdentification_ = false, inEntry_ = false, badIndicator_ = false, first_ = true;
     bool mayDirect_ = false; // there is a mark of a directive somewhere
     char open_ = 0, pending_ = 0;

@@ -60,50 +60,61 @@ bool makeFile(FCB *fcb, const Opened &opened, const StoredHeader &expected, Stor
     return writeHeader(fcb, opened.descriptor, header);
 }
 
+SharePolicy sharingOf(const FCB *fcb, const FIB *fib)
+{
+    bool indexed = fib->organization & ZVK_FILE_INDEXED, relative = fib->organization & ZVK_FILE_RELATIVE;
+    if (!indexed && !relative) return sequentialSharing(fcb);
+    if (!(fcb->requestedMode & ZVK_OPEN_EXTEND)) return {shareAllOther, shareAllOther};
+    return {shareNoOther, relative ? shareReadOnly : shareAllOther}; // a relative file's EXTEND keeps its place
+}
+
+// A commit that somebody was killed in comes first. OUTPUT, too: the file may be one of several.
+bool settleFirst(FCB *fcb)
+{
+    char path[PATH_MAX];
+    const char *name = resolvedName(fcb->fileName, path);
+    int error = name && hasJournal(name) ? settleJournal(name) : 0;
+    if (error) failWithStore(fcb, error);
+    return error == 0;
+}
+
+// Waits until nobody else makes the file: another program may have made it in the meantime.
+bool takeMaking(FCB *fcb, Opened *opened)
+{
+    beginMaking(opened->descriptor);
+    if (fcb->requestedMode & ZVK_OPEN_OUTPUT) return true;
+    struct stat about;
+    if (fstat(opened->descriptor, &about) != 0) return failWithErrno(fcb, errno);
+    if (about.st_size) {
+        opened->created = false;
+        opened->size = static_cast<uint64_t>(about.st_size);
+        zvkSetStatus(fcb, 0, fs2None);
+    }
+    return true;
+}
+
 void openStored(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
     bool indexed = fib->organization & ZVK_FILE_INDEXED, relative = fib->organization & ZVK_FILE_RELATIVE;
     if (!attributesPossible(fcb, fib, fcb->requestedMode & ZVK_OPEN_OUTPUT)) return;
-    SharePolicy sharing = {shareAllOther, shareAllOther};
-    if (!indexed && !relative)
-        sharing = sequentialSharing(fcb);
-    else if (fcb->requestedMode & ZVK_OPEN_EXTEND) // a relative file's EXTEND keeps its place
-        sharing = {shareNoOther, relative ? shareReadOnly : shareAllOther};
-    Opened opened = openByRules(fcb, fib, sharing, false, true, indexed || relative ? parkedDescriptor : nullptr);
+    Opened opened = openByRules(fcb, fib,
+                                {.sharing = sharingOf(fcb, fib),
+                                 .emptyIsAbsent = true,
+                                 .parked = indexed || relative ? parkedDescriptor : nullptr});
     if (opened.descriptor < 0) return;
     if (opened.held.lockless && needsLocks(fcb, fib)) {
         failWithErrno(fcb, opened.held.lockless);
         close(opened.descriptor);
         return;
     }
-
-    // A commit that somebody was killed in comes first. OUTPUT, too: the file may be one of
-    // several.
-    char path[PATH_MAX];
-    const char *settled = indexed || relative ? resolvedName(fcb->fileName, path) : nullptr;
-    if (int error = settled && hasJournal(settled) ? settleJournal(settled) : 0) {
-        failWithStore(fcb, error);
+    if (((indexed || relative) && !settleFirst(fcb)) || (opened.created && !takeMaking(fcb, &opened))) {
         close(opened.descriptor);
         return;
     }
+
     StoredHeader expected, header;
     describeFile(fib, &expected);
-    if (opened.created) {
-        beginMaking(opened.descriptor);
-        struct stat about = {};
-        bool known = (fcb->requestedMode & ZVK_OPEN_OUTPUT) || fstat(opened.descriptor, &about) == 0;
-        if (!known) {
-            failWithErrno(fcb, errno);
-            close(opened.descriptor);
-            return;
-        }
-        if (about.st_size) { // another program made it in the meantime
-            opened.created = false;
-            opened.size = static_cast<uint64_t>(about.st_size);
-            zvkSetStatus(fcb, 0, fs2None);
-        }
-    }
     bool good = opened.created ? attributesPossible(fcb, fib, true) && makeFile(fcb, opened, expected, &header)
                                : readHeader(fcb, opened.descriptor, expected, &header);
     if (opened.created) opened.size = kStoredHeaderSize;

@@ -414,7 +414,7 @@ void startIndexed(FCB *fcb, const FIB *fib, const Opened &opened, const StoredHe
     if (file) {
         file->descriptor = opened.descriptor;
         describeRecords(file, fib->maxRecord, fib->minRecord, header);
-        file->sequential = fib->accessMode & 0x80;
+        file->sequential = fib->accessMode & ZVK_FILE_ACCESS_SEQUENTIAL;
         file->locks.start(fcb, fib, opened.descriptor);
         file->transactional = file->locks.transactional = transactionsWanted();
         file->seen = transactionNumber();

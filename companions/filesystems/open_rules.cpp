@@ -16,7 +16,7 @@ namespace {
 Opened refused(int descriptor = -1)
 {
     if (descriptor >= 0) close(descriptor);
-    return {-1, false, false, 0, {}};
+    return {};
 }
 
 // An OPTIONAL file that is not there: a success for INPUT, which reads none; created by I-O and
@@ -48,59 +48,60 @@ bool isReplaced(const char *name, const struct stat &ours)
     return stat(name, &there) != 0 || there.st_dev != ours.st_dev || there.st_ino != ours.st_ino;
 }
 
-// One attempt; `*replaced`: what was opened, and is locked, has lost its name meanwhile.
-Opened openOnce(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked,
-                bool *replaced)
+Opened openStandard(FCB *fcb, int stream)
+{
+    constexpr int kAboveStandard = 3;
+    int copy = fcntl(stream, F_DUPFD_CLOEXEC, kAboveStandard);
+    if (copy < 0) failWithErrno(fcb, errno);
+    return {.descriptor = copy, .standard = true};
+}
+
+// Opens the name, or makes the file; -1 with errno.
+int openName(const FCB *fcb, bool optional, bool devices, bool *created)
 {
     bool output = fcb->requestedMode & ZVK_OPEN_OUTPUT, input = fcb->requestedMode & ZVK_OPEN_INPUT;
-    bool optional = fib->attributes & ZVK_FILE_OPTIONAL;
     int flags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC | (input ? O_RDONLY : O_RDWR);
-    bool created = false;
-    zvkSetStatus(fcb, 0, fs2None);
-    fcb->state &= ~ZVK_FILE_ABSENT;
-
-    if (int standard = devices ? standardStream(fcb) : -1; standard >= 0) {
-        constexpr int kAboveStandard = 3;
-        int copy = fcntl(standard, F_DUPFD_CLOEXEC, kAboveStandard);
-        if (copy < 0) failWithErrno(fcb, errno);
-        return {copy, false, false, 0, {}, true};
-    }
-
     int descriptor = open(fcb->fileName, flags);
-    if (descriptor < 0 && errno == ENOENT && !input && (output || optional)) {
-        descriptor = open(fcb->fileName, flags | O_CREAT, 0666);
-        created = true;
-    }
-    // A device or terminal that can be written only.
-    if (descriptor < 0 && errno == EACCES && output && devices) {
-        struct stat about;
-        if (stat(fcb->fileName, &about) == 0 && S_ISCHR(about.st_mode))
-            descriptor = open(fcb->fileName, O_WRONLY | O_NOCTTY | O_CLOEXEC);
-        else
-            errno = EACCES;
-    }
-    if (descriptor < 0) {
-        if (errno == ENOENT && optional && input) return absent(fcb);
-        failWithErrno(fcb, errno);
-        return refused();
-    }
+    *created = descriptor < 0 && errno == ENOENT && !input && (output || optional);
+    if (*created) descriptor = open(fcb->fileName, flags | O_CREAT, 0666);
+    if (descriptor >= 0 || errno != EACCES || !output || !devices) return descriptor;
 
+    // A device or terminal that can be written only.
     struct stat about;
-    if (fstat(descriptor, &about) != 0) {
-        failWithErrno(fcb, errno);
-        return refused(descriptor);
-    }
-    bool regular = S_ISREG(about.st_mode);
-    if (!regular && !(devices && S_ISCHR(about.st_mode) && (input || output))) {
+    if (stat(fcb->fileName, &about) == 0 && S_ISCHR(about.st_mode))
+        return open(fcb->fileName, O_WRONLY | O_NOCTTY | O_CLOEXEC);
+    errno = EACCES;
+    return -1;
+}
+
+Opened openDevice(FCB *fcb, int descriptor, bool possible)
+{
+    if (!possible || !(fcb->requestedMode & (ZVK_OPEN_INPUT | ZVK_OPEN_OUTPUT))) {
         fail(fcb, 37, fs2FileType);
         return refused(descriptor);
     }
-    if (!regular) {
-        fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
-        return {descriptor, false, false, 0, {}};
+    fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    return {.descriptor = descriptor};
+}
+
+// Takes the file, or waits for it.
+bool takeInTurn(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, ShareHeld *held)
+{
+    LockWait wait(lockWaitByDefault(), nullptr);
+    while (!takeFile(fcb, fib, descriptor, policy, held)) {
+        if (fcb->status != statusFileInUse) return false;
+        releaseFile(descriptor); // what was taken of it would hold off the others meanwhile
+        if (!wait.again(fcb)) return false;
     }
+    return true;
+}
+
+Opened openRegular(FCB *fcb, const FIB *fib, const OpenRules &rules, int descriptor, struct stat about, bool created,
+                   bool *replaced)
+{
+    bool output = fcb->requestedMode & ZVK_OPEN_OUTPUT;
     bool changed = false;
-    int goesOn = parked ? parked(about.st_dev, about.st_ino, &changed) : -1;
+    int goesOn = rules.parked ? rules.parked(about.st_dev, about.st_ino, &changed) : -1;
     if (goesOn >= 0) {
         close(descriptor);
         descriptor = goesOn;
@@ -109,43 +110,67 @@ Opened openOnce(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool
         fail(fcb, statusFileInUse, fs2Uncommitted);
         return refused(descriptor);
     }
+
     ShareHeld held;
-    LockWait wait(lockWaitByDefault(), nullptr);
-    while (!takeFile(fcb, fib, descriptor, policy, &held)) {
-        if (fcb->status != statusFileInUse) return refused(descriptor);
-        releaseFile(descriptor); // what was taken of it would hold off the others meanwhile
-        if (!wait.again(fcb)) return refused(descriptor);
-    }
+    if (!takeInTurn(fcb, fib, descriptor, rules.sharing, &held)) return refused(descriptor);
     if (fstat(descriptor, &about) != 0) { // anew: another open may have written until now
         failWithErrno(fcb, errno);
         return refused(descriptor);
     }
     *replaced = goesOn < 0 && isReplaced(fcb->fileName, about);
-    if (about.st_size == 0 && emptyIsAbsent && !output) {
-        if (!optional) {
+
+    if (about.st_size == 0 && rules.emptyIsAbsent && !output) {
+        if (!(fib->attributes & ZVK_FILE_OPTIONAL)) {
             fail(fcb, 35, fs2Absent);
             return refused(descriptor);
         }
-        if (input) {
+        if (fcb->requestedMode & ZVK_OPEN_INPUT) {
             close(descriptor);
             return absent(fcb);
         }
         created = true;
     }
     if (created && !output) zvkSetStatus(fcb, 5, fs2Absent);
-    return {descriptor, true, created || output, static_cast<uint64_t>(about.st_size), held};
+    return {.descriptor = descriptor,
+            .seekable = true,
+            .created = created || output,
+            .size = static_cast<uint64_t>(about.st_size),
+            .held = held};
+}
+
+// One attempt; `*replaced`: what was opened, and is locked, has lost its name meanwhile.
+Opened openOnce(FCB *fcb, const FIB *fib, const OpenRules &rules, bool *replaced)
+{
+    bool optional = fib->attributes & ZVK_FILE_OPTIONAL, created = false;
+    zvkSetStatus(fcb, 0, fs2None);
+    fcb->state &= ~ZVK_FILE_ABSENT;
+    if (int stream = rules.devices ? standardStream(fcb) : -1; stream >= 0) return openStandard(fcb, stream);
+
+    int descriptor = openName(fcb, optional, rules.devices, &created);
+    if (descriptor < 0) {
+        if (errno == ENOENT && optional && (fcb->requestedMode & ZVK_OPEN_INPUT)) return absent(fcb);
+        failWithErrno(fcb, errno);
+        return refused();
+    }
+    struct stat about;
+    if (fstat(descriptor, &about) != 0) {
+        failWithErrno(fcb, errno);
+        return refused(descriptor);
+    }
+    if (S_ISREG(about.st_mode)) return openRegular(fcb, fib, rules, descriptor, about, created, replaced);
+    return openDevice(fcb, descriptor, rules.devices && S_ISCHR(about.st_mode));
 }
 
 } // namespace
 
 // The one before may have put another file in this one's place before it ended, as CLOSE does after
 // DELETE of lines: what is written into the old one would be lost.
-Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent, Parked parked)
+Opened openByRules(FCB *fcb, const FIB *fib, const OpenRules &rules)
 {
     constexpr int most = 10; // a file system whose numbers are not always the same
     for (int tries = 1;; ++tries) {
         bool replaced = false;
-        Opened opened = openOnce(fcb, fib, policy, devices, emptyIsAbsent, parked, &replaced);
+        Opened opened = openOnce(fcb, fib, rules, &replaced);
         if (!replaced || tries == most) return opened;
         if (opened.descriptor >= 0) close(opened.descriptor);
     }

@@ -14,21 +14,28 @@
 namespace filesystems {
 
 struct Opened {
-    int descriptor; // -1: refused, or absent
-    bool seekable;  // a regular file
-    bool created;   // absent or empty before
-    uint64_t size;
-    ShareHeld held;
+    int descriptor = -1;   // -1: refused, or absent
+    bool seekable = false; // a regular file
+    bool created = false;  // absent or empty before
+    uint64_t size = 0;
+    ShareHeld held = {};
     bool standard = false; // one of the process's own streams
 };
 
-// Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status
-// is set; status 5 with an ABSENT state is a success for the caller too. `devices`: character
-// devices will do. `emptyIsAbsent`: a file of no bytes counts as absent.
-// `parked`: finds the descriptor of a file that was closed, but goes on (transaction.h).
+// Finds the descriptor of a file that was closed, but goes on (transaction.h); -1: it does not.
 using Parked = int (*)(dev_t device, ino_t inode, bool *changed);
-Opened openByRules(FCB *fcb, const FIB *fib, SharePolicy policy, bool devices, bool emptyIsAbsent,
-                   Parked parked = nullptr);
+
+// What differs between file systems.
+struct OpenRules {
+    SharePolicy sharing;
+    bool devices = false;       // character devices will do
+    bool emptyIsAbsent = false; // a file of no bytes counts as absent
+    Parked parked = nullptr;
+};
+
+// Opens `fcb->fileName` as the requested mode and OPTIONAL have it. With descriptor -1 the status
+// is set; status 5 with an ABSENT state is a success for the caller too.
+Opened openByRules(FCB *fcb, const FIB *fib, const OpenRules &rules);
 
 // The name of the file itself where the name is a symbolic link to it: what belongs to a file is
 // beside the file. `room` has PATH_MAX bytes; null with errno set.

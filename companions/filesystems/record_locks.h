@@ -27,12 +27,12 @@ struct RecordLocks {
     void start(const FCB *fcb, const FIB *fib, int file)
     {
         uint8_t share = fib->sharing ? fib->shareMode & ZVK_FILE_SHARE_MASK : 0,
-                lock = fib->sharing ? fib->lockMode & 7 : 0;
+                lock = fib->sharing ? fib->lockMode & ZVK_FILE_LOCK_MASK : 0;
         descriptor = file;
         wait = lockWaitByDefault();
         active = (fcb->requestedMode & ZVK_OPEN_IO) && share != shareNoOther && share != shareReadOnly &&
-                 lock != lockExclusive;
-        automatic = lock != lockManual;
+                 lock != ZVK_FILE_LOCK_EXCLUSIVE;
+        automatic = lock != ZVK_FILE_LOCK_MANUAL;
         multiple = fib->sharing && (fib->shareMode & ZVK_FILE_LOCK_COUNT);
         looks = fib->sharing && (fcb->requestedMode & ZVK_OPEN_INPUT);
     }

@@ -281,7 +281,7 @@ void startRelative(FCB *fcb, const FIB *fib, const Opened &opened, uint32_t sumS
     file->format = format;
     file->slotSize = slotSize;
     file->sumSize = sumSize;
-    file->sequential = fib->accessMode & 0x80;
+    file->sequential = fib->accessMode & ZVK_FILE_ACCESS_SEQUENTIAL;
     file->locks.start(fcb, fib, opened.descriptor);
     file->transactional = file->locks.transactional = transactionsWanted();
     file->seen = transactionNumber();

@@ -263,7 +263,7 @@ template <class Format>
 void openSequential(FCB *fcb, IPCB *element)
 {
     const FIB *fib = zvkFibOf(fcb, element);
-    Opened opened = openByRules(fcb, fib, sequentialSharing(fcb), Format::devices, false);
+    Opened opened = openByRules(fcb, fib, {.sharing = sequentialSharing(fcb), .devices = Format::devices});
     if (opened.descriptor >= 0) startSequential<Format>(fcb, fib, opened, 0);
 }
 

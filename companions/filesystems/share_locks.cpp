@@ -74,7 +74,7 @@ bool takeFile(FCB *fcb, const FIB *fib, int descriptor, SharePolicy policy, Shar
 {
     ShareMode share = fib->sharing ? static_cast<ShareMode>(fib->shareMode & ZVK_FILE_SHARE_MASK) : shareDefault;
     if (share == shareDefault) share = policy.byDefault;
-    if (fib->sharing && (fib->lockMode & 7) == lockExclusive) share = shareNoOther;
+    if (fib->sharing && (fib->lockMode & ZVK_FILE_LOCK_MASK) == ZVK_FILE_LOCK_EXCLUSIVE) share = shareNoOther;
     if (share < policy.freest) share = policy.freest;
     if (fcb->requestedMode & ZVK_OPEN_OUTPUT) share = shareNoOther; // what is being replaced is nobody else's
 

@@ -21,10 +21,13 @@
 
 namespace filesystems {
 
-// `FIB.shareMode`, its lowest three bits.
-enum ShareMode : uint8_t { shareDefault = 0, shareAllOther = 1, shareReadOnly = 2, shareNoOther = 3 };
-// `FIB.lockMode`, its lowest three bits.
-enum LockMode : uint8_t { lockDefault = 0, lockManual = 1, lockAutomatic = 2, lockExclusive = 3 };
+// What others may do while the file is open.
+enum ShareMode : uint8_t {
+    shareDefault = 0,
+    shareAllOther = ZVK_FILE_SHARE_ALL,
+    shareReadOnly = ZVK_FILE_SHARE_READ,
+    shareNoOther = ZVK_FILE_SHARE_NONE
+};
 
 // The bytes that are locked; those of transfers are the data's own.
 constexpr int64_t kFirstRecordLock = int64_t(1) << 60;

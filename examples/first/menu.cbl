@@ -1,6 +1,6 @@
       * A menu: choices are read until the user ends it. ACCEPT reads a
-      * line; at the end of the input the choice stays what it was, so
-      * it is set to the end before each ACCEPT.
+      * line; where the input ends there is none any more, and the
+      * program would ask for ever if it did not look.
        IDENTIFICATION DIVISION.
        PROGRAM-ID. MENU.
 
@@ -16,8 +16,10 @@
        MAIN-PROGRAM.
            PERFORM WITH TEST AFTER UNTIL CHOICE = "E"
                DISPLAY "(D)eposit (W)ithdraw (S)how (E)nd"
-               MOVE "E" TO CHOICE
                ACCEPT CHOICE
+                   ON EXCEPTION
+                       MOVE "E" TO CHOICE
+               END-ACCEPT
                EVALUATE FUNCTION UPPER-CASE (CHOICE)
                    WHEN "D"
                        PERFORM ASK-AMOUNT

@@ -95,7 +95,7 @@ void _zvk_cpm_init(ZvkMessageRoutine msg, uint64_t context)
     _zvkTxmnRunUnit(0, msg, context);
 }
 
-void _zvkTxmnRunUnit(uint64_t reserved, ZvkMessageRoutine msg, uint64_t context)
+void _zvkTxmnRunUnit(uint64_t, ZvkMessageRoutine msg, uint64_t context)
 {
     if (!zvkCurrentOrFreeRuncom()) {
         setenv("__COBOL_TXMN_CONTAINER", "1", 1);

@@ -38,7 +38,7 @@ void freeItem(HashEntry *entry)
     free(entry);
 }
 
-void printItem(uint64_t number, const HashEntry *entry)
+void printItem(uint64_t, const HashEntry *entry)
 {
     const ExternalItem *item = static_cast<const ExternalItem *>(entry->value);
     fprintf(stderr, "\tName: %s\n\tLen:  %ld\n\tData: %*.*s\n", static_cast<const char *>(entry->key),

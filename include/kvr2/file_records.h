@@ -17,6 +17,9 @@ ZVK_BEGIN_DECLS
 /** `FIB.organization`; 0 is sequential. */
 enum { ZVK_FILE_LINE_SEQUENTIAL = 0x40, ZVK_FILE_INDEXED = 0x20, ZVK_FILE_RELATIVE = 0x10 };
 
+/** `FIB.accessMode`; 0 is dynamic. */
+enum { ZVK_FILE_ACCESS_SEQUENTIAL = 0x80, ZVK_FILE_ACCESS_RANDOM = 0x40 };
+
 /** `FIB.attributes` */
 enum {
     ZVK_FILE_OPTIONAL = 0x80,
@@ -36,12 +39,18 @@ enum {
 
 /** `FIB.shareMode` */
 enum {
+    ZVK_FILE_SHARE_ALL = 1, /**< what others may do; none of these: the file system's default */
+    ZVK_FILE_SHARE_READ = 2,
+    ZVK_FILE_SHARE_NONE = 3,
     ZVK_FILE_SHARE_MASK = 0x07,
     ZVK_FILE_LOCK_COUNT = 0x08,
     ZVK_FILE_STATUS_NATIONAL = 0x10,
     ZVK_FILE_FEEDBACK_EBCDIC = 0x40,
     ZVK_FILE_STATUS_EBCDIC = 0x80
 };
+
+/** `FIB.lockMode & ZVK_FILE_LOCK_MASK`; 0 is the file system's default. */
+enum { ZVK_FILE_LOCK_MASK = 0x07, ZVK_FILE_LOCK_MANUAL = 1, ZVK_FILE_LOCK_AUTOMATIC = 2, ZVK_FILE_LOCK_EXCLUSIVE = 3 };
 
 /**
  * One key of an indexed file; 12 bytes.
@@ -81,8 +90,8 @@ struct FIB {
     uint8_t code;    /**< default file-system code */
     char prefix[3];  /**< default file-system prefix */
     uint8_t organization;
-    uint8_t accessMode; /**< bit 7: sequential */
-    uint8_t recordFormat;
+    uint8_t accessMode;   /**< ZVK_FILE_ACCESS_... */
+    uint8_t recordFormat; /**< 1 where records differ in length; compared for EXTERNAL files only */
     uint8_t attributes;
     uint32_t maxRecord; /**< bytes */
     uint32_t minRecord; /**< bytes */
@@ -91,7 +100,7 @@ struct FIB {
     char name[44]; /**< COBOL file name, terminated */
     uint16_t assignmentLength;
     uint16_t feedbackLength; /**< of the FILE STATUS feedback field */
-    uint8_t lockMode;        /**< bits 0 to 2 */
+    uint8_t lockMode;        /**< ZVK_FILE_LOCK_... */
     uint8_t linage;
     uint8_t shareMode;
     uint8_t reserved83[5];
@@ -139,8 +148,9 @@ enum {
 enum {
     ZVK_CLOSE_NO_USE = 0x0001,
     ZVK_CLOSE_NEXT_VOLUME = 0x0400,
+    ZVK_CLOSE_NO_REWIND = 0x0800,
     ZVK_CLOSE_LOCK = 0x1000,
-    ZVK_CLOSE_STATUS_07 = 0x6800
+    ZVK_CLOSE_STATUS_07 = 0x6800 /**< any of these: a CLOSE of a file without reels has status 07 */
 };
 
 /** `FCB.state` */

@@ -4,8 +4,8 @@
 run_group.py KVRCOB FOLDER LOCALES. NAME.input, if there is one, is the program's standard input; the sources in
 FOLDER/modules become modules for CALL by name. The first line of an expected output may be "#exit N".
 NAME.errors has what the standard error must contain; without it a program that ends well writes none.
-A program must compile without a warning (those for obsolete elements and extensions are off) and runs in a fresh folder,
-as its user would who has set German: LOCALES has de_DE.UTF-8 if this machine can make it.
+A program must compile without a warning (those for obsolete elements and extensions are off) and runs in a fresh folder, as its
+user would who has set German: LOCALES has de_DE.UTF-8 if this machine can make it.
 """
 import difflib
 import os
@@ -25,6 +25,8 @@ def main():
         sys.exit(f"no programs in {folder}")
     for source in programs:
         expected = source.with_suffix(".expected").read_text(encoding="latin-1")
+        if not expected:
+            sys.exit(f"{source.name}: nothing is expected, so the test could not fail")
         status = 0
         if expected.startswith("#exit "):
             first, expected = expected.split("\n", 1)

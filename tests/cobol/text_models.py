@@ -541,7 +541,8 @@ def string_verb(numbers):
 def unstring(numbers):
     program = Program("UNSTRS")
     program.data += ["01 S24 PIC X(24).", "01 PTR PIC 99.", "01 TAL PIC 99.", "01 OVER PIC X."]
-    receivers = [("X(4)", 4, ""), ("X(7)", 7, ""), ("X(5) JUST RIGHT", 5, "R"), ("XBXX/XX", 7, "E"), ("9(4)", 4, "9"), ("X", 1, ""), ("ZZZ9", 4, "Z")]
+    receivers = [("X(4)", 4, ""), ("X(7)", 7, ""), ("X(5) JUST RIGHT", 5, "R"), ("XBXX/XX", 7, "E"), ("9(4)", 4, "9"), ("X", 1, ""), ("ZZZ9", 4, "Z"), ("S9(4) SIGN LEADING SEPARATE", 4, "+"), ("S9(4) SIGN TRAILING SEPARATE", 4, "-")]
+    shapes = {"9": "{:04d}", "Z": "{:4d}", "+": "+{:04d}", "-": "{:04d}+"}  # as DISPLAY shows a number
     for number, (picture, _, _) in enumerate(receivers):
         program.data += [f"01 R{number} PIC {picture}.", f"01 D{number} PIC X(3).", f"01 K{number} PIC 99."]
     while len(program.expected) < STATEMENTS:
@@ -554,7 +555,7 @@ def unstring(numbers):
                 every, delimiter = numbers.random() < 0.4, numbers.choice([";", ",", ", ", " ", ";;", "SPACE"])
                 text += f" {'OR' if delimiters else 'DELIMITED BY'} {'ALL ' if every else ''}{delimiter if delimiter == 'SPACE' else chr(39) + delimiter + chr(39)}"
                 delimiters.append((" " if delimiter == "SPACE" else delimiter, every))
-        chosen = numbers.sample([i for i, r in enumerate(receivers) if digits or r[2] not in ("9", "Z")], numbers.randint(1, 4))
+        chosen = numbers.sample([i for i, r in enumerate(receivers) if digits or r[2] not in shapes], numbers.randint(1, 4))
         pointer, at = numbers.random() < 0.4, 0
         if pointer:
             at = numbers.choice([0, 1, 1, 3, 10, 23, 24, 25]) - 1
@@ -563,8 +564,9 @@ def unstring(numbers):
         text += " INTO"
         for i in chosen:
             picture, size, kind = receivers[i]
-            program.statement(f"MOVE {'0' if kind in ('9', 'Z') and kind else 'ALL ' + chr(39) + '-' + chr(39)} TO R{i} MOVE '---' TO D{i} MOVE 77 TO K{i}")
-            value = {"9": "0000", "Z": "   0", "E": "- --/--"}.get(kind, "-" * size)
+            before = "0" if kind in shapes else "ALL '-'"
+            program.statement(f"MOVE {before} TO R{i} MOVE '---' TO D{i} MOVE 77 TO K{i}")
+            value = shapes[kind].format(0) if kind in shapes else "- --/--" if kind == "E" else "-" * size
             with_delimiter, with_count = delimiters and numbers.random() < 0.5, delimiters and numbers.random() < 0.5
             text += f" R{i}{f' DELIMITER IN D{i}' if with_delimiter else ''}{f' COUNT IN K{i}' if with_count else ''}"
             mark, count = "---", 77
@@ -586,10 +588,11 @@ def unstring(numbers):
                 else:
                     piece = string[start : start + size]
                     at = min(24, start + size)
-                if kind in ("9", "Z"):
-                    if piece and not piece.isdigit():
+                if kind in shapes:
+                    number = piece.strip(" ")
+                    if number and not number.isdigit():
                         break
-                    value = f"{int(piece or 0) % 10000:04d}" if kind == "9" else f"{int(piece or 0) % 10000:4d}"
+                    value = shapes[kind].format(int(number or 0) % 10000)
                 elif kind == "E":
                     p = fitted(piece, 5)
                     value = f"{p[0]} {p[1:3]}/{p[3:]}"

@@ -99,7 +99,7 @@ void readAll(const string &path, const Kind &kind, int *good, int *wrong)
 void changeAll(const string &path, const Kind &kind, std::mt19937 &random, int *good, int *wrong)
 {
     FileAttributes attributes = kind.attributes;
-    if (random() % 2) attributes.share = 3; // alone: many changes in one transaction
+    if (random() % 2) attributes.share = ZVK_FILE_SHARE_NONE; // alone: many changes in one transaction
     CompiledFile file("stl-" + path, attributes);
     if (file.open(ZVK_OPEN_IO) != "00") return;
     for (int step = 0; step < 60; ++step) {

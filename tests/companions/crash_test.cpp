@@ -122,7 +122,7 @@ TEST(Crash, KilledChangesLeaveTheKeysInStep)
     for (int round = 0; round < killRounds(60); ++round) {
         TemporaryDirectory directory;
         FileAttributes attributes = indexedFile();
-        if (round % 2) attributes.share = 3; // alone: many changes a commit
+        if (round % 2) attributes.share = ZVK_FILE_SHARE_NONE; // alone: many changes a commit
         string name = "stl-" + directory.file("f");
         {
             CompiledFile file(name, attributes);

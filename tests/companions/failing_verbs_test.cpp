@@ -27,7 +27,7 @@ const FileAttributes kIndexed = {.longest = 20,
 // SHARING WITH NO OTHER: changes are kept together until CLOSE, or until there are many.
 FileAttributes alone(FileAttributes attributes)
 {
-    attributes.share = 3;
+    attributes.share = ZVK_FILE_SHARE_NONE;
     return attributes;
 }
 

@@ -65,7 +65,7 @@ TEST(Sharing, TwoProcessesLoseNoUpdate)
 TEST(Sharing, EveryModeAndClauseAgainstEveryOther)
 {
     const uint16_t modes[] = {ZVK_OPEN_INPUT, ZVK_OPEN_OUTPUT, ZVK_OPEN_IO, ZVK_OPEN_EXTEND};
-    enum { allOther = 1, readOnly = 2, noOther = 3 };
+    enum { allOther = ZVK_FILE_SHARE_ALL, readOnly = ZVK_FILE_SHARE_READ, noOther = ZVK_FILE_SHARE_NONE };
     for (FileAttributes attributes : {indexedFile(sequentialAccess), relativeFile(sequentialAccess), fixed10})
         for (uint8_t firstShare : {allOther, readOnly, noOther})
             for (uint8_t secondShare : {allOther, readOnly, noOther}) {
@@ -110,8 +110,8 @@ TEST(Sharing, ExclusiveLockModeAdmitsNobody)
         TemporaryDirectory directory;
         const string name = "stl-" + directory.file("f");
         Peer plain(name, attributes);
-        attributes.share = 1;
-        attributes.lock = 3;
+        attributes.share = ZVK_FILE_SHARE_ALL;
+        attributes.lock = ZVK_FILE_LOCK_EXCLUSIVE;
         Peer exclusive(name, attributes);
         ASSERT_EQ(plain.open(ZVK_OPEN_OUTPUT), "00");
         ASSERT_EQ(plain.write("000001aaaa0001", {.relativeKey = 1}), "00");
@@ -161,7 +161,7 @@ TEST_P(Locking, AutomaticLocksGoWithTheNextVerb)
 {
     Peer one(name, attributes), two(name, attributes);
     FileAttributes reader = attributes;
-    reader.share = 1;
+    reader.share = ZVK_FILE_SHARE_ALL;
     Peer looker(name, reader), plain(name, attributes);
     ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
     ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
@@ -214,8 +214,8 @@ TEST_P(Locking, SequentialReadStopsAtALockAndGoesOnFromThere)
 
 TEST_P(Locking, ManualLocksOnlyWhatIsSaid)
 {
-    attributes.share = 1;
-    attributes.lock = 1;
+    attributes.share = ZVK_FILE_SHARE_ALL;
+    attributes.lock = ZVK_FILE_LOCK_MANUAL;
     Peer one(name, attributes), two(name, attributes);
     ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
     ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
@@ -230,13 +230,13 @@ TEST_P(Locking, ManualLocksOnlyWhatIsSaid)
 
 TEST_P(Locking, SeveralLocksStayUntilUnlock)
 {
-    for (uint8_t lock : {1, 2}) {
-        attributes.share = 1 | ZVK_FILE_LOCK_COUNT;
+    for (uint8_t lock : {ZVK_FILE_LOCK_MANUAL, ZVK_FILE_LOCK_AUTOMATIC}) {
+        attributes.share = ZVK_FILE_SHARE_ALL | ZVK_FILE_LOCK_COUNT;
         attributes.lock = lock;
         Peer one(name, attributes), two(name, attributes);
         ASSERT_EQ(one.open(ZVK_OPEN_IO), "00");
         ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
-        uint32_t option = lock == 1 ? ZVK_REQUEST_LOCK : 0;
+        uint32_t option = lock == ZVK_FILE_LOCK_MANUAL ? ZVK_REQUEST_LOCK : 0;
         for (int record : {1, 2, 3}) EXPECT_EQ(one.read(text(record), with(record, option)), "00");
         EXPECT_EQ(one.rewrite(text(2), with(2)), "00");
         for (int record : {1, 2, 3}) EXPECT_EQ(two.read(text(record), with(record, option)), "99") << record;
@@ -370,7 +370,7 @@ TEST(Sharing, ExtendWithAllOtherLetsOthersWrite)
     ASSERT_EQ(made.open(ZVK_OPEN_OUTPUT), "00");
     ASSERT_EQ(made.close(), "00");
     FileAttributes shared = indexedFile();
-    shared.share = 1;
+    shared.share = ZVK_FILE_SHARE_ALL;
     Peer one(name, shared), two(name, shared);
     ASSERT_EQ(one.open(ZVK_OPEN_EXTEND), "00");
     ASSERT_EQ(two.open(ZVK_OPEN_IO), "00");
@@ -406,7 +406,7 @@ TEST(Sharing, WithoutLocks)
         EXPECT_EQ(relative.read(next), "00");
         EXPECT_EQ(relative.close(), "00");
         FileAttributes noOther = relativeFile();
-        noOther.share = 3;
+        noOther.share = ZVK_FILE_SHARE_NONE;
         CompiledFile alone(directory.file("r"), noOther);
         ASSERT_EQ(alone.open(ZVK_OPEN_IO), "00");
         EXPECT_EQ(alone.read({.relativeKey = 1}), "00");

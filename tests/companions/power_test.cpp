@@ -60,7 +60,7 @@ TEST_P(PowerCut, LeavesAStoreOfOneCommit)
         TemporaryDirectory directory;
         const string path = directory.file("f"), store = path + ".mdb";
         FileAttributes attributes = indexedFile();
-        if (alone) attributes.share = 3;
+        if (alone) attributes.share = ZVK_FILE_SHARE_NONE;
         CompiledFile file("stl-" + path, attributes);
         ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
         for (int n = 0; n < 60; ++n) ASSERT_LE(file.write(textOf(n, 'a')), "02");

@@ -79,7 +79,7 @@ TEST(Relative, AgreesWithAMapOverRandomVerbs)
         TemporaryDirectory directory;
         FileAttributes attributes = {.longest = 30, .shortest = 1, .organization = ZVK_FILE_RELATIVE, .access = 0};
         Peer peer(directory.file("r"), attributes);
-        if (others == denied) attributes.share = 2;
+        if (others == denied) attributes.share = ZVK_FILE_SHARE_READ;
         CompiledFile file(directory.file("r"), attributes);
         RelativeModel model;
         uint64_t lastRead = 0; // by this file's last verb

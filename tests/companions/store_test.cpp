@@ -208,7 +208,7 @@ TEST(Store, ShortenedUnderAnOpenFile)
             const string path = directory.file("i");
             ChildRun run = runChild([&] {
                 FileAttributes attributes = wide;
-                if (alone) attributes.share = 3;
+                if (alone) attributes.share = ZVK_FILE_SHARE_NONE;
                 CompiledFile file("stl-" + path, attributes), reader("stl-" + path, wide);
                 makeFile(file, 1000);
                 if (file.open(ZVK_OPEN_IO) != "00" || (!alone && reader.open(ZVK_OPEN_INPUT) != "00")) _exit(1);
@@ -261,7 +261,7 @@ TEST(Store, RemovedFilesNeverHideAWriter)
             TemporaryDirectory directory;
             const string path = directory.file("i"), where = string(gone) + (alone ? " alone" : "");
             FileAttributes attributes = plain;
-            if (alone) attributes.share = 3;
+            if (alone) attributes.share = ZVK_FILE_SHARE_NONE;
             CompiledFile file("stl-" + path, attributes), other("stl-" + path, plain);
             makeFile(file, 3);
             ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
@@ -371,7 +371,7 @@ TEST(Store, PagesThatGoDuringAVerb)
     close(ready[0]), close(ready[1]);
     const string before = readFile(store);
     FileAttributes noOther = plain;
-    noOther.share = 3;
+    noOther.share = ZVK_FILE_SHARE_NONE;
     auto check = [&](const Verb &one, uint16_t mode, bool alone, long left) {
         CompiledFile file("stl-" + path, alone ? noOther : plain);
         ASSERT_EQ(file.open(mode), "00");

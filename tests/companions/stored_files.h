@@ -25,7 +25,7 @@ inline string pad(string text, size_t size) { return text.append(size - text.siz
 inline const FileAttributes fixed10 = {.longest = 10, .shortest = 10};
 inline const FileAttributes varying = {.longest = 40, .shortest = 1};
 
-constexpr uint8_t sequentialAccess = 0x80;
+constexpr uint8_t sequentialAccess = ZVK_FILE_ACCESS_SEQUENTIAL;
 
 // Key 0 in bytes 0 to 5, key 1 in 6 to 9 with duplicates, key 2 in 10 to 13 without.
 inline FileAttributes indexedFile(uint8_t access = 0)

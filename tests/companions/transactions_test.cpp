@@ -192,7 +192,7 @@ TEST_F(Transactions, NothingOfARollbackIsReadAhead)
     TemporaryDirectory directory;
     for (bool alone : {false, true})
         for (FileAttributes attributes : {indexedFile(), numberedFile()}) {
-            if (alone) attributes.share = 3;
+            if (alone) attributes.share = ZVK_FILE_SHARE_NONE;
             CompiledFile file("stl-" + directory.file("f"), attributes);
             ASSERT_EQ(file.open(ZVK_OPEN_OUTPUT), "00");
             for (int n : {1, 2, 3}) ASSERT_LE(file.write(textOf(n, n), numbered(static_cast<uint64_t>(n))), "02");

@@ -24,5 +24,7 @@ for source in "$programs"/*.cbl; do
     fi
     run=$((run + 1))
 done
+# The menu ends where its input does.
+[ "$(printf 'S\n' | timeout 60 "$kvrcob" run "$programs/menu.cbl" | tail -n 1)" = goodbye ] || { echo "menu: no end"; failed=1; }
 [ "$run" -ge 10 ] || { echo "only $run programs"; exit 1; }
 exit "$failed"

@@ -2,8 +2,9 @@
 """Holds the source tree against cmake/rooms.txt and the widths of lines.
 
 Includes run downhill only, as the table says; every folder of sources is in the table; the library
-asks the system for its environment and its locales in one place each; code is at most 120 columns
-wide, comments and pages 100. Tables and indented examples in comments may be as wide as code.
+asks the system for its environment and its locales in one place each; targets are installed in one
+way; code is at most 120 columns wide, comments and pages 100. Tables and indented examples in
+comments may be as wide as code.
 """
 import pathlib
 import re
@@ -109,6 +110,13 @@ def check_widths(name, lines):
         if len(line) > limit:
             problems.append(f"{name}:{number}: {len(line)} columns, at most {limit}")
 
+
+# What is installed without kvr2_install is not built by the target that scripts/demo installs from.
+for name in files:
+    if re.search(r"(^|/)CMakeLists\.txt$|\.cmake$", name) and name != "cmake/installable.cmake" and (root / name).exists():
+        for number, line in enumerate((root / name).read_text().split("\n"), 1):
+            if re.match(r"\s*install\(TARGETS", line):
+                problems.append(f"{name}:{number}: kvr2_install installs targets (cmake/installable.cmake)")
 
 for name in sources:
     lines = (root / name).read_text().split("\n")

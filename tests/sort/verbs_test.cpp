@@ -298,7 +298,7 @@ KVR2_PIECE(sort_end)
     _zvkSortMerge(11, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     REQUIRE(calls.size() == 3);
     // A sort within a sort.
-    behaviour = [&](const EngineCall &call) {
+    behaviour = [&](const EngineCall &) {
         if (calls.size() == 4) sort.op(1);
         return 0;
     };

@@ -21,7 +21,7 @@
 struct FileAttributes {
     uint32_t longest = 100, shortest = 100;
     uint8_t organization = 0;
-    uint8_t access = 0x80; // sequential
+    uint8_t access = ZVK_FILE_ACCESS_SEQUENTIAL;
     std::vector<FileKey> keys = {};
     bool optional = false, external = false;
     uint8_t share = 0, lock = 0; // nonzero: the file has SHARE and LOCK attributes

@@ -92,17 +92,18 @@ KVR_SHARED int kvr_show_number(const uint8_t *packed, int digits, int width, int
     return length;
 }
 
+/* What the process's locale puts between the digits, one byte or several, becomes `point`. */
 KVR_SHARED int kvr_show_float(double v, uint8_t *out, int digits, char point)
 {
-    char text[48], *shown = (char *)out;
+    char text[48], *shown = (char *)out, *at, *to;
     int length = snprintf(text, sizeof text, "%.*E", digits - 1, v == 0 ? 0 : v), exponent, i, n = 0;
-    char *e = (char *)memchr(text, 'E', (size_t)length), *from = text, *rest;
+    char *e = (char *)memchr(text, 'E', (size_t)length), *from = text;
     if (!e || !memchr("0123456789", e[-1], 10)) return snprintf(shown, 48, "%g", v); /* no number */
     exponent = atoi(e + 1);
     if (*from == '-') shown[n++] = *from++;
-    rest = from + 1 + strcspn(from + 1, "0123456789E");
-    rest[-1] = *from; /* the digits alone: the locale's point may be several bytes */
-    from = rest - 1;
+    for (at = to = from; at < e; at++)
+        if (*at >= '0' && *at <= '9') *to++ = *at; /* the digits alone */
+    e = to;
     while (e > from + 1 && e[-1] == '0') e--;
     digits = (int)(e - from);
 

@@ -43,20 +43,22 @@ KVR_INLINE int64_t kvr_first_monday(int year)
     return fourth - kvr_weekday(fourth) + 1;
 }
 
+KVR_INLINE int kvr_month_length(int year, int month)
+{
+    static const uint8_t days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return days[month - 1] + (month == 2 && kvr_leap(year));
+}
+
 KVR_SHARED void kvr_moment_date(KvrMoment *m, int64_t date)
 {
-    static const int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     int64_t rest;
-    int year = 1601 + (int)((date - 1) / 366), month = 0;
+    int year = 1601 + (int)((date - 1) / 366), month = 1;
     while (kvr_days_before(year + 1) < date) year++;
     rest = date - kvr_days_before(year);
     m->year = year;
     m->dayOfYear = (int)rest;
-    while (month < 11 && rest > days[month] + (month == 1 && kvr_leap(year))) {
-        rest -= days[month] + (month == 1 && kvr_leap(year));
-        month++;
-    }
-    m->month = month + 1;
+    for (; month < 12 && rest > kvr_month_length(year, month); month++) rest -= kvr_month_length(year, month);
+    m->month = month;
     m->day = (int)rest;
     m->weekYear = date < kvr_first_monday(year) ? year - 1 : date >= kvr_first_monday(year + 1) ? year + 1 : year;
     m->week = (int)((date - kvr_first_monday(m->weekYear)) / 7) + 1;
@@ -78,6 +80,12 @@ KVR_INLINE int64_t kvr_run(const uint8_t *format, int64_t length, int64_t i)
     int64_t n = 1;
     while (i + n < length && format[i + n] == format[i]) n++;
     return n;
+}
+
+/* Is the letter at `i` in the places after the decimal point? */
+KVR_INLINE int kvr_in_fraction(const uint8_t *format, int64_t i)
+{
+    return i > 0 && (format[i - 1] == '.' || format[i - 1] == ',');
 }
 
 KVR_INLINE void kvr_digits_of(uint8_t *to, int64_t value, int64_t width)
@@ -129,7 +137,7 @@ KVR_SHARED void kvr_format_moment(const uint8_t *format, int64_t length, KvrMome
             kvr_digits_of(to + i, afterSign ? abs(m.offset) % 60 : m.minute, n);
             break;
         case 's':
-            if (i > 0 && (format[i - 1] == '.' || format[i - 1] == ',')) {
+            if (kvr_in_fraction(format, i)) {
                 int64_t value = m.nanos, k;
                 for (k = n; k < 9; k++) value /= 10;
                 kvr_digits_of(to + i, value, n);
@@ -150,6 +158,131 @@ KVR_SHARED void kvr_format_moment(const uint8_t *format, int64_t length, KvrMome
     }
 }
 
+/* A text that is read: its parts, and which of them the format has had so far. */
+typedef struct KvrReading {
+    KvrMoment m;
+    int afterSign, negative;               /* the offset from UTC */
+    int hasYear, hasMonth, hasDay, isWeek; /* hasDay: of the year */
+} KvrReading;
+
+/* A letter that stands for itself, or the sign of the offset: does the character fit? */
+KVR_INLINE int kvr_read_mark(KvrReading *r, uint8_t mark, uint8_t c)
+{
+    if (mark == 'W') r->isWeek = 1;
+    if (mark != '+') return mark == c;
+    r->afterSign = 1;
+    r->negative = c == '-';
+    return c == '+' || c == '-' || c == '0';
+}
+
+/* Bounds of a field of n digits. @return 0: any digits will do */
+KVR_INLINE int kvr_field_bounds(const KvrReading *r, uint8_t letter, int64_t n, int64_t *least, int64_t *most)
+{
+    const KvrMoment *m = &r->m;
+    *least = 1;
+    switch (letter) {
+    case 'Y':
+        *least = 1601, *most = 9999;
+        return 1;
+    case 'M':
+        *most = 12;
+        return 1;
+    case 'D':
+        *most = r->isWeek ? 7 : n == 3 ? 365 + kvr_leap(m->year) : kvr_month_length(m->year, m->month ? m->month : 1);
+        return 1;
+    case 'w':
+        *most = (kvr_first_monday(m->year + 1) - kvr_first_monday(m->year)) / 7;
+        return 1;
+    case 'f':
+        return 0;
+    default:
+        *least = 0, *most = letter == 'h' ? 23 : 59;
+        return 1;
+    }
+}
+
+/*
+ * The number of a field. @return 0, or the place from 1 of the first digit that cannot be right,
+ * for all numbers that begin so are out of bounds
+ */
+KVR_SHARED int64_t kvr_read_field(const KvrReading *r, uint8_t letter, const uint8_t *text, int64_t size, int64_t n,
+                                  int64_t *value)
+{
+    int64_t least = 0, most = 0, k, j;
+    const int bounded = kvr_field_bounds(r, letter, n, &least, &most);
+    *value = 0;
+    for (k = 0; k < n; k++) {
+        int64_t unit = 1, low;
+        if (k >= size || text[k] < '0' || text[k] > '9') return k + 1;
+        *value = *value * 10 + text[k] - '0';
+        for (j = k + 1; j < n && unit < INT64_MAX / 100; j++) unit *= 10;
+        low = *value * unit;
+        if (bounded && (low + unit - 1 < least || low > most)) return k + 1;
+    }
+    return 0;
+}
+
+KVR_INLINE void kvr_keep_field(KvrReading *r, uint8_t letter, int64_t n, int64_t value)
+{
+    KvrMoment *m = &r->m;
+    const int number = (int)value;
+    switch (letter) {
+    case 'Y':
+        m->year = number, r->hasYear = 1;
+        break;
+    case 'M':
+        m->month = number, r->hasMonth = 1;
+        break;
+    case 'D':
+        if (r->isWeek)
+            m->weekday = number;
+        else if (n == 3)
+            m->dayOfYear = number, r->hasDay = 1;
+        else
+            m->day = number;
+        break;
+    case 'w':
+        m->week = number;
+        break;
+    case 'h':
+        if (r->afterSign)
+            m->offset += number * 60;
+        else
+            m->hour = number;
+        break;
+    case 'm':
+        if (r->afterSign)
+            m->offset += number;
+        else
+            m->minute = number;
+        break;
+    case 's':
+        m->second = number;
+        break;
+    default: /* 'f' */
+        for (; n < 9; n++) value *= 10;
+        for (; n > 9; n--) value /= 10;
+        m->nanos = value;
+        break;
+    }
+}
+
+/* The day number of what was read; 0 where that is no date. */
+KVR_INLINE int64_t kvr_date_read(const KvrReading *r)
+{
+    const KvrMoment *m = &r->m;
+    int64_t date;
+    int month;
+    if (!r->hasYear) return 0;
+    if (r->hasMonth) {
+        date = kvr_days_before(m->year) + m->day;
+        for (month = 1; month < m->month; month++) date += kvr_month_length(m->year, month);
+        return date;
+    }
+    if (r->hasDay) return kvr_days_before(m->year) + m->dayOfYear;
+    return r->isWeek ? kvr_first_monday(m->year) + (m->week - 1) * 7 + m->weekday - 1 : 0;
+}
+
 /*
  * A text in a format. @return 0, or the place of the first character that does not fit; one beyond
  * its end where it is too short.
@@ -157,117 +290,30 @@ KVR_SHARED void kvr_format_moment(const uint8_t *format, int64_t length, KvrMome
 KVR_SHARED int64_t kvr_parse_moment(const uint8_t *format, int64_t length, const uint8_t *text, int64_t size,
                                     KvrMoment *m, int64_t *date)
 {
-    static const int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    int64_t i = 0, n, k, value;
-    int afterSign = 0, isWeek = 0, isDay = 0, isMonth = 0, hasYear = 0, negative = 0;
+    KvrReading r;
+    int64_t i = 0, n, value, wrong;
+    memset(&r, 0, sizeof r);
     memset(m, 0, sizeof *m);
     *date = 0;
     while (i < length) {
-        int64_t least = 0, most = 0;
-        n = kvr_run(format, length, i);
-        if (!strchr("YMDwhms", format[i])) {
-            n = 1;
-            if (i >= size) return i + 1;
-            if (format[i] == '+') {
-                if (text[i] != '+' && text[i] != '-' && text[i] != '0') return i + 1;
-                negative = text[i] == '-';
-                afterSign = 1;
-            } else if (text[i] != format[i]) {
-                return i + 1;
-            }
-            if (format[i] == 'W') isWeek = 1;
+        uint8_t letter = format[i];
+        if (!memchr("YMDwhms", letter, 7)) {
+            if (i >= size || !kvr_read_mark(&r, letter, text[i])) return i + 1;
             i++;
             continue;
         }
-        /* The bounds first, so that the first digit that cannot be right is told. */
-        switch (format[i]) {
-        case 'Y':
-            least = 1601, most = 9999;
-            break;
-        case 'M':
-            least = 1, most = 12;
-            break;
-        case 'D':
-            least = 1;
-            most = isWeek   ? 7
-                   : n == 3 ? 365 + kvr_leap(m->year)
-                            : days[m->month ? m->month - 1 : 0] + (m->month == 2 && kvr_leap(m->year));
-            break;
-        case 'w':
-            least = 1;
-            most = (kvr_first_monday(m->year + 1) - kvr_first_monday(m->year)) / 7;
-            break;
-        case 'h':
-            most = 23;
-            break;
-        case 'm':
-            most = 59;
-            break;
-        default:
-            most = i > 0 && (format[i - 1] == '.' || format[i - 1] == ',') ? INT64_MAX : 59;
-            break;
-        }
-        value = 0;
-        for (k = 0; k < n; k++) {
-            int64_t low, high, unit = 1, j;
-            if (i + k >= size || text[i + k] < '0' || text[i + k] > '9') return i + k + 1;
-            value = value * 10 + text[i + k] - '0';
-            for (j = k + 1; j < n && unit < INT64_MAX / 100; j++) unit *= 10;
-            low = value * unit, high = low + unit - 1;
-            if (most != INT64_MAX && (high < least || low > most)) return i + k + 1;
-        }
-        switch (format[i]) {
-        case 'Y':
-            m->year = (int)value, hasYear = 1;
-            break;
-        case 'M':
-            m->month = (int)value, isMonth = 1;
-            break;
-        case 'D':
-            if (isWeek)
-                m->weekday = (int)value;
-            else if (n == 3)
-                m->dayOfYear = (int)value, isDay = 1;
-            else
-                m->day = (int)value;
-            break;
-        case 'w':
-            m->week = (int)value;
-            break;
-        case 'h':
-            if (afterSign)
-                m->offset += (int)value * 60;
-            else
-                m->hour = (int)value;
-            break;
-        case 'm':
-            if (afterSign)
-                m->offset += (int)value;
-            else
-                m->minute = (int)value;
-            break;
-        default:
-            if (most == INT64_MAX) {
-                for (k = n; k < 9; k++) value *= 10;
-                for (k = n; k > 9; k--) value /= 10;
-                m->nanos = value;
-            } else {
-                m->second = (int)value;
-            }
-            break;
-        }
+        n = kvr_run(format, length, i);
+        if (letter == 's' && kvr_in_fraction(format, i)) letter = 'f';
+        wrong = kvr_read_field(&r, letter, text + i, size - i, n, &value);
+        if (wrong) return i + wrong;
+        kvr_keep_field(&r, letter, n, value);
         i += n;
     }
     for (; i < size; i++)
         if (text[i] != ' ') return i + 1;
-    if (negative) m->offset = -m->offset;
-    if (hasYear && isWeek) *date = kvr_first_monday(m->year) + (m->week - 1) * 7 + m->weekday - 1;
-    if (hasYear && isDay) *date = kvr_days_before(m->year) + m->dayOfYear;
-    if (hasYear && isMonth) {
-        int month;
-        *date = kvr_days_before(m->year) + m->day;
-        for (month = 1; month < m->month; month++) *date += days[month - 1] + (month == 2 && kvr_leap(m->year));
-    }
+    *m = r.m;
+    if (r.negative) m->offset = -m->offset;
+    *date = kvr_date_read(&r);
     return 0;
 }
 

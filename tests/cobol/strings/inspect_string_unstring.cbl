@@ -9,6 +9,7 @@ working-storage section.
 01 a1 pic x(4). 01 a2 pic x(4). 01 a3 pic x(4) just right. 01 nn pic 9(3)v9. 01 e pic zz9.9. 01 pk pic s9(3) comp-3. 01 f pic 9 value 0.
 01 al pic a(4). 01 g. 02 ga pic x(2). 02 gb pic 9(3).
 01 t. 02 te pic x(3) occurs 4. 01 ix pic 9. 01 ch pic x value "A". 01 ch2 pic xx value "BC". 01 sgn pic s9(3) sign leading separate.
+01 sgt pic s9(3) sign trailing separate.
 procedure division.
 main-para.
     move "AABBAACC" to x move 0 to m p
@@ -198,7 +199,7 @@ main-para.
         add 1 to t-pass
     else add 1 to t-fail display "FAIL 33: f = 2 and p = 0 and a1 = ""ABCD"""
     end-if
-    move 6 to p move 0 to f string "A" delimited by size into a1 pointer p on overflow move 2 to f not on overflow move 3 to f
+    move 6 to p move 0 to f string "A" delimited by size into a1 pointer p on overflow move 2 to f not on overflow move 3 to f end-string
     if f = 2
         add 1 to t-pass
     else add 1 to t-fail display "FAIL 34: f = 2"
@@ -279,7 +280,7 @@ main-para.
         add 1 to t-pass
     else add 1 to t-fail display "FAIL 47: f = 1 and p = 9"
     end-if
-    move 0 to p move 0 to f move "KEEP" to a1 unstring z into a1 pointer p overflow move 5 to f
+    move 0 to p move 0 to f move "KEEP" to a1 unstring z into a1 pointer p overflow move 5 to f end-unstring
     if f = 5 and a1 = "KEEP"
         add 1 to t-pass
     else add 1 to t-fail display "FAIL 48: f = 5 and a1 = ""KEEP"""
@@ -290,12 +291,11 @@ main-para.
     else add 1 to t-fail display "FAIL 49: a1 = ""A"" and a2 = ""B"" and a3 = ""   C"""
     end-if
     move "1234567" to x unstring x into nn e m
-    if nn = 123
+    if nn = 234 and e = "567.0"
         add 1 to t-pass
-    else add 1 to t-fail display "FAIL 50: nn = 123"
+    else add 1 to t-fail display "FAIL 50: nn = 234 and e = ""567.0"""
         display "     >" nn "<"
         display "     >" e "<"
-        display "     >" m "<"
     end-if
     move "123-456" to x unstring x delimited by "-" into pk e
     if pk = 123 and e = "456.0"
@@ -340,6 +340,16 @@ main-para.
     if al = "0012"
         add 1 to t-pass
     else add 1 to t-fail display "FAIL 58: al = ""0012"""
+    end-if
+    move "-4,3" to x unstring x delimited by "," into sgt sgn
+    if sgt = -4 and sgn = 3
+        add 1 to t-pass
+    else add 1 to t-fail display "FAIL 67: sgt = -4 and sgn = 3"
+    end-if
+    move "4  ,-3" to x unstring x delimited by "," into sgn sgt
+    if sgn = 4 and sgt = -3
+        add 1 to t-pass
+    else add 1 to t-fail display "FAIL 68: sgn = 4 and sgt = -3"
     end-if
 *> EXAMINE and TRANSFORM
     move "AABBA" to z

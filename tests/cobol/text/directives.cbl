@@ -34,6 +34,11 @@ working-storage section.
 01 never.
 >>end-evaluate
 >>end-if
+>>if (level = 3 or level = 4) and level = 5
+01 d pic x value "W".
+>>elif not (level = 3 and level = 4) and (level is defined)
+01 d pic x value "P".
+>>end-if
 copy fixd.
 copy free1.
 >>define minus-two as -2
@@ -41,5 +46,5 @@ copy free1.
 01 two constant is global from minus-two.
 01 lv. 02 pic x occurs lev value "*".
 procedure division.
-    display a b c fx fr-name fr-2 lv two
+    display a b c d fx fr-name fr-2 lv two
     goback.
