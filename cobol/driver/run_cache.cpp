@@ -65,7 +65,8 @@ static void prune(const std::string &folder)
     for (fs::directory_iterator file(folder, failed), end; !failed && file != end; file.increment(failed)) {
         const std::string path = file->path();
         struct stat info;
-        if (lstat(path.c_str(), &info) == 0 && info.st_mtime < time(nullptr) - kMonth) unlink(path.c_str());
+        std::error_code ignored;
+        if (lstat(path.c_str(), &info) == 0 && info.st_mtime < time(nullptr) - kMonth) fs::remove_all(path, ignored);
     }
 }
 

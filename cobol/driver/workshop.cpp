@@ -152,29 +152,21 @@ bool Result::begin(const std::string &output)
         return true;
     }
     place_ = throughLinks(output);
-    path_ = directoryOf(place_) + "/.kvrcob.XXXXXX"; // a name that is never too long
-    const int file = mkstemp(path_.data());
-    if (file < 0) {
-        place_.clear();
+    folder_ = directoryOf(place_) + "/.kvrcob.XXXXXX";
+    if (!mkdtemp(folder_.data())) {
+        folder_.clear();
         return cannotWrite(output);
     }
-    // Whoever makes the file now gives it the usual permissions.
-    close(file);
-    unlink(path_.c_str());
+    path_ = folder_ + "/result"; // a name that is never too long
     return true;
 }
 
-bool Result::take()
-{
-    if (place_.empty()) return true;
-    if (rename(path_.c_str(), place_.c_str()) != 0) return cannotWrite(output_);
-    place_.clear();
-    return true;
-}
+bool Result::take() { return folder_.empty() || rename(path_.c_str(), place_.c_str()) == 0 || cannotWrite(output_); }
 
 Result::~Result()
 {
-    if (!place_.empty()) unlink(path_.c_str());
+    std::error_code failed;
+    if (!folder_.empty()) std::filesystem::remove_all(folder_, failed);
 }
 
 bool alsoNamed(const std::string &path, const std::string &other)

@@ -28,10 +28,10 @@ private:
     std::string folder_, outer_; // outer_: TMPDIR as it was
 };
 
-// A result while it is made: a file beside its place, which it takes when it is whole. So a
-// compilation that fails or is ended leaves what was there before, and of two at once one wins. A
-// symbolic link stays, and what it leads to is replaced; a device, a pipe or the like is written as
-// it is.
+// A result while it is made: a file in a folder beside its place, which it takes when it is whole.
+// So a compilation that fails or is ended leaves what was there before, of two at once one wins,
+// and nobody else can put anything where the file is to be. A symbolic link stays, and what it
+// leads to is replaced; a device, a pipe or the like is written as it is.
 class Result {
 public:
     bool begin(const std::string &output); // false after an error
@@ -40,7 +40,8 @@ public:
     ~Result(); // removes what has not taken its place
 
 private:
-    std::string output_, path_, place_; // as it was asked for; where it is made; where it goes
+    // As it was asked for; the folder where it is made, and its path there; where it goes.
+    std::string output_, folder_, path_, place_;
 };
 
 constexpr int kCannotRun = -1; // errno says why
