@@ -103,7 +103,7 @@ std::vector<Translated> translate(const Options &options)
         }
     std::vector<Translated> translated;
     for (size_t i = 0; i < units.size(); i++) {
-        const auto main = options.mode == Options::Module   ? EmitOptions::NoMain
+        const auto main = options.module                    ? EmitOptions::NoMain
                           : options.mode == Options::Object ? EmitOptions::MainIfFirst
                           : i == 0                          ? EmitOptions::Main
                                                             : EmitOptions::NoMain;

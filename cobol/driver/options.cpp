@@ -1,6 +1,7 @@
 // The command line, and what --help says of it.
 #include "cobol/driver/options.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cstdio>
@@ -58,11 +59,20 @@ struct Switch {
     void (*set)(Options &);
 };
 
+bool isVerb(Options::Mode mode) { return mode == Options::Run || mode == Options::Check; }
+
+// Of several such options the one that stops first counts, as with cc.
+void stopAfter(Options &o, Options::Mode mode) { o.mode = isVerb(o.mode) ? mode : std::max(o.mode, mode); }
+
 constexpr Switch kSwitches[] = {
-    {"-m", [](Options &o) { o.mode = Options::Module; }},
-    {"-c", [](Options &o) { o.mode = Options::Object; }},
-    {"-S", [](Options &o) { o.mode = Options::Assembly; }},
-    {"-E", [](Options &o) { o.mode = Options::Preprocess; }},
+    {"-m",
+     [](Options &o) {
+         o.module = true;
+         stopAfter(o, Options::Module);
+     }},
+    {"-c", [](Options &o) { stopAfter(o, Options::Object); }},
+    {"-S", [](Options &o) { stopAfter(o, Options::Assembly); }},
+    {"-E", [](Options &o) { stopAfter(o, Options::Preprocess); }},
     {"-v", [](Options &o) { o.verbose = true; }},
     {"-g", [](Options &o) { o.debug = o.emit.debugMap = true; }},
     {"-MD", [](Options &o) { o.dependencies = true; }},
@@ -101,7 +111,6 @@ constexpr Switch kSwitches[] = {
      }},
 };
 
-bool isVerb(Options::Mode mode) { return mode == Options::Run || mode == Options::Check; }
 constexpr const char *kExclusive = "run and check go without -m, -c, -S and -E";
 
 bool isSwitch(std::string_view word, Options &o)

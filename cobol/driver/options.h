@@ -10,7 +10,9 @@
 namespace kvrcob {
 
 struct Options {
+    // Up to Preprocess, how far it goes: each stops before the one that stands before it.
     enum Mode { Program, Module, Object, Assembly, Preprocess, Check, Run } mode = Program;
+    bool module = false; // -m, also where another option stops earlier
     std::string output;
     std::vector<std::string> sources, linker, arguments, objects;
     TextOptions text;

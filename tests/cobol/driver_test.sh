@@ -80,6 +80,11 @@ says 0 'other.o: other.cbl' cat other.d
 # Options that do not go together, or are none.
 says 2 'run and check go without' "$kvrcob" run -c h.cbl
 says 2 'run and check go without' "$kvrcob" -S check h.cbl
+for options in '-S -m' '-m -S'; do
+    says 0 '' "$kvrcob" $options -o module.c h.cbl
+    says 0 'Made by kvrcob' head -1 module.c
+    says 1 '' grep 'int main' module.c
+done
 says 2 '-o names what run and check do not make' "$kvrcob" check -o x h.cbl
 says 2 '-ftabstop takes a number' "$kvrcob" -ftabstop=4x check h.cbl
 says 2 '-D takes NAME' "$kvrcob" -D =3 check h.cbl
