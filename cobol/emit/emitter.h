@@ -13,132 +13,22 @@
 //   arithmetic.cpp moves.cpp initialize.cpp setting.cpp control.cpp console.cpp calls.cpp
 //   opening.cpp files.cpp sorting.cpp strings.cpp searching.cpp xml.cpp  the statements
 //
-// What is emitted for an operand is always a C expression; a statement may use it once.
+// What is emitted for an operand is always a C expression (values.h); a statement may use it once.
 // Intermediate results live in temporaries, which are declared at the start of the statement's
 // block (`temp`). Statements check what they emit: an error means that no C is written.
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <charconv>
-#include <concepts>
 #include <map>
 #include <set>
 
+#include "cobol/emit/join.h"
+#include "cobol/emit/options.h"
 #include "cobol/emit/ranges.h"
 #include "cobol/emit/statement_table.h"
-#include "cobol/meaning/names.h"
+#include "cobol/emit/values.h"
 
 namespace kvrcob {
-
-struct EmitOptions {
-    bool check = false;   // -fcheck=all
-    bool truncate = true; // -fno-trunc turns it off
-    bool ebcdic = false;  // -febcdic: the order of texts
-    // Whether the first program is what main calls. MainIfFirst: a weak main, of which the linker
-    // takes that of the first object, or another one in its place.
-    enum MainFunction : uint8_t { NoMain, Main, MainIfFirst } main = Main;
-    bool lines = true;                      // #line
-    bool readable = false;                  // -S: C for people, several lines a statement
-    bool debugMap = false;                  // -g: what lies where, for the debugger
-    std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
-};
-
-// Joins texts and numbers: `cat` gives a text, `joined` a view of it that is good until the next
-// call of either, for they put all texts together in the same room.
-inline std::vector<char> joinRoom(4096);
-
-inline size_t roomFor(std::string_view text) { return text.size(); }
-template <size_t N>
-constexpr size_t roomFor(const char (&)[N]) // a literal
-{
-    return N - 1;
-}
-template <std::integral T>
-size_t roomFor(T)
-{
-    return 20;
-}
-inline char *written(char *out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
-template <size_t N>
-char *written(char *out, const char (&literal)[N])
-{
-    return std::copy_n(literal, N - 1, out);
-}
-inline char *written(char *out, char c)
-{
-    *out = c;
-    return out + 1;
-}
-template <std::integral T>
-char *written(char *out, T number)
-{
-    return std::to_chars(out, out + roomFor(number), number).ptr;
-}
-
-template <class... Parts>
-std::string_view joined(const Parts &...parts)
-{
-    const size_t room = (roomFor(parts) + ...);
-    if (room > joinRoom.size()) joinRoom.resize(2 * room);
-    char *end = joinRoom.data();
-    ((end = written(end, parts)), ...);
-    return {joinRoom.data(), end};
-}
-template <class... Parts>
-std::string cat(const Parts &...parts)
-{
-    return std::string(joined(parts...));
-}
-
-// Where a data item is.
-struct Loc {
-    const Item *item = nullptr;
-    std::string address; // of type uint8_t *
-    std::string length;  // in bytes
-    int64_t fixed = -1;  // the length, if it is known now
-    Category category = Category::Alphanumeric;
-    bool refmod = false;
-    bool good() const { return !address.empty(); }
-};
-
-// A text operand.
-struct Text {
-    enum Kind : uint8_t { Bytes, Figurative, All } kind = Bytes;
-    std::string address, length;
-    int64_t fixed = -1;
-    std::string bytes; // of a literal, and of ALL literal
-    bool isLiteral = false;
-    uint8_t fill = ' '; // Figurative
-    const Item *item = nullptr;
-    bool good = true;
-};
-
-// Digits that a C integer and a packed number can have.
-constexpr int kMostInt = 38, kMostPacked = 63;
-
-// A number.
-struct Num {
-    enum Kind : uint8_t { Int, Packed, Float } kind = Int;
-    // Int: a C integer, 64 bits wide up to 18 digits, else 128; Packed: the address of a packed
-    // item; Float: a double
-    std::string text;
-    int digits = 1; // at most so many
-    int scale = 0;
-    bool isSigned = true;
-    bool single = false;              // Float: a COMP-1 item as it is, good for 6 to 9 digits
-    bool direct = false;              // Packed: the item itself, not a copy
-    const Decimal *literal = nullptr; // the value, if it is a literal
-    // Int: never more than this, above or below zero, whatever the item holds; 0: only the digits
-    // are known
-    unsigned __int128 most = 0;
-    // Packed, a sum as the library computes it: @ stands for the digits that it is cut to. It holds
-    // while `text` is `cutTo(digits)`.
-    const std::string *cut = nullptr;
-    std::string cutTo(int places) const;
-    bool wide() const { return most ? most > INT64_MAX : digits > 18; }
-    bool good() const { return !text.empty(); }
-};
 
 class Emitter {
 public:
@@ -445,12 +335,6 @@ private:
 
     void ifStatement(const IfStatement &s);
     void evaluateStatement(const EvaluateStatement &s);
-    // What stands for an expression that is evaluated once and used several times.
-    struct KeptValue {
-        Num num;
-        Text text;
-        std::string condition;
-    };
     Expr *keptNumber(const Expr *e, bool isSubscript);
     const Expr *keptSubject(const Expr *e);
     std::map<const Expr *, KeptValue> kept_;
