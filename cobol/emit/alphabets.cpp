@@ -117,7 +117,7 @@ void Emitter::byteTable(const char *prefix, uint32_t number, const std::vector<i
 
 void Emitter::alphabet(Alphabet &a)
 {
-    a.number = ++constants_;
+    a.number = ++inFile_.constants;
     std::vector<int> weight(256, -1);
     int next = 0;
     if (a.kind == K_EBCDIC) {
@@ -136,7 +136,7 @@ void Emitter::alphabet(Alphabet &a)
 
 void Emitter::userClass(UserClass &c)
 {
-    c.number = ++constants_;
+    c.number = ++inFile_.constants;
     std::vector<int> outside(256, 1);
     for (const ValueRange &range : c.ranges) {
         int first = 0, last = 0;

@@ -195,14 +195,14 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     const Expr *e = s.operands[0];
     Num value = number(e, all ? -1 : scale);
     if (!value.good()) return;
-    bool guarded = !zeroFlag_.empty();
+    bool guarded = !inStatement_.zeroFlag.empty();
     if (s.targets.size() > 1 || guarded) value = keep(std::move(value), true);
-    if (guarded) put("if (!", zeroFlag_, ") {\n");
+    if (guarded) put("if (!", inStatement_.zeroFlag, ") {\n");
     for (size_t i = 0; i < s.targets.size(); i++) store(value, locs[i], s.targets[i].rounded, flag);
     if (guarded) put("}\n");
     if (!flag.empty()) {
-        if (guarded) put(flag, " |= ", zeroFlag_, ";\n");
-        sizePhrases(s, flag, zeroFlag_);
+        if (guarded) put(flag, " |= ", inStatement_.zeroFlag, ";\n");
+        sizePhrases(s, flag, inStatement_.zeroFlag);
     }
 }
 

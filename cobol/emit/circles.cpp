@@ -14,8 +14,6 @@ namespace kvrcob {
 // Tarjan's way to the strongly connected parts, without recursion.
 void Emitter::findCircles(Program &p)
 {
-    circles_.clear();
-    circling_ = false;
     std::vector<std::vector<uint32_t>> next(p.procedures.size());
     size_t edges = 0;
     for (const Performed &performed : p.performed) {
@@ -33,7 +31,7 @@ void Emitter::findCircles(Program &p)
     const uint32_t none = UINT32_MAX;
     std::vector<uint32_t> order(next.size(), none), low(next.size()), waiting;
     std::vector<std::pair<uint32_t, size_t>> path; // a procedure, and how many of its edges were taken
-    circles_.assign(next.size(), none);
+    inProgram_.circles.assign(next.size(), none);
     uint32_t count = 0;
     for (uint32_t root = 0; root < next.size(); root++) {
         if (order[root] == none) path.emplace_back(root, 0);
@@ -48,7 +46,7 @@ void Emitter::findCircles(Program &p)
                 uint32_t other = next[node][taken];
                 if (order[other] == none)
                     path.emplace_back(other, 0);
-                else if (circles_[other] == none)
+                else if (inProgram_.circles[other] == none)
                     low[node] = std::min(low[node], order[other]);
                 continue;
             }
@@ -57,7 +55,7 @@ void Emitter::findCircles(Program &p)
             if (low[node] != order[node]) continue;
             for (uint32_t member = none; member != node; waiting.pop_back()) {
                 member = waiting.back();
-                circles_[member] = node;
+                inProgram_.circles[member] = node;
             }
         }
     }
@@ -66,9 +64,9 @@ void Emitter::findCircles(Program &p)
 // Whether a PERFORM of this range, in the present procedure, may meet itself.
 bool Emitter::inCircle(size_t from, size_t end) const
 {
-    if (procedure_ >= circles_.size()) return false;
-    for (size_t i = from; i <= end && i < circles_.size(); i++)
-        if (circles_[i] == circles_[procedure_]) return true;
+    if (procedure_ >= inProgram_.circles.size()) return false;
+    for (size_t i = from; i <= end && i < inProgram_.circles.size(); i++)
+        if (inProgram_.circles[i] == inProgram_.circles[procedure_]) return true;
     return false;
 }
 

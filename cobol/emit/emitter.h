@@ -24,9 +24,8 @@
 
 #include "cobol/emit/join.h"
 #include "cobol/emit/options.h"
-#include "cobol/emit/ranges.h"
+#include "cobol/emit/state.h"
 #include "cobol/emit/statement_table.h"
-#include "cobol/emit/values.h"
 
 namespace kvrcob {
 
@@ -134,20 +133,6 @@ private:
     void leftUse();
 
     // ---- debugging.cpp: USE FOR DEBUGGING
-    struct Watch {
-        size_t use = 0;   // index of the USE statement
-        bool all = false; // ALL REFERENCES OF
-        std::string name; // as the USE statement has it
-    };
-    // References that the program does not write itself, such as that to a RELATIVE KEY.
-    struct Unwatched {
-        explicit Unwatched(Emitter &e) : emitter(e), debugs(e.debugs_) { e.debugs_ = false; }
-        ~Unwatched() { emitter.debugs_ = debugs; }
-        Unwatched(const Unwatched &) = delete;
-        Unwatched &operator=(const Unwatched &) = delete;
-        Emitter &emitter;
-        bool debugs;
-    };
     void findWatched(Program &p);
     bool inDebuggingSection(size_t procedure) const;
     bool watches(const UseStatement &use, size_t procedure) const;
@@ -156,15 +141,6 @@ private:
     void debugAlter(long paragraph, long target, Tok at);
     void debugItem(const Reference &ref, const Item &item, const Loc &loc, bool changed);
     void debugFile(const File &f, const FileStatement *read);
-    // EVALUATE and SEARCH: the calls that their conditions owe, and the flag of each that was made.
-    struct ToldOnce {
-        explicit ToldOnce(Emitter &e) : emitter(e) { e.debugTold_ = &flags; }
-        ~ToldOnce() { emitter.debugTold_ = nullptr; }
-        ToldOnce(const ToldOnce &) = delete;
-        ToldOnce &operator=(const ToldOnce &) = delete;
-        Emitter &emitter;
-        std::map<std::string, std::string> flags;
-    };
     void debugNow();
     std::string debugCondition(const std::string &c);
     std::string debugSection(const Watch &watch, const std::string &arguments);
@@ -181,7 +157,7 @@ private:
     }
     std::string temp(std::string_view type, std::string_view suffix = "");
     std::string tempBytes(int64_t size);
-    std::string label() { return "l" + std::to_string(++labels_); }
+    std::string label() { return "l" + std::to_string(++inFile_.labels); }
     std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
     std::string constantBytes(std::string_view bytes); // an address of static bytes
     // The name of a static constant; one for all that are equal.
@@ -337,7 +313,6 @@ private:
     void evaluateStatement(const EvaluateStatement &s);
     Expr *keptNumber(const Expr *e, bool isSubscript);
     const Expr *keptSubject(const Expr *e);
-    std::map<const Expr *, KeptValue> kept_;
     std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
     void performStatement(const PerformStatement &s);
     void performOnce(const PerformStatement &s);
@@ -373,7 +348,8 @@ private:
 
     void findCircles(Program &p);
     bool inCircle(size_t from, size_t end) const;
-    void performRange(const ProcedureName &first, const ProcedureName &last);
+    // `way`: what DEBUG-CONTENTS says of it.
+    void performRange(const ProcedureName &first, const ProcedureName &last, const char *way = "PERFORM LOOP");
     void goStatement(const GoStatement &s);
     void jump(const ProcedureName &name);
     void alterStatement(const AlterStatement &s);
@@ -424,7 +400,7 @@ private:
     void deleteFile(const FileStatement &s);
     void assignment(const File &f);
     Word undeclaredChannel(const FileStatement &s);
-    bool programEndsSort();
+    bool asksForSortReturn() const;
     void endSort();
     static bool mayBeGiven(const File &f);
     void openGiven(const File &f, bool probe);
@@ -580,55 +556,17 @@ private:
     const EmitOptions options_;
     Alphabet ebcdic_; // of -febcdic
     Program *program_ = nullptr;
-    std::map<const Expr *, std::string>
-        guards_; // of arguments that ALL made: the condition that there is such an element
-    // Of records that others redefine: the bytes of the longest of them.
-    std::map<const Item *, uint64_t> rooms_;
-    bool groupVisible_ = false;                  // the table of all outermost programs was emitted
-    bool usesVisible_ = false;                   // the program in hand has a CALL or CANCEL of an item
-    std::map<std::string, std::string> records_; // constantRecord: names by type and value
-    std::string globals_;                        // static data before the functions
-    std::string code_;                           // the function in hand
-    std::string functions_, useReturns_, entryCases_;
-    std::string beginsAgain_; // of the program in hand: what its statements keep begins anew after CANCEL
+    std::string globals_;   // static data before the functions
+    std::string code_;      // the function in hand
+    std::string functions_; // those before it
     std::vector<Insertion> insertions_;
     std::vector<size_t> blocks_; // indices into insertions_ of the open blocks
-    uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
+
     size_t procedure_ = 0; // index of the procedure in hand
-    Flow flow_;            // of the program in hand
-    // Where each procedure begins in code_ and in insertions_; one more for the end.
-    std::vector<std::pair<size_t, size_t>> starts_;
-    std::vector<Range> ranges_; // ranges that are C functions of their own
-    std::vector<int> owners_;   // of each procedure: the index of the range it is in, or -1
-    std::string zeroFlag_;
-    bool reversed_ = false;              // an OPEN REVERSED was emitted
-    bool usesXml_ = false;               // a program has XML PARSE or XML GENERATE
-    bool exceptions_ = false;            // the source asks for EXCEPTION-STATUS and its like
-    std::set<size_t> declaredElsewhere_; // functions of other sources, by their index
-    bool utilities_ = false;             // the CALL of a utility was emitted
-    bool utilityNames_ = false;          // a CALL of an item was emitted
-    int sortReturn_ = -1;                // the source names SORT-RETURN; -1: not looked yet
-    bool deleteFile_ = false;            // a DELETE FILE was emitted
-    bool openGiven_ = false;             // an OPEN of a file that may be another system's
-    std::set<size_t> useTargets_;        // where GO TOs of its USE procedures go
-    bool debugs_ = false;                // USE FOR DEBUGGING is in force
-    bool anyChange_ = false;             // every reference counts as one that may change the item
-    Tok statementAt_ = 0;
-    std::map<const Item *, Watch> watchedItems_;
-    std::map<const File *, Watch> watchedFiles_;
-    std::vector<std::string> pendingDebugs_; // of the statement in hand: debugging sections to run
-    std::map<std::string, std::string> *debugTold_ = nullptr;
-    const char *performWay_ = "PERFORM LOOP"; // what DEBUG-CONTENTS says of the range performed next
-    std::vector<uint32_t> circles_;           // of each procedure; equal numbers: they perform each other
-    bool circling_ = false;                   // a PERFORM may meet itself
-    uint32_t firstSite_ = 1, counters_ = 0;   // of the program in hand: PERFORM sites, PERFORM n TIMES
-    std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
-    std::string sentenceEnd_;
-    bool sentenceEndUsed_ = false, paragraphEndUsed_ = false;
-    uint32_t lineFile_ = UINT32_MAX; // of the last #line, and its path as C has it
-    std::string linePath_;
-    std::map<size_t, std::set<size_t>> alterTargets_;
-    std::map<std::pair<uint32_t, uint32_t>, std::string> useTables_; // of program and file
+    InFile inFile_;
+    InProgram inProgram_;
+    InProcedure inProcedure_;
+    InStatement inStatement_;
     struct InitOp {
         uint64_t offset;
         std::string bytes;            // these bytes, or

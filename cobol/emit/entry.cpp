@@ -197,7 +197,7 @@ void Emitter::entry(Program &p)
     out += joined("if (status == 0) ", prefix, "body(", p.entryPoints.empty() ? "0" : "entered", ");\n");
 
     // Out of it.
-    if (exceptions_) out += joined(emits(Do::ExceptionsEnd), "();\n");
+    if (inFile_.exceptions) out += joined(emits(Do::ExceptionsEnd), "();\n");
     if (p.initial) {
         // The end of an initial program is its CANCEL, and that of the programs in it.
         out += joined("if (", prefix, "called) {\n", emits(Do::Reset), "((int32_t *)", prefix, "element);\n");

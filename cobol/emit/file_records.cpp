@@ -240,8 +240,8 @@ void Emitter::fileRecords(Program &p)
 // program a procedure for the file goes before one for a mode.
 std::string Emitter::useTable(Program &p, const File &f)
 {
-    auto known = useTables_.find({p.number, f.number});
-    if (known != useTables_.end()) return known->second;
+    auto known = inFile_.useTables.find({p.number, f.number});
+    if (known != inFile_.useTables.end()) return known->second;
     static const Word modes[] = {K_INPUT, K_OUTPUT, K_I_O, K_EXTEND, K_none};
     std::string rows[5];
     bool any = false;
@@ -268,7 +268,7 @@ std::string Emitter::useTable(Program &p, const File &f)
         for (int m = 0; m < 5; m++) globals_ += joined(rows[m].empty() ? "0" : rows[m], ", ");
         globals_ += "};\n";
     }
-    useTables_[{p.number, f.number}] = name;
+    inFile_.useTables[{p.number, f.number}] = name;
     return name;
 }
 

@@ -59,7 +59,7 @@ File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
 void Emitter::relativeKeyIn(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
-    Unwatched unwatched(*this);
+    Within unwatched(inProgram_.debugs, false);
     Loc loc = locate(*f.relativeKey);
     if (!loc.good()) return;
     Num n = toInt(scaleTo(itemNumber(loc), 0, false));
@@ -73,7 +73,7 @@ void Emitter::relativeKeyIn(const File &f, const std::string &request)
 void Emitter::relativeKeyOut(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
-    Unwatched unwatched(*this);
+    Within unwatched(inProgram_.debugs, false);
     Loc loc = locate(*f.relativeKey, true);
     if (!loc.good()) return;
     put("if (", succeeded(f), ") {\n");
@@ -87,7 +87,7 @@ void Emitter::recordLengthIn(const File &f, const Loc &record, const std::string
 {
     std::string length = cat("(uint32_t)", locateItem(*record.item).length);
     if (f.recordDepending) {
-        Unwatched unwatched(*this);
+        Within unwatched(inProgram_.debugs, false);
         Loc loc = locate(*f.recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
@@ -99,7 +99,7 @@ void Emitter::recordLengthIn(const File &f, const Loc &record, const std::string
 void Emitter::recordLengthOut(const File &f, const std::string &request)
 {
     if (!f.recordDepending) return;
-    Unwatched unwatched(*this);
+    Within unwatched(inProgram_.debugs, false);
     Loc loc = locate(*f.recordDepending, true);
     if (!loc.good()) return;
     put("if (", succeeded(f), ") {\n");

@@ -238,7 +238,7 @@ void Emitter::initialValues(Program &p)
     bool altered = false;
     for (const Procedure &procedure : p.procedures) altered |= procedure.altered;
     if (altered) put("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n");
-    put(beginsAgain_);
+    put(inProgram_.beginsAgain);
     put("}\n");
     put("static void p", p.number, "_initialize_local(void)\n{\n");
     records(Item::LocalStorage);

@@ -171,7 +171,8 @@ bool Emitter::holdsBeyond(const Expr *condition, const Item &item, bool up)
 void Emitter::countWith(const Varying &v, const Varying *next, bool testBefore)
 {
     const Item *item = meaning_.resolve(*program_, *v.item, true);
-    if (debugs_ || !item || item->category != Category::Numeric || !inOnePlace(*item) || v.item->refmod) return;
+    if (inProgram_.debugs || !item || item->category != Category::Numeric || !inOnePlace(*item) || v.item->refmod)
+        return;
     // A function of the user's may change what it is given, in the midst of an expression.
     const bool functions =
         std::any_of(group_.programs.begin(), group_.programs.end(), [](const Program *p) { return p->isFunction; });

@@ -208,11 +208,11 @@ Num Emitter::multiply(Num a, Num b)
 
 std::string Emitter::zeroFlag()
 {
-    if (zeroFlag_.empty()) {
-        zeroFlag_ = temp("int");
-        insertions_[blocks_.back()].text += joined(zeroFlag_, " = 0; ");
+    if (inStatement_.zeroFlag.empty()) {
+        inStatement_.zeroFlag = temp("int");
+        insertions_[blocks_.back()].text += joined(inStatement_.zeroFlag, " = 0; ");
     }
-    return zeroFlag_;
+    return inStatement_.zeroFlag;
 }
 
 // The quotient with `scale` decimal places; -1: as many as there is room for.
@@ -398,7 +398,7 @@ Num Emitter::number(const Expr *e, int wantScale)
     case ExprKind::Arithmetic:
         return arithmeticNumber(e, wantScale);
     case ExprKind::Kept:
-        return kept_[e].num;
+        return inFile_.kept[e].num;
     case ExprKind::Function:
         return functionNumber(e, wantScale);
     case ExprKind::AddressOf: {

@@ -55,7 +55,7 @@ bool Emitter::mayBeGiven(const File &f)
 
 void Emitter::openGiven(const File &f, bool probe)
 {
-    openGiven_ = true;
+    inFile_.openGiven = true;
     put(emits(Do::OpenGiven), "(", fcbAndElement(f), ", &I", f.number, ".fib, ", probe ? 1 : 0, ");\n");
 }
 
@@ -87,7 +87,7 @@ void Emitter::openStatement(const OpenStatement &s)
         else
             put("F", f->number, slot(emits(Do::Open)), "(", fcbAndElement(*f), ");\n");
         if (part.reversed) {
-            reversed_ = true;
+            inFile_.reversed = true;
             put(emits(Do::OpenReversed), "(", fcbAndElement(*f), ");\n");
         }
         debugFile(*f, nullptr);
@@ -133,7 +133,7 @@ void Emitter::deleteFile(const FileStatement &s)
         }
         assignment(*f);
         prepare(*f);
-        deleteFile_ = true;
+        inFile_.deleteFile = true;
         put(emits(Do::DeleteFile), "(", fcbAndElement(*f), ", &I", f->number, ".fib);\n");
     }
 }

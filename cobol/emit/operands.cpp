@@ -255,7 +255,7 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     std::string away;
     if (!displacement(ref, *item, away)) return Loc{};
     Loc loc = locateItem(*item, away, receiving);
-    if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
+    if (inProgram_.debugs) debugItem(ref, *item, loc, receiving || inStatement_.anyChange);
     if (receiving) receives(*item, !ref.subscripts.empty());
     if (ref.refmod) return partOf(ref, loc);
     return loc;

@@ -149,7 +149,7 @@ Text Emitter::text(const Expr *e, bool numericAsText)
     case ExprKind::Reference:
         return itemText(e, numericAsText);
     case ExprKind::Kept:
-        if (!kept_[e].text.address.empty()) return kept_[e].text;
+        if (!inFile_.kept[e].text.address.empty()) return inFile_.kept[e].text;
         return text(e->left, numericAsText); // a number as text
     case ExprKind::Function:
         if (!functionIsNumeric(e)) return functionText(e);
