@@ -176,7 +176,7 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (fromSegment >= 50 && fromSegment != now) put("kvr_segment_", program_->number, "(", fromSegment, ");\n");
-    insertions_.push_back({code_.size(), Insertion::Perform, inProgram_.flow.performs.size(), ""});
+    code_.mark(Mark::Perform, inProgram_.flow.performs.size());
     inProgram_.flow.performs.push_back({++inFile_.sites, procedure_, static_cast<size_t>(from), end, circle});
 }
 
@@ -337,7 +337,7 @@ void Emitter::goStatement(const GoStatement &s)
     Procedure &here = program_->procedures[procedure_];
     if (here.altered) {
         put("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n");
-        insertions_.push_back({code_.size(), Insertion::Altered, procedure_, ""});
+        code_.mark(Mark::Altered, procedure_);
         put("}\n");
     }
     if (s.targets.empty()) {

@@ -23,6 +23,7 @@
 #include <set>
 
 #include "cobol/emit/join.h"
+#include "cobol/emit/marked_code.h"
 #include "cobol/emit/options.h"
 #include "cobol/emit/state.h"
 #include "cobol/emit/statement_table.h"
@@ -100,14 +101,6 @@ private:
     std::string valueBytes(Program &p, const Item &item);
 
     // ---- procedures.cpp
-    // What comes into the code in hand, in the order of places, when all of it is there.
-    struct Insertion {
-        enum Kind : uint8_t { Text, Perform, Return, Altered };
-        size_t at;
-        Kind kind;
-        size_t index;     // into flow_.performs; of the procedure that ends or was altered
-        std::string text; // declarations of a block's temporaries
-    };
     void procedures(Program &p);
     std::string useEntries(Program &p);
     void allProcedures(Program &p);
@@ -117,7 +110,7 @@ private:
     void alterable(Program &p);
     void chooseFunctions(Program &p);
     std::string functionName(const Range &r) const;
-    void resolve(const Insertion &insertion, std::string &out);
+    void resolve(const Mark &mark, std::string &out);
     void resolvePerform(const Flow::Perform &perform, std::string &out);
     void resolveReturn(size_t procedure, std::string &out);
     void resolveAltered(size_t procedure, std::string &out);
@@ -153,7 +146,7 @@ private:
     template <class... Parts>
     void put(const Parts &...parts)
     {
-        code_ += joined(parts...);
+        code_.text += joined(parts...);
     }
     std::string temp(std::string_view type, std::string_view suffix = "");
     std::string tempBytes(int64_t size);
@@ -162,8 +155,8 @@ private:
     std::string constantBytes(std::string_view bytes); // an address of static bytes
     // The name of a static constant; one for all that are equal.
     std::string constantRecord(const char *prefix, const std::string &type, const std::string &value);
-    void openBlock();
-    void closeBlock();
+    void openBlock() { code_.openBlock(); }
+    void closeBlock() { code_.closeBlock(); }
 
     // ---- operands.cpp
     Loc locate(const Reference &ref, bool receiving = false);
@@ -557,10 +550,8 @@ private:
     Alphabet ebcdic_; // of -febcdic
     Program *program_ = nullptr;
     std::string globals_;   // static data before the functions
-    std::string code_;      // the function in hand
+    MarkedCode code_;       // the function in hand
     std::string functions_; // those before it
-    std::vector<Insertion> insertions_;
-    std::vector<size_t> blocks_; // indices into insertions_ of the open blocks
 
     size_t procedure_ = 0; // index of the procedure in hand
     InFile inFile_;

@@ -31,16 +31,11 @@ void Emitter::valueParameter(const Item &record, std::string &sets)
     // The number arrives as an integer or a double; the item has another form.
     sets +=
         cat("uint8_t value", record.number, "[", record.size, "];\nL", record.number, " = value", record.number, ";\n");
-    std::string before;
-    before.swap(code_);
-    openBlock();
+    Within apart(code_, MarkedCode());
+    code_.openBlock();
     store(record.usage == Usage::Float ? floatNumber(value) : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
           locateItem(record, "", true), false, "");
-    std::string stored = std::move(code_);
-    sets += joined("{ ", insertions_[blocks_.back()].text, stored, "}\n");
-    insertions_.pop_back();
-    blocks_.pop_back();
-    code_.swap(before);
+    sets += joined("{ ", code_.takeDeclarations(), code_.text, "}\n");
 }
 
 // A record of LINKAGE is where the caller says, until the program returns.
@@ -130,12 +125,10 @@ std::string Emitter::returnedValue(const Program &p, const std::string &prefix, 
     if (p.returning) {
         Loc loc = locate(*p.returning);
         if (loc.good() && isNumericItem(*loc.item)) {
-            blocks_.push_back(insertions_.size());
-            insertions_.push_back({0, Insertion::Text, 0, ""});
+            code_.openBlock();
             Num n = toInt(scaleTo(itemNumber(loc), 0, false));
-            out += joined("int64_t returning; { ", insertions_.back().text, "returning = (int64_t)(", n.text, "); }\n");
-            insertions_.pop_back();
-            blocks_.pop_back();
+            out +=
+                joined("int64_t returning; { ", code_.takeDeclarations(), "returning = (int64_t)(", n.text, "); }\n");
             return "returning";
         }
     }
@@ -212,7 +205,7 @@ void Emitter::entry(Program &p)
         out += joined("__asm__(\".globl \\\"", wordText(p.name), "\\\"\\n.set \\\"", wordText(p.name), "\\\", ",
                       p.cName, "\");\n");
     programRecords(p, prefix, name, out);
-    code_ += out;
+    put(out);
 }
 
 } // namespace kvrcob

@@ -51,11 +51,9 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         [[fallthrough]];
     case ExprKind::All:
     case ExprKind::Reference: {
-        blocks_.push_back(insertions_.size());
-        insertions_.push_back({0, Insertion::Text, 0, ""});
+        code_.openBlock();
         Text t = text(value);
-        blocks_.pop_back();
-        insertions_.pop_back();
+        code_.takeDeclarations();
         if (t.bytes.empty()) {
             error(value->at, "VALUE needs a literal");
             return defaultBytes(item);
@@ -165,16 +163,16 @@ void Emitter::initialBytes(const std::string &base, uint64_t offset, const std::
 // An edited item that begins with a number: by a MOVE, which has temporaries of its own.
 void Emitter::initialEdited(const std::string &base, const InitOp &op)
 {
-    std::string before;
-    before.swap(code_);
-    openBlock();
-    Loc loc = locateItem(*op.edited, "", true);
-    loc.address = cat("(", base, " + ", op.offset, ")");
-    move(op.edited->values[0].from, loc);
-    before += joined("{ ", insertions_[blocks_.back()].text, code_, "}\n");
-    insertions_.pop_back();
-    blocks_.pop_back();
-    code_.swap(before);
+    std::string edited;
+    {
+        Within apart(code_, MarkedCode());
+        code_.openBlock();
+        Loc loc = locateItem(*op.edited, "", true);
+        loc.address = cat("(", base, " + ", op.offset, ")");
+        move(op.edited->values[0].from, loc);
+        edited = cat("{ ", code_.takeDeclarations(), code_.text, "}\n");
+    }
+    put(edited);
 }
 
 void Emitter::initialRecord(const Item &record)

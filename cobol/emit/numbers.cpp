@@ -210,7 +210,7 @@ std::string Emitter::zeroFlag()
 {
     if (inStatement_.zeroFlag.empty()) {
         inStatement_.zeroFlag = temp("int");
-        insertions_[blocks_.back()].text += joined(inStatement_.zeroFlag, " = 0; ");
+        code_.declare(joined(inStatement_.zeroFlag, " = 0; "));
     }
     return inStatement_.zeroFlag;
 }

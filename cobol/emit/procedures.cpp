@@ -10,7 +10,7 @@
 //
 // Ranges that need none of this are functions of their own (ranges.cpp). Which ones these are is
 // known when all statements were emitted; so PERFORMs, and the ends of procedures, are marks in the
-// code (Insertion) until then.
+// code (Mark) until then.
 //
 //     x   cells: the number of the PERFORM that a procedure's end returns to
 //     s   saved cells, one for each PERFORM
@@ -57,14 +57,14 @@ void Emitter::paragraph(size_t index)
     if (inProcedure_.paragraphEndUsed) put("e", index, ": ;\n");
     if (inProgram_.debugs && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
         debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
-    if (!procedure.isSection) insertions_.push_back({code_.size(), Insertion::Return, index, ""});
+    if (!procedure.isSection) code_.mark(Mark::Return, index);
     // A section's exit comes after that of its last paragraph.
     int section = procedure.isSection ? static_cast<int>(index) : procedure.section;
     bool goesOn = index + 1 < p.procedures.size() && !p.procedures[index + 1].isSection &&
                   p.procedures[index + 1].section == section;
     if (section < 0 || goesOn) return;
     put("z", section, ": __attribute__((unused));\n");
-    insertions_.push_back({code_.size(), Insertion::Return, static_cast<size_t>(section), ""});
+    code_.mark(Mark::Return, static_cast<size_t>(section));
 }
 
 // The GO TOs that ALTER can change: where each goes now, and what brings a segment's back.
@@ -166,20 +166,20 @@ void Emitter::resolveAltered(size_t procedure, std::string &out)
     }
 }
 
-void Emitter::resolve(const Insertion &insertion, std::string &out)
+void Emitter::resolve(const Mark &mark, std::string &out)
 {
-    switch (insertion.kind) {
-    case Insertion::Text:
-        out += insertion.text;
+    switch (mark.kind) {
+    case Mark::Declarations:
+        out += mark.declarations;
         break;
-    case Insertion::Perform:
-        resolvePerform(inProgram_.flow.performs[insertion.index], out);
+    case Mark::Perform:
+        resolvePerform(inProgram_.flow.performs[mark.index], out);
         break;
-    case Insertion::Return:
-        resolveReturn(insertion.index, out);
+    case Mark::Return:
+        resolveReturn(mark.index, out);
         break;
-    case Insertion::Altered:
-        resolveAltered(insertion.index, out);
+    case Mark::Altered:
+        resolveAltered(mark.index, out);
         break;
     }
 }
@@ -187,13 +187,7 @@ void Emitter::resolve(const Insertion &insertion, std::string &out)
 // The code of a procedure (or what comes before and after all of them), without its marks.
 void Emitter::appendProcedure(size_t index, std::string &out)
 {
-    size_t from = inProgram_.starts[index].first;
-    for (size_t i = inProgram_.starts[index].second; i < inProgram_.starts[index + 1].second; i++) {
-        out.append(code_, from, insertions_[i].at - from);
-        from = insertions_[i].at;
-        resolve(insertions_[i], out);
-    }
-    out.append(code_, from, inProgram_.starts[index + 1].first - from);
+    code_.appendPart(index, out, [this](const Mark &mark, std::string &to) { resolve(mark, to); });
 }
 
 // The first statement after the DECLARATIVES, where START PROGRAM begins.
@@ -227,7 +221,7 @@ void Emitter::allProcedures(Program &p)
 {
     openBlock();
     for (size_t i = 0; i < p.procedures.size(); i++) {
-        inProgram_.starts.emplace_back(code_.size(), insertions_.size());
+        code_.beginPart();
         if (i == p.firstProcedure) {
             inProgram_.flow.entered[i] = true;
             if (i > 0) put("main_procedures: ;\n");
@@ -235,14 +229,14 @@ void Emitter::allProcedures(Program &p)
         paragraph(i);
         if (i + 1 == p.firstProcedure) put("return 0;\n"); // declaratives do not fall into what comes after them
     }
-    inProgram_.starts.emplace_back(code_.size(), insertions_.size());
+    code_.beginPart();
     if (p.firstProcedure == p.procedures.size() && p.firstProcedure > 0) put("main_procedures: ;\n");
     put("goto leave;\n");
     put(inProgram_.useReturns);
     put("leave: ;\n");
     leaveInUse();
-    inProgram_.starts.emplace_back(code_.size(), insertions_.size());
-    blocks_.pop_back();
+    code_.beginPart();
+    code_.blocks.pop_back();
 }
 
 // The big function: all procedures that are in no function of their own. The cells are in memory,
@@ -261,7 +255,7 @@ void Emitter::bodyFunction(const Program &p, const std::string &entries, std::st
         out +=
             joined("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(firstStatement(p)).line, ";\n");
     out += joined("switch (entry) { default: break;\n", entries, inProgram_.entryCases, "}\n",
-                  p.firstProcedure > 0 ? "goto main_procedures;\n" : "", insertions_[0].text);
+                  p.firstProcedure > 0 ? "goto main_procedures;\n" : "", code_.marks[0].declarations);
     for (size_t i = 0; i < p.procedures.size(); i++)
         if (inProgram_.owners[i] < 0) appendProcedure(i, out);
     appendProcedure(p.procedures.size(), out);
@@ -287,10 +281,8 @@ void Emitter::rangeFunction(const Program &p, size_t r, std::string &out)
 void Emitter::procedures(Program &p)
 {
     findWatched(p);
-    code_.clear();
-    code_.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
-    insertions_.clear();
-    blocks_.clear();
+    code_ = MarkedCode();
+    code_.text.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
     inProgram_.firstSite = inFile_.sites + 1;
     inProgram_.flow.entered.assign(p.procedures.size(), 0);
     inProgram_.flow.endsAway.assign(p.procedures.size(), 0);
@@ -304,13 +296,13 @@ void Emitter::procedures(Program &p)
         p.procedures[perform.end].returns.push_back(perform.site);
 
     std::string out;
-    out.reserve(code_.size() + 32 * insertions_.size() + 64 * p.procedures.size() +
+    out.reserve(code_.text.size() + 32 * code_.marks.size() + 64 * p.procedures.size() +
                 100 * inProgram_.flow.performs.size());
     bodyFunction(p, entries, out);
     for (size_t r = 0; r < inProgram_.ranges.size(); r++) rangeFunction(p, r, out);
     inProgram_.debugs = false;
-    code_ = std::move(out);
-    insertions_.clear();
+    code_ = MarkedCode();
+    code_.text = std::move(out);
 }
 
 } // namespace kvrcob

@@ -14,33 +14,13 @@ namespace kvrcob {
 std::string Emitter::temp(std::string_view type, std::string_view suffix)
 {
     std::string name = cat("t", ++inFile_.temps);
-    insertions_[blocks_.back()].text += joined(type, " ", name, suffix, "; ");
+    code_.declare(joined(type, " ", name, suffix, "; "));
     return name;
 }
 
 std::string Emitter::tempBytes(int64_t size) { return temp("uint8_t", cat("[", size < 1 ? 1 : size, "]")); }
 
-// A block has braces if it has temporaries: the C compiler's time for labels grows with the number
-// of blocks.
-void Emitter::openBlock()
-{
-    blocks_.push_back(insertions_.size());
-    insertions_.push_back({code_.size(), Insertion::Text, 0, ""});
-}
-
-void Emitter::closeBlock()
-{
-    size_t block = blocks_.back();
-    blocks_.pop_back();
-    if (!insertions_[block].text.empty()) {
-        insertions_[block].text.insert(0, "{\n");
-        put("}\n");
-    } else if (block + 1 == insertions_.size()) {
-        insertions_.pop_back();
-    }
-}
-
-void Emitter::line(Tok at) { line(at, code_); }
+void Emitter::line(Tok at) { line(at, code_.text); }
 
 void Emitter::line(Tok at, std::string &out)
 {
@@ -237,17 +217,14 @@ void Emitter::program(Program &p)
     if (options_.debugMap) debugMap(p);
     useRecords(p);
     fileRecords(p);
-    code_.clear();
-    blocks_.clear();
-    insertions_.clear();
     procedures(p);
     if (inProgram_.usesVisible) visiblePrograms(p);
-    std::string functions = std::move(code_);
-    code_.clear();
+    std::string functions = std::move(code_.text);
+    code_ = MarkedCode();
     line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
     entry(p);
-    functions += code_;
+    functions += code_.text;
     for (Program *inner : p.nested) program(*inner);
     if (functions_.empty())
         functions_ = std::move(functions);

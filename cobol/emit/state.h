@@ -76,8 +76,6 @@ struct InProgram {
     Flow flow;
     std::vector<Range> ranges;
     std::vector<int> owners; // of each procedure: the index of the range it is in, or -1
-    // Where each procedure begins, in the code and in its marks; one more for the end.
-    std::vector<std::pair<size_t, size_t>> starts;
     std::map<size_t, std::set<size_t>> alterTargets;
     std::vector<uint32_t> circles;        // of each procedure; equal numbers: they perform each other
     uint32_t firstSite = 1, counters = 0; // PERFORM sites, PERFORM n TIMES
