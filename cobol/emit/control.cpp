@@ -171,7 +171,7 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     size_t end = static_cast<size_t>(to);
     // A PERFORM that may meet itself keeps the cell on a stack, others at the site's place in the
     // array of saved cells.
-    bool circle = inCircle(static_cast<size_t>(from), lastOf(*program_, end));
+    bool circle = inProgram_.circles.mayMeet(procedure_, static_cast<size_t>(from), lastOf(*program_, end));
     debugWay(way, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;

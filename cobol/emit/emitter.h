@@ -22,6 +22,7 @@
 #include <map>
 #include <set>
 
+#include "cobol/emit/alphabets.h"
 #include "cobol/emit/join.h"
 #include "cobol/emit/marked_code.h"
 #include "cobol/emit/options.h"
@@ -85,16 +86,6 @@ private:
     std::string returnedValue(const Program &p, const std::string &prefix, std::string &out);
     void programRecords(const Program &p, const std::string &prefix, const std::string &name, std::string &out);
     std::string parameterType(Program &p, size_t index);
-
-    // ---- alphabets.cpp
-    void alphabets(Program &p);
-    void alphabet(Alphabet &a);
-    void userClass(UserClass &c);
-    void collatingSequence(Program &p);
-    std::string alphabetCharacters(const Expr *e);
-    bool alphabetRange(const Expr *from, const Expr *to, int &first, int &last);
-    void clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next);
-    void byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes);
 
     void debugMap(Program &p); // debug_map.cpp
     std::string defaultBytes(const Item &item);
@@ -339,8 +330,6 @@ private:
     bool stepCounter(const Varying &v);
     std::vector<LoopCounter> loopCounters_; // of the loops around the statement in hand
 
-    void findCircles(Program &p);
-    bool inCircle(size_t from, size_t end) const;
     // `way`: what DEBUG-CONTENTS says of it.
     void performRange(const ProcedureName &first, const ProcedureName &last, const char *way = "PERFORM LOOP");
     void goStatement(const GoStatement &s);
@@ -547,7 +536,6 @@ private:
     Meaning &meaning_;
     Group &group_;
     const EmitOptions options_;
-    Alphabet ebcdic_; // of -febcdic
     Program *program_ = nullptr;
     std::string globals_;   // static data before the functions
     MarkedCode code_;       // the function in hand
@@ -587,16 +575,6 @@ inline Of zonedOf(SignForm form)
 
 // The relation that a token stands for.
 Do relationOf(uint32_t op);
-
-// Is this an order of characters that needs no ALPHABET clause, and the machine's own?
-// (alphabets.cpp)
-bool standardOrder(Word name);
-
-// The character that a figurative constant repeats, in the native order.
-uint8_t figurativeByte(uint32_t op);
-
-// The index of the last paragraph of a range that ends with this procedure (control.cpp).
-size_t lastOf(const Program &p, size_t index);
 
 // The bytes of a file's record area (file_records.cpp).
 uint32_t recordRoom(const Program &p, const File &f);

@@ -286,7 +286,7 @@ void Emitter::procedures(Program &p)
     inProgram_.firstSite = inFile_.sites + 1;
     inProgram_.flow.entered.assign(p.procedures.size(), 0);
     inProgram_.flow.endsAway.assign(p.procedures.size(), 0);
-    findCircles(p);
+    inProgram_.circles = Circles(meaning_, p);
     alterable(p);
 
     const std::string entries = useEntries(p);

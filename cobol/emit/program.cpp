@@ -212,7 +212,7 @@ void Emitter::program(Program &p)
 {
     program_ = &p;
     inProgram_ = {};
-    alphabets(p);
+    emitAlphabets(meaning_, p, options_.ebcdic ? &inFile_.ebcdic : nullptr, inFile_.constants, globals_);
     storage(p);
     if (options_.debugMap) debugMap(p);
     useRecords(p);

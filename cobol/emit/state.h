@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "cobol/emit/circles.h"
 #include "cobol/emit/ranges.h"
 #include "cobol/emit/values.h"
 
@@ -36,6 +37,8 @@ struct InFile {
     std::map<std::pair<uint32_t, uint32_t>, std::string> useTables; // of program and file
     std::set<size_t> declaredElsewhere;                             // functions of other sources, by their index
     bool groupVisible = false;                                      // the table of all outermost programs was emitted
+
+    Alphabet ebcdic; // the order of -febcdic
 
     // What the source asks for.
     bool exceptions = false; // EXCEPTION-STATUS and its like
@@ -77,7 +80,7 @@ struct InProgram {
     std::vector<Range> ranges;
     std::vector<int> owners; // of each procedure: the index of the range it is in, or -1
     std::map<size_t, std::set<size_t>> alterTargets;
-    std::vector<uint32_t> circles;        // of each procedure; equal numbers: they perform each other
+    Circles circles;
     uint32_t firstSite = 1, counters = 0; // PERFORM sites, PERFORM n TIMES
 
     // What the library calls within it: entry points, USE procedures, processing procedures.

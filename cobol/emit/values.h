@@ -22,6 +22,9 @@ struct Loc {
     bool good() const { return !address.empty(); }
 };
 
+// The character that a figurative constant repeats, in the native order.
+uint8_t figurativeByte(uint32_t op);
+
 // A text operand.
 struct Text {
     enum Kind : uint8_t { Bytes, Figurative, All } kind = Bytes;
