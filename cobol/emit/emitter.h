@@ -23,6 +23,7 @@
 #include <set>
 
 #include "cobol/emit/alphabets.h"
+#include "cobol/emit/file_records.h"
 #include "cobol/emit/join.h"
 #include "cobol/emit/marked_code.h"
 #include "cobol/emit/options.h"
@@ -48,26 +49,6 @@ private:
     void useRecords(const Program &p);
     void storage(Program &p);
     void initialValues(Program &p);
-
-    // ---- file_records.cpp
-    void fileRecords(Program &p);
-    void fileRecord(Program &p, File &f, uint32_t room);
-    struct Assignment {
-        std::string name;
-        const char *attribute;
-        bool dynamic = false; // an item holds the name
-        bool device = false;  // the keyboard or the display
-    };
-    Assignment assignment(Program &p, const File &f);
-    void fileInformation(Program &p, const File &f, const Assignment &assigned);
-    struct KeyTable {
-        std::string keys, parts;
-        size_t keyCount = 0, partCount = 0;
-    };
-    KeyTable keyTable(Program &p, const File &f);
-    void addKey(Program &p, const File &f, const Reference &ref, const std::vector<Reference *> &parts, bool duplicates,
-                KeyTable &table);
-    const Item *keyItem(Program &p, const File &f, const Reference &ref);
 
     // ---- entry.cpp
     void entry(Program &p);
@@ -142,8 +123,6 @@ private:
     std::string temp(std::string_view type, std::string_view suffix = "");
     std::string tempBytes(int64_t size);
     std::string label() { return "l" + std::to_string(++inFile_.labels); }
-    std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
-    std::string constantBytes(std::string_view bytes); // an address of static bytes
     // The name of a static constant; one for all that are equal.
     std::string constantRecord(const char *prefix, const std::string &type, const std::string &value);
     void openBlock() { code_.openBlock(); }
@@ -372,7 +351,6 @@ private:
     void visiblePrograms(Program &p);
     std::string visibleTable();
 
-    std::string shareMode(const File &f, Word sharing);
     void openStatement(const OpenStatement &s);
     void closeStatement(const CloseStatement &s);
     void readStatement(const FileStatement &s);
@@ -402,10 +380,7 @@ private:
     bool startKey(const FileStatement &s, const File &f, const std::string &request);
     void afterVerb(const FileStatement &s, const File &f);
     void linageValues(const File &f);
-    const Alphabet *codeSet(const File &f);
-    void codeSetTable(const File &f, uint32_t room);
     void encodeRecord(const File &f, const std::string &request);
-    std::string useTable(Program &p, const File &f);
     void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
     static int splitKeyNumber(const File &f, const Reference &ref);
@@ -541,6 +516,8 @@ private:
     MarkedCode code_;       // the function in hand
     std::string functions_; // those before it
 
+    FileRecords fileRecords_{meaning_, globals_};
+
     size_t procedure_ = 0; // index of the procedure in hand
     InFile inFile_;
     InProgram inProgram_;
@@ -564,9 +541,6 @@ inline std::string_view slot(std::string_view text) { return text.substr(text.fi
 // What a verb's routine takes first: the file's FCB, and the element of its program.
 inline std::string fcbAndElement(const File &f) { return cat("F", f.number, ", p", f.program->number, "_element"); }
 
-// A sequential file that is printed, and so a file of lines.
-bool isPrinted(const File &f);
-
 // The class of a zoned item.
 inline Of zonedOf(SignForm form)
 {
@@ -575,16 +549,5 @@ inline Of zonedOf(SignForm form)
 
 // The relation that a token stands for.
 Do relationOf(uint32_t op);
-
-// The bytes of a file's record area (file_records.cpp).
-uint32_t recordRoom(const Program &p, const File &f);
-
-// The item with its record (level 01 or 77).
-inline const Item &recordOf(const Item &item)
-{
-    const Item *record = &item;
-    while (record->parent) record = record->parent;
-    return *record;
-}
 
 } // namespace kvrcob

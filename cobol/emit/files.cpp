@@ -28,7 +28,7 @@ static std::string succeeded(const File &f) { return cat("F", f.number, "->statu
 // The record goes out in the file's codes.
 void Emitter::encodeRecord(const File &f, const std::string &request)
 {
-    if (const Alphabet *a = codeSet(f))
+    if (const Alphabet *a = fileRecords_.codeSet(f))
         put(request, ".into = ", emits(Do::Recode, Of::Text), "(codes", f.number, ", F", f.number,
             "->record, sizeof codes", f.number, ", alphabet", a->number, ");\n");
 }
@@ -226,7 +226,7 @@ void Emitter::readStatement(const FileStatement &s)
     prepare(*f);
     callVerb(*f, emits(Do::Read), request);
 
-    if (codeSet(*f))
+    if (fileRecords_.codeSet(*f))
         put("if (", succeeded(*f), ") ", emits(Do::Recode, Of::Text), "(F", f->number, "->record, F", f->number,
             "->record, ", request, ".recordLength, native", f->number, ");\n");
     if (sequential) relativeKeyOut(*f, request);

@@ -58,4 +58,9 @@ std::string cat(const Parts &...parts)
     return std::string(joined(parts...));
 }
 
+// "..." as C has it. (operands.cpp)
+std::string bytesLiteral(std::string_view bytes);
+// The same as the address of static bytes.
+std::string constantBytes(std::string_view bytes);
+
 } // namespace kvrcob

@@ -10,7 +10,7 @@ void Emitter::prepare(const File &f)
     verbBegins(f);
     if (f.external) put("F", f.number, "->index = ", f.index, ";\n");
     if (f.external || (f.global && (program_ != f.program || !f.program->nested.empty())))
-        put("F", f.number, "->useTable = ", useTable(*program_, f), ";\n");
+        put("F", f.number, "->useTable = ", fileRecords_.useTable(*program_, f), ";\n");
 }
 
 void Emitter::linageValues(const File &f)
@@ -23,8 +23,7 @@ void Emitter::linageValues(const File &f)
     }
 }
 
-// What the file's other users may do, of its SELECT or of an OPEN.
-std::string Emitter::shareMode(const File &f, Word sharing)
+std::string shareMode(const File &f, Word sharing)
 {
     const char *others = sharing == K_ALL                                             ? "ZVK_FILE_SHARE_ALL"
                          : sharing == K_READ                                          ? "ZVK_FILE_SHARE_READ"

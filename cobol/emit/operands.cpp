@@ -6,7 +6,7 @@
 
 namespace kvrcob {
 
-std::string Emitter::bytesLiteral(std::string_view bytes)
+std::string bytesLiteral(std::string_view bytes)
 {
     std::string out = "\"";
     size_t from = 0; // of the bytes that stand for themselves
@@ -26,7 +26,7 @@ std::string Emitter::bytesLiteral(std::string_view bytes)
     return out;
 }
 
-std::string Emitter::constantBytes(std::string_view bytes) { return cat("(uint8_t *)(intptr_t)", bytesLiteral(bytes)); }
+std::string constantBytes(std::string_view bytes) { return cat("(uint8_t *)(intptr_t)", bytesLiteral(bytes)); }
 
 std::string Emitter::baseOf(const Item &item)
 {

@@ -216,7 +216,7 @@ void Emitter::program(Program &p)
     storage(p);
     if (options_.debugMap) debugMap(p);
     useRecords(p);
-    fileRecords(p);
+    fileRecords_.emit(p);
     procedures(p);
     if (inProgram_.usesVisible) visiblePrograms(p);
     std::string functions = std::move(code_.text);

@@ -65,7 +65,7 @@ std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list, bo
             put("F", f->number, "->requestedMode = ZVK_OPEN_INPUT; F", f->number, "->statement = 0;\n");
             openGiven(*f, true);
         }
-        if (codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
+        if (fileRecords_.codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
         put(array, "[", count++, "] = F", f->number, ";\n");
     }
     put("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", count, "; ", record, ".files = ", array,

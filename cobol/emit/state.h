@@ -33,10 +33,9 @@ private:
 struct InFile {
     // The last number of each kind of name: t1, l1, K1, r1.
     uint32_t temps = 0, labels = 0, constants = 0, sites = 0;
-    std::map<std::string, std::string> records;                     // constantRecord: names by type and value
-    std::map<std::pair<uint32_t, uint32_t>, std::string> useTables; // of program and file
-    std::set<size_t> declaredElsewhere;                             // functions of other sources, by their index
-    bool groupVisible = false;                                      // the table of all outermost programs was emitted
+    std::map<std::string, std::string> records; // constantRecord: names by type and value
+    std::set<size_t> declaredElsewhere;         // functions of other sources, by their index
+    bool groupVisible = false;                  // the table of all outermost programs was emitted
 
     Alphabet ebcdic; // the order of -febcdic
 

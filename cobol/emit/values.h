@@ -11,6 +11,14 @@
 
 namespace kvrcob {
 
+// The record (level 01 or 77) that an item is in, or is.
+inline const Item &recordOf(const Item &item)
+{
+    const Item *record = &item;
+    while (record->parent) record = record->parent;
+    return *record;
+}
+
 // Where a data item is.
 struct Loc {
     const Item *item = nullptr;
