@@ -118,7 +118,9 @@ void Emitter::addStatement(const ArithmeticStatement &s)
     sizePhrases(s, flag, "");
 }
 
-int Emitter::quotientScale(const Item &item, Rounding rounded)
+// Decimal places of a quotient that is the whole of what is stored; -1: as many as there is room
+// for.
+static int quotientScale(const Item &item, Rounding rounded)
 {
     if (item.usage == Usage::Float || item.usage == Usage::Double || rounded > NearestAwayFromZero) return -1;
     return std::max(item.picture.scale, 0) + (rounded ? 1 : 0);

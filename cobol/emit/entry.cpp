@@ -81,13 +81,12 @@ void Emitter::externalRecords(const Program &p, std::string &out)
     if (count) out += joined("{ ", externalTable(rows, count), addresses, "}\n");
 }
 
-std::string Emitter::externalName(const Item &record)
+std::string externalName(const Item &record)
 {
     return wordText(record.externalName ? record.externalName : record.name).substr(0, 31);
 }
 
-// Asks for the addresses of so many rows.
-std::string Emitter::externalTable(const std::string &rows, int count)
+std::string externalTable(const std::string &rows, int count)
 {
     return cat("static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", count,
                "]; } items = {", count, ", {0}, {", rows, "}};\nvoid *addresses[", count, "];\n", emits(Do::External),

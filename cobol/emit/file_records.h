@@ -54,6 +54,10 @@ bool isPrinted(const File &f);
 // The bytes of a file's record area: files that share it need room for the longest record.
 uint32_t recordRoom(const Program &p, const File &f);
 
+// A sequential file with records of one length may come from another system, as records or as lines
+// without a header. (opening.cpp)
+bool mayBeGiven(const File &f);
+
 // What the file's other users may do, of its SELECT or of an OPEN (opening.cpp).
 std::string shareMode(const File &f, Word sharing);
 

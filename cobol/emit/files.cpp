@@ -156,7 +156,7 @@ int Emitter::keyNumber(const File &f, const Item &item, bool generic)
 }
 
 // The number of the split key of that name, which is no data item; -1: it is none.
-int Emitter::splitKeyNumber(const File &f, const Reference &ref)
+static int splitKeyNumber(const File &f, const Reference &ref)
 {
     auto is = [&](const std::vector<Reference *> &parts, const Reference &key) {
         return !parts.empty() && ref.names.size() == 1 && key.names[0] == ref.names[0];

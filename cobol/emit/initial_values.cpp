@@ -8,7 +8,7 @@
 
 namespace kvrcob {
 
-std::string Emitter::defaultBytes(const Item &item)
+static std::string defaultBytes(const Item &item)
 {
     switch (item.category) {
     case Category::Numeric: {

@@ -101,14 +101,14 @@ void Emitter::receives(const Item &item, bool inTable)
 }
 
 // The counter that an item is at the moment, innermost loop first.
-Emitter::LoopCounter *Emitter::counterOf(const Item &item)
+LoopCounter *Emitter::counterOf(const Item &item)
 {
     for (size_t i = loopCounters_.size(); i-- > 0;)
         if (loopCounters_[i].item == &item) return loopCounters_[i].stale ? nullptr : &loopCounters_[i];
     return nullptr;
 }
 
-Emitter::LoopCounter *Emitter::counterOf(const Varying &v)
+LoopCounter *Emitter::counterOf(const Varying &v)
 {
     const Item *item = loopCounters_.empty() ? nullptr : meaning_.resolve(*program_, *v.item, true);
     return item ? counterOf(*item) : nullptr;

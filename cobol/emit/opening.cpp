@@ -44,9 +44,7 @@ void Emitter::assignment(const File &f)
             loc.address, ", ", loc.length, ");\n");
 }
 
-// A sequential file with records of one length may come from another system, as records or as lines
-// without a header.
-bool Emitter::mayBeGiven(const File &f)
+bool mayBeGiven(const File &f)
 {
     return f.organization == K_SEQUENTIAL && !isPrinted(f) && f.minRecord == f.maxRecord && !f.external &&
            f.device == 0;

@@ -28,7 +28,7 @@ std::string bytesLiteral(std::string_view bytes)
 
 std::string constantBytes(std::string_view bytes) { return cat("(uint8_t *)(intptr_t)", bytesLiteral(bytes)); }
 
-std::string Emitter::baseOf(const Item &item)
+std::string baseOf(const Item &item)
 {
     const Item *record = &recordOf(item);
     if (record->section == Item::Special) return record->special;
@@ -261,7 +261,7 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     return loc;
 }
 
-Text Emitter::textOf(const Loc &loc)
+Text textOf(const Loc &loc)
 {
     Text t;
     t.address = loc.address;

@@ -214,7 +214,7 @@ void Emitter::program(Program &p)
     inProgram_ = {};
     emitAlphabets(meaning_, p, options_.ebcdic ? &inFile_.ebcdic : nullptr, inFile_.constants, globals_);
     storage(p);
-    if (options_.debugMap) debugMap(p);
+    if (options_.debugMap) globals_ += debugMap(p);
     useRecords(p);
     fileRecords_.emit(p);
     procedures(p);

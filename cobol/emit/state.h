@@ -101,6 +101,14 @@ struct InProcedure {
     std::vector<InlinePerform> performs; // around the statement in hand
 };
 
+// An item that PERFORM VARYING counts with, in a C variable (loop_counters.cpp).
+struct LoopCounter {
+    const Item *item;
+    Num value;         // its text is the C variable
+    bool stale;        // the storage may have another value
+    bool leavesByTest; // it leaves the item's range only where UNTIL holds
+};
+
 struct InStatement {
     Tok at = 0;
     std::string zeroFlag;            // a C int that a division by zero sets, if something may divide

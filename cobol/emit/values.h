@@ -71,6 +71,20 @@ struct Num {
     bool good() const { return !text.empty(); }
 };
 
+// C text of the address of the item's record. (operands.cpp)
+std::string baseOf(const Item &item);
+
+// (texts.cpp, operands.cpp)
+Text bytesText(std::string bytes);
+Text fillText(uint8_t byte); // one character, repeated as often as there is room
+Text textOf(const Loc &loc);
+
+// (numbers.cpp)
+Num integerNumber(const std::string &c, int digits, bool isSigned = true);
+Num floatNumber(const std::string &c);
+Num literalNumber(const Decimal &value);
+std::string powerOfTen(int n); // a C integer
+
 // What stands for an expression that is evaluated once and used several times.
 struct KeptValue {
     Num num;
