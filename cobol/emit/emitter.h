@@ -75,6 +75,16 @@ private:
     std::string constantRecord(const char *prefix, const std::string &type, const std::string &value);
     void openBlock() { code_.openBlock(); }
     void closeBlock() { code_.closeBlock(); }
+    // What `emitIt` emits, as a block that is not yet part of the code in hand.
+    template <class F>
+    std::string apart(F emitIt)
+    {
+        Within block(code_, MarkedCode());
+        openBlock();
+        emitIt();
+        const std::string declarations = code_.takeDeclarations();
+        return cat("{ ", declarations, code_.text, "}\n");
+    }
 
     // ---- program.cpp: storage, the order of the parts; a statement
     void program(Program &p);
@@ -106,7 +116,7 @@ private:
 
     // ---- initial_values.cpp: what items begin with
     void initialValues(Program &p);
-    std::string valueBytes(Program &p, const Item &item);
+    std::string valueBytes(const Item &item);
     struct InitOp {
         uint64_t offset;
         std::string bytes;            // these bytes, or

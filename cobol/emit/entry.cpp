@@ -31,11 +31,10 @@ void Emitter::valueParameter(const Item &record, std::string &sets)
     // The number arrives as an integer or a double; the item has another form.
     sets +=
         cat("uint8_t value", record.number, "[", record.size, "];\nL", record.number, " = value", record.number, ";\n");
-    Within apart(code_, MarkedCode());
-    code_.openBlock();
-    store(record.usage == Usage::Float ? floatNumber(value) : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
-          locateItem(record, "", true), false, "");
-    sets += joined("{ ", code_.takeDeclarations(), code_.text, "}\n");
+    sets += apart([&] {
+        store(record.usage == Usage::Float ? floatNumber(value) : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
+              locateItem(record, "", true), false, "");
+    });
 }
 
 // A record of LINKAGE is where the caller says, until the program returns.
@@ -98,7 +97,6 @@ void Emitter::fileEntry(Program &p, std::string &out)
 {
     for (File *f : p.files) {
         if (f->sortFile || !f->status) continue;
-        program_ = &p;
         Item *item = meaning_.resolve(p, *f->status);
         for (const Expr *subscript : f->status->subscripts)
             if (constant(subscript)->kind != ExprKind::Number)

@@ -25,9 +25,9 @@ static std::string defaultBytes(const Item &item)
 }
 
 // The bytes of an item with a VALUE clause.
-std::string Emitter::valueBytes(Program &p, const Item &item)
+std::string Emitter::valueBytes(const Item &item)
 {
-    program_ = &p;
+    Program &p = *program_;
     const Expr *value = item.values.empty() ? nullptr : meaning_.constant(p, item.values[0].from);
     if (!value) return defaultBytes(item);
     Decimal d;
@@ -93,13 +93,13 @@ void Emitter::initOps(const Item &item, uint64_t offset, std::vector<InitOp> &op
         Item one = item;
         for (uint32_t i = 0; i < item.occursMax; i++) {
             if (i < item.values.size()) one.values = {item.values[i]};
-            all += i < item.values.size() ? valueBytes(*program_, one) : defaultBytes(item);
+            all += i < item.values.size() ? valueBytes(one) : defaultBytes(item);
         }
         add(all);
         return;
     }
     if (item.elementary()) {
-        std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
+        std::string bytes = item.hasValue ? valueBytes(item) : defaultBytes(item);
         const Expr *value = item.hasValue ? meaning_.constant(*program_, item.values[0].from) : nullptr;
         Decimal number;
         if (item.category == Category::NumericEdited && decimalOf(value, number)) {
@@ -116,7 +116,7 @@ void Emitter::initOps(const Item &item, uint64_t offset, std::vector<InitOp> &op
         }
         add(bytes);
     } else if (item.hasValue) {
-        add(valueBytes(*program_, item));
+        add(valueBytes(item));
     } else {
         for (const Item *child : item.children)
             if (!child->redefines) initOps(*child, offset + child->offset - item.offset, ops);
@@ -163,16 +163,11 @@ void Emitter::initialBytes(const std::string &base, uint64_t offset, const std::
 // An edited item that begins with a number: by a MOVE, which has temporaries of its own.
 void Emitter::initialEdited(const std::string &base, const InitOp &op)
 {
-    std::string edited;
-    {
-        Within apart(code_, MarkedCode());
-        code_.openBlock();
+    put(apart([&] {
         Loc loc = locateItem(*op.edited, "", true);
         loc.address = cat("(", base, " + ", op.offset, ")");
         move(op.edited->values[0].from, loc);
-        edited = cat("{ ", code_.takeDeclarations(), code_.text, "}\n");
-    }
-    put(edited);
+    }));
 }
 
 void Emitter::initialRecord(const Item &record)
