@@ -30,6 +30,7 @@
 #include "cobol/driver/c_compiler.h"
 #include "cobol/driver/listing.h"
 #include "cobol/driver/run_cache.h"
+#include "cobol/emit/emitter.h"
 #include "cobol/syntax/parser.h"
 
 namespace kvrcob {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cobol/emit/emitter.h"
+#include "cobol/emit/options.h"
 #include "cobol/text/preprocessor.h"
 
 namespace kvrcob {

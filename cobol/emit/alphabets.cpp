@@ -3,17 +3,38 @@
 // An alphabet's table gives each character its weight; ALSO gives several characters one weight,
 // and characters that the clause does not name come after the others. A class's table has 0 for its
 // members.
-#include "cobol/emit/emitter.h"
-
 #include <algorithm>
 #include <iconv.h>
 #include <numeric>
 
+#include "cobol/emit/alphabets.h"
+#include "cobol/emit/join.h"
+#include "cobol/emit/values.h"
+
 namespace kvrcob {
+namespace {
+
+struct AlphabetTables {
+    Meaning &meaning;
+    Program &program;
+    uint32_t &lastNumber;
+    std::string &globals;
+
+    void alphabet(Alphabet &a);
+    void userClass(UserClass &c);
+    void collatingSequence();
+
+private:
+    void error(Tok at, const std::string &text) { meaning.error(at, text); }
+    std::string characters(const Expr *e);
+    bool ends(const Expr *from, const Expr *to, int &first, int &last);
+    void clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next);
+    void byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes);
+};
 
 // The characters that a literal of an ALPHABET or CLASS clause stands for; a number is an ordinal
 // of the native character set.
-std::string Emitter::alphabetCharacters(const Expr *e)
+std::string AlphabetTables::characters(const Expr *e)
 {
     switch (e->kind) {
     case ExprKind::String:
@@ -27,10 +48,10 @@ std::string Emitter::alphabetCharacters(const Expr *e)
     case ExprKind::Figurative:
         return std::string(1, static_cast<char>(figurativeByte(e->op)));
     case ExprKind::Reference: {
-        int byte = e->ref->names.size() == 1 ? meaning_.symbolic(*program_, e->ref->names[0]) : -1;
+        int byte = e->ref->names.size() == 1 ? meaning.symbolic(program, e->ref->names[0]) : -1;
         if (byte >= 0) return std::string(1, static_cast<char>(byte));
-        const Expr *value = constant(e);
-        if (value != e) return alphabetCharacters(value);
+        const Expr *value = meaning.constant(program, e);
+        if (value != e) return characters(value);
         break;
     }
     default:
@@ -41,7 +62,7 @@ std::string Emitter::alphabetCharacters(const Expr *e)
 }
 
 // The weights of EBCDIC, code page 1047: a character's weight is its EBCDIC code.
-static bool ebcdicWeights(std::vector<int> &weight)
+bool ebcdicWeights(std::vector<int> &weight)
 {
     iconv_t converter = iconv_open("IBM1047", "ISO-8859-1");
     if (converter == reinterpret_cast<iconv_t>(-1)) return false;
@@ -56,18 +77,12 @@ static bool ebcdicWeights(std::vector<int> &weight)
     return good;
 }
 
-// Orders that need no ALPHABET clause, and are the machine's.
-bool standardOrder(Word name)
-{
-    return name == K_NATIVE || name == K_STANDARD_1 || name == K_STANDARD_2 || name == internWord("ASCII");
-}
-
 // The two ends of THRU; false, and told, if they are no single characters.
-bool Emitter::alphabetRange(const Expr *from, const Expr *to, int &first, int &last)
+bool AlphabetTables::ends(const Expr *from, const Expr *to, int &first, int &last)
 {
-    const std::string low = alphabetCharacters(from);
+    const std::string low = characters(from);
     if (low.empty()) return false; // told already
-    const std::string high = alphabetCharacters(to);
+    const std::string high = characters(to);
     if (low.size() != 1 || high.size() != 1) {
         error(from->at, "THRU goes between single characters");
         return false;
@@ -79,7 +94,7 @@ bool Emitter::alphabetRange(const Expr *from, const Expr *to, int &first, int &l
 
 // The weight of each character, in the order in which the clause names them; `next`: the weight
 // after the last. THRU may go down.
-void Emitter::clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next)
+void AlphabetTables::clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next)
 {
     auto give = [&](int c, int w, const Expr *e) {
         int &now = weight[static_cast<size_t>(c)];
@@ -89,12 +104,12 @@ void Emitter::clauseWeights(const Alphabet &a, std::vector<int> &weight, int &ne
     for (const Alphabet::Part &part : a.parts) {
         if (part.thru) {
             int first = 0, last = 0;
-            if (!alphabetRange(part.from, part.thru, first, last)) continue;
+            if (!ends(part.from, part.thru, first, last)) continue;
             const int step = first <= last ? 1 : -1;
             for (int c = first; c != last + step; c += step) give(c, next++, part.from);
             continue;
         }
-        const std::string named = alphabetCharacters(part.from);
+        const std::string named = characters(part.from);
         if (named.empty()) continue;
         if (part.also.empty()) {
             for (unsigned char c : named) give(c, next++, part.from);
@@ -102,22 +117,22 @@ void Emitter::clauseWeights(const Alphabet &a, std::vector<int> &weight, int &ne
         }
         give(static_cast<unsigned char>(named[0]), next, part.from);
         for (const Expr *e : part.also)
-            for (unsigned char c : alphabetCharacters(e)) give(c, next, e);
+            for (unsigned char c : characters(e)) give(c, next, e);
         next++;
     }
 }
 
 // A table of 256 bytes in C.
-void Emitter::byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes)
+void AlphabetTables::byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes)
 {
-    globals_ += joined("static const uint8_t ", prefix, number, "[256] __attribute__((unused)) = {");
-    for (size_t c = 0; c < 256; c++) globals_ += joined(c ? "," : "", bytes[c]);
-    globals_ += "};\n";
+    globals += joined("static const uint8_t ", prefix, number, "[256] __attribute__((unused)) = {");
+    for (size_t c = 0; c < 256; c++) globals += joined(c ? "," : "", bytes[c]);
+    globals += "};\n";
 }
 
-void Emitter::alphabet(Alphabet &a)
+void AlphabetTables::alphabet(Alphabet &a)
 {
-    a.number = ++constants_;
+    a.number = ++lastNumber;
     std::vector<int> weight(256, -1);
     int next = 0;
     if (a.kind == K_EBCDIC) {
@@ -134,15 +149,15 @@ void Emitter::alphabet(Alphabet &a)
     byteTable("alphabet", a.number, weight);
 }
 
-void Emitter::userClass(UserClass &c)
+void AlphabetTables::userClass(UserClass &c)
 {
-    c.number = ++constants_;
+    c.number = ++lastNumber;
     std::vector<int> outside(256, 1);
     for (const ValueRange &range : c.ranges) {
         int first = 0, last = 0;
         if (!range.to) {
-            for (unsigned char k : alphabetCharacters(range.from)) outside[k] = 0;
-        } else if (alphabetRange(range.from, range.to, first, last)) {
+            for (unsigned char k : characters(range.from)) outside[k] = 0;
+        } else if (ends(range.from, range.to, first, last)) {
             for (int k = std::min(first, last); k <= std::max(first, last); k++) outside[static_cast<size_t>(k)] = 0;
         }
     }
@@ -150,32 +165,39 @@ void Emitter::userClass(UserClass &c)
 }
 
 // The program's collating sequence: 0 for a native one.
-void Emitter::collatingSequence(Program &p)
+void AlphabetTables::collatingSequence()
 {
-    if (!p.collating) return;
-    const Alphabet *a = meaning_.alphabet(p, p.collating);
-    if (a ? a->kind && a->kind != K_EBCDIC : standardOrder(p.collating)) {
-        p.collating = 0;
+    if (!program.collating) return;
+    const Alphabet *a = meaning.alphabet(program, program.collating);
+    if (a ? a->kind && a->kind != K_EBCDIC : standardOrder(program.collating)) {
+        program.collating = 0;
     } else if (!a) {
-        error(p.collatingAt, "there is no alphabet " + wordText(p.collating));
-        p.collating = 0;
+        error(program.collatingAt, "there is no alphabet " + wordText(program.collating));
+        program.collating = 0;
     }
 }
 
-void Emitter::alphabets(Program &p)
+} // namespace
+
+bool standardOrder(Word name)
 {
-    if (options_.ebcdic && !p.collating) {
-        ebcdic_.name = internWord("-febcdic");
-        ebcdic_.kind = K_EBCDIC;
-        p.alphabets.push_back(&ebcdic_);
-        p.collating = ebcdic_.name;
+    return name == K_NATIVE || name == K_STANDARD_1 || name == K_STANDARD_2 || name == internWord("ASCII");
+}
+
+void emitAlphabets(Meaning &meaning, Program &p, Alphabet *ebcdic, uint32_t &number, std::string &globals)
+{
+    if (ebcdic && !p.collating) {
+        ebcdic->name = internWord("-febcdic");
+        ebcdic->kind = K_EBCDIC;
+        p.alphabets.push_back(ebcdic);
+        p.collating = ebcdic->name;
     }
-    program_ = &p;
+    AlphabetTables tables{meaning, p, number, globals};
     for (Alphabet *a : p.alphabets)
-        if (a->weights.empty()) alphabet(*a);
-    collatingSequence(p);
+        if (a->weights.empty()) tables.alphabet(*a);
+    tables.collatingSequence();
     for (UserClass *c : p.classes)
-        if (!c->number) userClass(*c);
+        if (!c->number) tables.userClass(*c);
 }
 
 } // namespace kvrcob

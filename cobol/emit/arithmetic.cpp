@@ -118,7 +118,9 @@ void Emitter::addStatement(const ArithmeticStatement &s)
     sizePhrases(s, flag, "");
 }
 
-int Emitter::quotientScale(const Item &item, Rounding rounded)
+// Decimal places of a quotient that is the whole of what is stored; -1: as many as there is room
+// for.
+static int quotientScale(const Item &item, Rounding rounded)
 {
     if (item.usage == Usage::Float || item.usage == Usage::Double || rounded > NearestAwayFromZero) return -1;
     return std::max(item.picture.scale, 0) + (rounded ? 1 : 0);
@@ -195,14 +197,14 @@ void Emitter::computeStatement(const ArithmeticStatement &s)
     const Expr *e = s.operands[0];
     Num value = number(e, all ? -1 : scale);
     if (!value.good()) return;
-    bool guarded = !zeroFlag_.empty();
+    bool guarded = !inStatement_.zeroFlag.empty();
     if (s.targets.size() > 1 || guarded) value = keep(std::move(value), true);
-    if (guarded) put("if (!", zeroFlag_, ") {\n");
+    if (guarded) put("if (!", inStatement_.zeroFlag, ") {\n");
     for (size_t i = 0; i < s.targets.size(); i++) store(value, locs[i], s.targets[i].rounded, flag);
     if (guarded) put("}\n");
     if (!flag.empty()) {
-        if (guarded) put(flag, " |= ", zeroFlag_, ";\n");
-        sizePhrases(s, flag, zeroFlag_);
+        if (guarded) put(flag, " |= ", inStatement_.zeroFlag, ";\n");
+        sizePhrases(s, flag, inStatement_.zeroFlag);
     }
 }
 

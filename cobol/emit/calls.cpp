@@ -34,8 +34,8 @@ void Emitter::visiblePrograms(Program &p)
     const bool alone = p.nested.empty() && !p.parent;
     std::string prefix = cat("p", p.number, "_");
     if (alone) globals_ += joined("#define ", prefix, "visible group_visible\n");
-    if (alone && groupVisible_) return;
-    groupVisible_ |= alone;
+    if (alone && inFile_.groupVisible) return;
+    inFile_.groupVisible |= alone;
     globals_ += joined("static const KvrVisible ", alone ? "group_" : prefix, "visible[] = {");
     std::set<Word> names;
     auto add = [&](const Program *other) {
@@ -79,7 +79,7 @@ void Emitter::utilityArguments(const CallStatement &s)
             number ? 1 : 0, "};\n");
     }
     put("kvr_argument_count = ", n, ";\n");
-    utilities_ = true;
+    inFile_.utilities = true;
 }
 
 // An argument BY VALUE: an integer, a double or an address; empty: an error was told.
@@ -182,7 +182,7 @@ bool Emitter::findRoutine(const CallStatement &s, const Expr *target, const std:
         put(routine, " = (KvrProgram)", emits(Do::UtilityNamed), "(", name.address, ", ", name.length, ", ",
             visibleTable(), ", kvr_utilities);\nif (", routine, ") {\n");
         utilityArguments(s);
-        utilityNames_ = true;
+        inFile_.utilityNames = true;
         put("} else {\n");
         put(routine, " = ", findProgram(target, phrases), ";\n}\n");
     } else if (!name.address.empty()) {
@@ -245,7 +245,7 @@ void Emitter::callStatement(const CallStatement &s)
 // The C name of the table for a CALL of an item.
 std::string Emitter::visibleTable()
 {
-    usesVisible_ = true;
+    inProgram_.usesVisible = true;
     return cat("p", program_->number, "_visible");
 }
 
@@ -261,8 +261,8 @@ std::string Emitter::findProgram(const Expr *name, bool exception)
 // ENTRY: a further way into the program's function. Control that comes from above passes by.
 void Emitter::entryStatement(const EntryStatement &s)
 {
-    entryCases_ += joined("case ", program_->uses.size() + s.number, ": goto entry", s.number, ";\n");
-    flow_.entered[procedure_] = true;
+    inProgram_.entryCases += joined("case ", program_->uses.size() + s.number, ": goto entry", s.number, ";\n");
+    inProgram_.flow.entered[procedure_] = true;
     put("entry", s.number, ": __attribute__((unused));\n");
 }
 

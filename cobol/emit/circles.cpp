@@ -5,22 +5,21 @@
 // that no paragraph of their range performs, directly or through others. Those that can are found
 // here; they keep their cells on a stack (kvr_perform). A paragraph and those that it performs are
 // a graph; in its strongly connected parts, and there only, a PERFORM may meet itself.
-#include "cobol/emit/emitter.h"
-
 #include <algorithm>
+
+#include "cobol/emit/circles.h"
+#include "cobol/emit/ranges.h"
 
 namespace kvrcob {
 
 // Tarjan's way to the strongly connected parts, without recursion.
-void Emitter::findCircles(Program &p)
+Circles::Circles(Meaning &meaning, Program &p)
 {
-    circles_.clear();
-    circling_ = false;
     std::vector<std::vector<uint32_t>> next(p.procedures.size());
     size_t edges = 0;
     for (const Performed &performed : p.performed) {
-        long from = meaning_.procedure(p, performed.first, performed.in, true);
-        long to = performed.last.name ? meaning_.procedure(p, performed.last, performed.in, true) : from;
+        long from = meaning.procedure(p, performed.first, performed.in, true);
+        long to = performed.last.name ? meaning.procedure(p, performed.last, performed.in, true) : from;
         if (from < 0 || to < from || performed.in >= next.size()) continue;
         size_t end = lastOf(p, static_cast<size_t>(to));
         edges += end + 1 - static_cast<size_t>(from);
@@ -33,7 +32,7 @@ void Emitter::findCircles(Program &p)
     const uint32_t none = UINT32_MAX;
     std::vector<uint32_t> order(next.size(), none), low(next.size()), waiting;
     std::vector<std::pair<uint32_t, size_t>> path; // a procedure, and how many of its edges were taken
-    circles_.assign(next.size(), none);
+    of_.assign(next.size(), none);
     uint32_t count = 0;
     for (uint32_t root = 0; root < next.size(); root++) {
         if (order[root] == none) path.emplace_back(root, 0);
@@ -48,7 +47,7 @@ void Emitter::findCircles(Program &p)
                 uint32_t other = next[node][taken];
                 if (order[other] == none)
                     path.emplace_back(other, 0);
-                else if (circles_[other] == none)
+                else if (of_[other] == none)
                     low[node] = std::min(low[node], order[other]);
                 continue;
             }
@@ -57,18 +56,17 @@ void Emitter::findCircles(Program &p)
             if (low[node] != order[node]) continue;
             for (uint32_t member = none; member != node; waiting.pop_back()) {
                 member = waiting.back();
-                circles_[member] = node;
+                of_[member] = node;
             }
         }
     }
 }
 
-// Whether a PERFORM of this range, in the present procedure, may meet itself.
-bool Emitter::inCircle(size_t from, size_t end) const
+bool Circles::mayMeet(size_t in, size_t from, size_t end) const
 {
-    if (procedure_ >= circles_.size()) return false;
-    for (size_t i = from; i <= end && i < circles_.size(); i++)
-        if (circles_[i] == circles_[procedure_]) return true;
+    if (in >= of_.size()) return false;
+    for (size_t i = from; i <= end && i < of_.size(); i++)
+        if (of_[i] == of_[in]) return true;
     return false;
 }
 

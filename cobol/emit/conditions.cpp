@@ -25,7 +25,7 @@ bool Emitter::isCondition(const Expr *e)
     case ExprKind::Truth:
         return true;
     case ExprKind::Kept:
-        return !kept_[e].condition.empty();
+        return !inFile_.kept[e].condition.empty();
     default:
         return isConditionName(e);
     }
@@ -60,9 +60,9 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
     case ExprKind::Truth:
         return e->op == K_TRUE ? "1" : "0";
     case ExprKind::Count: {
-        const std::string count = cat("met", ++constants_);
+        const std::string count = cat("met", ++inFile_.constants);
         globals_ += cat("static int64_t ", count, ";\n");
-        beginsAgain_ += joined(count, " = 0;\n");
+        inProgram_.beginsAgain += joined(count, " = 0;\n");
         return cat(emits(Do::CountOfOn), "(&", count, ", ", integer(e->args[0]), ", ", integer(e->args[1]), ", ",
                    integer(e->args[2]), ")");
     }
@@ -98,7 +98,7 @@ std::string Emitter::condition(const Expr *e, Subject &subject)
         [[fallthrough]];
     }
     default:
-        if (e->kind == ExprKind::Kept && !kept_[e].condition.empty()) return kept_[e].condition;
+        if (e->kind == ExprKind::Kept && !inFile_.kept[e].condition.empty()) return inFile_.kept[e].condition;
         if (subject.left && subject.op) return relation(subject.left, subject.op, e);
         if (e->kind == ExprKind::Reference) {
             if (meaning_.resolve(*program_, *e->ref)) error(e->at, wordText(e->ref->names[0]) + " is no condition");
@@ -300,7 +300,7 @@ std::string Emitter::classTest(const Expr *e)
     ExprKind kind = e->left ? e->left->kind : ExprKind::Omitted;
     bool isText = kind == ExprKind::String || kind == ExprKind::All || kind == ExprKind::Figurative ||
                   (kind == ExprKind::Function && !functionIsNumeric(e->left)) ||
-                  (kind == ExprKind::Kept && !kept_[e->left].text.address.empty());
+                  (kind == ExprKind::Kept && !inFile_.kept[e->left].text.address.empty());
     if (kind != ExprKind::Reference && !isText) {
         error(e->at, "a class test needs a data item");
         return "0";

@@ -124,10 +124,10 @@ bool Emitter::displayed(const Expr *e, Shown &out)
 // EXHIBIT CHANGED. What each item has shown is kept: its length (4 bytes) and up to 252 bytes.
 void Emitter::exhibitChanged(const DisplayStatement &s)
 {
-    const std::string kept = cat("exhibited", ++constants_), items = temp("DisplayItem", cat("[", s.items.size(), "]")),
-                      count = temp("int");
+    const std::string kept = cat("exhibited", ++inFile_.constants),
+                      items = temp("DisplayItem", cat("[", s.items.size(), "]")), count = temp("int");
     globals_ += cat("static uint8_t ", kept, "[", s.exhibited.size(), "][256];\n");
-    beginsAgain_ += joined("memset(", kept, ", 0, sizeof ", kept, ");\n");
+    inProgram_.beginsAgain += joined("memset(", kept, ", 0, sizeof ", kept, ");\n");
     put(cat(count, " = 0;\n"));
     size_t next = 0;
     for (size_t operand = 0; operand < s.exhibited.size(); operand++) {

@@ -63,7 +63,7 @@ Expr *Emitter::keptNumber(const Expr *e, bool isSubscript)
     out->kind = ExprKind::Kept;
     out->at = e->at;
     out->left = const_cast<Expr *>(e);
-    kept_[out].num = isSubscript ? keep(integerNumber(integer(e), 18), true) : keep(number(e), true);
+    inFile_.kept[out].num = isSubscript ? keep(integerNumber(integer(e), 18), true) : keep(number(e), true);
     return out;
 }
 
@@ -79,7 +79,7 @@ const Expr *Emitter::keptSubject(const Expr *e)
         out->left = const_cast<Expr *>(e);
         std::string t = temp("int");
         put(t, " = ", condition(e), ";\n");
-        kept_[out].condition = t;
+        inFile_.kept[out].condition = t;
         return out;
     }
     switch (e->kind) {
@@ -92,7 +92,7 @@ const Expr *Emitter::keptSubject(const Expr *e)
         out->kind = ExprKind::Kept;
         out->at = e->at;
         out->left = const_cast<Expr *>(e);
-        kept_[out].text = functionText(e); // its address and length are in temporaries
+        inFile_.kept[out].text = functionText(e); // its address and length are in temporaries
         return out;
     }
     case ExprKind::Reference: {
@@ -123,7 +123,8 @@ void Emitter::evaluateStatement(const EvaluateStatement &s)
     // A chain of if and else; each test's temporaries are computed where it is. Subjects that
     // several tests use are computed once, before them.
     std::string done = label();
-    ToldOnce told(*this);
+    std::map<std::string, std::string> told;
+    Within toldOnce(inStatement_.toldOnce, &told);
     size_t tests = 0;
     for (const EvaluateStatement::When &when : s.whens) tests += when.rows.size();
     std::vector<const Expr *> subjects(s.subjects.begin(), s.subjects.end());
@@ -162,7 +163,7 @@ size_t lastOf(const Program &p, size_t index)
     return last;
 }
 
-void Emitter::performRange(const ProcedureName &first, const ProcedureName &last)
+void Emitter::performRange(const ProcedureName &first, const ProcedureName &last, const char *way)
 {
     long from = meaning_.procedure(*program_, first, procedure_);
     long to = last.name ? meaning_.procedure(*program_, last, procedure_) : from;
@@ -170,14 +171,13 @@ void Emitter::performRange(const ProcedureName &first, const ProcedureName &last
     size_t end = static_cast<size_t>(to);
     // A PERFORM that may meet itself keeps the cell on a stack, others at the site's place in the
     // array of saved cells.
-    bool circle = inCircle(static_cast<size_t>(from), lastOf(*program_, end));
-    circling_ |= circle;
-    debugWay(performWay_, first.at);
+    bool circle = inProgram_.circles.mayMeet(procedure_, static_cast<size_t>(from), lastOf(*program_, end));
+    debugWay(way, first.at);
     int fromSegment = program_->procedures[static_cast<size_t>(from)].segment;
     int now = procedure_ < program_->procedures.size() ? program_->procedures[procedure_].segment : 0;
     if (fromSegment >= 50 && fromSegment != now) put("kvr_segment_", program_->number, "(", fromSegment, ");\n");
-    insertions_.push_back({code_.size(), Insertion::Perform, flow_.performs.size(), ""});
-    flow_.performs.push_back({++sites_, procedure_, static_cast<size_t>(from), end, circle});
+    code_.mark(Mark::Perform, inProgram_.flow.performs.size());
+    inProgram_.flow.performs.push_back({++inFile_.sites, procedure_, static_cast<size_t>(from), end, circle});
 }
 
 // What is performed, once. EXIT PERFORM CYCLE goes to its end.
@@ -188,12 +188,12 @@ void Emitter::performOnce(const PerformStatement &s)
         return;
     }
     block(s.body);
-    put(performLabels_.back().second, ": __attribute__((unused));\n");
+    put(inProcedure_.performs.back().cycle, ": __attribute__((unused));\n");
 }
 
 void Emitter::performTimes(const PerformStatement &s)
 {
-    std::string counter = cat("n[", counters_++, "]");
+    std::string counter = cat("n[", inProgram_.counters++, "]");
     put(counter, " = ", integer(s.times), ";\n");
     debugNow();
     put("for (; ", counter, " > 0; ", counter, "--) {\n");
@@ -209,15 +209,11 @@ void Emitter::breakIf(const Expr *until)
 
 void Emitter::performUntil(const PerformStatement &s)
 {
-    auto test = [&] {
-        anyChange_ = true;
-        breakIf(s.until);
-        anyChange_ = false;
-    };
+    inStatement_.anyChange = true;
     put("for (;;) {\n");
-    if (!s.testAfter) test();
+    if (!s.testAfter) breakIf(s.until);
     performOnce(s);
-    if (s.testAfter) test();
+    if (s.testAfter) breakIf(s.until);
     put("}\n");
 }
 
@@ -251,7 +247,7 @@ void Emitter::stepVarying(const Varying &v)
 void Emitter::performVarying(const PerformStatement &s)
 {
     const size_t n = s.varying.size(), outerCounters = loopCounters_.size();
-    anyChange_ = true;
+    inStatement_.anyChange = true;
     for (const auto &v : s.varying) setVarying(v);
     for (size_t i = 0; i < n && s.isInline; i++)
         countWith(s.varying[i], i + 1 < n ? &s.varying[i + 1] : nullptr, !s.testAfter);
@@ -261,9 +257,7 @@ void Emitter::performVarying(const PerformStatement &s)
         if (!s.testAfter) breakIf(v.until);
     }
 
-    anyChange_ = false;
     performOnce(s);
-    anyChange_ = true;
 
     for (size_t i = n; i-- > 0;) {
         if (s.testAfter) breakIf(s.varying[i].until);
@@ -276,7 +270,6 @@ void Emitter::performVarying(const PerformStatement &s)
         endCounting(s.varying[i]);
     }
     loopCounters_.erase(loopCounters_.begin() + static_cast<ptrdiff_t>(outerCounters), loopCounters_.end());
-    anyChange_ = false;
 }
 
 void Emitter::performStatement(const PerformStatement &s)
@@ -284,7 +277,7 @@ void Emitter::performStatement(const PerformStatement &s)
     std::string exit;
     if (s.isInline) {
         exit = label();
-        performLabels_.push_back({exit, label()});
+        inProcedure_.performs.push_back({exit, label()});
     }
     if (s.forever) {
         put("for (;;) {\n");
@@ -301,7 +294,7 @@ void Emitter::performStatement(const PerformStatement &s)
     }
     if (!s.isInline) return;
     put(exit, ": __attribute__((unused));\n");
-    performLabels_.pop_back();
+    inProcedure_.performs.pop_back();
 }
 
 // ---- GO TO, ALTER
@@ -316,7 +309,7 @@ void Emitter::jump(const ProcedureName &name)
         put("kvr_segment_", program_->number, "(", target.segment, ");\n");
     leaveUse(static_cast<size_t>(to));
     debugWay("", name.at);
-    flow_.jumps.emplace_back(procedure_, static_cast<size_t>(to));
+    inProgram_.flow.jumps.emplace_back(procedure_, static_cast<size_t>(to));
     put("goto p", to, ";\n");
 }
 
@@ -329,9 +322,8 @@ void Emitter::goStatement(const GoStatement &s)
         e.kind = ExprKind::Reference;
         e.at = s.depending->at;
         e.ref = const_cast<Reference *>(s.depending);
-        anyChange_ = true;
+        inStatement_.anyChange = true;
         std::string number = integer(&e);
-        anyChange_ = false;
         debugNow();
         put("switch (", number, ") {\n");
         for (size_t i = 0; i < s.targets.size(); i++) {
@@ -345,7 +337,7 @@ void Emitter::goStatement(const GoStatement &s)
     Procedure &here = program_->procedures[procedure_];
     if (here.altered) {
         put("switch ((intptr_t)a", program_->number, "_", procedure_, ") {\n");
-        insertions_.push_back({code_.size(), Insertion::Altered, procedure_, ""});
+        code_.mark(Mark::Altered, procedure_);
         put("}\n");
     }
     if (s.targets.empty()) {
@@ -368,8 +360,8 @@ void Emitter::alterStatement(const AlterStatement &s)
             continue;
         }
         put("a", program_->number, "_", paragraph, " = (void *)(intptr_t)", target + 1, ";\n");
-        alterTargets_[static_cast<size_t>(paragraph)].insert(static_cast<size_t>(target));
-        flow_.jumps.emplace_back(static_cast<size_t>(paragraph), static_cast<size_t>(target));
+        inProgram_.alterTargets[static_cast<size_t>(paragraph)].insert(static_cast<size_t>(target));
+        inProgram_.flow.jumps.emplace_back(static_cast<size_t>(paragraph), static_cast<size_t>(target));
         debugAlter(paragraph, target, pair.paragraph.at);
     }
 }
@@ -379,7 +371,7 @@ void Emitter::alterStatement(const AlterStatement &s)
 // CONTINUE AFTER n SECONDS
 void Emitter::pause(Expr *seconds)
 {
-    utilities_ = true;
+    inFile_.utilities = true;
     Expr nanoseconds, billion;
     billion.text = "1000000000";
     nanoseconds.kind = ExprKind::Arithmetic;
@@ -408,7 +400,7 @@ bool Emitter::returnCode(const Expr *value, const std::string &code)
 
 void Emitter::exitParagraph()
 {
-    paragraphEndUsed_ = true;
+    inProcedure_.paragraphEndUsed = true;
     put("goto e", procedure_, ";\n");
 }
 
@@ -418,7 +410,7 @@ void Emitter::exitSection()
     const Procedure &here = program_->procedures[procedure_];
     if (!here.isSection && here.section < 0) return exitParagraph();
     size_t section = here.isSection ? procedure_ : static_cast<size_t>(here.section);
-    flow_.sectionExits.emplace_back(procedure_, section);
+    inProgram_.flow.sectionExits.emplace_back(procedure_, section);
     put("goto z", section, ";\n");
 }
 
@@ -450,12 +442,13 @@ void Emitter::exitStatement(const ExitStatement &s)
     }
     case ExitStatement::Perform:
     case ExitStatement::PerformCycle:
-        if (performLabels_.empty()) {
+        if (inProcedure_.performs.empty()) {
             error(s.at, "EXIT PERFORM without an inline PERFORM");
             break;
         }
         countersAtExit();
-        put("goto ", s.form == ExitStatement::Perform ? performLabels_.back().first : performLabels_.back().second,
+        put("goto ",
+            s.form == ExitStatement::Perform ? inProcedure_.performs.back().exit : inProcedure_.performs.back().cycle,
             ";\n");
         break;
     case ExitStatement::Paragraph:
@@ -465,8 +458,8 @@ void Emitter::exitStatement(const ExitStatement &s)
         exitSection();
         break;
     case ExitStatement::NextSentence:
-        sentenceEndUsed_ = true;
-        put("goto ", sentenceEnd_, ";\n");
+        inProcedure_.sentenceEndUsed = true;
+        put("goto ", inProcedure_.sentenceEnd, ";\n");
         break;
     }
 }

@@ -11,7 +11,7 @@ std::string Emitter::checkedAddress(const Loc &loc)
     if (!options_.check) return loc.address;
     const Item &item = *loc.item;
     int form = item.usage != Usage::Packed ? static_cast<int>(item.signForm) : item.picture.sign ? -1 : -2;
-    const Spot &spot = group_.spot(statementAt_);
+    const Spot &spot = group_.spot(inStatement_.at);
     return cat(emits(Do::CheckNumber, Of::Packed), "(", loc.address, ", ", item.picture.digits, ", ", form, ", ",
                bytesLiteral(item.name ? wordText(item.name) : "FILLER"), ", ", bytesLiteral(sources()[spot.file].path),
                ", ", spot.line, ")");
@@ -254,7 +254,7 @@ Num Emitter::roundedByMode(Num a, int scale, Rounding mode)
 {
     const int k = a.scale - scale;
     if (a.digits > kMostInt || k >= kMostInt) {
-        notBuilt(statementAt_, "this mode of rounding of a result with so many digits");
+        notBuilt(inStatement_.at, "this mode of rounding of a result with so many digits");
         return Num{};
     }
     a = toInt(std::move(a));

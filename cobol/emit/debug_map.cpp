@@ -51,7 +51,7 @@ static void mapItem(const Item &item, int depth, const std::string &base, std::s
         if (child->level != 66 && child->level != 88) mapItem(*child, depth + 1, base, out);
 }
 
-void Emitter::debugMap(Program &p)
+std::string debugMap(const Program &p)
 {
     std::string map = cat(p.cName, "|", p.parent ? p.parent->number : 0, "\n");
     for (const Item *record : p.records)
@@ -61,13 +61,13 @@ void Emitter::debugMap(Program &p)
         for (const Item *record : file->records) mapItem(*record, 0, baseOf(*record), map);
     for (const Item *index : p.indexNames)
         map += joined("0|", wordText(index->name), "|(unsigned char *)&X", index->number, "|0|8|binary|18|0|1|0\n");
-    globals_ += joined("static const char p", p.number, "_map[] __attribute__((used)) =\n");
+    std::string out = cat("static const char p", p.number, "_map[] __attribute__((used)) =\n");
     for (size_t from = 0; from < map.size();) { // a C string a line
         size_t to = map.find('\n', from) + 1;
-        globals_ += bytesLiteral(map.substr(from, to - from)) + "\n";
+        out += bytesLiteral(map.substr(from, to - from)) + "\n";
         from = to;
     }
-    globals_ += ";\n";
+    return out += ";\n";
 }
 
 } // namespace kvrcob

@@ -13,14 +13,10 @@ namespace kvrcob {
 
 void Emitter::findWatched(Program &p)
 {
-    debugs_ = false;
-    watchedItems_.clear();
-    watchedFiles_.clear();
-    pendingDebugs_.clear();
     for (size_t u = 0; u < p.uses.size(); u++) {
         const UseStatement &use = p.uses[u];
         if (!use.debugging || !p.debugging) continue;
-        debugs_ = true;
+        inProgram_.debugs = true;
         for (size_t i = 0; i < use.debugged.size(); i++) {
             const Reference *ref = use.debugged[i];
             if (p.names->procedures.count(ref->names[0])) continue;
@@ -30,9 +26,9 @@ void Emitter::findWatched(Program &p)
             for (const File *f : p.files)
                 if (f->name == ref->names[0]) file = f;
             if (file)
-                watchedFiles_[file] = watch;
+                inProgram_.watchedFiles[file] = watch;
             else if (const Item *item = meaning_.resolve(p, *ref))
-                watchedItems_[item] = watch;
+                inProgram_.watchedItems[item] = watch;
         }
     }
 }
@@ -57,7 +53,7 @@ std::string Emitter::debugSection(const Watch &watch, const std::string &argumen
 // How a procedure is reached next, for DEBUG-CONTENTS.
 void Emitter::debugWay(const std::string &way, Tok at)
 {
-    if (debugs_) put("way = ", bytesLiteral(way), "; wayLine = ", group_.spot(at).line, ";\n");
+    if (inProgram_.debugs) put("way = ", bytesLiteral(way), "; wayLine = ", group_.spot(at).line, ";\n");
 }
 
 static void replaceMark(std::string &text, const std::string &with)
@@ -70,7 +66,7 @@ static void replaceMark(std::string &text, const std::string &with)
 void Emitter::debugProcedure(size_t index)
 {
     const Procedure &procedure = program_->procedures[index];
-    if (!debugs_ || !procedure.name || inDebuggingSection(index)) return;
+    if (!inProgram_.debugs || !procedure.name || inDebuggingSection(index)) return;
     for (size_t u = 0; u < program_->uses.size(); u++) {
         if (!watches(program_->uses[u], index)) continue;
         std::string call = debugSection(
@@ -100,7 +96,7 @@ bool Emitter::watches(const UseStatement &use, size_t index) const
 // ALTER tells the section of the paragraph that it changes.
 void Emitter::debugAlter(long paragraph, long target, Tok at)
 {
-    if (!debugs_ || inDebuggingSection(procedure_)) return;
+    if (!inProgram_.debugs || inDebuggingSection(procedure_)) return;
     const Procedure &changed = program_->procedures[static_cast<size_t>(paragraph)];
     const std::string &to = wordText(program_->procedures[static_cast<size_t>(target)].name);
     for (size_t u = 0; u < program_->uses.size(); u++) {
@@ -117,30 +113,31 @@ void Emitter::debugAlter(long paragraph, long target, Tok at)
 // A reference to a watched item, in the statement in hand.
 void Emitter::debugItem(const Reference &ref, const Item &item, const Loc &loc, bool changed)
 {
-    auto found = watchedItems_.find(&item);
-    if (found == watchedItems_.end() || (!found->second.all && !changed) || inDebuggingSection(procedure_)) return;
-    std::string subscripts,
-        call = debugSection(found->second, cat(group_.spot(statementAt_).line, ", ", bytesLiteral(found->second.name),
-                                               ", ", loc.address, ", (uint32_t)(", loc.length, ")"));
+    auto found = inProgram_.watchedItems.find(&item);
+    if (found == inProgram_.watchedItems.end() || (!found->second.all && !changed) || inDebuggingSection(procedure_))
+        return;
+    std::string subscripts, call = debugSection(found->second, cat(group_.spot(inStatement_.at).line, ", ",
+                                                                   bytesLiteral(found->second.name), ", ", loc.address,
+                                                                   ", (uint32_t)(", loc.length, ")"));
     for (size_t i = 0; i < ref.subscripts.size() && i < 3; i++)
         subscripts += joined(emits(Do::DebugSubscript), "(p", program_->number, "_debugItem, ", i, ", ",
                              integer(ref.subscripts[i]), ");\n");
     replaceMark(call, subscripts);
-    for (const std::string &other : pendingDebugs_)
+    for (const std::string &other : inStatement_.debugs)
         if (other == call) return;
-    pendingDebugs_.push_back(call);
+    inStatement_.debugs.push_back(call);
 }
 
 // A statement of a watched file; READ tells the record, unless its AT END or INVALID KEY follows.
 void Emitter::debugFile(const File &f, const FileStatement *read)
 {
-    auto found = watchedFiles_.find(&f);
-    if (!debugs_ || found == watchedFiles_.end() || inDebuggingSection(procedure_)) return;
+    auto found = inProgram_.watchedFiles.find(&f);
+    if (!inProgram_.debugs || found == inProgram_.watchedFiles.end() || inDebuggingSection(procedure_)) return;
     std::string status = cat("F", f.number, "->status"), record = cat("F", f.number, "->record"), unless;
     if (read && read->end.has) unless += joined(" && !(", status, " >= 10 && ", status, " < 20)");
     if (read && read->invalid.has) unless += joined(" && !(", status, " >= 20 && ", status, " < 30)");
     std::string call =
-        debugSection(found->second, cat(group_.spot(statementAt_).line, ", ", bytesLiteral(found->second.name), ", ",
+        debugSection(found->second, cat(group_.spot(inStatement_.at).line, ", ", bytesLiteral(found->second.name), ", ",
                                         read ? cat(record, ", ", f.maxRecord) : "\"\", 0"));
     replaceMark(call, "");
     put(unless.empty() ? call : cat("if (1", unless, ") {\n", call, "}\n"));
@@ -151,13 +148,13 @@ void Emitter::debugFile(const File &f, const FileStatement *read)
 void Emitter::debugNow()
 {
     std::vector<std::string> calls;
-    calls.swap(pendingDebugs_);
+    calls.swap(inStatement_.debugs);
     for (const std::string &call : calls) {
-        if (!debugTold_) {
+        if (!inStatement_.toldOnce) {
             put(call);
             continue;
         }
-        std::string &told = (*debugTold_)[call];
+        std::string &told = (*inStatement_.toldOnce)[call];
         if (told.empty()) told = temp("int", " = 0");
         put("if (!", told, ") {\n", told, " = 1;\n", call, "}\n");
     }
@@ -166,7 +163,7 @@ void Emitter::debugNow()
 // A condition that has watched items: their sections run after its evaluation.
 std::string Emitter::debugCondition(const std::string &c)
 {
-    if (pendingDebugs_.empty()) return c;
+    if (inStatement_.debugs.empty()) return c;
     std::string value = temp("int");
     put(value, " = ", c, ";\n");
     debugNow();

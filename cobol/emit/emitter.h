@@ -1,144 +1,32 @@
 // The emitter: trees to C. One file a group of statements, as in syntax/:
 //
+//   options.h      what it is asked for         join.h         texts and numbers joined
+//   values.h       what an operand is in C      marked_code.h  the function in hand
+//   state.h        what it knows on the way     ranges.h       ranges that are C functions
+//   circles.h, alphabets.h, file_records.h      what needs the names of a program only
 //   statement_table.def  what is emitted for which statement and operands: the names are here only
-//   program.cpp          the C file: storage, the order of its parts; entry.cpp: a program's entry
-//   procedures.cpp       paragraphs as C functions; ranges.cpp: which have one of their own
-//   operands.cpp         where an operand is: addresses, subscripts, lengths; texts.cpp: its text
-//   numbers.cpp          arithmetic expressions; conversions.cpp, stores.cpp: the ways of a number
-//   conditions.cpp       relations, class tests, condition-names
-//   functions.cpp        intrinsic functions; by kinds in *_functions.cpp, FUNCTION-IDs in
-//                        user_functions.cpp
-//   file_records.cpp     what the run time is told of each file
-//   loop_counters.cpp    items that PERFORM VARYING counts with, in C variables
-//   arithmetic.cpp moves.cpp initialize.cpp setting.cpp control.cpp console.cpp calls.cpp
-//   opening.cpp files.cpp sorting.cpp strings.cpp searching.cpp xml.cpp  the statements
 //
-// What is emitted for an operand is always a C expression; a statement may use it once.
+// The class lists its functions by the files that define them: first what a program consists of,
+// then its procedures, operands, functions and statements.
+//
+// What is emitted for an operand is always a C expression (values.h); a statement may use it once.
 // Intermediate results live in temporaries, which are declared at the start of the statement's
 // block (`temp`). Statements check what they emit: an error means that no C is written.
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <charconv>
-#include <concepts>
 #include <map>
 #include <set>
 
-#include "cobol/emit/ranges.h"
+#include "cobol/emit/alphabets.h"
+#include "cobol/emit/file_records.h"
+#include "cobol/emit/join.h"
+#include "cobol/emit/marked_code.h"
+#include "cobol/emit/options.h"
+#include "cobol/emit/state.h"
 #include "cobol/emit/statement_table.h"
-#include "cobol/meaning/names.h"
 
 namespace kvrcob {
-
-struct EmitOptions {
-    bool check = false;   // -fcheck=all
-    bool truncate = true; // -fno-trunc turns it off
-    bool ebcdic = false;  // -febcdic: the order of texts
-    // Whether the first program is what main calls. MainIfFirst: a weak main, of which the linker
-    // takes that of the first object, or another one in its place.
-    enum MainFunction : uint8_t { NoMain, Main, MainIfFirst } main = Main;
-    bool lines = true;                      // #line
-    bool readable = false;                  // -S: C for people, several lines a statement
-    bool debugMap = false;                  // -g: what lies where, for the debugger
-    std::vector<std::string> otherPrograms; // names of outermost programs of the other sources
-};
-
-// Joins texts and numbers: `cat` gives a text, `joined` a view of it that is good until the next
-// call of either, for they put all texts together in the same room.
-inline std::vector<char> joinRoom(4096);
-
-inline size_t roomFor(std::string_view text) { return text.size(); }
-template <size_t N>
-constexpr size_t roomFor(const char (&)[N]) // a literal
-{
-    return N - 1;
-}
-template <std::integral T>
-size_t roomFor(T)
-{
-    return 20;
-}
-inline char *written(char *out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
-template <size_t N>
-char *written(char *out, const char (&literal)[N])
-{
-    return std::copy_n(literal, N - 1, out);
-}
-inline char *written(char *out, char c)
-{
-    *out = c;
-    return out + 1;
-}
-template <std::integral T>
-char *written(char *out, T number)
-{
-    return std::to_chars(out, out + roomFor(number), number).ptr;
-}
-
-template <class... Parts>
-std::string_view joined(const Parts &...parts)
-{
-    const size_t room = (roomFor(parts) + ...);
-    if (room > joinRoom.size()) joinRoom.resize(2 * room);
-    char *end = joinRoom.data();
-    ((end = written(end, parts)), ...);
-    return {joinRoom.data(), end};
-}
-template <class... Parts>
-std::string cat(const Parts &...parts)
-{
-    return std::string(joined(parts...));
-}
-
-// Where a data item is.
-struct Loc {
-    const Item *item = nullptr;
-    std::string address; // of type uint8_t *
-    std::string length;  // in bytes
-    int64_t fixed = -1;  // the length, if it is known now
-    Category category = Category::Alphanumeric;
-    bool refmod = false;
-    bool good() const { return !address.empty(); }
-};
-
-// A text operand.
-struct Text {
-    enum Kind : uint8_t { Bytes, Figurative, All } kind = Bytes;
-    std::string address, length;
-    int64_t fixed = -1;
-    std::string bytes; // of a literal, and of ALL literal
-    bool isLiteral = false;
-    uint8_t fill = ' '; // Figurative
-    const Item *item = nullptr;
-    bool good = true;
-};
-
-// Digits that a C integer and a packed number can have.
-constexpr int kMostInt = 38, kMostPacked = 63;
-
-// A number.
-struct Num {
-    enum Kind : uint8_t { Int, Packed, Float } kind = Int;
-    // Int: a C integer, 64 bits wide up to 18 digits, else 128; Packed: the address of a packed
-    // item; Float: a double
-    std::string text;
-    int digits = 1; // at most so many
-    int scale = 0;
-    bool isSigned = true;
-    bool single = false;              // Float: a COMP-1 item as it is, good for 6 to 9 digits
-    bool direct = false;              // Packed: the item itself, not a copy
-    const Decimal *literal = nullptr; // the value, if it is a literal
-    // Int: never more than this, above or below zero, whatever the item holds; 0: only the digits
-    // are known
-    unsigned __int128 most = 0;
-    // Packed, a sum as the library computes it: @ stands for the digits that it is cut to. It holds
-    // while `text` is `cutTo(digits)`.
-    const std::string *cut = nullptr;
-    std::string cutTo(int places) const;
-    bool wide() const { return most ? most > INT64_MAX : digits > 18; }
-    bool good() const { return !text.empty(); }
-};
 
 class Emitter {
 public:
@@ -149,36 +37,68 @@ public:
     std::string emit();
 
 private:
-    // ---- program.cpp
+    // ---- What it reads and writes
+
+    Meaning &meaning_;
+    Group &group_;
+    const EmitOptions options_;
+    std::string globals_;   // static data before the functions
+    MarkedCode code_;       // the function in hand
+    std::string functions_; // those before it
+    FileRecords fileRecords_{meaning_, globals_};
+
+    // ---- What it knows on the way (state.h)
+
+    Program *program_ = nullptr;
+    size_t procedure_ = 0; // index of the procedure in hand
+    InFile inFile_;
+    InProgram inProgram_;
+    InProcedure inProcedure_;
+    InStatement inStatement_;
+    std::vector<LoopCounter> loopCounters_; // of the loops around the statement in hand
+
+    // ---- Tools
+
+    void line(Tok at);
+    void line(Tok at, std::string &out);
+    void error(Tok at, const std::string &text) { meaning_.error(at, text); }
+    void notBuilt(Tok at, const std::string &phrase) { meaning_.error(at, phrase + " is not supported yet"); }
+    template <class... Parts>
+    void put(const Parts &...parts)
+    {
+        code_.text += joined(parts...);
+    }
+    std::string temp(std::string_view type, std::string_view suffix = "");
+    std::string tempBytes(int64_t size);
+    std::string label() { return "l" + std::to_string(++inFile_.labels); }
+    // The name of a static constant; one for all that are equal.
+    std::string constantRecord(const char *prefix, const std::string &type, const std::string &value);
+    void openBlock() { code_.openBlock(); }
+    void closeBlock() { code_.closeBlock(); }
+    // What `emitIt` emits, as a block that is not yet part of the code in hand.
+    template <class F>
+    std::string apart(F emitIt)
+    {
+        Within block(code_, MarkedCode());
+        openBlock();
+        emitIt();
+        const std::string declarations = code_.takeDeclarations();
+        return cat("{ ", declarations, code_.text, "}\n");
+    }
+
+    // ---- program.cpp: storage, the order of the parts; a statement
     void program(Program &p);
     void declarations(Program &p, std::string &out);
     std::string headers() const;
     void mainFunction(std::string &out) const;
     void useRecords(const Program &p);
     void storage(Program &p);
-    void initialValues(Program &p);
+    uint64_t roomOf(const Item &record) const;
+    friend struct StatementTable;
+    void statement(const Statement &s);
+    void block(const Block &b);
 
-    // ---- file_records.cpp
-    void fileRecords(Program &p);
-    void fileRecord(Program &p, File &f, uint32_t room);
-    struct Assignment {
-        std::string name;
-        const char *attribute;
-        bool dynamic = false; // an item holds the name
-        bool device = false;  // the keyboard or the display
-    };
-    Assignment assignment(Program &p, const File &f);
-    void fileInformation(Program &p, const File &f, const Assignment &assigned);
-    struct KeyTable {
-        std::string keys, parts;
-        size_t keyCount = 0, partCount = 0;
-    };
-    KeyTable keyTable(Program &p, const File &f);
-    void addKey(Program &p, const File &f, const Reference &ref, const std::vector<Reference *> &parts, bool duplicates,
-                KeyTable &table);
-    const Item *keyItem(Program &p, const File &f, const Reference &ref);
-
-    // ---- entry.cpp
+    // ---- entry.cpp: what a CALL reaches
     void entry(Program &p);
     // What the entry does with the program's records: saved, set and restored around its body.
     struct EntryText {
@@ -189,36 +109,26 @@ private:
     void valueParameter(const Item &record, std::string &sets);
     void localEntry(const Item &record, EntryText &text);
     void externalRecords(const Program &p, std::string &out);
-    static std::string externalName(const Item &record);
-    static std::string externalTable(const std::string &rows, int count);
     void fileEntry(Program &p, std::string &out);
     std::string returnedValue(const Program &p, const std::string &prefix, std::string &out);
     void programRecords(const Program &p, const std::string &prefix, const std::string &name, std::string &out);
     std::string parameterType(Program &p, size_t index);
 
-    // ---- alphabets.cpp
-    void alphabets(Program &p);
-    void alphabet(Alphabet &a);
-    void userClass(UserClass &c);
-    void collatingSequence(Program &p);
-    std::string alphabetCharacters(const Expr *e);
-    bool alphabetRange(const Expr *from, const Expr *to, int &first, int &last);
-    void clauseWeights(const Alphabet &a, std::vector<int> &weight, int &next);
-    void byteTable(const char *prefix, uint32_t number, const std::vector<int> &bytes);
-
-    void debugMap(Program &p); // debug_map.cpp
-    std::string defaultBytes(const Item &item);
-    std::string valueBytes(Program &p, const Item &item);
-
-    // ---- procedures.cpp
-    // What comes into the code in hand, in the order of places, when all of it is there.
-    struct Insertion {
-        enum Kind : uint8_t { Text, Perform, Return, Altered };
-        size_t at;
-        Kind kind;
-        size_t index;     // into flow_.performs; of the procedure that ends or was altered
-        std::string text; // declarations of a block's temporaries
+    // ---- initial_values.cpp: what items begin with
+    void initialValues(Program &p);
+    std::string valueBytes(const Item &item);
+    struct InitOp {
+        uint64_t offset;
+        std::string bytes;            // these bytes, or
+        uint64_t size = 0, count = 0; // so many copies of the element there, or
+        const Item *edited = nullptr; // the number of its VALUE, edited
     };
+    void initOps(const Item &item, uint64_t offset, std::vector<InitOp> &ops);
+    void initialRecord(const Item &record);
+    void initialEdited(const std::string &base, const InitOp &op);
+    void initialBytes(const std::string &base, uint64_t offset, const std::string &bytes);
+
+    // ---- procedures.cpp: paragraphs as C functions
     void procedures(Program &p);
     std::string useEntries(Program &p);
     void allProcedures(Program &p);
@@ -228,13 +138,13 @@ private:
     void alterable(Program &p);
     void chooseFunctions(Program &p);
     std::string functionName(const Range &r) const;
-    void resolve(const Insertion &insertion, std::string &out);
+    void resolve(const Mark &mark, std::string &out);
     void resolvePerform(const Flow::Perform &perform, std::string &out);
     void resolveReturn(size_t procedure, std::string &out);
     void resolveAltered(size_t procedure, std::string &out);
     void appendProcedure(size_t index, std::string &out);
 
-    // ---- use_procedures.cpp
+    // ---- use_procedures.cpp: USE AFTER ERROR
     void useRoutine(const Program &p);
     std::string noUseRuns() const;
     std::string runsAsUse() const;
@@ -244,20 +154,6 @@ private:
     void leftUse();
 
     // ---- debugging.cpp: USE FOR DEBUGGING
-    struct Watch {
-        size_t use = 0;   // index of the USE statement
-        bool all = false; // ALL REFERENCES OF
-        std::string name; // as the USE statement has it
-    };
-    // References that the program does not write itself, such as that to a RELATIVE KEY.
-    struct Unwatched {
-        explicit Unwatched(Emitter &e) : emitter(e), debugs(e.debugs_) { e.debugs_ = false; }
-        ~Unwatched() { emitter.debugs_ = debugs; }
-        Unwatched(const Unwatched &) = delete;
-        Unwatched &operator=(const Unwatched &) = delete;
-        Emitter &emitter;
-        bool debugs;
-    };
     void findWatched(Program &p);
     bool inDebuggingSection(size_t procedure) const;
     bool watches(const UseStatement &use, size_t procedure) const;
@@ -266,56 +162,17 @@ private:
     void debugAlter(long paragraph, long target, Tok at);
     void debugItem(const Reference &ref, const Item &item, const Loc &loc, bool changed);
     void debugFile(const File &f, const FileStatement *read);
-    // EVALUATE and SEARCH: the calls that their conditions owe, and the flag of each that was made.
-    struct ToldOnce {
-        explicit ToldOnce(Emitter &e) : emitter(e) { e.debugTold_ = &flags; }
-        ~ToldOnce() { emitter.debugTold_ = nullptr; }
-        ToldOnce(const ToldOnce &) = delete;
-        ToldOnce &operator=(const ToldOnce &) = delete;
-        Emitter &emitter;
-        std::map<std::string, std::string> flags;
-    };
     void debugNow();
     std::string debugCondition(const std::string &c);
     std::string debugSection(const Watch &watch, const std::string &arguments);
 
-    // ---- tools
-    void line(Tok at);
-    void line(Tok at, std::string &out);
-    void error(Tok at, const std::string &text) { meaning_.error(at, text); }
-    void notBuilt(Tok at, const std::string &phrase) { meaning_.error(at, phrase + " is not supported yet"); }
-    template <class... Parts>
-    void put(const Parts &...parts)
-    {
-        code_ += joined(parts...);
-    }
-    std::string temp(std::string_view type, std::string_view suffix = "");
-    std::string tempBytes(int64_t size);
-    std::string label() { return "l" + std::to_string(++labels_); }
-    std::string bytesLiteral(std::string_view bytes);  // "..." as C has it
-    std::string constantBytes(std::string_view bytes); // an address of static bytes
-    // The name of a static constant; one for all that are equal.
-    std::string constantRecord(const char *prefix, const std::string &type, const std::string &value);
-    void openBlock();
-    void closeBlock();
-
-    // ---- operands.cpp
+    // ---- operands.cpp: where an item is: addresses, subscripts, lengths
     Loc locate(const Reference &ref, bool receiving = false);
     bool displacement(const Reference &ref, const Item &item, std::string &out);
     Loc partOf(const Reference &ref, const Loc &loc);
     Loc locateItem(const Item &item, const std::string &displacement = "", bool receiving = false);
-    std::string baseOf(const Item &item);
-    uint64_t roomOf(const Item &record) const;
     std::string subscript(const Expr *e);
     std::string integer(const Expr *e); // a C integer of 64 bits
-    Text text(const Expr *e, bool numericAsText = false);
-    Text bytesText(std::string bytes);
-    Text fillText(uint8_t byte);
-    Text figurativeText(const Expr *e);
-    Text allText(const Expr *e);
-    Text digitsText(const Num &n, int digits);
-    Text itemText(const Expr *e, bool numericAsText);
-    Text textOf(const Loc &loc);
     std::string currentCount(const Item &table);
     bool isNumericExpr(const Expr *e);
     bool isNumericItem(const Item &item)
@@ -324,27 +181,34 @@ private:
     }
     const Expr *constant(const Expr *e) { return meaning_.constant(*program_, e); }
     Category categoryOf(const Expr *e);
-    void range(int64_t low, int64_t high);
 
-    // ---- numbers.cpp
+    // ---- texts.cpp: what an expression is as characters
+    Text text(const Expr *e, bool numericAsText = false);
+    Text figurativeText(const Expr *e);
+    Text allText(const Expr *e);
+    Text digitsText(const Num &n, int digits);
+    Text itemText(const Expr *e, bool numericAsText);
+
+    // ---- numbers.cpp: arithmetic expressions
     Num number(const Expr *e, int wantScale = -1);
     Num referenceNumber(const Expr *e);
     Num lengthNumber(const Expr *e);
     Num arithmeticNumber(const Expr *e, int wantScale);
+    Num add(Num a, Num b, bool minus);
+    Num multiply(Num a, Num b);
+    Num divide(Num a, Num b, int scale);
+    Num power(Num a, Num b, const Expr *exponent);
+    Num negate(Num a);
+    std::string compareNumbers(Num a, Num b, uint32_t op);
+    std::string zeroFlag(); // C int that a division by zero sets, in this statement
+
+    // ---- conversions.cpp: a number from an item, and in another form
     Num itemNumber(const Loc &loc);
     Num textInteger(const Loc &loc);
     Num deEditedNumber(const Loc &loc);
     Num binaryNumber(const Loc &loc);
     Num zonedNumber(const Loc &loc);
     std::string checkedAddress(const Loc &loc);
-    Num literalNumber(const Decimal &value);
-    Num integerNumber(const std::string &c, int digits, bool isSigned = true);
-    Num floatNumber(const std::string &c);
-    Num add(Num a, Num b, bool minus);
-    Num multiply(Num a, Num b);
-    Num divide(Num a, Num b, int scale);
-    Num power(Num a, Num b, const Expr *exponent);
-    Num negate(Num a);
     Num toPacked(Num a);
     Num toInt(Num a);
     Num toFloat(Num a);
@@ -360,8 +224,8 @@ private:
         return scaleTo(std::move(a), scale, rounded ? NearestAwayFromZero : Truncation);
     }
     Num keep(Num a, bool copy); // evaluated once, for several uses
-    std::string powerOfTen(int n);
-    std::string compareNumbers(Num a, Num b, uint32_t op);
+
+    // ---- stores.cpp: a number into an item
     // Stores a number. `sizeError`: a C int that becomes 1 where the number does not fit, in which
     // case nothing is stored; empty: cut.
     void store(Num value, const Loc &target, Rounding rounded, const std::string &sizeError);
@@ -369,12 +233,6 @@ private:
     {
         store(std::move(value), target, rounded ? NearestAwayFromZero : Truncation, sizeError);
     }
-    // A receiving item of arithmetic (GIVING: or an edited one); not good, and told, if it takes
-    // no number.
-    Loc receivingNumber(const Target &target, bool giving);
-    // Decimal places of a quotient that is the whole of what is stored; -1: as many as there is
-    // room for.
-    static int quotientScale(const Item &item, Rounding rounded);
     void storeEdited(Num value, const Loc &target);
     void storeBinary(Num value, const Loc &target, bool fits);
     void storePacked(Num value, const Loc &target);
@@ -383,10 +241,8 @@ private:
     void storeExact(Num value, const Loc &target, const std::string &sizeError);
     bool fillsItsBytes(const Item &item) const;
     bool sizeTest(Num &value, const Item &item, const std::string &sizeError);
-    std::string zeroFlag(); // C int that a division by zero sets, in this statement
-    std::string lengthAsText(const Num &n);
 
-    // ---- conditions.cpp
+    // ---- conditions.cpp: relations, class tests, condition-names
     struct Subject {
         const Expr *left = nullptr;
         uint32_t op = 0;
@@ -404,6 +260,100 @@ private:
     bool isConditionName(const Expr *e);
     bool isCondition(const Expr *e);
 
+    // ---- functions.cpp: which function, with which arguments
+    // The call of an intrinsic function, and the text that one leaves.
+    struct FunctionCall {
+        const Expr *e = nullptr;
+        std::string name;
+        std::vector<const Expr *> args; // with what ALL stands for
+        bool guarded = false;           // some arguments may not exist at run time
+        int wantScale = -1;             // decimal places that a quotient needs
+    };
+    struct FunctionText {
+        std::string address, length; // temporaries
+        int64_t fixed = -1;
+    };
+    Num functionNumber(const Expr *e, int wantScale);
+    Text functionText(const Expr *e);
+    bool functionIsNumeric(const Expr *e);
+    void expandAll(const Expr *e, std::vector<const Expr *> &out);
+    bool functionCall(const Expr *e, FunctionCall &f);
+
+    // ---- user_functions.cpp: FUNCTION-ID
+    Program *userFunction(const Expr *e);
+    std::string functionEntry(Program &f);
+    const Item *resultOf(Program &function);
+    bool callFunction(const Expr *e, Loc &result);
+
+    // ---- number_functions.cpp
+    Num absolute(const FunctionCall &f);
+    Num algebraicLimit(const FunctionCall &f);
+    Num annuity(const FunctionCall &f);
+    Num factorial(const FunctionCall &f);
+    Num floatConstant(const FunctionCall &f);
+    Num floatFunction(const FunctionCall &f);
+    Num integerPart(const FunctionCall &f);
+    Num random(const FunctionCall &f);
+    Num remainder(const FunctionCall &f);
+    Num sign(const FunctionCall &f);
+
+    // ---- series_functions.cpp: any number of arguments
+    std::string guardOf(const FunctionCall &f, size_t i);
+    std::string counter();
+    void count(const FunctionCall &f, size_t i, const std::string &counted);
+    Num extreme(const FunctionCall &f);
+    Num placeOfExtremeText(const FunctionCall &f);
+    Num statistic(const FunctionCall &f);
+    Num sum(const FunctionCall &f);
+
+    // ---- text_functions.cpp
+    Num floatOfText(const FunctionCall &f);
+    Num numberOfText(const FunctionCall &f);
+    Num ordinal(const FunctionCall &f);
+    Num storedLength(const FunctionCall &f);
+    Num testFloatOfText(const FunctionCall &f);
+    Num textLength(const FunctionCall &f);
+    bool bitsOf(const FunctionCall &f, FunctionText &result);
+    bool changedText(const FunctionCall &f, FunctionText &result);
+    const Alphabet *ownSequence();
+    bool charOf(const FunctionCall &f, FunctionText &result);
+    bool concatenated(const FunctionCall &f, FunctionText &result);
+    bool dateText(const FunctionCall &f, FunctionText &result);
+    bool extremeText(const FunctionCall &f, FunctionText &result);
+    bool formatted(const FunctionCall &f, FunctionText &result);
+    bool hexOf(const FunctionCall &f, FunctionText &result);
+    bool moduleId(const FunctionCall &f, FunctionText &result);
+    bool substituted(const FunctionCall &f, FunctionText &result);
+    bool textOfDigits(const FunctionCall &f, FunctionText &result);
+    bool trimmed(const FunctionCall &f, FunctionText &result);
+
+    // ---- date_functions.cpp
+    Num combinedDatetime(const FunctionCall &f);
+    Num dateOfInteger(const FunctionCall &f);
+    Num ofFormatted(const FunctionCall &f);
+    Num secondsPastMidnight(const FunctionCall &f);
+    Num testDate(const FunctionCall &f);
+    Num windowed(const FunctionCall &f);
+
+    // ---- exceptions.cpp: FUNCTION EXCEPTION-STATUS and its like
+    bool asksForExceptions() const;
+    std::string verbAndPlace();
+    void raise(const std::string &failed, const std::string &name);
+    void verbBegins(const File &f);
+    bool exceptionText(const FunctionCall &f, FunctionText &result);
+    void sizePhrases(const ArithmeticStatement &s, const std::string &flag, const std::string &zero);
+
+    // ---- arithmetic.cpp: ADD to COMPUTE, and the phrases of all statements
+    // A receiving item of arithmetic (GIVING: or an edited one); not good, and told, if it takes
+    // no number.
+    Loc receivingNumber(const Target &target, bool giving);
+    void addStatement(const ArithmeticStatement &s);
+    void divideStatement(const ArithmeticStatement &s);
+    void correspondingArithmetic(const ArithmeticStatement &s);
+    void computeStatement(const ArithmeticStatement &s);
+    void phrases(const Phrases &p, const std::string &failed);
+    std::string sizeErrorFlag(const ArithmeticStatement &s);
+
     // ---- moves.cpp
     void move(const Expr *source, const Loc &target);
     void moveTextToNumber(const Expr *source, const Loc &target);
@@ -416,25 +366,17 @@ private:
     Num textNumber(const Text &t, int places);
     void moveNumber(Num n, const Loc &target, bool fromInteger);
     void moveLoc(const Loc &source, const Loc &target);
-    void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);
-    void initializeOne(const Loc &loc, const Item &item, const InitializeStatement &s);
     void corresponding(const Item &from, const Item &to, std::vector<std::pair<const Item *, const Item *>> &pairs,
                        bool numeric);
     Loc member(const Reference &ref, const Item &group, const Item &item, bool receiving);
-
-    // ---- statements
-    friend struct StatementTable;
-    void statement(const Statement &s);
-    void block(const Block &b);
-    void addStatement(const ArithmeticStatement &s);
-    void divideStatement(const ArithmeticStatement &s);
-    void correspondingArithmetic(const ArithmeticStatement &s);
-    void computeStatement(const ArithmeticStatement &s);
-    void phrases(const Phrases &p, const std::string &failed);
-    std::string sizeErrorFlag(const ArithmeticStatement &s);
-
     void moveStatement(const MoveStatement &s);
+
+    // ---- initialize.cpp
+    void initialize(const Loc &target, const Item &item, const InitializeStatement &s, const std::string &displacement);
+    void initializeOne(const Loc &loc, const Item &item, const InitializeStatement &s);
     void initializeStatement(const InitializeStatement &s);
+
+    // ---- setting.cpp: SET, ALLOCATE, FREE
     void setStatement(const SetStatement &s);
     void setAddress(const Expr *target, const Expr *value);
     void setSwitch(const Expr *target, bool on);
@@ -443,17 +385,11 @@ private:
     void stepItem(const Loc &loc, const Expr *target, const Expr *by, bool down);
     void allocateStatement(const AllocateStatement &s);
 
+    // ---- control.cpp: IF, EVALUATE, PERFORM, GO TO, ALTER, EXIT, STOP
     void ifStatement(const IfStatement &s);
     void evaluateStatement(const EvaluateStatement &s);
-    // What stands for an expression that is evaluated once and used several times.
-    struct KeptValue {
-        Num num;
-        Text text;
-        std::string condition;
-    };
     Expr *keptNumber(const Expr *e, bool isSubscript);
     const Expr *keptSubject(const Expr *e);
-    std::map<const Expr *, KeptValue> kept_;
     std::string evaluateObject(const Expr *subject, const EvaluateStatement::Object &object);
     void performStatement(const PerformStatement &s);
     void performOnce(const PerformStatement &s);
@@ -463,14 +399,18 @@ private:
     void setVarying(const Varying &v);
     void stepVarying(const Varying &v);
     void breakIf(const Expr *until);
+    // `way`: what DEBUG-CONTENTS says of the range.
+    void performRange(const ProcedureName &first, const ProcedureName &last, const char *way = "PERFORM LOOP");
+    void goStatement(const GoStatement &s);
+    void jump(const ProcedureName &name);
+    void alterStatement(const AlterStatement &s);
+    void exitStatement(const ExitStatement &s);
+    void pause(Expr *seconds);
+    bool returnCode(const Expr *value, const std::string &code);
+    void exitParagraph();
+    void exitSection();
 
-    // ---- loop_counters.cpp
-    struct LoopCounter {
-        const Item *item;
-        Num value;         // its text is a C variable
-        bool stale;        // the storage may have another value
-        bool leavesByTest; // it leaves the item's range only where UNTIL holds
-    };
+    // ---- loop_counters.cpp: items that PERFORM VARYING counts with, in C variables
     std::vector<bool> countersBefore(const Statement &s);
     void countersAfter(const std::vector<bool> &staleBefore);
     Num counterInStorage(const Item &item);
@@ -485,20 +425,8 @@ private:
     void beginCounting(const Varying &v);
     void endCounting(const Varying &v);
     bool stepCounter(const Varying &v);
-    std::vector<LoopCounter> loopCounters_; // of the loops around the statement in hand
 
-    void findCircles(Program &p);
-    bool inCircle(size_t from, size_t end) const;
-    void performRange(const ProcedureName &first, const ProcedureName &last);
-    void goStatement(const GoStatement &s);
-    void jump(const ProcedureName &name);
-    void alterStatement(const AlterStatement &s);
-    void exitStatement(const ExitStatement &s);
-    void pause(Expr *seconds);
-    bool returnCode(const Expr *value, const std::string &code);
-    void exitParagraph();
-    void exitSection();
-
+    // ---- console.cpp: DISPLAY, ACCEPT
     void displayStatement(const DisplayStatement &s);
     struct Shown { // what DISPLAY shows: C expressions
         std::string address, size;
@@ -513,6 +441,7 @@ private:
     void acceptOutside(const AcceptStatement &s, std::string_view routine, const Loc &loc);
     void acceptInput(const AcceptStatement &s, std::string_view flags, const Loc &loc);
 
+    // ---- calls.cpp: CALL, CANCEL, ENTRY
     void callStatement(const CallStatement &s);
     bool wantsLength(Program *known, size_t argument);
     std::string callArgument(const CallStatement::Argument &argument, std::string &length);
@@ -530,20 +459,21 @@ private:
     void visiblePrograms(Program &p);
     std::string visibleTable();
 
-    std::string shareMode(const File &f, Word sharing);
+    // ---- opening.cpp: OPEN, CLOSE
     void openStatement(const OpenStatement &s);
     void closeStatement(const CloseStatement &s);
+    void deleteFile(const FileStatement &s);
+    void assignment(const File &f);
+    void openGiven(const File &f, bool probe);
+    void linageValues(const File &f);
+    void prepare(const File &f);
+
+    // ---- files.cpp: the other verbs of files
     void readStatement(const FileStatement &s);
     void writeStatement(const FileStatement &s);
     void rewriteStatement(const FileStatement &s);
     void deleteStatement(const FileStatement &s);
-    void deleteFile(const FileStatement &s);
-    void assignment(const File &f);
     Word undeclaredChannel(const FileStatement &s);
-    bool programEndsSort();
-    void endSort();
-    static bool mayBeGiven(const File &f);
-    void openGiven(const File &f, bool probe);
     void retry(const FileStatement &s, const std::string &request);
     void startStatement(const FileStatement &s);
     void unlockStatement(const FileStatement &s);
@@ -559,15 +489,12 @@ private:
     void endOfPage(const Phrases &p, const std::string &request);
     bool startKey(const FileStatement &s, const File &f, const std::string &request);
     void afterVerb(const FileStatement &s, const File &f);
-    void linageValues(const File &f);
-    const Alphabet *codeSet(const File &f);
-    void codeSetTable(const File &f, uint32_t room);
     void encodeRecord(const File &f, const std::string &request);
-    std::string useTable(Program &p, const File &f);
-    void prepare(const File &f);
     int keyNumber(const File &f, const Item &item, bool generic);
-    static int splitKeyNumber(const File &f, const Reference &ref);
 
+    // ---- sorting.cpp: SORT, MERGE, RELEASE, RETURN
+    bool asksForSortReturn() const;
+    void endSort();
     void sortStatement(const SortStatement &s);
     std::string sortWeights(const SortStatement &s);
     void sortTable(const SortStatement &s, const std::string &weights);
@@ -578,6 +505,7 @@ private:
     void returnStatement(const FileStatement &s);
     bool sortKey(const Item &item, uint32_t offset, bool ascending, bool inTable, std::string &out);
 
+    // ---- strings.cpp: STRING, UNSTRING, INSPECT
     void stringStatement(const StringStatement &s);
     void unstringStatement(const UnstringStatement &s);
     void inspectStatement(const InspectStatement &s);
@@ -603,10 +531,7 @@ private:
     bool inspectPhrase(const InspectStatement::Phrase &phrase, Counters &counters, Words &block);
     void tally(const Reference &counter, const std::string &count, bool fromZero);
 
-    void xmlParse(const XmlParseStatement &s);
-    void xmlGenerate(const XmlGenerateStatement &s);
-    friend struct XmlWalk;
-
+    // ---- searching.cpp: SEARCH
     void searchStatement(const SearchStatement &s);
     struct SearchPair {
         const Item *key;
@@ -615,146 +540,10 @@ private:
     bool searchKeys(const Expr *e, const Item &table, std::vector<SearchPair> &pairs);
     bool searchByLibrary(const SearchStatement &s, const Item &table);
 
-    // ---- functions.cpp, user_functions.cpp, *_functions.cpp
-    // The call of an intrinsic function, and the text that one leaves.
-    struct FunctionCall {
-        const Expr *e = nullptr;
-        std::string name;
-        std::vector<const Expr *> args; // with what ALL stands for
-        bool guarded = false;           // some arguments may not exist at run time
-        int wantScale = -1;             // decimal places that a quotient needs
-    };
-    struct FunctionText {
-        std::string address, length; // temporaries
-        int64_t fixed = -1;
-    };
-    Program *userFunction(const Expr *e);
-    std::string functionEntry(Program &f);
-    const Item *resultOf(Program &function);
-    bool callFunction(const Expr *e, Loc &result);
-
-    // ---- exceptions.cpp
-    bool asksForExceptions() const;
-    std::string verbAndPlace();
-    void raise(const std::string &failed, const std::string &name);
-    void verbBegins(const File &f);
-    bool exceptionText(const FunctionCall &f, FunctionText &result);
-    void sizePhrases(const ArithmeticStatement &s, const std::string &flag, const std::string &zero);
-
-    Num functionNumber(const Expr *e, int wantScale);
-    Text functionText(const Expr *e);
-    bool functionIsNumeric(const Expr *e);
-    void expandAll(const Expr *e, std::vector<const Expr *> &out);
-    bool functionCall(const Expr *e, FunctionCall &f);
-    std::string guardOf(const FunctionCall &f, size_t i);
-    std::string counter();
-    void count(const FunctionCall &f, size_t i, const std::string &counted);
-
-    Num absolute(const FunctionCall &f);
-    Num algebraicLimit(const FunctionCall &f);
-    Num annuity(const FunctionCall &f);
-    Num combinedDatetime(const FunctionCall &f);
-    Num dateOfInteger(const FunctionCall &f);
-    Num extreme(const FunctionCall &f);
-    Num factorial(const FunctionCall &f);
-    Num floatConstant(const FunctionCall &f);
-    Num floatFunction(const FunctionCall &f);
-    Num floatOfText(const FunctionCall &f);
-    Num integerPart(const FunctionCall &f);
-    Num numberOfText(const FunctionCall &f);
-    Num ofFormatted(const FunctionCall &f);
-    Num ordinal(const FunctionCall &f);
-    Num placeOfExtremeText(const FunctionCall &f);
-    Num random(const FunctionCall &f);
-    Num remainder(const FunctionCall &f);
-    Num secondsPastMidnight(const FunctionCall &f);
-    Num sign(const FunctionCall &f);
-    Num statistic(const FunctionCall &f);
-    Num storedLength(const FunctionCall &f);
-    Num sum(const FunctionCall &f);
-    Num testDate(const FunctionCall &f);
-    Num testFloatOfText(const FunctionCall &f);
-    Num textLength(const FunctionCall &f);
-    Num windowed(const FunctionCall &f);
-
-    bool bitsOf(const FunctionCall &f, FunctionText &result);
-    bool changedText(const FunctionCall &f, FunctionText &result);
-    const Alphabet *ownSequence();
-    bool charOf(const FunctionCall &f, FunctionText &result);
-    bool concatenated(const FunctionCall &f, FunctionText &result);
-    bool dateText(const FunctionCall &f, FunctionText &result);
-    bool extremeText(const FunctionCall &f, FunctionText &result);
-    bool formatted(const FunctionCall &f, FunctionText &result);
-    bool hexOf(const FunctionCall &f, FunctionText &result);
-    bool moduleId(const FunctionCall &f, FunctionText &result);
-    bool substituted(const FunctionCall &f, FunctionText &result);
-    bool textOfDigits(const FunctionCall &f, FunctionText &result);
-    bool trimmed(const FunctionCall &f, FunctionText &result);
-
-    Meaning &meaning_;
-    Group &group_;
-    const EmitOptions options_;
-    Alphabet ebcdic_; // of -febcdic
-    Program *program_ = nullptr;
-    std::map<const Expr *, std::string>
-        guards_; // of arguments that ALL made: the condition that there is such an element
-    // Of records that others redefine: the bytes of the longest of them.
-    std::map<const Item *, uint64_t> rooms_;
-    bool groupVisible_ = false;                  // the table of all outermost programs was emitted
-    bool usesVisible_ = false;                   // the program in hand has a CALL or CANCEL of an item
-    std::map<std::string, std::string> records_; // constantRecord: names by type and value
-    std::string globals_;                        // static data before the functions
-    std::string code_;                           // the function in hand
-    std::string functions_, useReturns_, entryCases_;
-    std::string beginsAgain_; // of the program in hand: what its statements keep begins anew after CANCEL
-    std::vector<Insertion> insertions_;
-    std::vector<size_t> blocks_; // indices into insertions_ of the open blocks
-    uint32_t temps_ = 0, labels_ = 0, constants_ = 0, sites_ = 0;
-    size_t procedure_ = 0; // index of the procedure in hand
-    Flow flow_;            // of the program in hand
-    // Where each procedure begins in code_ and in insertions_; one more for the end.
-    std::vector<std::pair<size_t, size_t>> starts_;
-    std::vector<Range> ranges_; // ranges that are C functions of their own
-    std::vector<int> owners_;   // of each procedure: the index of the range it is in, or -1
-    std::string zeroFlag_;
-    bool reversed_ = false;              // an OPEN REVERSED was emitted
-    bool usesXml_ = false;               // a program has XML PARSE or XML GENERATE
-    bool exceptions_ = false;            // the source asks for EXCEPTION-STATUS and its like
-    std::set<size_t> declaredElsewhere_; // functions of other sources, by their index
-    bool utilities_ = false;             // the CALL of a utility was emitted
-    bool utilityNames_ = false;          // a CALL of an item was emitted
-    int sortReturn_ = -1;                // the source names SORT-RETURN; -1: not looked yet
-    bool deleteFile_ = false;            // a DELETE FILE was emitted
-    bool openGiven_ = false;             // an OPEN of a file that may be another system's
-    std::set<size_t> useTargets_;        // where GO TOs of its USE procedures go
-    bool debugs_ = false;                // USE FOR DEBUGGING is in force
-    bool anyChange_ = false;             // every reference counts as one that may change the item
-    Tok statementAt_ = 0;
-    std::map<const Item *, Watch> watchedItems_;
-    std::map<const File *, Watch> watchedFiles_;
-    std::vector<std::string> pendingDebugs_; // of the statement in hand: debugging sections to run
-    std::map<std::string, std::string> *debugTold_ = nullptr;
-    const char *performWay_ = "PERFORM LOOP"; // what DEBUG-CONTENTS says of the range performed next
-    std::vector<uint32_t> circles_;           // of each procedure; equal numbers: they perform each other
-    bool circling_ = false;                   // a PERFORM may meet itself
-    uint32_t firstSite_ = 1, counters_ = 0;   // of the program in hand: PERFORM sites, PERFORM n TIMES
-    std::vector<std::pair<std::string, std::string>> performLabels_; // inline PERFORM: exit, cycle
-    std::string sentenceEnd_;
-    bool sentenceEndUsed_ = false, paragraphEndUsed_ = false;
-    uint32_t lineFile_ = UINT32_MAX; // of the last #line, and its path as C has it
-    std::string linePath_;
-    std::map<size_t, std::set<size_t>> alterTargets_;
-    std::map<std::pair<uint32_t, uint32_t>, std::string> useTables_; // of program and file
-    struct InitOp {
-        uint64_t offset;
-        std::string bytes;            // these bytes, or
-        uint64_t size = 0, count = 0; // so many copies of the element there, or
-        const Item *edited = nullptr; // the number of its VALUE, edited
-    };
-    void initOps(const Item &item, uint64_t offset, std::vector<InitOp> &ops);
-    void initialRecord(const Item &record);
-    void initialEdited(const std::string &base, const InitOp &op);
-    void initialBytes(const std::string &base, uint64_t offset, const std::string &bytes);
+    // ---- xml.cpp: XML PARSE, XML GENERATE
+    void xmlParse(const XmlParseStatement &s);
+    void xmlGenerate(const XmlGenerateStatement &s);
+    friend struct XmlWalk;
 };
 
 // A verb's routine in an FCB: the field's name, with the arrow before it.
@@ -763,8 +552,12 @@ inline std::string_view slot(std::string_view text) { return text.substr(text.fi
 // What a verb's routine takes first: the file's FCB, and the element of its program.
 inline std::string fcbAndElement(const File &f) { return cat("F", f.number, ", p", f.program->number, "_element"); }
 
-// A sequential file that is printed, and so a file of lines.
-bool isPrinted(const File &f);
+// The name of an EXTERNAL record, and what asks for the addresses of so many rows. (entry.cpp)
+std::string externalName(const Item &record);
+std::string externalTable(const std::string &rows, int count);
+
+// The map of a program's data for the debugger. (debug_map.cpp)
+std::string debugMap(const Program &p);
 
 // The class of a zoned item.
 inline Of zonedOf(SignForm form)
@@ -774,26 +567,5 @@ inline Of zonedOf(SignForm form)
 
 // The relation that a token stands for.
 Do relationOf(uint32_t op);
-
-// Is this an order of characters that needs no ALPHABET clause, and the machine's own?
-// (alphabets.cpp)
-bool standardOrder(Word name);
-
-// The character that a figurative constant repeats, in the native order.
-uint8_t figurativeByte(uint32_t op);
-
-// The index of the last paragraph of a range that ends with this procedure (control.cpp).
-size_t lastOf(const Program &p, size_t index);
-
-// The bytes of a file's record area (file_records.cpp).
-uint32_t recordRoom(const Program &p, const File &f);
-
-// The item with its record (level 01 or 77).
-inline const Item &recordOf(const Item &item)
-{
-    const Item *record = &item;
-    while (record->parent) record = record->parent;
-    return *record;
-}
 
 } // namespace kvrcob

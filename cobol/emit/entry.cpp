@@ -31,16 +31,10 @@ void Emitter::valueParameter(const Item &record, std::string &sets)
     // The number arrives as an integer or a double; the item has another form.
     sets +=
         cat("uint8_t value", record.number, "[", record.size, "];\nL", record.number, " = value", record.number, ";\n");
-    std::string before;
-    before.swap(code_);
-    openBlock();
-    store(record.usage == Usage::Float ? floatNumber(value) : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
-          locateItem(record, "", true), false, "");
-    std::string stored = std::move(code_);
-    sets += joined("{ ", insertions_[blocks_.back()].text, stored, "}\n");
-    insertions_.pop_back();
-    blocks_.pop_back();
-    code_.swap(before);
+    sets += apart([&] {
+        store(record.usage == Usage::Float ? floatNumber(value) : integerNumber(cat("(int64_t)(intptr_t)", value), 18),
+              locateItem(record, "", true), false, "");
+    });
 }
 
 // A record of LINKAGE is where the caller says, until the program returns.
@@ -86,13 +80,12 @@ void Emitter::externalRecords(const Program &p, std::string &out)
     if (count) out += joined("{ ", externalTable(rows, count), addresses, "}\n");
 }
 
-std::string Emitter::externalName(const Item &record)
+std::string externalName(const Item &record)
 {
     return wordText(record.externalName ? record.externalName : record.name).substr(0, 31);
 }
 
-// Asks for the addresses of so many rows.
-std::string Emitter::externalTable(const std::string &rows, int count)
+std::string externalTable(const std::string &rows, int count)
 {
     return cat("static const struct { uint32_t count; uint8_t reserved[32]; ZvkExternalRow rows[", count,
                "]; } items = {", count, ", {0}, {", rows, "}};\nvoid *addresses[", count, "];\n", emits(Do::External),
@@ -104,7 +97,6 @@ void Emitter::fileEntry(Program &p, std::string &out)
 {
     for (File *f : p.files) {
         if (f->sortFile || !f->status) continue;
-        program_ = &p;
         Item *item = meaning_.resolve(p, *f->status);
         for (const Expr *subscript : f->status->subscripts)
             if (constant(subscript)->kind != ExprKind::Number)
@@ -130,12 +122,10 @@ std::string Emitter::returnedValue(const Program &p, const std::string &prefix, 
     if (p.returning) {
         Loc loc = locate(*p.returning);
         if (loc.good() && isNumericItem(*loc.item)) {
-            blocks_.push_back(insertions_.size());
-            insertions_.push_back({0, Insertion::Text, 0, ""});
+            code_.openBlock();
             Num n = toInt(scaleTo(itemNumber(loc), 0, false));
-            out += joined("int64_t returning; { ", insertions_.back().text, "returning = (int64_t)(", n.text, "); }\n");
-            insertions_.pop_back();
-            blocks_.pop_back();
+            out +=
+                joined("int64_t returning; { ", code_.takeDeclarations(), "returning = (int64_t)(", n.text, "); }\n");
             return "returning";
         }
     }
@@ -197,7 +187,7 @@ void Emitter::entry(Program &p)
     out += joined("if (status == 0) ", prefix, "body(", p.entryPoints.empty() ? "0" : "entered", ");\n");
 
     // Out of it.
-    if (exceptions_) out += joined(emits(Do::ExceptionsEnd), "();\n");
+    if (inFile_.exceptions) out += joined(emits(Do::ExceptionsEnd), "();\n");
     if (p.initial) {
         // The end of an initial program is its CANCEL, and that of the programs in it.
         out += joined("if (", prefix, "called) {\n", emits(Do::Reset), "((int32_t *)", prefix, "element);\n");
@@ -212,7 +202,7 @@ void Emitter::entry(Program &p)
         out += joined("__asm__(\".globl \\\"", wordText(p.name), "\\\"\\n.set \\\"", wordText(p.name), "\\\", ",
                       p.cName, "\");\n");
     programRecords(p, prefix, name, out);
-    code_ += out;
+    put(out);
 }
 
 } // namespace kvrcob

@@ -27,19 +27,19 @@ std::string Emitter::verbAndPlace()
     const Procedure &now = program_->procedures[procedure_];
     std::string place = wordText(program_->name) + "; " + (now.name ? wordText(now.name) : "");
     if (now.section >= 0) place += " OF " + wordText(program_->procedures[static_cast<size_t>(now.section)].name);
-    place += "; " + std::to_string(group_.spot(statementAt_).line);
-    return cat(bytesLiteral(wordText(group_.tokens[statementAt_].word)), ", ", bytesLiteral(place));
+    place += "; " + std::to_string(group_.spot(inStatement_.at).line);
+    return cat(bytesLiteral(wordText(group_.tokens[inStatement_.at].word)), ", ", bytesLiteral(place));
 }
 
 // `name` is C text.
 void Emitter::raise(const std::string &failed, const std::string &name)
 {
-    if (exceptions_) put("if (", failed, ") ", emits(Do::Raise), "(", name, ", ", verbAndPlace(), ");\n");
+    if (inFile_.exceptions) put("if (", failed, ") ", emits(Do::Raise), "(", name, ", ", verbAndPlace(), ");\n");
 }
 
 void Emitter::verbBegins(const File &f)
 {
-    if (exceptions_)
+    if (inFile_.exceptions)
         put(emits(Do::VerbBegins), "(F", f.number, ", ", bytesLiteral(wordText(f.name)), ", ", verbAndPlace(), ");\n");
 }
 

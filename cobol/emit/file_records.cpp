@@ -1,9 +1,10 @@
 // The records of each file: record area, attributes with keys and LINAGE, state, USE procedures.
-#include "cobol/emit/emitter.h"
-
 #include <algorithm>
 #include <cctype>
-#include <cstring>
+
+#include "cobol/emit/file_records.h"
+#include "cobol/emit/join.h"
+#include "cobol/emit/values.h"
 
 namespace kvrcob {
 
@@ -46,15 +47,12 @@ static std::string nameOfAssignment(const std::string &text)
     return unit ? text.substr(0, 6) : text;
 }
 
-// A sequential file that is printed, and so a file of lines: WRITE ... ADVANCING or LINAGE, and
-// never read.
 bool isPrinted(const File &f)
 {
     return f.organization == K_SEQUENTIAL && (f.advancing || f.linage || f.device == K_PRINTER) && !f.readable;
 }
 
-// CODE-SET: the alphabet whose codes the records have in the file; null for the native one.
-const Alphabet *Emitter::codeSet(const File &f)
+const Alphabet *FileRecords::codeSet(const File &f) const
 {
     const Alphabet *a = f.codeSet ? meaning_.alphabet(*f.program, f.codeSet) : nullptr;
     return a && (a->kind == K_EBCDIC || !a->kind) ? a : nullptr;
@@ -62,7 +60,7 @@ const Alphabet *Emitter::codeSet(const File &f)
 
 // The alphabet's table gives each character its code; here is the way back, and the room for a
 // record in the file's codes.
-void Emitter::codeSetTable(const File &f, uint32_t room)
+void FileRecords::codeSetTable(const File &f, uint32_t room)
 {
     if (!f.codeSet) return;
     if (!meaning_.alphabet(*f.program, f.codeSet)) error(f.at, "there is no alphabet " + wordText(f.codeSet));
@@ -71,16 +69,15 @@ void Emitter::codeSetTable(const File &f, uint32_t room)
     std::vector<int> back(256, -1);
     for (size_t c = 0; c < 256; c++) back[a->weights[c]] = static_cast<int>(c);
     if (f.organization != K_SEQUENTIAL || isPrinted(f) || std::count(back.begin(), back.end(), -1))
-        return notBuilt(f.at, f.organization != K_SEQUENTIAL || isPrinted(f)
-                                  ? "CODE-SET of a file of lines"
-                                  : "CODE-SET of an alphabet that gives several characters one code");
+        return error(f.at, f.organization != K_SEQUENTIAL || isPrinted(f)
+                               ? "CODE-SET of a file of lines is not supported yet"
+                               : "CODE-SET of an alphabet that gives several characters one code is not supported yet");
     globals_ +=
         cat("static uint8_t codes", f.number, "[", room, "];\nstatic const uint8_t native", f.number, "[256] = {");
     for (int c : back) globals_ += joined(c, ",");
     globals_ += "};\n";
 }
 
-// The bytes of the file's record area: files that share it need room for the longest record.
 uint32_t recordRoom(const Program &p, const File &f)
 {
     uint32_t room = f.maxRecord ? f.maxRecord : 1;
@@ -94,7 +91,7 @@ uint32_t recordRoom(const Program &p, const File &f)
 }
 
 // ASSIGN, or what is there in place of it.
-Emitter::Assignment Emitter::assignment(Program &p, const File &f)
+FileRecords::Assignment FileRecords::assignment(Program &p, const File &f)
 {
     auto literal = [](const Expr *e) { return Assignment{assignmentOf(e->text), " | ZVK_FILE_ASSIGN_LITERAL"}; };
     if (f.assign && f.assign->kind == ExprKind::String) return literal(f.assign);
@@ -117,7 +114,7 @@ static const char *organizationOf(const File &f, bool device)
     return f.organization == K_INDEXED ? "ZVK_FILE_INDEXED" : f.organization == K_RELATIVE ? "ZVK_FILE_RELATIVE" : "0";
 }
 
-const Item *Emitter::keyItem(Program &p, const File &f, const Reference &ref)
+const Item *FileRecords::keyItem(Program &p, const File &f, const Reference &ref)
 {
     Item *item = meaning_.resolve(p, ref);
     if (item && item->file != &f && recordOf(*item).file != &f) error(ref.at, "a key is an item of the file's record");
@@ -125,8 +122,8 @@ const Item *Emitter::keyItem(Program &p, const File &f, const Reference &ref)
 }
 
 // A key, and the parts of a split one after its first.
-void Emitter::addKey(Program &p, const File &f, const Reference &ref, const std::vector<Reference *> &parts,
-                     bool duplicates, KeyTable &table)
+void FileRecords::addKey(Program &p, const File &f, const Reference &ref, const std::vector<Reference *> &parts,
+                         bool duplicates, KeyTable &table)
 {
     const Item *item = keyItem(p, f, parts.empty() ? ref : *parts[0]);
     if (!item) return;
@@ -143,7 +140,7 @@ void Emitter::addKey(Program &p, const File &f, const Reference &ref, const std:
     if (split) table.partCount += parts.size() - 1;
 }
 
-Emitter::KeyTable Emitter::keyTable(Program &p, const File &f)
+FileRecords::KeyTable FileRecords::keyTable(Program &p, const File &f)
 {
     KeyTable table;
     if (f.organization != K_INDEXED) return table;
@@ -154,7 +151,7 @@ Emitter::KeyTable Emitter::keyTable(Program &p, const File &f)
 }
 
 // The FIB: what the run time is told of the file.
-void Emitter::fileInformation(Program &p, const File &f, const Assignment &assigned)
+void FileRecords::fileInformation(Program &p, const File &f, const Assignment &assigned)
 {
     uint32_t n = f.number;
     KeyTable table = keyTable(p, f);
@@ -194,7 +191,7 @@ void Emitter::fileInformation(Program &p, const File &f, const Assignment &assig
 }
 
 // The records of one file but a sort file's: record area, name, FIB, FCB.
-void Emitter::fileRecord(Program &p, File &f, uint32_t room)
+void FileRecords::fileRecord(Program &p, File &f, uint32_t room)
 {
     uint32_t n = f.number;
     codeSetTable(f, room);
@@ -210,7 +207,7 @@ void Emitter::fileRecord(Program &p, File &f, uint32_t room)
                        ", .maxRecord = ", f.maxRecord, use == "0" ? "" : cat(", .useTable = ", use), "};\n");
 }
 
-void Emitter::fileRecords(Program &p)
+void FileRecords::emit(Program &p)
 {
     std::string prefix = cat("p", p.number, "_"), list, fibs;
     for (const UseStatement &use : p.uses)
@@ -238,7 +235,7 @@ void Emitter::fileRecords(Program &p)
 // The USE procedures that serve a file's statements in a program, by the mode in which the file is
 // open. The program's own come first, then the GLOBAL ones of the programs around it. In one
 // program a procedure for the file goes before one for a mode.
-std::string Emitter::useTable(Program &p, const File &f)
+std::string FileRecords::useTable(Program &p, const File &f)
 {
     auto known = useTables_.find({p.number, f.number});
     if (known != useTables_.end()) return known->second;

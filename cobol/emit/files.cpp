@@ -28,7 +28,7 @@ static std::string succeeded(const File &f) { return cat("F", f.number, "->statu
 // The record goes out in the file's codes.
 void Emitter::encodeRecord(const File &f, const std::string &request)
 {
-    if (const Alphabet *a = codeSet(f))
+    if (const Alphabet *a = fileRecords_.codeSet(f))
         put(request, ".into = ", emits(Do::Recode, Of::Text), "(codes", f.number, ", F", f.number,
             "->record, sizeof codes", f.number, ", alphabet", a->number, ");\n");
 }
@@ -59,7 +59,7 @@ File *Emitter::fileOfRecord(const FileStatement &s, Loc &record)
 void Emitter::relativeKeyIn(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
-    Unwatched unwatched(*this);
+    Within unwatched(inProgram_.debugs, false);
     Loc loc = locate(*f.relativeKey);
     if (!loc.good()) return;
     Num n = toInt(scaleTo(itemNumber(loc), 0, false));
@@ -73,7 +73,7 @@ void Emitter::relativeKeyIn(const File &f, const std::string &request)
 void Emitter::relativeKeyOut(const File &f, const std::string &request)
 {
     if (f.organization != K_RELATIVE || !f.relativeKey) return;
-    Unwatched unwatched(*this);
+    Within unwatched(inProgram_.debugs, false);
     Loc loc = locate(*f.relativeKey, true);
     if (!loc.good()) return;
     put("if (", succeeded(f), ") {\n");
@@ -87,7 +87,7 @@ void Emitter::recordLengthIn(const File &f, const Loc &record, const std::string
 {
     std::string length = cat("(uint32_t)", locateItem(*record.item).length);
     if (f.recordDepending) {
-        Unwatched unwatched(*this);
+        Within unwatched(inProgram_.debugs, false);
         Loc loc = locate(*f.recordDepending);
         if (loc.good()) length = cat("(uint32_t)", toInt(scaleTo(itemNumber(loc), 0, false)).text);
     }
@@ -99,7 +99,7 @@ void Emitter::recordLengthIn(const File &f, const Loc &record, const std::string
 void Emitter::recordLengthOut(const File &f, const std::string &request)
 {
     if (!f.recordDepending) return;
-    Unwatched unwatched(*this);
+    Within unwatched(inProgram_.debugs, false);
     Loc loc = locate(*f.recordDepending, true);
     if (!loc.good()) return;
     put("if (", succeeded(f), ") {\n");
@@ -156,7 +156,7 @@ int Emitter::keyNumber(const File &f, const Item &item, bool generic)
 }
 
 // The number of the split key of that name, which is no data item; -1: it is none.
-int Emitter::splitKeyNumber(const File &f, const Reference &ref)
+static int splitKeyNumber(const File &f, const Reference &ref)
 {
     auto is = [&](const std::vector<Reference *> &parts, const Reference &key) {
         return !parts.empty() && ref.names.size() == 1 && key.names[0] == ref.names[0];
@@ -226,7 +226,7 @@ void Emitter::readStatement(const FileStatement &s)
     prepare(*f);
     callVerb(*f, emits(Do::Read), request);
 
-    if (codeSet(*f))
+    if (fileRecords_.codeSet(*f))
         put("if (", succeeded(*f), ") ", emits(Do::Recode, Of::Text), "(F", f->number, "->record, F", f->number,
             "->record, ", request, ".recordLength, native", f->number, ");\n");
     if (sequential) relativeKeyOut(*f, request);

@@ -53,7 +53,7 @@ void Emitter::expandAll(const Expr *e, std::vector<const Expr *> &out)
         count = temp("int64_t");
         put(count, " = ", currentCount(*tables[i]), ";\n");
     }
-    std::string outer = guards_.count(e) ? guards_[e] : "";
+    std::string outer = inFile_.guards.count(e) ? inFile_.guards[e] : "";
     for (uint32_t k = 1; k <= tables[i]->occursMax; k++) {
         Expr *copy = make<Expr>();
         *copy = *e;
@@ -65,7 +65,7 @@ void Emitter::expandAll(const Expr *e, std::vector<const Expr *> &out)
         number->text = keepText(std::to_string(k));
         copy->ref->subscripts[i] = number;
         std::string guard = count.empty() ? outer : cat(outer, outer.empty() ? "" : " && ", k, " <= ", count);
-        if (!guard.empty()) guards_[copy] = guard;
+        if (!guard.empty()) inFile_.guards[copy] = guard;
         expandAll(copy, out);
         if (out.size() > 10000) {
             error(e->at, "these are too many arguments");
@@ -80,7 +80,7 @@ bool Emitter::functionCall(const Expr *e, FunctionCall &f)
     f.e = e;
     f.name = wordText(e->op);
     for (const Expr *a : e->args) expandAll(a, f.args);
-    for (const Expr *a : f.args) f.guarded |= guards_.count(a) != 0;
+    for (const Expr *a : f.args) f.guarded |= inFile_.guards.count(a) != 0;
     const FunctionRow *row = functionRow(e->op);
     if (!row) {
         notBuilt(e->at, "FUNCTION " + f.name);

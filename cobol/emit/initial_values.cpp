@@ -8,7 +8,7 @@
 
 namespace kvrcob {
 
-std::string Emitter::defaultBytes(const Item &item)
+static std::string defaultBytes(const Item &item)
 {
     switch (item.category) {
     case Category::Numeric: {
@@ -25,9 +25,9 @@ std::string Emitter::defaultBytes(const Item &item)
 }
 
 // The bytes of an item with a VALUE clause.
-std::string Emitter::valueBytes(Program &p, const Item &item)
+std::string Emitter::valueBytes(const Item &item)
 {
-    program_ = &p;
+    Program &p = *program_;
     const Expr *value = item.values.empty() ? nullptr : meaning_.constant(p, item.values[0].from);
     if (!value) return defaultBytes(item);
     Decimal d;
@@ -51,11 +51,9 @@ std::string Emitter::valueBytes(Program &p, const Item &item)
         [[fallthrough]];
     case ExprKind::All:
     case ExprKind::Reference: {
-        blocks_.push_back(insertions_.size());
-        insertions_.push_back({0, Insertion::Text, 0, ""});
+        code_.openBlock();
         Text t = text(value);
-        blocks_.pop_back();
-        insertions_.pop_back();
+        code_.takeDeclarations();
         if (t.bytes.empty()) {
             error(value->at, "VALUE needs a literal");
             return defaultBytes(item);
@@ -95,13 +93,13 @@ void Emitter::initOps(const Item &item, uint64_t offset, std::vector<InitOp> &op
         Item one = item;
         for (uint32_t i = 0; i < item.occursMax; i++) {
             if (i < item.values.size()) one.values = {item.values[i]};
-            all += i < item.values.size() ? valueBytes(*program_, one) : defaultBytes(item);
+            all += i < item.values.size() ? valueBytes(one) : defaultBytes(item);
         }
         add(all);
         return;
     }
     if (item.elementary()) {
-        std::string bytes = item.hasValue ? valueBytes(*program_, item) : defaultBytes(item);
+        std::string bytes = item.hasValue ? valueBytes(item) : defaultBytes(item);
         const Expr *value = item.hasValue ? meaning_.constant(*program_, item.values[0].from) : nullptr;
         Decimal number;
         if (item.category == Category::NumericEdited && decimalOf(value, number)) {
@@ -118,7 +116,7 @@ void Emitter::initOps(const Item &item, uint64_t offset, std::vector<InitOp> &op
         }
         add(bytes);
     } else if (item.hasValue) {
-        add(valueBytes(*program_, item));
+        add(valueBytes(item));
     } else {
         for (const Item *child : item.children)
             if (!child->redefines) initOps(*child, offset + child->offset - item.offset, ops);
@@ -165,16 +163,11 @@ void Emitter::initialBytes(const std::string &base, uint64_t offset, const std::
 // An edited item that begins with a number: by a MOVE, which has temporaries of its own.
 void Emitter::initialEdited(const std::string &base, const InitOp &op)
 {
-    std::string before;
-    before.swap(code_);
-    openBlock();
-    Loc loc = locateItem(*op.edited, "", true);
-    loc.address = cat("(", base, " + ", op.offset, ")");
-    move(op.edited->values[0].from, loc);
-    before += joined("{ ", insertions_[blocks_.back()].text, code_, "}\n");
-    insertions_.pop_back();
-    blocks_.pop_back();
-    code_.swap(before);
+    put(apart([&] {
+        Loc loc = locateItem(*op.edited, "", true);
+        loc.address = cat("(", base, " + ", op.offset, ")");
+        move(op.edited->values[0].from, loc);
+    }));
 }
 
 void Emitter::initialRecord(const Item &record)
@@ -238,7 +231,7 @@ void Emitter::initialValues(Program &p)
     bool altered = false;
     for (const Procedure &procedure : p.procedures) altered |= procedure.altered;
     if (altered) put("memset(p", p.number, "_altered, 0, sizeof p", p.number, "_altered);\n");
-    put(beginsAgain_);
+    put(inProgram_.beginsAgain);
     put("}\n");
     put("static void p", p.number, "_initialize_local(void)\n{\n");
     records(Item::LocalStorage);

@@ -101,14 +101,14 @@ void Emitter::receives(const Item &item, bool inTable)
 }
 
 // The counter that an item is at the moment, innermost loop first.
-Emitter::LoopCounter *Emitter::counterOf(const Item &item)
+LoopCounter *Emitter::counterOf(const Item &item)
 {
     for (size_t i = loopCounters_.size(); i-- > 0;)
         if (loopCounters_[i].item == &item) return loopCounters_[i].stale ? nullptr : &loopCounters_[i];
     return nullptr;
 }
 
-Emitter::LoopCounter *Emitter::counterOf(const Varying &v)
+LoopCounter *Emitter::counterOf(const Varying &v)
 {
     const Item *item = loopCounters_.empty() ? nullptr : meaning_.resolve(*program_, *v.item, true);
     return item ? counterOf(*item) : nullptr;
@@ -171,7 +171,8 @@ bool Emitter::holdsBeyond(const Expr *condition, const Item &item, bool up)
 void Emitter::countWith(const Varying &v, const Varying *next, bool testBefore)
 {
     const Item *item = meaning_.resolve(*program_, *v.item, true);
-    if (debugs_ || !item || item->category != Category::Numeric || !inOnePlace(*item) || v.item->refmod) return;
+    if (inProgram_.debugs || !item || item->category != Category::Numeric || !inOnePlace(*item) || v.item->refmod)
+        return;
     // A function of the user's may change what it is given, in the midst of an expression.
     const bool functions =
         std::any_of(group_.programs.begin(), group_.programs.end(), [](const Program *p) { return p->isFunction; });

@@ -130,7 +130,7 @@ void Emitter::moveLoc(const Loc &source, const Loc &target)
         t = textOf(source);
     }
     if (to.category == Category::AlphanumericEdited && !target.refmod) {
-        std::string record = editedRecord(to, cat("P", ++constants_), false, globals_);
+        std::string record = editedRecord(to, cat("P", ++inFile_.constants), false, globals_);
         put(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
             target.address, ");\n");
         return;
@@ -322,7 +322,7 @@ void Emitter::moveCharacters(const Text &t, const Loc &target)
     if (!plainTo && (isNumericItem(to) || to.category == Category::NumericEdited)) {
         store(textNumber(t, placesOf(to)), target, false, "");
     } else if (!plainTo && to.category == Category::AlphanumericEdited) {
-        std::string record = editedRecord(to, cat("P", ++constants_), t.kind != Text::Bytes, globals_);
+        std::string record = editedRecord(to, cat("P", ++inFile_.constants), t.kind != Text::Bytes, globals_);
         put(emits(Do::Edit, Of::TextEdited, Of::Text), "(", record, ", ", t.address, ", ", t.length, ", ",
             target.address, ");\n");
     } else {

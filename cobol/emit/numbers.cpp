@@ -25,7 +25,7 @@ namespace kvrcob {
 // An operand whose C is longer is computed first, so that long expressions take linear time.
 constexpr size_t kLongText = 4000;
 
-std::string Emitter::powerOfTen(int n)
+std::string powerOfTen(int n)
 {
     if (n <= 18) return "1" + std::string(static_cast<size_t>(n), '0') + "LL";
     std::string text = "((__int128)1000000000000000000LL";
@@ -33,7 +33,7 @@ std::string Emitter::powerOfTen(int n)
     return text + ")";
 }
 
-Num Emitter::integerNumber(const std::string &c, int digits, bool isSigned)
+Num integerNumber(const std::string &c, int digits, bool isSigned)
 {
     Num n;
     n.text = c;
@@ -42,7 +42,7 @@ Num Emitter::integerNumber(const std::string &c, int digits, bool isSigned)
     return n;
 }
 
-Num Emitter::floatNumber(const std::string &c)
+Num floatNumber(const std::string &c)
 {
     Num n;
     n.kind = Num::Float;
@@ -51,7 +51,7 @@ Num Emitter::floatNumber(const std::string &c)
     return n;
 }
 
-Num Emitter::literalNumber(const Decimal &value)
+Num literalNumber(const Decimal &value)
 {
     Num n;
     if (value.isFloating) {
@@ -208,11 +208,11 @@ Num Emitter::multiply(Num a, Num b)
 
 std::string Emitter::zeroFlag()
 {
-    if (zeroFlag_.empty()) {
-        zeroFlag_ = temp("int");
-        insertions_[blocks_.back()].text += joined(zeroFlag_, " = 0; ");
+    if (inStatement_.zeroFlag.empty()) {
+        inStatement_.zeroFlag = temp("int");
+        code_.declare(joined(inStatement_.zeroFlag, " = 0; "));
     }
-    return zeroFlag_;
+    return inStatement_.zeroFlag;
 }
 
 // The quotient with `scale` decimal places; -1: as many as there is room for.
@@ -398,7 +398,7 @@ Num Emitter::number(const Expr *e, int wantScale)
     case ExprKind::Arithmetic:
         return arithmeticNumber(e, wantScale);
     case ExprKind::Kept:
-        return kept_[e].num;
+        return inFile_.kept[e].num;
     case ExprKind::Function:
         return functionNumber(e, wantScale);
     case ExprKind::AddressOf: {

@@ -10,7 +10,7 @@ void Emitter::prepare(const File &f)
     verbBegins(f);
     if (f.external) put("F", f.number, "->index = ", f.index, ";\n");
     if (f.external || (f.global && (program_ != f.program || !f.program->nested.empty())))
-        put("F", f.number, "->useTable = ", useTable(*program_, f), ";\n");
+        put("F", f.number, "->useTable = ", fileRecords_.useTable(*program_, f), ";\n");
 }
 
 void Emitter::linageValues(const File &f)
@@ -23,8 +23,7 @@ void Emitter::linageValues(const File &f)
     }
 }
 
-// What the file's other users may do, of its SELECT or of an OPEN.
-std::string Emitter::shareMode(const File &f, Word sharing)
+std::string shareMode(const File &f, Word sharing)
 {
     const char *others = sharing == K_ALL                                             ? "ZVK_FILE_SHARE_ALL"
                          : sharing == K_READ                                          ? "ZVK_FILE_SHARE_READ"
@@ -45,9 +44,7 @@ void Emitter::assignment(const File &f)
             loc.address, ", ", loc.length, ");\n");
 }
 
-// A sequential file with records of one length may come from another system, as records or as lines
-// without a header.
-bool Emitter::mayBeGiven(const File &f)
+bool mayBeGiven(const File &f)
 {
     return f.organization == K_SEQUENTIAL && !isPrinted(f) && f.minRecord == f.maxRecord && !f.external &&
            f.device == 0;
@@ -55,7 +52,7 @@ bool Emitter::mayBeGiven(const File &f)
 
 void Emitter::openGiven(const File &f, bool probe)
 {
-    openGiven_ = true;
+    inFile_.openGiven = true;
     put(emits(Do::OpenGiven), "(", fcbAndElement(f), ", &I", f.number, ".fib, ", probe ? 1 : 0, ");\n");
 }
 
@@ -87,7 +84,7 @@ void Emitter::openStatement(const OpenStatement &s)
         else
             put("F", f->number, slot(emits(Do::Open)), "(", fcbAndElement(*f), ");\n");
         if (part.reversed) {
-            reversed_ = true;
+            inFile_.reversed = true;
             put(emits(Do::OpenReversed), "(", fcbAndElement(*f), ");\n");
         }
         debugFile(*f, nullptr);
@@ -133,7 +130,7 @@ void Emitter::deleteFile(const FileStatement &s)
         }
         assignment(*f);
         prepare(*f);
-        deleteFile_ = true;
+        inFile_.deleteFile = true;
         put(emits(Do::DeleteFile), "(", fcbAndElement(*f), ", &I", f->number, ".fib);\n");
     }
 }

@@ -6,7 +6,7 @@
 
 namespace kvrcob {
 
-std::string Emitter::bytesLiteral(std::string_view bytes)
+std::string bytesLiteral(std::string_view bytes)
 {
     std::string out = "\"";
     size_t from = 0; // of the bytes that stand for themselves
@@ -26,9 +26,9 @@ std::string Emitter::bytesLiteral(std::string_view bytes)
     return out;
 }
 
-std::string Emitter::constantBytes(std::string_view bytes) { return cat("(uint8_t *)(intptr_t)", bytesLiteral(bytes)); }
+std::string constantBytes(std::string_view bytes) { return cat("(uint8_t *)(intptr_t)", bytesLiteral(bytes)); }
 
-std::string Emitter::baseOf(const Item &item)
+std::string baseOf(const Item &item)
 {
     const Item *record = &recordOf(item);
     if (record->section == Item::Special) return record->special;
@@ -255,13 +255,13 @@ Loc Emitter::locate(const Reference &ref, bool receiving)
     std::string away;
     if (!displacement(ref, *item, away)) return Loc{};
     Loc loc = locateItem(*item, away, receiving);
-    if (debugs_) debugItem(ref, *item, loc, receiving || anyChange_);
+    if (inProgram_.debugs) debugItem(ref, *item, loc, receiving || inStatement_.anyChange);
     if (receiving) receives(*item, !ref.subscripts.empty());
     if (ref.refmod) return partOf(ref, loc);
     return loc;
 }
 
-Text Emitter::textOf(const Loc &loc)
+Text textOf(const Loc &loc)
 {
     Text t;
     t.address = loc.address;

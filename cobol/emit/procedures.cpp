@@ -10,7 +10,7 @@
 //
 // Ranges that need none of this are functions of their own (ranges.cpp). Which ones these are is
 // known when all statements were emitted; so PERFORMs, and the ends of procedures, are marks in the
-// code (Insertion) until then.
+// code (Mark) until then.
 //
 //     x   cells: the number of the PERFORM that a procedure's end returns to
 //     s   saved cells, one for each PERFORM
@@ -40,36 +40,36 @@ void Emitter::paragraph(size_t index)
     Program &p = *program_;
     Procedure &procedure = p.procedures[index];
     procedure_ = index;
+    inProcedure_ = {};
     if (procedure.segment >= 50 && index > 0 && p.procedures[index - 1].segment != procedure.segment)
         put("kvr_segment_", p.number, "(", procedure.segment, ");\n");
     line(procedure.at);
     put("p", index, ": __attribute__((unused));\n");
     debugProcedure(index);
-    sentenceEndUsed_ = paragraphEndUsed_ = false;
     for (const Sentence &sentence : procedure.sentences) {
-        sentenceEnd_ = label();
-        sentenceEndUsed_ = false;
+        inProcedure_.sentenceEnd = label();
+        inProcedure_.sentenceEndUsed = false;
         block(sentence.statements);
-        if (sentenceEndUsed_) put(sentenceEnd_, ": ;\n");
+        if (inProcedure_.sentenceEndUsed) put(inProcedure_.sentenceEnd, ": ;\n");
     }
-    flow_.endsAway[index] = !sentenceEndUsed_ && !paragraphEndUsed_ && goesAway(p, procedure);
-    if (paragraphEndUsed_) put("e", index, ": ;\n");
-    if (debugs_ && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
+    inProgram_.flow.endsAway[index] =
+        !inProcedure_.sentenceEndUsed && !inProcedure_.paragraphEndUsed && goesAway(p, procedure);
+    if (inProcedure_.paragraphEndUsed) put("e", index, ": ;\n");
+    if (inProgram_.debugs && !procedure.sentences.empty() && !procedure.sentences.back().statements.empty())
         debugWay("FALL THROUGH", procedure.sentences.back().statements.back()->at);
-    if (!procedure.isSection) insertions_.push_back({code_.size(), Insertion::Return, index, ""});
+    if (!procedure.isSection) code_.mark(Mark::Return, index);
     // A section's exit comes after that of its last paragraph.
     int section = procedure.isSection ? static_cast<int>(index) : procedure.section;
     bool goesOn = index + 1 < p.procedures.size() && !p.procedures[index + 1].isSection &&
                   p.procedures[index + 1].section == section;
     if (section < 0 || goesOn) return;
     put("z", section, ": __attribute__((unused));\n");
-    insertions_.push_back({code_.size(), Insertion::Return, static_cast<size_t>(section), ""});
+    code_.mark(Mark::Return, static_cast<size_t>(section));
 }
 
 // The GO TOs that ALTER can change: where each goes now, and what brings a segment's back.
 void Emitter::alterable(Program &p)
 {
-    alterTargets_.clear();
     size_t n = 0;
     for (Procedure &procedure : p.procedures) {
         procedure.altered = p.hasAlter && procedure.sentences.size() >= 1 &&
@@ -107,11 +107,11 @@ std::string Emitter::functionName(const Range &r) const
 // segments are brought back where control comes into them.
 void Emitter::chooseFunctions(Program &p)
 {
-    ranges_.clear();
     bool segments =
         std::any_of(p.procedures.begin(), p.procedures.end(), [](const Procedure &q) { return q.segment >= 50; });
-    if (!debugs_ && !programEndsSort() && !segments) ranges_ = rangesAsFunctions(p, flow_);
-    owners_ = ownersOf(p, ranges_);
+    if (!inProgram_.debugs && !inFile_.sortReturn && !segments)
+        inProgram_.ranges = rangesAsFunctions(p, inProgram_.flow);
+    inProgram_.owners = ownersOf(p, inProgram_.ranges);
 }
 
 // ---- Marks in the code
@@ -119,8 +119,9 @@ void Emitter::chooseFunctions(Program &p)
 void Emitter::resolvePerform(const Flow::Perform &perform, std::string &out)
 {
     // Control is in a function of its own from its first paragraph on.
-    int owner = owners_[perform.from];
-    const Range *range = owner >= 0 && owner != owners_[perform.in] ? &ranges_[static_cast<size_t>(owner)] : nullptr;
+    int owner = inProgram_.owners[perform.from];
+    const Range *range =
+        owner >= 0 && owner != inProgram_.owners[perform.in] ? &inProgram_.ranges[static_cast<size_t>(owner)] : nullptr;
     if (range && range->first == perform.from && range->end == perform.end) {
         out += joined(range->exits.empty() ? "if (" : "switch (", functionName(*range), "(x, s, n))");
         if (!range->exits.empty()) out += " { case 0: break;";
@@ -128,7 +129,7 @@ void Emitter::resolvePerform(const Flow::Perform &perform, std::string &out)
         out += range->exits.empty() ? " goto leave;\n" : " default: goto leave; }\n";
         return;
     }
-    std::string cell = cat("x[", perform.end, "]"), saved = cat("s[", perform.site - firstSite_, "]");
+    std::string cell = cat("x[", perform.end, "]"), saved = cat("s[", perform.site - inProgram_.firstSite, "]");
     if (perform.circle)
         out += joined(emits(Do::Circle), "(&performs, ", perform.site, ", ", cell, ");\n");
     else
@@ -139,8 +140,8 @@ void Emitter::resolvePerform(const Flow::Perform &perform, std::string &out)
 
 void Emitter::resolveReturn(size_t procedure, std::string &out)
 {
-    int owner = owners_[procedure];
-    if (owner >= 0 && ranges_[static_cast<size_t>(owner)].end == procedure) {
+    int owner = inProgram_.owners[procedure];
+    if (owner >= 0 && inProgram_.ranges[static_cast<size_t>(owner)].end == procedure) {
         out += "return 0;\n";
         return;
     }
@@ -154,30 +155,31 @@ void Emitter::resolveReturn(size_t procedure, std::string &out)
 void Emitter::resolveAltered(size_t procedure, std::string &out)
 {
     Program &p = *program_;
-    for (size_t target : alterTargets_[procedure]) {
+    for (size_t target : inProgram_.alterTargets[procedure]) {
         out += joined("case ", target + 1, ": ");
         int segment = p.procedures[target].segment;
         if (segment >= 50 && segment != p.procedures[procedure].segment)
             out += joined("kvr_segment_", p.number, "(", segment, "); ");
-        if (debugs_) out += joined("way = \"\"; wayLine = ", group_.spot(p.procedures[procedure].at).line, "; ");
+        if (inProgram_.debugs)
+            out += joined("way = \"\"; wayLine = ", group_.spot(p.procedures[procedure].at).line, "; ");
         out += joined("goto p", target, ";\n");
     }
 }
 
-void Emitter::resolve(const Insertion &insertion, std::string &out)
+void Emitter::resolve(const Mark &mark, std::string &out)
 {
-    switch (insertion.kind) {
-    case Insertion::Text:
-        out += insertion.text;
+    switch (mark.kind) {
+    case Mark::Declarations:
+        out += mark.declarations;
         break;
-    case Insertion::Perform:
-        resolvePerform(flow_.performs[insertion.index], out);
+    case Mark::Perform:
+        resolvePerform(inProgram_.flow.performs[mark.index], out);
         break;
-    case Insertion::Return:
-        resolveReturn(insertion.index, out);
+    case Mark::Return:
+        resolveReturn(mark.index, out);
         break;
-    case Insertion::Altered:
-        resolveAltered(insertion.index, out);
+    case Mark::Altered:
+        resolveAltered(mark.index, out);
         break;
     }
 }
@@ -185,13 +187,7 @@ void Emitter::resolve(const Insertion &insertion, std::string &out)
 // The code of a procedure (or what comes before and after all of them), without its marks.
 void Emitter::appendProcedure(size_t index, std::string &out)
 {
-    size_t from = starts_[index].first;
-    for (size_t i = starts_[index].second; i < starts_[index + 1].second; i++) {
-        out.append(code_, from, insertions_[i].at - from);
-        from = insertions_[i].at;
-        resolve(insertions_[i], out);
-    }
-    out.append(code_, from, starts_[index + 1].first - from);
+    code_.appendPart(index, out, [this](const Mark &mark, std::string &to) { resolve(mark, to); });
 }
 
 // The first statement after the DECLARATIVES, where START PROGRAM begins.
@@ -209,12 +205,13 @@ std::string Emitter::useEntries(Program &p)
     std::string entries;
     for (size_t i = 0; i < p.uses.size(); i++) {
         const size_t procedure = p.uses[i].procedure;
-        const uint32_t site = ++sites_;
+        const uint32_t site = ++inFile_.sites;
         p.procedures[procedure].returns.push_back(site);
         entries += joined("case ", i + 1, ": x[", procedure, "] = ", site, ";");
-        if (debugs_) entries += joined(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";");
+        if (inProgram_.debugs)
+            entries += joined(" way = \"USE PROCEDURE\"; wayLine = ", group_.spot(p.uses[i].at).line, ";");
         entries += joined(" goto p", procedure, ";\n");
-        useReturns_ += joined("r", site, ": return 0;\n");
+        inProgram_.useReturns += joined("r", site, ": return 0;\n");
     }
     return entries;
 }
@@ -222,26 +219,24 @@ std::string Emitter::useEntries(Program &p)
 // The code of all procedures, with marks. What comes before the first one are its temporaries only.
 void Emitter::allProcedures(Program &p)
 {
-    starts_.clear();
     openBlock();
     for (size_t i = 0; i < p.procedures.size(); i++) {
-        starts_.emplace_back(code_.size(), insertions_.size());
+        code_.beginPart();
         if (i == p.firstProcedure) {
-            flow_.entered[i] = true;
+            inProgram_.flow.entered[i] = true;
             if (i > 0) put("main_procedures: ;\n");
         }
         paragraph(i);
         if (i + 1 == p.firstProcedure) put("return 0;\n"); // declaratives do not fall into what comes after them
     }
-    starts_.emplace_back(code_.size(), insertions_.size());
+    code_.beginPart();
     if (p.firstProcedure == p.procedures.size() && p.firstProcedure > 0) put("main_procedures: ;\n");
     put("goto leave;\n");
-    put(useReturns_);
-    useReturns_.clear();
+    put(inProgram_.useReturns);
     put("leave: ;\n");
     leaveInUse();
-    starts_.emplace_back(code_.size(), insertions_.size());
-    blocks_.pop_back();
+    code_.beginPart();
+    code_.blocks.pop_back();
 }
 
 // The big function: all procedures that are in no function of their own. The cells are in memory,
@@ -249,19 +244,20 @@ void Emitter::allProcedures(Program &p)
 // time.
 void Emitter::bodyFunction(const Program &p, const std::string &entries, std::string &out)
 {
-    const size_t saved = sites_ + 1 - firstSite_;
+    const size_t saved = inFile_.sites + 1 - inProgram_.firstSite;
     line(p.at, out);
     out += joined("static int p", p.number, "_body(int entry)\n{\nint x[", p.procedures.size() + 1, "], s[", saved + 1,
-                  "];\nint64_t n[", counters_ + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
-    if (circling_)
+                  "];\nint64_t n[", inProgram_.counters + 1, "];\nKVR_CELLS(x);\nKVR_CELLS(s);\nKVR_CELLS(n);\n");
+    if (std::any_of(inProgram_.flow.performs.begin(), inProgram_.flow.performs.end(),
+                    [](const Flow::Perform &perform) { return perform.circle; }))
         out += joined("KvrPerforms performs __attribute__((cleanup(", emits(Do::PerformsEnd), "))) = {0, 0, 0};\n");
-    if (debugs_)
+    if (inProgram_.debugs)
         out +=
             joined("const char *way = \"START PROGRAM\";\nint wayLine = ", group_.spot(firstStatement(p)).line, ";\n");
-    out += joined("switch (entry) { default: break;\n", entries, entryCases_, "}\n",
-                  p.firstProcedure > 0 ? "goto main_procedures;\n" : "", insertions_[0].text);
+    out += joined("switch (entry) { default: break;\n", entries, inProgram_.entryCases, "}\n",
+                  p.firstProcedure > 0 ? "goto main_procedures;\n" : "", code_.marks[0].declarations);
     for (size_t i = 0; i < p.procedures.size(); i++)
-        if (owners_[i] < 0) appendProcedure(i, out);
+        if (inProgram_.owners[i] < 0) appendProcedure(i, out);
     appendProcedure(p.procedures.size(), out);
     out += "return 0;\n}\n";
 }
@@ -270,13 +266,13 @@ void Emitter::bodyFunction(const Program &p, const std::string &entries, std::st
 // number of a procedure outside, plus 2, to go there.
 void Emitter::rangeFunction(const Program &p, size_t r, std::string &out)
 {
-    const Range &range = ranges_[r];
+    const Range &range = inProgram_.ranges[r];
     const std::string name = functionName(range);
     globals_ += joined("KVR_PERFORMED(", name, ");\n");
     line(p.procedures[range.first].at, out);
     out += joined("KVR_PERFORMED(", name, ")\n{\n");
     for (size_t i = range.first; i <= range.last; i++)
-        if (owners_[i] == static_cast<int>(r)) appendProcedure(i, out);
+        if (inProgram_.owners[i] == static_cast<int>(r)) appendProcedure(i, out);
     out += "leave: __attribute__((unused));\nreturn 1;\n";
     for (size_t to : range.exits) out += joined("p", to, ": return ", to + 2, ";\n");
     out += "}\n";
@@ -285,32 +281,28 @@ void Emitter::rangeFunction(const Program &p, size_t r, std::string &out)
 void Emitter::procedures(Program &p)
 {
     findWatched(p);
-    code_.clear();
-    code_.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
-    insertions_.clear();
-    blocks_.clear();
-    firstSite_ = sites_ + 1;
-    counters_ = 0;
-    flow_ = Flow();
-    flow_.entered.assign(p.procedures.size(), 0);
-    flow_.endsAway.assign(p.procedures.size(), 0);
-    findCircles(p);
+    code_ = MarkedCode();
+    code_.text.reserve(32 * (p.endAt - p.procedureAt)); // about what its tokens become, or more
+    inProgram_.firstSite = inFile_.sites + 1;
+    inProgram_.flow.entered.assign(p.procedures.size(), 0);
+    inProgram_.flow.endsAway.assign(p.procedures.size(), 0);
+    inProgram_.circles = Circles(meaning_, p);
     alterable(p);
-    entryCases_.clear();
-    useTargets_.clear();
 
     const std::string entries = useEntries(p);
     allProcedures(p);
     chooseFunctions(p);
-    for (const Flow::Perform &perform : flow_.performs) p.procedures[perform.end].returns.push_back(perform.site);
+    for (const Flow::Perform &perform : inProgram_.flow.performs)
+        p.procedures[perform.end].returns.push_back(perform.site);
 
     std::string out;
-    out.reserve(code_.size() + 32 * insertions_.size() + 64 * p.procedures.size() + 100 * flow_.performs.size());
+    out.reserve(code_.text.size() + 32 * code_.marks.size() + 64 * p.procedures.size() +
+                100 * inProgram_.flow.performs.size());
     bodyFunction(p, entries, out);
-    for (size_t r = 0; r < ranges_.size(); r++) rangeFunction(p, r, out);
-    debugs_ = false;
-    code_ = std::move(out);
-    insertions_.clear();
+    for (size_t r = 0; r < inProgram_.ranges.size(); r++) rangeFunction(p, r, out);
+    inProgram_.debugs = false;
+    code_ = MarkedCode();
+    code_.text = std::move(out);
 }
 
 } // namespace kvrcob

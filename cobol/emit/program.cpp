@@ -13,44 +13,24 @@ namespace kvrcob {
 
 std::string Emitter::temp(std::string_view type, std::string_view suffix)
 {
-    std::string name = cat("t", ++temps_);
-    insertions_[blocks_.back()].text += joined(type, " ", name, suffix, "; ");
+    std::string name = cat("t", ++inFile_.temps);
+    code_.declare(joined(type, " ", name, suffix, "; "));
     return name;
 }
 
 std::string Emitter::tempBytes(int64_t size) { return temp("uint8_t", cat("[", size < 1 ? 1 : size, "]")); }
 
-// A block has braces if it has temporaries: the C compiler's time for labels grows with the number
-// of blocks.
-void Emitter::openBlock()
-{
-    blocks_.push_back(insertions_.size());
-    insertions_.push_back({code_.size(), Insertion::Text, 0, ""});
-}
-
-void Emitter::closeBlock()
-{
-    size_t block = blocks_.back();
-    blocks_.pop_back();
-    if (!insertions_[block].text.empty()) {
-        insertions_[block].text.insert(0, "{\n");
-        put("}\n");
-    } else if (block + 1 == insertions_.size()) {
-        insertions_.pop_back();
-    }
-}
-
-void Emitter::line(Tok at) { line(at, code_); }
+void Emitter::line(Tok at) { line(at, code_.text); }
 
 void Emitter::line(Tok at, std::string &out)
 {
     if (!options_.lines) return;
     const Spot &spot = group_.spot(at);
-    if (spot.file != lineFile_) {
-        lineFile_ = spot.file;
-        linePath_ = bytesLiteral(sources()[spot.file].path);
+    if (spot.file != inFile_.lineFile) {
+        inFile_.lineFile = spot.file;
+        inFile_.linePath = bytesLiteral(sources()[spot.file].path);
     }
-    out += joined("#line ", spot.line ? spot.line : 1, ' ', linePath_, '\n');
+    out += joined("#line ", spot.line ? spot.line : 1, ' ', inFile_.linePath, '\n');
 }
 
 // ---- Statements
@@ -127,14 +107,8 @@ void Emitter::statement(const Statement &s)
     static const auto table = StatementTable::make();
     line(s.at);
     openBlock();
-    std::string outerZero;
-    outerZero.swap(zeroFlag_);
-    std::vector<std::string> outerDebugs;
-    outerDebugs.swap(pendingDebugs_);
-    auto *outerTold = debugTold_;
-    debugTold_ = nullptr;
-    Tok outerAt = statementAt_;
-    statementAt_ = s.at;
+    Within inner(inStatement_, InStatement());
+    inStatement_.at = s.at;
     const std::vector<bool> staleBefore = countersBefore(s);
 
     if (s.verb < K_count && table[s.verb])
@@ -145,18 +119,14 @@ void Emitter::statement(const Statement &s)
     debugNow();
     if (verbOfFiles(s.verb)) leftUse();
     countersAfter(staleBefore);
-    statementAt_ = outerAt;
-    pendingDebugs_.swap(outerDebugs);
-    debugTold_ = outerTold;
-    zeroFlag_.swap(outerZero);
     closeBlock();
 }
 
 std::string Emitter::constantRecord(const char *prefix, const std::string &type, const std::string &value)
 {
-    std::string &name = records_[type + value];
+    std::string &name = inFile_.records[type + value];
     if (name.empty()) {
-        name = cat(prefix, ++constants_);
+        name = cat(prefix, ++inFile_.constants);
         globals_ += joined("static const ", type, " ", name, " = ", value, ";\n");
     }
     return name;
@@ -167,16 +137,15 @@ std::string Emitter::constantRecord(const char *prefix, const std::string &type,
 // What a record takes: as much as the longest of those that redefine it.
 uint64_t Emitter::roomOf(const Item &record) const
 {
-    auto found = rooms_.find(&record);
-    return std::max(static_cast<uint64_t>(record.storageSize()), found == rooms_.end() ? 0 : found->second);
+    auto found = inProgram_.rooms.find(&record);
+    return std::max(static_cast<uint64_t>(record.storageSize()), found == inProgram_.rooms.end() ? 0 : found->second);
 }
 
 void Emitter::storage(Program &p)
 {
-    rooms_.clear();
     for (const Item *record : p.records)
         if (record->redefines) {
-            uint64_t &room = rooms_[record->redefines];
+            uint64_t &room = inProgram_.rooms[record->redefines];
             room = std::max(room, static_cast<uint64_t>(record->storageSize()));
         }
     // A debugger shows items that nothing else looks at.
@@ -208,11 +177,11 @@ void Emitter::storage(Program &p)
     globals_ += joined("static int32_t ", prefix, "returnCode __attribute__((unused)), ", prefix,
                        "tally __attribute__((unused)), ", prefix, "called __attribute__((unused));\n");
     globals_ += joined("static int16_t ", prefix, "sortReturn __attribute__((unused));\n");
-    if (programEndsSort())
+    if (inFile_.sortReturn)
         globals_ += joined("static void *", prefix, "sortEnd __attribute__((unused));\nstatic int ", prefix,
                            "sortCells[", p.procedures.size() + 1, "] __attribute__((unused));\n");
     if (p.usesXml) {
-        usesXml_ = true;
+        inFile_.xml = true;
         globals_ += joined("static KvrXml ", prefix, "xml = KVR_XML(", prefix, "xml);\n");
     }
     if (!p.uses.empty())
@@ -242,24 +211,20 @@ void Emitter::useRecords(const Program &p)
 void Emitter::program(Program &p)
 {
     program_ = &p;
-    alphabets(p);
+    inProgram_ = {};
+    emitAlphabets(meaning_, p, options_.ebcdic ? &inFile_.ebcdic : nullptr, inFile_.constants, globals_);
     storage(p);
-    if (options_.debugMap) debugMap(p);
+    if (options_.debugMap) globals_ += debugMap(p);
     useRecords(p);
-    fileRecords(p);
-    code_.clear();
-    blocks_.clear();
-    insertions_.clear();
-    usesVisible_ = false;
-    beginsAgain_.clear();
+    fileRecords_.emit(p);
     procedures(p);
-    if (usesVisible_) visiblePrograms(p);
-    std::string functions = std::move(code_);
-    code_.clear();
+    if (inProgram_.usesVisible) visiblePrograms(p);
+    std::string functions = std::move(code_.text);
+    code_ = MarkedCode();
     line(p.at); // what no statement asked for is in the line of the PROGRAM-ID
     initialValues(p);
     entry(p);
-    functions += code_;
+    functions += code_.text;
     for (Program *inner : p.nested) program(*inner);
     if (functions_.empty())
         functions_ = std::move(functions);
@@ -333,13 +298,13 @@ void Emitter::declarations(Program &p, std::string &out)
 std::string Emitter::headers() const
 {
     std::string out = kBeginning;
-    if (reversed_) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
-    if (openGiven_) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
-    if (deleteFile_) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
-    if (usesXml_) out += "#include \"kvr2/kvrcob/xml.h\"\n";
-    if (exceptions_) out += "#include \"kvr2/kvrcob/exceptions.h\"\n";
-    if (utilities_) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
-    if (utilityNames_) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
+    if (inFile_.reversed) out += "#include \"kvr2/kvrcob/reversed.h\"\n";
+    if (inFile_.openGiven) out += "#include \"kvr2/kvrcob/given_file.h\"\n";
+    if (inFile_.deleteFile) out += "#include \"kvr2/kvrcob/delete_file.h\"\n";
+    if (inFile_.xml) out += "#include \"kvr2/kvrcob/xml.h\"\n";
+    if (inFile_.exceptions) out += "#include \"kvr2/kvrcob/exceptions.h\"\n";
+    if (inFile_.utilities) out += "#include \"kvr2/kvrcob/utilities.h\"\n";
+    if (inFile_.utilityNames) out += "static const KvrUtilityRow kvr_utilities[] = {\n" + utilityRows() + "{0, 0}};\n";
     return out += '\n';
 }
 
@@ -362,7 +327,8 @@ void Emitter::mainFunction(std::string &out) const
 std::string Emitter::emit()
 {
     std::string declared;
-    exceptions_ = asksForExceptions();
+    inFile_.exceptions = asksForExceptions();
+    inFile_.sortReturn = asksForSortReturn();
     for (Program *p : group_.programs) declarations(*p, declared);
     for (Program *p : group_.programs) program(*p);
     std::string out = headers();

@@ -31,6 +31,9 @@ struct Range {
     bool holds(size_t procedure) const { return procedure >= first && procedure <= last; }
 };
 
+// The index of the last paragraph of a range that ends with this procedure (control.cpp).
+size_t lastOf(const Program &p, size_t index);
+
 // Those inside others come after them.
 std::vector<Range> rangesAsFunctions(const Program &p, const Flow &flow);
 // Of each procedure: the index of the innermost range that it is in, or -1.

@@ -93,7 +93,7 @@ bool Emitter::searchByLibrary(const SearchStatement &s, const Item &table)
         forms += "0, ";
     }
 
-    std::string header = cat("K", ++constants_), list = temp("SearchArgument", cat("[", pairs.size(), "]"));
+    std::string header = cat("K", ++inFile_.constants), list = temp("SearchArgument", cat("[", pairs.size(), "]"));
     globals_ += joined(
         "static const struct { uint16_t base; int16_t keys, arguments; uint16_t reserved; SearchKey key[", pairs.size(),
         "]; uint64_t length[", pairs.size(), "]; uint8_t form[", pairs.size(), "]; } __attribute__((packed)) ", header,
@@ -138,7 +138,8 @@ void Emitter::searchStatement(const SearchStatement &s)
         }
     }
     std::string x = cat("X", index->number), most = currentCount(*table), done = label();
-    ToldOnce told(*this);
+    std::map<std::string, std::string> told;
+    Within toldOnce(inStatement_.toldOnce, &told);
     if (s.all && table->keys.empty())
         error(s.table->at, "SEARCH ALL needs a table with keys (ASCENDING or DESCENDING KEY)");
     if (s.all && searchByLibrary(s, *table)) {

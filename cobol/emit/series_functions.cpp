@@ -11,8 +11,8 @@ namespace kvrcob {
 // The condition that an argument exists, where ALL made it; else empty.
 std::string Emitter::guardOf(const FunctionCall &f, size_t i)
 {
-    auto found = guards_.find(f.args[i]);
-    return found == guards_.end() ? "" : found->second;
+    auto found = inFile_.guards.find(f.args[i]);
+    return found == inFile_.guards.end() ? "" : found->second;
 }
 
 // An item of its own that counts the arguments that exist.

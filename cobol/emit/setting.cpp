@@ -121,7 +121,7 @@ void Emitter::setItem(const Loc &loc, const Expr *target, const Expr *value)
 
 void Emitter::setStatement(const SetStatement &s)
 {
-    if (s.form == SetStatement::LastException && exceptions_) put(emits(Do::ForgetException), "();\n");
+    if (s.form == SetStatement::LastException && inFile_.exceptions) put(emits(Do::ForgetException), "();\n");
     const bool steps = s.form == SetStatement::UpBy || s.form == SetStatement::DownBy;
     for (const SetStatement::Part &part : s.parts) {
         const Expr *value = part.value;

@@ -65,7 +65,7 @@ std::string Emitter::sortFiles(const std::vector<std::pair<Word, Tok>> &list, bo
             put("F", f->number, "->requestedMode = ZVK_OPEN_INPUT; F", f->number, "->statement = 0;\n");
             openGiven(*f, true);
         }
-        if (codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
+        if (fileRecords_.codeSet(*f)) notBuilt(at, "SORT of a file with a CODE-SET");
         put(array, "[", count++, "] = F", f->number, ";\n");
     }
     put("memset(&", record, ", 0, sizeof ", record, "); ", record, ".count = ", count, "; ", record, ".files = ", array,
@@ -99,7 +99,7 @@ void Emitter::sortTable(const SortStatement &s, const std::string &weights)
     }
     std::vector<SortKey> keys = s.keys.empty() ? table->keys : s.keys;
     if (keys.empty()) keys.push_back({true, nullptr});
-    std::string rows, name = cat("K", ++constants_), list;
+    std::string rows, name = cat("K", ++inFile_.constants), list;
     for (const SortKey &key : keys) {
         const Item *item = key.item ? meaning_.key(*program_, *key.item, table->name) : table;
         if (!item) return;
@@ -165,7 +165,7 @@ void Emitter::sortFile(const SortStatement &s, const File &file, const std::stri
         error(s.at, verb + (s.verb == K_MERGE ? " needs USING" : " needs USING or an INPUT PROCEDURE"));
     if (s.givingFiles.empty() && !s.hasOutput) error(s.at, verb + " needs GIVING or an OUTPUT PROCEDURE");
 
-    std::string n = cat(++constants_), prefix = cat("p", program_->number, "_");
+    std::string n = cat(++inFile_.constants), prefix = cat("p", program_->number, "_");
     globals_ += joined("static struct { uint32_t count, reserved; TableSortKey keys[", count, "]; } K", n, " = {",
                        count, ", 0, {", rows, "}};\n");
     globals_ += joined("static SortVerbBlock B", n, " = {.sortReturn = &", prefix,
@@ -187,14 +187,13 @@ void Emitter::sortFile(const SortStatement &s, const File &file, const std::stri
     put(fillEighth);
     put(prefix, "sortReturn = 0;\n");
     const std::string after = label();
-    const bool mayEnd = (s.hasInput || s.hasOutput) && programEndsSort();
+    const bool mayEnd = (s.hasInput || s.hasOutput) && inFile_.sortReturn;
     if (mayEnd) put("memcpy(", prefix, "sortCells, x, sizeof x);\n", prefix, "sortEnd = &&", after, ";\n");
     put(operation(s.verb == K_MERGE ? "ZVK_SORT_MERGE" : "ZVK_SORT_START"));
     const std::string failed = operation("ZVK_SORT_FAILED");
     if (s.hasInput) {
         openBlock();
-        performWay_ = "SORT INPUT";
-        performRange(s.inputFirst, s.inputLast);
+        performRange(s.inputFirst, s.inputLast, "SORT INPUT");
         closeBlock();
         // The lists are temporaries of this block: fill them again, for the procedure may have
         // jumped through the block.
@@ -204,11 +203,9 @@ void Emitter::sortFile(const SortStatement &s, const File &file, const std::stri
     }
     if (s.hasOutput) {
         openBlock();
-        performWay_ = s.verb == K_MERGE ? "MERGE OUTPUT" : "SORT OUTPUT";
-        performRange(s.outputFirst, s.outputLast);
+        performRange(s.outputFirst, s.outputLast, s.verb == K_MERGE ? "MERGE OUTPUT" : "SORT OUTPUT");
         closeBlock();
     }
-    performWay_ = "PERFORM LOOP";
     if (!mayEnd) return;
     put("if (0) {\n", after, ":\nmemcpy(x, ", prefix, "sortCells, sizeof x);\nB", n, ".messageOff = 1;\n", failed, "B",
         n, ".messageOff = 0;\n}\n", prefix, "sortEnd = 0;\n");
@@ -225,17 +222,15 @@ void Emitter::sortStatement(const SortStatement &s)
 
 // Whether the program sets SORT-RETURN: 16 in an input or output procedure ends the SORT at the
 // next RELEASE or RETURN. The PERFORMs in hand end with it.
-bool Emitter::programEndsSort()
+bool Emitter::asksForSortReturn() const
 {
-    if (sortReturn_ < 0)
-        sortReturn_ = std::any_of(group_.tokens.begin(), group_.tokens.end(),
-                                  [](const Token &token) { return token.word == K_SORT_RETURN; });
-    return sortReturn_ > 0;
+    return std::any_of(group_.tokens.begin(), group_.tokens.end(),
+                       [](const Token &token) { return token.word == K_SORT_RETURN; });
 }
 
 void Emitter::endSort()
 {
-    if (programEndsSort())
+    if (inFile_.sortReturn)
         put("if (p", program_->number, "_sortReturn == 16 && p", program_->number, "_sortEnd) goto *p",
             program_->number, "_sortEnd;\n");
 }

@@ -178,10 +178,10 @@ bool Emitter::extremeText(const FunctionCall &f, FunctionText &result)
             put(result.address, " = (uint8_t *)(intptr_t)", a.address, "; ", result.length, " = ", a.length, ";\n");
         else
             put(now, " = ", a.address, "; ", nowLength, " = ", a.length, "; if (",
-                guards_.count(f.args[i]) ? guards_[f.args[i]] + " && " : "", emits(Do::Compare, Of::Text, Of::Text),
-                "(", now, ", ", nowLength, ", ", result.address, ", ", result.length, ") ", f.name == "MAX" ? ">" : "<",
-                " 0) { ", result.address, " = (uint8_t *)(intptr_t)", now, "; ", result.length, " = ", nowLength,
-                "; }\n");
+                inFile_.guards.count(f.args[i]) ? inFile_.guards[f.args[i]] + " && " : "",
+                emits(Do::Compare, Of::Text, Of::Text), "(", now, ", ", nowLength, ", ", result.address, ", ",
+                result.length, ") ", f.name == "MAX" ? ">" : "<", " 0) { ", result.address, " = (uint8_t *)(intptr_t)",
+                now, "; ", result.length, " = ", nowLength, "; }\n");
     }
     return true;
 }

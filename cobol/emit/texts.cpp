@@ -28,7 +28,7 @@ static Text fixedText(int64_t size)
     return t;
 }
 
-Text Emitter::bytesText(std::string bytes)
+Text bytesText(std::string bytes)
 {
     Text t = fixedText(static_cast<int64_t>(bytes.size()));
     t.address = constantBytes(bytes);
@@ -36,8 +36,7 @@ Text Emitter::bytesText(std::string bytes)
     return t;
 }
 
-// One character, repeated as often as there is room.
-Text Emitter::fillText(uint8_t byte)
+Text fillText(uint8_t byte)
 {
     Text t = bytesText(std::string(1, static_cast<char>(byte)));
     t.kind = Text::Figurative;
@@ -149,7 +148,7 @@ Text Emitter::text(const Expr *e, bool numericAsText)
     case ExprKind::Reference:
         return itemText(e, numericAsText);
     case ExprKind::Kept:
-        if (!kept_[e].text.address.empty()) return kept_[e].text;
+        if (!inFile_.kept[e].text.address.empty()) return inFile_.kept[e].text;
         return text(e->left, numericAsText); // a number as text
     case ExprKind::Function:
         if (!functionIsNumeric(e)) return functionText(e);

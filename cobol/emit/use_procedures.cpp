@@ -54,7 +54,7 @@ void Emitter::leaveUse(size_t target)
     std::string runs = runsAsUse();
     if (!runs.empty()) {
         put("if (", runs, ") {\np", program_->number, "_gone = ", target + 1, ";\nreturn 0;\n}\n");
-        useTargets_.insert(target);
+        inProgram_.useTargets.insert(target);
     }
     if (!program_->uses.empty()) put("if (entry) {\n", noUseRuns(), "}\n");
 }
@@ -83,9 +83,9 @@ void Emitter::leftUse()
         return;
     }
     put("if (", gone, ") switch (", gone, ") {\n");
-    for (size_t target : useTargets_) {
+    for (size_t target : inProgram_.useTargets) {
         put("case ", target + 1, ": ", gone, " = 0; goto p", target, ";\n");
-        flow_.jumps.emplace_back(procedure_, target);
+        inProgram_.flow.jumps.emplace_back(procedure_, target);
     }
     put("default: ", gone, " = 0; goto leave;\n}\n");
 }

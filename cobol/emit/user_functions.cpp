@@ -21,7 +21,7 @@ std::string Emitter::functionEntry(Program &f)
     if (found == group_.elsewhere.end()) return cat("kvr_entry_", f.number);
     size_t index = static_cast<size_t>(found - group_.elsewhere.begin());
     std::string name = cat("kvr_other_", index);
-    if (declaredElsewhere_.insert(index).second) {
+    if (inFile_.declaredElsewhere.insert(index).second) {
         std::string parameters;
         for (size_t i = 0; i < f.parameters.size(); i++) parameters += i ? ", uint8_t *" : "uint8_t *";
         globals_ += joined("int64_t ", name, "(", parameters, ") __asm__(", bytesLiteral(f.cName), ");\n");

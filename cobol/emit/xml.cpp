@@ -24,12 +24,12 @@ void Emitter::xmlParse(const XmlParseStatement &s)
     if (from < 0 || to < 0 || !document.good()) return;
     std::string codePage = s.codePage ? integer(s.codePage) : "0";
     size_t end = static_cast<size_t>(to);
-    uint32_t site = ++sites_;
+    uint32_t site = ++inFile_.sites;
     program_->procedures[end].returns.push_back(site);
-    for (size_t i = static_cast<size_t>(from); i <= lastOf(*program_, end); i++) flow_.entered[i] = true;
-    flow_.entered[static_cast<size_t>(from)] = true;
-    entryCases_ += joined("case -", site, ": x[", end, "] = ", site, "; goto p", from, ";\n");
-    useReturns_ += joined("r", site, ": goto leave;\n");
+    for (size_t i = static_cast<size_t>(from); i <= lastOf(*program_, end); i++) inProgram_.flow.entered[i] = true;
+    inProgram_.flow.entered[static_cast<size_t>(from)] = true;
+    inProgram_.entryCases += joined("case -", site, ": x[", end, "] = ", site, "; goto p", from, ";\n");
+    inProgram_.useReturns += joined("r", site, ": goto leave;\n");
     std::string failed = temp("int");
     put(failed, " = ", emits(Do::XmlParse, Of::Text), "(&p", program_->number, "_xml, p", program_->number, "_body, -",
         site, ", ", document.address, ", ", document.length, ", ", codePage, ");\n");
@@ -214,7 +214,7 @@ void Emitter::xmlGenerate(const XmlGenerateStatement &s)
     std::string base = temp("uint8_t *");
     put(base, " = ", source.address, ";\n");
     walk.editCursor = temp("uint8_t *");
-    std::string prefix = cat("Y", ++constants_);
+    std::string prefix = cat("Y", ++inFile_.constants);
     put(walk.editCursor, " = ", prefix, "edited;\n");
     Item whole = *source.item;
     whole.occurs = false;
