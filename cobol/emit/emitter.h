@@ -238,10 +238,13 @@ private:
     void useRoutine(const Program &p);
     std::string noUseRuns() const;
     std::string runsAsUse() const;
+    bool anyUse() const;
     void leaveUse(size_t target);
     void leaveInUse();
     static bool verbOfFiles(Word verb);
     void leftUse();
+    void goWhereUseWent();
+    void allUseTargets();
 
     // ---- debugging.cpp: USE FOR DEBUGGING
     struct Watch {
@@ -558,6 +561,8 @@ private:
     std::string advance(const FileStatement &s);
     void endOfPage(const Phrases &p, const std::string &request);
     bool startKey(const FileStatement &s, const File &f, const std::string &request);
+    std::string gaveStatus(const File &f, int low, int high) const;
+    std::string succeeded(const File &f) const;
     void afterVerb(const FileStatement &s, const File &f);
     void linageValues(const File &f);
     const Alphabet *codeSet(const File &f);
