@@ -148,10 +148,13 @@ private:
     void useRoutine(const Program &p);
     std::string noUseRuns() const;
     std::string runsAsUse() const;
+    bool anyUse() const;
     void leaveUse(size_t target);
     void leaveInUse();
     static bool verbOfFiles(Word verb);
     void leftUse();
+    void goWhereUseWent();
+    void allUseTargets();
 
     // ---- debugging.cpp: USE FOR DEBUGGING
     void findWatched(Program &p);
@@ -488,6 +491,8 @@ private:
     std::string advance(const FileStatement &s);
     void endOfPage(const Phrases &p, const std::string &request);
     bool startKey(const FileStatement &s, const File &f, const std::string &request);
+    std::string gaveStatus(const File &f, int low, int high) const;
+    std::string succeeded(const File &f) const;
     void afterVerb(const FileStatement &s, const File &f);
     void encodeRecord(const File &f, const std::string &request);
     int keyNumber(const File &f, const Item &item, bool generic);

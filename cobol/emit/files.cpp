@@ -19,11 +19,20 @@ std::string Emitter::newRequest()
 
 void Emitter::callVerb(const File &f, std::string_view routine, const std::string &request)
 {
-    put("F", f.number, slot(routine), "(", fcbAndElement(f), ", &", request, ");\n");
+    put(anyUse() ? "useRan = 0, " : "", "F", f.number, slot(routine), "(", fcbAndElement(f), ", &", request, ");\n");
+}
+
+// The C condition that the verb gave a status from `low` on and below `high`. One after which a USE
+// procedure ran gave neither success nor a status that has a phrase: what is in the file control
+// block then comes from the procedure's own verbs.
+std::string Emitter::gaveStatus(const File &f, int low, int high) const
+{
+    const std::string status = cat("F", f.number, "->status");
+    return cat(low > 0 ? cat(status, " >= ", low, " && ") : "", status, " < ", high, anyUse() ? " && !useRan" : "");
 }
 
 // The C condition that the verb was successful.
-static std::string succeeded(const File &f) { return cat("F", f.number, "->status < 10"); }
+std::string Emitter::succeeded(const File &f) const { return gaveStatus(f, 0, 10); }
 
 // The record goes out in the file's codes.
 void Emitter::encodeRecord(const File &f, const std::string &request)
@@ -110,11 +119,11 @@ void Emitter::recordLengthOut(const File &f, const std::string &request)
 // The branches of AT END, INVALID KEY and their opposites.
 void Emitter::afterVerb(const FileStatement &s, const File &f)
 {
-    const std::string status = cat("F", f.number, "->status"), good = succeeded(f);
+    const std::string good = succeeded(f);
     debugNow();
     if (s.end.has || s.end.hasNot) {
         if (s.end.has) {
-            put("if (", status, " >= 10 && ", status, " < 20) {\n");
+            put("if (", gaveStatus(f, 10, 20), ") {\n");
             block(s.end.on);
             put("}\n");
         }
@@ -126,7 +135,7 @@ void Emitter::afterVerb(const FileStatement &s, const File &f)
         if ((s.invalid.has || s.invalid.hasNot) && s.end.has) put("else ");
     }
     if (s.invalid.has) {
-        put("if (", status, " >= 20 && ", status, " < 30) {\n");
+        put("if (", gaveStatus(f, 20, 30), ") {\n");
         block(s.invalid.on);
         put("}\n");
         if (s.invalid.hasNot) put("else ");

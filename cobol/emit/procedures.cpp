@@ -227,7 +227,10 @@ void Emitter::allProcedures(Program &p)
             if (i > 0) put("main_procedures: ;\n");
         }
         paragraph(i);
-        if (i + 1 == p.firstProcedure) put("return 0;\n"); // declaratives do not fall into what comes after them
+        if (i + 1 == p.firstProcedure) {
+            put("return 0;\n"); // declaratives do not fall into what comes after them
+            allUseTargets();
+        }
     }
     code_.beginPart();
     if (p.firstProcedure == p.procedures.size() && p.firstProcedure > 0) put("main_procedures: ;\n");

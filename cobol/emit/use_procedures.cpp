@@ -18,12 +18,12 @@ namespace kvrcob {
 void Emitter::useRoutine(const Program &p)
 {
     std::string prefix = cat("p", p.number, "_");
-    globals_ += joined("static uint8_t ", prefix, "uses[", p.uses.size(), "];\nstatic int ", prefix,
-                       "gone __attribute__((unused));\nstatic void ", prefix,
+    globals_ += joined("static int useRan __attribute__((unused));\nstatic uint8_t ", prefix, "uses[", p.uses.size(),
+                       "];\nstatic int ", prefix, "gone __attribute__((unused));\nstatic void ", prefix,
                        "useRoutine(uint64_t a, uint64_t b, uint64_t entry, uint64_t mode)\n{\n(void)a; (void)b; "
                        "(void)mode;\nif (",
                        prefix, "uses[entry - 1]) return;\n", prefix, "uses[entry - 1] = 1;\n", prefix,
-                       "body((int)entry);\n", prefix, "uses[entry - 1] = 0;\n}\n");
+                       "body((int)entry);\n", prefix, "uses[entry - 1] = 0;\nuseRan = 1;\n}\n");
 }
 
 // A program that starts anew has none that runs.
@@ -33,6 +33,14 @@ std::string Emitter::noUseRuns() const
     std::string prefix = cat("p", program_->number, "_");
     return cat("memset(", prefix, "uses, 0, sizeof ", prefix, "uses);\n", prefix, "gone = ", prefix,
                "debugging = 0;\n");
+}
+
+// Has a program of this C file USE procedures? useRan is 1 then after a verb that one of them ran
+// for: the phrases of the statement, and INTO, go by that, too (files.cpp).
+bool Emitter::anyUse() const
+{
+    return std::any_of(group_.programs.begin(), group_.programs.end(),
+                       [](const Program *p) { return !p->uses.empty(); });
 }
 
 // "entry == 1 || entry == 3": it is a USE procedure that runs. A GLOBAL one may run for a statement
@@ -72,22 +80,34 @@ bool Emitter::verbOfFiles(Word verb)
            verb == K_DELETE || verb == K_START || verb == K_SORT || verb == K_MERGE;
 }
 
-// After a verb. In a USE procedure the note is for the function that called the library; after the
-// DECLARATIVES, which come first, all targets are known.
+// After a verb. In a USE procedure the note is for the function that called the library. Where the
+// DECLARATIVES are performed it is for them: by a jump to their end, where all targets are known.
 void Emitter::leftUse()
 {
     if (runsAsUse().empty()) return;
+    if (procedure_ < program_->firstProcedure)
+        put("if (p", program_->number, "_gone) {\nif (entry) return 0;\ngoto gone;\n}\n");
+    else
+        goWhereUseWent();
+}
+
+void Emitter::goWhereUseWent()
+{
     std::string gone = cat("p", program_->number, "_gone");
-    if (procedure_ < program_->firstProcedure) {
-        put("if (", gone, " && entry) return 0;\n");
-        return;
-    }
     put("if (", gone, ") switch (", gone, ") {\n");
     for (size_t target : inProgram_.useTargets) {
         put("case ", target + 1, ": ", gone, " = 0; goto p", target, ";\n");
         inProgram_.flow.jumps.emplace_back(procedure_, target);
     }
     put("default: ", gone, " = 0; goto leave;\n}\n");
+}
+
+// At the end of the DECLARATIVES, where nothing falls into.
+void Emitter::allUseTargets()
+{
+    if (runsAsUse().empty()) return;
+    put("gone: __attribute__((unused));\n");
+    goWhereUseWent();
 }
 
 } // namespace kvrcob

@@ -80,6 +80,7 @@ class Flow:
         return self.numbers.randrange(COUNTERS)
 
     def build(self):
+        self.label("begin")
         for paragraph in range(PARAGRAPHS):
             if paragraph == 0 or self.section_of[paragraph] != self.section_of[paragraph - 1]:
                 self.lines.append(f"S{self.section_of[paragraph]} SECTION.")
@@ -164,10 +165,14 @@ class Flow:
         if depth > 2:
             kinds = ["trace", "add", "show"] + ["perform"] * (not self.calm)
         kinds += ["alter"] if self.alterable and self.numbers.random() < 0.3 else []
-        kinds += ["depending"]
+        kinds += ["depending"] + self.more(depth)
         getattr(self, "do_" + self.numbers.choice(kinds).replace(" ", "_"))(depth)
 
     inline = ()
+
+    def more(self, _):
+        """Kinds of statements that another generator adds."""
+        return []
 
     def block(self, depth):
         for _ in range(self.numbers.randint(1, 3)):
@@ -385,9 +390,15 @@ class Flow:
         head += [f"77 K{k} PIC 9(4) {['', 'COMP', 'COMP-3'][k % 3]} VALUE {k}." for k in range(COUNTERS)]
         return "\n".join(head + ["PROCEDURE DIVISION."] + self.lines) + "\n"
 
+    others = {}  # instructions of another generator
+
+    def jumped(self, at, *_):
+        return at
+
     def run(self):
-        at, steps, counters = 0, 0, list(range(COUNTERS))
+        at, steps, counters = self.labels["begin"], 0, list(range(COUNTERS))
         cells, saved, counts, output = {}, [], {}, []
+        self.counts = counts
         altered = {p: self.labels[("initial", p)] for p in self.alterable}
         holds = {"<": lambda a, b: a < b, ">": lambda a, b: a > b, "=": lambda a, b: a == b, "NOT =": lambda a, b: a != b}
 
@@ -399,7 +410,11 @@ class Flow:
             budget -= 1
             op, *a = self.code[at]
             at += 1
-            if op == "step":
+            if op in self.others:
+                at = self.others[op](self, at, a, cells, saved, counters, output)
+                if at is None:
+                    return None
+            elif op == "step":
                 steps += 1
                 if steps > STEPS:
                     return output + ["FINI"]
@@ -415,7 +430,7 @@ class Flow:
             elif op in ("move", "set"):
                 counters[a[0]] = a[1] if op == "move" else value(a[1])
             elif op == "jump":
-                at = self.labels[a[0]]
+                at = self.jumped(self.labels[a[0]], cells, saved)
             elif op == "if":
                 k, relation, n = a[0]
                 if holds[relation](counters[k], n):
@@ -425,7 +440,7 @@ class Flow:
                     at = self.labels[a[3]]
             elif op == "depending":
                 if 1 <= counters[a[0]] <= 3:
-                    at = self.labels[("P", a[1][counters[a[0]] - 1])]
+                    at = self.jumped(self.labels[("P", a[1][counters[a[0]] - 1])], cells, saved)
             elif op == "alter":
                 altered[a[0]] = a[1]
             elif op == "altered":
@@ -479,4 +494,5 @@ def main():
               f"{left} PERFORMs that GO TO may leave")
 
 
-main()
+if __name__ == "__main__":
+    main()

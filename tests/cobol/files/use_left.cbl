@@ -40,6 +40,7 @@
        PASSED. DISPLAY "PASSED".
            CALL "SUB-1". DISPLAY "BACK". CALL "SUB-1".
            DISPLAY "BACK AGAIN". CALL "SUB-2". DISPLAY "BACK".
+           CALL "SUB-3".
            STOP RUN.
        IDENTIFICATION DIVISION.
        PROGRAM-ID. SUB-1.
@@ -92,4 +93,47 @@
        M SECTION.
        M1. OPEN INPUT F3. DISPLAY "NOT HERE".
        END PROGRAM SUB-2.
+       IDENTIFICATION DIVISION.
+       PROGRAM-ID. SUB-3.
+       ENVIRONMENT DIVISION.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT F5 ASSIGN "ul-5.dat" STATUS ST.
+           SELECT F6 ASSIGN "ul-6.dat" STATUS S6.
+       DATA DIVISION.
+       FILE SECTION.
+       FD F5.
+       01 R5 PIC X(5).
+       FD F6.
+       01 R6 PIC X(5).
+       WORKING-STORAGE SECTION.
+       77 ST PIC XX.
+       77 S6 PIC XX.
+       77 X PIC X(5) VALUE "-----".
+       PROCEDURE DIVISION.
+       DECLARATIVES.
+      * What is good in the procedure does not make the verb good.
+       U1 SECTION. USE AFTER ERROR PROCEDURE ON F5.
+       U1P. IF ST = "42" GO TO GONE-ON.
+           OPEN INPUT F5. READ F5. DISPLAY "SUB-3 " ST.
+           IF R5 (1:1) = "A" READ F5.
+           DISPLAY "SUB-3 " ST. CLOSE F5. EXIT SECTION.
+      * Performed, and left by the USE procedure of what fails in it.
+       U1Q. CLOSE F5. DISPLAY "NOT HERE".
+       U2 SECTION. USE AFTER ERROR PROCEDURE ON F6.
+       U2P. DISPLAY "SUB-3 " S6.
+       END DECLARATIVES.
+       M SECTION.
+       M1. OPEN OUTPUT F5. MOVE "ABCDE" TO R5. WRITE R5. CLOSE F5.
+           PERFORM UNFOUND THRU UNFOUND.
+           DISPLAY X ST.
+           READ F6 INTO X NOT AT END DISPLAY "NOT HERE".
+           DISPLAY X S6.
+           PERFORM U1Q.
+           DISPLAY "NOT HERE".
+       UNFOUND. READ F5 INTO X AT END DISPLAY "NOT HERE"
+               NOT AT END DISPLAY "NOR HERE".
+       GONE-ON. DISPLAY "GONE ON " ST.
+           GOBACK.
+       END PROGRAM SUB-3.
        END PROGRAM LEFTBY.
