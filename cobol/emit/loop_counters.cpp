@@ -141,11 +141,11 @@ static CounterRange rangeOf(const Item &item, bool byBytes)
 }
 
 // Does this condition hold for any number beyond the item's range on the side that the steps go to,
-// as I > LIMIT does if LIMIT cannot be more than I?
+// as I > LIMIT does if LIMIT cannot be more than I? What comes first in it decides; nothing after it
+// sees such a number.
 bool Emitter::holdsBeyond(const Expr *condition, const Item &item, bool up)
 {
-    for (; condition->kind == ExprKind::Or; condition = condition->left)
-        if (holdsBeyond(condition->right, item, up)) return true;
+    while (condition->kind == ExprKind::Or) condition = condition->left;
     const uint32_t op = condition->op;
     const bool goesOn = up ? op == '>' || op == kGreaterEqual : op == '<' || op == kLessEqual;
     const Expr *left = condition->left, *right = condition->right;
