@@ -115,6 +115,18 @@ inline LongDigits multiplyDigits(u128 a, u128 b)
     return {digitsOf(Split{middle.rest, lowest.rest}), digitsOf(highest)};
 }
 
+// By a divisor above the upper half, so that the quotient fits: one instruction where the compiler
+// would call a routine.
+inline Split divideWord(u128 value, uint64_t by)
+{
+    Split result;
+    asm("divq %4"
+        : "=a"(result.quotient), "=d"(result.rest)
+        : "a"(static_cast<uint64_t>(value)), "d"(static_cast<uint64_t>(value >> 64)), "r"(by)
+        : "cc");
+    return result;
+}
+
 struct Quotient {
     u128 digits;
     u128 restDigits;
@@ -133,12 +145,8 @@ inline Quotient divideDigits(u128 a, u128 b)
     auto upper = static_cast<uint64_t>(dividend >> 64);
     auto lower = static_cast<uint64_t>(dividend);
     if (upper == 0) return {digitsOf(lower / by), digitsOf(lower % by)};
-    uint64_t quotientHigh = upper / by;
-    uint64_t quotientLow, rest;
-    // One instruction where the compiler would call a routine: the upper half is below the divisor,
-    // so the quotient fits.
-    asm("divq %4" : "=a"(quotientLow), "=d"(rest) : "a"(lower), "d"(upper % by), "r"(by) : "cc");
-    return {digitsOf(u128{quotientHigh} << 64 | quotientLow), digitsOf(rest)};
+    const Split lowest = divideWord(u128{upper % by} << 64 | lower, by);
+    return {digitsOf(u128{upper / by} << 64 | lowest.quotient), digitsOf(lowest.rest)};
 }
 
 } // namespace bcd

@@ -42,7 +42,7 @@ void writeSmall(uint8_t *item, int32_t n, uint8_t last)
     item[n - 1] = last;
 }
 
-// A zoned operand's digits as packed bytes, the last one with sign nibble 0.
+// A zoned operand's digits as packed bytes, the last one with a plus.
 struct PackedDigits {
     uint8_t bytes[LongDivision::kMostBytes];
     size_t count;
@@ -51,7 +51,7 @@ struct PackedDigits {
     {
         operand.cutTo(2 * LongDivision::kMostBytes - 1);
         count = operand.digits() / 2 + 1;
-        bytes[count - 1] = static_cast<uint8_t>(operand.digit(operand.last) << 4);
+        bytes[count - 1] = static_cast<uint8_t>(operand.digit(operand.last) << 4 | kPlus);
         const uint8_t *p = operand.last;
         for (size_t i = count - 1; i-- > 0;) {
             uint8_t low = *--p & 0x0F;

@@ -86,9 +86,12 @@ Num Emitter::zonedNumber(const Loc &loc)
         zoned.address = cat(emits(Do::DebugSubscript, Of::ZonedLeadingSeparate), "(", loc.address, ")");
     std::string address = checkedAddress(zoned);
     if (n.digits <= 18 && (form == SignForm::None || form == SignForm::Trailing)) {
-        n.text = cat(form == SignForm::Trailing ? emits(Do::Load, Of::ZonedTrailing, Of::Integer)
-                                                : emits(Do::Load, Of::ZonedUnsigned, Of::Integer),
-                     "(", address, ", ", n.digits, ")");
+        const bool few = n.digits <= 4;
+        const std::string_view unsignedOne =
+            few ? emits(Do::Load, Of::FewUnsigned, Of::Integer) : emits(Do::Load, Of::ZonedUnsigned, Of::Integer);
+        const std::string_view signedOne =
+            few ? emits(Do::Load, Of::FewTrailing, Of::Integer) : emits(Do::Load, Of::ZonedTrailing, Of::Integer);
+        n.text = cat(form == SignForm::Trailing ? signedOne : unsignedOne, "(", address, ", ", n.digits, ")");
         return n;
     }
     n.kind = Num::Packed;

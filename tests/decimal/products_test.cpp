@@ -130,6 +130,24 @@ TYPED_TEST(ProductsTest, QuotientsOfLongItems)
     }
 }
 
+// Divisors that fit a word, dividends that fill several: quotients with zeros at their limbs' ends,
+// and exact ones.
+TYPED_TEST(ProductsTest, QuotientsOfLongItemsByShortOnes)
+{
+    for (int an = 32; an <= 63; an++)
+        for (int bn = 1; bn <= 19; bn++) {
+            Value a = randomOperand<TypeParam>(an), b = randomOperand<TypeParam>(bn);
+            if (reference::stripped(b.digits) == "0") continue;
+            const auto qn = static_cast<int>(1 + randomBelow(63)), rn = static_cast<int>(1 + randomBelow(20));
+            this->checkQuotient(a, an, b, bn, qn, rn, GuardedItem::AtEnd);
+
+            std::string power = "1" + std::string(randomBelow(static_cast<unsigned>(an - bn)), '0');
+            a.digits = reference::cut(reference::multiply(b.digits, power), an);
+            this->checkQuotient(a, an, b, bn, 63, rn, GuardedItem::AtStart);
+            if (this->HasFatalFailure()) return;
+        }
+}
+
 TYPED_TEST(ProductsTest, SmallValuesAllOfThem)
 {
     for (int a = -130; a <= 130; a += 3)

@@ -114,6 +114,47 @@ KVR_SHARED int64_t kvr_zoned_number(const uint8_t *p, int32_t digits)
     return _zvkcBCD_CONV_Znd_To_Int8(p, digits);
 }
 
+/*
+ * Counters and subscripts: the value of one to four plain digits; -1 where a byte is anything else.
+ * A byte of its own for each of up to three digits: they may just have been stored apart, and a
+ * load over several stores waits for all of them.
+ */
+KVR_INLINE int64_t kvr_few_digits(const uint8_t *p, int32_t digits)
+{
+    uint32_t a, b, c, v;
+    switch (digits) {
+    case 1:
+        a = p[0] - (uint32_t)'0';
+        return a <= 9 ? (int64_t)a : -1;
+    case 2:
+        a = p[0] - (uint32_t)'0', b = p[1] - (uint32_t)'0';
+        return (a <= 9) & (b <= 9) ? (int64_t)(a * 10 + b) : -1;
+    case 3:
+        a = p[0] - (uint32_t)'0', b = p[1] - (uint32_t)'0', c = p[2] - (uint32_t)'0';
+        return (a <= 9) & (b <= 9) & (c <= 9) ? (int64_t)(a * 100 + b * 10 + c) : -1;
+    default:
+        memcpy(&v, p, 4);
+        v ^= 0x30303030u; /* a digit is 0 to 9 now, and with six more still below 16 */
+        if (((v | ((v & 0x0F0F0F0Fu) + 0x06060606u)) & 0xF0F0F0F0u) != 0) return -1;
+        v = (v & 0x00FF00FFu) * 10 + (v >> 8 & 0x00FF00FFu);
+        return (v & 0xFFFFu) * 100 + (v >> 16);
+    }
+}
+/*
+ * Zoned items of one to four digits; the library knows what others than plain ones mean. A copy at
+ * each place would be faster by a nanosecond, and take the C compiler up to three quarters longer.
+ */
+KVR_SHARED int64_t kvr_few_unsigned(const uint8_t *p, int32_t digits)
+{
+    int64_t v = kvr_few_digits(p, digits);
+    return __builtin_expect(v >= 0, 1) ? v : _zvkcBCD_CONV_Znd_To_Int8(p, digits);
+}
+KVR_SHARED int64_t kvr_few_signed(const uint8_t *p, int32_t digits)
+{
+    int64_t v = kvr_few_digits(p, digits);
+    return __builtin_expect(v >= 0, 1) ? v : kvr_zoned_number(p, digits);
+}
+
 /* ---- Integers */
 
 KVR_INLINE int64_t kvr_abs(int64_t v) { return v < 0 ? -v : v; }
@@ -130,6 +171,16 @@ KVR_INLINE int64_t kvr_cut_wide(__int128 v, int64_t unit)
     return (int64_t)(__builtin_expect(v < unit && v > -unit, 1) ? v : v % unit);
 }
 
+/*
+ * A division of 128 bits is a routine of the C compiler's, of 64 bits an instruction. Most operands
+ * fit; the least number of 64 bits does not count among them, for by -1 it has no quotient.
+ */
+KVR_SHARED __int128 kvr_quotient(__int128 a, __int128 b)
+{
+    int64_t x = (int64_t)a, y = (int64_t)b;
+    return x == a && y == b && x != INT64_MIN ? x / y : a / b;
+}
+
 /* v / unit, rounded half away from zero */
 KVR_INLINE int64_t kvr_round(int64_t v, int64_t unit)
 {
@@ -140,7 +191,7 @@ KVR_INLINE int64_t kvr_round(int64_t v, int64_t unit)
 }
 KVR_INLINE __int128 kvr_round_wide(__int128 v, __int128 unit)
 {
-    __int128 q = v / unit, r = v % unit;
+    __int128 q = kvr_quotient(v, unit), r = v - q * unit;
     if (r < 0) r = -r;
     if (r >= unit - r) q += v < 0 ? -1 : 1;
     return q;
@@ -182,7 +233,7 @@ KVR_INLINE __int128 kvr_divide_wide(__int128 a, __int128 b, int *zero)
         *zero = 1;
         return 0;
     }
-    return a / b;
+    return kvr_quotient(a, b);
 }
 KVR_INLINE double kvr_divide_float(double a, double b, int *zero)
 {

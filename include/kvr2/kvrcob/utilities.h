@@ -382,6 +382,8 @@ KVR_SHARED KvrUtility kvr_utility_named(const uint8_t *name, int64_t length, con
     if (length < 1 || !memchr("SCsc", name[0], 4)) return 0;
     n = kvr_program_name(name, length, text);
     for (i = 0; i < n; i++) text[i] = (char)(text[i] >= 'a' && text[i] <= 'z' ? text[i] - 32 : text[i]);
+    /* CUSTOMER and SALES are no utilities: they need not be looked for at each CALL. */
+    if (strncmp(text, "C$", 2) != 0 && strncmp(text, "CBL_", 4) != 0 && strcmp(text, "SYSTEM") != 0) return 0;
     while (row->name && strcmp(row->name, text) != 0) row++;
     if (!row->name) return 0;
     for (; visible->name; visible++)
