@@ -141,8 +141,8 @@ static CounterRange rangeOf(const Item &item, bool byBytes)
 }
 
 // Does this condition hold for any number beyond the item's range on the side that the steps go to,
-// as I > LIMIT does if LIMIT cannot be more than I? What comes first in it decides; nothing after it
-// sees such a number.
+// as I > LIMIT does if LIMIT cannot be more than I? What comes first in it decides; nothing after
+// it sees such a number.
 bool Emitter::holdsBeyond(const Expr *condition, const Item &item, bool up)
 {
     while (condition->kind == ExprKind::Or) condition = condition->left;

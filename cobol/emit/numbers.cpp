@@ -102,9 +102,7 @@ Num Emitter::add(Num a, Num b, bool minus)
     int scale = std::max(a.scale, b.scale);
     int whole = std::max(a.digits - a.scale, b.digits - b.scale);
     int digits = whole + scale + 1;
-    bool packed = (a.kind == Num::Packed || b.kind == Num::Packed) &&
-                  !(a.kind == Num::Int && !a.literal && b.digits <= 18 && digits <= kMostInt && false);
-    if (!packed && digits <= kMostInt) {
+    if (a.kind == Num::Int && b.kind == Num::Int && digits <= kMostInt) {
         a = scaleUp(std::move(a), scale), b = scaleUp(std::move(b), scale);
         if (a.kind == Num::Int && b.kind == Num::Int) {
             Num n = integerNumber("", digits);
