@@ -3,8 +3,11 @@
 // transaction that its own run unit does not see, under all keys; locks that end too early, or not
 // at all.
 #include <algorithm>
+#include <atomic>
 #include <map>
+#include <new>
 #include <random>
+#include <sys/mman.h>
 
 #include "failing_disk.h"
 #include "stored_files.h"
@@ -368,9 +371,13 @@ TEST_F(Transactions, KilledAtAnyMoment)
                               CompiledFile(names[2], relative)};
     for (CompiledFile &file : witness) ASSERT_EQ(file.open(ZVK_OPEN_IO), "00");
     setenv("VFS_TRANSACTIONS", "on", 1);
+    void *shared = mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(shared, MAP_FAILED);
+    std::atomic<int> &commits = *new (shared) std::atomic<int>;
     int moved = 0;
     for (int round = 0; round < killRounds(150); ++round) {
         uint32_t seed = random();
+        commits = 0;
         pid_t child = fork();
         if (child == 0) {
             std::mt19937 own(seed);
@@ -389,11 +396,15 @@ TEST_F(Transactions, KilledAtAnyMoment)
                         _exit(3);
                 }
                 if (own() % 8 == 0 ? rollBack() : commit()) _exit(4);
+                ++commits;
             }
         }
-        usleep(300 + random() % 9000);
-        kill(child, SIGKILL);
+        // While it opens its files, or some time after one of its first commits.
+        const int wanted = static_cast<int>(random() % 24);
         int ending;
+        while (commits < wanted && waitpid(child, &ending, WNOHANG) == 0) usleep(50);
+        usleep(random() % 1000);
+        kill(child, SIGKILL);
         waitpid(child, &ending, 0);
         ASSERT_TRUE(WIFSIGNALED(ending)) << WEXITSTATUS(ending);
         int total = 0, last = 0;
@@ -413,6 +424,7 @@ TEST_F(Transactions, KilledAtAnyMoment)
         moved += last != accounts * each;
     }
     EXPECT_GT(moved, killRounds(150) / 3);
+    munmap(shared, sizeof commits);
     for (CompiledFile &file : witness) file.close();
 }
 
