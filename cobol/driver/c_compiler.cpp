@@ -70,7 +70,8 @@ static bool makeResult(std::vector<std::string> command, const std::string &outp
     const int status = runCommand(command, o.verbose ? Telling::Verbose : Telling::Plain);
     if (interrupted()) return false;
     if (status == kCannotRun) {
-        if (errno == ENOENT)
+        // A folder in PATH that may not be looked into makes it EACCES.
+        if (errno == ENOENT || (errno == EACCES && command[0].find('/') == std::string::npos))
             diagnostics().fatal("there is no C compiler " + command[0] + ": install one, or name it in CC");
         else
             diagnostics().fatal("cannot run the C compiler " + command[0] + reason());
