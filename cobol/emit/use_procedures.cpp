@@ -77,7 +77,7 @@ void Emitter::leaveInUse()
 bool Emitter::verbOfFiles(Word verb)
 {
     return verb == K_OPEN || verb == K_CLOSE || verb == K_READ || verb == K_WRITE || verb == K_REWRITE ||
-           verb == K_DELETE || verb == K_START || verb == K_SORT || verb == K_MERGE;
+           verb == K_DELETE || verb == K_START || verb == K_UNLOCK || verb == K_SORT || verb == K_MERGE;
 }
 
 // After a verb. In a USE procedure the note is for the function that called the library. Where the
