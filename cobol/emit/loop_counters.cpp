@@ -43,9 +43,10 @@ static bool locatesReceivers(const Statement &s)
 std::vector<bool> Emitter::countersBefore(const Statement &s)
 {
     std::vector<bool> stale;
+    const bool all = !loopCounters_.empty() && !locatesReceivers(s);
     for (LoopCounter &c : loopCounters_) {
         stale.push_back(c.stale);
-        c.stale |= !locatesReceivers(s);
+        c.stale |= all;
     }
     return stale;
 }
@@ -66,10 +67,8 @@ void Emitter::countersAtExit()
 // The number in the item's storage.
 Num Emitter::counterInStorage(const Item &item)
 {
-    std::vector<LoopCounter> none;
-    none.swap(loopCounters_);
+    Within noCounters(loopCounters_, std::vector<LoopCounter>());
     Num n = itemNumber(locateItem(item));
-    none.swap(loopCounters_);
     return n.kind == Num::Float ? n : toInt(std::move(n));
 }
 
@@ -212,8 +211,7 @@ void Emitter::cutCounter(const LoopCounter &c)
 static std::string outOfRange(const std::string &variable, const CounterRange &range, bool up, bool down)
 {
     const std::string over = cat(variable, " > ", range.most, "LL");
-    const std::string under =
-        range.least < 0 ? cat(variable, " + ", -(range.least + 1), "LL < -1") : cat(variable, " < 0");
+    const std::string under = cat(variable, " < ", range.least, "LL");
     return up && down ? cat(over, " || ", under) : up ? over : under;
 }
 
