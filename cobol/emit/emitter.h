@@ -62,7 +62,7 @@ private:
     void line(Tok at);
     void line(Tok at, std::string &out);
     void error(Tok at, const std::string &text) { meaning_.error(at, text); }
-    void notBuilt(Tok at, const std::string &phrase) { meaning_.error(at, phrase + " is not supported yet"); }
+    void notBuilt(Tok at, const std::string &phrase) { meaning_.notBuilt(at, phrase); }
     template <class... Parts>
     void put(const Parts &...parts)
     {

@@ -69,9 +69,9 @@ void FileRecords::codeSetTable(const File &f, uint32_t room)
     std::vector<int> back(256, -1);
     for (size_t c = 0; c < 256; c++) back[a->weights[c]] = static_cast<int>(c);
     if (f.organization != K_SEQUENTIAL || isPrinted(f) || std::count(back.begin(), back.end(), -1))
-        return error(f.at, f.organization != K_SEQUENTIAL || isPrinted(f)
-                               ? "CODE-SET of a file of lines is not supported yet"
-                               : "CODE-SET of an alphabet that gives several characters one code is not supported yet");
+        return meaning_.notBuilt(f.at, f.organization != K_SEQUENTIAL || isPrinted(f)
+                                           ? "CODE-SET of a file of lines"
+                                           : "CODE-SET of an alphabet that gives several characters one code");
     globals_ +=
         cat("static uint8_t codes", f.number, "[", room, "];\nstatic const uint8_t native", f.number, "[256] = {");
     for (int c : back) globals_ += joined(c, ",");

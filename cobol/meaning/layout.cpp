@@ -303,7 +303,7 @@ struct Layout {
             elementary(item);
             if (item.depending || item.anyLength) item.hasDepending = true;
             if (item.anyLength && (item.parent || item.section != Item::Linkage))
-                meaning.error(item.at, "ANY LENGTH of other items than parameters is not supported yet");
+                meaning.notBuilt(item.at, "ANY LENGTH of other items than parameters");
             checkValue(item);
             return;
         }

@@ -45,6 +45,7 @@ public:
     const Expr *constant(Program &program, const Expr *e);
 
     void error(Tok at, const std::string &text) { diagnostics().error(group_.spot(at), text); }
+    void notBuilt(Tok at, const std::string &phrase) { error(at, phrase + " is not supported yet"); }
     void warning(const char *name, Tok at, const std::string &text)
     {
         diagnostics().warning(name, group_.spot(at), text);

@@ -159,7 +159,7 @@ void Meaning::parameters(Program &p)
         if (Item *item = parameter(p.parameters[i].value)) item->parameter = static_cast<int>(i);
     for (const Item *record : p.records)
         if (record->anyLength && record->section == Item::Linkage && record->parameter < 0)
-            error(record->at, "ANY LENGTH of other items than parameters is not supported yet");
+            notBuilt(record->at, "ANY LENGTH of other items than parameters");
     for (EntryStatement *entry : p.entryPoints)
         for (const CallStatement::Argument &argument : entry->parameters) {
             const Item *item = parameter(argument.value);
